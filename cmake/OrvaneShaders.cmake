@@ -1,0 +1,21 @@
+# GLSL texts live beside the effect that uses them and are embedded unchanged.
+#
+# orvane_shaders(SkyEffectES20.vert ...) makes, for each text, a header
+# "orvane/effects/shaders/SkyEffectES20.vert.h" in the build tree with the constant
+# OV::Shaders::SkyEffectES20Vert.
+set(ORVANE_GENERATED_DIR ${PROJECT_BINARY_DIR}/generated)
+
+function(orvane_shaders)
+    foreach(shader IN LISTS ARGN)
+        set(input ${CMAKE_CURRENT_SOURCE_DIR}/${shader})
+        set(output ${ORVANE_GENERATED_DIR}/orvane/effects/shaders/${shader}.h)
+        add_custom_command(
+            OUTPUT ${output}
+            COMMAND ${CMAKE_COMMAND} -DINPUT=${input} -DOUTPUT=${output}
+                    -P ${PROJECT_SOURCE_DIR}/cmake/EmbedShader.cmake
+            DEPENDS ${input} ${PROJECT_SOURCE_DIR}/cmake/EmbedShader.cmake
+            COMMENT "Embedding ${shader}"
+            VERBATIM)
+        set_property(GLOBAL APPEND PROPERTY ORVANE_SHADER_HEADERS ${output})
+    endforeach()
+endfunction()
