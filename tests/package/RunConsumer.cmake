@@ -1,0 +1,34 @@
+# Script: builds and runs the consumer in one of three ways. See CMakeLists.txt.
+function(run)
+    execute_process(COMMAND ${ARGN} RESULT_VARIABLE result)
+    if(NOT result EQUAL 0)
+        string(REPLACE ";" " " command "${ARGN}")
+        message(FATAL_ERROR "failed (${result}): ${command}")
+    endif()
+endfunction()
+
+file(REMOVE_RECURSE ${SCRATCH})
+set(prefix ${SCRATCH}/prefix)
+set(consumer ${CMAKE_CURRENT_LIST_DIR}/consumer)
+set(flags)
+if(SANITIZE)
+    set(flags "-fsanitize=address,undefined")
+endif()
+
+if(NOT WAY STREQUAL "add_subdirectory")
+    run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
+    file(GLOB pc ${prefix}/lib*/pkgconfig/orvane.pc ${prefix}/lib*/*/pkgconfig/orvane.pc)
+    cmake_path(GET pc PARENT_PATH pkgconfig_dir)
+    set(ENV{PKG_CONFIG_PATH} ${pkgconfig_dir})
+endif()
+run(${CMAKE_COMMAND} -S ${consumer} -B ${SCRATCH}/build -G ${GENERATOR}
+    -DCMAKE_CXX_COMPILER=${CXX}
+    -DCMAKE_BUILD_TYPE=${BUILD_TYPE}
+    "-DCMAKE_CXX_FLAGS=${flags}"
+    -DCMAKE_PREFIX_PATH=${prefix}
+    -DORVANE_SANITIZE=${SANITIZE}
+    -DORVANE_WARNINGS_AS_ERRORS=${WARNINGS_AS_ERRORS}
+    -DCONSUMER_WAY=${WAY}
+    -DORVANE_SOURCE_DIR=${SOURCE_DIR})
+run(${CMAKE_COMMAND} --build ${SCRATCH}/build)
+run(${SCRATCH}/build/consumer)
