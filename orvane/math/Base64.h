@@ -2,6 +2,7 @@
 
 #include "orvane/Export.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -38,6 +39,9 @@ protected:
     /// @return the number of bytes written, or 0xFFFFFFFFFFFFFFFF when the input is refused,
     ///         in which case dest may hold part of them.
     static std::uint64_t _decode(char* dest, const char* src, std::uint64_t length);
+
+private:
+    static bool DecodeBytes(const char* src, std::size_t length, std::vector<char>& out);
 };
 
 } // namespace OV
