@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+namespace OV::Host
+{
+
+/// What one model file may take before its import is refused.
+///
+/// The counts are checked on the parsed file before anything is built from it. Memory,
+/// processor time and wall time bind the separate process of an isolated import only.
+struct ImportLimits
+{
+    /// Size of the model file itself.
+    std::uint64_t fileBytes = std::uint64_t(2) << 30;
+    std::uint64_t vertices = 100'000'000;
+    std::uint64_t faces = 100'000'000;
+    std::uint64_t nodes = 1'000'000;
+    /// Levels of the node tree below the file's root. The scene is walked recursively.
+    std::uint32_t depth = 512;
+    /// Decoded pixels that the importer keeps in memory, all materials together.
+    std::uint64_t textureBytes = std::uint64_t(1) << 30;
+    /// Pixels of a single picture, whether embedded or in a file of its own.
+    std::uint64_t texturePixels = std::uint64_t(1) << 27;
+    /// Address space that the import may take beyond what the process already has.
+    std::uint64_t memoryBytes = std::uint64_t(4) << 30;
+    std::uint32_t cpuSeconds = 300;
+    std::uint32_t wallSeconds = 900;
+};
+
+/// How ModelImporter::Import goes about one file.
+struct ImportOptions
+{
+    /// Called on the importing thread with the share done, 0 to 100, never falling.
+    /// Returning false ends the import with ImportStatus::Cancelled.
+    std::function<bool(float percent)> progress;
+
+    ImportLimits limits;
+
+    /// Parses in a forked process, so that a file which crashes, hangs or exhausts the
+    /// parser ends in an error. Without it such a file takes the host down; turn it off
+    /// only where forking is out of the question.
+    bool isolate = true;
+
+    /// Share of a lit surface's colour that it shows without any light, 0 to 1. The
+    /// light of the file brings the rest, so that a surface square to it shows the
+    /// colour that the file gives.
+    float ambientLevel = 0.3f;
+
+    /// Edges sharper than this stay sharp where normals have to be made, in degrees.
+    float smoothingAngle = 35.0f;
+
+    /// Leaves all pictures aside when false.
+    bool textures = true;
+};
+
+} // namespace OV::Host
