@@ -1,0 +1,50 @@
+#pragma once
+
+#include "orvane/math/Transform.h"
+#include "orvane/scene/MeshNode.h"
+
+namespace OV
+{
+
+class Scene2D;
+
+/// Places meshes in a layer, in pixels, and remembers how far the picking of them has come.
+class ORVANE_API Shape2DNode : public MeshNode
+{
+public:
+    /// @param scene the layer, or null for none yet.
+    explicit Shape2DNode(Scene2D* scene);
+    ~Shape2DNode() override;
+
+    Scene2D* GetScene2D() const { return scene2D; }
+
+    bool PickCaptured() const { return pickState == 1 || pickState == 2; }
+    bool PickMoved() const { return pickState == 3; }
+    bool PickReleased() const { return pickState == 4; }
+
+    /// Makes the node count in the layer's depth range with its meshes' whole extent, instead
+    /// of its own position alone.
+    void DisableBillboard(bool disable) { billboard = !disable; }
+
+    void UpdateGraph() override;
+
+    /// Culls the node by whether it is on the screen; the last of its meshes decides. Widens
+    /// the two depths by its own. A hidden node is passed over, its children are not.
+    void UpdateCulling(float& nearValue, float& farValue) override;
+
+    int Type() const override;
+    bool HasType(int type) override;
+
+    /// 0 idle, 1 and 2 captured, 3 moved, 4 released. The host writes it, the layer resets it.
+    unsigned int pickState = 0;
+
+protected:
+    Scene2D* scene2D;
+    Transform inverseGlobal;  ///< of the global transform, as of the last UpdateGraph
+    bool billboard = true;
+
+private:
+    bool IsOffScreen(Mesh& mesh) const;
+};
+
+}  // namespace OV
