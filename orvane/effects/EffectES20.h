@@ -1,0 +1,240 @@
+#pragma once
+
+#include "orvane/Export.h"
+#include "orvane/effects/EffectCache.h"
+#include "orvane/effects/ProgramTemplate.h"
+#include "orvane/effects/ShaderProgram.h"
+
+#include <glm/vec3.hpp>
+#include <glm/vec4.hpp>
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace OV
+{
+
+class CameraNodeES20;
+class MeshES20;
+class MeshNode;
+
+/// One way of shading: a family of GL programs, their uniforms and the code that feeds them.
+///
+/// Owns its programs, one for each set of options met, compiled when it is first met. Counted
+/// by reference; a new effect has one reference, which its maker gives back with Release. All
+/// operations but the settings need GL. The settings are global to the process; a host changes
+/// them between frames.
+class ORVANE_API EffectES20
+{
+public:
+    /// How many of the global clip planes reach a shader.
+    static constexpr int MaxClipPlanes = 6;
+
+    /// Always true.
+    virtual bool IsReady();
+
+    /// Points the vertex attributes at the buffer of a mesh, which is bound.
+    virtual void BindMeshAttributes(MeshES20* mesh) = 0;
+
+    /// Undoes the attribute setup.
+    virtual void ReleaseMeshAttributes(MeshES20* mesh) = 0;
+
+    /// Sets what changes from node to node.
+    virtual void BindMeshUniforms(MeshNode* node) = 0;
+
+    /// Compiles and links the program of a set of options.
+    /// @param name filled with the diagnostic name.
+    /// @return the GL name, owned by this effect from then on; 0 on failure.
+    virtual unsigned int CreateProgramForOptions(std::uint64_t options, std::string& name);
+
+    /// Deletes the programs and leaves the cache, if that is still there.
+    virtual ~EffectES20();
+
+    /// Compiles a set of options ahead of its first use.
+    void Precompile(std::uint64_t options);
+
+    /// The program of a set of options, made on first sight. A failed one is 0 and is not tried
+    /// again.
+    unsigned int ProgramForOptions(std::uint64_t options);
+
+    /// Makes the program of a set of options the one in use and the one that is fed.
+    void UseOptions(std::uint64_t options);
+
+    /// The location of a uniform in a program of this effect; -1 for any other program.
+    int UniformLocation(unsigned int program, int index);
+
+    /// Whether a program has an attribute. GL is asked once for each program and name.
+    bool HasAttribute(unsigned int program, const char* name);
+
+    /// Takes one more reference.
+    void AddReference();
+
+    /// Gives one reference back and destroys the effect with the last one.
+    /// @return whether the effect was destroyed.
+    bool Release();
+
+    /// How many references are out.
+    int GetReferenceCount() const
+    {
+        return m_refCount;
+    }
+
+    /// The cache that made this effect; null once it is gone.
+    EffectCache* GetCache() const
+    {
+        return m_cache;
+    }
+
+    /// A base name with "|" and the name of each set option that the table knows, lowest bit
+    /// first.
+    static std::string OptionsName(const std::string& baseName, std::uint64_t options,
+                                   const OptionTable& table);
+
+    /// One #define line for each set option that the table knows, lowest bit first.
+    static std::string OptionsDefines(std::uint64_t options, const OptionTable& table);
+
+    /// Puts texts in the place of markers, in the order of the markers. Only the first
+    /// occurrence of each is replaced, once.
+    static std::string ExpandTemplate(const std::string& source,
+                                      const std::map<std::string, std::string>& replacements);
+
+    /// Adds a plane that cuts away what lies on the side of its normal, in world space. Any
+    /// number is kept, the first six count.
+    static void AddClipPlane(glm::vec3 normal, glm::vec3 position);
+
+    /// Removes the planes; outline and poche settings stay.
+    static void ClearClipPlanes();
+    static const std::vector<glm::vec3>& GetClipPlaneNormals();
+    static const std::vector<glm::vec3>& GetClipPlanePositions();
+
+    /// Width, in world units, of the outline along a cut.
+    static float GetClipPlaneOutlineSize();
+    static void SetClipPlaneOutlineSize(float size);
+    static const glm::vec4& GetClipPlaneOutlineColor();
+    static void SetClipPlaneOutlineColor(const glm::vec4& color);
+
+    /// Whether the inside of a cut solid shows in the poche colour.
+    static bool IsPocheColorEnabled();
+    static void EnablePocheColor(bool enable);
+    static const glm::vec4& GetPocheColor();
+    static void SetPocheColor(const glm::vec4& color);
+
+    static float GetAmbientColorIntensity();
+    static void SetAmbientColorIntensity(float intensity);
+    static float GetAmbientTextureIntensity();
+    static void SetAmbientTextureIntensity(float intensity);
+
+    /// How much of the light a shadow takes, 0 for none to 1 for all.
+    static float GetShadowIntensity();
+    static void SetShadowIntensity(float intensity);
+    static float GetSunShading();
+    static void SetSunShading(float shading);
+    static bool IsShadow();
+    static void SetShadow(bool shadow);
+
+    /// Which model stands for the advanced materials.
+    static EffectCache::EffectType GetAdvancedMaterialShaderType();
+
+    /// Stores AdvancedMaterialPhong when given that, and AdvancedMaterial for any other type.
+    static void SetAdvancedMaterialShaderType(EffectCache::EffectType type);
+
+    /// Written before each mesh is drawn: whether the global clip planes cut it.
+    bool clipPlanesActive = false;
+
+    /// Written before each mesh is drawn: MeshFlagEffectFlag of the mesh.
+    bool meshNodeFlag = false;
+
+protected:
+    explicit EffectES20(EffectCache* cache);
+
+    /// A copy takes the settings and starts with one reference, no cache and no program.
+    EffectES20(const EffectES20& other);
+    EffectES20& operator=(const EffectES20& other);
+
+    /// What CreateProgramForOptions of an effect with options comes down to.
+    unsigned int CreateFromTemplate(const ProgramTemplate& source, std::uint64_t options,
+                                    std::string& name);
+
+    /// Links the one program of an effect without options, selects it and owns it. Its uniform
+    /// table is empty.
+    void LinkFixedProgram(const std::string& name, const char* vertexSource,
+                          const char* fragmentSource, const NameTable& attributes);
+
+    /// Sets a uniform of the program in use by one of ShaderProgram::SetUniform, if the program
+    /// has it.
+    template <class... Values>
+    void Set(int index, const Values&... values)
+    {
+        if (Has(index))
+        {
+            m_current->SetUniform(index, values...);
+        }
+    }
+
+    /// Whether the program in use has a uniform. Settled when the program was linked.
+    bool Has(int index) const
+    {
+        return m_current != nullptr && m_current->Exists(index);
+    }
+
+    /// Whether the program in use has an attribute of the class's table. Settled when the
+    /// program was linked.
+    bool HasAttribute(unsigned int attribute) const
+    {
+        return ((m_currentAttributes >> attribute) & 1u) != 0;
+    }
+
+    /// View-projection of the camera times the matrix of the node.
+    void SetModelViewProjection(int index, MeshNode* node);
+
+    /// The matrix that carries normals of the node to world space.
+    void SetNormalMatrix(int index, MeshNode* node);
+
+    /// Uploads the clip planes when they are wanted and there are any, then their number.
+    /// @return how many.
+    int SetClipPlanes(int normals, int positions, int count, bool wanted);
+
+    /// Range and colour of the fog, when there is fog.
+    void SetFog(int range, int color);
+
+    std::map<std::uint64_t, unsigned int> m_programsByOptions;
+    std::map<unsigned int, ShaderProgram> m_programs;
+    unsigned int m_currentProgram = 0;
+    int m_refCount = 1;
+    CameraNodeES20* m_camera = nullptr;
+    EffectCache* m_cache = nullptr;
+    std::map<unsigned int, std::string> m_uniformNames;
+
+    /// Names of the attributes of the class, by index; below 32.
+    std::map<unsigned int, std::string> m_attributeNames;
+
+    /// The uniform table that Set feeds; null before the first UseOptions.
+    ShaderProgram* m_current = nullptr;
+
+    static std::vector<glm::vec3> s_clipPlaneNormals;
+    static std::vector<glm::vec3> s_clipPlanePositions;
+    static float s_clipPlaneOutlineSize;
+    static glm::vec4 s_clipPlaneOutlineColor;
+    static bool s_pocheColorEnabled;
+    static glm::vec4 s_pocheColor;
+    static float s_ambientColorIntensity;
+    static float s_ambientTextureIntensity;
+    static float s_shadowIntensity;
+    static float s_sunShading;
+    static bool s_isShadow;
+    static EffectCache::EffectType s_advancedMaterialShaderType;
+
+private:
+    friend class EffectCache;
+
+    void RegisterProgram(unsigned int program, const std::string& name);
+
+    // One answer for each attribute ever asked of a program.
+    std::map<unsigned int, std::map<std::string, bool>> m_attributeAnswers;
+    std::map<unsigned int, std::uint32_t> m_attributesByProgram;
+    std::uint32_t m_currentAttributes = 0;
+};
+
+} // namespace OV

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "orvane/Export.h"
+#include "orvane/effects/EffectES20.h"
+
+namespace OV
+{
+
+class LightNode;
+class Material;
+class MaterialES20;
+
+/// An effect that is applied to the meshes of one material after another.
+class ORVANE_API MaterialEffectES20 : public EffectES20
+{
+public:
+    /// Selects the program and sets what is constant for the material in a pass. The camera is
+    /// read until the meshes of the material are drawn.
+    virtual void Apply(MaterialES20* material, CameraNodeES20* camera) = 0;
+
+    /// Undoes what Apply changed in the state of GL.
+    virtual void Remove() = 0;
+
+protected:
+    explicit MaterialEffectES20(EffectCache* cache);
+
+    /// The first light of the material's scene; null when there is none.
+    static LightNode* FirstLight(Material* material);
+
+    /// Whether the material takes light and there is one to take.
+    static bool IsLit(Material* material);
+
+    /// Turns on blending by alpha for a see-through texture or colour.
+    /// @return whether it did.
+    static bool EnableBlendingIfNeeded(MaterialES20* material);
+
+    /// What texture coordinates are multiplied by for a scale: its inverse, or 1 for a scale
+    /// that isn't a positive finite number.
+    static float ShaderScale(float scale);
+
+    /// The colour that a light leaves of the diffuse colour: their product, with the opacity as
+    /// alpha. A material that ignores the light's colour keeps its own.
+    static Color LitColor(Material* material, LightNode* light);
+
+    /// Stipple colour and the two lengths in pixels, when the material is stippled.
+    void SetStippling(Material* material, int color, int offset, int size);
+};
+
+} // namespace OV

@@ -1,0 +1,180 @@
+#pragma once
+
+#include "orvane/Export.h"
+
+#include <glm/mat3x3.hpp>
+#include <glm/mat4x4.hpp>
+#include <glm/vec2.hpp>
+#include <glm/vec3.hpp>
+#include <glm/vec4.hpp>
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace OV
+{
+
+class Color;
+class Matrix;
+class Matrix3x3;
+class ShaderProgram;
+class Vector;
+
+/// Text that goes before every vertex and fragment source.
+///
+/// The sources spell precision with these macros; desktop GL has no use for it.
+inline constexpr char ShaderPrelude[] = "#define PRECISION_DEFAULT_HIGHP(t)\n"
+                                        "#define PRECISION_DEFAULT_MEDIUMP(t)\n"
+                                        "#define PRECISION_DEFAULT_LOWP(t)\n"
+                                        "\n"
+                                        "#define HIGHP\n"
+                                        "#define LOWP\n"
+                                        "#define MEDIUMP\n";
+
+/// Compiles and links a program. GL.
+///
+/// The prelude goes before both sources. A compile failure is reported on the standard error
+/// stream, a link failure is not reported at all.
+/// @param attributes attribute index to attribute name.
+/// @return the GL name, owned by the caller; 0 on any failure, or without GL.
+ORVANE_API int LoadProgram(const std::string& name, const std::string& vertexSource,
+                           const std::string& fragmentSource,
+                           const std::map<unsigned int, std::string>& attributes);
+
+/// Compiles one shader. GL.
+/// @param logName not read: the report of a failed compile doesn't name the shader.
+/// @param type the GL enumerator of the kind of shader.
+/// @param source read up to its terminating zero; null fails.
+/// @return the GL name, owned by the caller; 0 on any failure, or without GL.
+ORVANE_API int CompileShader(const std::string& logName, unsigned int type, const char* source);
+
+/// A uniform of a program: what indexing a ShaderProgram yields.
+struct UniformVar
+{
+    ShaderProgram* program;
+    int location;
+};
+
+/// A linked GL program with its uniforms, which are addressed by index instead of by name.
+///
+/// A value: it never owns the GL program, so copies are harmless and nothing is deleted. All
+/// setters need GL and act on the program in use, which must be this one. A uniform that the
+/// program lacks has location -1, which GL ignores; each use asks GL for it again.
+class ORVANE_API ShaderProgram
+{
+public:
+    ShaderProgram(int program = 0, const std::string& name = "");
+    ShaderProgram(const ShaderProgram&) = default;
+
+    /// Takes the uniform table and the name; the source keeps its program and its bound flag.
+    ShaderProgram(ShaderProgram&& other) noexcept;
+    ShaderProgram& operator=(const ShaderProgram&) = default;
+    ShaderProgram& operator=(ShaderProgram&& other) noexcept;
+    ~ShaderProgram() = default;
+
+    /// The GL name, 0 meaning none.
+    unsigned int get() const
+    {
+        return m_program;
+    }
+
+    /// Stores the GL name. Cached uniform locations stay: another program needs another object.
+    void SetProgram(int program);
+
+    /// Makes this the program in use.
+    void Bind();
+
+    /// Leaves no program in use.
+    void Unbind();
+
+    /// Whether Bind was called later than Unbind on this object. Other programs bound since
+    /// don't count.
+    bool IsBound() const
+    {
+        return m_bound;
+    }
+
+    UniformVar operator[](int index);
+
+    /// Compiles and links with LoadProgram and keeps the result. GL. The uniform table stays as
+    /// it is, cached locations too.
+    /// @return the GL name, owned by the caller; 0 on failure.
+    int Load(const char* vertexSource, const char* fragmentSource,
+             const std::map<unsigned int, std::string>& attributes);
+
+    /// Replaces the table of uniform names and asks for every location not yet known. GL.
+    ///
+    /// Each missing name is reported on the standard error stream.
+    /// @return whether none is missing.
+    bool DeclareUniforms(const std::vector<std::string>& names);
+
+    void Uniform1i(int index, int x);
+    void Uniform2i(int index, int x, int y);
+    void Uniform3i(int index, int x, int y, int z);
+    void Uniform4i(int index, int x, int y, int z, int w);
+    void Uniform1f(int index, float x);
+    void Uniform2f(int index, float x, float y);
+    void Uniform3f(int index, float x, float y, float z);
+    void Uniform4f(int index, float x, float y, float z, float w);
+
+    /// The array forms read count elements, each of as many numbers as the name says.
+    void Uniform1iv(int index, int count, const int* values);
+    void Uniform2iv(int index, int count, const int* values);
+    void Uniform3iv(int index, int count, const int* values);
+    void Uniform4iv(int index, int count, const int* values);
+    void Uniform1fv(int index, int count, const float* values);
+    void Uniform2fv(int index, int count, const float* values);
+    void Uniform3fv(int index, int count, const float* values);
+    void Uniform4fv(int index, int count, const float* values);
+
+    /// The matrix forms read count column-major matrices, row-major with transpose.
+    void UniformMatrix2fv(int index, int count, unsigned char transpose, const float* values);
+    void UniformMatrix3fv(int index, int count, unsigned char transpose, const float* values);
+    void UniformMatrix4fv(int index, int count, unsigned char transpose, const float* values);
+
+    void SetUniform(int index, int x);
+    void SetUniform(int index, int x, int y);
+    void SetUniform(int index, int x, int y, int z);
+    void SetUniform(int index, int x, int y, int z, int w);
+    void SetUniform(int index, float x);
+    void SetUniform(int index, float x, float y);
+    void SetUniform(int index, float x, float y, float z);
+    void SetUniform(int index, float x, float y, float z, float w);
+    void SetUniform(int index, const Vector& value);
+    void SetUniform(int index, const Color& value);
+    void SetUniform(int index, const Matrix3x3& value);
+    void SetUniform(int index, const Matrix& value);
+    void SetUniform(int index, const glm::vec2& value);
+    void SetUniform(int index, const glm::vec3& value);
+    void SetUniform(int index, const glm::vec4& value);
+    void SetUniform(int index, const glm::mat3& value, bool transpose);
+    void SetUniform(int index, const glm::mat4& value, bool transpose);
+
+protected:
+    /// Whether a location is cached for the index. Never asks GL, so that a uniform not yet
+    /// asked for doesn't exist.
+    bool Exists(int index) const
+    {
+        return static_cast<std::size_t>(index) < m_locations.size() &&
+               m_locations[static_cast<std::size_t>(index)] != -1;
+    }
+
+    /// The location of a uniform, from the cache once GL has given one. An index without a name
+    /// gives -1.
+    int GetLocation(int index);
+
+    std::vector<int> m_locations;
+    std::vector<std::string> m_uniformNames;
+    unsigned int m_program;
+    std::string m_name;
+    bool m_bound = false;
+
+private:
+    // The effects seed the table themselves and skip, on the draw path, what a program lacks.
+    friend class EffectES20;
+
+    int AskLocation(int index);
+};
+
+} // namespace OV
