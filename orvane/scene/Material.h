@@ -1,0 +1,265 @@
+#pragma once
+
+#include "orvane/Export.h"
+#include "orvane/engine/Object.h"
+#include "orvane/imaging/FilePath.h"
+#include "orvane/math/Color.h"
+#include "orvane/scene/BitSet.h"
+#include "orvane/scene/CompareMeshPointers.h"
+#include "orvane/scene/NodeType.h"
+
+#include <memory>
+#include <set>
+#include <string>
+
+namespace OV
+{
+
+class Mesh;
+class Scene;
+
+/// What the engine reads of a material; other bits have no effect.
+enum MaterialFlags : unsigned
+{
+    /// Back faces are drawn too.
+    MaterialFlagNoCull = 0x01,
+    /// Drawn as if there were no light.
+    MaterialFlagUnlit = 0x02,
+    /// Drawn with polygonOffsetFactor and polygonOffsetUnits.
+    MaterialFlagPolygonOffset = 0x08,
+    /// Meshes are drawn as points.
+    MaterialFlagPoints = 0x10,
+    /// Drawn whatever the depth buffer says.
+    MaterialFlagAlwaysPass = 0x20,
+};
+ORVANE_BIT_SET(MaterialFlags)
+
+/// Description of a surface and the set of meshes that have it.
+///
+/// The fields are read by the effects as they stand; no setter marks the scene dirty. Names
+/// and pixels are loaded when the material is first drawn.
+class ORVANE_API Material
+{
+public:
+    explicit Material(const std::string& materialName);
+
+    /// Takes the four colours, shininess, texture path and name, hasAlpha, ignoreLightColor,
+    /// stippling and its colour, and the name. All else starts anew: the copy has no flags,
+    /// meshes, scene or render data.
+    Material(const Material& other);
+
+    Material& operator=(const Material&) = delete;
+
+    /// Leaves its scene. The meshes stay alive, without a material.
+    virtual ~Material();
+
+    /// Which of the scene's two lists AddMaterial picks. After a change that matters,
+    /// Scene::ProcessChangedMaterial moves the material.
+    virtual bool IsTransparent();
+
+    virtual int Type() const;
+    virtual bool HasType(int type);
+
+    const Color& GetDiffuse() const
+    {
+        return diffuse;
+    }
+
+    /// Alpha, which is the opacity, is replaced too.
+    void SetDiffuse(const Color& color)
+    {
+        diffuse = color;
+    }
+
+    const Color& GetAmbient() const
+    {
+        return ambient;
+    }
+
+    void SetAmbient(const Color& color)
+    {
+        ambient = color;
+    }
+
+    const Color& GetEmissive() const
+    {
+        return emissive;
+    }
+
+    void SetEmissive(const Color& color)
+    {
+        emissive = color;
+    }
+
+    const Color& GetSpecular() const
+    {
+        return specular;
+    }
+
+    void SetSpecular(const Color& color)
+    {
+        specular = color;
+    }
+
+    float GetShininess() const
+    {
+        return shininess;
+    }
+
+    void SetShininess(float value)
+    {
+        shininess = value;
+    }
+
+    /// The alpha of the diffuse colour.
+    float GetOpacity() const
+    {
+        return diffuse.a;
+    }
+
+    /// Does not move the material between the scene's lists.
+    void SetOpacity(float opacity)
+    {
+        diffuse.a = opacity;
+    }
+
+    const std::string& GetName() const
+    {
+        return name;
+    }
+
+    void SetName(const std::string& newName)
+    {
+        name = newName;
+    }
+
+    /// MaterialFlags.
+    unsigned int GetFlags() const
+    {
+        return flags;
+    }
+
+    void SetFlags(MaterialFlags bits)
+    {
+        flags |= bits;
+    }
+
+    void ClearFlags(MaterialFlags bits)
+    {
+        flags &= ~bits;
+    }
+
+    /// In order of creation.
+    const std::set<Mesh*, CompareMeshPointers>& GetMeshes() const
+    {
+        return meshes;
+    }
+
+    Scene* GetScene() const
+    {
+        return scene;
+    }
+
+    /// Gives the mesh this material; it leaves its present one first. A mesh whose sort ID is
+    /// there already is not taken and ends without a material. Does not mark the scene dirty.
+    /// @return false for null, else true.
+    bool AddMesh(Mesh* mesh);
+
+    /// Takes the material from the mesh.
+    /// @return false when no mesh of that sort ID has it.
+    bool RemoveMesh(Mesh* mesh);
+
+    /// Whether any mesh has a node that is neither hidden nor culled.
+    bool HasVisibleItems() const;
+
+    /// Asks to be drawn only in the frame of this update ID of the scene; 0 in every frame.
+    void SetDrawID(unsigned int id)
+    {
+        drawID = id;
+    }
+
+    bool UsingDrawID() const
+    {
+        return drawID != 0;
+    }
+
+    /// Keeps the material from being drawn until the next SetDrawID.
+    void InvalidateDrawID()
+    {
+        drawID = 1;
+    }
+
+    /// False for a material that uses a draw ID and has no scene.
+    bool ReadyToDraw() const
+    {
+        return drawID == 0 || MatchesUpdateID();
+    }
+
+    Object* GetRenderData() const
+    {
+        return renderData.get();
+    }
+
+    /// Takes the object over, then deletes the one it replaces, even where they are the same:
+    /// then none is left.
+    void SetRenderData(Object* data);
+
+    /// Deletes the render data; the next frame makes them anew.
+    void Suspend();
+
+    /// Does nothing.
+    void Resume();
+
+    /// Its alpha is the opacity.
+    Color diffuse = Color(1.0f, 1.0f, 1.0f, 1.0f);
+    Color ambient = Color(1.0f, 1.0f, 1.0f, 1.0f);
+    Color emissive = Color(0.0f, 0.0f, 0.0f, 1.0f);
+    Color specular = Color(1.0f, 1.0f, 1.0f, 1.0f);
+    float shininess = -1.0f;
+    /// Directory of all the texture files.
+    FilePath texturePath;
+    std::string textureName;
+    /// Raw RGBA pixels in place of a texture file, rows tight; owned, and released with free.
+    unsigned char* pixels = nullptr;
+    int pixelWidth = 0;
+    int pixelHeight = 0;
+    unsigned int flags = 0;
+    float pointSize = 1.0f;
+    float polygonOffsetFactor = 0.0f;
+    float polygonOffsetUnits = 0.0f;
+    /// Whether the texture has alpha; written by the loader.
+    bool hasAlpha = false;
+    /// Whether a texture of raw pixels ends at its edges or repeats.
+    bool clampTexture = false;
+    float uScale = 1.0f;
+    float vScale = 1.0f;
+    bool ignoreLightColor = true;
+    bool stippling = false;
+    Color stippleColor = Color(1.0f, 1.0f, 1.0f, 1.0f);
+    float stippleOffset = 10.0f;
+    float stippleSize = 1.0f;
+    float hatchUScale = 1.0f;
+    float hatchVScale = 1.0f;
+    std::string normalMapName;
+    std::string opacityMapName;
+    /// Reflection straight on, reflection at a grazing angle, gloss.
+    float reflectionFactors[3] = {0.0f, 0.0f, 0.0f};
+    bool noDepthWrite = false;
+    std::string name;
+
+protected:
+    /// A material without a name, stippled in transparent black.
+    Material();
+
+    std::set<Mesh*, CompareMeshPointers> meshes;
+    std::unique_ptr<Object> renderData;
+    Scene* scene = nullptr;
+    unsigned int drawID = 0;
+
+private:
+    friend class Scene;
+
+    bool MatchesUpdateID() const;
+};
+
+} // namespace OV

@@ -1,0 +1,170 @@
+#pragma once
+
+#include "orvane/Export.h"
+#include "orvane/engine/Object.h"
+#include "orvane/math/Matrix.h"
+#include "orvane/math/Transform.h"
+#include "orvane/scene/NodeType.h"
+
+#include <cstdint>
+#include <list>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace OV
+{
+
+class Scene;
+
+/// Place in the scene's tree, with a local and a global transform.
+///
+/// A node belongs to one scene for life. The scene's update ID is the clock that says which
+/// global transforms are stale; UpdateGraph brings them up to date once a frame. Whoever
+/// creates a node owns it until Scene::DeleteSubtree, or the end of the scene that holds it
+/// in its tree, deletes it.
+class ORVANE_API Node
+{
+public:
+    using Path = std::vector<std::pair<std::uint64_t, std::uint64_t>>;
+
+    /// Makes a node with identity transforms that is attached to nothing. A node may have no
+    /// scene; UpdateGraph then does nothing.
+    explicit Node(Scene* ownScene);
+
+    /// Leaves the parent. The children stay alive, as roots of their own.
+    virtual ~Node();
+
+    Node(const Node&) = delete;
+    Node& operator=(const Node&) = delete;
+
+    /// Places the node relative to its parent. The global transform follows at the next
+    /// UpdateGraph.
+    virtual void SetLocal(const Transform& t);
+
+    /// Places the node in the world; the local transform follows at once, from the parent's
+    /// global transform as that stands now.
+    virtual void SetGlobal(const Transform& t);
+
+    /// Brings the global transforms of this node and everything below it up to date.
+    /// Composes only where the node or its direct parent changed since the last walk.
+    virtual void UpdateGraph();
+
+    /// Culls everything below and widens the range of visible depths, which count along the
+    /// camera's line of sight.
+    virtual void UpdateCulling(float& nearValue, float& farValue);
+
+    /// Widens a box in world space, which the caller has set, by everything below.
+    virtual void ComputeBoundingBox(Vector& boxMin, Vector& boxMax);
+
+    /// The centre, in world space, of a box that starts at the origin and is widened by
+    /// ComputeBoundingBox: the origin is always in it.
+    virtual void ComputeCenter(Vector& out);
+
+    virtual int Type() const;
+    virtual bool HasType(int type);
+
+    /// Appends the child, which leaves its present parent first, this one too. Nothing
+    /// happens for null, this node, an ancestor of it, or a node of another scene.
+    /// @param keepGlobal whether the child stays where it is in the world, by a new local
+    /// transform. Otherwise it keeps both transforms and takes its new place when its global
+    /// transform is next recomputed; the scene is not marked dirty.
+    void AddChild(Node* child, bool keepGlobal);
+
+    /// Detaches the child, which keeps its transforms and then belongs to the caller. Nothing
+    /// happens for a node that is no child of this one. Does not mark the scene dirty.
+    void RemoveChild(Node* child);
+
+    /// Null at the root and for a node that was never added.
+    Node* GetParent() const
+    {
+        return parent;
+    }
+
+    /// The children in the order of AddChild.
+    const std::list<Node*>& GetChildren() const
+    {
+        return children;
+    }
+
+    const Transform& GetLocal() const
+    {
+        return local;
+    }
+
+    /// The place in the world as of the last UpdateGraph or SetGlobal.
+    const Transform& GetGlobal() const
+    {
+        return global;
+    }
+
+    /// The global transform as of the last UpdateGraph in floats, for rendering. Converted
+    /// once per change, and never null: the matrix is the node's own and lives as long.
+    Matrix* GetGlobalMatrix();
+
+    /// Null for a node without a scene and once the scene is gone.
+    Scene* GetScene() const
+    {
+        return scene;
+    }
+
+    /// A number that is the host's alone.
+    int GetUserData() const
+    {
+        return userData;
+    }
+
+    void SetUserData(int data)
+    {
+        userData = data;
+    }
+
+    /// The host's identification of this place, compared with the path of the part of the
+    /// model that is being edited.
+    const Path& GetPath() const
+    {
+        return path;
+    }
+
+    void SetPath(const Path& newPath)
+    {
+        path = newPath;
+    }
+
+    Object* GetAnimationData() const
+    {
+        return animationData.get();
+    }
+
+    /// Takes the object over and deletes the present one, even where they are the same: then
+    /// none is left.
+    void SetAnimationData(Object* data);
+
+protected:
+    Node* parent = nullptr;
+    std::list<Node*> children;
+    Transform local;
+    Transform global;
+    /// The scene's update ID at the last change of the transforms.
+    unsigned int updateID = 0;
+    int userData = 0;
+    std::unique_ptr<Object> animationData;
+    Path path;
+    Scene* scene = nullptr;
+    std::unique_ptr<Matrix> globalMatrix;
+    bool globalMatrixDirty = false;
+
+private:
+    friend class Scene;
+
+    /// Whether this node is the other one or stands above it.
+    bool IsSameOrAbove(const Node* other) const;
+
+    void MarkMoved();
+
+    /// All nodes of a scene, attached or not, so that it can tell them that it is gone.
+    Node* m_previousOfScene = nullptr;
+    Node* m_nextOfScene = nullptr;
+};
+
+} // namespace OV

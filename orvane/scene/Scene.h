@@ -1,0 +1,303 @@
+#pragma once
+
+#include "orvane/Export.h"
+#include "orvane/scene/AlphaMeshNode.h"
+
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace OV
+{
+
+class CameraNode;
+class Color;
+class LightNode;
+class Line;
+class LineStyle;
+class Material;
+class Mesh;
+class MeshNode;
+class Node;
+class Vector;
+
+/// The 3D world: a tree of nodes, and the materials, meshes, lines and line styles in it.
+///
+/// The scene owns what is in it and deletes it at Clear and at its end; what leaves through a
+/// Remove operation belongs to the caller. It is the clock of the nodes, by the update ID, and
+/// knows whether anything changed since the last frame, by the dirty flag.
+class ORVANE_API Scene
+{
+public:
+    /// Makes a scene with a root and a default camera below it. It starts dirty, with update
+    /// ID 1.
+    Scene();
+    virtual ~Scene();
+
+    Scene(const Scene&) = delete;
+    Scene& operator=(const Scene&) = delete;
+
+    /// Deletes everything in the scene and gives it a new root and default camera. Settings,
+    /// update ID and a camera of the host's that is not in the tree stay.
+    virtual void Clear();
+
+    /// Takes the material over, into the alpha list when it is transparent now, else into the
+    /// optimized list.
+    /// @return false when it is null or in a scene already.
+    virtual bool AddMaterial(Material* material);
+
+    /// Hands the material back to the caller.
+    /// @return false when it is in neither list.
+    virtual bool RemoveMaterial(Material* material);
+
+    /// The first material of exactly this name, opaque ones first, or null.
+    virtual Material* GetMaterial(const std::string& name);
+
+    /// Takes the style over.
+    /// @return false when it is null or in a scene already.
+    virtual bool AddLineStyle(LineStyle* style);
+
+    /// Hands the style back to the caller.
+    /// @return false when it is not in the list.
+    virtual bool RemoveLineStyle(LineStyle* style);
+
+    /// Brings the scene up to date, once a frame: the camera always, the tree and the order of
+    /// the draw items only when dirty. Then the update ID rises and the scene is clean. The
+    /// size is that of the screen, in the unit that the camera maps to.
+    virtual void UpdateGraph(float width, float height);
+
+    /// Deletes the render data of line styles, lines, materials and meshes, before the GL
+    /// context is lost.
+    virtual void Suspend();
+
+    /// Marks the scene dirty; the next frame makes render data anew.
+    virtual void Resume();
+
+    /// Gives the exact box of all vertices at plain mesh nodes, in world space, by the global
+    /// transforms as they stand. An empty scene gives the extremes of float, the wrong way
+    /// round.
+    virtual void GetBoundingBox(Vector& boxMin, Vector& boxMax);
+
+    bool IsVisible() const
+    {
+        return visible;
+    }
+
+    void Show(bool show)
+    {
+        visible = show;
+        MarkDirty();
+    }
+
+    bool IsDirty() const
+    {
+        return dirty;
+    }
+
+    void MarkDirty()
+    {
+        dirty = true;
+    }
+
+    bool IsLit() const
+    {
+        return lit;
+    }
+
+    /// Does not mark the scene dirty.
+    void EnableLights(bool enable)
+    {
+        lit = enable;
+    }
+
+    /// The number of the coming update, by which changes and draw IDs are stamped.
+    unsigned int GetUpdateID() const
+    {
+        return updateID;
+    }
+
+    bool IsMemoryLow() const
+    {
+        return memoryLow;
+    }
+
+    /// There is no way back.
+    void SetLowMemory()
+    {
+        memoryLow = true;
+    }
+
+    /// Gives three numbers that a host or a derived class keeps; the engine writes none.
+    void GetTextureStats(int& first, int& second, int& third) const;
+
+    /// Kept for the host; the engine does not read it.
+    float& ConversionFactor()
+    {
+        return conversionFactor;
+    }
+
+    /// Kept for the host; the engine does not read it.
+    bool& UnitScalingFlag()
+    {
+        return unitScaling;
+    }
+
+    /// Stores the rectangle whether enabled or not.
+    void OverrideViewport(bool enable, int x, int y, int width, int height);
+
+    /// Gives the rectangle whether enabled or not.
+    /// @return whether it is enabled.
+    bool GetOverrideViewport(int& x, int& y, int& width, int& height) const;
+
+    /// Null only once a host has deleted it.
+    Node* GetRoot() const
+    {
+        return root;
+    }
+
+    const std::vector<LightNode*>& GetLights() const
+    {
+        return lights;
+    }
+
+    /// Ordered by address.
+    const std::set<Line*>& GetLines() const
+    {
+        return lines;
+    }
+
+    /// Ordered by address. Lines are not among them.
+    const std::set<Mesh*>& GetMeshes() const
+    {
+        return meshes;
+    }
+
+    const std::vector<LineStyle*>& GetLineStyles() const
+    {
+        return lineStyles;
+    }
+
+    const std::vector<Material*>& GetAlphaMaterials() const
+    {
+        return alphaMaterials;
+    }
+
+    const std::vector<Material*>& GetOptimizedMaterials() const
+    {
+        return optimizedMaterials;
+    }
+
+    /// The scene's own; an item leaves the list when its node or mesh dies.
+    const std::vector<AlphaMeshNode*>& GetZOrderedDrawItems() const
+    {
+        return zOrderedDrawItems;
+    }
+
+    /// Looks through this camera, or through the default camera again for null. The camera
+    /// stays the caller's; deleting it ends its use here.
+    void SetCamera(CameraNode* camera);
+
+    /// The camera set, else the default one. Null only once a host has deleted that.
+    CameraNode* GetCameraNode() const
+    {
+        return overrideCamera ? overrideCamera : defaultCamera;
+    }
+
+    /// The first style of exactly this name, or null.
+    LineStyle* GetLineStyle(const std::string& name) const;
+
+    /// Null, always: styles are not found by colour.
+    LineStyle* GetLineStyle(const Color& color) const;
+
+    /// Moves a material to the end of the list that its present transparency calls for.
+    /// @return false when it is not in this scene.
+    bool ProcessChangedMaterial(Material* material);
+
+    /// Fills the list of draw items anew from the alpha list: material by material, mesh by
+    /// mesh, node by node. They are sorted by the next update that finds the scene dirty.
+    void PopulateZOrderedDrawItems();
+
+    /// Moves a perspective camera back along the world's Z, until it sees all bounding
+    /// spheres. The arithmetic of an empty scene is not finite.
+    void Frame();
+
+    /// Deletes the node and everything below it, and marks the scene dirty, also for null.
+    void DeleteSubtree(Node* node);
+
+protected:
+    /// Sorts the draw items back to front; not stable.
+    virtual void ProcessZOrderedDrawItems();
+
+    void Initialize();
+    void Cleanup();
+
+    /// Culls the whole tree and gives the camera the range of visible depths.
+    void UpdateCulling();
+
+    /// Gives the camera planes around a range of depths.
+    void ProcessNearFar(float nearValue, float farValue);
+
+    /// Takes the mesh over, from another scene too.
+    bool AddMesh(Mesh* mesh);
+    bool RemoveMesh(Mesh* mesh);
+    bool AddLine(Line* line);
+    bool RemoveLine(Line* line);
+    bool AddLightNode(LightNode* light);
+    bool RemoveLightNode(LightNode* light);
+
+    struct Viewport
+    {
+        int x = -1;
+        int y = -1;
+        int width = -1;
+        int height = -1;
+    };
+
+    bool visible = true;
+    Node* root = nullptr;
+    CameraNode* overrideCamera = nullptr;
+    CameraNode* defaultCamera = nullptr;
+    std::vector<Material*> alphaMaterials;
+    std::vector<Material*> optimizedMaterials;
+    std::set<Mesh*> meshes;
+    std::vector<LineStyle*> lineStyles;
+    std::set<Line*> lines;
+    /// A derived class may reorder the items and write their z, but not add or remove any.
+    std::vector<AlphaMeshNode*> zOrderedDrawItems;
+    std::vector<LightNode*> lights;
+    bool unitScaling = true;
+    float conversionFactor = 1.0f;
+    unsigned int updateID = 1;
+    bool dirty = true;
+    bool viewportOverridden = false;
+    Viewport viewport;
+    bool lit = true;
+    int textureStats[3] = {0, 0, 0};
+    bool memoryLow = false;
+
+private:
+    friend class CameraNode;
+    friend class LightNode;
+    friend class Line;
+    friend class Mesh;
+    friend class MeshNode;
+    friend class Node;
+
+    void Register(Node* node);
+    void Unregister(Node* node);
+    void LeaveOtherScene(Mesh* mesh);
+    void ClearScenePointer(Mesh* mesh);
+    void AppendDrawItem(MeshNode* node, Mesh* mesh);
+    void ReleaseDrawItem(AlphaMeshNode* item);
+    void RemoveDrawItemsOf(const MeshNode* node);
+    void RemoveDrawItemsOf(const Mesh* mesh);
+    void ClearDrawItems();
+
+    /// Head of the list of all nodes of this scene, attached or not.
+    Node* m_firstNode = nullptr;
+    /// Draw items out of use, so that filling the list anew allocates nothing.
+    std::vector<std::unique_ptr<AlphaMeshNode>> m_spareDrawItems;
+};
+
+} // namespace OV
