@@ -1,7 +1,6 @@
 #pragma once
 
 #include "orvane/Export.h"
-#include "orvane/effects/EffectHolder.h"
 
 #include <map>
 #include <memory>
@@ -10,12 +9,12 @@ namespace OV
 {
 
 class EffectES20;
+class Lifetime;
 
 /// Keeps at most one effect of each type and hands out references to it.
 ///
-/// The cache counts no reference of its own: an effect lives as long as its users. Who keeps a
-/// reference beyond a call derives from EffectHolder, so that the cache may die first. A copy
-/// lists the same effects and changes no count.
+/// The cache counts no reference of its own: an effect lives as long as its users. A copy lists
+/// the same effects and changes no count.
 class ORVANE_API EffectCache
 {
 public:
@@ -45,9 +44,14 @@ public:
     EffectCache(const EffectCache& other);
     EffectCache& operator=(const EffectCache& other);
 
-    /// Tells the holders, then takes one reference of each effect that is left: at 0 the effect
+    /// Tells the watchers, then takes one reference of each effect that is left: at 0 the effect
     /// is destroyed, else it lives on without a cache. GL when an effect is destroyed.
     ~EffectCache();
+
+    /// The end of this cache, or of a copy of it. Who keeps references for longer than the
+    /// cache may live watches it, and on notice releases every effect that came from the cache:
+    /// what is not released by then loses one reference that its user still counts as his.
+    Lifetime& GetLifetime() const;
 
     /// The effect of a type, made on first request. GL for a new one.
     ///
@@ -61,18 +65,23 @@ public:
 
 private:
     friend class EffectES20;
-    friend class EffectHolder;
 
-    void JoinFamily(const std::shared_ptr<EffectHolder::Family>& family);
+    struct Family;
+
+    void JoinFamily(const std::shared_ptr<Family>& family);
     void LeaveFamily();
-    EffectCache* OtherCacheWith(EffectES20* effect) const;
+    bool Lists(const EffectES20* effect) const;
+
+    /// Takes a dying effect out of this cache and its copies.
     void Forget(EffectES20* effect);
+
+    /// Finds another cache, or none, for an effect that this cache will no longer list.
+    void HandOver(EffectES20* effect);
 
     std::map<EffectType, EffectES20*> m_effects;
 
-    // Copies list the same effects, so what one copy destroys, the others must forget, and
-    // their holders as well.
-    std::shared_ptr<EffectHolder::Family> m_family;
+    // Copies list the same effects: what one of them destroys, all of them must forget.
+    std::shared_ptr<Family> m_family;
 };
 
 } // namespace OV
