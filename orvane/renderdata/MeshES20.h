@@ -1,0 +1,90 @@
+#pragma once
+
+#include "orvane/Export.h"
+#include "orvane/engine/Object.h"
+#include "orvane/engine/WatchedPtr.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace OV
+{
+
+class EffectES20;
+class Mesh;
+class MeshNode;
+class SharedBuffer;
+class SharedBufferPool;
+
+/// Render data of a mesh: where it lies in a shared buffer, and how it is drawn.
+///
+/// Hangs on a Mesh or its RawMesh, which owns it. Offsets are bytes in the vertex buffer and
+/// hold after the upload; until then nothing is drawn.
+class ORVANE_API MeshES20 : public Object
+{
+public:
+    /// Joins a buffer of the pool if the mesh has a vertex; a mesh without one stays outside
+    /// for good. GL when the pool's open buffer was full.
+    /// @param pool not owned; not null. It may die first.
+    MeshES20(Mesh* mesh, SharedBufferPool* pool);
+
+    /// Leaves the buffer. GL when this was its last mesh.
+    ~MeshES20() override;
+
+    MeshES20(const MeshES20&) = delete;
+    MeshES20& operator=(const MeshES20&) = delete;
+
+    /// Draws the mesh once for each node that is visible and ready, in list order. GL.
+    ///
+    /// Before the upload, or with a null effect, it returns with no state changed. The effect
+    /// must have been applied.
+    /// @param specificNode true if nodes holds the one node of a render item; false for the
+    ///        mesh's own list, of which nodes with a material of their own are left out.
+    virtual void Render(EffectES20* effect, const std::vector<MeshNode*>& nodes, bool specificNode);
+
+    /// Bytes from one vertex to the next.
+    int GetStride() const { return stride; }
+
+    /// Of this mesh's first vertex.
+    int GetPositionOffset() const { return positionOffset; }
+
+    /// Of the first normal; negative if the mesh has none. Likewise below.
+    int GetNormalOffset() const { return normalOffset; }
+    int GetTextureOffset() const { return textureOffset; }
+    int GetColorOffset() const { return colorOffset; }
+    int GetScalarOffset() const { return scalarOffset; }
+
+    Mesh* GetMesh() const { return mesh; }
+
+    /// Whether the clip planes cut this mesh.
+    void EnableClippingPlane(bool enable) { clippingPlaneEnabled = enable; }
+
+    /// Binds the pair of buffers unless the vertex buffer is the one bound last: the two live
+    /// and die together. GL.
+    static void ApplyBuffer(unsigned int vertexBuffer, unsigned int indexBuffer);
+
+    /// Forgets which buffer was bound last. For whoever binds buffers otherwise.
+    static void ResetBufferCache();
+
+    /// Name of the vertex buffer that the engine bound last, for the whole process; 0: unknown.
+    static unsigned int s_vertexId;
+
+    Mesh* mesh = nullptr; ///< not owned
+    unsigned int vertexBufferId = 0;
+    unsigned int indexBufferId = 0;
+
+    /// Placed this mesh; reads null once it is gone, and the next frame replaces this object.
+    WatchedPtr<SharedBufferPool> pool;
+    SharedBuffer* sharedBuffer = nullptr; ///< null for a mesh that had no vertices
+    int stride = 0;
+    int positionOffset = 0;
+    int normalOffset = 0;
+    int textureOffset = 0;
+    int colorOffset = 0;
+    std::int64_t indexOffset = 0; ///< bytes in the index buffer of this mesh's first index
+    std::int64_t indexCount = 0;  ///< number of indices uploaded
+    int scalarOffset = 0;         ///< -1 after the upload: no scalar stream is packed
+    bool clippingPlaneEnabled = false;
+};
+
+} // namespace OV

@@ -1,0 +1,210 @@
+#pragma once
+
+#include "orvane/Export.h"
+#include "orvane/effects/EffectCache.h"
+#include "orvane/engine/Renderer.h"
+#include "orvane/engine/WatchedPtr.h"
+#include "orvane/math/Color.h"
+#include "orvane/renderdata/RenderItemES20.h"
+#include "orvane/renderdata/RenderPass.h"
+#include "orvane/renderdata/SharedBufferPool.h"
+#include "orvane/renderer/AAMode.h"
+
+#include <memory>
+#include <vector>
+
+namespace OV
+{
+
+struct AlphaMeshNode;
+class CameraNodeES20;
+class EffectES20;
+class LineStyle;
+class Material;
+class MaterialES20;
+class Mesh;
+class MeshES20;
+class MeshNode;
+class Object;
+class RenderCapabilities;
+
+/// The renderer on the feature set of OpenGL ES 2.0.
+///
+/// Gives scene objects their render data on the first frame that needs it, and owns what all
+/// of that shares. Sizes are pixels; matrices get points, which are pixels divided by the
+/// device pixel ratio and truncated. A host may derive from it to run further passes with the
+/// protected operations. One renderer after another may draw on a thread; none of it is for
+/// two threads.
+///
+/// Each pass sets what it depends on, so that a frame does not depend on the one before:
+/// depth writes are on for every clear, and blending is off when a pass begins.
+class ORVANE_API Renderer20 : public Renderer
+{
+public:
+    /// Not GL.
+    /// @param textureLoader, capabilities not owned; may be null and may die first.
+    Renderer20(TextureLoader* textureLoader, RenderCapabilities* capabilities);
+    Renderer20(const Renderer20&) = delete;
+    Renderer20& operator=(const Renderer20&) = delete;
+
+    /// Frees the off-screen buffers and the screen mesh. GL if there are any, or if effects
+    /// are still alive. Render data on scene objects stays and becomes inert.
+    ~Renderer20() override;
+
+    /// Sets the size of the screen in pixels and the viewport. GL. A capture keeps its size
+    /// until its buffers are cleared.
+    void Resize(int width, int height) override;
+
+    /// Resizes, clears the capture buffers, and names what counts as the screen. GL. The scale
+    /// isn't read.
+    void SetOnScreenBuffers(int width, int height, unsigned framebuffer, unsigned renderbuffer,
+                            unsigned depthbuffer, float scale) override;
+
+protected:
+    /// Deletes the off-screen buffers, if any; the next BeginCapture makes them anew. GL.
+    void ClearOffscreenBuffers() override;
+
+public:
+    /// Until EndRender, Render3D keeps the depth buffer of what was drawn before it.
+    void BeginOverDrawRender() override;
+
+    /// Clears the screen in a colour, which a capture then clears in too. GL.
+    void BeginRender(bool capture, Color const& color) override;
+
+    /// Draws the opaque materials, the line styles and the alpha materials of a scene, in this
+    /// order. GL. Null for either draws nothing.
+    void Render3D(Scene* scene, CameraNode* camera) override;
+
+    /// Draws a layer over what is there: its opaque materials, its line styles, then its
+    /// z-ordered items one by one. GL. Null draws nothing.
+    void Render2D(Scene2D* layer) override;
+
+    void EndRender() override;
+
+    /// @return true.
+    bool SupportsRenderToTexture() override;
+
+    /// Sends what follows to the off-screen buffers, made at need, and clears them. GL. Nothing
+    /// in mode AAModeMSAA.
+    void BeginCapture() override;
+
+    /// Nothing: ApplyCapture ends the capture.
+    void EndCapture() override;
+
+    /// Back to the screen, and draws the last capture on it. GL. Without a capture, or without
+    /// an effect that draws it, only the buffers and the viewport change. Nothing in mode
+    /// AAModeMSAA.
+    void ApplyCapture() override;
+
+    /// Lets go of everything in GL that the renderer itself holds. GL.
+    void Suspend() override;
+
+    /// Gives the screen mesh its render data again. GL.
+    void Resume() override;
+
+    int GetWidthPx() override;
+    int GetHeightPx() override;
+
+    /// Replaces both; see the constructor. What was made with the old ones stays.
+    virtual void Configure(TextureLoader* textureLoader, RenderCapabilities* capabilities);
+
+    float GetDevicePixelRatio() const { return devicePixelRatio; }
+
+    /// Sets the pixels per point. Only matrices and the size of a capture follow it.
+    void SetDevicePixelRatio(float ratio) { devicePixelRatio = ratio; }
+
+    /// 1 / device pixel ratio.
+    float GetPxToPtScale() const { return 1.0f / devicePixelRatio; }
+
+    AAMode GetAAMode() const { return aaMode; }
+
+    /// Changes the mode: settles the device pixel ratio for it (AAModeSupersampling raises a
+    /// ratio of at most 1 to 2, the others set 1), then suspends and resumes. GL.
+    /// @return false, with nothing changed, if the mode is in force already.
+    bool SetAAMode(AAMode mode);
+
+    bool UseFXAA() const { return aaMode == AAModeFXAA; }
+    bool UseMSAA() const { return aaMode == AAModeMSAA; }
+
+    /// True also for AAModeFXAA: it covers every mode that filters a capture.
+    bool CanSuperSample() const { return aaMode > AAModeMSAA; }
+
+protected:
+    /// Draws the items in order, applying a style only where it changes. GL. May be called
+    /// again from within, by an effect or a mesh that it draws.
+    void RenderItemList(CameraNodeES20* cameraData, std::vector<RenderItemES20> const& items,
+                        RenderPass pass);
+
+    /// Lists the meshes of a material, if it is ready, giving it render data at need. GL.
+    /// @param clippingPlane whether the clip planes cut its meshes.
+    void PrepareOptimizedMaterial(Material* material, CameraNodeES20* cameraData,
+                                  std::vector<RenderItemES20>& items, bool clippingPlane);
+
+    /// Lists the lines of a style. Lists nothing: there is no effect that draws lines.
+    void PrepareLineStyle(LineStyle* lineStyle, CameraNodeES20* cameraData,
+                          std::vector<RenderItemES20>& items, bool clippingPlane);
+
+    /// Lists one mesh at one node, if its material is ready. GL.
+    void PrepareZOrderedMeshNode(AlphaMeshNode* alphaNode, CameraNodeES20* cameraData,
+                                 std::vector<RenderItemES20>& items);
+
+    /// Makes the framebuffer of the capture; what is bound at this moment counts as the screen
+    /// from then on. GL.
+    void SetupAntialiasBuffers();
+
+    /// For a subclass that multisamples off screen: the engine itself makes no such buffers.
+    void CreateMSAABuffers();
+
+    /// Makes the quad that a capture is drawn with, and fetches its effect. GL.
+    void CreateScreenMesh();
+
+    WatchedPtr<RenderCapabilities> capabilities; ///< not owned; reads null once it is gone
+    int width = 0;                               ///< of the screen, pixels
+    int height = 0;
+    std::unique_ptr<CameraNodeES20> hudCamera; ///< for 2D layers; has no camera
+    SharedBufferPool bufferPool;
+    EffectCache effectCache;
+
+    // GL names; 0: none.
+    unsigned int onScreenFramebuffer = 0;
+    unsigned int onScreenRenderbuffer = 0;
+    unsigned int onScreenDepthbuffer = 0; ///< kept for the host
+    int offscreenWidth = 0;               ///< of the capture, pixels
+    int offscreenHeight = 0;
+    unsigned int offscreenFramebuffer = 0; ///< while 0, the five below have no meaning
+    unsigned int offscreenColorRenderbuffer = 0;
+    unsigned int offscreenDepthRenderbuffer = 0;
+    unsigned int offscreenSpareRenderbuffer = 0; ///< never made, deleted with the others
+    unsigned int offscreenColorTexture = 0;
+    unsigned int offscreenDepthTexture = 0; ///< 0 where depth textures don't work
+
+    std::unique_ptr<Scene> screenScene;  ///< null until the first capture
+    EffectES20* screenEffect = nullptr;  ///< one counted reference; null if there is no such effect
+    Mesh* screenMesh = nullptr;          ///< owned by screenScene
+    MeshES20* screenMeshData = nullptr;  ///< owned by screenMesh
+    unsigned int msaaFramebuffer = 0;    ///< these three are a subclass's to make, ours to delete
+    unsigned int msaaColorRenderbuffer = 0;
+    unsigned int msaaDepthRenderbuffer = 0;
+    bool overDraw = false;
+    bool msaaBuffersReady = false; ///< set by no operation of the engine
+    AAMode aaMode = AAModeNone;
+    Color clearColor{1.0f, 1.0f, 1.0f, 1.0f}; ///< of the last BeginRender
+    std::unique_ptr<Object> extension;        ///< carried for the host
+    float devicePixelRatio = 1.0f;
+
+private:
+    MaterialES20* MaterialDataOf(Material* material);
+    void DrawItems(CameraNodeES20* cameraData, std::vector<RenderItemES20> const& items);
+    int ToPoints(int pixels) const;
+    void CreateDepthTexture();
+    void RepairDepthAttachments();
+    void FetchScreenEffect();
+    void ReleaseScreenEffect();
+    void DrawScreenMesh();
+
+    // Kept for their capacity: a steady frame allocates nothing.
+    std::vector<RenderItemES20> m_items;
+    std::vector<MeshNode*> m_singleNode;
+};
+
+} // namespace OV
