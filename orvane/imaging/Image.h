@@ -7,10 +7,13 @@
 namespace OV
 {
 
+class Image;
+
 namespace detail
 {
-class ImageRows;
-}
+struct SharedPixels;
+std::unique_ptr<Image> NewImage(int width, int height);
+}  // namespace detail
 
 /// A decoded bitmap in the one form that the engine knows: 8-bit RGBA, four bytes a pixel,
 /// rows without padding, top row first unless it was made flipped.
@@ -92,16 +95,16 @@ protected:
                                int height, int stride, int bytesPerPixel);
 
 private:
-    friend class detail::ImageRows;
+    friend std::unique_ptr<Image> detail::NewImage(int width, int height);
 
-    // Frees what this image holds, or leaves it to those that share it.
+    // The hold on the block that all its owners have in common, made by the first copy.
+    const std::shared_ptr<detail::SharedPixels>& Share() const;
+    // Frees the block, or leaves it to those that share it.
     void Release();
-    // Puts a block that nobody else holds in the place of the present one.
-    void Install(unsigned char* pixels, int newWidth, int newHeight);
 
-    // Holds the block for all images that share it; empty while `data` has one owner. Made
-    // by the first copy, hence mutable. It stands aside from `data`, which hosts may replace.
-    mutable std::shared_ptr<unsigned char> m_shared;
+    // Empty while the block has one owner. It stands aside from `data`, which a host may
+    // replace: only while both name the same block does it count.
+    mutable std::shared_ptr<detail::SharedPixels> m_shared;
 };
 
 }  // namespace OV
