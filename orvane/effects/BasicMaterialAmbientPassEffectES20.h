@@ -32,6 +32,9 @@ protected:
     Color ambientColor;
 
 private:
+    static Color AmbientColor(Material* material);
+
+    /// A mesh without normals can't take the light of the main pass.
     bool ShowsWholeColor(MeshES20* mesh) const;
 };
 

@@ -35,6 +35,7 @@ protected:
 
 private:
     void SetColors(Material* material);
+    void ClearLeftovers();
 
     // What the lit nodes of a mesh left in the program.
     bool m_clipPlanesLeft = false;

@@ -17,6 +17,7 @@ namespace OV
 {
 
 class CameraNodeES20;
+class Matrix;
 class MeshES20;
 class MeshNode;
 
@@ -186,10 +187,14 @@ protected:
         return ((m_currentAttributes >> attribute) & 1u) != 0;
     }
 
-    /// View-projection of the camera times the matrix of the node.
-    void SetModelViewProjection(int index, MeshNode* node);
+    /// Points an attribute at floats of the bound buffer, from a byte offset on, and enables it.
+    static void EnableAttribute(unsigned int attribute, int components, int stride, int offset);
+    static void DisableAttribute(unsigned int attribute);
 
-    /// The matrix that carries normals of the node to world space.
+    /// Object space to clip space: the view-projection of the camera times the node's matrix.
+    Matrix ModelViewProjection(MeshNode* node) const;
+
+    /// The matrix that carries normals of the node to world space; their length is not kept.
     void SetNormalMatrix(int index, MeshNode* node);
 
     /// Uploads the clip planes when they are wanted and there are any, then their number.
@@ -230,6 +235,7 @@ private:
     friend class EffectCache;
 
     void RegisterProgram(unsigned int program, const std::string& name);
+    void SetVectors(int index, int count, const std::vector<glm::vec3>& vectors);
 
     // One answer for each attribute ever asked of a program.
     std::map<unsigned int, std::map<std::string, bool>> m_attributeAnswers;

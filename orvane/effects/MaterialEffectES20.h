@@ -24,6 +24,9 @@ public:
 protected:
     explicit MaterialEffectES20(EffectCache* cache);
 
+    /// The colour texture to draw with; 0 for none, and for one that is still to come.
+    static unsigned int ColorTexture(MaterialES20* material);
+
     /// The first light of the material's scene; null when there is none.
     static LightNode* FirstLight(Material* material);
 
@@ -38,9 +41,12 @@ protected:
     /// that isn't a positive finite number.
     static float ShaderScale(float scale);
 
-    /// The colour that a light leaves of the diffuse colour: their product, with the opacity as
-    /// alpha. A material that ignores the light's colour keeps its own.
+    /// The diffuse colour in the light: their product, with the opacity as alpha. A material that
+    /// ignores the light's colour keeps its own.
     static Color LitColor(Material* material, LightNode* light);
+
+    /// Whether the mesh marks its back faces.
+    static bool ShowsFaceSides(MeshES20* mesh);
 
     /// Stipple colour and the two lengths in pixels, when the material is stippled.
     void SetStippling(Material* material, int color, int offset, int size);

@@ -1,0 +1,240 @@
+#include "orvane/effects/BasicMaterialEffectES20.h"
+
+#include "orvane/effects/detail/BasicMaterialOptions.h"
+#include "orvane/effects/shaders/BasicMaterialEffectES20.frag.h"
+#include "orvane/effects/shaders/BasicMaterialEffectES20.vert.h"
+#include "orvane/math/Color.h"
+#include "orvane/math/Matrix.h"
+#include "orvane/math/Vector.h"
+#include "orvane/renderdata/MaterialES20.h"
+#include "orvane/renderdata/MeshES20.h"
+#include "orvane/scene/LightNode.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/MeshNode.h"
+
+#include <GL/glew.h>
+
+namespace OV
+{
+
+namespace
+{
+
+enum Uniform : int
+{
+    UniformAmbient,
+    UniformColor,
+    UniformEnableLight,
+    UniformFogColor,
+    UniformFogRange,
+    UniformHScale,
+    UniformIsDoubleSided, // declared for the shader, set by nobody: that is meant
+    UniformIsMirrored,
+    UniformIsShowFaceSides,
+    UniformLightDir,
+    UniformMvpMatrix,
+    UniformNormalMatrix,
+    UniformPointSize,
+    UniformStippleColor,
+    UniformStippleOffset,
+    UniformStippleSize,
+    UniformVScale,
+    UniformWorldTransform,
+    UniformNumClipPlanes,
+    UniformClipPlaneNormals,
+    UniformClipPlanePositions,
+    UniformPocheColor,
+    UniformPocheColorEnabled,
+};
+
+constexpr IndexedName kUniforms[] = {
+    {UniformAmbient, "u_ambient"},
+    {UniformColor, "u_color"},
+    {UniformEnableLight, "u_enableLight"},
+    {UniformFogColor, "u_fogColor"},
+    {UniformFogRange, "u_fogRange"},
+    {UniformHScale, "u_hScale"},
+    {UniformIsDoubleSided, "u_isDoubleSided"},
+    {UniformIsMirrored, "u_isMirrored"},
+    {UniformIsShowFaceSides, "u_isShowFaceSides"},
+    {UniformLightDir, "u_lightDir"},
+    {UniformMvpMatrix, "u_mvpMatrix"},
+    {UniformNormalMatrix, "u_normalMatrix"},
+    {UniformPointSize, "u_pointSize"},
+    {UniformStippleColor, "u_stippleColor"},
+    {UniformStippleOffset, "u_stippleOffset"},
+    {UniformStippleSize, "u_stippleSize"},
+    {UniformVScale, "u_vScale"},
+    {UniformWorldTransform, "u_worldTransform"},
+    {UniformNumClipPlanes, "u_numClipPlanes"},
+    {UniformClipPlaneNormals, "u_clipPlaneNormals"},
+    {UniformClipPlanePositions, "u_clipPlanePositions"},
+    {UniformPocheColor, "u_pocheColor"},
+    {UniformPocheColorEnabled, "u_pocheColorEnabled"},
+};
+static_assert(IsDense(kUniforms));
+
+enum Attribute : unsigned
+{
+    AttributePosition,
+    AttributeNormal,
+    AttributeTexture,
+};
+
+constexpr IndexedName kAttributes[] = {
+    {AttributePosition, "a_position"},
+    {AttributeNormal, "a_normal"},
+    {AttributeTexture, "a_texture"},
+};
+
+constexpr ProgramTemplate kTemplate = {
+    "BasicMaterialEffect",          Shaders::BasicMaterialEffectES20Vert,
+    Shaders::BasicMaterialEffectES20Frag, kBasicMaterialOptions,
+    kUniforms,                      kAttributes,
+};
+
+} // namespace
+
+BasicMaterialEffectES20::BasicMaterialEffectES20(EffectCache* cache, bool isAdditive) :
+    MaterialEffectES20(cache), additive(isAdditive)
+{
+}
+
+unsigned int BasicMaterialEffectES20::CreateProgramForOptions(std::uint64_t options,
+                                                              std::string& name)
+{
+    return CreateFromTemplate(kTemplate, options, name);
+}
+
+void BasicMaterialEffectES20::Apply(MaterialES20* data, CameraNodeES20* camera)
+{
+    Material* material = data->GetMaterial();
+    const unsigned int texture = ColorTexture(data);
+    UseOptions(BasicMaterialOptions(*material, texture));
+    m_camera = camera;
+    SetFog(UniformFogRange, UniformFogColor);
+    SetStippling(material, UniformStippleColor, UniformStippleOffset, UniformStippleSize);
+    if (additive)
+    {
+        glEnable(GL_BLEND);
+        glBlendFunc(GL_ONE, GL_ONE);
+        blendEnabled = true;
+    }
+    else
+    {
+        blendEnabled = EnableBlendingIfNeeded(data);
+    }
+    glActiveTexture(GL_TEXTURE0);
+    glBindTexture(GL_TEXTURE_2D, texture);
+    if (texture != 0)
+    {
+        Set(UniformHScale, ShaderScale(data->GetUScale()));
+        Set(UniformVScale, ShaderScale(data->GetVScale()));
+    }
+    SetColors(material);
+    Set(UniformPointSize, material->pointSize);
+}
+
+void BasicMaterialEffectES20::SetColors(Material* material)
+{
+    lit = IsLit(material);
+    Set(UniformEnableLight, lit ? 1 : 0);
+    Set(UniformAmbient, material->GetAmbient());
+    if (!lit)
+    {
+        Set(UniformColor, material->GetDiffuse());
+        return;
+    }
+    LightNode* light = FirstLight(material);
+    Vector towardsLight;
+    towardsLight.Scale(-1.0f, light->GetGlobalDirection());
+    Set(UniformLightDir, towardsLight);
+    Set(UniformColor, LitColor(material, light));
+}
+
+void BasicMaterialEffectES20::Remove()
+{
+    if (blendEnabled)
+    {
+        glDisable(GL_BLEND);
+        blendEnabled = false;
+    }
+}
+
+void BasicMaterialEffectES20::BindMeshAttributes(MeshES20* mesh)
+{
+    const int stride = mesh->GetStride();
+    EnableAttribute(AttributePosition, 3, stride, mesh->GetPositionOffset());
+    if (lit)
+    {
+        hasNormals = mesh->GetNormalOffset() >= 0;
+        if (hasNormals)
+        {
+            EnableAttribute(AttributeNormal, 3, stride, mesh->GetNormalOffset());
+        }
+        else
+        {
+            Set(UniformEnableLight, 0);
+        }
+    }
+    if (mesh->GetTextureOffset() >= 0 && HasAttribute(AttributeTexture))
+    {
+        EnableAttribute(AttributeTexture, 2, stride, mesh->GetTextureOffset());
+    }
+    Set(UniformIsShowFaceSides, ShowsFaceSides(mesh) ? 1 : 0);
+}
+
+void BasicMaterialEffectES20::ReleaseMeshAttributes(MeshES20* mesh)
+{
+    if (mesh->GetTextureOffset() >= 0 && HasAttribute(AttributeTexture))
+    {
+        DisableAttribute(AttributeTexture);
+    }
+    if (lit)
+    {
+        if (mesh->GetNormalOffset() < 0)
+        {
+            Set(UniformEnableLight, 1);
+        }
+        else
+        {
+            DisableAttribute(AttributeNormal);
+        }
+    }
+    DisableAttribute(AttributePosition);
+    ClearLeftovers();
+}
+
+void BasicMaterialEffectES20::BindMeshUniforms(MeshNode* node)
+{
+    Set(UniformMvpMatrix, ModelViewProjection(node));
+    if (!lit || !hasNormals)
+    {
+        return;
+    }
+    SetNormalMatrix(UniformNormalMatrix, node);
+    m_mirrorLeft = node->GetGlobal().GetTransf3d().isMirror();
+    Set(UniformIsMirrored, m_mirrorLeft ? 1 : 0);
+    Set(UniformWorldTransform, *node->GetGlobalMatrix());
+    m_clipPlanesLeft = SetClipPlanes(UniformClipPlaneNormals, UniformClipPlanePositions,
+                                     UniformNumClipPlanes, clipPlanesActive) > 0;
+    Set(UniformPocheColor, s_pocheColor);
+    Set(UniformPocheColorEnabled, s_pocheColorEnabled ? 1 : 0);
+}
+
+void BasicMaterialEffectES20::ClearLeftovers()
+{
+    // Unlit draws don't set these two, and what they draw must not depend on what came before.
+    if (m_clipPlanesLeft)
+    {
+        Set(UniformNumClipPlanes, 0);
+        m_clipPlanesLeft = false;
+    }
+    if (m_mirrorLeft)
+    {
+        Set(UniformIsMirrored, 0);
+        m_mirrorLeft = false;
+    }
+}
+
+} // namespace OV

@@ -1,0 +1,101 @@
+PRECISION_DEFAULT_HIGHP(float)
+
+@OPTION_DEFINITIONS@
+
+#define MAX_CLIP_PLANES 6
+
+uniform vec4 u_ambient;
+uniform vec4 u_color;               // alpha is the opacity
+uniform bool u_isShowFaceSides;
+uniform bool u_isMirrored;          // the node's transform reverses handedness
+#ifdef TEXTURE
+uniform sampler2D u_texture0;
+#endif
+uniform int u_numClipPlanes;
+uniform vec3 u_clipPlaneNormals[MAX_CLIP_PLANES];   // world space, to the side cut away
+uniform vec3 u_clipPlanePositions[MAX_CLIP_PLANES]; // world space
+uniform vec4 u_pocheColor;
+uniform bool u_pocheColorEnabled;
+#ifdef FOG
+@FOG_UNIFORMS@
+#endif
+#ifdef STIPPLING
+@STIPPLING_UNIFORMS@
+#endif
+
+varying float v_colorfactor;        // cosine between normal and light; 1 when unlit
+varying vec3 v_world_position;      // world space
+#ifdef TEXTURE
+varying MEDIUMP vec2 v_tc;
+#endif
+
+const vec4 minColor = vec4(0.0, 0.0, 0.0, 0.0);
+const vec4 maxColor = vec4(1.0, 1.0, 1.0, 1.0);
+
+#ifdef STIPPLING
+@INCLUDE_OVSL_ADD_STIPPLING_FUNCTION@
+#endif
+
+void discardClipped()
+{
+    // The bound is a constant because ES 2 takes no uniform in the condition of a loop.
+    for (int i = 0; i < MAX_CLIP_PLANES; ++i)
+    {
+        if (i >= u_numClipPlanes)
+        {
+            break;
+        }
+        float clipTest = dot(u_clipPlaneNormals[i], v_world_position - u_clipPlanePositions[i]);
+        if (clipTest > 0.0)
+        {
+            discard;
+        }
+    }
+}
+
+vec4 shadedColor()
+{
+    // Back faces take the light from behind rather than stay dark.
+    float colorFactor = max(gl_FrontFacing ? v_colorfactor : -v_colorfactor, 0.0);
+    vec4 light = clamp(u_ambient + u_color * colorFactor, minColor, maxColor);
+#ifdef TEXTURE
+    vec4 s = texture2D(u_texture0, v_tc);
+    return vec4(light.rgb * s.rgb, s.a * u_color.a);
+#else
+    return vec4(light.rgb, u_color.a);
+#endif
+}
+
+vec4 markedBackFace(vec4 fragColor)
+{
+    bool haveClipPlane = u_numClipPlanes > 0;
+    bool isFrontFacing = u_isMirrored ? !gl_FrontFacing : gl_FrontFacing;
+    vec4 color = fragColor;
+    if (!isFrontFacing)
+    {
+        if (u_isShowFaceSides)
+        {
+            color = vec4(fragColor.r * 0.5, fragColor.g * 0.5, fragColor.b * 0.7 + 0.3, fragColor.a);
+        }
+        else if (fragColor.a > 0.999 && u_pocheColorEnabled && haveClipPlane)
+        {
+            // Seen from behind, a face of a cut solid is its inside.
+            color = u_pocheColor;
+        }
+    }
+    return color;
+}
+
+void main()
+{
+    discardClipped();
+    vec4 finalColor = markedBackFace(shadedColor());
+#ifdef FOG
+    @FOG_CALC_FRAGMENT@
+    finalColor = mix(u_fogColor, finalColor, fogFactor);
+#endif
+#ifdef STIPPLING
+    finalColor = OVSL_AddStippling(u_stippleOffset, u_stippleSize, gl_FragCoord.xy, u_stippleColor, finalColor);
+#endif
+    gl_FragColor = finalColor;
+}

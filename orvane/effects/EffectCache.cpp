@@ -1,0 +1,185 @@
+#include "orvane/effects/EffectCache.h"
+
+#include "orvane/effects/BasicMaterialAmbientPassEffectES20.h"
+#include "orvane/effects/BasicMaterialEffectES20.h"
+#include "orvane/effects/SkyEffectES20.h"
+#include "orvane/engine/Lifetime.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+#include <vector>
+
+namespace OV
+{
+
+/// What a cache and its copies have in common.
+struct EffectCache::Family
+{
+    Lifetime lifetime;
+    std::vector<EffectCache*> caches;
+};
+
+namespace
+{
+
+using Maker = EffectES20* (*)(EffectCache*);
+
+template <class Effect>
+EffectES20* Make(EffectCache* cache)
+{
+    return new Effect(cache);
+}
+
+template <bool additive>
+EffectES20* MakeBasicMaterial(EffectCache* cache)
+{
+    return new BasicMaterialEffectES20(cache, additive);
+}
+
+struct MakerRow
+{
+    EffectCache::EffectType type;
+    Maker make;
+};
+
+/// Which class each type has. A type without a row has no effect.
+constexpr MakerRow kMakers[] = {
+    {EffectCache::BasicMaterial, MakeBasicMaterial<false>},
+    {EffectCache::BasicMaterialAmbientPass, Make<BasicMaterialAmbientPassEffectES20>},
+    {EffectCache::BasicMaterialAdditive, MakeBasicMaterial<true>},
+    {EffectCache::Sky, Make<SkyEffectES20>},
+};
+
+Maker FindMaker(EffectCache::EffectType type)
+{
+    const auto row = std::find_if(std::begin(kMakers), std::end(kMakers),
+                                  [type](const MakerRow& candidate) { return candidate.type == type; });
+    return row == std::end(kMakers) ? nullptr : row->make;
+}
+
+} // namespace
+
+EffectCache::EffectCache()
+{
+    JoinFamily(std::make_shared<Family>());
+}
+
+EffectCache::EffectCache(const EffectCache& other) : m_effects(other.m_effects)
+{
+    JoinFamily(other.m_family);
+}
+
+EffectCache& EffectCache::operator=(const EffectCache& other)
+{
+    if (this != &other)
+    {
+        const std::map<EffectType, EffectES20*> abandoned = std::move(m_effects);
+        m_effects = other.m_effects;
+        for (const auto& [type, effect] : abandoned)
+        {
+            if (effect != nullptr && effect->m_cache == this && !Lists(effect))
+            {
+                HandOver(effect);
+            }
+        }
+        LeaveFamily();
+        JoinFamily(other.m_family);
+    }
+    return *this;
+}
+
+EffectCache::~EffectCache()
+{
+    m_family->lifetime.End();
+    const std::map<EffectType, EffectES20*> effects = m_effects;
+    for (const auto& [type, effect] : effects)
+    {
+        if (effect == nullptr)
+        {
+            continue;
+        }
+        if (effect->m_refCount > 1)
+        {
+            --effect->m_refCount;
+            HandOver(effect);
+        }
+        else
+        {
+            effect->Release();
+        }
+    }
+    LeaveFamily();
+}
+
+Lifetime& EffectCache::GetLifetime() const
+{
+    return m_family->lifetime;
+}
+
+EffectES20* EffectCache::GetEffect(EffectType type)
+{
+    if (type == AdvancedMaterial &&
+        EffectES20::GetAdvancedMaterialShaderType() == AdvancedMaterialPhong)
+    {
+        type = AdvancedMaterialPhong;
+    }
+    EffectES20*& entry = m_effects[type];
+    if (entry != nullptr)
+    {
+        entry->AddReference();
+    }
+    else if (const Maker make = FindMaker(type))
+    {
+        entry = make(this);
+    }
+    return entry;
+}
+
+void EffectCache::RemoveEffect(EffectES20* effect)
+{
+    const auto found = std::find_if(m_effects.begin(), m_effects.end(),
+                                    [effect](const auto& entry) { return entry.second == effect; });
+    if (found != m_effects.end())
+    {
+        m_effects.erase(found);
+    }
+}
+
+void EffectCache::JoinFamily(const std::shared_ptr<Family>& family)
+{
+    m_family = family;
+    m_family->caches.push_back(this);
+}
+
+void EffectCache::LeaveFamily()
+{
+    std::vector<EffectCache*>& caches = m_family->caches;
+    caches.erase(std::remove(caches.begin(), caches.end(), this), caches.end());
+    m_family.reset();
+}
+
+bool EffectCache::Lists(const EffectES20* effect) const
+{
+    return std::any_of(m_effects.begin(), m_effects.end(),
+                       [effect](const auto& entry) { return entry.second == effect; });
+}
+
+void EffectCache::Forget(EffectES20* effect)
+{
+    for (EffectCache* cache : m_family->caches)
+    {
+        cache->RemoveEffect(effect);
+    }
+}
+
+void EffectCache::HandOver(EffectES20* effect)
+{
+    const std::vector<EffectCache*>& caches = m_family->caches;
+    const auto heir = std::find_if(caches.begin(), caches.end(), [this, effect](EffectCache* cache) {
+        return cache != this && cache->Lists(effect);
+    });
+    effect->m_cache = heir == caches.end() ? nullptr : *heir;
+}
+
+} // namespace OV

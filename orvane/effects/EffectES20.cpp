@@ -1,0 +1,317 @@
+#include "orvane/effects/EffectES20.h"
+
+#include "orvane/effects/ShaderSnippets.h"
+#include "orvane/effects/SkySettings.h"
+#include "orvane/math/Color.h"
+#include "orvane/math/Matrix.h"
+#include "orvane/math/Matrix3x3.h"
+#include "orvane/renderdata/CameraNodeES20.h"
+#include "orvane/scene/MeshNode.h"
+
+#include <GL/glew.h>
+#include <glm/gtc/type_ptr.hpp>
+
+#include <algorithm>
+#include <cstdint>
+
+namespace OV
+{
+
+namespace
+{
+
+std::map<unsigned int, std::string> ToMap(const NameTable& table)
+{
+    std::map<unsigned int, std::string> names;
+    for (const IndexedName& row : table)
+    {
+        names[row.index] = row.name;
+    }
+    return names;
+}
+
+/// Calls visit with the name of each option that is set and known, lowest bit first.
+template <class Visitor>
+void ForEachOption(std::uint64_t options, const OptionTable& table, Visitor visit)
+{
+    for (int i = 0; i < 64; ++i)
+    {
+        const std::uint64_t bit = std::uint64_t{1} << i;
+        if ((options & bit) == 0)
+        {
+            continue;
+        }
+        const OptionRow* row = std::find_if(
+            table.begin(), table.end(), [bit](const OptionRow& r) { return r.bit == bit; });
+        if (row != table.end())
+        {
+            visit(row->name);
+        }
+    }
+}
+
+} // namespace
+
+EffectES20::EffectES20(EffectCache* cache) : m_cache(cache) {}
+
+EffectES20::EffectES20(const EffectES20& other) :
+    clipPlanesActive(other.clipPlanesActive), meshNodeFlag(other.meshNodeFlag)
+{
+}
+
+EffectES20& EffectES20::operator=(const EffectES20& other)
+{
+    clipPlanesActive = other.clipPlanesActive;
+    meshNodeFlag = other.meshNodeFlag;
+    return *this;
+}
+
+EffectES20::~EffectES20()
+{
+    if (m_cache != nullptr)
+    {
+        m_cache->Forget(this);
+    }
+    // Without entry points there never was a program to delete.
+    if (glDeleteProgram != nullptr)
+    {
+        for (const auto& entry : m_programs)
+        {
+            glDeleteProgram(entry.first);
+        }
+    }
+}
+
+bool EffectES20::IsReady()
+{
+    return true;
+}
+
+unsigned int EffectES20::CreateProgramForOptions(std::uint64_t, std::string&)
+{
+    return 0;
+}
+
+void EffectES20::Precompile(std::uint64_t options)
+{
+    ProgramForOptions(options);
+}
+
+unsigned int EffectES20::ProgramForOptions(std::uint64_t options)
+{
+    const auto known = m_programsByOptions.find(options);
+    if (known != m_programsByOptions.end())
+    {
+        return known->second;
+    }
+    std::string name;
+    const unsigned int program = CreateProgramForOptions(options, name);
+    glGetError();
+    m_programsByOptions[options] = program;
+    RegisterProgram(program, name);
+    return program;
+}
+
+void EffectES20::RegisterProgram(unsigned int program, const std::string& name)
+{
+    // A second failed program finds the entry of the first and adds to its table: that is meant.
+    ShaderProgram& table =
+        m_programs.emplace(program, ShaderProgram(static_cast<int>(program), name)).first->second;
+    for (const auto& [index, uniformName] : m_uniformNames)
+    {
+        table.m_locations.push_back(-1);
+        table.m_uniformNames.push_back(uniformName);
+    }
+    if (program == 0)
+    {
+        return;
+    }
+    // All that the program has is asked for here, so that drawing never asks.
+    for (const auto& [index, uniformName] : m_uniformNames)
+    {
+        table.GetLocation(static_cast<int>(index));
+    }
+    for (const auto& [index, attributeName] : m_attributeNames)
+    {
+        if (HasAttribute(program, attributeName.c_str()))
+        {
+            m_attributesByProgram[program] |= 1u << index;
+        }
+    }
+}
+
+void EffectES20::UseOptions(std::uint64_t options)
+{
+    m_currentProgram = ProgramForOptions(options);
+    m_current = &m_programs.find(m_currentProgram)->second;
+    const auto attributes = m_attributesByProgram.find(m_currentProgram);
+    m_currentAttributes = attributes == m_attributesByProgram.end() ? 0 : attributes->second;
+    m_current->Bind();
+}
+
+int EffectES20::UniformLocation(unsigned int program, int index)
+{
+    const auto found = m_programs.find(program);
+    return found == m_programs.end() ? -1 : found->second.GetLocation(index);
+}
+
+bool EffectES20::HasAttribute(unsigned int program, const char* name)
+{
+    if (program == 0)
+    {
+        return false;
+    }
+    if (m_programs.count(program) == 0)
+    {
+        return glGetAttribLocation(program, name) != -1;
+    }
+    std::map<std::string, bool>& answers = m_attributeAnswers[program];
+    const auto known = answers.find(name);
+    if (known != answers.end())
+    {
+        return known->second;
+    }
+    return answers[name] = glGetAttribLocation(program, name) != -1;
+}
+
+void EffectES20::AddReference()
+{
+    ++m_refCount;
+}
+
+bool EffectES20::Release()
+{
+    if (--m_refCount != 0)
+    {
+        return false;
+    }
+    delete this;
+    return true;
+}
+
+std::string EffectES20::OptionsName(const std::string& baseName, std::uint64_t options,
+                                    const OptionTable& table)
+{
+    std::string name = baseName;
+    ForEachOption(options, table, [&name](const char* option) {
+        name += '|';
+        name += option;
+    });
+    return name;
+}
+
+std::string EffectES20::OptionsDefines(std::uint64_t options, const OptionTable& table)
+{
+    std::string defines;
+    ForEachOption(options, table, [&defines](const char* option) {
+        defines += "#define ";
+        defines += option;
+        defines += '\n';
+    });
+    return defines;
+}
+
+std::string EffectES20::ExpandTemplate(const std::string& source,
+                                       const std::map<std::string, std::string>& replacements)
+{
+    std::string text = source;
+    for (const auto& [marker, value] : replacements)
+    {
+        const std::size_t position = text.find(marker);
+        if (position != std::string::npos)
+        {
+            text.replace(position, marker.size(), value);
+        }
+    }
+    return text;
+}
+
+unsigned int EffectES20::CreateFromTemplate(const ProgramTemplate& source, std::uint64_t options,
+                                            std::string& name)
+{
+    name = OptionsName(source.baseName, options, source.options);
+    const std::string defines = OptionsDefines(options, source.options);
+    const std::map<std::string, std::string> replacements = {
+        {"@OPTIONS@", defines},
+        {"@OPTION_DEFINITIONS@", defines},
+        {"@FOG_UNIFORMS@", FogUniforms},
+        {"@FOG_CALC@", FogCalc},
+        {"@FOG_CALC_FRAGMENT@", FogCalc},
+        {"@STIPPLING_UNIFORMS@", StipplingUniforms},
+        {"@STIPPLING_FUNCTION@", StipplingFunction},
+        {"@INCLUDE_OVSL_ADD_STIPPLING_FUNCTION@", StipplingFunction},
+    };
+    m_uniformNames = ToMap(source.uniforms);
+    m_attributeNames = ToMap(source.attributes);
+    m_currentProgram = static_cast<unsigned int>(
+        LoadProgram(name, ExpandTemplate(source.vertexSource, replacements),
+                    ExpandTemplate(source.fragmentSource, replacements), m_attributeNames));
+    return m_currentProgram;
+}
+
+void EffectES20::LinkFixedProgram(const std::string& name, const char* vertexSource,
+                                  const char* fragmentSource, const NameTable& attributes)
+{
+    m_currentProgram = static_cast<unsigned int>(
+        LoadProgram(name, vertexSource, fragmentSource, ToMap(attributes)));
+    if (m_currentProgram != 0)
+    {
+        RegisterProgram(m_currentProgram, name);
+    }
+}
+
+void EffectES20::EnableAttribute(unsigned int attribute, int components, int stride, int offset)
+{
+    glVertexAttribPointer(attribute, components, GL_FLOAT, GL_FALSE, stride,
+                          reinterpret_cast<const void*>(static_cast<std::intptr_t>(offset)));
+    glEnableVertexAttribArray(attribute);
+}
+
+void EffectES20::DisableAttribute(unsigned int attribute)
+{
+    glDisableVertexAttribArray(attribute);
+}
+
+Matrix EffectES20::ModelViewProjection(MeshNode* node) const
+{
+    Matrix matrix;
+    matrix.Multiply(m_camera->GetMVP(), *node->GetGlobalMatrix());
+    return matrix;
+}
+
+void EffectES20::SetNormalMatrix(int index, MeshNode* node)
+{
+    Matrix3x3 matrix;
+    node->GetGlobal().ExtractAffineInverseTranspose3x3(matrix.m);
+    Set(index, matrix);
+}
+
+int EffectES20::SetClipPlanes(int normals, int positions, int count, bool wanted)
+{
+    const int number =
+        wanted ? std::min(static_cast<int>(s_clipPlaneNormals.size()), MaxClipPlanes) : 0;
+    SetVectors(normals, number, s_clipPlaneNormals);
+    SetVectors(positions, number, s_clipPlanePositions);
+    Set(count, number);
+    return number;
+}
+
+void EffectES20::SetVectors(int index, int count, const std::vector<glm::vec3>& vectors)
+{
+    if (count > 0 && Has(index))
+    {
+        m_current->Uniform3fv(index, count, glm::value_ptr(vectors.front()));
+    }
+}
+
+void EffectES20::SetFog(int range, int color)
+{
+    const SkySettings& sky = SkySettings::inst();
+    if (sky.UseFog())
+    {
+        Set(range, sky.GetFogStart(), sky.GetFogEnd());
+        Set(color, sky.IsMonotone() ? Color(1.0f, 1.0f, 1.0f, 1.0f) : sky.GetFogColor());
+    }
+}
+
+} // namespace OV

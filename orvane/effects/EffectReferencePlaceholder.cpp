@@ -1,0 +1,24 @@
+#include "orvane/effects/EffectReferencePlaceholder.h"
+
+#include "orvane/effects/EffectES20.h"
+
+namespace OV
+{
+
+EffectReferencePlaceholder::EffectReferencePlaceholder(EffectES20* effect) : m_effect(effect)
+{
+    if (m_effect != nullptr)
+    {
+        m_effect->AddReference();
+    }
+}
+
+EffectReferencePlaceholder::~EffectReferencePlaceholder()
+{
+    if (m_effect != nullptr)
+    {
+        m_effect->Release();
+    }
+}
+
+} // namespace OV

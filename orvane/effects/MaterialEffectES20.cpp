@@ -1,0 +1,83 @@
+#include "orvane/effects/MaterialEffectES20.h"
+
+#include "orvane/math/Color.h"
+#include "orvane/renderdata/MaterialES20.h"
+#include "orvane/renderdata/MeshES20.h"
+#include "orvane/scene/LightNode.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/Scene.h"
+
+#include <GL/glew.h>
+
+#include <cmath>
+
+namespace OV
+{
+
+MaterialEffectES20::MaterialEffectES20(EffectCache* cache) : EffectES20(cache) {}
+
+unsigned int MaterialEffectES20::ColorTexture(MaterialES20* material)
+{
+    const unsigned int texture = material->GetTextureID();
+    return texture == MaterialES20::PendingTexture ? 0 : texture;
+}
+
+LightNode* MaterialEffectES20::FirstLight(Material* material)
+{
+    Scene* scene = material->GetScene();
+    return scene == nullptr || scene->GetLights().empty() ? nullptr : scene->GetLights().front();
+}
+
+bool MaterialEffectES20::IsLit(Material* material)
+{
+    return (material->GetFlags() & MaterialFlagUnlit) == 0 && FirstLight(material) != nullptr;
+}
+
+bool MaterialEffectES20::EnableBlendingIfNeeded(MaterialES20* data)
+{
+    const Material* material = data->GetMaterial();
+    const bool seeThroughTexture = ColorTexture(data) != 0 && material->hasAlpha;
+    if (!seeThroughTexture && !(material->GetOpacity() < 1.0f))
+    {
+        return false;
+    }
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    return true;
+}
+
+float MaterialEffectES20::ShaderScale(float scale)
+{
+    return std::isfinite(scale) && scale > 0.0f ? 1.0f / scale : 1.0f;
+}
+
+Color MaterialEffectES20::LitColor(Material* material, LightNode* light)
+{
+    const Color& diffuse = material->GetDiffuse();
+    if (material->ignoreLightColor)
+    {
+        return diffuse;
+    }
+    const Color& color = light->GetColor();
+    return Color(diffuse.r * color.r, diffuse.g * color.g, diffuse.b * color.b,
+                 material->GetOpacity());
+}
+
+bool MaterialEffectES20::ShowsFaceSides(MeshES20* data)
+{
+    const Mesh* mesh = data->GetMesh();
+    return mesh != nullptr && (mesh->GetFlags() & MeshFlagShowFaceSides) != 0;
+}
+
+void MaterialEffectES20::SetStippling(Material* material, int color, int offset, int size)
+{
+    if (material->stippling)
+    {
+        Set(color, material->stippleColor);
+        Set(offset, material->stippleOffset);
+        Set(size, material->stippleSize);
+    }
+}
+
+} // namespace OV

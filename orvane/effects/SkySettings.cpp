@@ -1,0 +1,3 @@
+#include "orvane/effects/SkySettings.h"
+
+SkySettings SkySettings::m_Inst;
