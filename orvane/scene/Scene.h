@@ -286,12 +286,22 @@ private:
 
     void Register(Node* node);
     void Unregister(Node* node);
+
+    /// Takes a mesh or line out of the registries of any other scene.
     void LeaveOtherScene(Mesh* mesh);
-    void ClearScenePointer(Mesh* mesh);
+
+    /// Clears the back pointer of a mesh or line that is in no registry of this scene.
+    void ReleaseMesh(Mesh* mesh);
+
     void AppendDrawItem(MeshNode* node, Mesh* mesh);
-    void ReleaseDrawItem(AlphaMeshNode* item);
+
+    /// Makes node and mesh forget an item, which the caller takes out of the list.
+    void ForgetDrawItem(const AlphaMeshNode& item);
+
     void RemoveDrawItemsOf(const MeshNode* node);
     void RemoveDrawItemsOf(const Mesh* mesh);
+    template <class Predicate>
+    void RemoveDrawItems(Predicate isGone);
     void ClearDrawItems();
 
     /// Head of the list of all nodes of this scene, attached or not.

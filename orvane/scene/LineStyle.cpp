@@ -1,0 +1,82 @@
+#include "orvane/scene/LineStyle.h"
+
+#include "orvane/scene/Line.h"
+#include "orvane/scene/Scene.h"
+#include "orvane/scene/detail/OwnedObject.h"
+
+namespace OV
+{
+
+LineStyle::LineStyle(const std::string& styleName) :
+    name(styleName)
+{
+}
+
+LineStyle::LineStyle() :
+    dashFrequency(0.0f)
+{
+}
+
+LineStyle::~LineStyle()
+{
+    if (scene)
+    {
+        scene->RemoveLineStyle(this);
+    }
+    renderData.reset();
+    for (Line* line : lines)
+    {
+        line->style = nullptr;
+    }
+}
+
+int LineStyle::Type() const
+{
+    return NodeTypeLineStyle;
+}
+
+bool LineStyle::HasType(int type)
+{
+    return type == NodeTypeLineStyle;
+}
+
+bool LineStyle::AddLine(Line* line)
+{
+    if (!line || lines.count(line) != 0)
+    {
+        return false;
+    }
+    if (line->style)
+    {
+        line->style->RemoveLine(line);
+    }
+    lines.insert(line);
+    line->style = this;
+    return true;
+}
+
+bool LineStyle::RemoveLine(Line* line)
+{
+    if (lines.erase(line) == 0)
+    {
+        return false;
+    }
+    line->style = nullptr;
+    return true;
+}
+
+void LineStyle::SetRenderData(Object* data)
+{
+    detail::ReplaceObject(renderData, data);
+}
+
+void LineStyle::Suspend()
+{
+    delete renderData.release();
+}
+
+void LineStyle::Resume()
+{
+}
+
+} // namespace OV

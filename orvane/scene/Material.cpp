@@ -1,0 +1,133 @@
+#include "orvane/scene/Material.h"
+
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/MeshNode.h"
+#include "orvane/scene/Scene.h"
+
+#include <cstdlib>
+
+namespace OV
+{
+
+Material::Material(const std::string& materialName) :
+    name(materialName)
+{
+}
+
+Material::Material() :
+    stippleColor(0.0f, 0.0f, 0.0f, 0.0f)
+{
+}
+
+Material::Material(const Material& other) :
+    diffuse(other.diffuse),
+    ambient(other.ambient),
+    emissive(other.emissive),
+    specular(other.specular),
+    shininess(other.shininess),
+    texturePath(other.texturePath),
+    textureName(other.textureName),
+    hasAlpha(other.hasAlpha),
+    ignoreLightColor(other.ignoreLightColor),
+    stippling(other.stippling),
+    stippleColor(other.stippleColor),
+    name(other.name)
+{
+}
+
+Material::~Material()
+{
+    std::free(pixels);
+    if (scene)
+    {
+        scene->RemoveMaterial(this);
+    }
+    for (Mesh* mesh : meshes)
+    {
+        mesh->material = nullptr;
+    }
+    renderData.reset();
+}
+
+bool Material::IsTransparent()
+{
+    return GetOpacity() < 1.0f;
+}
+
+int Material::Type() const
+{
+    return NodeTypeMaterial;
+}
+
+bool Material::HasType(int type)
+{
+    return type == NodeTypeMaterial;
+}
+
+bool Material::AddMesh(Mesh* mesh)
+{
+    if (!mesh)
+    {
+        return false;
+    }
+    if (mesh->material)
+    {
+        mesh->material->RemoveMesh(mesh);
+    }
+    if (meshes.insert(mesh).second)
+    {
+        mesh->material = this;
+    }
+    return true;
+}
+
+bool Material::RemoveMesh(Mesh* mesh)
+{
+    const auto found = meshes.find(mesh);
+    if (found == meshes.end())
+    {
+        return false;
+    }
+    // A copy of a mesh stands for it here: it is the entry that leaves.
+    (*found)->material = nullptr;
+    meshes.erase(found);
+    return true;
+}
+
+bool Material::HasVisibleItems() const
+{
+    for (const Mesh* mesh : meshes)
+    {
+        for (const MeshNode* node : mesh->GetNodes())
+        {
+            if (!(node->GetFlags() & (NodeFlagHidden | NodeFlagCulled)))
+            {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+void Material::SetRenderData(Object* data)
+{
+    Object* const old = renderData.release();
+    renderData.reset(data == old ? nullptr : data);
+    delete old;
+}
+
+void Material::Suspend()
+{
+    delete renderData.release();
+}
+
+void Material::Resume()
+{
+}
+
+bool Material::MatchesUpdateID() const
+{
+    return scene && drawID == scene->GetUpdateID();
+}
+
+} // namespace OV

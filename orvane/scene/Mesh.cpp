@@ -1,0 +1,296 @@
+#include "orvane/scene/Mesh.h"
+
+#include "orvane/scene/Material.h"
+#include "orvane/scene/MeshNode.h"
+#include "orvane/scene/RawMesh.h"
+#include "orvane/scene/Scene.h"
+#include "orvane/scene/detail/Erase.h"
+
+#include <atomic>
+#include <limits>
+#include <utility>
+
+namespace OV
+{
+
+namespace
+{
+
+std::uint64_t TakeSortID()
+{
+    static std::atomic<std::uint64_t> next{0};
+    return next++;
+}
+
+Vector BoxSize(const RawMesh& geometry)
+{
+    Vector size;
+    size.Subtract(geometry.bboxMax, geometry.bboxMin);
+    return size;
+}
+
+void InvertTriangles(RawMesh& geometry)
+{
+    std::vector<unsigned short>& indices = geometry.indices;
+    for (std::size_t i = 0; i + 2 < indices.size(); i += 3)
+    {
+        std::swap(indices[i], indices[i + 2]);
+    }
+}
+
+} // namespace
+
+bool CompareMeshPointers::operator()(const Mesh* a, const Mesh* b) const
+{
+    constexpr std::uint64_t last = std::numeric_limits<std::uint64_t>::max();
+    return (a ? a->GetSortID() : last) < (b ? b->GetSortID() : last);
+}
+
+Mesh::Mesh(const std::shared_ptr<RawMesh>& geometry) :
+    rawMesh(geometry ? geometry : std::make_shared<RawMesh>()),
+    sortID(TakeSortID())
+{
+}
+
+Mesh::Mesh(const std::shared_ptr<RawMesh>& geometry, Scene* ownScene) :
+    Mesh(geometry)
+{
+    SetScene(ownScene);
+}
+
+Mesh::Mesh(const Mesh& other, Scene* ownScene) :
+    Mesh(other.rawMesh, ownScene)
+{
+}
+
+Mesh::Mesh(const Mesh& other) :
+    rawMesh(other.rawMesh),
+    drawID(other.drawID),
+    renderDataOnRawMesh(other.renderDataOnRawMesh),
+    flags(other.flags),
+    sortID(other.sortID)
+{
+}
+
+Mesh& Mesh::operator=(const Mesh& other)
+{
+    if (this == &other)
+    {
+        return *this;
+    }
+    // Render data of the old geometry may point back at this mesh.
+    SetRenderData(nullptr, true);
+    // The set of the material is ordered by what is about to change.
+    Material* const ownMaterial = material;
+    if (ownMaterial)
+    {
+        ownMaterial->RemoveMesh(this);
+    }
+    rawMesh = other.rawMesh;
+    drawID = other.drawID;
+    renderDataOnRawMesh = other.renderDataOnRawMesh;
+    flags = other.flags;
+    sortID = other.sortID;
+    if (ownMaterial)
+    {
+        ownMaterial->AddMesh(this);
+    }
+    return *this;
+}
+
+Mesh::~Mesh()
+{
+    while (!m_drawLists.empty())
+    {
+        m_drawLists.back()->RemoveDrawItemsOf(this);
+    }
+    SetRenderData(nullptr, true);
+    if (scene)
+    {
+        scene->RemoveMesh(this);
+    }
+    if (material)
+    {
+        material->RemoveMesh(this);
+    }
+    for (MeshNode* node : nodes)
+    {
+        detail::EraseFirst(node->meshes, this);
+    }
+}
+
+int Mesh::Type() const
+{
+    return NodeTypeMesh;
+}
+
+bool Mesh::HasType(int type)
+{
+    return type == NodeTypeMesh;
+}
+
+void Mesh::SetScene(Scene* newScene)
+{
+    if (newScene)
+    {
+        newScene->AddMesh(this);
+    }
+}
+
+const std::vector<Vector>& Mesh::GetPositionBuffer() const
+{
+    return rawMesh->positions;
+}
+
+const std::vector<Vector>& Mesh::GetNormalBuffer() const
+{
+    return rawMesh->normals;
+}
+
+const std::vector<TextureCoordinate>& Mesh::GetTextureBuffer() const
+{
+    return rawMesh->textureCoordinates;
+}
+
+const std::vector<Color>& Mesh::GetColorBuffer() const
+{
+    return rawMesh->colors;
+}
+
+const std::vector<unsigned short>& Mesh::GetIndices() const
+{
+    return rawMesh->indices;
+}
+
+std::uint64_t Mesh::GetNumVertices() const
+{
+    return rawMesh->positions.size();
+}
+
+std::uint64_t Mesh::GetNumIndices() const
+{
+    return rawMesh->indices.size();
+}
+
+void Mesh::GetBBox(Vector& boxMin, Vector& boxMax) const
+{
+    boxMin = rawMesh->bboxMin;
+    boxMax = rawMesh->bboxMax;
+}
+
+const Sphere& Mesh::GetSphere() const
+{
+    return rawMesh->sphere;
+}
+
+Sphere& Mesh::GetSphere()
+{
+    return rawMesh->sphere;
+}
+
+float Mesh::GetSizeX() const
+{
+    return BoxSize(*rawMesh).x;
+}
+
+float Mesh::GetSizeY() const
+{
+    return BoxSize(*rawMesh).y;
+}
+
+float Mesh::GetSizeZ() const
+{
+    return BoxSize(*rawMesh).z;
+}
+
+float Mesh::GetRefSize() const
+{
+    return BoxSize(*rawMesh).Magnitude();
+}
+
+bool Mesh::AddNode(MeshNode* node)
+{
+    if (!node || detail::Contains(node->meshes, this))
+    {
+        return false;
+    }
+    nodes.push_back(node);
+    node->meshes.push_back(this);
+    return true;
+}
+
+bool Mesh::RemoveNode(MeshNode* node)
+{
+    if (!detail::EraseFirst(nodes, node))
+    {
+        return false;
+    }
+    detail::EraseFirst(node->meshes, this);
+    return true;
+}
+
+Mesh* Mesh::InvertOrder(Mesh* mesh, bool makeCopy)
+{
+    if (!mesh)
+    {
+        return nullptr;
+    }
+    if (makeCopy)
+    {
+        const auto copy = std::make_shared<RawMesh>(*mesh->rawMesh);
+        InvertTriangles(*copy);
+        return new Mesh(copy, mesh->scene);
+    }
+    if (mesh->rawMesh->indices.size() >= 3)
+    {
+        mesh->SetRenderData(nullptr, mesh->renderDataOnRawMesh);
+        mesh->rawMesh->SetRenderData(nullptr);
+        InvertTriangles(*mesh->rawMesh);
+    }
+    return mesh;
+}
+
+Object* Mesh::GetRenderData() const
+{
+    return (renderDataOnRawMesh ? rawMesh->renderData : renderData).get();
+}
+
+void Mesh::SetRenderData(Object* data, bool onRawMesh)
+{
+    std::unique_ptr<Object>& present = renderDataOnRawMesh ? rawMesh->renderData : renderData;
+    // Taken out first: what dies may look back at this mesh.
+    std::unique_ptr<Object> taken = std::move(present);
+    std::unique_ptr<Object>& target = onRawMesh ? rawMesh->renderData : renderData;
+    std::unique_ptr<Object>& other = onRawMesh ? renderData : rawMesh->renderData;
+    renderDataOnRawMesh = onRawMesh;
+    // The object that is in a slot already stays alive and moves, if it has to.
+    for (std::unique_ptr<Object>* slot : {&taken, &other})
+    {
+        if (slot->get() == data)
+        {
+            (void)slot->release();
+        }
+    }
+    taken.reset();
+    if (target.get() != data)
+    {
+        delete target.release();
+        target.reset(data);
+    }
+}
+
+void Mesh::Suspend()
+{
+    SetRenderData(nullptr, true);
+}
+
+void Mesh::Resume()
+{
+}
+
+bool Mesh::MatchesUpdateID() const
+{
+    return scene && drawID == scene->GetUpdateID();
+}
+
+} // namespace OV

@@ -1,0 +1,184 @@
+#include "orvane/scene/Node.h"
+
+#include "orvane/scene/Scene.h"
+#include "orvane/scene/detail/OwnedObject.h"
+
+namespace OV
+{
+
+Node::Node(Scene* ownScene) :
+    scene(ownScene)
+{
+    if (scene)
+    {
+        scene->Register(this);
+    }
+}
+
+Node::~Node()
+{
+    if (parent)
+    {
+        parent->RemoveChild(this);
+    }
+    for (Node* child : children)
+    {
+        child->parent = nullptr;
+    }
+    if (scene)
+    {
+        scene->Unregister(this);
+    }
+}
+
+void Node::SetLocal(const Transform& t)
+{
+    local = t;
+    MarkMoved();
+}
+
+void Node::SetGlobal(const Transform& t)
+{
+    Transform toParent;
+    if (parent)
+    {
+        toParent.Invert(parent->global);
+    }
+    global = t;
+    local.Multiply(toParent, global);
+    MarkMoved();
+}
+
+void Node::UpdateGraph()
+{
+    if (!scene)
+    {
+        return;
+    }
+    const unsigned int current = scene->GetUpdateID();
+    const bool parentMoved = parent && parent->updateID == current;
+    if (parentMoved || updateID == current)
+    {
+        if (parent)
+        {
+            global.Multiply(parent->global, local);
+        }
+        else
+        {
+            global = local;
+        }
+        if (parentMoved)
+        {
+            updateID = current;
+        }
+        globalMatrixDirty = true;
+    }
+    for (Node* child : children)
+    {
+        child->UpdateGraph();
+    }
+}
+
+void Node::UpdateCulling(float& nearValue, float& farValue)
+{
+    for (Node* child : children)
+    {
+        child->UpdateCulling(nearValue, farValue);
+    }
+}
+
+void Node::ComputeBoundingBox(Vector& boxMin, Vector& boxMax)
+{
+    for (Node* child : children)
+    {
+        child->ComputeBoundingBox(boxMin, boxMax);
+    }
+}
+
+void Node::ComputeCenter(Vector& out)
+{
+    Vector boxMin;
+    Vector boxMax;
+    ComputeBoundingBox(boxMin, boxMax);
+    out.Add(boxMin, boxMax);
+    out.Scale(0.5f);
+}
+
+int Node::Type() const
+{
+    return NodeTypeNode;
+}
+
+bool Node::HasType(int type)
+{
+    return type == NodeTypeNode;
+}
+
+void Node::AddChild(Node* child, bool keepGlobal)
+{
+    if (!child || child->scene != scene || child->IsSameOrAbove(this))
+    {
+        return;
+    }
+    if (child->parent)
+    {
+        child->parent->RemoveChild(child);
+    }
+    child->parent = this;
+    children.push_back(child);
+    if (keepGlobal)
+    {
+        child->SetGlobal(child->global);
+    }
+}
+
+void Node::RemoveChild(Node* child)
+{
+    if (!child || child->parent != this)
+    {
+        return;
+    }
+    children.remove(child);
+    child->parent = nullptr;
+}
+
+Matrix* Node::GetGlobalMatrix()
+{
+    if (!globalMatrix)
+    {
+        // The flag stays as it is: one more extraction on the next call is meant.
+        globalMatrix = std::make_unique<Matrix>();
+        global.ExtractMatrix(*globalMatrix, true);
+    }
+    else if (globalMatrixDirty)
+    {
+        global.ExtractMatrix(*globalMatrix, true);
+        globalMatrixDirty = false;
+    }
+    return globalMatrix.get();
+}
+
+void Node::SetAnimationData(Object* data)
+{
+    detail::ReplaceObject(animationData, data);
+}
+
+bool Node::IsSameOrAbove(const Node* other) const
+{
+    while (other && other != this)
+    {
+        other = other->parent;
+    }
+    return other == this;
+}
+
+void Node::MarkMoved()
+{
+    if (scene)
+    {
+        updateID = scene->GetUpdateID();
+        scene->MarkDirty();
+    }
+}
+
+} // namespace OV

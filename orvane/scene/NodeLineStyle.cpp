@@ -1,0 +1,41 @@
+#include "orvane/scene/NodeLineStyle.h"
+
+#include "orvane/scene/MeshNode.h"
+#include "orvane/scene/detail/Erase.h"
+
+namespace OV
+{
+
+NodeLineStyle::NodeLineStyle() = default;
+
+NodeLineStyle::~NodeLineStyle()
+{
+    SetNode(nullptr);
+}
+
+int NodeLineStyle::Type() const
+{
+    return NodeTypeNodeLineStyle;
+}
+
+bool NodeLineStyle::HasType(int type)
+{
+    return type == NodeTypeNodeLineStyle || type == NodeTypeLineStyle;
+}
+
+void NodeLineStyle::SetNode(MeshNode* newNode)
+{
+    if (node)
+    {
+        node->ClearFlags(NodeFlagHasNodeMaterial, false);
+        detail::EraseAny(node->m_lineStyles, this);
+    }
+    node = newNode;
+    if (node)
+    {
+        node->SetFlags(NodeFlagHasNodeMaterial, false);
+        node->m_lineStyles.push_back(this);
+    }
+}
+
+} // namespace OV

@@ -1,0 +1,242 @@
+// What a scene computes from frame to frame: the walk, the order of the draw items, depths
+// and boxes.
+
+#include "orvane/math/Sphere.h"
+#include "orvane/math/Transform.h"
+#include "orvane/scene/CameraNode.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/MeshNode.h"
+#include "orvane/scene/Scene.h"
+#include "orvane/scene/detail/Box.h"
+#include "orvane/scene/detail/Erase.h"
+#include "orvane/scene/detail/Subtree.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace OV
+{
+
+namespace
+{
+
+/// Farthest first. What has no depth that is a number comes last, so that the order is one.
+bool IsDrawnBefore(const AlphaMeshNode* a, const AlphaMeshNode* b)
+{
+    if (std::isnan(b->z))
+    {
+        return !std::isnan(a->z);
+    }
+    return a->z > b->z;
+}
+
+} // namespace
+
+void Scene::UpdateGraph(float width, float height)
+{
+    if (CameraNode* const camera = GetCameraNode())
+    {
+        camera->screenWidth = width;
+        camera->screenHeight = height;
+        camera->UpdateGraph();
+        camera->UpdateFrustum(width, height);
+    }
+    if (dirty)
+    {
+        if (root)
+        {
+            root->UpdateGraph();
+        }
+        ProcessZOrderedDrawItems();
+    }
+    ++updateID;
+    dirty = false;
+}
+
+void Scene::ProcessZOrderedDrawItems()
+{
+    const CameraNode* const camera = GetCameraNode();
+    if (!camera)
+    {
+        return;
+    }
+    const Transform toCamera = camera->GetInvTransform();
+    for (AlphaMeshNode* item : zOrderedDrawItems)
+    {
+        Vector center;
+        center.Multiply(item->node->GetGlobal(), item->mesh->GetSphere().center);
+        center.Multiply(toCamera, center);
+        item->z = -center.z;
+    }
+    std::sort(zOrderedDrawItems.begin(), zOrderedDrawItems.end(), IsDrawnBefore);
+}
+
+void Scene::PopulateZOrderedDrawItems()
+{
+    ClearDrawItems();
+    for (const Material* material : alphaMaterials)
+    {
+        for (Mesh* mesh : material->GetMeshes())
+        {
+            for (MeshNode* node : mesh->GetNodes())
+            {
+                AppendDrawItem(node, mesh);
+            }
+        }
+    }
+}
+
+void Scene::AppendDrawItem(MeshNode* node, Mesh* mesh)
+{
+    std::unique_ptr<AlphaMeshNode> item;
+    if (m_spareDrawItems.empty())
+    {
+        item = std::make_unique<AlphaMeshNode>();
+    }
+    else
+    {
+        item = std::move(m_spareDrawItems.back());
+        m_spareDrawItems.pop_back();
+    }
+    *item = {node, mesh, 0.0f};
+    node->m_drawLists.push_back(this);
+    mesh->m_drawLists.push_back(this);
+    zOrderedDrawItems.push_back(item.release());
+}
+
+void Scene::ForgetDrawItem(const AlphaMeshNode& item)
+{
+    detail::EraseAny(item.node->m_drawLists, this);
+    detail::EraseAny(item.mesh->m_drawLists, this);
+}
+
+void Scene::ClearDrawItems()
+{
+    for (AlphaMeshNode* item : zOrderedDrawItems)
+    {
+        ForgetDrawItem(*item);
+        m_spareDrawItems.emplace_back(item);
+    }
+    zOrderedDrawItems.clear();
+}
+
+template <class Predicate>
+void Scene::RemoveDrawItems(Predicate isGone)
+{
+    const auto remove = [&](AlphaMeshNode* item)
+    {
+        const bool gone = isGone(*item);
+        if (gone)
+        {
+            ForgetDrawItem(*item);
+            delete item;
+        }
+        return gone;
+    };
+    zOrderedDrawItems.erase(
+        std::remove_if(zOrderedDrawItems.begin(), zOrderedDrawItems.end(), remove),
+        zOrderedDrawItems.end());
+}
+
+void Scene::RemoveDrawItemsOf(const MeshNode* node)
+{
+    RemoveDrawItems([node](const AlphaMeshNode& item) { return item.node == node; });
+}
+
+void Scene::RemoveDrawItemsOf(const Mesh* mesh)
+{
+    RemoveDrawItems([mesh](const AlphaMeshNode& item) { return item.mesh == mesh; });
+}
+
+void Scene::UpdateCulling()
+{
+    float nearValue = detail::largestFloat;
+    float farValue = -detail::largestFloat;
+    if (root)
+    {
+        root->UpdateCulling(nearValue, farValue);
+    }
+    ProcessNearFar(nearValue, farValue);
+}
+
+void Scene::ProcessNearFar(float nearValue, float farValue)
+{
+    CameraNode* const camera = GetCameraNode();
+    if (!camera)
+    {
+        return;
+    }
+    constexpr float share = 0.005f;
+    const bool isPerspective = camera->GetProjection() == CameraNode::Perspective;
+    float n = 0.1f;
+    float f = 200.0f;
+    const bool isNothingSeen = farValue < 0.0f && isPerspective;
+    if (!isNothingSeen)
+    {
+        const float margin = (farValue - nearValue) * share;
+        n = nearValue - margin;
+        f = farValue + margin;
+    }
+    // The 0.1 of an empty view never arrives: the floor lifts it as well.
+    const float lowest = std::min(5.0f, f * share);
+    if (isPerspective && lowest > n)
+    {
+        n = lowest;
+    }
+    camera->SetNearFar(n, f);
+}
+
+void Scene::Frame()
+{
+    Vector boxMin;
+    Vector boxMax;
+    detail::StartBox(boxMin, boxMax);
+    if (root)
+    {
+        root->UpdateGraph();
+        root->ComputeBoundingBox(boxMin, boxMax);
+    }
+    CameraNode* const camera = GetCameraNode();
+    if (!camera || camera->GetProjection() != CameraNode::Perspective)
+    {
+        return;
+    }
+    Vector center;
+    center.Add(boxMin, boxMax);
+    center.Scale(0.5f);
+    Vector diagonal;
+    diagonal.Subtract(boxMax, boxMin);
+    const float distance = diagonal.Magnitude();
+    Vector eye;
+    eye.Add(center, Vector(0.0f, 0.0f, distance));
+
+    Transform place;
+    place.EyeLookUp(eye, center, Vector(0.0f, 1.0f, 0.0f));
+    camera->SetGlobal(place);
+    camera->SetDistanceToTarget(distance);
+}
+
+void Scene::GetBoundingBox(Vector& boxMin, Vector& boxMax)
+{
+    detail::StartBox(boxMin, boxMax);
+    for (Node* node : detail::CollectSubtree(root))
+    {
+        if (node->Type() != NodeTypeMeshNode)
+        {
+            continue;
+        }
+        for (const Mesh* mesh : static_cast<MeshNode*>(node)->GetMeshes())
+        {
+            for (const Vector& position : mesh->GetPositionBuffer())
+            {
+                Vector inWorld;
+                inWorld.Multiply(node->GetGlobal(), position);
+                detail::WidenBox(boxMin, boxMax, inWorld);
+            }
+        }
+    }
+}
+
+} // namespace OV
