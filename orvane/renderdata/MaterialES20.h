@@ -111,6 +111,7 @@ protected:
     void CreateMeshES20(Mesh* mesh);
 
 private:
+    void WatchCache();
     static void OnEffectCacheGone(void* self);
     void TakeValues(const MaterialES20& other);
     void TakeEffects();
@@ -118,6 +119,7 @@ private:
     void ReleaseEffects();
     void LoadTextures();
     void LoadHudTexture();
+    void LoadSurfaceTextures();
     void ReleaseTextures();
     unsigned int LoadMap(const std::string& name);
     MeshES20* MeshDataOf(Mesh* mesh);

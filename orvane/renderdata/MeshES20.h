@@ -85,6 +85,15 @@ public:
     std::int64_t indexCount = 0;  ///< number of indices uploaded
     int scalarOffset = 0;         ///< -1 after the upload: no scalar stream is packed
     bool clippingPlaneEnabled = false;
+
+protected:
+    /// Whether a node of the list given to Render is drawn: visible, ready, and not left to a
+    /// render item that names it.
+    static bool IsDrawn(const MeshNode& node, bool specificNode);
+
+private:
+    void DrawNodes(unsigned int mode, EffectES20* effect, const std::vector<MeshNode*>& nodes,
+                   bool specificNode);
 };
 
 } // namespace OV

@@ -2,6 +2,7 @@
 
 #include "orvane/Export.h"
 #include "orvane/engine/WatchedPtr.h"
+#include "orvane/renderdata/MeshFormatKey.h"
 
 #include <cstdint>
 #include <vector>
@@ -9,6 +10,7 @@
 namespace OV
 {
 
+class Mesh;
 class MeshES20;
 class SharedBufferPool;
 
@@ -50,10 +52,10 @@ public:
     WatchedPtr<SharedBufferPool> pool; ///< owner; reads null once it is gone
     unsigned int vertexBufferId = 0;
     unsigned int indexBufferId = 0;
-    int stride = 0;        ///< bytes; 0 until the layout is settled
-    int normalOffset = -1; ///< bytes from the start of a vertex; -1: absent. Likewise below.
-    int textureOffset = -1;
-    int colorOffset = -1;
+    int stride = 0;       ///< bytes; 0 until the first mesh settles the layout
+    int normalOffset = 0; ///< bytes from the start of a vertex; -1: absent. Likewise below.
+    int textureOffset = 0;
+    int colorOffset = 0;
     std::vector<MeshES20*> meshes; ///< in order of arrival; not owned
 
     /// Vertex count times stride, summed over every mesh ever accepted: never reduced.
@@ -64,8 +66,13 @@ private:
 
     ~SharedBuffer();
 
-    void SettleLayout(const MeshES20& first);
+    void SettleLayout(const Mesh& first);
+    void Pack(float* vertices, unsigned short* indices);
 
+    /// Takes this buffer out of every pool that lists it as open.
+    void Close();
+
+    MeshFormatKey m_format;
     std::vector<SharedBufferPool*> m_listedBy; ///< the pools whose map holds this buffer
 };
 

@@ -48,9 +48,9 @@ protected:
 private:
     using OpenBuffers = std::map<MeshFormatKey, SharedBuffer*>;
 
-    void CopyOpenBuffers(const OpenBuffers& buffers);
-    void Enter(const MeshFormatKey& key, SharedBuffer* buffer);
-    void CloseAll();
+    void List(const OpenBuffers& buffers);
+    void List(const MeshFormatKey& key, SharedBuffer* buffer);
+    void UnlistAll();
 
     OpenBuffers m_openBuffers;
     Lifetime m_lifetime;

@@ -193,9 +193,14 @@ protected:
     float devicePixelRatio = 1.0f;
 
 private:
-    MaterialES20* MaterialDataOf(Material* material);
+    MaterialES20* MaterialDataOf(Material& material);
     void DrawItems(CameraNodeES20* cameraData, std::vector<RenderItemES20> const& items);
     int ToPoints(int pixels) const;
+
+    /// glClear with depth writes on: with them off, as a pass before may have left them, the
+    /// depth buffer would keep its contents.
+    static void Clear(unsigned int mask);
+
     void CreateDepthTexture();
     void RepairDepthAttachments();
     void FetchScreenEffect();

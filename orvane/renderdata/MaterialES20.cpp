@@ -1,0 +1,482 @@
+#include "orvane/renderdata/MaterialES20.h"
+
+#include "orvane/effects/EffectCache.h"
+#include "orvane/effects/MaterialEffectES20.h"
+#include "orvane/imaging/TextureLoader.h"
+#include "orvane/renderdata/MeshES20.h"
+#include "orvane/renderdata/SharedBufferPool.h"
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/MeshNode.h"
+#include "orvane/scene/NodeMaterial.h"
+#include "orvane/scene/Scene.h"
+
+#include <GL/glew.h>
+
+#include <cstdlib>
+
+namespace OV
+{
+
+namespace
+{
+
+/// "SmMa": a material of the host's that is shaded by the effect for simulation.
+constexpr int kSimMaterialTag = 0x536D4D61;
+
+/// What CreateTexture is told about a reduction of pictures: none.
+constexpr float kFullScale = 1.0f;
+constexpr int kNoSizeLimit = 0x7FFFFFFF;
+
+/// The effect of each slot, by RenderPass.
+constexpr EffectCache::EffectType kPassEffects[kRenderPassCount] = {
+    EffectCache::BasicMaterialAmbientPass,  // RenderPassAmbient
+    EffectCache::BasicMaterial,             // RenderPassDefault
+    EffectCache::BasicMaterialAdditive,     // RenderPassBasicVariant
+    EffectCache::WeightedAverageSecondPass, // RenderPassWeightedAverage
+    EffectCache::DepthIdPass,               // RenderPassDepthId
+    EffectCache::DepthIdPass,               // RenderPassDepthIdSecond
+    EffectCache::SSAO,                      // RenderPassSSAO
+    EffectCache::Sky,                       // RenderPassSky
+    EffectCache::VertexColor,               // RenderPassVertexColor
+    EffectCache::AdvancedMaterial,          // RenderPassAdvanced
+    EffectCache::AdvancedMaterial,          // RenderPassAdvancedSecond
+    EffectCache::Crosshatch,                // RenderPassCrosshatch
+    EffectCache::Crosshatch,                // RenderPassCrosshatchSecond
+    EffectCache::Monotone,                  // RenderPassMonotone
+    EffectCache::Monotone,                  // RenderPassMonotoneSecond
+};
+
+/// The factors of a texture, as a loader gives them.
+struct LoadedScale
+{
+    float u = 1.0f;
+    float v = 1.0f;
+};
+
+/// What a loader answers. One that throws has no texture, and without a texture the scale is
+/// what it was.
+template <class Request>
+unsigned int AskLoader(LoadedScale& scale, Request&& request)
+{
+    const LoadedScale before = scale;
+    unsigned int id = 0;
+    try
+    {
+        id = request();
+    }
+    catch (...)
+    {
+        id = 0;
+    }
+    if (id == 0 || id == MaterialES20::PendingTexture)
+    {
+        scale = before;
+    }
+    return id;
+}
+
+/// Asks for the picture in a file of the material.
+unsigned int AskForFile(TextureLoader& loader, const Material& material, const std::string& name, bool flag,
+                        LoadedScale& scale, bool& hasAlpha)
+{
+    int width = 0;
+    int height = 0;
+    return AskLoader(
+        scale,
+        [&]
+        {
+            return loader.CreateTexture(material.texturePath, name, width, height, scale.u, scale.v, flag,
+                                        kFullScale, kNoSizeLimit, hasAlpha);
+        });
+}
+
+/// Asks for a texture of the material's own pixels.
+unsigned int AskForPixels(TextureLoader& loader, Material& material, LoadedScale& scale, bool clamp)
+{
+    return AskLoader(
+        scale,
+        [&]
+        {
+            return loader.CreateTexture(material.pixels, material.pixelWidth, material.pixelHeight, scale.u,
+                                        scale.v, material.hasAlpha, clamp);
+        });
+}
+
+bool IsNodeMaterial(Material& material)
+{
+    return material.HasType(NodeTypeNodeMaterial);
+}
+
+} // namespace
+
+MaterialES20::MaterialES20(Material* sceneMaterial, TextureLoader* loader, SharedBufferPool* pool,
+                           EffectCache* cache) :
+    material(sceneMaterial),
+    textureLoader(loader), bufferPool(pool), effectCache(cache)
+{
+    WatchCache();
+    LoadTextures();
+    TakeEffects();
+    materialUScale = material->uScale;
+    materialVScale = material->vScale;
+    uScale *= materialUScale;
+    vScale *= materialVScale;
+}
+
+MaterialES20::MaterialES20(const MaterialES20& other) :
+    MeshStyleES20(other)
+{
+    TakeValues(other);
+}
+
+MaterialES20& MaterialES20::operator=(const MaterialES20& other)
+{
+    if (this != &other)
+    {
+        ReleaseTextures();
+        ReleaseEffects();
+        TakeValues(other);
+    }
+    return *this;
+}
+
+MaterialES20::~MaterialES20()
+{
+    ReleaseTextures();
+    ReleaseEffects();
+}
+
+void MaterialES20::Prepare(CameraNodeES20* camera, std::vector<RenderItemES20>& items, bool clippingPlane)
+{
+    if (!EnsureTextureLoaded())
+    {
+        return;
+    }
+    if (IsNodeMaterial(*material))
+    {
+        for (MeshNode* node : static_cast<NodeMaterial*>(material)->GetNodes())
+        {
+            if (node->CurrentNodeMaterial() != material)
+            {
+                continue;
+            }
+            for (Mesh* mesh : node->GetMeshes())
+            {
+                PrepareSpecificNode(camera, mesh, node, items, clippingPlane);
+            }
+        }
+        return;
+    }
+    for (Mesh* mesh : material->GetMeshes())
+    {
+        if (!mesh->ReadyToDraw())
+        {
+            continue;
+        }
+        if (MeshES20* meshData = MeshDataOf(mesh))
+        {
+            meshData->clippingPlaneEnabled = clippingPlane;
+            items.push_back({mesh, this, false, nullptr});
+        }
+    }
+}
+
+void MaterialES20::PrepareSpecificNode(CameraNodeES20*, Mesh* mesh, MeshNode* node,
+                                       std::vector<RenderItemES20>& items, bool clippingPlane)
+{
+    if (!EnsureTextureLoaded())
+    {
+        return;
+    }
+    if (MeshES20* meshData = MeshDataOf(mesh))
+    {
+        meshData->clippingPlaneEnabled = clippingPlane;
+        items.push_back({mesh, this, true, node});
+    }
+    if (material->UsingDrawID())
+    {
+        material->InvalidateDrawID();
+    }
+}
+
+bool MaterialES20::Apply(CameraNodeES20* camera, RenderPass pass)
+{
+    if (material->GetMeshes().empty() && !IsNodeMaterial(*material))
+    {
+        return false;
+    }
+    const unsigned int flags = material->GetFlags();
+    if ((flags & MaterialFlagNoCull) != 0)
+    {
+        glDisable(GL_CULL_FACE);
+    }
+    if ((flags & MaterialFlagPolygonOffset) != 0)
+    {
+        glEnable(GL_POLYGON_OFFSET_FILL);
+        glPolygonOffset(material->polygonOffsetFactor, material->polygonOffsetUnits);
+    }
+    else
+    {
+        glDisable(GL_POLYGON_OFFSET_FILL);
+    }
+    const auto slot = static_cast<unsigned int>(pass);
+    currentEffect = slot < kRenderPassCount ? passEffects[slot] : nullptr;
+    if (!currentEffect)
+    {
+        return false;
+    }
+    static_cast<MaterialEffectES20*>(currentEffect)->Apply(this, camera);
+    return true;
+}
+
+void MaterialES20::Apply(CameraNodeES20* camera)
+{
+    currentEffect = passEffects[RenderPassDefault];
+    if (currentEffect)
+    {
+        static_cast<MaterialEffectES20*>(currentEffect)->Apply(this, camera);
+    }
+}
+
+void MaterialES20::Remove()
+{
+    // Polygon offset stays: every Apply sets it one way or the other.
+    if ((material->GetFlags() & MaterialFlagNoCull) != 0)
+    {
+        glEnable(GL_CULL_FACE);
+    }
+    if (currentEffect)
+    {
+        static_cast<MaterialEffectES20*>(currentEffect)->Remove();
+        currentEffect = nullptr;
+    }
+}
+
+EffectES20* MaterialES20::GetShader(RenderPass pass)
+{
+    const auto slot = static_cast<unsigned int>(pass);
+    return passEffects[slot < kRenderPassCount ? slot : static_cast<unsigned int>(RenderPassDefault)];
+}
+
+EffectES20* MaterialES20::GetShader()
+{
+    return passEffects[RenderPassDefault];
+}
+
+bool MaterialES20::EnsureTextureLoaded()
+{
+    if (textureId != PendingTexture)
+    {
+        return true;
+    }
+    LoadedScale scale;
+    textureId = textureLoader ? AskForFile(*textureLoader, *material, material->textureName, true, scale,
+                                           material->hasAlpha)
+                              : 0;
+    if (textureId == PendingTexture)
+    {
+        if (Scene* scene = material->GetScene())
+        {
+            scene->MarkDirty();
+        }
+        return false;
+    }
+    if (textureId != 0)
+    {
+        uScale = scale.u * materialUScale;
+        vScale = scale.v * materialVScale;
+    }
+    return true;
+}
+
+void MaterialES20::CreateMeshES20(Mesh* mesh)
+{
+    if (bufferPool)
+    {
+        mesh->SetRenderData(new MeshES20(mesh, bufferPool), true);
+    }
+}
+
+MeshES20* MaterialES20::MeshDataOf(Mesh* mesh)
+{
+    auto* meshData = static_cast<MeshES20*>(mesh->GetRenderData());
+    if (!meshData || !meshData->pool)
+    {
+        CreateMeshES20(mesh);
+        meshData = static_cast<MeshES20*>(mesh->GetRenderData());
+    }
+    return meshData;
+}
+
+void MaterialES20::TakeEffects()
+{
+    if (!effectCache)
+    {
+        return;
+    }
+    if (material->HasType(NodeTypeMaterial2D))
+    {
+        TakeEffect(RenderPassDefault, EffectCache::HUD);
+        return;
+    }
+    if (material->HasType(kSimMaterialTag))
+    {
+        TakeEffect(RenderPassDefault, EffectCache::SimMaterial);
+        return;
+    }
+    for (unsigned int pass = 0; pass < kRenderPassCount; ++pass)
+    {
+        TakeEffect(pass, kPassEffects[pass]);
+    }
+}
+
+void MaterialES20::TakeEffect(unsigned int pass, int effectType)
+{
+    EffectES20* effect = effectCache->GetEffect(static_cast<EffectCache::EffectType>(effectType));
+    if (!effect)
+    {
+        return;
+    }
+    if (dynamic_cast<MaterialEffectES20*>(effect))
+    {
+        passEffects[pass] = effect;
+    }
+    else
+    {
+        effect->Release();
+    }
+}
+
+void MaterialES20::ReleaseEffects()
+{
+    currentEffect = nullptr;
+    for (EffectES20*& slot : passEffects)
+    {
+        if (EffectES20* effect = slot)
+        {
+            slot = nullptr;
+            effect->Release();
+        }
+    }
+}
+
+void MaterialES20::WatchCache()
+{
+    if (effectCache)
+    {
+        m_cacheWatch.Watch(effectCache->GetLifetime(), &OnEffectCacheGone, this);
+    }
+    else
+    {
+        m_cacheWatch.Stop();
+    }
+}
+
+void MaterialES20::OnEffectCacheGone(void* self)
+{
+    auto* data = static_cast<MaterialES20*>(self);
+    data->ReleaseEffects();
+    data->effectCache = nullptr;
+}
+
+void MaterialES20::LoadTextures()
+{
+    if (material->HasType(NodeTypeMaterial2D))
+    {
+        LoadHudTexture();
+    }
+    else if (!material->HasType(kSimMaterialTag))
+    {
+        LoadSurfaceTextures();
+    }
+}
+
+void MaterialES20::LoadHudTexture()
+{
+    if (!textureLoader)
+    {
+        return;
+    }
+    LoadedScale scale;
+    if (!material->textureName.empty())
+    {
+        textureId =
+            AskForFile(*textureLoader, *material, material->textureName, true, scale, material->hasAlpha);
+    }
+    else if (material->pixels)
+    {
+        textureId = AskForPixels(*textureLoader, *material, scale, true);
+        std::free(material->pixels);
+        material->pixels = nullptr;
+    }
+    // A text stands third: it is asked for when there is neither a name nor pixels.
+    uScale = scale.u;
+    vScale = scale.v;
+}
+
+void MaterialES20::LoadSurfaceTextures()
+{
+    if (!textureLoader)
+    {
+        return;
+    }
+    LoadedScale scale;
+    if (material->textureName.empty())
+    {
+        if (material->pixels)
+        {
+            textureId = AskForPixels(*textureLoader, *material, scale, material->clampTexture);
+        }
+    }
+    else
+    {
+        textureId =
+            AskForFile(*textureLoader, *material, material->textureName, false, scale, material->hasAlpha);
+    }
+    uScale = scale.u;
+    vScale = scale.v;
+    normalMapId = LoadMap(material->normalMapName);
+    opacityMapId = LoadMap(material->opacityMapName);
+}
+
+unsigned int MaterialES20::LoadMap(const std::string& name)
+{
+    if (name.empty())
+    {
+        return 0;
+    }
+    LoadedScale scale{uScale, vScale};
+    bool hasAlpha = false;
+    const unsigned int id = AskForFile(*textureLoader, *material, name, false, scale, hasAlpha);
+    // The map loaded last decides the scale for all.
+    uScale = scale.u;
+    vScale = scale.v;
+    return id == PendingTexture ? 0 : id;
+}
+
+void MaterialES20::ReleaseTextures()
+{
+    for (unsigned int* id : {&textureId, &normalMapId, &opacityMapId})
+    {
+        if (*id != 0 && textureLoader)
+        {
+            textureLoader->ReleaseTexture(*id);
+        }
+        *id = 0;
+    }
+}
+
+void MaterialES20::TakeValues(const MaterialES20& other)
+{
+    material = other.material;
+    textureLoader = other.textureLoader;
+    bufferPool = other.bufferPool;
+    effectCache = other.effectCache;
+    uScale = other.uScale;
+    vScale = other.vScale;
+    materialUScale = other.materialUScale;
+    materialVScale = other.materialVScale;
+    WatchCache();
+}
+
+} // namespace OV

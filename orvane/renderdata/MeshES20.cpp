@@ -1,0 +1,148 @@
+#include "orvane/renderdata/MeshES20.h"
+
+#include "orvane/effects/EffectES20.h"
+#include "orvane/engine/GLCheckpoint.h"
+#include "orvane/renderdata/SharedBuffer.h"
+#include "orvane/renderdata/SharedBufferPool.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/MeshNode.h"
+
+#include <GL/glew.h>
+
+#include <algorithm>
+#include <limits>
+
+namespace OV
+{
+
+unsigned int MeshES20::s_vertexId = 0;
+
+MeshES20::MeshES20(Mesh* sceneMesh, SharedBufferPool* bufferPool) :
+    mesh(sceneMesh), pool(bufferPool)
+{
+    if (mesh && mesh->GetNumVertices() > 0)
+    {
+        sharedBuffer = bufferPool->AddMesh(this);
+    }
+}
+
+MeshES20::~MeshES20()
+{
+    if (sharedBuffer)
+    {
+        sharedBuffer->RemoveMesh(this);
+    }
+}
+
+void MeshES20::Render(EffectES20* effect, const std::vector<MeshNode*>& nodes, bool specificNode)
+{
+    if (!mesh || !effect || vertexBufferId == 0 || mesh->GetNumVertices() == 0)
+    {
+        return;
+    }
+    ApplyBuffer(vertexBufferId, indexBufferId);
+    OV_GL_CHECKPOINT();
+
+    const Material* material = mesh->GetMaterial();
+    const unsigned int meshFlags = mesh->GetFlags();
+    const unsigned int materialFlags = material ? material->GetFlags() : 0;
+    // A material with the bit has turned culling off for all of its meshes.
+    const bool cullOff =
+        material && (meshFlags & MeshFlagNoCull) != 0 && (materialFlags & MaterialFlagNoCull) == 0;
+    if (cullOff)
+    {
+        glDisable(GL_CULL_FACE);
+    }
+
+    effect->clipPlanesActive = clippingPlaneEnabled;
+    effect->meshNodeFlag = (meshFlags & MeshFlagEffectFlag) != 0;
+    effect->BindMeshAttributes(this);
+    OV_GL_CHECKPOINT();
+
+    const bool alwaysPass = (materialFlags & MaterialFlagAlwaysPass) != 0;
+    int depthFunction = GL_LESS;
+    if (alwaysPass)
+    {
+        glGetIntegerv(GL_DEPTH_FUNC, &depthFunction);
+        OV_GL_CHECKPOINT();
+        glDepthFunc(GL_ALWAYS);
+        OV_GL_CHECKPOINT();
+    }
+    if ((materialFlags & MaterialFlagPoints) != 0)
+    {
+        // Without it desktop GL ignores the size that the vertex shader writes.
+        glEnable(GL_PROGRAM_POINT_SIZE);
+        DrawNodes(GL_POINTS, effect, nodes, specificNode);
+        glDisable(GL_PROGRAM_POINT_SIZE);
+    }
+    else
+    {
+        DrawNodes(GL_TRIANGLES, effect, nodes, specificNode);
+    }
+
+    if (mesh->UsingDrawID())
+    {
+        mesh->InvalidateDrawID();
+    }
+    effect->ReleaseMeshAttributes(this);
+    if (alwaysPass)
+    {
+        glDepthFunc(static_cast<GLenum>(depthFunction));
+        OV_GL_CHECKPOINT();
+    }
+    if (cullOff)
+    {
+        glEnable(GL_CULL_FACE);
+    }
+}
+
+void MeshES20::DrawNodes(unsigned int mode, EffectES20* effect, const std::vector<MeshNode*>& nodes,
+                         bool specificNode)
+{
+    // The index list may have shrunk or grown since the upload.
+    const std::int64_t available = std::min(indexCount, static_cast<std::int64_t>(mesh->GetNumIndices()));
+    const auto count =
+        static_cast<GLsizei>(std::min<std::int64_t>(available, std::numeric_limits<GLsizei>::max()));
+    if (count == 0)
+    {
+        return;
+    }
+    const void* const firstIndex = reinterpret_cast<const void*>(static_cast<std::intptr_t>(indexOffset));
+    for (MeshNode* node : nodes)
+    {
+        if (!IsDrawn(*node, specificNode))
+        {
+            continue;
+        }
+        effect->BindMeshUniforms(node);
+        OV_GL_CHECKPOINT();
+        glDrawElements(mode, count, GL_UNSIGNED_SHORT, firstIndex);
+        OV_GL_CHECKPOINT();
+    }
+}
+
+bool MeshES20::IsDrawn(const MeshNode& node, bool specificNode)
+{
+    constexpr unsigned int invisible = NodeFlagHidden | NodeFlagCulled;
+    const unsigned int excluded = specificNode ? invisible : invisible | NodeFlagHasNodeMaterial;
+    return (node.GetFlags() & excluded) == 0 && node.ReadyToDraw();
+}
+
+void MeshES20::ApplyBuffer(unsigned int vertexBuffer, unsigned int indexBuffer)
+{
+    if (s_vertexId == vertexBuffer)
+    {
+        return;
+    }
+    glBindBuffer(GL_ARRAY_BUFFER, vertexBuffer);
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indexBuffer);
+    s_vertexId = vertexBuffer;
+}
+
+void MeshES20::ResetBufferCache()
+{
+    s_vertexId = 0;
+}
+
+} // namespace OV

@@ -1,0 +1,336 @@
+#include "orvane/renderer/Renderer20.h"
+
+#include "orvane/effects/EffectES20.h"
+#include "orvane/engine/RenderCapabilities.h"
+#include "orvane/imaging/TextureLoader.h"
+#include "orvane/overlay/Scene2D.h"
+#include "orvane/platform/detail/EntryPoints.h"
+#include "orvane/renderdata/CameraNodeES20.h"
+#include "orvane/renderdata/MaterialES20.h"
+#include "orvane/renderdata/MeshES20.h"
+#include "orvane/renderer/detail/BorrowedVector.h"
+#include "orvane/scene/AlphaMeshNode.h"
+#include "orvane/scene/CameraNode.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/Scene.h"
+
+#include <GL/glew.h>
+
+#include <new>
+
+namespace OV
+{
+
+namespace
+{
+
+/// Room before the lowest and behind the highest thing of a layer.
+constexpr float kLayerMargin = 0.1f;
+
+/// Render data of a scene object as what the engine puts there. Null if there is none, and for
+/// an object of the host's.
+template <class Data>
+Data* DataOf(Object* object)
+{
+    return dynamic_cast<Data*>(object);
+}
+
+CameraNodeES20* CameraDataOf(CameraNode& camera)
+{
+    if (!camera.GetRenderData())
+    {
+        camera.SetRenderData(new (std::nothrow) CameraNodeES20(&camera));
+    }
+    return DataOf<CameraNodeES20>(camera.GetRenderData());
+}
+
+} // namespace
+
+Renderer20::Renderer20(TextureLoader* loader, RenderCapabilities* caps) :
+    Renderer(loader), capabilities(caps), hudCamera(std::make_unique<CameraNodeES20>(nullptr))
+{
+}
+
+Renderer20::~Renderer20()
+{
+    hudCamera.reset();
+    Renderer20::ClearOffscreenBuffers();
+    if (screenScene)
+    {
+        ReleaseScreenEffect();
+        screenScene.reset();
+    }
+    extension.reset();
+}
+
+void Renderer20::Configure(TextureLoader* loader, RenderCapabilities* caps)
+{
+    textureLoader = loader;
+    capabilities = caps;
+}
+
+bool Renderer20::SupportsRenderToTexture()
+{
+    return true;
+}
+
+int Renderer20::GetWidthPx()
+{
+    return width;
+}
+
+int Renderer20::GetHeightPx()
+{
+    return height;
+}
+
+void Renderer20::Resize(int newWidth, int newHeight)
+{
+    width = newWidth;
+    height = newHeight;
+    glViewport(0, 0, width, height);
+}
+
+void Renderer20::SetOnScreenBuffers(int newWidth, int newHeight, unsigned framebuffer, unsigned renderbuffer,
+                                    unsigned depthbuffer, float)
+{
+    Resize(newWidth, newHeight);
+    ClearOffscreenBuffers();
+    onScreenFramebuffer = framebuffer;
+    onScreenRenderbuffer = renderbuffer;
+    onScreenDepthbuffer = depthbuffer;
+}
+
+void Renderer20::BeginOverDrawRender()
+{
+    overDraw = true;
+}
+
+void Renderer20::EndRender()
+{
+    overDraw = false;
+}
+
+void Renderer20::BeginRender(bool capture, Color const& color)
+{
+    clearColor = color;
+    if (!Platform::LoadEntryPoints())
+    {
+        return;
+    }
+    if (useOnScreenBuffers)
+    {
+        const bool multisampled = aaMode == AAModeMSAA && msaaBuffersReady && capture;
+        glBindFramebuffer(GL_FRAMEBUFFER, multisampled ? msaaFramebuffer : onScreenFramebuffer);
+    }
+    glClearColor(color.r, color.g, color.b, color.a);
+    Clear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
+    // As Render3D leaves them: a layer drawn first takes them over, and the first frame has to
+    // look like all others.
+    glEnable(GL_CULL_FACE);
+    glBlendEquation(GL_FUNC_ADD);
+}
+
+void Renderer20::Render3D(Scene* scene, CameraNode* camera)
+{
+    if (!scene || !camera || !Platform::LoadEntryPoints())
+    {
+        return;
+    }
+    CameraNodeES20* cameraData = CameraDataOf(*camera);
+    if (!cameraData)
+    {
+        return;
+    }
+    cameraData->UpdateMVP(ToPoints(width), ToPoints(height), false);
+    glDisable(GL_BLEND);
+    if (overDraw)
+    {
+        glDepthMask(GL_TRUE);
+    }
+    else
+    {
+        Clear(GL_DEPTH_BUFFER_BIT);
+    }
+    glEnable(GL_CULL_FACE);
+    glEnable(GL_DEPTH_TEST);
+    glBlendEquation(GL_FUNC_ADD);
+
+    Detail::BorrowedVector<RenderItemES20> items(m_items);
+    for (Material* material : scene->GetOptimizedMaterials())
+    {
+        PrepareOptimizedMaterial(material, cameraData, *items, false);
+    }
+    for (LineStyle* lineStyle : scene->GetLineStyles())
+    {
+        PrepareLineStyle(lineStyle, cameraData, *items, false);
+    }
+    for (Material* material : scene->GetAlphaMaterials())
+    {
+        PrepareOptimizedMaterial(material, cameraData, *items, false);
+    }
+    DrawItems(cameraData, *items);
+}
+
+void Renderer20::Render2D(Scene2D* layer)
+{
+    if (!layer || !Platform::LoadEntryPoints())
+    {
+        return;
+    }
+    glDisable(GL_BLEND);
+    Clear(GL_DEPTH_BUFFER_BIT);
+    hudCamera->UpdateHudMVP(ToPoints(width), ToPoints(height), layer->nearZ - kLayerMargin,
+                            layer->farZ + kLayerMargin);
+    glEnable(GL_DEPTH_TEST);
+
+    Detail::BorrowedVector<RenderItemES20> items(m_items);
+    for (Material* material : layer->GetOptimizedMaterials())
+    {
+        PrepareOptimizedMaterial(material, hudCamera.get(), *items, false);
+    }
+    for (LineStyle* lineStyle : layer->GetLineStyles())
+    {
+        PrepareLineStyle(lineStyle, hudCamera.get(), *items, false);
+    }
+    // One by one, so that the order by z holds across materials.
+    for (AlphaMeshNode* item : layer->GetZOrderedDrawItems())
+    {
+        PrepareZOrderedMeshNode(item, hudCamera.get(), *items);
+    }
+    DrawItems(hudCamera.get(), *items);
+}
+
+void Renderer20::DrawItems(CameraNodeES20* cameraData, std::vector<RenderItemES20> const& items)
+{
+    bufferPool.GenerateVBOs();
+    RenderItemList(cameraData, items, RenderPassDefault);
+    MeshES20::ResetBufferCache();
+}
+
+void Renderer20::RenderItemList(CameraNodeES20* cameraData, std::vector<RenderItemES20> const& items,
+                                RenderPass pass)
+{
+    Detail::BorrowedVector<MeshNode*> singleNode(m_singleNode);
+    (*singleNode).resize(1);
+    MeshStyleES20* current = nullptr;
+    for (const RenderItemES20& item : items)
+    {
+        if (item.style != current)
+        {
+            if (current)
+            {
+                current->Remove();
+            }
+            item.style->Apply(cameraData, pass);
+            current = item.style;
+        }
+        // Only Prepare puts a mesh on the list, and it has seen to the render data.
+        auto* meshData = static_cast<MeshES20*>(item.mesh->GetRenderData());
+        if (!meshData)
+        {
+            continue;
+        }
+        if (item.specificNode)
+        {
+            (*singleNode)[0] = item.node;
+            meshData->Render(current->GetShader(pass), *singleNode, true);
+        }
+        else
+        {
+            meshData->Render(current->GetShader(pass), item.mesh->GetNodes(), false);
+        }
+    }
+    if (current)
+    {
+        current->Remove();
+    }
+}
+
+void Renderer20::PrepareOptimizedMaterial(Material* material, CameraNodeES20* cameraData,
+                                          std::vector<RenderItemES20>& items, bool clippingPlane)
+{
+    if (!material || !material->ReadyToDraw())
+    {
+        return;
+    }
+    if (MaterialES20* materialData = MaterialDataOf(*material))
+    {
+        materialData->Prepare(cameraData, items, clippingPlane);
+    }
+}
+
+void Renderer20::PrepareLineStyle(LineStyle*, CameraNodeES20*, std::vector<RenderItemES20>&, bool)
+{
+    // No effect draws lines, so a style gets no render data and adds no items.
+}
+
+void Renderer20::PrepareZOrderedMeshNode(AlphaMeshNode* alphaNode, CameraNodeES20* cameraData,
+                                         std::vector<RenderItemES20>& items)
+{
+    Material* material = alphaNode->mesh->GetMaterial();
+    if (!material || !material->ReadyToDraw())
+    {
+        return;
+    }
+    if (MaterialES20* materialData = MaterialDataOf(*material))
+    {
+        materialData->PrepareSpecificNode(cameraData, alphaNode->mesh, alphaNode->node, items, false);
+    }
+}
+
+MaterialES20* Renderer20::MaterialDataOf(Material& material)
+{
+    auto* data = DataOf<MaterialES20>(material.GetRenderData());
+    // What another renderer made and left behind can't draw any more.
+    const bool orphaned = data && !data->IsConnected();
+    if (!material.GetRenderData() || orphaned)
+    {
+        data = new MaterialES20(&material, textureLoader, &bufferPool, &effectCache);
+        material.SetRenderData(data);
+    }
+    return data;
+}
+
+void Renderer20::Clear(unsigned int mask)
+{
+    glDepthMask(GL_TRUE);
+    glClear(mask);
+}
+
+int Renderer20::ToPoints(int pixels) const
+{
+    return static_cast<int>(static_cast<float>(pixels) * GetPxToPtScale());
+}
+
+void Renderer20::Suspend()
+{
+    ClearOffscreenBuffers();
+    if (screenMesh)
+    {
+        screenMesh->SetRenderData(nullptr, true);
+        screenMeshData = nullptr;
+        ReleaseScreenEffect();
+    }
+    if (textureLoader)
+    {
+        textureLoader->Suspend();
+    }
+}
+
+void Renderer20::Resume()
+{
+    if (textureLoader)
+    {
+        textureLoader->Resume();
+    }
+    if (screenMesh)
+    {
+        FetchScreenEffect();
+        screenMeshData = new MeshES20(screenMesh, &bufferPool);
+        screenMesh->SetRenderData(screenMeshData, true);
+    }
+}
+
+} // namespace OV
