@@ -27,6 +27,8 @@
 #include "orvane/imaging/FilePath.h"
 #include "orvane/imaging/Image.h"
 #include "orvane/imaging/ImageCodec.h"
+#include "orvane/imaging/TextureIndex.h"
+#include "orvane/imaging/TextureLoader.h"
 
 #include "orvane/math/Base64.h"
 #include "orvane/math/Color.h"

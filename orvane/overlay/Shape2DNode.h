@@ -44,7 +44,7 @@ protected:
     bool billboard = true;
 
 private:
-    bool IsOffScreen(Mesh& mesh) const;
+    bool IsOffScreen(const Mesh& mesh) const;
 };
 
 }  // namespace OV

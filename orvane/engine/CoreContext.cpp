@@ -1,0 +1,88 @@
+#include "orvane/engine/CoreContext.h"
+
+#include "orvane/engine/DeviceConfig.h"
+#include "orvane/engine/RenderCapabilities.h"
+#include "orvane/overlay/Scene2D.h"
+#include "orvane/scene/CameraNode.h"
+#include "orvane/scene/Scene.h"
+
+#include <utility>
+
+namespace OV
+{
+
+CoreContext::CoreContext(std::unique_ptr<DeviceConfig>&& config, std::unique_ptr<RenderCapabilities>&& capabilities)
+    : config(std::move(config))
+    , capabilities(std::move(capabilities))
+    , foreground2D(std::make_unique<Scene2D>(this))
+    , background2D(std::make_unique<Scene2D>(this))
+{
+}
+
+CoreContext::~CoreContext() = default;
+
+CameraNode* CoreContext::GetCamera() const
+{
+    return scene ? scene->GetCameraNode() : nullptr;
+}
+
+void CoreContext::SetBackgroundColor(Color const& color)
+{
+    if (color.IsEqual(backgroundColor))
+    {
+        return;
+    }
+    backgroundColor = color;
+    if (scene)
+    {
+        scene->MarkDirty();
+    }
+}
+
+void CoreContext::SetScene(std::unique_ptr<Scene>&& newScene)
+{
+    scene = std::move(newScene);
+}
+
+bool CoreContext::Update(float time, int width, int height)
+{
+    runningTime = time;
+    const float screenWidth = static_cast<float>(width);
+    const float screenHeight = static_cast<float>(height);
+    if (!scene)
+    {
+        background2D->UpdateGraph(screenWidth, screenHeight);
+        foreground2D->UpdateGraph(screenWidth, screenHeight);
+        onlyForegroundWasDirty = false;
+        return false;
+    }
+    if (CameraNode* camera = scene->GetCameraNode())
+    {
+        camera->screenWidth = screenWidth;
+        camera->screenHeight = screenHeight;
+    }
+
+    bool sceneSideDirty = scene->IsDirty() || background2D->IsDirty();
+    const bool foregroundDirty = foreground2D->IsDirty();
+    scene->UpdateGraph(screenWidth, screenHeight);
+    background2D->UpdateGraph(screenWidth, screenHeight);
+    foreground2D->UpdateGraph(screenWidth, screenHeight);
+
+    // An update may dirty a scene whose turn was before; the 3D scene alone gets another one
+    // in this frame, the layers wait for the next.
+    if (!sceneSideDirty && (scene->IsDirty() || background2D->IsDirty() || foreground2D->IsDirty()))
+    {
+        scene->UpdateGraph(screenWidth, screenHeight);
+        sceneSideDirty = true;
+    }
+    onlyForegroundWasDirty = foregroundDirty && !sceneSideDirty;
+    return sceneSideDirty || foregroundDirty;
+}
+
+void CoreContext::UpdateUI(float)
+{
+    background2D->ResetPicking();
+    foreground2D->ResetPicking();
+}
+
+}  // namespace OV

@@ -1,0 +1,12 @@
+#include "orvane/engine/DeviceConfig.h"
+
+namespace OV
+{
+
+DeviceConfig::~DeviceConfig() = default;
+
+void DeviceConfig::SetDisplayScale(float)
+{
+}
+
+}  // namespace OV
