@@ -271,6 +271,12 @@ bool GLRecorder::State::IsEnabled(unsigned capability) const
     return known != enabled.end() && known->second;
 }
 
+int GLRecorder::State::Integer(unsigned name, int fallback) const
+{
+    const auto known = integers.find(name);
+    return known == integers.end() || known->second.empty() ? fallback : known->second[0];
+}
+
 GLRecorder::GLRecorder(Mode mode)
     : m_state(std::make_unique<State>())
 {

@@ -96,6 +96,7 @@ struct GLRecorder::State
     void SetUniformValue(int location, std::vector<float> value);
     unsigned BoundTexture(unsigned target) const;
     bool IsEnabled(unsigned capability) const;
+    int Integer(unsigned name, int fallback) const;
 };
 
 }  // namespace OV::Test
