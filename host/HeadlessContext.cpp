@@ -132,6 +132,11 @@ bool HeadlessContext::ReadPixels(std::vector<unsigned char>& rgba)
     return MakeCurrent() && m_impl->framebuffer->ReadPixels(rgba);
 }
 
+void HeadlessContext::Finish()
+{
+    m_impl->gl.finish();
+}
+
 int HeadlessContext::GetWidth() const
 {
     return m_impl->framebuffer->GetWidth();

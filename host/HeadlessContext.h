@@ -72,6 +72,9 @@ public:
     /// @return false when the pixels cannot be had; `rgba` is then empty.
     bool ReadPixels(std::vector<unsigned char>& rgba);
 
+    /// Waits until GL has carried out everything asked of it. The context must be current.
+    void Finish();
+
     int GetWidth() const;
     int GetHeight() const;
 

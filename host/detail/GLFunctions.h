@@ -18,6 +18,7 @@ struct GLFunctions
     GLboolean (APIENTRYP isEnabled)(GLenum) = nullptr;
     void (APIENTRYP enable)(GLenum) = nullptr;
     void (APIENTRYP disable)(GLenum) = nullptr;
+    void (APIENTRYP finish)() = nullptr;
     void (APIENTRYP viewport)(GLint, GLint, GLsizei, GLsizei) = nullptr;
     void (APIENTRYP pixelStorei)(GLenum, GLint) = nullptr;
     void (APIENTRYP readPixels)(GLint, GLint, GLsizei, GLsizei, GLenum, GLenum, void*) = nullptr;
@@ -53,6 +54,7 @@ struct GLFunctions
         fetch(isEnabled, "glIsEnabled");
         fetch(enable, "glEnable");
         fetch(disable, "glDisable");
+        fetch(finish, "glFinish");
         fetch(viewport, "glViewport");
         fetch(pixelStorei, "glPixelStorei");
         fetch(readPixels, "glReadPixels");

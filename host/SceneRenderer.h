@@ -1,0 +1,57 @@
+#pragma once
+
+#include "orvane/renderer/Renderer20.h"
+
+#include <memory>
+
+namespace OV
+{
+
+class MeshNode;
+
+} // namespace OV
+
+namespace OV::Host
+{
+
+/// The engine's renderer with a sky behind the scene, and with render data made ahead of the
+/// first frame.
+///
+/// The sky is that of SkySettings, on a dome about the eye, with the world's Y up: the horizon
+/// lies at eye level. It has no depth, so everything is in front of it. An orthographic camera
+/// sees the sky that a perspective one of its angle would see.
+class SceneRenderer : public Renderer20
+{
+public:
+    /// As Renderer20. Not GL.
+    SceneRenderer(TextureLoader* textureLoader, RenderCapabilities* capabilities);
+
+    /// GL if a sky was drawn.
+    ~SceneRenderer() override;
+
+    /// Draws the sky behind each scene from now on. Off at first.
+    void ShowSky(bool show);
+    bool IsSkyShown() const { return m_skyShown; }
+
+    /// Makes the render data of everything in the scene that is ready, packs the geometry and
+    /// uploads it, so that the next frame only draws. Null does nothing. GL.
+    void Pack(Scene* scene, CameraNode* camera);
+
+    void Render3D(Scene* scene, CameraNode* camera) override;
+    void Suspend() override;
+
+    /// The private scene of the sky, for whoever counts what is drawn; null until it is drawn.
+    const Scene* GetSkyScene() const { return m_skyScene.get(); }
+
+private:
+    void MakeSkyScene();
+    void MoveSkyTo(CameraNode* camera);
+    void DrawSky(CameraNode* camera);
+
+    bool m_skyShown = false;
+    std::unique_ptr<Scene> m_skyScene;
+    MeshNode* m_skyNode = nullptr; ///< lives in m_skyScene
+    std::vector<RenderItemES20> m_skyItems;
+};
+
+} // namespace OV::Host
