@@ -6,6 +6,7 @@
 set(ORVANE_GENERATED_DIR ${PROJECT_BINARY_DIR}/generated)
 
 function(orvane_shaders)
+    set(outputs)
     foreach(shader IN LISTS ARGN)
         set(input ${CMAKE_CURRENT_SOURCE_DIR}/${shader})
         set(output ${ORVANE_GENERATED_DIR}/orvane/effects/shaders/${shader}.h)
@@ -16,6 +17,8 @@ function(orvane_shaders)
             DEPENDS ${input} ${PROJECT_SOURCE_DIR}/cmake/EmbedShader.cmake
             COMMENT "Embedding ${shader}"
             VERBATIM)
-        set_property(GLOBAL APPEND PROPERTY ORVANE_SHADER_HEADERS ${output})
+        list(APPEND outputs ${output})
     endforeach()
+    # The rule belongs to the folder that calls; the engine waits for it through a target.
+    add_custom_target(orvane_shader_headers DEPENDS ${outputs})
 endfunction()
