@@ -1,0 +1,10 @@
+#pragma once
+
+#include <vector>
+
+namespace OV::Test
+{
+
+using Bytes = std::vector<unsigned char>;
+
+}  // namespace OV::Test
