@@ -99,14 +99,14 @@ EffectCache::~EffectCache()
         {
             continue;
         }
-        if (effect->m_refCount > 1)
-        {
-            --effect->m_refCount;
-            HandOver(effect);
-        }
-        else
+        const bool survives = effect->m_placeholders > 0 || effect->m_refCount > 1;
+        if (effect->m_placeholders == 0)
         {
             effect->Release();
+        }
+        if (survives)
+        {
+            HandOver(effect);
         }
     }
     LeaveFamily();

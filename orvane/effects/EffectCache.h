@@ -45,7 +45,8 @@ public:
     EffectCache& operator=(const EffectCache& other);
 
     /// Tells the watchers, then takes one reference of each effect that is left: at 0 the effect
-    /// is destroyed, else it lives on without a cache. GL when an effect is destroyed.
+    /// is destroyed, else it lives on without a cache. What an EffectReferencePlaceholder keeps
+    /// alive loses none. GL when an effect is destroyed.
     ~EffectCache();
 
     /// The end of this cache, or of a copy of it. Who keeps references for longer than the
@@ -63,6 +64,10 @@ public:
     /// Takes the effect out of the cache. It is not touched itself. A stranger is ignored.
     void RemoveEffect(EffectES20* effect);
 
+protected:
+    /// The effects by type. A type that was asked for and has no class stands with null.
+    std::map<EffectType, EffectES20*> m_effects;
+
 private:
     friend class EffectES20;
 
@@ -77,8 +82,6 @@ private:
 
     /// Finds another cache, or none, for an effect that this cache will no longer list.
     void HandOver(EffectES20* effect);
-
-    std::map<EffectType, EffectES20*> m_effects;
 
     // Copies list the same effects: what one of them destroys, all of them must forget.
     std::shared_ptr<Family> m_family;

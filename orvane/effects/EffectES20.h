@@ -233,9 +233,13 @@ protected:
 
 private:
     friend class EffectCache;
+    friend class EffectReferencePlaceholder;
 
     void RegisterProgram(unsigned int program, const std::string& name);
     void SetVectors(int index, int count, const std::vector<glm::vec3>& vectors);
+
+    // How many of the references belong to placeholders.
+    int m_placeholders = 0;
 
     // One answer for each attribute ever asked of a program.
     std::map<unsigned int, std::map<std::string, bool>> m_attributeAnswers;

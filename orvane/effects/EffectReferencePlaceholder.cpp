@@ -10,6 +10,7 @@ EffectReferencePlaceholder::EffectReferencePlaceholder(EffectES20* effect) : m_e
     if (m_effect != nullptr)
     {
         m_effect->AddReference();
+        ++m_effect->m_placeholders;
     }
 }
 
@@ -17,6 +18,7 @@ EffectReferencePlaceholder::~EffectReferencePlaceholder()
 {
     if (m_effect != nullptr)
     {
+        --m_effect->m_placeholders;
         m_effect->Release();
     }
 }

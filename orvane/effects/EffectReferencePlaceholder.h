@@ -7,7 +7,7 @@ namespace OV
 
 class EffectES20;
 
-/// Keeps an effect alive for the length of a scope.
+/// Keeps an effect alive for the length of a scope, also when its cache dies within.
 class ORVANE_API EffectReferencePlaceholder
 {
 public:
