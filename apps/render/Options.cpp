@@ -1,0 +1,283 @@
+#include "apps/render/Options.h"
+
+#include "apps/render/Report.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace OV::RenderApp
+{
+
+namespace
+{
+
+constexpr int MostSamples = 64;
+constexpr int MostFrames = 1000000;
+
+/// The values as they were typed, where CLI11 has no type for them.
+struct Texts
+{
+    std::string size = "1280x720";
+    std::string view = "iso";
+    std::string eye;
+    std::string target;
+    std::string up;
+    std::string background = "FFFFFF";
+    std::string fog;
+};
+
+/// Names what has to be there in the line of usage.
+class Formatter : public CLI::Formatter
+{
+public:
+    std::string make_usage(const CLI::App*, std::string name) const override
+    {
+        return "\nUsage: " + name + " [options] MODEL -o OUT.png\n";
+    }
+};
+
+CLI::ValidationError Bad(const std::string& option, const std::string& text, const std::string& expectation)
+{
+    return CLI::ValidationError(option, "'" + text + "' is not " + expectation);
+}
+
+/// Reads all of a text as one number; nothing when it is not one.
+template <typename Number, typename... Base>
+std::optional<Number> ParseNumber(std::string_view text, Base... base)
+{
+    Number number{};
+    const char* end = text.data() + text.size();
+    const auto result = std::from_chars(text.data(), end, number, base...);
+    return result.ec == std::errc() && result.ptr == end ? std::optional<Number>(number) : std::nullopt;
+}
+
+std::vector<std::string> Split(const std::string& text, char separator)
+{
+    return CLI::detail::split(text, separator);
+}
+
+/// Reads finite numbers between commas, as many as are wanted.
+std::vector<float> ParseNumbers(const std::string& option, const std::string& text, std::size_t count,
+                                const std::string& form)
+{
+    std::vector<float> numbers;
+    for (const std::string& part : Split(text, ','))
+    {
+        const auto number = ParseNumber<float>(part);
+        if (!number || !std::isfinite(*number))
+        {
+            throw Bad(option, text, form);
+        }
+        numbers.push_back(*number);
+    }
+    if (numbers.size() != count)
+    {
+        throw Bad(option, text, form);
+    }
+    return numbers;
+}
+
+Vector ParseVector(const std::string& option, const std::string& text)
+{
+    const std::vector<float> xyz = ParseNumbers(option, text, 3, "three numbers X,Y,Z");
+    return Vector(xyz[0], xyz[1], xyz[2]);
+}
+
+void ParseSize(const std::string& text, Options& options)
+{
+    const char* const form = "a size WxH in pixels, such as 1280x720";
+    const std::vector<std::string> parts = Split(text, 'x');
+    if (parts.size() != 2)
+    {
+        throw Bad("--size", text, form);
+    }
+    const auto width = ParseNumber<std::int64_t>(parts[0]);
+    const auto height = ParseNumber<std::int64_t>(parts[1]);
+    if (!width || !height)
+    {
+        throw Bad("--size", text, form);
+    }
+    if (*width < 1 || *height < 1)
+    {
+        throw Bad("--size", text, "a size with any pixels; the smallest is 1x1");
+    }
+    // What is too large is for GL to say: its limit is worth naming.
+    constexpr std::int64_t largest = std::numeric_limits<int>::max();
+    options.width = static_cast<int>(std::min(*width, largest));
+    options.height = static_cast<int>(std::min(*height, largest));
+}
+
+Color ParseColor(const std::string& text)
+{
+    const auto value = ParseNumber<unsigned int>(text, 16);
+    if (!value || text.size() != 6)
+    {
+        throw Bad("--background", text, "a colour RRGGBB of six hexadecimal digits");
+    }
+    const auto channel = [&](int shift) { return static_cast<float>((*value >> shift) & 0xFFu) / 255.0f; };
+    return Color(channel(16), channel(8), channel(0));
+}
+
+FogRange ParseFog(const std::string& text)
+{
+    const char* const form = "two distances START,END, not negative, the end beyond the start";
+    const std::vector<float> range = ParseNumbers("--fog", text, 2, form);
+    if (range[0] < 0.0f || range[1] <= range[0])
+    {
+        throw Bad("--fog", text, form);
+    }
+    return {range[0], range[1]};
+}
+
+void DefineGeneralOptions(CLI::App& app, Options& options, bool& listFormats)
+{
+    app.set_help_flag("-h,--help", "Show this text and leave");
+    app.set_version_flag("--version", "orvane-render " ORVANE_VERSION, "Show the version and leave");
+    app.add_flag("--list-formats", listFormats, "Show the file formats that can be read and leave");
+    app.add_option("MODEL", options.model, "Model file to draw")->option_text(" ");
+    app.add_option("-o,--output", options.output, "PNG file to write")->option_text("OUT.png");
+}
+
+void DefinePictureOptions(CLI::App& app, Options& options, Texts& texts)
+{
+    const char* const group = "Picture";
+    app.add_option("--size", texts.size, "Size in pixels; 1280x720 if left out")
+        ->option_text("WxH")->group(group);
+    app.add_option("--samples", options.samples, "Samples a pixel, 0 for hard edges; if left out 4, or 0\n"
+                                                 "above 16 megapixels and where GL has none")
+        ->option_text("N")->group(group);
+    app.add_option("--background", texts.background, "Colour behind the model, of fog and of the horizon;\n"
+                                                     "FFFFFF if left out")
+        ->option_text("RRGGBB")->group(group);
+    app.add_flag("--sky", options.sky, "Draw a sky behind the model")->group(group);
+    app.add_option("--fog", texts.fog, "Fade out between two distances from the eye, in units\n"
+                                       "of the model")
+        ->option_text("START,END")->group(group);
+    app.add_flag("--no-cull", options.noCull, "Draw the back of every face too")->group(group);
+}
+
+void DefineViewOptions(CLI::App& app, Options& options, Texts& texts)
+{
+    const char* const group = "View";
+    auto* view = app.add_option("--view", texts.view, "iso, front, back, left, right, top or bottom, with all of\n"
+                                                      "the model in the picture; iso if left out")
+        ->option_text("NAME")->group(group);
+    auto* eye = app.add_option("--eye", texts.eye, "Where the eye is, in place of --view; Y is up")
+        ->option_text("X,Y,Z")->excludes(view)->group(group);
+    app.add_option("--target", texts.target, "What the eye looks at; the middle of the model if left out")
+        ->option_text("X,Y,Z")->needs(eye)->group(group);
+    app.add_option("--up", texts.up, "What is up in the picture; 0,1,0 if left out")
+        ->option_text("X,Y,Z")->needs(eye)->group(group);
+    app.add_option("--fov", options.fov, "Full vertical angle of view; 45 if left out")
+        ->option_text("DEG")->group(group);
+    app.add_flag("--ortho", options.orthographic, "Draw without perspective")->group(group);
+}
+
+void DefineMeasuringOptions(CLI::App& app, Options& options)
+{
+    const char* const group = "Measuring";
+    app.add_flag("--stats", options.stats, "Write times and counts to standard output, as JSON")->group(group);
+    app.add_option("--frames", options.frames, "Draw the picture so often; 1 if left out")
+        ->option_text("N")->group(group);
+}
+
+void CheckRanges(const Options& options)
+{
+    // Written so that what is not a number fails.
+    if (!(options.fov >= 1.0f && options.fov <= 170.0f))
+    {
+        throw CLI::ValidationError("--fov", "an angle is 1 to 170 degrees");
+    }
+    if (options.samples && (*options.samples < 0 || *options.samples > MostSamples))
+    {
+        throw CLI::ValidationError("--samples", "there are 0 to " + std::to_string(MostSamples) + " samples");
+    }
+    if (options.frames < 1 || options.frames > MostFrames)
+    {
+        throw CLI::ValidationError("--frames", "there are 1 to " + std::to_string(MostFrames) + " frames");
+    }
+}
+
+void Interpret(const Texts& texts, Options& options)
+{
+    if (options.model.empty())
+    {
+        throw CLI::RequiredError("MODEL");
+    }
+    if (options.output.empty())
+    {
+        throw CLI::RequiredError("-o OUT.png");
+    }
+    CheckRanges(options);
+    ParseSize(texts.size, options);
+    options.background = ParseColor(texts.background);
+    if (!Host::ViewFit::ParseView(texts.view, options.view))
+    {
+        throw Bad("--view", texts.view, "one of iso, front, back, left, right, top, bottom");
+    }
+    if (!texts.eye.empty())
+    {
+        options.eye = ParseVector("--eye", texts.eye);
+    }
+    if (!texts.target.empty())
+    {
+        options.target = ParseVector("--target", texts.target);
+    }
+    if (!texts.up.empty())
+    {
+        options.up = ParseVector("--up", texts.up);
+    }
+    if (!texts.fog.empty())
+    {
+        options.fog = ParseFog(texts.fog);
+    }
+}
+
+} // namespace
+
+Command ParseCommandLine(int argc, const char* const* argv)
+{
+    Command command;
+    Texts texts;
+    bool listFormats = false;
+    CLI::App app("Renders a model file into a PNG picture.", "orvane-render");
+    app.formatter(std::make_shared<Formatter>());
+    app.get_formatter()->column_width(22);
+    DefineGeneralOptions(app, command.options, listFormats);
+    DefinePictureOptions(app, command.options, texts);
+    DefineViewOptions(app, command.options, texts);
+    DefineMeasuringOptions(app, command.options);
+    app.footer("The view is from the front, the right and above unless told otherwise.\n"
+               "Exit status: 0 done, 1 failed, 2 wrong usage.");
+    try
+    {
+        app.parse(argc, argv);
+        if (!listFormats)
+        {
+            Interpret(texts, command.options);
+        }
+        command.action = listFormats ? Action::ListFormats : Action::Render;
+    }
+    catch (const CLI::Success& asked)
+    {
+        app.exit(asked);
+        command.exitCode = FlushOutput() ? 0 : 1;
+    }
+    catch (const CLI::ParseError& wrong)
+    {
+        PrintLine(std::string(wrong.what()) + "; see orvane-render --help");
+        command.exitCode = 2;
+    }
+    return command;
+}
+
+} // namespace OV::RenderApp

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "host/ViewFit.h"
+#include "orvane/math/Color.h"
+#include "orvane/math/Vector.h"
+
+#include <optional>
+#include <string>
+
+namespace OV::RenderApp
+{
+
+/// Distances from the eye, in the units of the model.
+struct FogRange
+{
+    float start = 0.0f;
+    float end = 0.0f;
+};
+
+/// What the command line asks for.
+struct Options
+{
+    std::string model;
+    std::string output;
+    int width = 1280;
+    int height = 720;
+    /// Samples a pixel; none means as many as suit the size.
+    std::optional<int> samples;
+
+    Host::NamedView view = Host::NamedView::Iso;
+    std::optional<Vector> eye;
+    /// Only with an eye; none means the middle of the model.
+    std::optional<Vector> target;
+    Vector up{0.0f, 1.0f, 0.0f};
+    /// Full vertical angle in degrees.
+    float fov = 45.0f;
+    bool orthographic = false;
+
+    Color background{1.0f, 1.0f, 1.0f};
+    bool sky = false;
+    std::optional<FogRange> fog;
+    bool noCull = false;
+
+    bool stats = false;
+    int frames = 1;
+};
+
+/// What to do after the command line was read.
+enum class Action
+{
+    Render,
+    ListFormats,
+    Leave ///< help or version was shown, or the usage was wrong
+};
+
+struct Command
+{
+    Action action = Action::Leave;
+    int exitCode = 0; ///< for Action::Leave
+    Options options;
+};
+
+/// Reads the command line. Help and version go to standard output, one line on wrong usage to
+/// standard error.
+Command ParseCommandLine(int argc, const char* const* argv);
+
+} // namespace OV::RenderApp

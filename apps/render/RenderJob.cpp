@@ -1,0 +1,304 @@
+#include "apps/render/RenderJob.h"
+
+#include "apps/render/ProgressBar.h"
+#include "apps/render/Report.h"
+#include "apps/render/SystemMemory.h"
+#include "host/HeadlessContext.h"
+#include "host/ModelImporter.h"
+#include "host/SceneRenderer.h"
+#include "host/WritePNG.h"
+#include "orvane/effects/SkySettings.h"
+#include "orvane/engine/AppContext.h"
+#include "orvane/engine/CoreContext.h"
+#include "orvane/platform/ESTextureLoader.h"
+#include "orvane/scene/CameraNode.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/Scene.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <utility>
+
+namespace OV::RenderApp
+{
+
+namespace
+{
+
+constexpr int UsualSamples = 4;
+/// Above so many pixels multisampling would take more memory than it is worth: the picture is
+/// scaled down to be looked at.
+constexpr std::int64_t MultisampledPixels = 16 * 1024 * 1024;
+/// So many warnings of the import tell enough.
+constexpr std::size_t MostWarnings = 5;
+
+class Stopwatch
+{
+public:
+    double Milliseconds() const
+    {
+        return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - m_start).count();
+    }
+
+private:
+    std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
+};
+
+bool IsSameFile(const std::string& left, const std::string& right)
+{
+    struct stat a{};
+    struct stat b{};
+    return ::stat(left.c_str(), &a) == 0 && ::stat(right.c_str(), &b) == 0 && a.st_dev == b.st_dev
+        && a.st_ino == b.st_ino;
+}
+
+Vector Middle(const Vector& a, const Vector& b)
+{
+    return Vector((a.x + b.x) / 2.0f, (a.y + b.y) / 2.0f, (a.z + b.z) / 2.0f);
+}
+
+std::int64_t PixelsOf(const Options& options)
+{
+    return static_cast<std::int64_t>(options.width) * options.height;
+}
+
+int ChooseSamples(const Options& options, const Host::HeadlessContext& gl)
+{
+    if (options.samples)
+    {
+        return *options.samples;
+    }
+    return PixelsOf(options) <= MultisampledPixels ? std::min(UsualSamples, gl.GetMaxSamples()) : 0;
+}
+
+/// A kernel that is short of memory kills the process instead of refusing, so that the picture
+/// is not begun where it cannot fit.
+void CheckMemory(const Options& options, int samples)
+{
+    // Colour and depth of each sample, the resolved picture, its two copies and the file.
+    const int bytesPerPixel = 8 * std::max(samples, 1) + (samples > 1 ? 4 : 0) + 4 + 3 + 3;
+    const std::uint64_t needed = static_cast<std::uint64_t>(PixelsOf(options)) * static_cast<unsigned>(bytesPerPixel);
+    const std::uint64_t available = AvailableMemory();
+    if (available != 0 && needed > available)
+    {
+        const auto mebibytes = [](std::uint64_t bytes) { return std::to_string(bytes >> 20) + " MiB"; };
+        throw Failure(options.output, "a picture of " + std::to_string(options.width) + "x"
+                          + std::to_string(options.height) + " takes " + mebibytes(needed)
+                          + " of memory and there are " + mebibytes(available) + "; ask for a smaller --size");
+    }
+}
+
+void PrintWarnings(const Host::ImportReport& report, const std::string& model)
+{
+    for (std::size_t i = 0; i < std::min(report.warnings.size(), MostWarnings); ++i)
+    {
+        PrintLine("warning: " + model + ": " + report.warnings[i]);
+    }
+    if (report.warnings.size() > MostWarnings)
+    {
+        PrintLine("warning: " + model + ": and " + std::to_string(report.warnings.size() - MostWarnings) + " more");
+    }
+}
+
+} // namespace
+
+RenderJob::RenderJob(const Options& options) : m_options(options)
+{
+}
+
+RenderJob::~RenderJob() = default;
+
+void RenderJob::Run()
+{
+    CheckFiles();
+    OpenContext();
+    Load();
+    MakeFramebuffer();
+    SetLook();
+    PlaceCamera();
+    Draw();
+    Count();
+    Write();
+}
+
+void RenderJob::CheckFiles() const
+{
+    struct stat model{};
+    if (::stat(m_options.model.c_str(), &model) != 0)
+    {
+        throw Failure(m_options.model, "there is no such file; check the name");
+    }
+    if (IsSameFile(m_options.model, m_options.output))
+    {
+        throw Failure(m_options.output, "the picture would replace the model; name another file with -o");
+    }
+    std::string error;
+    if (!Host::CanWritePNG(m_options.output, error))
+    {
+        throw Failure(m_options.output, error);
+    }
+}
+
+void RenderJob::OpenContext()
+{
+    // Limits are wanted before the model is read, memory for the picture only afterwards.
+    Host::HeadlessContext::Options smallest;
+    smallest.width = 1;
+    smallest.height = 1;
+    std::string error;
+    m_gl = Host::HeadlessContext::Create(smallest, error);
+    if (!m_gl)
+    {
+        throw Failure(m_options.output, error);
+    }
+    if (m_options.width > m_gl->GetMaxWidth() || m_options.height > m_gl->GetMaxHeight())
+    {
+        throw Failure(m_options.output, "a picture of " + std::to_string(m_options.width) + "x"
+                          + std::to_string(m_options.height) + " is too large; this GL allows at most "
+                          + std::to_string(m_gl->GetMaxWidth()) + "x" + std::to_string(m_gl->GetMaxHeight())
+                          + ", so ask for a smaller --size");
+    }
+    m_stats.glVendor = m_gl->GetVendor();
+    m_stats.glRenderer = m_gl->GetRenderer();
+    m_stats.glVersion = m_gl->GetVersion();
+}
+
+void RenderJob::Load()
+{
+    const Stopwatch watch;
+    Host::ImportOptions importOptions;
+    ProgressBar bar("Loading");
+    importOptions.progress = [&bar](float percent)
+    {
+        bar.Show(percent);
+        return true;
+    };
+    Host::ImportResult result = Host::ModelImporter::Import(m_options.model, importOptions);
+    bar.Clear();
+    if (!result)
+    {
+        throw Failure(result.error.Line());
+    }
+    m_report = std::move(result.report);
+    m_textures = std::make_unique<Platform::Linux::ESTextureLoader>();
+    m_app = std::make_unique<AppContext>();
+    m_app->GetContext()->SetScene(std::move(result.scene));
+    m_stats.load = watch.Milliseconds();
+    m_stats.nodes = m_report.nodes;
+    m_stats.meshes = m_report.meshes;
+    m_stats.triangles = m_report.triangles;
+    PrintWarnings(m_report, m_options.model);
+}
+
+void RenderJob::MakeFramebuffer()
+{
+    const int samples = ChooseSamples(m_options, *m_gl);
+    CheckMemory(m_options, samples);
+    std::string error;
+    if (!m_gl->Resize(m_options.width, m_options.height, samples, error))
+    {
+        throw Failure(m_options.output, error);
+    }
+    m_stats.width = m_options.width;
+    m_stats.height = m_options.height;
+    m_stats.samples = m_gl->GetSamples();
+    m_renderer = std::make_unique<Host::SceneRenderer>(m_textures.get(), m_app->GetContext()->GetRenderCapabilities());
+    m_renderer->Resize(m_options.width, m_options.height);
+    m_app->SetScreenSize(m_options.width, m_options.height);
+}
+
+void RenderJob::SetLook()
+{
+    m_app->GetContext()->SetBackgroundColor(m_options.background);
+    m_renderer->ShowSky(m_options.sky);
+    SkySettings& sky = SkySettings::inst();
+    sky.SetHorizonColor(m_options.background);
+    sky.SetUseFog(m_options.fog.has_value());
+    if (m_options.fog)
+    {
+        sky.SetFogStart(m_options.fog->start);
+        sky.SetFogEnd(m_options.fog->end);
+    }
+    Scene& scene = *m_app->GetContext()->GetScene();
+    Host::ModelImporter::AddDefaultLights(scene);
+    if (m_options.noCull)
+    {
+        for (const auto* list : {&scene.GetOptimizedMaterials(), &scene.GetAlphaMaterials()})
+        {
+            for (Material* material : *list)
+            {
+                material->flags |= MaterialFlagNoCull;
+            }
+        }
+    }
+}
+
+void RenderJob::PlaceCamera()
+{
+    Host::ViewFitOptions fit;
+    fit.aspect = static_cast<float>(m_options.width) / static_cast<float>(m_options.height);
+    fit.fovDegrees = m_options.fov;
+    fit.orthographic = m_options.orthographic;
+    CameraNode& camera = *m_app->GetContext()->GetCamera();
+    if (!m_options.eye)
+    {
+        Host::ViewFit::Frame(camera, m_report.boxMin, m_report.boxMax, m_options.view, fit);
+        return;
+    }
+    const Vector middle = m_report.hasBox ? Middle(m_report.boxMin, m_report.boxMax) : Vector();
+    if (!Host::ViewFit::Look(camera, *m_options.eye, m_options.target.value_or(middle), m_options.up,
+                             m_report.boxMin, m_report.boxMax, fit))
+    {
+        throw Failure(m_options.output, "the eye is where it looks at; move --eye or --target");
+    }
+}
+
+void RenderJob::Draw()
+{
+    m_gl->BindFramebuffer();
+    for (int frame = 0; frame < m_options.frames; ++frame)
+    {
+        const Stopwatch watch;
+        DrawFrame(frame);
+        m_gl->Finish();
+        m_stats.frames.push_back(watch.Milliseconds());
+    }
+}
+
+void RenderJob::DrawFrame(int frame)
+{
+    CoreContext& context = *m_app->GetContext();
+    m_app->Update(static_cast<float>(frame));
+    if (frame == 0)
+    {
+        const Stopwatch watch;
+        m_renderer->Pack(context.GetScene(), context.GetCamera());
+        m_gl->Finish();
+        m_stats.pack = watch.Milliseconds();
+    }
+    m_app->Render(m_renderer.get(), false);
+}
+
+void RenderJob::Count()
+{
+    std::vector<const Scene*> scenes = {m_app->GetContext()->GetScene()};
+    if (m_renderer->GetSkyScene())
+    {
+        scenes.push_back(m_renderer->GetSkyScene());
+    }
+    m_stats.drawn = CountDraws(scenes);
+}
+
+void RenderJob::Write()
+{
+    std::string error;
+    if (!Host::WritePNG(*m_gl, m_options.output, Host::PNGAlpha::Drop, error))
+    {
+        throw Failure(m_options.output, error);
+    }
+}
+
+} // namespace OV::RenderApp

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "apps/render/Options.h"
+#include "apps/render/Stats.h"
+#include "host/ImportResult.h"
+
+#include <memory>
+
+namespace OV
+{
+
+class AppContext;
+
+} // namespace OV
+
+namespace OV::Host
+{
+
+class HeadlessContext;
+class SceneRenderer;
+
+} // namespace OV::Host
+
+namespace OV::Platform::Linux
+{
+
+class ESTextureLoader;
+
+} // namespace OV::Platform::Linux
+
+namespace OV::RenderApp
+{
+
+/// Turns one model file into one picture.
+class RenderJob
+{
+public:
+    explicit RenderJob(const Options& options);
+    ~RenderJob();
+
+    /// Does it all, from the checks to the file. Throws Failure, with no file written.
+    void Run();
+
+    /// What was measured by Run.
+    const Stats& GetStats() const { return m_stats; }
+
+private:
+    void CheckFiles() const;
+    void OpenContext();
+    void Load();
+    void MakeFramebuffer();
+    void SetLook();
+    void PlaceCamera();
+    void Draw();
+    void DrawFrame(int frame);
+    void Count();
+    void Write();
+
+    Options m_options;
+    Stats m_stats;
+    Host::ImportReport m_report;
+    // Whatever holds GL objects goes before the context does.
+    std::unique_ptr<Host::HeadlessContext> m_gl;
+    std::unique_ptr<Platform::Linux::ESTextureLoader> m_textures;
+    std::unique_ptr<AppContext> m_app;
+    std::unique_ptr<Host::SceneRenderer> m_renderer;
+};
+
+} // namespace OV::RenderApp

@@ -1,0 +1,33 @@
+#include "apps/render/Report.h"
+
+#include <iostream>
+
+namespace OV::RenderApp
+{
+
+void PrintLine(const std::string& text)
+{
+    std::string line = "orvane-render: " + text;
+    for (char& character : line)
+    {
+        const auto code = static_cast<unsigned char>(character);
+        if (code < 0x20 || code == 0x7F)
+        {
+            character = '?';
+        }
+    }
+    std::cerr << line + "\n" << std::flush;
+}
+
+bool FlushOutput()
+{
+    std::cout << std::flush;
+    if (std::cout)
+    {
+        return true;
+    }
+    PrintLine("standard output: it cannot be written; keep its reader alive or send it to a file");
+    return false;
+}
+
+} // namespace OV::RenderApp

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace OV
+{
+
+class Scene;
+
+} // namespace OV
+
+namespace OV::RenderApp
+{
+
+/// What one frame of a scene draws, counted from its render data after the frame.
+struct DrawCounts
+{
+    std::uint64_t draws = 0;
+    std::uint64_t drawnTriangles = 0;
+    std::uint64_t buffers = 0;
+    std::uint64_t bytes = 0;
+};
+
+/// Counts the draws of several scenes that share buffers. GL: sizes of buffers are asked of it.
+DrawCounts CountDraws(const std::vector<const Scene*>& scenes);
+
+/// What --stats tells. Times are milliseconds.
+struct Stats
+{
+    double load = 0.0;
+    double pack = 0.0;
+    /// One entry a frame; the first one includes the packing.
+    std::vector<double> frames;
+
+    std::uint64_t nodes = 0;
+    std::uint64_t meshes = 0;
+    std::uint64_t triangles = 0;
+    DrawCounts drawn;
+
+    int width = 0;
+    int height = 0;
+    int samples = 0;
+    std::string glVendor;
+    std::string glRenderer;
+    std::string glVersion;
+
+    /// Of the frames after the first, which only draw; of the first where it is the only one.
+    double MedianFrame() const;
+
+    /// A JSON object over several lines, with a line end.
+    std::string ToJson() const;
+};
+
+} // namespace OV::RenderApp

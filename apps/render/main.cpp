@@ -1,0 +1,93 @@
+#include "apps/render/Options.h"
+#include "apps/render/RenderJob.h"
+#include "apps/render/Report.h"
+#include "host/ModelImporter.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+#include <new>
+
+using namespace OV;
+using namespace OV::RenderApp;
+
+namespace
+{
+
+/// Trouble with a file is to be told in words, so that no signal and no driver's chatter comes
+/// between.
+void PrepareProcess()
+{
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    // A stream that the caller closed must not become the number of the next file opened. It
+    // is opened so that what is written to it still fails.
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+    {
+        if (::fcntl(stream, F_GETFD) < 0 && ::open("/dev/null", O_RDONLY) != stream)
+        {
+            std::_Exit(1);
+        }
+    }
+    ::setenv("EGL_LOG_LEVEL", "fatal", 0);
+}
+
+int ListFormats()
+{
+    for (const Host::ImportFormat& format : Host::ModelImporter::ListFormats())
+    {
+        std::cout << format.name << ':';
+        for (const std::string& extension : format.extensions)
+        {
+            std::cout << " ." << extension;
+        }
+        std::cout << '\n';
+    }
+    return FlushOutput() ? 0 : 1;
+}
+
+int Render(const Options& options)
+{
+    RenderJob job(options);
+    job.Run();
+    if (options.stats)
+    {
+        std::cout << job.GetStats().ToJson();
+        return FlushOutput() ? 0 : 1;
+    }
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    PrepareProcess();
+    const Command command = ParseCommandLine(argc, argv);
+    try
+    {
+        switch (command.action)
+        {
+        case Action::Render: return Render(command.options);
+        case Action::ListFormats: return ListFormats();
+        case Action::Leave: return command.exitCode;
+        }
+    }
+    catch (const Failure& failure)
+    {
+        PrintLine(failure.what());
+    }
+    catch (const std::bad_alloc&)
+    {
+        PrintLine(command.options.model + ": there is not enough memory; close other programs or ask for less");
+    }
+    catch (const std::exception& trouble)
+    {
+        PrintLine(command.options.model + ": " + trouble.what() + "; check that the file is whole");
+    }
+    return 1;
+}
