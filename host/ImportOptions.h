@@ -16,6 +16,7 @@ struct ImportLimits
     std::uint64_t fileBytes = std::uint64_t(2) << 30;
     std::uint64_t vertices = 100'000'000;
     std::uint64_t faces = 100'000'000;
+    /// Nodes of the tree, and places of meshes in them.
     std::uint64_t nodes = 1'000'000;
     /// Levels of the node tree below the file's root. The scene is walked recursively.
     std::uint32_t depth = 512;

@@ -1,0 +1,15 @@
+#pragma once
+
+struct aiMesh;
+struct aiScene;
+
+namespace OV::Host
+{
+
+/// Gives each corner of a triangle a vertex of its own in meshes that have no normals.
+///
+/// The parser makes normals vertex by vertex; corners that share one could have no edge
+/// between them, and a cube of eight vertices would be shaded like a ball.
+void SeparateCornersWithoutNormals(aiScene& scene);
+
+} // namespace OV::Host

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "host/ImportOptions.h"
+#include "host/ImportResult.h"
+#include "host/detail/FileFinder.h"
+#include "host/detail/ImageProbe.h"
+#include "host/detail/ModelData.h"
+
+#include <map>
+#include <string>
+#include <utility>
+
+namespace OV
+{
+
+class Material;
+
+} // namespace OV
+
+namespace OV::Host
+{
+
+/// Makes the scene's materials of a model, each when it is first asked for.
+class MaterialBuilder
+{
+public:
+    /// All arguments must outlive the builder; counts and warnings go to the report.
+    MaterialBuilder(const ModelData& model, const std::string& modelPath, const ImportOptions& options,
+                    Scene& scene, ImportReport& report);
+
+    /// @return a material of the scene. An index that the model lacks gives a plain grey.
+    Material& Get(std::uint32_t index, PrimitiveKind kind);
+
+private:
+    void SetColors(const MaterialData& data, Material& material) const;
+    /// @return whether pixels of the picture can be other than opaque.
+    bool SetTexture(const MaterialData& data, Material& material);
+    bool SetFileTexture(const MaterialData& data, Material& material);
+    bool SetEmbeddedTexture(const MaterialData& data, const TextureData& texture, Material& material);
+    bool SetRawPixels(const TextureData& texture, Material& material);
+    bool Decode(const unsigned char* bytes, std::uint64_t size, const MaterialData& data, Material& material);
+    bool IsAffordable(const ImageFacts& facts, const MaterialData& data, const std::string& picture);
+    void Miss(const MaterialData& data, const std::string& picture, const std::string& reason);
+
+    const ModelData& m_model;
+    const ImportOptions& m_options;
+    Scene& m_scene;
+    ImportReport& m_report;
+    FileFinder m_finder;
+    std::uint64_t m_pixelBytes = 0;
+    std::map<std::pair<std::uint32_t, PrimitiveKind>, Material*> m_materials;
+};
+
+} // namespace OV::Host
