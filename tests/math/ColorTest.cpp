@@ -127,6 +127,18 @@ TEST(Color, IsEqualIsStrictInAllFourChannels)
     }
 }
 
+TEST(Color, IsEqualComparesEachChannelWithItsOwn)
+{
+    const Color color(0.1f, 0.2f, 0.3f, 0.4f);
+    EXPECT_TRUE(color.IsEqual(Color(0.1f, 0.2f, 0.3f, 0.4f)));
+    for (int i = 0; i < 4; ++i)
+    {
+        Color other = color;
+        Channel(other, i) = -Channel(other, i);
+        EXPECT_FALSE(color.IsEqual(other)) << i;
+    }
+}
+
 TEST(Color, IsExactlyEqualHasNoTolerance)
 {
     const Color color(0.1f, 0.2f, 0.3f, 0.4f);

@@ -3,6 +3,7 @@
 #include "orvane/math/Matrix3x3.h"
 #include "tests/math/MathTesting.h"
 
+#include <algorithm>
 #include <type_traits>
 
 using namespace MathTesting;
@@ -413,6 +414,30 @@ TEST(Quaternion, FromColumnMajor3x3WithLargestZHasPositiveZ)
     const Matrix4 m = AngleAxisRotation(1.0, -2.0, -3.0, 0.9 * pi);
     const double s = std::sin(0.45 * pi) / std::sqrt(14.0);
     ExpectNear(FromColumns(ColumnMajor3x3(m)), -s, 2.0 * s, 3.0 * s, -std::cos(0.45 * pi), 1e-6);
+}
+
+TEST(Quaternion, FromColumnMajor3x3ChoosesTheSignByTraceAndLargestDiagonal)
+{
+    Random random;
+    int withoutW = 0;
+    for (int i = 0; i < 1000; ++i)
+    {
+        const Matrix4 m = RotationOf(random.Rotation());
+        const double trace = m[0][0] + m[1][1] + m[2][2];
+        const Quaternion q = FromColumns(ColumnMajor3x3(m));
+        if (trace > 0.001)
+        {
+            EXPECT_GT(q.w, 0.0f);
+        }
+        else if (trace < -0.001)
+        {
+            ++withoutW;
+            const double largest = std::max({m[0][0], m[1][1], m[2][2]});
+            const float chosen = largest == m[0][0] ? q.x : largest == m[1][1] ? q.y : q.z;
+            EXPECT_GT(chosen, 0.0f);
+        }
+    }
+    EXPECT_GT(withoutW, 100);
 }
 
 TEST(Quaternion, FromColumnMajor3x3TakesATraceOfZeroAsNotPositive)
@@ -828,6 +853,17 @@ TEST(Quaternion, GetEulerAnglesAtTheLowerGimbal)
     }
 }
 
+TEST(Quaternion, GetEulerAnglesAtExactlyAQuarterTurn)
+{
+    Vector e;
+    RawQuaternion(-0.5f, 0.5f, 0.5f, 0.5f).GetEulerAngles(e);
+    EXPECT_EQ(e.y, quarter);
+    ExpectNear(e, 1.5 * pi, pi / 2.0, 0.0, 1e-6);
+    RawQuaternion(0.5f, 0.5f, 0.5f, -0.5f).GetEulerAngles(e);
+    EXPECT_EQ(e.y, 6.2831855f - quarter);
+    ExpectNear(e, 1.5 * pi, 1.5 * pi, 0.0, 1e-6);
+}
+
 TEST(Quaternion, InterpolateFollowsTheArc)
 {
     Random random;
@@ -967,6 +1003,16 @@ TEST(Quaternion, EqualityEndsAtAMillionthInEveryComponent)
             EXPECT_TRUE(q != zero) << i;
         }
     }
+}
+
+TEST(Quaternion, EqualityComparesEachComponentWithItsOwn)
+{
+    const Quaternion q = RawQuaternion(1.0f, 2.0f, 3.0f, 4.0f);
+    EXPECT_TRUE(q == RawQuaternion(1.0f, 2.0f, 3.0f, 4.0f));
+    EXPECT_FALSE(q == RawQuaternion(-1.0f, 2.0f, 3.0f, 4.0f));
+    EXPECT_FALSE(q == RawQuaternion(1.0f, -2.0f, 3.0f, 4.0f));
+    EXPECT_FALSE(q == RawQuaternion(1.0f, 2.0f, -3.0f, 4.0f));
+    EXPECT_FALSE(q == RawQuaternion(1.0f, 2.0f, 3.0f, -4.0f));
 }
 
 TEST(Quaternion, EqualityTakesNotANumberAsEqual)

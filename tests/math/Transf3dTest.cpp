@@ -2,6 +2,7 @@
 
 #include "tests/math/MathTesting.h"
 
+#include <algorithm>
 #include <type_traits>
 
 using namespace MathTesting;

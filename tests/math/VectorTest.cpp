@@ -316,6 +316,20 @@ TEST(Vector, EqualityEndsAtAMillionthInEveryComponent)
     }
 }
 
+TEST(Vector, EqualityComparesEachComponentWithItsOwn)
+{
+    const Vector v(1.0f, 2.0f, 3.0f);
+    EXPECT_TRUE(v == Vector(1.0f, 2.0f, 3.0f));
+    EXPECT_TRUE(v.IsEqual(Vector(1.0f, 2.0f, 3.0f)));
+    for (unsigned int i = 0; i < 3; ++i)
+    {
+        Vector other = v;
+        other[i] = -other[i];
+        EXPECT_FALSE(v == other) << i;
+        EXPECT_FALSE(v.IsEqual(other)) << i;
+    }
+}
+
 TEST(Vector, EqualityTakesNotANumberAsEqual)
 {
     EXPECT_TRUE(Vector(notANumber, notANumber, notANumber) == Vector(1.0f, 2.0f, 3.0f));
