@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <map>
+#include <memory>
 #include <sstream>
 
 namespace OV::Host
@@ -83,6 +84,10 @@ ReadOutcome CheckTree(const aiNode& root, const ImportLimits& limits)
     {
         const Level level = open.back();
         open.pop_back();
+        if (!level.node)
+        {
+            continue;
+        }
         nodes += 1 + std::uint64_t(level.node->mNumMeshes);
         if (nodes > limits.nodes)
         {
@@ -124,16 +129,67 @@ ReadOutcome CheckLimits(const aiScene& scene, const ImportLimits& limits)
     return CheckTree(*scene.mRootNode, limits);
 }
 
-/// Meshes without any face are of no kind, at which the later steps take offence.
-void NameKindOfEmptyMeshes(aiScene& scene)
+/// Takes null pointers out of the lists of children, and notes which meshes are placed.
+/// @return whether there were any.
+bool DropLostNodes(aiNode& root, std::vector<bool>& isPlaced)
+{
+    bool isAnyLost = false;
+    std::vector<aiNode*> open = {&root};
+    while (!open.empty())
+    {
+        aiNode& node = *open.back();
+        open.pop_back();
+        aiNode** const end = node.mChildren + node.mNumChildren;
+        aiNode** const kept = std::remove(node.mChildren, end, nullptr);
+        isAnyLost = isAnyLost || kept != end;
+        node.mNumChildren = static_cast<unsigned int>(kept - node.mChildren);
+        open.insert(open.end(), node.mChildren, kept);
+        for (unsigned int i = 0; i < node.mNumMeshes; ++i)
+        {
+            isPlaced.at(node.mMeshes[i]) = true;
+        }
+    }
+    return isAnyLost;
+}
+
+void AppendMeshes(aiNode& node, const std::vector<unsigned int>& meshes)
+{
+    std::vector<unsigned int> all(node.mMeshes, node.mMeshes + node.mNumMeshes);
+    all.insert(all.end(), meshes.begin(), meshes.end());
+    // The node deletes its array as one.
+    std::unique_ptr<unsigned int[]> array(new unsigned int[all.size()]);
+    std::copy(all.begin(), all.end(), array.get());
+    delete[] node.mMeshes;
+    node.mMeshes = array.release();
+    node.mNumMeshes = static_cast<unsigned int>(all.size());
+}
+
+/// Makes good what some parsers leave out, at which the later steps take offence or crash.
+void Complete(aiScene& scene)
 {
     for (unsigned int i = 0; i < scene.mNumMeshes; ++i)
     {
+        // A mesh without any face is of no kind.
         if (scene.mMeshes[i]->mPrimitiveTypes == 0)
         {
             scene.mMeshes[i]->mPrimitiveTypes = aiPrimitiveType_TRIANGLE;
         }
     }
+    std::vector<bool> isPlaced(scene.mNumMeshes);
+    if (!DropLostNodes(*scene.mRootNode, isPlaced))
+    {
+        return;
+    }
+    // The parser of raw triangle files keeps only the last of several nodes.
+    std::vector<unsigned int> lost;
+    for (unsigned int i = 0; i < scene.mNumMeshes; ++i)
+    {
+        if (!isPlaced[i])
+        {
+            lost.push_back(i);
+        }
+    }
+    AppendMeshes(*scene.mRootNode, lost);
 }
 
 unsigned int StepsBeforeNormals(const aiScene& scene, const std::string& format)
@@ -196,7 +252,7 @@ ReadOutcome ReadWithAssimp(const std::string& path, const ImportOptions& options
     }
 
     // The scene is the importer's own, which leaves it open to changes between steps.
-    NameKindOfEmptyMeshes(const_cast<aiScene&>(*scene));
+    Complete(const_cast<aiScene&>(*scene));
     scene = importer->ApplyPostProcessing(StepsBeforeNormals(*scene, model.format));
     if (scene && !relay->IsCancelled())
     {
