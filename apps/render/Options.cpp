@@ -177,7 +177,7 @@ void DefineViewOptions(CLI::App& app, Options& options, Texts& texts)
         ->option_text("X,Y,Z")->needs(eye)->group(group);
     app.add_option("--up", texts.up, "What is up in the picture; 0,1,0 if left out")
         ->option_text("X,Y,Z")->needs(eye)->group(group);
-    app.add_option("--fov", options.fov, "Full vertical angle of view; 45 if left out")
+    app.add_option("--fov", options.fov, "Full vertical angle of view; 35 if left out")
         ->option_text("DEG")->group(group);
     app.add_flag("--ortho", options.orthographic, "Draw without perspective")->group(group);
 }

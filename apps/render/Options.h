@@ -33,7 +33,7 @@ struct Options
     std::optional<Vector> target;
     Vector up{0.0f, 1.0f, 0.0f};
     /// Full vertical angle in degrees.
-    float fov = 45.0f;
+    float fov = 35.0f;
     bool orthographic = false;
 
     Color background{1.0f, 1.0f, 1.0f};

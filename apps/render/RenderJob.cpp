@@ -5,6 +5,7 @@
 #include "apps/render/SystemMemory.h"
 #include "host/HeadlessContext.h"
 #include "host/ModelImporter.h"
+#include "host/SceneFit.h"
 #include "host/SceneRenderer.h"
 #include "host/WritePNG.h"
 #include "orvane/effects/SkySettings.h"
@@ -242,10 +243,13 @@ void RenderJob::PlaceCamera()
     fit.aspect = static_cast<float>(m_options.width) / static_cast<float>(m_options.height);
     fit.fovDegrees = m_options.fov;
     fit.orthographic = m_options.orthographic;
+    // The fit goes by where the nodes are.
+    m_app->Update(0.0f);
     CameraNode& camera = *m_app->GetContext()->GetCamera();
     if (!m_options.eye)
     {
         Host::ViewFit::Frame(camera, m_report.boxMin, m_report.boxMax, m_options.view, fit);
+        Host::SceneFit::Frame(camera, *m_app->GetContext()->GetScene(), fit.aspect, fit.margin);
         return;
     }
     const Vector middle = m_report.hasBox ? Middle(m_report.boxMin, m_report.boxMax) : Vector();

@@ -1,0 +1,30 @@
+#pragma once
+
+namespace OV
+{
+
+class CameraNode;
+class Scene;
+
+} // namespace OV
+
+namespace OV::Host
+{
+
+/// Moves a camera, without turning it, so that the vertices that a scene draws fill the picture
+/// and lie in its middle. A box about them, which ViewFit goes by, leaves room at its corners.
+class SceneFit
+{
+public:
+    /// Keeps the camera's direction and projection. Writes position, near, far and distance to
+    /// target, and for an orthographic camera the angle. GL-free; visits every index a few times.
+    /// @param scene its globals must be up to date; hidden nodes do not count.
+    /// @param camera in the scene's tree, looking the way it shall.
+    /// @param aspect width over height.
+    /// @param margin share of half the picture left free on each side, 0 to below 1.
+    /// @return false, with the camera untouched, when the scene draws less than a line of its
+    /// own or its coordinates are not finite.
+    static bool Frame(CameraNode& camera, const Scene& scene, float aspect, float margin = 0.05f);
+};
+
+} // namespace OV::Host
