@@ -1,0 +1,205 @@
+#include "orvane/engine/AppContext.h"
+#include "orvane/engine/CoreContext.h"
+#include "orvane/overlay/Scene2D.h"
+#include "orvane/scene/LightNode.h"
+#include "orvane/scene/NodeMaterial.h"
+#include "tests/renderer/RendererDoubles.h"
+#include "tests/support/GLRecorder.h"
+
+#include <gtest/gtest.h>
+
+#include <malloc.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <memory>
+#include <new>
+#include <string>
+
+namespace
+{
+
+std::size_t g_allocations = 0;
+std::size_t g_liveBytes = 0;
+
+void* Allocate(std::size_t size)
+{
+    ++g_allocations;
+    if (void* block = std::malloc(size ? size : 1))
+    {
+        g_liveBytes += malloc_usable_size(block);
+        return block;
+    }
+    throw std::bad_alloc();
+}
+
+void Free(void* block)
+{
+    if (block)
+        g_liveBytes -= malloc_usable_size(block);
+    std::free(block);
+}
+
+/// Stands for glBufferData: what is on the heap at that moment.
+std::size_t g_mostLiveBytes = 0;
+
+void GLAPIENTRY LookAtHeap(GLenum, GLsizeiptr, const void*, GLenum)
+{
+    g_mostLiveBytes = std::max(g_mostLiveBytes, g_liveBytes);
+}
+
+} // namespace
+
+// This program counts what it takes from the heap.
+void* operator new(std::size_t size)
+{
+    return Allocate(size);
+}
+
+void* operator new[](std::size_t size)
+{
+    return Allocate(size);
+}
+
+void operator delete(void* block) noexcept
+{
+    Free(block);
+}
+
+void operator delete[](void* block) noexcept
+{
+    Free(block);
+}
+
+void operator delete(void* block, std::size_t) noexcept
+{
+    Free(block);
+}
+
+void operator delete[](void* block, std::size_t) noexcept
+{
+    Free(block);
+}
+
+namespace OV::Test
+{
+
+namespace
+{
+
+/// A scene with all kinds of items in it, drawn without a record of the calls.
+class SteadyFrame : public ::testing::Test
+{
+protected:
+    SteadyFrame() : renderer(nullptr, nullptr)
+    {
+        context.GetContext()->SetScene(std::make_unique<Scene>());
+        Scene& scene = *context.GetContext()->GetScene();
+        auto* light = new LightNode(&scene);
+        scene.GetRoot()->AddChild(light, false);
+        for (int m = 0; m < 5; ++m)
+        {
+            Material* material = AddMaterial(scene, "m", m == 4 ? 0.5f : 1.0f);
+            for (int i = 0; i < 40; ++i)
+                last = AddPart(scene, *material, {0, 1, 2}, {true, false, i % 2 == 0});
+            last.mesh->SetFlags(MeshFlagNoCull);
+        }
+        auto* nodeMaterial = new NodeMaterial;
+        scene.AddMaterial(nodeMaterial);
+        nodeMaterial->AddNode(last.node);
+
+        Scene2D& layer = *context.GetContext()->GetForeground2D();
+        Material* glass = AddMaterial(layer, "glass", 0.5f);
+        for (int i = 0; i < 10; ++i)
+            AddPart(layer, *glass);
+        AddPart(layer, *AddMaterial(layer, "flat"));
+        layer.PopulateZOrderedDrawItems();
+
+        renderer.Resize(64, 64);
+        context.SetScreenSize(64, 64);
+    }
+
+    void Frame(bool capture)
+    {
+        context.Update(0.0f);
+        context.Render(&renderer, capture);
+    }
+
+    GLRecorder recorder;
+    AppContext context;
+    OpenRenderer20 renderer;
+    ScenePart last;
+};
+
+} // namespace
+
+TEST(CountingNew, SeesAllocations)
+{
+    const std::size_t before = g_allocations;
+    const auto number = std::make_unique<int>(1);
+    EXPECT_EQ(g_allocations, before + 1);
+}
+
+TEST_F(SteadyFrame, AllocatesNothing)
+{
+    for (const bool capture : {false, true})
+    {
+        Frame(capture);
+        Frame(capture);
+        recorder.Clear();
+        Frame(capture);
+        EXPECT_EQ(recorder.Count("glDrawElements"), 5u * 40u + 10u + 1u);
+
+        recorder.SetRecording(false);
+        Frame(capture);
+        const std::size_t before = g_allocations;
+        Frame(capture);
+        Frame(capture);
+        EXPECT_EQ(g_allocations, before) << (capture ? "with" : "without") << " capture";
+        recorder.SetRecording(true);
+    }
+}
+
+TEST_F(SteadyFrame, AllocatesNothingWhileANodeMoves)
+{
+    Frame(false);
+    Frame(false);
+    recorder.SetRecording(false);
+    Transform place;
+    Frame(false);
+    const std::size_t before = g_allocations;
+    for (int i = 0; i < 3; ++i)
+    {
+        place.SetPosition(Vector(static_cast<float>(i), 0.0f, 0.0f));
+        last.node->SetLocal(place);
+        Frame(false);
+    }
+    EXPECT_EQ(g_allocations, before);
+}
+
+TEST_F(SteadyFrame, PackingTakesOneStagingCopyOfTheBufferInHand)
+{
+    recorder.SetRecording(false);
+    std::vector<std::unique_ptr<Mesh>> meshes;
+    for (const Format& format : {Format{true, true, true}, Format{true, true, false}, Format{false, true, true}})
+    {
+        for (int i = 0; i < 500; ++i)
+        {
+            meshes.push_back(std::make_unique<Mesh>(MakeRawMesh(60, {0, 1, 2}, format)));
+            Attach(*meshes.back(), renderer.bufferPool);
+        }
+    }
+    constexpr std::size_t staging = 500 * (60 * 64 + 3 * 2);
+    const auto bufferData = __glewBufferData;
+    __glewBufferData = LookAtHeap;
+    g_mostLiveBytes = 0;
+    const std::size_t before = g_liveBytes;
+    renderer.bufferPool.GenerateVBOs();
+    __glewBufferData = bufferData;
+    EXPECT_GE(g_mostLiveBytes, before + staging);
+    EXPECT_LE(g_mostLiveBytes, before + staging + 8192);
+    meshes.clear();
+}
+
+} // namespace OV::Test
