@@ -141,6 +141,20 @@ std::string GLCall::ToString() const
     return out + ")";
 }
 
+std::string CallText(const std::string& name, const std::vector<double>& numbers, const std::string& last)
+{
+    std::string out = name + "(";
+    for (std::size_t i = 0; i < numbers.size(); ++i)
+    {
+        out += (i == 0 ? "" : ", ") + Write(numbers[i]);
+    }
+    if (!last.empty())
+    {
+        out += (numbers.empty() ? "" : ", ") + last;
+    }
+    return out + ")";
+}
+
 GLRecorder::State* GLRecorder::State::active = nullptr;
 
 GLRecorder::State::State()

@@ -50,6 +50,10 @@ struct GLCall
     std::string ToString() const;
 };
 
+/// A call as GLCall::ToString writes it, for comparison: its name, its numbers and, when given,
+/// a last argument in words, "data" or "null" for instance.
+std::string CallText(const std::string& name, const std::vector<double>& numbers, const std::string& last = "");
+
 enum class GLObjectKind
 {
     Buffer,

@@ -27,6 +27,9 @@ TEST(GLRecorder, NotesCallsInOrderWithTheirArguments)
                                                 "glVertexAttribPointer(2, 3, 5126, 0, 32, 12)",
                                                 "glUniform3fv(7, 1, {1, 0.25, -2})"));
     EXPECT_EQ(recorder.Calls()[2].Int(5), 12);
+    EXPECT_EQ(recorder.Strings()[1], CallText("glActiveTexture", {GL_TEXTURE1}));
+    EXPECT_EQ(recorder.Strings()[3], CallText("glUniform3fv", {7, 1}, "{1, 0.25, -2}"));
+    EXPECT_EQ(CallText("glFlush", {}), "glFlush()");
     EXPECT_THAT(recorder.Names({"glClearColor", "glUniform3fv"}), ElementsAre("glClearColor", "glUniform3fv"));
 }
 
