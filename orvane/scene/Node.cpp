@@ -29,6 +29,9 @@ Node::~Node()
     {
         scene->Unregister(this);
     }
+    globalMatrix.reset();
+    // The slot is empty while the object dies, as at every other death of one.
+    animationData.reset();
 }
 
 void Node::SetLocal(const Transform& t)

@@ -58,7 +58,10 @@ RawMesh& RawMesh::operator=(const RawMesh& other)
     return *this;
 }
 
-RawMesh::~RawMesh() = default;
+RawMesh::~RawMesh()
+{
+    renderData.reset();
+}
 
 void RawMesh::StartDescription()
 {

@@ -298,8 +298,8 @@ private:
     /// Makes node and mesh forget an item, which the caller takes out of the list.
     void ForgetDrawItem(const AlphaMeshNode& item);
 
-    void RemoveDrawItemsOf(const MeshNode* node);
-    void RemoveDrawItemsOf(const Mesh* mesh);
+    void RemoveDrawItemsOf(MeshNode* node);
+    void RemoveDrawItemsOf(Mesh* mesh);
     template <class Predicate>
     void RemoveDrawItems(Predicate isGone);
     void ClearDrawItems();

@@ -140,13 +140,16 @@ void Scene::RemoveDrawItems(Predicate isGone)
         zOrderedDrawItems.end());
 }
 
-void Scene::RemoveDrawItemsOf(const MeshNode* node)
+void Scene::RemoveDrawItemsOf(MeshNode* node)
 {
+    // All at once and whatever the list holds: the node dies, and must end up in no list.
+    detail::EraseAll(node->m_drawLists, this);
     RemoveDrawItems([node](const AlphaMeshNode& item) { return item.node == node; });
 }
 
-void Scene::RemoveDrawItemsOf(const Mesh* mesh)
+void Scene::RemoveDrawItemsOf(Mesh* mesh)
 {
+    detail::EraseAll(mesh->m_drawLists, this);
     RemoveDrawItems([mesh](const AlphaMeshNode& item) { return item.mesh == mesh; });
 }
 

@@ -33,6 +33,12 @@ void EraseAny(std::vector<T*>& list, const T* entry)
 }
 
 template <class T>
+void EraseAll(std::vector<T*>& list, const T* entry)
+{
+    list.erase(std::remove(list.begin(), list.end(), entry), list.end());
+}
+
+template <class T>
 bool Contains(const std::vector<T*>& list, const T* entry)
 {
     return std::find(list.begin(), list.end(), entry) != list.end();
