@@ -1,5 +1,6 @@
 #include "orvane/imaging/Image.h"
 #include "orvane/imaging/detail/RowTasks.h"
+#include "orvane/imaging/detail/WidenRGB.h"
 #include "tests/imaging/Decoding.h"
 #include "tests/imaging/FailurePoints.h"
 
@@ -167,6 +168,27 @@ TEST(ImageFromDataSizes, NoPixelsGiveAnImageWithoutPixels)
         EXPECT_EQ(image->width, std::max(width, 0));
         EXPECT_EQ(image->height, std::max(height, 0));
         EXPECT_NE(image->data, nullptr);
+    }
+}
+
+// Blocks of exact size: the sanitizer sees a read past the last pixel.
+TEST(ImageWidenRGB, EveryLengthIsWidenedWithoutAReadPastTheEnd)
+{
+    for (auto* const widen : {&detail::WidenRGB, &detail::WidenRGBPlain})
+    {
+        for (std::size_t pixels = 0; pixels < 40; ++pixels)
+        {
+            Bytes source = NoiseBytes(pixels * 3);
+            source.shrink_to_fit();
+            Bytes result(pixels * 4 + 1, 7);
+            widen(source.data(), result.data(), pixels);
+            for (std::size_t i = 0; i < pixels; ++i)
+            {
+                ASSERT_EQ(0, std::memcmp(&result[i * 4], &source[i * 3], 3)) << i << " of " << pixels;
+                ASSERT_EQ(result[i * 4 + 3], 255) << i << " of " << pixels;
+            }
+            ASSERT_EQ(result.back(), 7) << pixels;
+        }
     }
 }
 

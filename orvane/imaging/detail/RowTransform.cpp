@@ -1,5 +1,7 @@
 #include "orvane/imaging/detail/RowTransform.h"
 
+#include "orvane/imaging/detail/WidenRGB.h"
+
 #include <array>
 #include <cstring>
 
@@ -24,23 +26,6 @@ void SwapRGBA(const unsigned char* source, unsigned char* destination, std::size
         const unsigned char pixel[kPixelBytes] = {source[2], source[1], source[0], source[3]};
         std::memcpy(destination, pixel, kPixelBytes);
     }
-}
-
-void WidenRGB(const unsigned char* source, unsigned char* destination, std::size_t pixels)
-{
-    if (pixels == 0)
-    {
-        return;
-    }
-    // One move of four bytes a pixel is three times as fast as three of one; the fourth is the
-    // next pixel's, so the last pixel must not be read that way.
-    for (std::size_t i = 1; i < pixels; ++i, source += 3, destination += kPixelBytes)
-    {
-        std::memcpy(destination, source, 4);
-        destination[3] = kOpaque;
-    }
-    std::memcpy(destination, source, 3);
-    destination[3] = kOpaque;
 }
 
 void WidenAndSwapRGB(const unsigned char* source, unsigned char* destination, std::size_t pixels)
