@@ -8,6 +8,7 @@
 #include "orvane/platform/OpenGLESRenderCapabilities.h"
 #include "orvane/scene/Scene.h"
 
+#include <new>
 #include <utility>
 
 namespace OV
@@ -16,7 +17,8 @@ namespace OV
 AppContext::AppContext()
 {
     std::unique_ptr<RenderCapabilities> capabilities = RenderCapabilities::Create();
-    std::unique_ptr<DeviceConfig> config = std::make_unique<Platform::Generic::DeviceConfig>();
+    // Nothing in the engine reads the config, so a missing one is no reason to give up.
+    std::unique_ptr<DeviceConfig> config(new (std::nothrow) Platform::Generic::DeviceConfig());
     m_context = std::make_unique<CoreContext>(std::move(config), std::move(capabilities));
 }
 

@@ -12,6 +12,32 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <new>
+
+namespace
+{
+
+bool nothrowNewFails = false;
+
+}  // namespace
+
+// Fails on demand; else as usual.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    if (nothrowNewFails)
+    {
+        return nullptr;
+    }
+    try
+    {
+        return ::operator new(size);
+    }
+    catch (const std::bad_alloc&)
+    {
+        return nullptr;
+    }
+}
+
 namespace OV::Test
 {
 
@@ -50,6 +76,19 @@ TEST(AppContext, StartsWithItsContextAndNoScreen)
     ASSERT_NE(config, nullptr);
     EXPECT_EQ(config->GetDisplayScale(), 1.0f);
     EXPECT_NE(dynamic_cast<Platform::Linux::RenderCapabilities*>(app.GetContext()->GetRenderCapabilities()), nullptr);
+}
+
+TEST(AppContext, PassesOnThatThereWasNoMemoryForTheConfig)
+{
+    nothrowNewFails = true;
+    AppContext app;
+    nothrowNewFails = false;
+    EXPECT_EQ(app.GetContext()->GetConfig(), nullptr);
+    CountingRenderer renderer;
+    app.GetContext()->SetScene(std::make_unique<Scene>());
+    EXPECT_TRUE(app.Update(0.0f));
+    app.Render(&renderer, false);
+    EXPECT_EQ(renderer.calls.size(), 5u);
 }
 
 TEST(AppContext, MakesNoGLCallWithoutARenderer)

@@ -104,15 +104,14 @@ TEST(Scene2D, TheRangeHoldsTheDepthsOfAllShapesOnTheScreen)
 TEST(Scene2D, ACleanUpdateKeepsRangeAndOrder)
 {
     Scene2D layer(nullptr);
-    AddLayerMesh(layer, *AddShapeNode(layer, 50, 50, 4), *AddLayerMaterial(layer, 0.5f));
+    Material* const material = AddLayerMaterial(layer, 0.5f);
+    AddLayerMesh(layer, *AddShapeNode(layer, 50, 50, 4), *material);
+    AddLayerMesh(layer, *AddShapeNode(layer, 50, 50, 1), *material);
     layer.UpdateGraph(100.0f, 100.0f);
-    ASSERT_EQ(layer.GetZOrderedDrawItems().size(), 1u);
-    const AlphaMeshNode* const item = layer.GetZOrderedDrawItems()[0];
     layer.UpdateGraph(100.0f, 100.0f);
     EXPECT_EQ(layer.nearZ, -4.0f);
-    EXPECT_EQ(layer.farZ, -4.0f);
-    ASSERT_EQ(layer.GetZOrderedDrawItems().size(), 1u);
-    EXPECT_EQ(layer.GetZOrderedDrawItems()[0], item);
+    EXPECT_EQ(layer.farZ, -1.0f);
+    EXPECT_THAT(DrawnZ(layer), testing::ElementsAre(1.0f, 4.0f));
 }
 
 TEST(Scene2D, TransparentShapesAreOrderedByAscendingZAcrossMaterials)
