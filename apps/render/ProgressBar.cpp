@@ -13,7 +13,6 @@ namespace OV::RenderApp
 namespace
 {
 
-constexpr auto Patience = std::chrono::milliseconds(500);
 constexpr int LongestBar = 40;
 constexpr int ShortestBar = 8;
 
@@ -25,8 +24,9 @@ int TerminalWidth()
 
 } // namespace
 
-ProgressBar::ProgressBar(const std::string& label)
-    : m_label(label), m_terminal(::isatty(STDERR_FILENO) != 0), m_start(std::chrono::steady_clock::now())
+ProgressBar::ProgressBar(const std::string& label, std::chrono::milliseconds patience)
+    : m_label(label), m_patience(patience), m_terminal(::isatty(STDERR_FILENO) != 0),
+      m_start(std::chrono::steady_clock::now())
 {
 }
 
@@ -37,7 +37,7 @@ ProgressBar::~ProgressBar()
 
 void ProgressBar::Show(float percent)
 {
-    if (!m_terminal || std::chrono::steady_clock::now() - m_start < Patience)
+    if (!m_terminal || std::chrono::steady_clock::now() - m_start < m_patience)
     {
         return;
     }

@@ -11,7 +11,9 @@ namespace OV::RenderApp
 class ProgressBar
 {
 public:
-    explicit ProgressBar(const std::string& label);
+    /// @param patience how long the work must take before the bar shows.
+    explicit ProgressBar(const std::string& label,
+                         std::chrono::milliseconds patience = std::chrono::milliseconds(500));
     ~ProgressBar();
 
     ProgressBar(const ProgressBar&) = delete;
@@ -25,6 +27,7 @@ public:
 
 private:
     std::string m_label;
+    std::chrono::milliseconds m_patience;
     bool m_terminal;
     bool m_shown = false;
     int m_lastPercent = -1;

@@ -61,6 +61,18 @@ Vector Middle(const Vector& a, const Vector& b)
     return Vector((a.x + b.x) / 2.0f, (a.y + b.y) / 2.0f, (a.z + b.z) / 2.0f);
 }
 
+/// What the fog of the shaders takes a distance from the eye for: they multiply the depth in
+/// the buffer by the distance in perspective, and have the depth alone without it. Both are
+/// straight lines over the distance.
+float ToShaderDistance(float distance, const CameraNode& camera)
+{
+    float nearDistance = 0.0f;
+    float farDistance = 0.0f;
+    camera.GetNearFar(nearDistance, farDistance);
+    const float share = (distance - nearDistance) / (farDistance - nearDistance);
+    return camera.GetProjection() == CameraNode::Perspective ? share * farDistance : share;
+}
+
 std::int64_t PixelsOf(const Options& options)
 {
     return static_cast<std::int64_t>(options.width) * options.height;
@@ -120,6 +132,7 @@ void RenderJob::Run()
     MakeFramebuffer();
     SetLook();
     PlaceCamera();
+    SetFog();
     Draw();
     Count();
     Write();
@@ -218,11 +231,6 @@ void RenderJob::SetLook()
     SkySettings& sky = SkySettings::inst();
     sky.SetHorizonColor(m_options.background);
     sky.SetUseFog(m_options.fog.has_value());
-    if (m_options.fog)
-    {
-        sky.SetFogStart(m_options.fog->start);
-        sky.SetFogEnd(m_options.fog->end);
-    }
     Scene& scene = *m_app->GetContext()->GetScene();
     Host::ModelImporter::AddDefaultLights(scene);
     if (m_options.noCull)
@@ -258,6 +266,18 @@ void RenderJob::PlaceCamera()
     {
         throw Failure(m_options.output, "the eye is where it looks at; move --eye or --target");
     }
+}
+
+void RenderJob::SetFog()
+{
+    if (!m_options.fog)
+    {
+        return;
+    }
+    const CameraNode& camera = *m_app->GetContext()->GetCamera();
+    SkySettings& sky = SkySettings::inst();
+    sky.SetFogStart(ToShaderDistance(m_options.fog->start, camera));
+    sky.SetFogEnd(ToShaderDistance(m_options.fog->end, camera));
 }
 
 void RenderJob::Draw()

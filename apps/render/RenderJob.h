@@ -51,6 +51,7 @@ private:
     void MakeFramebuffer();
     void SetLook();
     void PlaceCamera();
+    void SetFog();
     void Draw();
     void DrawFrame(int frame);
     void Count();

@@ -1,0 +1,134 @@
+#include "tests/apps/render/RenderTool.h"
+
+#include <algorithm>
+
+using namespace OV::Test;
+
+namespace
+{
+
+struct RenderUsage : RenderTool
+{
+};
+
+/// An environment in which no GL can be had.
+const std::vector<std::string> WithoutGL = {"__EGL_VENDOR_LIBRARY_FILENAMES=/nonexistent"};
+
+struct WrongUsage
+{
+    const char* label;
+    std::vector<std::string> arguments;
+    const char* named; ///< what the line must name
+};
+
+std::ostream& operator<<(std::ostream& stream, const WrongUsage& usage)
+{
+    return stream << usage.label;
+}
+
+struct RenderWrongUsage : RenderTool, ::testing::WithParamInterface<WrongUsage>
+{
+};
+
+} // namespace
+
+TEST_F(RenderUsage, HelpNamesEveryOptionAndNeedsNoGL)
+{
+    for (const char* flag : {"--help", "-h"})
+    {
+        const ProcessResult result = Run({flag}, WithoutGL);
+        EXPECT_EQ(result.exitCode, 0);
+        EXPECT_EQ(result.errors, "");
+        EXPECT_NE(result.output.find("Usage: orvane-render [options] MODEL -o OUT.png"), std::string::npos);
+        for (const char* option :
+             {"--output", "--size", "--samples", "--view", "--eye", "--target", "--up", "--fov", "--ortho",
+              "--background", "--sky", "--fog", "--no-cull", "--stats", "--frames", "--list-formats", "--version",
+              "--help", "iso, front, back, left, right, top", "0 done, 1 failed, 2 wrong usage"})
+        {
+            EXPECT_NE(result.output.find(option), std::string::npos) << option;
+        }
+    }
+}
+
+TEST_F(RenderUsage, VersionIsThatOfTheProjectAndNeedsNoGL)
+{
+    const ProcessResult result = Run({"--version"}, WithoutGL);
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.output, "orvane-render " ORVANE_VERSION "\n");
+    EXPECT_EQ(result.errors, "");
+}
+
+TEST_F(RenderUsage, FormatsAreListedOneALineAndNeedNoGL)
+{
+    const ProcessResult result = Run({"--list-formats"}, WithoutGL);
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.errors, "");
+    for (const char* extension : {" .ifc", " .gltf", " .glb", " .obj", " .3ds", " .dae", " .fbx"})
+    {
+        EXPECT_NE(result.output.find(extension), std::string::npos) << extension;
+    }
+    EXPECT_GT(std::count(result.output.begin(), result.output.end(), '\n'), 20);
+}
+
+TEST_P(RenderWrongUsage, EndsWithStatusTwoAndOneLineThatNamesIt)
+{
+    const std::string output = folder.Path("out.png");
+    std::vector<std::string> arguments = GetParam().arguments;
+    std::replace(arguments.begin(), arguments.end(), std::string("OUT"), output);
+    std::replace(arguments.begin(), arguments.end(), std::string("MODEL"), WriteSquare());
+    const std::vector<std::string> before = FilesIn(folder.Path());
+    const ProcessResult result = Run(arguments);
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
+    EXPECT_EQ(result.errors.rfind("orvane-render: ", 0), 0u) << result.errors;
+    EXPECT_NE(result.errors.find(GetParam().named), std::string::npos) << result.errors;
+    EXPECT_NE(result.errors.find("--help"), std::string::npos) << result.errors;
+    EXPECT_EQ(FilesIn(folder.Path()), before);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    CommandLine, RenderWrongUsage,
+    ::testing::Values(
+        WrongUsage{"Nothing", {}, "MODEL is required"}, WrongUsage{"NoOutput", {"MODEL"}, "-o OUT.png is required"},
+        WrongUsage{"NoModel", {"-o", "OUT"}, "MODEL is required"},
+        WrongUsage{"OutputWithoutName", {"MODEL", "-o"}, "--output"},
+        WrongUsage{"TwoModels", {"MODEL", "MODEL", "-o", "OUT"}, "not expected"},
+        WrongUsage{"TwoOutputs", {"MODEL", "-o", "OUT", "-o", "OUT"}, "--output"},
+        WrongUsage{"UnknownOption", {"MODEL", "-o", "OUT", "--bogus"}, "--bogus"},
+        WrongUsage{"SizeZero", {"MODEL", "-o", "OUT", "--size", "0x0"}, "the smallest is 1x1"},
+        WrongUsage{"WidthZero", {"MODEL", "-o", "OUT", "--size", "0x5"}, "the smallest is 1x1"},
+        WrongUsage{"HeightZero", {"MODEL", "-o", "OUT", "--size", "5x0"}, "the smallest is 1x1"},
+        WrongUsage{"SizeNegative", {"MODEL", "-o", "OUT", "--size=-5x5"}, "the smallest is 1x1"},
+        WrongUsage{"SizeWithoutHeight", {"MODEL", "-o", "OUT", "--size", "5"}, "--size: '5'"},
+        WrongUsage{"SizeOfThree", {"MODEL", "-o", "OUT", "--size", "5x5x5"}, "--size: '5x5x5'"},
+        WrongUsage{"SizeOfWords", {"MODEL", "-o", "OUT", "--size", "axb"}, "--size: 'axb'"},
+        WrongUsage{"SizeWithRest", {"MODEL", "-o", "OUT", "--size", "5x5px"}, "--size: '5x5px'"},
+        WrongUsage{"SizeEmpty", {"MODEL", "-o", "OUT", "--size", ""}, "--size"},
+        WrongUsage{"SamplesNegative", {"MODEL", "-o", "OUT", "--samples=-1"}, "--samples"},
+        WrongUsage{"SamplesTooMany", {"MODEL", "-o", "OUT", "--samples", "65"}, "0 to 64"},
+        WrongUsage{"ViewUnknown", {"MODEL", "-o", "OUT", "--view", "up"}, "--view: 'up' is not one of iso, front"},
+        WrongUsage{"ViewAndEye", {"MODEL", "-o", "OUT", "--view", "iso", "--eye", "1,2,3"}, "--eye"},
+        WrongUsage{"EyeOfTwo", {"MODEL", "-o", "OUT", "--eye", "1,2"}, "--eye: '1,2' is not three numbers"},
+        WrongUsage{"EyeOfFour", {"MODEL", "-o", "OUT", "--eye", "1,2,3,4"}, "--eye"},
+        WrongUsage{"EyeNotFinite", {"MODEL", "-o", "OUT", "--eye", "1,nan,3"}, "--eye"},
+        WrongUsage{"EyeInfinite", {"MODEL", "-o", "OUT", "--eye", "1,inf,3"}, "--eye"},
+        WrongUsage{"EyeOfWords", {"MODEL", "-o", "OUT", "--eye", "a,b,c"}, "--eye"},
+        WrongUsage{"EyeWithGap", {"MODEL", "-o", "OUT", "--eye", "1,,3"}, "--eye"},
+        WrongUsage{"TargetAlone", {"MODEL", "-o", "OUT", "--target", "1,2,3"}, "--eye"},
+        WrongUsage{"UpAlone", {"MODEL", "-o", "OUT", "--up", "1,2,3"}, "--eye"},
+        WrongUsage{"AngleZero", {"MODEL", "-o", "OUT", "--fov", "0"}, "1 to 170"},
+        WrongUsage{"AngleTooWide", {"MODEL", "-o", "OUT", "--fov", "171"}, "1 to 170"},
+        WrongUsage{"AngleNoNumber", {"MODEL", "-o", "OUT", "--fov", "nan"}, "--fov"},
+        WrongUsage{"AngleWord", {"MODEL", "-o", "OUT", "--fov", "wide"}, "--fov"},
+        WrongUsage{"ColourWord", {"MODEL", "-o", "OUT", "--background", "red"}, "--background: 'red'"},
+        WrongUsage{"ColourShort", {"MODEL", "-o", "OUT", "--background", "fff"}, "--background"},
+        WrongUsage{"ColourLong", {"MODEL", "-o", "OUT", "--background", "ffffff0"}, "--background"},
+        WrongUsage{"ColourWithSign", {"MODEL", "-o", "OUT", "--background=-fffff"}, "--background"},
+        WrongUsage{"FogOfOne", {"MODEL", "-o", "OUT", "--fog", "5"}, "--fog"},
+        WrongUsage{"FogWithoutDepth", {"MODEL", "-o", "OUT", "--fog", "5,5"}, "the end beyond the start"},
+        WrongUsage{"FogBackwards", {"MODEL", "-o", "OUT", "--fog", "6,5"}, "the end beyond the start"},
+        WrongUsage{"FogNegative", {"MODEL", "-o", "OUT", "--fog=-1,5"}, "not negative"},
+        WrongUsage{"NoFrames", {"MODEL", "-o", "OUT", "--frames", "0"}, "--frames"},
+        WrongUsage{"FramesNegative", {"MODEL", "-o", "OUT", "--frames=-3"}, "--frames"}),
+    [](const auto& info) { return info.param.label; });
