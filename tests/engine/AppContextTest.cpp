@@ -2,11 +2,13 @@
 
 #include "tests/engine/CountingRenderer.h"
 #include "tests/engine/SceneDoubles.h"
+#include "tests/overlay/LayerShapes.h"
 #include "tests/support/GLRecorder.h"
 
 #include "orvane/math/Color.h"
 #include "orvane/platform/GenericDeviceConfig.h"
 #include "orvane/platform/LinuxRenderCapabilities.h"
+#include "orvane/renderer/Renderer20.h"
 #include "orvane/scene/CameraNode.h"
 
 #include <gmock/gmock.h>
@@ -229,6 +231,26 @@ TEST(AppContext, WithoutASceneTheFrameLeavesTheSceneOut)
     app.Suspend(&renderer);
     app.Resume(&renderer);
     EXPECT_THAT(renderer.calls, ElementsAre("Suspend renderer", "Resume renderer"));
+}
+
+TEST(AppContext, WithoutACaptureRenderCapturedAndUIDrawsTheForegroundAlone)
+{
+    const GLRecorder recorder;
+    AppContext app;
+    CoreContext& core = *app.GetContext();
+    Scene2D& foreground = *core.GetForeground2D();
+    AddLayerMesh(foreground, *AddShapeNode(foreground, 20, 20, 0), *AddLayerMaterial(foreground, 1.0f));
+    Scene2D& background = *core.GetBackground2D();
+    AddLayerMesh(background, *AddShapeNode(background, 20, 20, 0), *AddLayerMaterial(background, 1.0f));
+    core.SetScene(std::make_unique<Scene>());
+    app.SetScreenSize(64, 64);
+    app.Update(0.0f);
+    Renderer20 renderer(nullptr, core.GetRenderCapabilities());
+    renderer.Resize(64, 64);
+    app.RenderCapturedAndUI(&renderer);
+    EXPECT_EQ(recorder.Count("glDrawElements"), 1u);
+    EXPECT_EQ(recorder.Count("glGenFramebuffers"), 0u);
+    app.Suspend(&renderer);
 }
 
 TEST_F(AppContextTest, TheRendererIsNotOwned)
