@@ -76,7 +76,8 @@ TEST(Color, SetRGBADividesAllFourBy255)
 
 TEST(Color, GetRGBMakesAnOpaqueColorOfBytes)
 {
-    ExpectChannels(Color::GetRGB(255, 0, 51), 1.0f, 0.0f, 51.0f / 255.0f, 1.0f);
+    ExpectChannels(Color::GetRGB(255, 102, 51), 1.0f, 102.0f / 255.0f, 51.0f / 255.0f, 1.0f);
+    ExpectChannels(Color::GetRGB(0, 0, 0), 0.0f, 0.0f, 0.0f, 1.0f);
 }
 
 TEST(Color, GetRGBADividesEveryByteBy255)

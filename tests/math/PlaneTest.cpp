@@ -51,8 +51,8 @@ TEST(Plane, IsOutsideIsStrictAtTheTolerance)
 TEST(Plane, IsOutsideMeasuresAlongAllThreeComponentsOfTheNormal)
 {
     Plane plane;
-    plane.Set(Vector(1.0f, 1.0f, 1.0f), Vector(2.0f, 3.0f, 4.0f));
-    const Vector p(2.0f, 3.0f, 5.0f);
+    plane.Set(Vector(1.0f, 10.0f, 100.0f), Vector(2.0f, 3.0f, 4.0f));
+    const Vector p(2.0f, 12.0f, 104.0f);
     EXPECT_TRUE(plane.IsOutside(p, Below(24.0f)));
     EXPECT_FALSE(plane.IsOutside(p, 24.0f));
 }

@@ -301,7 +301,7 @@ TEST(Vector3d, DefaultIsZero)
 
 TEST(Vector3d, LengthIsEuclidean)
 {
-    EXPECT_EQ(Vector3d(2.0, -3.0, 6.0).length(), 7.0);
+    EXPECT_EQ(Vector3d(3.0, -4.0, 12.0).length(), 13.0);
 }
 
 TEST(Vector3d, NormalizeMakesItUnitAndReturnsItself)
