@@ -11,6 +11,7 @@
 #include <gmock/gmock.h>
 
 #include <memory>
+#include <vector>
 
 namespace OV::Test
 {
@@ -218,22 +219,26 @@ TEST_F(EffectCacheTest, WatchersReleaseBeforeTheDestructorCounts)
     EXPECT_EQ(gl.LiveCount(), 0u);
 }
 
-TEST_F(EffectCacheTest, APlaceholderSurvivesTheCache)
+TEST_F(EffectCacheTest, PlaceholdersSurviveTheCache)
 {
-    auto cache = std::make_unique<EffectCache>();
-    Holder holder(*cache, EffectCache::Sky);
-    EffectES20* effect = holder.Get();
+    for (int count = 1; count <= 2; ++count)
     {
-        const EffectReferencePlaceholder one(effect);
+        auto cache = std::make_unique<EffectCache>();
+        Holder holder(*cache, EffectCache::Sky);
+        EffectES20* effect = holder.Get();
+        std::vector<std::unique_ptr<EffectReferencePlaceholder>> placeholders;
+        for (int i = 0; i < count; ++i)
         {
-            const EffectReferencePlaceholder two(effect);
-            cache.reset();
-            EXPECT_EQ(effect->GetReferenceCount(), 2);
-            EXPECT_EQ(effect->GetCache(), nullptr);
+            placeholders.push_back(std::make_unique<EffectReferencePlaceholder>(effect));
         }
+        cache.reset();
+        EXPECT_EQ(effect->GetReferenceCount(), count);
+        EXPECT_EQ(effect->GetCache(), nullptr);
+        placeholders.resize(1);
         EXPECT_EQ(gl.Live(GLObjectKind::Program).size(), 1u);
+        placeholders.clear();
+        EXPECT_EQ(gl.LiveCount(), 0u);
     }
-    EXPECT_EQ(gl.LiveCount(), 0u);
 }
 
 TEST_F(EffectCacheTest, ACopyListsTheSameEffectsAndCountsNothing)
