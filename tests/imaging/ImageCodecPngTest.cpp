@@ -264,7 +264,7 @@ TEST(ImageCodecPngSizes, AFlatPictureOfTheHighestCompressionIsRead)
     EXPECT_EQ(image->data[std::size_t(8000) * 4000 * 4 - 2], file.palette[2]);
 }
 
-TEST(ImageCodecPngSizes, ASizeThatTheBlockCanNotHoldIsAnErrorBeforeAnyMemoryIsTaken)
+TEST(ImageCodecPngSizes, ASizeThatTheBlockCanNotHoldIsAnError)
 {
     for (const int colorType : {0, 2, 3, 4, 6})
     {
