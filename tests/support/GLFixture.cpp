@@ -47,7 +47,9 @@ std::unique_ptr<Host::HeadlessContext> CreateContext()
 
 Host::HeadlessContext& GLFixture::Context()
 {
-    static const std::unique_ptr<Host::HeadlessContext> context = CreateContext();
+    // Never destroyed: that would unload the driver, and what the driver itself keeps for the
+    // life of the process (its mipmap shaders, for one) could no longer be told from a leak of ours.
+    static Host::HeadlessContext* const context = CreateContext().release();
     return *context;
 }
 
