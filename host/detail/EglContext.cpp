@@ -4,6 +4,7 @@
 
 #include <array>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <vector>
 
@@ -90,46 +91,36 @@ std::vector<Candidate> FindCandidates()
 
 }  // namespace
 
-/// An initialised display. All contexts of a process on one display share one of these, since
-/// EGL ends a display for everybody at the first eglTerminate.
+/// An initialised display. It stays open for the life of the process: EGL ends a display for
+/// everybody at the first eglTerminate, and Mesa leaks a little each time one is ended.
 class EglDisplay
 {
 public:
-    static std::shared_ptr<EglDisplay> Open(const Candidate& candidate, std::string& reason)
+    /// The one object of a display, or null with a reason.
+    static const EglDisplay* Open(const Candidate& candidate, std::string& reason)
     {
         if (candidate.display == EGL_NO_DISPLAY)
         {
             reason = "there is no such display";
             return nullptr;
         }
-        const std::lock_guard<std::mutex> lock(Mutex());
-        auto& entry = Registry()[candidate.display];
-        if (auto open = entry.lock())
+        static std::mutex mutex;
+        // Never destroyed, since a context in a static object may be the last to go.
+        static auto& displays = *new std::map<EGLDisplay, std::unique_ptr<EglDisplay>>;
+        const std::lock_guard<std::mutex> lock(mutex);
+        std::unique_ptr<EglDisplay>& entry = displays[candidate.display];
+        if (!entry)
         {
-            return open;
+            EGLint major = 0;
+            EGLint minor = 0;
+            if (!eglInitialize(candidate.display, &major, &minor))
+            {
+                reason = EglErrorName(eglGetError());
+                return nullptr;
+            }
+            entry.reset(new EglDisplay(candidate));
         }
-        EGLint major = 0;
-        EGLint minor = 0;
-        if (!eglInitialize(candidate.display, &major, &minor))
-        {
-            reason = EglErrorName(eglGetError());
-            return nullptr;
-        }
-        std::shared_ptr<EglDisplay> opened(new EglDisplay(candidate));
-        entry = opened;
-        return opened;
-    }
-
-    ~EglDisplay()
-    {
-        const std::lock_guard<std::mutex> lock(Mutex());
-        // Another thread may have opened the display anew between the last owner's going and
-        // this line; the display is then that thread's.
-        const auto entry = Registry().find(m_candidate.display);
-        if (entry == Registry().end() || entry->second.expired())
-        {
-            eglTerminate(m_candidate.display);
-        }
+        return entry.get();
     }
 
     EGLDisplay Handle() const { return m_candidate.display; }
@@ -144,18 +135,6 @@ public:
 private:
     explicit EglDisplay(const Candidate& candidate) : m_candidate(candidate) {}
 
-    static std::mutex& Mutex()
-    {
-        static std::mutex mutex;
-        return mutex;
-    }
-
-    static std::map<EGLDisplay, std::weak_ptr<EglDisplay>>& Registry()
-    {
-        static std::map<EGLDisplay, std::weak_ptr<EglDisplay>> registry;
-        return registry;
-    }
-
     Candidate m_candidate;
 };
 
@@ -166,8 +145,8 @@ std::unique_ptr<EglContext> EglContext::Create(bool forcePbuffer, std::string& e
     {
         std::string reason;
         std::unique_ptr<EglContext> context(new EglContext);
-        auto display = EglDisplay::Open(candidate, reason);
-        if (display && context->Open(std::move(display), forcePbuffer, reason))
+        const EglDisplay* display = EglDisplay::Open(candidate, reason);
+        if (display && context->Open(*display, forcePbuffer, reason))
         {
             return context;
         }
@@ -178,9 +157,9 @@ std::unique_ptr<EglContext> EglContext::Create(bool forcePbuffer, std::string& e
     return nullptr;
 }
 
-bool EglContext::Open(std::shared_ptr<EglDisplay> display, bool forcePbuffer, std::string& reason)
+bool EglContext::Open(const EglDisplay& display, bool forcePbuffer, std::string& reason)
 {
-    m_display = std::move(display);
+    m_display = &display;
     if (!eglBindAPI(EGL_OPENGL_API))
     {
         reason = "EGL offers no desktop OpenGL here";

@@ -35,9 +35,9 @@ private:
     EglContext() = default;
 
     /// Fills this object from one display. False with a reason when any step fails.
-    bool Open(std::shared_ptr<EglDisplay> display, bool forcePbuffer, std::string& reason);
+    bool Open(const EglDisplay& display, bool forcePbuffer, std::string& reason);
 
-    std::shared_ptr<EglDisplay> m_display;
+    const EglDisplay* m_display = nullptr; ///< lives as long as the process
     EGLContext m_context = EGL_NO_CONTEXT;
     EGLSurface m_surface = EGL_NO_SURFACE;
     std::string m_platform;

@@ -137,18 +137,18 @@ bool HeadlessFramebuffer::Build(Names& names, int samples, bool withDepth, std::
     stored = stored
         && (!withDepth
             || AddStorage(names.depthStencil, GL_DEPTH24_STENCIL8, GL_DEPTH_STENCIL_ATTACHMENT, samples));
+    const std::string what = SizeText(m_width, m_height) + " pixels"
+        + (samples > 0 ? " with " + std::to_string(samples) + " samples" : "");
     if (!stored)
     {
-        error = "this GL has no memory for a framebuffer of " + SizeText(m_width, m_height) + " pixels"
-            + (samples > 0 ? " with " + std::to_string(samples) + " samples" : "") + "; ask for a smaller one";
+        error = "this GL has no memory for a framebuffer of " + what + "; ask for a smaller one or fewer samples";
         return false;
     }
     const GLenum status = m_gl.checkFramebufferStatus(GL_FRAMEBUFFER);
     if (status != GL_FRAMEBUFFER_COMPLETE)
     {
-        error = "this GL refuses a framebuffer of " + SizeText(m_width, m_height)
-            + " pixels with colour and packed depth and stencil (status " + std::to_string(status)
-            + "); use a driver with OpenGL 3.0 or later";
+        error = "this GL refuses a framebuffer of " + what + " (status " + std::to_string(status)
+            + "); ask for a smaller one or fewer samples";
         return false;
     }
     return true;
