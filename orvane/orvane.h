@@ -7,12 +7,14 @@
 #include "orvane/effects/EffectCache.h"
 #include "orvane/effects/EffectES20.h"
 #include "orvane/effects/EffectReferencePlaceholder.h"
+#include "orvane/effects/HUDEffectES20.h"
 #include "orvane/effects/MaterialEffectES20.h"
 #include "orvane/effects/ProgramTemplate.h"
 #include "orvane/effects/ShaderProgram.h"
 #include "orvane/effects/ShaderSnippets.h"
 #include "orvane/effects/SkyEffectES20.h"
 #include "orvane/effects/SkySettings.h"
+#include "orvane/effects/SolidLineEffectES20.h"
 
 #include "orvane/engine/AppContext.h"
 #include "orvane/engine/CoreContext.h"
@@ -44,8 +46,14 @@
 #include "orvane/math/Vector.h"
 #include "orvane/math/Vector3d.h"
 
+#include "orvane/overlay/Arrow.h"
+#include "orvane/overlay/Material2D.h"
+#include "orvane/overlay/Rect.h"
 #include "orvane/overlay/Scene2D.h"
+#include "orvane/overlay/Shape2D.h"
 #include "orvane/overlay/Shape2DNode.h"
+#include "orvane/overlay/Sprite.h"
+#include "orvane/overlay/Text.h"
 
 #include "orvane/platform/ESTextureLoader.h"
 #include "orvane/platform/GenericDeviceConfig.h"
@@ -53,6 +61,8 @@
 #include "orvane/platform/OpenGLESRenderCapabilities.h"
 
 #include "orvane/renderdata/CameraNodeES20.h"
+#include "orvane/renderdata/LineES20.h"
+#include "orvane/renderdata/LineStyleES20.h"
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/renderdata/MeshFormatKey.h"

@@ -2,7 +2,9 @@
 
 #include "orvane/effects/BasicMaterialAmbientPassEffectES20.h"
 #include "orvane/effects/BasicMaterialEffectES20.h"
+#include "orvane/effects/HUDEffectES20.h"
 #include "orvane/effects/SkyEffectES20.h"
+#include "orvane/effects/SolidLineEffectES20.h"
 #include "orvane/engine/Lifetime.h"
 
 #include <algorithm>
@@ -46,6 +48,8 @@ struct MakerRow
 /// Which class each type has. A type without a row has no effect.
 constexpr MakerRow kMakers[] = {
     {EffectCache::BasicMaterial, MakeBasicMaterial<false>},
+    {EffectCache::HUD, Make<HUDEffectES20>},
+    {EffectCache::SolidLine, Make<SolidLineEffectES20>},
     {EffectCache::BasicMaterialAmbientPass, Make<BasicMaterialAmbientPassEffectES20>},
     {EffectCache::BasicMaterialAdditive, MakeBasicMaterial<true>},
     {EffectCache::Sky, Make<SkyEffectES20>},

@@ -2,10 +2,16 @@
 
 #include "orvane/scene/Scene.h"
 
+#include <string>
+#include <vector>
+
 namespace OV
 {
 
 class CoreContext;
+class Shape2DNode;
+class Sprite;
+class Text;
 
 /// A layer of flat things in front of the 3D scene or behind it, measured in screen pixels.
 ///
@@ -20,10 +26,25 @@ public:
 
     CoreContext* GetContext() const { return m_context; }
 
-    /// As Scene::UpdateGraph; keeps the size and, when something has changed, puts the
-    /// transparent things in order anew.
+    /// As Scene::Clear; sprites and texts of the layer are empty from then on.
+    void Clear() override;
+
+    /// As Scene::AddLineStyle; there is no fog in a layer, so the style loses its own.
+    bool AddLineStyle(LineStyle* style) override;
+
+    /// As Scene::UpdateGraph. Keeps the size; moves the nodes that follow a node of a 3D scene;
+    /// when the size has changed, textures of materials with a scale below 1 are made anew;
+    /// when anything has, the transparent things are put in order anew.
     /// @param width, height of the layer in pixels.
     void UpdateGraph(float width, float height) override;
+
+    /// What is in the layer, for the host; owned by it. Each change marks the layer dirty.
+    void AddSprite(Sprite* sprite);
+    void RemoveSprite(Sprite* sprite);
+    const std::vector<Sprite*>& GetSprites() const { return sprites; }
+    void AddText(Text* text);
+    void RemoveText(Text* text);
+    const std::vector<Text*>& GetTexts() const { return texts; }
 
     /// Puts the pick state of every Shape2DNode that shows a mesh with a material back to idle.
     void ResetPicking();
@@ -33,14 +54,25 @@ public:
     float nearZ = 0.0f;         ///< smallest depth (-z) in the layer as of its last change
     float farZ = 1.0f;          ///< largest depth (-z) in the layer as of its last change
 
+    std::wstring name; ///< the host's
+
 protected:
+    friend class Shape2DNode;
+
     /// Orders the transparent things from the lowest z to the highest, culls what is off the
     /// screen, and finds nearZ and farZ: in a layer that shows nothing they are the largest
     /// float and its negative.
     void ProcessZOrderedDrawItems() override;
 
+    std::vector<Text*> texts;     ///< not owned
+    std::vector<Sprite*> sprites; ///< not owned
+
 private:
+    void RefreshScaledMaterials(const std::vector<Material*>& materials);
+    void TellContentsOfClear();
+
     CoreContext* m_context;
+    std::vector<Shape2DNode*> m_followers; ///< nodes with a parent in a 3D scene
 };
 
 }  // namespace OV

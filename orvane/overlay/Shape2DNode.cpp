@@ -3,6 +3,8 @@
 #include "orvane/math/Sphere.h"
 #include "orvane/math/Vector.h"
 #include "orvane/overlay/Scene2D.h"
+#include "orvane/overlay/Shape2D.h"
+#include "orvane/scene/CameraNode.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/NodeType.h"
 
@@ -28,7 +30,90 @@ Shape2DNode::Shape2DNode(Scene2D* scene)
 {
 }
 
-Shape2DNode::~Shape2DNode() = default;
+Shape2DNode::~Shape2DNode()
+{
+    LeaveFollowers();
+}
+
+void Shape2DNode::LeaveFollowers()
+{
+    // A node whose scene is gone reads null there, and its layer with it.
+    if (scene && scene2D)
+    {
+        std::vector<Shape2DNode*>& followers = scene2D->m_followers;
+        followers.erase(std::remove(followers.begin(), followers.end(), this), followers.end());
+    }
+}
+
+void Shape2DNode::Set3DParent(Node* node)
+{
+    LeaveFollowers();
+    parent3D = node;
+    m_behindEye = false;
+    if (node && scene && scene2D)
+    {
+        scene2D->m_followers.push_back(this);
+    }
+}
+
+void Shape2DNode::FollowParent()
+{
+    Node* const followed = parent3D;
+    Scene* const followedScene = followed ? followed->GetScene() : nullptr;
+    CameraNode* const camera = followedScene ? followedScene->GetCameraNode() : nullptr;
+    if (!camera)
+    {
+        return;
+    }
+    const Vector world = followed->GetGlobal().GetPosition();
+    Vector view;
+    view.Multiply(camera->GetInvTransform(), world);
+    const bool behindEye = camera->GetProjection() == CameraNode::Perspective && !(view.z < 0.0f);
+    if (behindEye != m_behindEye)
+    {
+        m_behindEye = behindEye;
+        scene->MarkDirty();
+    }
+    if (behindEye)
+    {
+        return;
+    }
+    Vector screen;
+    camera->WorldPosToScreenPos(world, screen);
+    // The camera counts from the top, the layer from the bottom.
+    Vector place(screen.x, scene2D->screenHeight - screen.y, 0.0f);
+    if (parent)
+    {
+        Transform toParent;
+        toParent.Invert(parent->GetGlobal());
+        place.Multiply(toParent, place);
+    }
+    Transform moved = local;
+    moved.SetPosition(Vector(place.x, place.y, local.GetPosition().z));
+    if (moved != local)
+    {
+        SetLocal(moved);
+    }
+}
+
+bool Shape2DNode::IsInside(float x, float y)
+{
+    if (!scene || !scene2D || !(scene2D->screenHeight > 0.0f))
+    {
+        return false;
+    }
+    Vector point;
+    point.Multiply(inverseGlobal, Vector(x, y, 0.0f));
+    for (Mesh* mesh : meshes)
+    {
+        auto* const shape = dynamic_cast<Shape2D*>(mesh);
+        if (shape && shape->IsInside(point.x, point.y))
+        {
+            return true;
+        }
+    }
+    return false;
+}
 
 void Shape2DNode::UpdateGraph()
 {
@@ -68,7 +153,7 @@ void Shape2DNode::UpdateCulling(float& nearValue, float& farValue)
             const float reach = billboard ? 0.0f : global.GetMaxScale() * mesh->GetSphere().radius;
             Widen(nearValue, farValue, z - reach, z + reach);
         }
-        if (offScreen)
+        if (offScreen || m_behindEye)
         {
             nearValue = nearBefore;
             farValue = farBefore;

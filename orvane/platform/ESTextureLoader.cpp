@@ -3,6 +3,7 @@
 #include "orvane/engine/GLCheckpoint.h"
 #include "orvane/imaging/Image.h"
 #include "orvane/imaging/ImageCodec.h"
+#include "orvane/imaging/detail/TextRasterizer.h"
 #include "orvane/platform/detail/EntryPoints.h"
 #include "orvane/platform/detail/GLString.h"
 
@@ -160,10 +161,12 @@ unsigned int ESTextureLoader::CreateTextTexture(const std::string& fontName, int
                                                 int maxWidth, int& width, int& height, int& textureWidth,
                                                 int& textureHeight)
 {
-    const auto found = cache.find(TextureIndex(fontName, fontSize, text, maxWidth));
+    const TextureIndex key(fontName, fontSize, text, maxWidth);
+    const auto found = cache.find(key);
     if (found == cache.end())
     {
-        return 0;
+        const std::unique_ptr<Image> image(detail::RasterizeText(fontName, fontSize, text, maxWidth));
+        return image ? AddTextTexture(key, *image, width, height, textureWidth, textureHeight) : 0;
     }
     CacheRecord& record = *found->second;
     width = record.width;
@@ -297,10 +300,10 @@ void ESTextureLoader::Resume()
 {
 }
 
-void ESTextureLoader::TextSize(const std::string&, int, const std::string&, int, int& width, int& height,
-                               int& textureWidth, int& textureHeight)
+void ESTextureLoader::TextSize(const std::string& fontName, int fontSize, const std::string& text, int maxWidth,
+                               int& width, int& height, int& textureWidth, int& textureHeight)
 {
-    width = height = 0;
+    detail::MeasureText(fontName, fontSize, text, maxWidth, width, height);
     textureWidth = width;
     textureHeight = height;
 }

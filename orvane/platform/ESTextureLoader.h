@@ -36,8 +36,8 @@ public:
     ESTextureLoader& operator=(const ESTextureLoader&) = delete;
     ~ESTextureLoader() override;
 
-    /// Only texts that are held already are found: there is no rasteriser, so any other text
-    /// gives 0.
+    /// Font name and text are in the encoding of the C locale in force; the size is the em in
+    /// pixels. A text that can't be drawn gives 0 and leaves the sizes as they were.
     unsigned int CreateTextTexture(const std::string& fontName, int fontSize, const std::string& text, int maxWidth,
                                    int& width, int& height, int& textureWidth, int& textureHeight) override;
 
@@ -64,7 +64,8 @@ public:
     void Suspend() override;
     void Resume() override;
 
-    /// Size of a text in pixels. Without a rasteriser every text has size 0.
+    /// Size of a text in pixels, as CreateTextTexture draws it; 0 by 0 for one that it can't.
+    /// Not GL; any thread may ask.
     static void TextSize(const std::string& fontName, int fontSize, const std::string& text, int maxWidth,
                          int& width, int& height, int& textureWidth, int& textureHeight);
 

@@ -3,11 +3,14 @@
 #include "orvane/effects/EffectCache.h"
 #include "orvane/effects/MaterialEffectES20.h"
 #include "orvane/imaging/TextureLoader.h"
+#include "orvane/overlay/Material2D.h"
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/renderdata/SharedBufferPool.h"
+#include "orvane/renderdata/detail/Prefetch.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/NodeMaterial.h"
+#include "orvane/scene/RawMesh.h"
 #include "orvane/scene/Scene.h"
 
 #include <GL/glew.h>
@@ -102,6 +105,21 @@ unsigned int AskForPixels(TextureLoader& loader, Material& material, LoadedScale
         });
 }
 
+/// Asks for what listing the meshes after this one will touch. One stage reads what the stage
+/// before it has asked for.
+void PrefetchAhead(const std::vector<Mesh*>& meshes, std::size_t current)
+{
+    constexpr std::size_t forMesh = 24;
+    constexpr std::size_t forRawMesh = 16;
+    constexpr std::size_t forData = 8;
+    if (current + forMesh < meshes.size())
+    {
+        Detail::Prefetch(meshes[current + forMesh]);
+        Detail::PrefetchEnd(meshes[current + forRawMesh]->GetRawMesh().get());
+        Detail::Prefetch(static_cast<MeshES20*>(meshes[current + forData]->GetRenderData()));
+    }
+}
+
 bool IsNodeMaterial(Material& material)
 {
     return material.HasType(NodeTypeNodeMaterial);
@@ -167,8 +185,20 @@ void MaterialES20::Prepare(CameraNodeES20* camera, std::vector<RenderItemES20>& 
         }
         return;
     }
-    for (Mesh* mesh : material->GetMeshes())
+    ListMeshes(items, clippingPlane);
+}
+
+void MaterialES20::ListMeshes(std::vector<RenderItemES20>& items, bool clippingPlane)
+{
+    if (m_meshListRevision != material->GetMeshesRevision())
     {
+        m_meshList.assign(material->GetMeshes().begin(), material->GetMeshes().end());
+        m_meshListRevision = material->GetMeshesRevision();
+    }
+    for (std::size_t i = 0; i < m_meshList.size(); ++i)
+    {
+        PrefetchAhead(m_meshList, i);
+        Mesh* mesh = m_meshList[i];
         if (!mesh->ReadyToDraw())
         {
             continue;
@@ -409,9 +439,30 @@ void MaterialES20::LoadHudTexture()
         std::free(material->pixels);
         material->pixels = nullptr;
     }
-    // A text stands third: it is asked for when there is neither a name nor pixels.
+    else if (auto* const flat = dynamic_cast<Material2D*>(material))
+    {
+        LoadText(*flat);
+    }
     uScale = scale.u;
     vScale = scale.v;
+}
+
+void MaterialES20::LoadText(Material2D& flat)
+{
+    const bool drawn =
+        !flat.text.empty() && !flat.fontName.empty() && flat.fontSize > 0 && flat.GetMeshes().size() == 1;
+    if (!drawn)
+    {
+        return;
+    }
+    int width = 0;
+    int height = 0;
+    LoadedScale scale;
+    textureId = AskLoader(scale, [&] {
+        return textureLoader->CreateTextTexture(flat.fontName, flat.fontSize, flat.text, flat.maxWidth, width,
+                                                height, flat.textureWidth, flat.textureHeight);
+    });
+    flat.hasAlpha = true;
 }
 
 void MaterialES20::LoadSurfaceTextures()

@@ -5,6 +5,7 @@
 #include "orvane/renderdata/MeshStyleES20.h"
 #include "orvane/renderdata/RenderItemES20.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,7 @@ namespace OV
 
 class EffectCache;
 class Material;
+class Material2D;
 class Mesh;
 class MeshES20;
 class MeshNode;
@@ -119,12 +121,19 @@ private:
     void ReleaseEffects();
     void LoadTextures();
     void LoadHudTexture();
+    void LoadText(Material2D& flat);
     void LoadSurfaceTextures();
     void ReleaseTextures();
     unsigned int LoadMap(const std::string& name);
+    void ListMeshes(std::vector<RenderItemES20>& items, bool clippingPlane);
     MeshES20* MeshDataOf(Mesh* mesh);
 
     LifetimeWatch m_cacheWatch;
+
+    // The material's set of meshes as of a revision of it: walking the set itself, node by
+    // node over the heap, would cost a frame more than anything else here.
+    std::vector<Mesh*> m_meshList;
+    std::uint64_t m_meshListRevision = ~std::uint64_t(0);
 };
 
 } // namespace OV

@@ -37,7 +37,8 @@ MeshES20::~MeshES20()
 
 void MeshES20::Render(EffectES20* effect, const std::vector<MeshNode*>& nodes, bool specificNode)
 {
-    if (!mesh || !effect || vertexBufferId == 0 || mesh->GetNumVertices() == 0)
+    // What was uploaded had vertices, and a mesh that loses them loses this object with them.
+    if (!mesh || !effect || vertexBufferId == 0)
     {
         return;
     }
@@ -100,15 +101,12 @@ void MeshES20::Render(EffectES20* effect, const std::vector<MeshNode*>& nodes, b
 void MeshES20::DrawNodes(unsigned int mode, EffectES20* effect, const std::vector<MeshNode*>& nodes,
                          bool specificNode)
 {
-    // The index list may have shrunk or grown since the upload.
-    const std::int64_t available = std::min(indexCount, static_cast<std::int64_t>(mesh->GetNumIndices()));
-    const auto count =
-        static_cast<GLsizei>(std::min<std::int64_t>(available, std::numeric_limits<GLsizei>::max()));
+    const int count = DrawnIndexCount();
     if (count == 0)
     {
         return;
     }
-    const void* const firstIndex = reinterpret_cast<const void*>(static_cast<std::intptr_t>(indexOffset));
+    const void* const firstIndex = FirstIndex();
     for (MeshNode* node : nodes)
     {
         if (!IsDrawn(*node, specificNode))
@@ -120,6 +118,17 @@ void MeshES20::DrawNodes(unsigned int mode, EffectES20* effect, const std::vecto
         glDrawElements(mode, count, GL_UNSIGNED_SHORT, firstIndex);
         OV_GL_CHECKPOINT();
     }
+}
+
+int MeshES20::DrawnIndexCount() const
+{
+    // As uploaded: the mesh's own list may have changed since.
+    return static_cast<int>(std::min<std::int64_t>(indexCount, std::numeric_limits<int>::max()));
+}
+
+const void* MeshES20::FirstIndex() const
+{
+    return reinterpret_cast<const void*>(static_cast<std::intptr_t>(indexOffset));
 }
 
 bool MeshES20::IsDrawn(const MeshNode& node, bool specificNode)

@@ -91,6 +91,11 @@ protected:
     /// render item that names it.
     static bool IsDrawn(const MeshNode& node, bool specificNode);
 
+    /// How many indices a draw takes, and where in the index buffer they begin: never more than
+    /// were uploaded.
+    int DrawnIndexCount() const;
+    const void* FirstIndex() const;
+
 private:
     void DrawNodes(unsigned int mode, EffectES20* effect, const std::vector<MeshNode*>& nodes,
                    bool specificNode);

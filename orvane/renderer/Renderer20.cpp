@@ -6,17 +6,25 @@
 #include "orvane/overlay/Scene2D.h"
 #include "orvane/platform/detail/EntryPoints.h"
 #include "orvane/renderdata/CameraNodeES20.h"
+#include "orvane/renderdata/LineStyleES20.h"
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshES20.h"
+#include "orvane/renderdata/detail/Prefetch.h"
 #include "orvane/renderer/detail/BorrowedVector.h"
 #include "orvane/scene/AlphaMeshNode.h"
 #include "orvane/scene/CameraNode.h"
+#include "orvane/scene/LineStyle.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
+#include "orvane/scene/MeshNode.h"
+#include "orvane/scene/RawMesh.h"
 #include "orvane/scene/Scene.h"
 
 #include <GL/glew.h>
 
+#include <algorithm>
+#include <cmath>
+#include <limits>
 #include <new>
 
 namespace OV
@@ -28,12 +36,94 @@ namespace
 /// Room before the lowest and behind the highest thing of a layer.
 constexpr float kLayerMargin = 0.1f;
 
+/// The depth range of a layer with its margin. So far out that a margin is lost in rounding, the
+/// next float stands for it.
+float Below(float nearZ)
+{
+    return std::min(nearZ - kLayerMargin, std::nextafter(nearZ, -std::numeric_limits<float>::infinity()));
+}
+
+float Above(float farZ)
+{
+    return std::max(farZ + kLayerMargin, std::nextafter(farZ, std::numeric_limits<float>::infinity()));
+}
+
+/// How a layer tests depth: things at equal depth show in their order, and nothing is lost at
+/// the far plane to rounding. Puts the depth function back.
+class LayerDepthScope
+{
+public:
+    LayerDepthScope()
+    {
+        glGetIntegerv(GL_DEPTH_FUNC, &m_function);
+        glDepthFunc(GL_LEQUAL);
+        if (GLEW_ARB_depth_clamp)
+        {
+            glEnable(GL_DEPTH_CLAMP);
+        }
+    }
+
+    ~LayerDepthScope()
+    {
+        if (GLEW_ARB_depth_clamp)
+        {
+            glDisable(GL_DEPTH_CLAMP);
+        }
+        glDepthFunc(static_cast<GLenum>(m_function));
+    }
+
+    LayerDepthScope(const LayerDepthScope&) = delete;
+    LayerDepthScope& operator=(const LayerDepthScope&) = delete;
+
+private:
+    GLint m_function = GL_LESS;
+};
+
 /// Render data of a scene object as what the engine puts there. Null if there is none, and for
 /// an object of the host's.
 template <class Data>
 Data* DataOf(Object* object)
 {
     return dynamic_cast<Data*>(object);
+}
+
+/// The node that an item draws first, or null.
+const MeshNode* FirstNode(const RenderItemES20& item)
+{
+    if (item.specificNode)
+    {
+        return item.node;
+    }
+    const std::vector<MeshNode*>& nodes = item.mesh->GetNodes();
+    return nodes.empty() ? nullptr : nodes.front();
+}
+
+/// Asks for what drawing the items after this one will touch. One stage reads what the stage
+/// before it has asked for.
+void PrefetchAhead(const std::vector<RenderItemES20>& items, std::size_t current)
+{
+    constexpr std::size_t forMesh = 24;
+    constexpr std::size_t forItsParts = 16;
+    constexpr std::size_t forDataAndNode = 8;
+    if (current + forMesh >= items.size())
+    {
+        return;
+    }
+    Detail::Prefetch(items[current + forMesh].mesh);
+
+    const Mesh& mesh = *items[current + forItsParts].mesh;
+    Detail::PrefetchEnd(mesh.GetRawMesh().get());
+    Detail::PrefetchBegin(mesh.GetNodes().data());
+
+    const RenderItemES20& item = items[current + forDataAndNode];
+    Detail::Prefetch(static_cast<MeshES20*>(item.mesh->GetRenderData()));
+    if (const MeshNode* node = FirstNode(item))
+    {
+        // The place of its matrix stands first in a node; transform, flags and draw ID follow
+        // one another.
+        Detail::PrefetchBegin(node);
+        Detail::Prefetch(&node->GetGlobal(), &node->GetGlobal() + 2);
+    }
 }
 
 CameraNodeES20* CameraDataOf(CameraNode& camera)
@@ -181,9 +271,9 @@ void Renderer20::Render2D(Scene2D* layer)
     }
     glDisable(GL_BLEND);
     Clear(GL_DEPTH_BUFFER_BIT);
-    hudCamera->UpdateHudMVP(ToPoints(width), ToPoints(height), layer->nearZ - kLayerMargin,
-                            layer->farZ + kLayerMargin);
+    hudCamera->UpdateHudMVP(ToPoints(width), ToPoints(height), Below(layer->nearZ), Above(layer->farZ));
     glEnable(GL_DEPTH_TEST);
+    const LayerDepthScope depthScope;
 
     Detail::BorrowedVector<RenderItemES20> items(m_items);
     for (Material* material : layer->GetOptimizedMaterials())
@@ -215,8 +305,10 @@ void Renderer20::RenderItemList(CameraNodeES20* cameraData, std::vector<RenderIt
     Detail::BorrowedVector<MeshNode*> singleNode(m_singleNode);
     (*singleNode).resize(1);
     MeshStyleES20* current = nullptr;
-    for (const RenderItemES20& item : items)
+    for (std::size_t i = 0; i < items.size(); ++i)
     {
+        PrefetchAhead(items, i);
+        const RenderItemES20& item = items[i];
         if (item.style != current)
         {
             if (current)
@@ -261,9 +353,25 @@ void Renderer20::PrepareOptimizedMaterial(Material* material, CameraNodeES20* ca
     }
 }
 
-void Renderer20::PrepareLineStyle(LineStyle*, CameraNodeES20*, std::vector<RenderItemES20>&, bool)
+void Renderer20::PrepareLineStyle(LineStyle* lineStyle, CameraNodeES20* cameraData,
+                                  std::vector<RenderItemES20>& items, bool clippingPlane)
 {
-    // No effect draws lines, so a style gets no render data and adds no items.
+    if (!lineStyle)
+    {
+        return;
+    }
+    auto* data = DataOf<LineStyleES20>(lineStyle->GetRenderData());
+    // What another renderer made and left behind can't draw any more.
+    const bool orphaned = data && !data->IsConnected();
+    if (!lineStyle->GetRenderData() || orphaned)
+    {
+        data = new LineStyleES20(lineStyle, &bufferPool, &effectCache, extension.get());
+        lineStyle->SetRenderData(data);
+    }
+    if (data)
+    {
+        data->Prepare(cameraData, items, clippingPlane);
+    }
 }
 
 void Renderer20::PrepareZOrderedMeshNode(AlphaMeshNode* alphaNode, CameraNodeES20* cameraData,

@@ -140,7 +140,8 @@ protected:
     void PrepareOptimizedMaterial(Material* material, CameraNodeES20* cameraData,
                                   std::vector<RenderItemES20>& items, bool clippingPlane);
 
-    /// Lists the lines of a style. Lists nothing: there is no effect that draws lines.
+    /// Lists the lines of a style, giving it render data at need. GL.
+    /// @param clippingPlane whether the clip planes cut its lines.
     void PrepareLineStyle(LineStyle* lineStyle, CameraNodeES20* cameraData,
                           std::vector<RenderItemES20>& items, bool clippingPlane);
 

@@ -77,6 +77,7 @@ bool Material::AddMesh(Mesh* mesh)
     if (meshes.insert(mesh).second)
     {
         mesh->material = this;
+        ++m_meshesRevision;
     }
     return true;
 }
@@ -91,6 +92,7 @@ bool Material::RemoveMesh(Mesh* mesh)
     // A copy of a mesh stands for it here: it is the entry that leaves.
     (*found)->material = nullptr;
     meshes.erase(found);
+    ++m_meshesRevision;
     return true;
 }
 

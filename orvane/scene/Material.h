@@ -8,6 +8,7 @@
 #include "orvane/scene/CompareMeshPointers.h"
 #include "orvane/scene/NodeType.h"
 
+#include <cstdint>
 #include <memory>
 #include <set>
 #include <string>
@@ -155,6 +156,12 @@ public:
         return meshes;
     }
 
+    /// Another number after every change of the set of meshes, for whoever keeps a list of it.
+    std::uint64_t GetMeshesRevision() const
+    {
+        return m_meshesRevision;
+    }
+
     Scene* GetScene() const
     {
         return scene;
@@ -260,6 +267,8 @@ private:
     friend class Scene;
 
     bool MatchesUpdateID() const;
+
+    std::uint64_t m_meshesRevision = 0;
 };
 
 } // namespace OV

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "orvane/Export.h"
+#include "orvane/engine/Lifetime.h"
 #include "orvane/engine/Object.h"
 #include "orvane/math/Matrix.h"
 #include "orvane/math/Transform.h"
@@ -108,6 +109,12 @@ public:
         return scene;
     }
 
+    /// Ends with the node.
+    Lifetime& GetLifetime()
+    {
+        return m_lifetime;
+    }
+
     /// A number that is the host's alone.
     int GetUserData() const
     {
@@ -164,6 +171,7 @@ private:
 
     void MarkMoved();
 
+    Lifetime m_lifetime;
     /// All nodes of a scene, attached or not, so that it can tell them that it is gone.
     Node* m_previousOfScene = nullptr;
     Node* m_nextOfScene = nullptr;

@@ -18,10 +18,13 @@ using Pixels = std::vector<unsigned char>;
 inline Pixels PlainPixels(int width, int height, unsigned char r, unsigned char g, unsigned char b,
                           unsigned char a = 255)
 {
-    Pixels pixels;
-    for (int i = 0; i < width * height; ++i)
+    Pixels pixels(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4);
+    for (std::size_t i = 0; i < pixels.size(); i += 4)
     {
-        pixels.insert(pixels.end(), {r, g, b, a});
+        pixels[i] = r;
+        pixels[i + 1] = g;
+        pixels[i + 2] = b;
+        pixels[i + 3] = a;
     }
     return pixels;
 }
