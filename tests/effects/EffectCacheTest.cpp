@@ -136,7 +136,7 @@ TEST_F(EffectCacheTest, AfterTheLastReleaseTheNextRequestMakesANewEffect)
 TEST_F(EffectCacheTest, ATypeWithoutAClassGivesNullAgainAndAgain)
 {
     EffectCache cache;
-    for (const int type : {-1, 18, 1000, static_cast<int>(EffectCache::HUD)})
+    for (const int type : {-1, 18, 1000})
     {
         const auto effectType = static_cast<EffectCache::EffectType>(type);
         EXPECT_EQ(cache.GetEffect(effectType), nullptr) << type;
