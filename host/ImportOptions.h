@@ -27,6 +27,9 @@ struct ImportLimits
     /// Address space that the import may take beyond what the process already has.
     std::uint64_t memoryBytes = std::uint64_t(4) << 30;
     std::uint32_t cpuSeconds = 300;
+    /// Processor time granted for each megabyte that is read, the model's further files
+    /// included, on top of 20 seconds. cpuSeconds stays the most.
+    std::uint32_t cpuSecondsPerMegabyte = 20;
     std::uint32_t wallSeconds = 900;
 };
 

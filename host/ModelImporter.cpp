@@ -26,6 +26,7 @@ namespace
 /// Share of the whole that reading the file takes; the rest is building the scene.
 constexpr float kReadingShare = 0.8f;
 constexpr std::size_t kMaxWarnings = 50;
+constexpr std::uint64_t kFirstSeconds = 20;
 
 const char* RemedyFor(ImportStatus status)
 {
@@ -150,12 +151,12 @@ ReadOutcome CheckFile(const std::string& path, const ImportLimits& limits, std::
 }
 
 /// Reads without an exception getting out of it.
-ReadOutcome ReadGuarded(const std::string& path, const ImportOptions& options,
-                        const std::function<bool(float)>& progress, ModelData& model)
+ReadOutcome ReadGuarded(const std::string& path, const ImportOptions& options, const ReadHooks& hooks,
+                        ModelData& model)
 {
     try
     {
-        return ReadWithAssimp(path, options, progress, model);
+        return ReadWithAssimp(path, options, hooks, model);
     }
     catch (const std::bad_alloc&)
     {
@@ -232,13 +233,17 @@ ReadOutcome ReadIsolated(const std::string& path, const ImportOptions& options,
 {
     const auto work = [&path, &options](IsolatedWork& side)
     {
-        const auto report = [&side](float share)
+        ReadHooks hooks;
+        hooks.progress = [&side](float share)
         {
             side.Report(share);
             return true;
         };
+        // A small file that keeps the parser busy for long has caught it in a loop.
+        hooks.opened = [&side, &options](std::uint64_t bytes)
+        { side.AllowSeconds(kFirstSeconds + bytes * options.limits.cpuSecondsPerMegabyte / 1'000'000); };
         ModelData parsed;
-        const ReadOutcome outcome = ReadGuarded(path, options, report, parsed);
+        const ReadOutcome outcome = ReadGuarded(path, options, hooks, parsed);
         ArchiveWriter archive(side.Output());
         archive.Value(outcome.status);
         archive.Text(outcome.reason);
@@ -274,9 +279,26 @@ void ImportUnguarded(const std::string& path, const ImportOptions& options, Impo
     ModelData model;
     if (outcome.status == ImportStatus::Done)
     {
-        const auto reading = [&progress](float share) { return progress(share * kReadingShare); };
+        // What the host's callback throws must not be taken for trouble with the file.
+        std::exception_ptr thrown;
+        const auto reading = [&progress, &thrown](float share)
+        {
+            try
+            {
+                return !thrown && progress(share * kReadingShare);
+            }
+            catch (...)
+            {
+                thrown = std::current_exception();
+                return false;
+            }
+        };
         outcome = options.isolate ? ReadIsolated(path, options, reading, model)
-                                  : ReadGuarded(path, options, reading, model);
+                                  : ReadGuarded(path, options, {reading, nullptr}, model);
+        if (thrown)
+        {
+            std::rethrow_exception(thrown);
+        }
     }
     if (outcome.status != ImportStatus::Done)
     {

@@ -220,8 +220,10 @@ bool ViewFit::Frame(CameraNode& camera, const Vector& boxMin, const Vector& boxM
     double distance = 0.0;
     if (options.orthographic)
     {
-        const double halfHeight =
-            std::max(Reach(box, axes.y), Reach(box, axes.x) / lens.aspect) / lens.fill;
+        // A line seen end on would leave a picture of no height.
+        const double halfHeight = std::max({Reach(box, axes.y), Reach(box, axes.x) / lens.aspect,
+                                            0.01 * box.half.length()}) /
+                                  lens.fill;
         distance = std::max(Reach(box, axes.z) + box.half.length(), halfHeight);
         camera.SetProjection(CameraNode::Orthographic);
         camera.SetFOV(static_cast<float>(std::atan(halfHeight / distance)));

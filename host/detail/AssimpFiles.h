@@ -5,6 +5,7 @@
 #include <assimp/DefaultIOSystem.h>
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace OV::Host
@@ -16,7 +17,8 @@ namespace OV::Host
 class AssimpFiles : public Assimp::DefaultIOSystem
 {
 public:
-    AssimpFiles(const std::string& modelPath, std::uint64_t maxBytes);
+    /// @param opened called with the size of all files opened so far, each time one is.
+    AssimpFiles(const std::string& modelPath, std::uint64_t maxBytes, std::function<void(std::uint64_t)> opened);
 
     bool Exists(const char* file) const override;
     Assimp::IOStream* Open(const char* file, const char* mode) override;
@@ -25,6 +27,8 @@ private:
     /// Caches listings, which does not show.
     mutable FileFinder m_finder;
     std::uint64_t m_maxBytes;
+    std::uint64_t m_openedBytes = 0;
+    std::function<void(std::uint64_t)> m_opened;
 };
 
 } // namespace OV::Host

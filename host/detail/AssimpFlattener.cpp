@@ -134,15 +134,15 @@ void Flattener::ReadMetadata()
     // The parser scales what these formats hold to metres.
     const bool isMetric = IsGltf(format) || format.compare(0, 7, "Collada") == 0 ||
                           format.find("(IFC)") != std::string::npos;
-    double centimetres = 0.0;
+    float centimetres = 0.0f;
     if (isMetric)
     {
         m_model.metresPerUnit = 1.0;
     }
     else if (m_scene.mMetaData && m_scene.mMetaData->Get("UnitScaleFactor", centimetres) &&
-             std::isfinite(centimetres) && centimetres > 0.0)
+             std::isfinite(centimetres) && centimetres > 0.0f)
     {
-        m_model.metresPerUnit = centimetres / 100.0;
+        m_model.metresPerUnit = double(centimetres) / 100.0;
     }
 }
 
@@ -311,6 +311,11 @@ CameraData Flattener::FlattenCamera(const aiCamera& camera) const
     // Documented as the half angle, but every parser stores the full one.
     data.horizontalAngle = camera.mHorizontalFOV;
     data.aspect = camera.mAspect;
+    if (IsGltf(m_model.format) && data.aspect > 0.0)
+    {
+        // There it is the vertical angle times the aspect, which is no angle.
+        data.horizontalAngle = 2.0 * std::atan(std::tan(camera.mHorizontalFOV / data.aspect * 0.5) * data.aspect);
+    }
     data.nearDistance = camera.mClipPlaneNear;
     data.farDistance = camera.mClipPlaneFar;
     data.orthographicHalfWidth = camera.mOrthographicWidth;

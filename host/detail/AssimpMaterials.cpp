@@ -136,8 +136,8 @@ void SetGltfMatrix(const aiUVTransform& stored, TextureMapping& mapping)
     const double s = std::sin(rotation);
     const double su = stored.mScaling.x;
     const double sv = stored.mScaling.y;
-    const double offsetU = stored.mTranslation.x - 0.5 * su * (1.0 - c - s);
-    const double offsetV = 1.0 - sv - stored.mTranslation.y + 0.5 * sv * (c - s - 1.0);
+    const double offsetU = stored.mTranslation.x - 0.5 * su * (1.0 - c + s);
+    const double offsetV = 1.0 - sv - stored.mTranslation.y + 0.5 * sv * (c + s - 1.0);
 
     // With v = 1 - v' on both sides of u' = O + R S u'.
     const double matrix[2][3] = {{c * su, s * sv, offsetU - s * sv},

@@ -224,13 +224,13 @@ std::string FormatOf(const Assimp::Importer& importer)
 
 } // namespace
 
-ReadOutcome ReadWithAssimp(const std::string& path, const ImportOptions& options,
-                           const std::function<bool(float)>& progress, ModelData& model)
+ReadOutcome ReadWithAssimp(const std::string& path, const ImportOptions& options, const ReadHooks& hooks,
+                           ModelData& model)
 {
     auto importer = std::make_shared<Assimp::Importer>();
-    auto* relay = new ProgressRelay(progress);
+    auto* relay = new ProgressRelay(hooks.progress);
     importer->SetProgressHandler(relay);
-    importer->SetIOHandler(new AssimpFiles(path, options.limits.fileBytes));
+    importer->SetIOHandler(new AssimpFiles(path, options.limits.fileBytes, hooks.opened));
     importer->SetPropertyInteger(AI_CONFIG_PP_RVC_FLAGS, static_cast<int>(kUnwanted));
     importer->SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, options.smoothingAngle);
     const ReadOutcome cancelled = {ImportStatus::Cancelled, std::string()};

@@ -4,8 +4,10 @@
 #include "host/ImportResult.h"
 #include "host/detail/ModelData.h"
 
+#include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace OV::Host
 {
@@ -17,12 +19,20 @@ struct ReadOutcome
     std::string reason;
 };
 
+/// What the reader tells while it is at work.
+struct ReadHooks
+{
+    /// Takes the share done, 0 to 1; false stops at the next step.
+    std::function<bool(float)> progress;
+    /// Takes the size of all files opened so far; may be empty.
+    std::function<void(std::uint64_t)> opened;
+};
+
 /// Parses a file and flattens what it holds, triangulated and with normals, Y up.
 ///
 /// Indices, numbers and references of the result are as the parser left them: not checked.
-/// @param progress takes the share done, 0 to 1; false stops at the next step.
-ReadOutcome ReadWithAssimp(const std::string& path, const ImportOptions& options,
-                           const std::function<bool(float)>& progress, ModelData& model);
+ReadOutcome ReadWithAssimp(const std::string& path, const ImportOptions& options, const ReadHooks& hooks,
+                           ModelData& model);
 
 /// See ModelImporter::ListFormats.
 std::vector<ImportFormat> ListAssimpFormats();

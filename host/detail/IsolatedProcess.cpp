@@ -346,6 +346,17 @@ void IsolatedWork::Report(float share)
     }
 }
 
+void IsolatedWork::AllowSeconds(std::uint64_t cpuSeconds)
+{
+    rlimit limit = {};
+    if (getrlimit(RLIMIT_CPU, &limit) == 0)
+    {
+        // The hard limit is a second above the host's, and would kill without a word.
+        limit.rlim_cur = std::min<rlim_t>(cpuSeconds, limit.rlim_max - 1);
+        setrlimit(RLIMIT_CPU, &limit);
+    }
+}
+
 IsolationOutcome RunIsolated(const IsolationLimits& limits, const std::function<void(IsolatedWork&)>& work,
                              const std::function<bool(float)>& progress)
 {

@@ -62,6 +62,9 @@ public:
     /// Tells the host how far the work is, 0 to 1.
     void Report(float share);
 
+    /// Changes the processor time that the work may take in all, up to the limit of the host.
+    void AllowSeconds(std::uint64_t cpuSeconds);
+
 private:
     int m_output;
     int m_progress;

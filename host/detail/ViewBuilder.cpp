@@ -207,6 +207,8 @@ void BuildLights(const ModelData& model, const std::vector<Node*>& nodes, float 
             light->SetLocalDirection(Vector(static_cast<float>(direction.x), static_cast<float>(direction.y),
                                             static_cast<float>(direction.z)));
             node.AddChild(light.get(), false);
+            light->SetLocal(Transform());
+            light->UpdateGraph();
         }
         else
         {
