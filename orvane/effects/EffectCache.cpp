@@ -1,10 +1,19 @@
 #include "orvane/effects/EffectCache.h"
 
+#include "orvane/effects/AAEffectES20.h"
+#include "orvane/effects/AdvancedMaterialEffectES20.h"
+#include "orvane/effects/AdvancedMaterialPhongEffectES20.h"
 #include "orvane/effects/BasicMaterialAmbientPassEffectES20.h"
 #include "orvane/effects/BasicMaterialEffectES20.h"
+#include "orvane/effects/CrosshatchEffectES20.h"
+#include "orvane/effects/FXAAEffectES20.h"
 #include "orvane/effects/HUDEffectES20.h"
+#include "orvane/effects/MonotoneEffectES20.h"
+#include "orvane/effects/SimMaterialEffectES20.h"
 #include "orvane/effects/SkyEffectES20.h"
 #include "orvane/effects/SolidLineEffectES20.h"
+#include "orvane/effects/VertexColorEffectES20.h"
+#include "orvane/effects/WeightedAverageSecondPassEffectES20.h"
 #include "orvane/engine/Lifetime.h"
 
 #include <algorithm>
@@ -49,10 +58,19 @@ struct MakerRow
 constexpr MakerRow kMakers[] = {
     {EffectCache::BasicMaterial, MakeBasicMaterial<false>},
     {EffectCache::HUD, Make<HUDEffectES20>},
+    {EffectCache::VertexColor, Make<VertexColorEffectES20>},
+    {EffectCache::AA, Make<AAEffectES20>},
+    {EffectCache::FXAA, Make<FXAAEffectES20>},
+    {EffectCache::SimMaterial, Make<SimMaterialEffectES20>},
     {EffectCache::SolidLine, Make<SolidLineEffectES20>},
     {EffectCache::BasicMaterialAmbientPass, Make<BasicMaterialAmbientPassEffectES20>},
     {EffectCache::BasicMaterialAdditive, MakeBasicMaterial<true>},
+    {EffectCache::WeightedAverageSecondPass, Make<WeightedAverageSecondPassEffectES20>},
     {EffectCache::Sky, Make<SkyEffectES20>},
+    {EffectCache::AdvancedMaterial, Make<AdvancedMaterialEffectES20>},
+    {EffectCache::Crosshatch, Make<CrosshatchEffectES20>},
+    {EffectCache::Monotone, Make<MonotoneEffectES20>},
+    {EffectCache::AdvancedMaterialPhong, Make<AdvancedMaterialPhongEffectES20>},
 };
 
 Maker FindMaker(EffectCache::EffectType type)

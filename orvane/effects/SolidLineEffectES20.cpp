@@ -115,9 +115,6 @@ constexpr ProgramTemplate kTemplate = {
     kAttributes,
 };
 
-/// From the start of a segment to its end in the buffer, in vertices: a point has four.
-constexpr int kVerticesPerPoint = 4;
-
 /// A style's offset of 1 is this part of the depth range.
 constexpr float kOffsetsPerRange = 500.0f;
 
@@ -194,9 +191,10 @@ void SolidLineEffectES20::SetColorAndWidth(const LineStyle& style, bool addSecon
     if (style.antialias)
     {
         glEnable(GL_BLEND);
-        glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
         Set(UniformInvWidth, 1.0f / width);
     }
+    // For every style: all lines blend, and not by what was drawn before them.
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
 }
 
 void SolidLineEffectES20::SetOffset(const LineStyle& style, float nearDistance, float farDistance)
@@ -306,7 +304,7 @@ void SolidLineEffectES20::BindMeshAttributes(MeshES20* mesh)
     const int stride = mesh->GetStride();
     const int start = mesh->GetPositionOffset();
     EnableAttribute(AttributeStartPosition, 3, stride, start);
-    EnableAttribute(AttributeEndPosition, 3, stride, start + kVerticesPerPoint * stride);
+    EnableAttribute(AttributeEndPosition, 3, stride, start + VerticesPerPoint * stride);
     if (mesh->GetNormalOffset() >= 0)
     {
         EnableAttribute(AttributeChoiceDirNone, 3, stride, mesh->GetNormalOffset());

@@ -17,6 +17,9 @@ class Matrix;
 class ORVANE_API SolidLineEffectES20 : public EffectES20
 {
 public:
+    /// From the start of a segment to its end in the buffer, in vertices.
+    static constexpr int VerticesPerPoint = 4;
+
     explicit SolidLineEffectES20(EffectCache* cache);
 
     void BindMeshAttributes(MeshES20* mesh) override;

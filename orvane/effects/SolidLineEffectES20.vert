@@ -70,6 +70,13 @@ void applyOffset(inout vec4 start, inout vec4 end)
     }
 }
 
+// Ends that fall together have no direction, and a ribbon without one covers nothing.
+vec2 unitOrZero(vec2 v)
+{
+    float size = length(v);
+    return size > 0.0 ? v / size : vec2(0.0);
+}
+
 vec2 toScreen(vec4 clip)
 {
     return u_viewDims * ((1.0 + clip.xy / clip.w) * 0.5);
@@ -88,10 +95,12 @@ void main()
     vec4 nearPlane = vec4(0.0, 0.0, 1.0, 1.0);
     clipSegmentToPlane(start, end, nearPlane);
 
-    vec2 ndcSlope = normalize(end.xy / end.w - start.xy / start.w);
+    vec2 ndcSlope = unitOrZero(end.xy / end.w - start.xy / start.w);
     ndcSlope = vec2(ndcSlope.y, -ndcSlope.x);
     vec2 ndcOffset = dir * (u_width * 2.0 * u_invViewDims) * ndcSlope;
 
+    // The place in the world stays that of the end itself, also where the near plane has moved
+    // the end: that is meant.
     vec4 pos;
     if (choice == 0.0)
     {
@@ -107,7 +116,7 @@ void main()
 
     v_startScreen = toScreen(start);
     v_endScreen = toScreen(end);
-    v_screenDir = normalize(v_endScreen - v_startScreen);
+    v_screenDir = unitOrZero(v_endScreen - v_startScreen);
     v_screenPerpDir = vec2(v_screenDir.y, -v_screenDir.x);
     v_screenDistance = distance(v_startScreen, v_endScreen);
 }

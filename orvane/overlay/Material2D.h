@@ -1,5 +1,6 @@
 #pragma once
 
+#include "orvane/engine/Lifetime.h"
 #include "orvane/scene/Material.h"
 
 namespace OV
@@ -38,6 +39,12 @@ public:
     int textureHeight = 0;
 
     bool transparent = true;
+
+    /// For whoever points at this material and must know when it is gone.
+    Lifetime& GetLifetime() { return m_lifetime; }
+
+private:
+    Lifetime m_lifetime;
 };
 
 } // namespace OV

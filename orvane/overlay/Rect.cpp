@@ -59,9 +59,8 @@ bool Rect::IsInside(float x, float y)
 
 void Rect::Resize(float width, float height)
 {
-    SetRenderData(nullptr, true);
     WriteCorners({{0.0f, 0.0f, 0.0f}, {width, 0.0f, 0.0f}, {width, height, 0.0f}, {0.0f, height, 0.0f}});
-    rawMesh->EndDescription(true);
+    GeometryChanged();
     minX = 0.0f;
     maxX = width;
     minY = 0.0f;
@@ -72,9 +71,8 @@ void Rect::SetCorners(float x0, float y0, float z0, float x1, float y1, float z1
                       float x3, float y3, float z3)
 {
     const Vector corners[4] = {{x0, y0, z0}, {x1, y1, z1}, {x2, y2, z2}, {x3, y3, z3}};
-    SetRenderData(nullptr, true);
     WriteCorners(corners);
-    rawMesh->EndDescription(true);
+    GeometryChanged();
     minX = minY = std::numeric_limits<float>::max();
     maxX = maxY = -std::numeric_limits<float>::max();
     for (const Vector& corner : corners)

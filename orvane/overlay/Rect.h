@@ -31,7 +31,8 @@ public:
     /// in the pick padding around them. The edges are inside.
     bool IsInside(float x, float y) override;
 
-    /// Makes it start at the origin again, uncut.
+    /// Makes it start at the origin again, with all its corners. A cut of the texture stays until
+    /// the next Clip.
     void Resize(float width, float height) override;
 
     /// Cuts from the edges of the box, in pixels, each 0 or more; zeros restore all of it.

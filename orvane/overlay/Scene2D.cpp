@@ -3,6 +3,7 @@
 #include "orvane/math/Sphere.h"
 #include "orvane/math/Transform.h"
 #include "orvane/math/Vector.h"
+#include "orvane/overlay/Material2D.h"
 #include "orvane/overlay/Shape2DNode.h"
 #include "orvane/overlay/Sprite.h"
 #include "orvane/overlay/Text.h"
@@ -14,6 +15,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <tuple>
 
 namespace OV
 {
@@ -22,9 +24,15 @@ namespace
 {
 
 // What has no place in z comes last, so that the order stays one that can be sorted by.
-bool IsLower(const AlphaMeshNode* a, const AlphaMeshNode* b)
+float Sortable(float z)
 {
-    return a->z < b->z || (std::isnan(b->z) && !std::isnan(a->z));
+    return std::isnan(z) ? std::numeric_limits<float>::infinity() : z;
+}
+
+// Pixels are freed once they are in a texture: there is nothing to make another one of.
+bool CanBeMadeAnew(const Material2D& material)
+{
+    return !material.textureName.empty() || !material.text.empty();
 }
 
 template <class Object>
@@ -60,6 +68,16 @@ Scene2D::Scene2D(CoreContext* context)
 Scene2D::~Scene2D()
 {
     TellContentsOfClear();
+    // The nodes go after this list does.
+    for (Shape2DNode* follower : m_followers)
+    {
+        follower->m_follows = false;
+    }
+}
+
+bool Scene2D::DrawOrder::operator<(const DrawOrder& other) const
+{
+    return std::tie(z, localZ, sortID, place) < std::tie(other.z, other.localZ, other.sortID, other.place);
 }
 
 void Scene2D::Clear()
@@ -103,12 +121,14 @@ void Scene2D::UpdateGraph(float width, float height)
     }
     if (resized)
     {
+        MarkDirty();
         RefreshScaledMaterials(optimizedMaterials);
         RefreshScaledMaterials(alphaMaterials);
     }
-    for (Shape2DNode* follower : m_followers)
+    // By index: a node leaves the list when it finds what it follows gone.
+    for (std::size_t i = m_followers.size(); i-- > 0;)
     {
-        follower->FollowParent();
+        m_followers[i]->FollowParent();
     }
     if (dirty)
     {
@@ -122,10 +142,10 @@ void Scene2D::RefreshScaledMaterials(const std::vector<Material*>& materials)
     const std::vector<Material*> present = materials;
     for (Material* material : present)
     {
-        if (material->HasType(NodeTypeMaterial2D) && material->uScale < 1.0f)
+        const auto* const flat = dynamic_cast<const Material2D*>(material);
+        if (flat && flat->uScale < 1.0f && CanBeMadeAnew(*flat))
         {
             material->Suspend();
-            MarkDirty();
         }
     }
 }
@@ -162,17 +182,30 @@ void Scene2D::ResetPicking()
 
 void Scene2D::ProcessZOrderedDrawItems()
 {
-    for (AlphaMeshNode* item : zOrderedDrawItems)
-    {
-        Vector center;
-        center.Multiply(item->node->GetGlobal(), item->mesh->GetSphere().center);
-        item->z = center.z;
-    }
-    std::sort(zOrderedDrawItems.begin(), zOrderedDrawItems.end(), IsLower);
+    SortDrawItems();
 
     nearZ = std::numeric_limits<float>::max();
     farZ = -std::numeric_limits<float>::max();
     root->UpdateCulling(nearZ, farZ);
+}
+
+void Scene2D::SortDrawItems()
+{
+    m_drawOrder.clear();
+    for (AlphaMeshNode* item : zOrderedDrawItems)
+    {
+        const Vector& localCenter = item->mesh->GetSphere().center;
+        Vector center;
+        center.Multiply(item->node->GetGlobal(), localCenter);
+        item->z = center.z;
+        m_drawOrder.push_back(
+            {Sortable(center.z), Sortable(localCenter.z), item->mesh->GetSortID(), m_drawOrder.size(), item});
+    }
+    std::sort(m_drawOrder.begin(), m_drawOrder.end());
+    for (std::size_t i = 0; i < m_drawOrder.size(); ++i)
+    {
+        zOrderedDrawItems[i] = m_drawOrder[i].item;
+    }
 }
 
 }  // namespace OV

@@ -2,6 +2,8 @@
 
 #include "orvane/scene/Scene.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -33,8 +35,8 @@ public:
     bool AddLineStyle(LineStyle* style) override;
 
     /// As Scene::UpdateGraph. Keeps the size; moves the nodes that follow a node of a 3D scene;
-    /// when the size has changed, textures of materials with a scale below 1 are made anew;
-    /// when anything has, the transparent things are put in order anew.
+    /// when the size has changed, culling is done anew and textures of materials with a scale
+    /// below 1 are made anew; when anything has, the transparent things are put in order anew.
     /// @param width, height of the layer in pixels.
     void UpdateGraph(float width, float height) override;
 
@@ -61,17 +63,33 @@ protected:
 
     /// Orders the transparent things from the lowest z to the highest, culls what is off the
     /// screen, and finds nearZ and farZ: in a layer that shows nothing they are the largest
-    /// float and its negative.
+    /// float and its negative. At equal z what was made later lies above.
     void ProcessZOrderedDrawItems() override;
 
     std::vector<Text*> texts;     ///< not owned
     std::vector<Sprite*> sprites; ///< not owned
 
 private:
+    /// What the order of one draw item goes by.
+    struct DrawOrder
+    {
+        float z;
+        /// In the shape's own space: keeps a backdrop behind its text where z is so large that
+        /// both round to the same.
+        float localZ;
+        std::uint64_t sortID; ///< of the mesh
+        std::size_t place;    ///< in the list as it was filled
+        AlphaMeshNode* item;
+
+        bool operator<(const DrawOrder& other) const;
+    };
+
+    void SortDrawItems();
     void RefreshScaledMaterials(const std::vector<Material*>& materials);
     void TellContentsOfClear();
 
     CoreContext* m_context;
+    std::vector<DrawOrder> m_drawOrder; ///< scratch, kept for its memory
     std::vector<Shape2DNode*> m_followers; ///< nodes with a parent in a 3D scene
 };
 

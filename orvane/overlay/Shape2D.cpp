@@ -2,6 +2,7 @@
 
 #include "orvane/scene/NodeType.h"
 #include "orvane/scene/RawMesh.h"
+#include "orvane/scene/Scene.h"
 
 namespace OV
 {
@@ -48,6 +49,10 @@ void Shape2D::GeometryChanged()
 {
     rawMesh->EndDescription(true);
     SetRenderData(nullptr, true);
+    if (scene)
+    {
+        scene->MarkDirty();
+    }
 }
 
 void Shape2D::GetBounds(float&, float&) {}

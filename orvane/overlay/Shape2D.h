@@ -1,6 +1,7 @@
 #pragma once
 
 #include "orvane/Export.h"
+#include "orvane/engine/Lifetime.h"
 #include "orvane/scene/Mesh.h"
 
 namespace OV
@@ -23,8 +24,8 @@ public:
     /// Answers no to the tag of Mesh: that is meant.
     bool HasType(int type) override;
 
-    /// Moves every vertex by a distance in pixels. Box, sphere and render data follow. All that
-    /// share the geometry see it.
+    /// Moves every vertex by a distance in pixels. Box, sphere and render data follow, and the
+    /// scene is marked dirty. All that share the geometry see it.
     virtual void ShiftX(float distance);
     virtual void ShiftY(float distance);
     virtual void ShiftZ(float distance);
@@ -39,11 +40,17 @@ public:
     virtual void Padding(float padding);
     virtual void ComputeContentArea(int& width, int& height);
 
+    /// For whoever points at this shape and must know when it is gone.
+    Lifetime& GetLifetime() { return m_lifetime; }
+
 protected:
     void Shift(const Vector& distance);
 
-    /// Fits box and sphere to the vertices; render data are dropped.
+    /// Fits box and sphere to the vertices, drops the render data and marks the scene dirty.
     void GeometryChanged();
+
+private:
+    Lifetime m_lifetime;
 };
 
 } // namespace OV

@@ -7,8 +7,10 @@
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/NodeType.h"
+#include "orvane/scene/detail/Erase.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace OV
 {
@@ -20,6 +22,21 @@ void Widen(float& lowest, float& highest, float from, float to)
 {
     lowest = std::min(lowest, from);
     highest = std::max(highest, to);
+}
+
+// An orthographic camera may see what lies behind its own place, as far as its near plane.
+bool IsBehindEye(CameraNode& camera, const Vector& world)
+{
+    Vector view;
+    view.Multiply(camera.GetInvTransform(), world);
+    if (camera.GetProjection() == CameraNode::Perspective)
+    {
+        return !(view.z < 0.0f);
+    }
+    float nearPlane = 0.0f;
+    float farPlane = 0.0f;
+    camera.GetNearFar(nearPlane, farPlane);
+    return !(-view.z >= std::min(nearPlane, 0.0f));
 }
 
 }  // namespace
@@ -37,11 +54,10 @@ Shape2DNode::~Shape2DNode()
 
 void Shape2DNode::LeaveFollowers()
 {
-    // A node whose scene is gone reads null there, and its layer with it.
-    if (scene && scene2D)
+    if (m_follows)
     {
-        std::vector<Shape2DNode*>& followers = scene2D->m_followers;
-        followers.erase(std::remove(followers.begin(), followers.end(), this), followers.end());
+        detail::EraseFirst(scene2D->m_followers, this);
+        m_follows = false;
     }
 }
 
@@ -49,11 +65,42 @@ void Shape2DNode::Set3DParent(Node* node)
 {
     LeaveFollowers();
     parent3D = node;
-    m_behindEye = false;
-    if (node && scene && scene2D)
+    Scene2D* const layer = GetScene2D();
+    if (!layer)
     {
-        scene2D->m_followers.push_back(this);
+        return;
     }
+    m_behindEye = false;
+    if (node)
+    {
+        layer->m_followers.push_back(this);
+        m_follows = true;
+    }
+    layer->MarkDirty();
+}
+
+void Shape2DNode::SetBehindEye(bool isBehind)
+{
+    if (isBehind != m_behindEye)
+    {
+        m_behindEye = isBehind;
+        scene->MarkDirty();
+    }
+}
+
+Vector Shape2DNode::ToParentSpace(const Vector& place) const
+{
+    // The parents' globals are those of the update before: they may have moved since.
+    Transform global;
+    for (const Node* above = parent; above; above = above->GetParent())
+    {
+        global.Multiply(above->GetLocal(), global);
+    }
+    Transform toParent;
+    toParent.Invert(global);
+    Vector inParent;
+    inParent.Multiply(toParent, place);
+    return inParent;
 }
 
 void Shape2DNode::FollowParent()
@@ -63,31 +110,24 @@ void Shape2DNode::FollowParent()
     CameraNode* const camera = followedScene ? followedScene->GetCameraNode() : nullptr;
     if (!camera)
     {
+        SetBehindEye(false);
+        if (!followed)
+        {
+            LeaveFollowers();
+        }
         return;
     }
     const Vector world = followed->GetGlobal().GetPosition();
-    Vector view;
-    view.Multiply(camera->GetInvTransform(), world);
-    const bool behindEye = camera->GetProjection() == CameraNode::Perspective && !(view.z < 0.0f);
-    if (behindEye != m_behindEye)
-    {
-        m_behindEye = behindEye;
-        scene->MarkDirty();
-    }
-    if (behindEye)
+    Vector screen;
+    camera->WorldPosToScreenPos(world, screen);
+    const bool hasPlace = std::isfinite(screen.x) && std::isfinite(screen.y);
+    SetBehindEye(!hasPlace || IsBehindEye(*camera, world));
+    if (m_behindEye)
     {
         return;
     }
-    Vector screen;
-    camera->WorldPosToScreenPos(world, screen);
     // The camera counts from the top, the layer from the bottom.
-    Vector place(screen.x, scene2D->screenHeight - screen.y, 0.0f);
-    if (parent)
-    {
-        Transform toParent;
-        toParent.Invert(parent->GetGlobal());
-        place.Multiply(toParent, place);
-    }
+    const Vector place = ToParentSpace(Vector(screen.x, scene2D->screenHeight - screen.y, 0.0f));
     Transform moved = local;
     moved.SetPosition(Vector(place.x, place.y, local.GetPosition().z));
     if (moved != local)
@@ -98,7 +138,8 @@ void Shape2DNode::FollowParent()
 
 bool Shape2DNode::IsInside(float x, float y)
 {
-    if (!scene || !scene2D || !(scene2D->screenHeight > 0.0f))
+    const Scene2D* const layer = GetScene2D();
+    if (!layer || !(layer->screenHeight > 0.0f))
     {
         return false;
     }
@@ -119,9 +160,9 @@ void Shape2DNode::UpdateGraph()
 {
     Node::UpdateGraph();
     const float z = -global.GetPosition().z;
-    if (scene2D)
+    if (Scene2D* const layer = GetScene2D())
     {
-        Widen(scene2D->nearZ, scene2D->farZ, z, z);
+        Widen(layer->nearZ, layer->farZ, z, z);
     }
     inverseGlobal.Invert(global);
 }
@@ -149,7 +190,7 @@ void Shape2DNode::UpdateCulling(float& nearValue, float& farValue)
         for (const Mesh* mesh : meshes)
         {
             // The last mesh alone decides, whatever the others found.
-            offScreen = scene2D && IsOffScreen(*mesh);
+            offScreen = GetScene2D() && IsOffScreen(*mesh);
             const float reach = billboard ? 0.0f : global.GetMaxScale() * mesh->GetSphere().radius;
             Widen(nearValue, farValue, z - reach, z + reach);
         }

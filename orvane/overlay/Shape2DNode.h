@@ -18,13 +18,15 @@ public:
     explicit Shape2DNode(Scene2D* scene);
     ~Shape2DNode() override;
 
-    Scene2D* GetScene2D() const { return scene2D; }
+    /// Null once the layer is gone.
+    Scene2D* GetScene2D() const { return scene ? scene2D : nullptr; }
 
     /// The node of a 3D scene that this one follows; null for none, and once that is gone.
     Node* Get3DParent() const { return parent3D; }
 
     /// Stands, from the next update of the layer on, where the node's 3D scene shows that node
-    /// on the screen. Its own z, rotation and scale stay. What is behind the eye is culled.
+    /// on the screen. Its own z, rotation and scale stay. What is behind the eye is culled. When
+    /// the followed node is gone, this one stays where it was last.
     /// @param node not owned; null ends it.
     void Set3DParent(Node* node);
 
@@ -70,9 +72,14 @@ private:
 
     /// Moves to where the 3D parent is shown.
     void FollowParent();
+
+    /// The place of the layer in the space of this node's parent.
+    Vector ToParentSpace(const Vector& place) const;
+    void SetBehindEye(bool isBehind);
     void LeaveFollowers();
 
-    bool m_behindEye = false;
+    bool m_follows = false;   ///< stands in the layer's list of followers
+    bool m_behindEye = false; ///< the followed node is
 };
 
 }  // namespace OV

@@ -1,15 +1,13 @@
 #include "orvane/overlay/Sprite.h"
 
 #include "orvane/math/Vector.h"
-#include "orvane/overlay/Material2D.h"
 #include "orvane/overlay/Rect.h"
 #include "orvane/overlay/Scene2D.h"
-#include "orvane/overlay/Shape2DNode.h"
 #include "orvane/overlay/detail/ClipRegion.h"
+#include "orvane/overlay/detail/DeleteNodes.h"
 #include "orvane/scene/NodeType.h"
 
 #include <algorithm>
-#include <vector>
 
 namespace OV
 {
@@ -31,7 +29,10 @@ void Sprite::Attach()
 {
     material->AddMesh(shape);
     node = new Shape2DNode(scene);
-    shape->AddNode(node);
+    if (shape)
+    {
+        shape->AddNode(node);
+    }
     scene->GetRoot()->AddChild(node, false);
     scene->AddSprite(this);
 }
@@ -48,22 +49,26 @@ Sprite::~Sprite()
         {
             overrideMaterial->RemoveMesh(shape);
         }
-        const std::vector<MeshNode*> nodes = shape->GetNodes();
-        for (MeshNode* shown : nodes)
-        {
-            scene->DeleteSubtree(shown);
-        }
-        delete shape;
+        Detail::DeleteNodes(*scene, *shape);
+        delete shape.Get();
     }
     if (ownsMaterial)
     {
-        delete material;
+        delete material.Get();
     }
     scene->RemoveSprite(this);
 }
 
 void Sprite::OnLayerCleared()
 {
+    if (shape && shape->GetScene() != scene)
+    {
+        delete shape.Get();
+    }
+    if (ownsMaterial && material && material->GetScene() != scene)
+    {
+        delete material.Get();
+    }
     scene = nullptr;
     shape = nullptr;
     node = nullptr;
@@ -119,10 +124,13 @@ void Sprite::SetOverrideMaterial(Material2D* newMaterial)
     }
     if (newMaterial)
     {
-        material->RemoveMesh(shape);
+        if (material)
+        {
+            material->RemoveMesh(shape);
+        }
         newMaterial->AddMesh(shape);
     }
-    else
+    else if (material)
     {
         material->AddMesh(shape);
     }
@@ -157,6 +165,10 @@ void Sprite::SetClipRegion(int x, int y, int width, int height)
     clipBottom = Detail::RegionEnd(y, height);
     clipped = true;
     UpdateToClipRegion();
+    if (scene)
+    {
+        scene->MarkDirty();
+    }
 }
 
 bool Sprite::UpdateToClipRegion()
@@ -165,7 +177,7 @@ bool Sprite::UpdateToClipRegion()
     {
         return true;
     }
-    auto* const rect = static_cast<Rect*>(shape);
+    auto* const rect = static_cast<Rect*>(shape.Get());
     MeshNode* const shown = shape->GetNodes().front();
     Vector lower;
     lower.Multiply(shown->GetGlobal(), Vector(rect->GetMinX(), rect->GetMinY(), 0.0f));

@@ -1,28 +1,30 @@
 #pragma once
 
 #include "orvane/Export.h"
+#include "orvane/engine/WatchedPtr.h"
 #include "orvane/math/Color.h"
+#include "orvane/overlay/Material2D.h"
+#include "orvane/overlay/Shape2D.h"
+#include "orvane/overlay/Shape2DNode.h"
 
 namespace OV
 {
 
-class Material2D;
 class Scene2D;
-class Shape2D;
-class Shape2DNode;
 
 /// One thing in a layer: a shape, the node that places it and the material that colours it.
 ///
 /// Owns the shape, and the material if it made it. Layer and sprite may go in any order: with
-/// the layer, or when that is cleared, go shape, node and material, and the sprite is empty
-/// from then on.
+/// the layer, or when that is cleared, go shape, node and own material, and the sprite is empty
+/// from then on. What a host deletes of these on its own reads null afterwards.
 class ORVANE_API Sprite
 {
 public:
     /// Makes a material of its own, named "sprite".
+    /// @param scene not null. @param shape taken over.
     Sprite(Scene2D* scene, Shape2D* shape);
 
-    /// @param material in the layer or not; stays the caller's and outlives the sprite.
+    /// @param material stays the caller's; drawn when it is in the layer.
     Sprite(Material2D* material, Scene2D* scene, Shape2D* shape);
     Sprite(const Sprite&) = delete;
     Sprite& operator=(const Sprite&) = delete;
@@ -40,7 +42,7 @@ public:
     /// @param newMaterial stays the caller's.
     void SetOverrideMaterial(Material2D* newMaterial);
 
-    /// Leaves the sprite out of hit tests, or not.
+    /// Flags the sprite's nodes as left out of hit tests, or not; whoever picks reads it.
     void IgnorePick(bool ignore);
 
     /// Cuts the sprite to a region of the layer, in pixels, from now on. Only a Rect at one
@@ -61,10 +63,10 @@ public:
     bool HasOverrideMaterial() const { return overrideMaterial != nullptr; }
 
 protected:
-    Material2D* material = nullptr;
-    Material2D* overrideMaterial = nullptr;
-    Shape2D* shape = nullptr;
-    Shape2DNode* node = nullptr;
+    WatchedPtr<Material2D> material;
+    WatchedPtr<Material2D> overrideMaterial;
+    WatchedPtr<Shape2D> shape;
+    WatchedPtr<Shape2DNode> node;
     Scene2D* scene = nullptr;
     bool ownsMaterial = false;
     bool clipped = false;    ///< a clip region is set
@@ -80,7 +82,7 @@ private:
 
     void Attach();
 
-    /// The layer deletes what it holds: shape, node and own material are no more.
+    /// The layer is about to delete what it holds; what it does not hold of this goes here.
     void OnLayerCleared();
 };
 

@@ -2,11 +2,10 @@
 
 #include "orvane/math/Transform.h"
 #include "orvane/math/Vector.h"
-#include "orvane/overlay/Material2D.h"
-#include "orvane/overlay/Rect.h"
 #include "orvane/overlay/Scene2D.h"
 #include "orvane/overlay/Shape2DNode.h"
 #include "orvane/overlay/detail/ClipRegion.h"
+#include "orvane/overlay/detail/DeleteNodes.h"
 #include "orvane/overlay/detail/TextSizeCallback.h"
 
 #include <algorithm>
@@ -59,16 +58,15 @@ Text::~Text()
     {
         return;
     }
-    const std::vector<MeshNode*> nodes = rect->GetNodes();
-    for (MeshNode* node : nodes)
+    if (rect)
     {
-        scene->DeleteSubtree(node);
+        Detail::DeleteNodes(*scene, *rect);
+        delete rect.Get();
     }
-    delete rect;
-    delete leftBackdrop;
-    delete centerBackdrop;
-    delete rightBackdrop;
-    delete material;
+    DeleteBackdrop(leftBackdrop, leftMaterial);
+    DeleteBackdrop(centerBackdrop, centerMaterial);
+    DeleteBackdrop(rightBackdrop, rightMaterial);
+    delete material.Get();
     scene->RemoveText(this);
 }
 
@@ -77,8 +75,14 @@ void Text::OnLayerCleared()
     scene = nullptr;
     material = nullptr;
     rect = nullptr;
-    leftMaterial = centerMaterial = rightMaterial = nullptr;
-    leftBackdrop = centerBackdrop = rightBackdrop = nullptr;
+    for (WatchedPtr<Material2D>* backdropMaterial : {&leftMaterial, &centerMaterial, &rightMaterial})
+    {
+        *backdropMaterial = nullptr;
+    }
+    for (WatchedPtr<Rect>* backdrop : {&leftBackdrop, &centerBackdrop, &rightBackdrop})
+    {
+        *backdrop = nullptr;
+    }
 }
 
 void Text::Layout()
@@ -145,7 +149,7 @@ void Text::LimitFontSize(int& measuredWidth, int& measuredHeight, int& textureWi
 
 void Text::Update(const std::string& text)
 {
-    if (!scene)
+    if (!IsWhole())
     {
         return;
     }
@@ -169,12 +173,14 @@ Material2D* Text::NewBackdropMaterial(const char* name, const Color& color)
     return made;
 }
 
-void Text::DeleteBackdrop(Rect*& backdrop, Material2D*& backdropMaterial)
+void Text::DeleteBackdrop(Rect* backdrop, Material2D* backdropMaterial)
 {
     delete backdrop;
-    backdrop = nullptr;
-    delete backdropMaterial;
-    backdropMaterial = nullptr;
+    // A host may have found it in the layer and shown something else with it.
+    if (backdropMaterial && backdropMaterial->GetMeshes().empty())
+    {
+        delete backdropMaterial;
+    }
 }
 
 void Text::PlaceBackdrop(Rect* backdrop, Material2D* backdropMaterial, float y)
@@ -190,7 +196,7 @@ void Text::PlaceBackdrop(Rect* backdrop, Material2D* backdropMaterial, float y)
 
 void Text::AddBackdrop(const Color& color, int backdropWidth, int backdropHeight, int x, int y)
 {
-    if (!scene)
+    if (!IsWhole())
     {
         return;
     }
@@ -206,7 +212,7 @@ void Text::AddBackdrop(const FilePath& path, const std::string& leftName, const 
                        const std::string& rightName, int leftWidth, int rightWidth, int backdropHeight, int y,
                        float alpha, int centerWidth)
 {
-    if (!scene)
+    if (!IsWhole())
     {
         return;
     }
@@ -325,6 +331,10 @@ void Text::SetClipRegion(int x, int y, int regionWidth, int regionHeight)
     clipBottom = Detail::RegionEnd(y, regionHeight);
     clipped = true;
     UpdateToClipRegion();
+    if (scene)
+    {
+        scene->MarkDirty();
+    }
 }
 
 bool Text::UpdateToClipRegion()

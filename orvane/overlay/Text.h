@@ -1,17 +1,17 @@
 #pragma once
 
 #include "orvane/Export.h"
+#include "orvane/engine/WatchedPtr.h"
 #include "orvane/math/Color.h"
+#include "orvane/overlay/Material2D.h"
+#include "orvane/overlay/Rect.h"
 
-#include <memory>
 #include <string>
 
 namespace OV
 {
 
 struct FilePath;
-class Material2D;
-class Rect;
 class Scene2D;
 class Shape2DNode;
 
@@ -19,9 +19,10 @@ class Shape2DNode;
 /// behind it.
 ///
 /// The texture is made when the text is first drawn; its size is known at once, through the
-/// measuring callback. Owns rectangle, node, material and the backdrops' rectangles; the
-/// backdrops' materials belong to the layer. Layer and text may go in any order: with the
-/// layer, or when that is cleared, goes all that, and the text is empty from then on.
+/// measuring callback. Owns rectangle, node, material and the backdrops; a backdrop's material
+/// that shows something else too is left to the layer. Layer and text may go in any order: with
+/// the layer, or when that is cleared, goes all that, and the text is empty from then on. What a
+/// host deletes of these on its own reads null afterwards.
 class ORVANE_API Text
 {
 public:
@@ -29,7 +30,8 @@ public:
     using SizeCallback = void (*)(const std::string& font, int fontSize, const std::string& text, int maxWidth,
                                   int& width, int& height, int& textureWidth, int& textureHeight);
 
-    /// Stands at the layer's origin, and is left out of hit tests.
+    /// Stands at the layer's origin, flagged as left out of hit tests.
+    /// @param scene not null.
     /// @param font, text in the encoding of the C locale in force. @param fontSize em in pixels;
     /// drawn at 12 at least, and smaller where the texture would pass 1024 pixels.
     /// @param centerX, centerY whether the box is centred on the node, or starts there.
@@ -40,7 +42,8 @@ public:
     Text& operator=(const Text&) = delete;
     ~Text();
 
-    /// Replaces the string; box and texture follow.
+    /// Replaces the string; box and texture follow. Where a clip region is set, UpdateToClipRegion
+    /// cuts the new box. GL, if the text was drawn before.
     void Update(const std::string& text);
 
     /// Empty without a material.
@@ -75,7 +78,7 @@ public:
     /// Hides every node, or shows those that the clip region does not hide.
     void Show(bool show);
 
-    /// Leaves the text out of hit tests, or not.
+    /// Flags the text's nodes as left out of hit tests, or not; whoever picks reads it.
     void IgnorePick(bool ignore);
 
     /// Cuts the text to a region of the layer, in pixels, from now on.
@@ -109,18 +112,18 @@ protected:
     /// the one asked for.
     void LimitFontSize(int& width, int& height, int& textureWidth, int& textureHeight);
 
-    Material2D* material = nullptr;
-    Rect* rect = nullptr;
+    WatchedPtr<Material2D> material;
+    WatchedPtr<Rect> rect;
     Scene2D* scene = nullptr;
     int fontSize = 0;
     bool centerX = false;
     bool centerY = false;
-    Material2D* leftMaterial = nullptr;
-    Material2D* centerMaterial = nullptr;
-    Material2D* rightMaterial = nullptr;
-    Rect* leftBackdrop = nullptr;
-    Rect* centerBackdrop = nullptr;
-    Rect* rightBackdrop = nullptr;
+    WatchedPtr<Material2D> leftMaterial;
+    WatchedPtr<Material2D> centerMaterial;
+    WatchedPtr<Material2D> rightMaterial;
+    WatchedPtr<Rect> leftBackdrop;
+    WatchedPtr<Rect> centerBackdrop;
+    WatchedPtr<Rect> rightBackdrop;
     int left = 0;
     int right = 0;
     int bottom = 0;
@@ -142,9 +145,12 @@ private:
     void SetTextureRange(int textWidth, int textHeight, int textureWidth, int textureHeight);
     Material2D* NewBackdropMaterial(const char* name, const Color& color);
     void PlaceBackdrop(Rect* backdrop, Material2D* backdropMaterial, float y);
-    void DeleteBackdrop(Rect*& backdrop, Material2D*& backdropMaterial);
+    static void DeleteBackdrop(Rect* backdrop, Material2D* backdropMaterial);
 
-    /// The layer deletes what it holds: nothing of the text is left.
+    /// Whether nothing of the text has been deleted behind its back.
+    bool IsWhole() const { return scene && material && rect; }
+
+    /// The layer is about to delete what it holds: nothing of the text is left.
     void OnLayerCleared();
 };
 

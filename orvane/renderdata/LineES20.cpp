@@ -1,6 +1,6 @@
 #include "orvane/renderdata/LineES20.h"
 
-#include "orvane/effects/EffectES20.h"
+#include "orvane/effects/SolidLineEffectES20.h"
 #include "orvane/engine/GLCheckpoint.h"
 #include "orvane/scene/Line.h"
 #include "orvane/scene/LineStyle.h"
@@ -47,7 +47,7 @@ void LineES20::Render(EffectES20* effect, const std::vector<MeshNode*>& nodes, b
             glPolygonOffset(-1.0f, -1.0f);
         }
         // Drawn even without an index: that is meant.
-        glDrawElements(mode, DrawnIndexCount(), GL_UNSIGNED_SHORT, FirstIndex());
+        glDrawElements(mode, DrawnIndexCount(SolidLineEffectES20::VerticesPerPoint), GL_UNSIGNED_SHORT, FirstIndex());
         OV_GL_CHECKPOINT();
     }
     if (mesh->UsingDrawID())

@@ -47,6 +47,10 @@ void LineStyleES20::OnEffectCacheGone(void* self)
 
 void LineStyleES20::Prepare(CameraNodeES20*, std::vector<RenderItemES20>& items, bool clippingPlane)
 {
+    if (!bufferPool)
+    {
+        return;
+    }
     if (lineStyle->HasType(NodeTypeNodeLineStyle))
     {
         MeshNode* const node = static_cast<NodeLineStyle*>(lineStyle)->GetNode();
@@ -64,30 +68,30 @@ void LineStyleES20::Prepare(CameraNodeES20*, std::vector<RenderItemES20>& items,
         return;
     }
     const bool clip = clippingPlane && lineStyle->IsClippingEnabled();
+    std::size_t next = items.size();
+    items.resize(next + lineStyle->GetLines().size());
     for (Line* line : lineStyle->GetLines())
     {
-        if (LineES20* const lineData = LineDataOf(line))
-        {
-            lineData->clippingPlaneEnabled = clip;
-            items.push_back({line, this, false, nullptr});
-        }
+        LineDataOf(line)->clippingPlaneEnabled = clip;
+        items[next++] = {line, this, false, nullptr};
     }
 }
 
 void LineStyleES20::PrepareSpecificNode(Line* line, MeshNode* node, std::vector<RenderItemES20>& items,
                                         bool clippingPlane)
 {
-    if (LineES20* const lineData = LineDataOf(line))
+    if (!bufferPool)
     {
-        lineData->clippingPlaneEnabled = clippingPlane;
-        items.push_back({line, this, true, node});
+        return;
     }
+    LineDataOf(line)->clippingPlaneEnabled = clippingPlane;
+    items.push_back({line, this, true, node});
 }
 
 LineES20* LineStyleES20::LineDataOf(Line* line)
 {
     auto* lineData = dynamic_cast<LineES20*>(line->GetRenderData());
-    if ((!lineData || !lineData->pool) && bufferPool)
+    if (!lineData || !lineData->pool)
     {
         lineData = new LineES20(line, bufferPool);
         line->SetRenderData(lineData, true);

@@ -1,7 +1,11 @@
 #include "orvane/renderdata/MaterialES20.h"
 
+#include "orvane/effects/AdvancedMaterialEffectES20.h"
+#include "orvane/effects/AdvancedMaterialPhongEffectES20.h"
+#include "orvane/effects/CrosshatchEffectES20.h"
 #include "orvane/effects/EffectCache.h"
 #include "orvane/effects/MaterialEffectES20.h"
+#include "orvane/effects/MonotoneEffectES20.h"
 #include "orvane/imaging/TextureLoader.h"
 #include "orvane/overlay/Material2D.h"
 #include "orvane/renderdata/MeshES20.h"
@@ -22,9 +26,6 @@ namespace OV
 
 namespace
 {
-
-/// "SmMa": a material of the host's that is shaded by the effect for simulation.
-constexpr int kSimMaterialTag = 0x536D4D61;
 
 /// What CreateTexture is told about a reduction of pictures: none.
 constexpr float kFullScale = 1.0f;
@@ -255,8 +256,60 @@ bool MaterialES20::Apply(CameraNodeES20* camera, RenderPass pass)
     {
         return false;
     }
+    SetUpPass(slot);
     static_cast<MaterialEffectES20*>(currentEffect)->Apply(this, camera);
     return true;
+}
+
+void MaterialES20::SetUpPass(unsigned int pass)
+{
+    switch (pass)
+    {
+    case RenderPassAdvanced:
+    case RenderPassAdvancedSecond:
+        FollowShaderType(pass);
+        if (auto* const advanced = dynamic_cast<AdvancedMaterialBaseES20*>(currentEffect))
+        {
+            advanced->passFlag = pass == RenderPassAdvancedSecond;
+        }
+        break;
+    case RenderPassCrosshatch:
+    case RenderPassCrosshatchSecond:
+        if (auto* const crosshatch = dynamic_cast<CrosshatchEffectES20*>(currentEffect))
+        {
+            crosshatch->passFlag = pass == RenderPassCrosshatchSecond;
+        }
+        break;
+    case RenderPassMonotone:
+    case RenderPassMonotoneSecond:
+        if (auto* const monotone = dynamic_cast<MonotoneEffectES20*>(currentEffect))
+        {
+            monotone->passFlag = pass == RenderPassMonotoneSecond;
+        }
+        break;
+    default:
+        break;
+    }
+}
+
+void MaterialES20::FollowShaderType(unsigned int pass)
+{
+    const EffectCache::EffectType wanted = EffectES20::GetAdvancedMaterialShaderType();
+    const bool fits = wanted == EffectCache::AdvancedMaterialPhong
+                          ? dynamic_cast<AdvancedMaterialPhongEffectES20*>(currentEffect) != nullptr
+                          : dynamic_cast<AdvancedMaterialEffectES20*>(currentEffect) != nullptr;
+    if (fits || !effectCache)
+    {
+        return;
+    }
+    if (EffectES20* const effect = effectCache->GetEffect(wanted))
+    {
+        // The old one is kept to the end of this object, so that going back and forth between
+        // the models compiles nothing anew.
+        m_replacedEffects.push_back(currentEffect);
+        currentEffect = effect;
+        passEffects[pass] = effect;
+    }
 }
 
 void MaterialES20::Apply(CameraNodeES20* camera)
@@ -349,7 +402,7 @@ void MaterialES20::TakeEffects()
         TakeEffect(RenderPassDefault, EffectCache::HUD);
         return;
     }
-    if (material->HasType(kSimMaterialTag))
+    if (material->HasType(NodeTypeSimMaterial))
     {
         TakeEffect(RenderPassDefault, EffectCache::SimMaterial);
         return;
@@ -380,6 +433,12 @@ void MaterialES20::TakeEffect(unsigned int pass, int effectType)
 void MaterialES20::ReleaseEffects()
 {
     currentEffect = nullptr;
+    const std::vector<EffectES20*> replaced = std::move(m_replacedEffects);
+    m_replacedEffects.clear();
+    for (EffectES20* effect : replaced)
+    {
+        effect->Release();
+    }
     for (EffectES20*& slot : passEffects)
     {
         if (EffectES20* effect = slot)
@@ -415,7 +474,7 @@ void MaterialES20::LoadTextures()
     {
         LoadHudTexture();
     }
-    else if (!material->HasType(kSimMaterialTag))
+    else if (!material->HasType(NodeTypeSimMaterial))
     {
         LoadSurfaceTextures();
     }

@@ -120,6 +120,8 @@ private:
     void TakeEffect(unsigned int pass, int effectType);
     void ReleaseEffects();
     void LoadTextures();
+    void SetUpPass(unsigned int pass);
+    void FollowShaderType(unsigned int pass);
     void LoadHudTexture();
     void LoadText(Material2D& flat);
     void LoadSurfaceTextures();
@@ -128,6 +130,7 @@ private:
     void ListMeshes(std::vector<RenderItemES20>& items, bool clippingPlane);
     MeshES20* MeshDataOf(Mesh* mesh);
 
+    std::vector<EffectES20*> m_replacedEffects; ///< by a change of shader type; counted
     LifetimeWatch m_cacheWatch;
 
     // The material's set of meshes as of a revision of it: walking the set itself, node by

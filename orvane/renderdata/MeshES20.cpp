@@ -120,8 +120,12 @@ void MeshES20::DrawNodes(unsigned int mode, EffectES20* effect, const std::vecto
     }
 }
 
-int MeshES20::DrawnIndexCount() const
+int MeshES20::DrawnIndexCount(int reach) const
 {
+    if (spareVertices < reach)
+    {
+        return 0;
+    }
     // As uploaded: the mesh's own list may have changed since.
     return static_cast<int>(std::min<std::int64_t>(indexCount, std::numeric_limits<int>::max()));
 }

@@ -83,6 +83,10 @@ public:
     int colorOffset = 0;
     std::int64_t indexOffset = 0; ///< bytes in the index buffer of this mesh's first index
     std::int64_t indexCount = 0;  ///< number of indices uploaded
+
+    /// Vertices uploaded beyond the one that the largest index names; negative when that index
+    /// leads out of the mesh, which is then not drawn.
+    std::int64_t spareVertices = 0;
     int scalarOffset = 0;         ///< -1 after the upload: no scalar stream is packed
     bool clippingPlaneEnabled = false;
 
@@ -92,8 +96,9 @@ protected:
     static bool IsDrawn(const MeshNode& node, bool specificNode);
 
     /// How many indices a draw takes, and where in the index buffer they begin: never more than
-    /// were uploaded.
-    int DrawnIndexCount() const;
+    /// were uploaded, and none where one would read past the mesh's vertices.
+    /// @param reach how far beyond the vertex of an index a draw reads.
+    int DrawnIndexCount(int reach = 0) const;
     const void* FirstIndex() const;
 
 private:

@@ -48,6 +48,18 @@ struct Staging
     std::unique_ptr<unsigned short[]> indices;
 };
 
+/// @return the largest; -1 if there is none.
+int CopyIndices(const std::vector<unsigned short>& in, unsigned short* out)
+{
+    unsigned short largest = 0;
+    for (std::size_t i = 0; i < in.size(); ++i)
+    {
+        out[i] = in[i];
+        largest = std::max(largest, in[i]);
+    }
+    return in.empty() ? -1 : largest;
+}
+
 int AbsoluteOffset(int offset, std::int64_t base)
 {
     return offset < 0 ? -1 : static_cast<int>(offset + base);
@@ -156,7 +168,8 @@ void SharedBuffer::Pack(float* vertices, unsigned short* indices)
         base += static_cast<std::int64_t>(mesh.GetNumVertices()) * stride;
 
         const std::vector<unsigned short>& meshIndices = mesh.GetIndices();
-        std::copy(meshIndices.begin(), meshIndices.end(), indices + firstIndex);
+        const int largest = CopyIndices(meshIndices, indices + firstIndex);
+        meshData->spareVertices = static_cast<std::int64_t>(mesh.GetNumVertices()) - 1 - largest;
         meshData->indexOffset = firstIndex * static_cast<std::int64_t>(sizeof(unsigned short));
         meshData->indexCount = static_cast<std::int64_t>(meshIndices.size());
         firstIndex += meshData->indexCount;

@@ -49,7 +49,7 @@ float Above(float farZ)
 }
 
 /// How a layer tests depth: things at equal depth show in their order, and nothing is lost at
-/// the far plane to rounding. Puts the depth function back.
+/// the far plane to rounding. Puts both back.
 class LayerDepthScope
 {
 public:
@@ -59,13 +59,14 @@ public:
         glDepthFunc(GL_LEQUAL);
         if (GLEW_ARB_depth_clamp)
         {
+            m_clamped = glIsEnabled(GL_DEPTH_CLAMP) != GL_FALSE;
             glEnable(GL_DEPTH_CLAMP);
         }
     }
 
     ~LayerDepthScope()
     {
-        if (GLEW_ARB_depth_clamp)
+        if (GLEW_ARB_depth_clamp && !m_clamped)
         {
             glDisable(GL_DEPTH_CLAMP);
         }
@@ -77,6 +78,7 @@ public:
 
 private:
     GLint m_function = GL_LESS;
+    bool m_clamped = false;
 };
 
 /// Render data of a scene object as what the engine puts there. Null if there is none, and for

@@ -28,7 +28,9 @@ ORVANE_BIT_SET(LineStyleFlags)
 
 /// Look of lines and the set of lines that have it.
 ///
-/// The fields are read by the line effect as they stand; no setter marks the scene dirty.
+/// The fields are read by the line effect as they stand; no setter marks the scene dirty. The
+/// two colours are added, and the second starts white: for its own colour to show, a host
+/// blackens secondColor.
 class ORVANE_API LineStyle
 {
 public:
@@ -119,13 +121,17 @@ public:
     void Resume();
 
     Color color = Color(1.0f, 1.0f, 1.0f, 1.0f);
+    /// Added to color in every pass but the ambient one; its alpha does not count.
     Color secondColor = Color(1.0f, 1.0f, 1.0f, 1.0f);
-    /// In pixels.
+    /// In pixels, to each side of the line. With antialias the line fades to nothing over them, and
+    /// so looks as wide as this in all.
     float width = 1.0f;
     unsigned int flags = 0;
-    /// Shift towards the camera.
+    /// Shift towards the camera, in 1/500 of its depth range. Only an orthographic view shows it as
+    /// that; in perspective it is a number to tune.
     float offset = 0.0f;
     bool dashed = false;
+    /// Length of a dash, and of the gap after it, in pixels.
     float dashFrequency = 1.0f;
     bool antialias = true;
     bool noDepthTest = false;

@@ -21,6 +21,7 @@ enum NodeType : int
     NodeTypeMaterial = 0x4D617472,      ///< Matr
     NodeTypeNodeMaterial = 0x4E6D7472,  ///< Nmtr, also a Material
     NodeTypeMaterial2D = 0x4D615432,    ///< MaT2, also a Material
+    NodeTypeSimMaterial = 0x536D4D61,   ///< SmMa, also a Material
     NodeTypeLineStyle = 0x6C6E5379,     ///< lnSy
     NodeTypeNodeLineStyle = 0x4E4C5359, ///< NLSY, also a LineStyle
 };

@@ -15,6 +15,8 @@ inline void Prefetch(const void* begin, const void* end)
     {
         __builtin_prefetch(byte);
     }
+    // The last line, where the first one was not met at its beginning.
+    __builtin_prefetch(static_cast<const char*>(end) - 1);
 }
 
 /// The same for the beginning of an object alone.

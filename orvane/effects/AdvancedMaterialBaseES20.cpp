@@ -1,0 +1,248 @@
+#include "orvane/effects/AdvancedMaterialBaseES20.h"
+
+#include "orvane/effects/SkySettings.h"
+#include "orvane/effects/detail/AdvancedMaterialTables.h"
+#include "orvane/math/Color.h"
+#include "orvane/math/Matrix.h"
+#include "orvane/math/Quaternion.h"
+#include "orvane/math/Vector.h"
+#include "orvane/renderdata/CameraNodeES20.h"
+#include "orvane/renderdata/MaterialES20.h"
+#include "orvane/renderdata/MeshES20.h"
+#include "orvane/scene/CameraNode.h"
+#include "orvane/scene/LightNode.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/MeshNode.h"
+
+#include <GL/glew.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace OV
+{
+
+using namespace Detail;
+
+namespace
+{
+
+enum TextureUnit : int
+{
+    UnitColor,
+    UnitNormalMap,
+    UnitReflectionMap,
+    UnitOpacityMap,
+};
+
+void BindTexture(GLenum target, TextureUnit unit, unsigned int texture)
+{
+    glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
+    glBindTexture(target, texture);
+}
+
+/// A quarter turn about X, from half its angle as it has always been written.
+Matrix3x3 QuarterTurnAboutX()
+{
+    constexpr float halfAngle = 0.7853975f;
+    Quaternion turn;
+    turn.x = std::sin(halfAngle);
+    turn.w = std::cos(halfAngle);
+    Matrix3x3 matrix;
+    turn.ExtractMatrix(matrix);
+    return matrix;
+}
+
+constexpr std::uint64_t OptionIf(bool condition, AdvancedOption option)
+{
+    return condition ? option : std::uint64_t(0);
+}
+
+} // namespace
+
+AdvancedMaterialBaseES20::AdvancedMaterialBaseES20(EffectCache* cache) :
+    MaterialEffectES20(cache), cubeMatrix(QuarterTurnAboutX())
+{
+}
+
+void AdvancedMaterialBaseES20::SetEditInContextPath(const Path& path)
+{
+    editPath = path;
+    editPathActive = true;
+}
+
+void AdvancedMaterialBaseES20::ClearEditInContextPath()
+{
+    editPathActive = false;
+    editPath.clear();
+}
+
+std::uint64_t AdvancedMaterialBaseES20::OptionsOf(MaterialES20* data) const
+{
+    return OptionIf(SkySettings::inst().UseFog(), AdvancedOptionFog) |
+           OptionIf(data->GetMaterial()->stippling, AdvancedOptionStippling) |
+           OptionIf(passFlag, AdvancedOptionAmbient) |
+           OptionIf(data->GetOpacityMapID() != 0, AdvancedOptionCutout) |
+           OptionIf(ColorTexture(data) != 0, AdvancedOptionTexture) |
+           OptionIf(data->GetNormalMapID() != 0, AdvancedOptionNormalMap);
+}
+
+void AdvancedMaterialBaseES20::Apply(MaterialES20* data, CameraNodeES20* camera)
+{
+    Material* const material = data->GetMaterial();
+    m_camera = camera;
+    UseOptions(OptionsOf(data));
+    if (const CameraNode* const node = camera->GetCameraNode())
+    {
+        Set(AdvancedUniformCamera, node->GetGlobal().GetPosition());
+    }
+    SetFog(AdvancedUniformFogRange, AdvancedUniformFogColor);
+    SetStippling(material, AdvancedUniformStippleColor, AdvancedUniformStippleOffset, AdvancedUniformStippleSize);
+    // Always: left at 0 the cube sampler would share a unit with a flat one, which is an error.
+    Set(AdvancedUniformReflectionMap, static_cast<int>(UnitReflectionMap));
+    Set(AdvancedUniformReflectionFactors,
+        Vector(material->reflectionFactors[0], material->reflectionFactors[1], material->reflectionFactors[2]));
+    blendEnabled = EnableBlendingIfNeeded(data);
+    SetMaps(data);
+    Set(AdvancedUniformCubeMatrix, cubeMatrix);
+    SetColors(material);
+    Set(AdvancedUniformPointSize, material->pointSize);
+    Set(AdvancedUniformAmbientColorIntensity, s_ambientColorIntensity);
+    Set(AdvancedUniformAmbientTextureIntensity, s_ambientTextureIntensity);
+    Set(AdvancedUniformShadowIntensity, s_shadowIntensity);
+    SetModelUniforms();
+}
+
+void AdvancedMaterialBaseES20::SetMaps(MaterialES20* data)
+{
+    const unsigned int color = ColorTexture(data);
+    const unsigned int normalMap = data->GetNormalMapID();
+    const unsigned int opacityMap = data->GetOpacityMapID();
+    if (color != 0 || normalMap != 0 || opacityMap != 0)
+    {
+        Set(AdvancedUniformScale, ShaderScale(data->GetUScale()), ShaderScale(data->GetVScale()));
+    }
+    Set(AdvancedUniformTexture0, static_cast<int>(UnitColor));
+    Set(AdvancedUniformNormalMap, static_cast<int>(UnitNormalMap));
+    Set(AdvancedUniformOpacityMap, static_cast<int>(UnitOpacityMap));
+    BindTexture(GL_TEXTURE_2D, UnitColor, color);
+    BindTexture(GL_TEXTURE_2D, UnitNormalMap, normalMap);
+    BindTexture(GL_TEXTURE_2D, UnitOpacityMap, opacityMap);
+    BindTexture(reflectionMapId != 0 ? GL_TEXTURE_CUBE_MAP : GL_TEXTURE_2D, UnitReflectionMap, reflectionMapId);
+    glActiveTexture(GL_TEXTURE0);
+}
+
+void AdvancedMaterialBaseES20::SetColors(Material* material)
+{
+    lit = IsLit(material);
+    Set(AdvancedUniformEnableLight, lit ? 1 : 0);
+    Set(AdvancedUniformAmbient, material->GetAmbient());
+    if (!lit)
+    {
+        Set(AdvancedUniformColor, material->GetDiffuse());
+        Set(AdvancedUniformSpecular, Color(0.0f, 0.0f, 0.0f, 1.0f));
+        // Without a direction the reflected light has none either, and the surface turns black.
+        Set(AdvancedUniformLightDir, Vector(0.0f, 0.0f, 1.0f));
+        return;
+    }
+    LightNode* const light = FirstLight(material);
+    Set(AdvancedUniformColor, LitColor(material, light));
+    Set(AdvancedUniformSpecular,
+        material->ignoreLightColor ? Color(1.0f, 1.0f, 1.0f, 1.0f) : light->GetColor());
+    Vector towardsLight;
+    towardsLight.Scale(-1.0f, light->GetGlobalDirection());
+    Set(AdvancedUniformLightDir, towardsLight);
+}
+
+void AdvancedMaterialBaseES20::Remove()
+{
+    if (m_currentProgram != 0)
+    {
+        m_current->Unbind();
+    }
+    if (blendEnabled)
+    {
+        glDisable(GL_BLEND);
+        blendEnabled = false;
+    }
+}
+
+void AdvancedMaterialBaseES20::BindMeshAttributes(MeshES20* mesh)
+{
+    const int stride = mesh->GetStride();
+    EnableAttribute(AdvancedAttributePosition, 3, stride, mesh->GetPositionOffset());
+    if (lit)
+    {
+        hasNormals = mesh->GetNormalOffset() >= 0;
+        if (hasNormals)
+        {
+            EnableAttribute(AdvancedAttributeNormal, 3, stride, mesh->GetNormalOffset());
+        }
+        else
+        {
+            Set(AdvancedUniformEnableLight, 0);
+        }
+    }
+    if (mesh->GetTextureOffset() >= 0 && HasAttribute(AdvancedAttributeTexture))
+    {
+        EnableAttribute(AdvancedAttributeTexture, 2, stride, mesh->GetTextureOffset());
+    }
+    const Mesh* const sceneMesh = mesh->GetMesh();
+    const bool monochrome = sceneMesh && (sceneMesh->GetFlags() & MeshFlagMonochrome) != 0;
+    Set(AdvancedUniformIsShowFaceSides, ShowsFaceSides(mesh) ? 1 : 0);
+    Set(MeshMonochromeUniform(), monochrome ? 1 : 0);
+}
+
+void AdvancedMaterialBaseES20::ReleaseMeshAttributes(MeshES20* mesh)
+{
+    glFrontFace(GL_CCW);
+    if (mesh->GetTextureOffset() >= 0 && HasAttribute(AdvancedAttributeTexture))
+    {
+        DisableAttribute(AdvancedAttributeTexture);
+    }
+    if (lit)
+    {
+        if (mesh->GetNormalOffset() >= 0)
+        {
+            DisableAttribute(AdvancedAttributeNormal);
+        }
+        else
+        {
+            Set(AdvancedUniformEnableLight, 1);
+        }
+    }
+    DisableAttribute(AdvancedAttributePosition);
+}
+
+void AdvancedMaterialBaseES20::BindMeshUniforms(MeshNode* node)
+{
+    const bool grey = editPathActive && IsOutsideEdit(*node);
+    Set(AdvancedUniformMonochrome, forceMonochrome || grey ? 1 : 0);
+    Set(AdvancedUniformWorldTransform, *node->GetGlobalMatrix());
+    Set(AdvancedUniformMvpMatrix, ModelViewProjection(node));
+    // The planes cut every mesh here, whatever clipPlanesActive says: that is meant.
+    if (SetClipPlanes(AdvancedUniformClipPlaneNormals, AdvancedUniformClipPlanePositions, AdvancedUniformNumClipPlanes,
+                      true) > 0)
+    {
+        Set(AdvancedUniformClipPlaneOutlineColor, s_clipPlaneOutlineColor);
+        Set(AdvancedUniformClipPlaneOutlineSize, s_clipPlaneOutlineSize);
+    }
+    Set(AdvancedUniformPocheColor, s_pocheColor);
+    Set(AdvancedUniformPocheColorEnabled, s_pocheColorEnabled ? 1 : 0);
+    Set(AdvancedUniformIsBackFaces, meshNodeFlag ? 1 : 0);
+    if (lit && hasNormals)
+    {
+        SetNormalMatrix(AdvancedUniformNormalMatrix, node);
+        glFrontFace(node->GetGlobal().GetTransf3d().isMirror() ? GL_CW : GL_CCW);
+    }
+}
+
+bool AdvancedMaterialBaseES20::IsOutsideEdit(const Node& node) const
+{
+    const Path& path = node.GetPath();
+    return path.empty() || editPath.size() > path.size() ||
+           !std::equal(editPath.begin(), editPath.end(), path.begin());
+}
+
+} // namespace OV

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "orvane/Export.h"
+#include "orvane/effects/MaterialEffectES20.h"
+#include "orvane/math/Matrix3x3.h"
+
+#include <utility>
+#include <vector>
+
+namespace OV
+{
+
+class Node;
+
+/// What the two models of per-pixel material shading have in common: light, normal and opacity
+/// maps, reflection, clip planes with outline and section fill, and the greying of everything
+/// outside the part of the model that is being edited.
+class ORVANE_API AdvancedMaterialBaseES20 : public MaterialEffectES20
+{
+public:
+    using Path = std::vector<std::pair<std::uint64_t, std::uint64_t>>;
+
+    void BindMeshAttributes(MeshES20* mesh) override;
+    void ReleaseMeshAttributes(MeshES20* mesh) override;
+    void BindMeshUniforms(MeshNode* node) override;
+    void Apply(MaterialES20* material, CameraNodeES20* camera) override;
+    void Remove() override;
+
+    /// Shows every node in grey whose own path does not begin with this one, from now on and
+    /// for all materials of this effect. An empty path greys only nodes without a path.
+    void SetEditInContextPath(const Path& path);
+
+    /// Shows all nodes in colour again.
+    void ClearEditInContextPath();
+
+    /// The cube map that surfaces reflect; GL name, 0: none. It stays the caller's, who sets it
+    /// again after a resume.
+    void SetReflectionMap(unsigned int texture)
+    {
+        reflectionMapId = texture;
+    }
+
+    /// True in the second, ambient pass. Set before Apply.
+    bool passFlag = false;
+
+protected:
+    explicit AdvancedMaterialBaseES20(EffectCache* cache);
+
+    /// Sets what one model has and the other hasn't.
+    virtual void SetModelUniforms() = 0;
+
+    /// The place of u_meshMonochrome in the model's uniform table.
+    virtual int MeshMonochromeUniform() const = 0;
+
+    Path editPath;
+    unsigned int reflectionMapId = 0;
+
+    /// Apply turned blending on.
+    bool blendEnabled = false;
+
+    /// The material is drawn with the light.
+    bool lit = false;
+
+    /// The mesh being drawn has normals.
+    bool hasNormals = false;
+    bool editPathActive = false;
+
+    /// Shows everything in grey.
+    bool forceMonochrome = false;
+
+    /// A quarter turn about X, from the world to the space of the cube map.
+    Matrix3x3 cubeMatrix;
+
+private:
+    std::uint64_t OptionsOf(MaterialES20* data) const;
+    void SetMaps(MaterialES20* data);
+    void SetColors(Material* material);
+    bool IsOutsideEdit(const Node& node) const;
+};
+
+} // namespace OV

@@ -1,0 +1,49 @@
+#include "orvane/effects/AdvancedMaterialEffectES20.h"
+
+#include "orvane/effects/detail/AdvancedMaterialTables.h"
+#include "orvane/effects/shaders/AdvancedMaterialEffectES20.frag.h"
+#include "orvane/effects/shaders/AdvancedMaterialEffectES20.vert.h"
+
+namespace OV
+{
+
+namespace
+{
+
+enum Uniform : int
+{
+    UniformMeshMonochrome = Detail::AdvancedUniformCount,
+};
+
+constexpr IndexedName kUniforms[] = {
+    ORVANE_ADVANCED_UNIFORM_ROWS,
+    {UniformMeshMonochrome, "u_meshMonochrome"},
+};
+static_assert(IsDense(kUniforms));
+
+constexpr ProgramTemplate kTemplate = {
+    "AdvancedMaterialEffect",
+    Shaders::AdvancedMaterialEffectES20Vert,
+    Shaders::AdvancedMaterialEffectES20Frag,
+    Detail::kAdvancedOptions,
+    kUniforms,
+    Detail::kAdvancedAttributes,
+};
+
+} // namespace
+
+AdvancedMaterialEffectES20::AdvancedMaterialEffectES20(EffectCache* cache) : AdvancedMaterialBaseES20(cache) {}
+
+unsigned int AdvancedMaterialEffectES20::CreateProgramForOptions(std::uint64_t options, std::string& name)
+{
+    return CreateFromTemplate(kTemplate, options, name);
+}
+
+void AdvancedMaterialEffectES20::SetModelUniforms() {}
+
+int AdvancedMaterialEffectES20::MeshMonochromeUniform() const
+{
+    return UniformMeshMonochrome;
+}
+
+} // namespace OV

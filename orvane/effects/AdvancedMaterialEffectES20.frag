@@ -1,0 +1,250 @@
+#extension GL_OES_standard_derivatives : enable
+
+@OPTIONS@
+
+PRECISION_DEFAULT_HIGHP(float)
+
+#define MAX_CLIP_PLANES 6
+
+uniform vec4 u_ambient;
+uniform vec4 u_color;               // alpha is the opacity
+uniform vec4 u_specular;
+uniform MEDIUMP vec3 u_lightDir;    // world space, unit, towards the light
+uniform vec3 u_reflectionFactors;   // straight on, at a grazing angle, gloss
+uniform samplerCube u_reflectionMap;
+uniform MEDIUMP mat3 u_cubeMatrix;  // its transpose carries world space to that of the cube map
+#ifdef TEXTURE
+uniform sampler2D u_texture0;
+#endif
+#ifdef NORMALMAP
+uniform sampler2D u_normalMap;      // tangent space
+#endif
+#ifdef CUTOUT
+uniform sampler2D u_opacityMap;     // in red
+#endif
+uniform bool u_isShowFaceSides;
+uniform bool u_isBackFaces;
+uniform bool u_monochrome;
+uniform bool u_meshMonochrome;
+uniform int u_numClipPlanes;
+uniform vec3 u_clipPlaneNormals[MAX_CLIP_PLANES];   // world space, to the side cut away
+uniform vec3 u_clipPlanePositions[MAX_CLIP_PLANES]; // world space
+uniform vec4 u_clipPlaneOutlineColor;
+uniform float u_clipPlaneOutlineSize;               // world units
+uniform vec4 u_pocheColor;
+uniform bool u_pocheColorEnabled;
+#ifdef FOG
+@FOG_UNIFORMS@
+#endif
+#ifdef STIPPLING
+@STIPPLING_UNIFORMS@
+#endif
+
+varying float v_colorfactor;        // cosine between normal and light; 1 when unlit
+varying MEDIUMP vec2 v_tc;
+varying vec3 v_position;            // object space
+varying vec3 v_world_position;      // world space
+varying vec3 v_normal;              // world space
+varying vec3 v_viewvector;          // world space, towards the camera
+#ifndef NORMALMAP
+varying MEDIUMP vec3 v_cubeMapLookup;
+#endif
+
+const vec4 minColor = vec4(0.0, 0.0, 0.0, 0.0);
+const vec4 maxColor = vec4(1.0, 1.0, 1.0, 1.0);
+const vec3 lumcoeff = vec3(0.299, 0.587, 0.114);
+const float shininess = 0.3;
+
+#ifdef STIPPLING
+@STIPPLING_FUNCTION@
+#endif
+
+#ifdef NORMALMAP
+// Axes of the texture on the surface, from how position and coordinate change on the screen.
+mat3 cotangent_frame(vec3 N, vec3 p, vec2 uv)
+{
+    vec3 dp1 = dFdx(p);
+    vec3 dp2 = dFdy(p);
+    vec2 duv1 = dFdx(uv);
+    vec2 duv2 = dFdy(uv);
+    vec3 dp2perp = cross(dp2, N);
+    vec3 dp1perp = cross(N, dp1);
+    vec3 T = dp2perp * duv1.x + dp1perp * duv2.x;
+    vec3 B = dp2perp * duv1.y + dp1perp * duv2.y;
+    // Where nothing changes there is no frame, and the root of 0 would blacken the surface.
+    float invmax = inversesqrt(max(max(dot(T, T), dot(B, B)), 1e-30));
+    return mat3(T * invmax, B * invmax, N);
+}
+
+vec3 perturb_normal(vec3 N, vec3 V, vec2 texcoord)
+{
+    vec3 map = texture2D(u_normalMap, texcoord).xyz;
+    map = map * 255. / 127. - 128. / 127.;
+    return normalize(cotangent_frame(N, -V, texcoord) * map);
+}
+#endif
+
+// Whether the fragment lies in the outline band of a cut. Cut away by a later plane, it is
+// discarded all the same.
+bool clippedToOutline()
+{
+    bool isOutline = false;
+    float outlineTestThresh = -1.0 * u_clipPlaneOutlineSize;
+    // The bound is a constant because ES 2 takes no uniform in the condition of a loop.
+    for (int i = 0; i < MAX_CLIP_PLANES; ++i)
+    {
+        if (i >= u_numClipPlanes)
+        {
+            break;
+        }
+        float clipTest = dot(u_clipPlaneNormals[i], v_world_position - u_clipPlanePositions[i]);
+        if (clipTest > 0.0)
+        {
+            discard;
+        }
+        else if (clipTest > outlineTestThresh)
+        {
+            isOutline = true;
+        }
+    }
+    return isOutline;
+}
+
+vec3 surfaceNormal()
+{
+#ifdef NORMALMAP
+    return perturb_normal(normalize(v_normal), v_viewvector, v_tc);
+#else
+    return normalize(v_normal);
+#endif
+}
+
+vec4 sampleReflection(vec3 normal)
+{
+#ifdef NORMALMAP
+    return textureCube(u_reflectionMap, normalize(reflect(v_viewvector, normal) * u_cubeMatrix));
+#else
+    return textureCube(u_reflectionMap, v_cubeMapLookup);
+#endif
+}
+
+// How much the surface reflects: more, the flatter it is looked at.
+float reflectionShare(vec3 normal)
+{
+    float rf = abs(dot(v_viewvector, normal));
+    return mix(u_reflectionFactors.y, u_reflectionFactors.x, rf);
+}
+
+vec4 specularLight(vec3 normal, float brightness)
+{
+    vec3 R = normalize(reflect(u_lightDir, normal));
+    float specularIntensity = pow(max(dot(-R, v_viewvector), 0.0), shininess) * brightness;
+    return specularIntensity * u_specular;
+}
+
+float facingColorFactor()
+{
+    return max(gl_FrontFacing ? v_colorfactor : -v_colorfactor, 0.0);
+}
+
+float lightOnSurface(vec3 normal)
+{
+#ifdef AMBIENT
+    return 0.0;
+#else
+#ifdef NORMALMAP
+    vec3 direction = gl_FrontFacing ? u_lightDir : -u_lightDir;
+    return abs(dot(normal, direction));
+#else
+    return facingColorFactor();
+#endif
+#endif
+}
+
+vec4 shadedColor()
+{
+#ifdef AMBIENT
+    float brightness = 0.2;
+#else
+    float brightness = 1.0;
+#endif
+    vec3 adjustedNormal = surfaceNormal();
+    float lightFactor = lightOnSurface(adjustedNormal);
+    vec4 spec = specularLight(adjustedNormal, brightness);
+    float gloss = u_reflectionFactors.z;
+    vec4 fspec = mix(spec, sampleReflection(adjustedNormal), gloss) * reflectionShare(adjustedNormal);
+
+    float ambientLum = dot(u_ambient.rgb, lumcoeff);
+    vec4 ambient_color = vec4(ambientLum * u_color.rgb, 1.0);
+#ifdef TEXTURE
+    vec4 s = texture2D(u_texture0, v_tc);
+    if (s.a < 0.25)
+    {
+        discard;
+    }
+    vec4 ls = mix(ambient_color * s, u_color * s, lightFactor);
+    return vec4(clamp(ls + fspec, minColor, maxColor).rgb, s.a * u_color.a);
+#else
+    vec4 ls = mix(ambient_color, u_color, lightFactor);
+    return vec4(clamp(ls + fspec, minColor, maxColor).rgb, u_color.a);
+#endif
+}
+
+vec4 markedFace(vec4 finalColor, vec4 fragColor)
+{
+    bool haveClipPlane = u_numClipPlanes > 0;
+    bool canUsePocheColor = fragColor.a > 0.999 && u_pocheColorEnabled && haveClipPlane;
+    vec4 color = finalColor;
+    if (!gl_FrontFacing)
+    {
+        if (u_isShowFaceSides)
+        {
+            color = vec4(fragColor.r * 0.8, fragColor.g * 0.5, fragColor.b * 0.4 + 0.0, fragColor.a);
+        }
+        else if (canUsePocheColor)
+        {
+            color = u_pocheColor;
+        }
+    }
+    else if (u_isBackFaces && canUsePocheColor)
+    {
+        color = u_pocheColor;
+    }
+    return color;
+}
+
+vec4 greyed(vec4 color)
+{
+    if (u_monochrome || u_meshMonochrome)
+    {
+        float lum = dot(color.rgb, lumcoeff) * 0.6 + 0.15;
+        color.rgb = vec3(lum, lum, lum);
+    }
+    return color;
+}
+
+void main()
+{
+#ifdef CUTOUT
+    // First, since an early discard is cheapest; above 0, since mipmaps would thin the edges.
+    if (texture2D(u_opacityMap, v_tc).r < 0.4)
+    {
+        discard;
+    }
+#endif
+    if (clippedToOutline())
+    {
+        gl_FragColor = u_clipPlaneOutlineColor;
+        return;
+    }
+    vec4 fragColor = shadedColor();
+    vec4 finalColor = greyed(markedFace(fragColor, fragColor));
+#ifdef FOG
+    @FOG_CALC@
+    finalColor = mix(u_fogColor, finalColor, fogFactor);
+#endif
+#ifdef STIPPLING
+    finalColor = OVSL_AddStippling(u_stippleOffset, u_stippleSize, gl_FragCoord.xy, u_stippleColor, finalColor);
+#endif
+    gl_FragColor = finalColor;
+}

@@ -1,0 +1,151 @@
+#include "orvane/effects/MonotoneEffectES20.h"
+
+#include "orvane/effects/shaders/MonotoneEffectES20.frag.h"
+#include "orvane/effects/shaders/MonotoneEffectES20.vert.h"
+#include "orvane/math/Matrix.h"
+#include "orvane/math/Vector.h"
+#include "orvane/renderdata/MeshES20.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/MeshNode.h"
+
+#include <GL/glew.h>
+
+namespace OV
+{
+
+namespace
+{
+
+constexpr OptionRow kOptions[] = {
+    {0, "DEFAULT"},
+};
+
+enum Uniform : int
+{
+    UniformColor,
+    UniformMvpMatrix,
+    UniformShowFaceSides,
+    UniformWorldTransform,
+    UniformNumClipPlanes,
+    UniformClipPlaneNormals,
+    UniformClipPlanePositions,
+    UniformClipPlaneOutlineColor,
+    UniformClipPlaneOutlineSize,
+    UniformPocheColor,
+    UniformPocheColorEnabled,
+    UniformPointSize,
+    UniformIsBackFaces,
+    UniformShadowIntensity,
+    UniformIsShadow,
+};
+
+constexpr IndexedName kUniforms[] = {
+    {UniformColor, "u_color"},
+    {UniformMvpMatrix, "u_mvpMatrix"},
+    {UniformShowFaceSides, "u_showFaceSides"},
+    {UniformWorldTransform, "u_worldTransform"},
+    {UniformNumClipPlanes, "u_numClipPlanes"},
+    {UniformClipPlaneNormals, "u_clipPlaneNormals"},
+    {UniformClipPlanePositions, "u_clipPlanePositions"},
+    {UniformClipPlaneOutlineColor, "u_clipPlaneOutlineColor"},
+    {UniformClipPlaneOutlineSize, "u_clipPlaneOutlineSize"},
+    {UniformPocheColor, "u_pocheColor"},
+    {UniformPocheColorEnabled, "u_pocheColorEnabled"},
+    {UniformPointSize, "u_pointSize"},
+    {UniformIsBackFaces, "u_isBackFaces"},
+    {UniformShadowIntensity, "u_shadowIntensity"},
+    {UniformIsShadow, "u_isShadow"},
+};
+static_assert(IsDense(kUniforms));
+
+enum Attribute : unsigned
+{
+    AttributePosition,
+};
+
+constexpr IndexedName kAttributes[] = {
+    {AttributePosition, "a_position"},
+};
+
+// It goes by the name of another effect: that is meant, and names are diagnostic only.
+constexpr ProgramTemplate kTemplate = {
+    "DepthIdPassEffectES20", Shaders::MonotoneEffectES20Vert, Shaders::MonotoneEffectES20Frag, kOptions, kUniforms,
+    kAttributes,
+};
+
+constexpr float kPointSize = 6.0f;
+
+bool DrawsPoints(const MeshNode& node)
+{
+    if (node.GetMeshes().empty())
+    {
+        return false;
+    }
+    const Material* const material = node.GetMeshes().front()->GetMaterial();
+    return material && (material->GetFlags() & MaterialFlagPoints) != 0;
+}
+
+} // namespace
+
+MonotoneEffectES20::MonotoneEffectES20(EffectCache* cache) : MaterialEffectES20(cache) {}
+
+unsigned int MonotoneEffectES20::CreateProgramForOptions(std::uint64_t options, std::string& name)
+{
+    return CreateFromTemplate(kTemplate, options, name);
+}
+
+void MonotoneEffectES20::Apply(MaterialES20*, CameraNodeES20* camera)
+{
+    m_camera = camera;
+    UseOptions(0);
+    glDisable(GL_BLEND);
+}
+
+void MonotoneEffectES20::Remove() {}
+
+void MonotoneEffectES20::BindMeshAttributes(MeshES20* mesh)
+{
+    EnableAttribute(AttributePosition, 3, mesh->GetStride(), mesh->GetPositionOffset());
+    Set(UniformShowFaceSides, ShowsFaceSides(mesh) ? 1 : 0);
+}
+
+void MonotoneEffectES20::ReleaseMeshAttributes(MeshES20*)
+{
+    DisableAttribute(AttributePosition);
+    glFrontFace(GL_CCW);
+}
+
+void MonotoneEffectES20::BindMeshUniforms(MeshNode* node)
+{
+    Set(UniformMvpMatrix, ModelViewProjection(node));
+    glFrontFace(node->GetGlobal().GetTransf3d().isMirror() ? GL_CW : GL_CCW);
+    SetSurface(node);
+    Set(UniformWorldTransform, *node->GetGlobalMatrix());
+    if (SetClipPlanes(UniformClipPlaneNormals, UniformClipPlanePositions, UniformNumClipPlanes, clipPlanesActive) > 0)
+    {
+        Set(UniformClipPlaneOutlineColor, s_clipPlaneOutlineColor);
+        Set(UniformClipPlaneOutlineSize, s_clipPlaneOutlineSize);
+    }
+    Set(UniformPocheColor, s_pocheColor);
+    Set(UniformPocheColorEnabled, s_pocheColorEnabled ? 1 : 0);
+    Set(UniformIsBackFaces, meshNodeFlag ? 1 : 0);
+    Set(UniformIsShadow, s_isShadow ? 1 : 0);
+    Set(UniformShadowIntensity, s_shadowIntensity);
+}
+
+void MonotoneEffectES20::SetSurface(MeshNode* node)
+{
+    const float grey = passFlag ? 0.8f : 1.0f;
+    if (DrawsPoints(*node))
+    {
+        Set(UniformColor, Vector(0.0f, 0.0f, 0.0f));
+        Set(UniformPointSize, kPointSize);
+    }
+    else
+    {
+        Set(UniformColor, Vector(grey, grey, grey));
+    }
+}
+
+} // namespace OV

@@ -1,0 +1,74 @@
+PRECISION_DEFAULT_HIGHP(float)
+
+@OPTIONS@
+
+#define MAX_CLIP_PLANES 6
+
+uniform vec3 u_color;
+uniform bool u_showFaceSides;
+uniform int u_numClipPlanes;
+uniform vec3 u_clipPlaneNormals[MAX_CLIP_PLANES];   // world space, to the side cut away
+uniform vec3 u_clipPlanePositions[MAX_CLIP_PLANES]; // world space
+uniform vec4 u_clipPlaneOutlineColor;
+uniform float u_clipPlaneOutlineSize;               // world units
+uniform vec4 u_pocheColor;
+uniform bool u_pocheColorEnabled;
+uniform bool u_isBackFaces;
+uniform float u_shadowIntensity;
+uniform bool u_isShadow;
+
+varying vec3 v_world_position;                      // world space
+
+// Whether the fragment lies in the outline band of a cut. Cut away by a later plane, it is
+// discarded all the same.
+bool clippedToOutline()
+{
+    bool isOutline = false;
+    // The bound is a constant because ES 2 takes no uniform in the condition of a loop.
+    for (int i = 0; i < MAX_CLIP_PLANES; ++i)
+    {
+        if (i >= u_numClipPlanes)
+        {
+            break;
+        }
+        float clipTest = dot(u_clipPlaneNormals[i], v_world_position - u_clipPlanePositions[i]);
+        if (clipTest > 0.0)
+        {
+            discard;
+        }
+        else if (clipTest > -u_clipPlaneOutlineSize)
+        {
+            isOutline = true;
+        }
+    }
+    return isOutline;
+}
+
+vec4 surfaceColor()
+{
+    bool canUsePoche = u_pocheColorEnabled && u_numClipPlanes > 0;
+    vec4 color = vec4(u_color, 1.0);
+    if (!gl_FrontFacing)
+    {
+        if (u_showFaceSides)
+        {
+            color = vec4(u_color.r * 0.8, u_color.g * 0.5, u_color.b * 0.4, 1.0);
+        }
+        else if (canUsePoche)
+        {
+            color = u_pocheColor;
+        }
+    }
+    else if (u_isBackFaces && canUsePoche)
+    {
+        color = u_pocheColor;
+    }
+    return color;
+}
+
+void main()
+{
+    bool isOutline = clippedToOutline();
+    float shade = u_isShadow ? 1.0 - u_shadowIntensity : 1.0;
+    gl_FragColor = isOutline ? u_clipPlaneOutlineColor : shade * surfaceColor();
+}
