@@ -420,6 +420,58 @@ TEST_F(MaterialES20Test, PrepareKeepsTheRenderDataThatAreThere)
     EXPECT_FALSE(pool.GenerateVBOs());
 }
 
+TEST_F(MaterialES20Test, PrepareFollowsEveryChangeOfTheMaterialsMeshes)
+{
+    OpenMaterialES20 data(&material, nullptr, &pool, nullptr);
+    const auto listed = [&]
+    {
+        items.clear();
+        data.Prepare(camera, items, false);
+        std::vector<Mesh*> meshes;
+        for (const RenderItemES20& item : items)
+            meshes.push_back(item.mesh);
+        return meshes;
+    };
+    EXPECT_EQ(listed(), std::vector<Mesh*>{&mesh});
+    auto second = std::make_unique<Mesh>(MakeRawMesh(3, {0, 1, 2}));
+    Mesh third(MakeRawMesh(3, {0, 1, 2}));
+    const std::uint64_t before = material.GetMeshesRevision();
+    material.AddMesh(second.get());
+    EXPECT_NE(material.GetMeshesRevision(), before);
+    EXPECT_EQ(listed(), (std::vector<Mesh*>{&mesh, second.get()}));
+    // One leaves and one comes: as many as before, but others.
+    material.AddMesh(&third);
+    second.reset();
+    EXPECT_EQ(listed(), (std::vector<Mesh*>{&mesh, &third}));
+    Material other("other");
+    other.AddMesh(&mesh);
+    EXPECT_EQ(listed(), std::vector<Mesh*>{&third});
+    material.RemoveMesh(&third);
+    EXPECT_TRUE(listed().empty());
+    const std::uint64_t unchanged = material.GetMeshesRevision();
+    material.RemoveMesh(&third);
+    EXPECT_EQ(material.GetMeshesRevision(), unchanged);
+}
+
+TEST_F(MaterialES20Test, LongListsAreListedInFull)
+{
+    std::vector<std::unique_ptr<Mesh>> many;
+    for (int i = 0; i < 200; ++i)
+    {
+        many.push_back(std::make_unique<Mesh>(MakeRawMesh(3, {0, 1, 2})));
+        material.AddMesh(many.back().get());
+    }
+    OpenMaterialES20 data(&material, nullptr, &pool, nullptr);
+    for (int round = 0; round < 2; ++round)
+    {
+        items.clear();
+        data.Prepare(camera, items, false);
+        ASSERT_EQ(items.size(), 201u);
+        for (int i = 0; i < 200; ++i)
+            EXPECT_EQ(items[i + 1].mesh, many[i].get());
+    }
+}
+
 TEST_F(MaterialES20Test, AMeshThatIsNotReadyIsLeftOutAndGetsNoRenderData)
 {
     Scene scene;

@@ -328,7 +328,7 @@ TEST_F(Renderer20PictureTest, TheCaptureIsCompleteAndShowsTheSamePicture)
 
     renderer->SetupAntialiasBuffers();
     renderer->CreateScreenMesh();
-    renderer->screenEffect = new CopyEffect;
+    renderer->UseScreenEffect(new CopyEffect);
     glBindFramebuffer(GL_FRAMEBUFFER, renderer->offscreenFramebuffer);
     EXPECT_EQ(glCheckFramebufferStatus(GL_FRAMEBUFFER), static_cast<unsigned>(GL_FRAMEBUFFER_COMPLETE));
     glBindFramebuffer(GL_FRAMEBUFFER, renderer->onScreenFramebuffer);
@@ -356,7 +356,7 @@ TEST_F(Renderer20PictureTest, TenSuspensionsOfACaptureLeaveNoObjectAndRepeatTheP
     {
         renderer->BeginCapture();
         renderer->ApplyCapture();
-        renderer->screenEffect = new CopyEffect;
+        renderer->UseScreenEffect(new CopyEffect);
         EXPECT_EQ(Frame(true), direct) << "round " << round;
         context->Suspend(renderer.get());
         GLState::Unbind();
@@ -372,7 +372,7 @@ TEST_F(Renderer20PictureTest, SupersamplingCapturesAtTwiceTheSize)
     renderer->BeginCapture();
     EXPECT_EQ(renderer->offscreenWidth, 2 * Width());
     EXPECT_EQ(renderer->offscreenHeight, 2 * Height());
-    renderer->screenEffect = new CopyEffect;
+    renderer->UseScreenEffect(new CopyEffect);
     renderer->ApplyCapture();
     const Picture picture = Frame(true);
     ExpectColorInRect(picture, Inset({10, 10, 60, 60}), kRed);

@@ -7,8 +7,10 @@
 #include "orvane/renderdata/SharedBuffer.h"
 #include "orvane/scene/AlphaMeshNode.h"
 #include "orvane/scene/CameraNode.h"
+#include "orvane/scene/Line.h"
 #include "orvane/scene/LineStyle.h"
 #include "orvane/scene/NodeMaterial.h"
+#include "orvane/scene/RawLine.h"
 #include "tests/renderer/RendererDoubles.h"
 #include "tests/support/GLRecorder.h"
 
@@ -478,10 +480,14 @@ TEST_F(Renderer20Test, Render2DClearsDepthThenTestsItAndLeavesCullingAndEquation
 {
     Scene2D layer(nullptr);
     renderer.Render2D(&layer);
-    EXPECT_EQ(recorder.Strings(),
-              (Names{"glDisable(" + std::to_string(GL_BLEND) + ")", "glDepthMask(1)",
-                     "glClear(" + std::to_string(GL_DEPTH_BUFFER_BIT) + ")",
-                     "glEnable(" + std::to_string(GL_DEPTH_TEST) + ")"}));
+    Names begin = recorder.Strings();
+    begin.resize(4);
+    EXPECT_EQ(begin, (Names{"glDisable(" + std::to_string(GL_BLEND) + ")", "glDepthMask(1)",
+                            "glClear(" + std::to_string(GL_DEPTH_BUFFER_BIT) + ")",
+                            "glEnable(" + std::to_string(GL_DEPTH_TEST) + ")"}));
+    EXPECT_EQ(recorder.Count("glEnable", {GL_CULL_FACE}), 0u);
+    EXPECT_EQ(recorder.Count("glDisable", {GL_CULL_FACE}), 0u);
+    EXPECT_EQ(recorder.Count("glBlendEquation"), 0u);
 }
 
 TEST_F(Renderer20Test, Render2DTakesTheDepthRangeOfTheLayerWithAMargin)
@@ -576,16 +582,40 @@ TEST_F(Renderer20Test, ANodeMaterialDrawsTheNodesOfOthersMeshesInItsStead)
     EXPECT_EQ(recorder.Count("glDrawElements"), 1u);
 }
 
-TEST_F(Renderer20Test, ALineStyleGetsNoRenderDataWhileNothingDrawsLines)
+TEST_F(Renderer20Test, ALineStyleGetsRenderDataOnFirstNeedWithoutAReadyTest)
 {
     auto* style = new LineStyle("s");
     scene.AddLineStyle(style);
     std::vector<RenderItemES20> items;
-    renderer.PrepareLineStyle(style, nullptr, items, true);
+    renderer.PrepareLineStyle(nullptr, nullptr, items, false);
+    renderer.PrepareLineStyle(style, nullptr, items, false);
+    const Object* data = style->GetRenderData();
+    EXPECT_NE(data, nullptr);
     EXPECT_TRUE(items.empty());
-    EXPECT_EQ(style->GetRenderData(), nullptr);
+    renderer.PrepareLineStyle(style, nullptr, items, false);
+    EXPECT_EQ(style->GetRenderData(), data);
+    scene.Suspend();
+}
+
+TEST_F(Renderer20Test, LinesAreDrawnBetweenOpaqueAndAlphaMaterials)
+{
+    Material* glass = AddMaterial(scene, "glass", 0.5f);
+    Material* opaque = AddMaterial(scene, "opaque");
+    AddPart(scene, *glass, {0, 1, 2});
+    AddPart(scene, *opaque, {0, 1, 2, 0, 1, 2, 0, 1, 2});
+    auto* style = new LineStyle("s");
+    scene.AddLineStyle(style);
+    auto raw = std::make_shared<RawLine>();
+    raw->SetPositionBuffer({Vector(0, 0, 0), Vector(1, 0, 0)});
+    raw->SetIndices({0, 1});
+    raw->EndDescription(true);
+    auto* line = new Line(raw, &scene);
+    auto* node = new MeshNode(&scene);
+    line->AddNode(node);
+    scene.GetRoot()->AddChild(node, false);
+    style->AddLine(line);
     Draw(scene);
-    EXPECT_EQ(style->GetRenderData(), nullptr);
+    EXPECT_EQ(DrawnCounts(), (std::vector<int>{9, 6, 3}));
 }
 
 TEST_F(Renderer20Test, AnEmptyListDrawsNothingAndCallsNothing)

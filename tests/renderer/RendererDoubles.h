@@ -61,6 +61,14 @@ public:
     using Renderer20::screenScene;
     using Renderer20::textureLoader;
     using Renderer20::width;
+
+    /// Draws the capture with this effect, whose one reference it takes over, or with none.
+    void UseScreenEffect(EffectES20* effect)
+    {
+        if (screenEffect)
+            screenEffect->Release();
+        screenEffect = effect;
+    }
 };
 
 /// A mesh of one triangle that the scene owns, at a node of its own in the scene's root.
