@@ -7,6 +7,7 @@
 #include "tests/support/VirtualSlot.h"
 
 #include <set>
+#include <type_traits>
 
 namespace OV
 {
@@ -261,6 +262,7 @@ TEST(LineStyle, StartsAsStated)
 
 TEST(LineStyle, WithoutANameHasNoDashFrequency)
 {
+    EXPECT_FALSE(std::is_default_constructible_v<LineStyle>);
     NodeLineStyle style;
     EXPECT_EQ(style.GetDashFrequency(), 0.0f);
     EXPECT_EQ(style.GetName(), "");

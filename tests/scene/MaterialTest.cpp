@@ -5,6 +5,8 @@
 #include "tests/support/VirtualSlot.h"
 
 #include <cstdlib>
+#include <set>
+#include <type_traits>
 
 namespace OV
 {
@@ -209,6 +211,13 @@ TEST(Material, CopyTakesTheStatedFieldsOnly)
     EXPECT_EQ(deaths, 0);
 }
 
+TEST(Material, OnlySubclassesMayLeaveTheNameOut)
+{
+    EXPECT_FALSE(std::is_default_constructible_v<Material>);
+    EXPECT_FALSE(std::is_copy_assignable_v<Material>);
+    EXPECT_FALSE(std::is_copy_constructible_v<NodeMaterial>) << "the copy would not be registered with its nodes";
+}
+
 TEST(Material, OwnsItsRenderData)
 {
     int deaths = 0;
@@ -331,6 +340,29 @@ TEST(Material, AMeshOfASortIDThatIsThereIsNotTaken)
     EXPECT_TRUE(material.RemoveMesh(&copy)) << "stands for the mesh of its sort ID";
     EXPECT_EQ(mesh.GetMaterial(), nullptr);
     EXPECT_TRUE(material.GetMeshes().empty());
+}
+
+TEST(Material, MeshesRevisionChangesWithEveryChangeOfTheSet)
+{
+    Material material("a");
+    Mesh first(nullptr);
+    Mesh second(nullptr);
+    std::set<std::uint64_t> revisions = {material.GetMeshesRevision()};
+    const auto isNew = [&] { return revisions.insert(material.GetMeshesRevision()).second; };
+    material.AddMesh(&first);
+    EXPECT_TRUE(isNew());
+    material.AddMesh(&second);
+    EXPECT_TRUE(isNew());
+    material.RemoveMesh(&first);
+    EXPECT_TRUE(isNew());
+    material.RemoveMesh(&first);
+    EXPECT_FALSE(isNew()) << "nothing changed";
+    {
+        Mesh third(nullptr);
+        material.AddMesh(&third);
+        EXPECT_TRUE(isNew());
+    }
+    EXPECT_TRUE(isNew()) << "a mesh has died";
 }
 
 TEST(Material, RemoveMeshOfAStrangerIsRefused)

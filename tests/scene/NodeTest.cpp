@@ -1,5 +1,6 @@
 #include "orvane/scene/Node.h"
 
+#include "orvane/engine/WatchedPtr.h"
 #include "tests/scene/SceneDoubles.h"
 #include "tests/support/VirtualSlot.h"
 
@@ -541,6 +542,15 @@ TEST(Node, OutlivesItsScene)
     kept.UpdateGraph();
     EXPECT_EQ(kept.GetChildren(), (std::list<Node*>{child}));
     delete child;
+}
+
+TEST(Node, ItsLifetimeEndsWithIt)
+{
+    auto node = std::make_unique<Node>(nullptr);
+    const WatchedPtr<Node> watched = node.get();
+    EXPECT_EQ(watched.Get(), node.get());
+    node.reset();
+    EXPECT_EQ(watched.Get(), nullptr);
 }
 
 TEST(Node, ManyDetachedNodesMayDieInAnyOrder)

@@ -1,0 +1,105 @@
+#include "orvane/scene/Material.h"
+#include "tests/scene/SceneDoubles.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace
+{
+
+std::size_t g_allocations = 0;
+
+} // namespace
+
+// This program counts what it takes from the heap; the other forms come here.
+void* operator new(std::size_t size)
+{
+    ++g_allocations;
+    if (void* const block = std::malloc(size ? size : 1))
+    {
+        return block;
+    }
+    throw std::bad_alloc();
+}
+
+void operator delete(void* block) noexcept
+{
+    std::free(block);
+}
+
+void operator delete(void* block, std::size_t) noexcept
+{
+    std::free(block);
+}
+
+namespace OV
+{
+namespace
+{
+
+using namespace Test;
+
+/// A transparent mesh at many nodes.
+class CrowdedScene : public ::testing::Test
+{
+protected:
+    CrowdedScene()
+    {
+        Material* const material = new Material("a");
+        material->SetOpacity(0.5f);
+        scene.AddMaterial(material);
+        Mesh* const mesh = new Mesh(Ball(Vector(0, 0, 0), 1.0f), &scene);
+        material->AddMesh(mesh);
+        for (int i = 0; i < 50; ++i)
+        {
+            MeshNode* const node = new MeshNode(&scene);
+            scene.GetRoot()->AddChild(node, false);
+            mesh->AddNode(node);
+            nodes.push_back(node);
+        }
+    }
+
+    template <class Work>
+    static std::size_t AllocationsOf(Work work)
+    {
+        const std::size_t before = g_allocations;
+        work();
+        return g_allocations - before;
+    }
+
+    void MoveAll(float step)
+    {
+        for (MeshNode* const node : nodes)
+        {
+            node->SetLocal(At(step, 0, -step));
+        }
+        scene.UpdateGraph(100.0f, 100.0f);
+        scene.UpdateCulling();
+        for (MeshNode* const node : nodes)
+        {
+            node->GetGlobalMatrix();
+        }
+    }
+
+    OpenScene scene;
+    std::vector<MeshNode*> nodes;
+};
+
+TEST_F(CrowdedScene, MovingEverythingAllocatesTheMatricesOnceOnly)
+{
+    EXPECT_EQ(AllocationsOf([this] { MoveAll(1.0f); }), nodes.size()) << "a matrix a node that is asked for it";
+    EXPECT_EQ(AllocationsOf([this] { MoveAll(2.0f); }), 0u);
+}
+
+TEST_F(CrowdedScene, FillingTheDrawItemsAnewAllocatesNothing)
+{
+    EXPECT_GE(AllocationsOf([this] { scene.PopulateZOrderedDrawItems(); }), nodes.size());
+    // The first return of the items sizes the store that keeps them.
+    scene.PopulateZOrderedDrawItems();
+    EXPECT_EQ(AllocationsOf([this] { scene.PopulateZOrderedDrawItems(); }), 0u);
+    ASSERT_EQ(scene.GetZOrderedDrawItems().size(), nodes.size());
+    EXPECT_EQ(AllocationsOf([this] { scene.UpdateGraph(100.0f, 100.0f); }), 0u);
+}
+
+} // namespace
+} // namespace OV
