@@ -1,0 +1,19 @@
+#pragma once
+
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/Scene.h"
+
+namespace OV::Detail
+{
+
+/// Takes every node that shows the mesh out of the scene. Taken one at a time, since one may lie
+/// below another and go with it.
+inline void DeleteNodes(Scene& scene, const Mesh& mesh)
+{
+    while (!mesh.GetNodes().empty())
+    {
+        scene.DeleteSubtree(mesh.GetNodes().front());
+    }
+}
+
+} // namespace OV::Detail
