@@ -130,6 +130,7 @@ void AdvancedMaterialBaseES20::SetMaps(MaterialES20* data)
     BindTexture(GL_TEXTURE_2D, UnitNormalMap, normalMap);
     BindTexture(GL_TEXTURE_2D, UnitOpacityMap, opacityMap);
     BindTexture(reflectionMapId != 0 ? GL_TEXTURE_CUBE_MAP : GL_TEXTURE_2D, UnitReflectionMap, reflectionMapId);
+    m_reflectionBound = reflectionMapId != 0;
     glActiveTexture(GL_TEXTURE0);
 }
 
@@ -157,9 +158,16 @@ void AdvancedMaterialBaseES20::SetColors(Material* material)
 
 void AdvancedMaterialBaseES20::Remove()
 {
-    if (m_currentProgram != 0)
+    if (m_currentProgram != 0 && m_current)
     {
         m_current->Unbind();
+    }
+    if (m_reflectionBound)
+    {
+        // Left there, it would be the reflection of the next material that has none.
+        BindTexture(GL_TEXTURE_CUBE_MAP, UnitReflectionMap, 0);
+        glActiveTexture(GL_TEXTURE0);
+        m_reflectionBound = false;
     }
     if (blendEnabled)
     {

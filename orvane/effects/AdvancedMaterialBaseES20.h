@@ -4,6 +4,7 @@
 #include "orvane/effects/MaterialEffectES20.h"
 #include "orvane/math/Matrix3x3.h"
 
+#include <cstdint>
 #include <utility>
 #include <vector>
 
@@ -76,6 +77,8 @@ private:
     void SetMaps(MaterialES20* data);
     void SetColors(Material* material);
     bool IsOutsideEdit(const Node& node) const;
+
+    bool m_reflectionBound = false; ///< a cube map is bound, from Apply to Remove
 };
 
 } // namespace OV

@@ -15,18 +15,18 @@ enum Uniform : int
     UniformMeshMonochrome = Detail::AdvancedUniformCount,
 };
 
-constexpr IndexedName kUniforms[] = {
-    ORVANE_ADVANCED_UNIFORM_ROWS,
+constexpr IndexedName kOwnUniforms[] = {
     {UniformMeshMonochrome, "u_meshMonochrome"},
 };
-static_assert(IsDense(kUniforms));
+constexpr auto kUniforms = Detail::WithAdvancedUniforms(kOwnUniforms);
+static_assert(IsDense(kUniforms.rows));
 
 constexpr ProgramTemplate kTemplate = {
     "AdvancedMaterialEffect",
     Shaders::AdvancedMaterialEffectES20Vert,
     Shaders::AdvancedMaterialEffectES20Frag,
     Detail::kAdvancedOptions,
-    kUniforms,
+    kUniforms.rows,
     Detail::kAdvancedAttributes,
 };
 

@@ -17,13 +17,13 @@ enum Uniform : int
     UniformMeshMonochrome,
 };
 
-constexpr IndexedName kUniforms[] = {
-    ORVANE_ADVANCED_UNIFORM_ROWS,
+constexpr IndexedName kOwnUniforms[] = {
     {UniformIsShadow, "u_isShadow"},
     {UniformSunShading, "u_sunShading"},
     {UniformMeshMonochrome, "u_meshMonochrome"},
 };
-static_assert(IsDense(kUniforms));
+constexpr auto kUniforms = Detail::WithAdvancedUniforms(kOwnUniforms);
+static_assert(IsDense(kUniforms.rows));
 
 // The two models share a name, which is diagnostic only, and the vertex shader.
 constexpr ProgramTemplate kTemplate = {
@@ -31,7 +31,7 @@ constexpr ProgramTemplate kTemplate = {
     Shaders::AdvancedMaterialEffectES20Vert,
     Shaders::AdvancedMaterialPhongEffectES20Frag,
     Detail::kAdvancedOptions,
-    kUniforms,
+    kUniforms.rows,
     Detail::kAdvancedAttributes,
 };
 

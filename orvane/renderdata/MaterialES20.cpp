@@ -20,6 +20,7 @@
 #include <GL/glew.h>
 
 #include <cstdlib>
+#include <utility>
 
 namespace OV
 {
@@ -119,6 +120,14 @@ void PrefetchAhead(const std::vector<Mesh*>& meshes, std::size_t current)
         Detail::PrefetchEnd(meshes[current + forRawMesh]->GetRawMesh().get());
         Detail::Prefetch(static_cast<MeshES20*>(meshes[current + forData]->GetRenderData()));
     }
+}
+
+/// Whether an effect is one of the model that advanced materials are shaded by.
+bool IsOfModel(const EffectES20* effect, EffectCache::EffectType model)
+{
+    return model == EffectCache::AdvancedMaterialPhong
+               ? dynamic_cast<const AdvancedMaterialPhongEffectES20*>(effect) != nullptr
+               : dynamic_cast<const AdvancedMaterialEffectES20*>(effect) != nullptr;
 }
 
 bool IsNodeMaterial(Material& material)
@@ -295,21 +304,26 @@ void MaterialES20::SetUpPass(unsigned int pass)
 void MaterialES20::FollowShaderType(unsigned int pass)
 {
     const EffectCache::EffectType wanted = EffectES20::GetAdvancedMaterialShaderType();
-    const bool fits = wanted == EffectCache::AdvancedMaterialPhong
-                          ? dynamic_cast<AdvancedMaterialPhongEffectES20*>(currentEffect) != nullptr
-                          : dynamic_cast<AdvancedMaterialEffectES20*>(currentEffect) != nullptr;
-    if (fits || !effectCache)
+    if (IsOfModel(currentEffect, wanted) || !effectCache)
     {
         return;
     }
-    if (EffectES20* const effect = effectCache->GetEffect(wanted))
+    // The replaced one is kept, to the end of this object, so that going back and forth between
+    // the models neither compiles anything anew nor piles up references.
+    EffectES20*& replaced = m_replacedEffects[pass];
+    EffectES20* const effect =
+        IsOfModel(replaced, wanted) ? std::exchange(replaced, nullptr) : effectCache->GetEffect(wanted);
+    if (!effect)
     {
-        // The old one is kept to the end of this object, so that going back and forth between
-        // the models compiles nothing anew.
-        m_replacedEffects.push_back(currentEffect);
-        currentEffect = effect;
-        passEffects[pass] = effect;
+        return;
     }
+    if (replaced)
+    {
+        replaced->Release();
+    }
+    replaced = currentEffect;
+    currentEffect = effect;
+    passEffects[pass] = effect;
 }
 
 void MaterialES20::Apply(CameraNodeES20* camera)
@@ -433,18 +447,14 @@ void MaterialES20::TakeEffect(unsigned int pass, int effectType)
 void MaterialES20::ReleaseEffects()
 {
     currentEffect = nullptr;
-    const std::vector<EffectES20*> replaced = std::move(m_replacedEffects);
-    m_replacedEffects.clear();
-    for (EffectES20* effect : replaced)
+    for (auto* slots : {&m_replacedEffects, &passEffects})
     {
-        effect->Release();
-    }
-    for (EffectES20*& slot : passEffects)
-    {
-        if (EffectES20* effect = slot)
+        for (EffectES20*& slot : *slots)
         {
-            slot = nullptr;
-            effect->Release();
+            if (EffectES20* effect = std::exchange(slot, nullptr))
+            {
+                effect->Release();
+            }
         }
     }
 }

@@ -130,7 +130,8 @@ private:
     void ListMeshes(std::vector<RenderItemES20>& items, bool clippingPlane);
     MeshES20* MeshDataOf(Mesh* mesh);
 
-    std::vector<EffectES20*> m_replacedEffects; ///< by a change of shader type; counted
+    /// What a change of the shader type took out of each slot, with the slot's reference.
+    EffectES20* m_replacedEffects[kRenderPassCount] = {};
     LifetimeWatch m_cacheWatch;
 
     // The material's set of meshes as of a revision of it: walking the set itself, node by

@@ -2,6 +2,9 @@
 
 #include "orvane/effects/ProgramTemplate.h"
 
+#include <cstddef>
+#include <cstdint>
+
 namespace OV::Detail
 {
 
@@ -66,43 +69,66 @@ enum AdvancedUniform : int
     AdvancedUniformCount,
 };
 
-/// The rows of these, to stand first in a model's table.
-#define ORVANE_ADVANCED_UNIFORM_ROWS                                              \
-    {Detail::AdvancedUniformAmbient, "u_ambient"},                                \
-    {Detail::AdvancedUniformCamera, "u_camera"},                                  \
-    {Detail::AdvancedUniformColor, "u_color"},                                    \
-    {Detail::AdvancedUniformCubeMatrix, "u_cubeMatrix"},                          \
-    {Detail::AdvancedUniformEnableLight, "u_enableLight"},                        \
-    {Detail::AdvancedUniformFogColor, "u_fogColor"},                              \
-    {Detail::AdvancedUniformFogRange, "u_fogRange"},                              \
-    {Detail::AdvancedUniformIsShowFaceSides, "u_isShowFaceSides"},                \
-    {Detail::AdvancedUniformLightDir, "u_lightDir"},                              \
-    {Detail::AdvancedUniformMonochrome, "u_monochrome"},                          \
-    {Detail::AdvancedUniformMvpMatrix, "u_mvpMatrix"},                            \
-    {Detail::AdvancedUniformNormalMap, "u_normalMap"},                            \
-    {Detail::AdvancedUniformNormalMatrix, "u_normalMatrix"},                      \
-    {Detail::AdvancedUniformOpacityMap, "u_opacityMap"},                          \
-    {Detail::AdvancedUniformPointSize, "u_pointSize"},                            \
-    {Detail::AdvancedUniformReflectionFactors, "u_reflectionFactors"},            \
-    {Detail::AdvancedUniformReflectionMap, "u_reflectionMap"},                    \
-    {Detail::AdvancedUniformScale, "u_scale"},                                    \
-    {Detail::AdvancedUniformSpecular, "u_specular"},                              \
-    {Detail::AdvancedUniformStippleColor, "u_stippleColor"},                      \
-    {Detail::AdvancedUniformStippleOffset, "u_stippleOffset"},                    \
-    {Detail::AdvancedUniformStippleSize, "u_stippleSize"},                        \
-    {Detail::AdvancedUniformTexture0, "u_texture0"},                              \
-    {Detail::AdvancedUniformWorldTransform, "u_worldTransform"},                  \
-    {Detail::AdvancedUniformNumClipPlanes, "u_numClipPlanes"},                    \
-    {Detail::AdvancedUniformClipPlaneNormals, "u_clipPlaneNormals"},              \
-    {Detail::AdvancedUniformClipPlanePositions, "u_clipPlanePositions"},          \
-    {Detail::AdvancedUniformClipPlaneOutlineColor, "u_clipPlaneOutlineColor"},    \
-    {Detail::AdvancedUniformClipPlaneOutlineSize, "u_clipPlaneOutlineSize"},      \
-    {Detail::AdvancedUniformPocheColor, "u_pocheColor"},                          \
-    {Detail::AdvancedUniformPocheColorEnabled, "u_pocheColorEnabled"},            \
-    {Detail::AdvancedUniformIsBackFaces, "u_isBackFaces"},                        \
-    {Detail::AdvancedUniformAmbientColorIntensity, "u_ambientColorIntensity"},    \
-    {Detail::AdvancedUniformAmbientTextureIntensity, "u_ambientTextureIntensity"},\
-    {Detail::AdvancedUniformShadowIntensity, "u_shadowIntensity"}
+inline constexpr IndexedName kAdvancedUniforms[] = {
+    {AdvancedUniformAmbient, "u_ambient"},
+    {AdvancedUniformCamera, "u_camera"},
+    {AdvancedUniformColor, "u_color"},
+    {AdvancedUniformCubeMatrix, "u_cubeMatrix"},
+    {AdvancedUniformEnableLight, "u_enableLight"},
+    {AdvancedUniformFogColor, "u_fogColor"},
+    {AdvancedUniformFogRange, "u_fogRange"},
+    {AdvancedUniformIsShowFaceSides, "u_isShowFaceSides"},
+    {AdvancedUniformLightDir, "u_lightDir"},
+    {AdvancedUniformMonochrome, "u_monochrome"},
+    {AdvancedUniformMvpMatrix, "u_mvpMatrix"},
+    {AdvancedUniformNormalMap, "u_normalMap"},
+    {AdvancedUniformNormalMatrix, "u_normalMatrix"},
+    {AdvancedUniformOpacityMap, "u_opacityMap"},
+    {AdvancedUniformPointSize, "u_pointSize"},
+    {AdvancedUniformReflectionFactors, "u_reflectionFactors"},
+    {AdvancedUniformReflectionMap, "u_reflectionMap"},
+    {AdvancedUniformScale, "u_scale"},
+    {AdvancedUniformSpecular, "u_specular"},
+    {AdvancedUniformStippleColor, "u_stippleColor"},
+    {AdvancedUniformStippleOffset, "u_stippleOffset"},
+    {AdvancedUniformStippleSize, "u_stippleSize"},
+    {AdvancedUniformTexture0, "u_texture0"},
+    {AdvancedUniformWorldTransform, "u_worldTransform"},
+    {AdvancedUniformNumClipPlanes, "u_numClipPlanes"},
+    {AdvancedUniformClipPlaneNormals, "u_clipPlaneNormals"},
+    {AdvancedUniformClipPlanePositions, "u_clipPlanePositions"},
+    {AdvancedUniformClipPlaneOutlineColor, "u_clipPlaneOutlineColor"},
+    {AdvancedUniformClipPlaneOutlineSize, "u_clipPlaneOutlineSize"},
+    {AdvancedUniformPocheColor, "u_pocheColor"},
+    {AdvancedUniformPocheColorEnabled, "u_pocheColorEnabled"},
+    {AdvancedUniformIsBackFaces, "u_isBackFaces"},
+    {AdvancedUniformAmbientColorIntensity, "u_ambientColorIntensity"},
+    {AdvancedUniformAmbientTextureIntensity, "u_ambientTextureIntensity"},
+    {AdvancedUniformShadowIntensity, "u_shadowIntensity"},
+};
+static_assert(sizeof(kAdvancedUniforms) / sizeof(IndexedName) == AdvancedUniformCount);
+
+/// A table of uniforms of its own storage: what both models have, then what one has.
+template <std::size_t Size>
+struct AdvancedUniformTable
+{
+    IndexedName rows[Size];
+};
+
+template <std::size_t OwnSize>
+constexpr AdvancedUniformTable<AdvancedUniformCount + OwnSize> WithAdvancedUniforms(const IndexedName (&own)[OwnSize])
+{
+    AdvancedUniformTable<AdvancedUniformCount + OwnSize> table{};
+    for (std::size_t i = 0; i < AdvancedUniformCount; ++i)
+    {
+        table.rows[i] = kAdvancedUniforms[i];
+    }
+    for (std::size_t i = 0; i < OwnSize; ++i)
+    {
+        table.rows[AdvancedUniformCount + i] = own[i];
+    }
+    return table;
+}
 
 enum AdvancedAttribute : unsigned
 {
