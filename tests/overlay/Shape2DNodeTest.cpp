@@ -1,7 +1,10 @@
 #include "orvane/overlay/Shape2DNode.h"
 
 #include "tests/overlay/LayerShapes.h"
+#include "tests/overlay/OverlayDoubles.h"
+#include "tests/support/VirtualSlot.h"
 
+#include "orvane/overlay/Arrow.h"
 #include "orvane/scene/NodeType.h"
 
 #include <gtest/gtest.h>
@@ -222,6 +225,110 @@ TEST_F(Shape2DNodeTest, ChildrenOfAVisibleNodeAreVisitedToo)
     EXPECT_FALSE(IsCulled(*parent));
     EXPECT_TRUE(IsCulled(*child));
     EXPECT_EQ(farthest, -1.0f);
+}
+
+TEST_F(Shape2DNodeTest, ReplacesTheNodesOperationsAndAddsNone)
+{
+    EXPECT_EQ(VirtualSlot(&Shape2DNode::UpdateGraph), 3);
+    EXPECT_EQ(VirtualSlot(&Shape2DNode::UpdateCulling), 4);
+    EXPECT_EQ(VirtualSlot(&Shape2DNode::Type), 7);
+    EXPECT_EQ(VirtualSlot(&Shape2DNode::HasType), 8);
+    EXPECT_EQ(VirtualSlot(&Shape2DNode::IsInside), -1);
+    Shape2DNode* const node = AddShapeNode(layer, 0, 0, 5);
+    Node& base = *node;
+    layer.nearZ = 0.0f;
+    base.UpdateGraph();
+    EXPECT_EQ(layer.nearZ, -5.0f);
+}
+
+TEST_F(Shape2DNodeTest, PickStateHasASetter)
+{
+    Shape2DNode* const node = AddShapeNode(layer, 0, 0, 0);
+    node->SetPickState(4);
+    EXPECT_EQ(node->pickState, 4u);
+    EXPECT_TRUE(node->PickReleased());
+}
+
+TEST_F(Shape2DNodeTest, IsInsideAsksItsShapesInTheirOwnSpace)
+{
+    Shape2DNode* const node = AddShapeNode(layer, 30, 20, 7);
+    auto* const rect = new Rect(&layer, 10, 5, false);
+    rect->AddNode(node);
+    node->UpdateGraph();
+    EXPECT_TRUE(node->IsInside(30, 20));
+    EXPECT_TRUE(node->IsInside(40, 25));
+    EXPECT_FALSE(node->IsInside(29.9f, 20));
+    EXPECT_FALSE(node->IsInside(40.1f, 25));
+
+    Transform turned = node->GetLocal();
+    turned.SetRotation(Quaternion(0.0f, 0.0f, std::sqrt(0.5f), std::sqrt(0.5f)));
+    turned.SetScale(Vector(2, 2, 1));
+    node->SetLocal(turned);
+    node->UpdateGraph();
+    EXPECT_TRUE(node->IsInside(21, 39)) << "turned by a quarter to the left, twice as large";
+    EXPECT_FALSE(node->IsInside(19, 39));
+    EXPECT_FALSE(node->IsInside(35, 22));
+}
+
+TEST_F(Shape2DNodeTest, IsInsideOfAnyShapeIsEnough)
+{
+    Shape2DNode* const node = AddShapeNode(layer, 0, 0, 0);
+    (new Shape2D(&layer))->AddNode(node);
+    (new Arrow(10, 1, &layer))->AddNode(node);
+    AddLayerMesh(layer, *node, *material);
+    auto* const rect = new Rect(&layer, 5, 5, false);
+    rect->ShiftX(50);
+    rect->AddNode(node);
+    node->UpdateGraph();
+    EXPECT_TRUE(node->IsInside(5, 0)) << "the arrow";
+    EXPECT_TRUE(node->IsInside(52, 2)) << "the rectangle";
+    EXPECT_FALSE(node->IsInside(30, 2));
+    EXPECT_FALSE(AddShapeNode(layer, 0, 0, 0)->IsInside(0, 0)) << "no shape";
+}
+
+TEST_F(Shape2DNodeTest, AShapeThatIsNeitherRectangleNorArrowIsNeverInside)
+{
+    Shape2DNode* const node = AddShapeNode(layer, 0, 0, 0);
+    auto* const shape = new Shape2D(&layer);
+    shape->GetRawMesh()->SetPositionBuffer({Vector(-9, -9, 0), Vector(9, -9, 0), Vector(0, 9, 0)});
+    shape->AddNode(node);
+    node->UpdateGraph();
+    EXPECT_FALSE(node->IsInside(0, 0));
+}
+
+TEST_F(Shape2DNodeTest, ALayerWithoutHeightAnswersFalseToEveryIsInside)
+{
+    Scene2D flat(nullptr);
+    Shape2DNode* const node = AddShapeNode(flat, 0, 0, 0);
+    (new Rect(&flat, 10, 10, false))->AddNode(node);
+    flat.UpdateGraph(100, 0);
+    EXPECT_FALSE(node->IsInside(5, 5));
+    flat.UpdateGraph(100, 1);
+    EXPECT_TRUE(node->IsInside(5, 5));
+}
+
+TEST_F(Shape2DNodeTest, WithoutALayerNothingIsInside)
+{
+    Rect rect(nullptr, 10, 10, false);
+    Shape2DNode node(nullptr);
+    rect.AddNode(&node);
+    EXPECT_FALSE(node.IsInside(5, 5));
+    node.UpdateGraph();
+    float nearValue = 0.0f;
+    float farValue = 0.0f;
+    node.UpdateCulling(nearValue, farValue);
+    EXPECT_EQ(node.GetFlags() & NodeFlagCulled, 0u);
+}
+
+TEST_F(Shape2DNodeTest, AFlatScaleHasNoInside)
+{
+    Shape2DNode* const node = AddSquare(0, 0);
+    (new Rect(&layer, 10, 10, false))->AddNode(node);
+    Transform none;
+    none.SetScale(Vector(0, 0, 0));
+    node->SetLocal(none);
+    node->UpdateGraph();
+    EXPECT_FALSE(node->IsInside(0, 0));
 }
 
 }  // namespace
