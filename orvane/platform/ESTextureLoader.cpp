@@ -180,11 +180,19 @@ unsigned int ESTextureLoader::CreateTextTexture(const std::string& fontName, int
 unsigned int ESTextureLoader::AddTextTexture(const TextureIndex& key, Image& image, int& width, int& height,
                                              int& textureWidth, int& textureHeight)
 {
+    if (!LoadEntryPoints())
+    {
+        return 0;
+    }
     width = textureWidth = image.width;
     height = textureHeight = image.height;
 
     auto record = std::make_unique<CacheRecord>();
     record->textureId = GenerateTexture();
+    if (record->textureId == 0)
+    {
+        return 0;
+    }
     glBindTexture(GL_TEXTURE_2D, record->textureId);
     SetParameter(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
     SetParameter(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);

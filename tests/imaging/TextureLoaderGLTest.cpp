@@ -6,6 +6,8 @@
 
 #include <GL/glew.h>
 
+#include <algorithm>
+
 namespace OV::Test
 {
 
@@ -143,6 +145,25 @@ TEST_F(TextureLoaderGLTest, AFileArrivesWithItsBottomRowFirst)
     EXPECT_EQ(level.pixels, Flipped(pixels, 6));
     EXPECT_EQ(width, 6);
     EXPECT_EQ(height, 5);
+    loader.ReleaseTexture(id);
+}
+
+TEST_F(TextureLoaderGLTest, ATextArrivesWithItsTopRowFirst)
+{
+    int textureWidth = 0;
+    int textureHeight = 0;
+    const unsigned id =
+        loader.CreateTextTexture("DejaVu Sans", 32, "_", 0, width, height, textureWidth, textureHeight);
+    ASSERT_NE(id, 0u);
+    const Level level = ReadLevel(id, 0);
+    EXPECT_EQ(level.width, width);
+    EXPECT_EQ(level.height, height);
+    const std::size_t half = level.pixels.size() / 2;
+    EXPECT_EQ(std::count(level.pixels.begin(), level.pixels.begin() + half, 0), half) << "nothing above the line";
+    EXPECT_GT(std::count(level.pixels.begin() + half, level.pixels.end(), 255), 40);
+    EXPECT_EQ(Parameter(id, GL_TEXTURE_MIN_FILTER), GL_LINEAR);
+    EXPECT_EQ(Parameter(id, GL_TEXTURE_MAG_FILTER), GL_LINEAR);
+    EXPECT_EQ(Parameter(id, GL_TEXTURE_WRAP_S), GL_REPEAT);
     loader.ReleaseTexture(id);
 }
 

@@ -12,6 +12,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <set>
 #include <stdexcept>
 #include <type_traits>
 
@@ -556,11 +558,44 @@ protected:
     int textureHeight = -1;
 };
 
-TEST_F(TextTextureTest, ATextThatIsNotHeldGivesZero)
+TEST_F(TextTextureTest, ATextIsRasterisedAndUploaded)
 {
-    EXPECT_EQ(Find("Sans", 12, "Hello", 0), 0u);
+    const unsigned id = Find("DejaVu Sans", 20, "Hello", 0);
+    ASSERT_NE(id, 0u);
+    int measuredWidth = 0;
+    int measuredHeight = 0;
+    int measuredTextureWidth = 0;
+    int measuredTextureHeight = 0;
+    Platform::Linux::ESTextureLoader::TextSize("DejaVu Sans", 20, "Hello", 0, measuredWidth, measuredHeight,
+                                               measuredTextureWidth, measuredTextureHeight);
+    EXPECT_GT(measuredWidth, 20);
+    EXPECT_EQ(width, measuredWidth);
+    EXPECT_EQ(height, measuredHeight);
+    EXPECT_EQ(textureWidth, measuredTextureWidth);
+    EXPECT_EQ(textureHeight, measuredTextureHeight);
+    const GLTexels texels = gl.TextureTexels(id);
+    EXPECT_EQ(texels.width, width);
+    EXPECT_EQ(texels.height, height);
+    EXPECT_GT(std::count(texels.bytes.begin(), texels.bytes.end(), 255), 40) << "covered pixels";
+    EXPECT_EQ(Find("DejaVu Sans", 20, "Hello", 0), id);
+    EXPECT_EQ(loader.cache.size(), 1u);
+}
+
+TEST_F(TextTextureTest, ATextThatFailsToRasteriseGivesZeroAndLeavesNothing)
+{
+    EXPECT_EQ(Find(std::string(32, 'x'), 12, "Hello", 0), 0u);
+    EXPECT_EQ(Find("DejaVu Sans", 0, "Hello", 0), 0u);
     EXPECT_TRUE(loader.cache.empty());
     EXPECT_THAT(gl.Strings(), IsEmpty());
+}
+
+TEST_F(TextTextureTest, ATextWhoseTextureFailsIsNotKept)
+{
+    gl.FailCreation("glGenTextures");
+    EXPECT_EQ(Find("DejaVu Sans", 12, "Hello", 0), 0u);
+    EXPECT_TRUE(loader.cache.empty());
+    gl.FailCreation("glGenTextures", false);
+    EXPECT_NE(Find("DejaVu Sans", 12, "Hello", 0), 0u);
 }
 
 TEST_F(TextTextureTest, ATextIsUploadedUnfilteredByMipmapsWithDefaultWrapping)
@@ -610,13 +645,16 @@ TEST_F(TextTextureTest, AHeldTextIsSharedWithItsSizes)
 TEST_F(TextTextureTest, AnotherSizeWidthFontOrTextIsAnotherTexture)
 {
     Add(TextureIndex("Sans", 12, "Hello", 0), 8, 4);
-    EXPECT_EQ(Find("Sans", 13, "Hello", 0), 0u);
-    EXPECT_EQ(Find("Sans", 12, "Hello", 1), 0u);
-    EXPECT_EQ(Find("Serif", 12, "Hello", 0), 0u);
-    EXPECT_EQ(Find("Sans", 12, "Hello!", 0), 0u);
-    const unsigned other = Add(TextureIndex("Sans", 13, "Hello", 0), 9, 5);
-    EXPECT_EQ(Find("Sans", 13, "Hello", 0), other);
-    EXPECT_EQ(width, 9);
+    EXPECT_EQ(Find("Sans", 12, "Hello", 0), loader.cache.begin()->second->textureId);
+    std::set<unsigned> ids;
+    ids.insert(loader.cache.begin()->second->textureId);
+    ids.insert(Find("Sans", 13, "Hello", 0));
+    ids.insert(Find("Sans", 12, "Hello", 20));
+    ids.insert(Find("Serif", 12, "Hello", 0));
+    ids.insert(Find("Sans", 12, "Hello!", 0));
+    EXPECT_EQ(ids.size(), 5u);
+    EXPECT_EQ(ids.count(0u), 0u);
+    EXPECT_EQ(loader.cache.size(), 5u);
 }
 
 TEST_F(TextTextureTest, AnEmptyTextHasScaleOne)
@@ -643,13 +681,19 @@ TEST_F(TextTextureTest, ATextOfAFilesNameIsNotThatFile)
     EXPECT_TRUE(loader.cache.empty());
 }
 
-TEST_F(TextTextureTest, WithoutARasteriserATextMeasuresNothing)
+TEST_F(TextTextureTest, TheTextureIsOfTheTextsSizeWithinItsLimit)
 {
-    Platform::Linux::ESTextureLoader::TextSize("Sans", 12, "Hello", 0, width, height, textureWidth, textureHeight);
-    EXPECT_EQ(width, 0);
-    EXPECT_EQ(height, 0);
-    EXPECT_EQ(textureWidth, width);
+    int unlimited = 0;
+    Platform::Linux::ESTextureLoader::TextSize("DejaVu Sans", 16, "A hundred pixels", 0, unlimited, height,
+                                               textureWidth, textureHeight);
+    Platform::Linux::ESTextureLoader::TextSize("DejaVu Sans", 16, "A hundred pixels", 60, width, height, textureWidth,
+                                               textureHeight);
+    EXPECT_GT(unlimited, 60);
+    EXPECT_EQ(width, 60);
+    EXPECT_EQ(textureWidth, 60);
     EXPECT_EQ(textureHeight, height);
+    EXPECT_NE(Find("DejaVu Sans", 16, "A hundred pixels", 60), 0u);
+    EXPECT_EQ(width, 60);
 }
 
 TEST(TextureLoader, WithoutAContextNothingIsMade)
@@ -671,6 +715,10 @@ TEST(TextureLoader, WithoutAContextNothingIsMade)
     EXPECT_TRUE(loader.cache.empty());
     EXPECT_EQ(loader.CreateMipMapTexture(files.Path(), {"picture.png"}), 0u);
     EXPECT_EQ(loader.CreateCubeMap(files.Path(), {"picture.png"}), 0u);
+    int textureWidth = 0;
+    int textureHeight = 0;
+    EXPECT_EQ(loader.CreateTextTexture("DejaVu Sans", 12, "Hello", 0, width, height, textureWidth, textureHeight), 0u);
+    EXPECT_TRUE(loader.cache.empty());
     EXPECT_TRUE(loader.ReleaseTexture(1));
 }
 
