@@ -127,6 +127,10 @@ void SceneRenderer::Pack(Scene* scene, CameraNode* camera)
             PrepareOptimizedMaterial(material, cameraData, items, false);
         }
     }
+    for (LineStyle* style : scene->GetLineStyles())
+    {
+        PrepareLineStyle(style, cameraData, items, false);
+    }
     bufferPool.GenerateVBOs();
     MeshES20::ResetBufferCache();
 }
