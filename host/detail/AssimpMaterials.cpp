@@ -139,9 +139,10 @@ void SetGltfMatrix(const aiUVTransform& stored, TextureMapping& mapping)
     const double offsetU = stored.mTranslation.x - 0.5 * su * (1.0 - c + s);
     const double offsetV = 1.0 - sv - stored.mTranslation.y + 0.5 * sv * (c + s - 1.0);
 
-    // With v = 1 - v' on both sides of u' = O + R S u'.
-    const double matrix[2][3] = {{c * su, s * sv, offsetU - s * sv},
-                                 {-s * su, c * sv, 1.0 - offsetV - c * sv}};
+    // u' = O + R S u, where R turns to the left as one looks at a picture with v downwards,
+    // and v = 1 - v put in on both sides.
+    const double matrix[2][3] = {{c * su, -s * sv, offsetU + s * sv},
+                                 {s * su, c * sv, 1.0 - offsetV - c * sv}};
     for (int row = 0; row < 2; ++row)
     {
         for (int column = 0; column < 3; ++column)

@@ -316,10 +316,11 @@ TEST_F(ModelImporterTest, TextureTransformsOfGltfAreBakedIntoTheCoordinates)
             const std::size_t corner = position.x > 0.5f ? 1 : position.y > 0.5f ? 2 : 0;
             const float u = coordinates[2 * corner] * scale[0];
             const float v = coordinates[2 * corner + 1] * scale[1];
+            // To the left in a picture with v downwards.
             const float c = std::cos(rotation);
             const float s = std::sin(rotation);
-            EXPECT_NEAR(mesh.GetTextureBuffer()[i].u, offset[0] + c * u - s * v, 1e-5f) << rotation;
-            EXPECT_NEAR(mesh.GetTextureBuffer()[i].v, 1.0f - (offset[1] + s * u + c * v), 1e-5f) << rotation;
+            EXPECT_NEAR(mesh.GetTextureBuffer()[i].u, offset[0] + c * u + s * v, 1e-5f) << rotation;
+            EXPECT_NEAR(mesh.GetTextureBuffer()[i].v, 1.0f - (offset[1] - s * u + c * v), 1e-5f) << rotation;
         }
     }
 }
