@@ -4,6 +4,9 @@
 #include "orvane/overlay/Sprite.h"
 #include "orvane/overlay/Text.h"
 
+#include "orvane/math/TextureCoordinate.h"
+#include "orvane/math/Vector.h"
+#include "orvane/overlay/Shape2DNode.h"
 #include "orvane/platform/ESTextureLoader.h"
 
 #include <string>
