@@ -18,7 +18,8 @@ class Lifetime;
 class ORVANE_API EffectCache
 {
 public:
-    enum EffectType
+    /// What GetEffect is asked for. Any other number may be asked for too, and has no class.
+    enum EffectType : int
     {
         BasicMaterial = 0,
         HUD = 1,
