@@ -6,9 +6,12 @@
 #include "orvane/effects/BasicMaterialAmbientPassEffectES20.h"
 #include "orvane/effects/BasicMaterialEffectES20.h"
 #include "orvane/effects/CrosshatchEffectES20.h"
+#include "orvane/effects/DepthIdPassEffectES20.h"
 #include "orvane/effects/FXAAEffectES20.h"
 #include "orvane/effects/HUDEffectES20.h"
+#include "orvane/effects/LineFilterEffectES20.h"
 #include "orvane/effects/MonotoneEffectES20.h"
+#include "orvane/effects/SSAOEffectES20.h"
 #include "orvane/effects/SimMaterialEffectES20.h"
 #include "orvane/effects/SkyEffectES20.h"
 #include "orvane/effects/SolidLineEffectES20.h"
@@ -24,63 +27,62 @@
 namespace OV
 {
 
+using Maker = EffectES20* (*)(EffectCache*);
+
 /// What a cache and its copies have in common.
 struct EffectCache::Family
 {
+    /// Makes an effect. As a part of the cache it may also make those that only a cache makes.
+    template <class Effect>
+    static EffectES20* Make(EffectCache* cache)
+    {
+        return new Effect(cache);
+    }
+
+    template <bool additive>
+    static EffectES20* MakeBasicMaterial(EffectCache* cache)
+    {
+        return new BasicMaterialEffectES20(cache, additive);
+    }
+
+    /// What makes the effect of a type; null for one without a class.
+    static Maker FindMaker(EffectType type);
+
     Lifetime lifetime;
     std::vector<EffectCache*> caches;
 };
 
-namespace
+Maker EffectCache::Family::FindMaker(EffectType wanted)
 {
-
-using Maker = EffectES20* (*)(EffectCache*);
-
-template <class Effect>
-EffectES20* Make(EffectCache* cache)
-{
-    return new Effect(cache);
+    struct Row
+    {
+        EffectType type;
+        Maker make;
+    };
+    static constexpr Row rows[] = {
+        {BasicMaterial, MakeBasicMaterial<false>},
+        {HUD, Make<HUDEffectES20>},
+        {VertexColor, Make<VertexColorEffectES20>},
+        {AA, Make<AAEffectES20>},
+        {FXAA, Make<FXAAEffectES20>},
+        {SimMaterial, Make<SimMaterialEffectES20>},
+        {SolidLine, Make<SolidLineEffectES20>},
+        {BasicMaterialAmbientPass, Make<BasicMaterialAmbientPassEffectES20>},
+        {BasicMaterialAdditive, MakeBasicMaterial<true>},
+        {WeightedAverageSecondPass, Make<WeightedAverageSecondPassEffectES20>},
+        {DepthIdPass, Make<DepthIdPassEffectES20>},
+        {SSAO, Make<SSAOEffectES20>},
+        {Sky, Make<SkyEffectES20>},
+        {LineFilter, Make<LineFilterEffectES20>},
+        {AdvancedMaterial, Make<AdvancedMaterialEffectES20>},
+        {Crosshatch, Make<CrosshatchEffectES20>},
+        {Monotone, Make<MonotoneEffectES20>},
+        {AdvancedMaterialPhong, Make<AdvancedMaterialPhongEffectES20>},
+    };
+    const auto row = std::find_if(std::begin(rows), std::end(rows),
+                                  [wanted](const Row& candidate) { return candidate.type == wanted; });
+    return row == std::end(rows) ? nullptr : row->make;
 }
-
-template <bool additive>
-EffectES20* MakeBasicMaterial(EffectCache* cache)
-{
-    return new BasicMaterialEffectES20(cache, additive);
-}
-
-struct MakerRow
-{
-    EffectCache::EffectType type;
-    Maker make;
-};
-
-/// Which class each type has. A type without a row has no effect.
-constexpr MakerRow kMakers[] = {
-    {EffectCache::BasicMaterial, MakeBasicMaterial<false>},
-    {EffectCache::HUD, Make<HUDEffectES20>},
-    {EffectCache::VertexColor, Make<VertexColorEffectES20>},
-    {EffectCache::AA, Make<AAEffectES20>},
-    {EffectCache::FXAA, Make<FXAAEffectES20>},
-    {EffectCache::SimMaterial, Make<SimMaterialEffectES20>},
-    {EffectCache::SolidLine, Make<SolidLineEffectES20>},
-    {EffectCache::BasicMaterialAmbientPass, Make<BasicMaterialAmbientPassEffectES20>},
-    {EffectCache::BasicMaterialAdditive, MakeBasicMaterial<true>},
-    {EffectCache::WeightedAverageSecondPass, Make<WeightedAverageSecondPassEffectES20>},
-    {EffectCache::Sky, Make<SkyEffectES20>},
-    {EffectCache::AdvancedMaterial, Make<AdvancedMaterialEffectES20>},
-    {EffectCache::Crosshatch, Make<CrosshatchEffectES20>},
-    {EffectCache::Monotone, Make<MonotoneEffectES20>},
-    {EffectCache::AdvancedMaterialPhong, Make<AdvancedMaterialPhongEffectES20>},
-};
-
-Maker FindMaker(EffectCache::EffectType type)
-{
-    const auto row = std::find_if(std::begin(kMakers), std::end(kMakers),
-                                  [type](const MakerRow& candidate) { return candidate.type == type; });
-    return row == std::end(kMakers) ? nullptr : row->make;
-}
-
-} // namespace
 
 EffectCache::EffectCache()
 {
@@ -151,7 +153,7 @@ EffectES20* EffectCache::GetEffect(EffectType type)
     {
         entry->AddReference();
     }
-    else if (const Maker make = FindMaker(type))
+    else if (const Maker make = Family::FindMaker(type))
     {
         entry = make(this);
     }

@@ -1,6 +1,6 @@
 #include "orvane/renderer/Renderer20.h"
 
-#include "orvane/effects/MaterialEffectES20.h"
+#include "orvane/effects/BaseAAES20.h"
 #include "orvane/engine/RenderCapabilities.h"
 #include "orvane/math/Transform.h"
 #include "orvane/platform/detail/EntryPoints.h"
@@ -149,8 +149,9 @@ void Renderer20::ApplyCapture()
 
 void Renderer20::DrawScreenMesh()
 {
-    if (auto* effect = dynamic_cast<MaterialEffectES20*>(screenEffect))
+    if (auto* effect = dynamic_cast<BaseAAES20*>(screenEffect))
     {
+        effect->SetDimensions(width, height);
         effect->Apply(nullptr, nullptr);
     }
     screenMeshData->Render(screenEffect, screenMesh->GetNodes(), false);

@@ -1,0 +1,137 @@
+#include "orvane/effects/DepthIdPassEffectES20.h"
+
+#include "orvane/effects/shaders/DepthIdPassEffectES20.frag.h"
+#include "orvane/effects/shaders/DepthIdPassEffectES20.vert.h"
+#include "orvane/math/Matrix.h"
+#include "orvane/renderdata/MeshES20.h"
+#include "orvane/scene/MeshNode.h"
+
+#include <GL/glew.h>
+
+#include <cmath>
+
+namespace OV
+{
+
+namespace
+{
+
+enum Option : std::uint64_t
+{
+    OptionObjectId = 1,
+    OptionGroupId = 2,
+};
+
+constexpr OptionRow kOptions[] = {
+    {OptionObjectId, "OBJECTID"},
+    {OptionGroupId, "GROUPID"},
+};
+
+enum Uniform : int
+{
+    UniformEncodedGroupInstance,
+    UniformMvpMatrix,
+    UniformWorldTransform,
+    UniformNumClipPlanes,
+    UniformClipPlaneNormals,
+    UniformClipPlanePositions,
+};
+
+constexpr IndexedName kUniforms[] = {
+    {UniformEncodedGroupInstance, "u_encodedGroupInstance"},
+    {UniformMvpMatrix, "u_mvpMatrix"},
+    {UniformWorldTransform, "u_worldTransform"},
+    {UniformNumClipPlanes, "u_numClipPlanes"},
+    {UniformClipPlaneNormals, "u_clipPlaneNormals"},
+    {UniformClipPlanePositions, "u_clipPlanePositions"},
+};
+static_assert(IsDense(kUniforms));
+
+enum Attribute : unsigned
+{
+    AttributePosition,
+    AttributeColor,
+};
+
+constexpr IndexedName kAttributes[] = {
+    {AttributePosition, "a_position"},
+    {AttributeColor, "a_color"},
+};
+
+constexpr ProgramTemplate kTemplate = {
+    "DepthIdPassEffectES20", Shaders::DepthIdPassEffectES20Vert, Shaders::DepthIdPassEffectES20Frag, kOptions,
+    kUniforms, kAttributes,
+};
+
+/// Spreads neighbouring identifiers over the colours, by more than a rounding step.
+constexpr std::uint32_t kSpread = 122;
+
+} // namespace
+
+DepthIdPassEffectES20::DepthIdPassEffectES20(EffectCache* cache) : MaterialEffectES20(cache) {}
+
+unsigned int DepthIdPassEffectES20::CreateProgramForOptions(std::uint64_t options, std::string& name)
+{
+    return CreateFromTemplate(kTemplate, options, name);
+}
+
+void DepthIdPassEffectES20::Apply(MaterialES20*, CameraNodeES20* camera)
+{
+    m_camera = camera;
+    UseOptions(idMode == 1 ? OptionGroupId : OptionObjectId);
+    glDisable(GL_BLEND);
+}
+
+void DepthIdPassEffectES20::Remove() {}
+
+void DepthIdPassEffectES20::BindMeshAttributes(MeshES20* mesh)
+{
+    EnableAttribute(AttributePosition, 3, mesh->GetStride(), mesh->GetPositionOffset());
+    if (mesh->GetColorOffset() >= 0 && idMode == 0)
+    {
+        EnableAttribute(AttributeColor, 4, mesh->GetStride(), mesh->GetColorOffset());
+    }
+}
+
+void DepthIdPassEffectES20::ReleaseMeshAttributes(MeshES20* mesh)
+{
+    DisableAttribute(AttributePosition);
+    if (mesh->GetColorOffset() >= 0 && idMode == 0)
+    {
+        DisableAttribute(AttributeColor);
+    }
+}
+
+void DepthIdPassEffectES20::BindMeshUniforms(MeshNode* node)
+{
+    Set(UniformMvpMatrix, ModelViewProjection(node));
+    if (idMode > 0)
+    {
+        float color[4];
+        EncodeId(node->GetUserData(), color);
+        Set(UniformEncodedGroupInstance, color[0], color[1], color[2], color[3]);
+    }
+    Set(UniformWorldTransform, *node->GetGlobalMatrix());
+    SetClipPlanes(UniformClipPlaneNormals, UniformClipPlanePositions, UniformNumClipPlanes, true);
+    glDisable(GL_DITHER);
+}
+
+void DepthIdPassEffectES20::EncodeId(int userData, float (&color)[4])
+{
+    // The group part goes to the upper bits, the sign with it. One more, so that no node has
+    // the colour of an empty picture.
+    const auto group = static_cast<std::uint32_t>(userData >> 4) & 0xFFFFF000u;
+    const std::uint32_t object = (static_cast<std::uint32_t>(userData) & 0xFFFFu) + 1u;
+    const double encoded = static_cast<std::int32_t>((group | object) * kSpread);
+    const double blue = std::floor(encoded / 256.0 / 256.0);
+    double rest = encoded - blue * 256.0 * 256.0;
+    const double green = std::floor(rest / 256.0);
+    rest -= green * 256.0;
+    const double red = std::floor(rest);
+    color[0] = static_cast<float>(red / 255.0);
+    color[1] = static_cast<float>(green / 255.0);
+    color[2] = static_cast<float>(blue / 255.0);
+    color[3] = 1.0f;
+}
+
+} // namespace OV

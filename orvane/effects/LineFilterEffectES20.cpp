@@ -1,0 +1,109 @@
+#include "orvane/effects/LineFilterEffectES20.h"
+
+#include "orvane/effects/shaders/LineFilterEffectES20.frag.h"
+#include "orvane/effects/shaders/LineFilterEffectES20.vert.h"
+#include "orvane/renderdata/MeshES20.h"
+
+#include <GL/glew.h>
+
+namespace OV
+{
+
+namespace
+{
+
+constexpr IndexedName kAttributes[] = {
+    {0, "a_position"},
+    {1, "a_texture"},
+};
+
+void BindTexture(GLenum unit, int texture)
+{
+    glActiveTexture(unit);
+    glBindTexture(GL_TEXTURE_2D, static_cast<GLuint>(texture));
+}
+
+} // namespace
+
+LineFilterEffectES20::LineFilterEffectES20(EffectCache* cache) : MaterialEffectES20(cache)
+{
+    LinkFixedProgram("LineFilter", Shaders::LineFilterEffectES20Vert, Shaders::LineFilterEffectES20Frag, kAttributes);
+    if (m_currentProgram == 0)
+    {
+        return;
+    }
+    m_positionAttribute = glGetAttribLocation(m_currentProgram, "a_position");
+    m_textureAttribute = glGetAttribLocation(m_currentProgram, "a_texture");
+    const auto locate = [this](const char* name) { return glGetUniformLocation(m_currentProgram, name); };
+    m_depthTextureLocation = locate("uDepthTexture");
+    m_renderedTextureLocation = locate("uRenderedTexture");
+    m_idTextureLocation = locate("uIDTexture");
+    m_widthLocation = locate("uRenderedTextureWidth");
+    m_heightLocation = locate("uRenderedTextureHeight");
+    m_overlayOnlyLocation = locate("uOverlayOnly");
+    m_edgeWeightLocation = locate("uEdgeWeight");
+    m_showIdsLocation = locate("uShowIds");
+    m_showDebugLocation = locate("uShowDebug");
+    m_zNearLocation = locate("uZNear");
+    m_zFarLocation = locate("uZFar");
+    m_edgeColorLocation = locate("uEdgeColor");
+}
+
+void LineFilterEffectES20::Bind()
+{
+    glUseProgram(m_currentProgram);
+    BindTexture(GL_TEXTURE0, depthTexture);
+    BindTexture(GL_TEXTURE1, renderTexture);
+    BindTexture(GL_TEXTURE2, idTexture);
+    glActiveTexture(GL_TEXTURE0);
+}
+
+void LineFilterEffectES20::Apply(MaterialES20*, CameraNodeES20*)
+{
+    Bind();
+}
+
+void LineFilterEffectES20::Remove() {}
+
+void LineFilterEffectES20::BindMeshAttributes(MeshES20* mesh)
+{
+    if (m_positionAttribute >= 0)
+    {
+        EnableAttribute(static_cast<unsigned int>(m_positionAttribute), 3, mesh->GetStride(),
+                        mesh->GetPositionOffset());
+    }
+    if (m_textureAttribute >= 0 && mesh->GetTextureOffset() >= 0)
+    {
+        EnableAttribute(static_cast<unsigned int>(m_textureAttribute), 2, mesh->GetStride(),
+                        mesh->GetTextureOffset());
+    }
+}
+
+void LineFilterEffectES20::ReleaseMeshAttributes(MeshES20*)
+{
+    for (const int attribute : {m_positionAttribute, m_textureAttribute})
+    {
+        if (attribute >= 0)
+        {
+            DisableAttribute(static_cast<unsigned int>(attribute));
+        }
+    }
+}
+
+void LineFilterEffectES20::BindMeshUniforms(MeshNode*)
+{
+    glUniform1f(m_widthLocation, static_cast<float>(textureWidth));
+    glUniform1f(m_heightLocation, static_cast<float>(textureHeight));
+    glUniform1i(m_depthTextureLocation, 0);
+    glUniform1i(m_renderedTextureLocation, 1);
+    glUniform1i(m_idTextureLocation, 2);
+    glUniform1i(m_overlayOnlyLocation, overlayOnly ? 1 : 0);
+    glUniform1f(m_edgeWeightLocation, edgeWeight);
+    glUniform1i(m_showIdsLocation, showIds ? 1 : 0);
+    glUniform1i(m_showDebugLocation, showDebug ? 1 : 0);
+    glUniform1f(m_zNearLocation, zNear);
+    glUniform1f(m_zFarLocation, zFar);
+    glUniform4f(m_edgeColorLocation, edgeColor.r, edgeColor.g, edgeColor.b, edgeColor.a);
+}
+
+} // namespace OV

@@ -1,0 +1,113 @@
+#include "orvane/effects/SSAOEffectES20.h"
+
+#include "orvane/effects/shaders/SSAOEffectES20.frag.h"
+#include "orvane/effects/shaders/SSAOEffectES20.vert.h"
+#include "orvane/renderdata/MeshES20.h"
+
+#include <GL/glew.h>
+
+namespace OV
+{
+
+namespace
+{
+
+enum Option : std::uint64_t
+{
+    OptionMist = 1,
+    OptionNoise = 2,
+};
+
+constexpr OptionRow kOptions[] = {
+    {0, "DEFAULT"},
+    {OptionMist, "USE_MIST"},
+    {OptionNoise, "USE_NOISE"},
+};
+
+enum Uniform : int
+{
+    UniformDepthTexture,
+    UniformRenderedTexture,
+    UniformRenderedTextureHeight,
+    UniformRenderedTextureWidth,
+    UniformZFar,
+    UniformZNear,
+};
+
+constexpr IndexedName kUniforms[] = {
+    {UniformDepthTexture, "uDepthTexture"},
+    {UniformRenderedTexture, "uRenderedTexture"},
+    {UniformRenderedTextureHeight, "uRenderedTextureHeight"},
+    {UniformRenderedTextureWidth, "uRenderedTextureWidth"},
+    {UniformZFar, "uZFar"},
+    {UniformZNear, "uZNear"},
+};
+static_assert(IsDense(kUniforms));
+
+enum Attribute : unsigned
+{
+    AttributePosition = 0,
+    AttributeTexture = 2,
+};
+
+constexpr IndexedName kAttributes[] = {
+    {AttributePosition, "a_position"},
+    {AttributeTexture, "a_texture"},
+};
+
+constexpr ProgramTemplate kTemplate = {
+    "SSAOEffectES20", Shaders::SSAOEffectES20Vert, Shaders::SSAOEffectES20Frag, kOptions, kUniforms, kAttributes,
+};
+
+} // namespace
+
+SSAOEffectES20::SSAOEffectES20(EffectCache* cache) : MaterialEffectES20(cache) {}
+
+unsigned int SSAOEffectES20::CreateProgramForOptions(std::uint64_t options, std::string& name)
+{
+    return CreateFromTemplate(kTemplate, options, name);
+}
+
+void SSAOEffectES20::Bind()
+{
+    UseOptions(OptionMist);
+    glActiveTexture(GL_TEXTURE0);
+    glBindTexture(GL_TEXTURE_2D, static_cast<GLuint>(depthTexture));
+    glActiveTexture(GL_TEXTURE1);
+    glBindTexture(GL_TEXTURE_2D, static_cast<GLuint>(renderTexture));
+    glActiveTexture(GL_TEXTURE0);
+}
+
+void SSAOEffectES20::Apply(MaterialES20*, CameraNodeES20*)
+{
+    Bind();
+}
+
+void SSAOEffectES20::Remove() {}
+
+void SSAOEffectES20::BindMeshAttributes(MeshES20* mesh)
+{
+    EnableAttribute(AttributePosition, 3, mesh->GetStride(), mesh->GetPositionOffset());
+    if (mesh->GetTextureOffset() >= 0)
+    {
+        EnableAttribute(AttributeTexture, 2, mesh->GetStride(), mesh->GetTextureOffset());
+    }
+}
+
+void SSAOEffectES20::ReleaseMeshAttributes(MeshES20*)
+{
+    DisableAttribute(AttributePosition);
+    DisableAttribute(AttributeTexture);
+}
+
+void SSAOEffectES20::BindMeshUniforms(MeshNode*)
+{
+    Set(UniformRenderedTextureWidth, static_cast<float>(width));
+    Set(UniformRenderedTextureHeight, static_cast<float>(height));
+    Set(UniformDepthTexture, 0);
+    Set(UniformRenderedTexture, 1);
+    Set(UniformZNear, zNear);
+    Set(UniformZFar, zFar);
+}
+
+} // namespace OV
