@@ -1,36 +1,6 @@
 #include "orvane/scene/Material.h"
+#include "tests/scene/HeapCount.h"
 #include "tests/scene/SceneDoubles.h"
-
-#include <cstdlib>
-#include <new>
-
-namespace
-{
-
-std::size_t g_allocations = 0;
-
-} // namespace
-
-// This program counts what it takes from the heap; the other forms come here.
-void* operator new(std::size_t size)
-{
-    ++g_allocations;
-    if (void* const block = std::malloc(size ? size : 1))
-    {
-        return block;
-    }
-    throw std::bad_alloc();
-}
-
-void operator delete(void* block) noexcept
-{
-    std::free(block);
-}
-
-void operator delete(void* block, std::size_t) noexcept
-{
-    std::free(block);
-}
 
 namespace OV
 {
@@ -62,9 +32,9 @@ protected:
     template <class Work>
     static std::size_t AllocationsOf(Work work)
     {
-        const std::size_t before = g_allocations;
+        const std::size_t before = HeapCount();
         work();
-        return g_allocations - before;
+        return HeapCount() - before;
     }
 
     void MoveAll(float step)
