@@ -23,8 +23,7 @@ struct DrawCounts
     std::uint64_t bytes = 0;
 };
 
-/// Counts the draws of several scenes that share buffers: those of materials, since models come
-/// without lines. GL: sizes of buffers are asked of it.
+/// Counts the draws of several scenes that share buffers. GL: sizes of buffers are asked of it.
 DrawCounts CountDraws(const std::vector<const Scene*>& scenes);
 
 /// What --stats tells. Times are milliseconds.
