@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 
 // What a call changed, whoever carried it out.
 
@@ -138,6 +139,10 @@ void Observe(State& state, DeleteTexturesTag, Nothing*, GLsizei n, const GLuint*
     Died(state, Kind::Texture, n, names);
     for (GLsizei i = 0; i < n; ++i)
     {
+        const auto first = state.texels.lower_bound({names[i], 0, std::numeric_limits<int>::min()});
+        const auto last = state.texels.upper_bound(
+            {names[i], std::numeric_limits<unsigned>::max(), std::numeric_limits<int>::max()});
+        state.texels.erase(first, last);
         for (auto& [place, bound] : state.boundTextures)
         {
             bound = bound == names[i] ? 0 : bound;
