@@ -266,7 +266,7 @@ void Observe(State& state, BufferDataTag, Nothing*, GLenum target, GLsizeiptr si
 {
     std::vector<unsigned char>& bytes = state.buffers[state.boundBuffers[target]];
     bytes.assign(static_cast<std::size_t>(std::max<GLsizeiptr>(size, 0)), 0);
-    if (data)
+    if (data && !bytes.empty())
     {
         std::memcpy(bytes.data(), data, bytes.size());
     }
