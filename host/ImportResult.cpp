@@ -11,9 +11,11 @@ constexpr std::size_t kMaxText = 400;
 /// Bytes of a UTF-8 sequence by its first byte, 0 for none.
 std::size_t SequenceLength(unsigned char first)
 {
-    return first < 0x80 ? 1 : first >= 0xC2 && first < 0xE0 ? 2 : first >= 0xE0 && first < 0xF0 ? 3
-           : first >= 0xF0 && first < 0xF5                  ? 4
-                                                            : 0;
+    return first < 0x80                    ? 1
+           : first >= 0xC2 && first < 0xE0 ? 2
+           : first >= 0xE0 && first < 0xF0 ? 3
+           : first >= 0xF0 && first < 0xF5 ? 4
+                                           : 0;
 }
 
 bool IsSequence(const std::string& text, std::size_t at, std::size_t length)

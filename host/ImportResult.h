@@ -113,10 +113,7 @@ struct ImportResult
     std::vector<CameraNode*> cameras;
     std::vector<LightNode*> lights;
 
-    explicit operator bool() const
-    {
-        return scene != nullptr;
-    }
+    explicit operator bool() const { return scene != nullptr; }
 };
 
 /// A file format that can be read.

@@ -127,7 +127,8 @@ ReadOutcome CheckFile(const std::string& path, const ImportLimits& limits, std::
     }
     if (!S_ISREG(info.st_mode))
     {
-        return {ImportStatus::NotReadable, S_ISDIR(info.st_mode) ? "it is a folder" : "it is no regular file"};
+        return {ImportStatus::NotReadable,
+                S_ISDIR(info.st_mode) ? "it is a folder" : "it is no regular file"};
     }
     errno = 0;
     if (!std::ifstream(path, std::ios::in | std::ios::binary))
@@ -206,13 +207,14 @@ ReadOutcome ReadArchive(const IsolationOutcome& isolated, ModelData& model)
 {
     const ReadOutcome damaged = {ImportStatus::Crashed, std::string()};
     const std::size_t size = isolated.outputBytes;
-    void* bytes = size ? mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_POPULATE, isolated.output, 0) : MAP_FAILED;
+    void* bytes =
+        size ? mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_POPULATE, isolated.output, 0) : MAP_FAILED;
     if (bytes == MAP_FAILED)
     {
         return damaged;
     }
-    model.keepAlive.push_back(std::shared_ptr<const void>(
-        bytes, [size](const void* mapped) { munmap(const_cast<void*>(mapped), size); }));
+    model.keepAlive.push_back(std::shared_ptr<const void>(bytes, [size](const void* mapped)
+                                                          { munmap(const_cast<void*>(mapped), size); }));
     ArchiveReader archive(bytes, size);
     ReadOutcome outcome;
     archive.Value(outcome.status);

@@ -74,8 +74,7 @@ struct Box
         }
         center = (ToVec(boxMin) + ToVec(boxMax)) * 0.5;
         half = (ToVec(boxMax) - ToVec(boxMin)) * 0.5;
-        const double farthest =
-            std::max({std::fabs(center.x), std::fabs(center.y), std::fabs(center.z)});
+        const double farthest = std::max({std::fabs(center.x), std::fabs(center.y), std::fabs(center.z)});
         // A box that float coordinates can no longer resolve is as good as a point.
         const double smallest = std::max(kSmallestRadius, farthest * 1e-6);
         if (half.length() < smallest)
@@ -136,10 +135,7 @@ struct Lens
     }
 
     /// The engine's field of view for a perspective: the half angle on the shorter side.
-    double PerspectiveFov() const
-    {
-        return aspect < 1.0 ? std::atan(tanH) : halfAngle;
-    }
+    double PerspectiveFov() const { return aspect < 1.0 ? std::atan(tanH) : halfAngle; }
 };
 
 struct View
@@ -151,9 +147,8 @@ struct View
 /// For Y up, in the order of NamedView.
 constexpr double kIso = 0.57735026918962576;
 const View kViews[] = {
-    {Vec(kIso, kIso, kIso), Vec(0, 1, 0)}, {Vec(0, 0, 1), Vec(0, 1, 0)},
-    {Vec(0, 0, -1), Vec(0, 1, 0)},         {Vec(-1, 0, 0), Vec(0, 1, 0)},
-    {Vec(1, 0, 0), Vec(0, 1, 0)},          {Vec(0, 1, 0), Vec(0, 0, -1)},
+    {Vec(kIso, kIso, kIso), Vec(0, 1, 0)}, {Vec(0, 0, 1), Vec(0, 1, 0)}, {Vec(0, 0, -1), Vec(0, 1, 0)},
+    {Vec(-1, 0, 0), Vec(0, 1, 0)},         {Vec(1, 0, 0), Vec(0, 1, 0)}, {Vec(0, 1, 0), Vec(0, 0, -1)},
     {Vec(0, -1, 0), Vec(0, 0, 1)},
 };
 const char* const kViewNames[] = {"iso", "front", "back", "left", "right", "top", "bottom"};
@@ -199,8 +194,7 @@ void SetDepths(CameraNode& camera, const Box& box, const Axes& axes, double cent
 void Place(CameraNode& camera, const Vec& eye, const Axes& axes, double distance)
 {
     Transform transform;
-    transform.SetTransf3d(
-        QGM::Transf3d(QGM::Point3d(eye.x, eye.y, eye.z), axes.x, axes.y, axes.z, false));
+    transform.SetTransf3d(QGM::Transf3d(QGM::Point3d(eye.x, eye.y, eye.z), axes.x, axes.y, axes.z, false));
     camera.SetGlobal(transform);
     camera.SetDistanceToTarget(static_cast<float>(distance));
 }
@@ -221,9 +215,9 @@ bool ViewFit::Frame(CameraNode& camera, const Vector& boxMin, const Vector& boxM
     if (options.orthographic)
     {
         // A line seen end on would leave a picture of no height.
-        const double halfHeight = std::max({Reach(box, axes.y), Reach(box, axes.x) / lens.aspect,
-                                            0.01 * box.half.length()}) /
-                                  lens.fill;
+        const double halfHeight =
+            std::max({Reach(box, axes.y), Reach(box, axes.x) / lens.aspect, 0.01 * box.half.length()}) /
+            lens.fill;
         distance = std::max(Reach(box, axes.z) + box.half.length(), halfHeight);
         camera.SetProjection(CameraNode::Orthographic);
         camera.SetFOV(static_cast<float>(std::atan(halfHeight / distance)));

@@ -71,7 +71,8 @@ public:
     /// @return false, with the camera untouched, when eye or target is not finite or
     /// the two coincide.
     static bool Look(CameraNode& camera, const Vector& eye, const Vector& target, const Vector& up,
-                     const Vector& boxMin, const Vector& boxMax, const ViewFitOptions& options = ViewFitOptions());
+                     const Vector& boxMin, const Vector& boxMax,
+                     const ViewFitOptions& options = ViewFitOptions());
 
     /// Reads the lower-case name of a view, as on a command line.
     /// @return false, with view untouched, for any other text.

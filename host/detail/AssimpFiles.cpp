@@ -34,25 +34,13 @@ public:
         return read;
     }
 
-    std::size_t Write(const void*, std::size_t, std::size_t) override
-    {
-        return 0;
-    }
+    std::size_t Write(const void*, std::size_t, std::size_t) override { return 0; }
 
-    aiReturn Seek(std::size_t offset, aiOrigin origin) override
-    {
-        return m_stream->Seek(offset, origin);
-    }
+    aiReturn Seek(std::size_t offset, aiOrigin origin) override { return m_stream->Seek(offset, origin); }
 
-    std::size_t Tell() const override
-    {
-        return m_stream->Tell();
-    }
+    std::size_t Tell() const override { return m_stream->Tell(); }
 
-    std::size_t FileSize() const override
-    {
-        return m_stream->FileSize();
-    }
+    std::size_t FileSize() const override { return m_stream->FileSize(); }
 
     void Flush() override {}
 
@@ -82,7 +70,8 @@ Assimp::IOStream* AssimpFiles::Open(const char* file, const char* mode)
     }
     const std::string path = IsRegularFile(file) ? std::string(file) : m_finder.Find(file);
     struct stat info = {};
-    if (path.empty() || stat(path.c_str(), &info) != 0 || static_cast<std::uint64_t>(info.st_size) > m_maxBytes)
+    if (path.empty() || stat(path.c_str(), &info) != 0 ||
+        static_cast<std::uint64_t>(info.st_size) > m_maxBytes)
     {
         return nullptr;
     }

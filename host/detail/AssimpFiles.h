@@ -18,7 +18,8 @@ class AssimpFiles : public Assimp::DefaultIOSystem
 {
 public:
     /// @param opened called with the size of all files opened so far, each time one is.
-    AssimpFiles(const std::string& modelPath, std::uint64_t maxBytes, std::function<void(std::uint64_t)> opened);
+    AssimpFiles(const std::string& modelPath, std::uint64_t maxBytes,
+                std::function<void(std::uint64_t)> opened);
 
     bool Exists(const char* file) const override;
     Assimp::IOStream* Open(const char* file, const char* mode) override;

@@ -132,8 +132,8 @@ void Flattener::ReadMetadata()
     }
 
     // The parser scales what these formats hold to metres.
-    const bool isMetric = IsGltf(format) || format.compare(0, 7, "Collada") == 0 ||
-                          format.find("(IFC)") != std::string::npos;
+    const bool isMetric =
+        IsGltf(format) || format.compare(0, 7, "Collada") == 0 || format.find("(IFC)") != std::string::npos;
     float centimetres = 0.0f;
     if (isMetric)
     {
@@ -152,8 +152,7 @@ NodeData Flattener::FlattenNode(const aiNode& node, std::int32_t parent) const
     data.name = node.mName.C_Str();
     data.parent = parent;
     const aiMatrix4x4& m = node.mTransformation;
-    const double local[3][4] = {
-        {m.a1, m.a2, m.a3, m.a4}, {m.b1, m.b2, m.b3, m.b4}, {m.c1, m.c2, m.c3, m.c4}};
+    const double local[3][4] = {{m.a1, m.a2, m.a3, m.a4}, {m.b1, m.b2, m.b3, m.b4}, {m.c1, m.c2, m.c3, m.c4}};
     for (int row = 0; row < 3; ++row)
     {
         for (int column = 0; column < 4; ++column)
@@ -273,7 +272,8 @@ TextureData Flattener::FlattenTexture(const aiTexture& texture)
     TextureData data;
     if (texture.mHeight == 0)
     {
-        data.bytes = {reinterpret_cast<const unsigned char*>(texture.pcData), texture.pcData ? texture.mWidth : 0u};
+        data.bytes = {reinterpret_cast<const unsigned char*>(texture.pcData),
+                      texture.pcData ? texture.mWidth : 0u};
         return data;
     }
     const std::uint64_t texels = std::uint64_t(texture.mWidth) * texture.mHeight;
@@ -301,7 +301,8 @@ CameraData Flattener::FlattenCamera(const aiCamera& camera) const
     // The glTF parser writes the node's translation into its camera too.
     const NodeData& node = m_model.nodes[static_cast<std::size_t>(data.node)];
     const bool isRepeated = IsGltf(m_model.format) && camera.mPosition.x == float(node.local[3]) &&
-                            camera.mPosition.y == float(node.local[7]) && camera.mPosition.z == float(node.local[11]);
+                            camera.mPosition.y == float(node.local[7]) &&
+                            camera.mPosition.z == float(node.local[11]);
     if (!isRepeated)
     {
         Set3(data.position, camera.mPosition);
@@ -314,7 +315,8 @@ CameraData Flattener::FlattenCamera(const aiCamera& camera) const
     if (IsGltf(m_model.format) && data.aspect > 0.0)
     {
         // There it is the vertical angle times the aspect, which is no angle.
-        data.horizontalAngle = 2.0 * std::atan(std::tan(camera.mHorizontalFOV / data.aspect * 0.5) * data.aspect);
+        data.horizontalAngle =
+            2.0 * std::atan(std::tan(camera.mHorizontalFOV / data.aspect * 0.5) * data.aspect);
     }
     data.nearDistance = camera.mClipPlaneNear;
     data.farDistance = camera.mClipPlaneFar;

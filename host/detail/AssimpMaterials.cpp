@@ -99,7 +99,8 @@ void SetTexture(const aiScene& scene, const aiMaterial& material, MaterialData& 
     {
         return;
     }
-    data.embeddedTexture = scene.mNumTextures > 0 ? scene.GetEmbeddedTextureAndIndex(path.C_Str()).second : -1;
+    data.embeddedTexture =
+        scene.mNumTextures > 0 ? scene.GetEmbeddedTextureAndIndex(path.C_Str()).second : -1;
     if (data.embeddedTexture < 0)
     {
         data.texturePath = path.C_Str();

@@ -88,8 +88,9 @@ void SeparateCorners(aiMesh& mesh)
 
 } // namespace
 
-void SeparateCornersWithoutNormals(aiScene& scene)
+bool SeparateCornersWithoutNormals(aiScene& scene)
 {
+    bool isAnySeparated = false;
     for (unsigned int i = 0; i < scene.mNumMeshes; ++i)
     {
         aiMesh& mesh = *scene.mMeshes[i];
@@ -98,8 +99,10 @@ void SeparateCornersWithoutNormals(aiScene& scene)
             AreCornersShared(mesh) && AreIndicesValid(mesh))
         {
             SeparateCorners(mesh);
+            isAnySeparated = true;
         }
     }
+    return isAnySeparated;
 }
 
 } // namespace OV::Host

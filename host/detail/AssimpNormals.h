@@ -10,6 +10,7 @@ namespace OV::Host
 ///
 /// The parser makes normals vertex by vertex; corners that share one could have no edge
 /// between them, and a cube of eight vertices would be shaded like a ball.
-void SeparateCornersWithoutNormals(aiScene& scene);
+/// @return whether there was any such mesh.
+bool SeparateCornersWithoutNormals(aiScene& scene);
 
 } // namespace OV::Host

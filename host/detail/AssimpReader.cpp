@@ -43,10 +43,7 @@ public:
         return !m_isCancelled;
     }
 
-    bool IsCancelled() const
-    {
-        return m_isCancelled;
-    }
+    bool IsCancelled() const { return m_isCancelled; }
 
 private:
     const std::function<bool(float)>& m_progress;
@@ -194,8 +191,9 @@ void Complete(aiScene& scene)
 
 unsigned int StepsBeforeNormals(const aiScene& scene, const std::string& format)
 {
-    unsigned int steps = aiProcess_RemoveComponent | aiProcess_RemoveRedundantMaterials | aiProcess_GenUVCoords |
-                         aiProcess_Triangulate | aiProcess_SortByPType | aiProcess_OptimizeMeshes;
+    unsigned int steps = aiProcess_RemoveComponent | aiProcess_RemoveRedundantMaterials |
+                         aiProcess_GenUVCoords | aiProcess_Triangulate | aiProcess_SortByPType |
+                         aiProcess_OptimizeMeshes;
     if (!IsGltf(format))
     {
         steps |= aiProcess_TransformUVCoords;
@@ -256,8 +254,14 @@ ReadOutcome ReadWithAssimp(const std::string& path, const ImportOptions& options
     scene = importer->ApplyPostProcessing(StepsBeforeNormals(*scene, model.format));
     if (scene && !relay->IsCancelled())
     {
-        SeparateCornersWithoutNormals(const_cast<aiScene&>(*scene));
-        scene = importer->ApplyPostProcessing(aiProcess_GenSmoothNormals | aiProcess_JoinIdenticalVertices);
+        const bool isSeparated = SeparateCornersWithoutNormals(const_cast<aiScene&>(*scene));
+        unsigned int steps = aiProcess_GenSmoothNormals;
+        if (isSeparated || !IsGltf(model.format))
+        {
+            // The slowest step by far, and in vain where the file shares its vertices itself.
+            steps |= aiProcess_JoinIdenticalVertices;
+        }
+        scene = importer->ApplyPostProcessing(steps);
     }
     if (relay->IsCancelled())
     {

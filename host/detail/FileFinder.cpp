@@ -37,8 +37,8 @@ std::string DecodePercent(const std::string& text)
     std::string result;
     for (std::size_t i = 0; i < text.size(); ++i)
     {
-        const bool isEscape = text[i] == '%' && i + 2 < text.size() && HexDigit(text[i + 1]) >= 0 &&
-                              HexDigit(text[i + 2]) >= 0;
+        const bool isEscape =
+            text[i] == '%' && i + 2 < text.size() && HexDigit(text[i + 1]) >= 0 && HexDigit(text[i + 2]) >= 0;
         if (!isEscape)
         {
             result += text[i];
@@ -181,7 +181,8 @@ std::string FileFinder::MatchName(const std::string& folder, const std::string& 
     {
         listing = m_listings.emplace(folder, std::map<std::string, std::string>()).first;
         DIR* directory = opendir(folder.empty() ? "." : folder.c_str());
-        while (const dirent* entry = directory && listing->second.size() < kMaxListing ? readdir(directory) : nullptr)
+        while (const dirent* entry =
+                   directory && listing->second.size() < kMaxListing ? readdir(directory) : nullptr)
         {
             // Of names that differ in case alone, the same one is taken whatever their order.
             std::string& actual = listing->second[Lower(entry->d_name)];

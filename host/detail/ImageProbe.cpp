@@ -13,7 +13,8 @@ constexpr int kMaxParts = 10'000;
 
 std::uint32_t BigEndian32(const unsigned char* bytes)
 {
-    return std::uint32_t(bytes[0]) << 24 | std::uint32_t(bytes[1]) << 16 | std::uint32_t(bytes[2]) << 8 | bytes[3];
+    return std::uint32_t(bytes[0]) << 24 | std::uint32_t(bytes[1]) << 16 | std::uint32_t(bytes[2]) << 8 |
+           bytes[3];
 }
 
 std::uint32_t BigEndian16(const unsigned char* bytes)

@@ -20,10 +20,7 @@ struct ImageFacts
     /// Whether pixels can come out other than opaque.
     bool hasAlpha = false;
 
-    std::uint64_t Pixels() const
-    {
-        return std::uint64_t(width) * height;
-    }
+    std::uint64_t Pixels() const { return std::uint64_t(width) * height; }
 };
 
 /// Copies size bytes from an offset of the file.

@@ -39,20 +39,11 @@ public:
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
 
-    ~Descriptor()
-    {
-        Reset();
-    }
+    ~Descriptor() { Reset(); }
 
-    int Get() const
-    {
-        return m_descriptor;
-    }
+    int Get() const { return m_descriptor; }
 
-    int Release()
-    {
-        return std::exchange(m_descriptor, -1);
-    }
+    int Release() { return std::exchange(m_descriptor, -1); }
 
     void Reset(int descriptor = -1)
     {
@@ -93,21 +84,12 @@ public:
     }
 
     /// @return true once the process is gone.
-    bool Poll()
-    {
-        return m_isGone || Wait(WNOHANG);
-    }
+    bool Poll() { return m_isGone || Wait(WNOHANG); }
 
     /// A wait status, or none where the host reaps children behind our back.
-    bool HasStatus() const
-    {
-        return m_hasStatus;
-    }
+    bool HasStatus() const { return m_hasStatus; }
 
-    int Status() const
-    {
-        return m_status;
-    }
+    int Status() const { return m_status; }
 
 private:
     bool Wait(int flags)
@@ -282,8 +264,8 @@ IsolationEnd ReasonOfEnd(const Child& child, int& signal)
 }
 
 /// Waits for the child, passing on its progress.
-IsolationEnd Attend(Child& child, int pipe, std::uint32_t wallSeconds, const std::function<bool(float)>& progress,
-                    int& signal)
+IsolationEnd Attend(Child& child, int pipe, std::uint32_t wallSeconds,
+                    const std::function<bool(float)>& progress, int& signal)
 {
     const Clock::time_point deadline = Clock::now() + std::chrono::seconds(wallSeconds);
     float share = 0.0f;

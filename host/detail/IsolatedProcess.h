@@ -54,10 +54,7 @@ public:
     }
 
     /// Descriptor of a file in memory that takes the result.
-    int Output() const
-    {
-        return m_output;
-    }
+    int Output() const { return m_output; }
 
     /// Tells the host how far the work is, 0 to 1.
     void Report(float share);

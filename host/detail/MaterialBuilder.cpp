@@ -65,8 +65,8 @@ bool HasTransparentPixel(const unsigned char* rgba, std::uint64_t pixels)
 
 } // namespace
 
-MaterialBuilder::MaterialBuilder(const ModelData& model, const std::string& modelPath, const ImportOptions& options,
-                                 Scene& scene, ImportReport& report)
+MaterialBuilder::MaterialBuilder(const ModelData& model, const std::string& modelPath,
+                                 const ImportOptions& options, Scene& scene, ImportReport& report)
     : m_model(model), m_options(options), m_scene(scene), m_report(report), m_finder(modelPath)
 {
 }
@@ -176,7 +176,8 @@ bool MaterialBuilder::SetFileTexture(const MaterialData& data, Material& materia
     return hasAlpha;
 }
 
-bool MaterialBuilder::SetEmbeddedTexture(const MaterialData& data, const TextureData& texture, Material& material)
+bool MaterialBuilder::SetEmbeddedTexture(const MaterialData& data, const TextureData& texture,
+                                         Material& material)
 {
     ImageFacts facts;
     const bool isRaw = texture.width > 0;
@@ -195,8 +196,8 @@ bool MaterialBuilder::SetEmbeddedTexture(const MaterialData& data, const Texture
     {
         return false;
     }
-    const bool hasAlpha =
-        isRaw ? SetRawPixels(texture, material) : Decode(texture.bytes.data, texture.bytes.count, data, material);
+    const bool hasAlpha = isRaw ? SetRawPixels(texture, material)
+                                : Decode(texture.bytes.data, texture.bytes.count, data, material);
     m_report.embeddedTextures += material.pixels ? 1 : 0;
     return hasAlpha;
 }
@@ -228,7 +229,8 @@ bool MaterialBuilder::Decode(const unsigned char* bytes, std::uint64_t size, con
     {
         if (size <= static_cast<std::uint64_t>(std::numeric_limits<int>::max()))
         {
-            image.reset(ImageCodec::DecodeImage(const_cast<unsigned char*>(bytes), static_cast<int>(size), false, true));
+            image.reset(ImageCodec::DecodeImage(const_cast<unsigned char*>(bytes), static_cast<int>(size),
+                                                false, true));
         }
     }
     catch (const std::domain_error&)
@@ -247,7 +249,8 @@ bool MaterialBuilder::Decode(const unsigned char* bytes, std::uint64_t size, con
     return HasTransparentPixel(material.pixels, pixels);
 }
 
-bool MaterialBuilder::IsAffordable(const ImageFacts& facts, const MaterialData& data, const std::string& picture)
+bool MaterialBuilder::IsAffordable(const ImageFacts& facts, const MaterialData& data,
+                                   const std::string& picture)
 {
     const ImportLimits& limits = m_options.limits;
     if (!facts.isReadable)
@@ -271,8 +274,8 @@ bool MaterialBuilder::IsAffordable(const ImageFacts& facts, const MaterialData& 
 void MaterialBuilder::Miss(const MaterialData& data, const std::string& picture, const std::string& reason)
 {
     ++m_report.missingTextures;
-    m_report.warnings.push_back("Material '" + data.name + "' is shown without its picture: '" + picture + "' " +
-                                reason + ".");
+    m_report.warnings.push_back("Material '" + data.name + "' is shown without its picture: '" + picture +
+                                "' " + reason + ".");
 }
 
 } // namespace OV::Host

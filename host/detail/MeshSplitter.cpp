@@ -50,10 +50,7 @@ public:
         }
     }
 
-    std::uint32_t Count() const
-    {
-        return m_count;
-    }
+    std::uint32_t Count() const { return m_count; }
 
     bool IsVertexUsable(std::uint32_t vertex) const
     {
@@ -64,7 +61,8 @@ public:
     bool IsTriangleUsable(const std::uint32_t* corners) const
     {
         return std::all_of(corners, corners + 3,
-                           [this](std::uint32_t vertex) { return vertex < m_count && IsVertexUsable(vertex); });
+                           [this](std::uint32_t vertex)
+                           { return vertex < m_count && IsVertexUsable(vertex); });
     }
 
     void Reserve(MeshPart& part, std::uint32_t vertices) const

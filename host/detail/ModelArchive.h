@@ -64,10 +64,7 @@ class ArchiveReader
 public:
     ArchiveReader(const void* bytes, std::uint64_t size);
 
-    bool IsGood() const
-    {
-        return m_good;
-    }
+    bool IsGood() const { return m_good; }
 
     template <typename T>
     void Value(T& value)

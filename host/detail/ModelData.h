@@ -15,15 +15,9 @@ struct ArrayView
     const T* data = nullptr;
     std::uint64_t count = 0;
 
-    bool IsEmpty() const
-    {
-        return count == 0;
-    }
+    bool IsEmpty() const { return count == 0; }
 
-    const T& operator[](std::uint64_t index) const
-    {
-        return data[index];
-    }
+    const T& operator[](std::uint64_t index) const { return data[index]; }
 };
 
 enum class PrimitiveKind : std::uint32_t

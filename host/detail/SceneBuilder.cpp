@@ -45,12 +45,13 @@ public:
 
     void Run(const std::function<bool(float)>& progress)
     {
-        if (!BuildNodes())
+        if (!IsTree())
         {
             m_result.status = ImportStatus::Malformed;
             m_result.error.reason = "what was read of it does not fit together";
             return;
         }
+        BuildNodes();
         m_scene->GetRoot()->UpdateGraph();
         HideUnusableNodes();
         for (std::size_t i = 0; i < m_model.meshes.size(); ++i)
@@ -66,7 +67,10 @@ public:
     }
 
 private:
-    bool BuildNodes();
+    bool IsTree() const;
+    void BuildNodes();
+    Node* BuildNode(const NodeData& data);
+    static bool SetTransform(const NodeData& data, Node& node);
     void SetPath(std::size_t index, std::uint64_t childIndex);
     void HideUnusableNodes();
     void BuildMesh(const MeshData& data, const std::vector<MeshNode*>& nodes);
@@ -89,64 +93,87 @@ private:
     std::uint64_t m_pathSteps = 0;
 };
 
-bool SceneBuilder::BuildNodes()
+/// @return whether every node but the first hangs below an earlier one, none too deep.
+bool SceneBuilder::IsTree() const
+{
+    std::vector<std::uint32_t> depths;
+    for (const NodeData& node : m_model.nodes)
+    {
+        const bool isRoot = depths.empty();
+        const bool isPlaced =
+            isRoot ? node.parent == -1 : node.parent >= 0 && std::size_t(node.parent) < depths.size();
+        if (!isPlaced)
+        {
+            return false;
+        }
+        depths.push_back(isRoot ? 0 : depths[std::size_t(node.parent)] + 1);
+        if (depths.back() > m_options.limits.depth)
+        {
+            return false;
+        }
+    }
+    return !depths.empty();
+}
+
+void SceneBuilder::BuildNodes()
 {
     m_nodesOfMesh.resize(m_model.meshes.size());
-    std::vector<std::uint32_t> depths;
     std::vector<std::uint64_t> children(m_model.nodes.size());
     std::uint64_t unusable = 0;
     for (std::size_t i = 0; i < m_model.nodes.size(); ++i)
     {
         const NodeData& data = m_model.nodes[i];
-        const bool isRoot = i == 0;
-        const bool isPlaced = isRoot ? data.parent == -1 : data.parent >= 0 && std::size_t(data.parent) < i;
-        if (!isPlaced)
-        {
-            return false;
-        }
-        const std::size_t parent = isRoot ? 0 : std::size_t(data.parent);
-        depths.push_back(isRoot ? 0 : depths[parent] + 1);
-        if (depths.back() > m_options.limits.depth)
-        {
-            return false;
-        }
-
-        auto* meshNode = data.meshes.empty() ? nullptr : new MeshNode(m_scene.get());
-        Node* node = meshNode ? meshNode : new Node(m_scene.get());
-        (isRoot ? m_scene->GetRoot() : m_nodes[parent])->AddChild(node, false);
-        m_nodes.push_back(node);
-        m_result.nodes.push_back({data.name, node});
-        if (IsUsable(data.local))
-        {
-            QGM::Transf3d local;
-            std::copy(data.local, data.local + 16, &local.m[0][0]);
-            Transform transform;
-            transform.SetTransf3d(local);
-            node->SetLocal(transform);
-        }
-        else
-        {
-            ++unusable;
-        }
-        SetPath(i, isRoot ? 0 : children[parent]++);
-
-        for (std::uint32_t mesh : data.meshes)
-        {
-            // A node that names a mesh twice shows it once.
-            if (mesh < m_nodesOfMesh.size() &&
-                (m_nodesOfMesh[mesh].empty() || m_nodesOfMesh[mesh].back() != meshNode))
-            {
-                m_nodesOfMesh[mesh].push_back(meshNode);
-            }
-        }
-        m_report.meshNodes += meshNode ? 1 : 0;
+        const std::size_t parent = i == 0 ? 0 : std::size_t(data.parent);
+        Node* parentNode = i == 0 ? m_scene->GetRoot() : m_nodes[parent];
+        parentNode->AddChild(BuildNode(data), false);
+        unusable += SetTransform(data, *m_nodes.back()) ? 0 : 1;
+        SetPath(i, i == 0 ? 0 : children[parent]++);
     }
     m_report.nodes = m_nodes.size();
     if (unusable > 0)
     {
         Warn("Nodes put where their parents are", unusable, "their transforms are not finite");
     }
-    return !m_nodes.empty();
+}
+
+/// Makes a node, enters it in all lists, and leaves it to be hung up.
+Node* SceneBuilder::BuildNode(const NodeData& data)
+{
+    if (data.meshes.empty())
+    {
+        m_nodes.push_back(new Node(m_scene.get()));
+        m_result.nodes.push_back({data.name, m_nodes.back()});
+        return m_nodes.back();
+    }
+    auto* node = new MeshNode(m_scene.get());
+    m_nodes.push_back(node);
+    m_result.nodes.push_back({data.name, node});
+    ++m_report.meshNodes;
+    for (std::uint32_t mesh : data.meshes)
+    {
+        // A node that names a mesh twice shows it once.
+        if (mesh < m_nodesOfMesh.size() &&
+            (m_nodesOfMesh[mesh].empty() || m_nodesOfMesh[mesh].back() != node))
+        {
+            m_nodesOfMesh[mesh].push_back(node);
+        }
+    }
+    return node;
+}
+
+/// @return false, with the node left as it is, for a transform that is of no use.
+bool SceneBuilder::SetTransform(const NodeData& data, Node& node)
+{
+    if (!IsUsable(data.local))
+    {
+        return false;
+    }
+    QGM::Transf3d local;
+    std::copy(data.local, data.local + 16, &local.m[0][0]);
+    Transform transform;
+    transform.SetTransf3d(local);
+    node.SetLocal(transform);
+    return true;
 }
 
 /// The way down from the file's root: for each node on it, its number in the file and its
@@ -172,8 +199,9 @@ void SceneBuilder::HideUnusableNodes()
     for (std::size_t i = 0; i < m_nodes.size(); ++i)
     {
         const QGM::Transf3d& global = m_nodes[i]->GetGlobal().GetTransf3d();
-        const bool isUsable = std::all_of(&global.m[0][0], &global.m[0][0] + 16,
-                                          [](double value) { return std::fabs(value) <= double(kMaxCoordinate); });
+        const bool isUsable =
+            std::all_of(&global.m[0][0], &global.m[0][0] + 16,
+                        [](double value) { return std::fabs(value) <= double(kMaxCoordinate); });
         if (!isUsable && !m_model.nodes[i].meshes.empty())
         {
             static_cast<MeshNode*>(m_nodes[i])->SetFlags(NodeFlagHidden, false);

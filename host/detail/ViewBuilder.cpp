@@ -160,7 +160,8 @@ bool SetLightColor(const LightData& data, float ambientLevel, LightNode& light)
 }
 
 /// A light without a direction shines towards the middle of the scene.
-void PlacePointLight(const LightData& data, Node& node, const ImportReport& report, Scene& scene, LightNode& light)
+void PlacePointLight(const LightData& data, Node& node, const ImportReport& report, Scene& scene,
+                     LightNode& light)
 {
     QGM::Point3d position(data.position[0], data.position[1], data.position[2]);
     position *= node.GetGlobal().GetTransf3d();
@@ -176,8 +177,8 @@ void PlacePointLight(const LightData& data, Node& node, const ImportReport& repo
     Transform place;
     place.SetTransf3d(QGM::Transf3d(position, Vec(1, 0, 0), Vec(0, 1, 0), Vec(0, 0, 1), false));
     light.SetGlobal(place);
-    light.SetLocalDirection(Vector(static_cast<float>(towards.x), static_cast<float>(towards.y),
-                                   static_cast<float>(towards.z)));
+    light.SetLocalDirection(
+        Vector(static_cast<float>(towards.x), static_cast<float>(towards.y), static_cast<float>(towards.z)));
 }
 
 int Rank(const LightData& data)
@@ -185,7 +186,8 @@ int Rank(const LightData& data)
     return data.kind == LightKind::Directional ? 0 : IsDirection(ToVec(data.direction)) ? 1 : 2;
 }
 
-void BuildLights(const ModelData& model, const std::vector<Node*>& nodes, float ambientLevel, ImportResult& result)
+void BuildLights(const ModelData& model, const std::vector<Node*>& nodes, float ambientLevel,
+                 ImportResult& result)
 {
     std::vector<LightData> lights = model.lights;
     std::stable_sort(lights.begin(), lights.end(),
@@ -220,8 +222,8 @@ void BuildLights(const ModelData& model, const std::vector<Node*>& nodes, float 
 
 } // namespace
 
-void BuildCamerasAndLights(const ModelData& model, const std::vector<Node*>& nodes, const ImportOptions& options,
-                           ImportResult& result)
+void BuildCamerasAndLights(const ModelData& model, const std::vector<Node*>& nodes,
+                           const ImportOptions& options, ImportResult& result)
 {
     BuildCameras(model, nodes, result);
     BuildLights(model, nodes, std::clamp(options.ambientLevel, 0.0f, 1.0f), result);

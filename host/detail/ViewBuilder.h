@@ -15,7 +15,7 @@ namespace OV::Host
 /// scaled to full strength, less what the materials show without it.
 /// @param nodes the scene's nodes by the model's index, with globals up to date.
 /// @param result takes what is made; its scene and box must be there.
-void BuildCamerasAndLights(const ModelData& model, const std::vector<Node*>& nodes, const ImportOptions& options,
-                           ImportResult& result);
+void BuildCamerasAndLights(const ModelData& model, const std::vector<Node*>& nodes,
+                           const ImportOptions& options, ImportResult& result);
 
 } // namespace OV::Host

@@ -22,8 +22,8 @@ protected:
         {
             std::filesystem::create_directory(m_folder.Path(folder));
         }
-        for (const char* file : {"model/Wall.PNG", "model/Textures/brick.jpg", "model/maps/a b.png", "textures/shared.png",
-                                 "model/sub/deep.png", "model/Grün.png"})
+        for (const char* file : {"model/Wall.PNG", "model/Textures/brick.jpg", "model/maps/a b.png",
+                                 "textures/shared.png", "model/sub/deep.png", "model/Grün.png"})
         {
             WriteFile(m_folder.Path(file), std::string("x"));
         }
@@ -77,7 +77,8 @@ TEST_F(FileFinderTest, AbsolutePathsAreTakenAsTheyAre)
 TEST_F(FileFinderTest, OnlyRegularFilesAreFound)
 {
     ASSERT_EQ(mkfifo(m_folder.Path("model/pipe.png").c_str(), 0600), 0);
-    for (const char* reference : {"", "sub", "sub/", "pipe.png", "nothing.png", "/", "..", "/dev/zero", "%00", "a%2"})
+    for (const char* reference :
+         {"", "sub", "sub/", "pipe.png", "nothing.png", "/", "..", "/dev/zero", "%00", "a%2"})
     {
         EXPECT_EQ(Find(reference), "") << reference;
     }
@@ -103,4 +104,4 @@ TEST(FileFinder, PathsComeApartAtTheLastSlash)
     EXPECT_EQ(NameOf("c.obj"), "c.obj");
 }
 
-}  // namespace
+} // namespace

@@ -130,7 +130,8 @@ TEST(ImageProbe, EveryTruncationOfAHeadIsRefusedOrAgrees)
     {
         for (std::size_t size = 0; size < whole.size(); ++size)
         {
-            const ImageFacts facts = Probe(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)));
+            const ImageFacts facts =
+                Probe(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)));
             EXPECT_EQ(facts.obstacle.empty(), facts.isReadable) << size;
             if (facts.isReadable)
             {
@@ -142,7 +143,8 @@ TEST(ImageProbe, EveryTruncationOfAHeadIsRefusedOrAgrees)
 
 TEST(ImageProbe, OtherFilesAreNoPictures)
 {
-    for (const char* text : {"", "x", "GIF89a..........", "BM..............", "DDS .............", "\x89PNX\r\n\x1a\n....."})
+    for (const char* text :
+         {"", "x", "GIF89a..........", "BM..............", "DDS .............", "\x89PNX\r\n\x1a\n....."})
     {
         const ImageFacts facts = Probe(Bytes(text, text + std::char_traits<char>::length(text)));
         EXPECT_FALSE(facts.isReadable) << text;
@@ -172,4 +174,4 @@ TEST(ImageProbe, APictureWithoutPixelsIsRefused)
     EXPECT_FALSE(Probe(bytes).isReadable);
 }
 
-}  // namespace
+} // namespace

@@ -49,16 +49,16 @@ void Write(IsolatedWork& side, const std::string& text)
 
 TEST(IsolatedProcess, WhatTheWorkWritesComesBack)
 {
-    const IsolationOutcome outcome =
-        RunIsolated(Generous(), [](IsolatedWork& side) { Write(side, "result"); }, nullptr);
+    const IsolationOutcome outcome = RunIsolated(
+        Generous(), [](IsolatedWork& side) { Write(side, "result"); }, nullptr);
     ASSERT_EQ(outcome.end, IsolationEnd::Finished);
     EXPECT_EQ(Output(outcome), "result");
 }
 
 TEST(IsolatedProcess, OutputCannotChangeAfterwards)
 {
-    const IsolationOutcome outcome =
-        RunIsolated(Generous(), [](IsolatedWork& side) { Write(side, "result"); }, nullptr);
+    const IsolationOutcome outcome = RunIsolated(
+        Generous(), [](IsolatedWork& side) { Write(side, "result"); }, nullptr);
     ASSERT_EQ(outcome.end, IsolationEnd::Finished);
     EXPECT_NE(ftruncate(outcome.output, 0), 0);
     EXPECT_LT(pwrite(outcome.output, "x", 1, 0), 0);
@@ -95,8 +95,8 @@ TEST(IsolatedProcess, TheHostsHandlersDoNotSeeTheCrash)
 {
     // Were it called, the process would leave with a status of its own.
     const auto before = std::signal(SIGSEGV, [](int) { _exit(1); });
-    const IsolationOutcome outcome =
-        RunIsolated(Generous(), [](IsolatedWork&) { std::raise(SIGSEGV); }, nullptr);
+    const IsolationOutcome outcome = RunIsolated(
+        Generous(), [](IsolatedWork&) { std::raise(SIGSEGV); }, nullptr);
     std::signal(SIGSEGV, before);
     EXPECT_EQ(outcome.signal, SIGSEGV);
 }
@@ -178,7 +178,10 @@ TEST(IsolatedProcess, AnEndlessWaitEndsWithTheWallTime)
 {
     IsolationLimits limits = Generous();
     limits.wallSeconds = 1;
-    EXPECT_EQ(RunIsolated(limits, [](IsolatedWork&) { pause(); }, nullptr).end, IsolationEnd::OutOfTime);
+    EXPECT_EQ(RunIsolated(
+                  limits, [](IsolatedWork&) { pause(); }, nullptr)
+                  .end,
+              IsolationEnd::OutOfTime);
 }
 
 TEST(IsolatedProcess, ProgressComesInOrderAndEndsBelowOne)
@@ -217,17 +220,18 @@ TEST(IsolatedProcess, ProgressIsAskedForWhileTheWorkIsSilent)
 
 TEST(IsolatedProcess, AnExceptionOfTheCallbackLeavesNoProcessBehind)
 {
-    EXPECT_THROW(RunIsolated(
-                     Generous(), [](IsolatedWork&) { pause(); }, [](float) -> bool { throw std::runtime_error("x"); }),
-                 std::runtime_error);
+    EXPECT_THROW(
+        RunIsolated(
+            Generous(), [](IsolatedWork&) { pause(); }, [](float) -> bool { throw std::runtime_error("x"); }),
+        std::runtime_error);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
 }
 
 TEST(IsolatedProcess, WorksWhereTheHostIgnoresItsChildren)
 {
     const auto before = std::signal(SIGCHLD, SIG_IGN);
-    const IsolationOutcome outcome =
-        RunIsolated(Generous(), [](IsolatedWork& side) { Write(side, "result"); }, nullptr);
+    const IsolationOutcome outcome = RunIsolated(
+        Generous(), [](IsolatedWork& side) { Write(side, "result"); }, nullptr);
     std::signal(SIGCHLD, before);
     ASSERT_EQ(outcome.end, IsolationEnd::Finished);
     EXPECT_EQ(Output(outcome), "result");
@@ -283,12 +287,14 @@ TEST(IsolatedProcess, NoDescriptorsAreLeftOpen)
     close(before);
     for (int i = 0; i < 10; ++i)
     {
-        RunIsolated(Generous(), [](IsolatedWork& side) { Write(side, "x"); }, nullptr);
-        RunIsolated(Generous(), [](IsolatedWork&) { std::raise(SIGSEGV); }, nullptr);
+        RunIsolated(
+            Generous(), [](IsolatedWork& side) { Write(side, "x"); }, nullptr);
+        RunIsolated(
+            Generous(), [](IsolatedWork&) { std::raise(SIGSEGV); }, nullptr);
     }
     const int after = dup(0);
     close(after);
     EXPECT_EQ(after, before);
 }
 
-}  // namespace
+} // namespace

@@ -277,4 +277,4 @@ TEST(MeshSplitter, PointsAreCutAtTheSameCount)
     EXPECT_EQ(split.dropped, 1u);
 }
 
-}  // namespace
+} // namespace

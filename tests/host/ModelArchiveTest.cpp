@@ -222,4 +222,4 @@ TEST(ModelArchive, AFailedWriteIsTold)
     close(file);
 }
 
-}  // namespace
+} // namespace

@@ -18,12 +18,7 @@ using namespace OV::Test;
 namespace
 {
 
-#if defined(__SANITIZE_ADDRESS__)
-/// The sanitizer's operator new does not throw: it ends the process.
-constexpr ImportStatus kOutOfMemory = ImportStatus::Crashed;
-#else
-constexpr ImportStatus kOutOfMemory = ImportStatus::OutOfMemory;
-#endif
+constexpr ImportStatus kOutOfMemory = kNewEndsTheProcess ? ImportStatus::Crashed : ImportStatus::OutOfMemory;
 
 /// What every failure owes to the person who chose the file.
 void ExpectClearError(const ImportResult& result, const std::string& path)
@@ -84,7 +79,8 @@ TEST_F(ModelDamageTest, ForeignFilesAreToldApart)
     EXPECT_EQ(StatusOf("empty.obj", std::string(), options), ImportStatus::Malformed);
     EXPECT_EQ(StatusOf("letter.doc", std::string("Dear reader"), options), ImportStatus::Unsupported);
     EXPECT_EQ(StatusOf("noise", std::string(1000, '\xa5'), options), ImportStatus::Unsupported);
-    EXPECT_EQ(StatusOf("picture.png", Bytes{0x89, 'P', 'N', 'G', 13, 10, 26, 10, 0}, options), ImportStatus::Unsupported);
+    EXPECT_EQ(StatusOf("picture.png", Bytes{0x89, 'P', 'N', 'G', 13, 10, 26, 10, 0}, options),
+              ImportStatus::Unsupported);
     EXPECT_EQ(StatusOf("picture.jpg", Bytes{0xFF, 0xD8, 0xFF, 0xE0, 0}, options), ImportStatus::Unsupported);
 }
 
@@ -173,12 +169,14 @@ TEST_F(ModelDamageTest, PartsOfAModelThatNeverEndAreNotRead)
     for (const char* uri : {"/dev/zero", "pipe.bin", "/dev/stdin", ".", "missing.bin"})
     {
         SCOPED_TRACE(uri);
-        const std::string text =
-            std::string("{\"asset\":{\"version\":\"2.0\"},\"scene\":0,\"scenes\":[{\"nodes\":[0]}],\"nodes\":[{\"mesh\":0}],"
-                        "\"meshes\":[{\"primitives\":[{\"attributes\":{\"POSITION\":0}}]}],\"accessors\":[{\"bufferView\":0,"
-                        "\"componentType\":5126,\"count\":3,\"type\":\"VEC3\"}],\"bufferViews\":[{\"buffer\":0,\"byteLength\":36}],"
-                        "\"buffers\":[{\"byteLength\":36,\"uri\":\"") +
-            uri + "\"}]}";
+        const std::string text = std::string("{\"asset\":{\"version\":\"2.0\"},\"scene\":0,\"scenes\":[{"
+                                             "\"nodes\":[0]}],\"nodes\":[{\"mesh\":0}],"
+                                             "\"meshes\":[{\"primitives\":[{\"attributes\":{\"POSITION\":0}}]"
+                                             "}],\"accessors\":[{\"bufferView\":0,"
+                                             "\"componentType\":5126,\"count\":3,\"type\":\"VEC3\"}],"
+                                             "\"bufferViews\":[{\"buffer\":0,\"byteLength\":36}],"
+                                             "\"buffers\":[{\"byteLength\":36,\"uri\":\"") +
+                                 uri + "\"}]}";
         EXPECT_EQ(StatusOf("parts.gltf", text, ImportOptions()), ImportStatus::Malformed);
     }
 }
@@ -188,7 +186,8 @@ TEST_F(ModelDamageTest, AParserThatReadsOnAtTheEndOfAFileIsEnded)
     // The header never ends, for which this parser waits.
     ImportOptions options;
     options.limits.cpuSeconds = 20;
-    EXPECT_EQ(StatusOf("cut.ply", std::string("ply\nformat ascii 1.0\nelement vertex 8\nproperty float x\n"), options),
+    EXPECT_EQ(StatusOf("cut.ply", std::string("ply\nformat ascii 1.0\nelement vertex 8\nproperty float x\n"),
+                       options),
               ImportStatus::Malformed);
 }
 
@@ -249,4 +248,4 @@ TEST_F(ModelDamageTest, NoProcessIsLeftBehind)
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
 }
 
-}  // namespace
+} // namespace

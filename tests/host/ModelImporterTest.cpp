@@ -172,8 +172,9 @@ TEST_F(ModelImporterTest, ALargeMeshIsSplitWithItsVerticesShared)
 TEST_F(ModelImporterTest, InstancesShareOneMesh)
 {
     const ImportResult result =
-        ImportAs("instances.glb", TriangleGlb("{\"children\":[1,2,3]},{\"mesh\":0},{\"mesh\":0,\"translation\":[5,0,0]},"
-                                              "{\"mesh\":0,\"scale\":[2,2,2]}"));
+        ImportAs("instances.glb",
+                 TriangleGlb("{\"children\":[1,2,3]},{\"mesh\":0},{\"mesh\":0,\"translation\":[5,0,0]},"
+                             "{\"mesh\":0,\"scale\":[2,2,2]}"));
     const Mesh& mesh = OnlyMesh(result);
     EXPECT_EQ(mesh.GetNodes().size(), 3u);
     EXPECT_EQ(mesh.GetRawMesh().use_count(), 1);
@@ -198,8 +199,8 @@ TEST_F(ModelImporterTest, NodesKeepNamesTreeAndTransforms)
 
 TEST_F(ModelImporterTest, VertexColoursReachTheRawMesh)
 {
-    const ImportResult result = ImportAs(
-        "colours.obj", std::string("v 0 0 0 1 0 0\nv 1 0 0 0 1 0\nv 0 1 0 0 0 0.5\nf 1 2 3\n"));
+    const ImportResult result =
+        ImportAs("colours.obj", std::string("v 0 0 0 1 0 0\nv 1 0 0 0 1 0\nv 0 1 0 0 0 0.5\nf 1 2 3\n"));
     const Mesh& mesh = OnlyMesh(result);
     ASSERT_EQ(mesh.GetColorBuffer().size(), 3u);
     for (std::size_t i = 0; i < 3; ++i)
@@ -215,8 +216,7 @@ TEST_F(ModelImporterTest, VertexColoursReachTheRawMesh)
 TEST_F(ModelImporterTest, ColoursAndOpacityComeFromTheMaterial)
 {
     WriteFile(m_folder.Path("glass.mtl"), std::string("newmtl glass\nKd 0.2 0.4 0.6\nKe 0.1 0 0\nd 0.25\n"));
-    const ImportResult result =
-        ImportAs("glass.obj", "mtllib glass.mtl\nusemtl glass\n" + CubeObj());
+    const ImportResult result = ImportAs("glass.obj", "mtllib glass.mtl\nusemtl glass\n" + CubeObj());
     Material& material = OnlyMaterial(result);
     EXPECT_EQ(material.GetName(), "glass");
     EXPECT_TRUE(material.GetDiffuse().IsEqual(Color(0.2f, 0.4f, 0.6f, 0.25f)));
@@ -245,19 +245,22 @@ TEST_F(ModelImporterTest, AlphaModesOfGltfAreRespected)
     };
     for (const auto& test : cases)
     {
-        const ImportResult result = ImportAs(
-            "alpha.glb", TriangleGlb("{\"mesh\":0}", "",
-                                     std::string("{\"alphaMode\":\"") + test.mode +
-                                         "\",\"pbrMetallicRoughness\":{\"baseColorFactor\":[1,0.5,0.25,0.5]}}"));
+        const ImportResult result =
+            ImportAs("alpha.glb",
+                     TriangleGlb("{\"mesh\":0}", "",
+                                 std::string("{\"alphaMode\":\"") + test.mode +
+                                     "\",\"pbrMetallicRoughness\":{\"baseColorFactor\":[1,0.5,0.25,0.5]}}"));
         EXPECT_EQ(OnlyMaterial(result).GetOpacity(), test.opacity) << test.mode;
         EXPECT_EQ(OnlyMaterial(result).IsTransparent(), test.isTransparent) << test.mode;
-        EXPECT_TRUE(OnlyMaterial(result).GetDiffuse().IsEqual(Color(1, 0.5f, 0.25f, test.opacity))) << test.mode;
+        EXPECT_TRUE(OnlyMaterial(result).GetDiffuse().IsEqual(Color(1, 0.5f, 0.25f, test.opacity)))
+            << test.mode;
     }
 }
 
 TEST_F(ModelImporterTest, TwoSidedMaterialsAreNotCulled)
 {
-    EXPECT_TRUE(OnlyMaterial(ImportAs("t.glb", TriangleGlb("{\"mesh\":0}", "", "{\"doubleSided\":true}"))).GetFlags() &
+    EXPECT_TRUE(OnlyMaterial(ImportAs("t.glb", TriangleGlb("{\"mesh\":0}", "", "{\"doubleSided\":true}")))
+                    .GetFlags() &
                 MaterialFlagNoCull);
     EXPECT_FALSE(OnlyMaterial(ImportAs("t.glb", TriangleGlb())).GetFlags() & MaterialFlagNoCull);
 }
@@ -270,7 +273,8 @@ TEST_F(ModelImporterTest, UnlitMaterialsAreUnlit)
     EXPECT_TRUE(OnlyMaterial(result).GetFlags() & MaterialFlagUnlit);
     // Elsewhere the word for it means nothing.
     WriteFile(m_folder.Path("m.mtl"), std::string("newmtl m\nKd 1 1 1\nillum 0\n"));
-    EXPECT_FALSE(OnlyMaterial(ImportAs("m.obj", "mtllib m.mtl\nusemtl m\n" + CubeObj())).GetFlags() & MaterialFlagUnlit);
+    EXPECT_FALSE(OnlyMaterial(ImportAs("m.obj", "mtllib m.mtl\nusemtl m\n" + CubeObj())).GetFlags() &
+                 MaterialFlagUnlit);
 }
 
 TEST_F(ModelImporterTest, TextureCoordinatesRunUpwards)
@@ -296,17 +300,19 @@ TEST_F(ModelImporterTest, TextureTransformsOfGltfAreBakedIntoTheCoordinates)
         const std::vector<float> coordinates = {0, 0, 1, 0, 0.25f, 1};
         gltf.AddFloats({0, 0, 0, 1, 0, 0, 0, 1, 0}, 3);
         gltf.AddFloats(coordinates, 2);
-        const std::string transform = "\"extensions\":{\"KHR_texture_transform\":{\"offset\":[0.25,-0.5],\"scale\":[2,3],"
-                                      "\"rotation\":" +
-                                      std::to_string(rotation) + "}}";
+        const std::string transform =
+            "\"extensions\":{\"KHR_texture_transform\":{\"offset\":[0.25,-0.5],\"scale\":[2,3],"
+            "\"rotation\":" +
+            std::to_string(rotation) + "}}";
         const ImportResult result = ImportAs(
             "t.glb",
-            gltf.Glb("\"extensionsUsed\":[\"KHR_texture_transform\"],\"scene\":0,\"scenes\":[{\"nodes\":[0]}],"
-                     "\"nodes\":[{\"mesh\":0}],\"images\":[{\"uri\":\"x.png\"}],\"textures\":[{\"source\":0}],"
-                     "\"materials\":[{\"pbrMetallicRoughness\":{\"baseColorTexture\":{\"index\":0," +
-                     transform +
-                     "}}}],\"meshes\":[{\"primitives\":[{\"attributes\":{\"POSITION\":0,\"TEXCOORD_0\":1},"
-                     "\"material\":0}]}]"));
+            gltf.Glb(
+                "\"extensionsUsed\":[\"KHR_texture_transform\"],\"scene\":0,\"scenes\":[{\"nodes\":[0]}],"
+                "\"nodes\":[{\"mesh\":0}],\"images\":[{\"uri\":\"x.png\"}],\"textures\":[{\"source\":0}],"
+                "\"materials\":[{\"pbrMetallicRoughness\":{\"baseColorTexture\":{\"index\":0," +
+                transform +
+                "}}}],\"meshes\":[{\"primitives\":[{\"attributes\":{\"POSITION\":0,\"TEXCOORD_0\":1},"
+                "\"material\":0}]}]"));
         const Mesh& mesh = OnlyMesh(result);
         ASSERT_EQ(mesh.GetTextureBuffer().size(), 3u);
         for (std::size_t i = 0; i < 3; ++i)
@@ -338,7 +344,8 @@ TEST_F(ModelImporterTest, DirectionalLightsComeIn)
         "light.glb",
         TriangleGlb("{\"mesh\":0,\"children\":[1]},{\"rotation\":[0.70710678,0,0,0.70710678],\"extensions\":"
                     "{\"KHR_lights_punctual\":{\"light\":0}}}",
-                    ",\"extensionsUsed\":[\"KHR_lights_punctual\"],\"extensions\":{\"KHR_lights_punctual\":{\"lights\":"
+                    ",\"extensionsUsed\":[\"KHR_lights_punctual\"],\"extensions\":{\"KHR_lights_punctual\":{"
+                    "\"lights\":"
                     "[{\"type\":\"directional\",\"color\":[1,0.5,0],\"intensity\":3}]}}"));
     ASSERT_EQ(result.lights.size(), 1u);
     EXPECT_EQ(result.scene->GetLights(), result.lights);
@@ -354,8 +361,10 @@ TEST_F(ModelImporterTest, CamerasOfGltfComeIn)
     const ImportResult result = ImportAs(
         "camera.glb",
         TriangleGlb("{\"mesh\":0,\"children\":[1,2]},{\"camera\":0,\"translation\":[0,0,4]},{\"camera\":1}",
-                    ",\"cameras\":[{\"type\":\"perspective\",\"perspective\":{\"yfov\":0.8,\"aspectRatio\":2,\"znear\":0.1,"
-                    "\"zfar\":50}},{\"type\":\"orthographic\",\"orthographic\":{\"xmag\":3,\"ymag\":1.5,\"znear\":0.1,"
+                    ",\"cameras\":[{\"type\":\"perspective\",\"perspective\":{\"yfov\":0.8,\"aspectRatio\":2,"
+                    "\"znear\":0.1,"
+                    "\"zfar\":50}},{\"type\":\"orthographic\",\"orthographic\":{\"xmag\":3,\"ymag\":1.5,"
+                    "\"znear\":0.1,"
                     "\"zfar\":9}}]"));
     ASSERT_EQ(result.cameras.size(), 2u);
     CameraNode& camera = *result.cameras[0];
@@ -368,7 +377,8 @@ TEST_F(ModelImporterTest, CamerasOfGltfComeIn)
     EXPECT_FLOAT_EQ(nearDistance, 0.1f);
     EXPECT_FLOAT_EQ(farDistance, 50.0f);
     EXPECT_NE(result.cameras[1]->GetProjection(), CameraNode::Perspective);
-    EXPECT_NEAR(std::tan(result.cameras[1]->GetFOV()) * result.cameras[1]->GetDistanceToTarget(), 1.5f, 1e-4f);
+    EXPECT_NEAR(std::tan(result.cameras[1]->GetFOV()) * result.cameras[1]->GetDistanceToTarget(), 1.5f,
+                1e-4f);
 }
 
 TEST_F(ModelImporterTest, PointsAreDrawnAsPointsAndLinesAreCounted)
@@ -556,4 +566,4 @@ TEST(ImportError, IsOneLineOfPrintableText)
     EXPECT_LT(error.Line().size(), 1500u);
 }
 
-}  // namespace
+} // namespace

@@ -31,17 +31,19 @@ Bytes FourColours(unsigned char alpha)
 }
 
 /// A triangle whose picture lies inside the file.
-Bytes EmbeddedGlb(const Bytes& picture, const std::string& mimeType = "image/png", const std::string& material = "")
+Bytes EmbeddedGlb(const Bytes& picture, const std::string& mimeType = "image/png",
+                  const std::string& material = "")
 {
     TinyGltf gltf;
     gltf.AddFloats({0, 0, 0, 1, 0, 0, 0, 1, 0}, 3);
     gltf.AddFloats({0, 0, 1, 0, 0, 1}, 2);
     const std::string view = std::to_string(gltf.AddBytes(picture));
-    return gltf.Glb("\"scene\":0,\"scenes\":[{\"nodes\":[0]}],\"nodes\":[{\"mesh\":0}],\"images\":[{\"bufferView\":" +
-                    view + ",\"mimeType\":\"" + mimeType +
-                    "\"}],\"textures\":[{\"source\":0}],\"materials\":[{" + material +
-                    "\"pbrMetallicRoughness\":{\"baseColorTexture\":{\"index\":0}}}],\"meshes\":[{\"primitives\":"
-                    "[{\"attributes\":{\"POSITION\":0,\"TEXCOORD_0\":1},\"material\":0}]}]");
+    return gltf.Glb(
+        "\"scene\":0,\"scenes\":[{\"nodes\":[0]}],\"nodes\":[{\"mesh\":0}],\"images\":[{\"bufferView\":" +
+        view + ",\"mimeType\":\"" + mimeType + "\"}],\"textures\":[{\"source\":0}],\"materials\":[{" +
+        material +
+        "\"pbrMetallicRoughness\":{\"baseColorTexture\":{\"index\":0}}}],\"meshes\":[{\"primitives\":"
+        "[{\"attributes\":{\"POSITION\":0,\"TEXCOORD_0\":1},\"material\":0}]}]");
 }
 
 class ModelTextureTest : public testing::Test
@@ -144,7 +146,8 @@ TEST_F(ModelTextureTest, AnEmbeddedPngIsDecodedWithTheBottomRowFirst)
     ASSERT_NE(material.pixels, nullptr);
     EXPECT_EQ(material.pixelWidth, 2);
     EXPECT_EQ(material.pixelHeight, 2);
-    const std::vector<unsigned char> expected = {0, 0, 255, 255, 255, 255, 255, 255, 255, 0, 0, 255, 0, 255, 0, 255};
+    const std::vector<unsigned char> expected = {0,   0, 255, 255, 255, 255, 255, 255,
+                                                 255, 0, 0,   255, 0,   255, 0,   255};
     EXPECT_EQ(std::vector<unsigned char>(material.pixels, material.pixels + 16), expected);
     EXPECT_TRUE(material.textureName.empty());
     EXPECT_FALSE(material.hasAlpha) << "the alpha channel is there, but opaque throughout";
@@ -172,8 +175,8 @@ TEST_F(ModelTextureTest, AlphaOfAnEmbeddedPictureCountsWhereTheModeSaysSo)
     EXPECT_FALSE(OnlyMaterial(opaque).IsTransparent());
     for (const char* mode : {"BLEND", "MASK"})
     {
-        const ImportResult result =
-            ImportAs("e.glb", EmbeddedGlb(picture, "image/png", std::string("\"alphaMode\":\"") + mode + "\","));
+        const ImportResult result = ImportAs(
+            "e.glb", EmbeddedGlb(picture, "image/png", std::string("\"alphaMode\":\"") + mode + "\","));
         EXPECT_TRUE(OnlyMaterial(result).hasAlpha) << mode;
         EXPECT_EQ(result.scene->GetAlphaMaterials().size(), 1u) << mode;
     }
@@ -244,4 +247,4 @@ TEST_F(ModelTextureTest, RelativeModelPathsFindTheirPictures)
     EXPECT_EQ(OnlyMaterial(result).texturePath.path, L"");
 }
 
-}  // namespace
+} // namespace

@@ -275,7 +275,8 @@ TEST(SceneBuilder, ProgressRunsThroughTheMeshesAndMayCancel)
     EXPECT_TRUE(std::is_sorted(shares.begin(), shares.end()));
 
     ImportResult cancelled;
-    BuildScene(model, "model", ImportOptions(), [](float share) { return share < 0.5f; }, cancelled);
+    BuildScene(
+        model, "model", ImportOptions(), [](float share) { return share < 0.5f; }, cancelled);
     EXPECT_FALSE(cancelled);
     EXPECT_EQ(cancelled.status, ImportStatus::Cancelled);
 }
@@ -464,7 +465,8 @@ TEST(SceneBuilder, LightsAreScaledToFullStrength)
 {
     ModelData model = OneTriangle();
     model.lights.resize(4);
-    const float colors[4][3] = {{1000, 500, 0}, {0, 0, 0}, {static_cast<float>(kNaN), 1, 1}, {0.5f, 0.5f, 0.25f}};
+    const float colors[4][3] = {
+        {1000, 500, 0}, {0, 0, 0}, {static_cast<float>(kNaN), 1, 1}, {0.5f, 0.5f, 0.25f}};
     for (int i = 0; i < 4; ++i)
     {
         std::copy(colors[i], colors[i] + 3, model.lights[static_cast<std::size_t>(i)].color);
@@ -581,4 +583,4 @@ TEST(SceneBuilder, ASceneMadeOfAModelOutlivesIt)
     result.scene->UpdateGraph(100, 100);
 }
 
-}  // namespace
+} // namespace

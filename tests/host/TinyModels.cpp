@@ -47,7 +47,8 @@ std::string Bounds(const std::vector<float>& values, int components)
     {
         float smallest = values[static_cast<std::size_t>(c)];
         float largest = smallest;
-        for (std::size_t i = static_cast<std::size_t>(c); i < values.size(); i += static_cast<std::size_t>(components))
+        for (std::size_t i = static_cast<std::size_t>(c); i < values.size();
+             i += static_cast<std::size_t>(components))
         {
             smallest = std::min(smallest, values[i]);
             largest = std::max(largest, values[i]);
@@ -58,7 +59,7 @@ std::string Bounds(const std::vector<float>& values, int components)
     return "\"min\":[" + low + "],\"max\":[" + high + "]";
 }
 
-}  // namespace
+} // namespace
 
 void WriteFile(const std::string& path, const std::string& content)
 {
@@ -76,8 +77,8 @@ std::string CubeObj()
     std::ostringstream text;
     for (int i = 0; i < 8; ++i)
     {
-        text << "v " << ((i & 1) ? 0.5 : -0.5) << ' ' << ((i & 2) ? 0.5 : -0.5) << ' ' << ((i & 4) ? 0.5 : -0.5)
-             << '\n';
+        text << "v " << ((i & 1) ? 0.5 : -0.5) << ' ' << ((i & 2) ? 0.5 : -0.5) << ' '
+             << ((i & 4) ? 0.5 : -0.5) << '\n';
     }
     text << "f 1 3 4 2\nf 5 6 8 7\nf 1 2 6 5\nf 3 7 8 4\nf 1 5 7 3\nf 2 4 8 6\n";
     return text.str();
@@ -120,8 +121,8 @@ std::size_t TinyGltf::AddFloats(const std::vector<float>& values, int components
     static const char* const types[] = {"", "SCALAR", "VEC2", "VEC3", "VEC4"};
     const std::size_t view = AddView(values.data(), values.size() * sizeof(float));
     m_accessors.push_back("{\"bufferView\":" + std::to_string(view) + ",\"componentType\":5126,\"count\":" +
-                          std::to_string(values.size() / static_cast<std::size_t>(components)) + ",\"type\":\"" +
-                          types[components] + "\"," + Bounds(values, components) + "}");
+                          std::to_string(values.size() / static_cast<std::size_t>(components)) +
+                          ",\"type\":\"" + types[components] + "\"," + Bounds(values, components) + "}");
     return m_accessors.size() - 1;
 }
 
@@ -140,9 +141,10 @@ std::size_t TinyGltf::AddBytes(const Bytes& bytes)
 
 Bytes TinyGltf::Glb(const std::string& members) const
 {
-    const std::string json = "{\"asset\":{\"version\":\"2.0\"},\"buffers\":[{\"byteLength\":" +
-                             std::to_string(m_buffer.size()) + "}],\"bufferViews\":[" + Join(m_views) +
-                             "],\"accessors\":[" + Join(m_accessors) + "]," + members + "}";
+    const std::string json =
+        "{\"asset\":{\"version\":\"2.0\"},\"buffers\":[{\"byteLength\":" + std::to_string(m_buffer.size()) +
+        "}],\"bufferViews\":[" + Join(m_views) + "],\"accessors\":[" + Join(m_accessors) + "]," + members +
+        "}";
     Bytes chunks;
     AppendChunk(chunks, "JSON", Bytes(json.begin(), json.end()), ' ');
     AppendChunk(chunks, "BIN\0", m_buffer, 0);
@@ -161,11 +163,11 @@ Bytes TriangleGlb(const std::string& nodes, const std::string& members, const st
     gltf.AddFloats({0, 0, 1, 0, 0, 1, 0, 0, 1}, 3);
     gltf.AddFloats({0, 0, 1, 0, 0, 1}, 2);
     gltf.AddIndices({0, 1, 2});
-    return gltf.Glb("\"scene\":0,\"scenes\":[{\"nodes\":[0]}],\"nodes\":[" + nodes +
-                    "],\"materials\":[" + material +
+    return gltf.Glb("\"scene\":0,\"scenes\":[{\"nodes\":[0]}],\"nodes\":[" + nodes + "],\"materials\":[" +
+                    material +
                     "],\"meshes\":[{\"primitives\":[{\"attributes\":{\"POSITION\":0,\"NORMAL\":1,"
                     "\"TEXCOORD_0\":2},\"indices\":3,\"material\":0}]}]" +
                     members);
 }
 
-}  // namespace OV::Test
+} // namespace OV::Test

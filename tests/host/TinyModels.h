@@ -49,7 +49,15 @@ private:
 Bytes TriangleGlb(const std::string& nodes = "{\"mesh\":0}", const std::string& members = "",
                   const std::string& material = "{}");
 
+/// Whether running out of memory ends the process, as under the address sanitizer, whose
+/// operator new does not throw.
+#if defined(__SANITIZE_ADDRESS__)
+inline constexpr bool kNewEndsTheProcess = true;
+#else
+inline constexpr bool kNewEndsTheProcess = false;
+#endif
+
 /// The folder of Debian's collection of test models.
 inline const std::string kTestModels = "/usr/share/assimp/models/";
 
-}  // namespace OV::Test
+} // namespace OV::Test

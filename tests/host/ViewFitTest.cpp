@@ -85,8 +85,8 @@ const BoxCase kBoxes[] = {
     {"huge", Vector(-1e15f, -1e15f, -1e15f), Vector(1e15f, 1e15f, 1e15f)},
 };
 
-const NamedView kViews[] = {NamedView::Iso,  NamedView::Front, NamedView::Back,  NamedView::Left,
-                            NamedView::Right, NamedView::Top,  NamedView::Bottom};
+const NamedView kViews[] = {NamedView::Iso,   NamedView::Front, NamedView::Back,  NamedView::Left,
+                            NamedView::Right, NamedView::Top,   NamedView::Bottom};
 
 TEST(ViewFit, EveryBoxIsWholeInThePictureFromEveryView)
 {
@@ -100,8 +100,8 @@ TEST(ViewFit, EveryBoxIsWholeInThePictureFromEveryView)
                 {
                     for (UpAxis up : {UpAxis::Y, UpAxis::Z})
                     {
-                        SCOPED_TRACE(std::string(box.label) + " view " + std::to_string(int(view)) + " aspect " +
-                                     std::to_string(aspect) + (isOrthographic ? " ortho" : "") +
+                        SCOPED_TRACE(std::string(box.label) + " view " + std::to_string(int(view)) +
+                                     " aspect " + std::to_string(aspect) + (isOrthographic ? " ortho" : "") +
                                      (up == UpAxis::Z ? " z up" : ""));
                         Stage stage;
                         ViewFitOptions options;
@@ -255,7 +255,8 @@ TEST(ViewFit, AnglesAndAspectsOutOfRangeAreTakenIn)
     {
         float degrees;
         float expected;
-    } const angles[] = {{0.0f, 1.0f}, {-5.0f, 1.0f}, {500.0f, 170.0f}, {kNaN, 45.0f}, {1.0f, 1.0f}, {170.0f, 170.0f}};
+    } const angles[] = {{0.0f, 1.0f},  {-5.0f, 1.0f}, {500.0f, 170.0f},
+                        {kNaN, 45.0f}, {1.0f, 1.0f},  {170.0f, 170.0f}};
     for (const auto& angle : angles)
     {
         Stage stage;
@@ -322,8 +323,8 @@ TEST(ViewFit, ACameraBelowATurnedNodeEndsAtTheSamePlaceInTheWorld)
     auto* parent = new Node(&stage.scene);
     stage.scene.GetRoot()->AddChild(parent, false);
     Transform turned;
-    turned.SetTransf3d(
-        QGM::Transf3d(QGM::Point3d(7, 8, 9), QGM::Vector3d(0, 2, 0), QGM::Vector3d(-2, 0, 0), QGM::Vector3d(0, 0, 2), false));
+    turned.SetTransf3d(QGM::Transf3d(QGM::Point3d(7, 8, 9), QGM::Vector3d(0, 2, 0), QGM::Vector3d(-2, 0, 0),
+                                     QGM::Vector3d(0, 0, 2), false));
     parent->SetLocal(turned);
     parent->AddChild(&stage.camera, false);
     stage.scene.GetRoot()->UpdateGraph();
@@ -338,8 +339,8 @@ TEST(ViewFit, LookGoesFromEyeToTarget)
     ViewFitOptions options;
     options.fovDegrees = 40.0f;
     options.aspect = 1.5f;
-    ASSERT_TRUE(ViewFit::Look(stage.camera, Vector(10, 0, 0), Vector(2, 0, 0), Vector(0, 0, 3), Vector(-1, -1, -1),
-                              Vector(1, 1, 1), options));
+    ASSERT_TRUE(ViewFit::Look(stage.camera, Vector(10, 0, 0), Vector(2, 0, 0), Vector(0, 0, 3),
+                              Vector(-1, -1, -1), Vector(1, 1, 1), options));
     const QGM::Transf3d& global = stage.camera.GetGlobal().GetTransf3d();
     EXPECT_NEAR(global.zDir().x, 1.0, 1e-12);
     EXPECT_NEAR(global.yDir().z, 1.0, 1e-12);
@@ -379,7 +380,8 @@ TEST(ViewFit, AnUpThatDecidesNothingIsReplaced)
         Stage stage;
         ViewFitOptions options;
         options.upAxis = test.axis;
-        ASSERT_TRUE(ViewFit::Look(stage.camera, test.eye, Vector(0, 0, 0), test.up, Vector(-1, -1, -1), Vector(1, 1, 1), options));
+        ASSERT_TRUE(ViewFit::Look(stage.camera, test.eye, Vector(0, 0, 0), test.up, Vector(-1, -1, -1),
+                                  Vector(1, 1, 1), options));
         const QGM::Vector3d y = stage.camera.GetGlobal().GetTransf3d().yDir();
         EXPECT_NEAR(y.x, test.expectedY.x, 1e-12);
         EXPECT_NEAR(y.y, test.expectedY.y, 1e-12);
@@ -419,7 +421,8 @@ TEST(ViewFit, LookHasUsableDepthsWhereverTheBoxIs)
     {
         SCOPED_TRACE(test.label);
         Stage stage;
-        ASSERT_TRUE(ViewFit::Look(stage.camera, test.eye, Vector(0, 0, 0), Vector(0, 1, 0), test.low, test.high));
+        ASSERT_TRUE(
+            ViewFit::Look(stage.camera, test.eye, Vector(0, 0, 0), Vector(0, 1, 0), test.low, test.high));
         float nearDistance = 0;
         float farDistance = 0;
         stage.camera.GetNearFar(nearDistance, farDistance);
@@ -435,8 +438,8 @@ TEST(ViewFit, AnOrthographicLookMayKeepWhatIsBehindTheEye)
     ViewFitOptions options;
     options.orthographic = true;
     options.fovDegrees = 90.0f;
-    ASSERT_TRUE(ViewFit::Look(stage.camera, Vector(0, 0, 1), Vector(0, 0, 0), Vector(0, 1, 0), Vector(-4, -4, -4),
-                              Vector(4, 4, 4), options));
+    ASSERT_TRUE(ViewFit::Look(stage.camera, Vector(0, 0, 1), Vector(0, 0, 0), Vector(0, 1, 0),
+                              Vector(-4, -4, -4), Vector(4, 4, 4), options));
     float nearDistance = 0;
     float farDistance = 0;
     stage.camera.GetNearFar(nearDistance, farDistance);
@@ -463,4 +466,4 @@ TEST(ViewFit, ViewsAreKnownByTheirLowerCaseNames)
     }
 }
 
-}  // namespace
+} // namespace
