@@ -306,12 +306,19 @@ TEST_F(MeshES20Test, PointsAreDrawnWithTheProgramPointSizeAroundThem)
 
 TEST_F(MeshES20Test, ADrawIDIsUsedUpByTheDraw)
 {
-    mesh.SetDrawID(12);
-    Render();
-    EXPECT_EQ(recorder.Count("glDrawElements"), 1u);
     Scene scene;
-    EXPECT_TRUE(mesh.UsingDrawID());
-    EXPECT_FALSE(mesh.ReadyToDraw());
+    scene.UpdateGraph(1.0f, 1.0f);
+    auto* own = new Mesh(MakeRawMesh(3, {0, 1, 2}), &scene);
+    own->AddNode(&node);
+    MeshES20* ownData = Attach(*own, pool);
+    pool.GenerateVBOs();
+    own->SetDrawID(scene.GetUpdateID());
+    ASSERT_TRUE(own->ReadyToDraw());
+    recorder.Clear();
+    ownData->Render(&effect, own->GetNodes(), false);
+    EXPECT_EQ(recorder.Count("glDrawElements"), 1u);
+    EXPECT_TRUE(own->UsingDrawID());
+    EXPECT_FALSE(own->ReadyToDraw());
 }
 
 TEST_F(MeshES20Test, WithoutADrawIDNoneIsSet)
