@@ -22,6 +22,9 @@ namespace
 /// So many segments have 16-bit indices to their points, four vertices each.
 constexpr std::size_t kMostSegments = 65536 / 4 / 2;
 
+/// Units of depth that faces are moved besides: what the rounding of a depth may differ by.
+constexpr float kDepthUnits = 4.0f;
+
 /// The lines of one geometry.
 struct SharedLines
 {
@@ -133,6 +136,23 @@ std::size_t FeatureEdges::AddTo(Scene& scene, LineStyle& style, float creaseDegr
         segments += entry->second.segments;
     }
     return segments;
+}
+
+void FeatureEdges::MakeRoom(Scene& scene, float lineWidth)
+{
+    // The slope of a polygon offset is the larger one along the axes of the picture, which is up
+    // to this much less than that across a line.
+    constexpr float diagonal = 1.4143f;
+    const float reach = lineWidth / 2.0f;
+    for (const auto* list : {&scene.GetOptimizedMaterials(), &scene.GetAlphaMaterials()})
+    {
+        for (Material* material : *list)
+        {
+            material->SetFlags(MaterialFlagPolygonOffset);
+            material->polygonOffsetFactor = diagonal * reach;
+            material->polygonOffsetUnits = kDepthUnits;
+        }
+    }
 }
 
 } // namespace OV::Host

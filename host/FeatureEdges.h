@@ -29,9 +29,9 @@ struct FeatureEdge
 ///
 /// Vertices that lie together count as one, whatever their normals and texture coordinates. An
 /// edge whose other side is made of several shorter ones (a T-junction) is compared piece by
-/// piece, so that a flat wall stays empty. Triangles that are thinner than the welding, given
-/// twice or not finite count for nothing. The way that triangles are wound does not matter. The
-/// same input gives the same edges in the same order.
+/// piece, so that a flat wall stays empty. Two faces back to back between others, as where solids
+/// touch, are passed over, and triangles that are thinner than the welding, given twice or not
+/// finite count for nothing. The same input gives the same edges in the same order.
 class FeatureEdges
 {
 public:
@@ -50,6 +50,12 @@ public:
     /// @param style should be in the scene.
     /// @return the number of segments, those of each node counted.
     static std::size_t AddTo(Scene& scene, LineStyle& style, float creaseDegrees = UsualCrease);
+
+    /// Moves the faces of a scene back, as far as their slope makes up for half the width of a
+    /// line, so that lines on them are seen whole at any view. What lies behind a face by more
+    /// than its slope over that width stays hidden.
+    /// @param lineWidth in pixels, of a line in all.
+    static void MakeRoom(Scene& scene, float lineWidth);
 };
 
 } // namespace OV::Host

@@ -1,11 +1,14 @@
 #include "host/SceneRenderer.h"
 
+#include "host/detail/LevelLineES20.h"
 #include "orvane/math/TextureCoordinate.h"
 #include "orvane/math/Transform.h"
 #include "orvane/math/Vector.h"
 #include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/scene/CameraNode.h"
+#include "orvane/scene/Line.h"
+#include "orvane/scene/LineStyle.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
@@ -127,6 +130,7 @@ void SceneRenderer::Pack(Scene* scene, CameraNode* camera)
             PrepareOptimizedMaterial(material, cameraData, items, false);
         }
     }
+    LevelLines(*scene);
     for (LineStyle* style : scene->GetLineStyles())
     {
         PrepareLineStyle(style, cameraData, items, false);
@@ -135,12 +139,31 @@ void SceneRenderer::Pack(Scene* scene, CameraNode* camera)
     MeshES20::ResetBufferCache();
 }
 
+void SceneRenderer::LevelLines(Scene& scene)
+{
+    for (LineStyle* style : scene.GetLineStyles())
+    {
+        for (Line* line : style->GetLines())
+        {
+            const auto* data = dynamic_cast<const MeshES20*>(line->GetRenderData());
+            if (!data || !data->pool)
+            {
+                line->SetRenderData(new Detail::LevelLineES20(line, &bufferPool), true);
+            }
+        }
+    }
+}
+
 void SceneRenderer::Render3D(Scene* scene, CameraNode* camera)
 {
     // Over-draw adds to a picture that has its sky already.
     if (m_skyShown && !overDraw && scene && camera)
     {
         DrawSky(camera);
+    }
+    if (scene)
+    {
+        LevelLines(*scene);
     }
     Renderer20::Render3D(scene, camera);
 }

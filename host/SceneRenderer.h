@@ -14,8 +14,11 @@ class MeshNode;
 namespace OV::Host
 {
 
-/// The engine's renderer with a sky behind the scene, and with render data made ahead of the
-/// first frame.
+/// The engine's renderer with a sky behind the scene, with lines for edges, and with render
+/// data made ahead of the first frame.
+///
+/// Lines keep their depth whatever their slope, so that none comes through what is before it;
+/// FeatureEdges::MakeRoom lets them stand out from the faces that they bound.
 ///
 /// The sky is that of SkySettings, on a dome about the eye, with the world's Y up: the horizon
 /// lies at eye level. It has no depth, so everything is in front of it. An orthographic camera
@@ -44,6 +47,7 @@ public:
     const Scene* GetSkyScene() const { return m_skyScene.get(); }
 
 private:
+    void LevelLines(Scene& scene);
     void MakeSkyScene();
     void MoveSkyTo(CameraNode* camera);
     void DrawSky(CameraNode* camera);

@@ -22,6 +22,7 @@ namespace
 
 constexpr int MostSamples = 64;
 constexpr int MostFrames = 1000000;
+constexpr float WidestLine = 100.0f;
 
 /// The values as they were typed, where CLI11 has no type for them.
 struct Texts
@@ -33,6 +34,9 @@ struct Texts
     std::string up;
     std::string background = "FFFFFF";
     std::string fog;
+    bool lines = false;
+    std::string lineColor = "000000";
+    LineLook lineLook;
 };
 
 /// Names what has to be there in the line of usage.
@@ -116,12 +120,12 @@ void ParseSize(const std::string& text, Options& options)
     options.height = static_cast<int>(std::min(*height, largest));
 }
 
-Color ParseColor(const std::string& text)
+Color ParseColor(const std::string& option, const std::string& text)
 {
     const auto value = ParseNumber<unsigned int>(text, 16);
     if (!value || text.size() != 6)
     {
-        throw Bad("--background", text, "a colour RRGGBB of six hexadecimal digits");
+        throw Bad(option, text, "a colour RRGGBB of six hexadecimal digits");
     }
     const auto channel = [&](int shift) { return static_cast<float>((*value >> shift) & 0xFFu) / 255.0f; };
     return Color(channel(16), channel(8), channel(0));
@@ -182,12 +186,54 @@ void DefineViewOptions(CLI::App& app, Options& options, Texts& texts)
     app.add_flag("--ortho", options.orthographic, "Draw without perspective")->group(group);
 }
 
+void DefineLineOptions(CLI::App& app, Texts& texts)
+{
+    const char* const group = "Lines";
+    LineLook& look = texts.lineLook;
+    auto* lines = app.add_flag("--lines", texts.lines, "Draw the edges of the model: where it bends or ends")
+        ->group(group);
+    app.add_option("--crease", look.crease, "Draw no edge that bends less; 30 if left out")
+        ->option_text("DEG")->needs(lines)->group(group);
+    app.add_option("--line-width", look.width, "Width of a line in pixels; 1 if left out")
+        ->option_text("PX")->needs(lines)->group(group);
+    app.add_option("--line-color", texts.lineColor, "Colour of lines; 000000 if left out")
+        ->option_text("RRGGBB")->needs(lines)->group(group);
+    app.add_option("--dash", look.dash, "Length of a dash and of a gap in pixels; no gaps if\n"
+                                        "left out")
+        ->option_text("FREQ")->needs(lines)->group(group);
+    app.add_option("--line-offset", look.offset, "Shift of lines towards the eye, in 1/500 of the depth of\n"
+                                                 "the view without perspective; 0 if left out, since faces\n"
+                                                 "make room for the lines on them")
+        ->option_text("VALUE")->needs(lines)->group(group);
+}
+
 void DefineMeasuringOptions(CLI::App& app, Options& options)
 {
     const char* const group = "Measuring";
     app.add_flag("--stats", options.stats, "Write times and counts to standard output, as JSON")->group(group);
     app.add_option("--frames", options.frames, "Draw the picture so often; 1 if left out")
         ->option_text("N")->group(group);
+}
+
+/// Written so that what is not a number fails.
+void CheckLineLook(const LineLook& look)
+{
+    if (!(look.crease >= 0.0f && look.crease <= 180.0f))
+    {
+        throw CLI::ValidationError("--crease", "an angle of bending is 0 to 180 degrees");
+    }
+    if (!(look.width > 0.0f && look.width <= WidestLine))
+    {
+        throw CLI::ValidationError("--line-width", "a width is above 0 and at most 100 pixels");
+    }
+    if (look.dash && !(*look.dash > 0.0f && std::isfinite(*look.dash)))
+    {
+        throw CLI::ValidationError("--dash", "the length of a dash is above 0 pixels");
+    }
+    if (!std::isfinite(look.offset))
+    {
+        throw CLI::ValidationError("--line-offset", "an offset is a number");
+    }
 }
 
 void CheckRanges(const Options& options)
@@ -219,7 +265,7 @@ void Interpret(const Texts& texts, Options& options)
     }
     CheckRanges(options);
     ParseSize(texts.size, options);
-    options.background = ParseColor(texts.background);
+    options.background = ParseColor("--background", texts.background);
     if (!Host::ViewFit::ParseView(texts.view, options.view))
     {
         throw Bad("--view", texts.view, "one of iso, front, back, left, right, top, bottom");
@@ -240,6 +286,12 @@ void Interpret(const Texts& texts, Options& options)
     {
         options.fog = ParseFog(texts.fog);
     }
+    if (texts.lines)
+    {
+        CheckLineLook(texts.lineLook);
+        options.lines = texts.lineLook;
+        options.lines->color = ParseColor("--line-color", texts.lineColor);
+    }
 }
 
 } // namespace
@@ -255,6 +307,7 @@ Command ParseCommandLine(int argc, const char* const* argv)
     DefineGeneralOptions(app, command.options, listFormats);
     DefinePictureOptions(app, command.options, texts);
     DefineViewOptions(app, command.options, texts);
+    DefineLineOptions(app, texts);
     DefineMeasuringOptions(app, command.options);
     app.footer("The view is from the front, the right and above unless told otherwise.\n"
                "Exit status: 0 done, 1 failed, 2 wrong usage.");

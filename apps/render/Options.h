@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/FeatureEdges.h"
 #include "host/ViewFit.h"
 #include "orvane/math/Color.h"
 #include "orvane/math/Vector.h"
@@ -15,6 +16,19 @@ struct FogRange
 {
     float start = 0.0f;
     float end = 0.0f;
+};
+
+/// How the edges of the model are drawn.
+struct LineLook
+{
+    /// What bends less is round, in degrees.
+    float crease = Host::FeatureEdges::UsualCrease;
+    /// Of a line in all, in pixels.
+    float width = 1.0f;
+    Color color{0.0f, 0.0f, 0.0f};
+    /// Pixels of a dash and of the gap after it; none for a line without gaps.
+    std::optional<float> dash;
+    float offset = 0.0f;
 };
 
 /// What the command line asks for.
@@ -40,6 +54,7 @@ struct Options
     bool sky = false;
     std::optional<FogRange> fog;
     bool noCull = false;
+    std::optional<LineLook> lines;
 
     bool stats = false;
     int frames = 1;

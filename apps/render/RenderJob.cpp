@@ -3,6 +3,7 @@
 #include "apps/render/ProgressBar.h"
 #include "apps/render/Report.h"
 #include "apps/render/SystemMemory.h"
+#include "host/FeatureEdges.h"
 #include "host/HeadlessContext.h"
 #include "host/ModelImporter.h"
 #include "host/SceneFit.h"
@@ -13,6 +14,7 @@
 #include "orvane/engine/CoreContext.h"
 #include "orvane/platform/ESTextureLoader.h"
 #include "orvane/scene/CameraNode.h"
+#include "orvane/scene/LineStyle.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Scene.h"
 
@@ -131,6 +133,7 @@ void RenderJob::Run()
     Load();
     MakeFramebuffer();
     SetLook();
+    AddLines();
     PlaceCamera();
     SetFog();
     Draw();
@@ -243,6 +246,30 @@ void RenderJob::SetLook()
             }
         }
     }
+}
+
+void RenderJob::AddLines()
+{
+    if (!m_options.lines)
+    {
+        return;
+    }
+    const LineLook& look = *m_options.lines;
+    Scene& scene = *m_app->GetContext()->GetScene();
+    auto* style = new LineStyle("edges");
+    style->color = look.color;
+    // It is added, and starts white.
+    style->secondColor = Color(0.0f, 0.0f, 0.0f, 0.0f);
+    // The samples of the picture smooth the rims; a line that fades to its rims would be blurred
+    // besides, and would hide what is behind where it is all but transparent.
+    style->antialias = false;
+    style->width = look.width / 2.0f;
+    style->SetDashed(look.dash.has_value());
+    style->SetDashFrequency(look.dash.value_or(1.0f));
+    style->offset = look.offset;
+    scene.AddLineStyle(style);
+    Host::FeatureEdges::AddTo(scene, *style, look.crease);
+    Host::FeatureEdges::MakeRoom(scene, look.width);
 }
 
 void RenderJob::PlaceCamera()

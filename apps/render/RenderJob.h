@@ -50,6 +50,7 @@ private:
     void Load();
     void MakeFramebuffer();
     void SetLook();
+    void AddLines();
     void PlaceCamera();
     void SetFog();
     void Draw();

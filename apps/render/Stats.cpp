@@ -2,6 +2,8 @@
 
 #include "host/HeadlessContext.h"
 #include "orvane/renderdata/MeshES20.h"
+#include "orvane/scene/Line.h"
+#include "orvane/scene/LineStyle.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
@@ -89,6 +91,20 @@ void CountMaterial(const Material& material, DrawCounts& counts, std::set<unsign
     }
 }
 
+/// Lines are drawn ready or not, and with no index too.
+void CountLineStyle(const LineStyle& style, DrawCounts& counts, std::set<unsigned int>& buffers)
+{
+    for (const Line* line : style.GetLines())
+    {
+        const auto* data = dynamic_cast<const MeshES20*>(line->GetRenderData());
+        if (data && data->vertexBufferId != 0)
+        {
+            buffers.insert({data->vertexBufferId, data->indexBufferId});
+            counts.draws += CountNodes(*line);
+        }
+    }
+}
+
 double Rounded(double milliseconds)
 {
     return std::round(milliseconds * 1000.0) / 1000.0;
@@ -108,6 +124,10 @@ DrawCounts CountDraws(const std::vector<const Scene*>& scenes)
             {
                 CountMaterial(*material, counts, buffers);
             }
+        }
+        for (const LineStyle* style : scene->GetLineStyles())
+        {
+            CountLineStyle(*style, counts, buffers);
         }
     }
     const BufferSizes sizes;

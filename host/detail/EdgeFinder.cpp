@@ -4,7 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
+#include <functional>
 #include <tuple>
 #include <utility>
 
@@ -55,13 +55,16 @@ bool ComesFirst(const Item& a, const Item& b)
     return std::tie(a.low, a.high, a.order, a.face) < std::tie(b.low, b.high, b.order, b.face);
 }
 
-/// Calls visit with each range of sorted items that have the same two points.
-template <class Iterator, class Visitor>
-void ForEachGroup(Iterator first, Iterator last, Visitor visit)
+/// Calls visit with the ends of each range of sorted items that have the same two points.
+template <class Item, class Visitor>
+void ForEachGroup(const std::vector<Item>& items, Visitor visit)
 {
+    const Item* first = items.data();
+    const Item* const last = first + items.size();
     while (first != last)
     {
-        const Iterator end = std::find_if(first, last, [&](const auto& item) { return !SharesPoints(item, *first); });
+        const Item* const end =
+            std::find_if(first, last, [first](const Item& item) { return !SharesPoints(item, *first); });
         visit(first, end);
         first = end;
     }
@@ -86,26 +89,13 @@ std::vector<FeatureEdge> EdgeFinder::Find()
 
 void EdgeFinder::CollectFaces()
 {
-    std::vector<std::pair<WeldedTriangle, std::uint32_t>> sorted;
-    const std::vector<WeldedTriangle>& triangles = m_welded.Triangles();
-    sorted.reserve(triangles.size());
-    for (std::size_t i = 0; i < triangles.size(); ++i)
+    for (const WeldedTriangle& triangle : m_welded.Triangles())
     {
         // What is thinner than the welding has no direction; its neighbours meet in its place.
-        if (Height(triangles[i]) > m_welded.Tolerance())
+        if (Height(triangle) > m_welded.Tolerance())
         {
-            WeldedTriangle key = triangles[i];
-            std::sort(key.begin(), key.end());
-            sorted.emplace_back(key, static_cast<std::uint32_t>(i));
+            m_faces.push_back(triangle);
         }
-    }
-    // A sheet with two sides is given as two triangles at one place.
-    std::sort(sorted.begin(), sorted.end());
-    const auto end = std::unique(sorted.begin(), sorted.end(),
-                                 [](const auto& a, const auto& b) { return a.first == b.first; });
-    for (auto face = sorted.begin(); face != end; ++face)
-    {
-        m_faces.push_back(face->first);
     }
 }
 
@@ -128,12 +118,12 @@ void EdgeFinder::CollectSides()
     m_sides.reserve(3 * m_faces.size());
     for (std::size_t face = 0; face < m_faces.size(); ++face)
     {
-        // The points of a face are sorted.
-        const auto& [a, b, c] = m_faces[face];
-        const std::pair<std::uint32_t, std::uint32_t> sides[] = {{a, b}, {b, c}, {a, c}};
-        for (const auto& [low, high] : sides)
+        for (std::size_t corner = 0; corner < 3; ++corner)
         {
-            m_sides.push_back({low, high, static_cast<std::uint32_t>(face), 0});
+            const std::uint32_t start = m_faces[face][corner];
+            const std::uint32_t end = m_faces[face][(corner + 1) % 3];
+            const auto [low, high] = std::minmax(start, end);
+            m_sides.push_back({low, high, static_cast<std::uint32_t>(face), 0, start < end});
         }
     }
     std::sort(m_sides.begin(), m_sides.end(), ComesFirst<Side>);
@@ -141,40 +131,63 @@ void EdgeFinder::CollectSides()
 
 void EdgeFinder::JudgeSides()
 {
-    ForEachGroup(m_sides.begin(), m_sides.end(), [this](auto first, auto last) {
-        if (last - first == 1)
+    ForEachGroup(m_sides, [this](const Side* first, const Side* last) {
+        switch (Judge(first, last))
         {
-            m_open.push_back(*first);
-        }
-        else if (IsFeature(first, last))
-        {
-            Emit(first->low, first->high);
+        case Meeting::Open: m_open.push_back(*first); break;
+        case Meeting::Sharp: Emit(first->low, first->high); break;
+        case Meeting::Smooth: break;
         }
     });
 }
 
-template <class Iterator>
-bool EdgeFinder::IsFeature(Iterator first, Iterator last) const
+EdgeFinder::Meeting EdgeFinder::Judge(const Side* first, const Side* last)
 {
-    if (last - first == 1)
+    CollectSheets(first, last);
+    if (m_sheets.size() == 1)
     {
-        return true;
+        return Meeting::Open;
     }
-    // Smooth is where all faces lie to one side or straight to the other.
-    const Direction reference = Inward(*first);
-    bool hasOpposite = false;
-    for (Iterator side = std::next(first); side != last; ++side)
+    // Two faces back to back are the wall between solids that touch, which nobody sees; unless
+    // they are a sheet with two sides that ends here.
+    const auto isInner = [](const Sheet& sheet) { return sheet.hasRising && sheet.hasFalling; };
+    const auto inner = std::stable_partition(m_sheets.begin(), m_sheets.end(), std::not_fn(isInner));
+    if (inner - m_sheets.begin() >= 2)
     {
-        const double cosine = Dot(reference, Inward(*side));
-        const double limit = m_cosine - kCosineTolerance;
+        m_sheets.erase(inner, m_sheets.end());
+    }
+
+    // Smooth is where all lie to one side or straight to the other.
+    const double limit = m_cosine - kCosineTolerance;
+    bool hasOpposite = false;
+    for (std::size_t i = 1; i < m_sheets.size(); ++i)
+    {
+        const double cosine = Dot(m_sheets[0].inward, m_sheets[i].inward);
         const bool isOpposite = -cosine >= limit;
         if (!isOpposite && cosine < std::max(limit, 0.0))
         {
-            return true;
+            return Meeting::Sharp;
         }
         hasOpposite = hasOpposite || isOpposite;
     }
-    return !hasOpposite;
+    return hasOpposite ? Meeting::Smooth : Meeting::Sharp;
+}
+
+void EdgeFinder::CollectSheets(const Side* first, const Side* last)
+{
+    m_sheets.clear();
+    for (const Side* side = first; side != last; ++side)
+    {
+        const Direction inward = Inward(*side);
+        auto sheet = std::find_if(m_sheets.begin(), m_sheets.end(), [&](const Sheet& known) {
+            return Dot(known.inward, inward) > 1.0 - kCosineTolerance;
+        });
+        if (sheet == m_sheets.end())
+        {
+            sheet = m_sheets.insert(sheet, {inward, false, false});
+        }
+        (side->rising ? sheet->hasRising : sheet->hasFalling) = true;
+    }
 }
 
 std::array<double, 3> EdgeFinder::Inward(const Side& side) const
@@ -219,7 +232,8 @@ void EdgeFinder::SplitOpenSides()
         {
             m_origins.push_back({static_cast<std::uint32_t>(open), start, hit.point});
             const auto [low, high] = std::minmax(start, hit.point);
-            m_pieces.push_back({low, high, side.face, static_cast<std::uint32_t>(m_origins.size())});
+            const bool rising = side.rising == (start < hit.point);
+            m_pieces.push_back({low, high, side.face, static_cast<std::uint32_t>(m_origins.size()), rising});
             start = hit.point;
         }
     }
@@ -229,19 +243,19 @@ void EdgeFinder::JudgePieces()
 {
     std::sort(m_pieces.begin(), m_pieces.end(), ComesFirst<Side>);
     std::vector<bool> kept(m_origins.size(), false);
-    ForEachGroup(m_pieces.begin(), m_pieces.end(), [&](auto first, auto last) {
-        kept[first->order - 1] = IsFeature(first, last) && !IsEmitted(*first);
+    ForEachGroup(m_pieces, [&](const Side* first, const Side* last) {
+        kept[first->order - 1] = Judge(first, last) != Meeting::Smooth && !IsEmitted(*first);
     });
     EmitPieces(kept);
 }
 
-bool EdgeFinder::IsEmitted(const Side& piece) const
+bool EdgeFinder::IsEmitted(const Side& piece)
 {
     const auto [first, last] =
         std::equal_range(m_sides.begin(), m_sides.end(), piece, [](const Side& a, const Side& b) {
             return std::tie(a.low, a.high) < std::tie(b.low, b.high);
         });
-    return last - first > 1 && IsFeature(first, last);
+    return first != last && Judge(&*first, &*first + (last - first)) == Meeting::Sharp;
 }
 
 void EdgeFinder::EmitPieces(const std::vector<bool>& kept)

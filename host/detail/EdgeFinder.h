@@ -25,7 +25,8 @@ private:
         std::uint32_t low; ///< the smaller of the two
         std::uint32_t high;
         std::uint32_t face;
-        std::uint32_t order; ///< among the pieces; they follow one another along each side
+        std::uint32_t order; ///< among the pieces, from 1; they follow one another along each side
+        bool rising;         ///< whether the face is wound from low to high here
     };
 
     /// What a piece belongs to.
@@ -43,12 +44,27 @@ private:
     void JudgePieces();
     void EmitPieces(const std::vector<bool>& kept);
 
-    /// Whether faces that meet along their sides make an edge that is seen.
-    template <class Iterator>
-    bool IsFeature(Iterator first, Iterator last) const;
+    /// How faces meet along their sides.
+    enum class Meeting
+    {
+        Open,   ///< they lie to one side only
+        Smooth, ///< they go straight on
+        Sharp,
+    };
+
+    /// Faces at one side of an edge that lie on each other.
+    struct Sheet
+    {
+        std::array<double, 3> inward;
+        bool hasRising;
+        bool hasFalling;
+    };
+
+    Meeting Judge(const Side* first, const Side* last);
+    void CollectSheets(const Side* first, const Side* last);
 
     /// Whether an edge between two points has been found already as that of several faces.
-    bool IsEmitted(const Side& piece) const;
+    bool IsEmitted(const Side& piece);
 
     /// Unit direction in the plane of a face, away from one of its sides.
     std::array<double, 3> Inward(const Side& side) const;
@@ -62,6 +78,7 @@ private:
     std::vector<Side> m_open;
     std::vector<Side> m_pieces;
     std::vector<PieceOrigin> m_origins;
+    std::vector<Sheet> m_sheets;
     std::vector<FeatureEdge> m_found;
 };
 

@@ -70,11 +70,19 @@ void applyOffset(inout vec4 start, inout vec4 end)
     }
 }
 
-// Ends that fall together have no direction, and a ribbon without one covers nothing.
 vec2 unitOrZero(vec2 v)
 {
     float size = length(v);
     return size > 0.0 ? v / size : vec2(0.0);
+}
+
+// Of a segment in normalised device coordinates. Ends closer together than rasterising can tell
+// have none, and a ribbon without a direction covers nothing: with one it would be a spot whose
+// slope in depth, and so its polygon offset, is without bounds.
+vec2 direction(vec2 segment)
+{
+    vec2 pixels = segment / (2.0 * u_invViewDims);
+    return length(pixels) < 1.0 / 64.0 ? vec2(0.0) : unitOrZero(segment);
 }
 
 vec2 toScreen(vec4 clip)
@@ -95,7 +103,7 @@ void main()
     vec4 nearPlane = vec4(0.0, 0.0, 1.0, 1.0);
     clipSegmentToPlane(start, end, nearPlane);
 
-    vec2 ndcSlope = unitOrZero(end.xy / end.w - start.xy / start.w);
+    vec2 ndcSlope = direction(end.xy / end.w - start.xy / start.w);
     ndcSlope = vec2(ndcSlope.y, -ndcSlope.x);
     vec2 ndcOffset = dir * (u_width * 2.0 * u_invViewDims) * ndcSlope;
 

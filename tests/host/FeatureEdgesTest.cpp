@@ -282,6 +282,29 @@ TEST(FeatureEdges, WhereThreeFacesMeetThereIsAnEdge)
     EXPECT_EQ(EdgesOf(triangles, 80.0f).count(kFoldLine), 1u);
 }
 
+TEST(FeatureEdges, WhereSolidsTouchTheirCommonWallIsNotSeen)
+{
+    std::vector<Triangle> triangles = Box(2.0f, 3.0f, 4.0f);
+    for (Triangle triangle : Box(2.0f, 3.0f, 4.0f))
+    {
+        for (Vector& corner : triangle)
+        {
+            corner.x += 2.0f;
+        }
+        triangles.push_back(triangle);
+    }
+    // Those of a box of double length, each of its long edges in two.
+    EXPECT_EQ(EdgesOf(triangles).size(), 16u);
+    // However the walls are divided into triangles.
+    const Vector a(2, 0, 0);
+    const Vector b(2, 3, 0);
+    const Vector c(2, 3, 4);
+    const Vector d(2, 0, 4);
+    triangles[10] = {a, b, d};
+    triangles[11] = {b, c, d};
+    EXPECT_EQ(EdgesOf(triangles).size(), 16u);
+}
+
 TEST(FeatureEdges, AFaceFoldedOntoItselfShowsItsFold)
 {
     std::vector<Triangle> triangles = {{Vector(0, 0, 0), Vector(0, 1, 0), Vector(1, 0, 0)},
