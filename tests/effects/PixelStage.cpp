@@ -69,6 +69,11 @@ std::shared_ptr<RawMesh> MakeGeometry(const Quad& quad)
 
 } // namespace
 
+glm::vec3 WorldAtCorner(int x, int y, float z)
+{
+    return {ToWorld(static_cast<float>(x), z), ToWorld(static_cast<float>(y), z), z};
+}
+
 void PassRenderer::DrawPass(Scene& scene, RenderPass pass, bool clip)
 {
     CameraNode* camera = scene.GetCameraNode();

@@ -33,7 +33,14 @@ public:
     using Renderer20::Renderer20;
 
     void DrawPass(Scene& scene, RenderPass pass, bool clip);
+
+    /// The effects that the materials share.
+    EffectCache& Effects() { return effectCache; }
 };
+
+/// The point of a plane in world space that the lower left corner of a pixel shows to the camera
+/// of a PixelStage.
+glm::vec3 WorldAtCorner(int x, int y, float z);
 
 /// A rectangle that faces the camera, or shows it its back.
 struct Quad

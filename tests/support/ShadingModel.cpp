@@ -26,8 +26,14 @@ bool IsOpaque(const glm::vec4& color)
     return color.a > 0.999f;
 }
 
-/// What comes last in both passes.
-glm::vec4 Finish(const Fragment& fragment, glm::vec4 color)
+bool ShowsBack(const Fragment& fragment)
+{
+    return fragment.frontFacing == fragment.mirrored;
+}
+
+} // namespace
+
+glm::vec4 FogAndStipple(const Fragment& fragment, glm::vec4 color)
 {
     if (fragment.fog)
     {
@@ -46,13 +52,6 @@ glm::vec4 Finish(const Fragment& fragment, glm::vec4 color)
     }
     return color;
 }
-
-bool ShowsBack(const Fragment& fragment)
-{
-    return fragment.frontFacing == fragment.mirrored;
-}
-
-} // namespace
 
 glm::vec4 ShadeBasic(const Fragment& fragment)
 {
@@ -74,7 +73,7 @@ glm::vec4 ShadeBasic(const Fragment& fragment)
             color = *fragment.poche;
         }
     }
-    return Finish(fragment, color);
+    return FogAndStipple(fragment, color);
 }
 
 glm::vec4 ShadeAmbientPass(const Fragment& fragment, const glm::vec4& poche, float shadow)
@@ -91,7 +90,7 @@ glm::vec4 ShadeAmbientPass(const Fragment& fragment, const glm::vec4& poche, flo
             color = poche;
         }
     }
-    color = Finish(fragment, color);
+    color = FogAndStipple(fragment, color);
     return {(1.0f - shadow) * glm::vec3(color), color.a};
 }
 

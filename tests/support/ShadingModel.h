@@ -53,6 +53,10 @@ glm::vec4 ShadeBasic(const Fragment& fragment);
 /// @param shadow how much of the light a shadow takes; 0 without shadow.
 glm::vec4 ShadeAmbientPass(const Fragment& fragment, const glm::vec4& poche, float shadow);
 
+/// What fog and stippling, where there are any, make of a colour; the last step of the material
+/// passes.
+glm::vec4 FogAndStipple(const Fragment& fragment, glm::vec4 color);
+
 /// The light at a vertex.
 /// @param towardsLight unit, in world space.
 float LightAtVertex(const glm::vec3& normal, const glm::mat3& normalMatrix, const glm::vec3& towardsLight,

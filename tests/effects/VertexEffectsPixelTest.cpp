@@ -1,0 +1,334 @@
+#include "tests/effects/SurfaceStage.h"
+
+#include "orvane/renderdata/MaterialES20.h"
+#include "orvane/renderdata/MeshES20.h"
+#include "orvane/scene/LightNode.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/MeshNode.h"
+#include "orvane/scene/SimMaterial.h"
+#include "tests/support/SketchModel.h"
+
+#include <glm/geometric.hpp>
+
+#include <algorithm>
+
+namespace OV::Test
+{
+
+namespace
+{
+
+using glm::vec3;
+using glm::vec4;
+
+constexpr PixelRect kLeft{8, 40, 48, 48};
+constexpr PixelRect kRight{72, 40, 48, 48};
+
+class VertexColorPixels : public SurfaceStage
+{
+protected:
+    static Surface Coloured(const PixelRect& rect)
+    {
+        Surface surface;
+        surface.rect = rect;
+        surface.hasColors = true;
+        surface.colors = {vec4(1, 0, 0, 1), vec4(0, 1, 0, 0.5f), vec4(0, 0, 1, 0.25f), vec4(1, 1, 0, 0.75f)};
+        return surface;
+    }
+};
+
+} // namespace
+
+TEST_F(VertexColorPixels, SurfacesAtRandomShowTheirColoursInTheLightOfTheCamera)
+{
+    constexpr int scenes = 24;
+    constexpr int points = 60;
+    std::mt19937 random(3);
+    int compared = 0;
+    for (int i = 0; i < scenes; ++i)
+    {
+        SCOPED_TRACE(i);
+        Surface surface = Coloured({8, 8, 112, 112});
+        for (std::size_t corner = 0; corner < 4; ++corner)
+        {
+            surface.colors[corner] = RandomColor(random, 0.0f, 1.0f);
+            surface.normals[corner] = glm::normalize(RandomVec3(random, -1.0f, 1.0f));
+        }
+        surface.z = RandomIn(random, -3.0f, 2.0f);
+        surface.scale = vec3(RandomIn(random, 0.5f, 2.0f));
+        surface.offset = RandomVec3(random, -1.0f, 1.0f);
+        Material& material = AddMaterial(vec4(0.2f, 0.3f, 0.4f, 0.5f), vec4(1.0f));
+        const bool unlit = RandomIn(random, 0.0f, 1.0f) < 0.3f;
+        if (unlit)
+        {
+            material.SetFlags(MaterialFlagUnlit);
+        }
+        MeshNode& node = AddSurface(material, surface);
+        ClipModel clip;
+        EffectES20::ClearClipPlanes();
+        for (int plane = 0; plane < i % 3; ++plane)
+        {
+            clip.planes.emplace_back(RandomVec3(random, -1.0f, 1.0f), RandomVec3(random, -2.0f, 2.0f));
+            EffectES20::AddClipPlane(clip.planes.back().first, clip.planes.back().second);
+        }
+        clip.outlineSize = RandomIn(random, 0.1f, 0.8f);
+        clip.outlineColor = RandomColor(random, 0.0f, 1.0f);
+        EffectES20::SetClipPlaneOutlineSize(clip.outlineSize);
+        EffectES20::SetClipPlaneOutlineColor(clip.outlineColor);
+        std::array<vec4, 4> shaded;
+        for (std::size_t corner = 0; corner < 4; ++corner)
+        {
+            // The camera looks down -Z, so that its axis is that of the world.
+            const float factor = unlit ? 1.0f : std::max(surface.normals[corner].z, 0.0f);
+            shaded[corner] = vec4(factor * vec3(surface.colors[corner]), surface.colors[corner].a);
+        }
+        const Picture picture = DrawPass(RenderPassVertexColor);
+        compared += ExpectAtRandom(picture, surface.rect, points, random, [&](int x, int y) -> std::optional<vec4> {
+            const std::optional<vec4> weights = surface.Weights(x, y);
+            switch (clip.At(WorldAt(x, y, surface.z)))
+            {
+            case ClipModel::Place::Cut:
+                return Background;
+            case ClipModel::Place::Outline:
+                return clip.outlineColor;
+            case ClipModel::Place::Unsure:
+                return std::nullopt;
+            case ClipModel::Place::Kept:
+                break;
+            }
+            return weights ? std::optional<vec4>(Surface::Blend(shaded, *weights)) : std::nullopt;
+        });
+        scene.DeleteSubtree(&node);
+        delete &material;
+    }
+    EXPECT_GT(compared, scenes * points * 3 / 4);
+}
+
+TEST_F(VertexColorPixels, InTheOutlineOfOnePlaneAndOutsideAnotherAFragmentIsDiscarded)
+{
+    const vec4 outline(0.2f, 0.8f, 0.6f, 1.0f);
+    EffectES20::SetClipPlaneOutlineColor(outline);
+    EffectES20::SetClipPlaneOutlineSize(1.0f);
+    EffectES20::AddClipPlane(vec3(1, 0, 0), vec3(1, 0, 0));
+    EffectES20::AddClipPlane(vec3(0, 1, 0), vec3(0, 0, 0));
+    AddSurface(AddMaterial(vec4(1.0f), vec4(1.0f)), Coloured({8, 8, 112, 112}));
+    const Picture picture = DrawPass(RenderPassVertexColor);
+    EXPECT_EQ(picture.At(70, 20), ToPixel(outline));
+    EXPECT_EQ(picture.At(70, 100), ToPixel(Background));
+    EXPECT_EQ(picture.At(100, 20), ToPixel(Background));
+}
+
+TEST_F(VertexColorPixels, TheLightFollowsTheCameraAndNotTheScene)
+{
+    Surface surface = Coloured(kLeft);
+    surface.colors = {vec4(1.0f), vec4(1.0f), vec4(1.0f), vec4(1.0f)};
+    Material& material = AddMaterial(vec4(1.0f), vec4(1.0f));
+    AddSurface(material, surface);
+    AddLight(vec3(0, 0, 1)).SetColor(0, 0, 0); // from behind, and black: not read
+    ExpectShade(DrawPass(RenderPassVertexColor), kLeft, vec4(1.0f));
+}
+
+namespace
+{
+
+class WeightedAverageSecondPassPixels : public SurfaceStage
+{
+};
+
+} // namespace
+
+TEST_F(WeightedAverageSecondPassPixels, EveryLayerAddsWhite)
+{
+    Surface surface;
+    surface.rect = kLeft;
+    AddSurface(AddMaterial(vec4(0.1f, 0.2f, 0.3f, 0.4f), vec4(0.0f)), surface);
+    const Picture picture = DrawPass(RenderPassWeightedAverage);
+    ExpectShade(picture, kLeft, vec4(1.0f));
+    ExpectShade(picture, kRight, Background);
+}
+
+namespace
+{
+
+class ScalarPixels : public SurfaceStage
+{
+protected:
+    SimMaterial& AddSim(const ScalarLook& look)
+    {
+        auto* material = new SimMaterial("scalar");
+        material->rangeLower = look.lower;
+        material->rangeUpper = look.upper;
+        scene.AddMaterial(material);
+        return *material;
+    }
+
+    /// Lets the effect read the scalar of each vertex from its position: x in object space. The
+    /// packer makes no stream of scalars, a host that has one fills it in.
+    static void ReadScalarFromX(MeshNode& node)
+    {
+        auto* data = static_cast<MeshES20*>(node.GetMeshes().front()->GetRenderData());
+        data->scalarOffset = data->positionOffset;
+    }
+
+    static void ReadScalarFromNormal(MeshNode& node)
+    {
+        auto* data = static_cast<MeshES20*>(node.GetMeshes().front()->GetRenderData());
+        data->scalarOffset = data->normalOffset;
+    }
+
+    /// A surface over which x in object space runs from one number to another.
+    static Surface Ramp(float from, float to)
+    {
+        Surface surface;
+        const float left = surface.World(0).x;
+        const float right = surface.World(1).x;
+        surface.scale.x = (right - left) / (to - from);
+        surface.offset.x = left - from * surface.scale.x;
+        return surface;
+    }
+
+    static float ScalarAt(const Surface& surface, int x)
+    {
+        return (WorldAt(x, 0, surface.z).x - surface.offset.x) / surface.scale.x;
+    }
+};
+
+} // namespace
+
+TEST_F(ScalarPixels, TheRampHasItsStopsAtTheQuarters)
+{
+    EXPECT_EQ(ScalarRamp(-1.0f), vec3(0, 0, 1));
+    EXPECT_EQ(ScalarRamp(0.125f), vec3(0, 0.5f, 1));
+    EXPECT_EQ(ScalarRamp(0.375f), vec3(0, 1, 0.5f));
+    EXPECT_EQ(ScalarRamp(0.625f), vec3(0.5f, 1, 0));
+    EXPECT_EQ(ScalarRamp(0.875f), vec3(1, 0.5f, 0));
+    const std::pair<float, vec3> stops[] = {{-3.0f, {0, 0, 1}}, {0.0f, {0, 0, 1}}, {0.25f, {0, 1, 1}},
+                                            {0.5f, {0, 1, 0}},  {0.75f, {1, 1, 0}}, {1.0f, {1, 0, 0}},
+                                            {3.0f, {1, 0, 0}}};
+    for (const auto& [value, color] : stops)
+    {
+        ScalarLook look{-10.0f, 10.0f, nullptr};
+        SimMaterial& material = AddSim(look);
+        material.SetFlags(MaterialFlagUnlit);
+        Surface surface;
+        surface.normals.fill(vec3(value, 0, 0));
+        MeshNode& node = AddSurface(material, surface);
+        DrawFrame();
+        ReadScalarFromNormal(node);
+        ExpectShade(DrawFrame(), surface.rect, vec4(color, 1.0f));
+        scene.DeleteSubtree(&node);
+        delete &material;
+    }
+}
+
+TEST_F(ScalarPixels, NumbersAtRandomShowByTheRampOrTheTextureWithinTheRange)
+{
+    constexpr int scenes = 24;
+    constexpr int points = 60;
+    std::mt19937 random(17);
+    const Texels ramp = Texels::Random(random, 7, 1, vec4(0.0f), vec4(1.0f));
+    int compared = 0;
+    for (int i = 0; i < scenes; ++i)
+    {
+        SCOPED_TRACE(i);
+        ScalarLook look;
+        look.lower = RandomIn(random, -0.3f, 0.5f);
+        look.upper = RandomIn(random, 0.3f, 1.3f);
+        SimMaterial& material = AddSim(look);
+        const bool unlit = RandomBool(random);
+        if (unlit)
+        {
+            material.SetFlags(MaterialFlagUnlit);
+        }
+        Surface surface = Ramp(-0.4f, 1.4f);
+        for (vec3& normal : surface.normals)
+        {
+            normal = glm::normalize(RandomVec3(random, -1.0f, 1.0f));
+        }
+        // Without normals the light would have nothing to fall on.
+        MeshNode& node = AddSurface(material, surface);
+        DrawFrame();
+        ReadScalarFromX(node);
+        const bool textured = i % 3 == 2;
+        if (textured)
+        {
+            static_cast<MaterialES20*>(material.GetRenderData())->textureId = PictureLoader::MakeTexture(ramp);
+            look.texture = &ramp;
+        }
+        std::array<float, 4> factors;
+        for (std::size_t corner = 0; corner < 4; ++corner)
+        {
+            // The scale along x is taken out of the matrix, not turned into the normals.
+            factors[corner] = unlit ? 1.0f : std::max(surface.normals[corner].z, 0.0f);
+        }
+        const Picture picture = DrawFrame();
+        compared += ExpectAtRandom(picture, surface.rect, points, random, [&](int x, int y) -> std::optional<vec4> {
+            const std::optional<vec4> weights = surface.Weights(x, y);
+            if (!weights)
+            {
+                return std::nullopt;
+            }
+            const std::optional<vec4> color =
+                ShadeScalar(look, ScalarAt(surface, x), Surface::Blend(factors, *weights));
+            return color && textured ? BlendOver(*color, Background) : color;
+        });
+        scene.DeleteSubtree(&node);
+        delete &material;
+    }
+    EXPECT_GT(compared, scenes * points / 2);
+}
+
+TEST_F(ScalarPixels, ARangeThatIsUnsetEmptyOrReversedShowsGreyAtHalfAlpha)
+{
+    const ScalarLook looks[] = {{}, {0.5f, 0.5f, nullptr}, {0.8f, 0.2f, nullptr}};
+    for (const ScalarLook& look : looks)
+    {
+        SimMaterial& material = AddSim(look);
+        material.SetFlags(MaterialFlagUnlit);
+        const Surface surface = Ramp(0.0f, 1.0f);
+        MeshNode& node = AddSurface(material, surface);
+        DrawFrame();
+        ReadScalarFromX(node);
+        // Blending is off, so that the half reaches the alpha of the picture.
+        ExpectShade(DrawFrame(), surface.rect, vec4(0.75f, 0.75f, 0.75f, 0.5f));
+        scene.DeleteSubtree(&node);
+        delete &material;
+    }
+}
+
+TEST_F(ScalarPixels, TheEndsOfTheRangeBelongToIt)
+{
+    for (const float value : {0.25f, 0.75f})
+    {
+        SimMaterial& material = AddSim({0.25f, 0.75f, nullptr});
+        material.SetFlags(MaterialFlagUnlit);
+        Surface surface;
+        surface.normals.fill(vec3(value, 0, 0));
+        MeshNode& node = AddSurface(material, surface);
+        DrawFrame();
+        ReadScalarFromNormal(node);
+        ExpectShade(DrawFrame(), surface.rect, vec4(ScalarRamp(value), 1.0f));
+        scene.DeleteSubtree(&node);
+        delete &material;
+    }
+}
+
+TEST_F(ScalarPixels, ASeeThroughMaterialIsBlendedAndTheNextOneIsNot)
+{
+    SimMaterial& glass = AddSim({});
+    SimMaterial& solid = AddSim({});
+    Surface surface;
+    surface.rect = kLeft;
+    glass.SetFlags(MaterialFlagUnlit);
+    solid.SetFlags(MaterialFlagUnlit);
+    glass.SetOpacity(0.9f);
+    AddSurface(glass, surface);
+    surface.rect = kRight;
+    AddSurface(solid, surface);
+    const Picture picture = DrawFrame();
+    ExpectShade(picture, kLeft, BlendOver(vec4(0.75f, 0.75f, 0.75f, 0.5f), Background));
+    ExpectShade(picture, kRight, vec4(0.75f, 0.75f, 0.75f, 0.5f));
+}
+
+} // namespace OV::Test
