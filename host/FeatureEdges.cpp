@@ -25,6 +25,10 @@ constexpr std::size_t kMostSegments = 65536 / 4 / 2;
 /// Units of depth that faces are moved besides: what the rounding of a depth may differ by.
 constexpr float kDepthUnits = 4.0f;
 
+/// To make more room, in pixels, would let lines through that lie close behind a face, rafters
+/// below a roof for instance. Lines that are wider are narrowed in inner corners.
+constexpr float kMostReach = 1.0f;
+
 /// The lines of one geometry.
 struct SharedLines
 {
@@ -143,7 +147,7 @@ void FeatureEdges::MakeRoom(Scene& scene, float lineWidth)
     // The slope of a polygon offset is the larger one along the axes of the picture, which is up
     // to this much less than that across a line.
     constexpr float diagonal = 1.4143f;
-    const float reach = lineWidth / 2.0f;
+    const float reach = std::min(lineWidth / 2.0f, kMostReach);
     for (const auto* list : {&scene.GetOptimizedMaterials(), &scene.GetAlphaMaterials()})
     {
         for (Material* material : *list)

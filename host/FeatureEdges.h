@@ -52,8 +52,8 @@ public:
     static std::size_t AddTo(Scene& scene, LineStyle& style, float creaseDegrees = UsualCrease);
 
     /// Moves the faces of a scene back, as far as their slope makes up for half the width of a
-    /// line, so that lines on them are seen whole at any view. What lies behind a face by more
-    /// than its slope over that width stays hidden.
+    /// line but for one pixel at most, so that lines on them are seen at any view. What lies
+    /// behind a face by more than its slope over that much stays hidden.
     /// @param lineWidth in pixels, of a line in all.
     static void MakeRoom(Scene& scene, float lineWidth);
 };
