@@ -42,7 +42,8 @@ TEST_F(RenderUsage, HelpNamesEveryOptionAndNeedsNoGL)
         EXPECT_NE(result.output.find("Usage: orvane-render [options] MODEL -o OUT.png"), std::string::npos);
         for (const char* option :
              {"--output", "--size", "--samples", "--view", "--eye", "--target", "--up", "--fov", "--ortho",
-              "--background", "--sky", "--fog", "--no-cull", "--stats", "--frames", "--list-formats", "--version",
+              "--background", "--sky", "--fog", "--no-cull", "--lines", "--crease", "--line-width", "--line-color", "--dash",
+              "--line-offset", "--stats", "--frames", "--list-formats", "--version",
               "--help", "iso, front, back, left, right, top", "0 done, 1 failed, 2 wrong usage"})
         {
             EXPECT_NE(result.output.find(option), std::string::npos) << option;
