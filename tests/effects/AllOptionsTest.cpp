@@ -9,6 +9,7 @@
 #include "orvane/effects/shaders/BasicMaterialEffectES20.vert.h"
 #include "orvane/effects/shaders/SkyEffectES20.frag.h"
 #include "orvane/effects/shaders/SkyEffectES20.vert.h"
+#include "orvane/platform/detail/EntryPoints.h"
 #include "tests/support/GLFixture.h"
 
 #include <GL/glew.h>
@@ -149,6 +150,9 @@ constexpr char kEsPrelude[] = "#version 100\n"
 
 class AllOptions : public GLFixture
 {
+protected:
+    // These tests call GL themselves, before the engine has had a reason to load it.
+    void SetUp() override { ASSERT_TRUE(Platform::LoadEntryPoints()); }
 };
 
 TEST_F(AllOptions, EveryMaskCompilesAndLinksInSilence)

@@ -3,6 +3,7 @@
 #include "orvane/effects/SolidLineEffectES20.h"
 #include "orvane/effects/shaders/SolidLineEffectES20.frag.h"
 #include "orvane/effects/shaders/SolidLineEffectES20.vert.h"
+#include "orvane/platform/detail/EntryPoints.h"
 #include "tests/support/GLFixture.h"
 
 #include <GL/glew.h>
@@ -106,6 +107,9 @@ constexpr char kEsPrelude[] = "#version 100\n"
 
 class SolidLineOptions : public GLFixture
 {
+protected:
+    // These tests call GL themselves, before the engine has had a reason to load it.
+    void SetUp() override { ASSERT_TRUE(Platform::LoadEntryPoints()); }
 };
 
 } // namespace
