@@ -120,6 +120,7 @@ bool RenderTarget::InitializeBuffers()
     }
     const unsigned int boundFramebuffer = CurrentBinding(GL_FRAMEBUFFER_BINDING);
     const unsigned int boundRenderbuffer = CurrentBinding(GL_RENDERBUFFER_BINDING);
+    // A running capture has saved what its end gives back; it goes on in the new buffers.
     if (!capturing)
     {
         savedFramebuffer = boundFramebuffer;

@@ -149,9 +149,13 @@ void Renderer20::ApplyCapture()
 
 void Renderer20::DrawScreenMesh()
 {
-    if (auto* effect = dynamic_cast<BaseAAES20*>(screenEffect))
+    // A subclass may draw with an effect of another kind, which is not told the size.
+    if (auto* sized = dynamic_cast<BaseAAES20*>(screenEffect))
     {
-        effect->SetDimensions(width, height);
+        sized->SetDimensions(width, height);
+    }
+    if (auto* effect = dynamic_cast<MaterialEffectES20*>(screenEffect))
+    {
         effect->Apply(nullptr, nullptr);
     }
     screenMeshData->Render(screenEffect, screenMesh->GetNodes(), false);

@@ -1,3 +1,5 @@
+#include "orvane/effects/AAEffectES20.h"
+#include "orvane/effects/FXAAEffectES20.h"
 #include "orvane/engine/AppContext.h"
 #include "orvane/engine/CoreContext.h"
 #include "orvane/engine/RenderCapabilities.h"
@@ -53,6 +55,32 @@ public:
         UseScreenEffect(effect);
         return effect;
     }
+};
+
+/// Screen effect that notes what it is told, in words.
+class TellingScreenEffect : public BaseAAES20
+{
+public:
+    explicit TellingScreenEffect(Names& log) : BaseAAES20(nullptr), m_log(log) {}
+
+    void SetDimensions(int newWidth, int newHeight) override
+    {
+        m_log.push_back("size " + std::to_string(newWidth) + " " + std::to_string(newHeight));
+        BaseAAES20::SetDimensions(newWidth, newHeight);
+    }
+
+    void Apply(MaterialES20* material, CameraNodeES20* camera) override
+    {
+        m_log.push_back(material || camera ? "apply to something" : "apply");
+    }
+
+    void BindMeshUniforms(MeshNode*) override
+    {
+        m_log.push_back("draw " + std::to_string(width) + " " + std::to_string(height));
+    }
+
+private:
+    Names& m_log;
 };
 
 class Renderer20CaptureTest : public ::testing::Test
@@ -371,6 +399,58 @@ TEST_F(Renderer20CaptureTest, WithoutBuffersOnlyTheScreenIsBound)
     recorder.Clear();
     renderer.ApplyCapture();
     EXPECT_EQ(recorder.Strings(), screenOnly);
+}
+
+TEST_F(Renderer20CaptureTest, TheEffectIsToldTheSizeOfTheScreenBeforeItIsApplied)
+{
+    Names log;
+    renderer.BeginCapture();
+    renderer.UseScreenEffect(new TellingScreenEffect(log));
+    renderer.Resize(300, 200);
+    renderer.ApplyCapture();
+    EXPECT_EQ(log, (Names{"size 300 200", "apply", "draw 300 200"}));
+}
+
+TEST_F(Renderer20CaptureTest, EachModeHasItsEffectWhichAModeChangeSwaps)
+{
+    renderer.BeginCapture();
+    EXPECT_NE(dynamic_cast<AAEffectES20*>(renderer.screenEffect), nullptr);
+    EXPECT_EQ(renderer.screenEffect->GetReferenceCount(), 1);
+    EXPECT_EQ(renderer.screenEffect->GetCache(), &renderer.effectCache);
+    Mesh* quad = renderer.screenMesh;
+
+    renderer.SetAAMode(AAModeFXAA);
+    EXPECT_NE(dynamic_cast<FXAAEffectES20*>(renderer.screenEffect), nullptr);
+    EXPECT_EQ(renderer.screenEffect->GetReferenceCount(), 1);
+    EXPECT_EQ(recorder.Live(GLObjectKind::Program).size(), 1u) << "the old effect is gone";
+    EXPECT_EQ(renderer.offscreenFramebuffer, 0u);
+    EXPECT_EQ(renderer.screenMesh, quad);
+
+    renderer.SetAAMode(AAModeSupersampling);
+    EXPECT_NE(dynamic_cast<AAEffectES20*>(renderer.screenEffect), nullptr);
+    EXPECT_EQ(recorder.Live(GLObjectKind::Program).size(), 1u);
+    renderer.BeginCapture();
+    EXPECT_EQ(renderer.offscreenWidth, 200);
+    EXPECT_EQ(renderer.offscreenHeight, 100);
+
+    OpenRenderer20 fresh(nullptr, nullptr);
+    fresh.Resize(10, 10);
+    fresh.SetAAMode(AAModeFXAA);
+    EXPECT_EQ(fresh.screenEffect, nullptr) << "not before there is a quad";
+    fresh.BeginCapture();
+    EXPECT_NE(dynamic_cast<FXAAEffectES20*>(fresh.screenEffect), nullptr);
+}
+
+TEST_F(Renderer20CaptureTest, ACaptureDrawnWithFxaaTellsTheProgramTheSizeOfTheScreen)
+{
+    renderer.SetAAMode(AAModeFXAA);
+    renderer.BeginCapture();
+    recorder.Clear();
+    renderer.ApplyCapture();
+    EXPECT_EQ(recorder.Uniform("u_width"), std::vector<float>{100.0f});
+    EXPECT_EQ(recorder.Uniform("u_height"), std::vector<float>{50.0f});
+    EXPECT_LT(recorder.IndexOf("glUseProgram"), recorder.IndexOf("glUniform1f"));
+    EXPECT_EQ(recorder.Count("glDrawElements"), 1u);
 }
 
 TEST_F(Renderer20CaptureTest, WithoutAnEffectNothingIsDrawn)

@@ -19,52 +19,6 @@ namespace OV::Test
 namespace
 {
 
-constexpr const char* kCopyVertex = R"GLSL(
-attribute vec3 a_position;
-varying vec2 v_fragCoord;
-
-void main()
-{
-    gl_Position = vec4(a_position, 1.0);
-    v_fragCoord = a_position.xy * 0.5 + 0.5;
-}
-)GLSL";
-
-constexpr const char* kCopyFragment = R"GLSL(
-uniform sampler2D u_texture0;
-varying vec2 v_fragCoord;
-
-void main()
-{
-    gl_FragColor = vec4(texture2D(u_texture0, v_fragCoord).rgb, 1.0);
-}
-)GLSL";
-
-constexpr IndexedName kCopyAttributes[] = {{0, "a_position"}};
-
-/// Draws the texture of unit 0 over the whole screen.
-class CopyEffect : public MaterialEffectES20
-{
-public:
-    CopyEffect() : MaterialEffectES20(nullptr)
-    {
-        LinkFixedProgram("Copy", kCopyVertex, kCopyFragment, kCopyAttributes);
-    }
-
-    void Apply(MaterialES20*, CameraNodeES20*) override { glUseProgram(m_currentProgram); }
-    void Remove() override {}
-
-    void BindMeshAttributes(MeshES20* mesh) override
-    {
-        const auto offset = static_cast<std::intptr_t>(mesh->GetPositionOffset());
-        glVertexAttribPointer(0, 3, GL_FLOAT, GL_FALSE, mesh->GetStride(), reinterpret_cast<const void*>(offset));
-        glEnableVertexAttribArray(0);
-    }
-
-    void ReleaseMeshAttributes(MeshES20*) override { glDisableVertexAttribArray(0); }
-    void BindMeshUniforms(MeshNode*) override {}
-};
-
 /// An orthographic scene in which a world unit is a pixel and the origin is the middle of the
 /// picture. Everything is unlit, so that colours are exact.
 class Renderer20PictureTest : public GLFixture
@@ -328,7 +282,6 @@ TEST_F(Renderer20PictureTest, TheCaptureIsCompleteAndShowsTheSamePicture)
 
     renderer->SetupAntialiasBuffers();
     renderer->CreateScreenMesh();
-    renderer->UseScreenEffect(new CopyEffect);
     glBindFramebuffer(GL_FRAMEBUFFER, renderer->offscreenFramebuffer);
     EXPECT_EQ(glCheckFramebufferStatus(GL_FRAMEBUFFER), static_cast<unsigned>(GL_FRAMEBUFFER_COMPLETE));
     glBindFramebuffer(GL_FRAMEBUFFER, renderer->onScreenFramebuffer);
@@ -356,7 +309,6 @@ TEST_F(Renderer20PictureTest, TenSuspensionsOfACaptureLeaveNoObjectAndRepeatTheP
     {
         renderer->BeginCapture();
         renderer->ApplyCapture();
-        renderer->UseScreenEffect(new CopyEffect);
         EXPECT_EQ(Frame(true), direct) << "round " << round;
         context->Suspend(renderer.get());
         GLState::Unbind();
@@ -372,7 +324,6 @@ TEST_F(Renderer20PictureTest, SupersamplingCapturesAtTwiceTheSize)
     renderer->BeginCapture();
     EXPECT_EQ(renderer->offscreenWidth, 2 * Width());
     EXPECT_EQ(renderer->offscreenHeight, 2 * Height());
-    renderer->UseScreenEffect(new CopyEffect);
     renderer->ApplyCapture();
     const Picture picture = Frame(true);
     ExpectColorInRect(picture, Inset({10, 10, 60, 60}), kRed);

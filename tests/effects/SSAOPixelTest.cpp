@@ -1,0 +1,260 @@
+#include "orvane/effects/SSAOEffectES20.h"
+#include "tests/renderer/OffscreenStage.h"
+
+#include <GL/glew.h>
+#include <glm/common.hpp>
+#include <glm/geometric.hpp>
+#include <glm/vec2.hpp>
+#include <glm/vec3.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <optional>
+
+namespace OV::Test
+{
+
+namespace
+{
+
+constexpr int kSize = GLFixture::DefaultSize;
+
+/// The effect on the CPU, pixel by pixel, in double precision.
+class OcclusionModel
+{
+public:
+    enum Options : unsigned
+    {
+        Mist = 1,
+        Noise = 2,
+    };
+
+    std::vector<float> depths;  ///< as the depth picture holds them, bottom row first
+    double zNear = 1.0;
+    double zFar = 50.0;
+    unsigned options = Mist;
+
+    /// What becomes of a colour at a pixel; none where a sample lies so near to the border of two
+    /// texels of different depth that a rounding decides between them.
+    std::optional<glm::dvec3> Shade(int x, int y, glm::dvec3 color) const
+    {
+        bool uncertain = false;
+        const glm::dvec2 place((x + 0.5) / kSize, (y + 0.5) / kSize);
+        const double depth = Depth(place, uncertain);
+        const glm::dvec2 noise = Rand(place);
+        const glm::dvec2 step = glm::dvec2(1.0 / kSize) / std::clamp(depth, 0.3, 1.0) + noise * (1.0 - noise);
+        double ao = 0.0;
+        double l = 0.0;
+        double z = 1.0 - 1.0 / 32.0;
+        for (int i = 0; i <= 16; ++i)
+        {
+            const double r = std::sqrt(1.0 - z);
+            ao += Sample(place, depth, glm::dvec2(std::cos(l), std::sin(l)) * r * step, uncertain);
+            z -= 1.0 / 16.0;
+            l += 3.1415926 * (3.0 - std::sqrt(5.0));
+        }
+        if (uncertain)
+        {
+            return std::nullopt;
+        }
+        ao = 1.0 - ao / 16.0;
+        if ((options & Mist) != 0)
+        {
+            const double raw = Raw(place, uncertain);
+            const double distance = -zFar * zNear / (raw * (zFar - zNear) - zFar);
+            ao = std::clamp(glm::mix(ao, 1.0, std::clamp((distance - zNear) / zFar, 0.0, 1.0)), 0.0, 1.0);
+        }
+        const double lum = glm::dot(color, glm::dvec3(0.299, 0.587, 0.114));
+        return color * glm::mix(ao, 1.0, lum * 0.5);
+    }
+
+private:
+    double Raw(glm::dvec2 place, bool& uncertain) const
+    {
+        const glm::dvec2 texel = place * double(kSize);
+        const double value = Texel(texel);
+        for (const glm::dvec2 around : {glm::dvec2(1, 0), glm::dvec2(-1, 0), glm::dvec2(0, 1), glm::dvec2(0, -1)})
+        {
+            uncertain = uncertain || std::abs(Linear(Texel(texel + around * 0.002)) - Linear(value)) > 1e-4;
+        }
+        return value;
+    }
+
+    double Texel(glm::dvec2 texel) const
+    {
+        const int x = std::clamp(static_cast<int>(std::floor(texel.x)), 0, kSize - 1);
+        const int y = std::clamp(static_cast<int>(std::floor(texel.y)), 0, kSize - 1);
+        return double(depths[std::size_t(y * kSize + x)]);
+    }
+
+    double Linear(double raw) const { return 2.0 * zNear / (zFar + zNear - raw * (zFar - zNear)); }
+    double Depth(glm::dvec2 place, bool& uncertain) const { return Linear(Raw(place, uncertain)); }
+
+    static double Fract(double value) { return value - std::floor(value); }
+
+    glm::dvec2 Rand(glm::dvec2 place) const
+    {
+        const double s = Fract(1.0 - place.x * kSize / 2.0);
+        const double t = Fract(place.y * kSize / 2.0);
+        return glm::dvec2((s * 0.25 + t * 0.75) * 2.0 - 1.0, (s * 0.75 + t * 0.25) * 2.0 - 1.0) * 0.0002;
+    }
+
+    static double Compare(double first, double second, bool& beyond)
+    {
+        const double diff = (first - second) * 100.0;
+        const double area = diff < 0.3 ? 0.3 : 2.0;
+        beyond = beyond || diff >= 0.3;
+        return std::pow(2.7182, -2.0 * (diff - 0.3) * (diff - 0.3) / (area * area));
+    }
+
+    double Sample(glm::dvec2 place, double depth, glm::dvec2 offset, bool& uncertain) const
+    {
+        const glm::dvec2 reach = offset * (1.0 - depth) * 4.0;
+        bool beyond = false;
+        double result = Compare(depth, Depth(place + reach, uncertain), beyond);
+        if (beyond)
+        {
+            result += (1.0 - result) * Compare(Depth(place - reach, uncertain), depth, beyond);
+        }
+        return result;
+    }
+};
+
+class SSAOPixels : public OffscreenStage
+{
+protected:
+    using DepthFunction = std::function<float(int, int)>;
+
+    SSAOPixels() : effect(Get<SSAOEffectES20>(EffectCache::SSAO))
+    {
+        effect.SetDimensions(kSize, kSize);
+        effect.SetNearFar(1.0f, 50.0f);
+        effect.SetRenderTexture(static_cast<int>(MakeColors(kSize, kSize, ColorAt)));
+    }
+
+    static Pixel ColorAt(int x, int y) { return {40 + x, 220 - y, 30 + (x + y) / 2, 255}; }
+
+    /// Depth of the picture for a distance to the eye.
+    float AtDistance(double distance) const
+    {
+        return static_cast<float>((model.zFar - model.zFar * model.zNear / distance) / (model.zFar - model.zNear));
+    }
+
+    Picture Shaded(const DepthFunction& depth)
+    {
+        const unsigned int texture = MakeDepths(kSize, kSize, depth);
+        effect.SetDepthTexture(static_cast<int>(texture));
+        glBindTexture(GL_TEXTURE_2D, texture);
+        model.depths.resize(std::size_t(kSize) * kSize);
+        glGetTexImage(GL_TEXTURE_2D, 0, GL_DEPTH_COMPONENT, GL_FLOAT, model.depths.data());
+        glBindTexture(GL_TEXTURE_2D, 0);
+        return Draw(effect);
+    }
+
+    /// @param share of the pixels that must be comparable.
+    void ExpectModel(const DepthFunction& depth, double share)
+    {
+        const Picture picture = Shaded(depth);
+        int compared = 0;
+        int worst = 0;
+        int darkened = 0;
+        for (int y = 0; y < kSize; ++y)
+        {
+            for (int x = 0; x < kSize; ++x)
+            {
+                const Pixel ground = ColorAt(x, y);
+                const auto color = model.Shade(x, y, glm::dvec3(ground.r, ground.g, ground.b) / 255.0);
+                if (color)
+                {
+                    ++compared;
+                    const glm::vec3 expected(*color);
+                    const Pixel pixel = ToPixel(expected.r, expected.g, expected.b);
+                    worst = std::max(worst, ChannelDifference(picture.At(x, y), pixel));
+                    darkened += ground.g - pixel.g > 5 ? 1 : 0;
+                }
+            }
+        }
+        EXPECT_LE(worst, 3);
+        EXPECT_GT(compared, share * kSize * kSize);
+        EXPECT_GT(darkened, 0);
+    }
+
+    OcclusionModel model;
+    SSAOEffectES20& effect;
+};
+
+} // namespace
+
+TEST_F(SSAOPixels, APlaneFacingTheEyeFollowsTheModel)
+{
+    ExpectModel([this](int, int) { return AtDistance(5.0); }, 0.99);
+}
+
+TEST_F(SSAOPixels, APlaneSeenAtASlantFollowsTheModel)
+{
+    ExpectModel([this](int x, int y) { return AtDistance(3.0 + 0.02 * x + 0.01 * y); }, 0.3);
+}
+
+TEST_F(SSAOPixels, AStepFollowsTheModel)
+{
+    ExpectModel([this](int x, int) { return AtDistance(x < 64 ? 5.0 : 5.6); }, 0.8);
+}
+
+TEST_F(SSAOPixels, AHighStepFollowsTheModel)
+{
+    ExpectModel([this](int x, int y) { return AtDistance(x + y < 120 ? 4.0 : 20.0); }, 0.8);
+}
+
+TEST_F(SSAOPixels, ACornerFollowsTheModel)
+{
+    ExpectModel([this](int x, int y) { return AtDistance(9.0 - 0.05 * std::max(std::abs(x - 64), std::abs(y - 64))); },
+                0.2);
+}
+
+TEST_F(SSAOPixels, AShapeBeforeTheFarPlaneFollowsTheModel)
+{
+    ExpectModel([this](int x, int y) { return (x - 64) * (x - 64) + (y - 64) * (y - 64) < 900 ? AtDistance(6.0) : 1.0f; },
+                0.8);
+}
+
+TEST_F(SSAOPixels, OtherNearAndFarFollowTheModel)
+{
+    model.zNear = 2.0;
+    model.zFar = 20.0;
+    effect.SetNearFar(2.0f, 20.0f);
+    ExpectModel([this](int x, int) { return AtDistance(x < 64 ? 5.0 : 5.6); }, 0.8);
+}
+
+TEST_F(SSAOPixels, AFarPlaneSamplesItselfAloneAndIsHardlyDimmed)
+{
+    const Picture picture = Shaded([](int, int) { return 1.0f; });
+    // Every sample has the weight of no difference; mist then takes nearly all of it away.
+    const double weight = std::pow(2.7182, -2.0);
+    const double ao = glm::mix(1.0 - 17.0 * weight / 16.0, 1.0, 49.0 / 50.0);
+    for (int i = 0; i < kSize; i += 7)
+    {
+        const Pixel ground = ColorAt(i, i);
+        const double lum = (0.299 * ground.r + 0.587 * ground.g + 0.114 * ground.b) / 255.0;
+        const double factor = glm::mix(ao, 1.0, lum * 0.5);
+        EXPECT_NEAR(picture.At(i, i).g, ground.g * factor, 1.0) << i;
+        EXPECT_GE(picture.At(i, i).g, ground.g - 1);
+        EXPECT_EQ(picture.At(i, i).a, 255);
+    }
+}
+
+TEST_F(SSAOPixels, TheFootOfAStepIsDarkerThanTheOpenGround)
+{
+    const Picture picture = Shaded([this](int x, int) { return AtDistance(x < 64 ? 5.0 : 5.3); });
+    const auto darkening = [&](int x) { return double(picture.At(x, 64).g) / ColorAt(x, 64).g; };
+    EXPECT_LT(darkening(66), darkening(120) - 0.05);
+}
+
+TEST_F(SSAOPixels, ASizeOfZeroDividesByZeroAndDoesNoHarm)
+{
+    effect.SetDimensions(0, 0);
+    Shaded([](int, int) { return 0.5f; });
+    ExpectNoGLError();
+}
+
+} // namespace OV::Test
