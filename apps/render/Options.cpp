@@ -207,6 +207,20 @@ void DefineLineOptions(CLI::App& app, Texts& texts)
         ->option_text("VALUE")->needs(lines)->group(group);
 }
 
+void DefineSheetOptions(CLI::App& app, Options& options)
+{
+    const char* const group = "Sheet";
+    app.add_option("--title", options.title, "Text in the lower right corner")->option_text("TEXT")->group(group);
+    app.add_flag("--scale-bar", options.scaleBar, "Draw a bar of a round length in units of the model, right\n"
+                                                  "at what the eye looks at and everywhere with --ortho")
+        ->group(group);
+    app.add_option("--north", options.north, "Draw an arrow to the north, which is so many degrees\n"
+                                             "clockwise from the top of the picture")
+        ->option_text("DEG")->group(group);
+    app.add_option("--watermark", options.watermark, "Picture in the middle behind the model, in place of --sky")
+        ->option_text("FILE.png")->group(group);
+}
+
 void DefineMeasuringOptions(CLI::App& app, Options& options)
 {
     const char* const group = "Measuring";
@@ -253,6 +267,18 @@ void CheckRanges(const Options& options)
     }
 }
 
+void CheckSheet(const Options& options)
+{
+    if (options.north && !std::isfinite(*options.north))
+    {
+        throw CLI::ValidationError("--north", "an angle is a number of degrees");
+    }
+    if (options.sky && !options.watermark.empty())
+    {
+        throw CLI::ValidationError("--watermark", "the --sky would hide it; leave one of them out");
+    }
+}
+
 void Interpret(const Texts& texts, Options& options)
 {
     if (options.model.empty())
@@ -264,6 +290,7 @@ void Interpret(const Texts& texts, Options& options)
         throw CLI::RequiredError("-o OUT.png");
     }
     CheckRanges(options);
+    CheckSheet(options);
     ParseSize(texts.size, options);
     options.background = ParseColor("--background", texts.background);
     if (!Host::ViewFit::ParseView(texts.view, options.view))
@@ -308,6 +335,7 @@ Command ParseCommandLine(int argc, const char* const* argv)
     DefinePictureOptions(app, command.options, texts);
     DefineViewOptions(app, command.options, texts);
     DefineLineOptions(app, texts);
+    DefineSheetOptions(app, command.options);
     DefineMeasuringOptions(app, command.options);
     app.footer("The view is from the front, the right and above unless told otherwise.\n"
                "Exit status: 0 done, 1 failed, 2 wrong usage.");

@@ -56,6 +56,14 @@ struct Options
     bool noCull = false;
     std::optional<LineLook> lines;
 
+    /// None for an empty one.
+    std::string title;
+    bool scaleBar = false;
+    /// In degrees clockwise from the top of the picture.
+    std::optional<float> north;
+    /// None for an empty one.
+    std::string watermark;
+
     bool stats = false;
     int frames = 1;
 };

@@ -8,10 +8,13 @@
 #include "host/ModelImporter.h"
 #include "host/SceneFit.h"
 #include "host/SceneRenderer.h"
+#include "host/Sheet.h"
+#include "host/Watermark.h"
 #include "host/WritePNG.h"
 #include "orvane/effects/SkySettings.h"
 #include "orvane/engine/AppContext.h"
 #include "orvane/engine/CoreContext.h"
+#include "orvane/overlay/Scene2D.h"
 #include "orvane/platform/ESTextureLoader.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/LineStyle.h"
@@ -22,6 +25,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdint>
 #include <utility>
 
@@ -73,6 +77,24 @@ float ToShaderDistance(float distance, const CameraNode& camera)
     camera.GetNearFar(nearDistance, farDistance);
     const float share = (distance - nearDistance) / (farDistance - nearDistance);
     return camera.GetProjection() == CameraNode::Perspective ? share * farDistance : share;
+}
+
+/// Sign of a unit of length; none for one that has none.
+std::string UnitSign(double metres)
+{
+    static constexpr struct
+    {
+        double metres;
+        const char* sign;
+    } units[] = {{1.0, "m"}, {0.001, "mm"}, {0.01, "cm"}, {0.1, "dm"}, {1000.0, "km"}, {0.3048, "ft"}, {0.0254, "in"}};
+    for (const auto& unit : units)
+    {
+        if (std::abs(metres - unit.metres) < 1e-6 * unit.metres)
+        {
+            return unit.sign;
+        }
+    }
+    return {};
 }
 
 std::int64_t PixelsOf(const Options& options)
@@ -129,6 +151,7 @@ RenderJob::~RenderJob() = default;
 void RenderJob::Run()
 {
     CheckFiles();
+    ReadWatermark();
     OpenContext();
     Load();
     MakeFramebuffer();
@@ -136,6 +159,7 @@ void RenderJob::Run()
     AddLines();
     PlaceCamera();
     SetFog();
+    AddSheet();
     Draw();
     Count();
     Write();
@@ -152,10 +176,28 @@ void RenderJob::CheckFiles() const
     {
         throw Failure(m_options.output, "the picture would replace the model; name another file with -o");
     }
+    if (IsSameFile(m_options.watermark, m_options.output))
+    {
+        throw Failure(m_options.output, "the picture would replace the watermark; name another file with -o");
+    }
     std::string error;
     if (!Host::CanWritePNG(m_options.output, error))
     {
         throw Failure(m_options.output, error);
+    }
+}
+
+void RenderJob::ReadWatermark()
+{
+    if (m_options.watermark.empty())
+    {
+        return;
+    }
+    std::string error;
+    m_watermark = Host::Watermark::Read(m_options.watermark, error);
+    if (!m_watermark)
+    {
+        throw Failure(m_options.watermark, error);
     }
 }
 
@@ -307,6 +349,22 @@ void RenderJob::SetFog()
     sky.SetFogEnd(ToShaderDistance(m_options.fog->end, camera));
 }
 
+void RenderJob::AddSheet()
+{
+    CoreContext& context = *m_app->GetContext();
+    if (m_watermark)
+    {
+        m_watermark->Show(*context.GetBackground2D(), m_options.width, m_options.height);
+    }
+    Host::SheetOptions sheet;
+    sheet.title = m_options.title;
+    sheet.scaleBar = m_options.scaleBar;
+    sheet.unit = UnitSign(m_report.metresPerUnit);
+    sheet.north = m_options.north;
+    m_sheet = std::make_unique<Host::Sheet>(*context.GetForeground2D(), sheet);
+    m_sheet->Layout(*context.GetCamera(), m_options.width, m_options.height);
+}
+
 void RenderJob::Draw()
 {
     m_gl->BindFramebuffer();
@@ -335,7 +393,8 @@ void RenderJob::DrawFrame(int frame)
 
 void RenderJob::Count()
 {
-    std::vector<const Scene*> scenes = {m_app->GetContext()->GetScene()};
+    const CoreContext& context = *m_app->GetContext();
+    std::vector<const Scene*> scenes = {context.GetScene(), context.GetBackground2D(), context.GetForeground2D()};
     if (m_renderer->GetSkyScene())
     {
         scenes.push_back(m_renderer->GetSkyScene());

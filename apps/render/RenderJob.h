@@ -18,6 +18,8 @@ namespace OV::Host
 
 class HeadlessContext;
 class SceneRenderer;
+class Sheet;
+class Watermark;
 
 } // namespace OV::Host
 
@@ -47,12 +49,14 @@ public:
 private:
     void CheckFiles() const;
     void OpenContext();
+    void ReadWatermark();
     void Load();
     void MakeFramebuffer();
     void SetLook();
     void AddLines();
     void PlaceCamera();
     void SetFog();
+    void AddSheet();
     void Draw();
     void DrawFrame(int frame);
     void Count();
@@ -66,6 +70,8 @@ private:
     std::unique_ptr<Platform::Linux::ESTextureLoader> m_textures;
     std::unique_ptr<AppContext> m_app;
     std::unique_ptr<Host::SceneRenderer> m_renderer;
+    std::unique_ptr<Host::Watermark> m_watermark;
+    std::unique_ptr<Host::Sheet> m_sheet;
 };
 
 } // namespace OV::RenderApp

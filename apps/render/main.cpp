@@ -6,8 +6,10 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <clocale>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <exception>
 #include <iostream>
 #include <new>
@@ -34,6 +36,20 @@ void PrepareProcess()
         }
     }
     ::setenv("EGL_LOG_LEVEL", "fatal", 0);
+}
+
+/// Lets words on the command line be read in the caller's encoding. Where none is told they are
+/// taken for UTF-8.
+void TakeEncoding()
+{
+    if (!std::setlocale(LC_CTYPE, "") || MB_CUR_MAX == 1)
+    {
+        const char* const told = std::setlocale(LC_CTYPE, nullptr);
+        if (told && (std::strcmp(told, "C") == 0 || std::strcmp(told, "POSIX") == 0))
+        {
+            std::setlocale(LC_CTYPE, "C.UTF-8");
+        }
+    }
 }
 
 int ListFormats()
@@ -67,6 +83,7 @@ int Render(const Options& options)
 int main(int argc, char** argv)
 {
     PrepareProcess();
+    TakeEncoding();
     const Command command = ParseCommandLine(argc, argv);
     try
     {

@@ -43,7 +43,8 @@ TEST_F(RenderUsage, HelpNamesEveryOptionAndNeedsNoGL)
         for (const char* option :
              {"--output", "--size", "--samples", "--view", "--eye", "--target", "--up", "--fov", "--ortho",
               "--background", "--sky", "--fog", "--no-cull", "--lines", "--crease", "--line-width", "--line-color", "--dash",
-              "--line-offset", "--stats", "--frames", "--list-formats", "--version",
+              "--line-offset", "--title", "--scale-bar", "--north", "--watermark", "--stats", "--frames",
+              "--list-formats", "--version",
               "--help", "iso, front, back, left, right, top", "0 done, 1 failed, 2 wrong usage"})
         {
             EXPECT_NE(result.output.find(option), std::string::npos) << option;
@@ -130,6 +131,10 @@ INSTANTIATE_TEST_SUITE_P(
         WrongUsage{"FogWithoutDepth", {"MODEL", "-o", "OUT", "--fog", "5,5"}, "the end beyond the start"},
         WrongUsage{"FogBackwards", {"MODEL", "-o", "OUT", "--fog", "6,5"}, "the end beyond the start"},
         WrongUsage{"FogNegative", {"MODEL", "-o", "OUT", "--fog=-1,5"}, "not negative"},
+        WrongUsage{"NorthNoNumber", {"MODEL", "-o", "OUT", "--north", "nan"}, "--north"},
+        WrongUsage{"NorthWord", {"MODEL", "-o", "OUT", "--north", "up"}, "--north"},
+        WrongUsage{"TitleWithoutText", {"MODEL", "-o", "OUT", "--title"}, "--title"},
+        WrongUsage{"WatermarkInTheSky", {"MODEL", "-o", "OUT", "--sky", "--watermark", "mark.png"}, "the --sky"},
         WrongUsage{"NoFrames", {"MODEL", "-o", "OUT", "--frames", "0"}, "--frames"},
         WrongUsage{"FramesNegative", {"MODEL", "-o", "OUT", "--frames=-3"}, "--frames"}),
     [](const auto& info) { return info.param.label; });
