@@ -8,8 +8,26 @@
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/NodeLineStyle.h"
 
+#include <typeinfo>
+
 namespace OV
 {
+
+namespace
+{
+
+/// Null for what is none, as a material may have left it. The cast, which searches the classes,
+/// is for what a host derives.
+LineES20* AsLineData(Object* data)
+{
+    if (data && typeid(*data) == typeid(LineES20))
+    {
+        return static_cast<LineES20*>(data);
+    }
+    return dynamic_cast<LineES20*>(data);
+}
+
+} // namespace
 
 LineStyleES20::LineStyleES20(LineStyle* style, SharedBufferPool* pool, EffectCache* cache, Object*) :
     bufferPool(pool), lineStyle(style), m_effectCache(cache)
@@ -90,7 +108,7 @@ void LineStyleES20::PrepareSpecificNode(Line* line, MeshNode* node, std::vector<
 
 LineES20* LineStyleES20::LineDataOf(Line* line)
 {
-    auto* lineData = dynamic_cast<LineES20*>(line->GetRenderData());
+    LineES20* lineData = AsLineData(line->GetRenderData());
     if (!lineData || !lineData->pool)
     {
         lineData = new LineES20(line, bufferPool);

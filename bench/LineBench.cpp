@@ -1,0 +1,299 @@
+#include "bench/GLFingerprint.h"
+#include "host/HeadlessContext.h"
+#include "orvane/effects/EffectES20.h"
+#include "orvane/effects/SkySettings.h"
+#include "orvane/math/Matrix.h"
+#include "orvane/renderdata/CameraNodeES20.h"
+#include "orvane/renderdata/LineES20.h"
+#include "orvane/renderer/Renderer20.h"
+#include "orvane/scene/CameraNode.h"
+#include "orvane/scene/Line.h"
+#include "orvane/scene/LineStyle.h"
+#include "orvane/scene/MeshNode.h"
+#include "orvane/scene/RawLine.h"
+#include "orvane/scene/Scene.h"
+
+#include <GL/glew.h>
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <vector>
+
+// 100,000 segments in 100 lines of one style, drawn by the renderer and, in the same run, by a
+// hand-written loop over flat arrays that makes the same GL calls with the same arguments.
+// Drawing itself is dropped (GALLIUM_NOOP), so what counts is the ratio of the two.
+namespace
+{
+
+using namespace OV;
+using OV::Bench::GLFingerprint;
+
+constexpr int kLines = 100;
+constexpr int kSegments = 1000;
+constexpr int kSize = 256;
+
+std::shared_ptr<RawLine> MakeRawLine(int number)
+{
+    std::vector<Vector> points;
+    std::vector<unsigned short> pairs;
+    for (int i = 0; i <= kSegments; ++i)
+    {
+        const float angle = 0.1f * static_cast<float>(i);
+        points.emplace_back(std::cos(angle), std::sin(angle), static_cast<float>(number) + 0.01f * angle);
+        if (i < kSegments)
+        {
+            pairs.push_back(static_cast<unsigned short>(i));
+            pairs.push_back(static_cast<unsigned short>(i + 1));
+        }
+    }
+    auto raw = std::make_shared<RawLine>();
+    raw->SetPositionBuffer(points);
+    raw->SetIndices(pairs);
+    raw->EndDescription(true);
+    return raw;
+}
+
+/// Shows what the hand-written loop has to know.
+class BenchRenderer : public Renderer20
+{
+public:
+    BenchRenderer() : Renderer20(nullptr, nullptr) {}
+    EffectCache& Effects() { return effectCache; }
+};
+
+struct FlatLine
+{
+    unsigned vertexBuffer;
+    unsigned indexBuffer;
+    int stride;
+    std::intptr_t positionOffset;
+    std::intptr_t normalOffset;
+    std::intptr_t indexOffset;
+    int indexCount;
+    Matrix mvp;
+    Matrix world;
+};
+
+struct Locations
+{
+    int color, width, invWidth, offset, viewDims, invViewDims, numClipPlanes, mvpMatrix, worldTransform;
+};
+
+const void* Pointer(std::intptr_t offset)
+{
+    return reinterpret_cast<const void*>(offset);
+}
+
+class LineBench
+{
+public:
+    LineBench();
+    ~LineBench() { m_scene.Suspend(); }
+
+    void DrawWithEngine() { m_renderer.Render3D(&m_scene, m_scene.GetCameraNode()); }
+    void DrawByHand() const;
+
+private:
+    void Flatten();
+    void ApplyByHand() const;
+
+    std::unique_ptr<Host::HeadlessContext> m_context;
+    BenchRenderer m_renderer;
+    Scene m_scene;
+    LineStyle* m_style = nullptr;
+    unsigned m_program = 0;
+    Locations m_locations{};
+    std::vector<FlatLine> m_flat;
+};
+
+LineBench::LineBench()
+{
+    Host::HeadlessContext::Options options;
+    options.width = kSize;
+    options.height = kSize;
+    std::string error;
+    m_context = Host::HeadlessContext::Create(options, error);
+    if (!m_context)
+    {
+        std::fprintf(stderr, "no GL context: %s\n", error.c_str());
+        std::exit(1);
+    }
+    SkySettings::inst().SetUseFog(false);
+    m_style = new LineStyle("style");
+    m_style->secondColor = Color(0.0f, 0.0f, 0.0f, 0.0f);
+    m_scene.AddLineStyle(m_style);
+    for (int i = 0; i < kLines; ++i)
+    {
+        auto* line = new Line(MakeRawLine(i), &m_scene);
+        auto* node = new MeshNode(&m_scene);
+        m_scene.GetRoot()->AddChild(node, false);
+        line->AddNode(node);
+        m_style->AddLine(line);
+    }
+    m_renderer.Resize(kSize, kSize);
+    m_scene.UpdateGraph(kSize, kSize);
+    DrawWithEngine();
+    Flatten();
+}
+
+void LineBench::Flatten()
+{
+    const auto* camera = static_cast<CameraNodeES20*>(m_scene.GetCameraNode()->GetRenderData());
+    EffectES20* effect = m_renderer.Effects().GetEffect(EffectCache::SolidLine);
+    constexpr std::uint64_t mobileAntialias = 3;
+    m_program = effect->ProgramForOptions(mobileAntialias);
+    effect->Release();
+    const auto locate = [this](const char* name) { return glGetUniformLocation(m_program, name); };
+    m_locations = {locate("u_color"),        locate("u_width"),         locate("u_invWidth"),
+                   locate("u_offsetToCameraPos"), locate("u_viewDims"), locate("u_invViewDims"),
+                   locate("u_numClipPlanes"), locate("u_mvpMatrix"),    locate("u_worldTransform")};
+    for (Line* line : m_style->GetLines())
+    {
+        const auto* data = static_cast<MeshES20*>(line->GetRenderData());
+        FlatLine flat;
+        flat.vertexBuffer = data->vertexBufferId;
+        flat.indexBuffer = data->indexBufferId;
+        flat.stride = data->GetStride();
+        flat.positionOffset = data->GetPositionOffset();
+        flat.normalOffset = data->GetNormalOffset();
+        flat.indexOffset = data->indexOffset;
+        flat.indexCount = static_cast<int>(data->indexCount);
+        flat.world = *line->GetNodes().front()->GetGlobalMatrix();
+        flat.mvp.Multiply(camera->GetMVP(), flat.world);
+        m_flat.push_back(flat);
+    }
+}
+
+void LineBench::ApplyByHand() const
+{
+    const Color& color = m_style->color;
+    glUseProgram(m_program);
+    glUniform4f(m_locations.color, color.r, color.g, color.b, color.a);
+    glUniform1f(m_locations.width, m_style->width);
+    glEnable(GL_BLEND);
+    glUniform1f(m_locations.invWidth, 1.0f / m_style->width);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    glUniform1f(m_locations.offset, 0.0f);
+    GLboolean write = GL_TRUE;
+    GLint function = 0;
+    glGetBooleanv(GL_DEPTH_WRITEMASK, &write);
+    glGetIntegerv(GL_DEPTH_FUNC, &function);
+    benchmark::DoNotOptimize(glIsEnabled(GL_DEPTH_TEST));
+    glDepthMask(GL_TRUE);
+    glEnable(GL_DEPTH_TEST);
+    glDepthFunc(GL_LEQUAL);
+    GLint viewport[4];
+    glGetIntegerv(GL_VIEWPORT, viewport);
+    const auto width = static_cast<float>(viewport[2]);
+    const auto height = static_cast<float>(viewport[3]);
+    glUniform2f(m_locations.viewDims, width, height);
+    glUniform2f(m_locations.invViewDims, 1.0f / width, 1.0f / height);
+    glUniform1i(m_locations.numClipPlanes, 0);
+}
+
+void LineBench::DrawByHand() const
+{
+    glDisable(GL_BLEND);
+    glDepthMask(GL_TRUE);
+    glClear(GL_DEPTH_BUFFER_BIT);
+    glEnable(GL_CULL_FACE);
+    glEnable(GL_DEPTH_TEST);
+    glBlendEquation(GL_FUNC_ADD);
+    ApplyByHand();
+    unsigned bound = 0;
+    for (const FlatLine& line : m_flat)
+    {
+        if (line.vertexBuffer != bound)
+        {
+            glBindBuffer(GL_ARRAY_BUFFER, line.vertexBuffer);
+            glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, line.indexBuffer);
+            bound = line.vertexBuffer;
+        }
+        glVertexAttribPointer(0, 3, GL_FLOAT, GL_FALSE, line.stride, Pointer(line.positionOffset));
+        glEnableVertexAttribArray(0);
+        glVertexAttribPointer(1, 3, GL_FLOAT, GL_FALSE, line.stride, Pointer(line.positionOffset + 4 * line.stride));
+        glEnableVertexAttribArray(1);
+        glVertexAttribPointer(2, 3, GL_FLOAT, GL_FALSE, line.stride, Pointer(line.normalOffset));
+        glEnableVertexAttribArray(2);
+        glEnable(GL_BLEND);
+        glUniformMatrix4fv(m_locations.mvpMatrix, 1, GL_FALSE, line.mvp.m);
+        glUniformMatrix4fv(m_locations.worldTransform, 1, GL_FALSE, line.world.m);
+        glUniform1i(m_locations.numClipPlanes, 0);
+        glEnable(GL_POLYGON_OFFSET_FILL);
+        glPolygonOffset(-1.0f, -1.0f);
+        glDrawElements(GL_TRIANGLES, line.indexCount, GL_UNSIGNED_SHORT, Pointer(line.indexOffset));
+        glDisableVertexAttribArray(0);
+        glDisableVertexAttribArray(1);
+        glDisableVertexAttribArray(2);
+        glDepthMask(GL_TRUE);
+    }
+    glDepthMask(GL_TRUE);
+    glDepthFunc(GL_LESS);
+    glEnable(GL_DEPTH_TEST);
+}
+
+LineBench& Bench()
+{
+    static LineBench bench;
+    return bench;
+}
+
+/// The comparison is of no use unless both make the same calls.
+void RequireSameCalls()
+{
+    LineBench& bench = Bench();
+    std::uint64_t engine = 0;
+    std::uint64_t engineCalls = 0;
+    {
+        GLFingerprint fingerprint;
+        bench.DrawWithEngine();
+        engine = GLFingerprint::s_value;
+        engineCalls = GLFingerprint::s_calls;
+    }
+    GLFingerprint fingerprint;
+    bench.DrawByHand();
+    if (GLFingerprint::s_value != engine || GLFingerprint::s_calls != engineCalls)
+    {
+        std::fprintf(stderr, "the hand-written loop makes other calls (%llu) than the engine (%llu)\n",
+                     static_cast<unsigned long long>(GLFingerprint::s_calls),
+                     static_cast<unsigned long long>(engineCalls));
+        std::exit(1);
+    }
+}
+
+void LinesByEngine(benchmark::State& state)
+{
+    for (auto _ : state)
+    {
+        Bench().DrawWithEngine();
+    }
+    state.SetItemsProcessed(state.iterations() * kLines);
+}
+
+void LinesByHand(benchmark::State& state)
+{
+    for (auto _ : state)
+    {
+        Bench().DrawByHand();
+    }
+    state.SetItemsProcessed(state.iterations() * kLines);
+}
+
+BENCHMARK(LinesByEngine)->Unit(benchmark::kMicrosecond);
+BENCHMARK(LinesByHand)->Unit(benchmark::kMicrosecond);
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    setenv("GALLIUM_NOOP", "1", 1);
+    benchmark::Initialize(&argc, argv);
+    RequireSameCalls();
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
