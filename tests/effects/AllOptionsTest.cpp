@@ -11,6 +11,7 @@
 #include "orvane/effects/shaders/SkyEffectES20.vert.h"
 #include "orvane/platform/detail/EntryPoints.h"
 #include "tests/support/GLFixture.h"
+#include "tests/support/ProgramInspection.h"
 
 #include <GL/glew.h>
 #include <gmock/gmock.h>
@@ -65,33 +66,6 @@ std::vector<Family> Families()
     return families;
 }
 
-template <class Get>
-std::set<std::string> ActiveNames(unsigned int program, GLenum what, Get get)
-{
-    GLint count = 0;
-    glGetProgramiv(program, what, &count);
-    std::set<std::string> names;
-    for (GLint i = 0; i < count; ++i)
-    {
-        char name[256] = {};
-        GLint size = 0;
-        GLenum type = 0;
-        get(program, static_cast<GLuint>(i), static_cast<GLsizei>(sizeof(name)), nullptr, &size, &type, name);
-        names.insert(name);
-    }
-    return names;
-}
-
-std::set<std::string> ActiveUniforms(unsigned int program)
-{
-    return ActiveNames(program, GL_ACTIVE_UNIFORMS, glGetActiveUniform);
-}
-
-std::set<std::string> ActiveAttributes(unsigned int program)
-{
-    return ActiveNames(program, GL_ACTIVE_ATTRIBUTES, glGetActiveAttrib);
-}
-
 /// What the options add to a basic material.
 void AddOptions(std::uint64_t mask, std::set<std::string>& uniforms, std::set<std::string>& attributes)
 {
@@ -110,21 +84,6 @@ void AddOptions(std::uint64_t mask, std::set<std::string>& uniforms, std::set<st
     }
 }
 
-/// Compiles a text and gives the log, which is empty when there is nothing to complain about.
-std::string CompileLog(GLenum type, const std::string& text)
-{
-    const unsigned int shader = glCreateShader(type);
-    const char* source = text.c_str();
-    glShaderSource(shader, 1, &source, nullptr);
-    glCompileShader(shader);
-    GLint status = 0;
-    glGetShaderiv(shader, GL_COMPILE_STATUS, &status);
-    char log[4096] = {};
-    glGetShaderInfoLog(shader, sizeof(log), nullptr, log);
-    glDeleteShader(shader);
-    return status == GL_TRUE ? log : std::string("failed: ") + log;
-}
-
 std::string Expand(const char* source, std::uint64_t mask)
 {
     static constexpr OptionRow options[] = {{kTexture, "TEXTURE"}, {kFog, "FOG"}, {kStippling, "STIPPLING"}};
@@ -136,15 +95,6 @@ std::string Expand(const char* source, std::uint64_t mask)
                                                {"@STIPPLING_UNIFORMS@", StipplingUniforms},
                                                {"@INCLUDE_OVSL_ADD_STIPPLING_FUNCTION@", StipplingFunction}});
 }
-
-/// The prelude of a device that has precisions.
-constexpr char kEsPrelude[] = "#version 100\n"
-                              "#define PRECISION_DEFAULT_HIGHP(t) precision highp t;\n"
-                              "#define PRECISION_DEFAULT_MEDIUMP(t) precision mediump t;\n"
-                              "#define PRECISION_DEFAULT_LOWP(t) precision lowp t;\n"
-                              "#define HIGHP highp\n"
-                              "#define LOWP lowp\n"
-                              "#define MEDIUMP mediump\n";
 
 } // namespace
 
@@ -197,14 +147,14 @@ TEST_F(AllOptions, EveryMaskCompilesAsEs2WithItsPrecisions)
     {
         for (std::uint64_t mask = 0; mask < family.masks; ++mask)
         {
-            EXPECT_EQ(CompileLog(GL_VERTEX_SHADER, kEsPrelude + Expand(family.vertexSource, mask)), "")
+            EXPECT_EQ(CompileLog(GL_VERTEX_SHADER, EsPrelude + Expand(family.vertexSource, mask)), "")
                 << family.label << ' ' << mask;
-            EXPECT_EQ(CompileLog(GL_FRAGMENT_SHADER, kEsPrelude + Expand(family.fragmentSource, mask)), "")
+            EXPECT_EQ(CompileLog(GL_FRAGMENT_SHADER, EsPrelude + Expand(family.fragmentSource, mask)), "")
                 << family.label << ' ' << mask;
         }
     }
-    EXPECT_EQ(CompileLog(GL_VERTEX_SHADER, std::string(kEsPrelude) + Shaders::SkyEffectES20Vert), "");
-    EXPECT_EQ(CompileLog(GL_FRAGMENT_SHADER, std::string(kEsPrelude) + Shaders::SkyEffectES20Frag), "");
+    EXPECT_EQ(CompileLog(GL_VERTEX_SHADER, std::string(EsPrelude) + Shaders::SkyEffectES20Vert), "");
+    EXPECT_EQ(CompileLog(GL_FRAGMENT_SHADER, std::string(EsPrelude) + Shaders::SkyEffectES20Frag), "");
 }
 
 TEST_F(AllOptions, NoMaskGivesAWarning)

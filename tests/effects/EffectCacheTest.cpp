@@ -1,9 +1,20 @@
 #include "orvane/effects/EffectCache.h"
 
+#include "orvane/effects/AAEffectES20.h"
+#include "orvane/effects/AdvancedMaterialEffectES20.h"
+#include "orvane/effects/AdvancedMaterialPhongEffectES20.h"
 #include "orvane/effects/BasicMaterialAmbientPassEffectES20.h"
 #include "orvane/effects/BasicMaterialEffectES20.h"
+#include "orvane/effects/CrosshatchEffectES20.h"
 #include "orvane/effects/EffectReferencePlaceholder.h"
+#include "orvane/effects/FXAAEffectES20.h"
+#include "orvane/effects/HUDEffectES20.h"
+#include "orvane/effects/MonotoneEffectES20.h"
+#include "orvane/effects/SimMaterialEffectES20.h"
 #include "orvane/effects/SkyEffectES20.h"
+#include "orvane/effects/SolidLineEffectES20.h"
+#include "orvane/effects/VertexColorEffectES20.h"
+#include "orvane/effects/WeightedAverageSecondPassEffectES20.h"
 #include "orvane/engine/Lifetime.h"
 #include "tests/effects/EffectSettingsGuard.h"
 #include "tests/support/GLRecorder.h"
@@ -30,6 +41,16 @@ bool IsAdditive(EffectES20* effect)
 {
     auto* basic = dynamic_cast<BasicMaterialEffectES20*>(effect);
     return basic != nullptr && basic->*(&OpenBasicEffect::additive);
+}
+
+/// A type gives an effect of that class, which dies with its one reference.
+template <class Effect>
+void ExpectClass(EffectCache& cache, EffectCache::EffectType type)
+{
+    EffectES20* const effect = cache.GetEffect(type);
+    ASSERT_NE(dynamic_cast<Effect*>(effect), nullptr) << type;
+    EXPECT_EQ(effect->GetCache(), &cache) << type;
+    EXPECT_TRUE(effect->Release()) << type;
 }
 
 /// Keeps one reference to an effect for as long as the cache lives, as render data do.
@@ -109,6 +130,28 @@ TEST_F(EffectCacheTest, MakesTheClassOfTheType)
         EXPECT_EQ(effect->GetCache(), &cache);
         EXPECT_TRUE(effect->Release());
     }
+    ExpectClass<HUDEffectES20>(cache, EffectCache::HUD);
+    ExpectClass<VertexColorEffectES20>(cache, EffectCache::VertexColor);
+    ExpectClass<AAEffectES20>(cache, EffectCache::AA);
+    ExpectClass<FXAAEffectES20>(cache, EffectCache::FXAA);
+    ExpectClass<SimMaterialEffectES20>(cache, EffectCache::SimMaterial);
+    ExpectClass<SolidLineEffectES20>(cache, EffectCache::SolidLine);
+    ExpectClass<WeightedAverageSecondPassEffectES20>(cache, EffectCache::WeightedAverageSecondPass);
+    ExpectClass<AdvancedMaterialEffectES20>(cache, EffectCache::AdvancedMaterial);
+    ExpectClass<CrosshatchEffectES20>(cache, EffectCache::Crosshatch);
+    ExpectClass<MonotoneEffectES20>(cache, EffectCache::Monotone);
+    ExpectClass<AdvancedMaterialPhongEffectES20>(cache, EffectCache::AdvancedMaterialPhong);
+}
+
+TEST_F(EffectCacheTest, AskingForTheAdvancedMaterialGivesTheModelInForce)
+{
+    EffectCache cache;
+    EffectES20::SetAdvancedMaterialShaderType(EffectCache::AdvancedMaterialPhong);
+    ExpectClass<AdvancedMaterialPhongEffectES20>(cache, EffectCache::AdvancedMaterial);
+    ExpectClass<AdvancedMaterialPhongEffectES20>(cache, EffectCache::AdvancedMaterialPhong);
+    EffectES20::SetAdvancedMaterialShaderType(EffectCache::Crosshatch); // any other: the plain one
+    ExpectClass<AdvancedMaterialEffectES20>(cache, EffectCache::AdvancedMaterial);
+    ExpectClass<AdvancedMaterialPhongEffectES20>(cache, EffectCache::AdvancedMaterialPhong);
 }
 
 TEST_F(EffectCacheTest, TwoRequestsGiveOneObjectWithTwoReferences)

@@ -5,6 +5,7 @@
 #include "orvane/effects/shaders/SolidLineEffectES20.vert.h"
 #include "orvane/platform/detail/EntryPoints.h"
 #include "tests/support/GLFixture.h"
+#include "tests/support/ProgramInspection.h"
 
 #include <GL/glew.h>
 
@@ -34,21 +35,6 @@ std::string FragmentText(const std::string& prelude, std::uint64_t mask)
                                                 {{"@OPTIONS@", EffectES20::OptionsDefines(mask, kOptions)},
                                                  {"@FOG_UNIFORMS@", FogUniforms},
                                                  {"@FOG_CALC@", FogCalc}});
-}
-
-/// Compiles a text and gives the log, which is empty when there is nothing to complain about.
-std::string CompileLog(GLenum type, const std::string& text)
-{
-    const unsigned int shader = glCreateShader(type);
-    const char* source = text.c_str();
-    glShaderSource(shader, 1, &source, nullptr);
-    glCompileShader(shader);
-    GLint status = 0;
-    glGetShaderiv(shader, GL_COMPILE_STATUS, &status);
-    char log[4096] = {};
-    glGetShaderInfoLog(shader, sizeof(log), nullptr, log);
-    glDeleteShader(shader);
-    return status == GL_TRUE ? log : std::string("failed: ") + log;
 }
 
 /// The uniforms that a program of the mask needs.
@@ -84,26 +70,6 @@ std::set<std::string> ExpectedUniforms(std::uint64_t mask)
     }
     return names;
 }
-
-std::set<std::string> ActiveUniforms(unsigned int program)
-{
-    GLint count = 0;
-    glGetProgramiv(program, GL_ACTIVE_UNIFORMS, &count);
-    std::set<std::string> names;
-    for (GLint i = 0; i < count; ++i)
-    {
-        char name[256] = {};
-        GLint size = 0;
-        GLenum type = 0;
-        glGetActiveUniform(program, static_cast<GLuint>(i), sizeof(name), nullptr, &size, &type, name);
-        names.insert(name);
-    }
-    return names;
-}
-
-constexpr char kEsPrelude[] = "#version 100\n"
-                              "#define PRECISION_DEFAULT_HIGHP(t) precision highp t;\n"
-                              "#define HIGHP highp\n";
 
 class SolidLineOptions : public GLFixture
 {
@@ -149,10 +115,10 @@ TEST_F(SolidLineOptions, EveryMaskCompilesAsEs2WithItsPrecisions)
     {
         FAIL() << "the context compiles no ES 2 shaders";
     }
-    EXPECT_EQ(CompileLog(GL_VERTEX_SHADER, std::string(kEsPrelude) + Shaders::SolidLineEffectES20Vert), "");
+    EXPECT_EQ(CompileLog(GL_VERTEX_SHADER, std::string(EsPrelude) + Shaders::SolidLineEffectES20Vert), "");
     for (std::uint64_t mask = 0; mask < kMasks; ++mask)
     {
-        EXPECT_EQ(CompileLog(GL_FRAGMENT_SHADER, FragmentText(kEsPrelude, mask)), "") << mask;
+        EXPECT_EQ(CompileLog(GL_FRAGMENT_SHADER, FragmentText(EsPrelude, mask)), "") << mask;
     }
 }
 
