@@ -105,9 +105,9 @@ TEST_F(MaterialES20Test, AnOrdinaryMaterialFillsTheSlotsByTheTableOfPasses)
     for (unsigned pass = 0; pass < kRenderPassCount; ++pass)
     {
         EffectES20* expected = cache.GetEffect(types[pass]);
+        ASSERT_NE(expected, nullptr) << pass;
         EXPECT_EQ(data.passEffects[pass], expected) << pass;
-        if (expected)
-            expected->Release();
+        expected->Release();
     }
 }
 
