@@ -68,7 +68,8 @@ public:
     virtual void SuspendCapture();
     virtual void EndCapture();
 
-    /// Reads the picture. A block that the image held before is not freed.
+    /// Reads the picture. A block that the image held before is not freed. Without a colour
+    /// texture the picture is all zeroes, and GL has an error to report.
     virtual void SaveImageTo(RenderTargetImage& image);
 
     /// Draws the screen quad through an effect, which the caller has applied, over the target's

@@ -92,6 +92,19 @@ TEST_F(RenderTargetPicture, WhatIsDrawnIsReadBackBottomRowFirst)
     AllowStateChange("scissor box");
 }
 
+TEST_F(RenderTargetPicture, ATargetWithoutColourReadsAsZeroes)
+{
+    OpenRenderTarget target(RenderTargetProfileDepth);
+    target.SetDimensions(5, 3);
+    RenderTarget::RenderTargetImage image;
+    target.SaveImageTo(image);
+    for (int i = 0; i < 5 * 3 * 4; ++i)
+    {
+        EXPECT_EQ(image.data[i], 0) << i;
+    }
+    EXPECT_EQ(glGetError(), static_cast<unsigned>(GL_INVALID_OPERATION));
+}
+
 TEST_F(RenderTargetPicture, ACaptureIsLeftAndEnteredAgainAndLaidOverTheScreen)
 {
     OpenRenderTarget target(RenderTargetProfileColorDepth);
