@@ -3,6 +3,7 @@
 #include "orvane/engine/AppContext.h"
 #include "orvane/engine/CoreContext.h"
 #include "orvane/engine/RenderCapabilities.h"
+#include "orvane/platform/detail/EntryPoints.h"
 #include "orvane/scene/CameraNode.h"
 #include "tests/effects/EffectSettingsGuard.h"
 #include "tests/renderer/RendererDoubles.h"
@@ -22,6 +23,8 @@ class PixelScene : public GLFixture
 protected:
     PixelScene()
     {
+        // Tests call GL themselves, before the engine has had a reason to load it.
+        Platform::LoadEntryPoints();
         context = std::make_unique<AppContext>();
         context->GetContext()->SetScene(std::make_unique<Scene>());
         scene = context->GetContext()->GetScene();
