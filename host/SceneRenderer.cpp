@@ -74,15 +74,6 @@ std::shared_ptr<RawMesh> MakeDome()
     return dome;
 }
 
-CameraNodeES20* DataOf(CameraNode* camera)
-{
-    if (!camera->GetRenderData())
-    {
-        camera->SetRenderData(new CameraNodeES20(camera));
-    }
-    return dynamic_cast<CameraNodeES20*>(camera->GetRenderData());
-}
-
 /// Shows the camera as a perspective one for the length of a scope.
 class PerspectiveGuard
 {
@@ -117,7 +108,7 @@ void SceneRenderer::ShowSky(bool show)
 
 void SceneRenderer::Pack(Scene* scene, CameraNode* camera)
 {
-    CameraNodeES20* cameraData = scene && camera ? DataOf(camera) : nullptr;
+    CameraNodeES20* cameraData = scene && camera ? CameraDataOf(camera) : nullptr;
     if (!cameraData)
     {
         return;
@@ -161,11 +152,25 @@ void SceneRenderer::Render3D(Scene* scene, CameraNode* camera)
     {
         DrawSky(camera);
     }
-    if (scene)
+    if (scene && camera)
     {
         LevelLines(*scene);
+        DrawScene(*scene, *camera);
     }
-    Renderer20::Render3D(scene, camera);
+}
+
+void SceneRenderer::DrawScene(Scene& scene, CameraNode& camera)
+{
+    Renderer20::Render3D(&scene, &camera);
+}
+
+CameraNodeES20* SceneRenderer::CameraDataOf(CameraNode* camera)
+{
+    if (!camera->GetRenderData())
+    {
+        camera->SetRenderData(new CameraNodeES20(camera));
+    }
+    return dynamic_cast<CameraNodeES20*>(camera->GetRenderData());
 }
 
 void SceneRenderer::Suspend()
@@ -214,7 +219,7 @@ void SceneRenderer::MoveSkyTo(CameraNode* camera)
 
 void SceneRenderer::DrawSky(CameraNode* camera)
 {
-    CameraNodeES20* cameraData = DataOf(camera);
+    CameraNodeES20* cameraData = CameraDataOf(camera);
     if (!cameraData)
     {
         return;

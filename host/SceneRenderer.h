@@ -46,6 +46,13 @@ public:
     /// The private scene of the sky, for whoever counts what is drawn; null until it is drawn.
     const Scene* GetSkyScene() const { return m_skyScene.get(); }
 
+protected:
+    /// Draws the scene in front of what is there.
+    virtual void DrawScene(Scene& scene, CameraNode& camera);
+
+    /// The camera's render data, made at need; null if the host has put something else there.
+    static CameraNodeES20* CameraDataOf(CameraNode* camera);
+
 private:
     void LevelLines(Scene& scene);
     void MakeSkyScene();

@@ -22,6 +22,7 @@ namespace
 
 constexpr int MostSamples = 64;
 constexpr int MostFrames = 1000000;
+constexpr std::size_t MostClips = 6;
 constexpr float WidestLine = 100.0f;
 
 /// The values as they were typed, where CLI11 has no type for them.
@@ -34,6 +35,10 @@ struct Texts
     std::string up;
     std::string background = "FFFFFF";
     std::string fog;
+    std::string look = "advanced";
+    std::vector<std::string> clips;
+    std::string poche;
+    std::string outlineColor = "000000";
     bool lines = false;
     std::string lineColor = "000000";
     LineLook lineLook;
@@ -186,6 +191,28 @@ void DefineViewOptions(CLI::App& app, Options& options, Texts& texts)
     app.add_flag("--ortho", options.orthographic, "Draw without perspective")->group(group);
 }
 
+void DefineSurfaceOptions(CLI::App& app, Options& options, Texts& texts)
+{
+    const char* const group = "Surfaces";
+    app.add_option("--look", texts.look, "basic, advanced, phong, crosshatch, monotone or\n"
+                                         "vertex-color; advanced if left out")
+        ->option_text("NAME")->group(group);
+    auto* clip = app.add_option("--clip", texts.clips, "Cut away what lies on the side of a normal at a point;\n"
+                                                       "up to 6 times")
+        ->option_text("NX,NY,NZ,PX,PY,PZ")->allow_extra_args(false)->group(group);
+    app.add_option("--poche", texts.poche, "Colour of what is cut, or off; 333333 if left out")
+        ->option_text("RRGGBB|off")->needs(clip)->group(group);
+    app.add_option("--outline", options.surfaces.outline, "Width of the outline along a cut in units of the model,\n"
+                                                          "0 for none; a 500th of the model if left out")
+        ->option_text("WIDTH")->needs(clip)->group(group);
+    app.add_option("--outline-color", texts.outlineColor, "Colour of the outline; 000000 if left out")
+        ->option_text("RRGGBB")->needs(clip)->group(group);
+    app.add_option("--edit", options.surfaces.edit, "Draw all in grey but a node and what is below it, found\n"
+                                                    "by its name or by names from a node down to it, with\n"
+                                                    "slashes between them; advanced and phong only")
+        ->option_text("PATH")->group(group);
+}
+
 void DefineLineOptions(CLI::App& app, Texts& texts)
 {
     const char* const group = "Lines";
@@ -279,6 +306,54 @@ void CheckSheet(const Options& options)
     }
 }
 
+ClipPlane ParseClip(const std::string& text)
+{
+    const char* const form = "six numbers NX,NY,NZ,PX,PY,PZ, a normal and a point";
+    const std::vector<float> numbers = ParseNumbers("--clip", text, 6, form);
+    const Vector normal(numbers[0], numbers[1], numbers[2]);
+    const float length = std::hypot(normal.x, normal.y, normal.z);
+    if (!(length > 0.0f) || !std::isfinite(length))
+    {
+        throw Bad("--clip", text, "a plane: its normal has no direction");
+    }
+    // The width of the outline is measured in normals.
+    return {Vector(normal.x / length, normal.y / length, normal.z / length),
+            Vector(numbers[3], numbers[4], numbers[5])};
+}
+
+void InterpretSurfaces(const Texts& texts, SurfaceLook& look)
+{
+    if (!Host::PresentationRenderer::ParseLook(texts.look, look.look))
+    {
+        throw Bad("--look", texts.look, "one of basic, advanced, phong, crosshatch, monotone, vertex-color");
+    }
+    if (texts.clips.size() > MostClips)
+    {
+        throw CLI::ValidationError("--clip", "there are at most " + std::to_string(MostClips) + " planes");
+    }
+    for (const std::string& clip : texts.clips)
+    {
+        look.clips.push_back(ParseClip(clip));
+    }
+    if (texts.poche == "off")
+    {
+        look.poche.reset();
+    }
+    else if (!texts.poche.empty())
+    {
+        look.poche = ParseColor("--poche", texts.poche);
+    }
+    if (look.outline && !(*look.outline >= 0.0f && std::isfinite(*look.outline)))
+    {
+        throw CLI::ValidationError("--outline", "a width is 0 or more");
+    }
+    look.outlineColor = ParseColor("--outline-color", texts.outlineColor);
+    if (!look.edit.empty() && look.look != Host::Look::Advanced && look.look != Host::Look::Phong)
+    {
+        throw CLI::ValidationError("--edit", "the look " + texts.look + " shows no edit; use advanced or phong");
+    }
+}
+
 void Interpret(const Texts& texts, Options& options)
 {
     if (options.model.empty())
@@ -313,6 +388,7 @@ void Interpret(const Texts& texts, Options& options)
     {
         options.fog = ParseFog(texts.fog);
     }
+    InterpretSurfaces(texts, options.surfaces);
     if (texts.lines)
     {
         CheckLineLook(texts.lineLook);
@@ -334,6 +410,7 @@ Command ParseCommandLine(int argc, const char* const* argv)
     DefineGeneralOptions(app, command.options, listFormats);
     DefinePictureOptions(app, command.options, texts);
     DefineViewOptions(app, command.options, texts);
+    DefineSurfaceOptions(app, command.options, texts);
     DefineLineOptions(app, texts);
     DefineSheetOptions(app, command.options);
     DefineMeasuringOptions(app, command.options);

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "host/FeatureEdges.h"
+#include "host/PresentationRenderer.h"
 #include "host/ViewFit.h"
 #include "orvane/math/Color.h"
 #include "orvane/math/Vector.h"
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace OV::RenderApp
 {
@@ -29,6 +31,27 @@ struct LineLook
     /// Pixels of a dash and of the gap after it; none for a line without gaps.
     std::optional<float> dash;
     float offset = 0.0f;
+};
+
+/// A plane that cuts away what lies on the side of its normal, in the units of the model.
+struct ClipPlane
+{
+    Vector normal;
+    Vector position;
+};
+
+/// How surfaces are drawn, cut and picked out.
+struct SurfaceLook
+{
+    Host::Look look = Host::Look::Advanced;
+    std::vector<ClipPlane> clips;
+    /// Colour of the section; none leaves cut solids open.
+    std::optional<Color> poche = Color(0.2f, 0.2f, 0.2f);
+    /// Width of the outline along a cut; none suits the size of the model.
+    std::optional<float> outline;
+    Color outlineColor{0.0f, 0.0f, 0.0f};
+    /// Names from a node down, with slashes between them; none edits nothing.
+    std::string edit;
 };
 
 /// What the command line asks for.
@@ -55,6 +78,7 @@ struct Options
     std::optional<FogRange> fog;
     bool noCull = false;
     std::optional<LineLook> lines;
+    SurfaceLook surfaces;
 
     /// None for an empty one.
     std::string title;

@@ -1,13 +1,15 @@
 #include "apps/render/RenderJob.h"
 
+#include "apps/render/NodePath.h"
 #include "apps/render/ProgressBar.h"
 #include "apps/render/Report.h"
+#include "apps/render/SurfaceSettings.h"
 #include "apps/render/SystemMemory.h"
 #include "host/FeatureEdges.h"
 #include "host/HeadlessContext.h"
 #include "host/ModelImporter.h"
+#include "host/PresentationRenderer.h"
 #include "host/SceneFit.h"
-#include "host/SceneRenderer.h"
 #include "host/Sheet.h"
 #include "host/Watermark.h"
 #include "host/WritePNG.h"
@@ -25,6 +27,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cmath>
 #include <cstdint>
 #include <utility>
@@ -97,6 +100,14 @@ std::string UnitSign(double metres)
     return {};
 }
 
+/// From corner to corner of the model's box.
+float Extent(const Host::ImportReport& report)
+{
+    const Vector& a = report.boxMin;
+    const Vector& b = report.boxMax;
+    return report.hasBox ? std::hypot(b.x - a.x, b.y - a.y, b.z - a.z) : 1.0f;
+}
+
 std::int64_t PixelsOf(const Options& options)
 {
     return static_cast<std::int64_t>(options.width) * options.height;
@@ -156,6 +167,7 @@ void RenderJob::Run()
     Load();
     MakeFramebuffer();
     SetLook();
+    SetEdit();
     AddLines();
     PlaceCamera();
     SetFog();
@@ -242,6 +254,7 @@ void RenderJob::Load()
         throw Failure(result.error.Line());
     }
     m_report = std::move(result.report);
+    m_nodes = std::move(result.nodes);
     m_textures = std::make_unique<Platform::Linux::ESTextureLoader>();
     m_app = std::make_unique<AppContext>();
     m_app->GetContext()->SetScene(std::move(result.scene));
@@ -264,7 +277,7 @@ void RenderJob::MakeFramebuffer()
     m_stats.width = m_options.width;
     m_stats.height = m_options.height;
     m_stats.samples = m_gl->GetSamples();
-    m_renderer = std::make_unique<Host::SceneRenderer>(m_textures.get(), m_app->GetContext()->GetRenderCapabilities());
+    m_renderer = std::make_unique<Host::PresentationRenderer>(m_textures.get(), m_app->GetContext()->GetRenderCapabilities());
     m_renderer->Resize(m_options.width, m_options.height);
     m_app->SetScreenSize(m_options.width, m_options.height);
 }
@@ -277,7 +290,9 @@ void RenderJob::SetLook()
     sky.SetHorizonColor(m_options.background);
     sky.SetUseFog(m_options.fog.has_value());
     Scene& scene = *m_app->GetContext()->GetScene();
-    Host::ModelImporter::AddDefaultLights(scene);
+    const Host::Look look = m_options.surfaces.look;
+    Host::ModelImporter::AddDefaultLights(scene, AmbientLevelFor(look));
+    SuitMaterials(look, scene);
     if (m_options.noCull)
     {
         for (const auto* list : {&scene.GetOptimizedMaterials(), &scene.GetAlphaMaterials()})
@@ -288,6 +303,24 @@ void RenderJob::SetLook()
             }
         }
     }
+    m_renderer->SetLook(look);
+    ApplyClipping(m_options.surfaces, scene, Extent(m_report));
+}
+
+void RenderJob::SetEdit()
+{
+    const std::string& path = m_options.surfaces.edit;
+    if (path.empty())
+    {
+        return;
+    }
+    const Node* const node = FindNode(m_nodes, path);
+    if (!node)
+    {
+        throw Failure(m_options.model, "there is no node '" + path + "' for --edit; some that there are: "
+                          + SomeNodeNames(m_nodes));
+    }
+    m_renderer->EditInContext(node->GetPath());
 }
 
 void RenderJob::AddLines()

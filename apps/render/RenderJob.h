@@ -5,6 +5,7 @@
 #include "host/ImportResult.h"
 
 #include <memory>
+#include <vector>
 
 namespace OV
 {
@@ -17,7 +18,7 @@ namespace OV::Host
 {
 
 class HeadlessContext;
-class SceneRenderer;
+class PresentationRenderer;
 class Sheet;
 class Watermark;
 
@@ -53,6 +54,7 @@ private:
     void Load();
     void MakeFramebuffer();
     void SetLook();
+    void SetEdit();
     void AddLines();
     void PlaceCamera();
     void SetFog();
@@ -65,11 +67,12 @@ private:
     Options m_options;
     Stats m_stats;
     Host::ImportReport m_report;
+    std::vector<Host::ImportedNode> m_nodes;
     // Whatever holds GL objects goes before the context does.
     std::unique_ptr<Host::HeadlessContext> m_gl;
     std::unique_ptr<Platform::Linux::ESTextureLoader> m_textures;
     std::unique_ptr<AppContext> m_app;
-    std::unique_ptr<Host::SceneRenderer> m_renderer;
+    std::unique_ptr<Host::PresentationRenderer> m_renderer;
     std::unique_ptr<Host::Watermark> m_watermark;
     std::unique_ptr<Host::Sheet> m_sheet;
 };

@@ -28,10 +28,10 @@ enum Uniform : int
     UniformEnableLight,
     UniformEnableTexture,
     UniformHScale,
-    UniformLightDir,
+    UniformLight,
     UniformMvpMatrix,
     UniformNoiseTexture,
-    UniformNormalMatrix,
+    UniformNormals,
     UniformTexture0,
     UniformTexture1,
     UniformTexture2,
@@ -47,10 +47,10 @@ constexpr IndexedName kUniforms[] = {
     {UniformEnableLight, "u_enableLight"},
     {UniformEnableTexture, "u_enableTexture"},
     {UniformHScale, "u_hScale"},
-    {UniformLightDir, "u_lightDir"},
+    {UniformLight, "u_lightDir"},
     {UniformMvpMatrix, "u_mvpMatrix"},
     {UniformNoiseTexture, "u_noiseTexture"},
-    {UniformNormalMatrix, "u_normalMatrix"},
+    {UniformNormals, "u_normalMatrix"},
     {UniformTexture0, "u_texture0"},
     {UniformTexture1, "u_texture1"},
     {UniformTexture2, "u_texture2"},
@@ -92,7 +92,10 @@ void BindTexture(int unit, unsigned int texture)
 
 } // namespace
 
-CrosshatchEffectES20::CrosshatchEffectES20(EffectCache* cache) : MaterialEffectES20(cache) {}
+CrosshatchEffectES20::CrosshatchEffectES20(EffectCache* cache) : MaterialEffectES20(cache)
+{
+    static_assert(UniformLightDir == UniformLight && UniformNormalMatrix == UniformNormals);
+}
 
 unsigned int CrosshatchEffectES20::CreateProgramForOptions(std::uint64_t options, std::string& name)
 {

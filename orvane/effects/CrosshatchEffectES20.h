@@ -37,6 +37,10 @@ public:
     bool passFlag = false;
 
 protected:
+    /// Places in the table of uniforms.
+    static constexpr int UniformLightDir = 7;
+    static constexpr int UniformNormalMatrix = 10;
+
     unsigned int noiseTexture = 0;
     unsigned int hatchTextures[HatchCount] = {0, 0, 0, 0};
 

@@ -1,0 +1,81 @@
+#include "apps/render/NodePath.h"
+
+#include "orvane/scene/Node.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <set>
+#include <unordered_map>
+
+namespace OV::RenderApp
+{
+
+namespace
+{
+
+/// So many names tell what names look like.
+constexpr std::size_t MostNames = 8;
+
+using Names = std::unordered_map<const Node*, const std::string*>;
+
+/// Whether the path ends in the node's name, with those of its parents before it.
+bool Ends(const Node* node, const std::string& path, const Names& names)
+{
+    std::size_t end = path.size();
+    while (node)
+    {
+        const auto found = names.find(node);
+        if (found == names.end())
+        {
+            return false;
+        }
+        // A name may hold slashes itself.
+        const std::string& name = *found->second;
+        if (name.size() > end || path.compare(end - name.size(), name.size(), name) != 0)
+        {
+            return false;
+        }
+        end -= name.size();
+        if (end == 0)
+        {
+            return true;
+        }
+        if (path[--end] != '/')
+        {
+            return false;
+        }
+        node = node->GetParent();
+    }
+    return false;
+}
+
+} // namespace
+
+Node* FindNode(const std::vector<Host::ImportedNode>& nodes, const std::string& path)
+{
+    Names names;
+    for (const Host::ImportedNode& node : nodes)
+    {
+        names[node.node] = &node.name;
+    }
+    const auto found = std::find_if(nodes.begin(), nodes.end(),
+                                    [&](const Host::ImportedNode& node) { return Ends(node.node, path, names); });
+    return found == nodes.end() ? nullptr : found->node;
+}
+
+std::string SomeNodeNames(const std::vector<Host::ImportedNode>& nodes)
+{
+    std::set<std::string> seen;
+    std::string names;
+    for (const Host::ImportedNode& node : nodes)
+    {
+        if (node.name.empty() || seen.size() == MostNames || !seen.insert(node.name).second)
+        {
+            continue;
+        }
+        names += (names.empty() ? "" : ", ") + node.name;
+    }
+    return names;
+}
+
+} // namespace OV::RenderApp

@@ -1,0 +1,89 @@
+#include "apps/render/SurfaceSettings.h"
+
+#include "host/ImportOptions.h"
+#include "orvane/effects/EffectES20.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/Scene.h"
+
+#include <glm/vec3.hpp>
+#include <glm/vec4.hpp>
+
+namespace OV::RenderApp
+{
+
+namespace
+{
+
+constexpr float UsualOutlineShare = 1.0f / 500.0f;
+
+/// What a face in the dark keeps of its colour in the looks that shade every pixel. They take the
+/// luminance of the ambient colour for it, where the basic look adds the colour itself.
+constexpr float ShadeLevel = 0.5f;
+
+bool ShadesEveryPixel(Host::Look look)
+{
+    return look == Host::Look::Advanced || look == Host::Look::Phong;
+}
+
+glm::vec3 ToVec(const Vector& v)
+{
+    return {v.x, v.y, v.z};
+}
+
+glm::vec4 ToVec(const Color& color)
+{
+    return {color.r, color.g, color.b, 1.0f};
+}
+
+} // namespace
+
+float AmbientLevelFor(Host::Look look)
+{
+    // These fade from the whole colour to a share of it and add nothing, so that the light needs
+    // to leave no room.
+    return ShadesEveryPixel(look) ? 0.0f : Host::ImportOptions().ambientLevel;
+}
+
+void SuitMaterials(Host::Look look, Scene& scene)
+{
+    if (!ShadesEveryPixel(look))
+    {
+        return;
+    }
+    for (const auto* list : {&scene.GetOptimizedMaterials(), &scene.GetAlphaMaterials()})
+    {
+        for (Material* material : *list)
+        {
+            if ((material->flags & MaterialFlagUnlit) == 0)
+            {
+                material->SetAmbient(Color(ShadeLevel, ShadeLevel, ShadeLevel));
+            }
+        }
+    }
+}
+
+void ApplyClipping(const SurfaceLook& look, Scene& scene, float extent)
+{
+    if (look.clips.empty())
+    {
+        return;
+    }
+    for (const ClipPlane& plane : look.clips)
+    {
+        EffectES20::AddClipPlane(ToVec(plane.normal), ToVec(plane.position));
+    }
+    EffectES20::SetClipPlaneOutlineSize(look.outline.value_or(extent * UsualOutlineShare));
+    EffectES20::SetClipPlaneOutlineColor(ToVec(look.outlineColor));
+    EffectES20::EnablePocheColor(look.poche.has_value());
+    EffectES20::SetPocheColor(ToVec(look.poche.value_or(Color())));
+    // The section is where the insides show.
+    for (const auto* list : {&scene.GetOptimizedMaterials(), &scene.GetAlphaMaterials()})
+    {
+        for (Material* material : *list)
+        {
+            material->flags |= MaterialFlagNoCull;
+        }
+    }
+}
+
+} // namespace OV::RenderApp
