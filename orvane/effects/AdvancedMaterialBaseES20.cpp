@@ -242,7 +242,7 @@ void AdvancedMaterialBaseES20::BindMeshUniforms(MeshNode* node)
     if (lit && hasNormals)
     {
         SetNormalMatrix(AdvancedUniformNormalMatrix, node);
-        glFrontFace(node->GetGlobal().GetTransf3d().isMirror() ? GL_CW : GL_CCW);
+        glFrontFace(node->IsGlobalMirror() ? GL_CW : GL_CCW);
     }
 }
 

@@ -186,7 +186,7 @@ void BasicMaterialAmbientPassEffectES20::ReleaseMeshAttributes(MeshES20* mesh)
 void BasicMaterialAmbientPassEffectES20::BindMeshUniforms(MeshNode* node)
 {
     Set(UniformMvpMatrix, ModelViewProjection(node));
-    Set(UniformIsMirrored, node->GetGlobal().GetTransf3d().isMirror() ? 1 : 0);
+    Set(UniformIsMirrored, node->IsGlobalMirror() ? 1 : 0);
     Set(UniformPocheColor, s_pocheColor);
     Set(UniformPocheColorEnabled, s_pocheColorEnabled ? 1 : 0);
 }

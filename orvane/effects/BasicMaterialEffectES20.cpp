@@ -213,7 +213,7 @@ void BasicMaterialEffectES20::BindMeshUniforms(MeshNode* node)
         return;
     }
     SetNormalMatrix(UniformNormalMatrix, node);
-    m_mirrorLeft = node->GetGlobal().GetTransf3d().isMirror();
+    m_mirrorLeft = node->IsGlobalMirror();
     Set(UniformIsMirrored, m_mirrorLeft ? 1 : 0);
     Set(UniformWorldTransform, *node->GetGlobalMatrix());
     m_clipPlanesLeft = SetClipPlanes(UniformClipPlaneNormals, UniformClipPlanePositions,

@@ -281,9 +281,7 @@ Matrix EffectES20::ModelViewProjection(MeshNode* node) const
 
 void EffectES20::SetNormalMatrix(int index, MeshNode* node)
 {
-    Matrix3x3 matrix;
-    node->GetGlobal().ExtractAffineInverseTranspose3x3(matrix.m);
-    Set(index, matrix);
+    Set(index, node->GetGlobalNormalMatrix());
 }
 
 int EffectES20::SetClipPlanes(int normals, int positions, int count, bool wanted)

@@ -119,7 +119,7 @@ void MonotoneEffectES20::ReleaseMeshAttributes(MeshES20*)
 void MonotoneEffectES20::BindMeshUniforms(MeshNode* node)
 {
     Set(UniformMvpMatrix, ModelViewProjection(node));
-    glFrontFace(node->GetGlobal().GetTransf3d().isMirror() ? GL_CW : GL_CCW);
+    glFrontFace(node->IsGlobalMirror() ? GL_CW : GL_CCW);
     SetSurface(node);
     Set(UniformWorldTransform, *node->GetGlobalMatrix());
     if (SetClipPlanes(UniformClipPlaneNormals, UniformClipPlanePositions, UniformNumClipPlanes, clipPlanesActive) > 0)

@@ -90,7 +90,7 @@ void LineStyleES20::Prepare(CameraNodeES20*, std::vector<RenderItemES20>& items,
     items.resize(next + lineStyle->GetLines().size());
     for (Line* line : lineStyle->GetLines())
     {
-        LineDataOf(line)->clippingPlaneEnabled = clip;
+        LineDataOf(line)->EnableClippingPlane(clip);
         items[next++] = {line, this, false, nullptr};
     }
 }
@@ -102,7 +102,7 @@ void LineStyleES20::PrepareSpecificNode(Line* line, MeshNode* node, std::vector<
     {
         return;
     }
-    LineDataOf(line)->clippingPlaneEnabled = clippingPlane;
+    LineDataOf(line)->EnableClippingPlane(clippingPlane);
     items.push_back({line, this, true, node});
 }
 

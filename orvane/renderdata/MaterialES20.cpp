@@ -10,7 +10,6 @@
 #include "orvane/overlay/Material2D.h"
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/renderdata/SharedBufferPool.h"
-#include "orvane/renderdata/detail/Prefetch.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/NodeMaterial.h"
@@ -107,21 +106,6 @@ unsigned int AskForPixels(TextureLoader& loader, Material& material, LoadedScale
         });
 }
 
-/// Asks for what listing the meshes after this one will touch. One stage reads what the stage
-/// before it has asked for.
-void PrefetchAhead(const std::vector<Mesh*>& meshes, std::size_t current)
-{
-    constexpr std::size_t forMesh = 24;
-    constexpr std::size_t forRawMesh = 16;
-    constexpr std::size_t forData = 8;
-    if (current + forMesh < meshes.size())
-    {
-        Detail::Prefetch(meshes[current + forMesh]);
-        Detail::PrefetchEnd(meshes[current + forRawMesh]->GetRawMesh().get());
-        Detail::Prefetch(static_cast<MeshES20*>(meshes[current + forData]->GetRenderData()));
-    }
-}
-
 /// Whether an effect is one of the model that advanced materials are shaded by.
 bool IsOfModel(const EffectES20* effect, EffectCache::EffectType model)
 {
@@ -200,25 +184,41 @@ void MaterialES20::Prepare(CameraNodeES20* camera, std::vector<RenderItemES20>& 
 
 void MaterialES20::ListMeshes(std::vector<RenderItemES20>& items, bool clippingPlane)
 {
-    if (m_meshListRevision != material->GetMeshesRevision())
+    // A large scene is bound by memory: where nothing has changed, no mesh is looked at.
+    const bool holds = m_list.holds && m_list.meshes == material->GetMeshesRevision() &&
+                       m_list.listing == MeshES20::GetListingRevision() && m_list.clippingPlane == clippingPlane;
+    if (!holds)
     {
-        m_meshList.assign(material->GetMeshes().begin(), material->GetMeshes().end());
-        m_meshListRevision = material->GetMeshesRevision();
+        MakeList(clippingPlane);
     }
-    for (std::size_t i = 0; i < m_meshList.size(); ++i)
+    items.insert(items.end(), m_list.items.begin(), m_list.items.end());
+}
+
+void MaterialES20::MakeList(bool clippingPlane)
+{
+    m_list.items.clear();
+    m_list.holds = true;
+    for (Mesh* mesh : material->GetMeshes())
     {
-        PrefetchAhead(m_meshList, i);
-        Mesh* mesh = m_meshList[i];
+        // Whether a mesh with a draw ID is drawn is decided anew in every frame.
+        m_list.holds = m_list.holds && !mesh->UsingDrawID();
         if (!mesh->ReadyToDraw())
         {
             continue;
         }
         if (MeshES20* meshData = MeshDataOf(mesh))
         {
-            meshData->clippingPlaneEnabled = clippingPlane;
-            items.push_back({mesh, this, false, nullptr});
+            meshData->EnableClippingPlane(clippingPlane);
+            m_list.items.push_back({mesh, this, false, nullptr});
+        }
+        else
+        {
+            m_list.holds = false;
         }
     }
+    m_list.meshes = material->GetMeshesRevision();
+    m_list.listing = MeshES20::GetListingRevision();
+    m_list.clippingPlane = clippingPlane;
 }
 
 void MaterialES20::PrepareSpecificNode(CameraNodeES20*, Mesh* mesh, MeshNode* node,
@@ -230,7 +230,7 @@ void MaterialES20::PrepareSpecificNode(CameraNodeES20*, Mesh* mesh, MeshNode* no
     }
     if (MeshES20* meshData = MeshDataOf(mesh))
     {
-        meshData->clippingPlaneEnabled = clippingPlane;
+        meshData->EnableClippingPlane(clippingPlane);
         items.push_back({mesh, this, true, node});
     }
     if (material->UsingDrawID())

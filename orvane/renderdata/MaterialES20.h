@@ -128,16 +128,23 @@ private:
     void ReleaseTextures();
     unsigned int LoadMap(const std::string& name);
     void ListMeshes(std::vector<RenderItemES20>& items, bool clippingPlane);
+    void MakeList(bool clippingPlane);
     MeshES20* MeshDataOf(Mesh* mesh);
 
     /// What a change of the shader type took out of each slot, with the slot's reference.
     EffectES20* m_replacedEffects[kRenderPassCount] = {};
     LifetimeWatch m_cacheWatch;
 
-    // The material's set of meshes as of a revision of it: walking the set itself, node by
-    // node over the heap, would cost a frame more than anything else here.
-    std::vector<Mesh*> m_meshList;
-    std::uint64_t m_meshListRevision = ~std::uint64_t(0);
+    /// What was listed last, and under what it holds: in a steady frame it is copied.
+    struct List
+    {
+        std::vector<RenderItemES20> items;
+        bool holds = false;
+        bool clippingPlane = false;
+        std::uint64_t meshes = 0;  ///< revision of the material's set of meshes
+        std::uint64_t listing = 0; ///< revision of all meshes' render data
+    };
+    List m_list;
 };
 
 } // namespace OV

@@ -17,10 +17,12 @@ namespace OV
 {
 
 unsigned int MeshES20::s_vertexId = 0;
+std::uint64_t MeshES20::s_listingRevision = 0;
 
 MeshES20::MeshES20(Mesh* sceneMesh, SharedBufferPool* bufferPool) :
     mesh(sceneMesh), pool(bufferPool)
 {
+    ++s_listingRevision;
     if (mesh && mesh->GetNumVertices() > 0)
     {
         sharedBuffer = bufferPool->AddMesh(this);
@@ -29,6 +31,7 @@ MeshES20::MeshES20(Mesh* sceneMesh, SharedBufferPool* bufferPool) :
 
 MeshES20::~MeshES20()
 {
+    ++s_listingRevision;
     if (sharedBuffer)
     {
         sharedBuffer->RemoveMesh(this);

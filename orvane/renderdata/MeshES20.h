@@ -57,7 +57,18 @@ public:
     Mesh* GetMesh() const { return mesh; }
 
     /// Whether the clip planes cut this mesh.
-    void EnableClippingPlane(bool enable) { clippingPlaneEnabled = enable; }
+    void EnableClippingPlane(bool enable)
+    {
+        if (clippingPlaneEnabled != enable)
+        {
+            clippingPlaneEnabled = enable;
+            ++s_listingRevision;
+        }
+    }
+
+    /// Another number whenever any mesh gains or loses render data, or the clip planes begin or
+    /// cease to cut one: what was listed for drawing under the same number still holds.
+    static std::uint64_t GetListingRevision() { return s_listingRevision; }
 
     /// Binds the pair of buffers unless the vertex buffer is the one bound last: the two live
     /// and die together. GL.
@@ -69,26 +80,27 @@ public:
     /// Name of the vertex buffer that the engine bound last, for the whole process; 0: unknown.
     static unsigned int s_vertexId;
 
+    // What a draw reads stands first and together, as in a mesh.
     Mesh* mesh = nullptr; ///< not owned
     unsigned int vertexBufferId = 0;
     unsigned int indexBufferId = 0;
-
-    /// Placed this mesh; reads null once it is gone, and the next frame replaces this object.
-    WatchedPtr<SharedBufferPool> pool;
-    SharedBuffer* sharedBuffer = nullptr; ///< null for a mesh that had no vertices
     int stride = 0;
     int positionOffset = 0;
     int normalOffset = 0;
     int textureOffset = 0;
     int colorOffset = 0;
+    int scalarOffset = 0;         ///< -1 after the upload: no scalar stream is packed
     std::int64_t indexOffset = 0; ///< bytes in the index buffer of this mesh's first index
     std::int64_t indexCount = 0;  ///< number of indices uploaded
 
     /// Vertices uploaded beyond the one that the largest index names; negative when that index
     /// leads out of the mesh, which is then not drawn.
     std::int64_t spareVertices = 0;
-    int scalarOffset = 0;         ///< -1 after the upload: no scalar stream is packed
     bool clippingPlaneEnabled = false;
+
+    /// Placed this mesh; reads null once it is gone, and the next frame replaces this object.
+    WatchedPtr<SharedBufferPool> pool;
+    SharedBuffer* sharedBuffer = nullptr; ///< null for a mesh that had no vertices
 
 protected:
     /// Whether a node of the list given to Render is drawn: visible, ready, and not left to a
@@ -102,6 +114,10 @@ protected:
     const void* FirstIndex() const;
 
 private:
+    friend class SharedBufferPool;
+
+    static std::uint64_t s_listingRevision;
+
     void DrawNodes(unsigned int mode, EffectES20* effect, const std::vector<MeshNode*>& nodes,
                    bool specificNode);
 };

@@ -69,6 +69,7 @@ SharedBufferPool& SharedBufferPool::operator=(SharedBufferPool&& other)
 
 SharedBufferPool::~SharedBufferPool()
 {
+    ++MeshES20::s_listingRevision;
     UnlistAll();
 }
 

@@ -3,6 +3,8 @@
 #include "orvane/effects/EffectES20.h"
 #include "orvane/engine/RenderCapabilities.h"
 #include "orvane/imaging/TextureLoader.h"
+#include "orvane/math/Matrix.h"
+#include "orvane/math/Matrix3x3.h"
 #include "orvane/overlay/Scene2D.h"
 #include "orvane/platform/detail/EntryPoints.h"
 #include "orvane/renderdata/CameraNodeES20.h"
@@ -106,25 +108,32 @@ void PrefetchAhead(const std::vector<RenderItemES20>& items, std::size_t current
 {
     constexpr std::size_t forMesh = 24;
     constexpr std::size_t forItsParts = 16;
-    constexpr std::size_t forDataAndNode = 8;
+    constexpr std::size_t forDataAndNode = 10;
+    constexpr std::size_t forMatrix = 4;
     if (current + forMesh >= items.size())
     {
         return;
     }
-    Detail::Prefetch(items[current + forMesh].mesh);
+    Detail::PrefetchHead(items[current + forMesh].mesh);
 
     const Mesh& mesh = *items[current + forItsParts].mesh;
     Detail::PrefetchEnd(mesh.GetRawMesh().get());
     Detail::PrefetchBegin(mesh.GetNodes().data());
 
     const RenderItemES20& item = items[current + forDataAndNode];
-    Detail::Prefetch(static_cast<MeshES20*>(item.mesh->GetRenderData()));
+    Detail::PrefetchHead(static_cast<MeshES20*>(item.mesh->GetRenderData()));
     if (const MeshNode* node = FirstNode(item))
     {
-        // The place of its matrix stands first in a node; transform, flags and draw ID follow
-        // one another.
+        // The place of its matrix stands first in a node, flags and draw ID behind all that it
+        // has as a plain node.
         Detail::PrefetchBegin(node);
-        Detail::Prefetch(&node->GetGlobal(), &node->GetGlobal() + 2);
+        Detail::PrefetchBegin(static_cast<const Node*>(node) + 1);
+    }
+    if (const MeshNode* node = FirstNode(items[current + forMatrix]))
+    {
+        constexpr std::size_t extent = sizeof(Matrix) + sizeof(Matrix3x3);
+        const char* const matrix = reinterpret_cast<const char*>(node->PeekGlobalMatrix());
+        Detail::Prefetch(matrix, matrix + extent);
     }
 }
 

@@ -255,6 +255,7 @@ void CameraNode::SyncView(CameraNode* other)
     invTransform = other->invTransform;
     distanceToTarget = other->distanceToTarget;
     globalMatrixDirty = true;
+    globalNormalsDirty = true;
     UpdateFrustum(other->screenWidth, other->screenHeight);
 }
 

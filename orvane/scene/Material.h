@@ -156,7 +156,8 @@ public:
         return meshes;
     }
 
-    /// Another number after every change of the set of meshes, for whoever keeps a list of it.
+    /// Another number after every change of the set of meshes, or of a draw ID of one of them,
+    /// for whoever keeps a list of it.
     std::uint64_t GetMeshesRevision() const
     {
         return m_meshesRevision;
@@ -264,6 +265,7 @@ protected:
     unsigned int drawID = 0;
 
 private:
+    friend class Mesh;
     friend class Scene;
 
     bool MatchesUpdateID() const;

@@ -66,8 +66,8 @@ Mesh::Mesh(const Mesh& other, Scene* ownScene) :
 Mesh::Mesh(const Mesh& other) :
     rawMesh(other.rawMesh),
     drawID(other.drawID),
-    renderDataOnRawMesh(other.renderDataOnRawMesh),
     flags(other.flags),
+    renderDataOnRawMesh(other.renderDataOnRawMesh),
     sortID(other.sortID)
 {
 }
@@ -276,6 +276,14 @@ void Mesh::SetRenderData(Object* data, bool onRawMesh)
     {
         delete target.release();
         target.reset(data);
+    }
+}
+
+void Mesh::DrawIDChanged()
+{
+    if (material)
+    {
+        ++material->m_meshesRevision;
     }
 }
 

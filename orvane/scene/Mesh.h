@@ -148,6 +148,7 @@ public:
     void SetDrawID(unsigned int id)
     {
         drawID = id;
+        DrawIDChanged();
     }
 
     bool UsingDrawID() const
@@ -158,7 +159,7 @@ public:
     /// Keeps the mesh from being drawn until the next SetDrawID.
     void InvalidateDrawID()
     {
-        drawID = 1;
+        SetDrawID(1);
     }
 
     /// False for a mesh that uses a draw ID and has no scene.
@@ -182,14 +183,15 @@ public:
     void Resume();
 
 protected:
+    // What a draw reads stands first and together: a frame walks every mesh.
     std::shared_ptr<RawMesh> rawMesh;
     std::vector<MeshNode*> nodes;
     Material* material = nullptr;
-    Scene* scene = nullptr;
     unsigned int drawID = 0;
+    unsigned int flags = 0;
     bool renderDataOnRawMesh = true;
     std::unique_ptr<Object> renderData;
-    unsigned int flags = 0;
+    Scene* scene = nullptr;
     std::uint64_t sortID;
 
 private:
@@ -198,6 +200,9 @@ private:
     friend class Scene;
 
     bool MatchesUpdateID() const;
+
+    /// Tells the material, so that nobody goes by an older list of its meshes.
+    void DrawIDChanged();
 
     /// The scenes that list this mesh as a draw item, once for each item.
     std::vector<Scene*> m_drawLists;

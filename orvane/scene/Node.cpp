@@ -48,6 +48,7 @@ void Node::SetGlobal(const Transform& t)
         toParent.Invert(parent->global);
     }
     global = t;
+    globalNormalsDirty = true;
     local.Multiply(toParent, global);
     MarkMoved();
 }
@@ -75,6 +76,7 @@ void Node::UpdateGraph()
             updateID = current;
         }
         globalMatrixDirty = true;
+        globalNormalsDirty = true;
     }
     for (Node* child : children)
     {
@@ -145,12 +147,13 @@ void Node::RemoveChild(Node* child)
     child->parent = nullptr;
 }
 
-Matrix* Node::GetGlobalMatrix()
+Matrix* Node::UpdateGlobalMatrix()
 {
     if (!globalMatrix)
     {
         // The flag stays as it is: one more extraction on the next call is meant.
-        globalMatrix = std::make_unique<Matrix>();
+        globalMatrix = std::make_unique<GlobalMatrix>();
+        globalNormalsDirty = true;
         global.ExtractMatrix(*globalMatrix, true);
     }
     else if (globalMatrixDirty)
@@ -159,6 +162,18 @@ Matrix* Node::GetGlobalMatrix()
         globalMatrixDirty = false;
     }
     return globalMatrix.get();
+}
+
+const Node::GlobalMatrix& Node::UpdateNormals()
+{
+    if (!globalMatrix)
+    {
+        UpdateGlobalMatrix();
+    }
+    global.ExtractAffineInverseTranspose3x3(globalMatrix->normalMatrix.m);
+    globalMatrix->isMirror = global.GetTransf3d().isMirror();
+    globalNormalsDirty = false;
+    return *globalMatrix;
 }
 
 void Node::SetAnimationData(Object* data)

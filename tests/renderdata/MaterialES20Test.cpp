@@ -453,6 +453,56 @@ TEST_F(MaterialES20Test, PrepareFollowsEveryChangeOfTheMaterialsMeshes)
     EXPECT_EQ(material.GetMeshesRevision(), unchanged);
 }
 
+TEST_F(MaterialES20Test, ASteadyListGivesWayToADrawIDToLostRenderDataAndToClipping)
+{
+    Scene scene;
+    auto* second = new Mesh(MakeRawMesh(3, {0, 1, 2}), &scene);
+    material.AddMesh(second);
+    OpenMaterialES20 data(&material, nullptr, &pool, nullptr);
+    const auto count = [&](bool clippingPlane)
+    {
+        items.clear();
+        data.Prepare(camera, items, clippingPlane);
+        return items.size();
+    };
+    const auto isClipped = [&] { return static_cast<MeshES20*>(second->GetRenderData())->clippingPlaneEnabled; };
+    EXPECT_EQ(count(false), 2u);
+    EXPECT_EQ(count(false), 2u) << "as before";
+    EXPECT_FALSE(isClipped());
+
+    EXPECT_EQ(count(true), 2u);
+    EXPECT_TRUE(isClipped());
+    EXPECT_EQ(count(false), 2u);
+    EXPECT_FALSE(isClipped());
+
+    second->SetDrawID(scene.GetUpdateID());
+    EXPECT_EQ(count(false), 2u);
+    scene.UpdateGraph(1.0f, 1.0f);
+    EXPECT_EQ(count(false), 1u) << "the time of its draw ID has passed";
+    second->SetDrawID(0);
+    EXPECT_EQ(count(false), 2u);
+    second->InvalidateDrawID();
+    EXPECT_EQ(count(false), 1u);
+    second->SetDrawID(0);
+    EXPECT_EQ(count(false), 2u);
+
+    second->Suspend();
+    EXPECT_EQ(count(false), 2u);
+    EXPECT_NE(second->GetRenderData(), nullptr) << "made anew";
+    EXPECT_EQ(count(false), 2u);
+}
+
+TEST_F(MaterialES20Test, TheClippingThatAnotherUserOfAMeshHasSetIsSetBack)
+{
+    OpenMaterialES20 data(&material, nullptr, &pool, nullptr);
+    data.Prepare(camera, items, false);
+    data.Prepare(camera, items, false);
+    auto* const meshData = static_cast<MeshES20*>(mesh.GetRenderData());
+    meshData->EnableClippingPlane(true);
+    data.Prepare(camera, items, false);
+    EXPECT_FALSE(meshData->clippingPlaneEnabled);
+}
+
 TEST_F(MaterialES20Test, LongListsAreListedInFull)
 {
     std::vector<std::unique_ptr<Mesh>> many;

@@ -462,6 +462,34 @@ TEST_F(NodeInScene, GlobalMatrixIsExtractedOnceAChange)
     EXPECT_EQ(matrix->m[0], 1.0f);
 }
 
+TEST_F(NodeInScene, NormalMatrixAndMirrorFollowEveryChangeOfTheGlobalTransform)
+{
+    const auto expectCurrent = [&](const char* when)
+    {
+        SCOPED_TRACE(when);
+        float expected[9];
+        parent->GetGlobal().ExtractAffineInverseTranspose3x3(expected);
+        for (int i = 0; i < 9; ++i)
+        {
+            EXPECT_EQ(parent->GetGlobalNormalMatrix().m[i], expected[i]) << i;
+        }
+        EXPECT_EQ(parent->IsGlobalMirror(), parent->GetGlobal().GetTransf3d().isMirror());
+    };
+    Transform mirror;
+    mirror.SetScale(Vector(-2.0f, 1.0f, 3.0f));
+    expectCurrent("at first");
+    parent->SetGlobal(mirror);
+    EXPECT_TRUE(parent->IsGlobalMirror());
+    expectCurrent("after SetGlobal, before any update");
+    parent->SetLocal(TurnedAboutY(0.5));
+    EXPECT_TRUE(parent->IsGlobalMirror()) << "SetLocal alone changes no global";
+    Update();
+    EXPECT_FALSE(parent->IsGlobalMirror());
+    expectCurrent("after an update");
+    parent->GetGlobalMatrix();
+    expectCurrent("after the matrix was asked for");
+}
+
 TEST_F(NodeInScene, GlobalMatrixOfANodeNeverMovedIsTheIdentity)
 {
     Node fresh(&scene);
