@@ -43,7 +43,7 @@ TEST_F(RenderUsage, HelpNamesEveryOptionAndNeedsNoGL)
         for (const char* option :
              {"--output", "--size", "--samples", "--view", "--eye", "--target", "--up", "--fov", "--ortho",
               "--background", "--sky", "--fog", "--no-cull", "--lines", "--crease", "--line-width", "--line-color", "--dash",
-              "--line-offset", "--title", "--scale-bar", "--north", "--watermark", "--stats", "--frames",
+              "--line-offset", "--look", "--clip", "--poche", "--outline", "--outline-color", "--edit", "--title", "--scale-bar", "--north", "--watermark", "--stats", "--frames",
               "--list-formats", "--version",
               "--help", "iso, front, back, left, right, top", "0 done, 1 failed, 2 wrong usage"})
         {
