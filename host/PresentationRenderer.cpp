@@ -19,6 +19,7 @@
 #include <GL/glext.h>
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 
 namespace OV::Host
@@ -66,6 +67,45 @@ public:
 
 private:
     bool m_wanted;
+};
+
+/// Shades every sample of a multisampled picture for the length of a scope, where GL can.
+///
+/// Shaded once a pixel, a face that a pixel's centre misses is looked at beyond its rim: what
+/// seen from its edge runs through a clip plane leaves dots on the wrong side. And it is the
+/// shader that cuts, so that this is what smooths the rim of a cut.
+class SampleShadingScope
+{
+public:
+    explicit SampleShadingScope(bool wanted) : m_on(wanted && IsSupported() && !glIsEnabled(GL_SAMPLE_SHADING))
+    {
+        if (m_on)
+        {
+            glEnable(GL_SAMPLE_SHADING);
+            glMinSampleShading(1.0f);
+        }
+    }
+
+    ~SampleShadingScope()
+    {
+        if (m_on)
+        {
+            glMinSampleShading(0.0f);
+            glDisable(GL_SAMPLE_SHADING);
+        }
+    }
+
+    SampleShadingScope(const SampleShadingScope&) = delete;
+    SampleShadingScope& operator=(const SampleShadingScope&) = delete;
+
+private:
+    static bool IsSupported()
+    {
+        const auto* const names = reinterpret_cast<const char*>(glGetString(GL_EXTENSIONS));
+        return names && std::strstr(names, "GL_ARB_sample_shading");
+    }
+
+    bool m_on;
 };
 
 template <class Effect>
@@ -175,6 +215,7 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
         UseHatchEffect(scene);
     }
     bufferPool.GenerateVBOs();
+    const SampleShadingScope sampleShading(!EffectES20::GetClipPlaneNormals().empty());
     const PlainColorScope plainColors(m_look == Look::VertexColor);
     DrawItems(cameraData, PassOfLook());
     MeshES20::ResetBufferCache();

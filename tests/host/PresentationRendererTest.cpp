@@ -207,6 +207,35 @@ TEST_F(PresentationRendererTest, TheClipPlanesCutInEveryLookThatKnowsThem)
     }
 }
 
+TEST_F(PresentationRendererTest, OfAFaceSeenFromItsEdgeNoDotsAreLeftWhereItIsCut)
+{
+    scene->DeleteSubtree(node);
+    UseFramebuffer(Width(), Height(), 4);
+    material->SetFlags(MaterialFlagNoCull);
+    // So close to the height of the eye that it covers single samples of a pixel at most. Where
+    // the middle of such a pixel would meet its plane, it is not cut.
+    auto raw = std::make_shared<RawMesh>();
+    raw->StartDescription();
+    const float height = 0.004f;
+    raw->SetPositionBuffer({Vector(-4, height, -3), Vector(4, height, -3), Vector(4, height, 3), Vector(-4, height, 3)});
+    raw->SetNormalBuffer(std::vector<Vector>(4, Vector(0, 1, 0)));
+    raw->SetIndices({0, 1, 2, 0, 2, 3});
+    raw->EndDescription(true);
+    auto* mesh = new Mesh(raw, scene);
+    material->AddMesh(mesh);
+    node = new MeshNode(scene);
+    scene->GetRoot()->AddChild(node, false);
+    mesh->AddNode(node);
+    const Pixel background{0, 0, 255, 255};
+    for (const Look look : {Look::Basic, Look::Advanced, Look::Phong, Look::Monotone, Look::VertexColor})
+    {
+        EffectES20::ClearClipPlanes();
+        EXPECT_LT(Draw(look).Count(background), Width() * Height()) << "it shows";
+        EffectES20::AddClipPlane(glm::vec3(0, 0, -1), glm::vec3(0, 0, 3.2f));
+        EXPECT_EQ(Draw(look).Count(background), Width() * Height()) << static_cast<int>(look);
+    }
+}
+
 TEST_F(PresentationRendererTest, LinesAreDrawnInEveryLook)
 {
     AllowStateChange("polygon offset"); // as lines leave it
