@@ -361,7 +361,7 @@ LightNode* ModelImporter::AddDefaultLights(Scene& scene, float ambientLevel)
     auto* light = new LightNode(&scene);
     light->SetColor(strength, strength, strength);
     light->SetAmbient(1.0f, 1.0f, 1.0f);
-    light->SetLocalDirection(Vector(0.35f, -0.7f, -1.0f));
+    light->SetLocalDirection(Vector(0.35f, -0.6f, -1.0f));
     scene.GetCameraNode()->AddChild(light, false);
     return light;
 }

@@ -21,6 +21,7 @@
 #include "orvane/effects/shaders/VertexColorEffectES20.vert.h"
 #include "orvane/effects/shaders/WeightedAverageSecondPassEffectES20.frag.h"
 #include "orvane/effects/shaders/WeightedAverageSecondPassEffectES20.vert.h"
+#include "orvane/platform/detail/EntryPoints.h"
 #include "tests/support/GLFixture.h"
 #include "tests/support/ProgramInspection.h"
 
@@ -133,6 +134,9 @@ constexpr PlainSource kPlainSources[] = {
 
 class LooksOptions : public GLFixture
 {
+protected:
+    // These tests call GL themselves, before the engine has had a reason to load it.
+    void SetUp() override { ASSERT_TRUE(Platform::LoadEntryPoints()); }
 };
 
 } // namespace

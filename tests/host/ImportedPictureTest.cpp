@@ -138,8 +138,8 @@ TEST_F(ImportedPictureTest, APictureInAFileStandsUpright)
 TEST_F(ImportedPictureTest, AmbientAndDefaultLightMakeUpTheColour)
 {
     Show(SquareGlb(FourBlocks()));
-    // The light meets the square at the angle of its direction (0.35, -0.7, -1).
-    const float cosine = 1.0f / std::sqrt(0.35f * 0.35f + 0.7f * 0.7f + 1.0f);
+    // The light meets the square at the angle of its direction (0.35, -0.6, -1).
+    const float cosine = 1.0f / std::sqrt(0.35f * 0.35f + 0.6f * 0.6f + 1.0f);
     ExpectBlocks(Draw(), 0.3f + 0.7f * cosine);
 }
 
