@@ -13,12 +13,14 @@
 
 #include <malloc.h>
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <vector>
 
 #if defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/allocator_interface.h>
+// Of the sanitizer's own heap; its header is a package of its own.
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 #endif
 
 namespace OV::Test
