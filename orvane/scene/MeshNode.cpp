@@ -94,8 +94,6 @@ bool MeshNode::FrustumCulling(float& nearValue, float& farValue)
     }
 
     const float scale = global.GetMaxScale();
-    const float oldNear = nearValue;
-    const float oldFar = farValue;
     bool culled = true;
     for (Mesh* mesh : meshes)
     {
@@ -125,10 +123,9 @@ bool MeshNode::FrustumCulling(float& nearValue, float& farValue)
         }
     }
 
+    // A culled node has passed over each of its meshes: the range is as it was.
     if (culled)
     {
-        nearValue = oldNear;
-        farValue = oldFar;
         flags |= NodeFlagCulled;
     }
     else

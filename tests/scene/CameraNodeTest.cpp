@@ -238,6 +238,11 @@ struct OutsideCase
     bool outside;
 };
 
+void PrintTo(const OutsideCase& given, std::ostream* out)
+{
+    *out << given.label;
+}
+
 /// On a screen of 200 x 100 the perspective sides stand at 45 degrees; the orthographic sides
 /// are 40 and 20 away.
 class SphereBeforeCamera : public TurnedCamera, public ::testing::WithParamInterface<OutsideCase>
@@ -307,6 +312,7 @@ TEST_F(TurnedCamera, SyncViewSeesWhatTheOtherSees)
     mine.SetLocal(At(1, 1, 1));
     mine.GetGlobalMatrix();
     mine.GetGlobalMatrix();
+    EXPECT_EQ(mine.GetGlobalNormalMatrix().m[0], 1.0f);
     mine.SyncView(&camera);
     ExpectNearFar(mine, 1.0f, 100.0f);
     EXPECT_EQ(mine.GetFOV(), camera.GetFOV());
@@ -318,7 +324,8 @@ TEST_F(TurnedCamera, SyncViewSeesWhatTheOtherSees)
     EXPECT_EQ(mine.screenWidth, 200.0f);
     EXPECT_EQ(mine.screenHeight, 100.0f);
     EXPECT_TRUE(IsNear(mine.GetFrustum().leftPlane.point, camera.GetFrustum().leftPlane.point, 0.0f));
-    EXPECT_EQ(mine.GetGlobalMatrix()->m[12], 10.0f) << "the matrix is stale";
+    EXPECT_EQ(mine.GetGlobalMatrix()->m[12], 10.0f) << "the cached matrix was marked";
+    EXPECT_NEAR(mine.GetGlobalNormalMatrix().m[0], 0.0f, 1e-6f) << "and that of the normals";
 }
 
 TEST_F(TurnedCamera, SyncViewFromACameraWithoutARangeTakesTheDefaultsAndLeavesTheSource)

@@ -260,6 +260,11 @@ struct Group
     Steps steps;
 };
 
+void PrintTo(const Group& group, std::ostream* out)
+{
+    *out << group.label;
+}
+
 class DestructionOrder : public ::testing::TestWithParam<Group>
 {
 };

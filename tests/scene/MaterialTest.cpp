@@ -342,7 +342,7 @@ TEST(Material, AMeshOfASortIDThatIsThereIsNotTaken)
     EXPECT_TRUE(material.GetMeshes().empty());
 }
 
-TEST(Material, MeshesRevisionChangesWithEveryChangeOfTheSet)
+TEST(Material, MeshesRevisionChangesWithEveryChangeOfTheSetAndOfADrawIDInIt)
 {
     Material material("a");
     Mesh first(nullptr);
@@ -363,6 +363,12 @@ TEST(Material, MeshesRevisionChangesWithEveryChangeOfTheSet)
         EXPECT_TRUE(isNew());
     }
     EXPECT_TRUE(isNew()) << "a mesh has died";
+    first.SetDrawID(5);
+    EXPECT_FALSE(isNew()) << "it is no longer there";
+    second.SetDrawID(5);
+    EXPECT_TRUE(isNew());
+    second.InvalidateDrawID();
+    EXPECT_TRUE(isNew());
 }
 
 TEST(Material, RemoveMeshOfAStrangerIsRefused)

@@ -189,8 +189,8 @@ TEST_F(ViewedScene, PopulateFollowsTheAlphaListTheMeshesAndTheirNodes)
     Material* const opaque = AddMaterial(1.0f);
     Material* const first = AddMaterial(0.5f);
     Material* const second = AddMaterial(0.5f);
-    MeshNode* const a = AddNode(scene.GetRoot(), Transform());
-    MeshNode* const b = AddNode(scene.GetRoot(), Transform());
+    MeshNode* const a = AddNode(scene.GetRoot(), At(0, 0, -5));
+    MeshNode* const b = AddNode(scene.GetRoot(), At(0, 0, -6));
     AddBall(opaque, a);
     Mesh* const late = AddBall(second, b);
     Mesh* const early = new Mesh(nullptr, &scene);
@@ -208,6 +208,7 @@ TEST_F(ViewedScene, PopulateFollowsTheAlphaListTheMeshesAndTheirNodes)
         EXPECT_EQ(item->z, 0.0f);
     }
     Update();
+    EXPECT_EQ(scene.GetZOrderedDrawItems()[0]->z, 6.0f);
     scene.PopulateZOrderedDrawItems();
     EXPECT_EQ(PairsOf(scene), expected) << "anew, not added to";
     for (const AlphaMeshNode* const item : scene.GetZOrderedDrawItems())
@@ -370,6 +371,11 @@ struct DepthCase
     float nearValue, farValue;
     float nearExpected, farExpected;
 };
+
+void PrintTo(const DepthCase& given, std::ostream* out)
+{
+    *out << given.label;
+}
 
 class DepthRange : public ViewedScene, public ::testing::WithParamInterface<DepthCase>
 {
