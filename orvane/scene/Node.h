@@ -101,10 +101,12 @@ public:
     }
 
     /// The global transform as of the last UpdateGraph in floats, for rendering. Converted
-    /// once per change, and never null: the matrix is the node's own and lives as long.
+    /// once per change, and never null: the matrix is the node's own and lives as long. What
+    /// it holds changes with an UpdateGraph that moves the node.
     Matrix* GetGlobalMatrix()
     {
-        return globalMatrix && !globalMatrixDirty ? globalMatrix.get() : UpdateGlobalMatrix();
+        const bool isSettled = globalMatrix && !globalMatrixDirty && !m_isMatrixAhead;
+        return isSettled ? globalMatrix.get() : UpdateGlobalMatrix();
     }
 
     /// What carries normals to world space by GetGlobal: its transposed inverse in floats,
@@ -187,8 +189,15 @@ protected:
     std::unique_ptr<GlobalMatrix> globalMatrix;
     /// The scene's update ID at the last change of the transforms.
     unsigned int updateID = 0;
+    /// Whether GetGlobalMatrix has to convert the global transform.
     bool globalMatrixDirty = false;
     bool globalNormalsDirty = true;
+
+private:
+    /// Whether UpdateGraph has converted the matrix and nobody has asked for it since.
+    bool m_isMatrixAhead = false;
+
+protected:
     Transform local;
     Transform global;
     int userData = 0;

@@ -490,6 +490,42 @@ TEST_F(NodeInScene, NormalMatrixAndMirrorFollowEveryChangeOfTheGlobalTransform)
     expectCurrent("after the matrix was asked for");
 }
 
+TEST_F(NodeInScene, AMatrixThatWasAskedForIsConvertedByTheWalkAndNotAgain)
+{
+    Matrix* const matrix = parent->GetGlobalMatrix();
+    parent->SetLocal(At(4, 5, 6));
+    Update();
+    EXPECT_EQ(matrix->m[12], 4.0f);
+    matrix->m[12] = 77.0f;
+    EXPECT_EQ(parent->GetGlobalMatrix(), matrix);
+    EXPECT_EQ(matrix->m[12], 77.0f);
+    EXPECT_EQ(child->PeekGlobalMatrix(), nullptr) << "nobody asked for this one";
+}
+
+TEST_F(NodeInScene, SetGlobalShowsInTheMatrixWithTheNextUpdateUnlessOneIsStillUnasked)
+{
+    const auto ask = [this] { return parent->GetGlobalMatrix()->m[12]; };
+    parent->SetGlobal(At(1, 0, 0));
+    Update();
+    EXPECT_EQ(ask(), 1.0f);
+    EXPECT_EQ(ask(), 1.0f) << "after the first conversion comes one more";
+    parent->SetGlobal(At(2, 0, 0));
+    EXPECT_EQ(ask(), 1.0f) << "nothing has marked the matrix";
+    Update();
+    EXPECT_EQ(ask(), 2.0f);
+
+    parent->SetGlobal(At(3, 0, 0));
+    Update();
+    parent->SetGlobal(At(4, 0, 0));
+    EXPECT_EQ(ask(), 4.0f) << "the update has marked it, and nobody has asked since";
+    parent->SetGlobal(At(5, 0, 0));
+    EXPECT_EQ(ask(), 4.0f);
+    Update();
+    EXPECT_EQ(ask(), 5.0f);
+    parent->SetGlobal(At(6, 0, 0));
+    EXPECT_EQ(ask(), 5.0f);
+}
+
 TEST_F(NodeInScene, GlobalMatrixOfANodeNeverMovedIsTheIdentity)
 {
     Node fresh(&scene);
