@@ -1,10 +1,15 @@
-#define GL_GLEXT_PROTOTYPES
-
 #include "host/PresentationRenderer.h"
 
 #include "host/HatchTextures.h"
+#include "host/detail/ConstantColorScope.h"
+#include "host/detail/Effects.h"
 #include "host/detail/ObjectHatchEffect.h"
+#include "host/detail/SampleShadingScope.h"
+#include "host/detail/ScreenBuffer.h"
 #include "orvane/effects/AdvancedMaterialBaseES20.h"
+#include "orvane/effects/DepthIdPassEffectES20.h"
+#include "orvane/effects/LineFilterEffectES20.h"
+#include "orvane/effects/SSAOEffectES20.h"
 #include "orvane/imaging/TextureLoader.h"
 #include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/renderdata/MaterialES20.h"
@@ -16,10 +21,8 @@
 #include "orvane/scene/Scene.h"
 
 #include <GL/gl.h>
-#include <GL/glext.h>
 
 #include <algorithm>
-#include <cstring>
 #include <iterator>
 
 namespace OV::Host
@@ -39,96 +42,8 @@ constexpr NamedLook kLooks[] = {
     {"crosshatch", Look::Crosshatch}, {"monotone", Look::Monotone}, {"vertex-color", Look::VertexColor},
 };
 
-/// The attribute that the look reads colours from, where a mesh has them.
+/// The attribute that the look reads colours from.
 constexpr GLuint kColorAttribute = 2;
-
-/// What a mesh without colours has instead, for the length of a scope.
-class PlainColorScope
-{
-public:
-    explicit PlainColorScope(bool wanted) : m_wanted(wanted)
-    {
-        if (m_wanted)
-        {
-            glVertexAttrib4f(kColorAttribute, 1.0f, 1.0f, 1.0f, 1.0f);
-        }
-    }
-
-    ~PlainColorScope()
-    {
-        if (m_wanted)
-        {
-            glVertexAttrib4f(kColorAttribute, 0.0f, 0.0f, 0.0f, 1.0f);
-        }
-    }
-
-    PlainColorScope(const PlainColorScope&) = delete;
-    PlainColorScope& operator=(const PlainColorScope&) = delete;
-
-private:
-    bool m_wanted;
-};
-
-/// Shades every sample of a multisampled picture for the length of a scope, where GL can.
-///
-/// Shaded once a pixel, a face that a pixel's centre misses is looked at beyond its rim: what
-/// seen from its edge runs through a clip plane leaves dots on the wrong side. And it is the
-/// shader that cuts, so that this is what smooths the rim of a cut.
-class SampleShadingScope
-{
-public:
-    explicit SampleShadingScope(bool wanted) : m_on(wanted && IsSupported() && !glIsEnabled(GL_SAMPLE_SHADING))
-    {
-        if (m_on)
-        {
-            glEnable(GL_SAMPLE_SHADING);
-            glMinSampleShading(1.0f);
-        }
-    }
-
-    ~SampleShadingScope()
-    {
-        if (m_on)
-        {
-            glMinSampleShading(0.0f);
-            glDisable(GL_SAMPLE_SHADING);
-        }
-    }
-
-    SampleShadingScope(const SampleShadingScope&) = delete;
-    SampleShadingScope& operator=(const SampleShadingScope&) = delete;
-
-private:
-    static bool IsSupported()
-    {
-        const auto* const names = reinterpret_cast<const char*>(glGetString(GL_EXTENSIONS));
-        return names && std::strstr(names, "GL_ARB_sample_shading");
-    }
-
-    bool m_on;
-};
-
-template <class Effect>
-Effect* Fetch(EffectCache& cache, EffectCache::EffectType type)
-{
-    EffectES20* const effect = cache.GetEffect(type);
-    auto* const wanted = dynamic_cast<Effect*>(effect);
-    if (effect && !wanted)
-    {
-        effect->Release();
-    }
-    return wanted;
-}
-
-template <class Effect>
-void Drop(Effect*& effect)
-{
-    if (effect)
-    {
-        effect->Release();
-        effect = nullptr;
-    }
-}
 
 } // namespace
 
@@ -139,7 +54,7 @@ PresentationRenderer::PresentationRenderer(TextureLoader* loader, RenderCapabili
 
 PresentationRenderer::~PresentationRenderer()
 {
-    ReleaseEffects();
+    ReleaseHeld();
 }
 
 bool PresentationRenderer::ParseLook(const std::string& name, Look& look)
@@ -166,16 +81,21 @@ void PresentationRenderer::LeaveEdit()
 
 void PresentationRenderer::Suspend()
 {
-    ReleaseEffects();
+    ReleaseHeld();
     SceneRenderer::Suspend();
 }
 
-void PresentationRenderer::ReleaseEffects()
+void PresentationRenderer::ReleaseHeld()
 {
-    Drop(m_hatchEffect);
-    Drop(m_advanced);
-    Drop(m_phong);
+    Detail::Drop(m_hatchEffect);
+    Detail::Drop(m_advanced);
+    Detail::Drop(m_phong);
+    Detail::Drop(m_identifierEffect);
+    Detail::Drop(m_edgeEffect);
+    Detail::Drop(m_occlusionEffect);
     m_hatches.reset();
+    m_identifiers.reset();
+    m_picture.reset();
 }
 
 RenderPass PresentationRenderer::PassOfLook() const
@@ -197,28 +117,56 @@ RenderPass PresentationRenderer::PassOfLook() const
     return RenderPassDefault;
 }
 
-void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
+CameraNodeES20* PresentationRenderer::PrepareCamera(CameraNode& camera)
 {
     CameraNodeES20* const cameraData = CameraDataOf(&camera);
+    if (cameraData)
+    {
+        const float pointsPerPixel = GetPxToPtScale();
+        cameraData->UpdateMVP(static_cast<int>(static_cast<float>(width) * pointsPerPixel),
+                              static_cast<int>(static_cast<float>(height) * pointsPerPixel), false);
+    }
+    return cameraData;
+}
+
+void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
+{
+    CameraNodeES20* const cameraData = PrepareCamera(camera);
     if (!cameraData)
     {
         return;
     }
-    const float pointsPerPixel = GetPxToPtScale();
-    cameraData->UpdateMVP(static_cast<int>(static_cast<float>(width) * pointsPerPixel),
-                          static_cast<int>(static_cast<float>(height) * pointsPerPixel), false);
     PrepareLook();
-    BeginScene();
     ListItems(scene, cameraData);
     if (m_look == Look::Crosshatch)
     {
         UseHatchEffect(scene);
     }
+    const bool wantsScreen = NeedsIdentifiers() && PrepareScreenMesh();
     bufferPool.GenerateVBOs();
-    const SampleShadingScope sampleShading(!EffectES20::GetClipPlaneNormals().empty());
-    const PlainColorScope plainColors(m_look == Look::VertexColor);
-    DrawItems(cameraData, PassOfLook());
+    const bool hasIdentifiers = wantsScreen && DrawIdentifiers(cameraData);
+    BeginScene();
+    DrawLook(cameraData);
+    if (hasIdentifiers)
+    {
+        DrawOcclusion(camera);
+        DrawEdges();
+    }
     MeshES20::ResetBufferCache();
+}
+
+void PresentationRenderer::DrawLook(CameraNodeES20* cameraData)
+{
+    const Detail::SampleShadingScope sampleShading(!EffectES20::GetClipPlaneNormals().empty());
+    const Detail::ConstantColorScope plainColors(kColorAttribute, m_look == Look::VertexColor);
+    if (m_surfacesShown)
+    {
+        DrawItems(cameraData, m_items, PassOfLook());
+        return;
+    }
+    m_lines.assign(m_items.begin() + static_cast<std::ptrdiff_t>(m_firstLine),
+                   m_items.begin() + static_cast<std::ptrdiff_t>(m_firstAlpha));
+    DrawItems(cameraData, m_lines, RenderPassDefault);
 }
 
 void PresentationRenderer::PrepareLook()
@@ -281,12 +229,10 @@ void PresentationRenderer::UseHatchEffect(Scene& scene)
 
 void PresentationRenderer::PrepareEdit()
 {
-    AdvancedMaterialBaseES20*& effect = m_look == Look::Phong ? m_phong : m_advanced;
-    if (!effect)
-    {
-        effect = Fetch<AdvancedMaterialBaseES20>(effectCache, m_look == Look::Phong ? EffectCache::AdvancedMaterialPhong
-                                                                                    : EffectCache::AdvancedMaterial);
-    }
+    const bool soft = m_look == Look::Phong;
+    AdvancedMaterialBaseES20* const effect = Detail::FetchOnce(
+        soft ? m_phong : m_advanced, effectCache,
+        soft ? EffectCache::AdvancedMaterialPhong : EffectCache::AdvancedMaterial);
     if (!effect)
     {
         return;
@@ -320,26 +266,32 @@ void PresentationRenderer::ListItems(Scene& scene, CameraNodeES20* cameraData)
     {
         PrepareOptimizedMaterial(material, cameraData, m_items, true);
     }
-    for (LineStyle* lineStyle : scene.GetLineStyles())
+    m_firstLine = m_items.size();
+    if (m_linesShown)
     {
-        PrepareLineStyle(lineStyle, cameraData, m_items, true);
+        for (LineStyle* lineStyle : scene.GetLineStyles())
+        {
+            PrepareLineStyle(lineStyle, cameraData, m_items, true);
+        }
     }
+    m_firstAlpha = m_items.size();
     for (Material* material : scene.GetAlphaMaterials())
     {
         PrepareOptimizedMaterial(material, cameraData, m_items, true);
     }
 }
 
-void PresentationRenderer::DrawItems(CameraNodeES20* cameraData, RenderPass pass)
+void PresentationRenderer::DrawItems(CameraNodeES20* cameraData, const std::vector<RenderItemES20>& items,
+                                     RenderPass pass)
 {
     const auto passOf = [pass](const RenderItemES20& item) {
         return item.style->GetShader(pass) ? pass : RenderPassDefault;
     };
-    auto begin = m_items.begin();
-    while (begin != m_items.end())
+    auto begin = items.begin();
+    while (begin != items.end())
     {
         const RenderPass own = passOf(*begin);
-        const auto end = std::find_if(begin, m_items.end(),
+        const auto end = std::find_if(begin, items.end(),
                                       [&](const RenderItemES20& item) { return passOf(item) != own; });
         m_run.assign(begin, end);
         RenderItemList(cameraData, m_run, own);

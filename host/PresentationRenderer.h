@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/SceneRenderer.h"
+#include "orvane/math/Color.h"
 #include "orvane/scene/Node.h"
 
 #include <cstdint>
@@ -14,7 +15,11 @@ namespace OV
 {
 
 class AdvancedMaterialBaseES20;
+class DepthIdPassEffectES20;
 class EffectES20;
+class LineFilterEffectES20;
+class MaterialEffectES20;
+class SSAOEffectES20;
 
 } // namespace OV
 
@@ -22,6 +27,7 @@ namespace OV::Host::Detail
 {
 
 class ObjectHatchEffect;
+class ScreenBuffer;
 
 } // namespace OV::Host::Detail
 
@@ -41,12 +47,33 @@ enum class Look
     VertexColor, ///< the colours of the vertices; white where a mesh has none
 };
 
-/// A renderer that draws a scene in any look: each frame is prepared once and drawn with the pass
-/// of the look. Lines and 2D layers are as ever, and so are materials that know no other pass
-/// than the default one.
+/// What counts as one thing where edges are drawn.
+enum class Identity
+{
+    Object, ///< what has one colour at the vertices of a mesh; a mesh without colours is one thing
+    Group,  ///< the nodes of one Node::GetUserData
+};
+
+/// How the edges between things are drawn.
+struct EdgeLook
+{
+    /// Opacity, 0 to 1. Where only one neighbour of a pixel is of another thing, half of it.
+    float weight = 0.5f;
+    Color color{0.0f, 0.0f, 0.0f};
+    Identity identity = Identity::Group;
+};
+
+/// A renderer that puts a presentation together, each frame in this order: sky, identifiers and
+/// depth off screen, surfaces in a look, lines, ambient occlusion, edges. Each is on or off by
+/// itself; a captured frame is antialiased after them, and the layer above comes last.
 ///
-/// The global clip planes cut the surfaces in every look. To see the section fill, materials must
-/// show their back faces.
+/// Lines and 2D layers are as ever, and so are materials that know no other pass than the default
+/// one. The global clip planes cut the surfaces in every look. To see the section fill, materials
+/// must show their back faces.
+///
+/// Edges and ambient occlusion see surfaces, not lines, and need depth in the framebuffer that
+/// they are drawn over. They are left out of a frame that is drawn over another, and where GL
+/// can't make their buffers.
 class PresentationRenderer : public SceneRenderer
 {
 public:
@@ -61,6 +88,29 @@ public:
     void SetLook(Look look) { m_look = look; }
     Look GetLook() const { return m_look; }
 
+    /// Whether materials are drawn. On at first. Edges and ambient occlusion come from the
+    /// surfaces all the same.
+    void ShowSurfaces(bool show) { m_surfacesShown = show; }
+
+    /// Whether lines are drawn. On at first.
+    void ShowLines(bool show) { m_linesShown = show; }
+
+    /// Draws an edge of a screen pixel wherever one thing ends and another begins. None at first.
+    void SetEdges(const std::optional<EdgeLook>& edges) { m_edges = edges; }
+    const std::optional<EdgeLook>& GetEdges() const { return m_edges; }
+
+    /// Shows the identifiers that edges come from, as colours, in place of the scene. Off at
+    /// first; without edges those of EdgeLook's identity.
+    void ShowIdentifiers(bool show) { m_identifiersShown = show; }
+
+    /// Darkens corners. Off at first. How far it reaches follows the camera's near and far
+    /// distances; an orthographic camera counts as one as far away as the scene is deep.
+    void ShowAmbientOcclusion(bool show) { m_occlusionShown = show; }
+
+    /// Pixels per point of the 2D layers, where that isn't the device pixel ratio: supersampling
+    /// raises the ratio, and with it the size of all that is measured in points. None at first.
+    void SetLayerRatio(const std::optional<float>& pixelsPerPoint) { m_layerRatio = pixelsPerPoint; }
+
     /// In the looks Advanced and Phong everything is grey from the next frame on but the nodes
     /// whose path begins with this one.
     void EditInContext(std::vector<std::pair<std::uint64_t, std::uint64_t>> path);
@@ -68,6 +118,14 @@ public:
     /// Everything has its colour again.
     void LeaveEdit();
 
+    /// Draws the surfaces of a scene with one effect in place of theirs, in the order of a frame,
+    /// with depth, into what is bound. What is hidden or has no effect for identifiers is left
+    /// out. The camera's matrices get the size of the view, in points. GL.
+    void DrawSurfaces(Scene& scene, CameraNode& camera, MaterialEffectES20& effect);
+
+    void BeginCapture() override;
+    void ApplyCapture() override;
+    void Render2D(Scene2D* layer) override;
     void Suspend() override;
 
     /// Finds a look by its name on a command line, such as "vertex-color".
@@ -78,17 +136,43 @@ protected:
     void DrawScene(Scene& scene, CameraNode& camera) override;
 
 private:
+    /// In pixels.
+    struct Size
+    {
+        int width;
+        int height;
+    };
+
     RenderPass PassOfLook() const;
     void PrepareLook();
     void PrepareHatches();
     void UseHatchEffect(Scene& scene);
     void PrepareEdit();
     void BeginScene() const;
+    CameraNodeES20* PrepareCamera(CameraNode& camera);
     void ListItems(Scene& scene, CameraNodeES20* cameraData);
-    void DrawItems(CameraNodeES20* cameraData, RenderPass pass);
-    void ReleaseEffects();
+    void DrawLook(CameraNodeES20* cameraData);
+    void DrawItems(CameraNodeES20* cameraData, const std::vector<RenderItemES20>& items, RenderPass pass);
+    void ReleaseHeld();
+
+    // PresentationScreen.cpp: what is drawn by way of other buffers.
+    Size TargetSize() const;
+    bool NeedsIdentifiers() const;
+    void ListSurfaces();
+    bool DrawIdentifiers(CameraNodeES20* cameraData);
+    void DrawOcclusion(const CameraNode& camera);
+    void DrawEdges();
+    bool PrepareScreenMesh();
+    void DrawOverScreen(MaterialEffectES20& effect);
 
     Look m_look = Look::Advanced;
+    bool m_surfacesShown = true;
+    bool m_linesShown = true;
+    bool m_identifiersShown = false;
+    bool m_occlusionShown = false;
+    bool m_capturing = false; ///< from BeginCapture to ApplyCapture, where there are buffers
+    std::optional<EdgeLook> m_edges;
+    std::optional<float> m_layerRatio;
     std::optional<std::vector<std::pair<std::uint64_t, std::uint64_t>>> m_editPath;
 
     // One counted reference each, so that what is set on them lasts; null until they are drawn
@@ -96,10 +180,20 @@ private:
     Detail::ObjectHatchEffect* m_hatchEffect = nullptr;
     AdvancedMaterialBaseES20* m_advanced = nullptr;
     AdvancedMaterialBaseES20* m_phong = nullptr;
+    DepthIdPassEffectES20* m_identifierEffect = nullptr;
+    LineFilterEffectES20* m_edgeEffect = nullptr;
+    SSAOEffectES20* m_occlusionEffect = nullptr;
     std::unique_ptr<HatchTextures> m_hatches;
 
+    std::unique_ptr<Detail::ScreenBuffer> m_identifiers; ///< colours and depth of the surfaces
+    std::unique_ptr<Detail::ScreenBuffer> m_picture;     ///< what occlusion darkens
+
     std::vector<RenderItemES20> m_items;
-    std::vector<RenderItemES20> m_run; ///< those of m_items that one pass draws in a row
+    std::size_t m_firstLine = 0;  ///< in m_items, behind the opaque surfaces
+    std::size_t m_firstAlpha = 0; ///< in m_items, behind the lines
+    std::vector<RenderItemES20> m_lines;    ///< those of m_items, where they are drawn alone
+    std::vector<RenderItemES20> m_surfaces; ///< those of m_items that have identifiers
+    std::vector<RenderItemES20> m_run; ///< those of the items that one pass draws in a row
 };
 
 } // namespace OV::Host

@@ -1,0 +1,379 @@
+#define GL_GLEXT_PROTOTYPES
+
+#include "host/PresentationRenderer.h"
+#include "host/detail/ConstantColorScope.h"
+#include "host/detail/Effects.h"
+#include "host/detail/SampleShadingScope.h"
+#include "host/detail/ScreenBuffer.h"
+#include "orvane/effects/DepthIdPassEffectES20.h"
+#include "orvane/effects/LineFilterEffectES20.h"
+#include "orvane/effects/SSAOEffectES20.h"
+#include "orvane/renderdata/CameraNodeES20.h"
+#include "orvane/renderdata/MaterialES20.h"
+#include "orvane/renderdata/MeshES20.h"
+#include "orvane/scene/CameraNode.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/Scene.h"
+
+#include <GL/gl.h>
+#include <GL/glext.h>
+
+namespace OV::Host
+{
+
+namespace
+{
+
+/// The attribute that identifiers come from, where they are those of vertices.
+constexpr GLuint kIdentifierAttribute = 1;
+
+/// Near over far of the perspective camera that an orthographic one counts as for occlusion: one
+/// as far away from the scene as the scene is deep.
+constexpr float kOrthographicNear = 0.5f;
+
+bool IsMultisampled()
+{
+    GLint buffers = 0;
+    glGetIntegerv(GL_SAMPLE_BUFFERS, &buffers);
+    return buffers != 0;
+}
+
+/// What drawing over the screen changes, for the length of a scope: from the state that the
+/// passes over a scene leave to the same.
+class OverScreenScope
+{
+public:
+    OverScreenScope()
+    {
+        glDisable(GL_CULL_FACE);
+        glDisable(GL_DEPTH_TEST);
+        glDisable(GL_BLEND);
+        glDepthMask(GL_FALSE);
+    }
+
+    ~OverScreenScope()
+    {
+        glDepthMask(GL_TRUE);
+        glDisable(GL_BLEND);
+        glEnable(GL_DEPTH_TEST);
+        glEnable(GL_CULL_FACE);
+    }
+
+    OverScreenScope(const OverScreenScope&) = delete;
+    OverScreenScope& operator=(const OverScreenScope&) = delete;
+};
+
+/// Lets only what has something of the scene in it be drawn over, sample by sample, for the
+/// length of a scope. A background, which lies at the far plane, keeps its colour.
+class OverSceneScope
+{
+public:
+    OverSceneScope()
+    {
+        glGetIntegerv(GL_DEPTH_FUNC, &m_function);
+        glEnable(GL_DEPTH_TEST);
+        glDepthFunc(GL_GREATER);
+        glDepthRange(1.0, 1.0);
+    }
+
+    ~OverSceneScope()
+    {
+        glDepthRange(0.0, 1.0);
+        glDepthFunc(static_cast<GLenum>(m_function));
+    }
+
+    OverSceneScope(const OverSceneScope&) = delete;
+    OverSceneScope& operator=(const OverSceneScope&) = delete;
+
+private:
+    GLint m_function = GL_LESS;
+};
+
+/// Puts an effect in the place of what materials draw a pass with, for the length of a scope.
+class EffectInPlace
+{
+public:
+    EffectInPlace(const std::vector<RenderItemES20>& items, RenderPass pass, EffectES20& effect)
+    {
+        const MeshStyleES20* last = nullptr;
+        for (const RenderItemES20& item : items)
+        {
+            if (item.style == last)
+            {
+                continue;
+            }
+            last = item.style;
+            if (auto* const material = dynamic_cast<MaterialES20*>(item.style))
+            {
+                EffectES20*& slot = material->passEffects[pass];
+                m_replaced.emplace_back(&slot, slot);
+                slot = &effect;
+            }
+        }
+    }
+
+    ~EffectInPlace()
+    {
+        // Backwards: a style that is listed twice was replaced twice.
+        for (auto it = m_replaced.rbegin(); it != m_replaced.rend(); ++it)
+        {
+            *it->first = it->second;
+        }
+    }
+
+    EffectInPlace(const EffectInPlace&) = delete;
+    EffectInPlace& operator=(const EffectInPlace&) = delete;
+
+private:
+    std::vector<std::pair<EffectES20**, EffectES20*>> m_replaced;
+};
+
+/// Gives draw IDs back that being drawn uses up, at the end of a scope: who draws besides the
+/// frame must not take a mesh out of it.
+class DrawIdKeeper
+{
+public:
+    explicit DrawIdKeeper(const Scene& scene) : m_id(scene.GetUpdateID())
+    {
+        for (const auto* list : {&scene.GetOptimizedMaterials(), &scene.GetAlphaMaterials()})
+        {
+            for (Material* material : *list)
+            {
+                if (material->UsingDrawID() && material->ReadyToDraw())
+                {
+                    m_materials.push_back(material);
+                }
+            }
+        }
+    }
+
+    /// Before they are drawn.
+    void Keep(const std::vector<RenderItemES20>& items)
+    {
+        for (const RenderItemES20& item : items)
+        {
+            if (item.mesh->UsingDrawID() && item.mesh->ReadyToDraw())
+            {
+                m_meshes.push_back(item.mesh);
+            }
+        }
+    }
+
+    ~DrawIdKeeper()
+    {
+        for (Material* material : m_materials)
+        {
+            material->SetDrawID(m_id);
+        }
+        for (Mesh* mesh : m_meshes)
+        {
+            mesh->SetDrawID(m_id);
+        }
+    }
+
+    DrawIdKeeper(const DrawIdKeeper&) = delete;
+    DrawIdKeeper& operator=(const DrawIdKeeper&) = delete;
+
+private:
+    unsigned int m_id;
+    std::vector<Material*> m_materials;
+    std::vector<Mesh*> m_meshes;
+};
+
+} // namespace
+
+void PresentationRenderer::BeginCapture()
+{
+    SceneRenderer::BeginCapture();
+    m_capturing = offscreenFramebuffer != 0 && !UseMSAA();
+}
+
+void PresentationRenderer::ApplyCapture()
+{
+    m_capturing = false;
+    SceneRenderer::ApplyCapture();
+}
+
+void PresentationRenderer::Render2D(Scene2D* layer)
+{
+    const float ratio = devicePixelRatio;
+    devicePixelRatio = m_layerRatio.value_or(ratio);
+    SceneRenderer::Render2D(layer);
+    devicePixelRatio = ratio;
+}
+
+PresentationRenderer::Size PresentationRenderer::TargetSize() const
+{
+    return m_capturing ? Size{offscreenWidth, offscreenHeight} : Size{width, height};
+}
+
+bool PresentationRenderer::NeedsIdentifiers() const
+{
+    return !overDraw && (m_edges || m_occlusionShown || m_identifiersShown);
+}
+
+bool PresentationRenderer::PrepareScreenMesh()
+{
+    if (!screenMesh)
+    {
+        CreateScreenMesh();
+    }
+    return screenMeshData;
+}
+
+void PresentationRenderer::ListSurfaces()
+{
+    m_surfaces.clear();
+    const MeshStyleES20* last = nullptr;
+    bool identified = false;
+    for (std::size_t i = 0; i < m_items.size(); ++i)
+    {
+        if (i == m_firstLine)
+        {
+            i = m_firstAlpha;
+        }
+        if (i == m_items.size())
+        {
+            break;
+        }
+        const RenderItemES20& item = m_items[i];
+        if (item.style != last)
+        {
+            last = item.style;
+            identified = item.style->GetShader(RenderPassDepthId);
+        }
+        if (identified)
+        {
+            m_surfaces.push_back(item);
+        }
+    }
+}
+
+void PresentationRenderer::DrawSurfaces(Scene& scene, CameraNode& camera, MaterialEffectES20& effect)
+{
+    CameraNodeES20* const cameraData = PrepareCamera(camera);
+    if (!cameraData)
+    {
+        return;
+    }
+    DrawIdKeeper drawIds(scene);
+    ListItems(scene, cameraData);
+    ListSurfaces();
+    drawIds.Keep(m_surfaces);
+    bufferPool.GenerateVBOs();
+    glDisable(GL_BLEND);
+    glDepthMask(GL_TRUE);
+    glEnable(GL_CULL_FACE);
+    glEnable(GL_DEPTH_TEST);
+    const EffectInPlace inPlace(m_surfaces, RenderPassDepthIdSecond, effect);
+    RenderItemList(cameraData, m_surfaces, RenderPassDepthIdSecond);
+    MeshES20::ResetBufferCache();
+}
+
+bool PresentationRenderer::DrawIdentifiers(CameraNodeES20* cameraData)
+{
+    if (!Detail::FetchOnce(m_identifierEffect, effectCache, EffectCache::DepthIdPass))
+    {
+        return false;
+    }
+    if (!m_identifiers)
+    {
+        m_identifiers = std::make_unique<Detail::ScreenBuffer>(RenderTargetProfileColorDepth);
+    }
+    const Size target = TargetSize();
+    // Samples of a pixel that look up four of these give edges as smooth as the surfaces.
+    const bool finer = m_edges && IsMultisampled() && Detail::SampleShadingScope::IsSupported();
+    if (!(finer && m_identifiers->Resize(2 * target.width, 2 * target.height))
+        && !m_identifiers->Resize(target.width, target.height))
+    {
+        return false;
+    }
+    ListSurfaces();
+    const bool dithered = glIsEnabled(GL_DITHER);
+    glDisable(GL_BLEND);
+    glDepthMask(GL_TRUE);
+    glEnable(GL_CULL_FACE);
+    glEnable(GL_DEPTH_TEST);
+    glClearColor(0.0f, 0.0f, 0.0f, 0.0f);
+    m_identifiers->GetTarget().BeginCapture(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    glClearColor(clearColor.r, clearColor.g, clearColor.b, clearColor.a);
+    const bool ofVertices = m_edges && m_edges->identity == Identity::Object;
+    m_identifierEffect->SetIdMode(ofVertices ? 0 : 1);
+    {
+        const Detail::ConstantColorScope plain(kIdentifierAttribute, ofVertices);
+        RenderItemList(cameraData, m_surfaces, RenderPassDepthId);
+    }
+    m_identifiers->GetTarget().EndCapture();
+    glViewport(0, 0, target.width, target.height);
+    if (dithered)
+    {
+        glEnable(GL_DITHER);
+    }
+    return true;
+}
+
+void PresentationRenderer::DrawOverScreen(MaterialEffectES20& effect)
+{
+    effect.Apply(nullptr, nullptr);
+    screenMeshData->Render(&effect, screenMesh->GetNodes(), false);
+    effect.Remove();
+}
+
+void PresentationRenderer::DrawOcclusion(const CameraNode& camera)
+{
+    if (!m_occlusionShown || !Detail::FetchOnce(m_occlusionEffect, effectCache, EffectCache::SSAO))
+    {
+        return;
+    }
+    if (!m_picture)
+    {
+        m_picture = std::make_unique<Detail::ScreenBuffer>(RenderTargetProfileColor);
+    }
+    const Size target = TargetSize();
+    if (!m_picture->Resize(target.width, target.height))
+    {
+        return;
+    }
+    m_picture->CopyBound(IsMultisampled());
+    glViewport(0, 0, target.width, target.height);
+    float nearDistance = kOrthographicNear;
+    float farDistance = 1.0f;
+    if (camera.GetProjection() == CameraNode::Perspective)
+    {
+        camera.GetNearFar(nearDistance, farDistance);
+    }
+    m_occlusionEffect->SetNearFar(nearDistance, farDistance);
+    m_occlusionEffect->SetDimensions(width, height);
+    m_occlusionEffect->SetDepthTexture(static_cast<int>(m_identifiers->GetTarget().GetDepthTexture()));
+    m_occlusionEffect->SetRenderTexture(static_cast<int>(m_picture->GetTarget().GetColorTexture()));
+    const OverScreenScope overScreen;
+    const OverSceneScope overScene;
+    DrawOverScreen(*m_occlusionEffect);
+}
+
+void PresentationRenderer::DrawEdges()
+{
+    if ((!m_edges && !m_identifiersShown)
+        || !Detail::FetchOnce(m_edgeEffect, effectCache, EffectCache::LineFilter))
+    {
+        return;
+    }
+    const EdgeLook look = m_edges.value_or(EdgeLook());
+    m_edgeEffect->SetOverlayOnly(true);
+    m_edgeEffect->SetShowIds(m_identifiersShown);
+    m_edgeEffect->EdgeWeight(look.weight);
+    m_edgeEffect->SetEdgeColor(look.color);
+    // Lines are as wide as a pixel of the screen, however fine the buffers are.
+    m_edgeEffect->SetDimensions(width, height);
+    m_edgeEffect->SetIdTexture(static_cast<int>(m_identifiers->GetTarget().GetColorTexture()));
+    const OverScreenScope overScreen;
+    const Detail::SampleShadingScope smooth(IsMultisampled());
+    glEnable(GL_BLEND);
+    // The alpha of the picture stays: who lays it over something else wants lines as opaque as
+    // what they are on.
+    glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ZERO, GL_ONE);
+    DrawOverScreen(*m_edgeEffect);
+}
+
+} // namespace OV::Host

@@ -1,0 +1,37 @@
+#define GL_GLEXT_PROTOTYPES
+
+#include "host/detail/SampleShadingScope.h"
+
+#include <GL/gl.h>
+#include <GL/glext.h>
+
+#include <cstring>
+
+namespace OV::Host::Detail
+{
+
+SampleShadingScope::SampleShadingScope(bool wanted) : m_on(wanted && IsSupported() && !glIsEnabled(GL_SAMPLE_SHADING))
+{
+    if (m_on)
+    {
+        glEnable(GL_SAMPLE_SHADING);
+        glMinSampleShading(1.0f);
+    }
+}
+
+SampleShadingScope::~SampleShadingScope()
+{
+    if (m_on)
+    {
+        glMinSampleShading(0.0f);
+        glDisable(GL_SAMPLE_SHADING);
+    }
+}
+
+bool SampleShadingScope::IsSupported()
+{
+    const auto* const names = reinterpret_cast<const char*>(glGetString(GL_EXTENSIONS));
+    return names && std::strstr(names, "GL_ARB_sample_shading");
+}
+
+} // namespace OV::Host::Detail

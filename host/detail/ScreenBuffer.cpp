@@ -1,0 +1,75 @@
+#define GL_GLEXT_PROTOTYPES
+
+#include "host/detail/ScreenBuffer.h"
+
+#include <GL/gl.h>
+#include <GL/glext.h>
+
+namespace OV::Host::Detail
+{
+
+namespace
+{
+
+GLint Query(GLenum name)
+{
+    GLint value = 0;
+    glGetIntegerv(name, &value);
+    return value;
+}
+
+} // namespace
+
+ScreenBuffer::~ScreenBuffer()
+{
+    m_target.SetDimensions(0, 0);
+}
+
+bool ScreenBuffer::Resize(int width, int height)
+{
+    if (width == m_width && height == m_height)
+    {
+        return m_usable;
+    }
+    m_width = width;
+    m_height = height;
+    const GLint limit = Query(GL_MAX_TEXTURE_SIZE);
+    if (width <= 0 || height <= 0 || width > limit || height > limit)
+    {
+        m_target.SetDimensions(0, 0);
+        m_usable = false;
+        return false;
+    }
+    const GLint framebuffer = Query(GL_FRAMEBUFFER_BINDING);
+    const GLint renderbuffer = Query(GL_RENDERBUFFER_BINDING);
+    m_target.SetDimensions(width, height);
+    // A target that fails leaves its own framebuffer bound.
+    m_usable = Query(GL_FRAMEBUFFER_BINDING) == framebuffer;
+    if (!m_usable)
+    {
+        glBindFramebuffer(GL_FRAMEBUFFER, static_cast<GLuint>(framebuffer));
+        glBindRenderbuffer(GL_RENDERBUFFER, static_cast<GLuint>(renderbuffer));
+        glBindTexture(GL_TEXTURE_2D, 0);
+        m_target.SetDimensions(0, 0);
+    }
+    return m_usable;
+}
+
+void ScreenBuffer::CopyBound(bool multisampled)
+{
+    if (!multisampled)
+    {
+        glBindTexture(GL_TEXTURE_2D, m_target.GetColorTexture());
+        glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 0, 0, m_width, m_height);
+        glBindTexture(GL_TEXTURE_2D, 0);
+        return;
+    }
+    // Only a blit resolves samples.
+    const GLint source = Query(GL_FRAMEBUFFER_BINDING);
+    m_target.ResumeCapture();
+    glBindFramebuffer(GL_READ_FRAMEBUFFER, static_cast<GLuint>(source));
+    glBlitFramebuffer(0, 0, m_width, m_height, 0, 0, m_width, m_height, GL_COLOR_BUFFER_BIT, GL_NEAREST);
+    m_target.EndCapture();
+}
+
+} // namespace OV::Host::Detail

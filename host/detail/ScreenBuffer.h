@@ -1,0 +1,39 @@
+#pragma once
+
+#include "orvane/renderer/RenderTarget.h"
+
+namespace OV::Host::Detail
+{
+
+/// A render target that frees what it holds, and that puts up with a GL that can't make it.
+class ScreenBuffer
+{
+public:
+    /// Not GL.
+    explicit ScreenBuffer(eRenderTargetProfile profile) : m_target(profile) {}
+
+    /// GL if there are buffers.
+    ~ScreenBuffer();
+
+    ScreenBuffer(const ScreenBuffer&) = delete;
+    ScreenBuffer& operator=(const ScreenBuffer&) = delete;
+
+    /// Makes the buffers where the size is another than before, in pixels. What is bound stays.
+    /// GL.
+    /// @return false if there are none: the size is beyond GL, or GL refused, which is not tried
+    ///         again in this size.
+    bool Resize(int width, int height);
+
+    /// Copies the colours of what is bound, samples resolved, from its lower left corner. GL.
+    void CopyBound(bool multisampled);
+
+    RenderTarget& GetTarget() { return m_target; }
+
+private:
+    RenderTarget m_target;
+    int m_width = 0;
+    int m_height = 0;
+    bool m_usable = false;
+};
+
+} // namespace OV::Host::Detail
