@@ -339,6 +339,11 @@ TYPED_TEST(AdvancedEffect, BlendsASeeThroughMaterialAndUndoesIt)
     this->stage.material->SetOpacity(1.0f);
     this->stage.material->hasAlpha = true;
     EXPECT_THAT(this->Apply(), Not(Contains(StartsWith("glEnable")))); // alpha of a texture that isn't there
+    this->stage.data.textureId = 7;
+    EXPECT_THAT(this->Apply(), Contains(CallText("glEnable", {GL_BLEND})));
+    this->effect.Remove();
+    this->stage.material->hasAlpha = false;
+    EXPECT_THAT(this->Apply(), Not(Contains(StartsWith("glEnable"))));
 }
 
 TYPED_TEST(AdvancedEffect, RemoveBeforeAnyApplyDoesNothing)
@@ -406,6 +411,39 @@ TYPED_TEST(AdvancedEffect, AMeshWithoutNormalsIsUnlitAndTheNextOneIsLitAgain)
     this->effect.ReleaseMeshAttributes(&bare);
     EXPECT_THAT(ReadCalls(this->gl),
                 ElementsAre(FrontFace(GL_CCW), "u_enableLight(1)", "glDisableVertexAttribArray(0)"));
+}
+
+TYPED_TEST(AdvancedEffect, AnUnlitMeshLeavesNormalsLightAndWindingAlone)
+{
+    MeshES20& mesh = this->stage.AddMesh(EffectStage::Normals | EffectStage::Texture);
+    Transform mirror;
+    mirror.SetScale(Vector(-1, 1, 1));
+    this->stage.Node().SetLocal(mirror);
+    this->stage.AddLight();
+    this->stage.Update();
+    this->Apply();
+    this->Bind(mesh); // lit, so that hasNormals is left set
+    this->effect.ReleaseMeshAttributes(&mesh);
+    this->stage.material->SetFlags(MaterialFlagUnlit);
+    this->Apply();
+    EXPECT_THAT(this->Bind(mesh), Not(Contains("glEnableVertexAttribArray(1)")));
+    const Lines uniforms = this->BindNode(this->stage.Node());
+    EXPECT_THAT(uniforms, Not(Contains(StartsWith("u_normalMatrix"))));
+    EXPECT_THAT(uniforms, Not(Contains(StartsWith("glFrontFace"))));
+    this->effect.ReleaseMeshAttributes(&mesh);
+    EXPECT_THAT(ReadCalls(this->gl), ElementsAre(FrontFace(GL_CCW), "glDisableVertexAttribArray(2)",
+                                                 "glDisableVertexAttribArray(0)"));
+}
+
+TYPED_TEST(AdvancedEffect, CoordinatesThatTheProgramDoesNotReadAreLeftOut)
+{
+    this->gl.SetAttribLocation("a_texture", -1);
+    MeshES20& mesh = this->stage.AddMesh(EffectStage::Texture);
+    this->stage.Update();
+    this->Apply();
+    EXPECT_THAT(this->Bind(mesh), Not(Contains("glEnableVertexAttribArray(2)")));
+    this->effect.ReleaseMeshAttributes(&mesh);
+    EXPECT_THAT(ReadCalls(this->gl), ElementsAre(FrontFace(GL_CCW), "glDisableVertexAttribArray(0)"));
 }
 
 TYPED_TEST(AdvancedEffect, AMirroredNodeTurnsTheWindingUntilTheMeshIsReleased)

@@ -107,6 +107,49 @@ TEST_F(AdvancedPixels, OnlyNodesWhosePathBeginsWithTheEditPathKeepTheirColour)
     }
 }
 
+TEST_F(AdvancedPixels, AnEditHoldsForAllMaterialsOfItsModelAndNotForTheOther)
+{
+    AddUsualLight();
+    for (const bool phong : {false, true})
+    {
+        AdvancedCase left = Usual(phong);
+        AdvancedCase right = left;
+        left.surface.rect = kLeft;
+        right.surface.rect = kRight;
+        Material& first = AddUsualMaterial();
+        Material& second = AddUsualMaterial();
+        AddSurface(first, left.surface);
+        AddSurface(second, right.surface);
+        Effect(!phong).SetEditInContextPath({{1, 2}});
+        ExpectBoth(left, right);
+        Effect(!phong).ClearEditInContextPath();
+        Effect(phong).SetEditInContextPath({{1, 2}});
+        left.look.grey = right.look.grey = true;
+        ExpectBoth(left, right);
+        delete &first;
+        delete &second;
+        Effect(phong).ClearEditInContextPath();
+    }
+}
+
+TEST_F(AdvancedPixels, PointsAreAsWideAsTheMaterialSays)
+{
+    Surface surface;
+    surface.rect = {32, 32, 64, 64};
+    Material& material = AddUsualMaterial();
+    material.SetFlags(MaterialFlagPoints);
+    material.pointSize = 8.0f;
+    AddSurface(material, surface);
+    for (const bool phong : {false, true})
+    {
+        const Picture picture = Draw(Usual(phong));
+        const int drawn = DefaultSize * DefaultSize - picture.Count(ToPixel(Background));
+        EXPECT_EQ(drawn, 4 * 8 * 8);
+        EXPECT_NE(picture.At(28, 28), ToPixel(Background));
+        EXPECT_NE(picture.At(35, 35), ToPixel(Background));
+    }
+}
+
 TEST_F(AdvancedPixels, WithoutACubeMapTheReflectionTermIsThatOfOpaqueBlack)
 {
     AddUsualLight();

@@ -1,7 +1,10 @@
 #include "tests/effects/SurfaceStage.h"
 
+#include "orvane/math/Quaternion.h"
+#include "orvane/platform/detail/EntryPoints.h"
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshES20.h"
+#include "orvane/scene/CameraNode.h"
 #include "orvane/scene/LightNode.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
@@ -9,9 +12,11 @@
 #include "orvane/scene/SimMaterial.h"
 #include "tests/support/SketchModel.h"
 
+#include <GL/glew.h>
 #include <glm/geometric.hpp>
 
 #include <algorithm>
+#include <cmath>
 
 namespace OV::Test
 {
@@ -129,8 +134,86 @@ TEST_F(VertexColorPixels, TheLightFollowsTheCameraAndNotTheScene)
     ExpectShade(DrawPass(RenderPassVertexColor), kLeft, vec4(1.0f));
 }
 
+TEST_F(VertexColorPixels, AMeshThatIsLookedAtFromAsideIsDarkerByTheCosine)
+{
+    Surface surface = Coloured({8, 8, 112, 112});
+    surface.colors.fill(vec4(1.0f, 0.8f, 0.6f, 0.4f));
+    AddSurface(AddMaterial(vec4(1.0f), vec4(1.0f)), surface);
+    CameraNode* const camera = scene.GetCameraNode();
+    constexpr float angle = 0.6f;
+    Transform place;
+    Quaternion turn;
+    turn.y = std::sin(angle / 2.0f);
+    turn.w = std::cos(angle / 2.0f);
+    place.SetRotation(turn);
+    place.SetPosition(Vector(5.0f * std::sin(angle), 0.0f, 5.0f * std::cos(angle)));
+    camera->SetLocal(place);
+    const float factor = std::cos(angle);
+    const PixelRect middle{48, 48, 32, 32};
+    ExpectShade(DrawPass(RenderPassVertexColor), middle, vec4(factor * vec3(1.0f, 0.8f, 0.6f), 0.4f));
+}
+
+TEST_F(VertexColorPixels, AMirroredNodeIsLitFromTheSideThatItShows)
+{
+    Surface surface = Coloured(kLeft);
+    surface.colors.fill(vec4(1.0f));
+    surface.normals.fill(glm::normalize(vec3(1.0f, 0.0f, 1.0f)));
+    surface.scale = vec3(-1.0f, 2.0f, 0.5f);
+    AddSurface(AddMaterial(vec4(1.0f), vec4(1.0f)), surface);
+    // The scale is taken out, the mirror with it: the normal keeps its share along the axis.
+    const float factor = std::sqrt(0.5f);
+    ExpectShade(DrawPass(RenderPassVertexColor), kLeft, vec4(vec3(factor), 1.0f));
+}
+
 namespace
 {
+
+/// A framebuffer of floats in place of the one that is bound, until its end.
+class FloatTarget
+{
+public:
+    FloatTarget(int width, int height)
+    {
+        Platform::LoadEntryPoints();
+        glGetIntegerv(GL_FRAMEBUFFER_BINDING, &m_before);
+        glGenFramebuffers(1, &m_framebuffer);
+        glGenRenderbuffers(2, m_buffers);
+        glBindFramebuffer(GL_FRAMEBUFFER, m_framebuffer);
+        Attach(m_buffers[0], GL_RGBA32F, GL_COLOR_ATTACHMENT0, width, height);
+        Attach(m_buffers[1], GL_DEPTH_COMPONENT24, GL_DEPTH_ATTACHMENT, width, height);
+        EXPECT_EQ(glCheckFramebufferStatus(GL_FRAMEBUFFER), GLenum(GL_FRAMEBUFFER_COMPLETE));
+    }
+
+    FloatTarget(const FloatTarget&) = delete;
+    FloatTarget& operator=(const FloatTarget&) = delete;
+
+    ~FloatTarget()
+    {
+        glBindFramebuffer(GL_FRAMEBUFFER, static_cast<GLuint>(m_before));
+        glDeleteRenderbuffers(2, m_buffers);
+        glDeleteFramebuffers(1, &m_framebuffer);
+    }
+
+    vec4 At(int x, int y) const
+    {
+        vec4 color(0.0f);
+        glReadPixels(x, y, 1, 1, GL_RGBA, GL_FLOAT, &color);
+        return color;
+    }
+
+private:
+    static void Attach(GLuint buffer, GLenum format, GLenum place, int width, int height)
+    {
+        glBindRenderbuffer(GL_RENDERBUFFER, buffer);
+        glRenderbufferStorage(GL_RENDERBUFFER, format, width, height);
+        glFramebufferRenderbuffer(GL_FRAMEBUFFER, place, GL_RENDERBUFFER, buffer);
+        glBindRenderbuffer(GL_RENDERBUFFER, 0);
+    }
+
+    GLint m_before = 0;
+    GLuint m_framebuffer = 0;
+    GLuint m_buffers[2] = {};
+};
 
 class WeightedAverageSecondPassPixels : public SurfaceStage
 {
@@ -146,6 +229,24 @@ TEST_F(WeightedAverageSecondPassPixels, EveryLayerAddsWhite)
     const Picture picture = DrawPass(RenderPassWeightedAverage);
     ExpectShade(picture, kLeft, vec4(1.0f));
     ExpectShade(picture, kRight, Background);
+}
+
+TEST_F(WeightedAverageSecondPassPixels, TwoLayersCountTwo)
+{
+    // 8 bits are full after one layer: only floats tell how many there were.
+    Surface back;
+    back.rect = {8, 40, 96, 48};
+    back.z = -1.0f;
+    Surface front;
+    front.rect = kRight;
+    Material& material = AddMaterial(vec4(0.1f, 0.2f, 0.3f, 0.4f), vec4(0.0f));
+    AddSurface(material, back);
+    AddSurface(material, front);
+    const FloatTarget target(Width(), Height());
+    DrawPass(RenderPassWeightedAverage);
+    EXPECT_EQ(target.At(24, 64), Background + vec4(1.0f));
+    EXPECT_EQ(target.At(90, 64), Background + vec4(2.0f));
+    EXPECT_EQ(target.At(64, 10), Background);
 }
 
 namespace
@@ -227,7 +328,7 @@ TEST_F(ScalarPixels, NumbersAtRandomShowByTheRampOrTheTextureWithinTheRange)
     constexpr int scenes = 24;
     constexpr int points = 60;
     std::mt19937 random(17);
-    const Texels ramp = Texels::Random(random, 7, 1, vec4(0.0f), vec4(1.0f));
+    const Texels ramp = Texels::Random(random, 7, 3, vec4(0.0f), vec4(1.0f)); // the lowest row is the ramp
     int compared = 0;
     for (int i = 0; i < scenes; ++i)
     {

@@ -147,8 +147,8 @@ std::optional<vec4> ShadeScalar(const ScalarLook& look, float value, float color
     {
         return vec4(colorFactor * ScalarRamp(value), 1.0f);
     }
-    // Half a texel off the edge that the shader samples, which is the same row.
-    const std::optional<vec4> texel = look.texture->At({value, 0.5f});
+    // The shader samples the lower edge of the lowest row, the model the middle of it.
+    const std::optional<vec4> texel = look.texture->At({value, 0.5f / static_cast<float>(look.texture->Height())});
     return texel ? std::optional<vec4>(vec4(colorFactor * vec3(*texel), texel->a)) : std::nullopt;
 }
 
