@@ -69,9 +69,13 @@ struct ImportReport
     std::uint64_t skippedLines = 0;
     std::uint64_t droppedTriangles = 0;
     std::uint64_t materials = 0;
+    /// Pictures by where they are: of colours and in maps, once for each material.
     std::uint64_t fileTextures = 0;
     std::uint64_t embeddedTextures = 0;
     std::uint64_t missingTextures = 0;
+    /// Materials that have such a map.
+    std::uint64_t normalMaps = 0;
+    std::uint64_t opacityMaps = 0;
     std::uint64_t lights = 0;
     std::uint64_t cameras = 0;
 

@@ -20,7 +20,12 @@ public:
     /// Reads one file. Throws nothing: whatever goes wrong is told in the result.
     ///
     /// Pictures in files of their own are only located here; the renderer loads them.
-    /// Embedded ones are decoded into Material::pixels.
+    /// Embedded ones are decoded into Material::pixels. Maps are loaded from files in any case:
+    /// an embedded one lies in a file in memory that lives as long as its material.
+    ///
+    /// Maps are those that the file names for normals and for opacity. Where the format has one
+    /// word for normals and heights, the picture's colours decide, and heights are left out. A
+    /// map on other texture coordinates than the picture of the colours is left out too.
     ///
     /// @param path UTF-8, or whatever bytes name the file.
     static ImportResult Import(const std::string& path, const ImportOptions& options = ImportOptions());

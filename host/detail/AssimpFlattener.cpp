@@ -1,6 +1,7 @@
 #include "host/detail/AssimpFlattener.h"
 
 #include "host/detail/AssimpMaterials.h"
+#include "host/detail/AssimpTextures.h"
 
 #include <assimp/scene.h>
 
@@ -33,7 +34,7 @@ public:
         FlattenNodes();
         for (unsigned int i = 0; i < m_scene.mNumMaterials; ++i)
         {
-            m_model.materials.push_back(ConvertMaterial(m_scene, *m_scene.mMaterials[i]));
+            m_model.materials.push_back(ConvertMaterial(m_scene, *m_scene.mMaterials[i], m_model.format));
         }
         for (unsigned int i = 0; i < m_scene.mNumMeshes; ++i)
         {

@@ -1,5 +1,8 @@
 #include "host/detail/AssimpMaterials.h"
 
+#include "host/detail/AssimpReflection.h"
+#include "host/detail/AssimpTextures.h"
+
 #include <assimp/GltfMaterial.h>
 #include <assimp/material.h>
 #include <assimp/scene.h>
@@ -12,21 +15,6 @@ namespace OV::Host
 
 namespace
 {
-
-/// The picture that colours the surface; what else there is does not reach the scene.
-bool FindColorTexture(const aiMaterial& material, aiTextureType& type, aiString& path)
-{
-    for (aiTextureType candidate : {aiTextureType_DIFFUSE, aiTextureType_BASE_COLOR})
-    {
-        if (material.GetTextureCount(candidate) > 0 &&
-            aiGetMaterialTexture(&material, candidate, 0, &path) == aiReturn_SUCCESS && path.length > 0)
-        {
-            type = candidate;
-            return true;
-        }
-    }
-    return false;
-}
 
 float Clamped(float value, float otherwise)
 {
@@ -44,11 +32,6 @@ bool GetColor(const aiMaterial& material, const char* key, unsigned int type, un
     rgb[1] = Clamped(color.g, 0.0f);
     rgb[2] = Clamped(color.b, 0.0f);
     return true;
-}
-
-bool IsBlack(const float* rgb)
-{
-    return rgb[0] <= 0.0f && rgb[1] <= 0.0f && rgb[2] <= 0.0f;
 }
 
 /// Opacity where no alpha mode is stated. Zero is taken for a writer that meant
@@ -91,77 +74,9 @@ void SetAlpha(const aiMaterial& material, MaterialData& data)
     data.diffuse[3] = Clamped(base.a, 1.0f);
 }
 
-void SetTexture(const aiScene& scene, const aiMaterial& material, MaterialData& data)
-{
-    aiTextureType type = aiTextureType_NONE;
-    aiString path;
-    if (!FindColorTexture(material, type, path))
-    {
-        return;
-    }
-    data.embeddedTexture =
-        scene.mNumTextures > 0 ? scene.GetEmbeddedTextureAndIndex(path.C_Str()).second : -1;
-    if (data.embeddedTexture < 0)
-    {
-        data.texturePath = path.C_Str();
-    }
-
-    int modes[2] = {aiTextureMapMode_Wrap, aiTextureMapMode_Wrap};
-    material.Get(AI_MATKEY_MAPPINGMODE_U(type, 0), modes[0]);
-    material.Get(AI_MATKEY_MAPPINGMODE_V(type, 0), modes[1]);
-    data.clampsTexture = modes[0] == aiTextureMapMode_Clamp && modes[1] == aiTextureMapMode_Clamp;
-
-    // The same picture named for opacity says that its alpha counts.
-    aiString opacityPath;
-    if (aiGetMaterialTexture(&material, aiTextureType_OPACITY, 0, &opacityPath) == aiReturn_SUCCESS &&
-        opacityPath == path && data.alphaMode == AlphaMode::Unstated)
-    {
-        data.alphaMode = AlphaMode::Blend;
-    }
-
-    // A black that would swallow the picture is what some writers put beside one.
-    if (IsBlack(data.diffuse))
-    {
-        std::fill(data.diffuse, data.diffuse + 3, 1.0f);
-    }
-}
-
-/// The transform as glTF defines it, with v downwards: offset * rotation * scale.
-///
-/// The parser stores numbers that are right without rotation only; offset and scale are
-/// taken back out of them here.
-void SetGltfMatrix(const aiUVTransform& stored, TextureMapping& mapping)
-{
-    const double rotation = -static_cast<double>(stored.mRotation);
-    const double c = std::cos(rotation);
-    const double s = std::sin(rotation);
-    const double su = stored.mScaling.x;
-    const double sv = stored.mScaling.y;
-    const double offsetU = stored.mTranslation.x - 0.5 * su * (1.0 - c + s);
-    const double offsetV = 1.0 - sv - stored.mTranslation.y + 0.5 * sv * (c + s - 1.0);
-
-    // u' = O + R S u, where R turns to the left as one looks at a picture with v downwards,
-    // and v = 1 - v put in on both sides.
-    const double matrix[2][3] = {{c * su, -s * sv, offsetU + s * sv},
-                                 {s * su, c * sv, 1.0 - offsetV - c * sv}};
-    for (int row = 0; row < 2; ++row)
-    {
-        for (int column = 0; column < 3; ++column)
-        {
-            mapping.matrix[row][column] = static_cast<float>(matrix[row][column]);
-        }
-    }
-    mapping.isTransformed = true;
-}
-
 } // namespace
 
-bool IsGltf(const std::string& format)
-{
-    return format.compare(0, 4, "glTF") == 0;
-}
-
-MaterialData ConvertMaterial(const aiScene& scene, const aiMaterial& material)
+MaterialData ConvertMaterial(const aiScene& scene, const aiMaterial& material, const std::string& format)
 {
     MaterialData data;
     aiString name;
@@ -195,30 +110,9 @@ MaterialData ConvertMaterial(const aiScene& scene, const aiMaterial& material)
     data.isUnlit = material.Get(AI_MATKEY_SHADING_MODEL, shading) == aiReturn_SUCCESS &&
                    shading == aiShadingMode_Unlit &&
                    material.Get(AI_MATKEY_GLTF_ALPHAMODE, alphaMode) == aiReturn_SUCCESS;
-    SetTexture(scene, material, data);
+    SetTextures(scene, material, format, data);
+    SetReflection(material, data);
     return data;
-}
-
-TextureMapping MappingOf(const aiMaterial& material, const std::string& format)
-{
-    TextureMapping mapping;
-    aiTextureType type = aiTextureType_NONE;
-    aiString path;
-    if (!FindColorTexture(material, type, path))
-    {
-        return mapping;
-    }
-    int channel = 0;
-    if (material.Get(AI_MATKEY_UVWSRC(type, 0), channel) == aiReturn_SUCCESS && channel >= 0)
-    {
-        mapping.channel = static_cast<unsigned int>(channel);
-    }
-    aiUVTransform transform;
-    if (IsGltf(format) && material.Get(AI_MATKEY_UVTRANSFORM(type, 0), transform) == aiReturn_SUCCESS)
-    {
-        SetGltfMatrix(transform, mapping);
-    }
-    return mapping;
 }
 
 } // namespace OV::Host

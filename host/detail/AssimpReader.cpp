@@ -2,8 +2,8 @@
 
 #include "host/detail/AssimpFiles.h"
 #include "host/detail/AssimpFlattener.h"
-#include "host/detail/AssimpMaterials.h"
 #include "host/detail/AssimpNormals.h"
+#include "host/detail/AssimpTextures.h"
 
 #include <assimp/Importer.hpp>
 #include <assimp/ProgressHandler.hpp>

@@ -69,6 +69,7 @@ ImageFacts ProbePng(const ByteSource& source)
     }
     // Grey with alpha comes out opaque, so that it is not listed here.
     facts.hasAlpha = colorType == 6 || (colorType == 3 && PngHasTransparency(source));
+    facts.isDistorted = depth > 8 || colorType == 4;
     facts.isReadable = true;
     return facts;
 }
@@ -83,7 +84,7 @@ ImageFacts ProbeJpeg(const ByteSource& source)
 {
     ImageFacts facts;
     std::uint64_t offset = 2;
-    unsigned char head[9];
+    unsigned char head[10];
     for (int part = 0; part < kMaxParts && source(offset, head, 4); ++part)
     {
         const int marker = head[1];
@@ -101,6 +102,7 @@ ImageFacts ProbeJpeg(const ByteSource& source)
         {
             facts.height = BigEndian16(head + 5);
             facts.width = BigEndian16(head + 7);
+            facts.isDistorted = head[9] != 1 && head[9] != 3;
             facts.isReadable = true;
             return facts;
         }

@@ -19,6 +19,9 @@ struct ImageFacts
     std::uint32_t height = 0;
     /// Whether pixels can come out other than opaque.
     bool hasAlpha = false;
+    /// Whether the engine takes the bytes of this kind of file for others than they are, so
+    /// that what comes out can hardly be more than a colour.
+    bool isDistorted = false;
 
     std::uint64_t Pixels() const { return std::uint64_t(width) * height; }
 };

@@ -2,9 +2,9 @@
 
 #include "host/ImportOptions.h"
 #include "host/ImportResult.h"
-#include "host/detail/FileFinder.h"
-#include "host/detail/ImageProbe.h"
+#include "host/detail/MapBuilder.h"
 #include "host/detail/ModelData.h"
+#include "host/detail/PictureReader.h"
 
 #include <map>
 #include <string>
@@ -34,20 +34,15 @@ public:
 private:
     void SetColors(const MaterialData& data, Material& material) const;
     /// @return whether pixels of the picture can be other than opaque.
-    bool SetTexture(const MaterialData& data, Material& material);
-    bool SetFileTexture(const MaterialData& data, Material& material);
-    bool SetEmbeddedTexture(const MaterialData& data, const TextureData& texture, Material& material);
-    bool SetRawPixels(const TextureData& texture, Material& material);
-    bool Decode(const unsigned char* bytes, std::uint64_t size, const MaterialData& data, Material& material);
-    bool IsAffordable(const ImageFacts& facts, const MaterialData& data, const std::string& picture);
-    void Miss(const MaterialData& data, const std::string& picture, const std::string& reason);
+    bool SetTexture(const MaterialData& data, ImportedMaterial& material);
+    bool SetPixels(FoundPicture& picture, Material& material);
 
     const ModelData& m_model;
     const ImportOptions& m_options;
     Scene& m_scene;
     ImportReport& m_report;
-    FileFinder m_finder;
-    std::uint64_t m_pixelBytes = 0;
+    PictureReader m_pictures;
+    MapBuilder m_maps;
     std::map<std::pair<std::uint32_t, PrimitiveKind>, Material*> m_materials;
 };
 

@@ -43,6 +43,22 @@ void Fields(Archive& archive, T& mesh, const MeshData*)
 }
 
 template <typename Archive, typename T>
+void Fields(Archive& archive, T& picture, const PictureData*)
+{
+    archive.Text(picture.path);
+    archive.Value(picture.embedded);
+}
+
+template <typename Archive, typename T>
+void Fields(Archive& archive, T& map, const MapData*)
+{
+    Fields(archive, map.picture, &map.picture);
+    archive.Value(map.isCertain);
+    archive.Value(map.isInverted);
+    archive.Value(map.isOnOtherCoordinates);
+}
+
+template <typename Archive, typename T>
 void Fields(Archive& archive, T& material, const MaterialData*)
 {
     archive.Text(material.name);
@@ -54,8 +70,10 @@ void Fields(Archive& archive, T& material, const MaterialData*)
     archive.Value(material.isUnlit);
     archive.Value(material.clampsTexture);
     archive.Value(material.alphaMode);
-    archive.Text(material.texturePath);
-    archive.Value(material.embeddedTexture);
+    archive.Value(material.reflection);
+    Fields(archive, material.texture, &material.texture);
+    Fields(archive, material.normalMap, &material.normalMap);
+    Fields(archive, material.opacityMap, &material.opacityMap);
 }
 
 template <typename Archive, typename T>

@@ -48,6 +48,29 @@ enum class AlphaMode : std::uint32_t
     Blend,
 };
 
+/// Where a picture of a material lies.
+struct PictureData
+{
+    /// As the file has it; empty for none and for an embedded picture.
+    std::string path;
+    /// Index into ModelData::textures, or -1.
+    std::int32_t embedded = -1;
+
+    bool IsNone() const { return path.empty() && embedded < 0; }
+};
+
+/// A picture that says something else than a colour at each of its points.
+struct MapData
+{
+    PictureData picture;
+    /// The format leaves no doubt that this is what the picture holds.
+    bool isCertain = false;
+    /// White where it should be black.
+    bool isInverted = false;
+    /// It is meant for texture coordinates other than those of the mesh.
+    bool isOnOtherCoordinates = false;
+};
+
 struct MaterialData
 {
     std::string name;
@@ -60,10 +83,13 @@ struct MaterialData
     bool isUnlit = false;
     bool clampsTexture = false;
     AlphaMode alphaMode = AlphaMode::Unstated;
-    /// As the file has it; empty for none and for an embedded picture.
-    std::string texturePath;
-    /// Index into ModelData::textures, or -1.
-    std::int32_t embeddedTexture = -1;
+    /// Reflection straight on, reflection at a grazing angle, gloss; all 0 to 1.
+    float reflection[3] = {0.0f, 0.0f, 0.0f};
+    PictureData texture;
+    /// Normals in the space of the surface, Y along its V.
+    MapData normalMap;
+    /// Opacity in red, or in alpha where that says something.
+    MapData opacityMap;
 };
 
 /// An embedded picture: a whole image file, or width * height texels of R, G, B, A with the

@@ -62,8 +62,8 @@ ModelData Sample()
     material.isUnlit = true;
     material.clampsTexture = true;
     material.alphaMode = AlphaMode::Blend;
-    material.texturePath = "wall.png";
-    material.embeddedTexture = 4;
+    material.texture.path = "wall.png";
+    material.texture.embedded = 4;
     model.materials = {material};
 
     TextureData texture;
@@ -139,8 +139,8 @@ TEST(ModelArchive, EveryFieldComesBack)
     EXPECT_EQ(material.shininess, 12.0f);
     EXPECT_TRUE(material.isTwoSided && material.isUnlit && material.clampsTexture);
     EXPECT_EQ(material.alphaMode, AlphaMode::Blend);
-    EXPECT_EQ(material.texturePath, "wall.png");
-    EXPECT_EQ(material.embeddedTexture, 4);
+    EXPECT_EQ(material.texture.path, "wall.png");
+    EXPECT_EQ(material.texture.embedded, 4);
     ASSERT_EQ(copy.textures.size(), 1u);
     EXPECT_EQ(copy.textures[0].width, 1u);
     EXPECT_EQ(copy.textures[0].height, 2u);

@@ -199,7 +199,7 @@ TEST(SceneBuilder, IndicesOutOfRangeDoNoHarm)
     model.nodes[1].meshes = {0, 77, 0xFFFFFFFF};
     model.meshes[0].material = 99;
     MaterialData material;
-    material.embeddedTexture = 55;
+    material.texture.embedded = 55;
     model.materials = {material};
     model.cameras.resize(2);
     model.cameras[0].node = -5;
@@ -375,7 +375,7 @@ TEST(SceneBuilder, RawTexelsBecomePixelsWithTheBottomRowFirst)
     texture.height = 2;
     texture.bytes = {texels.data(), texels.size()};
     model.textures = {texture};
-    model.materials[0].embeddedTexture = 0;
+    model.materials[0].texture.embedded = 0;
     model.materials[0].clampsTexture = true;
     const ImportResult result = Build(model);
     ASSERT_EQ(result.scene->GetAlphaMaterials().size(), 1u);
@@ -401,7 +401,7 @@ TEST(SceneBuilder, TexelsBelowTheirSizeAreNotTouched)
     texture.height = 2;
     texture.bytes = {texels.data(), texels.size()};
     model.textures = {texture};
-    model.materials[0].embeddedTexture = 0;
+    model.materials[0].texture.embedded = 0;
     const ImportResult result = Build(model);
     EXPECT_EQ(result.scene->GetOptimizedMaterials().at(0)->pixels, nullptr);
     EXPECT_EQ(result.report.missingTextures, 1u);
@@ -421,8 +421,8 @@ TEST(SceneBuilder, PicturesBeyondTheLimitsAreLeftOut)
     model.meshes.push_back(Triangle());
     model.meshes[1].material = 1;
     model.nodes[1].meshes = {0, 1};
-    model.materials[0].embeddedTexture = 0;
-    model.materials[1].embeddedTexture = 0;
+    model.materials[0].texture.embedded = 0;
+    model.materials[1].texture.embedded = 0;
     ImportOptions options;
     options.limits.textureBytes = 32;
     options.limits.texturePixels = 4;
