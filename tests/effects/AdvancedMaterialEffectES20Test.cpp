@@ -256,7 +256,8 @@ TYPED_TEST(AdvancedEffect, TheCameraIsWhereItStandsInTheWorld)
     this->stage.Update();
     this->stage.Update();
     EXPECT_THAT(this->Apply(), Contains("u_camera(10, 0, 5)"));
-    parent.RemoveChild(camera);
+    // Where the scene finds it: what hangs nowhere dies with nobody.
+    this->stage.scene.GetRoot()->AddChild(camera, false);
 }
 
 TYPED_TEST(AdvancedEffect, TheCubeMatrixIsAQuarterTurnAboutX)

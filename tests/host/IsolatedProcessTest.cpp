@@ -1,6 +1,7 @@
 #include "host/detail/IsolatedProcess.h"
 
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -11,6 +12,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <mutex>
 #include <new>
 #include <stdexcept>
 #include <string>
@@ -46,6 +48,51 @@ void Write(IsolatedWork& side, const std::string& text)
         throw std::runtime_error("write");
     }
 }
+
+/// Held by a thread around its visits to the heap, of which there may be any number.
+///
+/// The system's heap makes itself ready when the process forks. That of the address sanitizer
+/// does not: what another thread has locked of it stays locked in the child for good. There,
+/// and there alone, the moment of the fork waits until no holder is in the heap.
+class HeapVisit
+{
+public:
+#if defined(__SANITIZE_ADDRESS__)
+    HeapVisit()
+    {
+        static const int registered = pthread_atfork(Close, Open, Open);
+        EXPECT_EQ(registered, 0);
+        while (s_isClosed)
+        {
+            std::this_thread::yield();
+        }
+        s_mutex.lock();
+    }
+
+    ~HeapVisit() { s_mutex.unlock(); }
+
+    HeapVisit(const HeapVisit&) = delete;
+    HeapVisit& operator=(const HeapVisit&) = delete;
+
+private:
+    static void Close()
+    {
+        s_isClosed = true;
+        s_mutex.lock();
+    }
+
+    static void Open()
+    {
+        s_mutex.unlock();
+        s_isClosed = false;
+    }
+
+    static inline std::mutex s_mutex;
+    static inline std::atomic<bool> s_isClosed{false};
+#else
+    HeapVisit() {}
+#endif
+};
 
 TEST(IsolatedProcess, WhatTheWorkWritesComesBack)
 {
@@ -257,14 +304,21 @@ TEST(IsolatedProcess, NothingIsPrinted)
 TEST(IsolatedProcess, RunsBesideOtherThreadsThatAllocate)
 {
     std::atomic<bool> isDone{false};
+    std::atomic<int> visits{0};
     std::thread busy(
-        [&isDone]
+        [&isDone, &visits]
         {
             while (!isDone)
             {
+                const HeapVisit visit;
                 std::vector<std::string> texts(100, std::string(200, 'x'));
+                ++visits;
             }
         });
+    while (visits == 0)
+    {
+        std::this_thread::yield();
+    }
     for (int i = 0; i < 50; ++i)
     {
         const IsolationOutcome outcome = RunIsolated(

@@ -5,88 +5,28 @@
 #include "orvane/scene/NodeMaterial.h"
 #include "tests/renderer/RendererDoubles.h"
 #include "tests/support/GLRecorder.h"
+#include "tests/support/HeapCount.h"
 
 #include <gtest/gtest.h>
 
-#include <malloc.h>
-
 #include <algorithm>
 #include <cstddef>
-#include <cstdlib>
 #include <memory>
-#include <new>
 #include <string>
-
-namespace
-{
-
-std::size_t g_allocations = 0;
-std::size_t g_liveBytes = 0;
-
-void* Allocate(std::size_t size)
-{
-    ++g_allocations;
-    if (void* block = std::malloc(size ? size : 1))
-    {
-        g_liveBytes += malloc_usable_size(block);
-        return block;
-    }
-    throw std::bad_alloc();
-}
-
-void Free(void* block)
-{
-    if (block)
-        g_liveBytes -= malloc_usable_size(block);
-    std::free(block);
-}
-
-/// Stands for glBufferData: what is on the heap at that moment.
-std::size_t g_mostLiveBytes = 0;
-
-void GLAPIENTRY LookAtHeap(GLenum, GLsizeiptr, const void*, GLenum)
-{
-    g_mostLiveBytes = std::max(g_mostLiveBytes, g_liveBytes);
-}
-
-} // namespace
-
-// This program counts what it takes from the heap.
-void* operator new(std::size_t size)
-{
-    return Allocate(size);
-}
-
-void* operator new[](std::size_t size)
-{
-    return Allocate(size);
-}
-
-void operator delete(void* block) noexcept
-{
-    Free(block);
-}
-
-void operator delete[](void* block) noexcept
-{
-    Free(block);
-}
-
-void operator delete(void* block, std::size_t) noexcept
-{
-    Free(block);
-}
-
-void operator delete[](void* block, std::size_t) noexcept
-{
-    Free(block);
-}
 
 namespace OV::Test
 {
 
 namespace
 {
+
+/// Stands for glBufferData: what is on the heap at that moment.
+std::size_t g_mostLiveBytes = 0;
+
+void GLAPIENTRY LookAtHeap(GLenum, GLsizeiptr, const void*, GLenum)
+{
+    g_mostLiveBytes = std::max(g_mostLiveBytes, HeapBytes());
+}
 
 /// A scene with all kinds of items in it, drawn without a record of the calls.
 class SteadyFrame : public ::testing::Test
@@ -134,13 +74,6 @@ protected:
 
 } // namespace
 
-TEST(CountingNew, SeesAllocations)
-{
-    const std::size_t before = g_allocations;
-    const auto number = std::make_unique<int>(1);
-    EXPECT_EQ(g_allocations, before + 1);
-}
-
 TEST_F(SteadyFrame, AllocatesNothing)
 {
     for (const bool capture : {false, true})
@@ -154,10 +87,10 @@ TEST_F(SteadyFrame, AllocatesNothing)
 
         recorder.SetRecording(false);
         Frame(capture);
-        const std::size_t before = g_allocations;
+        const std::size_t before = HeapCount();
         Frame(capture);
         Frame(capture);
-        EXPECT_EQ(g_allocations, before) << (capture ? "with" : "without") << " capture";
+        EXPECT_EQ(HeapCount(), before) << (capture ? "with" : "without") << " capture";
         recorder.SetRecording(true);
     }
 }
@@ -169,14 +102,14 @@ TEST_F(SteadyFrame, AllocatesNothingWhileANodeMoves)
     recorder.SetRecording(false);
     Transform place;
     Frame(false);
-    const std::size_t before = g_allocations;
+    const std::size_t before = HeapCount();
     for (int i = 0; i < 3; ++i)
     {
         place.SetPosition(Vector(static_cast<float>(i), 0.0f, 0.0f));
         last.node->SetLocal(place);
         Frame(false);
     }
-    EXPECT_EQ(g_allocations, before);
+    EXPECT_EQ(HeapCount(), before);
 }
 
 TEST_F(SteadyFrame, PackingTakesOneStagingCopyOfTheBufferInHand)
@@ -195,7 +128,7 @@ TEST_F(SteadyFrame, PackingTakesOneStagingCopyOfTheBufferInHand)
     const auto bufferData = __glewBufferData;
     __glewBufferData = LookAtHeap;
     g_mostLiveBytes = 0;
-    const std::size_t before = g_liveBytes;
+    const std::size_t before = HeapBytes();
     renderer.bufferPool.GenerateVBOs();
     __glewBufferData = bufferData;
     EXPECT_GE(g_mostLiveBytes, before + staging);

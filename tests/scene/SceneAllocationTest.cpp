@@ -1,6 +1,6 @@
 #include "orvane/scene/Material.h"
-#include "tests/scene/HeapCount.h"
 #include "tests/scene/SceneDoubles.h"
+#include "tests/support/HeapCount.h"
 
 namespace OV
 {
