@@ -10,6 +10,7 @@
 #include "orvane/effects/DepthIdPassEffectES20.h"
 #include "orvane/effects/LineFilterEffectES20.h"
 #include "orvane/effects/SSAOEffectES20.h"
+#include "orvane/effects/SolidLineEffectES20.h"
 #include "orvane/imaging/TextureLoader.h"
 #include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/renderdata/MaterialES20.h"
@@ -93,9 +94,15 @@ void PresentationRenderer::ReleaseHeld()
     Detail::Drop(m_identifierEffect);
     Detail::Drop(m_edgeEffect);
     Detail::Drop(m_occlusionEffect);
+    Detail::Drop(m_lineEffect);
     m_hatches.reset();
-    m_identifiers.reset();
+    for (std::unique_ptr<Detail::ScreenBuffer>& identifiers : m_identifiers)
+    {
+        identifiers.reset();
+    }
+    m_depth.reset();
     m_picture.reset();
+    m_finerRefused = false;
 }
 
 RenderPass PresentationRenderer::PassOfLook() const
@@ -142,12 +149,14 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
     {
         UseHatchEffect(scene);
     }
-    const bool wantsScreen = NeedsIdentifiers() && PrepareScreenMesh();
+    const bool hasStages = HasScreenStages() && PrepareScreenMesh();
     bufferPool.GenerateVBOs();
-    const bool hasIdentifiers = wantsScreen && DrawIdentifiers(cameraData);
+    const bool hasPictures = hasStages && DrawOffscreen(camera, cameraData);
     BeginScene();
+    PrepareLines(hasPictures);
     DrawLook(cameraData);
-    if (hasIdentifiers)
+    ReleaseLines();
+    if (hasPictures)
     {
         DrawOcclusion(camera);
         DrawEdges();

@@ -20,6 +20,7 @@ class EffectES20;
 class LineFilterEffectES20;
 class MaterialEffectES20;
 class SSAOEffectES20;
+class SolidLineEffectES20;
 
 } // namespace OV
 
@@ -63,13 +64,15 @@ struct EdgeLook
     Identity identity = Identity::Group;
 };
 
-/// A renderer that puts a presentation together, each frame in this order: sky, identifiers and
-/// depth off screen, surfaces in a look, lines, ambient occlusion, edges. Each is on or off by
+/// A renderer that puts a presentation together, each frame in this order: sky; identifiers and
+/// depth, off screen; surfaces in a look and lines; ambient occlusion; edges. Each is on or off by
 /// itself; a captured frame is antialiased after them, and the layer above comes last.
 ///
 /// Lines and 2D layers are as ever, and so are materials that know no other pass than the default
 /// one. The global clip planes cut the surfaces in every look. To see the section fill, materials
 /// must show their back faces.
+///
+/// Lines are as wide as their styles say in pixels of the screen, also in a finer capture.
 ///
 /// Edges and ambient occlusion see surfaces, not lines, and need depth in the framebuffer that
 /// they are drawn over. They are left out of a frame that is drawn over another, and where GL
@@ -95,6 +98,11 @@ public:
     /// Whether lines are drawn. On at first.
     void ShowLines(bool show) { m_linesShown = show; }
 
+    /// Draws the lines of styles that are marked so (LineStyle::overlay) only where a thing of
+    /// either identity ends, and by the depth of its surroundings, so that neither hides half of
+    /// a line on a rim. Off at first: they are drawn as all lines are.
+    void OverlayLines(bool overlay) { m_linesOverlaid = overlay; }
+
     /// Draws an edge of a screen pixel wherever one thing ends and another begins. None at first.
     void SetEdges(const std::optional<EdgeLook>& edges) { m_edges = edges; }
     const std::optional<EdgeLook>& GetEdges() const { return m_edges; }
@@ -103,8 +111,8 @@ public:
     /// first; without edges those of EdgeLook's identity.
     void ShowIdentifiers(bool show) { m_identifiersShown = show; }
 
-    /// Darkens corners. Off at first. How far it reaches follows the camera's near and far
-    /// distances; an orthographic camera counts as one as far away as the scene is deep.
+    /// Darkens corners, within about 10 pixels of them. Off at first. What is more than 12 times as
+    /// far away as the camera's target keeps its colour.
     void ShowAmbientOcclusion(bool show) { m_occlusionShown = show; }
 
     /// Pixels per point of the 2D layers, where that isn't the device pixel ratio: supersampling
@@ -157,10 +165,17 @@ private:
 
     // PresentationScreen.cpp: what is drawn by way of other buffers.
     Size TargetSize() const;
-    bool NeedsIdentifiers() const;
+    bool HasScreenStages() const;
+    bool NeedsIdentifiers(Identity identity) const;
+    Detail::ScreenBuffer& IdentifiersOf(Identity identity);
     void ListSurfaces();
-    bool DrawIdentifiers(CameraNodeES20* cameraData);
-    void DrawOcclusion(const CameraNode& camera);
+    bool DrawOffscreen(CameraNode& camera, CameraNodeES20* cameraData);
+    bool DrawIdentifiers(CameraNodeES20* cameraData, Identity identity);
+    bool DrawDepth(CameraNode& camera, CameraNodeES20* cameraData);
+    void DrawInto(Detail::ScreenBuffer& buffer, unsigned int clearMask, CameraNodeES20* cameraData);
+    void PrepareLines(bool hasIdentifiers);
+    void ReleaseLines();
+    void DrawOcclusion(CameraNode& camera);
     void DrawEdges();
     bool PrepareScreenMesh();
     void DrawOverScreen(MaterialEffectES20& effect);
@@ -168,9 +183,11 @@ private:
     Look m_look = Look::Advanced;
     bool m_surfacesShown = true;
     bool m_linesShown = true;
+    bool m_linesOverlaid = false;
     bool m_identifiersShown = false;
     bool m_occlusionShown = false;
     bool m_capturing = false; ///< from BeginCapture to ApplyCapture, where there are buffers
+    bool m_finerRefused = false; ///< GL could not make identifiers finer than the screen
     std::optional<EdgeLook> m_edges;
     std::optional<float> m_layerRatio;
     std::optional<std::vector<std::pair<std::uint64_t, std::uint64_t>>> m_editPath;
@@ -183,10 +200,13 @@ private:
     DepthIdPassEffectES20* m_identifierEffect = nullptr;
     LineFilterEffectES20* m_edgeEffect = nullptr;
     SSAOEffectES20* m_occlusionEffect = nullptr;
+    SolidLineEffectES20* m_lineEffect = nullptr;
     std::unique_ptr<HatchTextures> m_hatches;
 
-    std::unique_ptr<Detail::ScreenBuffer> m_identifiers; ///< colours and depth of the surfaces
-    std::unique_ptr<Detail::ScreenBuffer> m_picture;     ///< what occlusion darkens
+    // Identifiers of the surfaces, by Identity, as colours, and their depth; null until needed.
+    std::unique_ptr<Detail::ScreenBuffer> m_identifiers[2];
+    std::unique_ptr<Detail::ScreenBuffer> m_depth;   ///< for occlusion; null until needed
+    std::unique_ptr<Detail::ScreenBuffer> m_picture; ///< what occlusion darkens; null until needed
 
     std::vector<RenderItemES20> m_items;
     std::size_t m_firstLine = 0;  ///< in m_items, behind the opaque surfaces

@@ -8,6 +8,7 @@
 #include "orvane/effects/DepthIdPassEffectES20.h"
 #include "orvane/effects/LineFilterEffectES20.h"
 #include "orvane/effects/SSAOEffectES20.h"
+#include "orvane/effects/SolidLineEffectES20.h"
 #include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshES20.h"
@@ -19,6 +20,9 @@
 #include <GL/gl.h>
 #include <GL/glext.h>
 
+#include <algorithm>
+#include <cmath>
+
 namespace OV::Host
 {
 
@@ -28,15 +32,62 @@ namespace
 /// The attribute that identifiers come from, where they are those of vertices.
 constexpr GLuint kIdentifierAttribute = 1;
 
-/// Near over far of the perspective camera that an orthographic one counts as for occlusion: one
-/// as far away from the scene as the scene is deep.
-constexpr float kOrthographicNear = 0.5f;
+/// How far occlusion sees, in distances of the camera's target. Its steps are small numbers of
+/// pixels only where what is looked at lies well before the far plane.
+constexpr float kOcclusionRange = 12.0f;
+
+/// The same where there is no perspective, in depths of the view; and near over far of the
+/// perspective view that has such depths.
+constexpr float kOrthographicRange = 2.0f;
+constexpr float kOrthographicNear = 0.25f;
+
+/// Shows a camera with another far distance for the length of a scope.
+class FarScope
+{
+public:
+    explicit FarScope(CameraNode& camera) : m_camera(camera)
+    {
+        camera.GetNearFar(m_near, m_far);
+        const bool perspective = camera.GetProjection() == CameraNode::Perspective;
+        const float range = kOcclusionRange * camera.GetDistanceToTarget();
+        const float other = perspective ? std::max(range, 2.0f * m_near) : m_near + kOrthographicRange * (m_far - m_near);
+        camera.SetNearFar(m_near, other);
+    }
+
+    ~FarScope() { m_camera.SetNearFar(m_near, m_far); }
+
+    FarScope(const FarScope&) = delete;
+    FarScope& operator=(const FarScope&) = delete;
+
+private:
+    CameraNode& m_camera;
+    float m_near = 0.0f;
+    float m_far = 1.0f;
+};
 
 bool IsMultisampled()
 {
     GLint buffers = 0;
     glGetIntegerv(GL_SAMPLE_BUFFERS, &buffers);
     return buffers != 0;
+}
+
+/// What surfaces are drawn with, where none is blended.
+void PrepareSurfaces()
+{
+    glDisable(GL_BLEND);
+    glDepthMask(GL_TRUE);
+    glEnable(GL_CULL_FACE);
+    glEnable(GL_DEPTH_TEST);
+}
+
+Detail::ScreenBuffer& MadeOnce(std::unique_ptr<Detail::ScreenBuffer>& buffer, eRenderTargetProfile profile)
+{
+    if (!buffer)
+    {
+        buffer = std::make_unique<Detail::ScreenBuffer>(profile);
+    }
+    return *buffer;
 }
 
 /// What drawing over the screen changes, for the length of a scope: from the state that the
@@ -208,9 +259,20 @@ PresentationRenderer::Size PresentationRenderer::TargetSize() const
     return m_capturing ? Size{offscreenWidth, offscreenHeight} : Size{width, height};
 }
 
-bool PresentationRenderer::NeedsIdentifiers() const
+bool PresentationRenderer::HasScreenStages() const
 {
-    return !overDraw && (m_edges || m_occlusionShown || m_identifiersShown);
+    return !overDraw && (m_edges || m_identifiersShown || m_linesOverlaid || m_occlusionShown);
+}
+
+bool PresentationRenderer::NeedsIdentifiers(Identity identity) const
+{
+    const bool forEdges = m_edges || m_identifiersShown;
+    return m_linesOverlaid || (forEdges && identity == m_edges.value_or(EdgeLook()).identity);
+}
+
+Detail::ScreenBuffer& PresentationRenderer::IdentifiersOf(Identity identity)
+{
+    return MadeOnce(m_identifiers[static_cast<int>(identity)], RenderTargetProfileColorDepth);
 }
 
 bool PresentationRenderer::PrepareScreenMesh()
@@ -262,55 +324,111 @@ void PresentationRenderer::DrawSurfaces(Scene& scene, CameraNode& camera, Materi
     ListSurfaces();
     drawIds.Keep(m_surfaces);
     bufferPool.GenerateVBOs();
-    glDisable(GL_BLEND);
-    glDepthMask(GL_TRUE);
-    glEnable(GL_CULL_FACE);
-    glEnable(GL_DEPTH_TEST);
+    PrepareSurfaces();
     const EffectInPlace inPlace(m_surfaces, RenderPassDepthIdSecond, effect);
     RenderItemList(cameraData, m_surfaces, RenderPassDepthIdSecond);
     MeshES20::ResetBufferCache();
 }
 
-bool PresentationRenderer::DrawIdentifiers(CameraNodeES20* cameraData)
+bool PresentationRenderer::DrawOffscreen(CameraNode& camera, CameraNodeES20* cameraData)
 {
     if (!Detail::FetchOnce(m_identifierEffect, effectCache, EffectCache::DepthIdPass))
     {
         return false;
     }
-    if (!m_identifiers)
-    {
-        m_identifiers = std::make_unique<Detail::ScreenBuffer>(RenderTargetProfileColorDepth);
-    }
-    const Size target = TargetSize();
-    // Samples of a pixel that look up four of these give edges as smooth as the surfaces.
-    const bool finer = m_edges && IsMultisampled() && Detail::SampleShadingScope::IsSupported();
-    if (!(finer && m_identifiers->Resize(2 * target.width, 2 * target.height))
-        && !m_identifiers->Resize(target.width, target.height))
-    {
-        return false;
-    }
     ListSurfaces();
     const bool dithered = glIsEnabled(GL_DITHER);
-    glDisable(GL_BLEND);
-    glDepthMask(GL_TRUE);
-    glEnable(GL_CULL_FACE);
-    glEnable(GL_DEPTH_TEST);
+    PrepareSurfaces();
     glClearColor(0.0f, 0.0f, 0.0f, 0.0f);
-    m_identifiers->GetTarget().BeginCapture(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    glClearColor(clearColor.r, clearColor.g, clearColor.b, clearColor.a);
-    const bool ofVertices = m_edges && m_edges->identity == Identity::Object;
-    m_identifierEffect->SetIdMode(ofVertices ? 0 : 1);
+    bool drawn = true;
+    for (const Identity identity : {Identity::Object, Identity::Group})
     {
-        const Detail::ConstantColorScope plain(kIdentifierAttribute, ofVertices);
-        RenderItemList(cameraData, m_surfaces, RenderPassDepthId);
+        drawn = drawn && (!NeedsIdentifiers(identity) || DrawIdentifiers(cameraData, identity));
     }
-    m_identifiers->GetTarget().EndCapture();
+    drawn = drawn && (!m_occlusionShown || DrawDepth(camera, cameraData));
+    glClearColor(clearColor.r, clearColor.g, clearColor.b, clearColor.a);
+    const Size target = TargetSize();
     glViewport(0, 0, target.width, target.height);
     if (dithered)
     {
         glEnable(GL_DITHER);
     }
+    return drawn;
+}
+
+bool PresentationRenderer::DrawIdentifiers(CameraNodeES20* cameraData, Identity identity)
+{
+    const Size target = TargetSize();
+    // Samples of a pixel that look up four of these give edges as smooth as the surfaces.
+    const bool finer = m_edges && !m_finerRefused && IsMultisampled() && Detail::SampleShadingScope::IsSupported();
+    Detail::ScreenBuffer& buffer = IdentifiersOf(identity);
+    if (finer && !buffer.Resize(2 * target.width, 2 * target.height))
+    {
+        m_finerRefused = true;
+    }
+    if ((!finer || m_finerRefused) && !buffer.Resize(target.width, target.height))
+    {
+        return false;
+    }
+    m_identifierEffect->SetIdMode(identity == Identity::Group ? 1 : 0);
+    const Detail::ConstantColorScope plain(kIdentifierAttribute, identity == Identity::Object);
+    DrawInto(buffer, GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT, cameraData);
     return true;
+}
+
+bool PresentationRenderer::DrawDepth(CameraNode& camera, CameraNodeES20* cameraData)
+{
+    const Size target = TargetSize();
+    Detail::ScreenBuffer& buffer = MadeOnce(m_depth, RenderTargetProfileDepth);
+    if (!buffer.Resize(target.width, target.height))
+    {
+        return false;
+    }
+    // The depth of a plane is linear on the screen: without the steps between pixels no pattern
+    // comes out on planes.
+    buffer.SmoothDepth();
+    m_identifierEffect->SetIdMode(1);
+    {
+        const FarScope range(camera);
+        PrepareCamera(camera);
+        DrawInto(buffer, GL_DEPTH_BUFFER_BIT, cameraData);
+    }
+    PrepareCamera(camera);
+    return true;
+}
+
+void PresentationRenderer::DrawInto(Detail::ScreenBuffer& buffer, unsigned int clearMask, CameraNodeES20* cameraData)
+{
+    buffer.GetTarget().BeginCapture(clearMask);
+    RenderItemList(cameraData, m_surfaces, RenderPassDepthId);
+    buffer.GetTarget().EndCapture();
+}
+
+void PresentationRenderer::PrepareLines(bool hasIdentifiers)
+{
+    if (!m_linesShown || !Detail::FetchOnce(m_lineEffect, effectCache, EffectCache::SolidLine))
+    {
+        return;
+    }
+    // The effect widens lines by the square.
+    m_lineEffect->SetPixelRatio(std::sqrt(static_cast<float>(TargetSize().width) / static_cast<float>(width)));
+    if (m_linesOverlaid && hasIdentifiers)
+    {
+        m_lineEffect->SetIdTexture(IdentifiersOf(Identity::Object).GetTarget().GetColorTexture());
+        m_lineEffect->SetGroupTexture(IdentifiersOf(Identity::Group).GetTarget().GetColorTexture());
+        m_lineEffect->SetDepthTexture(IdentifiersOf(Identity::Object).GetTarget().GetDepthTexture());
+    }
+}
+
+void PresentationRenderer::ReleaseLines()
+{
+    if (m_lineEffect)
+    {
+        m_lineEffect->SetPixelRatio(1.0f);
+        m_lineEffect->SetIdTexture(0);
+        m_lineEffect->SetGroupTexture(0);
+        m_lineEffect->SetDepthTexture(0);
+    }
 }
 
 void PresentationRenderer::DrawOverScreen(MaterialEffectES20& effect)
@@ -320,33 +438,31 @@ void PresentationRenderer::DrawOverScreen(MaterialEffectES20& effect)
     effect.Remove();
 }
 
-void PresentationRenderer::DrawOcclusion(const CameraNode& camera)
+void PresentationRenderer::DrawOcclusion(CameraNode& camera)
 {
     if (!m_occlusionShown || !Detail::FetchOnce(m_occlusionEffect, effectCache, EffectCache::SSAO))
     {
         return;
     }
-    if (!m_picture)
-    {
-        m_picture = std::make_unique<Detail::ScreenBuffer>(RenderTargetProfileColor);
-    }
+    Detail::ScreenBuffer& picture = MadeOnce(m_picture, RenderTargetProfileColor);
     const Size target = TargetSize();
-    if (!m_picture->Resize(target.width, target.height))
+    if (!picture.Resize(target.width, target.height))
     {
         return;
     }
-    m_picture->CopyBound(IsMultisampled());
+    picture.CopyBound(IsMultisampled());
     glViewport(0, 0, target.width, target.height);
-    float nearDistance = kOrthographicNear;
-    float farDistance = 1.0f;
-    if (camera.GetProjection() == CameraNode::Perspective)
+    float nearDistance = 0.0f;
+    float farDistance = 0.0f;
     {
+        const FarScope range(camera);
         camera.GetNearFar(nearDistance, farDistance);
     }
-    m_occlusionEffect->SetNearFar(nearDistance, farDistance);
+    const bool perspective = camera.GetProjection() == CameraNode::Perspective;
+    m_occlusionEffect->SetNearFar(perspective ? nearDistance : kOrthographicNear, perspective ? farDistance : 1.0f);
     m_occlusionEffect->SetDimensions(width, height);
-    m_occlusionEffect->SetDepthTexture(static_cast<int>(m_identifiers->GetTarget().GetDepthTexture()));
-    m_occlusionEffect->SetRenderTexture(static_cast<int>(m_picture->GetTarget().GetColorTexture()));
+    m_occlusionEffect->SetDepthTexture(static_cast<int>(m_depth->GetTarget().GetDepthTexture()));
+    m_occlusionEffect->SetRenderTexture(static_cast<int>(picture.GetTarget().GetColorTexture()));
     const OverScreenScope overScreen;
     const OverSceneScope overScene;
     DrawOverScreen(*m_occlusionEffect);
@@ -366,7 +482,7 @@ void PresentationRenderer::DrawEdges()
     m_edgeEffect->SetEdgeColor(look.color);
     // Lines are as wide as a pixel of the screen, however fine the buffers are.
     m_edgeEffect->SetDimensions(width, height);
-    m_edgeEffect->SetIdTexture(static_cast<int>(m_identifiers->GetTarget().GetColorTexture()));
+    m_edgeEffect->SetIdTexture(static_cast<int>(IdentifiersOf(look.identity).GetTarget().GetColorTexture()));
     const OverScreenScope overScreen;
     const Detail::SampleShadingScope smooth(IsMultisampled());
     glEnable(GL_BLEND);

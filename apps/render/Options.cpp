@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <limits>
 #include <memory>
 #include <string_view>
@@ -33,8 +34,11 @@ struct Texts
     std::string eye;
     std::string target;
     std::string up;
+    std::string antialiasing = "msaa";
     std::string background = "FFFFFF";
     std::string fog;
+    std::optional<float> edges;
+    std::string edgeColor = "000000";
     std::string look = "advanced";
     std::vector<std::string> clips;
     std::string poche;
@@ -42,6 +46,19 @@ struct Texts
     bool lines = false;
     std::string lineColor = "000000";
     LineLook lineLook;
+};
+
+struct NamedAntialiasing
+{
+    const char* name;
+    Antialiasing antialiasing;
+};
+
+constexpr NamedAntialiasing kAntialiasing[] = {
+    {"none", Antialiasing::None},
+    {"msaa", Antialiasing::Multisampling},
+    {"fxaa", Antialiasing::Filter},
+    {"ssaa", Antialiasing::Supersampling},
 };
 
 /// Names what has to be there in the line of usage.
@@ -161,8 +178,12 @@ void DefinePictureOptions(CLI::App& app, Options& options, Texts& texts)
     const char* const group = "Picture";
     app.add_option("--size", texts.size, "Size in pixels; 1280x720 if left out")
         ->option_text("WxH")->group(group);
-    app.add_option("--samples", options.samples, "Samples a pixel, 0 for hard edges; if left out 4, or 0\n"
-                                                 "above 16 megapixels and where GL has none")
+    app.add_option("--aa", texts.antialiasing, "How rims are smoothed: none, msaa (several samples a\n"
+                                               "pixel), fxaa (a filter over the picture) or ssaa (drawn\n"
+                                               "in twice the size); msaa if left out")
+        ->option_text("NAME")->group(group);
+    app.add_option("--samples", options.samples, "Samples a pixel of msaa, 0 for hard edges; if left out 4,\n"
+                                                 "or 0 above 16 megapixels and where GL has none")
         ->option_text("N")->group(group);
     app.add_option("--background", texts.background, "Colour behind the model, of fog and of the horizon;\n"
                                                      "FFFFFF if left out")
@@ -211,6 +232,17 @@ void DefineSurfaceOptions(CLI::App& app, Options& options, Texts& texts)
                                                     "by its name or by names from a node down to it, with\n"
                                                     "slashes between them; advanced and phong only")
         ->option_text("PATH")->group(group);
+}
+
+void DefineScreenOptions(CLI::App& app, Options& options, Texts& texts)
+{
+    const char* const group = "Over the picture";
+    auto* edges = app.add_option("--edges", texts.edges, "Draw an edge where one node ends and another begins, of\n"
+                                                   "an opacity from 0 to 1; 0.5 if left out")
+        ->option_text("[WEIGHT]")->group(group);
+    app.add_option("--edge-color", texts.edgeColor, "Colour of edges; 000000 if left out")
+        ->option_text("RRGGBB")->needs(edges)->group(group);
+    app.add_flag("--ao", options.occlusion, "Darken corners")->group(group);
 }
 
 void DefineLineOptions(CLI::App& app, Texts& texts)
@@ -292,6 +324,55 @@ void CheckRanges(const Options& options)
     {
         throw CLI::ValidationError("--frames", "there are 1 to " + std::to_string(MostFrames) + " frames");
     }
+}
+
+void InterpretAntialiasing(const Texts& texts, Options& options)
+{
+    const auto found = std::find_if(std::begin(kAntialiasing), std::end(kAntialiasing),
+                                    [&](const NamedAntialiasing& named) { return named.name == texts.antialiasing; });
+    if (found == std::end(kAntialiasing))
+    {
+        throw Bad("--aa", texts.antialiasing, "one of none, msaa, fxaa, ssaa");
+    }
+    options.antialiasing = found->antialiasing;
+    if (options.samples && options.antialiasing != Antialiasing::Multisampling)
+    {
+        throw CLI::ValidationError("--samples", "only msaa has samples; leave it out or --aa " + texts.antialiasing);
+    }
+}
+
+void InterpretEdges(const Texts& texts, Options& options)
+{
+    if (!texts.edges)
+    {
+        return;
+    }
+    // Written so that what is not a number fails.
+    if (!(*texts.edges >= 0.0f && *texts.edges <= 1.0f))
+    {
+        throw CLI::ValidationError("--edges", "an opacity is 0 to 1");
+    }
+    options.edges.emplace();
+    options.edges->weight = *texts.edges;
+    options.edges->color = ParseColor("--edge-color", texts.edgeColor);
+}
+
+/// CLI11 takes whatever follows for the value of an option. Here only a number is the one of
+/// --edges, so that it may stand alone with the model behind it.
+std::vector<std::string> CompleteEdges(int argc, const char* const* argv)
+{
+    std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+    for (std::size_t i = 0; i < words.size(); ++i)
+    {
+        const bool hasValue = i + 1 < words.size() && ParseNumber<float>(words[i + 1]);
+        if (words[i] == "--edges" && !hasValue)
+        {
+            words[i] += "=" + std::to_string(Host::EdgeLook().weight);
+        }
+    }
+    // The parser takes them from the back.
+    std::reverse(words.begin(), words.end());
+    return words;
 }
 
 void CheckSheet(const Options& options)
@@ -388,7 +469,9 @@ void Interpret(const Texts& texts, Options& options)
     {
         options.fog = ParseFog(texts.fog);
     }
+    InterpretAntialiasing(texts, options);
     InterpretSurfaces(texts, options.surfaces);
+    InterpretEdges(texts, options);
     if (texts.lines)
     {
         CheckLineLook(texts.lineLook);
@@ -411,6 +494,7 @@ Command ParseCommandLine(int argc, const char* const* argv)
     DefinePictureOptions(app, command.options, texts);
     DefineViewOptions(app, command.options, texts);
     DefineSurfaceOptions(app, command.options, texts);
+    DefineScreenOptions(app, command.options, texts);
     DefineLineOptions(app, texts);
     DefineSheetOptions(app, command.options);
     DefineMeasuringOptions(app, command.options);
@@ -418,7 +502,7 @@ Command ParseCommandLine(int argc, const char* const* argv)
                "Exit status: 0 done, 1 failed, 2 wrong usage.");
     try
     {
-        app.parse(argc, argv);
+        app.parse(CompleteEdges(argc, argv));
         if (!listFormats)
         {
             Interpret(texts, command.options);

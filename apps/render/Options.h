@@ -54,6 +54,15 @@ struct SurfaceLook
     std::string edit;
 };
 
+/// How rims are smoothed.
+enum class Antialiasing
+{
+    None,
+    Multisampling,  ///< several samples a pixel
+    Filter,         ///< a filter over the finished picture
+    Supersampling   ///< a picture of twice the size, reduced
+};
+
 /// What the command line asks for.
 struct Options
 {
@@ -61,7 +70,8 @@ struct Options
     std::string output;
     int width = 1280;
     int height = 720;
-    /// Samples a pixel; none means as many as suit the size.
+    Antialiasing antialiasing = Antialiasing::Multisampling;
+    /// Samples a pixel with multisampling; none means as many as suit the size.
     std::optional<int> samples;
 
     Host::NamedView view = Host::NamedView::Iso;
@@ -77,6 +87,8 @@ struct Options
     bool sky = false;
     std::optional<FogRange> fog;
     bool noCull = false;
+    bool occlusion = false;
+    std::optional<Host::EdgeLook> edges;
     std::optional<LineLook> lines;
     SurfaceLook surfaces;
 

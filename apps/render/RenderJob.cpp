@@ -28,7 +28,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <cmath>
 #include <cstdint>
 #include <utility>
 
@@ -115,6 +114,10 @@ std::int64_t PixelsOf(const Options& options)
 
 int ChooseSamples(const Options& options, const Host::HeadlessContext& gl)
 {
+    if (options.antialiasing != Antialiasing::Multisampling)
+    {
+        return 0;
+    }
     if (options.samples)
     {
         return *options.samples;
@@ -122,13 +125,48 @@ int ChooseSamples(const Options& options, const Host::HeadlessContext& gl)
     return PixelsOf(options) <= MultisampledPixels ? std::min(UsualSamples, gl.GetMaxSamples()) : 0;
 }
 
+AAMode ModeOf(Antialiasing antialiasing)
+{
+    switch (antialiasing)
+    {
+    case Antialiasing::Multisampling: return AAModeMSAA;
+    case Antialiasing::Filter: return AAModeFXAA;
+    case Antialiasing::Supersampling: return AAModeSupersampling;
+    case Antialiasing::None: break;
+    }
+    return AAModeNone;
+}
+
+/// Pixels along an edge of what is drawn for each of the picture.
+int ScaleOf(const Options& options)
+{
+    return options.antialiasing == Antialiasing::Supersampling ? 2 : 1;
+}
+
+bool IsCaptured(const Options& options)
+{
+    return options.antialiasing == Antialiasing::Filter || options.antialiasing == Antialiasing::Supersampling;
+}
+
+int BytesPerPixel(const Options& options, int samples)
+{
+    const int drawn = ScaleOf(options) * ScaleOf(options);
+    // Colour and depth of each sample, the resolved picture, its two copies and the file.
+    int bytes = 8 * std::max(samples, 1) + (samples > 1 ? 4 : 0) + 4 + 3 + 3;
+    bytes += IsCaptured(options) ? drawn * (4 + 4 + 4) : 0;
+    // Identifiers and their depth, finer where there are samples, and what is darkened.
+    const bool identified = options.edges || options.occlusion;
+    bytes += identified ? (4 + 2 + 4) * (options.edges && samples > 1 ? 4 : drawn) : 0;
+    bytes += options.occlusion ? 4 * drawn : 0;
+    return bytes;
+}
+
 /// A kernel that is short of memory kills the process instead of refusing, so that the picture
 /// is not begun where it cannot fit.
 void CheckMemory(const Options& options, int samples)
 {
-    // Colour and depth of each sample, the resolved picture, its two copies and the file.
-    const int bytesPerPixel = 8 * std::max(samples, 1) + (samples > 1 ? 4 : 0) + 4 + 3 + 3;
-    const std::uint64_t needed = static_cast<std::uint64_t>(PixelsOf(options)) * static_cast<unsigned>(bytesPerPixel);
+    const auto bytesPerPixel = static_cast<std::uint64_t>(BytesPerPixel(options, samples));
+    const std::uint64_t needed = static_cast<std::uint64_t>(PixelsOf(options)) * bytesPerPixel;
     const std::uint64_t available = AvailableMemory();
     if (available != 0 && needed > available)
     {
@@ -136,6 +174,19 @@ void CheckMemory(const Options& options, int samples)
         throw Failure(options.output, "a picture of " + std::to_string(options.width) + "x"
                           + std::to_string(options.height) + " takes " + mebibytes(needed)
                           + " of memory and there are " + mebibytes(available) + "; ask for a smaller --size");
+    }
+}
+
+/// Gives each node an identifier of its own, so that edges part them.
+void NumberNodes(const std::vector<Host::ImportedNode>& nodes)
+{
+    // Of more nodes some share one; they are rarely neighbours.
+    constexpr int most = 0xFFFF;
+    int next = 0;
+    for (const Host::ImportedNode& imported : nodes)
+    {
+        imported.node->SetUserData(next);
+        next = (next + 1) % most;
     }
 }
 
@@ -225,11 +276,13 @@ void RenderJob::OpenContext()
     {
         throw Failure(m_options.output, error);
     }
-    if (m_options.width > m_gl->GetMaxWidth() || m_options.height > m_gl->GetMaxHeight())
+    const int maxWidth = m_gl->GetMaxWidth() / ScaleOf(m_options);
+    const int maxHeight = m_gl->GetMaxHeight() / ScaleOf(m_options);
+    if (m_options.width > maxWidth || m_options.height > maxHeight)
     {
         throw Failure(m_options.output, "a picture of " + std::to_string(m_options.width) + "x"
                           + std::to_string(m_options.height) + " is too large; this GL allows at most "
-                          + std::to_string(m_gl->GetMaxWidth()) + "x" + std::to_string(m_gl->GetMaxHeight())
+                          + std::to_string(maxWidth) + "x" + std::to_string(maxHeight)
                           + ", so ask for a smaller --size");
     }
     m_stats.glVendor = m_gl->GetVendor();
@@ -279,6 +332,9 @@ void RenderJob::MakeFramebuffer()
     m_stats.samples = m_gl->GetSamples();
     m_renderer = std::make_unique<Host::PresentationRenderer>(m_textures.get(), m_app->GetContext()->GetRenderCapabilities());
     m_renderer->Resize(m_options.width, m_options.height);
+    m_renderer->SetAAMode(ModeOf(m_options.antialiasing));
+    // Titles and bars are laid out in pixels of the picture, however fine it is drawn.
+    m_renderer->SetLayerRatio(1.0f);
     m_app->SetScreenSize(m_options.width, m_options.height);
 }
 
@@ -304,6 +360,9 @@ void RenderJob::SetLook()
         }
     }
     m_renderer->SetLook(look);
+    m_renderer->SetEdges(m_options.edges);
+    m_renderer->ShowAmbientOcclusion(m_options.occlusion);
+    NumberNodes(m_nodes);
     ApplyClipping(m_options.surfaces, scene, Extent(m_report));
 }
 
@@ -340,11 +399,13 @@ void RenderJob::AddLines()
     style->antialias = false;
     style->width = look.width / 2.0f;
     style->SetDashed(look.dash.has_value());
-    style->SetDashFrequency(look.dash.value_or(1.0f));
+    // Dashes are measured in pixels of what is drawn.
+    const auto scale = static_cast<float>(ScaleOf(m_options));
+    style->SetDashFrequency(look.dash.value_or(1.0f) * scale);
     style->offset = look.offset;
     scene.AddLineStyle(style);
     Host::FeatureEdges::AddTo(scene, *style, look.crease);
-    Host::FeatureEdges::MakeRoom(scene, look.width);
+    Host::FeatureEdges::MakeRoom(scene, look.width * scale);
 }
 
 void RenderJob::PlaceCamera()
@@ -421,7 +482,7 @@ void RenderJob::DrawFrame(int frame)
         m_gl->Finish();
         m_stats.pack = watch.Milliseconds();
     }
-    m_app->Render(m_renderer.get(), false);
+    m_app->Render(m_renderer.get(), IsCaptured(m_options));
 }
 
 void RenderJob::Count()

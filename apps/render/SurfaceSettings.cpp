@@ -1,12 +1,15 @@
 #include "apps/render/SurfaceSettings.h"
 
 #include "host/ImportOptions.h"
+#include "host/SectionFill.h"
 #include "orvane/effects/EffectES20.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Scene.h"
 
 #include <glm/vec3.hpp>
 #include <glm/vec4.hpp>
+
+#include <vector>
 
 namespace OV::RenderApp
 {
@@ -16,6 +19,9 @@ namespace
 
 constexpr float UsualOutlineShare = 1.0f / 500.0f;
 
+/// Of the model: how deep below a cut its section lies, for rounding to leave it.
+constexpr float SectionInsetShare = 1e-5f;
+
 /// What a face in the dark keeps of its colour in the looks that shade every pixel. They take the
 /// luminance of the ambient colour for it, where the basic look adds the colour itself.
 constexpr float ShadeLevel = 0.5f;
@@ -23,6 +29,24 @@ constexpr float ShadeLevel = 0.5f;
 bool ShadesEveryPixel(Host::Look look)
 {
     return look == Host::Look::Advanced || look == Host::Look::Phong;
+}
+
+/// The looks that cut.
+bool IsCut(Host::Look look)
+{
+    return look != Host::Look::Crosshatch;
+}
+
+void FillSections(const SurfaceLook& look, Scene& scene, float extent, float outline)
+{
+    std::vector<Host::SectionPlane> planes;
+    for (const ClipPlane& plane : look.clips)
+    {
+        planes.push_back({plane.normal, plane.position});
+    }
+    scene.UpdateGraph(1.0f, 1.0f);
+    // Below the outline, which is a band along the cut.
+    Host::SectionFill::AddTo(scene, planes, 1.001f * outline + SectionInsetShare * extent, *look.poche);
 }
 
 glm::vec3 ToVec(const Vector& v)
@@ -72,10 +96,15 @@ void ApplyClipping(const SurfaceLook& look, Scene& scene, float extent)
     {
         EffectES20::AddClipPlane(ToVec(plane.normal), ToVec(plane.position));
     }
-    EffectES20::SetClipPlaneOutlineSize(look.outline.value_or(extent * UsualOutlineShare));
+    const float outline = look.outline.value_or(extent * UsualOutlineShare);
+    EffectES20::SetClipPlaneOutlineSize(outline);
     EffectES20::SetClipPlaneOutlineColor(ToVec(look.outlineColor));
     EffectES20::EnablePocheColor(look.poche.has_value());
     EffectES20::SetPocheColor(ToVec(look.poche.value_or(Color())));
+    if (look.poche && IsCut(look.look))
+    {
+        FillSections(look, scene, extent, outline);
+    }
     // The section is where the insides show.
     for (const auto* list : {&scene.GetOptimizedMaterials(), &scene.GetAlphaMaterials()})
     {

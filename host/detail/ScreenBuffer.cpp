@@ -33,6 +33,7 @@ bool ScreenBuffer::Resize(int width, int height)
     }
     m_width = width;
     m_height = height;
+    m_smooth = false;
     const GLint limit = Query(GL_MAX_TEXTURE_SIZE);
     if (width <= 0 || height <= 0 || width > limit || height > limit)
     {
@@ -53,6 +54,19 @@ bool ScreenBuffer::Resize(int width, int height)
         m_target.SetDimensions(0, 0);
     }
     return m_usable;
+}
+
+void ScreenBuffer::SmoothDepth()
+{
+    if (m_smooth)
+    {
+        return;
+    }
+    m_smooth = true;
+    glBindTexture(GL_TEXTURE_2D, m_target.GetDepthTexture());
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
+    glBindTexture(GL_TEXTURE_2D, 0);
 }
 
 void ScreenBuffer::CopyBound(bool multisampled)

@@ -27,6 +27,9 @@ public:
     /// Copies the colours of what is bound, samples resolved, from its lower left corner. GL.
     void CopyBound(bool multisampled);
 
+    /// Lets depths be looked up between the middles of pixels, in the buffers of this size. GL.
+    void SmoothDepth();
+
     RenderTarget& GetTarget() { return m_target; }
 
 private:
@@ -34,6 +37,7 @@ private:
     int m_width = 0;
     int m_height = 0;
     bool m_usable = false;
+    bool m_smooth = false;
 };
 
 } // namespace OV::Host::Detail
