@@ -68,7 +68,10 @@ constexpr std::uint32_t kSpread = 122;
 
 } // namespace
 
-DepthIdPassEffectES20::DepthIdPassEffectES20(EffectCache* cache) : MaterialEffectES20(cache) {}
+DepthIdPassEffectES20::DepthIdPassEffectES20(EffectCache* cache) : MaterialEffectES20(cache)
+{
+    static_assert(UniformIdentifier == UniformEncodedGroupInstance && UniformObjectToClip == UniformMvpMatrix);
+}
 
 unsigned int DepthIdPassEffectES20::CreateProgramForOptions(std::uint64_t options, std::string& name)
 {

@@ -37,6 +37,10 @@ public:
     static void EncodeId(int userData, float (&color)[4]);
 
 protected:
+    /// Places in the table of uniforms.
+    static constexpr int UniformIdentifier = 0;
+    static constexpr int UniformObjectToClip = 1;
+
     int idMode = 0;
 };
 
