@@ -1,0 +1,202 @@
+#include "host/SectionFill.h"
+
+#include "host/detail/ClosedShells.h"
+#include "host/detail/PlaneSection.h"
+#include "orvane/math/Transf3d.h"
+#include "orvane/math/Transform.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/MeshNode.h"
+#include "orvane/scene/RawMesh.h"
+#include "orvane/scene/Scene.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <map>
+#include <memory>
+#include <utility>
+
+namespace OV::Host
+{
+
+namespace
+{
+
+using Point = Detail::PlaneSection::Point;
+
+/// So many corners have 16-bit indices, in whole triangles.
+constexpr std::size_t kMostCorners = 65535;
+
+/// What closes of the meshes of a node, in the node's own space. Nodes with the same meshes share
+/// it.
+struct Shells
+{
+    std::vector<Vector> points;
+    std::vector<Detail::WeldedTriangle> triangles;
+};
+
+using ShellsByGeometry = std::map<std::vector<const RawMesh*>, Shells>;
+
+bool CanBeSolid(const Mesh& mesh)
+{
+    const Material* const material = mesh.GetMaterial();
+    // The effects fill nothing that lets light through either.
+    return mesh.Type() != NodeTypeLine && material && (material->GetFlags() & MaterialFlagPoints) == 0
+        && material->GetOpacity() >= 1.0f;
+}
+
+void CollectMeshNodes(Node& node, std::vector<MeshNode*>& found)
+{
+    auto* const meshNode = dynamic_cast<MeshNode*>(&node);
+    if (meshNode && (meshNode->GetFlags() & NodeFlagHidden) == 0)
+    {
+        found.push_back(meshNode);
+    }
+    for (Node* child : node.GetChildren())
+    {
+        CollectMeshNodes(*child, found);
+    }
+}
+
+const Shells& ShellsOf(const MeshNode& node, ShellsByGeometry& known)
+{
+    std::vector<const RawMesh*> parts;
+    for (const Mesh* mesh : node.GetMeshes())
+    {
+        if (CanBeSolid(*mesh))
+        {
+            parts.push_back(mesh->GetRawMesh().get());
+        }
+    }
+    const auto [entry, isNew] = known.try_emplace(parts);
+    if (isNew && !parts.empty())
+    {
+        const Detail::VertexWelder welded(parts);
+        entry->second = {welded.Points(), Detail::FindClosedShells(welded)};
+    }
+    return entry->second;
+}
+
+Point Times(const QGM::Transf3d& transform, const Point& point)
+{
+    const auto& m = transform.m;
+    Point result{};
+    for (std::size_t row = 0; row < 3; ++row)
+    {
+        result[row] = m[row][0] * point[0] + m[row][1] * point[1] + m[row][2] * point[2] + m[row][3];
+    }
+    return result;
+}
+
+Point ToPoint(const Vector& v)
+{
+    return {v.x, v.y, v.z};
+}
+
+Vector ToVector(const Point& point)
+{
+    return Vector(static_cast<float>(point[0]), static_cast<float>(point[1]), static_cast<float>(point[2]));
+}
+
+/// The corners of the faces, in world space and clockwise from the side that is cut away.
+std::vector<Point> Cut(const Shells& shells, const Transform& toWorld, bool isMirror, const Point& normal,
+                       const Point& position)
+{
+    Detail::PlaneSection section(normal, position);
+    std::vector<Point> points;
+    std::vector<double> heights;
+    for (const Vector& point : shells.points)
+    {
+        points.push_back(Times(toWorld.GetTransf3d(), ToPoint(point)));
+        heights.push_back(section.HeightOf(points.back()));
+    }
+    for (const Detail::WeldedTriangle& triangle : shells.triangles)
+    {
+        const std::uint32_t a = triangle[0];
+        const std::uint32_t b = triangle[isMirror ? 2 : 1];
+        const std::uint32_t c = triangle[isMirror ? 1 : 2];
+        section.Add({points[a], points[b], points[c]}, {heights[a], heights[b], heights[c]});
+    }
+    return section.Fill();
+}
+
+std::shared_ptr<RawMesh> MakeRawMesh(const Point* first, const Point* last, const QGM::Transf3d& toNode, bool isMirror,
+                                     const Color& color)
+{
+    std::vector<Vector> positions;
+    std::vector<unsigned short> indices;
+    for (const Point* corner = first; corner != last; ++corner)
+    {
+        indices.push_back(static_cast<unsigned short>(positions.size()));
+        positions.push_back(ToVector(Times(toNode, *corner)));
+    }
+    for (std::size_t i = 0; isMirror && i + 2 < indices.size(); i += 3)
+    {
+        std::swap(indices[i], indices[i + 1]);
+    }
+    auto raw = std::make_shared<RawMesh>();
+    raw->SetColorBuffer(std::vector<Color>(positions.size(), color));
+    raw->SetPositionBuffer(std::move(positions));
+    raw->SetIndices(std::move(indices));
+    raw->EndDescription(true);
+    return raw;
+}
+
+Material* MakeMaterial(Scene& scene, const Color& color)
+{
+    auto* const material = new Material("section");
+    material->SetDiffuse(color);
+    material->SetAmbient(color);
+    material->flags = MaterialFlagUnlit | MaterialFlagNoCull;
+    scene.AddMaterial(material);
+    return material;
+}
+
+} // namespace
+
+std::size_t SectionFill::AddTo(Scene& scene, const std::vector<SectionPlane>& planes, float inset, const Color& color)
+{
+    std::vector<MeshNode*> nodes;
+    CollectMeshNodes(*scene.GetRoot(), nodes);
+    ShellsByGeometry known;
+    Material* material = nullptr;
+    std::size_t count = 0;
+    for (MeshNode* node : nodes)
+    {
+        Transform toNode;
+        toNode.Invert(node->GetGlobal());
+        if (!std::isfinite(toNode.GetPosition().x))
+        {
+            // What is flattened encloses nothing.
+            continue;
+        }
+        const Shells& shells = ShellsOf(*node, known);
+        const bool isMirror = node->IsGlobalMirror();
+        std::vector<Point> corners;
+        for (const SectionPlane& plane : planes)
+        {
+            const Point normal = ToPoint(plane.normal);
+            Point position = ToPoint(plane.position);
+            for (std::size_t i = 0; i < 3; ++i)
+            {
+                position[i] -= normal[i] * inset;
+            }
+            const std::vector<Point> more = Cut(shells, node->GetGlobal(), isMirror, normal, position);
+            corners.insert(corners.end(), more.begin(), more.end());
+            count += more.empty() ? 0 : 1;
+        }
+        for (std::size_t first = 0; first < corners.size(); first += kMostCorners)
+        {
+            const std::size_t last = std::min(first + kMostCorners, corners.size());
+            material = material ? material : MakeMaterial(scene, color);
+            auto* const mesh = new Mesh(MakeRawMesh(corners.data() + first, corners.data() + last,
+                                                    toNode.GetTransf3d(), isMirror, color), &scene);
+            material->AddMesh(mesh);
+            mesh->AddNode(node);
+        }
+    }
+    return count;
+}
+
+} // namespace OV::Host
