@@ -36,10 +36,10 @@ enum TextureUnit : int
     UnitOpacityMap,
 };
 
-void BindTexture(GLenum target, TextureUnit unit, unsigned int texture)
+void BindCube(unsigned int texture)
 {
-    glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
-    glBindTexture(target, texture);
+    glActiveTexture(GL_TEXTURE0 + UnitReflectionMap);
+    glBindTexture(GL_TEXTURE_CUBE_MAP, texture);
 }
 
 /// A quarter turn about X, from half its angle as it has always been written.
@@ -126,11 +126,18 @@ void AdvancedMaterialBaseES20::SetMaps(MaterialES20* data)
     Set(AdvancedUniformTexture0, static_cast<int>(UnitColor));
     Set(AdvancedUniformNormalMap, static_cast<int>(UnitNormalMap));
     Set(AdvancedUniformOpacityMap, static_cast<int>(UnitOpacityMap));
-    BindTexture(GL_TEXTURE_2D, UnitColor, color);
-    BindTexture(GL_TEXTURE_2D, UnitNormalMap, normalMap);
-    BindTexture(GL_TEXTURE_2D, UnitOpacityMap, opacityMap);
-    BindTexture(reflectionMapId != 0 ? GL_TEXTURE_CUBE_MAP : GL_TEXTURE_2D, UnitReflectionMap, reflectionMapId);
+    BindTexture(UnitColor, color);
+    BindTexture(UnitNormalMap, normalMap);
+    BindTexture(UnitOpacityMap, opacityMap);
     m_reflectionBound = reflectionMapId != 0;
+    if (m_reflectionBound)
+    {
+        BindCube(reflectionMapId);
+    }
+    else
+    {
+        BindTexture(UnitReflectionMap, 0);
+    }
     glActiveTexture(GL_TEXTURE0);
 }
 
@@ -165,7 +172,7 @@ void AdvancedMaterialBaseES20::Remove()
     if (m_reflectionBound)
     {
         // Left there, it would be the reflection of the next material that has none.
-        BindTexture(GL_TEXTURE_CUBE_MAP, UnitReflectionMap, 0);
+        BindCube(0);
         glActiveTexture(GL_TEXTURE0);
         m_reflectionBound = false;
     }
@@ -182,19 +189,15 @@ void AdvancedMaterialBaseES20::BindMeshAttributes(MeshES20* mesh)
     EnableAttribute(AdvancedAttributePosition, 3, stride, mesh->GetPositionOffset());
     if (lit)
     {
-        hasNormals = mesh->GetNormalOffset() >= 0;
-        if (hasNormals)
-        {
-            EnableAttribute(AdvancedAttributeNormal, 3, stride, mesh->GetNormalOffset());
-        }
-        else
+        hasNormals = EnableStream(AdvancedAttributeNormal, 3, stride, mesh->GetNormalOffset());
+        if (!hasNormals)
         {
             Set(AdvancedUniformEnableLight, 0);
         }
     }
-    if (mesh->GetTextureOffset() >= 0 && HasAttribute(AdvancedAttributeTexture))
+    if (HasAttribute(AdvancedAttributeTexture))
     {
-        EnableAttribute(AdvancedAttributeTexture, 2, stride, mesh->GetTextureOffset());
+        EnableStream(AdvancedAttributeTexture, 2, stride, mesh->GetTextureOffset());
     }
     const Mesh* const sceneMesh = mesh->GetMesh();
     const bool monochrome = sceneMesh && (sceneMesh->GetFlags() & MeshFlagMonochrome) != 0;
@@ -205,20 +208,13 @@ void AdvancedMaterialBaseES20::BindMeshAttributes(MeshES20* mesh)
 void AdvancedMaterialBaseES20::ReleaseMeshAttributes(MeshES20* mesh)
 {
     glFrontFace(GL_CCW);
-    if (mesh->GetTextureOffset() >= 0 && HasAttribute(AdvancedAttributeTexture))
+    if (HasAttribute(AdvancedAttributeTexture))
     {
-        DisableAttribute(AdvancedAttributeTexture);
+        DisableStream(AdvancedAttributeTexture, mesh->GetTextureOffset());
     }
-    if (lit)
+    if (lit && !DisableStream(AdvancedAttributeNormal, mesh->GetNormalOffset()))
     {
-        if (mesh->GetNormalOffset() >= 0)
-        {
-            DisableAttribute(AdvancedAttributeNormal);
-        }
-        else
-        {
-            Set(AdvancedUniformEnableLight, 1);
-        }
+        Set(AdvancedUniformEnableLight, 1);
     }
     DisableAttribute(AdvancedAttributePosition);
 }

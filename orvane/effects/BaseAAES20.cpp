@@ -42,20 +42,13 @@ void BaseAAES20::Remove() {}
 
 void BaseAAES20::BindMeshAttributes(MeshES20* mesh)
 {
-    if (m_positionAttribute >= 0)
-    {
-        // Where the quad lies: it may share its buffer.
-        EnableAttribute(static_cast<unsigned int>(m_positionAttribute), 3, mesh->GetStride(),
-                        mesh->GetPositionOffset());
-    }
+    // Where the quad lies: it may share its buffer.
+    EnableStream(m_positionAttribute, 3, mesh->GetStride(), mesh->GetPositionOffset());
 }
 
 void BaseAAES20::ReleaseMeshAttributes(MeshES20*)
 {
-    if (m_positionAttribute >= 0)
-    {
-        DisableAttribute(static_cast<unsigned int>(m_positionAttribute));
-    }
+    DisableStream(m_positionAttribute, 0);
 }
 
 void BaseAAES20::BindMeshUniforms(MeshNode*) {}

@@ -101,8 +101,7 @@ void BasicMaterialAmbientPassEffectES20::Apply(MaterialES20* data, CameraNodeES2
     UseOptions(BasicMaterialOptions(*material, texture));
     if (texture != 0)
     {
-        glActiveTexture(GL_TEXTURE0);
-        glBindTexture(GL_TEXTURE_2D, texture);
+        BindTexture(0, texture);
         Set(UniformHScale, ShaderScale(data->GetUScale()));
         Set(UniformVScale, ShaderScale(data->GetVScale()));
     }
@@ -163,18 +162,18 @@ void BasicMaterialAmbientPassEffectES20::BindMeshAttributes(MeshES20* mesh)
             Set(UniformAmbient, whole);
         }
     }
-    if (mesh->GetTextureOffset() >= 0 && HasAttribute(AttributeTexture))
+    if (HasAttribute(AttributeTexture))
     {
-        EnableAttribute(AttributeTexture, 2, mesh->GetStride(), mesh->GetTextureOffset());
+        EnableStream(AttributeTexture, 2, mesh->GetStride(), mesh->GetTextureOffset());
     }
     Set(UniformIsShowFaceSides, ShowsFaceSides(mesh) ? 1 : 0);
 }
 
 void BasicMaterialAmbientPassEffectES20::ReleaseMeshAttributes(MeshES20* mesh)
 {
-    if (mesh->GetTextureOffset() >= 0 && HasAttribute(AttributeTexture))
+    if (HasAttribute(AttributeTexture))
     {
-        DisableAttribute(AttributeTexture);
+        DisableStream(AttributeTexture, mesh->GetTextureOffset());
     }
     if (ShowsWholeColor(mesh))
     {

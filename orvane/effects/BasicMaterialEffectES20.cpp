@@ -124,8 +124,7 @@ void BasicMaterialEffectES20::Apply(MaterialES20* data, CameraNodeES20* camera)
     {
         blendEnabled = EnableBlendingIfNeeded(data);
     }
-    glActiveTexture(GL_TEXTURE0);
-    glBindTexture(GL_TEXTURE_2D, texture);
+    BindTexture(0, texture);
     if (texture != 0)
     {
         Set(UniformHScale, ShaderScale(data->GetUScale()));
@@ -167,39 +166,28 @@ void BasicMaterialEffectES20::BindMeshAttributes(MeshES20* mesh)
     EnableAttribute(AttributePosition, 3, stride, mesh->GetPositionOffset());
     if (lit)
     {
-        hasNormals = mesh->GetNormalOffset() >= 0;
-        if (hasNormals)
-        {
-            EnableAttribute(AttributeNormal, 3, stride, mesh->GetNormalOffset());
-        }
-        else
+        hasNormals = EnableStream(AttributeNormal, 3, stride, mesh->GetNormalOffset());
+        if (!hasNormals)
         {
             Set(UniformEnableLight, 0);
         }
     }
-    if (mesh->GetTextureOffset() >= 0 && HasAttribute(AttributeTexture))
+    if (HasAttribute(AttributeTexture))
     {
-        EnableAttribute(AttributeTexture, 2, stride, mesh->GetTextureOffset());
+        EnableStream(AttributeTexture, 2, stride, mesh->GetTextureOffset());
     }
     Set(UniformIsShowFaceSides, ShowsFaceSides(mesh) ? 1 : 0);
 }
 
 void BasicMaterialEffectES20::ReleaseMeshAttributes(MeshES20* mesh)
 {
-    if (mesh->GetTextureOffset() >= 0 && HasAttribute(AttributeTexture))
+    if (HasAttribute(AttributeTexture))
     {
-        DisableAttribute(AttributeTexture);
+        DisableStream(AttributeTexture, mesh->GetTextureOffset());
     }
-    if (lit)
+    if (lit && !DisableStream(AttributeNormal, mesh->GetNormalOffset()))
     {
-        if (mesh->GetNormalOffset() < 0)
-        {
-            Set(UniformEnableLight, 1);
-        }
-        else
-        {
-            DisableAttribute(AttributeNormal);
-        }
+        Set(UniformEnableLight, 1);
     }
     DisableAttribute(AttributePosition);
     ClearLeftovers();

@@ -84,12 +84,6 @@ enum TextureUnit : int
     UnitNoise,
 };
 
-void BindTexture(int unit, unsigned int texture)
-{
-    glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
-    glBindTexture(GL_TEXTURE_2D, texture);
-}
-
 } // namespace
 
 CrosshatchEffectES20::CrosshatchEffectES20(EffectCache* cache) : MaterialEffectES20(cache)
@@ -183,27 +177,17 @@ void CrosshatchEffectES20::BindMeshAttributes(MeshES20* mesh)
     EnableAttribute(AttributePosition, 3, stride, mesh->GetPositionOffset());
     if (lit)
     {
-        hasNormals = mesh->GetNormalOffset() >= 0;
-        if (hasNormals)
-        {
-            EnableAttribute(AttributeNormal, 3, stride, mesh->GetNormalOffset());
-        }
+        hasNormals = EnableStream(AttributeNormal, 3, stride, mesh->GetNormalOffset());
     }
-    if (mesh->GetTextureOffset() >= 0)
-    {
-        EnableAttribute(AttributeTexture, 2, stride, mesh->GetTextureOffset());
-    }
+    EnableStream(AttributeTexture, 2, stride, mesh->GetTextureOffset());
 }
 
 void CrosshatchEffectES20::ReleaseMeshAttributes(MeshES20* mesh)
 {
-    if (mesh->GetTextureOffset() >= 0)
+    DisableStream(AttributeTexture, mesh->GetTextureOffset());
+    if (lit)
     {
-        DisableAttribute(AttributeTexture);
-    }
-    if (lit && mesh->GetNormalOffset() >= 0)
-    {
-        DisableAttribute(AttributeNormal);
+        DisableStream(AttributeNormal, mesh->GetNormalOffset());
     }
     DisableAttribute(AttributePosition);
 }

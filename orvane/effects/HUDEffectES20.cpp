@@ -63,8 +63,7 @@ void HUDEffectES20::Apply(MaterialES20* data, CameraNodeES20* camera)
         }
     }
     glUniform1i(m_enableTextureLocation, texture != 0 ? 1 : 0);
-    glActiveTexture(GL_TEXTURE0);
-    glBindTexture(GL_TEXTURE_2D, texture);
+    BindTexture(0, texture);
     glUniform4f(m_colorLocation, color.r, color.g, color.b, color.a);
     m_camera = camera;
 }
@@ -81,27 +80,14 @@ void HUDEffectES20::Remove()
 
 void HUDEffectES20::BindMeshAttributes(MeshES20* mesh)
 {
-    const int stride = mesh->GetStride();
-    if (m_positionAttribute >= 0)
-    {
-        EnableAttribute(static_cast<unsigned int>(m_positionAttribute), 3, stride, mesh->GetPositionOffset());
-    }
-    if (mesh->GetTextureOffset() >= 0 && m_textureAttribute >= 0)
-    {
-        EnableAttribute(static_cast<unsigned int>(m_textureAttribute), 2, stride, mesh->GetTextureOffset());
-    }
+    EnableStream(m_positionAttribute, 3, mesh->GetStride(), mesh->GetPositionOffset());
+    EnableStream(m_textureAttribute, 2, mesh->GetStride(), mesh->GetTextureOffset());
 }
 
 void HUDEffectES20::ReleaseMeshAttributes(MeshES20* mesh)
 {
-    if (mesh->GetTextureOffset() >= 0 && m_textureAttribute >= 0)
-    {
-        DisableAttribute(static_cast<unsigned int>(m_textureAttribute));
-    }
-    if (m_positionAttribute >= 0)
-    {
-        DisableAttribute(static_cast<unsigned int>(m_positionAttribute));
-    }
+    DisableStream(m_textureAttribute, mesh->GetTextureOffset());
+    DisableStream(m_positionAttribute, mesh->GetPositionOffset());
 }
 
 void HUDEffectES20::BindMeshUniforms(MeshNode* node)

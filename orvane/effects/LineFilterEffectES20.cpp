@@ -17,12 +17,6 @@ constexpr IndexedName kAttributes[] = {
     {1, "a_texture"},
 };
 
-void BindTexture(GLenum unit, int texture)
-{
-    glActiveTexture(unit);
-    glBindTexture(GL_TEXTURE_2D, static_cast<GLuint>(texture));
-}
-
 } // namespace
 
 LineFilterEffectES20::LineFilterEffectES20(EffectCache* cache) : MaterialEffectES20(cache)
@@ -52,9 +46,9 @@ LineFilterEffectES20::LineFilterEffectES20(EffectCache* cache) : MaterialEffectE
 void LineFilterEffectES20::Bind()
 {
     glUseProgram(m_currentProgram);
-    BindTexture(GL_TEXTURE0, depthTexture);
-    BindTexture(GL_TEXTURE1, renderTexture);
-    BindTexture(GL_TEXTURE2, idTexture);
+    BindTexture(0, static_cast<GLuint>(depthTexture));
+    BindTexture(1, static_cast<GLuint>(renderTexture));
+    BindTexture(2, static_cast<GLuint>(idTexture));
     glActiveTexture(GL_TEXTURE0);
 }
 
@@ -67,27 +61,15 @@ void LineFilterEffectES20::Remove() {}
 
 void LineFilterEffectES20::BindMeshAttributes(MeshES20* mesh)
 {
-    if (m_positionAttribute >= 0)
-    {
-        EnableAttribute(static_cast<unsigned int>(m_positionAttribute), 3, mesh->GetStride(),
-                        mesh->GetPositionOffset());
-    }
-    if (m_textureAttribute >= 0 && mesh->GetTextureOffset() >= 0)
-    {
-        EnableAttribute(static_cast<unsigned int>(m_textureAttribute), 2, mesh->GetStride(),
-                        mesh->GetTextureOffset());
-    }
+    EnableStream(m_positionAttribute, 3, mesh->GetStride(), mesh->GetPositionOffset());
+    EnableStream(m_textureAttribute, 2, mesh->GetStride(), mesh->GetTextureOffset());
 }
 
 void LineFilterEffectES20::ReleaseMeshAttributes(MeshES20*)
 {
-    for (const int attribute : {m_positionAttribute, m_textureAttribute})
-    {
-        if (attribute >= 0)
-        {
-            DisableAttribute(static_cast<unsigned int>(attribute));
-        }
-    }
+    // Whatever the mesh has: both may be enabled.
+    DisableStream(m_positionAttribute, 0);
+    DisableStream(m_textureAttribute, 0);
 }
 
 void LineFilterEffectES20::BindMeshUniforms(MeshNode*)

@@ -64,6 +64,32 @@ Color MaterialEffectES20::LitColor(Material* material, LightNode* light)
                  material->GetOpacity());
 }
 
+bool MaterialEffectES20::EnableStream(int attribute, int components, int stride, int offset)
+{
+    const bool present = attribute >= 0 && offset >= 0;
+    if (present)
+    {
+        EnableAttribute(static_cast<unsigned int>(attribute), components, stride, offset);
+    }
+    return present;
+}
+
+bool MaterialEffectES20::DisableStream(int attribute, int offset)
+{
+    const bool present = attribute >= 0 && offset >= 0;
+    if (present)
+    {
+        DisableAttribute(static_cast<unsigned int>(attribute));
+    }
+    return present;
+}
+
+void MaterialEffectES20::BindTexture(int unit, unsigned int texture)
+{
+    glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
+    glBindTexture(GL_TEXTURE_2D, texture);
+}
+
 bool MaterialEffectES20::ShowsFaceSides(MeshES20* data)
 {
     const Mesh* mesh = data->GetMesh();

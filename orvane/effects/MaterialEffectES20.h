@@ -45,6 +45,17 @@ protected:
     /// ignores the light's colour keeps its own.
     static Color LitColor(Material* material, LightNode* light);
 
+    /// Points an attribute at a stream of floats of the bound buffer and enables it, where the
+    /// program has the attribute and the mesh the stream: neither number is negative.
+    /// @return whether both are there.
+    static bool EnableStream(int attribute, int components, int stride, int offset);
+
+    /// Disables what EnableStream enables.
+    static bool DisableStream(int attribute, int offset);
+
+    /// Binds a flat texture, which leaves its unit the active one.
+    static void BindTexture(int unit, unsigned int texture);
+
     /// Whether the mesh marks its back faces.
     static bool ShowsFaceSides(MeshES20* mesh);
 

@@ -71,10 +71,8 @@ unsigned int SSAOEffectES20::CreateProgramForOptions(std::uint64_t options, std:
 void SSAOEffectES20::Bind()
 {
     UseOptions(OptionMist);
-    glActiveTexture(GL_TEXTURE0);
-    glBindTexture(GL_TEXTURE_2D, static_cast<GLuint>(depthTexture));
-    glActiveTexture(GL_TEXTURE1);
-    glBindTexture(GL_TEXTURE_2D, static_cast<GLuint>(renderTexture));
+    BindTexture(0, static_cast<GLuint>(depthTexture));
+    BindTexture(1, static_cast<GLuint>(renderTexture));
     glActiveTexture(GL_TEXTURE0);
 }
 
@@ -88,10 +86,7 @@ void SSAOEffectES20::Remove() {}
 void SSAOEffectES20::BindMeshAttributes(MeshES20* mesh)
 {
     EnableAttribute(AttributePosition, 3, mesh->GetStride(), mesh->GetPositionOffset());
-    if (mesh->GetTextureOffset() >= 0)
-    {
-        EnableAttribute(AttributeTexture, 2, mesh->GetStride(), mesh->GetTextureOffset());
-    }
+    EnableStream(AttributeTexture, 2, mesh->GetStride(), mesh->GetTextureOffset());
 }
 
 void SSAOEffectES20::ReleaseMeshAttributes(MeshES20*)

@@ -39,10 +39,8 @@ ScalableAmbientObscuranceEffectES20::ScalableAmbientObscuranceEffectES20(EffectC
 void ScalableAmbientObscuranceEffectES20::Bind()
 {
     glUseProgram(m_currentProgram);
-    glActiveTexture(GL_TEXTURE0);
-    glBindTexture(GL_TEXTURE_2D, static_cast<GLuint>(depthTexture));
-    glActiveTexture(GL_TEXTURE1);
-    glBindTexture(GL_TEXTURE_2D, static_cast<GLuint>(renderTexture));
+    BindTexture(0, static_cast<GLuint>(depthTexture));
+    BindTexture(1, static_cast<GLuint>(renderTexture));
     glActiveTexture(GL_TEXTURE0);
 }
 
@@ -55,27 +53,15 @@ void ScalableAmbientObscuranceEffectES20::Remove() {}
 
 void ScalableAmbientObscuranceEffectES20::BindMeshAttributes(MeshES20* mesh)
 {
-    if (m_positionAttribute >= 0)
-    {
-        EnableAttribute(static_cast<unsigned int>(m_positionAttribute), 3, mesh->GetStride(),
-                        mesh->GetPositionOffset());
-    }
-    if (m_textureAttribute >= 0 && mesh->GetTextureOffset() >= 0)
-    {
-        EnableAttribute(static_cast<unsigned int>(m_textureAttribute), 2, mesh->GetStride(),
-                        mesh->GetTextureOffset());
-    }
+    EnableStream(m_positionAttribute, 3, mesh->GetStride(), mesh->GetPositionOffset());
+    EnableStream(m_textureAttribute, 2, mesh->GetStride(), mesh->GetTextureOffset());
 }
 
 void ScalableAmbientObscuranceEffectES20::ReleaseMeshAttributes(MeshES20*)
 {
-    for (const int attribute : {m_positionAttribute, m_textureAttribute})
-    {
-        if (attribute >= 0)
-        {
-            DisableAttribute(static_cast<unsigned int>(attribute));
-        }
-    }
+    // Whatever the mesh has: both may be enabled.
+    DisableStream(m_positionAttribute, 0);
+    DisableStream(m_textureAttribute, 0);
 }
 
 void ScalableAmbientObscuranceEffectES20::BindMeshUniforms(MeshNode*)

@@ -26,15 +26,6 @@ constexpr IndexedName kAttributes[] = {
     {2, "a_scalardata"},
 };
 
-void BindAttribute(void (*enable)(unsigned int, int, int, int), int attribute, int components, int stride,
-                   int offset)
-{
-    if (attribute >= 0 && offset >= 0)
-    {
-        enable(static_cast<unsigned int>(attribute), components, stride, offset);
-    }
-}
-
 } // namespace
 
 SimMaterialEffectES20::SimMaterialEffectES20(EffectCache* cache) : MaterialEffectES20(cache)
@@ -71,8 +62,7 @@ void SimMaterialEffectES20::Apply(MaterialES20* data, CameraNodeES20* camera)
     glUniform1i(m_enableTextureLocation, texture != 0 ? 1 : 0);
     if (texture != 0)
     {
-        glActiveTexture(GL_TEXTURE0);
-        glBindTexture(GL_TEXTURE_2D, texture);
+        BindTexture(0, texture);
     }
     glUniform1i(m_enableLightLocation, (material->GetFlags() & MaterialFlagUnlit) != 0 ? 0 : 1);
     const Color& color = material->GetDiffuse();
@@ -99,22 +89,16 @@ void SimMaterialEffectES20::Remove()
 void SimMaterialEffectES20::BindMeshAttributes(MeshES20* mesh)
 {
     const int stride = mesh->GetStride();
-    BindAttribute(&EnableAttribute, m_positionAttribute, 3, stride, mesh->GetPositionOffset());
-    BindAttribute(&EnableAttribute, m_normalAttribute, 3, stride, mesh->GetNormalOffset());
-    BindAttribute(&EnableAttribute, m_scalarAttribute, 1, stride, mesh->GetScalarOffset());
+    EnableStream(m_positionAttribute, 3, stride, mesh->GetPositionOffset());
+    EnableStream(m_normalAttribute, 3, stride, mesh->GetNormalOffset());
+    EnableStream(m_scalarAttribute, 1, stride, mesh->GetScalarOffset());
 }
 
 void SimMaterialEffectES20::ReleaseMeshAttributes(MeshES20* mesh)
 {
-    const auto release = [](int attribute, int offset) {
-        if (attribute >= 0 && offset >= 0)
-        {
-            DisableAttribute(static_cast<unsigned int>(attribute));
-        }
-    };
-    release(m_normalAttribute, mesh->GetNormalOffset());
-    release(m_scalarAttribute, mesh->GetScalarOffset());
-    release(m_positionAttribute, mesh->GetPositionOffset());
+    DisableStream(m_normalAttribute, mesh->GetNormalOffset());
+    DisableStream(m_scalarAttribute, mesh->GetScalarOffset());
+    DisableStream(m_positionAttribute, mesh->GetPositionOffset());
 }
 
 void SimMaterialEffectES20::BindMeshUniforms(MeshNode* node)

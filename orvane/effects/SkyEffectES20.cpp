@@ -90,28 +90,14 @@ void SkyEffectES20::Remove()
 
 void SkyEffectES20::BindMeshAttributes(MeshES20* mesh)
 {
-    if (m_positionAttribute >= 0)
-    {
-        EnableAttribute(static_cast<unsigned int>(m_positionAttribute), 3, mesh->GetStride(),
-                        mesh->GetPositionOffset());
-    }
-    if (m_textureAttribute >= 0 && mesh->GetTextureOffset() >= 0)
-    {
-        EnableAttribute(static_cast<unsigned int>(m_textureAttribute), 2, mesh->GetStride(),
-                        mesh->GetTextureOffset());
-    }
+    EnableStream(m_positionAttribute, 3, mesh->GetStride(), mesh->GetPositionOffset());
+    EnableStream(m_textureAttribute, 2, mesh->GetStride(), mesh->GetTextureOffset());
 }
 
 void SkyEffectES20::ReleaseMeshAttributes(MeshES20* mesh)
 {
-    if (m_textureAttribute >= 0 && mesh->GetTextureOffset() >= 0)
-    {
-        DisableAttribute(static_cast<unsigned int>(m_textureAttribute));
-    }
-    if (m_positionAttribute >= 0)
-    {
-        DisableAttribute(static_cast<unsigned int>(m_positionAttribute));
-    }
+    DisableStream(m_textureAttribute, mesh->GetTextureOffset());
+    DisableStream(m_positionAttribute, mesh->GetPositionOffset());
 }
 
 void SkyEffectES20::BindMeshUniforms(MeshNode* node)

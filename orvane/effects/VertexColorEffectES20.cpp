@@ -90,26 +90,14 @@ void VertexColorEffectES20::BindMeshAttributes(MeshES20* mesh)
 {
     const int stride = mesh->GetStride();
     EnableAttribute(AttributePosition, 3, stride, mesh->GetPositionOffset());
-    if (mesh->GetNormalOffset() >= 0)
-    {
-        EnableAttribute(AttributeNormal, 3, stride, mesh->GetNormalOffset());
-    }
-    if (mesh->GetColorOffset() >= 0)
-    {
-        EnableAttribute(AttributeColor, 4, stride, mesh->GetColorOffset());
-    }
+    EnableStream(AttributeNormal, 3, stride, mesh->GetNormalOffset());
+    EnableStream(AttributeColor, 4, stride, mesh->GetColorOffset());
 }
 
 void VertexColorEffectES20::ReleaseMeshAttributes(MeshES20* mesh)
 {
-    if (mesh->GetColorOffset() >= 0)
-    {
-        DisableAttribute(AttributeColor);
-    }
-    if (mesh->GetNormalOffset() >= 0)
-    {
-        DisableAttribute(AttributeNormal);
-    }
+    DisableStream(AttributeColor, mesh->GetColorOffset());
+    DisableStream(AttributeNormal, mesh->GetNormalOffset());
     DisableAttribute(AttributePosition);
 }
 
