@@ -1,5 +1,5 @@
-#include "bench/GLFingerprint.h"
-#include "host/HeadlessContext.h"
+#include "bench/BenchSupport.h"
+#include "bench/PatchScene.h"
 #include "orvane/effects/EffectES20.h"
 #include "orvane/effects/SkySettings.h"
 #include "orvane/math/Matrix.h"
@@ -9,69 +9,22 @@
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/renderer/Renderer20.h"
 #include "orvane/scene/CameraNode.h"
-#include "orvane/scene/LightNode.h"
-#include "orvane/scene/Material.h"
-#include "orvane/scene/Mesh.h"
-#include "orvane/scene/MeshNode.h"
-#include "orvane/scene/RawMesh.h"
-#include "orvane/scene/Scene.h"
 
 #include <GL/glew.h>
 #include <benchmark/benchmark.h>
 
-#include <cmath>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <string>
 #include <vector>
 
 // A static scene drawn by the renderer and, in the same run, by a hand-written loop over flat
-// arrays that makes the same GL calls with the same arguments. Drawing itself is dropped
-// (GALLIUM_NOOP), so what counts is the ratio of the two.
+// arrays that makes the same GL calls with the same arguments. What counts is the ratio of the two.
 namespace
 {
 
 using namespace OV;
-using OV::Bench::GLFingerprint;
-
-constexpr int kMeshes = 10000;
-constexpr int kMaterials = 50;
-constexpr int kCells = 7; // 7 x 7 cells of two triangles: 98 a mesh
-
-std::shared_ptr<RawMesh> MakePatch()
-{
-    std::vector<Vector> positions;
-    std::vector<Vector> normals;
-    std::vector<unsigned short> indices;
-    for (int y = 0; y <= kCells; ++y)
-    {
-        for (int x = 0; x <= kCells; ++x)
-        {
-            positions.emplace_back(static_cast<float>(x), static_cast<float>(y), 0.0f);
-            normals.emplace_back(0.0f, 0.0f, 1.0f);
-        }
-    }
-    for (int y = 0; y < kCells; ++y)
-    {
-        for (int x = 0; x < kCells; ++x)
-        {
-            const auto a = static_cast<unsigned short>(y * (kCells + 1) + x);
-            const auto b = static_cast<unsigned short>(a + 1);
-            const auto c = static_cast<unsigned short>(a + kCells + 1);
-            const auto d = static_cast<unsigned short>(c + 1);
-            indices.insert(indices.end(), {a, b, d, a, d, c});
-        }
-    }
-    auto raw = std::make_shared<RawMesh>();
-    raw->SetPositionBuffer(std::move(positions));
-    raw->SetNormalBuffer(std::move(normals));
-    raw->SetIndices(std::move(indices));
-    raw->EndDescription(true);
-    return raw;
-}
+using namespace OV::Bench;
 
 /// Shows what the hand-written loop has to know.
 class BenchRenderer : public Renderer20
@@ -117,18 +70,9 @@ class FrameBench
 public:
     FrameBench()
     {
-        Host::HeadlessContext::Options options;
-        options.width = 256;
-        options.height = 256;
-        std::string error;
-        m_context = Host::HeadlessContext::Create(options, error);
-        if (!m_context)
-        {
-            std::fprintf(stderr, "no GL context: %s\n", error.c_str());
-            std::exit(1);
-        }
+        m_context = OpenContext(256, 256);
         SkySettings::inst().SetUseFog(false);
-        MakeScene();
+        AddPatches(m_scene, 1.0f);
         m_renderer.Resize(256, 256);
         m_scene.UpdateGraph(256.0f, 256.0f);
         DrawWithEngine();
@@ -145,7 +89,6 @@ public:
     void DrawByHand() const;
 
 private:
-    void MakeScene();
     void Flatten();
 
     std::unique_ptr<Host::HeadlessContext> m_context;
@@ -157,29 +100,6 @@ private:
     std::vector<FlatMaterial> m_flatMaterials;
     std::vector<FlatMesh> m_flatMeshes;
 };
-
-void FrameBench::MakeScene()
-{
-    auto* light = new LightNode(&m_scene);
-    m_scene.GetRoot()->AddChild(light, false);
-    std::vector<Material*> materials;
-    for (int i = 0; i < kMaterials; ++i)
-    {
-        materials.push_back(new Material("material " + std::to_string(i)));
-        m_scene.AddMaterial(materials.back());
-    }
-    for (int i = 0; i < kMeshes; ++i)
-    {
-        auto* mesh = new Mesh(MakePatch(), &m_scene);
-        auto* node = new MeshNode(&m_scene);
-        Transform place;
-        place.SetPosition(Vector(static_cast<float>(i % 100), static_cast<float>(i / 100), -50.0f));
-        node->SetLocal(place);
-        mesh->AddNode(node);
-        m_scene.GetRoot()->AddChild(node, false);
-        materials[static_cast<std::size_t>(i % kMaterials)]->AddMesh(mesh);
-    }
-}
 
 void FrameBench::Flatten()
 {
@@ -222,11 +142,6 @@ void FrameBench::Flatten()
         flat.last = m_flatMeshes.size();
         m_flatMaterials.push_back(flat);
     }
-}
-
-const void* Pointer(std::intptr_t offset)
-{
-    return reinterpret_cast<const void*>(offset);
 }
 
 void FrameBench::DrawByHand() const
@@ -279,51 +194,20 @@ void FrameBench::DrawByHand() const
     }
 }
 
-FrameBench& Bench()
+FrameBench& Frame()
 {
     static FrameBench bench;
     return bench;
 }
 
-/// The comparison is of no use unless both make the same calls.
-void RequireSameCalls()
-{
-    FrameBench& bench = Bench();
-    std::uint64_t engine = 0;
-    std::uint64_t engineCalls = 0;
-    {
-        GLFingerprint fingerprint;
-        bench.DrawWithEngine();
-        engine = GLFingerprint::s_value;
-        engineCalls = GLFingerprint::s_calls;
-    }
-    GLFingerprint fingerprint;
-    bench.DrawByHand();
-    if (GLFingerprint::s_value != engine || GLFingerprint::s_calls != engineCalls)
-    {
-        std::fprintf(stderr, "the hand-written loop makes other calls (%llu) than the engine (%llu)\n",
-                     static_cast<unsigned long long>(GLFingerprint::s_calls),
-                     static_cast<unsigned long long>(engineCalls));
-        std::exit(1);
-    }
-}
-
 void StaticSceneByEngine(benchmark::State& state)
 {
-    for (auto _ : state)
-    {
-        Bench().DrawWithEngine();
-    }
-    state.SetItemsProcessed(state.iterations() * kMeshes);
+    Repeat(state, kPatches, [] { Frame().DrawWithEngine(); });
 }
 
 void StaticSceneByHand(benchmark::State& state)
 {
-    for (auto _ : state)
-    {
-        Bench().DrawByHand();
-    }
-    state.SetItemsProcessed(state.iterations() * kMeshes);
+    Repeat(state, kPatches, [] { Frame().DrawByHand(); });
 }
 
 BENCHMARK(StaticSceneByEngine)->Unit(benchmark::kMillisecond);
@@ -333,9 +217,9 @@ BENCHMARK(StaticSceneByHand)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv)
 {
-    setenv("GALLIUM_NOOP", "1", 1);
+    DropDrawing();
     benchmark::Initialize(&argc, argv);
-    RequireSameCalls();
+    RequireSameCalls([] { Frame().DrawWithEngine(); }, [] { Frame().DrawByHand(); });
     benchmark::RunSpecifiedBenchmarks();
     return 0;
 }

@@ -1,5 +1,4 @@
-#include "bench/GLFingerprint.h"
-#include "host/HeadlessContext.h"
+#include "bench/BenchSupport.h"
 #include "orvane/effects/EffectES20.h"
 #include "orvane/effects/SkySettings.h"
 #include "orvane/math/Matrix.h"
@@ -18,20 +17,17 @@
 
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <memory>
-#include <string>
 #include <vector>
 
 // 100,000 segments in 100 lines of one style, drawn by the renderer and, in the same run, by a
 // hand-written loop over flat arrays that makes the same GL calls with the same arguments.
-// Drawing itself is dropped (GALLIUM_NOOP), so what counts is the ratio of the two.
+// What counts is the ratio of the two.
 namespace
 {
 
 using namespace OV;
-using OV::Bench::GLFingerprint;
+using namespace OV::Bench;
 
 constexpr int kLines = 100;
 constexpr int kSegments = 1000;
@@ -84,11 +80,6 @@ struct Locations
     int color, width, invWidth, offset, viewDims, invViewDims, numClipPlanes, mvpMatrix, worldTransform;
 };
 
-const void* Pointer(std::intptr_t offset)
-{
-    return reinterpret_cast<const void*>(offset);
-}
-
 class LineBench
 {
 public:
@@ -113,16 +104,7 @@ private:
 
 LineBench::LineBench()
 {
-    Host::HeadlessContext::Options options;
-    options.width = kSize;
-    options.height = kSize;
-    std::string error;
-    m_context = Host::HeadlessContext::Create(options, error);
-    if (!m_context)
-    {
-        std::fprintf(stderr, "no GL context: %s\n", error.c_str());
-        std::exit(1);
-    }
+    m_context = OpenContext(kSize, kSize);
     SkySettings::inst().SetUseFog(false);
     m_style = new LineStyle("style");
     m_style->secondColor = Color(0.0f, 0.0f, 0.0f, 0.0f);
@@ -237,51 +219,20 @@ void LineBench::DrawByHand() const
     glEnable(GL_DEPTH_TEST);
 }
 
-LineBench& Bench()
+LineBench& Lines()
 {
     static LineBench bench;
     return bench;
 }
 
-/// The comparison is of no use unless both make the same calls.
-void RequireSameCalls()
-{
-    LineBench& bench = Bench();
-    std::uint64_t engine = 0;
-    std::uint64_t engineCalls = 0;
-    {
-        GLFingerprint fingerprint;
-        bench.DrawWithEngine();
-        engine = GLFingerprint::s_value;
-        engineCalls = GLFingerprint::s_calls;
-    }
-    GLFingerprint fingerprint;
-    bench.DrawByHand();
-    if (GLFingerprint::s_value != engine || GLFingerprint::s_calls != engineCalls)
-    {
-        std::fprintf(stderr, "the hand-written loop makes other calls (%llu) than the engine (%llu)\n",
-                     static_cast<unsigned long long>(GLFingerprint::s_calls),
-                     static_cast<unsigned long long>(engineCalls));
-        std::exit(1);
-    }
-}
-
 void LinesByEngine(benchmark::State& state)
 {
-    for (auto _ : state)
-    {
-        Bench().DrawWithEngine();
-    }
-    state.SetItemsProcessed(state.iterations() * kLines);
+    Repeat(state, kLines, [] { Lines().DrawWithEngine(); });
 }
 
 void LinesByHand(benchmark::State& state)
 {
-    for (auto _ : state)
-    {
-        Bench().DrawByHand();
-    }
-    state.SetItemsProcessed(state.iterations() * kLines);
+    Repeat(state, kLines, [] { Lines().DrawByHand(); });
 }
 
 BENCHMARK(LinesByEngine)->Unit(benchmark::kMicrosecond);
@@ -291,9 +242,9 @@ BENCHMARK(LinesByHand)->Unit(benchmark::kMicrosecond);
 
 int main(int argc, char** argv)
 {
-    setenv("GALLIUM_NOOP", "1", 1);
+    DropDrawing();
     benchmark::Initialize(&argc, argv);
-    RequireSameCalls();
+    RequireSameCalls([] { Lines().DrawWithEngine(); }, [] { Lines().DrawByHand(); });
     benchmark::RunSpecifiedBenchmarks();
     return 0;
 }

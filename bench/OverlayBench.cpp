@@ -1,5 +1,4 @@
-#include "bench/GLFingerprint.h"
-#include "host/HeadlessContext.h"
+#include "bench/BenchSupport.h"
 #include "orvane/imaging/Image.h"
 #include "orvane/imaging/detail/FontSet.h"
 #include "orvane/imaging/detail/TextRasterizer.h"
@@ -31,13 +30,13 @@
 #include <vector>
 
 // A layer of sprites against a hand-written loop that makes the same GL calls with the same
-// arguments, drawing itself dropped (GALLIUM_NOOP); and a label against FreeType and libraqm
+// arguments; and a label against FreeType and libraqm
 // called directly. What counts is the ratio within each pair.
 namespace
 {
 
 using namespace OV;
-using OV::Bench::GLFingerprint;
+using namespace OV::Bench;
 
 constexpr int kSprites = 2000;
 constexpr int kSide = 256;
@@ -68,16 +67,7 @@ class SpriteBench
 public:
     SpriteBench()
     {
-        Host::HeadlessContext::Options options;
-        options.width = kSide;
-        options.height = kSide;
-        std::string error;
-        m_context = Host::HeadlessContext::Create(options, error);
-        if (!m_context)
-        {
-            std::fprintf(stderr, "no GL context: %s\n", error.c_str());
-            std::exit(1);
-        }
+        m_context = OpenContext(kSide, kSide);
         for (int i = 0; i < kSprites; ++i)
         {
             m_sprites.push_back(std::make_unique<Sprite>(&m_layer, new Rect(&m_layer, 8.0f, 8.0f, false)));
@@ -150,11 +140,6 @@ void SpriteBench::Flatten()
     }
 }
 
-const void* Pointer(std::intptr_t offset)
-{
-    return reinterpret_cast<const void*>(offset);
-}
-
 void SpriteBench::DrawByHand() const
 {
     glDisable(GL_BLEND);
@@ -203,29 +188,6 @@ SpriteBench& Sprites()
 {
     static SpriteBench bench;
     return bench;
-}
-
-/// The comparison is of no use unless both make the same calls.
-void RequireSameCalls()
-{
-    SpriteBench& bench = Sprites();
-    std::uint64_t engine = 0;
-    std::uint64_t engineCalls = 0;
-    {
-        GLFingerprint fingerprint;
-        bench.DrawWithEngine();
-        engine = GLFingerprint::s_value;
-        engineCalls = GLFingerprint::s_calls;
-    }
-    GLFingerprint fingerprint;
-    bench.DrawByHand();
-    if (GLFingerprint::s_value != engine || GLFingerprint::s_calls != engineCalls)
-    {
-        std::fprintf(stderr, "the hand-written loop makes other calls (%llu) than the engine (%llu)\n",
-                     static_cast<unsigned long long>(GLFingerprint::s_calls),
-                     static_cast<unsigned long long>(engineCalls));
-        std::exit(1);
-    }
 }
 
 /// Forty letters, and the size of the text of a drawing.
@@ -361,29 +323,17 @@ void RequireSamePicture()
 
 void SpritesByEngine(benchmark::State& state)
 {
-    for (auto _ : state)
-    {
-        Sprites().DrawWithEngine();
-    }
-    state.SetItemsProcessed(state.iterations() * kSprites);
+    Repeat(state, kSprites, [] { Sprites().DrawWithEngine(); });
 }
 
 void ChangedSpritesByEngine(benchmark::State& state)
 {
-    for (auto _ : state)
-    {
-        Sprites().DrawChangedWithEngine();
-    }
-    state.SetItemsProcessed(state.iterations() * kSprites);
+    Repeat(state, kSprites, [] { Sprites().DrawChangedWithEngine(); });
 }
 
 void SpritesByHand(benchmark::State& state)
 {
-    for (auto _ : state)
-    {
-        Sprites().DrawByHand();
-    }
-    state.SetItemsProcessed(state.iterations() * kSprites);
+    Repeat(state, kSprites, [] { Sprites().DrawByHand(); });
 }
 
 void LabelByEngine(benchmark::State& state)
@@ -414,9 +364,9 @@ BENCHMARK(LabelByLibraries)->Unit(benchmark::kMicrosecond);
 
 int main(int argc, char** argv)
 {
-    setenv("GALLIUM_NOOP", "1", 1);
+    DropDrawing();
     benchmark::Initialize(&argc, argv);
-    RequireSameCalls();
+    RequireSameCalls([] { Sprites().DrawWithEngine(); }, [] { Sprites().DrawByHand(); });
     RequireSamePicture();
     benchmark::RunSpecifiedBenchmarks();
     return 0;

@@ -1,4 +1,4 @@
-#include "host/HeadlessContext.h"
+#include "bench/BenchSupport.h"
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/renderdata/SharedBuffer.h"
 #include "orvane/renderdata/SharedBufferPool.h"
@@ -10,11 +10,8 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <string>
 #include <vector>
 
 // Meshes packed and uploaded by the pool and, in the same run, by a loop of memcpy that writes
@@ -60,18 +57,6 @@ struct Meshes
 
     std::vector<std::unique_ptr<Mesh>> meshes;
 };
-
-std::unique_ptr<Host::HeadlessContext> MakeContext()
-{
-    std::string error;
-    auto context = Host::HeadlessContext::Create({}, error);
-    if (!context)
-    {
-        std::fprintf(stderr, "no GL context: %s\n", error.c_str());
-        std::exit(1);
-    }
-    return context;
-}
 
 void PackedByPool(benchmark::State& state)
 {
@@ -166,9 +151,9 @@ BENCHMARK(PackedByHand)->DenseRange(0, 3)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv)
 {
-    setenv("GALLIUM_NOOP", "1", 1);
+    Bench::DropDrawing();
     benchmark::Initialize(&argc, argv);
-    const auto context = MakeContext();
+    const auto context = Bench::OpenContext(1, 1);
     {
         // Loads the entry points.
         SharedBufferPool pool;
