@@ -111,8 +111,8 @@ public:
     /// first; without edges those of EdgeLook's identity.
     void ShowIdentifiers(bool show) { m_identifiersShown = show; }
 
-    /// Darkens corners, within about 10 pixels of them. Off at first. What is more than 12 times as
-    /// far away as the camera's target keeps its colour.
+    /// Darkens corners. Off at first. Within about 10 pixels of them where the camera's target lies
+    /// as far away as what is looked at (CameraNode::SetDistanceToTarget), else within fewer.
     void ShowAmbientOcclusion(bool show) { m_occlusionShown = show; }
 
     /// Pixels per point of the 2D layers, where that isn't the device pixel ratio: supersampling

@@ -41,7 +41,7 @@ constexpr float kOcclusionRange = 12.0f;
 constexpr float kOrthographicRange = 2.0f;
 constexpr float kOrthographicNear = 0.25f;
 
-/// Shows a camera with another far distance for the length of a scope.
+/// Shows a camera with a far distance that suits occlusion, for the length of a scope.
 class FarScope
 {
 public:
@@ -50,8 +50,8 @@ public:
         camera.GetNearFar(m_near, m_far);
         const bool perspective = camera.GetProjection() == CameraNode::Perspective;
         const float range = kOcclusionRange * camera.GetDistanceToTarget();
-        const float other = perspective ? std::max(range, 2.0f * m_near) : m_near + kOrthographicRange * (m_far - m_near);
-        camera.SetNearFar(m_near, other);
+        const float deeper = m_near + kOrthographicRange * (m_far - m_near);
+        camera.SetNearFar(m_near, perspective ? std::max(range, m_far) : deeper);
     }
 
     ~FarScope() { m_camera.SetNearFar(m_near, m_far); }
