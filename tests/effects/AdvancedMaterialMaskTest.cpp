@@ -299,7 +299,9 @@ TEST_F(AdvancedMasks, EveryMaskOfBothModelsIsShadedAsStated)
 /// from the one before.
 TEST_F(AdvancedMasks, EveryMaskOfBothModelsDrawsMeshesLitUnlitAndWithoutNormals)
 {
-    const PixelRect places[] = {{4, 40, 36, 48}, {46, 40, 36, 48}, {88, 40, 36, 48}};
+    // Lit, unlit and without normals from left to right; the upper ones show their backs.
+    const PixelRect places[] = {{4, 4, 36, 56},  {46, 4, 36, 56},  {88, 4, 36, 56},
+                                {4, 68, 36, 56}, {46, 68, 36, 56}, {88, 68, 36, 56}};
     pictures.pictures["color"] = Texels(1, 1, {vec4(0.8f, 0.6f, 0.7f, 1.0f)});
     pictures.pictures["normal"] = Texels(1, 1, {vec4(0.5f, 0.5f, 1.0f, 1.0f)});
     pictures.pictures["opacity"] = Texels(1, 1, {vec4(1.0f)});
@@ -316,18 +318,20 @@ TEST_F(AdvancedMasks, EveryMaskOfBothModelsDrawsMeshesLitUnlitAndWithoutNormals)
             SkySettings::inst().SetFogEnd(200.0f);
             std::vector<Material*> materials;
             std::vector<MeshNode*> nodes;
-            for (int i = 0; i < 3; ++i)
+            for (int i = 0; i < 6; ++i)
             {
                 Material& material = AddUsualMaterial();
+                material.SetFlags(MaterialFlagNoCull);
                 material.textureName = (mask & kTexture) != 0 ? "color" : "";
                 material.normalMapName = (mask & kNormalMap) != 0 ? "normal" : "";
                 material.opacityMapName = (mask & kCutout) != 0 ? "opacity" : "";
                 material.stippling = (mask & kStippling) != 0;
                 material.reflectionFactors[1] = 0.2f;
                 usual.surface.rect = places[i];
-                usual.surface.hasNormals = i != 2;
+                usual.surface.facesAway = i >= 3;
+                usual.surface.hasNormals = i % 3 != 2;
                 usual.surface.hasCoordinates = true;
-                if (i == 1)
+                if (i % 3 == 1)
                 {
                     material.SetFlags(MaterialFlagUnlit);
                 }

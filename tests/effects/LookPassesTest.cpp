@@ -233,7 +233,7 @@ TEST_F(LookPasses, ASuspensionLetsGoOfEveryEffectAndTheLooksComeBack)
 {
     SetUpEffects();
     const std::vector<Picture> first = DrawAll();
-    for (int round = 0; round < 3; ++round)
+    for (int round = 0; round < 2; ++round)
     {
         for (const EffectCache::EffectType type : kTypes)
         {
