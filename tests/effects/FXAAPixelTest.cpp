@@ -49,11 +49,12 @@ private:
 };
 
 /// The filter at a pixel; none where the choice between its two results hangs on a rounding.
-std::optional<glm::dvec3> Filter(const Sampler& source, int x, int y)
+/// @param step what the filter takes for one pixel, in pixels of the picture.
+std::optional<glm::dvec3> Filter(const Sampler& source, int x, int y, glm::dvec2 step)
 {
     const glm::dvec3 luma(0.299, 0.587, 0.114);
     const glm::dvec2 centre(x + 0.5, y + 0.5);
-    const auto lumaAt = [&](double dx, double dy) { return glm::dot(source.At(centre + glm::dvec2(dx, dy)), luma); };
+    const auto lumaAt = [&](double dx, double dy) { return glm::dot(source.At(centre + glm::dvec2(dx, dy) * step), luma); };
     const double nw = lumaAt(-1, -1);
     const double ne = lumaAt(1, -1);
     const double sw = lumaAt(-1, 1);
@@ -64,7 +65,7 @@ std::optional<glm::dvec3> Filter(const Sampler& source, int x, int y)
     glm::dvec2 dir(-((nw + ne) - (sw + se)), (nw + sw) - (ne + se));
     const double reduce = std::max((nw + ne + sw + se) * 0.25 / 8.0, 1.0 / 128.0);
     dir = glm::clamp(dir / (std::min(std::abs(dir.x), std::abs(dir.y)) + reduce), -8.0, 8.0);
-    const auto along = [&](double step) { return source.At(centre + dir * step); };
+    const auto along = [&](double part) { return source.At(centre + dir * part * step); };
     const glm::dvec3 a = 0.5 * (along(1.0 / 3.0 - 0.5) + along(2.0 / 3.0 - 0.5));
     const glm::dvec3 b = a * 0.5 + 0.25 * (along(-0.5) + along(0.5));
     const double lumaB = glm::dot(b, luma);
@@ -80,7 +81,8 @@ std::optional<glm::dvec3> Filter(const Sampler& source, int x, int y)
 class FXAAPixels : public OffscreenStage
 {
 protected:
-    Picture Filtered(const std::function<Pixel(int, int)>& color)
+    /// @param size what the filter is told of the picture.
+    Picture Filtered(const std::function<Pixel(int, int)>& color, glm::ivec2 size = glm::ivec2(kSize))
     {
         const unsigned int texture = MakeColors(kSize, kSize, color);
         glActiveTexture(GL_TEXTURE0);
@@ -88,13 +90,13 @@ protected:
         glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
         glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
         auto& effect = Get<FXAAEffectES20>(EffectCache::FXAA);
-        effect.SetDimensions(kSize, kSize);
+        effect.SetDimensions(size.x, size.y);
         return Draw(effect);
     }
 
-    void ExpectModel(const std::function<Pixel(int, int)>& color)
+    void ExpectModel(const std::function<Pixel(int, int)>& color, glm::ivec2 size = glm::ivec2(kSize))
     {
-        const Picture actual = Filtered(color);
+        const Picture actual = Filtered(color, size);
         Picture source(kSize, kSize, std::vector<unsigned char>(std::size_t(kSize) * kSize * 4));
         for (int y = 0; y < kSize; ++y)
         {
@@ -111,7 +113,7 @@ protected:
         {
             for (int x = 0; x < kSize; ++x)
             {
-                const std::optional<glm::dvec3> model = Filter(sampler, x, y);
+                const std::optional<glm::dvec3> model = Filter(sampler, x, y, glm::dvec2(kSize) / glm::dvec2(size));
                 if (!model)
                 {
                     continue;
@@ -157,6 +159,13 @@ TEST_F(FXAAPixels, ASlantedEdgeFollowsTheModel)
 TEST_F(FXAAPixels, ASteepEdgeFollowsTheModel)
 {
     ExpectModel([](int x, int y) { return y < 5 * x - 200 ? Grey(230) : Grey(20); });
+}
+
+TEST_F(FXAAPixels, WidthAndHeightAreEachOfTheirOwnDirection)
+{
+    const auto edge = [](int x, int y) { return 3 * y > x + 40 ? Pixel{250, 120, 30, 255} : Pixel{10, 40, 160, 255}; };
+    ExpectModel(edge, {kSize, kSize / 2});
+    ExpectModel(edge, {kSize * 3 / 4, kSize});
 }
 
 TEST_F(FXAAPixels, ThinLinesFollowTheModel)

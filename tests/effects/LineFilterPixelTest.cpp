@@ -33,12 +33,17 @@ protected:
         effect.SetRenderTexture(static_cast<int>(MakeColors(kSize, kSize, [](int, int) { return kGround; })));
     }
 
+    /// The filter over a picture of identifiers.
+    Picture FilteredColors(const std::function<Pixel(int, int)>& color)
+    {
+        effect.SetIdTexture(static_cast<int>(MakeColors(kSize, kSize, color)));
+        return Draw(effect);
+    }
+
     /// The filter over identifiers of pixels.
     Picture Filtered(const std::function<int(int, int)>& id)
     {
-        effect.SetIdTexture(
-            static_cast<int>(MakeColors(kSize, kSize, [&](int x, int y) { return IdColor(id(x, y)); })));
-        return Draw(effect);
+        return FilteredColors([&](int x, int y) { return IdColor(id(x, y)); });
     }
 
     /// One pixel of another node.
@@ -118,6 +123,47 @@ TEST_F(LineFilterPixels, TheNumberOfNeighboursDecidesAndTheWeightScales)
         }
         EXPECT_EQ(wrong, 0) << weight;
     }
+}
+
+TEST_F(LineFilterPixels, NeighboursLieAPixelOfTheSetSizeAwayInEachDirection)
+{
+    effect.SetDimensions(kSize / 4, kSize / 2);
+    const Picture picture = Dot();
+    EXPECT_EQ(picture.At(46, 60), Mixed(0.5f)) << "four texels to the left";
+    EXPECT_EQ(picture.At(50, 58), Mixed(0.5f)) << "two below";
+    EXPECT_EQ(picture.At(50, 62), Mixed(0.5f)) << "two above";
+    EXPECT_EQ(picture.At(50, 60), Mixed(1.0f));
+    EXPECT_EQ(picture.Count(kGround), kSize * kSize - 4);
+}
+
+TEST_F(LineFilterPixels, OneStepOfAnyChannelIsAnotherIdentifierAndAlphaIsNone)
+{
+    struct Row
+    {
+        const char* label;
+        Pixel left, right;
+        bool differ;
+    };
+    for (const Row& row : {Row{"red", {7, 8, 9, 255}, {8, 8, 9, 255}, true},
+                           Row{"green", {7, 8, 9, 255}, {7, 9, 9, 255}, true},
+                           Row{"blue", {7, 8, 9, 255}, {7, 8, 10, 255}, true},
+                           Row{"red for green", {1, 0, 0, 255}, {0, 1, 0, 255}, true},
+                           Row{"green for blue", {0, 1, 0, 255}, {0, 0, 1, 255}, true},
+                           Row{"red for blue", {1, 0, 0, 255}, {0, 0, 1, 255}, true},
+                           Row{"from black", {0, 0, 0, 255}, {1, 0, 0, 255}, true},
+                           Row{"a spread beside much blue", {7, 0, 255, 255}, {129, 0, 255, 255}, true},
+                           Row{"alpha", {7, 8, 9, 255}, {7, 8, 9, 0}, false}})
+    {
+        const Picture picture = FilteredColors([&](int x, int) { return x < 64 ? row.left : row.right; });
+        EXPECT_EQ(picture.At(63, 64), row.differ ? Mixed(0.5f) : kGround) << row.label;
+    }
+}
+
+TEST_F(LineFilterPixels, TheAlphaOfTheEdgeColourPlaysNoPart)
+{
+    const Picture plain = Dot();
+    effect.SetEdgeColor(Color(1.0f, 0.0f, 0.0f, 0.25f));
+    EXPECT_EQ(Dot(), plain);
 }
 
 TEST_F(LineFilterPixels, TheOverlayIsTheLineAloneWithItsAlpha)

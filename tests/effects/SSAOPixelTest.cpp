@@ -27,12 +27,12 @@ public:
     enum Options : unsigned
     {
         Mist = 1,
-        Noise = 2,
     };
 
     std::vector<float> depths;  ///< as the depth picture holds them, bottom row first
     double zNear = 1.0;
     double zFar = 50.0;
+    glm::dvec2 size{kSize};  ///< what the effect is told of the pictures
     unsigned options = Mist;
 
     /// What becomes of a colour at a pixel; none where a sample lies so near to the border of two
@@ -43,7 +43,7 @@ public:
         const glm::dvec2 place((x + 0.5) / kSize, (y + 0.5) / kSize);
         const double depth = Depth(place, uncertain);
         const glm::dvec2 noise = Rand(place);
-        const glm::dvec2 step = glm::dvec2(1.0 / kSize) / std::clamp(depth, 0.3, 1.0) + noise * (1.0 - noise);
+        const glm::dvec2 step = 1.0 / size / std::clamp(depth, 0.3, 1.0) + noise * (1.0 - noise);
         double ao = 0.0;
         double l = 0.0;
         double z = 1.0 - 1.0 / 32.0;
@@ -95,8 +95,8 @@ private:
 
     glm::dvec2 Rand(glm::dvec2 place) const
     {
-        const double s = Fract(1.0 - place.x * kSize / 2.0);
-        const double t = Fract(place.y * kSize / 2.0);
+        const double s = Fract(1.0 - place.x * size.x / 2.0);
+        const double t = Fract(place.y * size.y / 2.0);
         return glm::dvec2((s * 0.25 + t * 0.75) * 2.0 - 1.0, (s * 0.75 + t * 0.25) * 2.0 - 1.0) * 0.0002;
     }
 
@@ -121,16 +121,56 @@ private:
     }
 };
 
+/// The effect with options that Apply never takes.
+class OccludingWith : public SSAOEffectES20
+{
+public:
+    explicit OccludingWith(std::uint64_t options) : SSAOEffectES20(nullptr), m_options(options) {}
+
+    void Apply(MaterialES20*, CameraNodeES20*) override
+    {
+        Bind();
+        UseOptions(m_options);
+    }
+
+private:
+    std::uint64_t m_options;
+};
+
+/// Occlusion without mist at one place of the pictures, all over the screen.
+class OccludingAt : public OccludingWith
+{
+public:
+    explicit OccludingAt(glm::vec2 place) : OccludingWith(0), m_place(place) {}
+
+    ~OccludingAt() override { glVertexAttrib4f(2, 0.0f, 0.0f, 0.0f, 1.0f); }
+
+    void BindMeshAttributes(MeshES20* mesh) override
+    {
+        OccludingWith::BindMeshAttributes(mesh);
+        glDisableVertexAttribArray(2);
+        glVertexAttrib2f(2, m_place.x, m_place.y);
+    }
+
+private:
+    glm::vec2 m_place;
+};
+
 class SSAOPixels : public OffscreenStage
 {
 protected:
     using DepthFunction = std::function<float(int, int)>;
 
-    SSAOPixels() : effect(Get<SSAOEffectES20>(EffectCache::SSAO))
+    SSAOPixels() : effect(Get<SSAOEffectES20>(EffectCache::SSAO)), ground(MakeColors(kSize, kSize, ColorAt))
     {
-        effect.SetDimensions(kSize, kSize);
-        effect.SetNearFar(1.0f, 50.0f);
-        effect.SetRenderTexture(static_cast<int>(MakeColors(kSize, kSize, ColorAt)));
+        SetUp(effect);
+    }
+
+    void SetUp(SSAOEffectES20& used) const
+    {
+        used.SetDimensions(kSize, kSize);
+        used.SetNearFar(1.0f, 50.0f);
+        used.SetRenderTexture(static_cast<int>(ground));
     }
 
     static Pixel ColorAt(int x, int y) { return {40 + x, 220 - y, 30 + (x + y) / 2, 255}; }
@@ -141,21 +181,25 @@ protected:
         return static_cast<float>((model.zFar - model.zFar * model.zNear / distance) / (model.zFar - model.zNear));
     }
 
-    Picture Shaded(const DepthFunction& depth)
+    Picture Shaded(const DepthFunction& depth) { return Shaded(effect, depth); }
+
+    Picture Shaded(SSAOEffectES20& used, const DepthFunction& depth)
     {
         const unsigned int texture = MakeDepths(kSize, kSize, depth);
-        effect.SetDepthTexture(static_cast<int>(texture));
+        used.SetDepthTexture(static_cast<int>(texture));
         glBindTexture(GL_TEXTURE_2D, texture);
         model.depths.resize(std::size_t(kSize) * kSize);
         glGetTexImage(GL_TEXTURE_2D, 0, GL_DEPTH_COMPONENT, GL_FLOAT, model.depths.data());
         glBindTexture(GL_TEXTURE_2D, 0);
-        return Draw(effect);
+        return Draw(used);
     }
 
     /// @param share of the pixels that must be comparable.
-    void ExpectModel(const DepthFunction& depth, double share)
+    void ExpectModel(const DepthFunction& depth, double share) { ExpectModel(effect, depth, share); }
+
+    void ExpectModel(SSAOEffectES20& used, const DepthFunction& depth, double share)
     {
-        const Picture picture = Shaded(depth);
+        const Picture picture = Shaded(used, depth);
         int compared = 0;
         int worst = 0;
         int darkened = 0;
@@ -163,15 +207,15 @@ protected:
         {
             for (int x = 0; x < kSize; ++x)
             {
-                const Pixel ground = ColorAt(x, y);
-                const auto color = model.Shade(x, y, glm::dvec3(ground.r, ground.g, ground.b) / 255.0);
+                const Pixel before = ColorAt(x, y);
+                const auto color = model.Shade(x, y, glm::dvec3(before.r, before.g, before.b) / 255.0);
                 if (color)
                 {
                     ++compared;
                     const glm::vec3 expected(*color);
                     const Pixel pixel = ToPixel(expected.r, expected.g, expected.b);
                     worst = std::max(worst, ChannelDifference(picture.At(x, y), pixel));
-                    darkened += ground.g - pixel.g > 5 ? 1 : 0;
+                    darkened += before.g - pixel.g > 5 ? 1 : 0;
                 }
             }
         }
@@ -182,6 +226,7 @@ protected:
 
     OcclusionModel model;
     SSAOEffectES20& effect;
+    unsigned int ground;
 };
 
 } // namespace
@@ -226,6 +271,45 @@ TEST_F(SSAOPixels, OtherNearAndFarFollowTheModel)
     ExpectModel([this](int x, int) { return AtDistance(x < 64 ? 5.0 : 5.6); }, 0.8);
 }
 
+TEST_F(SSAOPixels, WidthAndHeightAreEachOfTheirOwnDirection)
+{
+    // Neither is even, nor the size of the picture: the dithering shows.
+    model.size = glm::dvec2(101, 37);
+    effect.SetDimensions(101, 37);
+    ExpectModel([this](int x, int y) { return AtDistance(x < 64 ? 5.0 : 5.6 + (y < 50 ? 0.0 : 0.3)); }, 0.7);
+}
+
+TEST_F(SSAOPixels, WithoutMistOnlyOcclusionFollowsTheModel)
+{
+    OccludingWith plain(0);
+    SetUp(plain);
+    model.options = 0;
+    ExpectModel(plain, [this](int x, int) { return AtDistance(x < 64 ? 5.0 : 5.6); }, 0.8);
+    // What mist would hide: far away a plane is as dark as near by.
+    ExpectModel(plain, [this](int, int) { return AtDistance(49.0); }, 0.99);
+}
+
+TEST_F(SSAOPixels, NoiseMovesTheSamplesALittle)
+{
+    OccludingWith noisy(3);
+    SetUp(noisy);
+    const DepthFunction plane = [this](int, int) { return AtDistance(5.0); };
+    EXPECT_EQ(Shaded(noisy, plane), Shaded(plane)) << "nowhere is another depth to be found";
+    const DepthFunction stripes = [this](int x, int y) { return AtDistance(5.0 + 0.02 * ((3 * x + 5 * y) % 11)); };
+    const Picture with = Shaded(noisy, stripes);
+    const Picture without = Shaded(stripes);
+    int moved = 0;
+    for (int y = 0; y < kSize; ++y)
+    {
+        for (int x = 0; x < kSize; ++x)
+        {
+            moved += with.At(x, y) != without.At(x, y) ? 1 : 0;
+        }
+    }
+    EXPECT_GT(moved, kSize * kSize / 20);
+    EXPECT_EQ(Shaded(noisy, stripes), with) << "the same in each frame";
+}
+
 TEST_F(SSAOPixels, AFarPlaneSamplesItselfAloneAndIsHardlyDimmed)
 {
     const Picture picture = Shaded([](int, int) { return 1.0f; });
@@ -234,12 +318,41 @@ TEST_F(SSAOPixels, AFarPlaneSamplesItselfAloneAndIsHardlyDimmed)
     const double ao = glm::mix(1.0 - 17.0 * weight / 16.0, 1.0, 49.0 / 50.0);
     for (int i = 0; i < kSize; i += 7)
     {
-        const Pixel ground = ColorAt(i, i);
-        const double lum = (0.299 * ground.r + 0.587 * ground.g + 0.114 * ground.b) / 255.0;
+        const Pixel before = ColorAt(i, i);
+        const double lum = (0.299 * before.r + 0.587 * before.g + 0.114 * before.b) / 255.0;
         const double factor = glm::mix(ao, 1.0, lum * 0.5);
-        EXPECT_NEAR(picture.At(i, i).g, ground.g * factor, 1.0) << i;
-        EXPECT_GE(picture.At(i, i).g, ground.g - 1);
+        EXPECT_NEAR(picture.At(i, i).g, before.g * factor, 1.0) << i;
+        EXPECT_GE(picture.At(i, i).g, before.g - 1);
         EXPECT_EQ(picture.At(i, i).a, 255);
+    }
+}
+
+TEST_F(SSAOPixels, APlaceBelowZeroIsTakenForTheFarPlaneWhateverTheDepthPicture)
+{
+    const double open = 1.0 - 17.0 * std::pow(2.7182, -2.0) / 16.0;
+    // The effect at one place, which shows the colour of the texel next to it.
+    const auto occlusion = [this](glm::vec2 place, const DepthFunction& depth)
+    {
+        OccludingAt there(place);
+        SetUp(there);
+        const Pixel before = ColorAt(static_cast<int>(std::max(place.x, 0.0f) * kSize),
+                                     static_cast<int>(std::max(place.y, 0.0f) * kSize));
+        const double lum = (0.299 * before.r + 0.587 * before.g + 0.114 * before.b) / 255.0;
+        const double shade = double(Shaded(there, depth).At(64, 64).g) / before.g;
+        return (shade - lum * 0.5) / (1.0 - lum * 0.5);
+    };
+    const DepthFunction across = [this](int, int y) { return AtDistance(y < 64 ? 5.0 : 5.6); };
+    const DepthFunction upright = [this](int x, int) { return AtDistance(x < 64 ? 5.0 : 5.6); };
+    const float edge = 64.5f / kSize;
+    for (const float inside : {0.001f, 0.3f})
+    {
+        EXPECT_GT(std::abs(occlusion({inside, edge}, across) - open), 0.05) << inside;
+        EXPECT_GT(std::abs(occlusion({edge, inside}, upright) - open), 0.05) << inside;
+    }
+    for (const float outside : {-0.001f, -0.3f})
+    {
+        EXPECT_NEAR(occlusion({outside, edge}, across), open, 0.01) << outside;
+        EXPECT_NEAR(occlusion({edge, outside}, upright), open, 0.01) << outside;
     }
 }
 
