@@ -2,9 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstddef>
-#include <map>
-#include <set>
 #include <utility>
 
 namespace OV::Host::Detail
@@ -90,89 +87,140 @@ void PlaneSection::Add(const std::array<Point, 3>& corners, const std::array<dou
     }
 }
 
-std::vector<PlaneSection::Strip> PlaneSection::FindStrips() const
+PlaneSection::Levels PlaneSection::FindLevels(std::vector<double> places, double thinnest)
 {
-    std::vector<std::size_t> byBottom(m_sides.size());
-    std::set<double> ends;
+    std::sort(places.begin(), places.end());
+    Levels levels;
+    for (const double place : places)
+    {
+        if (levels.empty() || place - levels.back() > thinnest)
+        {
+            levels.push_back(place);
+        }
+    }
+    return levels;
+}
+
+std::size_t PlaneSection::LevelOf(const Levels& levels, double place)
+{
+    const auto above = std::upper_bound(levels.begin(), levels.end(), place);
+    return above == levels.begin() ? 0 : static_cast<std::size_t>(above - levels.begin()) - 1;
+}
+
+void PlaneSection::AddStrips(std::size_t level, const std::vector<std::size_t>& row, std::vector<Strip>& strips,
+                             OpenStrips& open) const
+{
+    OpenStrips still;
+    int depth = 0;
+    std::size_t left = 0;
+    for (const std::size_t side : row)
+    {
+        // Going right, a side that runs down has what is enclosed on its right.
+        const int before = depth;
+        depth += m_sides[side].v1 > m_sides[side].v2 ? 1 : -1;
+        if (before <= 0 && depth > 0)
+        {
+            left = side;
+        }
+        else if (before > 0 && depth <= 0)
+        {
+            const auto known = open.find({left, side});
+            const std::size_t strip = known == open.end() ? strips.size() : known->second;
+            if (strip == strips.size())
+            {
+                strips.push_back({left, side, level, level});
+            }
+            strips[strip].top = level + 1;
+            still[{left, side}] = strip;
+        }
+    }
+    open = std::move(still);
+}
+
+std::vector<PlaneSection::Strip> PlaneSection::FindStrips(const Levels& levels) const
+{
+    std::vector<std::vector<std::size_t>> beginning(levels.size());
+    std::vector<std::size_t> tops;
     for (std::size_t i = 0; i < m_sides.size(); ++i)
     {
-        byBottom[i] = i;
-        ends.insert({m_sides[i].v1, m_sides[i].v2});
+        const std::size_t first = LevelOf(levels, m_sides[i].v1);
+        const std::size_t last = LevelOf(levels, m_sides[i].v2);
+        tops.push_back(std::max(first, last));
+        if (first != last)
+        {
+            beginning[std::min(first, last)].push_back(i);
+        }
     }
-    const auto bottomOf = [this](std::size_t i) { return std::min(m_sides[i].v1, m_sides[i].v2); };
-    const auto topOf = [this](std::size_t i) { return std::max(m_sides[i].v1, m_sides[i].v2); };
-    std::sort(byBottom.begin(), byBottom.end(), [&](std::size_t a, std::size_t b) { return bottomOf(a) < bottomOf(b); });
-    const double thinnest = ends.empty() ? 0.0 : kThinnest * (*ends.rbegin() - *ends.begin());
-
     std::vector<Strip> strips;
-    std::map<std::pair<std::size_t, std::size_t>, std::size_t> open; ///< strips by their sides
-    std::vector<std::size_t> active;
-    std::size_t next = 0;
-    for (auto end = ends.begin(); end != ends.end() && std::next(end) != ends.end(); ++end)
+    OpenStrips open;
+    std::vector<std::size_t> row;
+    for (std::size_t level = 0; level + 1 < levels.size(); ++level)
     {
-        const double bottom = *end;
-        const double top = *std::next(end);
-        active.erase(std::remove_if(active.begin(), active.end(), [&](std::size_t i) { return topOf(i) <= bottom; }),
-                     active.end());
-        for (; next < byBottom.size() && bottomOf(byBottom[next]) <= bottom; ++next)
-        {
-            if (topOf(byBottom[next]) > bottom)
-            {
-                active.push_back(byBottom[next]);
-            }
-        }
-        if (top - bottom <= thinnest)
-        {
-            continue;
-        }
-        const double middle = (bottom + top) / 2.0;
-        std::sort(active.begin(), active.end(), [&](std::size_t a, std::size_t b)
+        row.erase(std::remove_if(row.begin(), row.end(), [&](std::size_t i) { return tops[i] <= level; }), row.end());
+        row.insert(row.end(), beginning[level].begin(), beginning[level].end());
+        const double middle = (levels[level] + levels[level + 1]) / 2.0;
+        std::sort(row.begin(), row.end(), [&](std::size_t a, std::size_t b)
                   { return std::pair(m_sides[a].At(middle), a) < std::pair(m_sides[b].At(middle), b); });
-        std::map<std::pair<std::size_t, std::size_t>, std::size_t> still;
-        int depth = 0;
-        std::size_t left = 0;
-        for (const std::size_t side : active)
-        {
-            // Going right, a side that runs down has what is enclosed on its right.
-            const int before = depth;
-            depth += m_sides[side].v1 > m_sides[side].v2 ? 1 : -1;
-            if (before <= 0 && depth > 0)
-            {
-                left = side;
-            }
-            else if (before > 0 && depth <= 0)
-            {
-                const auto known = open.find({left, side});
-                if (known == open.end())
-                {
-                    strips.push_back({left, side, bottom, top});
-                }
-                else
-                {
-                    strips[known->second].top = top;
-                }
-                still[{left, side}] = known == open.end() ? strips.size() - 1 : known->second;
-            }
-        }
-        open = std::move(still);
+        AddStrips(level, row, strips, open);
     }
     return strips;
 }
 
 std::vector<PlaneSection::Point> PlaneSection::Fill() const
 {
-    std::vector<Point> corners;
-    for (const Strip& strip : FindStrips())
+    std::vector<double> ends;
+    for (const Side& side : m_sides)
     {
-        const Side& left = m_sides[strip.left];
-        const Side& right = m_sides[strip.right];
-        const Point a = ToSpace(left.At(strip.bottom), strip.bottom);
-        const Point b = ToSpace(right.At(strip.bottom), strip.bottom);
-        const Point c = ToSpace(right.At(strip.top), strip.top);
-        const Point d = ToSpace(left.At(strip.top), strip.top);
-        corners.insert(corners.end(), {a, c, b, a, d, c});
+        ends.insert(ends.end(), {side.v1, side.v2});
     }
-    return corners;
+    if (ends.empty())
+    {
+        return {};
+    }
+    const auto [lowest, highest] = std::minmax_element(ends.begin(), ends.end());
+    const double thinnest = kThinnest * (*highest - *lowest);
+    const Levels levels = FindLevels(ends, thinnest);
+    const std::vector<Strip> strips = FindStrips(levels);
+    // Strips that meet along a level have all corners on it in common, or cracks would show.
+    std::vector<std::vector<double>> corners(levels.size());
+    for (const Strip& strip : strips)
+    {
+        for (const std::size_t level : {strip.bottom, strip.top})
+        {
+            corners[level].push_back(m_sides[strip.left].At(levels[level]));
+            corners[level].push_back(m_sides[strip.right].At(levels[level]));
+        }
+    }
+    for (std::vector<double>& level : corners)
+    {
+        level = FindLevels(level, thinnest);
+    }
+    std::vector<Point> filled;
+    for (const Strip& strip : strips)
+    {
+        const auto rim = [&](std::size_t level)
+        {
+            const std::size_t first = LevelOf(corners[level], m_sides[strip.left].At(levels[level]));
+            const std::size_t last = LevelOf(corners[level], m_sides[strip.right].At(levels[level]));
+            std::vector<Point> points;
+            for (std::size_t i = first; i <= last; ++i)
+            {
+                points.push_back(ToSpace(corners[level][i], levels[level]));
+            }
+            return points;
+        };
+        const std::vector<Point> bottom = rim(strip.bottom);
+        const std::vector<Point> top = rim(strip.top);
+        for (std::size_t i = 0; i + 1 < bottom.size(); ++i)
+        {
+            filled.insert(filled.end(), {bottom[i], top.front(), bottom[i + 1]});
+        }
+        for (std::size_t i = 0; i + 1 < top.size(); ++i)
+        {
+            filled.insert(filled.end(), {bottom.back(), top[i], top[i + 1]});
+        }
+    }
+    return filled;
 }
 
 PlaneSection::Point PlaneSection::ToSpace(double u, double v) const

@@ -1,6 +1,10 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
+#include <map>
+#include <utility>
 #include <vector>
 
 namespace OV::Host::Detail
@@ -39,19 +43,36 @@ private:
     {
         double u1, v1, u2, v2;
 
-        double At(double v) const { return u1 + (u2 - u1) * (v - v1) / (v2 - v1); }
+        /// Where the side is at a height; no farther than its ends.
+        double At(double v) const { return u1 + (u2 - u1) * std::clamp((v - v1) / (v2 - v1), 0.0, 1.0); }
     };
 
-    /// A part of the section between two sides, from one height to another.
+    /// Places in order, those apart that are to be told apart.
+    using Levels = std::vector<double>;
+
+    /// A part of the section between two sides, from one level to another.
     struct Strip
     {
         std::size_t left;
         std::size_t right;
-        double bottom;
-        double top;
+        std::size_t bottom;
+        std::size_t top;
     };
 
-    std::vector<Strip> FindStrips() const;
+    /// Strips that may go on above, by their sides.
+    using OpenStrips = std::map<std::pair<std::size_t, std::size_t>, std::size_t>;
+
+    static Levels FindLevels(std::vector<double> places, double thinnest);
+
+    /// The last level that is not above a place.
+    static std::size_t LevelOf(const Levels& levels, double place);
+
+    std::vector<Strip> FindStrips(const Levels& levels) const;
+
+    /// Adds the strips from one level to the next.
+    /// @param row the sides there, from left to right.
+    void AddStrips(std::size_t level, const std::vector<std::size_t>& row, std::vector<Strip>& strips,
+                   OpenStrips& open) const;
     Point ToSpace(double u, double v) const;
 
     Point m_normal;
