@@ -44,21 +44,22 @@ struct PngCase
     bool hasTransparency;
     bool isReadable;
     bool hasAlpha;
+    bool isDistorted;
 };
 
 const PngCase kPngs[] = {
-    {"RGBA", 6, 8, false, false, true, true},
-    {"RGBA, 16 bits", 6, 16, false, false, true, true},
-    {"RGB", 2, 8, false, false, true, false},
-    {"palette", 3, 8, false, false, true, false},
-    {"palette with transparency", 3, 8, false, true, true, true},
-    {"palette of 2 bits with transparency", 3, 2, false, true, true, true},
-    {"grey", 0, 8, false, false, true, false},
-    {"grey of 1 bit", 0, 1, false, false, true, false},
-    {"grey of 16 bits", 0, 16, false, false, false, false},
-    {"grey with alpha", 4, 8, false, false, true, false},
-    {"grey with alpha, 16 bits", 4, 16, false, false, false, false},
-    {"interlaced", 6, 8, true, false, false, false},
+    {"RGBA", 6, 8, false, false, true, true, false},
+    {"RGBA, 16 bits", 6, 16, false, false, true, true, true},
+    {"RGB", 2, 8, false, false, true, false, false},
+    {"palette", 3, 8, false, false, true, false, false},
+    {"palette with transparency", 3, 8, false, true, true, true, false},
+    {"palette of 2 bits with transparency", 3, 2, false, true, true, true, false},
+    {"grey", 0, 8, false, false, true, false, false},
+    {"grey of 1 bit", 0, 1, false, false, true, false, false},
+    {"grey of 16 bits", 0, 16, false, false, false, false, true},
+    {"grey with alpha", 4, 8, false, false, true, false, true},
+    {"grey with alpha, 16 bits", 4, 16, false, false, false, false, true},
+    {"interlaced", 6, 8, true, false, false, false, false},
 };
 
 TEST(ImageProbe, SaysOfEachPngWhatTheCodecMakesOfIt)
@@ -81,6 +82,7 @@ TEST(ImageProbe, SaysOfEachPngWhatTheCodecMakesOfIt)
         const ImageFacts facts = Probe(bytes);
         EXPECT_EQ(facts.isReadable, test.isReadable);
         EXPECT_EQ(facts.hasAlpha, test.hasAlpha);
+        EXPECT_EQ(facts.isReadable && facts.isDistorted, test.isReadable && test.isDistorted);
         EXPECT_EQ(facts.obstacle.empty(), test.isReadable);
         EXPECT_EQ(facts.width, 13u);
         EXPECT_EQ(facts.height, 7u);
@@ -112,6 +114,22 @@ TEST(ImageProbe, FindsTheSizeOfAJpegBehindItsOtherSegments)
     Bytes segment = {0xFF, 0xFF, 0xFF, 0xE1, 0x00, 0x0D, 0xFF, 0xD8, 0xFF, 0xC0, 0, 11, 8, 1, 0, 1, 0};
     bytes.insert(bytes.begin() + 2, segment.begin(), segment.end());
     EXPECT_EQ(Probe(bytes).width, 21u);
+}
+
+TEST(ImageProbe, KnowsTheJpegsWhoseBytesAreTakenForOthers)
+{
+    using Colors = JpegFile::Colors;
+    for (Colors colors :
+         {Colors::Grey, Colors::YCbCr, Colors::RGB, Colors::TwoComponents, Colors::CMYK, Colors::YCCK})
+    {
+        JpegFile jpeg;
+        jpeg.width = 16;
+        jpeg.height = 16;
+        jpeg.colors = colors;
+        jpeg.FillWithPicture();
+        const int components = jpeg.Components();
+        EXPECT_EQ(Probe(jpeg.Write()).isDistorted, components == 2 || components == 4) << components;
+    }
 }
 
 TEST(ImageProbe, EveryTruncationOfAHeadIsRefusedOrAgrees)

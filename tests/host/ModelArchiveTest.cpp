@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
@@ -64,6 +65,15 @@ ModelData Sample()
     material.alphaMode = AlphaMode::Blend;
     material.texture.path = "wall.png";
     material.texture.embedded = 4;
+    material.reflection[0] = 0.25f;
+    material.reflection[1] = 0.5f;
+    material.reflection[2] = 0.75f;
+    material.normalMap.picture.path = "normals.png";
+    material.normalMap.picture.embedded = 5;
+    material.normalMap.isCertain = true;
+    material.opacityMap.picture.path = "opacity.png";
+    material.opacityMap.isInverted = true;
+    material.opacityMap.isOnOtherCoordinates = true;
     model.materials = {material};
 
     TextureData texture;
@@ -141,6 +151,17 @@ TEST(ModelArchive, EveryFieldComesBack)
     EXPECT_EQ(material.alphaMode, AlphaMode::Blend);
     EXPECT_EQ(material.texture.path, "wall.png");
     EXPECT_EQ(material.texture.embedded, 4);
+    EXPECT_EQ(material.reflection[0], 0.25f);
+    EXPECT_EQ(material.reflection[1], 0.5f);
+    EXPECT_EQ(material.reflection[2], 0.75f);
+    EXPECT_EQ(material.normalMap.picture.path, "normals.png");
+    EXPECT_EQ(material.normalMap.picture.embedded, 5);
+    EXPECT_TRUE(material.normalMap.isCertain);
+    EXPECT_FALSE(material.normalMap.isInverted || material.normalMap.isOnOtherCoordinates);
+    EXPECT_EQ(material.opacityMap.picture.path, "opacity.png");
+    EXPECT_EQ(material.opacityMap.picture.embedded, -1);
+    EXPECT_FALSE(material.opacityMap.isCertain);
+    EXPECT_TRUE(material.opacityMap.isInverted && material.opacityMap.isOnOtherCoordinates);
     ASSERT_EQ(copy.textures.size(), 1u);
     EXPECT_EQ(copy.textures[0].width, 1u);
     EXPECT_EQ(copy.textures[0].height, 2u);
@@ -209,6 +230,30 @@ TEST(ModelArchive, NoDamagedByteReadsPastTheEnd)
                 EXPECT_LE(end, damaged.data() + damaged.size());
             }
         }
+    }
+}
+
+TEST(ModelArchive, AFlagOfAMapIsTrueOrFalseWhateverItsByteIs)
+{
+    ModelData model;
+    model.materials.resize(1);
+    model.materials[0].normalMap.picture.path = "normals";
+    model.materials[0].normalMap.picture.embedded = 0x01020304;
+    std::vector<char> bytes = Archived(model);
+    const std::string mark = "normals\x04\x03\x02\x01";
+    const auto flags = std::search(bytes.begin(), bytes.end(), mark.begin(), mark.end()) +
+                       static_cast<std::ptrdiff_t>(mark.size());
+    std::fill(flags, flags + 3, static_cast<char>(0xFE));
+    ArchiveReader reader(bytes.data(), bytes.size());
+    ModelData copy;
+    ASSERT_TRUE(ReadModel(reader, copy));
+    // A bool of another value than 0 and 1 is equal to neither.
+    const MapData& map = copy.materials[0].normalMap;
+    for (const bool* flag : {&map.isCertain, &map.isInverted, &map.isOnOtherCoordinates})
+    {
+        unsigned char byte = 0;
+        std::memcpy(&byte, flag, 1);
+        EXPECT_EQ(byte, 1);
     }
 }
 

@@ -1,8 +1,5 @@
-#include "host/ModelImporter.h"
-
-#include "orvane/scene/Material.h"
-#include "orvane/scene/Scene.h"
-#include "tests/host/TinyModels.h"
+#include "tests/host/ImportFixture.h"
+#include "tests/host/TinyPictures.h"
 #include "tests/imaging/JpegFile.h"
 #include "tests/imaging/PngFile.h"
 
@@ -23,11 +20,8 @@ namespace
 /// A PNG of 2 x 2: red and green above, blue and a white of the given alpha below.
 Bytes FourColours(unsigned char alpha)
 {
-    PngFile png;
-    png.width = 2;
-    png.height = 2;
-    png.rows = {{255, 0, 0, 255, 0, 255, 0, 255}, {0, 0, 255, 255, 255, 255, 255, alpha}};
-    return png.Write();
+    const Colour colours[2][2] = {{{255, 0, 0, 255}, {0, 255, 0, 255}}, {{0, 0, 255, 255}, {255, 255, 255, alpha}}};
+    return Painted(2, 2, [&colours](int x, int y) { return colours[y][x]; });
 }
 
 /// A triangle whose picture lies inside the file.
@@ -46,35 +40,15 @@ Bytes EmbeddedGlb(const Bytes& picture, const std::string& mimeType = "image/png
         "[{\"attributes\":{\"POSITION\":0,\"TEXCOORD_0\":1},\"material\":0}]}]");
 }
 
-class ModelTextureTest : public testing::Test
+class ModelTextureTest : public ImportFixture
 {
 protected:
-    template <typename Content>
-    ImportResult ImportAs(const std::string& name, const Content& content,
-                          const ImportOptions& options = ImportOptions())
-    {
-        WriteFile(m_folder.Path(name), content);
-        ImportResult result = ModelImporter::Import(m_folder.Path(name), options);
-        EXPECT_TRUE(result) << result.error.Line();
-        return result;
-    }
-
     /// A cube whose material names a picture.
     ImportResult ImportWithPicture(const std::string& reference, const std::string& more = "")
     {
         WriteFile(m_folder.Path("m.mtl"), "newmtl m\nKd 0.5 0.5 0.5\nmap_Kd " + reference + "\n" + more);
         return ImportAs("m.obj", "mtllib m.mtl\nusemtl m\n" + CubeObj());
     }
-
-    static Material& OnlyMaterial(const ImportResult& result)
-    {
-        const auto& opaque = result.scene->GetOptimizedMaterials();
-        const auto& alpha = result.scene->GetAlphaMaterials();
-        EXPECT_EQ(opaque.size() + alpha.size(), 1u);
-        return opaque.empty() ? *alpha.at(0) : *opaque.at(0);
-    }
-
-    TemporaryFolder m_folder;
 };
 
 TEST_F(ModelTextureTest, APictureByPathIsNamedForTheLoader)

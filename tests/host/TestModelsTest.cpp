@@ -244,6 +244,71 @@ TEST(TestModelsCollection, KnownModelsComeInWhole)
     }
 }
 
+/// The maps of a material of the collection, by its name there.
+struct KnownMaps
+{
+    const char* path;
+    const char* material;
+    const char* normalMap;
+    const char* opacityMap;
+    float straight;
+    float gloss;
+};
+
+const KnownMaps kKnownMaps[] = {
+    // A clear coat over a ribbed ground, in all ways that the two can be told apart.
+    {"glTF2/ClearCoat-glTF/ClearCoatTest.gltf", "BaseNorm_Base", "RibsNormal.png", "", 0.04f * 0.56f * 0.56f, 0.56f},
+    {"glTF2/ClearCoat-glTF/ClearCoatTest.gltf", "BaseNorm_Coated", "RibsNormal.png", "", 0.04f * 0.56f * 0.56f, 0.56f},
+    {"glTF2/ClearCoat-glTF/ClearCoatTest.gltf", "Simple_Coating", "", "", 0.04f * 0.97f * 0.97f, 0.97f},
+    {"glTF2/ClearCoat-glTF/ClearCoatTest.gltf", "CoatNorm_Coating", "PlasticWrap_normals.jpg", "",
+     0.04f * 0.97f * 0.97f, 0.97f},
+    {"glTF2/ClearCoat-glTF/ClearCoatTest.gltf", "SharedNorm_Coating", "RibsNormal.png", "", 0.04f * 0.97f * 0.97f,
+     0.97f},
+    {"FBX/phong_cube.fbx", "phong1", "", "", 0.25f * (0.299f * 0.25f + 0.587f * 0.5f + 0.114f * 0.75f), 1.0f},
+    {"Collada/duck.dae", "blinn3", "", "", 0.0f, 0.0f},
+};
+
+const Material* MaterialNamed(const ImportResult& result, const std::string& name)
+{
+    for (const auto* list : {&result.scene->GetOptimizedMaterials(), &result.scene->GetAlphaMaterials()})
+    {
+        for (const Material* material : *list)
+        {
+            if (material->GetName() == name)
+            {
+                return material;
+            }
+        }
+    }
+    return nullptr;
+}
+
+TEST(TestModelsCollection, KnownMapsComeIn)
+{
+    for (const KnownMaps& known : kKnownMaps)
+    {
+        SCOPED_TRACE(std::string(known.path) + " " + known.material);
+        const ImportResult result = ModelImporter::Import(kTestModels + known.path);
+        ASSERT_TRUE(result) << result.error.Line();
+        const Material* material = MaterialNamed(result, known.material);
+        ASSERT_NE(material, nullptr);
+        EXPECT_EQ(material->normalMapName, known.normalMap);
+        EXPECT_EQ(material->opacityMapName, known.opacityMap);
+        EXPECT_NEAR(material->reflectionFactors[0], known.straight, 1e-5f);
+        EXPECT_NEAR(material->reflectionFactors[2], known.gloss, 1e-5f);
+    }
+}
+
+TEST(TestModelsCollection, TheClearCoatModelHasItsNormalMaps)
+{
+    const ImportResult result = ModelImporter::Import(kTestModels + "glTF2/ClearCoat-glTF/ClearCoatTest.gltf");
+    ASSERT_TRUE(result) << result.error.Line();
+    // Six materials have one, two of which are alike but for their names.
+    EXPECT_EQ(result.report.normalMaps, 5u);
+    EXPECT_EQ(result.report.opacityMaps, 0u);
+    EXPECT_EQ(result.report.missingTextures, 0u);
+}
+
 struct UprightModel
 {
     const char* path;
