@@ -20,7 +20,8 @@ struct ImportLimits
     std::uint64_t nodes = 1'000'000;
     /// Levels of the node tree below the file's root. The scene is walked recursively.
     std::uint32_t depth = 512;
-    /// Decoded pixels that the importer keeps in memory, all materials together.
+    /// Decoded pixels, and files of embedded maps, that the importer keeps in memory, all
+    /// materials together.
     std::uint64_t textureBytes = std::uint64_t(1) << 30;
     /// Pixels of a single picture, whether embedded or in a file of its own.
     std::uint64_t texturePixels = std::uint64_t(1) << 27;

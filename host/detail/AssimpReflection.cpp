@@ -25,7 +25,8 @@ float Clamped(float value)
     return std::isfinite(value) ? std::clamp(value, 0.0f, 1.0f) : 0.0f;
 }
 
-bool GetFactor(const aiMaterial& material, const char* key, unsigned int type, unsigned int index, float& factor)
+bool GetFactor(const aiMaterial& material, const char* key, unsigned int type, unsigned int index,
+               float& factor)
 {
     ai_real value = 0;
     if (material.Get(key, type, index, value) != aiReturn_SUCCESS)
@@ -41,7 +42,8 @@ float Luminance(float red, float green, float blue)
     return 0.299f * Clamped(red) + 0.587f * Clamped(green) + 0.114f * Clamped(blue);
 }
 
-bool GetLuminance(const aiMaterial& material, const char* key, unsigned int type, unsigned int index, float& luminance)
+bool GetLuminance(const aiMaterial& material, const char* key, unsigned int type, unsigned int index,
+                  float& luminance)
 {
     aiColor4D color;
     if (aiGetMaterialColor(&material, key, type, index, &color) != aiReturn_SUCCESS)

@@ -102,7 +102,8 @@ TextureMapping MappingOfType(const aiMaterial& material, aiTextureType type, con
 /// A transform that changes nothing is the same as none. NaN differs from everything.
 bool IsSame(const TextureMapping& one, const TextureMapping& other)
 {
-    return one.channel == other.channel && std::equal(&one.matrix[0][0], &one.matrix[0][0] + 6, &other.matrix[0][0]);
+    return one.channel == other.channel &&
+           std::equal(&one.matrix[0][0], &one.matrix[0][0] + 6, &other.matrix[0][0]);
 }
 
 MapData MapOf(const aiScene& scene, const aiMaterial& material, const std::string& format, aiTextureType type,
@@ -114,8 +115,7 @@ MapData MapOf(const aiScene& scene, const aiMaterial& material, const std::strin
     int flags = 0;
     map.isInverted = material.Get(AI_MATKEY_TEXFLAGS(type, 0), flags) == aiReturn_SUCCESS &&
                      (flags & aiTextureFlags_Invert) != 0;
-    map.isOnOtherCoordinates =
-        !IsSame(MappingOfType(material, type, format), MappingOf(material, format));
+    map.isOnOtherCoordinates = !IsSame(MappingOfType(material, type, format), MappingOf(material, format));
     return map;
 }
 
@@ -139,8 +139,8 @@ void SetOpacityMap(const aiScene& scene, const aiMaterial& material, const std::
     }
 }
 
-void SetColorTexture(const aiScene& scene, const aiMaterial& material, aiTextureType type, const aiString& path,
-                     MaterialData& data)
+void SetColorTexture(const aiScene& scene, const aiMaterial& material, aiTextureType type,
+                     const aiString& path, MaterialData& data)
 {
     data.texture = PictureOf(scene, path);
     int modes[2] = {aiTextureMapMode_Wrap, aiTextureMapMode_Wrap};

@@ -67,7 +67,9 @@ DecodedPicture Opacities(DecodedPicture picture, bool areInAlpha, bool isInverte
 
 } // namespace
 
-MapBuilder::MapBuilder(PictureReader& pictures, ImportReport& report) : m_pictures(pictures), m_report(report) {}
+MapBuilder::MapBuilder(PictureReader& pictures, ImportReport& report) : m_pictures(pictures), m_report(report)
+{
+}
 
 void MapBuilder::SetMaps(const MaterialData& data, ImportedMaterial& material)
 {
@@ -80,9 +82,10 @@ void MapBuilder::SetMaps(const MaterialData& data, ImportedMaterial& material)
     }
     m_report.normalMaps += normalMap.empty() ? 0 : 1;
     m_report.opacityMaps += opacityMap.empty() ? 0 : 1;
-    const std::string texture = material.textureName.empty()
-                                    ? std::string()
-                                    : std::filesystem::path(material.texturePath.path).string() + material.textureName;
+    const std::string texture =
+        material.textureName.empty()
+            ? std::string()
+            : std::filesystem::path(material.texturePath.path).string() + material.textureName;
     SetTexturePaths(material, texture, normalMap, opacityMap);
 }
 
@@ -152,7 +155,8 @@ std::string MapBuilder::OpacityMapFile(const MaterialData& data, ImportedMateria
     return file;
 }
 
-std::string MapBuilder::FileOf(FoundPicture& picture, const DecodedPicture& replacement, ImportedMaterial& material)
+std::string MapBuilder::FileOf(FoundPicture& picture, const DecodedPicture& replacement,
+                               ImportedMaterial& material)
 {
     if (!picture.IsUsable())
     {
@@ -173,7 +177,8 @@ std::string MapBuilder::FileOf(FoundPicture& picture, const DecodedPicture& repl
     return path;
 }
 
-std::shared_ptr<const MemoryFile> MapBuilder::HoldInMemory(FoundPicture& picture, const DecodedPicture& replacement)
+std::shared_ptr<const MemoryFile> MapBuilder::HoldInMemory(FoundPicture& picture,
+                                                           const DecodedPicture& replacement)
 {
     const bool isShared = picture.embedded && !replacement.pixels;
     const auto known = m_embedded.find(picture.embedded);

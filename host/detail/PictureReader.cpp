@@ -17,6 +17,7 @@ namespace OV::Host
 namespace
 {
 
+constexpr char kMissing[] = "is not to be found";
 constexpr char kDamaged[] = "is damaged";
 
 /// A source over a file; the stream must outlive it.
@@ -100,13 +101,18 @@ PictureReader::PictureReader(const ModelData& model, const std::string& modelPat
 
 FoundPicture PictureReader::Find(const PictureData& picture)
 {
-    const std::size_t index = static_cast<std::size_t>(picture.embedded);
-    if (picture.embedded < 0 || index >= m_model.textures.size())
+    if (picture.embedded < 0)
     {
         return FindFile(picture.path);
     }
     FoundPicture found;
     found.label = "embedded";
+    const std::size_t index = static_cast<std::size_t>(picture.embedded);
+    if (index >= m_model.textures.size())
+    {
+        found.obstacle = kMissing;
+        return found;
+    }
     found.embedded = &m_model.textures[index];
     const TextureData& texture = *found.embedded;
     if (IsRaw(found))
@@ -132,7 +138,7 @@ FoundPicture PictureReader::FindFile(const std::string& reference)
     found.path = m_finder.Find(reference);
     if (found.path.empty())
     {
-        found.obstacle = "is not to be found";
+        found.obstacle = kMissing;
         return found;
     }
     found.label = found.path;

@@ -3,6 +3,8 @@
 #include "host/ViewFit.h"
 #include "host/detail/IsolatedProcess.h"
 
+#include "orvane/effects/AdvancedMaterialBaseES20.h"
+#include "orvane/effects/EffectCache.h"
 #include "orvane/effects/EffectES20.h"
 #include "orvane/engine/AppContext.h"
 #include "orvane/engine/CoreContext.h"
@@ -13,6 +15,8 @@
 #include "tests/host/TinyModels.h"
 #include "tests/host/TinyPictures.h"
 #include "tests/support/GLFixture.h"
+
+#include <GL/glew.h>
 
 #include <cmath>
 #include <csignal>
@@ -84,7 +88,8 @@ Bytes PictureGlb(const Bytes& picture, const std::string& material = "")
 /// The same as OBJ, with a file of materials of the given content.
 std::string SquareObj()
 {
-    return "mtllib square.mtl\nusemtl m\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nvt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
+    return "mtllib square.mtl\nusemtl m\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nvt 0 0\nvt 1 0\nvt 1 1\nvt "
+           "0 1\n"
            "vn 0 0 1\nf 1/1/1 2/2/1 3/3/1 4/4/1\n";
 }
 
@@ -105,11 +110,44 @@ Bytes NormalBlocks()
 Bytes OneHole()
 {
     return Painted(64, 64,
-                   [](int x, int y)
-                   { return x < 32 && y < 32 ? Colour{0, 0, 0, 255} : Colour{255, 255, 255, 255}; });
+                   [](int x, int y) {
+                       return x < 32 && y < 32 ? Colour{0, 0, 0, 255} : Colour{255, 255, 255, 255};
+                   });
 }
 
 const std::string kUnlit = "\"extensions\":{\"KHR_materials_unlit\":{}},";
+
+/// A cube map that is red all around.
+GLuint RedCube()
+{
+    GLuint cube = 0;
+    glGenTextures(1, &cube);
+    glBindTexture(GL_TEXTURE_CUBE_MAP, cube);
+    for (GLenum face = 0; face < 6; ++face)
+    {
+        const unsigned char red[4] = {255, 0, 0, 255};
+        glTexImage2D(GL_TEXTURE_CUBE_MAP_POSITIVE_X + face, 0, GL_RGBA, 1, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE,
+                     red);
+    }
+    glTexParameteri(GL_TEXTURE_CUBE_MAP, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
+    glBindTexture(GL_TEXTURE_CUBE_MAP, 0);
+    return cube;
+}
+
+/// Lets a test set what shiny surfaces reflect.
+class ReflectingRenderer : public PresentationRenderer
+{
+public:
+    using PresentationRenderer::PresentationRenderer;
+
+    /// Holds as long as a material of the scene was drawn in the advanced look before.
+    void SetReflectionMap(GLuint cube)
+    {
+        EffectES20* effect = effectCache.GetEffect(EffectCache::AdvancedMaterial);
+        dynamic_cast<AdvancedMaterialBaseES20&>(*effect).SetReflectionMap(cube);
+        effect->Release();
+    }
+};
 
 class ImportedPictureTest : public GLFixture
 {
@@ -192,7 +230,7 @@ protected:
     std::unique_ptr<TextureLoader> m_loader{TextureLoader::Create()};
     AppContext m_app;
     Renderer20 m_renderer{m_loader.get(), m_app.GetContext()->GetRenderCapabilities()};
-    PresentationRenderer m_presentation{m_loader.get(), m_app.GetContext()->GetRenderCapabilities()};
+    ReflectingRenderer m_presentation{m_loader.get(), m_app.GetContext()->GetRenderCapabilities()};
 };
 
 TEST_F(ImportedPictureTest, AnEmbeddedPictureStandsUpright)
@@ -264,12 +302,14 @@ TEST_F(ImportedPictureTest, UnderAStrongSunANormalMapDarkensWhatLeansAwayInThePh
 
 TEST_F(ImportedPictureTest, ANormalMapAndThePictureOfTheColoursShowTogether)
 {
-    Show(SquareGlb({FourBlocks(), NormalBlocks()},
-                   "\"pbrMetallicRoughness\":{\"baseColorTexture\":{\"index\":0}},\"normalTexture\":{\"index\":1}"));
+    Show(SquareGlb(
+        {FourBlocks(), NormalBlocks()},
+        "\"pbrMetallicRoughness\":{\"baseColorTexture\":{\"index\":0}},\"normalTexture\":{\"index\":1}"));
     const Picture picture = DrawIn(Look::Advanced);
     const int half = Width() / 2;
     ExpectColorInRect(picture, Inset({0, half, half, half}, 4), {WhiteSurface(-0.6, 0, 0.8).r, 0, 0, 255}, 2);
-    ExpectColorInRect(picture, Inset({half, half, half, half}, 4), {0, WhiteSurface(0.6, 0, 0.8).r, 0, 255}, 2);
+    ExpectColorInRect(picture, Inset({half, half, half, half}, 4), {0, WhiteSurface(0.6, 0, 0.8).r, 0, 255},
+                      2);
     ExpectColorInRect(picture, Inset({0, 0, half, half}, 4), {0, 0, WhiteSurface(0, 0.6, 0.8).r, 255}, 2);
     ExpectColorInRect(picture, Inset({half, 0, half, half}, 4), WhiteSurface(0, -0.6, 0.8), 2);
 }
@@ -298,7 +338,8 @@ TEST_F(ImportedPictureTest, AnOpacityMapCutsHoles)
             EXPECT_LT(picture.At(3 * half / 2, 3 * half / 2).r, 250);
             EXPECT_LT(picture.At(half / 2, half / 2).r, 250);
         }
-        ExpectColorInRect(DrawIn(Look::Advanced), Inset({half, 0, half, 2 * half}, 4), WhiteSurface(0, 0, 1), 1);
+        ExpectColorInRect(DrawIn(Look::Advanced), Inset({half, 0, half, 2 * half}, 4), WhiteSurface(0, 0, 1),
+                          1);
     }
 }
 
@@ -306,6 +347,29 @@ TEST_F(ImportedPictureTest, WhatReflectsLooksTheSameAsLongAsThereIsNothingToRefl
 {
     Show(SquareGlb({}, "\"pbrMetallicRoughness\":{\"metallicFactor\":1,\"roughnessFactor\":0}"));
     ExpectColorInRect(DrawIn(Look::Advanced), Inset({0, 0, Width(), Height()}, 4), WhiteSurface(0, 0, 1), 1);
+}
+
+TEST_F(ImportedPictureTest, AMirrorReflectsTheCubeMapAndAMattSurfaceDoesNot)
+{
+    const GLuint cube = RedCube();
+    const Pixel matt = WhiteSurface(0, 0, 1);
+    struct
+    {
+        const char* roughness;
+        Pixel color;
+    } const cases[] = {{"0", {255, matt.g, matt.b, 255}}, {"1", matt}};
+    for (const auto& test : cases)
+    {
+        SCOPED_TRACE(test.roughness);
+        Show(SquareGlb({},
+                       std::string("\"pbrMetallicRoughness\":{\"roughnessFactor\":") + test.roughness + "}"));
+        DrawIn(Look::Advanced);
+        m_presentation.SetReflectionMap(cube);
+        const Picture picture = DrawIn(Look::Advanced);
+        m_presentation.SetReflectionMap(0);
+        ExpectColorInRect(picture, Inset({0, 0, Width(), Height()}, 4), test.color, 1);
+    }
+    glDeleteTextures(1, &cube);
 }
 
 TEST_F(ImportedPictureTest, ImportsAndTheirCrashesLeaveTheContextAlone)

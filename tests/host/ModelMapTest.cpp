@@ -1,8 +1,6 @@
 #include "tests/host/ImportFixture.h"
 #include "tests/host/TinyPictures.h"
 
-#include "host/detail/MapBuilder.h"
-#include "host/detail/MemoryFile.h"
 #include "orvane/imaging/Image.h"
 #include "orvane/imaging/ImageCodec.h"
 #include "orvane/math/Base64.h"
@@ -14,12 +12,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cmath>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <functional>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -36,7 +29,10 @@ const Colour kGrey = {90, 90, 90, 255};
 Bytes Normals()
 {
     // Left half leans left, right half leans right.
-    return Painted(8, 8, [](int x, int) { return x < 4 ? Colour{51, 128, 230, 255} : Colour{204, 128, 230, 255}; });
+    return Painted(8, 8,
+                   [](int x, int) {
+                       return x < 4 ? Colour{51, 128, 230, 255} : Colour{204, 128, 230, 255};
+                   });
 }
 
 std::string Folder(const Material& material)
@@ -75,8 +71,9 @@ protected:
     ImportResult ImportObj(const std::string& material, const ImportOptions& options = ImportOptions())
     {
         WriteFile(m_folder.Path("m.mtl"), "newmtl m\n" + material);
-        return ImportAs("m.obj", "mtllib m.mtl\nusemtl m\nv 0 0 0\nv 1 0 0\nv 0 1 0\nvt 0 0\nvt 1 0\nvt 0 1\n"
-                                 "f 1/1 2/2 3/3\n",
+        return ImportAs("m.obj",
+                        "mtllib m.mtl\nusemtl m\nv 0 0 0\nv 1 0 0\nv 0 1 0\nvt 0 0\nvt 1 0\nvt 0 1\n"
+                        "f 1/1 2/2 3/3\n",
                         options);
     }
 
@@ -93,7 +90,8 @@ protected:
         return ImportAs("m.glb",
                         TriangleGlb("{\"mesh\":0}",
                                     ",\"extensionsUsed\":[\"KHR_texture_transform\",\"KHR_materials_unlit\"],"
-                                    "\"images\":[" + list + "],\"textures\":[" + textures + "]",
+                                    "\"images\":[" +
+                                        list + "],\"textures\":[" + textures + "]",
                                     "{" + material + "}"));
     }
 
@@ -149,38 +147,6 @@ TEST_F(ModelMapTest, MapsInSeveralFoldersAreNamedFromTheFolderThatTheyShare)
     EXPECT_EQ(FirstPixel(material, material.opacityMapName)[0], 2);
 }
 
-TEST(MapPaths, AreCutAtAFolder)
-{
-    struct
-    {
-        const char* label;
-        std::string files[3];
-        std::wstring folder;
-        std::string names[3];
-    } const cases[] = {
-        {"one file", {"/a/b.png", "", ""}, L"/a/", {"b.png", "", ""}},
-        {"only a map", {"", "", "/a/b.png"}, L"/a/", {"", "", "b.png"}},
-        {"one folder", {"/a/b.png", "/a/c.png", "/a/d.png"}, L"/a/", {"b.png", "c.png", "d.png"}},
-        {"names that begin alike", {"/a/bc/x.png", "/a/bd/x.png", ""}, L"/a/", {"bc/x.png", "bd/x.png", ""}},
-        {"a folder that begins like another", {"/a/b/x.png", "/a/bb/x.png", ""}, L"/a/", {"b/x.png", "bb/x.png", ""}},
-        {"the second one is higher", {"/a/b/x.png", "/a/y.png", ""}, L"/a/", {"b/x.png", "y.png", ""}},
-        {"nothing but the root", {"/a/x.png", "/b/x.png", ""}, L"/", {"a/x.png", "b/x.png", ""}},
-        {"relative", {"a/x.png", "b/x.png", ""}, L"", {"a/x.png", "b/x.png", ""}},
-        {"relative and absolute", {"x.png", "/b/x.png", ""}, L"", {"x.png", "/b/x.png", ""}},
-        {"no folder", {"x.png", "y.png", ""}, L"", {"x.png", "y.png", ""}},
-    };
-    for (const auto& test : cases)
-    {
-        SCOPED_TRACE(test.label);
-        Material material("m");
-        SetTexturePaths(material, test.files[0], test.files[1], test.files[2]);
-        EXPECT_EQ(material.texturePath.path, test.folder);
-        EXPECT_EQ(material.textureName, test.names[0]);
-        EXPECT_EQ(material.normalMapName, test.names[1]);
-        EXPECT_EQ(material.opacityMapName, test.names[2]);
-    }
-}
-
 TEST_F(ModelMapTest, ThePictureOfABumpDecidesWhetherItHoldsNormals)
 {
     WriteFile(m_folder.Path("normals.png"), Normals());
@@ -205,52 +171,6 @@ TEST_F(ModelMapTest, NormalsComeBeforeABump)
     const ImportResult result = ImportObj("bump heights.png\nnorm normals.png\n");
     EXPECT_EQ(OnlyMaterial(result).normalMapName, "normals.png");
     EXPECT_TRUE(result.report.warnings.empty());
-}
-
-/// Pixels of one picture, and whether they are normals.
-struct NormalsCase
-{
-    const char* label;
-    std::function<Colour(int x, int y)> paint;
-    bool areNormals;
-};
-
-TEST(HoldsNormals, IsTrueOfDirectionsAwayFromASurface)
-{
-    const auto unit = [](double x, double y, double z)
-    {
-        const auto byte = [](double value) { return static_cast<unsigned char>(std::lround(value * 127.0 + 128.0)); };
-        const double length = std::sqrt(x * x + y * y + z * z);
-        return Colour{byte(x / length), byte(y / length), byte(z / length), 255};
-    };
-    const NormalsCase cases[] = {
-        {"level", [](int, int) { return kLevel; }, true},
-        {"steep waves", [&unit](int x, int) { return unit(1.2 * std::sin(x * 0.8), 0, 1); }, true},
-        {"a bowl", [&unit](int x, int y) { return unit((x - 32) / 24.0, (y - 32) / 24.0, 1); }, true},
-        {"a fifth of black room", [](int x, int) { return x % 5 ? kLevel : Colour{0, 0, 0, 255}; }, true},
-        {"half of black room", [](int x, int) { return x % 2 ? kLevel : Colour{0, 0, 0, 255}; }, false},
-        {"greys", [](int x, int y) { auto g = static_cast<unsigned char>(x * 3 + y); return Colour{g, g, g, 255}; },
-         false},
-        // As long as a direction, but as red and as green as it is blue.
-        {"a grey of length 1", [](int, int) { return Colour{201, 201, 201, 255}; }, false},
-        {"white", [](int, int) { return Colour{255, 255, 255, 255}; }, false},
-        {"the sky", [](int, int y) { return Colour{static_cast<unsigned char>(110 + y), 206, 235, 255}; }, false},
-        {"pure blue", [](int, int) { return Colour{0, 0, 255, 255}; }, false},
-        {"into the surface", [](int, int) { return Colour{128, 128, 0, 255}; }, false},
-    };
-    for (const NormalsCase& test : cases)
-    {
-        DecodedPicture picture;
-        picture.width = 64;
-        picture.height = 64;
-        picture.pixels.reset(static_cast<unsigned char*>(std::malloc(picture.Bytes())));
-        for (int i = 0; i < 64 * 64; ++i)
-        {
-            const Colour colour = test.paint(i % 64, i / 64);
-            std::copy(colour.begin(), colour.end(), picture.pixels.get() + 4 * i);
-        }
-        EXPECT_EQ(HoldsNormals(picture), test.areNormals) << test.label;
-    }
 }
 
 TEST_F(ModelMapTest, GltfIsBelievedWhatItCallsNormals)
@@ -337,8 +257,9 @@ TEST_F(ModelMapTest, ThePictureOfTheColoursIsNoOpacityMapAsWell)
     for (const char* mode : {"MASK", "BLEND"})
     {
         const ImportResult gltf =
-            ImportGltf({"{\"uri\":\"leaf.png\"}"}, std::string("\"alphaMode\":\"") + mode +
-                                                       "\",\"pbrMetallicRoughness\":{\"baseColorTexture\":{\"index\":0}}");
+            ImportGltf({"{\"uri\":\"leaf.png\"}"},
+                       std::string("\"alphaMode\":\"") + mode +
+                           "\",\"pbrMetallicRoughness\":{\"baseColorTexture\":{\"index\":0}}");
         EXPECT_TRUE(OnlyMaterial(gltf).opacityMapName.empty()) << mode;
         EXPECT_TRUE(OnlyMaterial(gltf).hasAlpha) << mode;
     }
@@ -400,15 +321,17 @@ TEST_F(ModelMapTest, MaterialsShareTheFileOfAnEmbeddedMap)
     const std::string view = std::to_string(gltf.AddBytes(Normals()));
     const auto mesh = [](const char* material)
     {
-        return std::string("{\"primitives\":[{\"attributes\":{\"POSITION\":0,\"TEXCOORD_0\":1},\"material\":") +
+        return std::string(
+                   "{\"primitives\":[{\"attributes\":{\"POSITION\":0,\"TEXCOORD_0\":1},\"material\":") +
                material + "}]}";
     };
     const ImportResult result = ImportAs(
-        "two.glb",
-        gltf.Glb("\"scene\":0,\"scenes\":[{\"nodes\":[0,1]}],\"nodes\":[" + nodes + "],\"meshes\":[" + mesh("0") +
-                 "," + mesh("1") + "],\"images\":[{\"mimeType\":\"image/png\",\"bufferView\":" + view +
-                 "}],\"textures\":[{\"source\":0}],\"materials\":[{\"name\":\"a\",\"normalTexture\":{\"index\":0}},"
-                 "{\"name\":\"b\",\"doubleSided\":true,\"normalTexture\":{\"index\":0}}]"));
+        "two.glb", gltf.Glb("\"scene\":0,\"scenes\":[{\"nodes\":[0,1]}],\"nodes\":[" + nodes +
+                            "],\"meshes\":[" + mesh("0") + "," + mesh("1") +
+                            "],\"images\":[{\"mimeType\":\"image/png\",\"bufferView\":" + view +
+                            "}],\"textures\":[{\"source\":0}],\"materials\":[{\"name\":\"a\","
+                            "\"normalTexture\":{\"index\":0}},"
+                            "{\"name\":\"b\",\"doubleSided\":true,\"normalTexture\":{\"index\":0}}]"));
     const auto& materials = result.scene->GetOptimizedMaterials();
     ASSERT_EQ(materials.size(), 2u);
     EXPECT_EQ(FirstPixel(*materials[0], materials[0]->normalMapName), (Colour{51, 128, 230, 255}));
@@ -425,7 +348,8 @@ TEST_F(ModelMapTest, EveryTruncationOfAnEmbeddedMapIsSurvived)
         const Bytes part(picture.begin(), picture.begin() + static_cast<std::ptrdiff_t>(size));
         const ImportResult result = ImportGltf({DataUri(part)}, "\"normalTexture\":{\"index\":0}");
         const bool hasMap = !OnlyMaterial(result).normalMapName.empty();
-        EXPECT_EQ(hasMap, Loaded(OnlyMaterial(result), OnlyMaterial(result).normalMapName) != nullptr) << size;
+        EXPECT_EQ(hasMap, Loaded(OnlyMaterial(result), OnlyMaterial(result).normalMapName) != nullptr)
+            << size;
         EXPECT_EQ(result.report.embeddedTextures, hasMap ? 1u : 0u) << size;
         EXPECT_EQ(result.report.missingTextures, hasMap ? 0u : 1u) << size;
     }
@@ -451,7 +375,8 @@ TEST_F(ModelMapTest, NoMoreMapsAreHeldInMemoryThanThereMayBeOpenFiles)
         images += comma + DataUri(Plain({128, 128, static_cast<unsigned char>(230 + i), 255}));
         textures += comma + "{\"source\":" + index + "}";
         materials += comma + "{\"normalTexture\":{\"index\":" + index + "}}";
-        meshes += comma + "{\"primitives\":[{\"attributes\":{\"POSITION\":0,\"TEXCOORD_0\":1},\"material\":" + index +
+        meshes += comma +
+                  "{\"primitives\":[{\"attributes\":{\"POSITION\":0,\"TEXCOORD_0\":1},\"material\":" + index +
                   "}]}";
         nodes += comma + "{\"mesh\":" + index + "}";
         list += comma + index;
@@ -460,10 +385,10 @@ TEST_F(ModelMapTest, NoMoreMapsAreHeldInMemoryThanThereMayBeOpenFiles)
     gltf.AddFloats({0, 0, 0, 1, 0, 0, 0, 1, 0}, 3);
     gltf.AddFloats({0, 0, 1, 0, 0, 1}, 2);
     {
-        const ImportResult result =
-            ImportAs("many.glb", gltf.Glb("\"scene\":0,\"scenes\":[{\"nodes\":[" + list + "]}],\"nodes\":[" + nodes +
-                                          "],\"meshes\":[" + meshes + "],\"images\":[" + images +
-                                          "],\"textures\":[" + textures + "],\"materials\":[" + materials + "]"));
+        const ImportResult result = ImportAs(
+            "many.glb", gltf.Glb("\"scene\":0,\"scenes\":[{\"nodes\":[" + list + "]}],\"nodes\":[" + nodes +
+                                 "],\"meshes\":[" + meshes + "],\"images\":[" + images + "],\"textures\":[" +
+                                 textures + "],\"materials\":[" + materials + "]"));
         EXPECT_EQ(result.report.normalMaps, 16u);
         EXPECT_EQ(result.report.missingTextures, 4u);
     }
@@ -494,9 +419,7 @@ TEST_F(ModelMapTest, AMapOnOtherCoordinatesThanThePictureIsLeftOut)
                               "}},\"normalTexture\":{\"index\":1" + map + "}");
     };
     const auto scaled = [](const char* scale)
-    {
-        return std::string(",\"extensions\":{\"KHR_texture_transform\":{\"scale\":[") + scale + "]}}";
-    };
+    { return std::string(",\"extensions\":{\"KHR_texture_transform\":{\"scale\":[") + scale + "]}}"; };
     struct
     {
         const char* label;
@@ -532,9 +455,9 @@ TEST_F(ModelMapTest, AMapOnOtherCoordinatesThanThePictureIsLeftOut)
 TEST_F(ModelMapTest, WithoutAPictureTheMeshTakesTheCoordinatesOfTheMap)
 {
     WriteFile(m_folder.Path("normals.png"), Normals());
-    const ImportResult result =
-        ImportGltf({"{\"uri\":\"normals.png\"}"},
-                   "\"normalTexture\":{\"index\":0,\"extensions\":{\"KHR_texture_transform\":{\"scale\":[4,1]}}}");
+    const ImportResult result = ImportGltf(
+        {"{\"uri\":\"normals.png\"}"},
+        "\"normalTexture\":{\"index\":0,\"extensions\":{\"KHR_texture_transform\":{\"scale\":[4,1]}}}");
     EXPECT_EQ(OnlyMaterial(result).normalMapName, "normals.png");
     float largest = 0.0f;
     for (const TextureCoordinate& coordinate : (*result.scene->GetMeshes().begin())->GetTextureBuffer())
@@ -547,9 +470,9 @@ TEST_F(ModelMapTest, WithoutAPictureTheMeshTakesTheCoordinatesOfTheMap)
 TEST_F(ModelMapTest, WhatTakesNoLightHasNoNormalMap)
 {
     WriteFile(m_folder.Path("normals.png"), Normals());
-    const ImportResult result = ImportGltf(
-        {"{\"uri\":\"normals.png\"}"},
-        "\"extensions\":{\"KHR_materials_unlit\":{}},\"normalTexture\":{\"index\":0}");
+    const ImportResult result =
+        ImportGltf({"{\"uri\":\"normals.png\"}"},
+                   "\"extensions\":{\"KHR_materials_unlit\":{}},\"normalTexture\":{\"index\":0}");
     EXPECT_TRUE(OnlyMaterial(result).GetFlags() & MaterialFlagUnlit);
     EXPECT_TRUE(OnlyMaterial(result).normalMapName.empty());
     EXPECT_TRUE(result.report.warnings.empty());
@@ -563,34 +486,6 @@ TEST_F(ModelMapTest, MapsCanBeLeftAside)
     const ImportResult result = ImportObj("norm normals.png\nmap_d missing.png\n", options);
     EXPECT_TRUE(OnlyMaterial(result).normalMapName.empty());
     EXPECT_TRUE(result.report.warnings.empty());
-}
-
-TEST(MemoryFile, HasANameForAsLongAsItLives)
-{
-    const Bytes bytes = Normals();
-    std::shared_ptr<const MemoryFile> file = MemoryFile::Create(bytes.data(), bytes.size());
-    ASSERT_NE(file, nullptr);
-    const std::string path = file->GetPath();
-    for (int i = 0; i < 2; ++i)
-    {
-        std::ifstream stream(path, std::ios::binary);
-        EXPECT_EQ(Bytes(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()), bytes);
-    }
-    file.reset();
-    EXPECT_FALSE(std::ifstream(path, std::ios::binary));
-}
-
-TEST(MemoryFile, ThereIsNoneWhereNoFileCanBeOpened)
-{
-    rlimit before = {};
-    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
-    rlimit none = before;
-    none.rlim_cur = 0;
-    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
-    const unsigned char byte = 0;
-    EXPECT_EQ(MemoryFile::Create(&byte, 1), nullptr);
-    EXPECT_EQ(MemoryFile::MostAtOnce(), 0u);
-    EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
 }
 
 } // namespace

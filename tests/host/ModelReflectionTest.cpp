@@ -47,8 +47,8 @@ TEST_F(ModelReflectionTest, SmoothThingsOfGltfReflectAndRoughOnesDoNot)
         {"a mirror", Metal("\"metallicFactor\":1,\"roughnessFactor\":0"), 1, 1, 1},
         {"glass", Metal("\"metallicFactor\":0,\"roughnessFactor\":0"), 0.04f, glass, 1},
         {"half rough", Metal("\"metallicFactor\":0,\"roughnessFactor\":0.5"), 0.01f, glass / 4, 0.5f},
-        {"red metal", Metal("\"baseColorFactor\":[1,0,0,1],\"metallicFactor\":1,\"roughnessFactor\":0"), 0.299f,
-         0.299f + 0.701f / 7.0f, 1},
+        {"red metal", Metal("\"baseColorFactor\":[1,0,0,1],\"metallicFactor\":1,\"roughnessFactor\":0"),
+         0.299f, 0.299f + 0.701f / 7.0f, 1},
         {"half metal", Metal("\"metallicFactor\":0.5,\"roughnessFactor\":0"), 0.52f, 0.52f + 0.48f / 7.0f, 1},
         {"black metal", Metal("\"baseColorFactor\":[0,0,0,1],\"metallicFactor\":1,\"roughnessFactor\":0"), 0,
          1.0f / 7.0f, 1},
@@ -56,11 +56,14 @@ TEST_F(ModelReflectionTest, SmoothThingsOfGltfReflectAndRoughOnesDoNot)
          Metal("\"metallicFactor\":1,\"roughnessFactor\":0.5,\"metallicRoughnessTexture\":" + texture), 0.01f,
          glass / 4, 0.5f},
         {"unlit", "\"extensions\":{\"KHR_materials_unlit\":{}}," + Metal("\"roughnessFactor\":0"), 0, 0, 0},
-        {"glossy", "\"extensions\":{\"KHR_materials_pbrSpecularGlossiness\":"
-                   "{\"specularFactor\":[0.5,0.5,0.5],\"glossinessFactor\":0.5}}",
+        {"glossy",
+         "\"extensions\":{\"KHR_materials_pbrSpecularGlossiness\":"
+         "{\"specularFactor\":[0.5,0.5,0.5],\"glossinessFactor\":0.5}}",
          0.125f, (0.5f + 0.5f / 7.0f) / 4, 0.5f},
-        {"a picture says what is glossy", "\"extensions\":{\"KHR_materials_pbrSpecularGlossiness\":"
-                                          "{\"specularGlossinessTexture\":" + texture + "}}",
+        {"a picture says what is glossy",
+         "\"extensions\":{\"KHR_materials_pbrSpecularGlossiness\":"
+         "{\"specularGlossinessTexture\":" +
+             texture + "}}",
          0, 0, 0},
     };
     for (const ReflectionCase& test : cases)
@@ -69,7 +72,8 @@ TEST_F(ModelReflectionTest, SmoothThingsOfGltfReflectAndRoughOnesDoNot)
         const std::string members =
             ",\"extensionsUsed\":[\"KHR_materials_unlit\",\"KHR_materials_pbrSpecularGlossiness\"],"
             "\"images\":[{\"uri\":\"missing.png\"}],\"textures\":[{\"source\":0}]";
-        ExpectFactors(ImportAs("m.glb", TriangleGlb("{\"mesh\":0}", members, "{" + test.material + "}")), test);
+        ExpectFactors(ImportAs("m.glb", TriangleGlb("{\"mesh\":0}", members, "{" + test.material + "}")),
+                      test);
     }
 }
 
@@ -94,25 +98,34 @@ TEST_F(ModelReflectionTest, HighlightsOfObjFilesAreNoMirrorsUnlessTheModelOfLigh
 
 std::string Collada(const std::string& phong)
 {
-    return "<?xml version=\"1.0\"?><COLLADA xmlns=\"http://www.collada.org/2005/11/COLLADASchema\" version=\"1.4.1\">"
+    return "<?xml version=\"1.0\"?><COLLADA xmlns=\"http://www.collada.org/2005/11/COLLADASchema\" "
+           "version=\"1.4.1\">"
            "<library_effects><effect id=\"e\"><profile_COMMON><technique sid=\"t\"><phong>" +
            phong +
            "</phong></technique></profile_COMMON></effect></library_effects>"
-           "<library_materials><material id=\"m\"><instance_effect url=\"#e\"/></material></library_materials>"
+           "<library_materials><material id=\"m\"><instance_effect "
+           "url=\"#e\"/></material></library_materials>"
            "<library_geometries><geometry id=\"g\"><mesh><source id=\"p\"><float_array id=\"pa\" count=\"9\">"
-           "0 0 0 1 0 0 0 1 0</float_array><technique_common><accessor source=\"#pa\" count=\"3\" stride=\"3\">"
-           "<param name=\"X\" type=\"float\"/><param name=\"Y\" type=\"float\"/><param name=\"Z\" type=\"float\"/>"
-           "</accessor></technique_common></source><vertices id=\"v\"><input semantic=\"POSITION\" source=\"#p\"/>"
-           "</vertices><triangles count=\"1\" material=\"s\"><input semantic=\"VERTEX\" source=\"#v\" offset=\"0\"/>"
+           "0 0 0 1 0 0 0 1 0</float_array><technique_common><accessor source=\"#pa\" count=\"3\" "
+           "stride=\"3\">"
+           "<param name=\"X\" type=\"float\"/><param name=\"Y\" type=\"float\"/><param name=\"Z\" "
+           "type=\"float\"/>"
+           "</accessor></technique_common></source><vertices id=\"v\"><input semantic=\"POSITION\" "
+           "source=\"#p\"/>"
+           "</vertices><triangles count=\"1\" material=\"s\"><input semantic=\"VERTEX\" source=\"#v\" "
+           "offset=\"0\"/>"
            "<p>0 1 2</p></triangles></mesh></geometry></library_geometries><library_visual_scenes>"
            "<visual_scene id=\"vs\"><node><instance_geometry url=\"#g\"><bind_material><technique_common>"
-           "<instance_material symbol=\"s\" target=\"#m\"/></technique_common></bind_material></instance_geometry>"
-           "</node></visual_scene></library_visual_scenes><scene><instance_visual_scene url=\"#vs\"/></scene></COLLADA>";
+           "<instance_material symbol=\"s\" "
+           "target=\"#m\"/></technique_common></bind_material></instance_geometry>"
+           "</node></visual_scene></library_visual_scenes><scene><instance_visual_scene "
+           "url=\"#vs\"/></scene></COLLADA>";
 }
 
 TEST_F(ModelReflectionTest, MirrorsOfColladaReflectTheirColourTimesTheirShare)
 {
-    const std::string shiny = "<specular><color>1 1 1 1</color></specular><shininess><float>90</float></shininess>";
+    const std::string shiny =
+        "<specular><color>1 1 1 1</color></specular><shininess><float>90</float></shininess>";
     const auto mirror = [&shiny](const char* color, const char* share)
     {
         return shiny + "<reflective><color>" + color + "</color></reflective><reflectivity><float>" + share +

@@ -20,7 +20,8 @@ namespace
 /// A PNG of 2 x 2: red and green above, blue and a white of the given alpha below.
 Bytes FourColours(unsigned char alpha)
 {
-    const Colour colours[2][2] = {{{255, 0, 0, 255}, {0, 255, 0, 255}}, {{0, 0, 255, 255}, {255, 255, 255, alpha}}};
+    const Colour colours[2][2] = {{{255, 0, 0, 255}, {0, 255, 0, 255}},
+                                  {{0, 0, 255, 255}, {255, 255, 255, alpha}}};
     return Painted(2, 2, [&colours](int x, int y) { return colours[y][x]; });
 }
 

@@ -437,6 +437,16 @@ TEST(SceneBuilder, PicturesBeyondTheLimitsAreLeftOut)
     EXPECT_TRUE(Build(model, options).report.warnings.empty());
 }
 
+TEST(SceneBuilder, PointsHaveNoMaps)
+{
+    ModelData model = OneTriangle();
+    model.materials[0].normalMap.picture.path = "missing.png";
+    EXPECT_EQ(Build(model).report.warnings.size(), 1u);
+    model.meshes[0].kind = PrimitiveKind::Points;
+    model.meshes[0].indices = {};
+    EXPECT_TRUE(Build(model).report.warnings.empty());
+}
+
 TEST(SceneBuilder, ALightWithADirectionComesBeforeAPoint)
 {
     ModelData model = OneTriangle();

@@ -257,13 +257,15 @@ struct KnownMaps
 
 const KnownMaps kKnownMaps[] = {
     // A clear coat over a ribbed ground, in all ways that the two can be told apart.
-    {"glTF2/ClearCoat-glTF/ClearCoatTest.gltf", "BaseNorm_Base", "RibsNormal.png", "", 0.04f * 0.56f * 0.56f, 0.56f},
-    {"glTF2/ClearCoat-glTF/ClearCoatTest.gltf", "BaseNorm_Coated", "RibsNormal.png", "", 0.04f * 0.56f * 0.56f, 0.56f},
+    {"glTF2/ClearCoat-glTF/ClearCoatTest.gltf", "BaseNorm_Base", "RibsNormal.png", "", 0.04f * 0.56f * 0.56f,
+     0.56f},
+    {"glTF2/ClearCoat-glTF/ClearCoatTest.gltf", "BaseNorm_Coated", "RibsNormal.png", "",
+     0.04f * 0.56f * 0.56f, 0.56f},
     {"glTF2/ClearCoat-glTF/ClearCoatTest.gltf", "Simple_Coating", "", "", 0.04f * 0.97f * 0.97f, 0.97f},
     {"glTF2/ClearCoat-glTF/ClearCoatTest.gltf", "CoatNorm_Coating", "PlasticWrap_normals.jpg", "",
      0.04f * 0.97f * 0.97f, 0.97f},
-    {"glTF2/ClearCoat-glTF/ClearCoatTest.gltf", "SharedNorm_Coating", "RibsNormal.png", "", 0.04f * 0.97f * 0.97f,
-     0.97f},
+    {"glTF2/ClearCoat-glTF/ClearCoatTest.gltf", "SharedNorm_Coating", "RibsNormal.png", "",
+     0.04f * 0.97f * 0.97f, 0.97f},
     {"FBX/phong_cube.fbx", "phong1", "", "", 0.25f * (0.299f * 0.25f + 0.587f * 0.5f + 0.114f * 0.75f), 1.0f},
     {"Collada/duck.dae", "blinn3", "", "", 0.0f, 0.0f},
 };
@@ -301,12 +303,28 @@ TEST(TestModelsCollection, KnownMapsComeIn)
 
 TEST(TestModelsCollection, TheClearCoatModelHasItsNormalMaps)
 {
-    const ImportResult result = ModelImporter::Import(kTestModels + "glTF2/ClearCoat-glTF/ClearCoatTest.gltf");
+    const ImportResult result =
+        ModelImporter::Import(kTestModels + "glTF2/ClearCoat-glTF/ClearCoatTest.gltf");
     ASSERT_TRUE(result) << result.error.Line();
     // Six materials have one, two of which are alike but for their names.
     EXPECT_EQ(result.report.normalMaps, 5u);
     EXPECT_EQ(result.report.opacityMaps, 0u);
     EXPECT_EQ(result.report.missingTextures, 0u);
+}
+
+TEST(TestModelsCollection, MapsWhosePicturesAreNotThereAreTold)
+{
+    const ImportResult result = ModelImporter::Import(kTestModels + "FBX/maxPbrMaterial_metalRough.fbx");
+    ASSERT_TRUE(result) << result.error.Line();
+    ASSERT_EQ(result.report.warnings.size(), 3u);
+    const char* const words[] = {"its picture: 'Textures\\albedo.png'",
+                                 "its normal map: 'Textures\\normal.png'",
+                                 "its opacity map: 'Textures\\opacity.png'"};
+    for (int i = 0; i < 3; ++i)
+    {
+        EXPECT_NE(result.report.warnings[std::size_t(i)].find(words[i]), std::string::npos)
+            << result.report.warnings[std::size_t(i)];
+    }
 }
 
 struct UprightModel
