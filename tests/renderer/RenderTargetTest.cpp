@@ -9,6 +9,8 @@
 
 #include <gmock/gmock.h>
 
+#include <malloc.h>
+
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -475,6 +477,17 @@ TEST_F(RenderTargetTest, BeginCaptureMakesTheMeshOnceBindsAndClears)
     target.EndCapture();
 }
 
+TEST_F(RenderTargetTest, ACaptureBindsTheRenderbufferThatADerivedTargetPutsThere)
+{
+    OpenRenderTarget target(RenderTargetProfileColor);
+    target.SetDimensions(40, 30);
+    target.renderbuffer = 55;
+    target.BeginCapture(0);
+    EXPECT_EQ(gl.FindLast("glBindRenderbuffer")->Int(1), 55);
+    target.EndCapture();
+    EXPECT_EQ(gl.FindLast("glBindRenderbuffer")->Int(1), kHostRenderbuffer);
+}
+
 TEST_F(RenderTargetTest, WithoutASizeACaptureGoesToFramebufferZero)
 {
     OpenRenderTarget target(RenderTargetProfileColor);
@@ -610,6 +623,54 @@ TEST_F(RenderTargetTest, ASavedPictureStartsAsZeroes)
     }
 }
 
+TEST_F(RenderTargetTest, SavingDoesNotFreeTheBlockThatTheImageHeld)
+{
+    OpenRenderTarget target(RenderTargetProfileColor);
+    target.SetDimensions(3, 2);
+    RenderTarget::RenderTargetImage image;
+    auto* const held = static_cast<unsigned char*>(std::malloc(24));
+    std::memset(held, 7, 24);
+    image.data = held;
+    target.SaveImageTo(image);
+    EXPECT_NE(image.data, held);
+    for (int i = 0; i < 24; ++i)
+    {
+        EXPECT_EQ(held[i], 7) << i;
+    }
+    std::free(held);
+}
+
+TEST_F(RenderTargetTest, TheSizeOfAPictureIsMultipliedIn64Bits)
+{
+    // Four bytes a pixel pass 32 bits here and would wrap round to 256 KiB. The stand-in reads
+    // nothing, so that the pages are never touched.
+    OpenRenderTarget target(RenderTargetProfileColor);
+    target.SetDimensions(65536, 16385);
+    RenderTarget::RenderTargetImage image;
+    target.SaveImageTo(image);
+    EXPECT_EQ(image.width, 65536);
+    EXPECT_EQ(image.height, 16385);
+    ASSERT_NE(image.data, nullptr);
+    EXPECT_GE(malloc_usable_size(image.data), std::size_t(65536) * 16385 * 4);
+}
+
+TEST_F(RenderTargetTest, AFailedTargetIsCapturedIntoAllTheSame)
+{
+    OpenRenderTarget target(RenderTargetProfileColor);
+    gl.SetFramebufferStatus(GL_FRAMEBUFFER_UNSUPPORTED);
+    EXPECT_NE(Complaint(target), "");
+    gl.Clear();
+    target.BeginCapture(GL_COLOR_BUFFER_BIT);
+    EXPECT_EQ(gl.Count("glBindFramebuffer", {GL_FRAMEBUFFER, double(target.framebuffer)}), 1u);
+    EXPECT_EQ(gl.Count("glClear"), 1u);
+    target.EndCapture();
+    gl.SetFramebufferStatus(GL_FRAMEBUFFER_COMPLETE);
+    target.SetDimensions(41, 30);
+    EXPECT_TRUE(target.initialized);
+    EXPECT_EQ(gl.Live(GLObjectKind::Framebuffer).size(), 1u) << "the next size frees what was made";
+    EXPECT_EQ(gl.Live(GLObjectKind::Texture).size(), 1u);
+}
+
 TEST_F(RenderTargetTest, CopiesOfAnImageShareTheBlock)
 {
     RenderTarget::RenderTargetImage first;
@@ -696,8 +757,12 @@ TEST_F(RenderTargetTest, TheEndOfATargetFreesNoNameOfItsBuffers)
         target.SetDimensions(40, 30);
         target.BeginCapture(0);
         target.EndCapture();
+        MarkingEffect effect;
+        target.ApplyCapture(&effect);
+        EXPECT_EQ(gl.Live(GLObjectKind::Buffer).size(), 2u);
         gl.Clear();
     }
+    EXPECT_THAT(gl.Live(GLObjectKind::Buffer), IsEmpty()) << "the quad goes with its pool";
     EXPECT_EQ(gl.Count("glDeleteFramebuffers"), 0u);
     EXPECT_EQ(gl.Live(GLObjectKind::Framebuffer).size(), 1u);
     EXPECT_EQ(gl.Live(GLObjectKind::Renderbuffer).size(), 1u);

@@ -11,7 +11,9 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -82,6 +84,38 @@ public:
 private:
     Names& m_log;
 };
+
+/// Lets framebuffers be unsupported up to the nth question, from 1, and complete from then on.
+class CompleteFrom
+{
+public:
+    CompleteFrom(GLRecorder& recorder, int nth) : m_recorder(recorder), m_left(nth)
+    {
+        s_current = this;
+        m_original = glCheckFramebufferStatus;
+        glCheckFramebufferStatus = Answer;
+        m_recorder.SetFramebufferStatus(GL_FRAMEBUFFER_UNSUPPORTED);
+    }
+
+    ~CompleteFrom() { glCheckFramebufferStatus = m_original; }
+
+private:
+    static GLenum GLAPIENTRY Answer(GLenum target)
+    {
+        if (--s_current->m_left <= 0)
+        {
+            s_current->m_recorder.SetFramebufferStatus(GL_FRAMEBUFFER_COMPLETE);
+        }
+        return s_current->m_original(target);
+    }
+
+    static CompleteFrom* s_current;
+    GLRecorder& m_recorder;
+    int m_left;
+    PFNGLCHECKFRAMEBUFFERSTATUSPROC m_original;
+};
+
+CompleteFrom* CompleteFrom::s_current = nullptr;
 
 class Renderer20CaptureTest : public ::testing::Test
 {
@@ -193,13 +227,17 @@ TEST_F(Renderer20CaptureTest, TheBuffersAreMadeInOrder)
     const std::string fb = Str(GL_FRAMEBUFFER);
     const std::string rb = Str(GL_RENDERBUFFER);
     const std::string tex = Str(GL_TEXTURE_2D);
-    const std::string clamp = Str(GL_CLAMP_TO_EDGE);
     const auto parameter = [&tex](unsigned name, unsigned value)
     { return "glTexParameteri(" + tex + ", " + Str(name) + ", " + Str(value) + ")"; };
+    const auto image = [](unsigned format, unsigned type)
+    {
+        return CallText("glTexImage2D", {GL_TEXTURE_2D, 0, double(format), 100, 50, 0, double(format), double(type)},
+                        "null");
+    };
     EXPECT_EQ(
         recorder.Strings({"glBindFramebuffer", "glBindRenderbuffer", "glFramebufferRenderbuffer",
-                          "glRenderbufferStorage", "glBindTexture", "glTexParameteri", "glFramebufferTexture2D",
-                          "glCheckFramebufferStatus"}),
+                          "glRenderbufferStorage", "glBindTexture", "glTexParameteri", "glTexImage2D",
+                          "glFramebufferTexture2D", "glCheckFramebufferStatus"}),
         (Names{"glBindFramebuffer(" + fb + ", " + framebuffer + ")", "glBindRenderbuffer(" + rb + ", " + color + ")",
                "glFramebufferRenderbuffer(" + fb + ", " + Str(GL_COLOR_ATTACHMENT0) + ", " + rb + ", " + color + ")",
                "glBindRenderbuffer(" + rb + ", " + depth + ")",
@@ -208,26 +246,16 @@ TEST_F(Renderer20CaptureTest, TheBuffersAreMadeInOrder)
                "glFramebufferRenderbuffer(" + fb + ", " + Str(GL_STENCIL_ATTACHMENT) + ", " + rb + ", " + depth + ")",
                "glBindTexture(" + tex + ", " + colorTexture + ")", parameter(GL_TEXTURE_MIN_FILTER, GL_LINEAR),
                parameter(GL_TEXTURE_MAG_FILTER, GL_NEAREST), parameter(GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE),
-               parameter(GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE),
+               parameter(GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE), image(GL_RGBA, GL_UNSIGNED_BYTE),
                "glFramebufferTexture2D(" + fb + ", " + Str(GL_COLOR_ATTACHMENT0) + ", " + tex + ", " + colorTexture +
                    ", 0)",
                "glBindTexture(" + tex + ", " + depthTexture + ")", parameter(GL_TEXTURE_MIN_FILTER, GL_NEAREST),
                parameter(GL_TEXTURE_MAG_FILTER, GL_NEAREST), parameter(GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE),
-               parameter(GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE),
+               parameter(GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE), image(GL_DEPTH_COMPONENT, GL_UNSIGNED_SHORT),
                "glFramebufferTexture2D(" + fb + ", " + Str(GL_DEPTH_ATTACHMENT) + ", " + tex + ", " + depthTexture +
                    ", 0)",
                "glBindTexture(" + tex + ", 0)", "glCheckFramebufferStatus(" + fb + ")",
                "glBindFramebuffer(" + fb + ", 71)", "glBindRenderbuffer(" + rb + ", 72)"}));
-    const GLTexels texels = recorder.TextureTexels(renderer.offscreenColorTexture);
-    EXPECT_EQ(texels.width, 100);
-    EXPECT_EQ(texels.height, 50);
-    EXPECT_EQ(texels.format, static_cast<unsigned>(GL_RGBA));
-    EXPECT_EQ(texels.type, static_cast<unsigned>(GL_UNSIGNED_BYTE));
-    EXPECT_TRUE(texels.bytes.empty());
-    const GLTexels depths = recorder.TextureTexels(renderer.offscreenDepthTexture);
-    EXPECT_EQ(depths.width, 100);
-    EXPECT_EQ(depths.format, static_cast<unsigned>(GL_DEPTH_COMPONENT));
-    EXPECT_EQ(depths.type, static_cast<unsigned>(GL_UNSIGNED_SHORT));
     EXPECT_EQ(renderer.offscreenSpareRenderbuffer, 0u);
 }
 
@@ -301,6 +329,22 @@ TEST_F(Renderer20CaptureTest, AnIncompleteFramebufferWithoutADepthTextureIsLeftA
     EXPECT_EQ(recorder.Count("glCheckFramebufferStatus"), 1u);
     EXPECT_EQ(recorder.Count("glFramebufferRenderbuffer"), 3u);
     EXPECT_EQ(recorder.FindLast("glBindFramebuffer")->Int(1), 71);
+}
+
+TEST_F(Renderer20CaptureTest, APackedTextureThatMakesItCompleteStays)
+{
+    capabilities.depthTexture = true;
+    const CompleteFrom complete(recorder, 2);
+    renderer.SetupAntialiasBuffers();
+    EXPECT_EQ(recorder.Count("glCheckFramebufferStatus"), 2u);
+    EXPECT_EQ(recorder.All("glTexImage2D").size(), 3u);
+    EXPECT_EQ(recorder.Count("glFramebufferRenderbuffer"), 3u) << "the renderbuffer is not asked again";
+    EXPECT_NE(renderer.offscreenDepthTexture, 0u);
+    EXPECT_EQ(recorder.Live(GLObjectKind::Texture),
+              (std::set<unsigned>{renderer.offscreenColorTexture, renderer.offscreenDepthTexture}));
+    EXPECT_EQ(recorder.FindLast("glBindTexture")->Int(1), 0);
+    EXPECT_EQ(recorder.FindLast("glBindFramebuffer")->Int(1), 71);
+    EXPECT_EQ(recorder.FindLast("glBindRenderbuffer")->Int(1), 72);
 }
 
 TEST_F(Renderer20CaptureTest, BeginCaptureBindsTheBuffersAndClearsThem)
@@ -534,6 +578,78 @@ TEST_F(Renderer20CaptureTest, AResizeKeepsTheOldCaptureSize)
     EXPECT_EQ(renderer.offscreenHeight, 200);
 }
 
+TEST_F(Renderer20CaptureTest, WhichNamesOutliveWhat)
+{
+    capabilities.depthTexture = true;
+    struct Row
+    {
+        const char* label;
+        std::function<void(EffectiveRenderer20&)> act;
+        bool buffers;  ///< outlive it: framebuffer, renderbuffers, textures
+        bool quad;     ///< outlives it: the quad on the GPU
+        bool program;  ///< outlives it: that of the screen effect
+    };
+    const Row rows[] = {
+        {"a later capture", [](auto& r) { r.BeginCapture(), r.ApplyCapture(); }, true, true, true},
+        {"a resize", [](auto& r) { r.Resize(300, 200); }, true, true, true},
+        {"the mode in force", [](auto& r) { r.SetAAMode(AAModeNone); }, true, true, true},
+        {"another ratio", [](auto& r) { r.SetDevicePixelRatio(3.0f); }, true, true, true},
+        {"other screen buffers", [](auto& r) { r.SetOnScreenBuffers(100, 50, 0, 0, 0, 1.0f); }, false, true, true},
+        {"a clearing", [](auto& r) { r.ClearOffscreenBuffers(); }, false, true, true},
+        {"a suspension", [](auto& r) { r.Suspend(); }, false, false, false},
+        {"a resumption alone", [](auto& r) { r.Resume(); }, true, false, true},
+        {"another mode", [](auto& r) { r.SetAAMode(AAModeSupersampling); }, false, false, false},
+        {"multisampling", [](auto& r) { r.SetAAMode(AAModeMSAA); }, false, false, false},
+    };
+    for (const Row& row : rows)
+    {
+        SCOPED_TRACE(row.label);
+        GLRecorder own;
+        EffectiveRenderer20 used(nullptr, &capabilities);
+        used.Resize(100, 50);
+        used.BeginCapture();
+        used.ApplyCapture();
+        const auto made = [&own]
+        {
+            return std::vector<std::set<unsigned>>{own.Live(GLObjectKind::Framebuffer),
+                                                   own.Live(GLObjectKind::Renderbuffer),
+                                                   own.Live(GLObjectKind::Texture)};
+        };
+        const std::vector<std::set<unsigned>> buffers = made();
+        const std::set<unsigned> quad = own.Live(GLObjectKind::Buffer);
+        const std::set<unsigned> program = own.Live(GLObjectKind::Program);
+        ASSERT_EQ(buffers[0].size(), 1u);
+        ASSERT_EQ(buffers[1].size(), 2u);
+        ASSERT_EQ(buffers[2].size(), 2u);
+        ASSERT_EQ(quad.size(), 2u);
+        ASSERT_EQ(program.size(), 1u);
+        const Mesh* mesh = used.screenMesh;
+
+        row.act(used);
+        EXPECT_EQ(made(), row.buffers ? buffers : std::vector<std::set<unsigned>>(3));
+        EXPECT_EQ(used.offscreenFramebuffer != 0, row.buffers);
+        EXPECT_EQ(own.Live(GLObjectKind::Buffer), row.quad ? quad : std::set<unsigned>{});
+        EXPECT_EQ(own.Live(GLObjectKind::Program).count(*program.begin()), row.program ? 1u : 0u);
+        EXPECT_EQ(used.screenMesh, mesh) << "in any case";
+        EXPECT_TRUE(own.StrayDeletes().empty());
+    }
+}
+
+TEST_F(Renderer20CaptureTest, AModeChangeReachesTheLoaderAndLeavesTheSceneClean)
+{
+    AppContext context;
+    context.GetContext()->SetScene(std::make_unique<Scene>());
+    context.SetScreenSize(100, 50);
+    context.Update(0.0f);
+    context.Render(&renderer, true);
+    ASSERT_FALSE(context.Update(0.0f));
+    EXPECT_TRUE(renderer.SetAAMode(AAModeFXAA));
+    EXPECT_EQ(loader.log, (Names{"suspend", "resume"}));
+    // The host redraws of its own accord.
+    EXPECT_FALSE(context.GetContext()->GetScene()->IsDirty());
+    EXPECT_FALSE(context.Update(0.0f));
+}
+
 TEST_F(Renderer20CaptureTest, ClearOffscreenBuffersDeletesEverythingAndZeroesTheFramebuffer)
 {
     capabilities.depthTexture = true;
@@ -560,6 +676,8 @@ TEST_F(Renderer20CaptureTest, ClearOffscreenBuffersDeletesEverythingAndZeroesThe
     EXPECT_EQ(renderer.offscreenDepthTexture, 0u);
     // The other names stay, stale.
     EXPECT_EQ(renderer.offscreenColorTexture, static_cast<unsigned>(colorTexture));
+    EXPECT_EQ(renderer.offscreenColorRenderbuffer, static_cast<unsigned>(color));
+    EXPECT_EQ(renderer.offscreenDepthRenderbuffer, static_cast<unsigned>(depth));
     EXPECT_EQ(recorder.LiveCount(), 0u);
     EXPECT_TRUE(recorder.StrayDeletes().empty());
 
