@@ -39,15 +39,17 @@ protected:
     /// Middle of the picture.
     Pixel Middle(const Picture& picture) const { return picture.At(Width() / 2, Height() / 2); }
 
-    /// A texture of the size of the picture, one colour left of the middle and one right of it.
-    unsigned MakeHalves(const std::array<unsigned char, 4>& left, const std::array<unsigned char, 4>& right)
+    /// A texture of the size of the picture, one colour left of the middle, or below it, and one
+    /// beyond.
+    unsigned MakeHalves(const std::array<unsigned char, 4>& before, const std::array<unsigned char, 4>& beyond,
+                        bool upright = false)
     {
         std::vector<unsigned char> texels;
         for (int y = 0; y < Height(); ++y)
         {
             for (int x = 0; x < Width(); ++x)
             {
-                const auto& texel = x < Width() / 2 ? left : right;
+                const auto& texel = (upright ? y < Height() / 2 : x < Width() / 2) ? before : beyond;
                 texels.insert(texels.end(), texel.begin(), texel.end());
             }
         }
@@ -487,6 +489,48 @@ TEST_F(LinePixels, OverAPictureOfIdsOnlyEdgesShow)
         glBindTexture(GL_TEXTURE_2D, 0);
     }
     glActiveTexture(GL_TEXTURE0);
+}
+
+TEST_F(LinePixels, OverAPictureOfIdsEachOfFourNeighboursMakesAnEdgeAndLetsDepthPass)
+{
+    for (const bool upright : {false, true})
+    {
+        SCOPED_TRACE(upright);
+        const unsigned ids = MakeHalves({1, 0, 0, 255}, {0, 1, 0, 255}, upright);
+        const unsigned same = MakeHalves({7, 0, 0, 255}, {7, 0, 0, 255}, upright);
+        const unsigned nearBefore = MakeHalves({0, 0, 0, 255}, {255, 255, 255, 255}, upright);
+        const unsigned nearBeyond = MakeHalves({255, 255, 255, 255}, {0, 0, 0, 255}, upright);
+        LineStyle& style = AddStyle(kRed, 4.0f);
+        style.overlay = true;
+        AddSegment(style, Vector(upright ? 0.0f : -40.0f, upright ? -40.0f : 0.0f, 0.0f),
+                   Vector(upright ? 0.0f : 40.0f, upright ? 40.0f : 0.0f, 0.0f));
+        Frame();
+        SolidLineEffectES20& effect = Effect();
+        effect.SetIdTexture(ids);
+        effect.SetGroupTexture(same);
+        // The pixel before the border has its one odd neighbour beyond it, and the other way round.
+        const PixelRect border = upright ? PixelRect{60, 63, 8, 2} : PixelRect{63, 60, 2, 8};
+        for (const unsigned depth : {0u, nearBefore, nearBeyond})
+        {
+            effect.SetDepthTexture(depth);
+            const Picture picture = Frame();
+            EXPECT_EQ(picture.Count(kRedPixel), 2 * 8) << depth;
+            ExpectColorInRect(picture, border, kRedPixel);
+        }
+        effect.SetIdTexture(0);
+        effect.SetGroupTexture(0);
+        effect.SetDepthTexture(0);
+        DeleteLines();
+        for (const unsigned texture : {ids, same, nearBefore, nearBeyond})
+        {
+            glDeleteTextures(1, &texture);
+        }
+    }
+    for (const unsigned unit : {2u, 1u, 0u})
+    {
+        glActiveTexture(GL_TEXTURE0 + unit);
+        glBindTexture(GL_TEXTURE_2D, 0);
+    }
 }
 
 TEST_F(LinePixels, InALayerALineStandsInItsPixels)
