@@ -20,6 +20,8 @@ namespace
 
 constexpr int kSize = GLFixture::DefaultSize;
 
+const glm::dvec3 kLuma(0.299, 0.587, 0.114);
+
 /// A picture as the sampler sees it: linear filter, clamped.
 class Sampler
 {
@@ -50,11 +52,11 @@ private:
 
 /// The filter at a pixel; none where the choice between its two results hangs on a rounding.
 /// @param step what the filter takes for one pixel, in pixels of the picture.
-std::optional<glm::dvec3> Filter(const Sampler& source, int x, int y, glm::dvec2 step)
+/// @param rounding how far off a luminance may be.
+std::optional<glm::dvec3> Filter(const Sampler& source, int x, int y, glm::dvec2 step, double rounding)
 {
-    const glm::dvec3 luma(0.299, 0.587, 0.114);
     const glm::dvec2 centre(x + 0.5, y + 0.5);
-    const auto lumaAt = [&](double dx, double dy) { return glm::dot(source.At(centre + glm::dvec2(dx, dy) * step), luma); };
+    const auto lumaAt = [&](double dx, double dy) { return glm::dot(source.At(centre + glm::dvec2(dx, dy) * step), kLuma); };
     const double nw = lumaAt(-1, -1);
     const double ne = lumaAt(1, -1);
     const double sw = lumaAt(-1, 1);
@@ -68,14 +70,32 @@ std::optional<glm::dvec3> Filter(const Sampler& source, int x, int y, glm::dvec2
     const auto along = [&](double part) { return source.At(centre + dir * part * step); };
     const glm::dvec3 a = 0.5 * (along(1.0 / 3.0 - 0.5) + along(2.0 / 3.0 - 0.5));
     const glm::dvec3 b = a * 0.5 + 0.25 * (along(-0.5) + along(0.5));
-    const double lumaB = glm::dot(b, luma);
+    const double lumaB = glm::dot(b, kLuma);
     const double margin = std::min(std::abs(lumaB - lowest), std::abs(lumaB - highest));
     const glm::dvec3 apart = glm::abs(a - b);
-    if (margin < 0.01 && std::max({apart.r, apart.g, apart.b}) > 0.004)
+    if (margin < rounding && std::max({apart.r, apart.g, apart.b}) > 0.004)
     {
         return std::nullopt;
     }
     return lumaB < lowest || lumaB > highest ? a : b;
+}
+
+/// From the darkest pixel to the brightest.
+double LumaRange(const Picture& picture)
+{
+    double lowest = 1.0;
+    double highest = 0.0;
+    for (int y = 0; y < picture.GetHeight(); ++y)
+    {
+        for (int x = 0; x < picture.GetWidth(); ++x)
+        {
+            const Pixel pixel = picture.At(x, y);
+            const double luma = glm::dot(glm::dvec3(pixel.r, pixel.g, pixel.b) / 255.0, kLuma);
+            lowest = std::min(lowest, luma);
+            highest = std::max(highest, luma);
+        }
+    }
+    return highest - lowest;
 }
 
 class FXAAPixels : public OffscreenStage
@@ -106,6 +126,7 @@ protected:
             }
         }
         const Sampler sampler(source);
+        const double rounding = 0.01 * LumaRange(source);
         int compared = 0;
         int wrong = 0;
         int smoothed = 0;
@@ -113,7 +134,7 @@ protected:
         {
             for (int x = 0; x < kSize; ++x)
             {
-                const std::optional<glm::dvec3> model = Filter(sampler, x, y, glm::dvec2(kSize) / glm::dvec2(size));
+                const std::optional<glm::dvec3> model = Filter(sampler, x, y, glm::dvec2(kSize) / glm::dvec2(size), rounding);
                 if (!model)
                 {
                     continue;
@@ -180,6 +201,18 @@ TEST_F(FXAAPixels, NoiseFollowsTheModel)
     for (int i = 0; i < kSize * kSize; ++i)
     {
         pixels.push_back({int(random() % 256), int(random() % 256), int(random() % 256), 255});
+    }
+    ExpectModel([&](int x, int y) { return pixels[std::size_t(y * kSize + x)]; });
+}
+
+TEST_F(FXAAPixels, InTheDarkTheDirectionIsReducedByAFixedShare)
+{
+    // Blue alone: of strong contrast, and hardly any luminance.
+    std::mt19937 random(6);
+    std::vector<Pixel> pixels;
+    for (int i = 0; i < kSize * kSize; ++i)
+    {
+        pixels.push_back({0, 0, int(random() % 120), 255});
     }
     ExpectModel([&](int x, int y) { return pixels[std::size_t(y * kSize + x)]; });
 }

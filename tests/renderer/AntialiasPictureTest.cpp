@@ -1,3 +1,6 @@
+#include "orvane/overlay/Rect.h"
+#include "orvane/overlay/Scene2D.h"
+#include "orvane/overlay/Sprite.h"
 #include "tests/renderer/PixelScene.h"
 
 #include <GL/glew.h>
@@ -154,6 +157,36 @@ TEST_F(AntialiasPicture, SupersamplingIsALargerPictureBoxFiltered)
     const PictureDifference difference = Compare(supersampled, Halve(large));
     EXPECT_TRUE(difference.sameSize);
     EXPECT_LE(difference.largestChannelDifference, 2);
+}
+
+TEST_F(AntialiasPicture, UnderSupersamplingAUnitOfALayerIsAPointOfTwoPixels)
+{
+    const auto addSprite = [](Scene2D& layer, float x, float y, const Color& color)
+    {
+        auto sprite = std::make_unique<Sprite>(&layer, new Rect(&layer, 4.0f, 3.0f, false));
+        sprite->SetColor(color);
+        Transform place;
+        place.SetPosition(Vector(x, y, 0.0f));
+        sprite->GetNode()->SetLocal(place);
+        return sprite;
+    };
+    // One goes through the capture and one does not.
+    const auto behind = addSprite(*context->GetContext()->GetBackground2D(), 56.0f, 2.0f, Color(1, 1, 1, 1));
+    const auto above = addSprite(*context->GetContext()->GetForeground2D(), 56.0f, 20.0f, Color(0, 0, 0, 1));
+    const Pixel white = ToPixel(1, 1, 1);
+    const Pixel black = ToPixel(0, 0, 0);
+
+    const Picture plain = FrameOf(AAModeNone);
+    ExpectColorInRect(plain, {56, 2, 4, 3}, white);
+    ExpectColorInRect(plain, {56, 20, 4, 3}, black);
+    EXPECT_EQ(plain.Count(white), 4 * 3);
+    EXPECT_EQ(plain.Count(black), 4 * 3);
+
+    const Picture supersampled = FrameOf(AAModeSupersampling);
+    ExpectColorInRect(supersampled, {112, 4, 8, 6}, white);
+    ExpectColorInRect(supersampled, {112, 40, 8, 6}, black);
+    EXPECT_EQ(supersampled.Count(white), 8 * 6);
+    EXPECT_EQ(supersampled.Count(black), 8 * 6);
 }
 
 TEST_F(AntialiasPicture, TheCapturedAlphaDoesNotReachTheScreen)
