@@ -142,23 +142,24 @@ void DrawLayer(std::vector<unsigned char>& picture, const Layer& layer, Dice& di
 
 } // namespace
 
-HatchTextures::HatchTextures(TextureLoader& loader) : m_loader(&loader)
+HatchTextures::HatchTextures(TextureLoader& loader, int density) : m_loader(&loader)
 {
+    const int edge = Size * std::clamp(density, 1, MostDensity);
+    // The shader reads the strokes from alpha.
+    std::vector<unsigned char> pixels(static_cast<std::size_t>(edge) * edge * 4, 0);
     for (int tone = 0; tone < Tones; ++tone)
     {
         const std::vector<unsigned char> ink = DrawTone(tone);
-        // The shader reads the strokes from alpha.
-        std::vector<unsigned char> pixels;
-        pixels.reserve(ink.size() * 4);
-        for (const unsigned char amount : ink)
+        for (std::size_t i = 0; i < pixels.size() / 4; ++i)
         {
-            pixels.insert(pixels.end(), {0, 0, 0, amount});
+            const std::size_t row = i / edge % Size;
+            pixels[4 * i + 3] = ink[row * Size + i % Size];
         }
         float uScale = 1.0f;
         float vScale = 1.0f;
         bool hasAlpha = true;
         m_textures[static_cast<std::size_t>(tone)] =
-            loader.CreateTexture(pixels.data(), Size, Size, uScale, vScale, hasAlpha, false);
+            loader.CreateTexture(pixels.data(), edge, edge, uScale, vScale, hasAlpha, false);
     }
 }
 

@@ -27,9 +27,14 @@ public:
     /// Pixels of an edge; a power of two.
     static constexpr int Size = 512;
 
+    /// The most strokes for a length, against the usual number.
+    static constexpr int MostDensity = 4;
+
     /// Draws the strokes and makes the textures. GL.
     /// @param loader not owned; it may die first.
-    explicit HatchTextures(TextureLoader& loader);
+    /// @param density how many times the strokes come in a texture, along each edge; as many times
+    ///        as large it becomes. Taken into 1 to MostDensity; 1 suits a house in metres.
+    explicit HatchTextures(TextureLoader& loader, int density = 1);
     HatchTextures(const HatchTextures&) = delete;
     HatchTextures& operator=(const HatchTextures&) = delete;
 

@@ -70,6 +70,15 @@ bool PresentationRenderer::ParseLook(const std::string& name, Look& look)
     return true;
 }
 
+void PresentationRenderer::SetStrokeDensity(int density)
+{
+    if (m_strokeDensity != density)
+    {
+        m_strokeDensity = density;
+        m_hatches.reset();
+    }
+}
+
 void PresentationRenderer::EditInContext(std::vector<std::pair<std::uint64_t, std::uint64_t>> path)
 {
     m_editPath = std::move(path);
@@ -210,7 +219,7 @@ void PresentationRenderer::PrepareHatches()
     {
         return;
     }
-    m_hatches = std::make_unique<HatchTextures>(*textureLoader);
+    m_hatches = std::make_unique<HatchTextures>(*textureLoader, m_strokeDensity);
     for (int tone = 0; tone < HatchTextures::Tones; ++tone)
     {
         m_hatchEffect->SetHatchTexture(tone, m_hatches->GetTexture(tone));

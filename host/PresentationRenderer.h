@@ -69,8 +69,8 @@ struct EdgeLook
 /// itself; a captured frame is antialiased after them, and the layer above comes last.
 ///
 /// Lines and 2D layers are as ever, and so are materials that know no other pass than the default
-/// one. The global clip planes cut the surfaces in every look. To see the section fill, materials
-/// must show their back faces.
+/// one. The global clip planes cut the surfaces in every look but Crosshatch. To see the section fill,
+/// materials must show their back faces.
 ///
 /// Lines are as wide as their styles say in pixels of the screen, also in a finer capture.
 ///
@@ -90,6 +90,10 @@ public:
     /// every pixel share one setting of the process, which each frame in one of them sets.
     void SetLook(Look look) { m_look = look; }
     Look GetLook() const { return m_look; }
+
+    /// How many strokes the look Crosshatch draws for a length, against those that suit a house in
+    /// metres, from the next frame on; 1 at first. See HatchTextures. GL if it has drawn.
+    void SetStrokeDensity(int density);
 
     /// Whether materials are drawn. On at first. Edges and ambient occlusion come from the
     /// surfaces all the same.
@@ -202,6 +206,7 @@ private:
     SSAOEffectES20* m_occlusionEffect = nullptr;
     SolidLineEffectES20* m_lineEffect = nullptr;
     std::unique_ptr<HatchTextures> m_hatches;
+    int m_strokeDensity = 1;
 
     // Identifiers of the surfaces, by Identity, as colours, and their depth; null until needed.
     std::unique_ptr<Detail::ScreenBuffer> m_identifiers[2];

@@ -416,6 +416,10 @@ void InterpretSurfaces(const Texts& texts, SurfaceLook& look)
     {
         look.clips.push_back(ParseClip(clip));
     }
+    if (!texts.clips.empty() && look.look == Host::Look::Crosshatch)
+    {
+        throw CLI::ValidationError("--clip", "the look crosshatch is not cut; use another");
+    }
     if (texts.poche == "off")
     {
         look.poche.reset();

@@ -360,6 +360,7 @@ void RenderJob::SetLook()
         }
     }
     m_renderer->SetLook(look);
+    m_renderer->SetStrokeDensity(StrokeDensityFor(Extent(m_report)));
     m_renderer->SetEdges(m_options.edges);
     m_renderer->ShowAmbientOcclusion(m_options.occlusion);
     NumberNodes(m_nodes);

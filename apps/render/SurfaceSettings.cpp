@@ -1,5 +1,6 @@
 #include "apps/render/SurfaceSettings.h"
 
+#include "host/HatchTextures.h"
 #include "host/ImportOptions.h"
 #include "host/SectionFill.h"
 #include "orvane/effects/EffectES20.h"
@@ -26,15 +27,12 @@ constexpr float SectionInsetShare = 1e-5f;
 /// luminance of the ambient colour for it, where the basic look adds the colour itself.
 constexpr float ShadeLevel = 0.5f;
 
+/// Extent of a model that the strokes are drawn for.
+constexpr float HatchedExtent = 24.0f;
+
 bool ShadesEveryPixel(Host::Look look)
 {
     return look == Host::Look::Advanced || look == Host::Look::Phong;
-}
-
-/// The looks that cut.
-bool IsCut(Host::Look look)
-{
-    return look != Host::Look::Crosshatch;
 }
 
 void FillSections(const SurfaceLook& look, Scene& scene, float extent, float outline)
@@ -66,6 +64,16 @@ float AmbientLevelFor(Host::Look look)
     // These fade from the whole colour to a share of it and add nothing, so that the light needs
     // to leave no room.
     return ShadesEveryPixel(look) ? 0.0f : Host::ImportOptions().ambientLevel;
+}
+
+int StrokeDensityFor(float extent)
+{
+    int density = 1;
+    while (density < Host::HatchTextures::MostDensity && extent * static_cast<float>(density) < HatchedExtent / 2.0f)
+    {
+        density *= 2;
+    }
+    return density;
 }
 
 void SuitMaterials(Host::Look look, Scene& scene)
@@ -101,7 +109,7 @@ void ApplyClipping(const SurfaceLook& look, Scene& scene, float extent)
     EffectES20::SetClipPlaneOutlineColor(ToVec(look.outlineColor));
     EffectES20::EnablePocheColor(look.poche.has_value());
     EffectES20::SetPocheColor(ToVec(look.poche.value_or(Color())));
-    if (look.poche && IsCut(look.look))
+    if (look.poche)
     {
         FillSections(look, scene, extent, outline);
     }

@@ -15,6 +15,10 @@ namespace OV::RenderApp
 /// The share of ambient light that AddDefaultLights leaves room for.
 float AmbientLevelFor(Host::Look look);
 
+/// How densely pen strokes lie on a model of an extent, so that a small one isn't drawn with a
+/// broad pen.
+int StrokeDensityFor(float extent);
+
 /// Gives materials what the look reads otherwise than the basic one.
 void SuitMaterials(Host::Look look, Scene& scene);
 

@@ -157,6 +157,41 @@ TEST_F(PresentationRendererTest, EveryLookDrawsTheSurfaceItsWay)
     }
 }
 
+TEST_F(PresentationRendererTest, StrokesOfTwiceTheDensityAreHalfAsLarge)
+{
+    // Not facing the light straight, or there would be few of them.
+    material->SetAmbient(Color(0.1f, 0.1f, 0.1f));
+    material->SetDiffuse(Color(0.1f, 0.1f, 0.1f));
+    const Picture usual = Draw(Look::Crosshatch);
+    renderer->SetStrokeDensity(2);
+    const Picture dense = Draw(Look::Crosshatch);
+    EXPECT_GT(OV::Test::Compare(usual, dense).differingShare, 0.05);
+    // The square at half its size in its own space, as large to the eye.
+    Mesh* const mesh = node->GetMeshes().front();
+    std::vector<Vector> half = mesh->GetPositionBuffer();
+    for (Vector& position : half)
+    {
+        position.Scale(0.5f, position);
+    }
+    auto raw = std::make_shared<RawMesh>();
+    raw->SetPositionBuffer(std::move(half));
+    raw->SetNormalBuffer(std::vector<Vector>(mesh->GetNormalBuffer()));
+    raw->SetIndices(std::vector<unsigned short>(mesh->GetIndices()));
+    raw->EndDescription(true);
+    mesh->RemoveNode(node);
+    auto* const small = new Mesh(raw, scene);
+    material->AddMesh(small);
+    small->AddNode(node);
+    Transform twice;
+    twice.SetScale(Vector(2, 2, 2));
+    node->SetLocal(twice);
+    const OV::Test::PictureDifference difference = OV::Test::Compare(usual, Draw(Look::Crosshatch));
+    EXPECT_LE(difference.largestChannelDifference, 3);
+    // Back to the usual density the strokes are twice as large.
+    renderer->SetStrokeDensity(1);
+    EXPECT_GT(OV::Test::Compare(usual, Draw(Look::Crosshatch)).differingShare, 0.05);
+}
+
 TEST_F(PresentationRendererTest, LooksMayChangeFromFrameToFrameAndEachFrameIsTheSameAgain)
 {
     const Look looks[] = {Look::Phong,    Look::Crosshatch, Look::Basic,      Look::VertexColor,
