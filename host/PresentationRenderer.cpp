@@ -111,7 +111,7 @@ void PresentationRenderer::ReleaseHeld()
     }
     m_depth.reset();
     m_picture.reset();
-    m_finerRefused = false;
+    m_refusedFiner = {0, 0};
 }
 
 RenderPass PresentationRenderer::PassOfLook() const
@@ -169,6 +169,7 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
     {
         DrawOcclusion(camera);
         DrawEdges();
+        ReleaseTextures();
     }
     MeshES20::ResetBufferCache();
 }

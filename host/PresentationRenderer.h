@@ -74,8 +74,8 @@ struct EdgeLook
 ///
 /// Lines are as wide as their styles say in pixels of the screen, also in a finer capture.
 ///
-/// Edges and ambient occlusion see surfaces, not lines, and need depth in the framebuffer that
-/// they are drawn over. They are left out of a frame that is drawn over another, and where GL
+/// Edges and ambient occlusion see surfaces, not lines or points, and need depth in the framebuffer
+/// that they are drawn over. They are left out of a frame that is drawn over another, and where GL
 /// can't make their buffers.
 class PresentationRenderer : public SceneRenderer
 {
@@ -95,8 +95,8 @@ public:
     /// metres, from the next frame on; 1 at first. See HatchTextures. GL if it has drawn.
     void SetStrokeDensity(int density);
 
-    /// Whether materials are drawn. On at first. Edges and ambient occlusion come from the
-    /// surfaces all the same.
+    /// Whether materials are drawn. On at first. Edges come from the surfaces all the same;
+    /// ambient occlusion has only lines left to darken.
     void ShowSurfaces(bool show) { m_surfacesShown = show; }
 
     /// Whether lines are drawn. On at first.
@@ -153,6 +153,8 @@ private:
     {
         int width;
         int height;
+
+        bool operator!=(const Size& other) const { return width != other.width || height != other.height; }
     };
 
     RenderPass PassOfLook() const;
@@ -170,15 +172,17 @@ private:
     // PresentationScreen.cpp: what is drawn by way of other buffers.
     Size TargetSize() const;
     bool HasScreenStages() const;
+    bool OverlaysLines() const { return m_linesOverlaid && m_linesShown; }
     bool NeedsIdentifiers(Identity identity) const;
     Detail::ScreenBuffer& IdentifiersOf(Identity identity);
-    void ListSurfaces();
+    void ListSurfaces(bool withPoints);
     bool DrawOffscreen(CameraNode& camera, CameraNodeES20* cameraData);
     bool DrawIdentifiers(CameraNodeES20* cameraData, Identity identity);
     bool DrawDepth(CameraNode& camera, CameraNodeES20* cameraData);
     void DrawInto(Detail::ScreenBuffer& buffer, unsigned int clearMask, CameraNodeES20* cameraData);
     void PrepareLines(bool hasIdentifiers);
     void ReleaseLines();
+    static void ReleaseTextures();
     void DrawOcclusion(CameraNode& camera);
     void DrawEdges();
     bool PrepareScreenMesh();
@@ -191,7 +195,7 @@ private:
     bool m_identifiersShown = false;
     bool m_occlusionShown = false;
     bool m_capturing = false; ///< from BeginCapture to ApplyCapture, where there are buffers
-    bool m_finerRefused = false; ///< GL could not make identifiers finer than the screen
+    Size m_refusedFiner = {0, 0}; ///< that GL could not make finer identifiers for
     std::optional<EdgeLook> m_edges;
     std::optional<float> m_layerRatio;
     std::optional<std::vector<std::pair<std::uint64_t, std::uint64_t>>> m_editPath;

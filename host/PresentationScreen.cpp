@@ -81,6 +81,12 @@ void PrepareSurfaces()
     glEnable(GL_DEPTH_TEST);
 }
 
+bool DrawsPoints(const MeshStyleES20& style)
+{
+    const auto* const data = dynamic_cast<const MaterialES20*>(&style);
+    return data && (data->GetMaterial()->GetFlags() & MaterialFlagPoints) != 0;
+}
+
 Detail::ScreenBuffer& MadeOnce(std::unique_ptr<Detail::ScreenBuffer>& buffer, eRenderTargetProfile profile)
 {
     if (!buffer)
@@ -91,7 +97,8 @@ Detail::ScreenBuffer& MadeOnce(std::unique_ptr<Detail::ScreenBuffer>& buffer, eR
 }
 
 /// What drawing over the screen changes, for the length of a scope: from the state that the
-/// passes over a scene leave to the same.
+/// passes over a scene leave to the same. The alpha of the picture stays: who lays it over
+/// something else wants what is drawn over it as opaque as what it is on.
 class OverScreenScope
 {
 public:
@@ -101,10 +108,12 @@ public:
         glDisable(GL_DEPTH_TEST);
         glDisable(GL_BLEND);
         glDepthMask(GL_FALSE);
+        glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_FALSE);
     }
 
     ~OverScreenScope()
     {
+        glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
         glDepthMask(GL_TRUE);
         glDisable(GL_BLEND);
         glEnable(GL_DEPTH_TEST);
@@ -123,6 +132,7 @@ public:
     OverSceneScope()
     {
         glGetIntegerv(GL_DEPTH_FUNC, &m_function);
+        glGetFloatv(GL_DEPTH_RANGE, m_range);
         glEnable(GL_DEPTH_TEST);
         glDepthFunc(GL_GREATER);
         glDepthRange(1.0, 1.0);
@@ -130,7 +140,7 @@ public:
 
     ~OverSceneScope()
     {
-        glDepthRange(0.0, 1.0);
+        glDepthRange(static_cast<GLclampd>(m_range[0]), static_cast<GLclampd>(m_range[1]));
         glDepthFunc(static_cast<GLenum>(m_function));
     }
 
@@ -139,6 +149,7 @@ public:
 
 private:
     GLint m_function = GL_LESS;
+    GLfloat m_range[2] = {0.0f, 1.0f};
 };
 
 /// Puts an effect in the place of what materials draw a pass with, for the length of a scope.
@@ -250,7 +261,9 @@ void PresentationRenderer::Render2D(Scene2D* layer)
 {
     const float ratio = devicePixelRatio;
     devicePixelRatio = m_layerRatio.value_or(ratio);
+    PrepareLines(false);
     SceneRenderer::Render2D(layer);
+    ReleaseLines();
     devicePixelRatio = ratio;
 }
 
@@ -261,13 +274,13 @@ PresentationRenderer::Size PresentationRenderer::TargetSize() const
 
 bool PresentationRenderer::HasScreenStages() const
 {
-    return !overDraw && (m_edges || m_identifiersShown || m_linesOverlaid || m_occlusionShown);
+    return !overDraw && (m_edges || m_identifiersShown || OverlaysLines() || m_occlusionShown);
 }
 
 bool PresentationRenderer::NeedsIdentifiers(Identity identity) const
 {
     const bool forEdges = m_edges || m_identifiersShown;
-    return m_linesOverlaid || (forEdges && identity == m_edges.value_or(EdgeLook()).identity);
+    return OverlaysLines() || (forEdges && identity == m_edges.value_or(EdgeLook()).identity);
 }
 
 Detail::ScreenBuffer& PresentationRenderer::IdentifiersOf(Identity identity)
@@ -284,7 +297,7 @@ bool PresentationRenderer::PrepareScreenMesh()
     return screenMeshData;
 }
 
-void PresentationRenderer::ListSurfaces()
+void PresentationRenderer::ListSurfaces(bool withPoints)
 {
     m_surfaces.clear();
     const MeshStyleES20* last = nullptr;
@@ -303,7 +316,7 @@ void PresentationRenderer::ListSurfaces()
         if (item.style != last)
         {
             last = item.style;
-            identified = item.style->GetShader(RenderPassDepthId);
+            identified = item.style->GetShader(RenderPassDepthId) && (withPoints || !DrawsPoints(*item.style));
         }
         if (identified)
         {
@@ -321,7 +334,7 @@ void PresentationRenderer::DrawSurfaces(Scene& scene, CameraNode& camera, Materi
     }
     DrawIdKeeper drawIds(scene);
     ListItems(scene, cameraData);
-    ListSurfaces();
+    ListSurfaces(true);
     drawIds.Keep(m_surfaces);
     bufferPool.GenerateVBOs();
     PrepareSurfaces();
@@ -336,7 +349,8 @@ bool PresentationRenderer::DrawOffscreen(CameraNode& camera, CameraNodeES20* cam
     {
         return false;
     }
-    ListSurfaces();
+    // Of points the shader of identifiers knows no size.
+    ListSurfaces(false);
     const bool dithered = glIsEnabled(GL_DITHER);
     PrepareSurfaces();
     glClearColor(0.0f, 0.0f, 0.0f, 0.0f);
@@ -360,13 +374,14 @@ bool PresentationRenderer::DrawIdentifiers(CameraNodeES20* cameraData, Identity 
 {
     const Size target = TargetSize();
     // Samples of a pixel that look up four of these give edges as smooth as the surfaces.
-    const bool finer = m_edges && !m_finerRefused && IsMultisampled() && Detail::SampleShadingScope::IsSupported();
+    bool finer = m_edges && target != m_refusedFiner && IsMultisampled() && Detail::SampleShadingScope::IsSupported();
     Detail::ScreenBuffer& buffer = IdentifiersOf(identity);
     if (finer && !buffer.Resize(2 * target.width, 2 * target.height))
     {
-        m_finerRefused = true;
+        m_refusedFiner = target;
+        finer = false;
     }
-    if ((!finer || m_finerRefused) && !buffer.Resize(target.width, target.height))
+    if (!finer && !buffer.Resize(target.width, target.height))
     {
         return false;
     }
@@ -406,13 +421,13 @@ void PresentationRenderer::DrawInto(Detail::ScreenBuffer& buffer, unsigned int c
 
 void PresentationRenderer::PrepareLines(bool hasIdentifiers)
 {
-    if (!m_linesShown || !Detail::FetchOnce(m_lineEffect, effectCache, EffectCache::SolidLine))
+    if (!Detail::FetchOnce(m_lineEffect, effectCache, EffectCache::SolidLine))
     {
         return;
     }
     // The effect widens lines by the square.
     m_lineEffect->SetPixelRatio(std::sqrt(static_cast<float>(TargetSize().width) / static_cast<float>(width)));
-    if (m_linesOverlaid && hasIdentifiers)
+    if (OverlaysLines() && hasIdentifiers)
     {
         m_lineEffect->SetIdTexture(IdentifiersOf(Identity::Object).GetTarget().GetColorTexture());
         m_lineEffect->SetGroupTexture(IdentifiersOf(Identity::Group).GetTarget().GetColorTexture());
@@ -428,6 +443,15 @@ void PresentationRenderer::ReleaseLines()
         m_lineEffect->SetIdTexture(0);
         m_lineEffect->SetGroupTexture(0);
         m_lineEffect->SetDepthTexture(0);
+    }
+}
+
+void PresentationRenderer::ReleaseTextures()
+{
+    for (const GLenum unit : {GL_TEXTURE2, GL_TEXTURE1, GL_TEXTURE0})
+    {
+        glActiveTexture(unit);
+        glBindTexture(GL_TEXTURE_2D, 0);
     }
 }
 
@@ -486,9 +510,7 @@ void PresentationRenderer::DrawEdges()
     const OverScreenScope overScreen;
     const Detail::SampleShadingScope smooth(IsMultisampled());
     glEnable(GL_BLEND);
-    // The alpha of the picture stays: who lays it over something else wants lines as opaque as
-    // what they are on.
-    glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ZERO, GL_ONE);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
     DrawOverScreen(*m_edgeEffect);
 }
 

@@ -18,6 +18,15 @@ GLint Query(GLenum name)
     return value;
 }
 
+/// Those of a refusal, which whoever looks for errors knows nothing of. Bounded, since a lost
+/// context reports one for ever.
+void DropErrors()
+{
+    for (int i = 0; i < 16 && glGetError() != GL_NO_ERROR; ++i)
+    {
+    }
+}
+
 } // namespace
 
 ScreenBuffer::~ScreenBuffer()
@@ -52,6 +61,7 @@ bool ScreenBuffer::Resize(int width, int height)
         glBindRenderbuffer(GL_RENDERBUFFER, static_cast<GLuint>(renderbuffer));
         glBindTexture(GL_TEXTURE_2D, 0);
         m_target.SetDimensions(0, 0);
+        DropErrors();
     }
     return m_usable;
 }
