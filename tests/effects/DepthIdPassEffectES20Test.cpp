@@ -195,10 +195,20 @@ TEST_F(DepthIdPass, MatricesComeFromCameraAndNodeAndDitheringGoesOff)
     EXPECT_EQ(gl.Calls().back().ToString(), CallText("glDisable", {GL_DITHER}));
 }
 
-TEST_F(DepthIdPass, SixClipPlanesAtMostAreHandedOn)
+TEST_F(DepthIdPass, IsNamedByItsOptions)
+{
+    std::string name;
+    effect.CreateProgramForOptions(1, name);
+    EXPECT_EQ(name, "DepthIdPassEffectES20|OBJECTID");
+    effect.CreateProgramForOptions(2, name);
+    EXPECT_EQ(name, "DepthIdPassEffectES20|GROUPID");
+}
+
+TEST_F(DepthIdPass, SixClipPlanesAtMostAreHandedOnWhetherAMeshIsToBeCutOrNot)
 {
     stage.AddMesh(EffectStage::Bare);
     Use(1);
+    effect.clipPlanesActive = false;
     for (int count = 0; count <= 7; ++count)
     {
         gl.Clear();

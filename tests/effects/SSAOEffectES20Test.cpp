@@ -117,6 +117,13 @@ TEST_F(SSAO, ApplyAndBindTakeMistButNeverNoise)
         << "noise is an option all the same";
 }
 
+TEST_F(SSAO, IsNamedByItsOptions)
+{
+    std::string name;
+    effect.CreateProgramForOptions(3, name);
+    EXPECT_EQ(name, "SSAOEffectES20|USE_MIST|USE_NOISE");
+}
+
 TEST_F(SSAO, HandsItsSettingsToTheProgram)
 {
     effect.SetDimensions(30, 20);

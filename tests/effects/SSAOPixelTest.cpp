@@ -271,6 +271,30 @@ TEST_F(SSAOPixels, OtherNearAndFarFollowTheModel)
     ExpectModel([this](int x, int) { return AtDistance(x < 64 ? 5.0 : 5.6); }, 0.8);
 }
 
+TEST_F(SSAOPixels, MistStartsAtTheNearPlane)
+{
+    // Near is half of far, so that a start at the eye would show.
+    model.zNear = 10.0;
+    model.zFar = 20.0;
+    effect.SetNearFar(10.0f, 20.0f);
+    ExpectModel([this](int x, int) { return AtDistance(x < 64 ? 11.0 : 12.0); }, 0.8);
+}
+
+TEST_F(SSAOPixels, SeventeenSamplesCountBySixteenths)
+{
+    OccludingWith plain(0);
+    SetUp(plain);
+    const Picture picture = Shaded(plain, [](int, int) { return 1.0f; });
+    const double ao = 1.0 - 17.0 * std::pow(2.7182, -2.0) / 16.0;
+    for (int i = 0; i < kSize; ++i)
+    {
+        const Pixel before = ColorAt(i, 0);
+        const double lum = (0.299 * before.r + 0.587 * before.g + 0.114 * before.b) / 255.0;
+        // One sample less would be lighter by more than 1.
+        EXPECT_NEAR(picture.At(i, 0).g, before.g * glm::mix(ao, 1.0, lum * 0.5), 0.6) << i;
+    }
+}
+
 TEST_F(SSAOPixels, WidthAndHeightAreEachOfTheirOwnDirection)
 {
     // Neither is even, nor the size of the picture: the dithering shows.
