@@ -49,6 +49,10 @@ class OpenStub : public ScalableAmbientObscuranceEffectES20
 public:
     OpenStub() : ScalableAmbientObscuranceEffectES20(nullptr)
     {
+        EXPECT_EQ(depthTexture, 0);
+        EXPECT_EQ(renderTexture, 0);
+        EXPECT_EQ(width, 0);
+        EXPECT_EQ(height, 0);
         depthTexture = 5;
         renderTexture = 6;
         width = 30;
@@ -182,6 +186,9 @@ TEST(ScalableAmbientObscurance, HasTheShapeOfItsSibling)
 {
     // A compiler without complaints, as the stand-in is, lets all of it be seen.
     GLRecorder gl;
+    // The unfinished source names no sizes.
+    gl.SetUniformLocation("uRenderedTextureWidth", 90);
+    gl.SetUniformLocation("uRenderedTextureHeight", 91);
     OpenStub effect;
     for (const bool apply : {false, true})
     {
@@ -204,11 +211,15 @@ TEST(ScalableAmbientObscurance, HasTheShapeOfItsSibling)
     effect.BindMeshUniforms(nullptr);
     EXPECT_THAT(gl.Uniform("uDepthTexture"), ElementsAre(0.0f));
     EXPECT_THAT(gl.Uniform("uRenderedTexture"), ElementsAre(1.0f));
-    EXPECT_EQ(gl.Count("glUniform1f"), 2u);
+    EXPECT_THAT(gl.Uniform("uRenderedTextureWidth"), ElementsAre(30.0f));
+    EXPECT_THAT(gl.Uniform("uRenderedTextureHeight"), ElementsAre(20.0f));
     EffectStage stage;
     MeshES20& mesh = stage.AddMesh(EffectStage::Texture);
     gl.Clear();
     effect.BindMeshAttributes(&mesh);
+    const double stride = mesh.GetStride();
+    EXPECT_EQ(gl.Count("glVertexAttribPointer", {0, 3, GL_FLOAT, 0, stride, double(mesh.GetPositionOffset())}), 1u);
+    EXPECT_EQ(gl.Count("glVertexAttribPointer", {1, 2, GL_FLOAT, 0, stride, double(mesh.GetTextureOffset())}), 1u);
     EXPECT_EQ(gl.Count("glEnableVertexAttribArray", {0}), 1u);
     EXPECT_EQ(gl.Count("glEnableVertexAttribArray", {1}), 1u);
     gl.Clear();
