@@ -13,6 +13,7 @@ namespace OV
 
 class CameraNode;
 class LightNode;
+class Mesh;
 class Node;
 
 } // namespace OV
@@ -99,6 +100,15 @@ struct ImportedNode
     Node* node = nullptr;
 };
 
+/// A mesh that came from the file, by the name that it has there. One that was split is there
+/// several times, one without a name not at all.
+struct ImportedMesh
+{
+    std::string name;
+    /// Lives in the scene.
+    Mesh* mesh = nullptr;
+};
+
 /// What an import hands back: a scene with a report, or an error.
 ///
 /// The scene is right-handed with Y up, and front is +Z, whatever the file's own axes.
@@ -112,8 +122,9 @@ struct ImportResult
     /// a new scene has it.
     std::unique_ptr<Scene> scene;
 
-    /// All below point into the scene and stay valid as long as their nodes do.
+    /// All below point into the scene and stay valid as long as what they point at.
     std::vector<ImportedNode> nodes;
+    std::vector<ImportedMesh> meshes;
     std::vector<CameraNode*> cameras;
     std::vector<LightNode*> lights;
 

@@ -18,6 +18,16 @@ constexpr std::size_t MostNames = 8;
 
 using Names = std::unordered_map<const Node*, const std::string*>;
 
+Names NamesOf(const std::vector<Host::ImportedNode>& nodes)
+{
+    Names names;
+    for (const Host::ImportedNode& node : nodes)
+    {
+        names[node.node] = &node.name;
+    }
+    return names;
+}
+
 /// Whether the path ends in the node's name, with those of its parents before it.
 bool Ends(const Node* node, const std::string& path, const Names& names)
 {
@@ -53,14 +63,27 @@ bool Ends(const Node* node, const std::string& path, const Names& names)
 
 Node* FindNode(const std::vector<Host::ImportedNode>& nodes, const std::string& path)
 {
-    Names names;
-    for (const Host::ImportedNode& node : nodes)
-    {
-        names[node.node] = &node.name;
-    }
+    const Names names = NamesOf(nodes);
     const auto found = std::find_if(nodes.begin(), nodes.end(),
                                     [&](const Host::ImportedNode& node) { return Ends(node.node, path, names); });
     return found == nodes.end() ? nullptr : found->node;
+}
+
+std::string PathOf(const std::vector<Host::ImportedNode>& nodes, const Node& node)
+{
+    const Names names = NamesOf(nodes);
+    std::string path;
+    for (const Node* step = &node; step; step = step->GetParent())
+    {
+        const auto found = names.find(step);
+        if (found == names.end())
+        {
+            break;
+        }
+        path = *found->second + (step == &node ? "" : "/") + path;
+    }
+    const std::size_t begin = path.find_first_not_of('/');
+    return begin == std::string::npos ? std::string() : path.substr(begin);
 }
 
 std::string SomeNodeNames(const std::vector<Host::ImportedNode>& nodes)

@@ -13,6 +13,10 @@ namespace OV::RenderApp
 /// @return null if there is none.
 Node* FindNode(const std::vector<Host::ImportedNode>& nodes, const std::string& path);
 
+/// The names from the file's root down to a node with slashes between them, which FindNode takes.
+/// Names that are empty at its begin are left out; so is what is above a node that is not listed.
+std::string PathOf(const std::vector<Host::ImportedNode>& nodes, const Node& node);
+
 /// Some names of nodes, for a person who named none of them.
 std::string SomeNodeNames(const std::vector<Host::ImportedNode>& nodes);
 

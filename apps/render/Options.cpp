@@ -46,6 +46,7 @@ struct Texts
     bool lines = false;
     std::string lineColor = "000000";
     LineLook lineLook;
+    std::optional<std::string> pick;
 };
 
 struct NamedAntialiasing
@@ -280,9 +281,13 @@ void DefineSheetOptions(CLI::App& app, Options& options)
         ->option_text("FILE.png")->group(group);
 }
 
-void DefineMeasuringOptions(CLI::App& app, Options& options)
+void DefineMeasuringOptions(CLI::App& app, Options& options, Texts& texts)
 {
     const char* const group = "Measuring";
+    app.add_option("--pick", texts.pick, "Write what is at a pixel, counted from the upper left\n"
+                                         "corner, to standard output, as JSON: what is seen and\n"
+                                         "what is behind it. No picture needs to be written")
+        ->option_text("X,Y")->group(group);
     app.add_flag("--stats", options.stats, "Write times and counts to standard output, as JSON")->group(group);
     app.add_option("--frames", options.frames, "Draw the picture so often; 1 if left out")
         ->option_text("N")->group(group);
@@ -402,6 +407,23 @@ ClipPlane ParseClip(const std::string& text)
             Vector(numbers[3], numbers[4], numbers[5])};
 }
 
+PickedPixel ParsePixel(const std::string& text, const Options& options)
+{
+    const std::vector<std::string> parts = Split(text, ',');
+    const auto x = ParseNumber<int>(parts.front());
+    const auto y = ParseNumber<int>(parts.back());
+    if (parts.size() != 2 || !x || !y)
+    {
+        throw Bad("--pick", text, "a pixel X,Y, such as 640,360");
+    }
+    if (*x < 0 || *x >= options.width || *y < 0 || *y >= options.height)
+    {
+        throw Bad("--pick", text, "in the picture, which ends at " + std::to_string(options.width - 1) + ","
+                      + std::to_string(options.height - 1));
+    }
+    return {*x, *y};
+}
+
 void InterpretSurfaces(const Texts& texts, SurfaceLook& look)
 {
     if (!Host::PresentationRenderer::ParseLook(texts.look, look.look))
@@ -445,13 +467,17 @@ void Interpret(const Texts& texts, Options& options)
     {
         throw CLI::RequiredError("MODEL");
     }
-    if (options.output.empty())
+    if (options.output.empty() && !texts.pick)
     {
         throw CLI::RequiredError("-o OUT.png");
     }
     CheckRanges(options);
     CheckSheet(options);
     ParseSize(texts.size, options);
+    if (texts.pick)
+    {
+        options.pick = ParsePixel(*texts.pick, options);
+    }
     options.background = ParseColor("--background", texts.background);
     if (!Host::ViewFit::ParseView(texts.view, options.view))
     {
@@ -501,7 +527,7 @@ Command ParseCommandLine(int argc, const char* const* argv)
     DefineScreenOptions(app, command.options, texts);
     DefineLineOptions(app, texts);
     DefineSheetOptions(app, command.options);
-    DefineMeasuringOptions(app, command.options);
+    DefineMeasuringOptions(app, command.options, texts);
     app.footer("The view is from the front, the right and above unless told otherwise.\n"
                "Exit status: 0 done, 1 failed, 2 wrong usage.");
     try

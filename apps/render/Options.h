@@ -63,10 +63,18 @@ enum class Antialiasing
     Supersampling   ///< a picture of twice the size, reduced
 };
 
+/// A pixel of the picture, from its upper left corner.
+struct PickedPixel
+{
+    int x = 0;
+    int y = 0;
+};
+
 /// What the command line asks for.
 struct Options
 {
     std::string model;
+    /// May be empty where there is a pixel to pick.
     std::string output;
     int width = 1280;
     int height = 720;
@@ -100,6 +108,7 @@ struct Options
     /// None for an empty one.
     std::string watermark;
 
+    std::optional<PickedPixel> pick;
     bool stats = false;
     int frames = 1;
 };

@@ -8,6 +8,7 @@
 #include "host/FeatureEdges.h"
 #include "host/HeadlessContext.h"
 #include "host/ModelImporter.h"
+#include "host/Picking.h"
 #include "host/PresentationRenderer.h"
 #include "host/SceneFit.h"
 #include "host/Sheet.h"
@@ -41,6 +42,8 @@ constexpr int UsualSamples = 4;
 /// Above so many pixels multisampling would take more memory than it is worth: the picture is
 /// scaled down to be looked at.
 constexpr std::int64_t MultisampledPixels = 16 * 1024 * 1024;
+/// So many things behind each other are picked; each takes a drawing.
+constexpr int MostPicked = 100;
 /// So many warnings of the import tell enough.
 constexpr std::size_t MostWarnings = 5;
 
@@ -112,6 +115,12 @@ std::int64_t PixelsOf(const Options& options)
     return static_cast<std::int64_t>(options.width) * options.height;
 }
 
+/// What trouble with the picture is told about.
+const std::string& SubjectOf(const Options& options)
+{
+    return options.output.empty() ? options.model : options.output;
+}
+
 int ChooseSamples(const Options& options, const Host::HeadlessContext& gl)
 {
     if (options.antialiasing != Antialiasing::Multisampling)
@@ -158,6 +167,8 @@ int BytesPerPixel(const Options& options, int samples)
     const bool identified = options.edges || options.occlusion;
     bytes += identified ? (4 + 2 + 4) * (options.edges && samples > 1 ? 4 : drawn) : 0;
     bytes += options.occlusion ? 4 * drawn : 0;
+    // Numbers and their depth.
+    bytes += options.pick ? 4 + 2 + 4 : 0;
     return bytes;
 }
 
@@ -171,7 +182,7 @@ void CheckMemory(const Options& options, int samples)
     if (available != 0 && needed > available)
     {
         const auto mebibytes = [](std::uint64_t bytes) { return std::to_string(bytes >> 20) + " MiB"; };
-        throw Failure(options.output, "a picture of " + std::to_string(options.width) + "x"
+        throw Failure(SubjectOf(options), "a picture of " + std::to_string(options.width) + "x"
                           + std::to_string(options.height) + " takes " + mebibytes(needed)
                           + " of memory and there are " + mebibytes(available) + "; ask for a smaller --size");
     }
@@ -224,8 +235,14 @@ void RenderJob::Run()
     SetFog();
     AddSheet();
     Draw();
+    Pick();
     Count();
     Write();
+}
+
+bool RenderJob::IsDrawn() const
+{
+    return !m_options.output.empty() || m_options.stats;
 }
 
 void RenderJob::CheckFiles() const
@@ -235,6 +252,14 @@ void RenderJob::CheckFiles() const
     {
         throw Failure(m_options.model, "there is no such file; check the name");
     }
+    if (!m_options.output.empty())
+    {
+        CheckOutput();
+    }
+}
+
+void RenderJob::CheckOutput() const
+{
     if (IsSameFile(m_options.model, m_options.output))
     {
         throw Failure(m_options.output, "the picture would replace the model; name another file with -o");
@@ -274,13 +299,13 @@ void RenderJob::OpenContext()
     m_gl = Host::HeadlessContext::Create(smallest, error);
     if (!m_gl)
     {
-        throw Failure(m_options.output, error);
+        throw Failure(SubjectOf(m_options), error);
     }
     const int maxWidth = m_gl->GetMaxWidth() / ScaleOf(m_options);
     const int maxHeight = m_gl->GetMaxHeight() / ScaleOf(m_options);
     if (m_options.width > maxWidth || m_options.height > maxHeight)
     {
-        throw Failure(m_options.output, "a picture of " + std::to_string(m_options.width) + "x"
+        throw Failure(SubjectOf(m_options), "a picture of " + std::to_string(m_options.width) + "x"
                           + std::to_string(m_options.height) + " is too large; this GL allows at most "
                           + std::to_string(maxWidth) + "x" + std::to_string(maxHeight)
                           + ", so ask for a smaller --size");
@@ -308,6 +333,7 @@ void RenderJob::Load()
     }
     m_report = std::move(result.report);
     m_nodes = std::move(result.nodes);
+    m_meshes = std::move(result.meshes);
     m_textures = std::make_unique<Platform::Linux::ESTextureLoader>();
     m_app = std::make_unique<AppContext>();
     m_app->GetContext()->SetScene(std::move(result.scene));
@@ -323,9 +349,9 @@ void RenderJob::MakeFramebuffer()
     const int samples = ChooseSamples(m_options, *m_gl);
     CheckMemory(m_options, samples);
     std::string error;
-    if (!m_gl->Resize(m_options.width, m_options.height, samples, error))
+    if (IsDrawn() && !m_gl->Resize(m_options.width, m_options.height, samples, error))
     {
-        throw Failure(m_options.output, error);
+        throw Failure(SubjectOf(m_options), error);
     }
     m_stats.width = m_options.width;
     m_stats.height = m_options.height;
@@ -428,7 +454,7 @@ void RenderJob::PlaceCamera()
     if (!Host::ViewFit::Look(camera, *m_options.eye, m_options.target.value_or(middle), m_options.up,
                              m_report.boxMin, m_report.boxMax, fit))
     {
-        throw Failure(m_options.output, "the eye is where it looks at; move --eye or --target");
+        throw Failure(SubjectOf(m_options), "the eye is where it looks at; move --eye or --target");
     }
 }
 
@@ -462,6 +488,11 @@ void RenderJob::AddSheet()
 
 void RenderJob::Draw()
 {
+    if (!IsDrawn())
+    {
+        m_app->Update(0.0f);
+        return;
+    }
     m_gl->BindFramebuffer();
     for (int frame = 0; frame < m_options.frames; ++frame)
     {
@@ -486,8 +517,29 @@ void RenderJob::DrawFrame(int frame)
     m_app->Render(m_renderer.get(), IsCaptured(m_options));
 }
 
+void RenderJob::Pick()
+{
+    if (!m_options.pick)
+    {
+        return;
+    }
+    Scene& scene = *m_app->GetContext()->GetScene();
+    CameraNode& camera = *m_app->GetContext()->GetCamera();
+    Host::Picking picking(*m_renderer);
+    m_pick.x = m_options.pick->x;
+    m_pick.y = m_options.pick->y;
+    for (const Host::PickHit& hit : picking.PickThrough(scene, camera, m_pick.x, m_pick.y, MostPicked))
+    {
+        m_pick.Add(hit, camera, m_nodes, m_meshes);
+    }
+}
+
 void RenderJob::Count()
 {
+    if (!IsDrawn())
+    {
+        return;
+    }
     const CoreContext& context = *m_app->GetContext();
     std::vector<const Scene*> scenes = {context.GetScene(), context.GetBackground2D(), context.GetForeground2D()};
     if (m_renderer->GetSkyScene())
@@ -499,6 +551,10 @@ void RenderJob::Count()
 
 void RenderJob::Write()
 {
+    if (m_options.output.empty())
+    {
+        return;
+    }
     std::string error;
     if (!Host::WritePNG(*m_gl, m_options.output, Host::PNGAlpha::Drop, error))
     {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "apps/render/Options.h"
+#include "apps/render/PickReport.h"
 #include "apps/render/Stats.h"
 #include "host/ImportResult.h"
 
@@ -41,14 +42,20 @@ public:
     explicit RenderJob(const Options& options);
     ~RenderJob();
 
-    /// Does it all, from the checks to the file. Throws Failure, with no file written.
+    /// Does it all, from the checks to the file, if one is asked for. Throws Failure, with no
+    /// file written.
     void Run();
 
     /// What was measured by Run.
     const Stats& GetStats() const { return m_stats; }
 
+    /// What Run found at the pixel to pick.
+    const PickReport& GetPick() const { return m_pick; }
+
 private:
+    bool IsDrawn() const;
     void CheckFiles() const;
+    void CheckOutput() const;
     void OpenContext();
     void ReadWatermark();
     void Load();
@@ -61,13 +68,16 @@ private:
     void AddSheet();
     void Draw();
     void DrawFrame(int frame);
+    void Pick();
     void Count();
     void Write();
 
     Options m_options;
     Stats m_stats;
+    PickReport m_pick;
     Host::ImportReport m_report;
     std::vector<Host::ImportedNode> m_nodes;
+    std::vector<Host::ImportedMesh> m_meshes;
     // Whatever holds GL objects goes before the context does.
     std::unique_ptr<Host::HeadlessContext> m_gl;
     std::unique_ptr<Platform::Linux::ESTextureLoader> m_textures;

@@ -1,5 +1,7 @@
 #include "apps/render/Report.h"
 
+#include <nlohmann/json.hpp>
+
 #include <iostream>
 
 namespace OV::RenderApp
@@ -17,6 +19,11 @@ void PrintLine(const std::string& text)
         }
     }
     std::cerr << line + "\n" << std::flush;
+}
+
+std::string ToText(const nlohmann::ordered_json& json)
+{
+    return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 
 bool FlushOutput()

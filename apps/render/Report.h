@@ -1,5 +1,7 @@
 #pragma once
 
+#include <nlohmann/json_fwd.hpp>
+
 #include <stdexcept>
 #include <string>
 
@@ -20,6 +22,9 @@ public:
 /// Writes one line to standard error, with the program's name before it. Control characters,
 /// which a file name may hold, become question marks.
 void PrintLine(const std::string& text);
+
+/// A JSON document over several lines, with a line end. Bytes that are no text are replaced.
+std::string ToText(const nlohmann::ordered_json& json);
 
 /// Pushes standard output to where it goes.
 /// @return false, after a line on standard error, when that failed.

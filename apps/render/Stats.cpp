@@ -151,9 +151,8 @@ double Stats::MedianFrame() const
     return steady.size() % 2 == 1 ? steady[middle] : (steady[middle - 1] + steady[middle]) / 2.0;
 }
 
-std::string Stats::ToJson() const
+void Stats::AddTo(nlohmann::ordered_json& json) const
 {
-    nlohmann::ordered_json json;
     json["load_ms"] = Rounded(load);
     json["pack_ms"] = Rounded(pack);
     json["first_frame_ms"] = Rounded(frames.empty() ? 0.0 : frames.front());
@@ -172,7 +171,6 @@ std::string Stats::ToJson() const
     json["gl_vendor"] = glVendor;
     json["gl_renderer"] = glRenderer;
     json["gl_version"] = glVersion;
-    return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 
 } // namespace OV::RenderApp

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <nlohmann/json_fwd.hpp>
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -49,8 +51,8 @@ struct Stats
     /// Of the frames after the first, which only draw; of the first where it is the only one.
     double MedianFrame() const;
 
-    /// A JSON object over several lines, with a line end.
-    std::string ToJson() const;
+    /// Puts everything into a JSON object.
+    void AddTo(nlohmann::ordered_json& json) const;
 };
 
 } // namespace OV::RenderApp

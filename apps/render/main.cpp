@@ -3,6 +3,8 @@
 #include "apps/render/Report.h"
 #include "host/ModelImporter.h"
 
+#include <nlohmann/json.hpp>
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -70,12 +72,21 @@ int Render(const Options& options)
 {
     RenderJob job(options);
     job.Run();
+    nlohmann::ordered_json told;
     if (options.stats)
     {
-        std::cout << job.GetStats().ToJson();
-        return FlushOutput() ? 0 : 1;
+        job.GetStats().AddTo(told);
     }
-    return 0;
+    if (options.pick)
+    {
+        job.GetPick().AddTo(told);
+    }
+    if (told.empty())
+    {
+        return 0;
+    }
+    std::cout << ToText(told);
+    return FlushOutput() ? 0 : 1;
 }
 
 } // namespace

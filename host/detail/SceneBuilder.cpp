@@ -243,6 +243,10 @@ void SceneBuilder::AddPart(MeshPart&& part, const MeshData& data, const std::vec
 
     // The scene owns it from here on.
     auto* mesh = new Mesh(raw, m_scene.get());
+    if (!data.name.empty())
+    {
+        m_result.meshes.push_back({data.name, mesh});
+    }
     m_materials.Get(data.material, data.kind).AddMesh(mesh);
     bool isMirrored = false;
     for (MeshNode* node : nodes)

@@ -79,6 +79,20 @@ TEST(SceneBuilder, NodesHangAsInTheFile)
     EXPECT_EQ(result.report.meshNodes, 1u);
 }
 
+TEST(SceneBuilder, MeshesKeepTheirNames)
+{
+    ModelData model = OneTriangle();
+    model.meshes.push_back(Triangle());
+    model.nodes.push_back(Child(0, {1}));
+    model.meshes[1].name = "roof";
+    const ImportResult result = Build(model);
+    ASSERT_TRUE(result);
+    ASSERT_EQ(result.meshes.size(), 1u) << "one without a name is not listed";
+    EXPECT_EQ(result.meshes[0].name, "roof");
+    const auto* node = static_cast<const MeshNode*>(result.nodes[2].node);
+    EXPECT_EQ(result.meshes[0].mesh, node->GetMeshes().at(0));
+}
+
 TEST(SceneBuilder, PathsLeadFromTheRootToTheNode)
 {
     ModelData model = OneTriangle();

@@ -1,3 +1,4 @@
+#include "apps/render/Report.h"
 #include "apps/render/Stats.h"
 
 #include "host/SceneRenderer.h"
@@ -14,6 +15,8 @@
 
 #include <GL/gl.h>
 #include <GL/glext.h>
+
+#include <nlohmann/json.hpp>
 
 #include <map>
 #include <memory>
@@ -194,5 +197,7 @@ TEST(StatsNumbers, StringsThatAreNoTextDoNotBreakTheJson)
 {
     Stats stats;
     stats.glRenderer = "caf\xE9 \"quoted\"\n";
-    EXPECT_NE(stats.ToJson().find("\\\"quoted\\\"\\n"), std::string::npos);
+    nlohmann::ordered_json json;
+    stats.AddTo(json);
+    EXPECT_NE(ToText(json).find("\\\"quoted\\\"\\n"), std::string::npos);
 }

@@ -1,0 +1,77 @@
+#include "apps/render/NodePath.h"
+
+#include "orvane/scene/Node.h"
+#include "orvane/scene/Scene.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+using namespace OV;
+using namespace OV::RenderApp;
+
+namespace
+{
+
+struct NodePathTest : ::testing::Test
+{
+    Scene scene;
+    std::vector<Host::ImportedNode> nodes;
+
+    Node* Add(const std::string& name, Node* parent)
+    {
+        auto* node = new Node(&scene);
+        parent->AddChild(node, false);
+        nodes.push_back({name, node});
+        return node;
+    }
+};
+
+} // namespace
+
+TEST_F(NodePathTest, LeadsFromTheRootToTheNodeAndIsFoundAgain)
+{
+    Node* const root = Add("file", scene.GetRoot());
+    Node* const left = Add("left", root);
+    Node* const leftLeaf = Add("leaf", left);
+    Node* const right = Add("right", root);
+    Node* const rightLeaf = Add("leaf", right);
+    EXPECT_EQ(PathOf(nodes, *root), "file");
+    EXPECT_EQ(PathOf(nodes, *leftLeaf), "file/left/leaf");
+    EXPECT_EQ(PathOf(nodes, *rightLeaf), "file/right/leaf");
+    for (const Node* node : {root, left, leftLeaf, right, rightLeaf})
+    {
+        EXPECT_EQ(FindNode(nodes, PathOf(nodes, *node)), node);
+    }
+}
+
+TEST_F(NodePathTest, NamesThatAreEmptyCountBelowTheFirstThatIsNot)
+{
+    Node* const root = Add("", scene.GetRoot());
+    Node* const house = Add("house", root);
+    Node* const nameless = Add("", house);
+    Node* const door = Add("door", nameless);
+    EXPECT_EQ(PathOf(nodes, *root), "");
+    EXPECT_EQ(PathOf(nodes, *house), "house");
+    EXPECT_EQ(PathOf(nodes, *nameless), "house/");
+    EXPECT_EQ(PathOf(nodes, *door), "house//door");
+    for (const Node* node : {house, nameless, door})
+    {
+        EXPECT_EQ(FindNode(nodes, PathOf(nodes, *node)), node);
+    }
+}
+
+TEST_F(NodePathTest, NamesWithSlashesAreFoundToo)
+{
+    Node* const root = Add("a/b", scene.GetRoot());
+    Node* const leaf = Add("c/d", root);
+    EXPECT_EQ(PathOf(nodes, *leaf), "a/b/c/d");
+    EXPECT_EQ(FindNode(nodes, PathOf(nodes, *leaf)), leaf);
+}
+
+TEST_F(NodePathTest, ANodeThatIsNotListedHasNoPath)
+{
+    auto* node = new Node(&scene);
+    scene.GetRoot()->AddChild(node, false);
+    EXPECT_EQ(PathOf(nodes, *node), "");
+}
