@@ -1,4 +1,6 @@
 #include "orvane/effects/DepthIdPassEffectES20.h"
+#include "orvane/effects/LineFilterEffectES20.h"
+#include "orvane/renderer/RenderTarget.h"
 #include "tests/renderer/PixelScene.h"
 
 #include <GL/glew.h>
@@ -99,6 +101,59 @@ TEST_F(DepthIdPixels, ClipPlanesCutTheIdentifiersToo)
     const Picture picture = Identifiers(1, true);
     ExpectColorInRect(picture, {10, 10, 50, 100}, ColorOf(5));
     ExpectColorInRect(picture, {60, 10, 50, 100}, {255, 255, 255, 255});
+}
+
+TEST_F(DepthIdPixels, DrawnIntoATargetTheyGiveTheLinesOfTheNodesOverThePicture)
+{
+    Material& material = AddColor(Color(0, 1, 0, 1));
+    AddQuad(material, {10, 10, 60, 60}, 5.0f).SetUserData(3);
+    AddQuad(material, {40, 40, 60, 60}).SetUserData(4);
+    RenderTarget picture(RenderTargetProfileColor);
+    RenderTarget identifiers(RenderTargetProfileColorDepth);
+    for (RenderTarget* target : {&picture, &identifiers})
+    {
+        target->SetDimensions(Width(), Height());
+        target->BeginCapture(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        if (target == &picture)
+        {
+            Frame();
+        }
+        else
+        {
+            Identifiers(1);
+        }
+        target->EndCapture();
+    }
+    auto& filter = static_cast<LineFilterEffectES20&>(*renderer->effectCache.GetEffect(EffectCache::LineFilter));
+    filter.SetDimensions(Width(), Height());
+    filter.SetRenderTexture(static_cast<int>(picture.GetColorTexture()));
+    filter.SetDepthTexture(static_cast<int>(identifiers.GetDepthTexture()));
+    filter.SetIdTexture(static_cast<int>(identifiers.GetColorTexture()));
+    filter.SetEdgeColor(Color(1, 0, 0, 1));
+    filter.EdgeWeight(1.0f);
+    filter.Apply(nullptr, nullptr);
+    identifiers.ApplyCapture(&filter);
+    filter.Release();
+    const Picture lines = ReadPixels();
+    const Pixel blue = ToPixel(0, 0, 1);
+    const Pixel green = ToPixel(0, 1, 0);
+    const Pixel overGreen = ToPixel(0.5f, 0.5f, 0);
+    const Pixel overBlue = ToPixel(0.5f, 0, 0.5f);
+    ExpectColorInRect(lines, {11, 11, 58, 28}, green);
+    ExpectColorInRect(lines, {71, 41, 28, 58}, green);
+    ExpectColorInRect(lines, {0, 72, 39, 56}, blue);
+    // Sides have their line before what differs from its right neighbour, tops and bottoms on both.
+    ExpectColorInRect(lines, {9, 12, 1, 56}, overBlue, 1);
+    ExpectColorInRect(lines, {10, 12, 1, 56}, green);
+    ExpectColorInRect(lines, {69, 42, 1, 26}, overGreen, 1);
+    ExpectColorInRect(lines, {70, 42, 1, 26}, green);
+    ExpectColorInRect(lines, {42, 69, 26, 2}, overGreen, 1);
+    ExpectColorInRect(lines, {12, 9, 56, 1}, overBlue, 1);
+    ExpectColorInRect(lines, {12, 10, 56, 1}, overGreen, 1);
+    for (RenderTarget* target : {&picture, &identifiers})
+    {
+        target->SetDimensions(0, 0);
+    }
 }
 
 TEST_F(DepthIdPixels, ABlendStateLeftOnDoesNotReachTheIdentifiers)
