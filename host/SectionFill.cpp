@@ -13,8 +13,11 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdlib>
+#include <iterator>
 #include <map>
 #include <memory>
+#include <new>
 #include <utility>
 
 namespace OV::Host
@@ -143,6 +146,76 @@ std::shared_ptr<RawMesh> MakeRawMesh(const Point* first, const Point* last, cons
     return raw;
 }
 
+/// Whether a plane runs through the box of a mesh at a node.
+bool IsCut(const Mesh& mesh, const MeshNode& node, const SectionPlane& plane)
+{
+    Vector low;
+    Vector high;
+    mesh.GetBBox(low, high);
+    const Point normal = ToPoint(plane.normal);
+    const Point position = ToPoint(plane.position);
+    bool above = false;
+    bool below = false;
+    for (int corner = 0; corner < 8; ++corner)
+    {
+        const Point place = Times(node.GetGlobal().GetTransf3d(),
+                                  {corner & 1 ? high.x : low.x, corner & 2 ? high.y : low.y, corner & 4 ? high.z : low.z});
+        double height = 0.0;
+        for (std::size_t i = 0; i < 3; ++i)
+        {
+            height += normal[i] * (place[i] - position[i]);
+        }
+        above = above || height > 0.0;
+        below = below || height < 0.0;
+    }
+    return above && below;
+}
+
+bool IsCut(const Mesh& mesh, const std::vector<SectionPlane>& planes)
+{
+    const std::vector<MeshNode*>& nodes = mesh.GetNodes();
+    return std::any_of(nodes.begin(), nodes.end(), [&](const MeshNode* node) {
+        return std::any_of(planes.begin(), planes.end(),
+                           [&](const SectionPlane& plane) { return IsCut(mesh, *node, plane); });
+    });
+}
+
+/// The same surface, without meshes.
+Material* CopyOf(const Material& other)
+{
+    auto* const copy = new Material(other);
+    copy->flags = other.flags;
+    if (other.pixels)
+    {
+        const std::size_t bytes = std::size_t(4) * static_cast<std::size_t>(other.pixelWidth)
+            * static_cast<std::size_t>(other.pixelHeight);
+        copy->pixels = static_cast<unsigned char*>(std::malloc(bytes));
+        if (!copy->pixels)
+        {
+            delete copy;
+            throw std::bad_alloc();
+        }
+        std::copy(other.pixels, other.pixels + bytes, copy->pixels);
+    }
+    copy->pixelWidth = other.pixelWidth;
+    copy->pixelHeight = other.pixelHeight;
+    copy->pointSize = other.pointSize;
+    copy->polygonOffsetFactor = other.polygonOffsetFactor;
+    copy->polygonOffsetUnits = other.polygonOffsetUnits;
+    copy->clampTexture = other.clampTexture;
+    copy->uScale = other.uScale;
+    copy->vScale = other.vScale;
+    copy->stippleOffset = other.stippleOffset;
+    copy->stippleSize = other.stippleSize;
+    copy->hatchUScale = other.hatchUScale;
+    copy->hatchVScale = other.hatchVScale;
+    copy->normalMapName = other.normalMapName;
+    copy->opacityMapName = other.opacityMapName;
+    std::copy(std::begin(other.reflectionFactors), std::end(other.reflectionFactors), copy->reflectionFactors);
+    copy->noDepthWrite = other.noDepthWrite;
+    return copy;
+}
+
 Material* MakeMaterial(Scene& scene, const Color& color)
 {
     auto* const material = new Material("section");
@@ -197,6 +270,32 @@ std::size_t SectionFill::AddTo(Scene& scene, const std::vector<SectionPlane>& pl
         }
     }
     return count;
+}
+
+void SectionFill::ShowInsides(Scene& scene, const std::vector<SectionPlane>& planes)
+{
+    std::vector<Material*> materials;
+    for (const auto* list : {&scene.GetOptimizedMaterials(), &scene.GetAlphaMaterials()})
+    {
+        materials.insert(materials.end(), list->begin(), list->end());
+    }
+    for (Material* material : materials)
+    {
+        std::vector<Mesh*> cut;
+        std::copy_if(material->GetMeshes().begin(), material->GetMeshes().end(), std::back_inserter(cut),
+                     [&](const Mesh* mesh) { return IsCut(*mesh, planes); });
+        Material* open = material;
+        if (!cut.empty() && cut.size() < material->GetMeshes().size())
+        {
+            open = CopyOf(*material);
+            scene.AddMaterial(open);
+            for (Mesh* mesh : cut)
+            {
+                open->AddMesh(mesh);
+            }
+        }
+        open->flags |= cut.empty() ? 0u : MaterialFlagNoCull;
+    }
 }
 
 } // namespace OV::Host

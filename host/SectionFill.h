@@ -41,6 +41,12 @@ public:
     ///        rounding takes, and more than the outline of a cut where that shall show.
     /// @return the number of nodes that got faces, counted for each plane.
     static std::size_t AddTo(Scene& scene, const std::vector<SectionPlane>& planes, float inset, const Color& color);
+
+    /// Lets the materials of what the planes run through show the backs of faces, as the section
+    /// fill of the effects and the outline of a cut need it. What isn't cut stays as it is, or its
+    /// backs would have the fill too: a material that is on both is copied for what is cut. The
+    /// graph must be up to date.
+    static void ShowInsides(Scene& scene, const std::vector<SectionPlane>& planes);
 };
 
 } // namespace OV::Host

@@ -35,18 +35,6 @@ bool ShadesEveryPixel(Host::Look look)
     return look == Host::Look::Advanced || look == Host::Look::Phong;
 }
 
-void FillSections(const SurfaceLook& look, Scene& scene, float extent, float outline)
-{
-    std::vector<Host::SectionPlane> planes;
-    for (const ClipPlane& plane : look.clips)
-    {
-        planes.push_back({plane.normal, plane.position});
-    }
-    scene.UpdateGraph(1.0f, 1.0f);
-    // Below the outline, which is a band along the cut.
-    Host::SectionFill::AddTo(scene, planes, 1.001f * outline + SectionInsetShare * extent, *look.poche);
-}
-
 glm::vec3 ToVec(const Vector& v)
 {
     return {v.x, v.y, v.z};
@@ -109,17 +97,17 @@ void ApplyClipping(const SurfaceLook& look, Scene& scene, float extent)
     EffectES20::SetClipPlaneOutlineColor(ToVec(look.outlineColor));
     EffectES20::EnablePocheColor(look.poche.has_value());
     EffectES20::SetPocheColor(ToVec(look.poche.value_or(Color())));
+    std::vector<Host::SectionPlane> planes;
+    for (const ClipPlane& plane : look.clips)
+    {
+        planes.push_back({plane.normal, plane.position});
+    }
+    scene.UpdateGraph(1.0f, 1.0f);
+    Host::SectionFill::ShowInsides(scene, planes);
     if (look.poche)
     {
-        FillSections(look, scene, extent, outline);
-    }
-    // The section is where the insides show.
-    for (const auto* list : {&scene.GetOptimizedMaterials(), &scene.GetAlphaMaterials()})
-    {
-        for (Material* material : *list)
-        {
-            material->flags |= MaterialFlagNoCull;
-        }
+        // Below the outline, which is a band along the cut.
+        Host::SectionFill::AddTo(scene, planes, 1.001f * outline + SectionInsetShare * extent, *look.poche);
     }
 }
 

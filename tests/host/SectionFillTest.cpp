@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdlib>
 #include <memory>
 #include <vector>
 
@@ -382,6 +383,68 @@ TEST(SectionFill, ItsRimIsFoundAsEdges)
         length += std::hypot(edge.end.x - edge.start.x, edge.end.y - edge.start.y);
     }
     EXPECT_NEAR(length, 8.0, 1e-5);
+}
+
+TEST(SectionInsides, AMaterialOfWhatIsCutShowsThemAndAnotherDoesNot)
+{
+    for (const float height : {0.0f, 5.0f})
+    {
+        FilledScene filled(UnitBox);
+        filled.scene.UpdateGraph(100.0f, 100.0f);
+        SectionFill::ShowInsides(filled.scene, {{Vector(0, 0, 1), Vector(0, 0, 9)}, {Vector(0, 0, 1), Vector(0, 0, height)}});
+        EXPECT_EQ(filled.material->GetFlags(), height == 0.0f ? static_cast<unsigned>(MaterialFlagNoCull) : 0u);
+        EXPECT_EQ(filled.scene.GetOptimizedMaterials().size(), 1u);
+    }
+}
+
+TEST(SectionInsides, AMaterialOfBothIsCopiedForWhatIsCut)
+{
+    FilledScene filled(UnitBox);
+    auto* const below = new Mesh(Soup(Box(Vector(-1, -1, -9), Vector(1, 1, -8))), &filled.scene);
+    filled.material->AddMesh(below);
+    below->AddNode(filled.node);
+    Material& material = *filled.material;
+    material.SetDiffuse(Color(0.1f, 0.2f, 0.3f));
+    material.flags = MaterialFlagUnlit;
+    material.pixels = static_cast<unsigned char*>(std::calloc(2 * 3, 4));
+    material.pixels[23] = 99;
+    material.pixelWidth = 2;
+    material.pixelHeight = 3;
+    material.uScale = 4.0f;
+    material.normalMapName = "bumps.png";
+    material.reflectionFactors[2] = 0.7f;
+    filled.scene.UpdateGraph(100.0f, 100.0f);
+    SectionFill::ShowInsides(filled.scene, {{Vector(0, 0, 1), Vector(0, 0, 0)}});
+
+    EXPECT_EQ(below->GetMaterial(), &material);
+    EXPECT_EQ(material.GetFlags(), static_cast<unsigned>(MaterialFlagUnlit));
+    EXPECT_EQ(material.GetMeshes().size(), 1u);
+    const Material* const copy = filled.mesh->GetMaterial();
+    ASSERT_NE(copy, &material);
+    ASSERT_NE(copy, nullptr);
+    EXPECT_EQ(copy->GetScene(), &filled.scene);
+    EXPECT_EQ(copy->GetFlags(), static_cast<unsigned>(MaterialFlagUnlit | MaterialFlagNoCull));
+    EXPECT_EQ(copy->GetDiffuse().b, 0.3f);
+    EXPECT_NE(copy->pixels, material.pixels);
+    EXPECT_EQ(copy->pixels[23], 99);
+    EXPECT_EQ(copy->pixelHeight, 3);
+    EXPECT_EQ(copy->uScale, 4.0f);
+    EXPECT_EQ(copy->normalMapName, "bumps.png");
+    EXPECT_EQ(copy->reflectionFactors[2], 0.7f);
+}
+
+TEST(SectionInsides, AMeshIsCutIfItIsAtAnyOfItsNodes)
+{
+    FilledScene filled(UnitBox);
+    auto* const second = new MeshNode(&filled.scene);
+    filled.scene.GetRoot()->AddChild(second, false);
+    filled.mesh->AddNode(second);
+    Transform place;
+    place.SetPosition(Vector(0.0f, 0.0f, 5.0f));
+    second->SetLocal(place);
+    filled.scene.UpdateGraph(100.0f, 100.0f);
+    SectionFill::ShowInsides(filled.scene, {{Vector(0, 0, 1), Vector(0, 0, 5.5f)}});
+    EXPECT_EQ(filled.material->GetFlags(), static_cast<unsigned>(MaterialFlagNoCull));
 }
 
 } // namespace OV::Host::Test

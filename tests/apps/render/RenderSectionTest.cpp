@@ -281,4 +281,16 @@ TEST_F(RenderSection, WithoutFillTheInsidesShow)
     EXPECT_GT(picture.At(50, 50).r, picture.At(50, 50).g + 40) << "the back of the box is red";
 }
 
+TEST_F(RenderSection, WhatIsNotCutHasNoFillOnItsBacks)
+{
+    // One colour on a box that is cut and on a square below that turns its back to the eye.
+    const std::string model = WriteObj("backs.obj", Boxes().Add("box", {-2, -2, -2}, {-1, 2, 2}).Text()
+                                                        + "o back\nv 0 -1 -2\nv 0 1 -2\nv 2 1 -2\nv 2 -1 -2\n"
+                                                          "f 9 10 11 12\n");
+    const Picture picture = Render(model, {"--size", "101x101", "--clip", "0,0,1,0,0,0", "--poche", "FF00FF", "--outline",
+                                           "0", "--eye", "0,0,12", "--target", "0,0,0", "--ortho"});
+    EXPECT_EQ(picture.At(30, 50), Fill);
+    EXPECT_EQ(picture.At(62, 50), (Pixel{255, 255, 255, 255}));
+}
+
 } // namespace OV::Test
