@@ -1,16 +1,15 @@
 #include "orvane/effects/SSAOEffectES20.h"
 #include "tests/renderer/OffscreenStage.h"
+#include "tests/support/OcclusionModel.h"
 
 #include <GL/glew.h>
 #include <glm/common.hpp>
-#include <glm/geometric.hpp>
 #include <glm/vec2.hpp>
 #include <glm/vec3.hpp>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <optional>
 
 namespace OV::Test
 {
@@ -19,107 +18,6 @@ namespace
 {
 
 constexpr int kSize = GLFixture::DefaultSize;
-
-/// The effect on the CPU, pixel by pixel, in double precision.
-class OcclusionModel
-{
-public:
-    enum Options : unsigned
-    {
-        Mist = 1,
-    };
-
-    std::vector<float> depths;  ///< as the depth picture holds them, bottom row first
-    double zNear = 1.0;
-    double zFar = 50.0;
-    glm::dvec2 size{kSize};  ///< what the effect is told of the pictures
-    unsigned options = Mist;
-
-    /// What becomes of a colour at a pixel; none where a sample lies so near to the border of two
-    /// texels of different depth that a rounding decides between them.
-    std::optional<glm::dvec3> Shade(int x, int y, glm::dvec3 color) const
-    {
-        bool uncertain = false;
-        const glm::dvec2 place((x + 0.5) / kSize, (y + 0.5) / kSize);
-        const double depth = Depth(place, uncertain);
-        const glm::dvec2 noise = Rand(place);
-        const glm::dvec2 step = 1.0 / size / std::clamp(depth, 0.3, 1.0) + noise * (1.0 - noise);
-        double ao = 0.0;
-        double l = 0.0;
-        double z = 1.0 - 1.0 / 32.0;
-        for (int i = 0; i <= 16; ++i)
-        {
-            const double r = std::sqrt(1.0 - z);
-            ao += Sample(place, depth, glm::dvec2(std::cos(l), std::sin(l)) * r * step, uncertain);
-            z -= 1.0 / 16.0;
-            l += 3.1415926 * (3.0 - std::sqrt(5.0));
-        }
-        if (uncertain)
-        {
-            return std::nullopt;
-        }
-        ao = 1.0 - ao / 16.0;
-        if ((options & Mist) != 0)
-        {
-            const double raw = Raw(place, uncertain);
-            const double distance = -zFar * zNear / (raw * (zFar - zNear) - zFar);
-            ao = std::clamp(glm::mix(ao, 1.0, std::clamp((distance - zNear) / zFar, 0.0, 1.0)), 0.0, 1.0);
-        }
-        const double lum = glm::dot(color, glm::dvec3(0.299, 0.587, 0.114));
-        return color * glm::mix(ao, 1.0, lum * 0.5);
-    }
-
-private:
-    double Raw(glm::dvec2 place, bool& uncertain) const
-    {
-        const glm::dvec2 texel = place * double(kSize);
-        const double value = Texel(texel);
-        for (const glm::dvec2 around : {glm::dvec2(1, 0), glm::dvec2(-1, 0), glm::dvec2(0, 1), glm::dvec2(0, -1)})
-        {
-            uncertain = uncertain || std::abs(Linear(Texel(texel + around * 0.002)) - Linear(value)) > 1e-4;
-        }
-        return value;
-    }
-
-    double Texel(glm::dvec2 texel) const
-    {
-        const int x = std::clamp(static_cast<int>(std::floor(texel.x)), 0, kSize - 1);
-        const int y = std::clamp(static_cast<int>(std::floor(texel.y)), 0, kSize - 1);
-        return double(depths[std::size_t(y * kSize + x)]);
-    }
-
-    double Linear(double raw) const { return 2.0 * zNear / (zFar + zNear - raw * (zFar - zNear)); }
-    double Depth(glm::dvec2 place, bool& uncertain) const { return Linear(Raw(place, uncertain)); }
-
-    static double Fract(double value) { return value - std::floor(value); }
-
-    glm::dvec2 Rand(glm::dvec2 place) const
-    {
-        const double s = Fract(1.0 - place.x * size.x / 2.0);
-        const double t = Fract(place.y * size.y / 2.0);
-        return glm::dvec2((s * 0.25 + t * 0.75) * 2.0 - 1.0, (s * 0.75 + t * 0.25) * 2.0 - 1.0) * 0.0002;
-    }
-
-    static double Compare(double first, double second, bool& beyond)
-    {
-        const double diff = (first - second) * 100.0;
-        const double area = diff < 0.3 ? 0.3 : 2.0;
-        beyond = beyond || diff >= 0.3;
-        return std::pow(2.7182, -2.0 * (diff - 0.3) * (diff - 0.3) / (area * area));
-    }
-
-    double Sample(glm::dvec2 place, double depth, glm::dvec2 offset, bool& uncertain) const
-    {
-        const glm::dvec2 reach = offset * (1.0 - depth) * 4.0;
-        bool beyond = false;
-        double result = Compare(depth, Depth(place + reach, uncertain), beyond);
-        if (beyond)
-        {
-            result += (1.0 - result) * Compare(Depth(place - reach, uncertain), depth, beyond);
-        }
-        return result;
-    }
-};
 
 /// The effect with options that Apply never takes.
 class OccludingWith : public SSAOEffectES20
@@ -224,7 +122,7 @@ protected:
         EXPECT_GT(darkened, 0);
     }
 
-    OcclusionModel model;
+    OcclusionModel model{kSize, kSize};
     SSAOEffectES20& effect;
     unsigned int ground;
 };

@@ -1,0 +1,315 @@
+#include "orvane/math/Quaternion.h"
+#include "orvane/math/Transform.h"
+#include "orvane/renderer/AAMode.h"
+#include "orvane/scene/CameraNode.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/MeshNode.h"
+#include "orvane/scene/Scene.h"
+#include "tests/host/PresentationStage.h"
+#include "tests/support/OcclusionModel.h"
+
+#include <GL/glew.h>
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+namespace OV::Test
+{
+
+namespace
+{
+
+const Color kGrey(0.5f, 0.5f, 0.5f);
+
+/// Turned about the x axis by an angle in radians.
+Transform Tilted(float angle, const Vector& position)
+{
+    Quaternion turn;
+    turn.x = std::sin(angle / 2.0f);
+    turn.w = std::cos(angle / 2.0f);
+    Transform place;
+    place.SetRotation(turn);
+    place.SetPosition(position);
+    return place;
+}
+
+class PresentationOcclusion : public FlatStage
+{
+protected:
+    using FlatStage::FlatStage;
+
+    /// Looks at the middle of the picture, as high as before at the distance of the target.
+    void UsePerspective(float distance)
+    {
+        CameraNode& camera = Camera();
+        camera.SetProjection(CameraNode::Perspective);
+        camera.SetFOV(std::atan(static_cast<float>(Height()) / 2.0f / distance));
+        camera.SetDistanceToTarget(distance);
+        camera.SetNearFar(10.0f, 3.0f * distance);
+        Transform place;
+        place.SetPosition(Vector(static_cast<float>(Width()) / 2.0f, static_cast<float>(Height()) / 2.0f, distance));
+        camera.SetLocal(place);
+    }
+
+    Picture DrawOcclusion(bool capture = false)
+    {
+        renderer->ShowAmbientOcclusion(true);
+        Picture picture = Draw(capture);
+        renderer->ShowAmbientOcclusion(false);
+        return picture;
+    }
+
+    /// Depths of the one depth texture that there is, bottom row first.
+    static std::vector<float> DepthPicture(int width, int height)
+    {
+        std::vector<float> depths;
+        int found = 0;
+        const GLObjects objects = GLState::CaptureObjects();
+        for (const unsigned int name : objects.at("texture"))
+        {
+            GLint bits = 0;
+            GLint actualWidth = 0;
+            GLint actualHeight = 0;
+            glBindTexture(GL_TEXTURE_2D, name);
+            glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_DEPTH_SIZE, &bits);
+            glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_WIDTH, &actualWidth);
+            glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_HEIGHT, &actualHeight);
+            if (bits > 0)
+            {
+                ++found;
+                EXPECT_EQ(actualWidth, width);
+                EXPECT_EQ(actualHeight, height);
+                depths.resize(static_cast<std::size_t>(actualWidth) * static_cast<std::size_t>(actualHeight));
+                glGetTexImage(GL_TEXTURE_2D, 0, GL_DEPTH_COMPONENT, GL_FLOAT, depths.data());
+            }
+            glBindTexture(GL_TEXTURE_2D, 0);
+        }
+        EXPECT_EQ(found, 1) << "there is one depth picture";
+        return depths;
+    }
+
+    /// Near and far as the shader is told.
+    struct Range
+    {
+        double zNear;
+        double zFar;
+    };
+
+    /// Expects the model on the picture of depth wherever something of the scene is, and the plain
+    /// picture elsewhere.
+    void ExpectModel(const Range& range)
+    {
+        const Picture plain = Draw();
+        const Picture picture = DrawOcclusion();
+        OcclusionModel model(Width(), Height());
+        model.linear = true;
+        model.zNear = range.zNear;
+        model.zFar = range.zFar;
+        model.depths = DepthPicture(Width(), Height());
+        ASSERT_EQ(model.depths.size(), static_cast<std::size_t>(Width() * Height()));
+        int worst = 0;
+        int darkened = 0;
+        for (int y = 0; y < Height(); ++y)
+        {
+            for (int x = 0; x < Width(); ++x)
+            {
+                const Pixel before = plain.At(x, y);
+                Pixel expected = before;
+                if (before != Ground)
+                {
+                    const glm::dvec3 color = *model.Shade(x, y, glm::dvec3(before.r, before.g, before.b) / 255.0);
+                    expected = ToPixel(static_cast<float>(color.r), static_cast<float>(color.g),
+                                       static_cast<float>(color.b));
+                    darkened += before.g - expected.g > 5 ? 1 : 0;
+                    worst = std::max(worst, ChannelDifference(picture.At(x, y), expected));
+                }
+                else
+                {
+                    ASSERT_EQ(picture.At(x, y), before) << "the ground at " << x << ", " << y;
+                }
+            }
+        }
+        EXPECT_LE(worst, 3);
+        EXPECT_GT(darkened, 50);
+    }
+
+    /// Share of its light that a pixel keeps.
+    static double Kept(const Picture& plain, const Picture& picture, int x, int y)
+    {
+        return static_cast<double>(picture.At(x, y).g) / plain.At(x, y).g;
+    }
+};
+
+} // namespace
+
+TEST_F(PresentationOcclusion, OfAStepInPerspectiveFollowsTheModelOnThePictureOfDepth)
+{
+    UsePerspective(100.0f);
+    AddRect(kGrey, {10, 5, 40, 50}, 0.0f, 1);
+    AddRect(Color(0.7f, 0.5f, 0.3f), {30, 15, 50, 30}, 8.0f, 2);
+    // As far as occlusion sees: 12 times the distance of the target.
+    ExpectModel({10.0, 1200.0});
+}
+
+TEST_F(PresentationOcclusion, OfACornerOfSlantedFacesFollowsTheModel)
+{
+    UsePerspective(100.0f);
+    AddRect(kGrey, {-48, -20, 96, 20}, 0.0f, 1).SetLocal(Tilted(-0.8f, Vector(48, 32, 0)));
+    AddRect(kGrey, {-48, 0, 96, 20}, 0.0f, 1).SetLocal(Tilted(0.8f, Vector(48, 32, 0)));
+    ExpectModel({10.0, 1200.0});
+}
+
+TEST_F(PresentationOcclusion, ReachesAsFarAsTheCameraSees)
+{
+    UsePerspective(50.0f);
+    Camera().SetNearFar(10.0f, 2000.0f);
+    AddRect(kGrey, {10, 5, 40, 50}, 0.0f, 1);
+    AddRect(kGrey, {30, 15, 50, 30}, 8.0f, 2);
+    ExpectModel({10.0, 2000.0});
+}
+
+TEST_F(PresentationOcclusion, OfAStepWithoutPerspectiveFollowsTheModel)
+{
+    // 1/400 of the depths that are drawn is a unit.
+    AddRect(kGrey, {10, 5, 40, 50}, 0.0f, 1);
+    AddRect(Color(0.7f, 0.5f, 0.3f), {30, 15, 50, 30}, 8.0f, 2);
+    ExpectModel({0.25, 1.0});
+}
+
+TEST_F(PresentationOcclusion, DarkensAnInnerCornerAndHardlyAFlatFace)
+{
+    UsePerspective(100.0f);
+    AddRect(kGrey, {-48, -20, 96, 20}, 0.0f, 1).SetLocal(Tilted(-0.8f, Vector(48, 32, 0)));
+    AddRect(kGrey, {-48, 0, 96, 20}, 0.0f, 1).SetLocal(Tilted(0.8f, Vector(48, 32, 0)));
+    const Picture plain = Draw();
+    const Picture picture = DrawOcclusion();
+    const double corner = std::min(Kept(plain, picture, 48, 31), Kept(plain, picture, 48, 32));
+    const double flat = Kept(plain, picture, 48, 22);
+    EXPECT_LT(corner, flat - 0.1);
+    EXPECT_GT(flat, 0.75) << "a slanted face loses about a fifth, as the effect is";
+}
+
+TEST_F(PresentationOcclusion, LeavesBackgroundAndSkyAsTheyWere)
+{
+    AddRect(kGrey, {10, 5, 40, 50}, 0.0f, 1);
+    AddRect(kGrey, {30, 15, 20, 30}, 8.0f, 2);
+    const Picture identifiers = DrawIdentifiers();
+    for (const bool sky : {false, true})
+    {
+        renderer->ShowSky(sky);
+        for (const int samples : {0, 4})
+        {
+            UseFramebuffer(Width(), Height(), samples);
+            const Picture plain = Draw();
+            const Picture picture = DrawOcclusion();
+            EXPECT_NE(picture, plain);
+            for (int y = 0; y < Height(); ++y)
+            {
+                for (int x = 0; x < Width(); ++x)
+                {
+                    const bool isBackground = identifiers.At(x, y) == Pixel{0, 0, 0, 255};
+                    ASSERT_TRUE(!isBackground || picture.At(x, y) == plain.At(x, y))
+                        << x << ", " << y << (sky ? " of the sky" : " of the background") << ", samples " << samples;
+                }
+            }
+        }
+    }
+}
+
+TEST_F(PresentationOcclusion, KeepsTheAlphaOfThePicture)
+{
+    app.GetContext()->SetBackgroundColor(Color(0.0f, 0.0f, 1.0f, 0.25f));
+    // Blended, so that the alpha of the picture is neither that of the ground nor whole.
+    AddRect(Color(0.5f, 0.5f, 0.5f, 0.5f), {10, 5, 40, 50}, 0.0f, 1);
+    AddRect(kGrey, {30, 15, 50, 30}, 8.0f, 2);
+    for (const int samples : {0, 4})
+    {
+        UseFramebuffer(Width(), Height(), samples);
+        const Picture plain = Draw();
+        const Picture picture = DrawOcclusion();
+        for (int y = 0; y < Height(); ++y)
+        {
+            for (int x = 0; x < Width(); ++x)
+            {
+                ASSERT_EQ(picture.At(x, y).a, plain.At(x, y).a) << x << ", " << y;
+            }
+        }
+        EXPECT_NE(plain.At(15, 10).a, 255);
+    }
+}
+
+TEST_F(PresentationOcclusion, WithSeveralSamplesDarkensAsWithOne)
+{
+    AddRect(kGrey, {10, 5, 40, 50}, 0.0f, 1);
+    AddRect(kGrey, {30, 15, 50, 30}, 8.0f, 2);
+    const Picture one = DrawOcclusion();
+    UseFramebuffer(Width(), Height(), 4);
+    // All rims lie between pixels, so that the samples of a pixel agree.
+    EXPECT_LE(Compare(DrawOcclusion(), one).largestChannelDifference, 1);
+}
+
+TEST_F(PresentationOcclusion, OfACaptureIsThatOfThePicture)
+{
+    AddRect(kGrey, {10, 5, 40, 50}, 0.0f, 1);
+    AddRect(kGrey, {30, 15, 50, 30}, 8.0f, 2);
+    const Picture direct = DrawOcclusion();
+    EXPECT_LE(Compare(DrawOcclusion(true), direct).largestChannelDifference, 1);
+    renderer->SetAAMode(AAModeSupersampling);
+    // Of twice the size the samples lie closer to each other; the reach stays.
+    const Picture fine = DrawOcclusion(true);
+    double sum = 0.0;
+    for (int y = 0; y < Height(); ++y)
+    {
+        for (int x = 0; x < Width(); ++x)
+        {
+            sum += std::abs(fine.At(x, y).g - direct.At(x, y).g);
+        }
+    }
+    EXPECT_LT(sum / (Width() * Height()), 2.0);
+    EXPECT_LT(fine.At(29, 30).g, fine.At(15, 30).g - 10) << "beside the step";
+}
+
+TEST_F(PresentationOcclusion, WithoutSurfacesHasOnlyLinesToDarken)
+{
+    AddRect(kGrey, {10, 5, 40, 50}, 0.0f, 1);
+    AddRect(kGrey, {30, 15, 50, 30}, 8.0f, 2);
+    AddLine(Vector(10, 20, 20), Vector(80, 20, 20), kGrey, 2.0f);
+    renderer->ShowSurfaces(false);
+    const Picture plain = Draw();
+    const Picture picture = DrawOcclusion();
+    EXPECT_NE(picture, plain);
+    for (int y = 0; y < Height(); ++y)
+    {
+        for (int x = 0; x < Width(); ++x)
+        {
+            ASSERT_TRUE(plain.At(x, y) != Ground || picture.At(x, y) == Ground) << x << ", " << y;
+        }
+    }
+}
+
+TEST_F(PresentationOcclusion, LeavesTheCameraAsItWas)
+{
+    AddRect(kGrey, {10, 5, 40, 50}, 0.0f, 1);
+    for (const bool perspective : {false, true})
+    {
+        if (perspective)
+        {
+            UsePerspective(100.0f);
+        }
+        float nearDistance = 0.0f;
+        float farDistance = 0.0f;
+        Camera().GetNearFar(nearDistance, farDistance);
+        const Picture plain = Draw();
+        DrawOcclusion();
+        float nearAfter = 0.0f;
+        float farAfter = 0.0f;
+        Camera().GetNearFar(nearAfter, farAfter);
+        EXPECT_EQ(nearAfter, nearDistance);
+        EXPECT_EQ(farAfter, farDistance);
+        EXPECT_EQ(Camera().GetProjection(), perspective ? CameraNode::Perspective : CameraNode::Orthographic);
+        ExpectSame(Draw(), plain, "after a frame with occlusion");
+    }
+}
+
+} // namespace OV::Test
