@@ -1,0 +1,519 @@
+#include "orvane/math/Transform.h"
+#include "orvane/overlay/Rect.h"
+#include "orvane/overlay/Scene2D.h"
+#include "orvane/overlay/Shape2DNode.h"
+#include "orvane/overlay/Sprite.h"
+#include "orvane/renderer/AAMode.h"
+#include "orvane/scene/CameraNode.h"
+#include "orvane/scene/Line.h"
+#include "orvane/scene/LineStyle.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/MeshNode.h"
+#include "orvane/scene/RawLine.h"
+#include "orvane/scene/Scene.h"
+#include "tests/host/PresentationStage.h"
+
+#include <GL/glew.h>
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace OV::Test
+{
+
+namespace
+{
+
+using Host::EdgeLook;
+using Host::Identity;
+
+const Color kGrey(0.4f, 0.4f, 0.4f);
+constexpr Pixel Grey{102, 102, 102, 255};
+constexpr Pixel Green{0, 255, 0, 255};
+
+/// GL's answer to every framebuffer of a scope: that it won't do, and an error as where memory is
+/// short.
+class RefusedFramebuffers
+{
+public:
+    RefusedFramebuffers() : m_real(__glewCheckFramebufferStatus) { __glewCheckFramebufferStatus = &Refuse; }
+    ~RefusedFramebuffers() { __glewCheckFramebufferStatus = m_real; }
+
+    RefusedFramebuffers(const RefusedFramebuffers&) = delete;
+    RefusedFramebuffers& operator=(const RefusedFramebuffers&) = delete;
+
+private:
+    static GLenum GLAPIENTRY Refuse(GLenum)
+    {
+        glEnable(GL_NONE);
+        return GL_FRAMEBUFFER_UNSUPPORTED;
+    }
+
+    PFNGLCHECKFRAMEBUFFERSTATUSPROC m_real;
+};
+
+class PresentationSizes : public FlatStage
+{
+protected:
+    using FlatStage::FlatStage;
+
+    void AddThings()
+    {
+        AddRect(kGrey, {10, 10, 30, 20}, 0.0f, 1);
+        AddRect(Color(0.2f, 0.6f, 0.2f), {40, 10, 20, 30}, 6.0f, 2);
+    }
+
+    void UseAllStages()
+    {
+        EdgeLook look;
+        look.color = Color(1.0f, 0.0f, 0.0f);
+        renderer->SetEdges(look);
+        renderer->ShowAmbientOcclusion(true);
+        renderer->OverlayLines(true);
+    }
+
+    void DropStages()
+    {
+        renderer->SetEdges(std::nullopt);
+        renderer->ShowAmbientOcclusion(false);
+        renderer->OverlayLines(false);
+        renderer->ShowIdentifiers(false);
+    }
+
+    /// Each stage by itself, and all of them.
+    struct Stage
+    {
+        const char* label;
+        std::function<void(Host::PresentationRenderer&)> use;
+    };
+
+    static std::vector<Stage> Stages()
+    {
+        const auto edges = [](Identity identity) {
+            EdgeLook look;
+            look.identity = identity;
+            return look;
+        };
+        return {
+            {"edges of objects", [=](auto& of) { of.SetEdges(edges(Identity::Object)); }},
+            {"edges of groups", [=](auto& of) { of.SetEdges(edges(Identity::Group)); }},
+            {"occlusion", [](auto& of) { of.ShowAmbientOcclusion(true); }},
+            {"identifiers", [](auto& of) { of.ShowIdentifiers(true); }},
+            {"overlaid lines", [](auto& of) { of.OverlayLines(true); }},
+            {"all", [=](auto& of) {
+                 of.SetEdges(edges(Identity::Object));
+                 of.ShowAmbientOcclusion(true);
+                 of.OverlayLines(true);
+             }},
+        };
+    }
+
+    /// A rectangle of a layer at its units 10, 10, of the size 20, 10.
+    void AddSprite(Scene2D& layer)
+    {
+        sprites.push_back(std::make_unique<Sprite>(&layer, new Rect(&layer, 20.0f, 10.0f, false)));
+        sprites.back()->SetColor(Color(0.0f, 1.0f, 0.0f, 1.0f));
+        Transform place;
+        place.SetPosition(Vector(10.0f, 10.0f, 1.0f));
+        sprites.back()->GetNode()->SetLocal(place);
+    }
+
+    static PixelRect Covered(const Picture& picture, const Pixel& color)
+    {
+        int left = picture.GetWidth();
+        int bottom = picture.GetHeight();
+        int right = -1;
+        int top = -1;
+        for (int y = 0; y < picture.GetHeight(); ++y)
+        {
+            for (int x = 0; x < picture.GetWidth(); ++x)
+            {
+                if (picture.At(x, y) == color)
+                {
+                    left = std::min(left, x);
+                    right = std::max(right, x);
+                    bottom = std::min(bottom, y);
+                    top = std::max(top, y);
+                }
+            }
+        }
+        return {left, bottom, right - left + 1, top - bottom + 1};
+    }
+
+    static void ExpectRect(const PixelRect& actual, const PixelRect& expected)
+    {
+        EXPECT_EQ(actual.x, expected.x);
+        EXPECT_EQ(actual.y, expected.y);
+        EXPECT_EQ(actual.width, expected.width);
+        EXPECT_EQ(actual.height, expected.height);
+    }
+
+    std::vector<std::unique_ptr<Sprite>> sprites;
+};
+
+} // namespace
+
+TEST_F(PresentationSizes, LinesAreAsWideOnTheScreenHoweverFineThePictureIs)
+{
+    AddThings();
+    AddLine(Vector(5, 50, 1), Vector(90, 50, 1), Color(0, 1, 0), 2.0f);
+    AddLine(Vector(80, 5, 1), Vector(80, 45, 1), Color(0, 1, 0), 3.0f);
+    const Picture plain = Draw();
+    EXPECT_EQ(Covered(plain, Green).height, 52 - 5);
+    for (int y = 46; y < 54; ++y)
+    {
+        EXPECT_EQ(plain.At(40, y) == Green, y >= 48 && y < 52) << y;
+    }
+    ExpectSame(Draw(true), plain, "of a capture");
+    renderer->SetAAMode(AAModeSupersampling);
+    // All rims lie between pixels.
+    ExpectSame(Draw(true), plain, "of a finer capture");
+    renderer->SetDevicePixelRatio(4.0f);
+    SuspendAndResume();
+    ExpectSame(Draw(true), plain, "of a capture that is finer still");
+}
+
+TEST_F(PresentationSizes, LinesOfACapturedLayerAreAsWideTooAndTheNextFrameKnowsNothingOfIt)
+{
+    Scene2D& layer = *app.GetContext()->GetBackground2D();
+    auto* const style = new LineStyle("line of a layer");
+    style->color = Color(0, 1, 0);
+    style->secondColor = Color(0, 0, 0, 0);
+    style->antialias = false;
+    style->width = 2.0f;
+    ASSERT_TRUE(layer.AddLineStyle(style));
+    auto raw = std::make_shared<RawLine>();
+    raw->SetPositionBuffer({Vector(5, 40, 0), Vector(90, 40, 0)});
+    raw->SetIndices({0, 1});
+    auto* const line = new Line(raw, &layer);
+    style->AddLine(line);
+    auto* const node = new MeshNode(&layer);
+    layer.GetRoot()->AddChild(node, false);
+    line->AddNode(node);
+    const Picture plain = Draw();
+    EXPECT_EQ(plain.Count(Green), 85 * 4);
+    renderer->SetAAMode(AAModeSupersampling);
+    renderer->SetLayerRatio(1.0f);
+    ExpectSame(Draw(true), plain, "of a finer capture");
+    renderer->SetAAMode(AAModeNone);
+    ExpectSame(Draw(), plain, "without a capture again");
+}
+
+TEST_F(PresentationSizes, ALayerGrowsWithTheRatioUnlessItHasItsOwn)
+{
+    for (const bool background : {false, true})
+    {
+        sprites.clear();
+        AddSprite(background ? *app.GetContext()->GetBackground2D() : *app.GetContext()->GetForeground2D());
+        renderer->SetLayerRatio(std::nullopt);
+        renderer->SetAAMode(AAModeNone);
+        ExpectRect(Covered(Draw(true), Green), {10, 10, 20, 10});
+        renderer->SetAAMode(AAModeSupersampling);
+        ExpectRect(Covered(Draw(true), Green), {20, 20, 40, 20});
+        renderer->SetLayerRatio(1.0f);
+        ExpectRect(Covered(Draw(true), Green), {10, 10, 20, 10});
+        ExpectRect(Covered(Draw(false), Green), {10, 10, 20, 10});
+        EXPECT_EQ(renderer->GetDevicePixelRatio(), 2.0f) << "for all else it stays";
+        renderer->SetLayerRatio(0.5f);
+        ExpectRect(Covered(Draw(true), Green), {5, 5, 10, 5});
+    }
+}
+
+TEST_F(PresentationSizes, AViewThatIsResizedInBetweenIsDrawnAsANewOne)
+{
+    AddThings();
+    for (const Stage& stage : Stages())
+    {
+        UseFramebuffer(SmallWidth, SmallHeight);
+        FitCamera();
+        NewRenderer();
+        renderer->SetLook(Host::Look::Basic);
+        stage.use(*renderer);
+        const Picture first = Draw();
+        for (const auto& [width, height] : {std::pair(80, 80), std::pair(50, 40), std::pair(SmallWidth, SmallHeight)})
+        {
+            UseFramebuffer(width, height);
+            FitCamera();
+            renderer->Resize(width, height);
+            app.SetScreenSize(width, height);
+            const Picture resized = Draw();
+            EXPECT_EQ(GLState::Capture().at("viewport"), (std::vector<double>{0, 0, double(width), double(height)}));
+            SuspendAndResume();
+            ExpectSame(resized, Draw(), stage.label);
+            if (width == SmallWidth)
+            {
+                ExpectSame(resized, first, stage.label);
+            }
+        }
+        DropStages();
+    }
+}
+
+TEST_F(PresentationSizes, ACaptureThatKeepsItsSizeHasStagesOfThatSize)
+{
+    // All coordinates are even, so that half of the picture has whole pixels.
+    AddRect(kGrey, {10, 10, 30, 20}, 0.0f, 1);
+    AddRect(kGrey, {40, 10, 20, 30}, 6.0f, 2);
+    const Picture before = DrawIdentifiers(true);
+    EXPECT_EQ(before.At(20, 20), IdentifierOf(1));
+    // The lower left quarter of the framebuffer.
+    renderer->Resize(SmallWidth / 2, SmallHeight / 2);
+    app.SetScreenSize(SmallWidth / 2, SmallHeight / 2);
+    const Picture stretched = DrawIdentifiers(true);
+    ExpectNoGLError();
+    for (int y = 0; y < SmallHeight / 2; ++y)
+    {
+        for (int x = 0; x < SmallWidth / 2; ++x)
+        {
+            ASSERT_EQ(stretched.At(x, y), before.At(2 * x, 2 * y)) << x << ", " << y;
+        }
+    }
+    UseAllStages();
+    const Picture all = Draw(true);
+    ExpectNoGLError();
+    ExpectSame(Draw(true), all, "in the second frame");
+    app.ClearOffscreenBuffers(renderer.get());
+    const Picture fresh = Draw(true);
+    SuspendAndResume();
+    ExpectSame(Draw(true), fresh, "after a suspension");
+}
+
+TEST_F(PresentationSizes, BuffersAreMadeOnceASizeAndGoWithASuspensionAndWithTheRenderer)
+{
+    AddThings();
+    Draw();
+    const GLObjects plain = GLState::CaptureObjects();
+    const auto buffersOf = [](const GLObjects& objects) {
+        return objects.at("framebuffer").size() + objects.at("renderbuffer").size() + objects.at("texture").size();
+    };
+    for (const bool capture : {false, true})
+    {
+        for (const Stage& stage : Stages())
+        {
+            stage.use(*renderer);
+            Draw(capture);
+            const GLObjects used = GLState::CaptureObjects();
+            EXPECT_GT(buffersOf(used), buffersOf(plain)) << stage.label;
+            Draw(capture);
+            Draw(capture);
+            EXPECT_EQ(GLState::CaptureObjects(), used) << stage.label;
+            app.Suspend(renderer.get());
+            EXPECT_EQ(buffersOf(GLState::CaptureObjects()), buffersOf(plain)) << stage.label;
+            app.Resume(renderer.get());
+            DropStages();
+        }
+    }
+    UseAllStages();
+    Draw(true);
+    renderer.reset();
+    EXPECT_EQ(buffersOf(GLState::CaptureObjects()), buffersOf(plain)) << "the renderer is gone";
+    NewRenderer();
+}
+
+TEST_F(PresentationSizes, ADifferentSizeReplacesBuffersAndLeavesNone)
+{
+    AddThings();
+    UseAllStages();
+    Draw();
+    const auto count = [] {
+        std::size_t sum = 0;
+        for (const auto& [kind, names] : GLState::CaptureObjects())
+        {
+            sum += names.size();
+        }
+        return sum;
+    };
+    const std::size_t before = count();
+    for (const int width : {70, 80, 90, SmallWidth})
+    {
+        UseFramebuffer(width, SmallHeight);
+        renderer->Resize(width, SmallHeight);
+        app.SetScreenSize(width, SmallHeight);
+        Draw();
+        EXPECT_EQ(count(), before) << width;
+    }
+}
+
+TEST_F(PresentationSizes, OverDrawLeavesTheStagesOut)
+{
+    AddThings();
+    const auto overDraw = [this] {
+        const Color background(0.0f, 0.0f, 1.0f);
+        World().MarkDirty();
+        app.Update(0.0f);
+        renderer->BeginRender(false, background);
+        renderer->BeginOverDrawRender();
+        renderer->Render3D(&World(), &Camera());
+        renderer->EndRender();
+        return ReadPixels();
+    };
+    const Picture plain = overDraw();
+    EXPECT_EQ(plain.At(20, 20), Grey);
+    for (const Stage& stage : Stages())
+    {
+        stage.use(*renderer);
+        ExpectSame(overDraw(), plain, stage.label);
+        DropStages();
+    }
+    UseAllStages();
+    EXPECT_NE(Draw(), plain) << "the next frame has them again";
+}
+
+TEST_F(PresentationSizes, WhatTheHostSetStaysWhateverIsDrawn)
+{
+    AddThings();
+    for (const Stage& stage : Stages())
+    {
+        for (const bool dither : {true, false})
+        {
+            (dither ? glEnable : glDisable)(GL_DITHER);
+            glDepthRange(0.25, 0.75);
+            stage.use(*renderer);
+            Draw();
+            EXPECT_EQ(glIsEnabled(GL_DITHER) == GL_TRUE, dither) << stage.label;
+            GLfloat range[2] = {0.0f, 0.0f};
+            glGetFloatv(GL_DEPTH_RANGE, range);
+            EXPECT_EQ(range[0], 0.25f) << stage.label;
+            EXPECT_EQ(range[1], 0.75f) << stage.label;
+            GLfloat color[4] = {};
+            glGetFloatv(GL_COLOR_CLEAR_VALUE, color);
+            EXPECT_EQ(std::vector<float>(color, color + 4), (std::vector<float>{0, 0, 1, 1})) << stage.label;
+            const GLStateValues state = GLState::Capture();
+            EXPECT_EQ(state.at("viewport"), (std::vector<double>{0, 0, SmallWidth, SmallHeight})) << stage.label;
+            EXPECT_EQ(state.at("blend equation"), (std::vector<double>{GL_FUNC_ADD})) << stage.label;
+            EXPECT_EQ(state.at("colour mask"), (std::vector<double>{1, 1, 1, 1})) << stage.label;
+            EXPECT_EQ(state.at("depth mask"), (std::vector<double>{1})) << stage.label;
+            for (const char* unit : {"texture of unit 0", "texture of unit 1", "texture of unit 2"})
+            {
+                EXPECT_EQ(state.at(unit), (std::vector<double>{0})) << stage.label;
+            }
+            EXPECT_EQ(glIsEnabled(GL_SAMPLE_SHADING), GL_FALSE) << stage.label;
+            DropStages();
+        }
+    }
+    glDepthRange(0.0, 1.0);
+    glEnable(GL_DITHER);
+}
+
+TEST_F(PresentationSizes, BeyondTheLargestTextureTheStagesAreLeftOut)
+{
+    AddThings();
+    GLint limit = 0;
+    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &limit);
+    // The framebuffer holds the lower left corner of the view.
+    renderer->Resize(limit + 1, SmallHeight);
+    app.SetScreenSize(limit + 1, SmallHeight);
+    const Picture plain = Draw();
+    EXPECT_NE(plain.Count(Ground), 0);
+    const GLObjects objects = GLState::CaptureObjects();
+    const GLStateValues state = GLState::Capture();
+    for (const Stage& stage : Stages())
+    {
+        stage.use(*renderer);
+        ExpectSame(Draw(), plain, stage.label);
+        ExpectNoGLError();
+        EXPECT_EQ(GLState::Capture(), state) << stage.label;
+        DropStages();
+    }
+    for (const char* kind : {"framebuffer", "renderbuffer", "texture"})
+    {
+        EXPECT_EQ(GLState::CaptureObjects().at(kind), objects.at(kind)) << kind;
+    }
+    renderer->Resize(SmallWidth, SmallHeight);
+    app.SetScreenSize(SmallWidth, SmallHeight);
+    const Picture small = Draw();
+    UseAllStages();
+    EXPECT_NE(Draw(), small) << "in a size that GL can";
+}
+
+TEST_F(PresentationSizes, WhereGLRefusesBuffersTheStagesAreLeftOut)
+{
+    AddThings();
+    const Picture plain = Draw();
+    const GLObjects objects = GLState::CaptureObjects();
+    for (const Stage& stage : Stages())
+    {
+        const GLStateValues state = GLState::Capture();
+        stage.use(*renderer);
+        {
+            const RefusedFramebuffers refused;
+            testing::internal::CaptureStderr();
+            ExpectSame(Draw(), plain, stage.label);
+            ExpectSame(Draw(), plain, stage.label);
+            const std::string errors = testing::internal::GetCapturedStderr();
+            EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 1) << "not tried again: " << errors;
+        }
+        ExpectNoGLError();
+        EXPECT_EQ(GLState::Capture(), state) << stage.label;
+        for (const char* kind : {"framebuffer", "renderbuffer", "texture"})
+        {
+            EXPECT_EQ(GLState::CaptureObjects().at(kind), objects.at(kind)) << kind << ", " << stage.label;
+        }
+        ExpectSame(Draw(), plain, "also when it would not refuse any more");
+        SuspendAndResume();
+        EXPECT_TRUE(std::string(stage.label) == "overlaid lines" || Draw() != plain) << stage.label;
+        DropStages();
+        SuspendAndResume();
+        Draw();
+    }
+}
+
+TEST_F(PresentationSizes, WhereFinerIdentifiersAreTooLargeEdgesComeFromOthers)
+{
+    GLint limit = 0;
+    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &limit);
+    AddRect(kGrey, {10, 10, 30, 20}, 0.0f, 1);
+    UseFramebuffer(SmallWidth, 4, 4);
+    const int width = limit / 2 + 1;
+    const auto resize = [this](int to) {
+        renderer->Resize(to, 4);
+        app.SetScreenSize(to, 4);
+    };
+    CameraNode& camera = Camera();
+    camera.SetDistanceToTarget(2.0f);
+    const auto lookAt = [&](int of) {
+        Transform place;
+        place.SetPosition(Vector(static_cast<float>(of) / 2.0f, 28.0f, 100.0f));
+        camera.SetLocal(place);
+    };
+    resize(width);
+    lookAt(width);
+    const Picture plain = Draw();
+    EXPECT_EQ(plain.At(20, 2), Grey);
+    EdgeLook look;
+    look.weight = 1.0f;
+    look.color = Color(1.0f, 0.0f, 0.0f);
+    renderer->SetEdges(look);
+    const Picture edges = Draw();
+    ExpectNoGLError();
+    EXPECT_NE(edges.At(39, 2), plain.At(39, 2)) << "a line at the right rim";
+    const GLObjects objects = GLState::CaptureObjects();
+    ExpectSame(Draw(), edges, "in the second frame");
+    EXPECT_EQ(GLState::CaptureObjects(), objects) << "not tried in every frame";
+
+    // A smaller view has finer ones again.
+    const auto widestTexture = [] {
+        const GLObjects now = GLState::CaptureObjects();
+        GLint widest = 0;
+        for (const unsigned int name : now.at("texture"))
+        {
+            GLint found = 0;
+            glBindTexture(GL_TEXTURE_2D, name);
+            glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_WIDTH, &found);
+            widest = std::max(widest, found);
+        }
+        glBindTexture(GL_TEXTURE_2D, 0);
+        return widest;
+    };
+    EXPECT_EQ(widestTexture(), width);
+    resize(SmallWidth);
+    lookAt(SmallWidth);
+    Draw();
+    EXPECT_EQ(widestTexture(), 2 * SmallWidth);
+}
+
+} // namespace OV::Test
