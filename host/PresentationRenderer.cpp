@@ -12,6 +12,7 @@
 #include "orvane/effects/SSAOEffectES20.h"
 #include "orvane/effects/SolidLineEffectES20.h"
 #include "orvane/imaging/TextureLoader.h"
+#include "orvane/math/Transform.h"
 #include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshES20.h"
@@ -22,8 +23,11 @@
 #include "orvane/scene/Scene.h"
 
 #include <GL/gl.h>
+#include <glm/geometric.hpp>
+#include <glm/vec3.hpp>
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 
 namespace OV::Host
@@ -45,6 +49,31 @@ constexpr NamedLook kLooks[] = {
 
 /// The attribute that the look reads colours from.
 constexpr GLuint kColorAttribute = 2;
+
+/// Whether there are cuts that gain by shading each sample.
+bool SmoothsCuts(const CameraNode& camera)
+{
+    const std::vector<glm::vec3>& normals = EffectES20::GetClipPlaneNormals();
+    if (normals.empty() || camera.GetProjection() != CameraNode::Perspective
+        || Detail::SampleShadingScope::IsExactInPerspective())
+    {
+        return !normals.empty();
+    }
+    const Vector place = camera.GetGlobal().GetPosition();
+    const glm::vec3 eye(place.x, place.y, place.z);
+    for (std::size_t i = 0; i < normals.size(); ++i)
+    {
+        // What is off grows with the distance of the plane from the origin, against that from the
+        // eye. Up to here it is a pixel or two, and better than dots beside the cut.
+        constexpr float most = 4.0f;
+        const glm::vec3& position = EffectES20::GetClipPlanePositions()[i];
+        if (std::abs(glm::dot(normals[i], position)) > most * std::abs(glm::dot(normals[i], eye - position)))
+        {
+            return false;
+        }
+    }
+    return true;
+}
 
 } // namespace
 
@@ -176,7 +205,7 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
 
 void PresentationRenderer::DrawLook(CameraNodeES20* cameraData)
 {
-    const Detail::SampleShadingScope sampleShading(!EffectES20::GetClipPlaneNormals().empty());
+    const Detail::SampleShadingScope sampleShading(SmoothsCuts(*cameraData->GetCameraNode()));
     const Detail::ConstantColorScope plainColors(kColorAttribute, m_look == Look::VertexColor);
     if (m_surfacesShown)
     {

@@ -31,6 +31,9 @@ using Point = Detail::PlaneSection::Point;
 /// So many corners have 16-bit indices, in whole triangles.
 constexpr std::size_t kMostCorners = 65535;
 
+/// Of the largest coordinate: what a shader may be off that computes in single precision.
+constexpr double kRounding = 1e-6;
+
 /// What closes of the meshes of a node, in the node's own space. Nodes with the same meshes share
 /// it.
 struct Shells
@@ -100,6 +103,25 @@ Point ToPoint(const Vector& v)
 Vector ToVector(const Point& point)
 {
     return Vector(static_cast<float>(point[0]), static_cast<float>(point[1]), static_cast<float>(point[2]));
+}
+
+/// The largest coordinate of the shells in world space.
+double ReachOf(const Shells& shells, const Transform& toWorld)
+{
+    double reach = 0.0;
+    for (const Vector& point : shells.points)
+    {
+        for (const double place : Times(toWorld.GetTransf3d(), ToPoint(point)))
+        {
+            reach = std::max(reach, std::abs(place));
+        }
+    }
+    return reach;
+}
+
+Point Lowered(const Point& position, const Point& normal, double by)
+{
+    return {position[0] - normal[0] * by, position[1] - normal[1] * by, position[2] - normal[2] * by};
 }
 
 /// The corners of the faces, in world space and clockwise from the side that is cut away.
@@ -246,15 +268,12 @@ std::size_t SectionFill::AddTo(Scene& scene, const std::vector<SectionPlane>& pl
         }
         const Shells& shells = ShellsOf(*node, known);
         const bool isMirror = node->IsGlobalMirror();
+        const double reach = ReachOf(shells, node->GetGlobal());
         std::vector<Point> corners;
         for (const SectionPlane& plane : planes)
         {
             const Point normal = ToPoint(plane.normal);
-            Point position = ToPoint(plane.position);
-            for (std::size_t i = 0; i < 3; ++i)
-            {
-                position[i] -= normal[i] * inset;
-            }
+            const Point position = Lowered(ToPoint(plane.position), normal, inset + kRounding * reach);
             const std::vector<Point> more = Cut(shells, node->GetGlobal(), isMirror, normal, position);
             corners.insert(corners.end(), more.begin(), more.end());
             count += more.empty() ? 0 : 1;

@@ -37,8 +37,8 @@ public:
     /// the effects; where an effect has none it shows the colour, at its vertices and in its
     /// material. Call it when the scene stands as it shall be cut, with its graph up to date and
     /// before FeatureEdges.
-    /// @param inset how deep below its plane a face lies, so that the plane leaves it: more than
-    ///        rounding takes, and more than the outline of a cut where that shall show.
+    /// @param inset how deep below its plane a face lies, besides what rounding takes: more than
+    ///        the outline of a cut where that shall show.
     /// @return the number of nodes that got faces, counted for each plane.
     static std::size_t AddTo(Scene& scene, const std::vector<SectionPlane>& planes, float inset, const Color& color);
 

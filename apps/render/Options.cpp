@@ -24,6 +24,8 @@ namespace
 constexpr int MostSamples = 64;
 constexpr int MostFrames = 1000000;
 constexpr std::size_t MostClips = 6;
+/// Pixels of an edge that every GL can draw twice of.
+constexpr int LargestSupersampled = 4096;
 constexpr float WidestLine = 100.0f;
 
 /// The values as they were typed, where CLI11 has no type for them.
@@ -34,7 +36,7 @@ struct Texts
     std::string eye;
     std::string target;
     std::string up;
-    std::string antialiasing = "msaa";
+    std::string antialiasing;
     std::string background = "FFFFFF";
     std::string fog;
     std::optional<float> edges;
@@ -181,7 +183,8 @@ void DefinePictureOptions(CLI::App& app, Options& options, Texts& texts)
         ->option_text("WxH")->group(group);
     app.add_option("--aa", texts.antialiasing, "How rims are smoothed: none, msaa (several samples a\n"
                                                "pixel), fxaa (a filter over the picture) or ssaa (drawn\n"
-                                               "in twice the size); msaa if left out")
+                                               "in twice the size); if left out msaa, or ssaa with\n"
+                                               "--clip up to 4096x4096")
         ->option_text("NAME")->group(group);
     app.add_option("--samples", options.samples, "Samples a pixel of msaa, 0 for hard edges; if left out 4,\n"
                                                  "or 0 above 16 megapixels and where GL has none")
@@ -331,18 +334,26 @@ void CheckRanges(const Options& options)
     }
 }
 
+/// It is the shader that cuts, which the samples of msaa do not smooth.
+std::string UsualAntialiasing(const Texts& texts, const Options& options)
+{
+    const bool isSmall = std::max(options.width, options.height) <= LargestSupersampled;
+    return !texts.clips.empty() && isSmall && !options.samples ? "ssaa" : "msaa";
+}
+
 void InterpretAntialiasing(const Texts& texts, Options& options)
 {
+    const std::string name = texts.antialiasing.empty() ? UsualAntialiasing(texts, options) : texts.antialiasing;
     const auto found = std::find_if(std::begin(kAntialiasing), std::end(kAntialiasing),
-                                    [&](const NamedAntialiasing& named) { return named.name == texts.antialiasing; });
+                                    [&](const NamedAntialiasing& named) { return named.name == name; });
     if (found == std::end(kAntialiasing))
     {
-        throw Bad("--aa", texts.antialiasing, "one of none, msaa, fxaa, ssaa");
+        throw Bad("--aa", name, "one of none, msaa, fxaa, ssaa");
     }
     options.antialiasing = found->antialiasing;
     if (options.samples && options.antialiasing != Antialiasing::Multisampling)
     {
-        throw CLI::ValidationError("--samples", "only msaa has samples; leave it out or --aa " + texts.antialiasing);
+        throw CLI::ValidationError("--samples", "only msaa has samples; leave it out or --aa " + name);
     }
 }
 

@@ -20,8 +20,9 @@ namespace
 
 constexpr float UsualOutlineShare = 1.0f / 500.0f;
 
-/// Of the model: how deep below a cut its section lies, for rounding to leave it.
-constexpr float SectionInsetShare = 1e-5f;
+/// Of the model: how deep below a cut its section lies at least. A driver that shades samples may
+/// look a little beside them.
+constexpr float SectionInsetShare = 2e-4f;
 
 /// What a face in the dark keeps of its colour in the looks that shade every pixel. They take the
 /// luminance of the ambient colour for it, where the basic look adds the colour itself.
@@ -107,7 +108,7 @@ void ApplyClipping(const SurfaceLook& look, Scene& scene, float extent)
     if (look.poche)
     {
         // Below the outline, which is a band along the cut.
-        Host::SectionFill::AddTo(scene, planes, 1.001f * outline + SectionInsetShare * extent, *look.poche);
+        Host::SectionFill::AddTo(scene, planes, 1.25f * outline + SectionInsetShare * extent, *look.poche);
     }
 }
 

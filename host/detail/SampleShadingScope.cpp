@@ -34,4 +34,10 @@ bool SampleShadingScope::IsSupported()
     return names && std::strstr(names, "GL_ARB_sample_shading");
 }
 
+bool SampleShadingScope::IsExactInPerspective()
+{
+    const auto* const renderer = reinterpret_cast<const char*>(glGetString(GL_RENDERER));
+    return renderer && !std::strstr(renderer, "llvmpipe");
+}
+
 } // namespace OV::Host::Detail

@@ -17,6 +17,13 @@ public:
     /// Whether the current GL can. GL.
     static bool IsSupported();
 
+    /// Whether it gives a sample its own place in perspective too. GL.
+    ///
+    /// Mesa's llvmpipe (22.3) divides what it interpolates at a sample by the depth at the middle of
+    /// the pixel: positions scale about the origin by what the depth changes in half a pixel, so
+    /// that a model a kilometre away from it is cut metres off.
+    static bool IsExactInPerspective();
+
 private:
     bool m_on;
 };

@@ -286,7 +286,7 @@ TEST(SectionFill, FacesLieBelowThePlaneAndShowTheirBacks)
     EXPECT_NEAR(AreaFromZ(faces), -4.0, 1e-5);
     for (const Point& corner : faces)
     {
-        EXPECT_NEAR(corner[2], 0.125, 1e-6);
+        EXPECT_NEAR(corner[2], 0.125, 1e-5);
     }
     const Material* const material = filled.node->GetMeshes().back()->GetMaterial();
     EXPECT_EQ(material->GetFlags(), static_cast<unsigned>(MaterialFlagUnlit | MaterialFlagNoCull));
@@ -310,7 +310,7 @@ TEST(SectionFill, FollowsTheNodeAndKeepsItsFacingWhenMirrored)
         double farthest = 0.0;
         for (const Point& corner : faces)
         {
-            EXPECT_NEAR(corner[2], 0.125, 1e-5);
+            EXPECT_NEAR(corner[2], 0.125, 1e-4);
             farthest = std::max(farthest, std::abs(corner[0] - 10.0));
         }
         EXPECT_NEAR(farthest, 2.0, 1e-5);
@@ -329,7 +329,7 @@ TEST(SectionFill, NodesWithTheSameMeshHaveEachTheirOwn)
     EXPECT_EQ(filled.Fill(), 2u);
     EXPECT_EQ(filled.node->GetMeshes().size(), 2u);
     EXPECT_EQ(second->GetMeshes().size(), 2u);
-    EXPECT_NEAR(second->GetMeshes().back()->GetPositionBuffer().front().z, -0.375f, 1e-6);
+    EXPECT_NEAR(second->GetMeshes().back()->GetPositionBuffer().front().z, -0.375f, 1e-5);
 }
 
 TEST(SectionFill, EachPlaneHasItsSection)

@@ -293,4 +293,17 @@ TEST_F(RenderSection, WhatIsNotCutHasNoFillOnItsBacks)
     EXPECT_EQ(picture.At(62, 50), (Pixel{255, 255, 255, 255}));
 }
 
+TEST_F(RenderSection, SamplesOfAPixelAreCutAlikeFarFromTheOrigin)
+{
+    const std::string model = WriteObj("far.obj", Boxes().Add("box", {998, -2, -2}, {1002, 2, 2}).Text());
+    const Cut cut{"", {1, 0, 0}, {1001, 0, 0}, {1009, 5, 6}, {0, 1, 0}, false};
+    for (const char* look : Filling)
+    {
+        const Agreement agreement = Look(model, cut, {"--look", look, "--samples", "4"});
+        EXPECT_GT(agreement.inside, 50000) << look;
+        EXPECT_EQ(agreement.open, 0) << look << ", " << agreement.firstOpen;
+        EXPECT_EQ(agreement.overfilled, 0) << look;
+    }
+}
+
 } // namespace OV::Test
