@@ -205,7 +205,8 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
 
 void PresentationRenderer::DrawLook(CameraNodeES20* cameraData)
 {
-    const Detail::SampleShadingScope sampleShading(SmoothsCuts(*cameraData->GetCameraNode()));
+    const Detail::SampleShadingScope sampleShading(SmoothsCuts(*cameraData->GetCameraNode())
+                                                   && Detail::SampleShadingScope::IsOfUse());
     const Detail::ConstantColorScope plainColors(kColorAttribute, m_look == Look::VertexColor);
     if (m_surfacesShown)
     {

@@ -4,6 +4,7 @@
 #include "orvane/math/Color.h"
 #include "orvane/scene/Node.h"
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -157,6 +158,13 @@ private:
         bool operator!=(const Size& other) const { return width != other.width || height != other.height; }
     };
 
+    /// What a frame is drawn into, as it was found.
+    struct Screen
+    {
+        unsigned int framebuffer = 0;
+        bool multisampled = false;
+    };
+
     RenderPass PassOfLook() const;
     void PrepareLook();
     void PrepareHatches();
@@ -182,7 +190,7 @@ private:
     void DrawInto(Detail::ScreenBuffer& buffer, unsigned int clearMask, CameraNodeES20* cameraData);
     void PrepareLines(bool hasIdentifiers);
     void ReleaseLines();
-    static void ReleaseTextures();
+    void ReleaseTextures();
     void DrawOcclusion(CameraNode& camera);
     void DrawEdges();
     bool PrepareScreenMesh();
@@ -195,6 +203,9 @@ private:
     bool m_identifiersShown = false;
     bool m_occlusionShown = false;
     bool m_capturing = false; ///< from BeginCapture to ApplyCapture, where there are buffers
+    bool m_shadesSamples = false; ///< edges of this frame do, for finer identifiers
+    Screen m_screen; ///< of this frame, where it has stages
+    std::array<bool, 3> m_usedUnits = {}; ///< that hold textures of the stages
     Size m_refusedFiner = {0, 0}; ///< that GL could not make finer identifiers for
     std::optional<EdgeLook> m_edges;
     std::optional<float> m_layerRatio;

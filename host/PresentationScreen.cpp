@@ -65,11 +65,11 @@ private:
     float m_far = 1.0f;
 };
 
-bool IsMultisampled()
+GLint Query(GLenum name)
 {
-    GLint buffers = 0;
-    glGetIntegerv(GL_SAMPLE_BUFFERS, &buffers);
-    return buffers != 0;
+    GLint value = 0;
+    glGetIntegerv(name, &value);
+    return value;
 }
 
 /// What surfaces are drawn with, where none is blended.
@@ -97,7 +97,7 @@ Detail::ScreenBuffer& MadeOnce(std::unique_ptr<Detail::ScreenBuffer>& buffer, eR
 }
 
 /// What drawing over the screen changes, for the length of a scope: from the state that the
-/// passes over a scene leave to the same. The alpha of the picture stays: who lays it over
+/// passes over a scene leave to the same, without blending. The alpha of the picture stays: who lays it over
 /// something else wants what is drawn over it as opaque as what it is on.
 class OverScreenScope
 {
@@ -105,18 +105,13 @@ public:
     OverScreenScope()
     {
         glDisable(GL_CULL_FACE);
-        glDisable(GL_DEPTH_TEST);
         glDisable(GL_BLEND);
-        glDepthMask(GL_FALSE);
         glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_FALSE);
     }
 
     ~OverScreenScope()
     {
         glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
-        glDepthMask(GL_TRUE);
-        glDisable(GL_BLEND);
-        glEnable(GL_DEPTH_TEST);
         glEnable(GL_CULL_FACE);
     }
 
@@ -125,7 +120,8 @@ public:
 };
 
 /// Lets only what has something of the scene in it be drawn over, sample by sample, for the
-/// length of a scope. A background, which lies at the far plane, keeps its colour.
+/// length of a scope. A background, which lies at the far plane, keeps its colour. The depth test
+/// is on, as the passes over a scene leave it.
 class OverSceneScope
 {
 public:
@@ -133,7 +129,7 @@ public:
     {
         glGetIntegerv(GL_DEPTH_FUNC, &m_function);
         glGetFloatv(GL_DEPTH_RANGE, m_range);
-        glEnable(GL_DEPTH_TEST);
+        glDepthMask(GL_FALSE);
         glDepthFunc(GL_GREATER);
         glDepthRange(1.0, 1.0);
     }
@@ -142,6 +138,7 @@ public:
     {
         glDepthRange(static_cast<GLclampd>(m_range[0]), static_cast<GLclampd>(m_range[1]));
         glDepthFunc(static_cast<GLenum>(m_function));
+        glDepthMask(GL_TRUE);
     }
 
     OverSceneScope(const OverSceneScope&) = delete;
@@ -351,6 +348,8 @@ bool PresentationRenderer::DrawOffscreen(CameraNode& camera, CameraNodeES20* cam
     }
     // Of points the shader of identifiers knows no size.
     ListSurfaces(false);
+    m_screen.framebuffer = static_cast<unsigned int>(Query(GL_FRAMEBUFFER_BINDING));
+    m_screen.multisampled = Query(GL_SAMPLE_BUFFERS) != 0;
     const bool dithered = glIsEnabled(GL_DITHER);
     PrepareSurfaces();
     glClearColor(0.0f, 0.0f, 0.0f, 0.0f);
@@ -374,7 +373,7 @@ bool PresentationRenderer::DrawIdentifiers(CameraNodeES20* cameraData, Identity 
 {
     const Size target = TargetSize();
     // Samples of a pixel that look up four of these give edges as smooth as the surfaces.
-    bool finer = m_edges && target != m_refusedFiner && IsMultisampled() && Detail::SampleShadingScope::IsSupported();
+    bool finer = m_edges && target != m_refusedFiner && m_screen.multisampled && Detail::SampleShadingScope::IsSupported();
     Detail::ScreenBuffer& buffer = IdentifiersOf(identity);
     if (finer && !buffer.Resize(2 * target.width, 2 * target.height))
     {
@@ -385,6 +384,7 @@ bool PresentationRenderer::DrawIdentifiers(CameraNodeES20* cameraData, Identity 
     {
         return false;
     }
+    m_shadesSamples = finer && Detail::SampleShadingScope::IsOfUse();
     m_identifierEffect->SetIdMode(identity == Identity::Group ? 1 : 0);
     const Detail::ConstantColorScope plain(kIdentifierAttribute, identity == Identity::Object);
     DrawInto(buffer, GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT, cameraData);
@@ -432,6 +432,7 @@ void PresentationRenderer::PrepareLines(bool hasIdentifiers)
         m_lineEffect->SetIdTexture(IdentifiersOf(Identity::Object).GetTarget().GetColorTexture());
         m_lineEffect->SetGroupTexture(IdentifiersOf(Identity::Group).GetTarget().GetColorTexture());
         m_lineEffect->SetDepthTexture(IdentifiersOf(Identity::Object).GetTarget().GetDepthTexture());
+        m_usedUnits = {true, true, true};
     }
 }
 
@@ -448,10 +449,18 @@ void PresentationRenderer::ReleaseLines()
 
 void PresentationRenderer::ReleaseTextures()
 {
-    for (const GLenum unit : {GL_TEXTURE2, GL_TEXTURE1, GL_TEXTURE0})
+    // The first unit comes last and stays active.
+    for (const unsigned int unit : {2u, 1u, 0u})
     {
-        glActiveTexture(unit);
-        glBindTexture(GL_TEXTURE_2D, 0);
+        if (m_usedUnits[unit] || unit == 0)
+        {
+            glActiveTexture(GL_TEXTURE0 + unit);
+        }
+        if (m_usedUnits[unit])
+        {
+            glBindTexture(GL_TEXTURE_2D, 0);
+            m_usedUnits[unit] = false;
+        }
     }
 }
 
@@ -474,8 +483,7 @@ void PresentationRenderer::DrawOcclusion(CameraNode& camera)
     {
         return;
     }
-    picture.CopyBound(IsMultisampled());
-    glViewport(0, 0, target.width, target.height);
+    picture.CopyFrom(m_screen.framebuffer, m_screen.multisampled);
     float nearDistance = 0.0f;
     float farDistance = 0.0f;
     {
@@ -490,6 +498,7 @@ void PresentationRenderer::DrawOcclusion(CameraNode& camera)
     const OverScreenScope overScreen;
     const OverSceneScope overScene;
     DrawOverScreen(*m_occlusionEffect);
+    m_usedUnits = {true, true, m_usedUnits[2]};
 }
 
 void PresentationRenderer::DrawEdges()
@@ -508,10 +517,15 @@ void PresentationRenderer::DrawEdges()
     m_edgeEffect->SetDimensions(width, height);
     m_edgeEffect->SetIdTexture(static_cast<int>(IdentifiersOf(look.identity).GetTarget().GetColorTexture()));
     const OverScreenScope overScreen;
-    const Detail::SampleShadingScope smooth(IsMultisampled());
+    const Detail::SampleShadingScope smooth(m_shadesSamples);
+    glDisable(GL_DEPTH_TEST);
     glEnable(GL_BLEND);
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
     DrawOverScreen(*m_edgeEffect);
+    glDisable(GL_BLEND);
+    glEnable(GL_DEPTH_TEST);
+    // It reads the identifiers alone.
+    m_usedUnits = {false, false, true};
 }
 
 } // namespace OV::Host

@@ -10,7 +10,7 @@
 namespace OV::Host::Detail
 {
 
-SampleShadingScope::SampleShadingScope(bool wanted) : m_on(wanted && IsSupported() && !glIsEnabled(GL_SAMPLE_SHADING))
+SampleShadingScope::SampleShadingScope(bool wanted) : m_on(wanted)
 {
     if (m_on)
     {
@@ -32,6 +32,11 @@ bool SampleShadingScope::IsSupported()
 {
     const auto* const names = reinterpret_cast<const char*>(glGetString(GL_EXTENSIONS));
     return names && std::strstr(names, "GL_ARB_sample_shading");
+}
+
+bool SampleShadingScope::IsOfUse()
+{
+    return IsSupported() && !glIsEnabled(GL_SAMPLE_SHADING);
 }
 
 bool SampleShadingScope::IsExactInPerspective()

@@ -3,11 +3,12 @@
 namespace OV::Host::Detail
 {
 
-/// Shades every sample of a multisampled picture for the length of a scope, where GL can.
+/// Shades every sample of a multisampled picture for the length of a scope.
 class SampleShadingScope
 {
 public:
     /// GL.
+    /// @param wanted only where it is of use.
     explicit SampleShadingScope(bool wanted);
     ~SampleShadingScope();
 
@@ -16,6 +17,9 @@ public:
 
     /// Whether the current GL can. GL.
     static bool IsSupported();
+
+    /// Whether the current GL can and does not do so already, in which case it stays on. GL.
+    static bool IsOfUse();
 
     /// Whether it gives a sample its own place in perspective too. GL.
     ///

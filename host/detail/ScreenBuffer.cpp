@@ -79,21 +79,18 @@ void ScreenBuffer::SmoothDepth()
     glBindTexture(GL_TEXTURE_2D, 0);
 }
 
-void ScreenBuffer::CopyBound(bool multisampled)
+void ScreenBuffer::CopyFrom(unsigned int framebuffer, bool multisampled)
 {
     if (!multisampled)
     {
         glBindTexture(GL_TEXTURE_2D, m_target.GetColorTexture());
         glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 0, 0, m_width, m_height);
-        glBindTexture(GL_TEXTURE_2D, 0);
         return;
     }
     // Only a blit resolves samples.
-    const GLint source = Query(GL_FRAMEBUFFER_BINDING);
-    m_target.ResumeCapture();
-    glBindFramebuffer(GL_READ_FRAMEBUFFER, static_cast<GLuint>(source));
+    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, m_target.GetFramebuffer());
     glBlitFramebuffer(0, 0, m_width, m_height, 0, 0, m_width, m_height, GL_COLOR_BUFFER_BIT, GL_NEAREST);
-    m_target.EndCapture();
+    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, framebuffer);
 }
 
 } // namespace OV::Host::Detail

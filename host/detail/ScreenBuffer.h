@@ -24,8 +24,9 @@ public:
     ///         again in this size.
     bool Resize(int width, int height);
 
-    /// Copies the colours of what is bound, samples resolved, from its lower left corner. GL.
-    void CopyBound(bool multisampled);
+    /// Copies the colours of a framebuffer, samples resolved, from its lower left corner. GL.
+    /// @param framebuffer that is bound, for drawing and for reading.
+    void CopyFrom(unsigned int framebuffer, bool multisampled);
 
     /// Lets depths be looked up between the middles of pixels, in the buffers of this size. GL.
     void SmoothDepth();
@@ -33,7 +34,15 @@ public:
     RenderTarget& GetTarget() { return m_target; }
 
 private:
-    RenderTarget m_target;
+    class Target : public RenderTarget
+    {
+    public:
+        using RenderTarget::RenderTarget;
+
+        unsigned int GetFramebuffer() const { return framebuffer; }
+    };
+
+    Target m_target;
     int m_width = 0;
     int m_height = 0;
     bool m_usable = false;

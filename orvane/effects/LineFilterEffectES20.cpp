@@ -17,6 +17,23 @@ constexpr IndexedName kAttributes[] = {
     {1, "a_texture"},
 };
 
+// The program lacks what the shader declares and does not read.
+void SetAt(int location, float value)
+{
+    if (location >= 0)
+    {
+        glUniform1f(location, value);
+    }
+}
+
+void SetAt(int location, int value)
+{
+    if (location >= 0)
+    {
+        glUniform1i(location, value);
+    }
+}
+
 } // namespace
 
 LineFilterEffectES20::LineFilterEffectES20(EffectCache* cache) : MaterialEffectES20(cache)
@@ -74,17 +91,17 @@ void LineFilterEffectES20::ReleaseMeshAttributes(MeshES20*)
 
 void LineFilterEffectES20::BindMeshUniforms(MeshNode*)
 {
-    glUniform1f(m_widthLocation, static_cast<float>(textureWidth));
-    glUniform1f(m_heightLocation, static_cast<float>(textureHeight));
-    glUniform1i(m_depthTextureLocation, 0);
-    glUniform1i(m_renderedTextureLocation, 1);
-    glUniform1i(m_idTextureLocation, 2);
-    glUniform1i(m_overlayOnlyLocation, overlayOnly ? 1 : 0);
-    glUniform1f(m_edgeWeightLocation, edgeWeight);
-    glUniform1i(m_showIdsLocation, showIds ? 1 : 0);
-    glUniform1i(m_showDebugLocation, showDebug ? 1 : 0);
-    glUniform1f(m_zNearLocation, zNear);
-    glUniform1f(m_zFarLocation, zFar);
+    SetAt(m_widthLocation, static_cast<float>(textureWidth));
+    SetAt(m_heightLocation, static_cast<float>(textureHeight));
+    SetAt(m_depthTextureLocation, 0);
+    SetAt(m_renderedTextureLocation, 1);
+    SetAt(m_idTextureLocation, 2);
+    SetAt(m_overlayOnlyLocation, overlayOnly ? 1 : 0);
+    SetAt(m_edgeWeightLocation, edgeWeight);
+    SetAt(m_showIdsLocation, showIds ? 1 : 0);
+    SetAt(m_showDebugLocation, showDebug ? 1 : 0);
+    SetAt(m_zNearLocation, zNear);
+    SetAt(m_zFarLocation, zFar);
     glUniform4f(m_edgeColorLocation, edgeColor.r, edgeColor.g, edgeColor.b, edgeColor.a);
 }
 

@@ -1,3 +1,4 @@
+#include "orvane/effects/EffectES20.h"
 #include "orvane/math/Transform.h"
 #include "orvane/overlay/Rect.h"
 #include "orvane/overlay/Scene2D.h"
@@ -397,6 +398,20 @@ TEST_F(PresentationSizes, WhatTheHostSetStaysWhateverIsDrawn)
     }
     glDepthRange(0.0, 1.0);
     glEnable(GL_DITHER);
+}
+
+TEST_F(PresentationSizes, SampleShadingOfTheHostStaysOnAndNoneStaysOff)
+{
+    UseFramebuffer(SmallWidth, SmallHeight, 4);
+    AddThings();
+    EffectES20::AddClipPlane(glm::vec3(1, 0, 0), glm::vec3(45, 0, 0));
+    UseAllStages();
+    for (const bool on : {true, false})
+    {
+        (on ? glEnable : glDisable)(GL_SAMPLE_SHADING);
+        Draw();
+        EXPECT_EQ(glIsEnabled(GL_SAMPLE_SHADING) == GL_TRUE, on);
+    }
 }
 
 TEST_F(PresentationSizes, BeyondTheLargestTextureTheStagesAreLeftOut)

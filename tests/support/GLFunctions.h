@@ -130,6 +130,7 @@
     X(IsRenderbuffer)             \
     X(IsShader)                   \
     X(LinkProgram)                \
+    X(MinSampleShading)           \
     X(RenderbufferStorage)        \
     X(RenderbufferStorageMultisample) \
     X(SampleCoverage)             \
