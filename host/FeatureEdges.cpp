@@ -25,9 +25,13 @@ constexpr std::size_t kMostSegments = 65536 / 4 / 2;
 /// Units of depth that faces are moved besides: what the rounding of a depth may differ by.
 constexpr float kDepthUnits = 4.0f;
 
-/// To make more room, in pixels, would let lines through that lie close behind a face, rafters
-/// below a roof for instance. Lines that are wider are narrowed in inner corners.
-constexpr float kMostReach = 1.0f;
+/// The room that the axis of a line needs, in pixels.
+constexpr float kMostReach = 0.5f;
+
+/// A line has one depth over all of its width. At its rim, on a face that falls away under it, it
+/// stands out by half its width, and by the room of the face besides: what lies closer than the
+/// slope over so many pixels behind a face, rafters below a roof for instance, would come through.
+constexpr float kMostStanding = 1.7f;
 
 /// The lines of one geometry.
 struct SharedLines
@@ -142,12 +146,14 @@ std::size_t FeatureEdges::AddTo(Scene& scene, LineStyle& style, float creaseDegr
     return segments;
 }
 
-void FeatureEdges::MakeRoom(Scene& scene, float lineWidth)
+void FeatureEdges::MakeRoom(Scene& scene, float lineWidth, float scale)
 {
     // The slope of a polygon offset is the larger one along the axes of the picture, which is up
     // to this much less than that across a line.
     constexpr float diagonal = 1.4143f;
-    const float reach = std::min(lineWidth / 2.0f, kMostReach);
+    const float halfWidth = lineWidth / 2.0f;
+    const float left = std::max(kMostStanding - halfWidth, 0.0f) / diagonal;
+    const float reach = std::min({halfWidth, kMostReach, left}) * scale;
     for (const auto* list : {&scene.GetOptimizedMaterials(), &scene.GetAlphaMaterials()})
     {
         for (Material* material : *list)

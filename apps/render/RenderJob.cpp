@@ -432,7 +432,7 @@ void RenderJob::AddLines()
     style->offset = look.offset;
     scene.AddLineStyle(style);
     Host::FeatureEdges::AddTo(scene, *style, look.crease);
-    Host::FeatureEdges::MakeRoom(scene, look.width * scale);
+    Host::FeatureEdges::MakeRoom(scene, look.width, scale);
 }
 
 void RenderJob::PlaceCamera()

@@ -141,24 +141,51 @@ TEST_F(LevelLineTest, AnInnerCornerSeenAtAGrazingAngleShowsItsLineWithoutGaps)
     {
         const float y = low + (high - low) * (static_cast<float>(x) + 0.5f - left) / (right - left);
         const int middle = static_cast<int>(std::floor(y - 0.5f));
-        EXPECT_EQ(picture.At(x, middle), kBlack) << x;
-        EXPECT_EQ(picture.At(x, middle + 1), kBlack) << x;
+        EXPECT_TRUE(picture.At(x, middle) == kBlack || picture.At(x, middle + 1) == kBlack) << x;
     }
 }
 
-TEST_F(LevelLineTest, RoomIsHalfTheWidthButForOnePixelAtMost)
+TEST_F(LevelLineTest, RoomIsHalfAPixelAndLessForWideLines)
 {
     const struct
     {
         float width;
+        float scale;
         float reach;
-    } cases[] = {{0.5f, 0.25f}, {1.0f, 0.5f}, {2.0f, 1.0f}, {2.1f, 1.0f}, {50.0f, 1.0f}};
+    } cases[] = {{0.5f, 1.0f, 0.25f}, {1.0f, 1.0f, 0.5f},  {1.0f, 2.0f, 1.0f}, {1.9f, 1.0f, 0.5f},
+                 {3.0f, 1.0f, 0.141f}, {3.0f, 2.0f, 0.283f}, {3.5f, 1.0f, 0.0f}, {50.0f, 1.0f, 0.0f}};
     for (const auto& c : cases)
     {
-        FeatureEdges::MakeRoom(*scene, c.width);
+        FeatureEdges::MakeRoom(*scene, c.width, c.scale);
         EXPECT_NE(material->GetFlags() & MaterialFlagPolygonOffset, 0u);
-        EXPECT_NEAR(material->polygonOffsetFactor, c.reach * std::sqrt(2.0f), 0.001f) << c.width;
+        EXPECT_NEAR(material->polygonOffsetFactor, c.reach * std::sqrt(2.0f), 0.002f) << c.width;
         EXPECT_GT(material->polygonOffsetUnits, 0.0f);
+    }
+}
+
+TEST_F(LevelLineTest, ALineOfThreePixelsStaysHiddenByAThinSlantedFaceBeforeIt)
+{
+    // A face that falls away from the eye, and lines across the slope below it: two pixels and
+    // more of it, seen from the eye, lie between.
+    AddMesh({Vector(-3, -1, 4), Vector(3, -1, 4), Vector(3, 0, -6), Vector(-3, 0, -6)}, {0, 1, 2, 0, 2, 3});
+    for (int i = 0; i < 8; ++i)
+    {
+        auto raw = std::make_shared<RawLine>();
+        const float z = 2.5f - static_cast<float>(i);
+        const float y = -1.0f + (4.0f - z) / 10.0f - 0.25f;
+        raw->SetPositionBuffer({Vector(-2.0f, y, z), Vector(2.0f, y, z)});
+        raw->SetIndices({0, 1});
+        auto* line = new Line(raw, scene);
+        auto* node = new MeshNode(scene);
+        scene->GetRoot()->AddChild(node, false);
+        line->AddNode(node);
+        style->AddLine(line);
+    }
+    for (const float width : {1.0f, 2.0f, 3.0f})
+    {
+        style->width = width / 2.0f;
+        FeatureEdges::MakeRoom(*scene, width);
+        EXPECT_EQ(Frame().Count(kBlack), 0) << width;
     }
 }
 
