@@ -33,17 +33,17 @@ struct Texts
 {
     std::string size = "1280x720";
     std::string view = "iso";
-    std::string eye;
-    std::string target;
-    std::string up;
-    std::string antialiasing;
+    std::optional<std::string> eye;
+    std::optional<std::string> target;
+    std::optional<std::string> up;
+    std::optional<std::string> antialiasing;
     std::string background = "FFFFFF";
-    std::string fog;
+    std::optional<std::string> fog;
     std::optional<float> edges;
     std::string edgeColor = "000000";
     std::string look = "advanced";
     std::vector<std::string> clips;
-    std::string poche;
+    std::optional<std::string> poche;
     std::string outlineColor = "000000";
     bool lines = false;
     std::string lineColor = "000000";
@@ -343,7 +343,7 @@ std::string UsualAntialiasing(const Texts& texts, const Options& options)
 
 void InterpretAntialiasing(const Texts& texts, Options& options)
 {
-    const std::string name = texts.antialiasing.empty() ? UsualAntialiasing(texts, options) : texts.antialiasing;
+    const std::string name = texts.antialiasing ? *texts.antialiasing : UsualAntialiasing(texts, options);
     const auto found = std::find_if(std::begin(kAntialiasing), std::end(kAntialiasing),
                                     [&](const NamedAntialiasing& named) { return named.name == name; });
     if (found == std::end(kAntialiasing))
@@ -457,9 +457,9 @@ void InterpretSurfaces(const Texts& texts, SurfaceLook& look)
     {
         look.poche.reset();
     }
-    else if (!texts.poche.empty())
+    else if (texts.poche)
     {
-        look.poche = ParseColor("--poche", texts.poche);
+        look.poche = ParseColor("--poche", *texts.poche);
     }
     if (look.outline && !(*look.outline >= 0.0f && std::isfinite(*look.outline)))
     {
@@ -494,21 +494,21 @@ void Interpret(const Texts& texts, Options& options)
     {
         throw Bad("--view", texts.view, "one of iso, front, back, left, right, top, bottom");
     }
-    if (!texts.eye.empty())
+    if (texts.eye)
     {
-        options.eye = ParseVector("--eye", texts.eye);
+        options.eye = ParseVector("--eye", *texts.eye);
     }
-    if (!texts.target.empty())
+    if (texts.target)
     {
-        options.target = ParseVector("--target", texts.target);
+        options.target = ParseVector("--target", *texts.target);
     }
-    if (!texts.up.empty())
+    if (texts.up)
     {
-        options.up = ParseVector("--up", texts.up);
+        options.up = ParseVector("--up", *texts.up);
     }
-    if (!texts.fog.empty())
+    if (texts.fog)
     {
-        options.fog = ParseFog(texts.fog);
+        options.fog = ParseFog(*texts.fog);
     }
     InterpretAntialiasing(texts, options);
     InterpretSurfaces(texts, options.surfaces);

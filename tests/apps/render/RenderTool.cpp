@@ -62,7 +62,10 @@ Picture RenderTool::Render(const std::string& model, const std::vector<std::stri
     const std::string output = folder.Path("rendered.png");
     fs::remove(output);
     std::vector<std::string> arguments = {model, "-o", output};
-    if (std::find(options.begin(), options.end(), "--samples") == options.end())
+    const auto asksFor = [&](const char* option) {
+        return std::find(options.begin(), options.end(), option) != options.end();
+    };
+    if (!asksFor("--samples") && !asksFor("--aa"))
     {
         arguments.insert(arguments.end(), {"--samples", "0"});
     }

@@ -32,8 +32,8 @@ protected:
     static ProcessResult Run(const std::vector<std::string>& arguments,
                              const std::vector<std::string>& variables = {});
 
-    /// Renders into the folder, without multisampling unless the options ask for it, expects
-    /// success and silence, and returns the picture.
+    /// Renders into the folder, without multisampling unless the options say how rims are smoothed,
+    /// expects success and silence, and returns the picture.
     Picture Render(const std::string& model, const std::vector<std::string>& options) const;
 
     /// Writes an OBJ model with a red material and returns its path.
