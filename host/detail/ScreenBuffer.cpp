@@ -59,7 +59,6 @@ bool ScreenBuffer::Resize(int width, int height)
     {
         glBindFramebuffer(GL_FRAMEBUFFER, static_cast<GLuint>(framebuffer));
         glBindRenderbuffer(GL_RENDERBUFFER, static_cast<GLuint>(renderbuffer));
-        glBindTexture(GL_TEXTURE_2D, 0);
         m_target.SetDimensions(0, 0);
         DropErrors();
     }

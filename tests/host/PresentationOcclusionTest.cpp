@@ -2,6 +2,7 @@
 #include "orvane/math/Transform.h"
 #include "orvane/renderer/AAMode.h"
 #include "orvane/scene/CameraNode.h"
+#include "orvane/scene/LineStyle.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/Scene.h"
@@ -19,6 +20,8 @@ namespace OV::Test
 
 namespace
 {
+
+using Host::EdgeLook;
 
 const Color kGrey(0.5f, 0.5f, 0.5f);
 
@@ -134,6 +137,19 @@ protected:
         EXPECT_GT(darkened, 50);
     }
 
+    /// Expects the picture of depth, which the last frame has drawn, to have a depth at a pixel.
+    void ExpectDepth(int x, int y, double expected) const
+    {
+        const std::vector<float> depths = DepthPicture(Width(), Height());
+        EXPECT_NEAR(double(depths.at(static_cast<std::size_t>(y * Width() + x))), expected, 1e-5);
+    }
+
+    /// Depth of a distance, as perspective puts it.
+    static double DepthOf(double distance, const Range& range)
+    {
+        return range.zFar * (1.0 - range.zNear / distance) / (range.zFar - range.zNear);
+    }
+
     /// Share of its light that a pixel keeps.
     static double Kept(const Picture& plain, const Picture& picture, int x, int y)
     {
@@ -150,6 +166,9 @@ TEST_F(PresentationOcclusion, OfAStepInPerspectiveFollowsTheModelOnThePictureOfD
     AddRect(Color(0.7f, 0.5f, 0.3f), {30, 15, 50, 30}, 8.0f, 2);
     // As far as occlusion sees: 12 times the distance of the target.
     ExpectModel({10.0, 1200.0});
+    ExpectDepth(15, 10, DepthOf(100.0, {10.0, 1200.0}));
+    ExpectDepth(50, 30, DepthOf(92.0, {10.0, 1200.0}));
+    ExpectDepth(95, 63, 1.0);
 }
 
 TEST_F(PresentationOcclusion, OfACornerOfSlantedFacesFollowsTheModel)
@@ -167,14 +186,17 @@ TEST_F(PresentationOcclusion, ReachesAsFarAsTheCameraSees)
     AddRect(kGrey, {10, 5, 40, 50}, 0.0f, 1);
     AddRect(kGrey, {30, 15, 50, 30}, 8.0f, 2);
     ExpectModel({10.0, 2000.0});
+    ExpectDepth(15, 10, DepthOf(50.0, {10.0, 2000.0}));
 }
 
 TEST_F(PresentationOcclusion, OfAStepWithoutPerspectiveFollowsTheModel)
 {
-    // 1/400 of the depths that are drawn is a unit.
     AddRect(kGrey, {10, 5, 40, 50}, 0.0f, 1);
     AddRect(Color(0.7f, 0.5f, 0.3f), {30, 15, 50, 30}, 8.0f, 2);
     ExpectModel({0.25, 1.0});
+    // Twice the depth of the view is drawn.
+    ExpectDepth(15, 10, (100.0 - 1.0) / 398.0);
+    ExpectDepth(50, 30, (92.0 - 1.0) / 398.0);
 }
 
 TEST_F(PresentationOcclusion, DarkensAnInnerCornerAndHardlyAFlatFace)
@@ -267,7 +289,51 @@ TEST_F(PresentationOcclusion, OfACaptureIsThatOfThePicture)
         }
     }
     EXPECT_LT(sum / (Width() * Height()), 2.0);
-    EXPECT_LT(fine.At(29, 30).g, fine.At(15, 30).g - 10) << "beside the step";
+    for (int x = 20; x < 34; ++x)
+    {
+        EXPECT_NEAR(fine.At(x, 30).g, direct.At(x, 30).g, 5) << "across the step at " << x;
+    }
+}
+
+TEST_F(PresentationOcclusion, LiesBelowEdges)
+{
+    AddRect(kGrey, {10, 5, 40, 50}, 0.0f, 1);
+    AddRect(kGrey, {30, 15, 50, 30}, 8.0f, 2);
+    EdgeLook look;
+    look.weight = 1.0f;
+    look.color = Color(1.0f, 0.0f, 0.0f);
+    renderer->SetEdges(look);
+    const Pixel whole{255, 0, 0, 255};
+    const int corners = Draw().Count(whole);
+    EXPECT_GT(corners, 2);
+    EXPECT_EQ(DrawOcclusion().Count(whole), corners) << "edges are not darkened";
+}
+
+TEST_F(PresentationOcclusion, LeavesLinesBehindSurfacesHidden)
+{
+    UsePerspective(100.0f);
+    AddRect(kGrey, {20, 10, 30, 30}, 0.0f, 1);
+    AddRect(kGrey, {50, 10, 30, 30}, 0.0f, 2);
+    // An overlaid line tests depth by the identifiers, which know nothing of occlusion's range.
+    AddLine(Vector(50, 12, -5), Vector(50, 38, -5), Color(0, 1, 0), 3.0f).overlay = true;
+    renderer->OverlayLines(true);
+    const auto countGreen = [](const Picture& picture) {
+        int count = 0;
+        for (int y = 0; y < picture.GetHeight(); ++y)
+        {
+            for (int x = 0; x < picture.GetWidth(); ++x)
+            {
+                const Pixel pixel = picture.At(x, y);
+                count += pixel.g > 2 * (pixel.r + pixel.b) ? 1 : 0;
+            }
+        }
+        return count;
+    };
+    EXPECT_EQ(countGreen(Draw()), 0);
+    EXPECT_EQ(countGreen(DrawOcclusion()), 0);
+    renderer->OverlayLines(false);
+    renderer->ShowSurfaces(false);
+    EXPECT_GT(countGreen(DrawOcclusion()), 50) << "there is a line";
 }
 
 TEST_F(PresentationOcclusion, WithoutSurfacesHasOnlyLinesToDarken)

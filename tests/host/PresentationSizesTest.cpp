@@ -123,6 +123,26 @@ protected:
         sprites.back()->GetNode()->SetLocal(place);
     }
 
+    /// A green line of a layer at a height of 40, 4 pixels wide.
+    static LineStyle& AddLayerLine(Scene2D& layer)
+    {
+        auto* const style = new LineStyle("line of a layer");
+        style->color = Color(0, 1, 0);
+        style->secondColor = Color(0, 0, 0, 0);
+        style->antialias = false;
+        style->width = 2.0f;
+        layer.AddLineStyle(style);
+        auto raw = std::make_shared<RawLine>();
+        raw->SetPositionBuffer({Vector(5, 40, 0), Vector(90, 40, 0)});
+        raw->SetIndices({0, 1});
+        auto* const line = new Line(raw, &layer);
+        style->AddLine(line);
+        auto* const node = new MeshNode(&layer);
+        layer.GetRoot()->AddChild(node, false);
+        line->AddNode(node);
+        return *style;
+    }
+
     static PixelRect Covered(const Picture& picture, const Pixel& color)
     {
         int left = picture.GetWidth();
@@ -180,21 +200,7 @@ TEST_F(PresentationSizes, LinesAreAsWideOnTheScreenHoweverFineThePictureIs)
 
 TEST_F(PresentationSizes, LinesOfACapturedLayerAreAsWideTooAndTheNextFrameKnowsNothingOfIt)
 {
-    Scene2D& layer = *app.GetContext()->GetBackground2D();
-    auto* const style = new LineStyle("line of a layer");
-    style->color = Color(0, 1, 0);
-    style->secondColor = Color(0, 0, 0, 0);
-    style->antialias = false;
-    style->width = 2.0f;
-    ASSERT_TRUE(layer.AddLineStyle(style));
-    auto raw = std::make_shared<RawLine>();
-    raw->SetPositionBuffer({Vector(5, 40, 0), Vector(90, 40, 0)});
-    raw->SetIndices({0, 1});
-    auto* const line = new Line(raw, &layer);
-    style->AddLine(line);
-    auto* const node = new MeshNode(&layer);
-    layer.GetRoot()->AddChild(node, false);
-    line->AddNode(node);
+    AddLayerLine(*app.GetContext()->GetBackground2D());
     const Picture plain = Draw();
     EXPECT_EQ(plain.Count(Green), 85 * 4);
     renderer->SetAAMode(AAModeSupersampling);
@@ -202,6 +208,20 @@ TEST_F(PresentationSizes, LinesOfACapturedLayerAreAsWideTooAndTheNextFrameKnowsN
     ExpectSame(Draw(true), plain, "of a finer capture");
     renderer->SetAAMode(AAModeNone);
     ExpectSame(Draw(), plain, "without a capture again");
+}
+
+TEST_F(PresentationSizes, LinesOfALayerAreNeverOverlaid)
+{
+    AddThings();
+    AddLine(Vector(40, 12, -1), Vector(40, 38, -1), Color(1, 0, 0), 1.0f).overlay = true;
+    AllowStateChange("blending"); // as a line that comes last leaves it
+    AddLayerLine(*app.GetContext()->GetForeground2D()).overlay = true;
+    AddLayerLine(*app.GetContext()->GetBackground2D()).overlay = true;
+    const int whole = Draw().Count(Green);
+    EXPECT_EQ(whole, 85 * 4);
+    renderer->OverlayLines(true);
+    EXPECT_EQ(Draw().Count(Green), whole);
+    EXPECT_EQ(Draw().Count(Green), whole) << "in the second frame";
 }
 
 TEST_F(PresentationSizes, ALayerGrowsWithTheRatioUnlessItHasItsOwn)
@@ -286,11 +306,24 @@ TEST_F(PresentationSizes, ACaptureThatKeepsItsSizeHasStagesOfThatSize)
 TEST_F(PresentationSizes, BuffersAreMadeOnceASizeAndGoWithASuspensionAndWithTheRenderer)
 {
     AddThings();
-    Draw();
-    const GLObjects plain = GLState::CaptureObjects();
     const auto buffersOf = [](const GLObjects& objects) {
         return objects.at("framebuffer").size() + objects.at("renderbuffer").size() + objects.at("texture").size();
     };
+    // Programs too: no effect is held on to.
+    const auto suspended = [this] {
+        app.Suspend(renderer.get());
+        GLState::Unbind();
+        std::size_t count = 0;
+        for (const auto& [kind, names] : GLState::CaptureObjects())
+        {
+            count += names.size();
+        }
+        app.Resume(renderer.get());
+        return count;
+    };
+    Draw();
+    const GLObjects plain = GLState::CaptureObjects();
+    const std::size_t plainSuspended = suspended();
     for (const bool capture : {false, true})
     {
         for (const Stage& stage : Stages())
@@ -302,9 +335,7 @@ TEST_F(PresentationSizes, BuffersAreMadeOnceASizeAndGoWithASuspensionAndWithTheR
             Draw(capture);
             Draw(capture);
             EXPECT_EQ(GLState::CaptureObjects(), used) << stage.label;
-            app.Suspend(renderer.get());
-            EXPECT_EQ(buffersOf(GLState::CaptureObjects()), buffersOf(plain)) << stage.label;
-            app.Resume(renderer.get());
+            EXPECT_EQ(suspended(), plainSuspended) << stage.label;
             DropStages();
         }
     }
@@ -392,12 +423,47 @@ TEST_F(PresentationSizes, WhatTheHostSetStaysWhateverIsDrawn)
             {
                 EXPECT_EQ(state.at(unit), (std::vector<double>{0})) << stage.label;
             }
-            EXPECT_EQ(glIsEnabled(GL_SAMPLE_SHADING), GL_FALSE) << stage.label;
+            for (const GLuint attribute : {1u, 2u})
+            {
+                GLfloat value[4] = {};
+                glGetVertexAttribfv(attribute, GL_CURRENT_VERTEX_ATTRIB, value);
+                EXPECT_EQ(std::vector<float>(value, value + 4), (std::vector<float>{0, 0, 0, 1})) << stage.label;
+            }
             DropStages();
         }
     }
     glDepthRange(0.0, 1.0);
     glEnable(GL_DITHER);
+}
+
+TEST_F(PresentationSizes, TheSceneByItselfLeavesTheStateOfAPlainOne)
+{
+    AddThings();
+    const auto stateAfter = [this] {
+        World().MarkDirty();
+        app.Update(0.0f);
+        renderer->BeginRender(false, Color(0.0f, 0.0f, 1.0f));
+        renderer->Render3D(&World(), &Camera());
+        GLStateValues state = GLState::Capture();
+        renderer->EndRender();
+        // What each that draws binds or sets for itself.
+        for (const char* own : {"program", "array buffer", "element buffer", "blend source", "blend destination",
+                                "blend source alpha", "blend destination alpha"})
+        {
+            state.erase(own);
+        }
+        return state;
+    };
+    const GLStateValues plain = stateAfter();
+    for (const Stage& stage : Stages())
+    {
+        stage.use(*renderer);
+        for (const auto& [name, value] : stateAfter())
+        {
+            EXPECT_EQ(value, plain.at(name)) << name << ", " << stage.label;
+        }
+        DropStages();
+    }
 }
 
 TEST_F(PresentationSizes, SampleShadingOfTheHostStaysOnAndNoneStaysOff)
@@ -429,7 +495,9 @@ TEST_F(PresentationSizes, BeyondTheLargestTextureTheStagesAreLeftOut)
     for (const Stage& stage : Stages())
     {
         stage.use(*renderer);
+        testing::internal::CaptureStderr();
         ExpectSame(Draw(), plain, stage.label);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "it is not even tried";
         ExpectNoGLError();
         EXPECT_EQ(GLState::Capture(), state) << stage.label;
         DropStages();
@@ -447,6 +515,9 @@ TEST_F(PresentationSizes, BeyondTheLargestTextureTheStagesAreLeftOut)
 
 TEST_F(PresentationSizes, WhereGLRefusesBuffersTheStagesAreLeftOut)
 {
+    GLuint ofTheHost = 0;
+    glGenRenderbuffers(1, &ofTheHost);
+    glBindRenderbuffer(GL_RENDERBUFFER, ofTheHost);
     AddThings();
     const Picture plain = Draw();
     const GLObjects objects = GLState::CaptureObjects();
@@ -457,7 +528,11 @@ TEST_F(PresentationSizes, WhereGLRefusesBuffersTheStagesAreLeftOut)
         {
             const RefusedFramebuffers refused;
             testing::internal::CaptureStderr();
-            ExpectSame(Draw(), plain, stage.label);
+            World().MarkDirty();
+            app.Update(0.0f);
+            app.Render(renderer.get(), false);
+            ExpectNoGLError();
+            ExpectSame(ReadPixels(), plain, stage.label);
             ExpectSame(Draw(), plain, stage.label);
             const std::string errors = testing::internal::GetCapturedStderr();
             EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 1) << "not tried again: " << errors;
@@ -475,6 +550,7 @@ TEST_F(PresentationSizes, WhereGLRefusesBuffersTheStagesAreLeftOut)
         SuspendAndResume();
         Draw();
     }
+    glDeleteRenderbuffers(1, &ofTheHost);
 }
 
 TEST_F(PresentationSizes, WhereFinerIdentifiersAreTooLargeEdgesComeFromOthers)
