@@ -168,6 +168,49 @@ LineStyle& FlatStage::AddLine(const Vector& start, const Vector& end, const Colo
     return *style;
 }
 
+std::vector<StageByStage::Stage> StageByStage::Stages()
+{
+    const auto edges = [](Host::Identity identity) {
+        return [identity](Host::PresentationRenderer& of) {
+            Host::EdgeLook look;
+            look.identity = identity;
+            of.SetEdges(look);
+        };
+    };
+    return {
+        {"edges of objects", edges(Host::Identity::Object)},
+        {"edges of groups", edges(Host::Identity::Group)},
+        {"occlusion", [](auto& of) { of.ShowAmbientOcclusion(true); }},
+        {"identifiers", [](auto& of) { of.ShowIdentifiers(true); }},
+        {"overlaid lines", [](auto& of) { of.OverlayLines(true); }},
+        {"all",
+         [edges](auto& of) {
+             edges(Host::Identity::Object)(of);
+             of.ShowAmbientOcclusion(true);
+             of.OverlayLines(true);
+         }},
+    };
+}
+
+void StageByStage::UseAllStages()
+{
+    Stages().back().use(*renderer);
+}
+
+void StageByStage::DropStages()
+{
+    renderer->SetEdges(std::nullopt);
+    renderer->ShowAmbientOcclusion(false);
+    renderer->OverlayLines(false);
+    renderer->ShowIdentifiers(false);
+}
+
+void StageByStage::AddThings()
+{
+    AddRect(Color(0.4f, 0.4f, 0.4f), {10, 10, 30, 20}, 0.0f, 1);
+    AddRect(Color(0.2f, 0.6f, 0.2f), {40, 10, 20, 30}, 6.0f, 2);
+}
+
 Pixel IdentifierOf(int userData)
 {
     float color[4];

@@ -7,6 +7,7 @@
 #include "tests/effects/EffectSettingsGuard.h"
 #include "tests/support/GLFixture.h"
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -84,7 +85,29 @@ protected:
     LineStyle& AddLine(const Vector& start, const Vector& end, const Color& color, float width);
 };
 
-/// Pixels of a picture as the colour that stands for a user data.
+/// The same with each stage at hand by itself.
+class StageByStage : public FlatStage
+{
+protected:
+    using FlatStage::FlatStage;
+
+    struct Stage
+    {
+        const char* label;
+        std::function<void(Host::PresentationRenderer&)> use;
+    };
+
+    /// Each stage, and all of them.
+    static std::vector<Stage> Stages();
+
+    void UseAllStages();
+    void DropStages();
+
+    /// A grey rectangle and a green one before it that touch.
+    void AddThings();
+};
+
+/// The colour of a picture that stands for a user data.
 Pixel IdentifierOf(int userData);
 
 } // namespace OV::Test
