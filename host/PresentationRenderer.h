@@ -163,6 +163,8 @@ private:
     {
         unsigned int framebuffer = 0;
         bool multisampled = false;
+        std::array<float, 2> depthRange = {0.0f, 1.0f};
+        double depthShare = 1.0; ///< of the depth range, for a far plane that suits occlusion
     };
 
     RenderPass PassOfLook() const;
@@ -184,14 +186,15 @@ private:
     bool NeedsIdentifiers(Identity identity) const;
     Detail::ScreenBuffer& IdentifiersOf(Identity identity);
     void ListSurfaces(bool withPoints);
-    bool DrawOffscreen(CameraNode& camera, CameraNodeES20* cameraData);
+    Detail::ScreenBuffer* OcclusionDepth() const;
+    bool DrawOffscreen(const CameraNode& camera, CameraNodeES20* cameraData);
     bool DrawIdentifiers(CameraNodeES20* cameraData, Identity identity);
-    bool DrawDepth(CameraNode& camera, CameraNodeES20* cameraData);
+    bool DrawDepth(CameraNodeES20* cameraData);
     void DrawInto(Detail::ScreenBuffer& buffer, unsigned int clearMask, CameraNodeES20* cameraData);
     void PrepareLines(bool hasIdentifiers);
     void ReleaseLines();
     void ReleaseTextures();
-    void DrawOcclusion(CameraNode& camera);
+    void DrawOcclusion(const CameraNode& camera);
     void DrawEdges();
     bool PrepareScreenMesh();
     void DrawOverScreen(MaterialEffectES20& effect);
@@ -225,7 +228,8 @@ private:
 
     // Identifiers of the surfaces, by Identity, as colours, and their depth; null until needed.
     std::unique_ptr<Detail::ScreenBuffer> m_identifiers[2];
-    std::unique_ptr<Detail::ScreenBuffer> m_depth;   ///< for occlusion; null until needed
+    /// For occlusion, where nothing else needs depth; null until needed.
+    std::unique_ptr<Detail::ScreenBuffer> m_depth;
     std::unique_ptr<Detail::ScreenBuffer> m_picture; ///< what occlusion darkens; null until needed
 
     std::vector<RenderItemES20> m_items;

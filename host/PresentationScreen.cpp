@@ -41,28 +41,32 @@ constexpr float kOcclusionRange = 12.0f;
 constexpr float kOrthographicRange = 2.0f;
 constexpr float kOrthographicNear = 0.25f;
 
-/// Shows a camera with a far distance that suits occlusion, for the length of a scope.
-class FarScope
+/// The view that occlusion takes its depths for.
+struct OcclusionView
 {
-public:
-    explicit FarScope(CameraNode& camera) : m_camera(camera)
+    explicit OcclusionView(const CameraNode& camera)
     {
-        camera.GetNearFar(m_near, m_far);
-        const bool perspective = camera.GetProjection() == CameraNode::Perspective;
-        const float range = kOcclusionRange * camera.GetDistanceToTarget();
-        const float deeper = m_near + kOrthographicRange * (m_far - m_near);
-        camera.SetNearFar(m_near, perspective ? std::max(range, m_far) : deeper);
+        float cameraFar = 1.0f;
+        camera.GetNearFar(nearDistance, cameraFar);
+        if (camera.GetProjection() != CameraNode::Perspective)
+        {
+            nearDistance = kOrthographicNear;
+            farDistance = 1.0f;
+            depthShare = 1.0 / kOrthographicRange;
+            return;
+        }
+        farDistance = std::max(kOcclusionRange * camera.GetDistanceToTarget(), cameraFar);
+        // Depths are far / (far - near) * (1 - near / distance).
+        const double share = static_cast<double>(farDistance) * (cameraFar - nearDistance)
+            / (static_cast<double>(cameraFar) * (farDistance - nearDistance));
+        depthShare = share > 0.0 && share <= 1.0 ? share : 1.0;
     }
 
-    ~FarScope() { m_camera.SetNearFar(m_near, m_far); }
+    float nearDistance = 0.0f;
+    float farDistance = 1.0f;
 
-    FarScope(const FarScope&) = delete;
-    FarScope& operator=(const FarScope&) = delete;
-
-private:
-    CameraNode& m_camera;
-    float m_near = 0.0f;
-    float m_far = 1.0f;
+    /// What the camera's depths are multiplied by to be those of a far plane that is farther.
+    double depthShare = 1.0;
 };
 
 GLint Query(GLenum name)
@@ -125,10 +129,10 @@ public:
 class OverSceneScope
 {
 public:
-    OverSceneScope()
+    /// @param depthRange to have at the end.
+    explicit OverSceneScope(const std::array<float, 2>& depthRange) : m_range(depthRange)
     {
         glGetIntegerv(GL_DEPTH_FUNC, &m_function);
-        glGetFloatv(GL_DEPTH_RANGE, m_range);
         glDepthMask(GL_FALSE);
         glDepthFunc(GL_GREATER);
         glDepthRange(1.0, 1.0);
@@ -136,7 +140,7 @@ public:
 
     ~OverSceneScope()
     {
-        glDepthRange(static_cast<GLclampd>(m_range[0]), static_cast<GLclampd>(m_range[1]));
+        glDepthRange(m_range[0], m_range[1]);
         glDepthFunc(static_cast<GLenum>(m_function));
         glDepthMask(GL_TRUE);
     }
@@ -146,7 +150,7 @@ public:
 
 private:
     GLint m_function = GL_LESS;
-    GLfloat m_range[2] = {0.0f, 1.0f};
+    std::array<float, 2> m_range;
 };
 
 /// Puts an effect in the place of what materials draw a pass with, for the length of a scope.
@@ -340,7 +344,24 @@ void PresentationRenderer::DrawSurfaces(Scene& scene, CameraNode& camera, Materi
     MeshES20::ResetBufferCache();
 }
 
-bool PresentationRenderer::DrawOffscreen(CameraNode& camera, CameraNodeES20* cameraData)
+Detail::ScreenBuffer* PresentationRenderer::OcclusionDepth() const
+{
+    if (!m_occlusionShown)
+    {
+        return nullptr;
+    }
+    // Depth comes with identifiers, but lines need theirs as it is.
+    for (const Identity identity : {Identity::Group, Identity::Object})
+    {
+        if (NeedsIdentifiers(identity))
+        {
+            return m_identifiers[static_cast<int>(identity)].get();
+        }
+    }
+    return m_depth.get();
+}
+
+bool PresentationRenderer::DrawOffscreen(const CameraNode& camera, CameraNodeES20* cameraData)
 {
     if (!Detail::FetchOnce(m_identifierEffect, effectCache, EffectCache::DepthIdPass))
     {
@@ -350,6 +371,8 @@ bool PresentationRenderer::DrawOffscreen(CameraNode& camera, CameraNodeES20* cam
     ListSurfaces(false);
     m_screen.framebuffer = static_cast<unsigned int>(Query(GL_FRAMEBUFFER_BINDING));
     m_screen.multisampled = Query(GL_SAMPLE_BUFFERS) != 0;
+    glGetFloatv(GL_DEPTH_RANGE, m_screen.depthRange.data());
+    m_screen.depthShare = OcclusionView(camera).depthShare;
     const bool dithered = glIsEnabled(GL_DITHER);
     PrepareSurfaces();
     glClearColor(0.0f, 0.0f, 0.0f, 0.0f);
@@ -358,7 +381,8 @@ bool PresentationRenderer::DrawOffscreen(CameraNode& camera, CameraNodeES20* cam
     {
         drawn = drawn && (!NeedsIdentifiers(identity) || DrawIdentifiers(cameraData, identity));
     }
-    drawn = drawn && (!m_occlusionShown || DrawDepth(camera, cameraData));
+    const bool hasDepth = NeedsIdentifiers(Identity::Object) || NeedsIdentifiers(Identity::Group);
+    drawn = drawn && (!m_occlusionShown || hasDepth || DrawDepth(cameraData));
     glClearColor(clearColor.r, clearColor.g, clearColor.b, clearColor.a);
     const Size target = TargetSize();
     glViewport(0, 0, target.width, target.height);
@@ -391,7 +415,7 @@ bool PresentationRenderer::DrawIdentifiers(CameraNodeES20* cameraData, Identity 
     return true;
 }
 
-bool PresentationRenderer::DrawDepth(CameraNode& camera, CameraNodeES20* cameraData)
+bool PresentationRenderer::DrawDepth(CameraNodeES20* cameraData)
 {
     const Size target = TargetSize();
     Detail::ScreenBuffer& buffer = MadeOnce(m_depth, RenderTargetProfileDepth);
@@ -399,24 +423,28 @@ bool PresentationRenderer::DrawDepth(CameraNode& camera, CameraNodeES20* cameraD
     {
         return false;
     }
-    // The depth of a plane is linear on the screen: without the steps between pixels no pattern
-    // comes out on planes.
-    buffer.SmoothDepth();
     m_identifierEffect->SetIdMode(1);
-    {
-        const FarScope range(camera);
-        PrepareCamera(camera);
-        DrawInto(buffer, GL_DEPTH_BUFFER_BIT, cameraData);
-    }
-    PrepareCamera(camera);
+    DrawInto(buffer, GL_DEPTH_BUFFER_BIT, cameraData);
     return true;
 }
 
 void PresentationRenderer::DrawInto(Detail::ScreenBuffer& buffer, unsigned int clearMask, CameraNodeES20* cameraData)
 {
+    const bool forOcclusion = OcclusionDepth() == &buffer;
+    // The depth of a plane is linear on the screen: without the steps between pixels no pattern
+    // comes out on planes.
+    buffer.SmoothDepth(forOcclusion);
+    if (forOcclusion)
+    {
+        glDepthRange(0.0, m_screen.depthShare);
+    }
     buffer.GetTarget().BeginCapture(clearMask);
     RenderItemList(cameraData, m_surfaces, RenderPassDepthId);
     buffer.GetTarget().EndCapture();
+    if (forOcclusion)
+    {
+        glDepthRange(m_screen.depthRange[0], m_screen.depthRange[1]);
+    }
 }
 
 void PresentationRenderer::PrepareLines(bool hasIdentifiers)
@@ -471,9 +499,10 @@ void PresentationRenderer::DrawOverScreen(MaterialEffectES20& effect)
     effect.Remove();
 }
 
-void PresentationRenderer::DrawOcclusion(CameraNode& camera)
+void PresentationRenderer::DrawOcclusion(const CameraNode& camera)
 {
-    if (!m_occlusionShown || !Detail::FetchOnce(m_occlusionEffect, effectCache, EffectCache::SSAO))
+    Detail::ScreenBuffer* const depth = OcclusionDepth();
+    if (!depth || !Detail::FetchOnce(m_occlusionEffect, effectCache, EffectCache::SSAO))
     {
         return;
     }
@@ -484,19 +513,13 @@ void PresentationRenderer::DrawOcclusion(CameraNode& camera)
         return;
     }
     picture.CopyFrom(m_screen.framebuffer, m_screen.multisampled);
-    float nearDistance = 0.0f;
-    float farDistance = 0.0f;
-    {
-        const FarScope range(camera);
-        camera.GetNearFar(nearDistance, farDistance);
-    }
-    const bool perspective = camera.GetProjection() == CameraNode::Perspective;
-    m_occlusionEffect->SetNearFar(perspective ? nearDistance : kOrthographicNear, perspective ? farDistance : 1.0f);
+    const OcclusionView view(camera);
+    m_occlusionEffect->SetNearFar(view.nearDistance, view.farDistance);
     m_occlusionEffect->SetDimensions(width, height);
-    m_occlusionEffect->SetDepthTexture(static_cast<int>(m_depth->GetTarget().GetDepthTexture()));
+    m_occlusionEffect->SetDepthTexture(static_cast<int>(depth->GetTarget().GetDepthTexture()));
     m_occlusionEffect->SetRenderTexture(static_cast<int>(picture.GetTarget().GetColorTexture()));
     const OverScreenScope overScreen;
-    const OverSceneScope overScene;
+    const OverSceneScope overScene(m_screen.depthRange);
     DrawOverScreen(*m_occlusionEffect);
     m_usedUnits = {true, true, m_usedUnits[2]};
 }

@@ -65,16 +65,17 @@ bool ScreenBuffer::Resize(int width, int height)
     return m_usable;
 }
 
-void ScreenBuffer::SmoothDepth()
+void ScreenBuffer::SmoothDepth(bool smooth)
 {
-    if (m_smooth)
+    if (m_smooth == smooth)
     {
         return;
     }
-    m_smooth = true;
+    m_smooth = smooth;
+    const GLint filter = smooth ? GL_LINEAR : GL_NEAREST;
     glBindTexture(GL_TEXTURE_2D, m_target.GetDepthTexture());
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, filter);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, filter);
     glBindTexture(GL_TEXTURE_2D, 0);
 }
 

@@ -28,8 +28,9 @@ public:
     /// @param framebuffer that is bound, for drawing and for reading.
     void CopyFrom(unsigned int framebuffer, bool multisampled);
 
-    /// Lets depths be looked up between the middles of pixels, in the buffers of this size. GL.
-    void SmoothDepth();
+    /// Whether depths are looked up between the middles of pixels or at the nearest; the latter at
+    /// first, and again in another size. GL.
+    void SmoothDepth(bool smooth);
 
     RenderTarget& GetTarget() { return m_target; }
 

@@ -56,13 +56,8 @@ float doMist()
 // picture is meant to pass.
 float readDepth(vec2 coord)
 {
-    float depth = 1.0;
-    if (!(texCoord.x < 0.0 || texCoord.y < 0.0))
-    {
-        float d = texture2D(uDepthTexture, coord).r;
-        depth = (2.0 * znear) / (zfar + znear - d * (zfar - znear));
-    }
-    return depth;
+    float d = texture2D(uDepthTexture, coord).r;
+    return texCoord.x < 0.0 || texCoord.y < 0.0 ? 1.0 : (2.0 * znear) / (zfar + znear - d * (zfar - znear));
 }
 
 float compareDepths(float depth1, float depth2, inout int far)
@@ -103,19 +98,21 @@ void main()
     float w = (1.0 / width) / clamp(depth, aoclamp, 1.0) + noise.x * (1.0 - noise.x);
     float h = (1.0 / height) / clamp(depth, aoclamp, 1.0) + noise.y * (1.0 - noise.y);
 
-    // The golden angle spreads the samples evenly.
+    // The golden angle spreads the samples evenly. A turn at a time is cheaper than the cosine and
+    // sine of each angle.
     float dl = PI * (3.0 - sqrt(5.0));
+    mat2 turn = mat2(cos(dl), sin(dl), -sin(dl), cos(dl));
+    vec2 spoke = vec2(1.0, 0.0);
     float dz = 1.0 / float(samples);
-    float l = 0.0;
     float z = 1.0 - dz / 2.0;
     float ao = 0.0;
     // One sample more than the division below counts: that is meant.
     for (int i = 0; i <= samples; i++)
     {
         float r = sqrt(1.0 - z);
-        ao += calAO(depth, cos(l) * r * w, sin(l) * r * h);
+        ao += calAO(depth, spoke.x * r * w, spoke.y * r * h);
         z -= dz;
-        l += dl;
+        spoke = turn * spoke;
     }
     ao = 1.0 - ao / float(samples);
 #ifdef USE_MIST

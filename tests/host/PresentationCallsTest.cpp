@@ -133,11 +133,11 @@ TEST_F(PresentationCalls, StagesShareThePassesThatTheyCanShare)
     renderer->SetEdges(EdgesOf(Identity::Group));
     EXPECT_EQ(passes(), 2u);
     renderer->ShowAmbientOcclusion(true);
-    EXPECT_EQ(passes(), 3u) << "and the depth as far as occlusion sees";
+    EXPECT_EQ(passes(), 2u) << "occlusion takes the depth of groups";
     renderer->ShowLines(false);
-    EXPECT_EQ(passes(), 2u);
+    EXPECT_EQ(passes(), 1u) << "or that of whatever edges need";
     renderer->SetEdges(std::nullopt);
-    EXPECT_EQ(passes(), 1u);
+    EXPECT_EQ(passes(), 1u) << "or one of its own";
     renderer->ShowAmbientOcclusion(false);
     EXPECT_EQ(passes(), 0u);
 }

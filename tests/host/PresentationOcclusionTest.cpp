@@ -22,6 +22,7 @@ namespace
 {
 
 using Host::EdgeLook;
+using Host::Identity;
 
 const Color kGrey(0.5f, 0.5f, 0.5f);
 
@@ -90,6 +91,24 @@ protected:
         }
         EXPECT_EQ(found, 1) << "there is one depth picture";
         return depths;
+    }
+
+    /// How many pictures of depth are looked up between the middles of their pixels.
+    static int SmoothDepthTextures()
+    {
+        int count = 0;
+        const GLObjects objects = GLState::CaptureObjects();
+        for (const unsigned int name : objects.at("texture"))
+        {
+            GLint bits = 0;
+            GLint filter = 0;
+            glBindTexture(GL_TEXTURE_2D, name);
+            glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_DEPTH_SIZE, &bits);
+            glGetTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, &filter);
+            glBindTexture(GL_TEXTURE_2D, 0);
+            count += bits > 0 && filter == GL_LINEAR ? 1 : 0;
+        }
+        return count;
     }
 
     /// Near and far as the shader is told.
@@ -307,6 +326,46 @@ TEST_F(PresentationOcclusion, LiesBelowEdges)
     const int corners = Draw().Count(whole);
     EXPECT_GT(corners, 2);
     EXPECT_EQ(DrawOcclusion().Count(whole), corners) << "edges are not darkened";
+}
+
+TEST_F(PresentationOcclusion, IsTheSameWhereItsDepthComesWithIdentifiers)
+{
+    AddRect(kGrey, {10, 5, 40, 50}, 0.0f, 1);
+    AddRect(kGrey, {30, 15, 50, 30}, 8.0f, 2);
+    for (const bool perspective : {false, true})
+    {
+        if (perspective)
+        {
+            UsePerspective(100.0f);
+        }
+        renderer->SetEdges(std::nullopt);
+        const Picture plain = Draw();
+        const Picture alone = DrawOcclusion();
+        EXPECT_NE(alone, plain);
+        for (const Identity identity : {Identity::Object, Identity::Group})
+        {
+            EdgeLook unseen;
+            unseen.weight = 0.0f;
+            unseen.identity = identity;
+            renderer->SetEdges(unseen);
+            EXPECT_EQ(DrawOcclusion(), alone) << perspective << ' ' << static_cast<int>(identity);
+        }
+    }
+}
+
+TEST_F(PresentationOcclusion, LeavesNoTraceInTheDepthThatOverlaidLinesGoBy)
+{
+    AddRect(kGrey, {10, 5, 40, 50}, 0.0f, 1);
+    EdgeLook look;
+    look.identity = Identity::Object;
+    renderer->SetEdges(look);
+    DrawOcclusion();
+    EXPECT_EQ(SmoothDepthTextures(), 1) << "without steps between pixels";
+    renderer->OverlayLines(true);
+    Draw();
+    EXPECT_EQ(SmoothDepthTextures(), 0);
+    DrawOcclusion();
+    EXPECT_EQ(SmoothDepthTextures(), 1) << "that of groups";
 }
 
 TEST_F(PresentationOcclusion, LeavesLinesBehindSurfacesHidden)
