@@ -2,7 +2,10 @@
 
 #include "host/PresentationRenderer.h"
 #include "host/detail/ConstantColorScope.h"
+#include "host/detail/DrawIdKeeper.h"
+#include "host/detail/EffectInPlace.h"
 #include "host/detail/Effects.h"
+#include "host/detail/OcclusionView.h"
 #include "host/detail/SampleShadingScope.h"
 #include "host/detail/ScreenBuffer.h"
 #include "orvane/effects/DepthIdPassEffectES20.h"
@@ -12,15 +15,13 @@
 #include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshES20.h"
-#include "orvane/scene/CameraNode.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
-#include "orvane/scene/Scene.h"
 
 #include <GL/gl.h>
 #include <GL/glext.h>
 
-#include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace OV::Host
@@ -31,43 +32,6 @@ namespace
 
 /// The attribute that identifiers come from, where they are those of vertices.
 constexpr GLuint kIdentifierAttribute = 1;
-
-/// How far occlusion sees, in distances of the camera's target. Its steps are small numbers of
-/// pixels only where what is looked at lies well before the far plane.
-constexpr float kOcclusionRange = 12.0f;
-
-/// The same where there is no perspective, in depths of the view; and near over far of the
-/// perspective view that has such depths.
-constexpr float kOrthographicRange = 2.0f;
-constexpr float kOrthographicNear = 0.25f;
-
-/// The view that occlusion takes its depths for.
-struct OcclusionView
-{
-    explicit OcclusionView(const CameraNode& camera)
-    {
-        float cameraFar = 1.0f;
-        camera.GetNearFar(nearDistance, cameraFar);
-        if (camera.GetProjection() != CameraNode::Perspective)
-        {
-            nearDistance = kOrthographicNear;
-            farDistance = 1.0f;
-            depthShare = 1.0 / kOrthographicRange;
-            return;
-        }
-        farDistance = std::max(kOcclusionRange * camera.GetDistanceToTarget(), cameraFar);
-        // Depths are far / (far - near) * (1 - near / distance).
-        const double share = static_cast<double>(farDistance) * (cameraFar - nearDistance)
-            / (static_cast<double>(cameraFar) * (farDistance - nearDistance));
-        depthShare = share > 0.0 && share <= 1.0 ? share : 1.0;
-    }
-
-    float nearDistance = 0.0f;
-    float farDistance = 1.0f;
-
-    /// What the camera's depths are multiplied by to be those of a far plane that is farther.
-    double depthShare = 1.0;
-};
 
 GLint Query(GLenum name)
 {
@@ -101,8 +65,8 @@ Detail::ScreenBuffer& MadeOnce(std::unique_ptr<Detail::ScreenBuffer>& buffer, eR
 }
 
 /// What drawing over the screen changes, for the length of a scope: from the state that the
-/// passes over a scene leave to the same, without blending. The alpha of the picture stays: who lays it over
-/// something else wants what is drawn over it as opaque as what it is on.
+/// passes over a scene leave to the same, without blending. The alpha of the picture stays: who
+/// lays it over something else wants what is drawn over it as opaque as what it is on.
 class OverScreenScope
 {
 public:
@@ -151,97 +115,6 @@ public:
 private:
     GLint m_function = GL_LESS;
     std::array<float, 2> m_range;
-};
-
-/// Puts an effect in the place of what materials draw a pass with, for the length of a scope.
-class EffectInPlace
-{
-public:
-    EffectInPlace(const std::vector<RenderItemES20>& items, RenderPass pass, EffectES20& effect)
-    {
-        const MeshStyleES20* last = nullptr;
-        for (const RenderItemES20& item : items)
-        {
-            if (item.style == last)
-            {
-                continue;
-            }
-            last = item.style;
-            if (auto* const material = dynamic_cast<MaterialES20*>(item.style))
-            {
-                EffectES20*& slot = material->passEffects[pass];
-                m_replaced.emplace_back(&slot, slot);
-                slot = &effect;
-            }
-        }
-    }
-
-    ~EffectInPlace()
-    {
-        // Backwards: a style that is listed twice was replaced twice.
-        for (auto it = m_replaced.rbegin(); it != m_replaced.rend(); ++it)
-        {
-            *it->first = it->second;
-        }
-    }
-
-    EffectInPlace(const EffectInPlace&) = delete;
-    EffectInPlace& operator=(const EffectInPlace&) = delete;
-
-private:
-    std::vector<std::pair<EffectES20**, EffectES20*>> m_replaced;
-};
-
-/// Gives draw IDs back that being drawn uses up, at the end of a scope: who draws besides the
-/// frame must not take a mesh out of it.
-class DrawIdKeeper
-{
-public:
-    explicit DrawIdKeeper(const Scene& scene) : m_id(scene.GetUpdateID())
-    {
-        for (const auto* list : {&scene.GetOptimizedMaterials(), &scene.GetAlphaMaterials()})
-        {
-            for (Material* material : *list)
-            {
-                if (material->UsingDrawID() && material->ReadyToDraw())
-                {
-                    m_materials.push_back(material);
-                }
-            }
-        }
-    }
-
-    /// Before they are drawn.
-    void Keep(const std::vector<RenderItemES20>& items)
-    {
-        for (const RenderItemES20& item : items)
-        {
-            if (item.mesh->UsingDrawID() && item.mesh->ReadyToDraw())
-            {
-                m_meshes.push_back(item.mesh);
-            }
-        }
-    }
-
-    ~DrawIdKeeper()
-    {
-        for (Material* material : m_materials)
-        {
-            material->SetDrawID(m_id);
-        }
-        for (Mesh* mesh : m_meshes)
-        {
-            mesh->SetDrawID(m_id);
-        }
-    }
-
-    DrawIdKeeper(const DrawIdKeeper&) = delete;
-    DrawIdKeeper& operator=(const DrawIdKeeper&) = delete;
-
-private:
-    unsigned int m_id;
-    std::vector<Material*> m_materials;
-    std::vector<Mesh*> m_meshes;
 };
 
 } // namespace
@@ -333,13 +206,13 @@ void PresentationRenderer::DrawSurfaces(Scene& scene, CameraNode& camera, Materi
     {
         return;
     }
-    DrawIdKeeper drawIds(scene);
+    Detail::DrawIdKeeper drawIds(scene);
     ListItems(scene, cameraData);
     ListSurfaces(true);
     drawIds.Keep(m_surfaces);
     bufferPool.GenerateVBOs();
     PrepareSurfaces();
-    const EffectInPlace inPlace(m_surfaces, RenderPassDepthIdSecond, effect);
+    const Detail::EffectInPlace inPlace(m_surfaces, RenderPassDepthIdSecond, effect);
     RenderItemList(cameraData, m_surfaces, RenderPassDepthIdSecond);
     MeshES20::ResetBufferCache();
 }
@@ -372,7 +245,7 @@ bool PresentationRenderer::DrawOffscreen(const CameraNode& camera, CameraNodeES2
     m_screen.framebuffer = static_cast<unsigned int>(Query(GL_FRAMEBUFFER_BINDING));
     m_screen.multisampled = Query(GL_SAMPLE_BUFFERS) != 0;
     glGetFloatv(GL_DEPTH_RANGE, m_screen.depthRange.data());
-    m_screen.depthShare = OcclusionView(camera).depthShare;
+    m_screen.depthShare = Detail::OcclusionView(camera).depthShare;
     const bool dithered = glIsEnabled(GL_DITHER);
     PrepareSurfaces();
     glClearColor(0.0f, 0.0f, 0.0f, 0.0f);
@@ -513,7 +386,7 @@ void PresentationRenderer::DrawOcclusion(const CameraNode& camera)
         return;
     }
     picture.CopyFrom(m_screen.framebuffer, m_screen.multisampled);
-    const OcclusionView view(camera);
+    const Detail::OcclusionView view(camera);
     m_occlusionEffect->SetNearFar(view.nearDistance, view.farDistance);
     m_occlusionEffect->SetDimensions(width, height);
     m_occlusionEffect->SetDepthTexture(static_cast<int>(depth->GetTarget().GetDepthTexture()));
