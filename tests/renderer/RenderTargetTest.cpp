@@ -36,6 +36,18 @@ std::string Call(const char* name, std::vector<double> numbers)
     return CallText(name, numbers);
 }
 
+Names Join(std::initializer_list<Names> lists)
+{
+    Names all;
+    for (const Names& list : lists)
+    {
+        all.insert(all.end(), list.begin(), list.end());
+    }
+    return all;
+}
+
+const std::string kCheck = Call("glCheckFramebufferStatus", {GL_FRAMEBUFFER});
+
 class RenderTargetTest : public ::testing::Test
 {
 protected:
@@ -87,6 +99,26 @@ protected:
                     {GL_FRAMEBUFFER, double(attachment), GL_RENDERBUFFER, double(name)});
     }
 
+    /// How a target of the usual size gets its colour.
+    static Names ColorPart(const OpenRenderTarget& target)
+    {
+        return Join({TextureSetUp(target.colorTexture),
+                     {TextureImage(GL_RGBA, GL_UNSIGNED_BYTE),
+                      AttachTexture(GL_COLOR_ATTACHMENT0, target.colorTexture), kCheck}});
+    }
+
+    /// How it gets its depth, without stencil: a renderbuffer first, then the texture in its place.
+    static Names DepthPart(const OpenRenderTarget& target)
+    {
+        return Join({{Call("glBindRenderbuffer", {GL_RENDERBUFFER, double(target.depthRenderbuffer)}),
+                      Call("glRenderbufferStorage", {GL_RENDERBUFFER, GL_DEPTH_COMPONENT16, 40, 30}),
+                      AttachRenderbuffer(GL_DEPTH_ATTACHMENT, target.depthRenderbuffer), kCheck},
+                     TextureSetUp(target.depthTexture),
+                     {TextureImage(GL_DEPTH_COMPONENT, GL_UNSIGNED_INT),
+                      AttachTexture(GL_DEPTH_ATTACHMENT, target.depthTexture),
+                      Call("glBindTexture", {GL_TEXTURE_2D, 0}), kCheck}});
+    }
+
     /// The calls that make buffers, without those that make names or ask for errors.
     Names Making()
     {
@@ -108,18 +140,6 @@ protected:
 
     GLRecorder gl;
 };
-
-Names Join(std::initializer_list<Names> lists)
-{
-    Names all;
-    for (const Names& list : lists)
-    {
-        all.insert(all.end(), list.begin(), list.end());
-    }
-    return all;
-}
-
-const std::string kCheck = Call("glCheckFramebufferStatus", {GL_FRAMEBUFFER});
 
 /// Lets the nth question for completeness, from 1, and all later ones be answered with no.
 class IncompleteFrom
@@ -199,9 +219,7 @@ TEST_F(RenderTargetTest, AColourTargetIsMadeInOrder)
     OpenRenderTarget target(RenderTargetProfileColor);
     target.SetDimensions(40, 30);
     EXPECT_TRUE(target.initialized);
-    EXPECT_EQ(Making(), Framed(target, Join({TextureSetUp(target.colorTexture),
-                                             {TextureImage(GL_RGBA, GL_UNSIGNED_BYTE),
-                                              AttachTexture(GL_COLOR_ATTACHMENT0, target.colorTexture), kCheck}})));
+    EXPECT_EQ(Making(), Framed(target, ColorPart(target)));
     EXPECT_EQ(target.savedFramebuffer, kHostFramebuffer);
     EXPECT_EQ(target.savedRenderbuffer, kHostRenderbuffer);
 }
@@ -221,16 +239,7 @@ TEST_F(RenderTargetTest, ADepthTargetIsMadeInOrderAndHasNoColour)
     OpenRenderTarget target(RenderTargetProfileDepth);
     target.SetDimensions(40, 30);
     EXPECT_TRUE(target.initialized);
-    const unsigned renderbuffer = target.depthRenderbuffer;
-    EXPECT_EQ(
-        Making(),
-        Framed(target, Join({{Call("glBindRenderbuffer", {GL_RENDERBUFFER, double(renderbuffer)}),
-                              Call("glRenderbufferStorage", {GL_RENDERBUFFER, GL_DEPTH_COMPONENT16, 40, 30}),
-                              AttachRenderbuffer(GL_DEPTH_ATTACHMENT, renderbuffer), kCheck},
-                             TextureSetUp(target.depthTexture),
-                             {TextureImage(GL_DEPTH_COMPONENT, GL_UNSIGNED_INT),
-                              AttachTexture(GL_DEPTH_ATTACHMENT, target.depthTexture),
-                              Call("glBindTexture", {GL_TEXTURE_2D, 0}), kCheck}})));
+    EXPECT_EQ(Making(), Framed(target, DepthPart(target)));
     EXPECT_EQ(target.GetColorTexture(), 0u);
     EXPECT_NE(target.GetDepthTexture(), 0u);
     EXPECT_EQ(gl.Count("glFramebufferTexture2D", {GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0}), 0u);
@@ -243,19 +252,7 @@ TEST_F(RenderTargetTest, ATargetOfColourAndDepthIsMadeInOrder)
     OpenRenderTarget target(RenderTargetProfileColorDepth);
     target.SetDimensions(40, 30);
     EXPECT_TRUE(target.initialized);
-    const unsigned renderbuffer = target.depthRenderbuffer;
-    EXPECT_EQ(
-        Making(),
-        Framed(target, Join({TextureSetUp(target.colorTexture),
-                             {TextureImage(GL_RGBA, GL_UNSIGNED_BYTE),
-                              AttachTexture(GL_COLOR_ATTACHMENT0, target.colorTexture), kCheck,
-                              Call("glBindRenderbuffer", {GL_RENDERBUFFER, double(renderbuffer)}),
-                              Call("glRenderbufferStorage", {GL_RENDERBUFFER, GL_DEPTH_COMPONENT16, 40, 30}),
-                              AttachRenderbuffer(GL_DEPTH_ATTACHMENT, renderbuffer), kCheck},
-                             TextureSetUp(target.depthTexture),
-                             {TextureImage(GL_DEPTH_COMPONENT, GL_UNSIGNED_INT),
-                              AttachTexture(GL_DEPTH_ATTACHMENT, target.depthTexture),
-                              Call("glBindTexture", {GL_TEXTURE_2D, 0}), kCheck}})));
+    EXPECT_EQ(Making(), Framed(target, Join({ColorPart(target), DepthPart(target)})));
     EXPECT_EQ(gl.Count("glDrawBuffer"), 0u);
 }
 
@@ -267,10 +264,8 @@ TEST_F(RenderTargetTest, ATargetWithStencilIsMadeInOrder)
     const unsigned renderbuffer = target.depthRenderbuffer;
     EXPECT_EQ(
         Making(),
-        Framed(target, Join({TextureSetUp(target.colorTexture),
-                             {TextureImage(GL_RGBA, GL_UNSIGNED_BYTE),
-                              AttachTexture(GL_COLOR_ATTACHMENT0, target.colorTexture), kCheck,
-                              Call("glBindRenderbuffer", {GL_RENDERBUFFER, double(renderbuffer)}),
+        Framed(target, Join({ColorPart(target),
+                             {Call("glBindRenderbuffer", {GL_RENDERBUFFER, double(renderbuffer)}),
                               Call("glRenderbufferStorage", {GL_RENDERBUFFER, GL_DEPTH24_STENCIL8, 40, 30}),
                               AttachRenderbuffer(GL_DEPTH_ATTACHMENT, renderbuffer),
                               AttachRenderbuffer(GL_STENCIL_ATTACHMENT, renderbuffer), kCheck},
