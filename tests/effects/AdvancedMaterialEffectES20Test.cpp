@@ -3,8 +3,9 @@
 
 #include "orvane/effects/SkySettings.h"
 #include "orvane/scene/CameraNode.h"
+#include "tests/effects/CallTexts.h"
+#include "tests/effects/EffectChecks.h"
 #include "tests/effects/EffectSettingsGuard.h"
-#include "tests/effects/EffectStage.h"
 #include "tests/support/GLRecorder.h"
 
 #include <GL/glew.h>
@@ -57,23 +58,10 @@ protected:
 
     ~AdvancedEffect() override { stage.data.textureId = stage.data.normalMapId = stage.data.opacityMapId = 0; }
 
-    /// The lines of one call of Apply, once its program is compiled.
-    Lines Apply()
-    {
-        effect.Apply(&stage.data, &stage.camera);
-        effect.Remove();
-        gl.Clear();
-        effect.Apply(&stage.data, &stage.camera);
-        return ReadCalls(gl);
-    }
+    Lines Apply() { return ReadApply(gl, stage, effect); }
 
     /// The mask of the program in use.
-    std::uint64_t Mask() const
-    {
-        const auto found = std::find_if(effect.m_programsByOptions.begin(), effect.m_programsByOptions.end(),
-                                        [this](const auto& entry) { return entry.second == effect.m_currentProgram; });
-        return found == effect.m_programsByOptions.end() ? ~std::uint64_t{0} : found->first;
-    }
+    std::uint64_t Mask() const { return OptionsOf(effect.m_currentProgram, effect.m_programsByOptions); }
 
     Lines Bind(MeshES20& mesh)
     {
@@ -103,11 +91,6 @@ std::string Texture(GLenum target, unsigned name)
     return CallText("glBindTexture", {static_cast<double>(target), static_cast<double>(name)});
 }
 
-std::string Unit(unsigned unit)
-{
-    return CallText("glActiveTexture", {static_cast<double>(GL_TEXTURE0 + unit)});
-}
-
 std::string FrontFace(GLenum winding)
 {
     return CallText("glFrontFace", {static_cast<double>(winding)});
@@ -130,24 +113,13 @@ TYPED_TEST(AdvancedEffect, HasTheStatedUniformTable)
         expected.insert(expected.end(), {"u_isShadow", "u_sunShading"});
     }
     expected.push_back("u_meshMonochrome");
-    Lines names;
-    for (const auto& [index, name] : this->effect.m_uniformNames)
-    {
-        EXPECT_EQ(index, names.size());
-        names.push_back(name);
-    }
-    EXPECT_EQ(names, expected);
+    EXPECT_EQ(UniformTable(this->effect.m_uniformNames), expected);
 }
 
 TYPED_TEST(AdvancedEffect, BindsItsThreeAttributes)
 {
     this->effect.Apply(&this->stage.data, &this->stage.camera);
-    Lines bound;
-    for (const GLCall& call : this->gl.All("glBindAttribLocation"))
-    {
-        bound.push_back(std::to_string(call.Int(1)) + call.Text(2));
-    }
-    EXPECT_THAT(bound, ElementsAre("0a_position", "1a_normal", "2a_texture"));
+    EXPECT_THAT(BoundAttributes(this->gl), ElementsAre("0a_position", "1a_normal", "2a_texture"));
 }
 
 TYPED_TEST(AdvancedEffect, BothModelsAreNamedTheSameByTheirOptions)

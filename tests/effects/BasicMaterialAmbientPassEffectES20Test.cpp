@@ -1,8 +1,8 @@
 #include "orvane/effects/BasicMaterialAmbientPassEffectES20.h"
 
 #include "orvane/effects/SkySettings.h"
+#include "tests/effects/EffectChecks.h"
 #include "tests/effects/EffectSettingsGuard.h"
-#include "tests/effects/EffectStage.h"
 #include "tests/support/GLRecorder.h"
 
 #include <GL/glew.h>
@@ -44,14 +44,7 @@ protected:
         stage.material->SetDiffuse(Color(0.5f, 0.25f, 0.75f, 1.0f));
     }
 
-    Lines Apply()
-    {
-        effect.Apply(&stage.data, &stage.camera);
-        effect.Remove();
-        gl.Clear();
-        effect.Apply(&stage.data, &stage.camera);
-        return ReadCalls(gl);
-    }
+    Lines Apply() { return ReadApply(gl, stage, effect); }
 
     std::string Use() const { return "glUseProgram(" + std::to_string(effect.m_currentProgram) + ")"; }
 
@@ -70,22 +63,13 @@ TEST_F(BasicMaterialAmbientPass, HasTheStatedUniformTable)
                             "u_isMirrored",    "u_isShowFaceSides", "u_mvpMatrix",      "u_pointSize",
                             "u_stippleColor",  "u_stippleOffset",  "u_stippleSize",     "u_vScale",
                             "u_pocheColor",    "u_pocheColorEnabled", "u_shadowIntensity", "u_isShadow"};
-    ASSERT_EQ(effect.m_uniformNames.size(), expected.size());
-    for (unsigned int i = 0; i < expected.size(); ++i)
-    {
-        EXPECT_EQ(effect.m_uniformNames.at(i), expected[i]);
-    }
+    EXPECT_EQ(UniformTable(effect.m_uniformNames), expected);
 }
 
 TEST_F(BasicMaterialAmbientPass, BindsPositionAndTexture)
 {
-    Lines bound;
     effect.Apply(&stage.data, &stage.camera);
-    for (const GLCall& call : gl.All("glBindAttribLocation"))
-    {
-        bound.push_back(std::to_string(call.Int(1)) + call.Text(2));
-    }
-    EXPECT_THAT(bound, ElementsAre("0a_position", "1a_texture"));
+    EXPECT_THAT(BoundAttributes(gl), ElementsAre("0a_position", "1a_texture"));
 }
 
 TEST_F(BasicMaterialAmbientPass, IsNamedByItsOptions)

@@ -1,8 +1,9 @@
 #include "orvane/effects/BasicMaterialEffectES20.h"
 
 #include "orvane/effects/SkySettings.h"
+#include "tests/effects/CallTexts.h"
+#include "tests/effects/EffectChecks.h"
 #include "tests/effects/EffectSettingsGuard.h"
-#include "tests/effects/EffectStage.h"
 #include "tests/support/GLRecorder.h"
 
 #include <GL/glew.h>
@@ -47,30 +48,12 @@ class BasicMaterialEffect : public ::testing::Test
 protected:
     BasicMaterialEffect() { SkySettings::inst().SetUseFog(false); }
 
-    /// The lines of one call of Apply, once its program is compiled.
-    Lines Apply()
-    {
-        effect.Apply(&stage.data, &stage.camera);
-        effect.Remove();
-        gl.Clear();
-        effect.Apply(&stage.data, &stage.camera);
-        return ReadCalls(gl);
-    }
+    Lines Apply() { return ReadApply(gl, stage, effect); }
 
     std::string Use() const { return "glUseProgram(" + std::to_string(effect.m_currentProgram) + ")"; }
 
     /// The mask of the program in use.
-    std::uint64_t Mask() const
-    {
-        for (const auto& [mask, program] : effect.m_programsByOptions)
-        {
-            if (program == effect.m_currentProgram)
-            {
-                return mask;
-            }
-        }
-        return ~std::uint64_t{0};
-    }
+    std::uint64_t Mask() const { return OptionsOf(effect.m_currentProgram, effect.m_programsByOptions); }
 
     EffectSettingsGuard settings;
     GLRecorder gl;
@@ -78,26 +61,9 @@ protected:
     OpenEffect effect;
 };
 
-std::string Enable(GLenum capability)
-{
-    return "glEnable(" + std::to_string(capability) + ")";
-}
-
-std::string Disable(GLenum capability)
-{
-    return "glDisable(" + std::to_string(capability) + ")";
-}
-
 std::string BlendFunc(GLenum source, GLenum destination)
 {
     return "glBlendFunc(" + std::to_string(source) + ", " + std::to_string(destination) + ")";
-}
-
-const std::string kUnit0 = "glActiveTexture(" + std::to_string(GL_TEXTURE0) + ")";
-
-std::string BindTexture(unsigned int name)
-{
-    return "glBindTexture(" + std::to_string(GL_TEXTURE_2D) + ", " + std::to_string(name) + ")";
 }
 
 std::string Pointer(int attribute, int components, int stride, int offset)
@@ -119,25 +85,13 @@ TEST_F(BasicMaterialEffect, HasTheStatedUniformTable)
                             "u_pointSize",       "u_stippleColor", "u_stippleOffset",   "u_stippleSize",
                             "u_vScale",          "u_worldTransform", "u_numClipPlanes", "u_clipPlaneNormals",
                             "u_clipPlanePositions", "u_pocheColor", "u_pocheColorEnabled"};
-    ASSERT_EQ(effect.m_uniformNames.size(), expected.size());
-    unsigned int index = 0;
-    for (const auto& [key, name] : effect.m_uniformNames)
-    {
-        EXPECT_EQ(key, index);
-        EXPECT_EQ(name, expected[index]);
-        ++index;
-    }
+    EXPECT_EQ(UniformTable(effect.m_uniformNames), expected);
 }
 
 TEST_F(BasicMaterialEffect, BindsItsThreeAttributes)
 {
     effect.Apply(&stage.data, &stage.camera);
-    std::vector<std::string> bound;
-    for (const GLCall& call : gl.All("glBindAttribLocation"))
-    {
-        bound.push_back(std::to_string(call.Int(1)) + call.Text(2));
-    }
-    EXPECT_THAT(bound, ElementsAre("0a_position", "1a_normal", "2a_texture"));
+    EXPECT_THAT(BoundAttributes(gl), ElementsAre("0a_position", "1a_normal", "2a_texture"));
 }
 
 TEST_F(BasicMaterialEffect, IsNamedByItsOptions)
@@ -182,7 +136,7 @@ TEST_F(BasicMaterialEffect, AppliesAnUnlitPlainMaterialInOrder)
     stage.material->SetDiffuse(Color(0.5f, 0.125f, 1.0f));
     stage.material->pointSize = 3.0f;
     const Lines lines = Apply();
-    EXPECT_THAT(lines, ElementsAre(Use(), kUnit0, BindTexture(0), "u_enableLight(0)",
+    EXPECT_THAT(lines, ElementsAre(Use(), Unit(0), BindTexture(0), "u_enableLight(0)",
                                      "u_ambient(0.25, 0.5, 0.75, 1)", "u_color(0.5, 0.125, 1, 1)",
                                      "u_pointSize(3)"));
     EXPECT_EQ(effect.m_camera, &stage.camera);
@@ -210,7 +164,7 @@ TEST_F(BasicMaterialEffect, AppliesEverythingInOrder)
     EXPECT_THAT(lines,
                 ElementsAre(Use(), "u_fogRange(10, 20)", "u_fogColor(0.5, 0.25, 0.125, 1)",
                             "u_stippleColor(0, 1, 0, 1)", "u_stippleOffset(8)", "u_stippleSize(2)",
-                            Enable(GL_BLEND), BlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA), kUnit0,
+                            Enable(GL_BLEND), BlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA), Unit(0),
                             BindTexture(9), "u_hScale(0.5)", "u_vScale(0.25)", "u_enableLight(1)",
                             "u_ambient(0.25, 0.25, 0.25, 1)", "u_lightDir(0, 1, 0)",
                             "u_color(0.5, 0.5, 0.5, 0.5)", "u_pointSize(1)"));
@@ -547,7 +501,7 @@ TEST_F(BasicMaterialEffect, AFailedProgramIsDrawnWithInSilence)
     stage.AddLight();
     MeshES20& mesh = stage.AddMesh(EffectStage::Normals);
     stage.Update();
-    EXPECT_THAT(Apply(), ElementsAre("glUseProgram(0)", kUnit0, BindTexture(0)));
+    EXPECT_THAT(Apply(), ElementsAre("glUseProgram(0)", Unit(0), BindTexture(0)));
     effect.BindMeshAttributes(&mesh);
     effect.BindMeshUniforms(&stage.Node());
     effect.ReleaseMeshAttributes(&mesh);

@@ -3,7 +3,7 @@
 #include "orvane/math/Matrix.h"
 #include "orvane/math/Transform.h"
 #include "tests/effects/EffectSettingsGuard.h"
-#include "tests/effects/EffectStage.h"
+#include "tests/effects/EffectChecks.h"
 #include "tests/support/GLRecorder.h"
 
 #include <GL/glew.h>
@@ -146,17 +146,12 @@ TEST_F(DepthIdPass, ColoursAreReadForVertexIdentifiersOnlyAndWhereTheMeshHasThem
         mesh.colorOffset = offset;
         for (const int mode : {0, 1})
         {
+            SCOPED_TRACE(std::to_string(offset) + ' ' + std::to_string(mode));
             Use(mode);
             effect.BindMeshAttributes(&mesh);
-            EXPECT_EQ(gl.Count("glVertexAttribPointer", {0, 3, GL_FLOAT, 0, double(mesh.GetStride()),
-                                                         double(mesh.GetPositionOffset())}),
-                      1u);
-            EXPECT_EQ(gl.Count("glEnableVertexAttribArray", {0}), 1u);
+            ExpectStream(gl, mesh, 0, 3, mesh.GetPositionOffset());
             const std::size_t colors = offset >= 0 && mode == 0 ? 1 : 0;
-            EXPECT_EQ(gl.Count("glVertexAttribPointer",
-                               {1, 4, GL_FLOAT, 0, double(mesh.GetStride()), double(offset)}),
-                      colors);
-            EXPECT_EQ(gl.Count("glEnableVertexAttribArray", {1}), colors) << offset << ' ' << mode;
+            ExpectStream(gl, mesh, 1, 4, offset, colors);
             effect.ReleaseMeshAttributes(&mesh);
             EXPECT_EQ(gl.Count("glDisableVertexAttribArray", {0}), 1u);
             EXPECT_EQ(gl.Count("glDisableVertexAttribArray", {1}), colors);

@@ -1,6 +1,7 @@
 #include "orvane/effects/LineFilterEffectES20.h"
 
-#include "tests/effects/EffectStage.h"
+#include "tests/effects/CallTexts.h"
+#include "tests/effects/EffectChecks.h"
 #include "tests/support/GLRecorder.h"
 
 #include <GL/glew.h>
@@ -88,12 +89,7 @@ TEST_F(LineFilter, BindAndApplySelectProgramAndTextures)
         {
             effect.Bind();
         }
-        EXPECT_THAT(gl.Strings(),
-                    ElementsAre(CallText("glUseProgram", {double(effect.m_currentProgram)}),
-                                CallText("glActiveTexture", {GL_TEXTURE0}), CallText("glBindTexture", {GL_TEXTURE_2D, 5}),
-                                CallText("glActiveTexture", {GL_TEXTURE1}), CallText("glBindTexture", {GL_TEXTURE_2D, 6}),
-                                CallText("glActiveTexture", {GL_TEXTURE2}), CallText("glBindTexture", {GL_TEXTURE_2D, 7}),
-                                CallText("glActiveTexture", {GL_TEXTURE0})));
+        EXPECT_EQ(gl.Strings(), ProgramAndTextures(effect.m_currentProgram, {5, 6, 7}));
     }
     gl.Clear();
     effect.Remove();
@@ -136,21 +132,8 @@ TEST_F(LineFilter, TextureCoordinatesAreReadWhereTheMeshHasThemAndDisabledInAnyC
 {
     for (const EffectStage::Streams streams : {EffectStage::Bare, EffectStage::Texture})
     {
-        MeshES20& mesh = stage.AddMesh(streams);
-        const bool textured = streams == EffectStage::Texture;
-        gl.Clear();
-        effect.BindMeshAttributes(&mesh);
-        EXPECT_EQ(gl.Count("glVertexAttribPointer",
-                           {0, 3, GL_FLOAT, 0, double(mesh.GetStride()), double(mesh.GetPositionOffset())}),
-                  1u);
-        EXPECT_EQ(gl.Count("glEnableVertexAttribArray", {0}), 1u);
-        EXPECT_EQ(gl.Count("glVertexAttribPointer",
-                           {1, 2, GL_FLOAT, 0, double(mesh.GetStride()), double(mesh.GetTextureOffset())}),
-                  textured ? 1u : 0u);
-        EXPECT_EQ(gl.Count("glEnableVertexAttribArray", {1}), textured ? 1u : 0u);
-        gl.Clear();
-        effect.ReleaseMeshAttributes(&mesh);
-        EXPECT_THAT(gl.Strings(), ElementsAre("glDisableVertexAttribArray(0)", "glDisableVertexAttribArray(1)"));
+        SCOPED_TRACE(streams);
+        ExpectScreenStreams(gl, stage, effect, streams, 1);
     }
 }
 

@@ -2,7 +2,8 @@
 
 #include "orvane/effects/ScalableAmbientObscuranceEffectES20.h"
 #include "orvane/scene/CameraNode.h"
-#include "tests/effects/EffectStage.h"
+#include "tests/effects/CallTexts.h"
+#include "tests/effects/EffectChecks.h"
 #include "tests/support/GLRecorder.h"
 
 #include <GL/glew.h>
@@ -106,11 +107,8 @@ TEST_F(SSAO, ApplyAndBindTakeMistButNeverNoise)
         const std::string fragment = gl.ProgramTexts(effect.m_currentProgram).at(1);
         EXPECT_THAT(fragment, HasSubstr("#define USE_MIST\n"));
         EXPECT_THAT(fragment, Not(HasSubstr("#define USE_NOISE\n")));
-        EXPECT_THAT(gl.Strings({"glUseProgram", "glActiveTexture", "glBindTexture"}),
-                    ElementsAre(CallText("glUseProgram", {double(effect.m_currentProgram)}),
-                                CallText("glActiveTexture", {GL_TEXTURE0}), CallText("glBindTexture", {GL_TEXTURE_2D, 5}),
-                                CallText("glActiveTexture", {GL_TEXTURE1}), CallText("glBindTexture", {GL_TEXTURE_2D, 6}),
-                                CallText("glActiveTexture", {GL_TEXTURE0})));
+        EXPECT_EQ(gl.Strings({"glUseProgram", "glActiveTexture", "glBindTexture"}),
+                  ProgramAndTextures(effect.m_currentProgram, {5, 6}));
     }
     EXPECT_EQ(gl.Live(GLObjectKind::Program).size(), 1u);
     gl.Clear();
@@ -146,22 +144,9 @@ TEST_F(SSAO, TextureCoordinatesAreReadWhereTheMeshHasThemAndDisabledInAnyCase)
 {
     for (const EffectStage::Streams streams : {EffectStage::Bare, EffectStage::Texture})
     {
-        MeshES20& mesh = stage.AddMesh(streams);
-        const bool textured = streams == EffectStage::Texture;
+        SCOPED_TRACE(streams);
         effect.Bind();
-        gl.Clear();
-        effect.BindMeshAttributes(&mesh);
-        EXPECT_EQ(gl.Count("glVertexAttribPointer",
-                           {0, 3, GL_FLOAT, 0, double(mesh.GetStride()), double(mesh.GetPositionOffset())}),
-                  1u);
-        EXPECT_EQ(gl.Count("glEnableVertexAttribArray", {0}), 1u);
-        EXPECT_EQ(gl.Count("glVertexAttribPointer",
-                           {2, 2, GL_FLOAT, 0, double(mesh.GetStride()), double(mesh.GetTextureOffset())}),
-                  textured ? 1u : 0u);
-        EXPECT_EQ(gl.Count("glEnableVertexAttribArray", {2}), textured ? 1u : 0u);
-        gl.Clear();
-        effect.ReleaseMeshAttributes(&mesh);
-        EXPECT_THAT(gl.Strings(), ElementsAre("glDisableVertexAttribArray(0)", "glDisableVertexAttribArray(2)"));
+        ExpectScreenStreams(gl, stage, effect, streams, 2);
     }
 }
 
@@ -201,11 +186,7 @@ TEST(ScalableAmbientObscurance, HasTheShapeOfItsSibling)
         {
             effect.Bind();
         }
-        EXPECT_THAT(gl.Strings(),
-                    ElementsAre(CallText("glUseProgram", {double(effect.m_currentProgram)}),
-                                CallText("glActiveTexture", {GL_TEXTURE0}), CallText("glBindTexture", {GL_TEXTURE_2D, 5}),
-                                CallText("glActiveTexture", {GL_TEXTURE1}), CallText("glBindTexture", {GL_TEXTURE_2D, 6}),
-                                CallText("glActiveTexture", {GL_TEXTURE0})));
+        EXPECT_EQ(gl.Strings(), ProgramAndTextures(effect.m_currentProgram, {5, 6}));
     }
     gl.Clear();
     effect.BindMeshUniforms(nullptr);
@@ -214,17 +195,7 @@ TEST(ScalableAmbientObscurance, HasTheShapeOfItsSibling)
     EXPECT_THAT(gl.Uniform("uRenderedTextureWidth"), ElementsAre(30.0f));
     EXPECT_THAT(gl.Uniform("uRenderedTextureHeight"), ElementsAre(20.0f));
     EffectStage stage;
-    MeshES20& mesh = stage.AddMesh(EffectStage::Texture);
-    gl.Clear();
-    effect.BindMeshAttributes(&mesh);
-    const double stride = mesh.GetStride();
-    EXPECT_EQ(gl.Count("glVertexAttribPointer", {0, 3, GL_FLOAT, 0, stride, double(mesh.GetPositionOffset())}), 1u);
-    EXPECT_EQ(gl.Count("glVertexAttribPointer", {1, 2, GL_FLOAT, 0, stride, double(mesh.GetTextureOffset())}), 1u);
-    EXPECT_EQ(gl.Count("glEnableVertexAttribArray", {0}), 1u);
-    EXPECT_EQ(gl.Count("glEnableVertexAttribArray", {1}), 1u);
-    gl.Clear();
-    effect.ReleaseMeshAttributes(&mesh);
-    EXPECT_THAT(gl.Strings(), ElementsAre("glDisableVertexAttribArray(0)", "glDisableVertexAttribArray(1)"));
+    ExpectScreenStreams(gl, stage, effect, EffectStage::Texture, 1);
     gl.Clear();
     effect.Remove();
     EXPECT_THAT(gl.Calls(), IsEmpty());

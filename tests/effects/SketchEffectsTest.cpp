@@ -2,8 +2,9 @@
 #include "orvane/effects/MonotoneEffectES20.h"
 
 #include "orvane/scene/NodeMaterial.h"
+#include "tests/effects/CallTexts.h"
+#include "tests/effects/EffectChecks.h"
 #include "tests/effects/EffectSettingsGuard.h"
-#include "tests/effects/EffectStage.h"
 #include "tests/support/GLRecorder.h"
 
 #include <GL/glew.h>
@@ -61,16 +62,7 @@ protected:
         return ReadCalls(gl);
     }
 
-    Lines Names() const
-    {
-        Lines names;
-        for (const auto& [index, name] : effect.m_uniformNames)
-        {
-            EXPECT_EQ(index, names.size());
-            names.push_back(name);
-        }
-        return names;
-    }
+    Lines Names() const { return UniformTable(effect.m_uniformNames); }
 
     EffectSettingsGuard settings;
     GLRecorder gl;
@@ -80,16 +72,6 @@ protected:
 
 using CrosshatchEffect = SketchEffect<OpenCrosshatch>;
 using MonotoneEffect = SketchEffect<OpenMonotone>;
-
-std::string Texture(unsigned name)
-{
-    return CallText("glBindTexture", {GL_TEXTURE_2D, static_cast<double>(name)});
-}
-
-std::string Unit(unsigned unit)
-{
-    return CallText("glActiveTexture", {static_cast<double>(GL_TEXTURE0 + unit)});
-}
 
 } // namespace
 
@@ -129,10 +111,10 @@ TEST_F(CrosshatchEffect, AppliesAnUnlitPlainMaterialInOrder)
     const Lines lines = Apply();
     EXPECT_THAT(lines,
                 ElementsAre(CallText("glUseProgram", {static_cast<double>(effect.m_currentProgram)}), "u_hScale(1)",
-                            "u_vScale(1)", "u_enableTexture(0)", "u_ambientPass(0)", Unit(0), Texture(20), Unit(1),
-                            Texture(21), Unit(2), Texture(22), Unit(3), Texture(23), Unit(5), Texture(30), Unit(0),
-                            "u_texture0(0)", "u_texture1(1)", "u_texture2(2)", "u_texture3(3)", "u_baseTexture(4)",
-                            "u_noiseTexture(5)", "u_ambient(1, 1, 1, 1)", "u_color(1, 1, 1, 0.5)",
+                            "u_vScale(1)", "u_enableTexture(0)", "u_ambientPass(0)", Unit(0), BindTexture(20),
+                            Unit(1), BindTexture(21), Unit(2), BindTexture(22), Unit(3), BindTexture(23), Unit(5),
+                            BindTexture(30), Unit(0), "u_texture0(0)", "u_texture1(1)", "u_texture2(2)",
+                            "u_texture3(3)", "u_baseTexture(4)", "u_noiseTexture(5)", "u_ambient(1, 1, 1, 1)", "u_color(1, 1, 1, 0.5)",
                             "u_enableLight(0)"));
     EXPECT_FALSE(effect.lit);
     effect.Remove();
@@ -150,7 +132,7 @@ TEST_F(CrosshatchEffect, ATextureGoesToUnitFourWithTheScalesOfTheMaterial)
     EXPECT_THAT(lines, IsSupersetOf({"u_hScale(0.5)", "u_vScale(0.25)", "u_enableTexture(1)", "u_ambientPass(1)"}));
     const auto unit = std::find(lines.begin(), lines.end(), Unit(4));
     ASSERT_NE(unit, lines.end());
-    EXPECT_EQ(*(unit + 1), Texture(9));
+    EXPECT_EQ(*(unit + 1), BindTexture(9));
 }
 
 TEST_F(CrosshatchEffect, ANodeMaterialTakesTheInverseOfItsScalesAndOneForZero)

@@ -1,8 +1,8 @@
 #include "orvane/effects/SkyEffectES20.h"
 
 #include "orvane/effects/SkySettings.h"
+#include "tests/effects/EffectChecks.h"
 #include "tests/effects/EffectSettingsGuard.h"
-#include "tests/effects/EffectStage.h"
 #include "tests/support/GLRecorder.h"
 
 #include <GL/glew.h>
@@ -56,12 +56,7 @@ TEST_F(SkyEffect, LinksItsProgramAtConstructionAndDeletesIt)
         OpenEffect effect;
         EXPECT_NE(effect.m_currentProgram, 0u);
         EXPECT_THAT(effect.m_uniformNames, IsEmpty());
-        std::vector<std::string> bound;
-        for (const GLCall& call : gl.All("glBindAttribLocation"))
-        {
-            bound.push_back(std::to_string(call.Int(1)) + call.Text(2));
-        }
-        EXPECT_THAT(bound, ElementsAre("0a_position", "1a_texture"));
+        EXPECT_THAT(BoundAttributes(gl), ElementsAre("0a_position", "1a_texture"));
     }
     EXPECT_EQ(gl.LiveCount(), 0u);
 }

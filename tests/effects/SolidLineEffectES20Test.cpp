@@ -6,8 +6,9 @@
 #include "orvane/scene/Line.h"
 #include "orvane/scene/LineStyle.h"
 #include "orvane/scene/RawLine.h"
+#include "tests/effects/CallTexts.h"
+#include "tests/effects/EffectChecks.h"
 #include "tests/effects/EffectSettingsGuard.h"
-#include "tests/effects/EffectStage.h"
 #include "tests/support/GLRecorder.h"
 #include "tests/support/VirtualSlot.h"
 
@@ -83,17 +84,7 @@ protected:
     }
 
     /// The mask of the program in use.
-    std::uint64_t Mask() const
-    {
-        for (const auto& [mask, program] : effect.m_programsByOptions)
-        {
-            if (program == effect.m_currentProgram)
-            {
-                return mask;
-            }
-        }
-        return ~std::uint64_t{0};
-    }
+    std::uint64_t Mask() const { return OptionsOf(effect.m_currentProgram, effect.m_programsByOptions); }
 
     std::uint64_t MaskAfterApply()
     {
@@ -144,29 +135,9 @@ std::string Number(unsigned value)
     return std::to_string(value);
 }
 
-std::string Enable(GLenum capability)
-{
-    return "glEnable(" + Number(capability) + ")";
-}
-
-std::string Disable(GLenum capability)
-{
-    return "glDisable(" + Number(capability) + ")";
-}
-
 std::string DepthFunc(GLenum function)
 {
     return "glDepthFunc(" + Number(function) + ")";
-}
-
-std::string Unit(unsigned unit)
-{
-    return "glActiveTexture(" + Number(GL_TEXTURE0 + unit) + ")";
-}
-
-std::string BindTexture(unsigned name)
-{
-    return "glBindTexture(" + Number(GL_TEXTURE_2D) + ", " + Number(name) + ")";
 }
 
 std::string Pointer(int attribute, int stride, int offset)
@@ -208,25 +179,13 @@ TEST_F(SolidLineEffect, HasTheStatedUniformTable)
                             "u_orthoOffset",  "u_viewDims",            "u_vpMatrix",         "u_width",
                             "u_zfar",         "u_znear",               "u_worldTransform",   "u_numClipPlanes",
                             "u_clipPlaneNormals", "u_clipPlanePositions"};
-    ASSERT_EQ(effect.m_uniformNames.size(), expected.size());
-    unsigned int index = 0;
-    for (const auto& [key, name] : effect.m_uniformNames)
-    {
-        EXPECT_EQ(key, index);
-        EXPECT_EQ(name, expected[index]);
-        ++index;
-    }
+    EXPECT_EQ(UniformTable(effect.m_uniformNames), expected);
 }
 
 TEST_F(SolidLineEffect, BindsItsThreeAttributeNames)
 {
     effect.Apply(&style, &camera, true);
-    Calls bound;
-    for (const GLCall& call : gl.All("glBindAttribLocation"))
-    {
-        bound.push_back(std::to_string(call.Int(1)) + call.Text(2));
-    }
-    EXPECT_THAT(bound, ElementsAre("0a_startPosition", "1a_endPosition", "2a_choiceDirNone"));
+    EXPECT_THAT(BoundAttributes(gl), ElementsAre("0a_startPosition", "1a_endPosition", "2a_choiceDirNone"));
     effect.RestoreDepthState();
 }
 

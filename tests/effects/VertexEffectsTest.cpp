@@ -5,8 +5,8 @@
 #include "orvane/math/Quaternion.h"
 #include "orvane/scene/SimMaterial.h"
 #include "orvane/scene/CameraNode.h"
+#include "tests/effects/EffectChecks.h"
 #include "tests/effects/EffectSettingsGuard.h"
-#include "tests/effects/EffectStage.h"
 #include "tests/support/GLRecorder.h"
 
 #include <GL/glew.h>
@@ -61,14 +61,7 @@ class VertexEffect : public ::testing::Test
 protected:
     ~VertexEffect() override { stage.data.textureId = 0; }
 
-    Lines Apply()
-    {
-        effect.Apply(&stage.data, &stage.camera);
-        effect.Remove();
-        gl.Clear();
-        effect.Apply(&stage.data, &stage.camera);
-        return ReadCalls(gl);
-    }
+    Lines Apply() { return ReadApply(gl, stage, effect); }
 
     /// Turns camera and node, stretches both, and expects the turns alone in the normal matrix.
     void ExpectNormalsOfTheView()
@@ -117,14 +110,10 @@ using SimEffect = VertexEffect<OpenSim>;
 TEST_F(VertexColorEffect, HasTheStatedUniformTableAndName)
 {
     Apply();
-    Lines names;
-    for (const auto& [index, name] : effect.m_uniformNames)
-    {
-        names.push_back(name);
-    }
-    EXPECT_THAT(names, ElementsAre("u_enableLight", "u_lightDir", "u_mvpMatrix", "u_normalMatrix", "u_worldTransform",
-                                   "u_numClipPlanes", "u_clipPlaneNormals", "u_clipPlanePositions",
-                                   "u_clipPlaneOutlineColor", "u_clipPlaneOutlineSize"));
+    EXPECT_THAT(UniformTable(effect.m_uniformNames),
+                ElementsAre("u_enableLight", "u_lightDir", "u_mvpMatrix", "u_normalMatrix", "u_worldTransform",
+                            "u_numClipPlanes", "u_clipPlaneNormals", "u_clipPlanePositions",
+                            "u_clipPlaneOutlineColor", "u_clipPlaneOutlineSize"));
     std::string name;
     effect.CreateProgramForOptions(0, name);
     EXPECT_EQ(name, "VertexColorEffectES20");
