@@ -1,7 +1,7 @@
 #pragma once
 
 #include "bench/GLFingerprint.h"
-#include "host/HeadlessContext.h"
+#include "orvane_host/context/HeadlessContext.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,6 +1,6 @@
 #include "bench/BenchSupport.h"
 #include "bench/PatchScene.h"
-#include "host/PresentationRenderer.h"
+#include "orvane_host/present/PresentationRenderer.h"
 #include "orvane/effects/SkySettings.h"
 #include "orvane/engine/AppContext.h"
 #include "orvane/engine/CoreContext.h"

@@ -1,5 +1,5 @@
 # What an installation holds: the libraries, their headers with the folders kept, a CMake
-# package and a pkg-config file.
+# package and a pkg-config file for each library.
 include(CMakePackageConfigHelpers)
 
 set(ORVANE_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/Orvane)
@@ -42,5 +42,12 @@ install(FILES
 # The prefix is told relative to the file, so that an installation may be moved.
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX
     BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig OUTPUT_VARIABLE ORVANE_PC_TO_PREFIX)
-configure_file(${PROJECT_SOURCE_DIR}/cmake/orvane.pc.in ${PROJECT_BINARY_DIR}/orvane.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/orvane.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+function(_orvane_install_pkgconfig name)
+    configure_file(${PROJECT_SOURCE_DIR}/cmake/${name}.pc.in ${PROJECT_BINARY_DIR}/${name}.pc @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endfunction()
+
+_orvane_install_pkgconfig(orvane)
+if(ORVANE_BUILD_HOST)
+    _orvane_install_pkgconfig(orvane-host)
+endif()

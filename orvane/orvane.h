@@ -2,6 +2,12 @@
 
 /// Everything that a host may use, in one include.
 
+#include "orvane/base/DeviceConfig.h"
+#include "orvane/base/GLCheckpoint.h"
+#include "orvane/base/Lifetime.h"
+#include "orvane/base/Object.h"
+#include "orvane/base/RenderCapabilities.h"
+#include "orvane/base/WatchedPtr.h"
 #include "orvane/effects/AAEffectES20.h"
 #include "orvane/effects/AdvancedMaterialBaseES20.h"
 #include "orvane/effects/AdvancedMaterialEffectES20.h"
@@ -30,23 +36,14 @@
 #include "orvane/effects/SolidLineEffectES20.h"
 #include "orvane/effects/VertexColorEffectES20.h"
 #include "orvane/effects/WeightedAverageSecondPassEffectES20.h"
-
 #include "orvane/engine/AppContext.h"
 #include "orvane/engine/CoreContext.h"
-#include "orvane/engine/DeviceConfig.h"
-#include "orvane/engine/GLCheckpoint.h"
-#include "orvane/engine/Lifetime.h"
-#include "orvane/engine/Object.h"
-#include "orvane/engine/RenderCapabilities.h"
 #include "orvane/engine/Renderer.h"
-#include "orvane/engine/WatchedPtr.h"
-
 #include "orvane/imaging/FilePath.h"
 #include "orvane/imaging/Image.h"
 #include "orvane/imaging/ImageCodec.h"
 #include "orvane/imaging/TextureIndex.h"
 #include "orvane/imaging/TextureLoader.h"
-
 #include "orvane/math/Base64.h"
 #include "orvane/math/Color.h"
 #include "orvane/math/Matrix.h"
@@ -60,7 +57,6 @@
 #include "orvane/math/Transform.h"
 #include "orvane/math/Vector.h"
 #include "orvane/math/Vector3d.h"
-
 #include "orvane/overlay/Arrow.h"
 #include "orvane/overlay/Material2D.h"
 #include "orvane/overlay/Rect.h"
@@ -69,12 +65,10 @@
 #include "orvane/overlay/Shape2DNode.h"
 #include "orvane/overlay/Sprite.h"
 #include "orvane/overlay/Text.h"
-
 #include "orvane/platform/ESTextureLoader.h"
 #include "orvane/platform/GenericDeviceConfig.h"
 #include "orvane/platform/LinuxRenderCapabilities.h"
 #include "orvane/platform/OpenGLESRenderCapabilities.h"
-
 #include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/renderdata/LineES20.h"
 #include "orvane/renderdata/LineStyleES20.h"
@@ -86,11 +80,9 @@
 #include "orvane/renderdata/RenderPass.h"
 #include "orvane/renderdata/SharedBuffer.h"
 #include "orvane/renderdata/SharedBufferPool.h"
-
 #include "orvane/renderer/AAMode.h"
 #include "orvane/renderer/RenderTarget.h"
 #include "orvane/renderer/Renderer20.h"
-
 #include "orvane/scene/AlphaMeshNode.h"
 #include "orvane/scene/BitSet.h"
 #include "orvane/scene/CameraNode.h"

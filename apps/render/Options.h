@@ -1,8 +1,8 @@
 #pragma once
 
-#include "host/FeatureEdges.h"
-#include "host/PresentationRenderer.h"
-#include "host/ViewFit.h"
+#include "orvane_host/geometry/FeatureEdges.h"
+#include "orvane_host/present/PresentationRenderer.h"
+#include "orvane_host/view/ViewFit.h"
 #include "orvane/math/Color.h"
 #include "orvane/math/Vector.h"
 

@@ -1,7 +1,7 @@
 #include "apps/render/PickReport.h"
 
 #include "apps/render/NodePath.h"
-#include "host/Picking.h"
+#include "orvane_host/present/Picking.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"

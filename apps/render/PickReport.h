@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/ImportResult.h"
+#include "orvane_host/import/ImportResult.h"
 #include "orvane/math/Vector.h"
 
 #include <nlohmann/json_fwd.hpp>

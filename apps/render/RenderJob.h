@@ -3,7 +3,7 @@
 #include "apps/render/Options.h"
 #include "apps/render/PickReport.h"
 #include "apps/render/Stats.h"
-#include "host/ImportResult.h"
+#include "orvane_host/import/ImportResult.h"
 
 #include <memory>
 #include <vector>

@@ -1,6 +1,6 @@
 #include "apps/render/Stats.h"
 
-#include "host/HeadlessContext.h"
+#include "orvane_host/context/HeadlessContext.h"
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/scene/Line.h"
 #include "orvane/scene/LineStyle.h"

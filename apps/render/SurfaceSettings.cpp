@@ -1,8 +1,8 @@
 #include "apps/render/SurfaceSettings.h"
 
-#include "host/HatchTextures.h"
-#include "host/ImportOptions.h"
-#include "host/SectionFill.h"
+#include "orvane_host/present/HatchTextures.h"
+#include "orvane_host/import/ImportOptions.h"
+#include "orvane_host/geometry/SectionFill.h"
 #include "orvane/effects/EffectES20.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Scene.h"

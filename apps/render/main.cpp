@@ -1,7 +1,7 @@
 #include "apps/render/Options.h"
 #include "apps/render/RenderJob.h"
 #include "apps/render/Report.h"
-#include "host/ModelImporter.h"
+#include "orvane_host/import/ModelImporter.h"
 
 #include <nlohmann/json.hpp>
 

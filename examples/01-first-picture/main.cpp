@@ -1,8 +1,8 @@
 // A lit roof, drawn without a window and written to first-picture.png.
-#include <host/HeadlessContext.h>
-#include <host/ModelImporter.h>
-#include <host/ViewFit.h>
-#include <host/WritePNG.h>
+#include <orvane_host/context/HeadlessContext.h>
+#include <orvane_host/import/ModelImporter.h>
+#include <orvane_host/view/ViewFit.h>
+#include <orvane_host/output/WritePNG.h>
 #include <orvane/orvane.h>
 
 int main()

@@ -1,12 +1,12 @@
 // A model file as a presentation: a look, a sky, edges, darkened corners and a smooth picture,
 // and what is in the middle of it.
-#include <host/HeadlessContext.h>
-#include <host/ModelImporter.h>
-#include <host/Picking.h>
-#include <host/PresentationRenderer.h>
-#include <host/SceneFit.h>
-#include <host/ViewFit.h>
-#include <host/WritePNG.h>
+#include <orvane_host/context/HeadlessContext.h>
+#include <orvane_host/import/ModelImporter.h>
+#include <orvane_host/present/Picking.h>
+#include <orvane_host/present/PresentationRenderer.h>
+#include <orvane_host/view/SceneFit.h>
+#include <orvane_host/view/ViewFit.h>
+#include <orvane_host/output/WritePNG.h>
 #include <orvane/orvane.h>
 
 #include <iostream>

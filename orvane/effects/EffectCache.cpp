@@ -17,7 +17,7 @@
 #include "orvane/effects/SolidLineEffectES20.h"
 #include "orvane/effects/VertexColorEffectES20.h"
 #include "orvane/effects/WeightedAverageSecondPassEffectES20.h"
-#include "orvane/engine/Lifetime.h"
+#include "orvane/base/Lifetime.h"
 
 #include <algorithm>
 #include <iterator>

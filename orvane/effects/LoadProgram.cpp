@@ -1,6 +1,6 @@
 #include "orvane/effects/ShaderProgram.h"
 
-#include "orvane/engine/GLCheckpoint.h"
+#include "orvane/base/GLCheckpoint.h"
 #include "orvane/platform/detail/EntryPoints.h"
 
 #include <GL/glew.h>

@@ -1,6 +1,6 @@
 #include "orvane/effects/ShaderProgram.h"
 
-#include "orvane/engine/GLCheckpoint.h"
+#include "orvane/base/GLCheckpoint.h"
 #include "orvane/math/Color.h"
 #include "orvane/math/Matrix.h"
 #include "orvane/math/Matrix3x3.h"

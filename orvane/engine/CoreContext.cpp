@@ -1,7 +1,7 @@
 #include "orvane/engine/CoreContext.h"
 
-#include "orvane/engine/DeviceConfig.h"
-#include "orvane/engine/RenderCapabilities.h"
+#include "orvane/base/DeviceConfig.h"
+#include "orvane/base/RenderCapabilities.h"
 #include "orvane/overlay/Scene2D.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/Scene.h"

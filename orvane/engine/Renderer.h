@@ -1,7 +1,7 @@
 #pragma once
 
 #include "orvane/Export.h"
-#include "orvane/engine/WatchedPtr.h"
+#include "orvane/base/WatchedPtr.h"
 
 namespace OV
 {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "orvane/Export.h"
-#include "orvane/engine/Lifetime.h"
+#include "orvane/base/Lifetime.h"
 
 #include <string>
 #include <vector>

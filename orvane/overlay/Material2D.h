@@ -1,6 +1,6 @@
 #pragma once
 
-#include "orvane/engine/Lifetime.h"
+#include "orvane/base/Lifetime.h"
 #include "orvane/scene/Material.h"
 
 namespace OV

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "orvane/engine/WatchedPtr.h"
+#include "orvane/base/WatchedPtr.h"
 #include "orvane/math/Transform.h"
 #include "orvane/scene/MeshNode.h"
 

@@ -1,6 +1,6 @@
 #include "orvane/platform/ESTextureLoader.h"
 
-#include "orvane/engine/GLCheckpoint.h"
+#include "orvane/base/GLCheckpoint.h"
 #include "orvane/imaging/Image.h"
 #include "orvane/imaging/ImageCodec.h"
 #include "orvane/imaging/detail/TextRasterizer.h"

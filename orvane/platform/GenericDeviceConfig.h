@@ -1,6 +1,6 @@
 #pragma once
 
-#include "orvane/engine/DeviceConfig.h"
+#include "orvane/base/DeviceConfig.h"
 
 namespace OV::Platform::Generic
 {

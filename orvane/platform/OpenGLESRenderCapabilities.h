@@ -1,6 +1,6 @@
 #pragma once
 
-#include "orvane/engine/RenderCapabilities.h"
+#include "orvane/base/RenderCapabilities.h"
 
 #include <cstdint>
 #include <set>

@@ -1,7 +1,7 @@
 #include "orvane/renderdata/LineES20.h"
 
 #include "orvane/effects/SolidLineEffectES20.h"
-#include "orvane/engine/GLCheckpoint.h"
+#include "orvane/base/GLCheckpoint.h"
 #include "orvane/scene/Line.h"
 #include "orvane/scene/LineStyle.h"
 #include "orvane/scene/MeshNode.h"

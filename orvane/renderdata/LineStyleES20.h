@@ -1,8 +1,8 @@
 #pragma once
 
 #include "orvane/Export.h"
-#include "orvane/engine/Lifetime.h"
-#include "orvane/engine/WatchedPtr.h"
+#include "orvane/base/Lifetime.h"
+#include "orvane/base/WatchedPtr.h"
 #include "orvane/renderdata/MeshStyleES20.h"
 #include "orvane/renderdata/RenderItemES20.h"
 #include "orvane/renderdata/SharedBufferPool.h"

@@ -1,7 +1,7 @@
 #include "orvane/renderdata/MeshES20.h"
 
 #include "orvane/effects/EffectES20.h"
-#include "orvane/engine/GLCheckpoint.h"
+#include "orvane/base/GLCheckpoint.h"
 #include "orvane/renderdata/SharedBuffer.h"
 #include "orvane/renderdata/SharedBufferPool.h"
 #include "orvane/scene/Material.h"

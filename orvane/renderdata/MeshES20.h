@@ -1,8 +1,8 @@
 #pragma once
 
 #include "orvane/Export.h"
-#include "orvane/engine/Object.h"
-#include "orvane/engine/WatchedPtr.h"
+#include "orvane/base/Object.h"
+#include "orvane/base/WatchedPtr.h"
 
 #include <cstdint>
 #include <vector>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "orvane/Export.h"
-#include "orvane/engine/Object.h"
+#include "orvane/base/Object.h"
 #include "orvane/renderdata/RenderPass.h"
 
 namespace OV

@@ -1,6 +1,6 @@
 #include "orvane/renderdata/SharedBuffer.h"
 
-#include "orvane/engine/GLCheckpoint.h"
+#include "orvane/base/GLCheckpoint.h"
 #include "orvane/platform/detail/EntryPoints.h"
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshES20.h"

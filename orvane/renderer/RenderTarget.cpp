@@ -1,6 +1,6 @@
 #include "orvane/renderer/RenderTarget.h"
 
-#include "orvane/engine/GLCheckpoint.h"
+#include "orvane/base/GLCheckpoint.h"
 #include "orvane/math/Transform.h"
 #include "orvane/platform/detail/EntryPoints.h"
 #include "orvane/renderdata/MeshES20.h"

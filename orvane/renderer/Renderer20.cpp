@@ -1,7 +1,7 @@
 #include "orvane/renderer/Renderer20.h"
 
 #include "orvane/effects/EffectES20.h"
-#include "orvane/engine/RenderCapabilities.h"
+#include "orvane/base/RenderCapabilities.h"
 #include "orvane/imaging/TextureLoader.h"
 #include "orvane/math/Matrix.h"
 #include "orvane/math/Matrix3x3.h"

@@ -3,7 +3,7 @@
 #include "orvane/Export.h"
 #include "orvane/effects/EffectCache.h"
 #include "orvane/engine/Renderer.h"
-#include "orvane/engine/WatchedPtr.h"
+#include "orvane/base/WatchedPtr.h"
 #include "orvane/math/Color.h"
 #include "orvane/renderdata/RenderItemES20.h"
 #include "orvane/renderdata/RenderPass.h"

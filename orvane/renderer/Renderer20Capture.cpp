@@ -1,7 +1,7 @@
 #include "orvane/renderer/Renderer20.h"
 
 #include "orvane/effects/BaseAAES20.h"
-#include "orvane/engine/RenderCapabilities.h"
+#include "orvane/base/RenderCapabilities.h"
 #include "orvane/math/Transform.h"
 #include "orvane/platform/detail/EntryPoints.h"
 #include "orvane/renderdata/CameraNodeES20.h"

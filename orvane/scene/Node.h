@@ -1,8 +1,8 @@
 #pragma once
 
 #include "orvane/Export.h"
-#include "orvane/engine/Lifetime.h"
-#include "orvane/engine/Object.h"
+#include "orvane/base/Lifetime.h"
+#include "orvane/base/Object.h"
 #include "orvane/math/Matrix.h"
 #include "orvane/math/Matrix3x3.h"
 #include "orvane/math/Transform.h"

@@ -15,7 +15,7 @@
 #include "orvane/effects/SolidLineEffectES20.h"
 #include "orvane/effects/VertexColorEffectES20.h"
 #include "orvane/effects/WeightedAverageSecondPassEffectES20.h"
-#include "orvane/engine/Lifetime.h"
+#include "orvane/base/Lifetime.h"
 #include "tests/effects/EffectSettingsGuard.h"
 #include "tests/support/GLRecorder.h"
 

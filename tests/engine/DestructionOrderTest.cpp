@@ -4,7 +4,7 @@
 
 #include "orvane/engine/AppContext.h"
 #include "orvane/engine/CoreContext.h"
-#include "orvane/engine/RenderCapabilities.h"
+#include "orvane/base/RenderCapabilities.h"
 #include "orvane/imaging/TextureLoader.h"
 #include "orvane/renderer/Renderer20.h"
 #include "orvane/scene/CameraNode.h"

@@ -5,8 +5,8 @@
 #include "tests/support/VirtualSlot.h"
 
 #include "orvane/engine/CoreContext.h"
-#include "orvane/engine/DeviceConfig.h"
-#include "orvane/engine/RenderCapabilities.h"
+#include "orvane/base/DeviceConfig.h"
+#include "orvane/base/RenderCapabilities.h"
 #include "orvane/scene/AlphaMeshNode.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/LineStyle.h"

@@ -19,6 +19,11 @@ if(NOT WAY STREQUAL "add_subdirectory")
     run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
     file(GLOB pc ${prefix}/lib*/pkgconfig/orvane.pc ${prefix}/lib*/*/pkgconfig/orvane.pc)
     cmake_path(GET pc PARENT_PATH pkgconfig_dir)
+    # A system's include folder is shared: nothing may be laid into it beside the two of the project.
+    file(GLOB included RELATIVE ${prefix}/include ${prefix}/include/*)
+    if(NOT "${included}" STREQUAL "orvane;orvane_host")
+        message(FATAL_ERROR "the include folder holds ${included}")
+    endif()
     set(ENV{PKG_CONFIG_PATH} ${pkgconfig_dir})
 endif()
 run(${CMAKE_COMMAND} -S ${consumer} -B ${SCRATCH}/build -G ${GENERATOR}

@@ -1,4 +1,4 @@
-#include "orvane/engine/DeviceConfig.h"
+#include "orvane/base/DeviceConfig.h"
 
 #include "tests/support/VirtualSlot.h"
 

@@ -1,4 +1,4 @@
-#include "orvane/engine/RenderCapabilities.h"
+#include "orvane/base/RenderCapabilities.h"
 
 #include "tests/support/GLRecorder.h"
 #include "tests/support/VirtualSlot.h"

@@ -2,7 +2,7 @@
 
 #include "orvane/engine/AppContext.h"
 #include "orvane/engine/CoreContext.h"
-#include "orvane/engine/RenderCapabilities.h"
+#include "orvane/base/RenderCapabilities.h"
 #include "orvane/platform/detail/EntryPoints.h"
 #include "orvane/scene/CameraNode.h"
 #include "tests/effects/EffectSettingsGuard.h"

@@ -1,6 +1,6 @@
 #include "orvane/engine/AppContext.h"
 #include "orvane/engine/CoreContext.h"
-#include "orvane/engine/RenderCapabilities.h"
+#include "orvane/base/RenderCapabilities.h"
 #include "orvane/renderdata/SharedBuffer.h"
 #include "orvane/scene/CameraNode.h"
 #include "tests/renderer/RendererDoubles.h"

@@ -2,7 +2,7 @@
 
 #include "orvane/engine/AppContext.h"
 #include "orvane/engine/CoreContext.h"
-#include "orvane/engine/RenderCapabilities.h"
+#include "orvane/base/RenderCapabilities.h"
 #include "orvane/overlay/Scene2D.h"
 #include "orvane/renderdata/SharedBuffer.h"
 #include "orvane/scene/AlphaMeshNode.h"

@@ -1,6 +1,6 @@
 #include "orvane/scene/Node.h"
 
-#include "orvane/engine/WatchedPtr.h"
+#include "orvane/base/WatchedPtr.h"
 #include "tests/scene/SceneDoubles.h"
 #include "tests/support/VirtualSlot.h"
 

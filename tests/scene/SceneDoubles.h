@@ -1,6 +1,6 @@
 #pragma once
 
-#include "orvane/engine/Object.h"
+#include "orvane/base/Object.h"
 #include "orvane/math/Sphere.h"
 #include "orvane/math/Transform.h"
 #include "orvane/math/Vector.h"

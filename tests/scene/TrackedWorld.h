@@ -1,7 +1,7 @@
 #pragma once
 
-#include "orvane/engine/Object.h"
-#include "orvane/engine/WatchedPtr.h"
+#include "orvane/base/Object.h"
+#include "orvane/base/WatchedPtr.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/LightNode.h"
 #include "orvane/scene/Line.h"

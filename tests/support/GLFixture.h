@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/HeadlessContext.h"
+#include "orvane_host/context/HeadlessContext.h"
 #include "tests/support/GLState.h"
 #include "tests/support/Picture.h"
 

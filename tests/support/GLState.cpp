@@ -1,6 +1,6 @@
 #include "tests/support/GLState.h"
 
-#include "host/HeadlessContext.h"
+#include "orvane_host/context/HeadlessContext.h"
 
 #include <GL/gl.h>
 #include <GL/glext.h>

@@ -1,6 +1,6 @@
 #include "tests/support/Golden.h"
 
-#include "host/WritePNG.h"
+#include "orvane_host/output/WritePNG.h"
 #include "orvane/imaging/FilePath.h"
 #include "orvane/imaging/Image.h"
 #include "orvane/imaging/ImageCodec.h"

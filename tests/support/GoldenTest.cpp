@@ -1,6 +1,6 @@
 #include "tests/support/Golden.h"
 
-#include "host/WritePNG.h"
+#include "orvane_host/output/WritePNG.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

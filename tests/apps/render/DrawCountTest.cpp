@@ -1,7 +1,7 @@
 #include "apps/render/Report.h"
 #include "apps/render/Stats.h"
 
-#include "host/SceneRenderer.h"
+#include "orvane_host/present/SceneRenderer.h"
 #include "orvane/engine/AppContext.h"
 #include "orvane/engine/CoreContext.h"
 #include "orvane/scene/CameraNode.h"

@@ -1,8 +1,8 @@
 #include "tests/apps/render/RenderTool.h"
 #include "tests/apps/render/SolidSection.h"
 
-#include "host/ModelImporter.h"
-#include "host/ViewFit.h"
+#include "orvane_host/import/ModelImporter.h"
+#include "orvane_host/view/ViewFit.h"
 #include "orvane/math/Matrix.h"
 #include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/scene/CameraNode.h"

@@ -1,6 +1,6 @@
 #include "tests/apps/render/RenderTool.h"
 
-#include "host/WritePNG.h"
+#include "orvane_host/output/WritePNG.h"
 
 #include <algorithm>
 #include <cmath>

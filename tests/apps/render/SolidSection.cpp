@@ -1,6 +1,6 @@
 #include "tests/apps/render/SolidSection.h"
 
-#include "host/detail/ClosedShells.h"
+#include "orvane_host/geometry/detail/ClosedShells.h"
 #include "orvane/math/Matrix.h"
 #include "orvane/math/Transform.h"
 #include "orvane/scene/Material.h"

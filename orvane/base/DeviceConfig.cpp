@@ -1,0 +1,12 @@
+#include "orvane/base/DeviceConfig.h"
+
+namespace OV
+{
+
+DeviceConfig::~DeviceConfig() = default;
+
+void DeviceConfig::SetDisplayScale(float)
+{
+}
+
+}  // namespace OV

@@ -1,0 +1,10 @@
+#include "orvane/base/GLCheckpoint.h"
+
+namespace OV
+{
+
+void OV_GL_CHECKPOINT()
+{
+}
+
+}  // namespace OV

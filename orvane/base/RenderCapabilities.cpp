@@ -1,0 +1,8 @@
+#include "orvane/base/RenderCapabilities.h"
+
+namespace OV
+{
+
+RenderCapabilities::~RenderCapabilities() = default;
+
+}  // namespace OV

@@ -1,0 +1,369 @@
+#include "orvane_host/import/ModelImporter.h"
+
+#include "orvane_host/import/detail/AssimpReader.h"
+#include "orvane_host/import/detail/IsolatedProcess.h"
+#include "orvane_host/import/detail/ModelArchive.h"
+#include "orvane_host/import/detail/SceneBuilder.h"
+
+#include "orvane/scene/CameraNode.h"
+#include "orvane/scene/LightNode.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <exception>
+#include <fstream>
+#include <new>
+#include <sys/mman.h>
+#include <sys/stat.h>
+
+namespace OV::Host
+{
+
+namespace
+{
+
+/// Share of the whole that reading the file takes; the rest is building the scene.
+constexpr float kReadingShare = 0.8f;
+constexpr std::size_t kMaxWarnings = 50;
+constexpr std::uint64_t kFirstSeconds = 20;
+
+const char* RemedyFor(ImportStatus status)
+{
+    switch (status)
+    {
+    case ImportStatus::NotFound:
+        return "Check the spelling of the path";
+    case ImportStatus::NotReadable:
+        return "Choose a regular file that you may read";
+    case ImportStatus::TooLarge:
+    case ImportStatus::LimitExceeded:
+        return "Split the model, or raise the limits if you trust the file";
+    case ImportStatus::Unsupported:
+        return "Convert it to glTF, OBJ, FBX, Collada, IFC or another format that can be read";
+    case ImportStatus::Malformed:
+        return "Check that the file is complete, or export it again";
+    case ImportStatus::OutOfMemory:
+        return "Split the model, close other programs, or raise the memory limit";
+    case ImportStatus::TimedOut:
+        return "Simplify the model, or raise the time limits if you trust the file";
+    case ImportStatus::Crashed:
+        return "The file is damaged or beyond the parser: export it again, or to another format";
+    case ImportStatus::Cancelled:
+        return "Import it again to have it";
+    default:
+        return "Try again, and export the model to another format if that fails too";
+    }
+}
+
+const char* ReasonFor(ImportStatus status)
+{
+    switch (status)
+    {
+    case ImportStatus::OutOfMemory:
+        return "it takes more memory than there is or than the limit allows";
+    case ImportStatus::TimedOut:
+        return "it takes longer than the limit allows";
+    case ImportStatus::LimitExceeded:
+        return "it holds more than the limits allow";
+    case ImportStatus::Crashed:
+        return "the importer crashed on this file";
+    case ImportStatus::Cancelled:
+        return "the import was cancelled";
+    default:
+        return "something unforeseen went wrong";
+    }
+}
+
+/// Leaves no scene behind, whatever had been made.
+void Fail(ImportResult& result, ImportStatus status, const std::string& reason = std::string())
+{
+    const std::string file = result.error.file;
+    result = ImportResult();
+    result.status = status;
+    result.error.file = file;
+    result.error.reason = reason.empty() ? ReasonFor(status) : reason;
+    result.error.remedy = RemedyFor(status);
+}
+
+/// Passes shares on as percentages that never fall.
+class Progress
+{
+public:
+    explicit Progress(const std::function<bool(float)>& callback) : m_callback(callback) {}
+
+    bool operator()(float share)
+    {
+        m_percent = std::max(m_percent, std::clamp(share, 0.0f, 1.0f) * 100.0f);
+        return !m_callback || m_callback(m_percent);
+    }
+
+private:
+    const std::function<bool(float)>& m_callback;
+    float m_percent = 0.0f;
+};
+
+/// Pictures would be taken for point clouds or worse by some parsers.
+bool IsPicture(const std::string& path)
+{
+    char start[4] = {};
+    std::ifstream(path, std::ios::in | std::ios::binary).read(start, sizeof(start));
+    return std::memcmp(start, "\x89PNG", 4) == 0 || std::memcmp(start, "\xFF\xD8\xFF", 3) == 0;
+}
+
+/// @return Done when the file can be handed to the parser.
+ReadOutcome CheckFile(const std::string& path, const ImportLimits& limits, std::uint64_t& size)
+{
+    if (path.empty() || path.find('\0') != std::string::npos)
+    {
+        return {ImportStatus::NotFound, "the path is empty or no path"};
+    }
+    struct stat info = {};
+    if (stat(path.c_str(), &info) != 0)
+    {
+        const bool isMissing = errno == ENOENT || errno == ENOTDIR;
+        return {isMissing ? ImportStatus::NotFound : ImportStatus::NotReadable,
+                isMissing ? "there is no such file" : std::strerror(errno)};
+    }
+    if (!S_ISREG(info.st_mode))
+    {
+        return {ImportStatus::NotReadable,
+                S_ISDIR(info.st_mode) ? "it is a folder" : "it is no regular file"};
+    }
+    errno = 0;
+    if (!std::ifstream(path, std::ios::in | std::ios::binary))
+    {
+        return {ImportStatus::NotReadable, errno ? std::strerror(errno) : "it does not open"};
+    }
+    size = static_cast<std::uint64_t>(info.st_size);
+    if (size == 0)
+    {
+        return {ImportStatus::Malformed, "it is empty"};
+    }
+    if (size > limits.fileBytes)
+    {
+        return {ImportStatus::TooLarge, "it has more than " + std::to_string(limits.fileBytes) + " bytes"};
+    }
+    if (IsPicture(path))
+    {
+        return {ImportStatus::Unsupported, "it is a picture, not a model"};
+    }
+    return {};
+}
+
+/// Reads without an exception getting out of it.
+ReadOutcome ReadGuarded(const std::string& path, const ImportOptions& options, const ReadHooks& hooks,
+                        ModelData& model)
+{
+    try
+    {
+        return ReadWithAssimp(path, options, hooks, model);
+    }
+    catch (const std::bad_alloc&)
+    {
+        return {ImportStatus::OutOfMemory, std::string()};
+    }
+    catch (const std::exception& error)
+    {
+        return {ImportStatus::Malformed, error.what()};
+    }
+}
+
+IsolationLimits IsolationLimitsOf(const ImportLimits& limits)
+{
+    IsolationLimits isolation;
+    isolation.memoryBytes = limits.memoryBytes;
+    // What memory could not hold need not be carried over.
+    isolation.outputBytes = limits.memoryBytes;
+    isolation.cpuSeconds = limits.cpuSeconds;
+    isolation.wallSeconds = limits.wallSeconds;
+    return isolation;
+}
+
+ReadOutcome OutcomeOf(const IsolationOutcome& isolated)
+{
+    switch (isolated.end)
+    {
+    case IsolationEnd::Finished:
+        return {};
+    case IsolationEnd::OutOfMemory:
+        return {ImportStatus::OutOfMemory, std::string()};
+    case IsolationEnd::OutOfTime:
+        return {ImportStatus::TimedOut, std::string()};
+    case IsolationEnd::TooMuchOutput:
+        return {ImportStatus::LimitExceeded, std::string()};
+    case IsolationEnd::Cancelled:
+        return {ImportStatus::Cancelled, std::string()};
+    case IsolationEnd::NotStarted:
+        return {ImportStatus::Failed, "no process could be started to read it in"};
+    case IsolationEnd::Crashed:
+        break;
+    }
+    const std::string signal = isolated.signal ? std::string(" (") + strsignal(isolated.signal) + ")" : "";
+    return {ImportStatus::Crashed, ReasonFor(ImportStatus::Crashed) + signal};
+}
+
+ReadOutcome ReadArchive(const IsolationOutcome& isolated, ModelData& model)
+{
+    const ReadOutcome damaged = {ImportStatus::Crashed, std::string()};
+    const std::size_t size = isolated.outputBytes;
+    void* bytes =
+        size ? mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_POPULATE, isolated.output, 0) : MAP_FAILED;
+    if (bytes == MAP_FAILED)
+    {
+        return damaged;
+    }
+    model.keepAlive.push_back(std::shared_ptr<const void>(bytes, [size](const void* mapped)
+                                                          { munmap(const_cast<void*>(mapped), size); }));
+    ArchiveReader archive(bytes, size);
+    ReadOutcome outcome;
+    archive.Value(outcome.status);
+    archive.Text(outcome.reason);
+    if (!archive.IsGood())
+    {
+        return damaged;
+    }
+    if (outcome.status == ImportStatus::Done && !ReadModel(archive, model))
+    {
+        return damaged;
+    }
+    return outcome;
+}
+
+ReadOutcome ReadIsolated(const std::string& path, const ImportOptions& options,
+                         const std::function<bool(float)>& progress, ModelData& model)
+{
+    const auto work = [&path, &options](IsolatedWork& side)
+    {
+        ReadHooks hooks;
+        hooks.progress = [&side](float share)
+        {
+            side.Report(share);
+            return true;
+        };
+        // A small file that keeps the parser busy for long has caught it in a loop.
+        hooks.opened = [&side, &options](std::uint64_t bytes)
+        { side.AllowSeconds(kFirstSeconds + bytes * options.limits.cpuSecondsPerMegabyte / 1'000'000); };
+        ModelData parsed;
+        const ReadOutcome outcome = ReadGuarded(path, options, hooks, parsed);
+        ArchiveWriter archive(side.Output());
+        archive.Value(outcome.status);
+        archive.Text(outcome.reason);
+        if (outcome.status == ImportStatus::Done)
+        {
+            WriteModel(archive, parsed);
+        }
+        if (!archive.Finish())
+        {
+            throw std::bad_alloc();
+        }
+    };
+    const IsolationOutcome isolated = RunIsolated(IsolationLimitsOf(options.limits), work, progress);
+    const ReadOutcome outcome = OutcomeOf(isolated);
+    return outcome.status == ImportStatus::Done ? ReadArchive(isolated, model) : outcome;
+}
+
+void LimitWarnings(std::vector<std::string>& warnings)
+{
+    if (warnings.size() > kMaxWarnings)
+    {
+        const std::size_t more = warnings.size() - kMaxWarnings;
+        warnings.resize(kMaxWarnings);
+        warnings.push_back("And " + std::to_string(more) + " more of the kind.");
+    }
+}
+
+void ImportUnguarded(const std::string& path, const ImportOptions& options, ImportResult& result)
+{
+    std::uint64_t fileBytes = 0;
+    ReadOutcome outcome = CheckFile(path, options.limits, fileBytes);
+    Progress progress(options.progress);
+    ModelData model;
+    if (outcome.status == ImportStatus::Done)
+    {
+        // What the host's callback throws must not be taken for trouble with the file.
+        std::exception_ptr thrown;
+        const auto reading = [&progress, &thrown](float share)
+        {
+            try
+            {
+                return !thrown && progress(share * kReadingShare);
+            }
+            catch (...)
+            {
+                thrown = std::current_exception();
+                return false;
+            }
+        };
+        outcome = options.isolate ? ReadIsolated(path, options, reading, model)
+                                  : ReadGuarded(path, options, {reading, nullptr}, model);
+        if (thrown)
+        {
+            std::rethrow_exception(thrown);
+        }
+    }
+    if (outcome.status != ImportStatus::Done)
+    {
+        Fail(result, outcome.status, outcome.reason);
+        return;
+    }
+    result.report.fileBytes = fileBytes;
+    const auto building = [&progress](float share)
+    { return progress(kReadingShare + share * (1.0f - kReadingShare)); };
+    BuildScene(model, path, options, building, result);
+    if (!result.scene)
+    {
+        Fail(result, result.status, result.error.reason);
+        return;
+    }
+    LimitWarnings(result.report.warnings);
+    progress(1.0f);
+}
+
+} // namespace
+
+ImportResult ModelImporter::Import(const std::string& path, const ImportOptions& options)
+{
+    ImportResult result;
+    result.error.file = path;
+    try
+    {
+        ImportUnguarded(path, options, result);
+    }
+    catch (const std::bad_alloc&)
+    {
+        Fail(result, ImportStatus::OutOfMemory);
+    }
+    catch (const std::exception& error)
+    {
+        Fail(result, ImportStatus::Failed, error.what());
+    }
+    catch (...)
+    {
+        // A host's progress callback may throw anything.
+        Fail(result, ImportStatus::Failed);
+    }
+    return result;
+}
+
+std::vector<ImportFormat> ModelImporter::ListFormats()
+{
+    return ListAssimpFormats();
+}
+
+LightNode* ModelImporter::AddDefaultLights(Scene& scene, float ambientLevel)
+{
+    if (!scene.GetLights().empty())
+    {
+        return nullptr;
+    }
+    const float strength = 1.0f - std::clamp(ambientLevel, 0.0f, 1.0f);
+    auto* light = new LightNode(&scene);
+    light->SetColor(strength, strength, strength);
+    light->SetAmbient(1.0f, 1.0f, 1.0f);
+    light->SetLocalDirection(Vector(0.35f, -0.6f, -1.0f));
+    scene.GetCameraNode()->AddChild(light, false);
+    return light;
+}
+
+} // namespace OV::Host

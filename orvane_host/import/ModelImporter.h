@@ -1,0 +1,45 @@
+#pragma once
+
+#include "orvane_host/import/ImportOptions.h"
+#include "orvane_host/import/ImportResult.h"
+
+#include <string>
+#include <vector>
+
+namespace OV::Host
+{
+
+/// Reads model files of many formats into a Scene.
+///
+/// Geometry that the file places several times is held once: one RawMesh and one Mesh
+/// with several nodes. Meshes above 65,536 vertices come out as several. Needs no GL
+/// context, may run on any thread, and disturbs none that exists.
+class ModelImporter
+{
+public:
+    /// Reads one file. Throws nothing: whatever goes wrong is told in the result.
+    ///
+    /// Pictures in files of their own are only located here; the renderer loads them.
+    /// Embedded ones are decoded into Material::pixels. Maps are loaded from files in any case:
+    /// an embedded one lies in a file in memory that lives as long as its material.
+    ///
+    /// Maps are those that the file names for normals and for opacity. Where the format has one
+    /// word for normals and heights, the picture's colours decide, and heights are left out. A
+    /// map on other texture coordinates than the picture of the colours is left out too.
+    ///
+    /// @param path UTF-8, or whatever bytes name the file.
+    static ImportResult Import(const std::string& path, const ImportOptions& options = ImportOptions());
+
+    /// All formats that can be read, by name.
+    static std::vector<ImportFormat> ListFormats();
+
+    /// Gives a scene without lights one that shines past the viewer's left shoulder and
+    /// follows the view. The light becomes a child of the scene's camera at the moment of
+    /// the call, which must stand in the scene's tree.
+    ///
+    /// @param ambientLevel the one that the materials were imported with.
+    /// @return the light, or null with nothing changed where the scene has a light already.
+    static LightNode* AddDefaultLights(Scene& scene, float ambientLevel = ImportOptions().ambientLevel);
+};
+
+} // namespace OV::Host

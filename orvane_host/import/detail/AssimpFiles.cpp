@@ -1,0 +1,87 @@
+#include "orvane_host/import/detail/AssimpFiles.h"
+
+#include <assimp/IOStream.hpp>
+
+#include <cstring>
+#include <memory>
+#include <stdexcept>
+#include <sys/stat.h>
+#include <utility>
+
+namespace OV::Host
+{
+
+namespace
+{
+
+/// Reads in vain that a parser may make at the end of a file before it counts as lost.
+constexpr int kMaxVainReads = 1000;
+
+/// A stream that ends parsers which go on reading at the end of a file for ever.
+class GuardedStream : public Assimp::IOStream
+{
+public:
+    explicit GuardedStream(Assimp::IOStream* stream) : m_stream(stream) {}
+
+    std::size_t Read(void* buffer, std::size_t size, std::size_t count) override
+    {
+        const std::size_t read = m_stream->Read(buffer, size, count);
+        m_vainReads = read > 0 || size == 0 || count == 0 ? 0 : m_vainReads + 1;
+        if (m_vainReads > kMaxVainReads)
+        {
+            throw std::runtime_error("the file ends too early");
+        }
+        return read;
+    }
+
+    std::size_t Write(const void*, std::size_t, std::size_t) override { return 0; }
+
+    aiReturn Seek(std::size_t offset, aiOrigin origin) override { return m_stream->Seek(offset, origin); }
+
+    std::size_t Tell() const override { return m_stream->Tell(); }
+
+    std::size_t FileSize() const override { return m_stream->FileSize(); }
+
+    void Flush() override {}
+
+private:
+    std::unique_ptr<Assimp::IOStream> m_stream;
+    int m_vainReads = 0;
+};
+
+} // namespace
+
+AssimpFiles::AssimpFiles(const std::string& modelPath, std::uint64_t maxBytes,
+                         std::function<void(std::uint64_t)> opened)
+    : m_finder(modelPath), m_maxBytes(maxBytes), m_opened(std::move(opened))
+{
+}
+
+bool AssimpFiles::Exists(const char* file) const
+{
+    return IsRegularFile(file) || !m_finder.Find(file).empty();
+}
+
+Assimp::IOStream* AssimpFiles::Open(const char* file, const char* mode)
+{
+    if (std::strpbrk(mode, "wa+"))
+    {
+        return nullptr;
+    }
+    const std::string path = IsRegularFile(file) ? std::string(file) : m_finder.Find(file);
+    struct stat info = {};
+    if (path.empty() || stat(path.c_str(), &info) != 0 ||
+        static_cast<std::uint64_t>(info.st_size) > m_maxBytes)
+    {
+        return nullptr;
+    }
+    m_openedBytes += static_cast<std::uint64_t>(info.st_size);
+    if (m_opened)
+    {
+        m_opened(m_openedBytes);
+    }
+    Assimp::IOStream* stream = DefaultIOSystem::Open(path.c_str(), mode);
+    return stream ? new GuardedStream(stream) : nullptr;
+}
+
+} // namespace OV::Host

@@ -1,0 +1,310 @@
+#include "orvane_host/import/detail/AssimpReader.h"
+
+#include "orvane_host/import/detail/AssimpFiles.h"
+#include "orvane_host/import/detail/AssimpFlattener.h"
+#include "orvane_host/import/detail/AssimpNormals.h"
+#include "orvane_host/import/detail/AssimpTextures.h"
+
+#include <assimp/Importer.hpp>
+#include <assimp/ProgressHandler.hpp>
+#include <assimp/importerdesc.h>
+#include <assimp/postprocess.h>
+#include <assimp/scene.h>
+
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <sstream>
+
+namespace OV::Host
+{
+
+namespace
+{
+
+/// Comparing every mesh with every other one stops to pay.
+constexpr unsigned int kMaxMeshesCompared = 20'000;
+
+constexpr unsigned int kUnwanted =
+    aiComponent_TANGENTS_AND_BITANGENTS | aiComponent_BONEWEIGHTS | aiComponent_ANIMATIONS;
+
+class ProgressRelay : public Assimp::ProgressHandler
+{
+public:
+    explicit ProgressRelay(const std::function<bool(float)>& progress) : m_progress(progress) {}
+
+    bool Update(float share) override
+    {
+        // The parser does not stop on false; the answer is asked for again between the steps.
+        if (share >= 0.0f && m_progress && !m_progress(share))
+        {
+            m_isCancelled = true;
+        }
+        return !m_isCancelled;
+    }
+
+    bool IsCancelled() const { return m_isCancelled; }
+
+private:
+    const std::function<bool(float)>& m_progress;
+    bool m_isCancelled = false;
+};
+
+ReadOutcome FailureOf(const std::string& text)
+{
+    if (text.find("No suitable reader") != std::string::npos)
+    {
+        return {ImportStatus::Unsupported, "it is of no format that can be read"};
+    }
+    if (text.find("bad_alloc") != std::string::npos)
+    {
+        return {ImportStatus::OutOfMemory, std::string()};
+    }
+    return {ImportStatus::Malformed, text.empty() ? "the parser gave no reason" : text};
+}
+
+ReadOutcome AboveLimit(const char* what, std::uint64_t limit)
+{
+    return {ImportStatus::LimitExceeded, "it has more than " + std::to_string(limit) + " " + what};
+}
+
+ReadOutcome CheckTree(const aiNode& root, const ImportLimits& limits)
+{
+    struct Level
+    {
+        const aiNode* node;
+        std::uint32_t depth;
+    };
+    std::vector<Level> open = {{&root, 0}};
+    std::uint64_t nodes = 0;
+    while (!open.empty())
+    {
+        const Level level = open.back();
+        open.pop_back();
+        if (!level.node)
+        {
+            continue;
+        }
+        nodes += 1 + std::uint64_t(level.node->mNumMeshes);
+        if (nodes > limits.nodes)
+        {
+            return AboveLimit("nodes and places of meshes", limits.nodes);
+        }
+        if (level.depth > limits.depth)
+        {
+            return AboveLimit("levels of nodes", limits.depth);
+        }
+        for (unsigned int i = 0; i < level.node->mNumChildren; ++i)
+        {
+            open.push_back({level.node->mChildren[i], level.depth + 1});
+        }
+    }
+    return {};
+}
+
+ReadOutcome CheckLimits(const aiScene& scene, const ImportLimits& limits)
+{
+    if (!scene.mRootNode)
+    {
+        return {ImportStatus::Malformed, "it holds no nodes"};
+    }
+    std::uint64_t vertices = 0;
+    std::uint64_t faces = 0;
+    for (unsigned int i = 0; i < scene.mNumMeshes; ++i)
+    {
+        vertices += scene.mMeshes[i]->mNumVertices;
+        faces += scene.mMeshes[i]->mNumFaces;
+    }
+    if (vertices > limits.vertices)
+    {
+        return AboveLimit("vertices", limits.vertices);
+    }
+    if (faces > limits.faces)
+    {
+        return AboveLimit("faces", limits.faces);
+    }
+    return CheckTree(*scene.mRootNode, limits);
+}
+
+/// Takes null pointers out of the lists of children, and notes which meshes are placed.
+/// @return whether there were any.
+bool DropLostNodes(aiNode& root, std::vector<bool>& isPlaced)
+{
+    bool isAnyLost = false;
+    std::vector<aiNode*> open = {&root};
+    while (!open.empty())
+    {
+        aiNode& node = *open.back();
+        open.pop_back();
+        aiNode** const end = node.mChildren + node.mNumChildren;
+        aiNode** const kept = std::remove(node.mChildren, end, nullptr);
+        isAnyLost = isAnyLost || kept != end;
+        node.mNumChildren = static_cast<unsigned int>(kept - node.mChildren);
+        open.insert(open.end(), node.mChildren, kept);
+        for (unsigned int i = 0; i < node.mNumMeshes; ++i)
+        {
+            isPlaced.at(node.mMeshes[i]) = true;
+        }
+    }
+    return isAnyLost;
+}
+
+void AppendMeshes(aiNode& node, const std::vector<unsigned int>& meshes)
+{
+    std::vector<unsigned int> all(node.mMeshes, node.mMeshes + node.mNumMeshes);
+    all.insert(all.end(), meshes.begin(), meshes.end());
+    // The node deletes its array as one.
+    std::unique_ptr<unsigned int[]> array(new unsigned int[all.size()]);
+    std::copy(all.begin(), all.end(), array.get());
+    delete[] node.mMeshes;
+    node.mMeshes = array.release();
+    node.mNumMeshes = static_cast<unsigned int>(all.size());
+}
+
+/// Makes good what some parsers leave out, at which the later steps take offence or crash.
+void Complete(aiScene& scene)
+{
+    for (unsigned int i = 0; i < scene.mNumMeshes; ++i)
+    {
+        // A mesh without any face is of no kind.
+        if (scene.mMeshes[i]->mPrimitiveTypes == 0)
+        {
+            scene.mMeshes[i]->mPrimitiveTypes = aiPrimitiveType_TRIANGLE;
+        }
+    }
+    std::vector<bool> isPlaced(scene.mNumMeshes);
+    if (!DropLostNodes(*scene.mRootNode, isPlaced))
+    {
+        return;
+    }
+    // The parser of raw triangle files keeps only the last of several nodes.
+    std::vector<unsigned int> lost;
+    for (unsigned int i = 0; i < scene.mNumMeshes; ++i)
+    {
+        if (!isPlaced[i])
+        {
+            lost.push_back(i);
+        }
+    }
+    AppendMeshes(*scene.mRootNode, lost);
+}
+
+unsigned int StepsBeforeNormals(const aiScene& scene, const std::string& format)
+{
+    unsigned int steps = aiProcess_RemoveComponent | aiProcess_RemoveRedundantMaterials |
+                         aiProcess_GenUVCoords | aiProcess_Triangulate | aiProcess_SortByPType |
+                         aiProcess_OptimizeMeshes;
+    if (!IsGltf(format))
+    {
+        steps |= aiProcess_TransformUVCoords;
+    }
+    if (scene.mNumMeshes <= kMaxMeshesCompared)
+    {
+        steps |= aiProcess_FindInstances;
+    }
+    return steps;
+}
+
+std::string FormatOf(const Assimp::Importer& importer)
+{
+    const int index = importer.GetPropertyInteger("importerIndex", -1);
+    const aiImporterDesc* description =
+        index >= 0 ? importer.GetImporterInfo(static_cast<std::size_t>(index)) : nullptr;
+    std::string name = description ? description->mName : "unknown format";
+    const std::string tail = " Importer";
+    const std::size_t at = name.find(tail);
+    if (at != std::string::npos)
+    {
+        name.erase(at, tail.size());
+    }
+    return name;
+}
+
+} // namespace
+
+ReadOutcome ReadWithAssimp(const std::string& path, const ImportOptions& options, const ReadHooks& hooks,
+                           ModelData& model)
+{
+    auto importer = std::make_shared<Assimp::Importer>();
+    auto* relay = new ProgressRelay(hooks.progress);
+    importer->SetProgressHandler(relay);
+    importer->SetIOHandler(new AssimpFiles(path, options.limits.fileBytes, hooks.opened));
+    importer->SetPropertyInteger(AI_CONFIG_PP_RVC_FLAGS, static_cast<int>(kUnwanted));
+    importer->SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, options.smoothingAngle);
+    const ReadOutcome cancelled = {ImportStatus::Cancelled, std::string()};
+
+    const aiScene* scene = importer->ReadFile(path, 0);
+    if (relay->IsCancelled())
+    {
+        return cancelled;
+    }
+    if (!scene)
+    {
+        return FailureOf(importer->GetErrorString());
+    }
+    model.format = FormatOf(*importer);
+    ReadOutcome outcome = CheckLimits(*scene, options.limits);
+    if (outcome.status != ImportStatus::Done)
+    {
+        return outcome;
+    }
+
+    // The scene is the importer's own, which leaves it open to changes between steps.
+    Complete(const_cast<aiScene&>(*scene));
+    scene = importer->ApplyPostProcessing(StepsBeforeNormals(*scene, model.format));
+    if (scene && !relay->IsCancelled())
+    {
+        const bool isSeparated = SeparateCornersWithoutNormals(const_cast<aiScene&>(*scene));
+        unsigned int steps = aiProcess_GenSmoothNormals;
+        if (isSeparated || !IsGltf(model.format))
+        {
+            // The slowest step by far, and in vain where the file shares its vertices itself.
+            steps |= aiProcess_JoinIdenticalVertices;
+        }
+        scene = importer->ApplyPostProcessing(steps);
+    }
+    if (relay->IsCancelled())
+    {
+        return cancelled;
+    }
+    if (!scene)
+    {
+        return FailureOf(importer->GetErrorString());
+    }
+    outcome = CheckLimits(*scene, options.limits);
+    if (outcome.status == ImportStatus::Done)
+    {
+        model.keepAlive.push_back(importer);
+        FlattenScene(*scene, options.limits, model);
+    }
+    return outcome;
+}
+
+std::vector<ImportFormat> ListAssimpFormats()
+{
+    std::map<std::string, std::vector<std::string>> byName;
+    const Assimp::Importer importer;
+    for (std::size_t i = 0; i < importer.GetImporterCount(); ++i)
+    {
+        const aiImporterDesc* description = importer.GetImporterInfo(i);
+        if (!description || !description->mFileExtensions)
+        {
+            continue;
+        }
+        std::istringstream words(description->mFileExtensions);
+        std::vector<std::string>& extensions = byName[description->mName];
+        for (std::string word; words >> word;)
+        {
+            extensions.push_back(word);
+        }
+    }
+    std::vector<ImportFormat> formats;
+    for (auto& entry : byName)
+    {
+        std::sort(entry.second.begin(), entry.second.end());
+        formats.push_back({entry.first, entry.second});
+    }
+    return formats;
+}
+
+} // namespace OV::Host

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "orvane_host/import/ImportOptions.h"
+#include "orvane_host/import/ImportResult.h"
+#include "orvane_host/import/detail/MapBuilder.h"
+#include "orvane_host/import/detail/ModelData.h"
+#include "orvane_host/import/detail/PictureReader.h"
+
+#include <map>
+#include <string>
+#include <utility>
+
+namespace OV
+{
+
+class Material;
+
+} // namespace OV
+
+namespace OV::Host
+{
+
+/// Makes the scene's materials of a model, each when it is first asked for.
+class MaterialBuilder
+{
+public:
+    /// All arguments must outlive the builder; counts and warnings go to the report.
+    MaterialBuilder(const ModelData& model, const std::string& modelPath, const ImportOptions& options,
+                    Scene& scene, ImportReport& report);
+
+    /// @return a material of the scene. An index that the model lacks gives a plain grey.
+    Material& Get(std::uint32_t index, PrimitiveKind kind);
+
+private:
+    void SetColors(const MaterialData& data, Material& material) const;
+    /// @return whether pixels of the picture can be other than opaque.
+    bool SetTexture(const MaterialData& data, ImportedMaterial& material);
+    bool SetPixels(FoundPicture& picture, Material& material);
+
+    const ModelData& m_model;
+    const ImportOptions& m_options;
+    Scene& m_scene;
+    ImportReport& m_report;
+    PictureReader m_pictures;
+    MapBuilder m_maps;
+    std::map<std::pair<std::uint32_t, PrimitiveKind>, Material*> m_materials;
+};
+
+} // namespace OV::Host

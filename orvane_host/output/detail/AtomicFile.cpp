@@ -1,0 +1,212 @@
+#include "orvane_host/output/detail/AtomicFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <optional>
+
+namespace OV::Host::Detail
+{
+
+namespace
+{
+
+std::string Explain(int code)
+{
+    const std::string reason = std::strerror(code);
+    switch (code)
+    {
+    case ENOENT: return "there is no such folder; create it or choose another";
+    case ENOTDIR: return "a part of the path is no folder; choose another";
+    case EISDIR: return "this is a folder; name a file in it";
+    case EACCES:
+    case EPERM: return "it may not be written (" + reason + "); choose another place or change the rights";
+    case EROFS: return "the file system is read-only; choose another place";
+    case ENOSPC:
+    case EDQUOT: return "there is no room left (" + reason + "); free some or choose another place";
+    case EFBIG: return "the file would be larger than allowed here; raise the limit or ask for a smaller picture";
+    case ENAMETOOLONG: return "the name is too long; choose a shorter one";
+    case EPIPE: return "nobody reads the pipe any more; keep its reader alive";
+    default: return "it could not be written (" + reason + "); choose another place";
+    }
+}
+
+bool Fail(int code, std::string& error)
+{
+    error = Explain(code);
+    return false;
+}
+
+/// Where the bytes go, and how.
+struct Target
+{
+    std::string path;
+    std::string folder;
+    std::optional<mode_t> mode; ///< of the file that is there already
+    bool isPlain = true;        ///< a file, here or to be; else a device or a pipe
+};
+
+/// The path behind links, so that a link stays a link.
+std::string FollowLinks(const std::string& path)
+{
+    const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(path.c_str(), nullptr), &std::free);
+    return resolved ? resolved.get() : path;
+}
+
+bool FindTarget(const std::string& path, Target& target, std::string& error)
+{
+    if (path.empty())
+    {
+        error = "no file name was given; name one";
+        return false;
+    }
+    struct stat existing{};
+    const bool exists = ::stat(path.c_str(), &existing) == 0;
+    if ((exists && S_ISDIR(existing.st_mode)) || path.back() == '/')
+    {
+        return Fail(EISDIR, error);
+    }
+    target.path = path;
+    if (exists)
+    {
+        if (::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0)
+        {
+            return Fail(errno, error);
+        }
+        target.isPlain = S_ISREG(existing.st_mode);
+        target.mode = existing.st_mode & 0777;
+        target.path = target.isPlain ? FollowLinks(path) : path;
+    }
+    else if (errno != ENOENT)
+    {
+        return Fail(errno, error);
+    }
+    const std::size_t slash = target.path.rfind('/');
+    target.folder = slash == std::string::npos ? "./" : target.path.substr(0, slash + 1);
+    return true;
+}
+
+/// A file that is gone at the end of its scope unless it was put in its place.
+class TemporaryFile
+{
+public:
+    explicit TemporaryFile(const std::string& folder)
+    {
+        static std::atomic<unsigned int> counter{0};
+        do
+        {
+            // A short name: the longest that the file system takes is fine for the file itself.
+            m_path = folder + ".orvane-" + std::to_string(::getpid()) + "-" + std::to_string(counter++);
+            m_descriptor = ::open(m_path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        } while (m_descriptor < 0 && errno == EEXIST);
+        m_exists = m_descriptor >= 0;
+    }
+
+    ~TemporaryFile()
+    {
+        Close();
+        if (m_exists)
+        {
+            ::unlink(m_path.c_str());
+        }
+    }
+
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    int Descriptor() const { return m_descriptor; }
+
+    bool MoveTo(const std::string& path, const std::optional<mode_t>& mode)
+    {
+        if ((mode && ::fchmod(m_descriptor, *mode) != 0) || ::fsync(m_descriptor) != 0 || !Close()
+            || ::rename(m_path.c_str(), path.c_str()) != 0)
+        {
+            return false;
+        }
+        m_exists = false;
+        return true;
+    }
+
+private:
+    bool Close()
+    {
+        const int descriptor = m_descriptor;
+        m_descriptor = -1;
+        return descriptor < 0 || ::close(descriptor) == 0;
+    }
+
+    std::string m_path;
+    int m_descriptor = -1;
+    bool m_exists = false;
+};
+
+bool WriteAll(int descriptor, const std::vector<unsigned char>& bytes)
+{
+    std::size_t done = 0;
+    while (done < bytes.size())
+    {
+        const ssize_t written = ::write(descriptor, bytes.data() + done, bytes.size() - done);
+        if (written < 0 && errno != EINTR)
+        {
+            return false;
+        }
+        done += written > 0 ? static_cast<std::size_t>(written) : 0;
+    }
+    return true;
+}
+
+bool WriteThrough(const std::string& path, const std::vector<unsigned char>& bytes, std::string& error)
+{
+    const int descriptor = ::open(path.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC);
+    if (descriptor < 0)
+    {
+        return Fail(errno, error);
+    }
+    const int trouble = WriteAll(descriptor, bytes) ? 0 : errno;
+    const bool closed = ::close(descriptor) == 0;
+    return trouble == 0 && closed ? true : Fail(trouble != 0 ? trouble : errno, error);
+}
+
+}  // namespace
+
+bool WriteFileAtomically(const std::string& path, const std::vector<unsigned char>& bytes, std::string& error)
+{
+    Target target;
+    if (!FindTarget(path, target, error))
+    {
+        return false;
+    }
+    if (!target.isPlain)
+    {
+        return WriteThrough(target.path, bytes, error);
+    }
+    TemporaryFile file(target.folder);
+    if (file.Descriptor() < 0 || !WriteAll(file.Descriptor(), bytes) || !file.MoveTo(target.path, target.mode))
+    {
+        return Fail(errno, error);
+    }
+    return true;
+}
+
+bool CanWriteFile(const std::string& path, std::string& error)
+{
+    Target target;
+    if (!FindTarget(path, target, error))
+    {
+        return false;
+    }
+    if (target.isPlain && TemporaryFile(target.folder).Descriptor() < 0)
+    {
+        return Fail(errno, error);
+    }
+    return true;
+}
+
+}  // namespace OV::Host::Detail

@@ -1,0 +1,96 @@
+#define GL_GLEXT_PROTOTYPES
+
+#include "orvane_host/present/detail/ScreenBuffer.h"
+
+#include <GL/gl.h>
+#include <GL/glext.h>
+
+namespace OV::Host::Detail
+{
+
+namespace
+{
+
+GLint Query(GLenum name)
+{
+    GLint value = 0;
+    glGetIntegerv(name, &value);
+    return value;
+}
+
+/// Those of a refusal, which whoever looks for errors knows nothing of. Bounded, since a lost
+/// context reports one for ever.
+void DropErrors()
+{
+    for (int i = 0; i < 16 && glGetError() != GL_NO_ERROR; ++i)
+    {
+    }
+}
+
+} // namespace
+
+ScreenBuffer::~ScreenBuffer()
+{
+    m_target.SetDimensions(0, 0);
+}
+
+bool ScreenBuffer::Resize(int width, int height)
+{
+    if (width == m_width && height == m_height)
+    {
+        return m_usable;
+    }
+    m_width = width;
+    m_height = height;
+    m_smooth = false;
+    const GLint limit = Query(GL_MAX_TEXTURE_SIZE);
+    if (width <= 0 || height <= 0 || width > limit || height > limit)
+    {
+        m_target.SetDimensions(0, 0);
+        m_usable = false;
+        return false;
+    }
+    const GLint framebuffer = Query(GL_FRAMEBUFFER_BINDING);
+    const GLint renderbuffer = Query(GL_RENDERBUFFER_BINDING);
+    m_target.SetDimensions(width, height);
+    // A target that fails leaves its own framebuffer bound.
+    m_usable = Query(GL_FRAMEBUFFER_BINDING) == framebuffer;
+    if (!m_usable)
+    {
+        glBindFramebuffer(GL_FRAMEBUFFER, static_cast<GLuint>(framebuffer));
+        glBindRenderbuffer(GL_RENDERBUFFER, static_cast<GLuint>(renderbuffer));
+        m_target.SetDimensions(0, 0);
+        DropErrors();
+    }
+    return m_usable;
+}
+
+void ScreenBuffer::SmoothDepth(bool smooth)
+{
+    if (m_smooth == smooth)
+    {
+        return;
+    }
+    m_smooth = smooth;
+    const GLint filter = smooth ? GL_LINEAR : GL_NEAREST;
+    glBindTexture(GL_TEXTURE_2D, m_target.GetDepthTexture());
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, filter);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, filter);
+    glBindTexture(GL_TEXTURE_2D, 0);
+}
+
+void ScreenBuffer::CopyFrom(unsigned int framebuffer, bool multisampled)
+{
+    if (!multisampled)
+    {
+        glBindTexture(GL_TEXTURE_2D, m_target.GetColorTexture());
+        glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 0, 0, m_width, m_height);
+        return;
+    }
+    // Only a blit resolves samples.
+    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, m_target.GetFramebuffer());
+    glBlitFramebuffer(0, 0, m_width, m_height, 0, 0, m_width, m_height, GL_COLOR_BUFFER_BIT, GL_NEAREST);
+    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, framebuffer);
+}
+
+} // namespace OV::Host::Detail

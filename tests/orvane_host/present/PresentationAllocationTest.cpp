@@ -1,0 +1,60 @@
+#include "orvane/scene/Scene.h"
+#include "tests/orvane_host/present/EveryFeatureScene.h"
+#include "tests/orvane_host/present/PresentationStage.h"
+#include "tests/support/HeapCount.h"
+
+#include <cstddef>
+
+namespace OV::Test
+{
+
+namespace
+{
+
+class PresentationAllocation : public PresentationStage
+{
+protected:
+    PresentationAllocation() : scene(*app.GetContext()) {}
+
+    /// What a frame takes from the heap that nothing but time parts from the one before.
+    std::size_t AllocationsOfSteadyFrame(bool capture)
+    {
+        const auto frame = [&] {
+            app.Update(0.0f);
+            app.Render(renderer.get(), capture);
+        };
+        // The first makes what it needs, and what it makes may change the list of the second.
+        frame();
+        frame();
+        frame();
+        const std::size_t before = HeapCount();
+        frame();
+        return HeapCount() - before;
+    }
+
+    EveryFeatureScene scene;
+};
+
+} // namespace
+
+TEST_F(PresentationAllocation, ASteadyFrameTakesNothingFromTheHeap)
+{
+    for (const Host::Look look : {Host::Look::Advanced, Host::Look::Crosshatch, Host::Look::VertexColor})
+    {
+        renderer->SetLook(look);
+        for (const bool stages : {false, true})
+        {
+            renderer->ShowSky(stages);
+            renderer->SetEdges(stages ? std::optional<Host::EdgeLook>(Host::EdgeLook()) : std::nullopt);
+            renderer->ShowAmbientOcclusion(stages);
+            renderer->OverlayLines(stages);
+            for (const bool capture : {false, true})
+            {
+                EXPECT_EQ(AllocationsOfSteadyFrame(capture), 0u)
+                    << static_cast<int>(look) << (stages ? " with stages" : "") << (capture ? ", captured" : "");
+            }
+        }
+    }
+}
+
+} // namespace OV::Test

@@ -1,0 +1,183 @@
+#include "orvane/renderer/AAMode.h"
+#include "orvane/scene/CameraNode.h"
+#include "orvane/scene/Scene.h"
+#include "tests/orvane_host/present/EveryFeatureScene.h"
+#include "tests/orvane_host/present/PresentationStage.h"
+#include "tests/support/GLRecorder.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace OV::Test
+{
+
+namespace
+{
+
+using Host::EdgeLook;
+using Host::Identity;
+
+/// What a stage that covers the whole screen may cost.
+constexpr std::size_t kMostCalls = 40;
+
+class PresentationCalls : public PresentationStage
+{
+protected:
+    PresentationCalls() : scene(*app.GetContext()) {}
+
+    /// The calls of the 3D part of a steady frame.
+    std::vector<GLCall> CallsOfScene()
+    {
+        Draw();
+        World().MarkDirty();
+        app.Update(0.0f);
+        renderer->BeginRender(false, Color(1, 1, 1));
+        const GLRecorder recorder(GLRecorder::Mode::Forward);
+        renderer->Render3D(&World(), &Camera());
+        std::vector<GLCall> calls = recorder.Calls();
+        renderer->EndRender();
+        return calls;
+    }
+
+    /// How many calls a whole steady frame takes.
+    std::size_t CallsOfFrame(bool capture)
+    {
+        Draw(capture);
+        World().MarkDirty();
+        app.Update(0.0f);
+        const GLRecorder recorder(GLRecorder::Mode::Forward);
+        app.Render(renderer.get(), capture);
+        return recorder.Calls().size();
+    }
+
+    /// How many calls come before the scene itself: they draw it into other buffers. The scene
+    /// begins with the last clear, and the two settings before it.
+    static std::size_t CallsBeforeScene(const std::vector<GLCall>& calls)
+    {
+        std::size_t clear = 0;
+        for (std::size_t i = 0; i < calls.size(); ++i)
+        {
+            clear = calls[i].name == "glClear" ? i : clear;
+        }
+        return clear - 2;
+    }
+
+    /// How often the scene is drawn into other buffers.
+    static std::size_t PassesOf(const std::vector<GLCall>& calls)
+    {
+        const auto isClear = [](const GLCall& call) { return call.name == "glClear"; };
+        return static_cast<std::size_t>(std::count_if(calls.begin(), calls.end(), isClear)) - 1;
+    }
+
+    /// Expects the scene to be drawn once more, in no more calls than it takes by itself, and the
+    /// rest of a stage to be cheap.
+    void ExpectCheap(const std::string& label, const std::vector<GLCall>& plain)
+    {
+        const std::vector<GLCall> calls = CallsOfScene();
+        EXPECT_EQ(PassesOf(calls), 1u) << label;
+        const std::size_t inPass = CallsBeforeScene(calls);
+        EXPECT_LE(inPass, plain.size()) << label;
+        ASSERT_GT(calls.size(), plain.size() + inPass) << label;
+        const std::size_t stage = calls.size() - plain.size() - inPass;
+        EXPECT_LE(stage, kMostCalls) << label;
+        RecordProperty("pass for " + label, static_cast<int>(inPass));
+        RecordProperty(label, static_cast<int>(stage));
+    }
+
+    static EdgeLook EdgesOf(Identity identity)
+    {
+        EdgeLook look;
+        look.identity = identity;
+        return look;
+    }
+
+    EveryFeatureScene scene;
+};
+
+} // namespace
+
+TEST_F(PresentationCalls, AStageOverTheScreenIsCheapAndAPassOverTheSceneIsNoDearerThanTheScene)
+{
+    for (const int samples : {0, 4})
+    {
+        UseFramebuffer(SmallWidth, SmallHeight, samples);
+        const std::string how = samples == 0 ? "" : " with 4 samples";
+        const std::vector<GLCall> plain = CallsOfScene();
+        EXPECT_EQ(PassesOf(plain), 0u);
+        EXPECT_EQ(CallsBeforeScene(plain), 0u);
+        RecordProperty("scene" + how, static_cast<int>(plain.size()));
+
+        renderer->ShowAmbientOcclusion(true);
+        ExpectCheap("occlusion" + how, plain);
+        renderer->ShowAmbientOcclusion(false);
+        renderer->SetEdges(EdgesOf(Identity::Group));
+        ExpectCheap("edges of groups" + how, plain);
+        renderer->SetEdges(EdgesOf(Identity::Object));
+        ExpectCheap("edges of objects" + how, plain);
+        renderer->SetEdges(std::nullopt);
+        renderer->ShowIdentifiers(true);
+        ExpectCheap("identifiers" + how, plain);
+        renderer->ShowIdentifiers(false);
+        EXPECT_EQ(CallsOfScene().size(), plain.size()) << "what is off costs nothing";
+    }
+}
+
+TEST_F(PresentationCalls, StagesShareThePassesThatTheyCanShare)
+{
+    const auto passes = [this] { return PassesOf(CallsOfScene()); };
+    renderer->OverlayLines(true);
+    EXPECT_EQ(passes(), 2u) << "both identities";
+    renderer->SetEdges(EdgesOf(Identity::Group));
+    EXPECT_EQ(passes(), 2u);
+    renderer->ShowAmbientOcclusion(true);
+    EXPECT_EQ(passes(), 2u) << "occlusion takes the depth of groups";
+    renderer->ShowLines(false);
+    EXPECT_EQ(passes(), 1u) << "or that of whatever edges need";
+    renderer->SetEdges(std::nullopt);
+    EXPECT_EQ(passes(), 1u) << "or one of its own";
+    renderer->ShowAmbientOcclusion(false);
+    EXPECT_EQ(passes(), 0u);
+}
+
+TEST_F(PresentationCalls, ACaptureIsCheapInEveryModeOfAntialiasing)
+{
+    for (const AAMode mode : {AAModeNone, AAModeMSAA, AAModeFXAA, AAModeSupersampling})
+    {
+        renderer->SetAAMode(mode);
+        const std::size_t plain = CallsOfFrame(false);
+        const std::size_t captured = CallsOfFrame(true);
+        if (mode == AAModeMSAA)
+        {
+            EXPECT_EQ(captured, plain) << "nothing is captured";
+            continue;
+        }
+        EXPECT_GT(captured, plain) << mode;
+        EXPECT_LE(captured - plain, kMostCalls) << mode;
+        RecordProperty("capture" + std::to_string(mode), static_cast<int>(captured - plain));
+    }
+}
+
+TEST_F(PresentationCalls, ASteadyFrameAsksForNoBufferAndReadsNothingBack)
+{
+    renderer->SetEdges(EdgesOf(Identity::Group));
+    renderer->ShowAmbientOcclusion(true);
+    renderer->OverlayLines(true);
+    for (const int samples : {0, 4})
+    {
+        UseFramebuffer(SmallWidth, SmallHeight, samples);
+        for (const GLCall& call : CallsOfScene())
+        {
+            for (const char* dear : {"glGen", "glDelete", "glTexImage2D", "glRenderbufferStorage", "glBufferData",
+                                     "glCheckFramebufferStatus", "glReadPixels", "glGetError", "glFinish",
+                                     "glGetUniformLocation", "glGetTexImage"})
+            {
+                EXPECT_NE(call.name.rfind(dear, 0), 0u) << call.ToString();
+            }
+        }
+    }
+}
+
+} // namespace OV::Test
