@@ -186,13 +186,16 @@ void Scene2D::ProcessZOrderedDrawItems()
 
     nearZ = std::numeric_limits<float>::max();
     farZ = -std::numeric_limits<float>::max();
-    root->UpdateCulling(nearZ, farZ);
+    if (root)
+    {
+        root->UpdateCulling(nearZ, farZ);
+    }
 }
 
 void Scene2D::SortDrawItems()
 {
     m_drawOrder.clear();
-    for (AlphaMeshNode* item : zOrderedDrawItems)
+    for (AlphaMeshNode* item : GetZOrderedDrawItems())
     {
         const Vector& localCenter = item->mesh->GetSphere().center;
         Vector center;

@@ -386,6 +386,13 @@ void Scene::Unregister(Node* node)
     {
         root = nullptr;
     }
+    for (const Node*& visited : m_treeWalks.visited)
+    {
+        if (visited == node)
+        {
+            visited = nullptr;
+        }
+    }
 }
 
 } // namespace OV
