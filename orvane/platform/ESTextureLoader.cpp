@@ -6,6 +6,7 @@
 #include "orvane/imaging/detail/TextRasterizer.h"
 #include "orvane/platform/detail/EntryPoints.h"
 #include "orvane/platform/detail/GLString.h"
+#include "orvane/platform/detail/PixelTransferScope.h"
 
 #include <GL/glew.h>
 
@@ -23,22 +24,9 @@ bool IsPowerOfTwo(int number)
     return number > 0 && (number & (number - 1)) == 0;
 }
 
-// A host may have left its own layout of pixels behind.
-void PrepareUnpacking()
-{
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
-    glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
-    glPixelStorei(GL_UNPACK_SKIP_ROWS, 0);
-    glPixelStorei(GL_UNPACK_SKIP_PIXELS, 0);
-    if (GLEW_VERSION_2_1)
-    {
-        glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
-    }
-}
-
 void UploadLevel0(GLenum target, int width, int height, const unsigned char* pixels)
 {
-    PrepareUnpacking();
+    const PixelTransferScope scope(PixelTransferScope::Direction::Upload);
     glTexImage2D(target, 0, GL_RGBA, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE, pixels);
     OV_GL_CHECKPOINT();
 }
@@ -230,7 +218,7 @@ unsigned int ESTextureLoader::CreateMipMapTexture(const FilePath& path, const st
         }
         else
         {
-            PrepareUnpacking();
+            const PixelTransferScope scope(PixelTransferScope::Direction::Upload);
             glTexSubImage2D(GL_TEXTURE_2D, static_cast<GLint>(i), 0, 0, image->width, image->height, GL_RGBA,
                             GL_UNSIGNED_BYTE, image->data);
         }

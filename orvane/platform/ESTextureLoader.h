@@ -23,9 +23,9 @@ namespace Linux
 /// Texture loader on GL, which shares the textures of files and texts among their users.
 ///
 /// The answer is never still to come. The texture unit in use is left as it is, except by
-/// CreateCubeMap, which leaves unit 0 active; nothing stays bound where a texture was made,
-/// and the pixel unpacking state is left at GL's initial values. What ImageCodec throws
-/// passes through.
+/// CreateCubeMap, which leaves unit 0 active; nothing stays bound where a texture was made.
+/// How the host lets GL unpack pixels, a bound buffer of theirs too, does no harm and stays as
+/// it is. What ImageCodec throws passes through.
 ///
 /// Its end deletes no GL texture: each one belongs to whoever asked for it.
 class ORVANE_API ESTextureLoader : public TextureLoader
