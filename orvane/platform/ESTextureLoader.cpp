@@ -3,6 +3,7 @@
 #include "orvane/base/GLCheckpoint.h"
 #include "orvane/imaging/Image.h"
 #include "orvane/imaging/ImageCodec.h"
+#include "orvane/imaging/TextureHeir.h"
 #include "orvane/imaging/detail/TextRasterizer.h"
 #include "orvane/platform/detail/EntryPoints.h"
 #include "orvane/platform/detail/GLString.h"
@@ -58,9 +59,45 @@ std::unique_ptr<Image> LoadPicture(const FilePath& path, const std::string& name
 
 }  // namespace
 
-ESTextureLoader::ESTextureLoader() = default;
+/// Gives textures back by the counts of users that the loader left.
+class ESTextureLoader::Heir : public TextureHeir
+{
+public:
+    void Release(unsigned int id) override { ReleaseFrom(cache, id); }
 
-ESTextureLoader::~ESTextureLoader() = default;
+    /// Deletes the texture with its last user, and at once one that is not shared.
+    static void ReleaseFrom(Cache& cache, unsigned int id)
+    {
+        const auto found = std::find_if(cache.begin(), cache.end(),
+                                        [id](const auto& entry) { return entry.second->textureId == id; });
+        if (found != cache.end())
+        {
+            if (found->second->refCount > 1)
+            {
+                --found->second->refCount;
+                return;
+            }
+            cache.erase(found);
+        }
+        const GLuint texture = id;
+        glDeleteTextures(1, &texture);
+        OV_GL_CHECKPOINT();
+    }
+
+    Cache cache;
+};
+
+ESTextureLoader::ESTextureLoader() :
+    m_heir(std::make_shared<Heir>())
+{
+    SetHeir(m_heir);
+}
+
+// Handed over as it is: an end that takes memory could fail.
+ESTextureLoader::~ESTextureLoader()
+{
+    m_heir->cache = std::move(cache);
+}
 
 void ESTextureLoader::CheckExtensions()
 {
@@ -271,20 +308,7 @@ unsigned int ESTextureLoader::CreateCubeMap(const FilePath& path, const std::vec
 
 bool ESTextureLoader::ReleaseTexture(unsigned int id)
 {
-    const auto found =
-        std::find_if(cache.begin(), cache.end(), [id](const auto& entry) { return entry.second->textureId == id; });
-    if (found != cache.end())
-    {
-        if (found->second->refCount > 1)
-        {
-            --found->second->refCount;
-            return true;
-        }
-        cache.erase(found);
-    }
-    const GLuint texture = id;
-    glDeleteTextures(1, &texture);
-    OV_GL_CHECKPOINT();
+    Heir::ReleaseFrom(cache, id);
     return true;
 }
 
