@@ -578,9 +578,9 @@ void MaterialES20::ReleaseTextures()
 {
     for (unsigned int* id : {&textureId, &normalMapId, &opacityMapId})
     {
-        if (*id != 0 && textureLoader)
+        if (*id != 0)
         {
-            textureLoader->ReleaseTexture(*id);
+            textureLoader.Release(*id);
         }
         *id = 0;
     }

@@ -3,6 +3,7 @@
 #include "orvane/base/GLCheckpoint.h"
 #include "orvane/math/Transform.h"
 #include "orvane/platform/detail/EntryPoints.h"
+#include "orvane/platform/detail/PixelTransferScope.h"
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/renderer/detail/ScreenQuad.h"
 #include "orvane/scene/CameraNode.h"
@@ -36,6 +37,7 @@ unsigned int MakeTexture(int width, int height, GLenum format, GLenum type)
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+    const OV::Platform::PixelTransferScope scope(OV::Platform::PixelTransferScope::Direction::Upload);
     glTexImage2D(GL_TEXTURE_2D, 0, static_cast<GLint>(format), width, height, 0, format, type, nullptr);
     return texture;
 }
@@ -279,10 +281,7 @@ void RenderTarget::SaveImageTo(RenderTargetImage& image)
     image.data = static_cast<unsigned char*>(std::calloc(size > 0 ? size : 1, 1));
     if (image.data && size > 0)
     {
-        glPixelStorei(GL_PACK_ALIGNMENT, 4);
-        glPixelStorei(GL_PACK_ROW_LENGTH, 0);
-        glPixelStorei(GL_PACK_SKIP_ROWS, 0);
-        glPixelStorei(GL_PACK_SKIP_PIXELS, 0);
+        const OV::Platform::PixelTransferScope scope(OV::Platform::PixelTransferScope::Direction::Read);
         glReadPixels(0, 0, width, height, GL_RGBA, GL_UNSIGNED_BYTE, image.data);
     }
     glBindFramebuffer(GL_FRAMEBUFFER, bound);

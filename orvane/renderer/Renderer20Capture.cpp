@@ -4,6 +4,7 @@
 #include "orvane/base/RenderCapabilities.h"
 #include "orvane/math/Transform.h"
 #include "orvane/platform/detail/EntryPoints.h"
+#include "orvane/platform/detail/PixelTransferScope.h"
 #include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/renderer/detail/ScreenQuad.h"
@@ -168,6 +169,7 @@ void Renderer20::SetupAntialiasBuffers()
     {
         return;
     }
+    const Platform::PixelTransferScope scope(Platform::PixelTransferScope::Direction::Upload);
     onScreenFramebuffer = CurrentBinding(GL_FRAMEBUFFER_BINDING);
     onScreenRenderbuffer = CurrentBinding(GL_RENDERBUFFER_BINDING);
     offscreenWidth = static_cast<int>(static_cast<float>(width) * devicePixelRatio);

@@ -167,9 +167,9 @@ HatchTextures::~HatchTextures()
 {
     for (const unsigned int texture : m_textures)
     {
-        if (texture != 0 && m_loader)
+        if (texture != 0)
         {
-            m_loader->ReleaseTexture(texture);
+            m_loader.Release(texture);
         }
     }
 }

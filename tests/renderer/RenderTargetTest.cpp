@@ -584,14 +584,21 @@ TEST_F(RenderTargetTest, SavingSetsThePackStateThatItReliesOn)
 {
     OpenRenderTarget target(RenderTargetProfileColor);
     target.SetDimensions(3, 2);
+    const std::vector<std::pair<int, int>> settings = {
+        {GL_PACK_ALIGNMENT, 4}, {GL_PACK_ROW_LENGTH, 0}, {GL_PACK_SKIP_ROWS, 0}, {GL_PACK_SKIP_PIXELS, 0}};
+    for (const auto& [name, value] : settings)
+    {
+        glPixelStorei(static_cast<GLenum>(name), 8);
+    }
     gl.Clear();
     RenderTarget::RenderTargetImage image;
     target.SaveImageTo(image);
     const std::size_t read = gl.IndexOf("glReadPixels");
-    for (const auto& [name, value] : {std::pair{GL_PACK_ALIGNMENT, 4}, std::pair{GL_PACK_ROW_LENGTH, 0},
-                                      std::pair{GL_PACK_SKIP_ROWS, 0}, std::pair{GL_PACK_SKIP_PIXELS, 0}})
+    ASSERT_LT(read, gl.Calls().size());
+    for (const auto& [name, value] : settings)
     {
         EXPECT_LT(gl.IndexOf("glPixelStorei", {double(name), double(value)}), read) << name;
+        EXPECT_LT(gl.IndexOf("glPixelStorei", {double(name), 8}, read), gl.Calls().size()) << name << " put back";
     }
 }
 

@@ -1,10 +1,14 @@
 #include "orvane_host/present/HatchTextures.h"
 
+#include "tests/support/GLFixture.h"
+
+#include <GL/gl.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
+#include <memory>
 #include <numeric>
 #include <vector>
 
@@ -35,6 +39,11 @@ double Jump(const std::vector<unsigned char>& ink, int from, int to, bool turned
     }
     return sum / kSize;
 }
+
+/// Its end fails the test when a texture is left.
+class HatchTexturesGL : public OV::Test::GLFixture
+{
+};
 
 } // namespace
 
@@ -109,4 +118,13 @@ TEST(HatchTextures, HaveAnEvenToneAllOver)
 TEST(HatchTextures, AreTheSameEveryTime)
 {
     EXPECT_EQ(HatchTextures::DrawTone(3), HatchTextures::DrawTone(3));
+}
+
+TEST_F(HatchTexturesGL, GoWithTheirUserAfterTheEndOfTheLoader)
+{
+    std::unique_ptr<OV::TextureLoader> loader(OV::TextureLoader::Create());
+    const HatchTextures textures(*loader);
+    EXPECT_TRUE(glIsTexture(textures.GetTexture(0)));
+    loader.reset();
+    EXPECT_TRUE(glIsTexture(textures.GetTexture(0)));
 }
