@@ -183,7 +183,6 @@ protected:
     {
         auto* const light = new LightNode(scene);
         scene->GetRoot()->AddChild(light, false);
-        scene->AddLightNode(light);
 
         Material& red = AddColor(Color(1.0f, 0.0f, 0.0f, 1.0f));
         AddQuad(red, {40, 40, 50, 50}, 0.0f);

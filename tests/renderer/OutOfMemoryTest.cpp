@@ -84,7 +84,6 @@ struct FullContext
         Scene& scene = *context.GetContext()->GetScene();
         auto* const light = new LightNode(&scene);
         scene.GetRoot()->AddChild(light, false);
-        scene.AddLightNode(light);
         ScenePart last;
         for (int i = 0; i < 6; ++i)
         {
