@@ -227,10 +227,7 @@ void Renderer20::BeginRender(bool capture, Color const& color)
         glBindFramebuffer(GL_FRAMEBUFFER, multisampled ? msaaFramebuffer : onScreenFramebuffer);
     }
     Detail::SetFrameState();
-    if (width > 0 && height > 0)
-    {
-        glViewport(0, 0, width, height);
-    }
+    RestoreViewport();
     glClearColor(color.r, color.g, color.b, color.a);
     Clear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
     // As Render3D leaves them: a layer drawn first takes them over, and the first frame has to
@@ -421,6 +418,20 @@ MaterialES20* Renderer20::MaterialDataOf(Material& material)
         material.SetRenderData(data);
     }
     return data;
+}
+
+void Renderer20::RestoreViewport() const
+{
+    if (width <= 0 || height <= 0)
+    {
+        return;
+    }
+    GLint viewport[4] = {0, 0, 0, 0};
+    glGetIntegerv(GL_VIEWPORT, viewport);
+    if (viewport[0] != 0 || viewport[1] != 0 || viewport[2] != width || viewport[3] != height)
+    {
+        glViewport(0, 0, width, height);
+    }
 }
 
 void Renderer20::Clear(unsigned int mask)

@@ -53,8 +53,8 @@ public:
     /// are still alive. Render data on scene objects stays and becomes inert.
     ~Renderer20() override;
 
-    /// Sets the size of the screen in pixels and the viewport. GL. A capture keeps its size
-    /// until its buffers are cleared.
+    /// Sets the size of the screen in pixels and the viewport, to which every frame comes back.
+    /// GL. A capture keeps its size until its buffers are cleared.
     void Resize(int width, int height) override;
 
     /// Resizes, clears the capture buffers, and names what counts as the screen. GL. The scale
@@ -209,6 +209,9 @@ private:
 
     /// Truncated; the number itself where the result would not be an int.
     static int Scaled(int number, float factor);
+
+    /// Brings back the viewport of Resize where the host has set another one since.
+    void RestoreViewport() const;
 
     /// glClear with depth writes on: with them off, as a pass before may have left them, the
     /// depth buffer would keep its contents.

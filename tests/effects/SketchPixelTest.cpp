@@ -7,6 +7,7 @@
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/NodeMaterial.h"
+#include "orvane/scene/RawMesh.h"
 #include "tests/support/SketchModel.h"
 
 #include <glm/geometric.hpp>

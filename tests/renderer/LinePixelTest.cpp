@@ -1,4 +1,5 @@
 #include "orvane/effects/SolidLineEffectES20.h"
+#include "orvane/engine/CoreContext.h"
 #include "orvane/overlay/Scene2D.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/MeshNode.h"

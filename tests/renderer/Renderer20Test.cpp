@@ -273,6 +273,7 @@ TEST_F(Renderer20Test, BeginRenderBindsTheScreenOnlyWhenAskedTo)
 TEST_F(Renderer20Test, BeginRenderSetsWhatAHostMayHaveChangedBeforeItClears)
 {
     renderer.Resize(300, 200);
+    glViewport(5, 5, 20, 20);
     recorder.Clear();
     renderer.BeginRender(false, Color());
     const std::size_t clear = recorder.IndexOf("glClear");
@@ -298,6 +299,10 @@ TEST_F(Renderer20Test, WithoutASizeTheViewportStaysTheHosts)
 {
     renderer.BeginRender(false, Color());
     EXPECT_EQ(recorder.Count("glViewport"), 0u);
+    renderer.Resize(300, 200);
+    recorder.Clear();
+    renderer.BeginRender(false, Color());
+    EXPECT_EQ(recorder.Count("glViewport"), 0u) << "nor is one set that is in force";
 }
 
 TEST_F(Renderer20Test, APixelRatioThatIsNoneCountsAsOne)
