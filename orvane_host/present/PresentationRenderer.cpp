@@ -7,6 +7,7 @@
 #include "orvane_host/present/detail/EdgeStage.h"
 #include "orvane_host/present/detail/EffectInPlace.h"
 #include "orvane_host/present/detail/IdentifierStage.h"
+#include "orvane_host/present/detail/ItemLister.h"
 #include "orvane_host/present/detail/LineSetup.h"
 #include "orvane_host/present/detail/OcclusionStage.h"
 #include "orvane_host/present/detail/OcclusionView.h"
@@ -16,12 +17,7 @@
 #include "orvane/effects/MaterialEffectES20.h"
 #include "orvane/imaging/TextureLoader.h"
 #include "orvane/renderdata/CameraNodeES20.h"
-#include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshES20.h"
-#include "orvane/renderdata/MeshStyleES20.h"
-#include "orvane/scene/LineStyle.h"
-#include "orvane/scene/Material.h"
-#include "orvane/scene/Scene.h"
 
 #include <GL/gl.h>
 #include <GL/glext.h>
@@ -54,12 +50,6 @@ GLint Query(GLenum name)
     return value;
 }
 
-bool DrawsPoints(const MeshStyleES20& style)
-{
-    const auto* const data = dynamic_cast<const MaterialES20*>(&style);
-    return data && (data->GetMaterial()->GetFlags() & MaterialFlagPoints) != 0;
-}
-
 /// Frees the units in which stages left textures.
 void ReleaseTextures(const PresentationFrame& frame)
 {
@@ -80,7 +70,8 @@ void ReleaseTextures(const PresentationFrame& frame)
 } // namespace
 
 PresentationRenderer::PresentationRenderer(TextureLoader* loader, RenderCapabilities* caps) :
-    SceneRenderer(loader, caps), m_layerLines(std::make_unique<Detail::LineSetup>())
+    SceneRenderer(loader, caps), m_layerLines(std::make_unique<Detail::LineSetup>()),
+    m_lister(std::make_unique<Detail::ItemLister>())
 {
     // In drawing order.
     Append<Detail::IdentifierStage>(Step::Identifiers);
@@ -275,20 +266,20 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
     {
         return;
     }
-    PresentationFrame frame = BeginFrame(scene, camera, *cameraData, m_items);
+    PresentationFrame frame = BeginFrame(scene, camera, *cameraData, m_lister->GetItems());
     frame.target = TargetSize();
     cameraData->UpdateMVP(frame.view.width, frame.view.height, false);
     for (Entry& entry : m_stages)
     {
         entry.stage->Prepare(frame);
     }
-    ListItems(frame);
+    m_lister->List(frame, m_surfaces->AreLinesShown());
     GatherNeeds(frame);
     bufferPool.GenerateVBOs();
     if (frame.served)
     {
         // Of points the shader of identifiers knows no size.
-        ListSurfaces(false);
+        m_lister->ListSurfaces(false);
         AskTarget(frame);
     }
     bool begun = false;
@@ -307,66 +298,7 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
         ReleaseTextures(frame);
     }
     MeshES20::ResetBufferCache();
-    ClearItems();
-}
-
-void PresentationRenderer::ListItems(PresentationFrame& frame)
-{
-    std::vector<RenderItemES20>& items = m_items.all;
-    items.clear();
-    for (Material* material : frame.scene.GetOptimizedMaterials())
-    {
-        frame.renderer.List(*material, frame.cameraData, items, true);
-    }
-    m_items.firstLine = items.size();
-    if (m_surfaces->AreLinesShown())
-    {
-        for (LineStyle* lineStyle : frame.scene.GetLineStyles())
-        {
-            frame.renderer.List(*lineStyle, frame.cameraData, items, true);
-        }
-    }
-    m_items.firstAlpha = items.size();
-    for (Material* material : frame.scene.GetAlphaMaterials())
-    {
-        frame.renderer.List(*material, frame.cameraData, items, true);
-    }
-}
-
-void PresentationRenderer::ListSurfaces(bool withPoints)
-{
-    m_items.surfaces.clear();
-    const MeshStyleES20* last = nullptr;
-    bool identified = false;
-    for (std::size_t i = 0; i < m_items.all.size(); ++i)
-    {
-        if (i == m_items.firstLine)
-        {
-            i = m_items.firstAlpha;
-        }
-        if (i == m_items.all.size())
-        {
-            break;
-        }
-        const RenderItemES20& item = m_items.all[i];
-        if (item.style != last)
-        {
-            last = item.style;
-            identified = item.style->GetShader(RenderPassDepthId) && (withPoints || !DrawsPoints(*item.style));
-        }
-        if (identified)
-        {
-            m_items.surfaces.push_back(item);
-        }
-    }
-}
-
-void PresentationRenderer::ClearItems()
-{
-    m_items.all.clear();
-    m_items.surfaces.clear();
-    m_items.firstLine = 0;
-    m_items.firstAlpha = 0;
+    m_lister->Clear();
 }
 
 void PresentationRenderer::GatherNeeds(PresentationFrame& frame)
@@ -425,6 +357,8 @@ bool PresentationRenderer::CopyPicture(PresentationFrame& frame)
         return false;
     }
     m_picture->CopyFrom(frame.framebuffer, frame.multisampled);
+    // Copying leaves it bound.
+    frame.usedUnits[0] = true;
     frame.picture = m_picture->GetTarget().GetColorTexture();
     return true;
 }
@@ -436,20 +370,21 @@ void PresentationRenderer::DrawSurfaces(Scene& scene, CameraNode& camera, Materi
     {
         return;
     }
-    PresentationFrame frame = BeginFrame(scene, camera, *cameraData, m_items);
+    PresentationFrame frame = BeginFrame(scene, camera, *cameraData, m_lister->GetItems());
     cameraData->UpdateMVP(frame.view.width, frame.view.height, false);
     Detail::DrawIdKeeper drawIds(scene);
-    ListItems(frame);
-    ListSurfaces(true);
-    drawIds.Keep(m_items.surfaces);
+    m_lister->List(frame, m_surfaces->AreLinesShown());
+    m_lister->ListSurfaces(true);
+    const std::vector<RenderItemES20>& surfaces = frame.items.surfaces;
+    drawIds.Keep(surfaces);
     bufferPool.GenerateVBOs();
     Detail::SurfacePass::SetState();
     {
-        const Detail::EffectInPlace inPlace(m_items.surfaces, RenderPassDepthIdSecond, effect);
-        RenderItemList(cameraData, m_items.surfaces, RenderPassDepthIdSecond);
+        const Detail::EffectInPlace inPlace(surfaces, RenderPassDepthIdSecond, effect);
+        RenderItemList(cameraData, surfaces, RenderPassDepthIdSecond);
     }
     MeshES20::ResetBufferCache();
-    ClearItems();
+    m_lister->Clear();
 }
 
 } // namespace OV::Host

@@ -24,6 +24,7 @@ namespace OV::Host::Detail
 {
 
 class EdgeStage;
+class ItemLister;
 class LineSetup;
 class OcclusionStage;
 class ScreenBuffer;
@@ -157,9 +158,6 @@ private:
     void ReleaseHeld();
 
     PixelSize TargetSize() const;
-    void ListItems(PresentationFrame& frame);
-    void ListSurfaces(bool withPoints);
-    void ClearItems();
     void GatherNeeds(PresentationFrame& frame);
     static void AskTarget(PresentationFrame& frame);
     void BeginScene() const;
@@ -176,7 +174,7 @@ private:
     std::optional<float> m_layerRatio;
     std::unique_ptr<Detail::LineSetup> m_layerLines;
     std::unique_ptr<Detail::ScreenBuffer> m_picture; ///< what stages read of it; null until needed
-    FrameItems m_items;                              ///< empty between frames
+    std::unique_ptr<Detail::ItemLister> m_lister;
 };
 
 } // namespace OV::Host
