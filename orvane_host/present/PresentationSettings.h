@@ -97,7 +97,7 @@ struct SheetSettings
 /// time, and takes back whatever earlier settings had done.
 struct PresentationSettings
 {
-    static constexpr std::size_t MostClipPlanes = 4;
+    static constexpr std::size_t MostClipPlanes = 6;
 
     Look look = Look::Advanced;
     /// Leaves the backs of faces out, as materials want it; false shows all of them.
