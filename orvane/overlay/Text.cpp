@@ -165,6 +165,20 @@ std::string Text::GetText()
     return material ? material->text : std::string();
 }
 
+Color Text::GetColor() const
+{
+    return material ? material->color : Color(1.0f, 1.0f, 1.0f, 1.0f);
+}
+
+void Text::SetColor(const Color& color)
+{
+    if (scene && material)
+    {
+        material->color = color;
+        scene->MarkDirty();
+    }
+}
+
 Material2D* Text::NewBackdropMaterial(const char* name, const Color& color)
 {
     auto* const made = new Material2D(name);

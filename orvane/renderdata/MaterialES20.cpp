@@ -127,8 +127,18 @@ MaterialES20::MaterialES20(Material* sceneMaterial, TextureLoader* loader, Share
     textureLoader(loader), bufferPool(pool), effectCache(cache)
 {
     WatchCache();
-    LoadTextures();
-    TakeEffects();
+    try
+    {
+        LoadTextures();
+        TakeEffects();
+    }
+    catch (...)
+    {
+        // The destructor does not run for what was never finished.
+        ReleaseTextures();
+        ReleaseEffects();
+        throw;
+    }
     materialUScale = material->uScale;
     materialVScale = material->vScale;
     uScale *= materialUScale;

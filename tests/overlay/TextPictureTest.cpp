@@ -54,7 +54,7 @@ protected:
     Text& AddBlackText(const std::string& string, int fontSize, float x, float y, float z = 0.0f, int maxWidth = 0)
     {
         Text& text = AddText(string, fontSize, x, y, z, maxWidth);
-        text.GetMaterial()->color = Color(0, 0, 0, 1);
+        text.SetColor(Color(0, 0, 0, 1));
         return text;
     }
 

@@ -425,6 +425,57 @@ TEST_F(RenderTargetTest, EachFailureHasItsMessageAndLeavesWhatWasMadeBound)
     }
 }
 
+TEST_F(RenderTargetTest, WithoutANameForTheFramebufferNothingIsMadeOrBound)
+{
+    for (const eRenderTargetProfile profile : {RenderTargetProfileColor, RenderTargetProfileDepth,
+                                               RenderTargetProfileColorDepth, RenderTargetProfileColorDepthStencil})
+    {
+        SCOPED_TRACE(profile);
+        OpenRenderTarget target(profile);
+        gl.FailCreation("glGenFramebuffers");
+        EXPECT_THAT(Complaint(target), ::testing::StartsWith("Could not"));
+        EXPECT_EQ(gl.LiveCount(), 0u);
+        EXPECT_EQ(gl.Count("glBindFramebuffer"), 0u);
+        gl.FailCreation("glGenFramebuffers", false);
+        target.SetDimensions(0, 0);
+        target.SetDimensions(40, 30);
+        EXPECT_NE(target.framebuffer, 0u);
+        target.SetDimensions(0, 0);
+        EXPECT_EQ(gl.LiveCount(), 0u);
+        BindOfHost();
+    }
+}
+
+TEST_F(RenderTargetTest, ACaptureIsClearedWithDepthWritesOn)
+{
+    OpenRenderTarget target(RenderTargetProfileColorDepth);
+    target.SetDimensions(40, 30);
+    glDepthMask(GL_FALSE);
+    gl.Clear();
+    target.BeginCapture(GL_DEPTH_BUFFER_BIT);
+    EXPECT_EQ(gl.Strings({"glDepthMask", "glClear"}),
+              (Names{"glDepthMask(1)", Call("glClear", {GL_DEPTH_BUFFER_BIT})}));
+    target.EndCapture();
+}
+
+TEST_F(RenderTargetTest, AScreenMeshThatCouldNotBeUploadedIsMadeAgain)
+{
+    OpenRenderTarget target(RenderTargetProfileColor);
+    target.SetDimensions(40, 30);
+    MarkingEffect effect;
+    gl.FailCreation("glGenBuffers");
+    target.BeginCapture(GL_COLOR_BUFFER_BIT);
+    target.EndCapture();
+    target.ApplyCapture(&effect);
+    EXPECT_EQ(gl.Count("glDrawElements"), 0u);
+    gl.FailCreation("glGenBuffers", false);
+    target.BeginCapture(GL_COLOR_BUFFER_BIT);
+    target.EndCapture();
+    target.ApplyCapture(&effect);
+    EXPECT_EQ(gl.Count("glDrawElements"), 1u);
+    target.SetDimensions(0, 0);
+}
+
 TEST_F(RenderTargetTest, AnErrorOfSomebodyElseIsNotTakenForAFailure)
 {
     for (const eRenderTargetProfile profile : {RenderTargetProfileDepth, RenderTargetProfileColorDepth})
