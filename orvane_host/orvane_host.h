@@ -3,6 +3,8 @@
 // Everything that the host kit offers.
 #include "orvane_host/context/HeadlessContext.h"
 #include "orvane_host/geometry/FeatureEdges.h"
+#include "orvane_host/geometry/Polyline.h"
+#include "orvane_host/geometry/Primitives.h"
 #include "orvane_host/geometry/SectionFill.h"
 #include "orvane_host/import/ImportOptions.h"
 #include "orvane_host/import/ImportResult.h"
@@ -15,6 +17,7 @@
 #include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/PresentationRenderer.h"
 #include "orvane_host/present/PresentationStage.h"
+#include "orvane_host/present/PresentationSettings.h"
 #include "orvane_host/present/SceneRenderer.h"
 #include "orvane_host/present/StageAccess.h"
 #include "orvane_host/sheet/Sheet.h"

@@ -24,24 +24,12 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <iterator>
 
 namespace OV::Host
 {
 
 namespace
 {
-
-struct NamedLook
-{
-    const char* name;
-    Look look;
-};
-
-constexpr NamedLook kLooks[] = {
-    {"basic", Look::Basic},           {"advanced", Look::Advanced}, {"phong", Look::Phong},
-    {"crosshatch", Look::Crosshatch}, {"monotone", Look::Monotone}, {"vertex-color", Look::VertexColor},
-};
 
 GLint Query(GLenum name)
 {
@@ -139,21 +127,13 @@ std::unique_ptr<PresentationStage> PresentationRenderer::RemoveStage(const Prese
 
 bool PresentationRenderer::ParseLook(const std::string& name, Look& look)
 {
-    const auto found = std::find_if(std::begin(kLooks), std::end(kLooks),
-                                    [&](const NamedLook& candidate) { return candidate.name == name; });
-    if (found == std::end(kLooks))
-    {
-        return false;
-    }
-    look = found->look;
-    return true;
+    return Host::ParseLook(name, look);
 }
 
 const char* PresentationRenderer::NameOfLook(Look look)
 {
-    const auto found = std::find_if(std::begin(kLooks), std::end(kLooks),
-                                    [&](const NamedLook& candidate) { return candidate.look == look; });
-    return found == std::end(kLooks) ? "" : found->name;
+    const char* const name = Host::NameOfLook(look);
+    return name ? name : "";
 }
 
 void PresentationRenderer::SetLook(Look look)
