@@ -3,6 +3,7 @@
 #include "orvane_host/present/HatchTextures.h"
 #include "orvane_host/present/detail/ConstantColorScope.h"
 #include "orvane_host/present/detail/Effects.h"
+#include "orvane_host/present/detail/LineRoom.h"
 #include "orvane_host/present/detail/ObjectHatchEffect.h"
 #include "orvane_host/present/detail/SampleShadingScope.h"
 #include "orvane_host/present/detail/ScreenBuffer.h"
@@ -78,7 +79,7 @@ bool SmoothsCuts(const CameraNode& camera)
 } // namespace
 
 PresentationRenderer::PresentationRenderer(TextureLoader* loader, RenderCapabilities* caps) :
-    SceneRenderer(loader, caps)
+    SceneRenderer(loader, caps), m_lineRoom(std::make_unique<Detail::LineRoom>())
 {
 }
 
@@ -210,7 +211,8 @@ void PresentationRenderer::DrawLook(CameraNodeES20* cameraData)
     const Detail::ConstantColorScope plainColors(kColorAttribute, m_look == Look::VertexColor);
     if (m_surfacesShown)
     {
-        DrawItems(cameraData, m_items, PassOfLook());
+        const auto draw = [&](const std::vector<RenderItemES20>& items) { DrawItems(cameraData, items, PassOfLook()); };
+        m_lineRoom->Draw(m_items, m_firstLine, m_firstAlpha, overDraw, draw);
         return;
     }
     m_lines.assign(m_items.begin() + static_cast<std::ptrdiff_t>(m_firstLine),

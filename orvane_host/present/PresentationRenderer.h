@@ -28,6 +28,7 @@ class SolidLineEffectES20;
 namespace OV::Host::Detail
 {
 
+class LineRoom;
 class ObjectHatchEffect;
 class ScreenBuffer;
 
@@ -73,7 +74,9 @@ struct EdgeLook
 /// one. The global clip planes cut the surfaces in every look but Crosshatch. To see the section fill,
 /// materials must show their back faces.
 ///
-/// Lines are as wide as their styles say in pixels of the screen, also in a finer capture.
+/// Lines are as wide as their styles say in pixels of the screen, also in a finer capture. Where
+/// FeatureEdges::MakeRoom gave them room, surfaces have their colours from where they are, and
+/// their depth is drawn a second time for the lines.
 ///
 /// Edges and ambient occlusion see surfaces, not lines or points, and need depth in the framebuffer
 /// that they are drawn over. They are left out of a frame that is drawn over another, and where GL
@@ -236,6 +239,7 @@ private:
     std::size_t m_firstLine = 0;  ///< in m_items, behind the opaque surfaces
     std::size_t m_firstAlpha = 0; ///< in m_items, behind the lines
     std::vector<RenderItemES20> m_lines;    ///< those of m_items, where they are drawn alone
+    std::unique_ptr<Detail::LineRoom> m_lineRoom;
     std::vector<RenderItemES20> m_surfaces; ///< those of m_items that have identifiers
     std::vector<RenderItemES20> m_run; ///< those of the items that one pass draws in a row
 };
