@@ -22,8 +22,9 @@ namespace
 /// So many segments have 16-bit indices to their points, four vertices each.
 constexpr std::size_t kMostSegments = 65536 / 4 / 2;
 
-/// Units of depth that faces are moved besides: what the rounding of a depth may differ by.
-constexpr float kDepthUnits = 4.0f;
+/// Units of depth that faces are moved besides: what the rounding of a depth may differ by. No
+/// round number, by which room is told from an offset that a host has set.
+constexpr float kDepthUnits = 4.0625f;
 
 /// The room that the axis of a line needs, in pixels.
 constexpr float kMostReach = 0.5f;
@@ -163,6 +164,11 @@ void FeatureEdges::MakeRoom(Scene& scene, float lineWidth, float scale)
             material->polygonOffsetUnits = kDepthUnits;
         }
     }
+}
+
+bool FeatureEdges::HasRoom(const Material& material)
+{
+    return (material.GetFlags() & MaterialFlagPolygonOffset) != 0 && material.polygonOffsetUnits == kDepthUnits;
 }
 
 } // namespace OV::Host

@@ -43,7 +43,9 @@ namespace OV::Host
 /// one. The global clip planes cut the surfaces in every look but Crosshatch. To see the section fill,
 /// materials must show their back faces.
 ///
-/// Lines are as wide as their styles say in pixels of the screen, also in a finer capture.
+/// Lines are as wide as their styles say in pixels of the screen, also in a finer capture. Where
+/// FeatureEdges::MakeRoom gave them room, surfaces have their colours from where they are, and
+/// their depth is drawn a second time for the lines.
 ///
 /// Edges and ambient occlusion see surfaces, not lines or points, and need depth in the framebuffer
 /// that they are drawn over. They are left out of a frame that is drawn over another, and where GL

@@ -210,7 +210,8 @@ void SurfaceStage::DrawLook(PresentationFrame& frame)
     const FrameItems& items = frame.items;
     if (m_surfacesShown)
     {
-        DrawItems(frame, items.all, PassOfLook());
+        const auto draw = [&](const std::vector<RenderItemES20>& part) { DrawItems(frame, part, PassOfLook()); };
+        m_lineRoom.Draw(items.all, items.firstLine, items.firstAlpha, frame.overDraw, draw);
         return;
     }
     m_lines.assign(items.all.begin() + static_cast<std::ptrdiff_t>(items.firstLine),

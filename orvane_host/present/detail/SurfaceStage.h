@@ -2,6 +2,7 @@
 
 #include "orvane_host/present/Look.h"
 #include "orvane_host/present/PresentationStage.h"
+#include "orvane_host/present/detail/LineRoom.h"
 #include "orvane_host/present/detail/LineSetup.h"
 #include "orvane/renderdata/RenderItemES20.h"
 #include "orvane/renderdata/RenderPass.h"
@@ -80,6 +81,7 @@ private:
     std::unique_ptr<HatchTextures> m_hatches;
     int m_strokeDensity = 1;
     LineSetup m_lineSetup;
+    LineRoom m_lineRoom;
 
     std::vector<RenderItemES20> m_lines; ///< those of the frame, where they are drawn alone
     std::vector<RenderItemES20> m_run;   ///< those of the items that one pass draws in a row

@@ -1,8 +1,10 @@
 #include "orvane_host/present/HatchTextures.h"
 
+#include "orvane/platform/ESTextureLoader.h"
 #include "tests/support/GLFixture.h"
 
 #include <GL/gl.h>
+#include <GL/glext.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -42,6 +44,10 @@ double Jump(const std::vector<unsigned char>& ink, int from, int to, bool turned
 
 /// Its end fails the test when a texture is left.
 class HatchTexturesGL : public OV::Test::GLFixture
+{
+};
+
+struct HatchFilter : OV::Test::GLFixture
 {
 };
 
@@ -127,4 +133,23 @@ TEST_F(HatchTexturesGL, GoWithTheirUserAfterTheEndOfTheLoader)
     EXPECT_TRUE(glIsTexture(textures.GetTexture(0)));
     loader.reset();
     EXPECT_TRUE(glIsTexture(textures.GetTexture(0)));
+}
+
+TEST_F(HatchFilter, ReadsAsFewPixelsAsSmoothStrokesTake)
+{
+    OV::Platform::Linux::ESTextureLoader loader;
+    {
+        const HatchTextures hatches(loader);
+        for (int tone = 0; tone < HatchTextures::Tones; ++tone)
+        {
+            glBindTexture(GL_TEXTURE_2D, hatches.GetTexture(tone));
+            GLfloat degree = 0.0f;
+            GLint filter = 0;
+            glGetTexParameterfv(GL_TEXTURE_2D, GL_TEXTURE_MAX_ANISOTROPY_EXT, &degree);
+            glGetTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, &filter);
+            EXPECT_EQ(degree, 1.0f) << "24 anisotropic look-ups a pixel";
+            EXPECT_EQ(filter, GL_LINEAR_MIPMAP_NEAREST);
+        }
+    }
+    glBindTexture(GL_TEXTURE_2D, 0);
 }
