@@ -46,7 +46,10 @@ Text::Text(const std::string& font, int size, const std::string& text, Scene2D* 
     material->AddMesh(rect);
     auto* const node = new Shape2DNode(scene);
     rect->AddNode(node);
-    scene->GetRoot()->AddChild(node, false);
+    if (Node* const root = scene->GetRoot())
+    {
+        root->AddChild(node, false);
+    }
     node->SetLocal(Transform());
     IgnorePick(true);
     scene->AddText(this);

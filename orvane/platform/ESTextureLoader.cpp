@@ -190,8 +190,25 @@ unsigned int ESTextureLoader::CreateTextTexture(const std::string& fontName, int
     const auto found = cache.find(key);
     if (found == cache.end())
     {
-        const std::unique_ptr<Image> image(detail::RasterizeText(fontName, fontSize, text, maxWidth));
-        return image ? AddTextTexture(key, *image, width, height, textureWidth, textureHeight) : 0;
+        if (!LoadEntryPoints())
+        {
+            return 0;
+        }
+        GLint largest = 0;
+        glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largest);
+        const std::unique_ptr<Image> image(detail::RasterizeText(fontName, fontSize, text, maxWidth, largest));
+        if (!image)
+        {
+            return 0;
+        }
+        width = image->width;
+        height = image->height;
+        if (height + 1 >= largest)
+        {
+            // Lines may have been left out; the text is as high as if they were there.
+            detail::MeasureText(fontName, fontSize, text, maxWidth, width, height);
+        }
+        return AddTextTexture(key, *image, width, height, textureWidth, textureHeight);
     }
     CacheRecord& record = *found->second;
     width = record.width;
@@ -202,15 +219,11 @@ unsigned int ESTextureLoader::CreateTextTexture(const std::string& fontName, int
     return record.textureId;
 }
 
-unsigned int ESTextureLoader::AddTextTexture(const TextureIndex& key, Image& image, int& width, int& height,
+unsigned int ESTextureLoader::AddTextTexture(const TextureIndex& key, Image& image, int width, int height,
                                              int& textureWidth, int& textureHeight)
 {
-    if (!LoadEntryPoints())
-    {
-        return 0;
-    }
-    width = textureWidth = image.width;
-    height = textureHeight = image.height;
+    textureWidth = image.width;
+    textureHeight = image.height;
 
     auto record = std::make_unique<CacheRecord>();
     record->textureId = GenerateTexture();
@@ -221,6 +234,11 @@ unsigned int ESTextureLoader::AddTextTexture(const TextureIndex& key, Image& ima
     glBindTexture(GL_TEXTURE_2D, record->textureId);
     SetParameter(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
     SetParameter(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
+    if (textureHeight < height)
+    {
+        // The empty last row stands for the lines that were left out.
+        SetParameter(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+    }
     UploadLevel0(GL_TEXTURE_2D, textureWidth, textureHeight, image.data);
     glBindTexture(GL_TEXTURE_2D, 0);
 

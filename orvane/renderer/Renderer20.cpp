@@ -118,7 +118,7 @@ void PrefetchAhead(const std::vector<RenderItemES20>& items, std::size_t current
     Detail::PrefetchHead(items[current + forMesh].mesh);
 
     const Mesh& mesh = *items[current + forItsParts].mesh;
-    Detail::PrefetchEnd(mesh.GetRawMesh().get());
+    Detail::PrefetchHead(mesh.GetRawMesh().get());
     Detail::PrefetchBegin(mesh.GetNodes().data());
 
     const RenderItemES20& item = items[current + forDataAndNode];

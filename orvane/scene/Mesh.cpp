@@ -19,11 +19,7 @@ namespace OV
 namespace
 {
 
-std::uint64_t TakeSortID()
-{
-    static std::atomic<std::uint64_t> next{0};
-    return next++;
-}
+std::atomic<std::uint64_t> nextSortID{0};
 
 Vector BoxSize(const RawMesh& geometry)
 {
@@ -51,7 +47,7 @@ bool CompareMeshPointers::operator()(const Mesh* a, const Mesh* b) const
 
 Mesh::Mesh(const std::shared_ptr<RawMesh>& geometry) :
     rawMesh(geometry ? geometry : std::make_shared<RawMesh>()),
-    sortID(TakeSortID())
+    sortID(nextSortID++)
 {
 }
 
@@ -117,6 +113,11 @@ Mesh::~Mesh()
     {
         node->RemoveMeshAt(detail::IndexOf(node->meshes, this));
     }
+}
+
+std::uint64_t Mesh::LastSortID()
+{
+    return nextSortID - 1;
 }
 
 int Mesh::Type() const
@@ -256,19 +257,21 @@ void Mesh::DropNode(std::uint64_t rank)
 
 void Mesh::CloseNodeGaps() const
 {
-    std::size_t kept = 0;
-    for (std::size_t i = 0; i < nodes.size(); ++i)
+    // What stands between two gaps moves in one piece, so that a reader after each removal pays
+    // little more than for taking the entry out at once.
+    const auto begin = nodes.begin();
+    auto gap = std::find(begin, nodes.end(), nullptr);
+    auto kept = gap;
+    for (; m_goneNodes > 0; --m_goneNodes)
     {
-        if (nodes[i])
-        {
-            nodes[kept] = nodes[i];
-            m_nodeRanks[kept] = m_nodeRanks[i];
-            ++kept;
-        }
+        const auto next = m_goneNodes > 1 ? std::find(gap + 1, nodes.end(), nullptr) : nodes.end();
+        const auto ranks = m_nodeRanks.begin();
+        std::move(ranks + (gap + 1 - begin), ranks + (next - begin), ranks + (kept - begin));
+        kept = std::move(gap + 1, next, kept);
+        gap = next;
     }
-    nodes.resize(kept);
-    m_nodeRanks.resize(kept);
-    m_goneNodes = 0;
+    m_nodeRanks.resize(static_cast<std::size_t>(kept - begin));
+    nodes.erase(kept, nodes.end());
 }
 
 Mesh* Mesh::InvertOrder(Mesh* mesh, bool makeCopy)

@@ -209,6 +209,9 @@ protected:
     Scene* scene = nullptr;
     std::uint64_t sortID;
 
+    /// The one taken last, over all meshes of the process.
+    static std::uint64_t LastSortID();
+
 private:
     friend class Material;
     friend class MeshNode;

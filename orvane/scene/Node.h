@@ -25,6 +25,21 @@ class Scene;
 /// global transforms are stale; UpdateGraph brings them up to date once a frame. Whoever
 /// creates a node owns it until Scene::DeleteSubtree, or the end of the scene that holds it
 /// in its tree, deletes it.
+///
+/// The tree decides where a node is, not whether it is drawn. A mesh is drawn at a node when
+///
+/// | what                                                               | changed by                  |
+/// |--------------------------------------------------------------------|-----------------------------|
+/// | the mesh lists the node                                            | Mesh::AddNode, RemoveNode   |
+/// | the mesh has a material                                            | Material::AddMesh           |
+/// | or the node has one, or a line style, of its own                   | NodeMaterial, NodeLineStyle |
+/// | that is in a list of the scene which is drawn                      | Scene::AddMaterial          |
+/// | the node is neither NodeFlagHidden nor NodeFlagCulled              | MeshNode::SetFlags, culling |
+/// | draw IDs of node, mesh and material are 0 or the scene's update ID | SetDrawID                   |
+///
+/// So a node that RemoveChild has taken out of the tree is still drawn, where it was last: hide
+/// it, take it from its meshes, or delete it. Scene::Show hides nothing: the host alone reads it.
+/// Which of these calls a frame notices by itself stands at Scene.
 class ORVANE_API Node
 {
 public:
@@ -73,8 +88,9 @@ public:
     /// transform is next recomputed; the scene is not marked dirty.
     void AddChild(Node* child, bool keepGlobal);
 
-    /// Detaches the child, which keeps its transforms and then belongs to the caller. Nothing
-    /// happens for a node that is no child of this one. Does not mark the scene dirty.
+    /// Detaches the child, which keeps its transforms, is drawn on where it was, and then belongs
+    /// to the caller. Nothing happens for a node that is no child of this one. Does not mark the
+    /// scene dirty.
     void RemoveChild(Node* child);
 
     /// Null at the root and for a node that was never added.

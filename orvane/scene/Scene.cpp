@@ -102,9 +102,16 @@ void Scene::Cleanup()
 {
     // First, so that no dying node or mesh has to look for its items. None is kept for later: that
     // would take memory, and an end that runs out of it ends the process.
+    for (DrawItemLink& link : m_drawItemLinks)
+    {
+        if (link.item)
+        {
+            UnlinkDrawItem(link);
+        }
+    }
+    m_drawItemLinks.clear();
     for (AlphaMeshNode* item : std::exchange(zOrderedDrawItems, {}))
     {
-        ForgetDrawItem(*item);
         delete item;
     }
     DeleteSubtree(root);

@@ -29,6 +29,22 @@ struct DrawItemPlace;
 /// The scene owns what is in it and deletes it at Clear and at its end; what leaves through a
 /// Remove operation belongs to the caller. It is the clock of the nodes, by the update ID, and
 /// knows whether anything changed since the last frame, by the dirty flag.
+///
+/// A clean scene is neither walked nor, where the host goes by AppContext::Update, drawn anew.
+///
+/// | marks the scene dirty                            | does not: the host calls MarkDirty         |
+/// |--------------------------------------------------|--------------------------------------------|
+/// | SetLocal, SetGlobal, AddChild that keeps globals | AddChild that does not, RemoveChild        |
+/// | DeleteSubtree, Clear                             | deletion of a node by itself               |
+/// | meshes, lines and lights made or gone            | AddNode, RemoveNode, flags and draw IDs    |
+/// | materials and line styles added or removed,      | AddMesh, RemoveMesh, and any value of a    |
+/// | ProcessChangedMaterial                           | material, light, line style or geometry    |
+/// | nodes of a NodeMaterial                          | the node of a NodeLineStyle                |
+/// | Show, Resume, a texture still to come            | EnableLights, SetCamera, OverrideViewport  |
+/// | setters of Sprite and Text, moves of a Shape2D   | values of a Material2D, UpdateToClipRegion |
+///
+/// Taking a node out by RemoveChild and putting it back by AddChild(child, false) is thus seen by
+/// nobody: call MarkDirty after each.
 class ORVANE_API Scene
 {
 public:
@@ -81,6 +97,7 @@ public:
     /// round.
     virtual void GetBoundingBox(Vector& boxMin, Vector& boxMax);
 
+    /// Kept for the host; the engine does not read it.
     bool IsVisible() const
     {
         return visible;

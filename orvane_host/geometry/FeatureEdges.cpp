@@ -1,6 +1,7 @@
 #include "orvane_host/geometry/FeatureEdges.h"
 
 #include "orvane_host/geometry/detail/EdgeFinder.h"
+#include "orvane_host/geometry/detail/MeshNodes.h"
 #include "orvane_host/geometry/detail/VertexWelder.h"
 #include "orvane/scene/Line.h"
 #include "orvane/scene/LineStyle.h"
@@ -95,18 +96,6 @@ SharedLines MakeLines(Scene& scene, LineStyle& style, const std::vector<FeatureE
     return made;
 }
 
-void CollectMeshNodes(Node& node, std::vector<MeshNode*>& found)
-{
-    if (auto* meshNode = dynamic_cast<MeshNode*>(&node))
-    {
-        found.push_back(meshNode);
-    }
-    for (Node* child : node.GetChildren())
-    {
-        CollectMeshNodes(*child, found);
-    }
-}
-
 } // namespace
 
 std::vector<FeatureEdge> FeatureEdges::Find(const std::vector<const RawMesh*>& parts, float creaseDegrees)
@@ -122,8 +111,7 @@ std::vector<FeatureEdge> FeatureEdges::Find(const RawMesh& mesh, float creaseDeg
 
 std::size_t FeatureEdges::AddTo(Scene& scene, LineStyle& style, float creaseDegrees)
 {
-    std::vector<MeshNode*> nodes;
-    CollectMeshNodes(*scene.GetRoot(), nodes);
+    const std::vector<MeshNode*> nodes = Detail::MeshNodesOf(scene);
     LinesByGeometry known;
     std::size_t segments = 0;
     for (MeshNode* node : nodes)

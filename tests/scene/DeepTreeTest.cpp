@@ -3,9 +3,11 @@
 #include "orvane/scene/Material.h"
 #include "tests/scene/GuardedMemory.h"
 #include "tests/scene/SceneDoubles.h"
+#include "tests/support/SmallStack.h"
 
-#include <functional>
-#include <pthread.h>
+#include <memory>
+#include <utility>
+#include <vector>
 
 namespace OV
 {
@@ -15,25 +17,6 @@ namespace
 using namespace Test;
 
 constexpr std::size_t levels = 60000;
-
-void* Run(void* work)
-{
-    (*static_cast<std::function<void()>*>(work))();
-    return nullptr;
-}
-
-/// Runs it in a thread whose stack has room for a few hundred calls, not for a call a level.
-void OnASmallStack(std::function<void()> work)
-{
-    constexpr std::size_t stackSize = 512 * 1024;
-    pthread_attr_t attributes;
-    ASSERT_EQ(pthread_attr_init(&attributes), 0);
-    ASSERT_EQ(pthread_attr_setstacksize(&attributes, stackSize), 0);
-    pthread_t thread;
-    ASSERT_EQ(pthread_create(&thread, &attributes, Run, &work), 0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
-}
 
 /// A chain of nodes of that kind, from the top; each is one to the right of the one above.
 template <class NodeOfChain, class... Arguments>

@@ -82,6 +82,21 @@ int LineHeight(const ShapedLine& line)
     return Ceil64(line.ascender) + Ceil64(-line.descender);
 }
 
+/// Takes away the last lines of a text that is higher than that, and leaves an empty row.
+void LimitHeight(TextLayout& layout, int maxHeight)
+{
+    if (maxHeight < 1 || layout.height <= maxHeight)
+    {
+        return;
+    }
+    while (!layout.lines.empty() && layout.height >= maxHeight)
+    {
+        layout.height -= LineHeight(layout.lines.back());
+        layout.lines.pop_back();
+    }
+    ++layout.height;
+}
+
 // The one place that lays a text out: measuring and drawing can not disagree.
 TextLayout LayOut(const std::string& fontName, int fontSize, const std::string& text, int maxWidth)
 {
@@ -317,9 +332,10 @@ void MeasureText(const std::string& fontName, int fontSize, const std::string& t
     height = layout.height;
 }
 
-Image* RasterizeText(const std::string& fontName, int fontSize, const std::string& text, int maxWidth)
+Image* RasterizeText(const std::string& fontName, int fontSize, const std::string& text, int maxWidth, int maxHeight)
 {
-    const TextLayout layout = LayOut(fontName, fontSize, text, maxWidth);
+    TextLayout layout = LayOut(fontName, fontSize, text, maxWidth);
+    LimitHeight(layout, maxHeight);
     if (layout.lines.empty())
     {
         return nullptr;
