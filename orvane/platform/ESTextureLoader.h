@@ -38,7 +38,8 @@ public:
     ~ESTextureLoader() override;
 
     /// Font name and text are in the encoding of the C locale in force; the size is the em in
-    /// pixels. A text that can't be drawn gives 0 and leaves the sizes as they were.
+    /// pixels. A text that can't be drawn gives 0 and leaves the sizes as they were. Of the
+    /// marks on one letter the first thirty are drawn. Colour emoji take the text's colour.
     unsigned int CreateTextTexture(const std::string& fontName, int fontSize, const std::string& text, int maxWidth,
                                    int& width, int& height, int& textureWidth, int& textureHeight) override;
 

@@ -11,6 +11,11 @@ namespace OV::detail
 namespace
 {
 
+// Letters of the west are spared the look-up of a category, which every label would pay for.
+constexpr char32_t kFirstAfterAscii = 0x80;
+constexpr char32_t kFirstMark = 0x0300;
+constexpr char32_t kSoftHyphen = 0x00AD;
+
 struct Range
 {
     char32_t first;
@@ -19,7 +24,7 @@ struct Range
 
 // In order. HarfBuzz knows most of these, but tells nobody.
 constexpr Range kUnseen[] = {
-    {0x00AD, 0x00AD},    // soft hyphen
+    {kSoftHyphen, kSoftHyphen},
     {0x034F, 0x034F},    // grapheme joiner
     {0x061C, 0x061C},    // Arabic letter mark
     {0x115F, 0x1160},    // Hangul fillers
@@ -43,23 +48,9 @@ hb_unicode_general_category_t Category(char32_t c)
     return hb_unicode_general_category(hb_unicode_funcs_get_default(), c);
 }
 
-}  // namespace
-
-bool IsUnseen(char32_t c)
+bool IsMarkCategory(hb_unicode_general_category_t category)
 {
-    const Range* const range = std::lower_bound(std::begin(kUnseen), std::end(kUnseen), c,
-                                                [](const Range& each, char32_t value) { return each.last < value; });
-    return range != std::end(kUnseen) && range->first <= c;
-}
-
-bool IsSpace(char32_t c)
-{
-    return Category(c) == HB_UNICODE_GENERAL_CATEGORY_SPACE_SEPARATOR;
-}
-
-bool IsMark(char32_t c)
-{
-    switch (Category(c))
+    switch (category)
     {
     case HB_UNICODE_GENERAL_CATEGORY_NON_SPACING_MARK:
     case HB_UNICODE_GENERAL_CATEGORY_SPACING_MARK:
@@ -70,6 +61,29 @@ bool IsMark(char32_t c)
     }
 }
 
+}  // namespace
+
+bool IsUnseen(char32_t c)
+{
+    if (c < kSoftHyphen)
+    {
+        return false;
+    }
+    const Range* const range = std::lower_bound(std::begin(kUnseen), std::end(kUnseen), c,
+                                                [](const Range& each, char32_t value) { return each.last < value; });
+    return range != std::end(kUnseen) && range->first <= c;
+}
+
+bool IsSpace(char32_t c)
+{
+    return c < kFirstAfterAscii ? c == U' ' : Category(c) == HB_UNICODE_GENERAL_CATEGORY_SPACE_SEPARATOR;
+}
+
+bool IsMark(char32_t c)
+{
+    return c >= kFirstMark && IsMarkCategory(Category(c));
+}
+
 bool IsSymbol(char32_t c)
 {
     return Category(c) == HB_UNICODE_GENERAL_CATEGORY_OTHER_SYMBOL;
@@ -77,7 +91,12 @@ bool IsSymbol(char32_t c)
 
 bool BelongsToPrevious(char32_t c)
 {
-    return IsMark(c) || Category(c) == HB_UNICODE_GENERAL_CATEGORY_FORMAT;
+    if (c < kFirstMark)
+    {
+        return c == kSoftHyphen;
+    }
+    const hb_unicode_general_category_t category = Category(c);
+    return IsMarkCategory(category) || category == HB_UNICODE_GENERAL_CATEGORY_FORMAT;
 }
 
 }  // namespace OV::detail
