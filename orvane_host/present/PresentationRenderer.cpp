@@ -211,7 +211,11 @@ void PresentationRenderer::DrawLook(CameraNodeES20* cameraData)
     const Detail::ConstantColorScope plainColors(kColorAttribute, m_look == Look::VertexColor);
     if (m_surfacesShown)
     {
-        const auto draw = [&](const std::vector<RenderItemES20>& items) { DrawItems(cameraData, items, PassOfLook()); };
+        const auto draw = [&](const std::vector<RenderItemES20>& items, bool depthOnly) {
+            // Strokes are dear, and leave nothing out; the cheaper look follows clip planes.
+            const bool cheap = depthOnly && m_look == Look::Crosshatch && EffectES20::GetClipPlaneNormals().empty();
+            DrawItems(cameraData, items, cheap ? RenderPassMonotone : PassOfLook());
+        };
         m_lineRoom->Draw(m_items, m_firstLine, m_firstAlpha, overDraw, draw);
         return;
     }
