@@ -42,14 +42,14 @@ void LineRoom::Draw(const std::vector<RenderItemES20>& items, std::size_t firstL
 {
     if (overDraw || !TakeBack(items, firstLine))
     {
-        draw(items);
+        draw(items, false);
         return;
     }
     const auto lines = items.begin() + static_cast<std::ptrdiff_t>(firstLine);
     m_part.assign(items.begin(), lines);
     const bool hasLines = firstAlpha > firstLine;
     KeepDrawIDs();
-    draw(m_part);
+    draw(m_part, false);
     GiveAgain();
     if (hasLines)
     {
@@ -58,10 +58,10 @@ void LineRoom::Draw(const std::vector<RenderItemES20>& items, std::size_t firstL
         {
             mesh->SetDrawID(mesh->GetScene()->GetUpdateID());
         }
-        draw(m_part);
+        draw(m_part, true);
     }
     m_part.assign(lines, items.end());
-    draw(m_part);
+    draw(m_part, false);
 }
 
 bool LineRoom::TakeBack(const std::vector<RenderItemES20>& items, std::size_t end)

@@ -25,8 +25,8 @@ namespace OV::Host::Detail
 class LineRoom
 {
 public:
-    /// Draws items, such as a part of a frame's list.
-    using DrawItems = std::function<void(const std::vector<RenderItemES20>& items)>;
+    /// Draws items, such as a part of a frame's list, or nothing but their depth.
+    using DrawItems = std::function<void(const std::vector<RenderItemES20>& items, bool depthOnly)>;
 
     LineRoom() = default;
     LineRoom(const LineRoom&) = delete;

@@ -210,7 +210,11 @@ void SurfaceStage::DrawLook(PresentationFrame& frame)
     const FrameItems& items = frame.items;
     if (m_surfacesShown)
     {
-        const auto draw = [&](const std::vector<RenderItemES20>& part) { DrawItems(frame, part, PassOfLook()); };
+        const auto draw = [&](const std::vector<RenderItemES20>& part, bool depthOnly) {
+            // Strokes are dear, and leave nothing out; the cheaper look follows clip planes.
+            const bool cheap = depthOnly && m_look == Look::Crosshatch && EffectES20::GetClipPlaneNormals().empty();
+            DrawItems(frame, part, cheap ? RenderPassMonotone : PassOfLook());
+        };
         m_lineRoom.Draw(items.all, items.firstLine, items.firstAlpha, frame.overDraw, draw);
         return;
     }
