@@ -1,6 +1,7 @@
 #pragma once
 
 // Everything that the host kit offers.
+#include "orvane_host/context/GLStateGuard.h"
 #include "orvane_host/context/HeadlessContext.h"
 #include "orvane_host/geometry/FeatureEdges.h"
 #include "orvane_host/geometry/Polyline.h"
