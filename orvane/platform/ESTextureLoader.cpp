@@ -196,18 +196,14 @@ unsigned int ESTextureLoader::CreateTextTexture(const std::string& fontName, int
         }
         GLint largest = 0;
         glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largest);
-        const std::unique_ptr<Image> image(detail::RasterizeText(fontName, fontSize, text, maxWidth, largest));
+        // Lines may have been left out; the text is as high as if they were there.
+        const std::unique_ptr<Image> image(
+            detail::RasterizeText(fontName, fontSize, text, maxWidth, largest, &height));
         if (!image)
         {
             return 0;
         }
         width = image->width;
-        height = image->height;
-        if (height + 1 >= largest)
-        {
-            // Lines may have been left out; the text is as high as if they were there.
-            detail::MeasureText(fontName, fontSize, text, maxWidth, width, height);
-        }
         return AddTextTexture(key, *image, width, height, textureWidth, textureHeight);
     }
     CacheRecord& record = *found->second;

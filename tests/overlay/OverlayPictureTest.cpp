@@ -215,6 +215,8 @@ TEST_F(OverlayPicture, MovesResizesAndHidingAreSeenInTheNextFrame)
 TEST_F(OverlayPicture, ANodeTakenOutOfTheTreeIsDrawnWhereItWasUntilItLeavesItsMesh)
 {
     Sprite& sprite = AddSprite({40, 30, 40, 40}, kColors[0]);
+    // The depths that a layer shows are those of what is in its tree.
+    AddSprite({0, 0, 10, 10}, kColors[1]);
     const Picture before = Frame();
     Shape2DNode* const node = sprite.GetNode();
     Layer().GetRoot()->RemoveChild(node);

@@ -332,9 +332,14 @@ void MeasureText(const std::string& fontName, int fontSize, const std::string& t
     height = layout.height;
 }
 
-Image* RasterizeText(const std::string& fontName, int fontSize, const std::string& text, int maxWidth, int maxHeight)
+Image* RasterizeText(const std::string& fontName, int fontSize, const std::string& text, int maxWidth, int maxHeight,
+                     int* wholeHeight)
 {
     TextLayout layout = LayOut(fontName, fontSize, text, maxWidth);
+    if (wholeHeight)
+    {
+        *wholeHeight = layout.height;
+    }
     LimitHeight(layout, maxHeight);
     if (layout.lines.empty())
     {
