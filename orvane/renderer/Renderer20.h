@@ -9,6 +9,7 @@
 #include "orvane/renderdata/RenderPass.h"
 #include "orvane/renderdata/SharedBufferPool.h"
 #include "orvane/renderer/AAMode.h"
+#include "orvane/scene/AlphaMeshNode.h"
 
 #include <memory>
 #include <vector>
@@ -16,7 +17,13 @@
 namespace OV
 {
 
-struct AlphaMeshNode;
+namespace detail
+{
+
+class Walk;
+
+} // namespace detail
+
 class CameraNodeES20;
 class EffectES20;
 class LineStyle;
@@ -35,6 +42,11 @@ class RenderCapabilities;
 /// device pixel ratio and truncated. A host may derive from it to run further passes with the
 /// protected operations. One renderer after another may draw on a thread; none of it is for
 /// two threads.
+///
+/// A host that is called while this draws may edit what is drawn, as told at Scene. A scene that
+/// is being drawn is not drawn again from within. Suspend, Resume, SetAAMode and
+/// ClearOffscreenBuffers then wait until the outermost operation of the engine ends. The renderer
+/// itself has to outlive what it is doing.
 ///
 /// Each pass sets what it depends on, so that a frame does not depend on the one before:
 /// depth writes are on for every clear, and blending is off when a pass begins.
@@ -195,8 +207,15 @@ protected:
 
 private:
     MaterialES20* MaterialDataOf(Material& material);
+    void ListOpaque(Scene& scene, CameraNodeES20* cameraData, std::vector<RenderItemES20>& items,
+                    const detail::Walk& walk);
+    void ListZOrdered(Scene& layer, std::vector<RenderItemES20>& items, const detail::Walk& walk);
     void DrawItems(CameraNodeES20* cameraData, std::vector<RenderItemES20> const& items);
     int ToPoints(int pixels) const;
+
+    /// Leaves something to the end of the walk that is drawing with this renderer.
+    /// @return false when there is none: then it is the caller's to do now.
+    bool PutOff(void (*later)(Renderer20&));
 
     /// glClear with depth writes on: with them off, as a pass before may have left them, the
     /// depth buffer would keep its contents.
@@ -211,6 +230,10 @@ private:
     // Kept for their capacity: a steady frame allocates nothing.
     std::vector<RenderItemES20> m_items;
     std::vector<MeshNode*> m_singleNode;
+    std::vector<Material*> m_materials;
+    std::vector<LineStyle*> m_lineStyles;
+    std::vector<AlphaMeshNode> m_drawItems;
+    AAMode m_nextAAMode = AAModeNone; ///< of a change put off
 };
 
 } // namespace OV

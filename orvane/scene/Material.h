@@ -1,6 +1,7 @@
 #pragma once
 
 #include "orvane/Export.h"
+#include "orvane/base/Lifetime.h"
 #include "orvane/base/Object.h"
 #include "orvane/imaging/FilePath.h"
 #include "orvane/math/Color.h"
@@ -203,6 +204,12 @@ public:
         return drawID == 0 || MatchesUpdateID();
     }
 
+    /// For whoever points at this material and must know when it is gone.
+    Lifetime& GetLifetime()
+    {
+        return m_lifetime;
+    }
+
     Object* GetRenderData() const
     {
         return renderData.get();
@@ -271,6 +278,7 @@ private:
     bool MatchesUpdateID() const;
 
     std::uint64_t m_meshesRevision = 0;
+    Lifetime m_lifetime;
 };
 
 } // namespace OV

@@ -1,5 +1,6 @@
 #include "orvane/scene/Mesh.h"
 
+#include "orvane/base/detail/Walk.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/RawMesh.h"
@@ -100,6 +101,7 @@ Mesh& Mesh::operator=(const Mesh& other)
 
 Mesh::~Mesh()
 {
+    detail::Walk::Tell(this);
     while (!m_drawLists.empty())
     {
         m_drawLists.back()->RemoveDrawItemsOf(this);

@@ -20,7 +20,7 @@ MeshNode::MeshNode(Scene* ownScene) :
 {
 }
 
-MeshNode::~MeshNode()
+void MeshNode::LeaveMeshes()
 {
     while (!m_drawLists.empty())
     {
@@ -30,6 +30,11 @@ MeshNode::~MeshNode()
     {
         mesh->RemoveNode(this);
     }
+}
+
+MeshNode::~MeshNode()
+{
+    LeaveMeshes();
     for (NodeMaterial* material : std::exchange(nodeMaterials, {}))
     {
         material->RemoveNode(this);

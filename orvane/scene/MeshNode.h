@@ -140,6 +140,9 @@ private:
 
     bool MatchesUpdateID() const;
 
+    /// Leaves the meshes and the lists of draw items.
+    void LeaveMeshes();
+
     std::vector<NodeLineStyle*> m_lineStyles;
     /// The scenes that list this node as a draw item, once for each item.
     std::vector<Scene*> m_drawLists;

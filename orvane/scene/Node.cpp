@@ -1,6 +1,8 @@
 #include "orvane/scene/Node.h"
 
+#include "orvane/base/detail/Walk.h"
 #include "orvane/scene/Scene.h"
+#include "orvane/scene/detail/ChildCursor.h"
 #include "orvane/scene/detail/OwnedObject.h"
 
 namespace OV
@@ -17,6 +19,11 @@ Node::Node(Scene* ownScene) :
 
 Node::~Node()
 {
+    detail::Walk::Tell(this);
+    if (scene)
+    {
+        detail::ChildCursor::ParentDies(scene->m_cursors, this);
+    }
     if (parent)
     {
         parent->RemoveChild(this);
@@ -92,25 +99,30 @@ void Node::UpdateGraph()
             m_isMatrixAhead = true;
         }
     }
-    for (Node* child : children)
-    {
-        child->UpdateGraph();
-    }
+    WalkChildren([](Node* child) { child->UpdateGraph(); });
 }
 
 void Node::UpdateCulling(float& nearValue, float& farValue)
 {
-    for (Node* child : children)
-    {
-        child->UpdateCulling(nearValue, farValue);
-    }
+    WalkChildren([&](Node* child) { child->UpdateCulling(nearValue, farValue); });
 }
 
 void Node::ComputeBoundingBox(Vector& boxMin, Vector& boxMax)
 {
-    for (Node* child : children)
+    WalkChildren([&](Node* child) { child->ComputeBoundingBox(boxMin, boxMax); });
+}
+
+template <class Visit>
+void Node::WalkChildren(Visit visit)
+{
+    if (children.empty())
     {
-        child->ComputeBoundingBox(boxMin, boxMax);
+        return;
+    }
+    detail::ChildCursor* unlisted = nullptr;
+    for (detail::ChildCursor cursor(this, children, scene ? scene->m_cursors : unlisted); Node* child = cursor.Next();)
+    {
+        visit(child);
     }
 }
 
@@ -156,6 +168,10 @@ void Node::RemoveChild(Node* child)
     if (!child || child->parent != this)
     {
         return;
+    }
+    if (scene)
+    {
+        detail::ChildCursor::ChildLeaves(scene->m_cursors, this, child);
     }
     children.remove(child);
     child->parent = nullptr;

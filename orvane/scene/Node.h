@@ -25,6 +25,10 @@ class Scene;
 /// global transforms are stale; UpdateGraph brings them up to date once a frame. Whoever
 /// creates a node owns it until Scene::DeleteSubtree, or the end of the scene that holds it
 /// in its tree, deletes it.
+///
+/// What a host overrides may add, move and remove nodes, and delete them with
+/// Scene::DeleteSubtree or by delete, this one and those above it too. What the walk has passed
+/// already is not walked again. After a plain delete of its own node an override returns at once.
 class ORVANE_API Node
 {
 public:
@@ -211,6 +215,11 @@ private:
     bool IsSameOrAbove(const Node* other) const;
 
     void MarkMoved();
+
+    /// Does what visit does to a child for every child, in list order, whatever the host does
+    /// to the tree meanwhile. This node may be gone afterwards.
+    template <class Visit>
+    void WalkChildren(Visit visit);
 
     Matrix* UpdateGlobalMatrix();
 

@@ -22,11 +22,25 @@ class MeshNode;
 class Node;
 class Vector;
 
+namespace detail
+{
+
+class ChildCursor;
+
+} // namespace detail
+
 /// The 3D world: a tree of nodes, and the materials, meshes, lines and line styles in it.
 ///
 /// The scene owns what is in it and deletes it at Clear and at its end; what leaves through a
 /// Remove operation belongs to the caller. It is the clock of the nodes, by the update ID, and
 /// knows whether anything changed since the last frame, by the dirty flag.
+///
+/// A host that the engine calls while it updates, draws or suspends (a texture loader, a derived
+/// node, a screen mapping) may edit the scene there. What Clear and DeleteSubtree take away
+/// leaves the scene at once and is deleted when the outermost operation of the engine ends; what
+/// a host deletes by delete is gone at once and no longer visited or drawn. What is added is
+/// drawn from the next frame on. A scene that is being updated or drawn is not updated again:
+/// UpdateGraph then returns at once.
 class ORVANE_API Scene
 {
 public:
@@ -39,7 +53,8 @@ public:
     Scene& operator=(const Scene&) = delete;
 
     /// Deletes everything in the scene and gives it a new root and default camera. Settings,
-    /// update ID and a camera of the host's that is not in the tree stay.
+    /// update ID and a camera of the host's that is not in the tree stay. Called from within an
+    /// operation of the engine it empties the scene at once and deletes later.
     virtual void Clear();
 
     /// Takes the material over, into the alpha list when it is transparent now, else into the
@@ -219,10 +234,13 @@ public:
     void PopulateZOrderedDrawItems();
 
     /// Moves a perspective camera back along the world's Z, until it sees all bounding
-    /// spheres. The arithmetic of an empty scene is not finite.
+    /// spheres. The arithmetic of an empty scene is not finite. From within an update of the
+    /// scene it returns at once.
     void Frame();
 
     /// Deletes the node and everything below it, and marks the scene dirty, also for null.
+    /// Called from within an operation of the engine it takes them out of the tree and off their
+    /// meshes at once and deletes them when the outermost operation ends.
     void DeleteSubtree(Node* node);
 
 protected:
@@ -284,8 +302,39 @@ private:
     friend class MeshNode;
     friend class Node;
 
+    /// What a scene owns.
+    struct Contents
+    {
+        Node* root = nullptr;
+        std::set<Mesh*> meshes;
+        std::set<Line*> lines;
+        std::vector<LineStyle*> lineStyles;
+        std::vector<Material*> optimizedMaterials;
+        std::vector<Material*> alphaMaterials;
+    };
+
     void Register(Node* node);
     void Unregister(Node* node);
+
+    /// Brings the tree up to date, and the one that a host puts in its place meanwhile.
+    void UpdateTree();
+
+    Contents TakeContents();
+    void Delete(Contents& contents);
+
+    /// Empties the scene for Clear while a walk may stand on what is in it.
+    void SetContentsAside();
+    void DeleteContentsSetAside();
+
+    /// Takes out of what is set aside what its owner removes or deletes.
+    bool TakeBack(Material* material);
+    bool TakeBack(LineStyle* style);
+    bool TakeBack(Mesh* mesh);
+    bool TakeBackLine(Line* line);
+
+    /// Leaves a subtree to the end of the walk, out of sight.
+    void PostponeDeletion(Node* top);
+    static void DeleteDetached(Node* top);
 
     /// Takes a mesh or line out of the registries of any other scene.
     void LeaveOtherScene(Mesh* mesh);
@@ -304,6 +353,10 @@ private:
     void RemoveDrawItems(Predicate isGone);
     void ClearDrawItems();
 
+    /// Out of the scene by a Clear, and to be deleted when the walks are over.
+    std::vector<Contents> m_setAside;
+    /// The innermost of the walks over the tree.
+    detail::ChildCursor* m_cursors = nullptr;
     /// Head of the list of all nodes of this scene, attached or not.
     Node* m_firstNode = nullptr;
     /// Draw items out of use, so that filling the list anew allocates nothing.
