@@ -110,6 +110,8 @@ void AppContext::Suspend(Renderer* renderer)
 {
     if (detail::Walk::IsOn(this, detail::Walk::Suspend))
     {
+        // What is being done already is what is asked for last.
+        detail::Walk::Withdraw(this);
         return;
     }
     if (detail::Walk::IsRunning())
@@ -132,6 +134,7 @@ void AppContext::Resume(Renderer* renderer)
 {
     if (detail::Walk::IsOn(this, detail::Walk::Resume))
     {
+        detail::Walk::Withdraw(this);
         return;
     }
     if (detail::Walk::IsRunning())

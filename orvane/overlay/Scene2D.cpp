@@ -236,7 +236,7 @@ void Scene2D::ProcessZOrderedDrawItems()
 void Scene2D::SortDrawItems()
 {
     m_drawOrder.clear();
-    for (AlphaMeshNode* item : zOrderedDrawItems)
+    for (AlphaMeshNode* item : GetZOrderedDrawItems())
     {
         const Vector& localCenter = item->mesh->GetSphere().center;
         Vector center;

@@ -493,10 +493,12 @@ bool Renderer20::PutOff(void (*later)(Renderer20&))
 
 void Renderer20::Suspend()
 {
-    if (PutOff([](Renderer20& self) { self.Renderer20::Suspend(); }))
+    const bool isWithin = detail::Walk::IsOn(this, detail::Walk::Suspend);
+    if (isWithin || PutOff([](Renderer20& self) { self.Renderer20::Suspend(); }))
     {
         return;
     }
+    const detail::Walk walk(this, detail::Walk::Suspend);
     ClearOffscreenBuffers();
     if (screenMesh)
     {
@@ -512,10 +514,12 @@ void Renderer20::Suspend()
 
 void Renderer20::Resume()
 {
-    if (PutOff([](Renderer20& self) { self.Renderer20::Resume(); }))
+    const bool isWithin = detail::Walk::IsOn(this, detail::Walk::Resume);
+    if (isWithin || PutOff([](Renderer20& self) { self.Renderer20::Resume(); }))
     {
         return;
     }
+    const detail::Walk walk(this, detail::Walk::Resume);
     if (textureLoader)
     {
         textureLoader->Resume();

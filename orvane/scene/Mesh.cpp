@@ -5,9 +5,12 @@
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/RawMesh.h"
 #include "orvane/scene/Scene.h"
+#include "orvane/scene/detail/DrawItemPlace.h"
 #include "orvane/scene/detail/Erase.h"
 
+#include <algorithm>
 #include <atomic>
+#include <cstddef>
 #include <limits>
 #include <utility>
 
@@ -102,10 +105,7 @@ Mesh& Mesh::operator=(const Mesh& other)
 Mesh::~Mesh()
 {
     detail::Walk::Tell(this);
-    while (!m_drawLists.empty())
-    {
-        m_drawLists.back()->RemoveDrawItemsOf(this);
-    }
+    Scene::RemoveDrawItemsOf(m_drawItems);
     SetRenderData(nullptr, true);
     if (scene)
     {
@@ -115,9 +115,9 @@ Mesh::~Mesh()
     {
         material->RemoveMesh(this);
     }
-    for (MeshNode* node : nodes)
+    for (MeshNode* node : GetNodes())
     {
-        detail::EraseFirst(node->meshes, this);
+        node->RemoveMeshAt(detail::IndexOf(node->meshes, this));
     }
 }
 
@@ -216,19 +216,61 @@ bool Mesh::AddNode(MeshNode* node)
     {
         return false;
     }
+    const std::uint64_t rank = m_nodeRanks.empty() ? 0 : m_nodeRanks.back() + 1;
     nodes.push_back(node);
-    node->meshes.push_back(this);
+    m_nodeRanks.push_back(rank);
+    node->AddMesh(this, rank);
     return true;
 }
 
 bool Mesh::RemoveNode(MeshNode* node)
 {
-    if (!detail::EraseFirst(nodes, node))
+    const std::size_t index = node ? detail::IndexOf(node->meshes, this) : 0;
+    if (!node || index == node->meshes.size())
     {
         return false;
     }
-    detail::EraseFirst(node->meshes, this);
+    DropNode(node->RankAt(index));
+    node->RemoveMeshAt(index);
     return true;
+}
+
+void Mesh::DropNode(std::uint64_t rank)
+{
+    const auto found = std::lower_bound(m_nodeRanks.begin(), m_nodeRanks.end(), rank);
+    const auto index = found - m_nodeRanks.begin();
+    const auto entry = nodes.begin() + index;
+    if (nodes.end() - entry <= detail::shortList)
+    {
+        m_nodeRanks.erase(found);
+        nodes.erase(entry);
+    }
+    else
+    {
+        *entry = nullptr;
+        ++m_goneNodes;
+    }
+    if (m_goneNodes > nodes.size() / 2)
+    {
+        CloseNodeGaps();
+    }
+}
+
+void Mesh::CloseNodeGaps() const
+{
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < nodes.size(); ++i)
+    {
+        if (nodes[i])
+        {
+            nodes[kept] = nodes[i];
+            m_nodeRanks[kept] = m_nodeRanks[i];
+            ++kept;
+        }
+    }
+    nodes.resize(kept);
+    m_nodeRanks.resize(kept);
+    m_goneNodes = 0;
 }
 
 Mesh* Mesh::InvertOrder(Mesh* mesh, bool makeCopy)

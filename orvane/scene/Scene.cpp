@@ -8,9 +8,9 @@
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
-#include "orvane/scene/detail/ChildCursor.h"
 #include "orvane/scene/detail/Erase.h"
 #include "orvane/scene/detail/Subtree.h"
+#include "orvane/scene/detail/TreeCursor.h"
 
 #include <utility>
 
@@ -69,7 +69,8 @@ void SuspendAll(const std::set<T*>& list, const detail::Walk& walk, const Scene*
 
 } // namespace
 
-Scene::Scene()
+Scene::Scene() :
+    m_treeWalks(std::make_unique<detail::TreeWalks>())
 {
     Initialize();
 }
@@ -80,7 +81,7 @@ Scene::~Scene()
     Cleanup();
     DeleteContentsSetAside();
     SetCamera(nullptr);
-    detail::ChildCursor::SceneDies(m_cursors);
+    detail::TreeCursor::WalksDie(*m_treeWalks);
     // What the host keeps outside the tree lives on without a scene.
     for (Node* node = m_firstNode; node;)
     {
@@ -544,6 +545,13 @@ void Scene::Unregister(Node* node)
         if (contents.root == node)
         {
             contents.root = nullptr;
+        }
+    }
+    for (const Node*& visited : m_treeWalks->visited)
+    {
+        if (visited == node)
+        {
+            visited = nullptr;
         }
     }
 }

@@ -3,6 +3,7 @@
 #include "orvane/Export.h"
 #include "orvane/scene/AlphaMeshNode.h"
 
+#include <cstddef>
 #include <memory>
 #include <set>
 #include <string>
@@ -21,11 +22,12 @@ class Mesh;
 class MeshNode;
 class Node;
 class Vector;
+struct DrawItemPlace;
 
 namespace detail
 {
 
-class ChildCursor;
+struct TreeWalks;
 
 } // namespace detail
 
@@ -204,8 +206,15 @@ public:
     }
 
     /// The scene's own; an item leaves the list when its node or mesh dies.
+    ///
+    /// Ask again after that: in a list of several hundred such an item stays, with null for node
+    /// and mesh, until the next call takes it out.
     const std::vector<AlphaMeshNode*>& GetZOrderedDrawItems() const
     {
+        if (m_hasGoneDrawItems)
+        {
+            DropGoneDrawItems();
+        }
         return zOrderedDrawItems;
     }
 
@@ -282,7 +291,8 @@ protected:
     std::vector<LineStyle*> lineStyles;
     std::set<Line*> lines;
     /// A derived class may reorder the items and write their z, but not add or remove any.
-    std::vector<AlphaMeshNode*> zOrderedDrawItems;
+    /// Outside ProcessZOrderedDrawItems it reads them through GetZOrderedDrawItems.
+    mutable std::vector<AlphaMeshNode*> zOrderedDrawItems;
     std::vector<LightNode*> lights;
     bool unitScaling = true;
     float conversionFactor = 1.0f;
@@ -342,23 +352,36 @@ private:
     /// Clears the back pointer of a mesh or line that is in no registry of this scene.
     void ReleaseMesh(Mesh* mesh);
 
+    /// How node and mesh of a draw item find it, and it them. Its number is its place among
+    /// the links; the list of items may have any order.
+    struct DrawItemLink
+    {
+        /// Null once node or mesh are gone.
+        AlphaMeshNode* item;
+        MeshNode* node;
+        Mesh* mesh;
+        /// Its places in the lists of the two.
+        std::size_t placeAtNode;
+        std::size_t placeAtMesh;
+    };
+
     void AppendDrawItem(MeshNode* node, Mesh* mesh);
 
-    /// Makes node and mesh forget an item, which the caller takes out of the list.
-    void ForgetDrawItem(const AlphaMeshNode& item);
+    /// Makes node and mesh forget an item, and the item them. It stays in the list.
+    void UnlinkDrawItem(DrawItemLink& link);
 
-    void RemoveDrawItemsOf(MeshNode* node);
-    void RemoveDrawItemsOf(Mesh* mesh);
-    template <class Predicate>
-    void RemoveDrawItems(Predicate isGone);
+    /// Takes out all items of a node or mesh that dies, of whatever scene.
+    static void RemoveDrawItemsOf(std::vector<DrawItemPlace>& places);
+    void DropGoneDrawItems() const;
     void ClearDrawItems();
 
     /// Out of the scene by a Clear, and to be deleted when the walks are over.
     std::vector<Contents> m_setAside;
-    /// The innermost of the walks over the tree.
-    detail::ChildCursor* m_cursors = nullptr;
     /// Head of the list of all nodes of this scene, attached or not.
     Node* m_firstNode = nullptr;
+    std::unique_ptr<detail::TreeWalks> m_treeWalks;
+    std::vector<DrawItemLink> m_drawItemLinks;
+    mutable bool m_hasGoneDrawItems = false;
     /// Draw items out of use, so that filling the list anew allocates nothing.
     std::vector<std::unique_ptr<AlphaMeshNode>> m_spareDrawItems;
 };

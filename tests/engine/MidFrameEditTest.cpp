@@ -23,6 +23,8 @@ struct PlaceCase
     /// Whether the place's own objects are used after the edit, by the engine's part of the same
     /// virtual operation: then a host must not delete them itself.
     bool goesOn = false;
+    /// The edit that calls this very operation of the renderer: without end, but for the host.
+    const char* isOperation = "";
 };
 
 struct EditCase
@@ -66,9 +68,9 @@ const PlaceCase kPlaces[] = {
     {"MeshDraw", Place::MeshDraw},
     {"BeginRender", Place::BeginRender},
     {"BeginCapture", Place::BeginCapture},
-    {"BeforeRender2D", Place::BeforeRender2D},
-    {"BeforeRender3D", Place::BeforeRender3D, true},
-    {"AfterRender3D", Place::AfterRender3D},
+    {"BeforeRender2D", Place::BeforeRender2D, false, "Render2D"},
+    {"BeforeRender3D", Place::BeforeRender3D, true, "Render3D"},
+    {"AfterRender3D", Place::AfterRender3D, false, "Render3D"},
     {"EndCapture", Place::EndCapture},
     {"ApplyCapture", Place::ApplyCapture},
     {"EndRender", Place::EndRender},
@@ -180,7 +182,7 @@ const EditCase kEdits[] = {
      false, false, true},
     {"ReleaseFollower", [](MidFrameStage& s) { s.follower->Set3DParent(nullptr); }},
     {"DeleteLoader", [](MidFrameStage& s) { s.loader.reset(); }},
-    {"Suspend", [](MidFrameStage& s) { s.app->Suspend(s.renderer.get()); }, false, true},
+    {"Suspend", [](MidFrameStage& s) { s.app->Suspend(s.renderer.get()); }, false, true, true},
     {"Resume", [](MidFrameStage& s) { s.app->Resume(s.renderer.get()); }, false, true},
     {"SuspendAndResume",
      [](MidFrameStage& s) {
@@ -230,10 +232,10 @@ TEST_P(MidFrameEdit, IsCarriedOutWithoutHarm)
     std::vector<int> drawn;
     {
         MidFrameStage stage;
-        stage.Arm(place.place, edit.edit, edit.again);
+        stage.Arm(place.place, edit.edit, edit.again && std::string(edit.name) != place.isOperation);
         stage.Run();
         EXPECT_GE(stage.edits, 1) << "the place was never called";
-        EXPECT_LT(stage.deepest, 3) << "the engine calls itself without end";
+        EXPECT_LT(stage.deepest, 5) << "the engine calls itself without end";
         stage.Arm(Place::Nowhere, nullptr, false);
         stage.Frame();
         drawn = stage.DrawnInAFrame();

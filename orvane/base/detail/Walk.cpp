@@ -90,13 +90,12 @@ bool Walk::IsAmongLosses(const void* object) const
     return m_thread.lossesUnknown || m_thread.losses->objects.count(object) != 0;
 }
 
-void Walk::Tell(const void* object)
+void Walk::Withdraw(const void* owner)
 {
-    Thread& thread = ThisThread();
-    for (Postponed** link = &thread.first; *link;)
+    for (Postponed** link = &ThisThread().first; *link;)
     {
         Postponed* const call = *link;
-        if (call->owner == object || call->other == object)
+        if (call->owner == owner || call->other == owner)
         {
             *link = call->next;
             delete call;
@@ -106,6 +105,12 @@ void Walk::Tell(const void* object)
             link = &call->next;
         }
     }
+}
+
+void Walk::Tell(const void* object)
+{
+    Withdraw(object);
+    Thread& thread = ThisThread();
     if (!thread.innermost)
     {
         return;

@@ -63,6 +63,9 @@ public:
         Append(new (std::nothrow) PostponedCall<Function>(owner, other, std::move(function)));
     }
 
+    /// Takes back what is postponed for this owner.
+    static void Withdraw(const void* owner);
+
     /// Whether something is postponed for this owner.
     static bool IsPostponed(const void* owner);
 
