@@ -142,9 +142,9 @@ void PrefetchAhead(const std::vector<RenderItemES20>& items, std::size_t current
 /// Does something with all that stood in a list of a scene when this began, as far as no host
 /// that is called meanwhile deletes it.
 template <class Entry, class Function>
-void ForEachLiving(const std::vector<Entry*>& list, std::vector<Entry*>& scratch, const detail::Walk& walk,
-                   Function function)
+void ForEachLiving(const std::vector<Entry*>& list, std::vector<Entry*>& scratch, Function function)
 {
+    const detail::Walk walk(nullptr, detail::Walk::Draw);
     Detail::BorrowedVector<Entry*> present(scratch);
     (*present).assign(list.begin(), list.end());
     for (Entry* entry : *present)
@@ -280,11 +280,14 @@ void Renderer20::Render3D(Scene* scene, CameraNode* camera)
     glBlendEquation(GL_FUNC_ADD);
 
     Detail::BorrowedVector<RenderItemES20> items(m_items);
-    ListOpaque(*scene, cameraData, *items, walk);
+    PrepareOptimizedMaterials(scene->GetOptimizedMaterials(), cameraData, *items, false);
     if (!walk.IsGone(scene))
     {
-        ForEachLiving(scene->GetAlphaMaterials(), m_materials, walk, [&](Material* material)
-                      { PrepareOptimizedMaterial(material, cameraData, *items, false); });
+        PrepareLineStyles(scene->GetLineStyles(), cameraData, *items, false);
+    }
+    if (!walk.IsGone(scene))
+    {
+        PrepareOptimizedMaterials(scene->GetAlphaMaterials(), cameraData, *items, false);
     }
     DrawItems(cameraData, *items);
 }
@@ -304,24 +307,16 @@ void Renderer20::Render2D(Scene2D* layer)
     const LayerDepthScope depthScope;
 
     Detail::BorrowedVector<RenderItemES20> items(m_items);
-    ListOpaque(*layer, hudCamera.get(), *items, walk);
+    PrepareOptimizedMaterials(layer->GetOptimizedMaterials(), hudCamera.get(), *items, false);
+    if (!walk.IsGone(layer))
+    {
+        PrepareLineStyles(layer->GetLineStyles(), hudCamera.get(), *items, false);
+    }
     if (!walk.IsGone(layer))
     {
         ListZOrdered(*layer, *items, walk);
     }
     DrawItems(hudCamera.get(), *items);
-}
-
-void Renderer20::ListOpaque(Scene& scene, CameraNodeES20* cameraData, std::vector<RenderItemES20>& items,
-                            const detail::Walk& walk)
-{
-    ForEachLiving(scene.GetOptimizedMaterials(), m_materials, walk, [&](Material* material)
-                  { PrepareOptimizedMaterial(material, cameraData, items, false); });
-    if (!walk.IsGone(&scene))
-    {
-        ForEachLiving(scene.GetLineStyles(), m_lineStyles, walk, [&](LineStyle* lineStyle)
-                      { PrepareLineStyle(lineStyle, cameraData, items, false); });
-    }
 }
 
 void Renderer20::ListZOrdered(Scene& layer, std::vector<RenderItemES20>& items, const detail::Walk& walk)
@@ -432,6 +427,20 @@ void Renderer20::PrepareLineStyle(LineStyle* lineStyle, CameraNodeES20* cameraDa
     {
         data->Prepare(cameraData, items, clippingPlane);
     }
+}
+
+void Renderer20::PrepareOptimizedMaterials(const std::vector<Material*>& materials, CameraNodeES20* cameraData,
+                                           std::vector<RenderItemES20>& items, bool clippingPlane)
+{
+    ForEachLiving(materials, m_materials, [&](Material* material)
+                  { PrepareOptimizedMaterial(material, cameraData, items, clippingPlane); });
+}
+
+void Renderer20::PrepareLineStyles(const std::vector<LineStyle*>& lineStyles, CameraNodeES20* cameraData,
+                                   std::vector<RenderItemES20>& items, bool clippingPlane)
+{
+    ForEachLiving(lineStyles, m_lineStyles, [&](LineStyle* lineStyle)
+                  { PrepareLineStyle(lineStyle, cameraData, items, clippingPlane); });
 }
 
 void Renderer20::PrepareZOrderedMeshNode(AlphaMeshNode* alphaNode, CameraNodeES20* cameraData,

@@ -157,6 +157,15 @@ protected:
     void PrepareLineStyle(LineStyle* lineStyle, CameraNodeES20* cameraData,
                           std::vector<RenderItemES20>& items, bool clippingPlane);
 
+    /// PrepareOptimizedMaterial for what the list holds now, in its order: a host that is called
+    /// meanwhile may change it. GL.
+    void PrepareOptimizedMaterials(const std::vector<Material*>& materials, CameraNodeES20* cameraData,
+                                   std::vector<RenderItemES20>& items, bool clippingPlane);
+
+    /// PrepareLineStyle for what the list holds now, likewise. GL.
+    void PrepareLineStyles(const std::vector<LineStyle*>& lineStyles, CameraNodeES20* cameraData,
+                           std::vector<RenderItemES20>& items, bool clippingPlane);
+
     /// Lists one mesh at one node, if its material is ready. GL.
     void PrepareZOrderedMeshNode(AlphaMeshNode* alphaNode, CameraNodeES20* cameraData,
                                  std::vector<RenderItemES20>& items);
@@ -207,8 +216,6 @@ protected:
 
 private:
     MaterialES20* MaterialDataOf(Material& material);
-    void ListOpaque(Scene& scene, CameraNodeES20* cameraData, std::vector<RenderItemES20>& items,
-                    const detail::Walk& walk);
     void ListZOrdered(Scene& layer, std::vector<RenderItemES20>& items, const detail::Walk& walk);
     void DrawItems(CameraNodeES20* cameraData, std::vector<RenderItemES20> const& items);
     int ToPoints(int pixels) const;

@@ -311,23 +311,14 @@ void PresentationRenderer::BeginScene() const
 void PresentationRenderer::ListItems(Scene& scene, CameraNodeES20* cameraData)
 {
     m_items.clear();
-    for (Material* material : scene.GetOptimizedMaterials())
-    {
-        PrepareOptimizedMaterial(material, cameraData, m_items, true);
-    }
+    PrepareOptimizedMaterials(scene.GetOptimizedMaterials(), cameraData, m_items, true);
     m_firstLine = m_items.size();
     if (m_linesShown)
     {
-        for (LineStyle* lineStyle : scene.GetLineStyles())
-        {
-            PrepareLineStyle(lineStyle, cameraData, m_items, true);
-        }
+        PrepareLineStyles(scene.GetLineStyles(), cameraData, m_items, true);
     }
     m_firstAlpha = m_items.size();
-    for (Material* material : scene.GetAlphaMaterials())
-    {
-        PrepareOptimizedMaterial(material, cameraData, m_items, true);
-    }
+    PrepareOptimizedMaterials(scene.GetAlphaMaterials(), cameraData, m_items, true);
 }
 
 void PresentationRenderer::DrawItems(CameraNodeES20* cameraData, const std::vector<RenderItemES20>& items,

@@ -7,7 +7,7 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <tuple>
+#include <utility>
 #include <vector>
 
 namespace OV::Test
@@ -216,19 +216,13 @@ const EditCase kEdits[] = {
     {"SetAAMode", [](MidFrameStage& s) { s.renderer->SetAAMode(AAModeFXAA); }},
 };
 
-using Case = std::tuple<PlaceCase, EditCase>;
-
-class MidFrameEdit : public ::testing::TestWithParam<Case>
+class MidFrameEdit : public ::testing::TestWithParam<PlaceCase>
 {
 };
 
-TEST_P(MidFrameEdit, IsCarriedOutWithoutHarm)
+void TryEdit(const PlaceCase& place, const EditCase& edit)
 {
-    const auto& [place, edit] = GetParam();
-    if (place.goesOn && edit.deletesItself)
-    {
-        return;
-    }
+    SCOPED_TRACE(edit.name);
     std::vector<int> drawn;
     {
         MidFrameStage stage;
@@ -251,11 +245,207 @@ TEST_P(MidFrameEdit, IsCarriedOutWithoutHarm)
     EXPECT_EQ(drawn, between.DrawnInAFrame()) << "not what the same edit between two frames leads to";
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryPlaceAndEdit, MidFrameEdit,
-                         ::testing::Combine(::testing::ValuesIn(kPlaces), ::testing::ValuesIn(kEdits)),
-                         [](const auto& info) {
-                             return std::string(std::get<0>(info.param).name) + "_" + std::get<1>(info.param).name;
-                         });
+TEST_P(MidFrameEdit, IsCarriedOutWithoutHarm)
+{
+    const PlaceCase& place = GetParam();
+    for (const EditCase& edit : kEdits)
+    {
+        if (!(place.goesOn && edit.deletesItself))
+        {
+            TryEdit(place, edit);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryPlace, MidFrameEdit, ::testing::ValuesIn(kPlaces),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+class MidFrame : public ::testing::Test
+{
+protected:
+    MidFrameStage stage;
+};
+
+TEST_F(MidFrame, WhatClearTakesAwayIsGoneAtOnceAndDeletedAtTheEnd)
+{
+    int seen = -1;
+    LifetimeWatch node;
+    node.Watch(stage.node->GetLifetime());
+    bool livedOn = false;
+    stage.Arm(
+        Place::LoadAgain,
+        [&](MidFrameStage& s) {
+            s.CurrentScene()->Clear();
+            s.mesh = nullptr;
+            seen = static_cast<int>(s.CurrentScene()->GetMeshes().size() + s.CurrentScene()->GetLines().size() +
+                                    s.CurrentScene()->GetOptimizedMaterials().size());
+            livedOn = node.IsAlive();
+        },
+        false);
+    stage.Frame();
+    stage.Frame();
+    EXPECT_EQ(seen, 0);
+    EXPECT_TRUE(livedOn);
+    EXPECT_FALSE(node.IsAlive());
+}
+
+TEST_F(MidFrame, WhatDeleteSubtreeTakesAwayLeavesTreeAndMeshesAtOnce)
+{
+    LifetimeWatch node;
+    node.Watch(stage.node->GetLifetime());
+    std::size_t children = 99;
+    std::size_t places = 99;
+    bool livedOn = false;
+    stage.Arm(
+        Place::NodeUpdateBegin,
+        [&](MidFrameStage& s) {
+            s.CurrentScene()->DeleteSubtree(s.node);
+            children = s.parent->GetChildren().size();
+            places = s.mesh->GetNodes().size();
+            livedOn = node.IsAlive();
+        },
+        false);
+    stage.app->Update(1.0f);
+    EXPECT_EQ(children, 0u);
+    EXPECT_EQ(places, 0u);
+    EXPECT_TRUE(livedOn);
+    EXPECT_FALSE(node.IsAlive());
+}
+
+TEST_F(MidFrame, WhatIsPutInForAClearedTreeIsInPlaceInTheSameUpdate)
+{
+    Node* added = nullptr;
+    stage.Arm(
+        Place::SiblingUpdateEnd,
+        [&](MidFrameStage& s) {
+            s.CurrentScene()->Clear();
+            s.mesh = nullptr;
+            added = new Node(s.CurrentScene());
+            s.CurrentScene()->GetRoot()->AddChild(added, false);
+            Transform place;
+            place.SetPosition(Vector(1.0f, 2.0f, 3.0f));
+            added->SetLocal(place);
+        },
+        false);
+    stage.app->Update(1.0f);
+    ASSERT_NE(added, nullptr);
+    EXPECT_EQ(added->GetGlobal().GetPosition().y, 2.0f);
+}
+
+TEST_F(MidFrame, AContextMayBeDestroyedInEveryPlace)
+{
+    for (const PlaceCase& place : kPlaces)
+    {
+        if (place.place == Place::LoaderSuspend || place.place == Place::LoaderResume)
+        {
+            continue; // Stage::Run goes on to use the context.
+        }
+        SCOPED_TRACE(place.name);
+        MidFrameStage own;
+        own.Arm(
+            place.place, [](MidFrameStage& s) {
+                s.mesh = nullptr;
+                s.app.reset();
+            },
+            false);
+        own.RunWhileThereIsAContext();
+        EXPECT_EQ(own.edits, 1);
+    }
+}
+
+/// A node that deletes the scene it stands in.
+class LastNode : public Node
+{
+public:
+    LastNode(Scene* scene, std::unique_ptr<Scene>& owner) : Node(scene), m_owner(owner) {}
+
+    void UpdateGraph() override { m_owner.reset(); }
+
+private:
+    std::unique_ptr<Scene>& m_owner;
+};
+
+TEST(MidFrameScene, AHostMayDeleteItsOwnSceneFromWithinAnUpdate)
+{
+    auto scene = std::make_unique<Scene>();
+    scene->GetRoot()->AddChild(new LastNode(scene.get(), scene), false);
+    scene->GetRoot()->AddChild(new Node(scene.get()), false);
+    scene->UpdateGraph(64.0f, 48.0f);
+    EXPECT_EQ(scene, nullptr);
+}
+
+TEST(MidFrameScene, NodesFarDownMayLeaveTheTreeFromWithinAnUpdate)
+{
+    for (const bool byDelete : {true, false})
+    {
+        Scene scene;
+        std::vector<Node*> chain{scene.GetRoot()};
+        int visits = 0;
+        class Counted : public Node
+        {
+        public:
+            Counted(Scene* s, int& visits, std::function<void()> onVisit) :
+                Node(s), m_visits(visits), m_onVisit(std::move(onVisit))
+            {
+            }
+            void UpdateGraph() override
+            {
+                ++m_visits;
+                if (m_onVisit)
+                {
+                    const std::function<void()> call = m_onVisit;
+                    call();
+                    return;
+                }
+                Node::UpdateGraph();
+            }
+
+        private:
+            int& m_visits;
+            std::function<void()> m_onVisit;
+        };
+        constexpr int levels = 600;
+        constexpr int edited = 500;
+        for (int level = 1; level <= levels; ++level)
+        {
+            std::function<void()> onVisit;
+            if (level == edited)
+            {
+                onVisit = [&]
+                {
+                    // The node in work and one above it that the same walk has come through.
+                    if (byDelete)
+                    {
+                        delete chain[edited];
+                        delete chain[edited - 100];
+                    }
+                    else
+                    {
+                        scene.DeleteSubtree(chain[edited - 100]);
+                    }
+                };
+            }
+            Node* const node = new Counted(&scene, visits, onVisit);
+            chain.back()->AddChild(node, false);
+            if (level == edited - 150)
+            {
+                // Comes after the long branch.
+                chain.back()->AddChild(new Counted(&scene, visits, nullptr), false);
+            }
+            chain.push_back(node);
+        }
+        scene.UpdateGraph(64.0f, 48.0f);
+        EXPECT_EQ(visits, edited + 1) << "what stood beside the branch was not visited";
+        if (byDelete)
+        {
+            // Roots of their own now, which nobody but their host deletes.
+            for (int level : {edited - 99, edited + 1})
+            {
+                scene.DeleteSubtree(chain[level]);
+            }
+        }
+    }
+}
 
 } // namespace
 

@@ -453,6 +453,13 @@ void MidFrameStage::Fill(Scene& scene)
 
 void MidFrameStage::Frame()
 {
+    MarkAllDirty();
+    app->Update(1.0f);
+    app->Render(renderer.get(), true);
+}
+
+void MidFrameStage::MarkAllDirty()
+{
     for (Scene* scene : {CurrentScene(), static_cast<Scene*>(Foreground()), static_cast<Scene*>(Background())})
     {
         if (scene)
@@ -460,8 +467,23 @@ void MidFrameStage::Frame()
             scene->MarkDirty();
         }
     }
-    app->Update(1.0f);
-    app->Render(renderer.get(), true);
+}
+
+void MidFrameStage::RunWhileThereIsAContext()
+{
+    for (const int width : {64, 80, 80})
+    {
+        if (app)
+        {
+            app->SetScreenSize(width, 60);
+            MarkAllDirty();
+            app->Update(1.0f);
+        }
+        if (app)
+        {
+            app->Render(renderer.get(), true);
+        }
+    }
 }
 
 void MidFrameStage::Run()

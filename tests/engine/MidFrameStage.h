@@ -84,6 +84,9 @@ public:
     /// is called.
     void Run();
 
+    /// The same until the context is gone.
+    void RunWhileThereIsAContext();
+
     void Frame();
 
     /// The numbers of indices of the draws of one more frame, in order.
@@ -126,6 +129,7 @@ public:
     int deepest = 0;  ///< how many of them ran inside one another
 
 private:
+    void MarkAllDirty();
     void BuildScene(Scene& scene, int firstCount);
     void BuildLayers();
 
