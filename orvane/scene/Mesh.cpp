@@ -1,5 +1,6 @@
 #include "orvane/scene/Mesh.h"
 
+#include "orvane/base/detail/Walk.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/RawMesh.h"
@@ -99,6 +100,7 @@ Mesh& Mesh::operator=(const Mesh& other)
 
 Mesh::~Mesh()
 {
+    detail::Walk::Tell(this);
     Scene::RemoveDrawItemsOf(m_drawItems);
     SetRenderData(nullptr, true);
     if (scene)

@@ -22,7 +22,7 @@ MeshNode::MeshNode(Scene* ownScene) :
 {
 }
 
-MeshNode::~MeshNode()
+void MeshNode::LeaveMeshes()
 {
     if (m_links)
     {
@@ -33,6 +33,15 @@ MeshNode::~MeshNode()
         meshes[i]->DropNode(RankAt(i));
     }
     meshes.clear();
+    if (m_links)
+    {
+        m_links->laterRanks.clear();
+    }
+}
+
+MeshNode::~MeshNode()
+{
+    LeaveMeshes();
     for (NodeMaterial* material : std::exchange(nodeMaterials, {}))
     {
         material->RemoveNode(this);
