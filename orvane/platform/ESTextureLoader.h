@@ -85,7 +85,7 @@ protected:
     void CheckExtensions();
 
     /// Makes the texture of a rasterised text and holds it under the key. GL.
-    unsigned int AddTextTexture(const TextureIndex& key, Image& image, int width, int height, int& textureWidth,
+    unsigned int AddTextTexture(const TextureIndex& key, Image& image, int& width, int& height, int& textureWidth,
                                 int& textureHeight);
 
     std::map<TextureIndex, std::unique_ptr<CacheRecord>> cache;
