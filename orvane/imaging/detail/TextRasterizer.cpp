@@ -332,14 +332,9 @@ void MeasureText(const std::string& fontName, int fontSize, const std::string& t
     height = layout.height;
 }
 
-Image* RasterizeText(const std::string& fontName, int fontSize, const std::string& text, int maxWidth, int maxHeight,
-                     int* wholeHeight)
+Image* RasterizeText(const std::string& fontName, int fontSize, const std::string& text, int maxWidth, int maxHeight)
 {
     TextLayout layout = LayOut(fontName, fontSize, text, maxWidth);
-    if (wholeHeight)
-    {
-        *wholeHeight = layout.height;
-    }
     LimitHeight(layout, maxHeight);
     if (layout.lines.empty())
     {

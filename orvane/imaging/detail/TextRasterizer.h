@@ -24,9 +24,9 @@ void MeasureText(const std::string& fontName, int fontSize, const std::string& t
 /// The text as white over nothing, premultiplied, colour pictures of a font by their light and alpha, of the size that MeasureText gives. Lines
 /// that are too wide end in an ellipsis. Any thread may call.
 /// @param maxHeight in pixels; below 1: no limit. Lines that would pass it are left out, and
-/// then the last row is empty. @param wholeHeight the height with them; may be null.
+/// then the last row is empty.
 /// @return null where there is nothing to measure either; the caller deletes it.
 Image* RasterizeText(const std::string& fontName, int fontSize, const std::string& text, int maxWidth,
-                     int maxHeight = 0, int* wholeHeight = nullptr);
+                     int maxHeight = 0);
 
 }  // namespace OV::detail
