@@ -183,6 +183,11 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
     }
     PrepareLook();
     ListItems(scene, cameraData);
+    if (!cameraData->GetCameraNode())
+    {
+        // A texture loader of the host's has deleted the camera: the next frame has another.
+        return;
+    }
     if (m_look == Look::Crosshatch)
     {
         UseHatchEffect(scene);
