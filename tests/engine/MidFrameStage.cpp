@@ -91,9 +91,12 @@ public:
 
     void UpdateGraph() override
     {
-        m_stage.Called(m_begin);
+        // What runs below may delete this node.
+        MidFrameStage& stage = m_stage;
+        const Place end = m_end;
+        stage.Called(m_begin);
         MeshNode::UpdateGraph();
-        m_stage.Called(m_end);
+        stage.Called(end);
     }
 
 private:
@@ -109,9 +112,10 @@ public:
 
     void UpdateGraph() override
     {
-        m_stage.Called(Place::CameraUpdateBegin);
+        MidFrameStage& stage = m_stage;
+        stage.Called(Place::CameraUpdateBegin);
         CameraNode::UpdateGraph();
-        m_stage.Called(Place::CameraUpdateEnd);
+        stage.Called(Place::CameraUpdateEnd);
     }
 
 private:
