@@ -219,15 +219,21 @@ std::uint64_t MeshNode::RankAt(std::size_t index) const
 
 void MeshNode::AddMesh(Mesh* mesh, std::uint64_t rank)
 {
-    if (meshes.empty())
+    meshes.push_back(mesh);
+    if (meshes.size() == 1)
     {
         m_firstRank = rank;
+        return;
     }
-    else
+    try
     {
         MakeLinks().laterRanks.push_back(rank);
     }
-    meshes.push_back(mesh);
+    catch (...)
+    {
+        meshes.pop_back();
+        throw;
+    }
 }
 
 void MeshNode::RemoveMeshAt(std::size_t index)
