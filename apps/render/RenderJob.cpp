@@ -1,6 +1,6 @@
 #include "apps/render/RenderJob.h"
 
-#include "apps/render/NodePath.h"
+#include "orvane_host/import/NodePath.h"
 #include "apps/render/ProgressBar.h"
 #include "apps/render/Report.h"
 #include "apps/render/SurfaceSettings.h"
@@ -400,11 +400,11 @@ void RenderJob::SetEdit()
     {
         return;
     }
-    const Node* const node = FindNode(m_nodes, path);
+    const Node* const node = Host::FindNode(m_nodes, path);
     if (!node)
     {
         throw Failure(m_options.model, "there is no node '" + path + "' for --edit; some that there are: "
-                          + SomeNodeNames(m_nodes));
+                          + Host::SomeNodeNames(m_nodes));
     }
     m_renderer->EditInContext(node->GetPath());
 }

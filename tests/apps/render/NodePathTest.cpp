@@ -1,4 +1,4 @@
-#include "apps/render/NodePath.h"
+#include "orvane_host/import/NodePath.h"
 
 #include "orvane/scene/Node.h"
 #include "orvane/scene/Scene.h"
@@ -8,7 +8,7 @@
 #include <vector>
 
 using namespace OV;
-using namespace OV::RenderApp;
+using namespace OV::Host;
 
 namespace
 {
