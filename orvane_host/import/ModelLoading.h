@@ -16,7 +16,7 @@ class ModelLoading
 {
 public:
     /// Begins to read.
-    /// @param options its progress is called on the other thread.
+    /// @param options its progress is called on the other thread, and by Take on its own.
     explicit ModelLoading(const std::string& path, const ImportOptions& options = ImportOptions());
 
     /// Cancels and waits for the other thread.
@@ -25,10 +25,11 @@ public:
     ModelLoading(const ModelLoading&) = delete;
     ModelLoading& operator=(const ModelLoading&) = delete;
 
-    /// The share that is read, 0 to 100, never falling.
+    /// The share of the whole import that is done, 0 to 100, never falling. Reading comes first; what
+    /// is left for Take is the building.
     float GetPercent() const;
 
-    /// Asks the reading to end; Take then tells ImportStatus::Cancelled, unless all was read before.
+    /// Asks the import to end; Take then tells ImportStatus::Cancelled.
     void Cancel();
 
     /// Whether Take answers without waiting for the other thread.

@@ -59,19 +59,8 @@ bool Ends(const Node* node, const std::string& path, const Names& names)
     return false;
 }
 
-} // namespace
-
-Node* FindNode(const std::vector<ImportedNode>& nodes, const std::string& path)
+std::string PathIn(const Names& names, const Node& node)
 {
-    const Names names = NamesOf(nodes);
-    const auto found = std::find_if(nodes.begin(), nodes.end(),
-                                    [&](const ImportedNode& node) { return Ends(node.node, path, names); });
-    return found == nodes.end() ? nullptr : found->node;
-}
-
-std::string PathOf(const std::vector<ImportedNode>& nodes, const Node& node)
-{
-    const Names names = NamesOf(nodes);
     std::string path;
     for (const Node* step = &node; step; step = step->GetParent())
     {
@@ -84,6 +73,35 @@ std::string PathOf(const std::vector<ImportedNode>& nodes, const Node& node)
     }
     const std::size_t begin = path.find_first_not_of('/');
     return begin == std::string::npos ? std::string() : path.substr(begin);
+}
+
+} // namespace
+
+Node* FindNode(const std::vector<ImportedNode>& nodes, const std::string& path)
+{
+    const Names names = NamesOf(nodes);
+    const auto found = std::find_if(nodes.begin(), nodes.end(),
+                                    [&](const ImportedNode& node) { return Ends(node.node, path, names); });
+    return found == nodes.end() ? nullptr : found->node;
+}
+
+std::string PathOf(const std::vector<ImportedNode>& nodes, const Node& node)
+{
+    return PathIn(NamesOf(nodes), node);
+}
+
+std::vector<std::string> ListNodePaths(const std::vector<ImportedNode>& nodes)
+{
+    const Names names = NamesOf(nodes);
+    std::vector<std::string> paths;
+    for (const ImportedNode& node : nodes)
+    {
+        if (!node.name.empty())
+        {
+            paths.push_back(PathIn(names, *node.node));
+        }
+    }
+    return paths;
 }
 
 std::string SomeNodeNames(const std::vector<ImportedNode>& nodes)
