@@ -16,7 +16,7 @@ namespace
 struct NodePathTest : ::testing::Test
 {
     Scene scene;
-    std::vector<Host::ImportedNode> nodes;
+    std::vector<ImportedNode> nodes;
 
     Node* Add(const std::string& name, Node* parent)
     {
