@@ -2,6 +2,8 @@
 
 #include "orvane/math/Color.h"
 
+#include <string>
+
 namespace OV::Host
 {
 
@@ -15,6 +17,13 @@ enum class Look
     Monotone,    ///< one flat colour
     VertexColor, ///< the colours of the vertices; white where a mesh has none
 };
+
+/// Finds a look by its name on a command line, such as "vertex-color".
+/// @return false, with nothing changed, if there is none.
+bool ParseLook(const std::string& name, Look& look);
+
+/// The name that ParseLook knows a look by; null for what is no look.
+const char* NameOfLook(Look look);
 
 /// What counts as one thing where edges are drawn.
 enum class Identity

@@ -177,7 +177,7 @@ bool Presentation::FrameShown()
 
 bool Presentation::SetCamera(const Vector& eye, const Vector& target, const Vector& up)
 {
-    return m_impl->Look(eye, target, up);
+    return m_impl->LookFrom(eye, target, up);
 }
 
 bool Presentation::SetCamera(const Transform& place, float distance)
@@ -191,7 +191,7 @@ bool Presentation::SetCamera(const Transform& place, float distance)
         return false;
     }
     const float reach = distance / length;
-    return m_impl->Look(eye, Vector(eye.x - back.x * reach, eye.y - back.y * reach, eye.z - back.z * reach),
+    return m_impl->LookFrom(eye, Vector(eye.x - back.x * reach, eye.y - back.y * reach, eye.z - back.z * reach),
                         Vector(static_cast<float>(m[0][1]), static_cast<float>(m[1][1]), static_cast<float>(m[2][1])));
 }
 

@@ -28,24 +28,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 
 namespace OV::Host
 {
 
 namespace
 {
-
-struct NamedLook
-{
-    const char* name;
-    Look look;
-};
-
-constexpr NamedLook kLooks[] = {
-    {"basic", Look::Basic},           {"advanced", Look::Advanced}, {"phong", Look::Phong},
-    {"crosshatch", Look::Crosshatch}, {"monotone", Look::Monotone}, {"vertex-color", Look::VertexColor},
-};
 
 /// The attribute that the look reads colours from.
 constexpr GLuint kColorAttribute = 2;
@@ -89,14 +77,7 @@ PresentationRenderer::~PresentationRenderer()
 
 bool PresentationRenderer::ParseLook(const std::string& name, Look& look)
 {
-    const auto found = std::find_if(std::begin(kLooks), std::end(kLooks),
-                                    [&](const NamedLook& candidate) { return candidate.name == name; });
-    if (found == std::end(kLooks))
-    {
-        return false;
-    }
-    look = found->look;
-    return true;
+    return Host::ParseLook(name, look);
 }
 
 void PresentationRenderer::SetStrokeDensity(int density)

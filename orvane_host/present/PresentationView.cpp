@@ -123,11 +123,11 @@ bool Presentation::Impl::Frame(const std::vector<Vector>& points)
     }
     const Vector eye(static_cast<float>(target.x + m[0][2] * distance), static_cast<float>(target.y + m[1][2] * distance),
                      static_cast<float>(target.z + m[2][2] * distance));
-    return Look(eye, target,
+    return LookFrom(eye, target,
                 Vector(static_cast<float>(m[0][1]), static_cast<float>(m[1][1]), static_cast<float>(m[2][1])));
 }
 
-bool Presentation::Impl::Look(const Vector& eye, const Vector& target, const Vector& up)
+bool Presentation::Impl::LookFrom(const Vector& eye, const Vector& target, const Vector& up)
 {
     PresentationSettings wanted = settings;
     wanted.view.eye = eye;

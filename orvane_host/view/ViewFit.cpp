@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <iterator>
 
 namespace OV::Host
@@ -281,6 +282,12 @@ bool ViewFit::ParseView(const std::string& text, NamedView& view)
     }
     view = static_cast<NamedView>(found - std::begin(kViewNames));
     return true;
+}
+
+const char* ViewFit::NameOf(NamedView view)
+{
+    const auto index = static_cast<std::size_t>(view);
+    return index < std::size(kViewNames) ? kViewNames[index] : nullptr;
 }
 
 } // namespace OV::Host

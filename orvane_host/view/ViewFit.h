@@ -77,6 +77,9 @@ public:
     /// Reads the lower-case name of a view, as on a command line.
     /// @return false, with view untouched, for any other text.
     static bool ParseView(const std::string& text, NamedView& view);
+
+    /// The name that ParseView knows a view by; null for what is no view.
+    static const char* NameOf(NamedView view);
 };
 
 } // namespace OV::Host

@@ -52,7 +52,7 @@ public:
     /// Where nothing is hidden or cut away.
     std::vector<Vector> AllPoints();
     bool Frame(const std::vector<Vector>& points);
-    bool Look(const Vector& eye, const Vector& target, const Vector& up);
+    bool LookFrom(const Vector& eye, const Vector& target, const Vector& up);
 
     void Resize(int newWidth, int newHeight, float newRatio);
     void Prepare();

@@ -1,5 +1,5 @@
 #include "apps/render/Report.h"
-#include "apps/render/Stats.h"
+#include "orvane_host/present/DrawCounts.h"
 
 #include "orvane_host/present/SceneRenderer.h"
 #include "orvane/engine/AppContext.h"
@@ -22,7 +22,7 @@
 #include <memory>
 
 using namespace OV;
-using namespace OV::RenderApp;
+using namespace OV::Host;
 using OV::Test::GLCall;
 using OV::Test::GLRecorder;
 
