@@ -3,6 +3,7 @@
 #include "orvane_host/import/ModelImporter.h"
 #include "orvane_host/import/NodePath.h"
 #include "orvane_host/present/detail/PresentationImpl.h"
+#include "orvane/overlay/Scene2D.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/Scene.h"

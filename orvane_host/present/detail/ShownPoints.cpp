@@ -151,7 +151,7 @@ void AddPoints(Scene& scene, const std::vector<Vector>& points)
         auto raw = std::make_shared<RawMesh>();
         raw->SetPositionBuffer({points.begin() + static_cast<std::ptrdiff_t>(first),
                                 points.begin() + static_cast<std::ptrdiff_t>(last)});
-        raw->SetIndices(indices);
+        raw->SetIndices(std::move(indices));
         raw->EndDescription(true);
         (new Mesh(raw, &scene))->AddNode(node);
     }
