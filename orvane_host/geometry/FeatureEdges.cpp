@@ -15,17 +15,9 @@ namespace OV::Host
 namespace
 {
 
-<<<<<<< HEAD
-/// Units of depth that faces are moved besides: what the rounding of a depth may differ by.
-constexpr float kDepthUnits = 4.0f;
-=======
-/// So many segments have 16-bit indices to their points, four vertices each.
-constexpr std::size_t kMostSegments = 65536 / 4 / 2;
-
 /// Units of depth that faces are moved besides: what the rounding of a depth may differ by. No
 /// round number, by which room is told from an offset that a host has set.
 constexpr float kDepthUnits = 4.0625f;
->>>>>>> main
 
 /// The room that the axis of a line needs, in pixels.
 constexpr float kMostReach = 0.5f;
@@ -35,70 +27,6 @@ constexpr float kMostReach = 0.5f;
 /// slope over so many pixels behind a face, rafters below a roof for instance, would come through.
 constexpr float kMostStanding = 1.7f;
 
-<<<<<<< HEAD
-=======
-/// The lines of one geometry.
-struct SharedLines
-{
-    std::vector<Line*> lines;
-    std::size_t segments = 0;
-};
-
-using LinesByGeometry = std::map<std::vector<const RawMesh*>, SharedLines>;
-
-bool HasEdges(Mesh& mesh)
-{
-    const Material* material = mesh.GetMaterial();
-    return mesh.Type() != NodeTypeLine && (!material || (material->GetFlags() & MaterialFlagPoints) == 0);
-}
-
-std::vector<const RawMesh*> GeometryOf(const MeshNode& node)
-{
-    std::vector<const RawMesh*> parts;
-    for (Mesh* mesh : node.GetMeshes())
-    {
-        if (HasEdges(*mesh))
-        {
-            parts.push_back(mesh->GetRawMesh().get());
-        }
-    }
-    return parts;
-}
-
-std::shared_ptr<RawLine> MakeRawLine(const FeatureEdge* first, const FeatureEdge* last)
-{
-    std::vector<Vector> points;
-    std::vector<unsigned short> pairs;
-    for (const FeatureEdge* edge = first; edge != last; ++edge)
-    {
-        const auto start = static_cast<unsigned short>(points.size());
-        points.push_back(edge->start);
-        points.push_back(edge->end);
-        pairs.push_back(start);
-        pairs.push_back(static_cast<unsigned short>(start + 1));
-    }
-    auto raw = std::make_shared<RawLine>();
-    raw->SetPositionBuffer(points);
-    raw->SetIndices(pairs);
-    raw->EndDescription(true);
-    return raw;
-}
-
-SharedLines MakeLines(Scene& scene, LineStyle& style, const std::vector<FeatureEdge>& edges)
-{
-    SharedLines made;
-    made.segments = edges.size();
-    for (std::size_t first = 0; first < edges.size(); first += kMostSegments)
-    {
-        const std::size_t last = std::min(first + kMostSegments, edges.size());
-        auto* line = new Line(MakeRawLine(edges.data() + first, edges.data() + last), &scene);
-        style.AddLine(line);
-        made.lines.push_back(line);
-    }
-    return made;
-}
-
->>>>>>> main
 } // namespace
 
 std::vector<FeatureEdge> FeatureEdges::Find(const std::vector<const RawMesh*>& parts, float creaseDegrees)
@@ -114,34 +42,10 @@ std::vector<FeatureEdge> FeatureEdges::Find(const RawMesh& mesh, float creaseDeg
 
 std::size_t FeatureEdges::AddTo(Scene& scene, LineStyle& style, float creaseDegrees)
 {
-<<<<<<< HEAD
     // The lines stay when this goes.
     FeatureLines lines(scene);
     const std::size_t segments = lines.Show(style, creaseDegrees);
     lines.Leave();
-=======
-    const std::vector<MeshNode*> nodes = Detail::MeshNodesOf(scene);
-    LinesByGeometry known;
-    std::size_t segments = 0;
-    for (MeshNode* node : nodes)
-    {
-        const std::vector<const RawMesh*> parts = GeometryOf(*node);
-        if (parts.empty())
-        {
-            continue;
-        }
-        const auto [entry, isNew] = known.try_emplace(parts);
-        if (isNew)
-        {
-            entry->second = MakeLines(scene, style, Find(parts, creaseDegrees));
-        }
-        for (Line* line : entry->second.lines)
-        {
-            line->AddNode(node);
-        }
-        segments += entry->second.segments;
-    }
->>>>>>> main
     return segments;
 }
 

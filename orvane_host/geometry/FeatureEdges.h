@@ -67,13 +67,10 @@ public:
     /// @param scale pixels drawn along an edge of each, as with supersampling.
     static void MakeRoom(Scene& scene, float lineWidth, float scale = 1.0f);
 
-<<<<<<< HEAD
     /// What MakeRoom gives each material.
     static LineRoom RoomFor(float lineWidth, float scale = 1.0f);
-=======
     /// Whether the faces of a material are moved back by MakeRoom.
     static bool HasRoom(const Material& material);
->>>>>>> main
 };
 
 } // namespace OV::Host

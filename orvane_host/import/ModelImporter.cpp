@@ -286,31 +286,7 @@ FileContents ReadModelFile(const std::string& path, const ImportOptions& options
     contents.outcome = CheckFile(path, options.limits, contents.fileBytes);
     if (contents.outcome.status != ImportStatus::Done)
     {
-<<<<<<< HEAD
         return contents;
-=======
-        // What the host's callback throws must not be taken for trouble with the file.
-        std::exception_ptr thrown;
-        const auto reading = [&progress, &thrown](float share)
-        {
-            try
-            {
-                return !thrown && progress(share * kReadingShare);
-            }
-            catch (...)
-            {
-                thrown = std::current_exception();
-                return false;
-            }
-        };
-        outcome = options.isolate ? ReadIsolated(path, options, reading, model)
-                                  : ReadGuarded(path, options, {reading, nullptr}, model);
-        if (thrown)
-        {
-            std::rethrow_exception(thrown);
-        }
-        NameSchema(path, outcome, model);
->>>>>>> main
     }
     // What the host's callback throws must not be taken for trouble with the file.
     std::exception_ptr thrown;
@@ -332,6 +308,7 @@ FileContents ReadModelFile(const std::string& path, const ImportOptions& options
     {
         std::rethrow_exception(thrown);
     }
+    NameSchema(path, contents.outcome, contents.model);
     return contents;
 }
 
