@@ -1,6 +1,6 @@
 #include "apps/render/PickReport.h"
 
-#include "apps/render/NodePath.h"
+#include "orvane_host/import/NodePath.h"
 #include "orvane_host/present/Picking.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/Material.h"
@@ -60,7 +60,7 @@ void PickReport::Add(const Host::PickHit& hit, const CameraNode& camera,
                      const std::vector<Host::ImportedNode>& nodes, const std::vector<Host::ImportedMesh>& meshes)
 {
     Thing thing;
-    thing.node = PathOf(nodes, *hit.node);
+    thing.node = Host::PathOf(nodes, *hit.node);
     thing.mesh = NameOf(*hit.mesh, meshes);
     thing.material = hit.mesh->GetMaterial() ? hit.mesh->GetMaterial()->GetName() : std::string();
     thing.distance = DistanceFrom(camera, hit.position);

@@ -1,32 +1,14 @@
 #pragma once
 
+#include "orvane_host/present/Presentation.h"
+
 #include <nlohmann/json_fwd.hpp>
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
-namespace OV
-{
-
-class Scene;
-
-} // namespace OV
-
 namespace OV::RenderApp
 {
-
-/// What one frame of a scene draws, counted from its render data after the frame.
-struct DrawCounts
-{
-    std::uint64_t draws = 0;
-    std::uint64_t drawnTriangles = 0;
-    std::uint64_t buffers = 0;
-    std::uint64_t bytes = 0;
-};
-
-/// Counts the draws of several scenes that share buffers. GL: sizes of buffers are asked of it.
-DrawCounts CountDraws(const std::vector<const Scene*>& scenes);
 
 /// What --stats tells. Times are milliseconds.
 struct Stats
@@ -36,10 +18,7 @@ struct Stats
     /// One entry a frame; the first one includes the packing.
     std::vector<double> frames;
 
-    std::uint64_t nodes = 0;
-    std::uint64_t meshes = 0;
-    std::uint64_t triangles = 0;
-    DrawCounts drawn;
+    Host::PresentationStatistics presented;
 
     int width = 0;
     int height = 0;

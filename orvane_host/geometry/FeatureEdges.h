@@ -25,6 +25,13 @@ struct FeatureEdge
     Vector end;
 };
 
+/// How far faces are moved back for lines on them, as of GL's polygon offset.
+struct LineRoom
+{
+    float factor = 0.0f;
+    float units = 0.0f;
+};
+
 /// The edges of a surface that a drawing of it shows: where it bends sharply, where it ends, and
 /// where more than two faces meet.
 ///
@@ -60,6 +67,8 @@ public:
     /// @param scale pixels drawn along an edge of each, as with supersampling.
     static void MakeRoom(Scene& scene, float lineWidth, float scale = 1.0f);
 
+    /// What MakeRoom gives each material.
+    static LineRoom RoomFor(float lineWidth, float scale = 1.0f);
     /// Whether the faces of a material are moved back by MakeRoom.
     static bool HasRoom(const Material& material);
 };

@@ -1,6 +1,7 @@
 #include "orvane_host/import/ModelImporter.h"
 
 #include "orvane_host/import/detail/AssimpReader.h"
+#include "orvane_host/import/detail/ImportSteps.h"
 #include "orvane_host/import/detail/IsolatedProcess.h"
 #include "orvane_host/import/detail/ModelArchive.h"
 #include "orvane_host/import/detail/SceneBuilder.h"
@@ -87,23 +88,6 @@ void Fail(ImportResult& result, ImportStatus status, const std::string& reason =
     result.error.reason = reason.empty() ? ReasonFor(status) : reason;
     result.error.remedy = RemedyFor(status);
 }
-
-/// Passes shares on as percentages that never fall.
-class Progress
-{
-public:
-    explicit Progress(const std::function<bool(float)>& callback) : m_callback(callback) {}
-
-    bool operator()(float share)
-    {
-        m_percent = std::max(m_percent, std::clamp(share, 0.0f, 1.0f) * 100.0f);
-        return !m_callback || m_callback(m_percent);
-    }
-
-private:
-    const std::function<bool(float)>& m_callback;
-    float m_percent = 0.0f;
-};
 
 /// Pictures would be taken for point clouds or worse by some parsers.
 bool IsPicture(const std::string& path)
@@ -294,45 +278,52 @@ void LimitWarnings(std::vector<std::string>& warnings)
     }
 }
 
-void ImportUnguarded(const std::string& path, const ImportOptions& options, ImportResult& result)
+} // namespace
+
+FileContents ReadModelFile(const std::string& path, const ImportOptions& options, ImportProgress& progress)
 {
-    std::uint64_t fileBytes = 0;
-    ReadOutcome outcome = CheckFile(path, options.limits, fileBytes);
-    Progress progress(options.progress);
-    ModelData model;
-    if (outcome.status == ImportStatus::Done)
+    FileContents contents;
+    contents.outcome = CheckFile(path, options.limits, contents.fileBytes);
+    if (contents.outcome.status != ImportStatus::Done)
     {
-        // What the host's callback throws must not be taken for trouble with the file.
-        std::exception_ptr thrown;
-        const auto reading = [&progress, &thrown](float share)
-        {
-            try
-            {
-                return !thrown && progress(share * kReadingShare);
-            }
-            catch (...)
-            {
-                thrown = std::current_exception();
-                return false;
-            }
-        };
-        outcome = options.isolate ? ReadIsolated(path, options, reading, model)
-                                  : ReadGuarded(path, options, {reading, nullptr}, model);
-        if (thrown)
-        {
-            std::rethrow_exception(thrown);
-        }
-        NameSchema(path, outcome, model);
+        return contents;
     }
-    if (outcome.status != ImportStatus::Done)
+    // What the host's callback throws must not be taken for trouble with the file.
+    std::exception_ptr thrown;
+    const auto reading = [&progress, &thrown](float share)
     {
-        Fail(result, outcome.status, outcome.reason);
+        try
+        {
+            return !thrown && progress(share * kReadingShare);
+        }
+        catch (...)
+        {
+            thrown = std::current_exception();
+            return false;
+        }
+    };
+    contents.outcome = options.isolate ? ReadIsolated(path, options, reading, contents.model)
+                                       : ReadGuarded(path, options, {reading, nullptr}, contents.model);
+    if (thrown)
+    {
+        std::rethrow_exception(thrown);
+    }
+    NameSchema(path, contents.outcome, contents.model);
+    return contents;
+}
+
+void BuildResult(const FileContents& contents, const std::string& path, const ImportOptions& options,
+                 ImportProgress& progress, ImportResult& result)
+{
+    if (contents.outcome.status != ImportStatus::Done)
+    {
+        Fail(result, contents.outcome.status, contents.outcome.reason);
         return;
     }
-    result.report.fileBytes = fileBytes;
+    result.report.fileBytes = contents.fileBytes;
     const auto building = [&progress](float share)
     { return progress(kReadingShare + share * (1.0f - kReadingShare)); };
-    BuildScene(model, path, options, building, result);
+    BuildScene(contents.model, path, options, building, result);
     if (!result.scene)
     {
         Fail(result, result.status, result.error.reason);
@@ -342,15 +333,13 @@ void ImportUnguarded(const std::string& path, const ImportOptions& options, Impo
     progress(1.0f);
 }
 
-} // namespace
-
-ImportResult ModelImporter::Import(const std::string& path, const ImportOptions& options)
+ImportResult ImportGuarded(const std::string& path, const std::function<void(ImportResult&)>& work)
 {
     ImportResult result;
     result.error.file = path;
     try
     {
-        ImportUnguarded(path, options, result);
+        work(result);
     }
     catch (const std::bad_alloc&)
     {
@@ -366,6 +355,17 @@ ImportResult ModelImporter::Import(const std::string& path, const ImportOptions&
         Fail(result, ImportStatus::Failed);
     }
     return result;
+}
+
+ImportResult ModelImporter::Import(const std::string& path, const ImportOptions& options)
+{
+    return ImportGuarded(path,
+                         [&](ImportResult& result)
+                         {
+                             ImportProgress progress(options.progress);
+                             const FileContents contents = ReadModelFile(path, options, progress);
+                             BuildResult(contents, path, options, progress, result);
+                         });
 }
 
 std::vector<ImportFormat> ModelImporter::ListFormats()

@@ -122,9 +122,9 @@ void VisitMesh(const Mesh& mesh, const QGM::Transf3d& global, const Axes& axes, 
     }
 }
 
-/// Calls visit for all vertices that the scene draws.
+/// Calls visit for all vertices at nodes that count.
 template <typename Visit>
-void VisitScene(const Scene& scene, const Axes& axes, const Visit& visit)
+void VisitScene(const Scene& scene, const SceneFit::Filter& counts, const Axes& axes, const Visit& visit)
 {
     std::vector<Node*> open;
     if (scene.GetRoot())
@@ -137,9 +137,13 @@ void VisitScene(const Scene& scene, const Axes& axes, const Visit& visit)
         open.pop_back();
         open.insert(open.end(), node->GetChildren().begin(), node->GetChildren().end());
         const auto* meshNode = dynamic_cast<const MeshNode*>(node);
-        if (meshNode && (meshNode->GetFlags() & NodeFlagHidden) == 0)
+        if (!meshNode)
         {
-            for (const Mesh* mesh : meshNode->GetMeshes())
+            continue;
+        }
+        for (const Mesh* mesh : meshNode->GetMeshes())
+        {
+            if (counts(*meshNode, *mesh))
             {
                 VisitMesh(*mesh, node->GetGlobal().GetTransf3d(), axes, visit);
             }
@@ -204,13 +208,13 @@ Place FindPerspective(const Extent& extent, double fov)
 
 /// Makes the room left over equal on both sides, at the same distance. Another vertex may be the
 /// outermost after a step; few steps bring it to rest.
-void Center(Place& eye, const Scene& scene, const Axes& axes)
+void Center(Place& eye, const Scene& scene, const SceneFit::Filter& counts, const Axes& axes)
 {
     for (int step = 0; step < 4; ++step)
     {
         Margins horizontal;
         Margins vertical;
-        VisitScene(scene, axes,
+        VisitScene(scene, counts, axes,
                    [&](double x, double y, double z)
                    {
                        horizontal.Add(x, eye.z - z, eye.x);
@@ -261,6 +265,12 @@ void Apply(CameraNode& camera, const Place& eye, const Axes& axes, const Extent&
 
 bool SceneFit::Frame(CameraNode& camera, const Scene& scene, float aspect, float margin)
 {
+    const auto isShown = [](const MeshNode& node, const Mesh&) { return (node.GetFlags() & NodeFlagHidden) == 0; };
+    return Frame(camera, scene, isShown, aspect, margin);
+}
+
+bool SceneFit::Frame(CameraNode& camera, const Scene& scene, const Filter& counts, float aspect, float margin)
+{
     const double ratio = std::isfinite(aspect) && aspect > 0.0f ? aspect : 1.0;
     const double fill = std::isfinite(margin) ? 1.0 - std::clamp(static_cast<double>(margin), 0.0, 0.95) : 1.0;
     const double fov = camera.GetFOV();
@@ -271,7 +281,7 @@ bool SceneFit::Frame(CameraNode& camera, const Scene& scene, float aspect, float
     extent.tanH = ratio < 1.0 ? tangent : tangent * ratio;
 
     const Axes axes(camera.GetGlobal());
-    VisitScene(scene, axes, [&](double x, double y, double z) { extent.Add(x, y, z); });
+    VisitScene(scene, counts, axes, [&](double x, double y, double z) { extent.Add(x, y, z); });
     if (!extent.IsUsable())
     {
         return false;
@@ -279,7 +289,7 @@ bool SceneFit::Frame(CameraNode& camera, const Scene& scene, float aspect, float
     if (camera.GetProjection() == CameraNode::Perspective)
     {
         Place eye = FindPerspective(extent, fov);
-        Center(eye, scene, axes);
+        Center(eye, scene, counts, axes);
         Apply(camera, eye, axes, extent);
     }
     else

@@ -1,9 +1,13 @@
 #pragma once
 
+#include <functional>
+
 namespace OV
 {
 
 class CameraNode;
+class Mesh;
+class MeshNode;
 class Scene;
 
 } // namespace OV
@@ -25,6 +29,13 @@ public:
     /// @return false, with the camera untouched, when the scene draws less than a line of its
     /// own or its coordinates are not finite.
     static bool Frame(CameraNode& camera, const Scene& scene, float aspect, float margin = 0.05f);
+
+    /// Which meshes at which nodes count.
+    using Filter = std::function<bool(const MeshNode&, const Mesh&)>;
+
+    /// The same for what a filter lets through, hidden or not.
+    static bool Frame(CameraNode& camera, const Scene& scene, const Filter& counts, float aspect,
+                      float margin = 0.05f);
 };
 
 } // namespace OV::Host

@@ -1,5 +1,6 @@
 #include "apps/render/Report.h"
 #include "apps/render/Stats.h"
+#include "orvane_host/present/DrawCounts.h"
 
 #include "orvane_host/present/SceneRenderer.h"
 #include "orvane/engine/AppContext.h"
@@ -22,6 +23,7 @@
 #include <memory>
 
 using namespace OV;
+using namespace OV::Host;
 using namespace OV::RenderApp;
 using OV::Test::GLCall;
 using OV::Test::GLRecorder;

@@ -129,6 +129,18 @@ EveryFeatureScene::EveryFeatureScene(CoreContext& context)
     context.SetScene(std::make_unique<Scene>());
     context.SetBackgroundColor(Color(0.55f, 0.7f, 0.8f));
     m_scene = context.GetScene();
+    FillScene();
+    FillLayer(*context.GetBackground2D(), 2.0f);
+    FillLayer(*context.GetForeground2D(), 50.0f);
+}
+
+EveryFeatureScene::EveryFeatureScene(Scene& scene) : m_scene(&scene)
+{
+    FillScene();
+}
+
+void EveryFeatureScene::FillScene()
+{
     UseOrthographic(false);
     AddRoom();
     AddSurfaces();
@@ -137,8 +149,6 @@ EveryFeatureScene::EveryFeatureScene(CoreContext& context)
     AddNodesOfEveryKind();
     AddLines();
     AddSettings();
-    FillLayer(*context.GetBackground2D(), 2.0f);
-    FillLayer(*context.GetForeground2D(), 50.0f);
 }
 
 EveryFeatureScene::~EveryFeatureScene() = default;

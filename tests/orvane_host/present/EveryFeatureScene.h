@@ -40,6 +40,9 @@ class EveryFeatureScene
 public:
     /// Becomes the scene of a context, and fills its layers. The context must outlive it.
     explicit EveryFeatureScene(CoreContext& context);
+
+    /// Fills an empty scene that must outlive it; no layers.
+    explicit EveryFeatureScene(Scene& scene);
     ~EveryFeatureScene();
 
     EveryFeatureScene(const EveryFeatureScene&) = delete;
@@ -56,6 +59,7 @@ private:
     MeshNode& Add(Material& material, const std::shared_ptr<RawMesh>& raw, const Transform& place);
     LineStyle& AddLine(const std::vector<Vector>& points, const Color& color, float width);
 
+    void FillScene();
     void AddRoom();
     void AddSurfaces();
     void AddMappedSurfaces();

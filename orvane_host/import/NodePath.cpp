@@ -1,4 +1,4 @@
-#include "apps/render/NodePath.h"
+#include "orvane_host/import/NodePath.h"
 
 #include "orvane/scene/Node.h"
 
@@ -7,7 +7,7 @@
 #include <set>
 #include <unordered_map>
 
-namespace OV::RenderApp
+namespace OV::Host
 {
 
 namespace
@@ -18,10 +18,10 @@ constexpr std::size_t MostNames = 8;
 
 using Names = std::unordered_map<const Node*, const std::string*>;
 
-Names NamesOf(const std::vector<Host::ImportedNode>& nodes)
+Names NamesOf(const std::vector<ImportedNode>& nodes)
 {
     Names names;
-    for (const Host::ImportedNode& node : nodes)
+    for (const ImportedNode& node : nodes)
     {
         names[node.node] = &node.name;
     }
@@ -59,19 +59,8 @@ bool Ends(const Node* node, const std::string& path, const Names& names)
     return false;
 }
 
-} // namespace
-
-Node* FindNode(const std::vector<Host::ImportedNode>& nodes, const std::string& path)
+std::string PathIn(const Names& names, const Node& node)
 {
-    const Names names = NamesOf(nodes);
-    const auto found = std::find_if(nodes.begin(), nodes.end(),
-                                    [&](const Host::ImportedNode& node) { return Ends(node.node, path, names); });
-    return found == nodes.end() ? nullptr : found->node;
-}
-
-std::string PathOf(const std::vector<Host::ImportedNode>& nodes, const Node& node)
-{
-    const Names names = NamesOf(nodes);
     std::string path;
     for (const Node* step = &node; step; step = step->GetParent())
     {
@@ -86,11 +75,40 @@ std::string PathOf(const std::vector<Host::ImportedNode>& nodes, const Node& nod
     return begin == std::string::npos ? std::string() : path.substr(begin);
 }
 
-std::string SomeNodeNames(const std::vector<Host::ImportedNode>& nodes)
+} // namespace
+
+Node* FindNode(const std::vector<ImportedNode>& nodes, const std::string& path)
+{
+    const Names names = NamesOf(nodes);
+    const auto found = std::find_if(nodes.begin(), nodes.end(),
+                                    [&](const ImportedNode& node) { return Ends(node.node, path, names); });
+    return found == nodes.end() ? nullptr : found->node;
+}
+
+std::string PathOf(const std::vector<ImportedNode>& nodes, const Node& node)
+{
+    return PathIn(NamesOf(nodes), node);
+}
+
+std::vector<std::string> ListNodePaths(const std::vector<ImportedNode>& nodes)
+{
+    const Names names = NamesOf(nodes);
+    std::vector<std::string> paths;
+    for (const ImportedNode& node : nodes)
+    {
+        if (!node.name.empty())
+        {
+            paths.push_back(PathIn(names, *node.node));
+        }
+    }
+    return paths;
+}
+
+std::string SomeNodeNames(const std::vector<ImportedNode>& nodes)
 {
     std::set<std::string> seen;
     std::string names;
-    for (const Host::ImportedNode& node : nodes)
+    for (const ImportedNode& node : nodes)
     {
         if (node.name.empty() || seen.size() == MostNames || !seen.insert(node.name).second)
         {
@@ -101,4 +119,4 @@ std::string SomeNodeNames(const std::vector<Host::ImportedNode>& nodes)
     return names;
 }
 
-} // namespace OV::RenderApp
+} // namespace OV::Host

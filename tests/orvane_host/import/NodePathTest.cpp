@@ -1,4 +1,4 @@
-#include "apps/render/NodePath.h"
+#include "orvane_host/import/NodePath.h"
 
 #include "orvane/scene/Node.h"
 #include "orvane/scene/Scene.h"
@@ -8,7 +8,7 @@
 #include <vector>
 
 using namespace OV;
-using namespace OV::RenderApp;
+using namespace OV::Host;
 
 namespace
 {
@@ -16,7 +16,7 @@ namespace
 struct NodePathTest : ::testing::Test
 {
     Scene scene;
-    std::vector<Host::ImportedNode> nodes;
+    std::vector<ImportedNode> nodes;
 
     Node* Add(const std::string& name, Node* parent)
     {

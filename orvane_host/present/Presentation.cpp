@@ -1,0 +1,291 @@
+#include "orvane_host/present/Presentation.h"
+
+#include "orvane_host/import/ModelImporter.h"
+#include "orvane_host/import/NodePath.h"
+#include "orvane_host/present/detail/PresentationImpl.h"
+#include "orvane/overlay/Scene2D.h"
+#include "orvane/scene/CameraNode.h"
+#include "orvane/scene/MeshNode.h"
+#include "orvane/scene/Scene.h"
+
+#include <utility>
+
+namespace OV::Host
+{
+
+namespace
+{
+
+ImportResult AsModel(std::unique_ptr<Scene> scene, std::vector<ImportedNode> nodes)
+{
+    ImportResult model;
+    model.status = ImportStatus::Done;
+    model.scene = std::move(scene);
+    model.nodes = std::move(nodes);
+    return model;
+}
+
+} // namespace
+
+std::unique_ptr<Presentation> Presentation::Open(const std::string& path, std::string& error,
+                                                 const ImportOptions& options)
+{
+    ImportResult model = ModelImporter::Import(path, options);
+    if (!model)
+    {
+        error = model.error.Line();
+        return nullptr;
+    }
+    return std::make_unique<Presentation>(std::move(model));
+}
+
+Presentation::Presentation(ImportResult model) : m_impl(std::make_unique<Impl>(std::move(model), true))
+{
+}
+
+Presentation::Presentation(std::unique_ptr<Scene> scene, std::vector<ImportedNode> nodes) :
+    m_impl(std::make_unique<Impl>(AsModel(std::move(scene), std::move(nodes)), false))
+{
+}
+
+Presentation::~Presentation() = default;
+
+bool Presentation::Apply(const PresentationSettings& settings, std::string& error)
+{
+    return m_impl->Apply(settings, error);
+}
+
+const PresentationSettings& Presentation::GetSettings() const
+{
+    return m_impl->settings;
+}
+
+void Presentation::Refresh()
+{
+    m_impl->Refresh();
+}
+
+std::vector<std::string> Presentation::ListNodes() const
+{
+    return ListNodePaths(m_impl->nodes);
+}
+
+Node* Presentation::FindNode(const std::string& path) const
+{
+    return m_impl->FindNode(path);
+}
+
+std::string Presentation::PathOf(const Node& node) const
+{
+    return Host::PathOf(m_impl->nodes, node);
+}
+
+const std::vector<ImportedNode>& Presentation::GetNodes() const
+{
+    return m_impl->nodes;
+}
+
+const std::vector<ImportedMesh>& Presentation::GetMeshes() const
+{
+    return m_impl->meshes;
+}
+
+const ImportReport& Presentation::GetReport() const
+{
+    return m_impl->report;
+}
+
+bool Presentation::Hide(const std::string& path)
+{
+    const Node* const node = m_impl->FindNode(path);
+    m_impl->SetVisibility(node && m_impl->visibility.Hide(*node));
+    return node != nullptr;
+}
+
+bool Presentation::Show(const std::string& path)
+{
+    const Node* const node = m_impl->FindNode(path);
+    m_impl->SetVisibility(node && m_impl->visibility.Show(*node));
+    return node != nullptr;
+}
+
+bool Presentation::Isolate(const std::string& path)
+{
+    const Node* const node = m_impl->FindNode(path);
+    m_impl->SetVisibility(node && m_impl->visibility.Isolate(*node));
+    return node != nullptr;
+}
+
+void Presentation::ShowAll()
+{
+    m_impl->SetVisibility(m_impl->visibility.ShowAll());
+}
+
+bool Presentation::Highlight(const std::string& path, const Color& color)
+{
+    Node* const node = m_impl->FindNode(path);
+    if (node)
+    {
+        m_impl->SetHighlight(*node, color);
+    }
+    return node != nullptr;
+}
+
+bool Presentation::ClearHighlight(const std::string& path)
+{
+    Node* const node = m_impl->FindNode(path);
+    if (node)
+    {
+        m_impl->SetHighlight(*node, std::nullopt);
+    }
+    return node != nullptr;
+}
+
+void Presentation::ClearHighlights()
+{
+    m_impl->ClearHighlights();
+}
+
+std::optional<Presentation::Box> Presentation::GetModelBox() const
+{
+    if (!m_impl->report.hasBox)
+    {
+        return std::nullopt;
+    }
+    return Box{m_impl->report.boxMin, m_impl->report.boxMax};
+}
+
+std::optional<Presentation::Box> Presentation::GetShownBox() const
+{
+    return m_impl->BoxOf(m_impl->ShownPointsBelow(*m_impl->World().GetRoot()));
+}
+
+bool Presentation::FrameAll()
+{
+    return m_impl->Frame(m_impl->AllPoints());
+}
+
+bool Presentation::FrameNode(const std::string& path)
+{
+    const Node* const node = m_impl->FindNode(path);
+    return node && m_impl->Frame(m_impl->ShownPointsBelow(*node));
+}
+
+bool Presentation::FrameShown()
+{
+    return m_impl->Frame(m_impl->ShownPointsBelow(*m_impl->World().GetRoot()));
+}
+
+bool Presentation::SetCamera(const Vector& eye, const Vector& target, const Vector& up)
+{
+    return m_impl->LookFrom(eye, target, up);
+}
+
+bool Presentation::SetCamera(const Transform& place, float distance)
+{
+    const auto& m = place.GetTransf3d().m;
+    const Vector eye = place.GetPosition();
+    Vector back(static_cast<float>(m[0][2]), static_cast<float>(m[1][2]), static_cast<float>(m[2][2]));
+    const float length = back.Magnitude();
+    if (!(length > 0.0f) || !(distance > 0.0f))
+    {
+        return false;
+    }
+    const float reach = distance / length;
+    return m_impl->LookFrom(eye, Vector(eye.x - back.x * reach, eye.y - back.y * reach, eye.z - back.z * reach),
+                        Vector(static_cast<float>(m[0][1]), static_cast<float>(m[1][1]), static_cast<float>(m[2][1])));
+}
+
+void Presentation::Resize(int width, int height, float pixelRatio)
+{
+    m_impl->Resize(width, height, pixelRatio);
+}
+
+void Presentation::Prepare()
+{
+    m_impl->Prepare();
+}
+
+void Presentation::Draw(int width, int height, float pixelRatio)
+{
+    m_impl->Draw(width, height, pixelRatio);
+}
+
+bool Presentation::NeedsDraw() const
+{
+    return m_impl->NeedsDraw();
+}
+
+void Presentation::Suspend()
+{
+    m_impl->Suspend();
+}
+
+void Presentation::Resume()
+{
+    m_impl->Resume();
+}
+
+bool Presentation::SavePicture(const std::string& path, int width, int height, std::string& error)
+{
+    return m_impl->SavePicture(path, width, height, error);
+}
+
+std::optional<PickHit> Presentation::Pick(int x, int y)
+{
+    const std::vector<PickHit> hits = m_impl->Pick({x, y, 1, 1});
+    return hits.empty() ? std::nullopt : std::optional<PickHit>(hits.front());
+}
+
+std::vector<PickHit> Presentation::Pick(const PickArea& area)
+{
+    return m_impl->Pick(area);
+}
+
+std::vector<PickHit> Presentation::PickThrough(int x, int y, int most)
+{
+    return m_impl->PickThrough(x, y, most);
+}
+
+PresentationStatistics Presentation::GetStatistics() const
+{
+    const CoreContext& context = *m_impl->app.GetContext();
+    std::vector<const Scene*> scenes = {context.GetScene(), context.GetBackground2D(), context.GetForeground2D()};
+    if (const Scene* const sky = m_impl->renderer->GetSkyScene())
+    {
+        scenes.push_back(sky);
+    }
+    return {m_impl->report.nodes, m_impl->report.meshes, m_impl->report.triangles, CountDraws(scenes)};
+}
+
+Scene& Presentation::GetScene() const
+{
+    return m_impl->World();
+}
+
+CameraNode& Presentation::GetCamera() const
+{
+    return m_impl->Camera();
+}
+
+AppContext& Presentation::GetContext() const
+{
+    return m_impl->app;
+}
+
+PresentationRenderer& Presentation::GetRenderer() const
+{
+    return *m_impl->renderer;
+}
+
+Scene2D& Presentation::GetBackground() const
+{
+    return *m_impl->app.GetContext()->GetBackground2D();
+}
+
+Scene2D& Presentation::GetForeground() const
+{
+    return *m_impl->app.GetContext()->GetForeground2D();
+}
+
+} // namespace OV::Host

@@ -1,0 +1,234 @@
+#pragma once
+
+#include "orvane_host/import/ImportOptions.h"
+#include "orvane_host/import/ImportResult.h"
+#include "orvane_host/present/DrawCounts.h"
+#include "orvane_host/present/Picking.h"
+#include "orvane_host/present/PresentationSettings.h"
+#include "orvane/math/Color.h"
+#include "orvane/math/Vector.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace OV
+{
+
+class AppContext;
+class CameraNode;
+class CoreContext;
+class Node;
+class Scene;
+class Scene2D;
+class Transform;
+
+} // namespace OV
+
+namespace OV::Host
+{
+
+class PresentationRenderer;
+
+/// How much a presentation holds and draws.
+struct PresentationStatistics
+{
+    /// Of the model, without what settings add.
+    std::uint64_t nodes = 0;
+    std::uint64_t meshes = 0;
+    std::uint64_t triangles = 0;
+    /// Of the last frame.
+    DrawCounts drawn;
+};
+
+/// One model, presented as settings say: scene, textures, renderer and sheet, drawn into the
+/// framebuffer that is bound.
+///
+/// Any setting can change at any time, and none leaves anything behind: a picture follows from the
+/// model, the settings, what is hidden or highlighted, and the size alone. Settings of the process
+/// (sky, fog, clip planes) are this presentation's while it draws and what they were before
+/// afterwards, so that several can draw in turns.
+///
+/// One thread, the one of the GL context. A context must be current where "GL" stands; for what
+/// changes the scene only once something was drawn, and for the destructor likewise.
+class Presentation
+{
+public:
+    /// A box about something in world space.
+    struct Box
+    {
+        Vector low;
+        Vector high;
+    };
+
+    /// Reads a model file, see ModelImporter::Import. ModelLoading does so on another thread. Not
+    /// GL.
+    /// @param error on failure file, reason and remedy in one line. Untouched otherwise.
+    /// @return null on failure.
+    static std::unique_ptr<Presentation> Open(const std::string& path, std::string& error,
+                                              const ImportOptions& options = ImportOptions());
+
+    /// Presents what was imported, in the settings that are the default. Not GL. Its nodes are
+    /// numbered anew (Node::SetUserData), so that edges part them.
+    /// @param model one without a scene counts as an empty model.
+    explicit Presentation(ImportResult model);
+
+    /// Presents a scene that the host built. Not GL. A scene without lights gets one that follows
+    /// the view; the numbers of the nodes stay the host's.
+    /// @param scene null counts as an empty one.
+    /// @param nodes the names by which nodes are found; may be empty.
+    explicit Presentation(std::unique_ptr<Scene> scene, std::vector<ImportedNode> nodes = {});
+
+    ~Presentation();
+
+    Presentation(const Presentation&) = delete;
+    Presentation& operator=(const Presentation&) = delete;
+
+    /// Takes settings over and does only what they change.
+    /// @param error on failure one sentence: the field that is out of range with its bound, the node
+    ///        that there isn't with some that there are, or the file that can't be read. Untouched
+    ///        otherwise.
+    /// @return false, with the old settings in force, on failure.
+    bool Apply(const PresentationSettings& settings, std::string& error);
+
+    /// As applied last, with the view as it was moved since.
+    const PresentationSettings& GetSettings() const;
+
+    /// To be called after the host has changed the tree, the geometry or the materials of the
+    /// scene, before the next frame: works out anew what the settings make of them.
+    void Refresh();
+
+    // Nodes have paths: the names from the file's root down, with slashes between them. A path may
+    // begin at any node; of several the one that comes first in the file counts. What takes a path
+    // answers false, with nothing changed, where there is no such node.
+
+    /// The paths of all nodes that have names, in the order of the file.
+    std::vector<std::string> ListNodes() const;
+
+    /// @return null if there is none.
+    Node* FindNode(const std::string& path) const;
+
+    /// Empty for a node without a name.
+    std::string PathOf(const Node& node) const;
+
+    /// Names of the model's nodes and meshes, as the file has them.
+    const std::vector<ImportedNode>& GetNodes() const;
+    const std::vector<ImportedMesh>& GetMeshes() const;
+
+    /// What was imported; of a host's scene only the box and the counts.
+    const ImportReport& GetReport() const;
+
+    /// Hides a node with all that is below it. What is hidden isn't drawn, picked or cut.
+    bool Hide(const std::string& path);
+
+    /// Takes Hide back for this node; it stays hidden where a node above it is.
+    bool Show(const std::string& path);
+
+    /// Hides all but a node with what is below it, in place of an earlier isolated node. Nodes that
+    /// Hide hid stay so.
+    bool Isolate(const std::string& path);
+
+    /// Takes every Hide and Isolate back.
+    void ShowAll();
+
+    /// Lays a colour over a node with what is below it, in every look; a second one replaces the
+    /// first.
+    /// @param color its alpha is how much of it is seen, 0 to 1.
+    bool Highlight(const std::string& path, const Color& color);
+
+    /// Takes Highlight back for this node.
+    bool ClearHighlight(const std::string& path);
+    void ClearHighlights();
+
+    /// The box of all that the model draws when nothing is hidden or cut away; none for an empty
+    /// model.
+    std::optional<Box> GetModelBox() const;
+
+    /// The box of what is neither hidden nor cut away; none where nothing is left.
+    std::optional<Box> GetShownBox() const;
+
+    // What frames keeps the direction of the view, and writes eye, target and up to the settings.
+
+    /// Brings the whole model into the view, cut or not.
+    /// @return false, with nothing changed, where there is nothing to see.
+    bool FrameAll();
+
+    /// Brings a node with what is below it into the view, as far as it isn't hidden or cut away.
+    bool FrameNode(const std::string& path);
+
+    /// Brings what is neither hidden nor cut away into the view.
+    bool FrameShown();
+
+    /// Looks from an eye to a target; GetSettings tells it from then on.
+    /// @return false, with nothing changed, where they coincide or are not finite.
+    bool SetCamera(const Vector& eye, const Vector& target, const Vector& up = Vector(0.0f, 1.0f, 0.0f));
+
+    /// Looks down the -Z of a place in the world, with its Y up.
+    /// @param distance to what is looked at, above 0; an orthographic view takes its height from it.
+    bool SetCamera(const Transform& place, float distance);
+
+    /// Tells the size in pixels, which Draw does too: what pictures are framed for and picked in.
+    /// GL.
+    /// @param pixelRatio pixels of the framebuffer for each that settings count, such as those of
+    ///        a line's width.
+    void Resize(int width, int height, float pixelRatio = 1.0f);
+
+    /// Uploads what the next frame draws, so that it only draws. GL.
+    void Prepare();
+
+    /// Draws a frame over all of the framebuffer that is bound. GL.
+    void Draw(int width, int height, float pixelRatio = 1.0f);
+
+    /// Whether the next frame differs from the last one, as far as this object and the dirty flags
+    /// of the scene and its layers know. Where a capture serves (Antialiasing::Filter and
+    /// Supersampling) a frame in which only the layer above changed is drawn from it.
+    bool NeedsDraw() const;
+
+    /// Lets go of all GL objects before the context is lost. GL. Nothing may be drawn or picked until
+    /// Resume.
+    void Suspend();
+
+    /// Comes back with a new context. GL.
+    void Resume();
+
+    /// Draws a picture of its own size and writes it as a PNG file. GL; the framebuffer that is
+    /// bound and the viewport stay. With Antialiasing::Multisampling the picture has the samples of
+    /// the settings.
+    /// @param error on failure the reason and the remedy in one line, without the path.
+    bool SavePicture(const std::string& path, int width, int height, std::string& error);
+
+    /// Samples a pixel that a picture of a size gets by settings: none without multisampling, else as
+    /// many as they tell or as suit its size.
+    /// @param most that GL has.
+    static int SamplesFor(const PresentationSettings& settings, int width, int height, int most);
+
+    /// What is seen nearest at a pixel of the last size, from the upper left corner. GL.
+    std::optional<PickHit> Pick(int x, int y);
+
+    /// As Picking::Pick and Picking::PickThrough. GL.
+    std::vector<PickHit> Pick(const PickArea& area);
+    std::vector<PickHit> PickThrough(int x, int y, int most = 16);
+
+    /// GL, for the sizes of buffers.
+    PresentationStatistics GetStatistics() const;
+
+    // What it is made of, for hosts that put more into it. The camera is moved by SetCamera and the
+    // settings; what a host does to it itself lasts until the next change of those or of the size.
+
+    Scene& GetScene() const;
+    CameraNode& GetCamera() const;
+    AppContext& GetContext() const;
+    PresentationRenderer& GetRenderer() const;
+    /// Behind and above the model.
+    Scene2D& GetBackground() const;
+    Scene2D& GetForeground() const;
+
+private:
+    class Impl;
+
+    std::unique_ptr<Impl> m_impl;
+};
+
+} // namespace OV::Host

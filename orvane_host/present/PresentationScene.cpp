@@ -1,0 +1,449 @@
+#include "orvane_host/import/ModelImporter.h"
+#include "orvane_host/import/NodePath.h"
+#include "orvane_host/present/detail/PresentationImpl.h"
+#include "orvane_host/present/detail/SectionPlanes.h"
+#include "orvane_host/present/detail/ShownPoints.h"
+#include "orvane/overlay/Scene2D.h"
+#include "orvane/scene/CameraNode.h"
+#include "orvane/scene/LightNode.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/MeshNode.h"
+#include "orvane/scene/Scene.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace OV::Host
+{
+
+namespace
+{
+
+constexpr float UsualOutlineShare = 1.0f / 500.0f;
+
+/// Of the model: how deep below a cut its section lies at least. A driver that shades samples may
+/// look a little beside them.
+constexpr float SectionInsetShare = 2e-4f;
+
+/// What a face in the dark keeps of its colour in the looks that shade every pixel. They take the
+/// luminance of the ambient colour for it, where the basic look adds the colour itself.
+constexpr float ShadeLevel = 0.5f;
+
+bool ShadesEveryPixel(Look look)
+{
+    return look == Look::Advanced || look == Look::Phong;
+}
+
+/// Of light that the default light leaves room for. The looks that shade every pixel fade from the
+/// whole colour to a share of it and add nothing, so that it needs to leave none.
+float AmbientLevelFor(Look look)
+{
+    return ShadesEveryPixel(look) ? 0.0f : ImportOptions().ambientLevel;
+}
+
+/// Gives each node an identifier of its own, so that edges part them.
+void NumberNodes(const std::vector<ImportedNode>& nodes)
+{
+    // Of more nodes some share one; they are rarely neighbours.
+    constexpr int most = 0xFFFF;
+    int next = 0;
+    for (const ImportedNode& imported : nodes)
+    {
+        imported.node->SetUserData(next);
+        next = (next + 1) % most;
+    }
+}
+
+std::uint64_t CountNodes(const Node& node)
+{
+    std::uint64_t count = 1;
+    for (const Node* child : node.GetChildren())
+    {
+        count += CountNodes(*child);
+    }
+    return count;
+}
+
+/// Whether a field of settings differs.
+template <typename Field>
+bool Differs(const PresentationSettings& left, const PresentationSettings& right, Field field)
+{
+    PresentationSettings mixed = left;
+    mixed.*field = right.*field;
+    return mixed != left;
+}
+
+std::unique_ptr<Scene> SceneOf(ImportResult& model)
+{
+    return model.scene ? std::move(model.scene) : std::make_unique<Scene>();
+}
+
+bool IsSamePlace(const Vector& a, const Vector& b)
+{
+    return a.x == b.x && a.y == b.y && a.z == b.z;
+}
+
+} // namespace
+
+Presentation::Impl::Impl(ImportResult model, bool numbersNodes) :
+    report(std::move(model.report)), nodes(std::move(model.nodes)), meshes(std::move(model.meshes)),
+    visibility((app.GetContext()->SetScene(SceneOf(model)), World())), m_section(World()),
+    m_style(std::make_unique<LineStyle>("edges")), m_lines(World()), m_materials(World())
+{
+    renderer = std::make_unique<Detail::HighlightRenderer>(&textures, app.GetContext()->GetRenderCapabilities());
+    // Titles and bars are laid out in pixels of the picture, however fine it is drawn.
+    renderer->SetLayerRatio(1.0f);
+    picking = std::make_unique<Picking>(*renderer);
+    m_style->secondColor = Color(0.0f, 0.0f, 0.0f, 0.0f); // it is added, and starts white
+    // The samples of the picture smooth the rims; a line that fades to its rims would be blurred
+    // besides, and would hide what is behind where it is all but transparent.
+    m_style->antialias = false;
+    UpdateGlobals();
+    if (numbersNodes)
+    {
+        NumberNodes(nodes);
+    }
+    else
+    {
+        CountModel();
+    }
+    MakeLight();
+    app.GetContext()->SetBackgroundColor(settings.background);
+    Changes all;
+    all.materials = all.view = true;
+    UpdateScene(all);
+}
+
+Presentation::Impl::~Impl()
+{
+    // The scene would delete what is in it, and these are not its own.
+    m_lines.Hide();
+    World().RemoveLineStyle(m_style.get());
+    m_section.Forget();
+}
+
+void Presentation::Impl::CountModel()
+{
+    report.nodes = CountNodes(*World().GetRoot());
+    report.meshes = World().GetMeshes().size();
+    report.triangles = 0;
+    for (const Mesh* mesh : World().GetMeshes())
+    {
+        const bool isPoints = mesh->GetMaterial() && (mesh->GetMaterial()->GetFlags() & MaterialFlagPoints) != 0;
+        report.triangles += isPoints ? 0 : mesh->GetNumIndices() / 3;
+    }
+    const std::optional<Box> box = BoxOf(AllPoints());
+    report.hasBox = box.has_value();
+    report.boxMin = box ? box->low : Vector();
+    report.boxMax = box ? box->high : Vector();
+}
+
+void Presentation::Impl::MakeLight()
+{
+    const std::vector<LightNode*>& lights = World().GetLights();
+    if (std::find(lights.begin(), lights.end(), m_light) == lights.end())
+    {
+        m_light = ModelImporter::AddDefaultLights(World(), AmbientLevelFor(settings.look));
+    }
+}
+
+float Presentation::Impl::Extent() const
+{
+    const Vector& a = report.boxMin;
+    const Vector& b = report.boxMax;
+    return report.hasBox ? std::hypot(b.x - a.x, b.y - a.y, b.z - a.z) : 1.0f;
+}
+
+float Presentation::Impl::OutlineWidth() const
+{
+    return settings.section.outlineWidth.value_or(Extent() * UsualOutlineShare);
+}
+
+void Presentation::Impl::UpdateGlobals()
+{
+    World().GetRoot()->UpdateGraph();
+}
+
+Node* Presentation::Impl::FindNode(const std::string& path) const
+{
+    return path.empty() ? nullptr : Host::FindNode(nodes, path);
+}
+
+bool Presentation::Impl::Check(const PresentationSettings& wanted, std::unique_ptr<Watermark>& picture,
+                               std::string& error) const
+{
+    if (wanted.view.eye && IsSamePlace(*wanted.view.eye, wanted.view.target.value_or(MiddleOfModel())))
+    {
+        error = "view.eye: the eye is where it looks at; move it or view.target";
+        return false;
+    }
+    const std::string trouble = wanted.Trouble();
+    if (!trouble.empty())
+    {
+        error = trouble;
+        return false;
+    }
+    if (!wanted.editPath.empty() && !FindNode(wanted.editPath))
+    {
+        const std::string names = SomeNodeNames(nodes);
+        error = "editPath: there is no node '" + wanted.editPath + "'"
+            + (names.empty() ? "; no node has a name" : "; some that there are: " + names);
+        return false;
+    }
+    const std::string& file = wanted.sheet.watermark;
+    if (!file.empty() && file != settings.sheet.watermark)
+    {
+        std::string reason;
+        picture = Watermark::Read(file, reason);
+        if (!picture)
+        {
+            error = file + ": " + reason;
+            return false;
+        }
+    }
+    return true;
+}
+
+Presentation::Impl::Changes Presentation::Impl::ChangesTo(const PresentationSettings& wanted) const
+{
+    using S = PresentationSettings;
+    const auto differs = [&](auto field) { return Differs(settings, wanted, field); };
+    Changes changes;
+    changes.section = differs(&S::section);
+    changes.lines = settings.lines.has_value() != wanted.lines.has_value()
+        || (settings.lines && settings.lines->crease != wanted.lines->crease);
+    changes.materials = differs(&S::look) || differs(&S::cullBacks) || differs(&S::lines) || differs(&S::antialiasing);
+    changes.view = differs(&S::view);
+    changes.sheet = differs(&S::sheet);
+    S behind = wanted;
+    behind.sheet = settings.sheet;
+    behind.sheet.watermark = wanted.sheet.watermark;
+    changes.picture = behind != settings;
+    return changes;
+}
+
+bool Presentation::Impl::Apply(const PresentationSettings& wanted, std::string& error)
+{
+    std::unique_ptr<Watermark> picture;
+    if (!Check(wanted, picture, error))
+    {
+        return false;
+    }
+    const Changes changes = ChangesTo(wanted);
+    if (wanted.sheet.watermark != settings.sheet.watermark)
+    {
+        m_watermark = std::move(picture);
+        m_isWatermarkLaid = false;
+    }
+    settings = wanted;
+    app.GetContext()->SetBackgroundColor(settings.background);
+    UpdateScene(changes);
+    if (changes.sheet)
+    {
+        m_sheet.reset();
+        m_isForegroundChanged = true;
+    }
+    m_isPictureChanged = m_isPictureChanged || changes.picture;
+    return true;
+}
+
+void Presentation::Impl::UpdateScene(const Changes& changes)
+{
+    // Lines go round the section, so that they follow it.
+    const bool movesLines = changes.lines || (changes.section && settings.lines);
+    if (movesLines)
+    {
+        m_lines.Hide();
+        World().RemoveLineStyle(m_style.get());
+    }
+    if (changes.section)
+    {
+        CutSection();
+    }
+    if (changes.section || changes.materials)
+    {
+        UpdateLight();
+        UpdateMaterials();
+    }
+    UpdateStyle();
+    if (movesLines && settings.lines)
+    {
+        World().AddLineStyle(m_style.get());
+        m_lines.Show(*m_style, settings.lines->crease);
+    }
+    UpdateEdit();
+    if (changes.view)
+    {
+        PlaceCamera();
+    }
+}
+
+void Presentation::Impl::CutSection()
+{
+    UpdateGlobals();
+    std::optional<SectionFaces::Fill> fill;
+    if (settings.section.fill)
+    {
+        // Below the outline, which is a band along the cut.
+        fill = {1.25f * OutlineWidth() + SectionInsetShare * Extent(), *settings.section.fill};
+    }
+    m_section.Cut(Detail::SectionPlanesOf(settings.section), fill);
+}
+
+float Presentation::Impl::LineScale() const
+{
+    return settings.antialiasing == Antialiasing::Supersampling ? 2.0f : 1.0f;
+}
+
+void Presentation::Impl::UpdateStyle()
+{
+    const LineSettings look = settings.lines.value_or(LineSettings());
+    m_style->color = look.color;
+    m_style->width = look.width * m_ratio / 2.0f;
+    m_style->SetDashed(look.dash.has_value());
+    // Dashes are measured in pixels of what is drawn.
+    m_style->SetDashFrequency(look.dash.value_or(1.0f) * m_ratio * LineScale());
+    m_style->offset = look.offset;
+}
+
+void Presentation::Impl::UpdateMaterials()
+{
+    Detail::MaterialSettings::Wanted wanted;
+    wanted.showsBacks = !settings.cullBacks;
+    if (ShadesEveryPixel(settings.look))
+    {
+        wanted.ambient = Color(ShadeLevel, ShadeLevel, ShadeLevel);
+    }
+    if (settings.lines)
+    {
+        wanted.room = FeatureEdges::RoomFor(settings.lines->width * m_ratio, LineScale());
+    }
+    m_materials.Apply(wanted, m_section);
+}
+
+void Presentation::Impl::UpdateLight()
+{
+    if (m_light)
+    {
+        const float strength = 1.0f - AmbientLevelFor(settings.look);
+        m_light->SetColor(strength, strength, strength);
+    }
+}
+
+void Presentation::Impl::UpdateEdit()
+{
+    if (const Node* const node = FindNode(settings.editPath))
+    {
+        renderer->EditInContext(node->GetPath());
+    }
+    else
+    {
+        renderer->LeaveEdit();
+    }
+}
+
+void Presentation::Impl::Refresh()
+{
+    m_lines.Forget();
+    World().RemoveLineStyle(m_style.get());
+    m_section.Forget();
+    const std::vector<const Node*> present = AllNodes();
+    const auto isGone = [&](const Node* node) { return !std::binary_search(present.begin(), present.end(), node); };
+    nodes.erase(std::remove_if(nodes.begin(), nodes.end(),
+                               [&](const ImportedNode& node) { return isGone(node.node); }), nodes.end());
+    meshes.erase(std::remove_if(meshes.begin(), meshes.end(),
+                                [&](const ImportedMesh& mesh) { return World().GetMeshes().count(mesh.mesh) == 0; }),
+                 meshes.end());
+    for (auto entry = m_highlights.begin(); entry != m_highlights.end();)
+    {
+        entry = isGone(entry->first) ? m_highlights.erase(entry) : std::next(entry);
+    }
+    visibility.Refresh();
+    UpdateGlobals();
+    CountModel();
+    MakeLight();
+    Changes all;
+    all.section = all.materials = all.lines = all.view = true;
+    UpdateScene(all);
+    UpdateHighlights();
+    World().MarkDirty();
+    m_isPictureChanged = true;
+}
+
+std::vector<const Node*> Presentation::Impl::AllNodes() const
+{
+    std::vector<const Node*> found = {World().GetRoot()};
+    for (std::size_t i = 0; i < found.size(); ++i)
+    {
+        found.insert(found.end(), found[i]->GetChildren().begin(), found[i]->GetChildren().end());
+    }
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+void Presentation::Impl::SetVisibility(bool hasChanged)
+{
+    if (!hasChanged)
+    {
+        return;
+    }
+    // What is hidden is not cut.
+    Changes changes;
+    changes.section = !settings.section.planes.empty();
+    UpdateScene(changes);
+    m_isPictureChanged = true;
+}
+
+void Presentation::Impl::SetHighlight(Node& node, const std::optional<Color>& color)
+{
+    if (color)
+    {
+        m_highlights[&node] = *color;
+    }
+    else
+    {
+        m_highlights.erase(&node);
+    }
+    UpdateHighlights();
+}
+
+void Presentation::Impl::ClearHighlights()
+{
+    m_highlights.clear();
+    UpdateHighlights();
+}
+
+void Presentation::Impl::UpdateHighlights()
+{
+    Detail::HighlightRenderer::Colors colors;
+    if (!m_highlights.empty())
+    {
+        CollectHighlights(*World().GetRoot(), nullptr, colors);
+    }
+    renderer->SetHighlights(std::move(colors));
+    m_isPictureChanged = true;
+}
+
+void Presentation::Impl::CollectHighlights(Node& node, const Color* color, Detail::HighlightRenderer::Colors& colors) const
+{
+    const auto own = m_highlights.find(&node);
+    color = own == m_highlights.end() ? color : &own->second;
+    auto* const meshNode = dynamic_cast<MeshNode*>(&node);
+    if (color && meshNode)
+    {
+        colors.emplace_back(meshNode, *color);
+    }
+    for (Node* child : node.GetChildren())
+    {
+        CollectHighlights(*child, color, colors);
+    }
+}
+
+bool Presentation::Impl::IsOfModel(const Mesh& mesh) const
+{
+    return mesh.GetMaterial() && mesh.GetMaterial() != m_section.GetMaterial();
+}
+
+} // namespace OV::Host

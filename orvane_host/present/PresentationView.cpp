@@ -1,0 +1,140 @@
+#include "orvane_host/present/detail/PresentationImpl.h"
+#include "orvane_host/present/detail/SectionPlanes.h"
+#include "orvane_host/present/detail/ShownPoints.h"
+#include "orvane_host/view/ViewFit.h"
+#include "orvane/math/Transform.h"
+#include "orvane/scene/CameraNode.h"
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/MeshNode.h"
+#include "orvane/scene/Scene.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace OV::Host
+{
+
+namespace
+{
+
+constexpr double kPi = 3.14159265358979323846;
+
+Vector Middle(const Vector& a, const Vector& b)
+{
+    return Vector((a.x + b.x) / 2.0f, (a.y + b.y) / 2.0f, (a.z + b.z) / 2.0f);
+}
+
+} // namespace
+
+SceneFit::Filter Presentation::Impl::ModelFilter() const
+{
+    return [this](const MeshNode& node, const Mesh& mesh)
+    { return IsOfModel(mesh) && visibility.IsShownByScene(node); };
+}
+
+Vector Presentation::Impl::MiddleOfModel() const
+{
+    return report.hasBox ? Middle(report.boxMin, report.boxMax) : Vector();
+}
+
+float Presentation::Impl::Aspect() const
+{
+    return m_width > 0 && m_height > 0 ? static_cast<float>(m_width) / static_cast<float>(m_height)
+                                       : ViewFitOptions().aspect;
+}
+
+void Presentation::Impl::PlaceCamera()
+{
+    ViewFitOptions fit;
+    fit.aspect = Aspect();
+    fit.fovDegrees = settings.view.fov;
+    fit.orthographic = settings.view.orthographic;
+    fit.upAxis = settings.view.upAxis;
+    // The fit goes by where the nodes are.
+    UpdateGlobals();
+    CameraNode& camera = Camera();
+    const ViewSettings& view = settings.view;
+    if (view.eye)
+    {
+        ViewFit::Look(camera, *view.eye, view.target.value_or(MiddleOfModel()), view.up, report.boxMin, report.boxMax,
+                      fit);
+    }
+    else
+    {
+        // Hiding and cutting don't move the view.
+        ViewFit::Frame(camera, report.boxMin, report.boxMax, view.named, fit);
+        SceneFit::Frame(camera, World(), ModelFilter(), fit.aspect, fit.margin);
+    }
+    m_isPictureChanged = true;
+}
+
+std::optional<Presentation::Box> Presentation::Impl::BoxOf(const std::vector<Vector>& points) const
+{
+    if (points.empty())
+    {
+        return std::nullopt;
+    }
+    Box box{points.front(), points.front()};
+    for (const Vector& point : points)
+    {
+        box.low = Vector(std::min(box.low.x, point.x), std::min(box.low.y, point.y), std::min(box.low.z, point.z));
+        box.high = Vector(std::max(box.high.x, point.x), std::max(box.high.y, point.y), std::max(box.high.z, point.z));
+    }
+    return box;
+}
+
+std::vector<Vector> Presentation::Impl::ShownPointsBelow(const Node& node)
+{
+    UpdateGlobals();
+    const auto isShown = [this](const MeshNode& place, const Mesh& mesh)
+    { return IsOfModel(mesh) && (place.GetFlags() & NodeFlagHidden) == 0; };
+    return Detail::ShownPoints(node, isShown, Detail::SectionPlanesOf(settings.section));
+}
+
+std::vector<Vector> Presentation::Impl::AllPoints()
+{
+    UpdateGlobals();
+    return Detail::ShownPoints(*World().GetRoot(), ModelFilter(), {});
+}
+
+bool Presentation::Impl::Frame(const std::vector<Vector>& points)
+{
+    UpdateGlobals();
+    Scene measured;
+    Detail::AddPoints(measured, points);
+    CameraNode& camera = *measured.GetCameraNode();
+    camera.SetGlobal(Camera().GetGlobal());
+    camera.SetProjection(Camera().GetProjection());
+    camera.SetFOV(Camera().GetFOV());
+    if (!SceneFit::Frame(camera, measured, Aspect(), ViewFitOptions().margin))
+    {
+        return false;
+    }
+    const auto& m = camera.GetGlobal().GetTransf3d().m;
+    const Vector place = camera.GetGlobal().GetPosition();
+    double distance = camera.GetDistanceToTarget();
+    const Vector target(static_cast<float>(place.x - m[0][2] * distance),
+                        static_cast<float>(place.y - m[1][2] * distance),
+                        static_cast<float>(place.z - m[2][2] * distance));
+    if (settings.view.orthographic)
+    {
+        // Settings have the height of the picture by way of the distance.
+        distance *= std::tan(static_cast<double>(camera.GetFOV())) / std::tan(settings.view.fov * kPi / 360.0);
+    }
+    const Vector eye(static_cast<float>(target.x + m[0][2] * distance), static_cast<float>(target.y + m[1][2] * distance),
+                     static_cast<float>(target.z + m[2][2] * distance));
+    return LookFrom(eye, target,
+                Vector(static_cast<float>(m[0][1]), static_cast<float>(m[1][1]), static_cast<float>(m[2][1])));
+}
+
+bool Presentation::Impl::LookFrom(const Vector& eye, const Vector& target, const Vector& up)
+{
+    PresentationSettings wanted = settings;
+    wanted.view.eye = eye;
+    wanted.view.target = target;
+    wanted.view.up = up;
+    std::string error;
+    return Apply(wanted, error);
+}
+
+} // namespace OV::Host

@@ -1,0 +1,149 @@
+#include "orvane_host/present/detail/MaterialSettings.h"
+
+#include "orvane/scene/Material.h"
+#include "orvane/scene/Scene.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace OV::Host::Detail
+{
+
+namespace
+{
+
+constexpr unsigned int kFlags = MaterialFlagNoCull | MaterialFlagPolygonOffset;
+
+std::vector<Material*> MaterialsOf(const Scene& scene)
+{
+    std::vector<Material*> materials = scene.GetOptimizedMaterials();
+    materials.insert(materials.end(), scene.GetAlphaMaterials().begin(), scene.GetAlphaMaterials().end());
+    return materials;
+}
+
+bool IsSame(const Color& a, const Color& b)
+{
+    return a.r == b.r && a.g == b.g && a.b == b.b && a.a == b.a;
+}
+
+} // namespace
+
+MaterialSettings::State MaterialSettings::StateOf(const Material& material)
+{
+    return {material.flags, material.ambient, material.polygonOffsetFactor, material.polygonOffsetUnits};
+}
+
+void MaterialSettings::Give(Material& material, const State& state)
+{
+    material.flags = (material.flags & ~kFlags) | (state.flags & kFlags);
+    material.ambient = state.ambient;
+    material.polygonOffsetFactor = state.offsetFactor;
+    material.polygonOffsetUnits = state.offsetUnits;
+}
+
+MaterialSettings::State MaterialSettings::Want(const State& original, const Wanted& wanted)
+{
+    State state = original;
+    if (wanted.showsBacks)
+    {
+        state.flags |= MaterialFlagNoCull;
+    }
+    if (wanted.ambient && (original.flags & MaterialFlagUnlit) == 0)
+    {
+        state.ambient = *wanted.ambient;
+    }
+    if (wanted.room)
+    {
+        state.flags |= MaterialFlagPolygonOffset;
+        state.offsetFactor = wanted.room->factor;
+        state.offsetUnits = wanted.room->units;
+    }
+    return state;
+}
+
+void MaterialSettings::FollowHost()
+{
+    for (Material* material : MaterialsOf(m_scene))
+    {
+        const auto found = m_entries.find(material);
+        if (found == m_entries.end())
+        {
+            continue;
+        }
+        State& original = found->second.original;
+        const State& set = found->second.set;
+        const unsigned int changed = (material->flags ^ set.flags) & kFlags;
+        original.flags = (original.flags & kFlags & ~changed) | (material->flags & (changed | ~kFlags));
+        if (!IsSame(material->ambient, set.ambient))
+        {
+            original.ambient = material->ambient;
+        }
+        if (material->polygonOffsetFactor != set.offsetFactor)
+        {
+            original.offsetFactor = material->polygonOffsetFactor;
+        }
+        if (material->polygonOffsetUnits != set.offsetUnits)
+        {
+            original.offsetUnits = material->polygonOffsetUnits;
+        }
+    }
+}
+
+void MaterialSettings::Apply(const Wanted& wanted, const SectionFaces& section)
+{
+    FollowHost();
+    std::unordered_map<Material*, Entry> entries;
+    std::vector<const Material*> added = {section.GetMaterial()};
+    for (const SectionFaces::Copy& copy : section.GetCopies())
+    {
+        added.push_back(copy.material);
+    }
+    const auto isOpened = [&](const Material* material)
+    { return std::find(section.GetOpened().begin(), section.GetOpened().end(), material) != section.GetOpened().end(); };
+    for (Material* material : MaterialsOf(m_scene))
+    {
+        if (std::find(added.begin(), added.end(), material) != added.end())
+        {
+            continue;
+        }
+        const auto known = m_entries.find(material);
+        const State original = known == m_entries.end() ? StateOf(*material) : known->second.original;
+        State state = Want(original, wanted);
+        state.flags |= isOpened(material) ? MaterialFlagNoCull : 0u;
+        Give(*material, state);
+        entries[material] = {original, state};
+    }
+    for (const SectionFaces::Copy& copy : section.GetCopies())
+    {
+        State state = Want(entries[copy.original].original, wanted);
+        state.flags |= MaterialFlagNoCull;
+        Give(*copy.material, state);
+    }
+    if (auto* const faces = const_cast<Material*>(section.GetMaterial()))
+    {
+        // Its colours are the fill's, and it shows its backs in any case.
+        State plain;
+        plain.flags = MaterialFlagNoCull;
+        plain.ambient = faces->ambient;
+        Wanted onlyRoom;
+        onlyRoom.room = wanted.room;
+        Give(*faces, Want(plain, onlyRoom));
+    }
+    m_entries = std::move(entries);
+}
+
+void MaterialSettings::TakeBack()
+{
+    FollowHost();
+    for (Material* material : MaterialsOf(m_scene))
+    {
+        const auto found = m_entries.find(material);
+        if (found != m_entries.end())
+        {
+            Give(*material, found->second.original);
+        }
+    }
+    m_entries.clear();
+}
+
+} // namespace OV::Host::Detail

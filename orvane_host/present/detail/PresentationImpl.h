@@ -1,0 +1,140 @@
+#pragma once
+
+#include "orvane_host/geometry/FeatureLines.h"
+#include "orvane_host/geometry/SectionFaces.h"
+#include "orvane_host/present/Picking.h"
+#include "orvane_host/present/Presentation.h"
+#include "orvane_host/present/detail/HighlightRenderer.h"
+#include "orvane_host/present/detail/MaterialSettings.h"
+#include "orvane_host/present/detail/NodeVisibility.h"
+#include "orvane_host/sheet/Sheet.h"
+#include "orvane_host/sheet/Watermark.h"
+#include "orvane_host/view/SceneFit.h"
+#include "orvane/engine/AppContext.h"
+#include "orvane/engine/CoreContext.h"
+#include "orvane/platform/ESTextureLoader.h"
+#include "orvane/scene/LineStyle.h"
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace OV
+{
+
+class LightNode;
+
+} // namespace OV
+
+namespace OV::Host
+{
+
+/// PresentationScene.cpp has what settings do to the scene, PresentationView.cpp what they do to
+/// the camera, PresentationDrawing.cpp what makes a picture of both.
+class Presentation::Impl
+{
+public:
+    explicit Impl(ImportResult model, bool numbersNodes);
+    ~Impl();
+
+    bool Apply(const PresentationSettings& wanted, std::string& error);
+    void Refresh();
+
+    Node* FindNode(const std::string& path) const;
+    void SetVisibility(bool hasChanged);
+    void SetHighlight(Node& node, const std::optional<Color>& color);
+    void ClearHighlights();
+
+    std::optional<Box> BoxOf(const std::vector<Vector>& points) const;
+    std::vector<Vector> ShownPointsBelow(const Node& node);
+    /// Where nothing is hidden or cut away.
+    std::vector<Vector> AllPoints();
+    bool Frame(const std::vector<Vector>& points);
+    bool LookFrom(const Vector& eye, const Vector& target, const Vector& up);
+
+    void Resize(int newWidth, int newHeight, float newRatio);
+    void Prepare();
+    void Draw(int newWidth, int newHeight, float newRatio);
+    bool NeedsDraw() const;
+    void Suspend();
+    void Resume();
+    bool SavePicture(const std::string& path, int pictureWidth, int pictureHeight, std::string& error);
+    std::vector<PickHit> Pick(const PickArea& area);
+    std::vector<PickHit> PickThrough(int x, int y, int most);
+
+    Scene& World() const { return *app.GetContext()->GetScene(); }
+    CameraNode& Camera() const { return *app.GetContext()->GetCamera(); }
+
+    ImportReport report;
+    std::vector<ImportedNode> nodes;
+    std::vector<ImportedMesh> meshes;
+    PresentationSettings settings;
+
+    // Destroyed from the last to the first: what comes later has GL objects of what comes before.
+    Platform::Linux::ESTextureLoader textures;
+    AppContext app;
+    std::unique_ptr<Detail::HighlightRenderer> renderer;
+    std::unique_ptr<Picking> picking;
+    Detail::NodeVisibility visibility;
+
+private:
+    /// What of the settings changed.
+    struct Changes
+    {
+        bool section = false;
+        bool lines = false; ///< that there are some, or which
+        bool materials = false;
+        bool view = false;
+        bool sheet = false;
+        bool picture = false; ///< something behind the sheet, whatever
+    };
+
+    Changes ChangesTo(const PresentationSettings& wanted) const;
+    bool Check(const PresentationSettings& wanted, std::unique_ptr<Watermark>& picture, std::string& error) const;
+    void CountModel();
+    void MakeLight();
+    float Extent() const;
+    float OutlineWidth() const;
+    float LineScale() const;
+    void UpdateGlobals();
+    void UpdateScene(const Changes& changes);
+    void CutSection();
+    void UpdateStyle();
+    void UpdateMaterials();
+    void UpdateLight();
+    void UpdateEdit();
+    void UpdateHighlights();
+    void CollectHighlights(Node& node, const Color* color, Detail::HighlightRenderer::Colors& colors) const;
+    std::vector<const Node*> AllNodes() const;
+    bool IsOfModel(const Mesh& mesh) const;
+    Vector MiddleOfModel() const;
+    SceneFit::Filter ModelFilter() const;
+    float Aspect() const;
+    void PlaceCamera();
+    void ConfigureRenderer();
+    void LayOut();
+    bool IsCaptured() const;
+    void FollowFramebuffer();
+
+    SectionFaces m_section;
+    std::unique_ptr<LineStyle> m_style; ///< in the scene while there are lines
+    FeatureLines m_lines;
+    Detail::MaterialSettings m_materials;
+    std::map<const Node*, Color> m_highlights;
+    LightNode* m_light = nullptr; ///< in the scene; null where it has its own
+    std::unique_ptr<Watermark> m_watermark;
+    bool m_isWatermarkLaid = false;
+    std::unique_ptr<Sheet> m_sheet;
+
+    int m_width = 0;
+    int m_height = 0;
+    float m_ratio = 1.0f;
+    unsigned int m_framebuffer = 0;   ///< that the last frame was drawn into
+    bool m_holdsCapture = false;      ///< of all but the layer above
+    bool m_isPictureChanged = true;   ///< since the last frame, behind the layer above
+    bool m_isForegroundChanged = true;
+};
+
+} // namespace OV::Host

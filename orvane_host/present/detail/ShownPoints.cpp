@@ -1,0 +1,160 @@
+#include "orvane_host/present/detail/ShownPoints.h"
+
+#include "orvane/math/Transf3d.h"
+#include "orvane/math/Transform.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/MeshNode.h"
+#include "orvane/scene/RawMesh.h"
+#include "orvane/scene/Scene.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <utility>
+
+namespace OV::Host::Detail
+{
+
+namespace
+{
+
+using Point = std::array<double, 3>;
+using Polygon = std::vector<Point>;
+
+/// So many points have 16-bit indices.
+constexpr std::size_t kMostPoints = 65535;
+
+Point Times(const QGM::Transf3d& transform, const Vector& v)
+{
+    Point result{};
+    for (std::size_t row = 0; row < 3; ++row)
+    {
+        const auto& m = transform.m[row];
+        result[row] = m[0] * v.x + m[1] * v.y + m[2] * v.z + m[3];
+    }
+    return result;
+}
+
+double HeightOver(const SectionPlane& plane, const Point& point)
+{
+    return plane.normal.x * (point[0] - plane.position.x) + plane.normal.y * (point[1] - plane.position.y)
+        + plane.normal.z * (point[2] - plane.position.z);
+}
+
+/// What of a polygon, or of a point, lies on the other side of a plane's normal.
+void ClipTo(const SectionPlane& plane, Polygon& polygon, Polygon& spare)
+{
+    spare.clear();
+    for (std::size_t i = 0; i < polygon.size(); ++i)
+    {
+        const Point& from = polygon[i];
+        const Point& to = polygon[(i + 1) % polygon.size()];
+        const double here = HeightOver(plane, from);
+        const double there = HeightOver(plane, to);
+        if (here <= 0.0)
+        {
+            spare.push_back(from);
+        }
+        if ((here < 0.0 && there > 0.0) || (here > 0.0 && there < 0.0))
+        {
+            const double share = here / (here - there);
+            spare.push_back({from[0] + (to[0] - from[0]) * share, from[1] + (to[1] - from[1]) * share,
+                             from[2] + (to[2] - from[2]) * share});
+        }
+    }
+    std::swap(polygon, spare);
+}
+
+class Collector
+{
+public:
+    explicit Collector(const std::vector<SectionPlane>& planes) : m_planes(planes) {}
+
+    void Add(const Mesh& mesh, const QGM::Transf3d& toWorld)
+    {
+        const std::vector<Vector>& positions = mesh.GetPositionBuffer();
+        const std::vector<unsigned short>& indices = mesh.GetIndices();
+        const Material* const material = mesh.GetMaterial();
+        const std::size_t corners = material && (material->GetFlags() & MaterialFlagPoints) != 0 ? 1 : 3;
+        for (std::size_t first = 0; first + corners <= indices.size(); first += corners)
+        {
+            m_polygon.clear();
+            for (std::size_t i = first; i < first + corners; ++i)
+            {
+                if (indices[i] < positions.size())
+                {
+                    m_polygon.push_back(Times(toWorld, positions[indices[i]]));
+                }
+            }
+            for (const SectionPlane& plane : m_planes)
+            {
+                ClipTo(plane, m_polygon, m_spare);
+            }
+            for (const Point& point : m_polygon)
+            {
+                points.emplace_back(static_cast<float>(point[0]), static_cast<float>(point[1]),
+                                    static_cast<float>(point[2]));
+            }
+        }
+    }
+
+    std::vector<Vector> points;
+
+private:
+    const std::vector<SectionPlane>& m_planes;
+    Polygon m_polygon;
+    Polygon m_spare;
+};
+
+} // namespace
+
+std::vector<Vector> ShownPoints(const Node& node, const SceneFit::Filter& counts,
+                                const std::vector<SectionPlane>& planes)
+{
+    Collector collector(planes);
+    std::vector<const Node*> open = {&node};
+    while (!open.empty())
+    {
+        const Node* const next = open.back();
+        open.pop_back();
+        open.insert(open.end(), next->GetChildren().begin(), next->GetChildren().end());
+        const auto* const meshNode = dynamic_cast<const MeshNode*>(next);
+        if (!meshNode)
+        {
+            continue;
+        }
+        for (const Mesh* mesh : meshNode->GetMeshes())
+        {
+            if (counts(*meshNode, *mesh))
+            {
+                collector.Add(*mesh, meshNode->GetGlobal().GetTransf3d());
+            }
+        }
+    }
+    return std::move(collector.points);
+}
+
+void AddPoints(Scene& scene, const std::vector<Vector>& points)
+{
+    auto* const node = new MeshNode(&scene);
+    scene.GetRoot()->AddChild(node, false);
+    for (std::size_t first = 0; first < points.size(); first += kMostPoints)
+    {
+        const std::size_t last = std::min(first + kMostPoints, points.size());
+        std::vector<unsigned short> indices;
+        for (std::size_t i = first; i < last; ++i)
+        {
+            indices.push_back(static_cast<unsigned short>(i - first));
+        }
+        auto raw = std::make_shared<RawMesh>();
+        raw->SetPositionBuffer({points.begin() + static_cast<std::ptrdiff_t>(first),
+                                points.begin() + static_cast<std::ptrdiff_t>(last)});
+        raw->SetIndices(std::move(indices));
+        raw->EndDescription(true);
+        (new Mesh(raw, &scene))->AddNode(node);
+    }
+}
+
+} // namespace OV::Host::Detail
