@@ -5,6 +5,7 @@
 #include "orvane/overlay/Material2D.h"
 #include "orvane/scene/Scene.h"
 
+#include <cstdlib>
 #include <string>
 
 namespace OV
