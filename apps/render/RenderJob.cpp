@@ -546,7 +546,7 @@ void RenderJob::Count()
     {
         scenes.push_back(m_renderer->GetSkyScene());
     }
-    m_stats.drawn = CountDraws(scenes);
+    m_stats.drawn = Host::CountDraws(scenes);
 }
 
 void RenderJob::Write()

@@ -1,0 +1,599 @@
+#include "apps/viewer/Desk.h"
+
+#include "orvane/scene/Material.h"
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/MeshNode.h"
+
+#include <glm/geometric.hpp>
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace OV::ViewerApp
+{
+
+namespace
+{
+
+/// Seconds without movement after which a picture is drawn in full.
+constexpr double RestSeconds = 0.2;
+/// Seconds of a frame above which stages step back while something moves.
+constexpr double SlowFrame = 1.0 / 30.0;
+/// Seconds between looks at a watched file.
+constexpr double WatchSeconds = 0.3;
+
+const Color SelectionColor(1.0f, 0.55f, 0.1f, 0.55f);
+
+glm::dvec3 ToGlm(const Vector& vector)
+{
+    return {vector.x, vector.y, vector.z};
+}
+
+Vector ToVector(const glm::dvec3& vector)
+{
+    return Vector(static_cast<float>(vector.x), static_cast<float>(vector.y), static_cast<float>(vector.z));
+}
+
+/// A number that changes with a file; 0 where there is none.
+long long StampOf(const std::string& path)
+{
+    struct stat status{};
+    if (path.empty() || ::stat(path.c_str(), &status) != 0)
+    {
+        return 0;
+    }
+    return (status.st_mtim.tv_sec * 1000000007LL + status.st_mtim.tv_nsec) ^ (static_cast<long long>(status.st_size) << 20)
+        ^ static_cast<long long>(status.st_ino);
+}
+
+std::string FileNameOf(const std::string& path)
+{
+    return path.substr(path.find_last_of('/') + 1);
+}
+
+void Widen(const Node& node, std::optional<Host::Presentation::Box>& box, Desk::Thing& thing)
+{
+    if (const auto* const place = dynamic_cast<const MeshNode*>(&node))
+    {
+        for (const Mesh* const mesh : place->GetMeshes())
+        {
+            thing.triangles += mesh->GetIndices().size() / 3;
+            if (thing.material.empty() && mesh->GetMaterial())
+            {
+                thing.material = mesh->GetMaterial()->GetName();
+            }
+            for (const Vector& position : mesh->GetPositionBuffer())
+            {
+                Vector point;
+                point.Multiply(node.GetGlobal(), position);
+                if (!box)
+                {
+                    box = Host::Presentation::Box{point, point};
+                }
+                for (unsigned int axis = 0; axis < 3; ++axis)
+                {
+                    box->low[axis] = std::min(box->low[axis], point[axis]);
+                    box->high[axis] = std::max(box->high[axis], point[axis]);
+                }
+            }
+        }
+    }
+    for (const Node* const child : node.GetChildren())
+    {
+        Widen(*child, box, thing);
+    }
+}
+
+Host::PresentationSettings SteppedBack(Host::PresentationSettings settings)
+{
+    settings.occlusion = false;
+    settings.antialiasing = Host::Antialiasing::None;
+    return settings;
+}
+
+} // namespace
+
+Desk::Desk(std::function<void()> wake) : m_wake(std::move(wake))
+{
+}
+
+Desk::~Desk() = default;
+
+void Desk::Open(const std::string& path)
+{
+    Host::ImportOptions options;
+    options.progress = [wake = m_wake](float)
+    {
+        wake();
+        return true;
+    };
+    m_loading.reset();
+    m_loadingPath = path;
+    m_loading = std::make_unique<Host::ModelLoading>(path, options);
+}
+
+void Desk::CancelOpening()
+{
+    if (m_loading)
+    {
+        m_loading->Cancel();
+    }
+}
+
+bool Desk::Update(double seconds)
+{
+    bool isOpened = false;
+    if (m_loading && m_loading->IsReady())
+    {
+        Host::ImportResult result = m_loading->Take();
+        m_loading.reset();
+        isOpened = static_cast<bool>(result);
+        TakeModel(std::move(result));
+    }
+    LookAfterFile(seconds);
+    if (m_navigator.IsTurning())
+    {
+        const bool isThere = m_navigator.Step(seconds);
+        const std::optional<Host::ViewSettings> after = m_afterTurn;
+        FollowNavigator();
+        if (isThere && after)
+        {
+            ApplyView(*after);
+            m_navigator.Follow(Eye::Of(*m_model));
+        }
+    }
+    else if (m_restIn > 0.0 && m_navigator.GetDrag() == Navigator::Drag::None)
+    {
+        m_restIn -= seconds;
+        if (m_restIn <= 0.0 && std::exchange(m_stepsBack, false))
+        {
+            ApplyDrawn();
+        }
+    }
+    return isOpened;
+}
+
+void Desk::LookAfterFile(double seconds)
+{
+    m_watchedFor += seconds;
+    if (!m_watches || m_loading || !m_model || m_watchedFor < WatchSeconds)
+    {
+        return;
+    }
+    m_watchedFor = 0.0;
+    const long long stamp = StampOf(m_path);
+    if (stamp != 0 && stamp != m_stamp)
+    {
+        // Also where it can't be read: the next change is waited for.
+        m_stamp = stamp;
+        Open(m_path);
+    }
+}
+
+void Desk::TakeModel(Host::ImportResult result)
+{
+    if (!result)
+    {
+        if (result.status == Host::ImportStatus::Cancelled)
+        {
+            Tell("Opening " + FileNameOf(m_loadingPath) + " was cancelled.");
+        }
+        else
+        {
+            TellTrouble(result.error.Line());
+        }
+        return;
+    }
+    const bool isAgain = m_model && m_loadingPath == m_path;
+    const std::vector<std::string> warnings = result.report.warnings;
+    m_model = std::make_unique<Host::Presentation>(std::move(result));
+    m_path = m_loadingPath;
+    m_stamp = StampOf(m_path);
+    m_afterTurn.reset();
+    m_stepsBack = false;
+    if (!isAgain)
+    {
+        // Those of another model say nothing about this one.
+        if (!std::exchange(m_keepsAll, false))
+        {
+            m_settings.view.eye.reset();
+            m_settings.view.target.reset();
+            m_settings.section.planes.clear();
+            m_settings.editPath.clear();
+            m_settings.fog.reset();
+        }
+        m_selection.clear();
+        m_hidden.clear();
+        m_isolated.clear();
+    }
+    ShowModel();
+    const Host::ImportReport& report = m_model->GetReport();
+    Tell((isAgain ? "Read again: " : "") + FileNameOf(m_path) + ", " + std::to_string(report.drawnTriangles)
+         + " triangles" + (warnings.empty() ? std::string() : "; " + warnings.front()));
+}
+
+void Desk::ShowModel()
+{
+    if (m_width > 0 && m_height > 0)
+    {
+        m_model->Resize(m_width, m_height, m_ratio);
+    }
+    std::string error;
+    if (!m_model->Apply(m_settings, error))
+    {
+        m_settings.editPath.clear();
+        if (!m_model->Apply(m_settings, error))
+        {
+            m_settings = m_model->GetSettings();
+        }
+    }
+    HideAgain();
+    m_selection.erase(std::remove_if(m_selection.begin(), m_selection.end(),
+                                     [this](const std::string& path) { return !m_model->FindNode(path); }),
+                      m_selection.end());
+    ShowSelection();
+    double extent = 1.0;
+    if (const auto box = m_model->GetModelBox())
+    {
+        extent = std::max(glm::distance(ToGlm(box->low), ToGlm(box->high)), 1e-6);
+    }
+    m_navigator.SetReach(extent * 1e-4, extent * 50.0);
+    m_navigator.SetPicture(m_width, m_height, WorldUp());
+    m_navigator.Stand(Eye::Of(*m_model));
+}
+
+bool Desk::Apply(const Host::PresentationSettings& settings)
+{
+    if (!m_model)
+    {
+        const std::string trouble = settings.Trouble();
+        if (!trouble.empty())
+        {
+            TellTrouble(trouble);
+            return false;
+        }
+        m_settings = settings;
+        return true;
+    }
+    std::string error;
+    if (!m_model->Apply(settings, error))
+    {
+        TellTrouble(error);
+        return false;
+    }
+    const bool isOtherView = settings.view != m_settings.view;
+    m_settings = settings;
+    m_stepsBack = false;
+    if (isOtherView)
+    {
+        m_afterTurn.reset();
+        m_navigator.SetPicture(m_width, m_height, WorldUp());
+        m_navigator.Stand(Eye::Of(*m_model));
+    }
+    return true;
+}
+
+void Desk::SetPicture(int width, int height, float ratio)
+{
+    if (width == m_width && height == m_height && ratio == m_ratio)
+    {
+        return;
+    }
+    m_width = width;
+    m_height = height;
+    m_ratio = ratio;
+    m_navigator.SetPicture(width, height, WorldUp());
+    if (m_model && width > 0 && height > 0)
+    {
+        m_model->Resize(width, height, ratio);
+        if (!m_navigator.IsTurning() && m_navigator.GetDrag() == Navigator::Drag::None)
+        {
+            m_navigator.Follow(Eye::Of(*m_model));
+        }
+    }
+}
+
+glm::dvec3 Desk::WorldUp() const
+{
+    return m_settings.view.upAxis == Host::UpAxis::Z ? glm::dvec3(0.0, 0.0, 1.0) : glm::dvec3(0.0, 1.0, 0.0);
+}
+
+void Desk::FollowNavigator()
+{
+    if (!m_model)
+    {
+        return;
+    }
+    const Eye& eye = m_navigator.GetEye();
+    Host::ViewSettings view = m_settings.view;
+    view.eye = ToVector(eye.place);
+    view.target = ToVector(eye.target);
+    view.up = ToVector(eye.up);
+    m_restIn = RestSeconds;
+    if (m_frameTime > SlowFrame)
+    {
+        m_stepsBack = true;
+    }
+    if (!m_navigator.IsTurning())
+    {
+        m_afterTurn.reset();
+    }
+    ApplyView(view);
+}
+
+void Desk::ApplyView(const Host::ViewSettings& view)
+{
+    m_settings.view = view;
+    ApplyDrawn();
+}
+
+void Desk::ApplyDrawn()
+{
+    if (!m_model)
+    {
+        return;
+    }
+    std::string error;
+    if (!m_model->Apply(m_stepsBack ? SteppedBack(m_settings) : m_settings, error))
+    {
+        TellTrouble(error);
+    }
+}
+
+void Desk::TurnTo(const Host::ViewSettings& view)
+{
+    if (!m_model)
+    {
+        m_settings.view = view;
+        return;
+    }
+    const Eye from = m_navigator.GetEye();
+    ApplyView(view);
+    const Eye to = Eye::Of(*m_model);
+    m_navigator.SetPicture(m_width, m_height, WorldUp());
+    m_navigator.Stand(from);
+    m_navigator.TurnTo(to);
+    m_restIn = RestSeconds;
+    m_afterTurn = view;
+}
+
+void Desk::TurnTo(Host::NamedView named)
+{
+    Host::ViewSettings view = m_settings.view;
+    view.named = named;
+    view.eye.reset();
+    view.target.reset();
+    TurnTo(view);
+}
+
+void Desk::Fit()
+{
+    if (m_model && m_model->FrameShown())
+    {
+        const Host::ViewSettings view = m_model->GetSettings().view;
+        TurnTo(view);
+    }
+}
+
+void Desk::FitSelection()
+{
+    if (m_model && !m_selection.empty() && m_model->FrameNode(m_selection.front()))
+    {
+        const Host::ViewSettings view = m_model->GetSettings().view;
+        TurnTo(view);
+    }
+}
+
+std::optional<Host::PickHit> Desk::Pick(const glm::dvec2& pixel)
+{
+    const int x = static_cast<int>(std::floor(pixel.x));
+    const int y = static_cast<int>(std::floor(pixel.y));
+    if (!m_model || x < 0 || y < 0 || x >= m_width || y >= m_height)
+    {
+        return std::nullopt;
+    }
+    return m_model->Pick(x, y);
+}
+
+glm::dvec3 Desk::PointUnder(const glm::dvec2& pixel)
+{
+    if (const auto hit = Pick(pixel))
+    {
+        return ToGlm(hit->position);
+    }
+    const Eye& eye = GetEye();
+    return eye.Behind(pixel, eye.Distance(), m_width, m_height);
+}
+
+void Desk::Draw()
+{
+    if (m_model)
+    {
+        m_model->Draw(m_width, m_height, m_ratio);
+    }
+}
+
+bool Desk::NeedsDraw() const
+{
+    return m_model && m_model->NeedsDraw();
+}
+
+const Host::PresentationSettings& Desk::GetDrawn() const
+{
+    return m_model ? m_model->GetSettings() : m_settings;
+}
+
+void Desk::TellFrameTime(double seconds)
+{
+    m_frameTime = seconds;
+}
+
+std::string Desk::PathOf(const Node* node) const
+{
+    std::string path;
+    for (; node && path.empty(); node = node->GetParent())
+    {
+        path = m_model->PathOf(*node);
+    }
+    return path;
+}
+
+void Desk::SelectAt(const glm::dvec2& pixel, bool adds)
+{
+    SelectIn({static_cast<int>(std::floor(pixel.x)), static_cast<int>(std::floor(pixel.y)), 1, 1}, adds);
+}
+
+void Desk::SelectIn(const Host::PickArea& area, bool adds)
+{
+    if (!m_model)
+    {
+        return;
+    }
+    std::vector<std::string> paths = adds ? m_selection : std::vector<std::string>();
+    for (const Host::PickHit& hit : m_model->Pick(area))
+    {
+        const std::string path = PathOf(hit.node);
+        const auto found = std::find(paths.begin(), paths.end(), path);
+        if (!path.empty() && found == paths.end())
+        {
+            paths.push_back(path);
+        }
+        else if (adds && area.width == 1 && found != paths.end())
+        {
+            // A second click takes it out again.
+            paths.erase(found);
+        }
+    }
+    Select(std::move(paths));
+}
+
+void Desk::Select(std::vector<std::string> paths)
+{
+    m_selection = std::move(paths);
+    ShowSelection();
+}
+
+void Desk::ShowSelection()
+{
+    if (!m_model)
+    {
+        return;
+    }
+    m_model->ClearHighlights();
+    for (const std::string& path : m_selection)
+    {
+        m_model->Highlight(path, SelectionColor);
+    }
+}
+
+std::optional<Desk::Thing> Desk::Describe(const std::string& path) const
+{
+    const Node* const node = m_model ? m_model->FindNode(path) : nullptr;
+    if (!node)
+    {
+        return std::nullopt;
+    }
+    Thing thing;
+    thing.path = path;
+    thing.name = FileNameOf(path);
+    std::optional<Host::Presentation::Box> box;
+    Widen(*node, box, thing);
+    if (box)
+    {
+        thing.size.Subtract(box->high, box->low);
+    }
+    return thing;
+}
+
+void Desk::HideSelection()
+{
+    for (const std::string& path : std::exchange(m_selection, {}))
+    {
+        SetHidden(path, true);
+    }
+    ShowSelection();
+}
+
+void Desk::IsolateSelection()
+{
+    if (m_model && !m_selection.empty() && m_model->Isolate(m_selection.front()))
+    {
+        m_isolated = m_selection.front();
+    }
+}
+
+void Desk::SetHidden(const std::string& path, bool hidden)
+{
+    if (!m_model || !(hidden ? m_model->Hide(path) : m_model->Show(path)))
+    {
+        return;
+    }
+    m_hidden.erase(std::remove(m_hidden.begin(), m_hidden.end(), path), m_hidden.end());
+    if (hidden)
+    {
+        m_hidden.push_back(path);
+    }
+}
+
+bool Desk::IsHidden(const std::string& path) const
+{
+    return std::find(m_hidden.begin(), m_hidden.end(), path) != m_hidden.end();
+}
+
+void Desk::ShowAll()
+{
+    m_hidden.clear();
+    m_isolated.clear();
+    if (m_model)
+    {
+        m_model->ShowAll();
+    }
+}
+
+void Desk::HideAgain()
+{
+    for (const std::string& path : m_hidden)
+    {
+        m_model->Hide(path);
+    }
+    if (!m_isolated.empty())
+    {
+        m_model->Isolate(m_isolated);
+    }
+}
+
+void Desk::EditSelection()
+{
+    Host::PresentationSettings settings = m_settings;
+    settings.editPath = m_selection.empty() ? std::string() : m_selection.front();
+    if (!settings.editPath.empty() && settings.look != Host::Look::Advanced && settings.look != Host::Look::Phong)
+    {
+        settings.look = Host::Look::Advanced;
+    }
+    // The colour of the selection would cover what is edited.
+    if (Apply(settings))
+    {
+        Select({});
+    }
+}
+
+void Desk::Suspend()
+{
+    if (m_model)
+    {
+        m_model->Suspend();
+    }
+}
+
+void Desk::Resume()
+{
+    if (m_model)
+    {
+        m_model->Resume();
+    }
+}
+
+} // namespace OV::ViewerApp

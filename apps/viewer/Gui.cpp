@@ -1,0 +1,241 @@
+#define GL_GLEXT_PROTOTYPES
+
+#include "apps/viewer/Gui.h"
+
+#include "apps/viewer/Window.h"
+
+#include <GL/gl.h>
+#include <GL/glext.h>
+#include <backends/imgui_impl_opengl2.h>
+#include <imgui.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdio>
+
+namespace OV::ViewerApp
+{
+
+namespace
+{
+
+/// Height of letters, in points.
+constexpr float FontSize = 15.0f;
+
+constexpr struct
+{
+    ImGuiKey_ gui;
+    int key;
+} kKeys[] = {
+    {ImGuiKey_Tab, KeyTab},       {ImGuiKey_LeftArrow, KeyLeft},   {ImGuiKey_RightArrow, KeyRight},
+    {ImGuiKey_UpArrow, KeyUp},    {ImGuiKey_DownArrow, KeyDown},   {ImGuiKey_PageUp, KeyPageUp},
+    {ImGuiKey_PageDown, KeyPageDown}, {ImGuiKey_Home, KeyHome},    {ImGuiKey_End, KeyEnd},
+    {ImGuiKey_Delete, KeyDelete}, {ImGuiKey_Backspace, KeyBackspace}, {ImGuiKey_Enter, KeyEnter},
+    {ImGuiKey_Escape, KeyEscape}, {ImGuiKey_A, 'A'},               {ImGuiKey_C, 'C'},
+    {ImGuiKey_V, 'V'},            {ImGuiKey_X, 'X'},               {ImGuiKey_Y, 'Y'},
+    {ImGuiKey_Z, 'Z'},            {ImGuiKey_Space, ' '},
+};
+
+/// A font that reads well at any ratio; the library's own, which is one of pixels, where there is
+/// none.
+void MakeFont(float ratio)
+{
+    ImGuiIO& io = ImGui::GetIO();
+    io.Fonts->Clear();
+    for (const char* path : {"/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf", "/usr/share/fonts/TTF/DejaVuSans.ttf"})
+    {
+        if (FILE* const file = std::fopen(path, "rb"))
+        {
+            std::fclose(file);
+            io.Fonts->AddFontFromFileTTF(path, FontSize * ratio);
+            break;
+        }
+    }
+    if (io.Fonts->Fonts.empty())
+    {
+        io.Fonts->AddFontDefault();
+    }
+    io.FontGlobalScale = 1.0f / ratio;
+}
+
+/// Sets aside what a program of the pipeline with shaders leaves, which the panels' library, that
+/// draws without any, knows nothing of; puts it back at the end.
+class FixedPipelineScope
+{
+public:
+    FixedPipelineScope()
+    {
+        glGetIntegerv(GL_CURRENT_PROGRAM, &m_program);
+        glGetIntegerv(GL_ARRAY_BUFFER_BINDING, &m_arrays);
+        glGetIntegerv(GL_ELEMENT_ARRAY_BUFFER_BINDING, &m_elements);
+        glGetIntegerv(GL_ACTIVE_TEXTURE, &m_unit);
+        GLint most = 0;
+        glGetIntegerv(GL_MAX_VERTEX_ATTRIBS, &most);
+        for (GLuint i = 0; i < static_cast<GLuint>(most) && i < m_enabled.size(); ++i)
+        {
+            GLint isEnabled = 0;
+            glGetVertexAttribiv(i, GL_VERTEX_ATTRIB_ARRAY_ENABLED, &isEnabled);
+            m_enabled[i] = isEnabled != 0;
+            if (m_enabled[i])
+            {
+                glDisableVertexAttribArray(i);
+            }
+        }
+        glUseProgram(0);
+        glBindBuffer(GL_ARRAY_BUFFER, 0);
+        glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
+        glActiveTexture(GL_TEXTURE0);
+    }
+
+    ~FixedPipelineScope()
+    {
+        for (GLuint i = 0; i < m_enabled.size(); ++i)
+        {
+            if (m_enabled[i])
+            {
+                glEnableVertexAttribArray(i);
+            }
+        }
+        glActiveTexture(static_cast<GLenum>(m_unit));
+        glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, static_cast<GLuint>(m_elements));
+        glBindBuffer(GL_ARRAY_BUFFER, static_cast<GLuint>(m_arrays));
+        glUseProgram(static_cast<GLuint>(m_program));
+    }
+
+    FixedPipelineScope(const FixedPipelineScope&) = delete;
+    FixedPipelineScope& operator=(const FixedPipelineScope&) = delete;
+
+private:
+    GLint m_program = 0;
+    GLint m_arrays = 0;
+    GLint m_elements = 0;
+    GLint m_unit = GL_TEXTURE0;
+    std::array<bool, 32> m_enabled{};
+};
+
+std::size_t IndexOf(Button button)
+{
+    return button == Button::Left ? 0 : button == Button::Right ? 1 : 2;
+}
+
+} // namespace
+
+Gui::Gui(Window& window) : m_window(window)
+{
+    IMGUI_CHECKVERSION();
+    ImGui::CreateContext();
+    ImGuiIO& io = ImGui::GetIO();
+    // Where panels stand is kept with the other settings of the program, or not at all.
+    io.IniFilename = nullptr;
+    io.LogFilename = nullptr;
+    for (const auto& key : kKeys)
+    {
+        io.KeyMap[key.gui] = key.key;
+    }
+    io.ClipboardUserData = &m_window;
+    io.SetClipboardTextFn = [](void* window, const char* text) { static_cast<Window*>(window)->SetClipboard(text); };
+    io.GetClipboardTextFn = [](void* window) -> const char*
+    {
+        static std::string text;
+        text = static_cast<Window*>(window)->GetClipboard();
+        return text.c_str();
+    };
+    ImGui::StyleColorsLight();
+    ImGuiStyle& style = ImGui::GetStyle();
+    style.WindowRounding = 4.0f;
+    style.FrameRounding = 3.0f;
+    style.Colors[ImGuiCol_WindowBg].w = 0.94f;
+    ImGui_ImplOpenGL2_Init();
+}
+
+Gui::~Gui()
+{
+    ImGui_ImplOpenGL2_Shutdown();
+    ImGui::DestroyContext();
+}
+
+void Gui::Feed(const InputEvent& event)
+{
+    ImGuiIO& io = ImGui::GetIO();
+    switch (event.kind)
+    {
+    case InputEvent::Kind::PointerMoved:
+        io.MousePos = ImVec2(static_cast<float>(event.x), static_cast<float>(event.y));
+        break;
+    case InputEvent::Kind::ButtonDown:
+    case InputEvent::Kind::ButtonUp:
+        io.MousePos = ImVec2(static_cast<float>(event.x), static_cast<float>(event.y));
+        io.MouseDown[IndexOf(event.button)] = event.kind == InputEvent::Kind::ButtonDown;
+        break;
+    case InputEvent::Kind::Scrolled:
+        io.MouseWheel += static_cast<float>(event.dy);
+        io.MouseWheelH += static_cast<float>(event.dx);
+        break;
+    case InputEvent::Kind::KeyDown:
+    case InputEvent::Kind::KeyUp:
+        if (event.key > KeyNone && event.key < KeyCount)
+        {
+            io.KeysDown[event.key] = event.kind == InputEvent::Kind::KeyDown;
+        }
+        io.KeyCtrl = (event.modifiers & ModifierControl) != 0;
+        io.KeyShift = (event.modifiers & ModifierShift) != 0;
+        io.KeyAlt = (event.modifiers & ModifierAlt) != 0;
+        break;
+    case InputEvent::Kind::Typed: io.AddInputCharacter(event.codepoint); break;
+    case InputEvent::Kind::Dropped:
+    case InputEvent::Kind::Refresh:
+    case InputEvent::Kind::CloseAsked: break;
+    }
+}
+
+bool Gui::WantsPointer() const
+{
+    return ImGui::GetIO().WantCaptureMouse;
+}
+
+bool Gui::WantsKeys() const
+{
+    return ImGui::GetIO().WantTextInput;
+}
+
+void Gui::Begin(double seconds)
+{
+    ImGuiIO& io = ImGui::GetIO();
+    int width = 0;
+    int height = 0;
+    m_window.GetSize(width, height);
+    const float ratio = m_window.GetPixelRatio();
+    if (!m_hasObjects || m_ratio != ratio)
+    {
+        m_ratio = ratio;
+        m_hasObjects = true;
+        MakeFont(ratio);
+        ImGui_ImplOpenGL2_DestroyDeviceObjects();
+    }
+    io.DisplaySize = ImVec2(static_cast<float>(width), static_cast<float>(height));
+    io.DisplayFramebufferScale = ImVec2(ratio, ratio);
+    io.DeltaTime = static_cast<float>(std::max(seconds, 1e-4));
+    ImGui_ImplOpenGL2_NewFrame();
+    ImGui::NewFrame();
+}
+
+void Gui::Draw()
+{
+    ImGui::Render();
+    const FixedPipelineScope scope;
+    ImGui_ImplOpenGL2_RenderDrawData(ImGui::GetDrawData());
+}
+
+void Gui::Suspend()
+{
+    ImGui_ImplOpenGL2_DestroyDeviceObjects();
+    m_hasObjects = false;
+}
+
+bool Gui::IsAnimated() const
+{
+    return ImGui::GetIO().WantTextInput || ImGui::IsAnyMouseDown();
+}
+
+} // namespace OV::ViewerApp
