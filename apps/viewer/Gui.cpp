@@ -145,7 +145,14 @@ Gui::Gui(Window& window) : m_window(window)
     ImGuiStyle& style = ImGui::GetStyle();
     style.WindowRounding = 4.0f;
     style.FrameRounding = 3.0f;
-    style.Colors[ImGuiCol_WindowBg].w = 0.94f;
+    style.FrameBorderSize = 1.0f;
+    style.ItemSpacing = ImVec2(8.0f, 5.0f);
+    style.Colors[ImGuiCol_WindowBg] = ImVec4(0.955f, 0.957f, 0.965f, 1.0f);
+    style.Colors[ImGuiCol_TitleBgActive] = ImVec4(0.86f, 0.88f, 0.91f, 1.0f);
+    style.Colors[ImGuiCol_Border] = ImVec4(0.72f, 0.74f, 0.78f, 1.0f);
+    style.Colors[ImGuiCol_Header] = ImVec4(0.88f, 0.90f, 0.93f, 1.0f);
+    style.Colors[ImGuiCol_Button] = ImVec4(0.88f, 0.90f, 0.93f, 1.0f);
+    style.Colors[ImGuiCol_TextDisabled] = ImVec4(0.45f, 0.47f, 0.50f, 1.0f);
     ImGui_ImplOpenGL2_Init();
 }
 

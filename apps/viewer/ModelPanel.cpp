@@ -89,6 +89,10 @@ void Panels::DrawTree()
                     desk.FitSelection();
                 }
             }
+            if (ImGui::IsItemHovered())
+            {
+                ImGui::SetTooltip("%s", path.c_str());
+            }
             ImGui::PopID();
         }
     }

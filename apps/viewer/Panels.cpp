@@ -179,7 +179,7 @@ void Panels::DrawHelp()
     }
     const ImVec2 size = ImGui::GetIO().DisplaySize;
     ImGui::SetNextWindowPos({size.x / 2.0f, size.y / 2.0f}, ImGuiCond_Always, {0.5f, 0.5f});
-    ImGui::SetNextWindowSize({std::min(660.0f, size.x), std::min(600.0f, size.y)});
+    ImGui::SetNextWindowSize({std::min(660.0f, size.x), std::min(530.0f, size.y)});
     if (ImGui::Begin("Keys", &m_isHelpOpen, ImGuiWindowFlags_NoResize | ImGuiWindowFlags_NoCollapse))
     {
         static constexpr const char* pointer[][2] = {
@@ -190,14 +190,12 @@ void Panels::DrawHelp()
             {"Double click", "Fit what is selected"},
             {"Ctrl drag", "Select all in a box"},
         };
-        ImGui::Columns(2, "pointer", false);
         const auto line = [](const std::string& key, const char* text)
         {
             ImGui::TextColored({0.75f, 0.35f, 0.05f, 1.0f}, "%s", key.c_str());
             ImGui::SameLine(150.0f);
             ImGui::TextUnformatted(text);
         };
-        ImGui::Columns(1);
         for (const auto& entry : pointer)
         {
             line(entry[0], entry[1]);
@@ -212,7 +210,7 @@ void Panels::DrawHelp()
                 ImGui::NextColumn();
             }
             ImGui::TextColored({0.75f, 0.35f, 0.05f, 1.0f}, "%s", KeyText(actions[i].key).c_str());
-            ImGui::SameLine(ImGui::GetColumnOffset() + 96.0f);
+            ImGui::SameLine(96.0f);
             ImGui::TextUnformatted(actions[i].text);
         }
         ImGui::Columns(1);

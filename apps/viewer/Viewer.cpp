@@ -468,14 +468,21 @@ void Viewer::TakePicture(const std::string& path, int width, int height)
         m_desk.TellTrouble("There is no model to make a picture of.");
         return;
     }
+    // The colour of what is selected is no part of the design.
+    const std::vector<std::string> selection = m_desk.GetSelection();
+    m_desk.Select({});
     std::string error;
-    if (!model->SavePicture(path, width > 0 ? width : m_desk.GetWidth(), height > 0 ? height : m_desk.GetHeight(),
-                            error))
+    const bool isSaved = model->SavePicture(path, width > 0 ? width : m_desk.GetWidth(),
+                                            height > 0 ? height : m_desk.GetHeight(), error);
+    m_desk.Select(selection);
+    if (isSaved)
+    {
+        m_desk.Tell("Saved " + path);
+    }
+    else
     {
         m_desk.TellTrouble(path + ": " + error);
-        return;
     }
-    m_desk.Tell("Saved " + path);
 }
 
 std::string Viewer::CommandLine() const
