@@ -1,5 +1,6 @@
 #include "apps/render/Options.h"
 
+#include "apps/render/CallerText.h"
 #include "apps/render/Report.h"
 
 #include <CLI/CLI.hpp>
@@ -40,6 +41,7 @@ struct Texts
     std::string background = "FFFFFF";
     std::optional<std::string> fog;
     std::optional<float> edges;
+    std::optional<std::string> edit;
     std::string edgeColor = "000000";
     std::string look = "advanced";
     std::vector<std::string> clips;
@@ -47,21 +49,22 @@ struct Texts
     std::string outlineColor = "000000";
     bool lines = false;
     std::string lineColor = "000000";
-    LineLook lineLook;
+    Host::LineSettings lineLook;
+    bool noCull = false;
     std::optional<std::string> pick;
 };
 
 struct NamedAntialiasing
 {
     const char* name;
-    Antialiasing antialiasing;
+    Host::Antialiasing antialiasing;
 };
 
 constexpr NamedAntialiasing kAntialiasing[] = {
-    {"none", Antialiasing::None},
-    {"msaa", Antialiasing::Multisampling},
-    {"fxaa", Antialiasing::Filter},
-    {"ssaa", Antialiasing::Supersampling},
+    {"none", Host::Antialiasing::None},
+    {"msaa", Host::Antialiasing::Multisampling},
+    {"fxaa", Host::Antialiasing::Filter},
+    {"ssaa", Host::Antialiasing::Supersampling},
 };
 
 /// Names what has to be there in the line of usage.
@@ -156,7 +159,7 @@ Color ParseColor(const std::string& option, const std::string& text)
     return Color(channel(16), channel(8), channel(0));
 }
 
-FogRange ParseFog(const std::string& text)
+Host::FogRange ParseFog(const std::string& text)
 {
     const char* const form = "two distances START,END, not negative, the end beyond the start";
     const std::vector<float> range = ParseNumbers("--fog", text, 2, form);
@@ -186,17 +189,17 @@ void DefinePictureOptions(CLI::App& app, Options& options, Texts& texts)
                                                "in twice the size); if left out msaa, or ssaa with\n"
                                                "--clip up to 4096x4096")
         ->option_text("NAME")->group(group);
-    app.add_option("--samples", options.samples, "Samples a pixel of msaa, 0 for hard edges; if left out 4,\n"
+    app.add_option("--samples", options.settings.samples, "Samples a pixel of msaa, 0 for hard edges; if left out 4,\n"
                                                  "or 0 above 16 megapixels and where GL has none")
         ->option_text("N")->group(group);
     app.add_option("--background", texts.background, "Colour behind the model, of fog and of the horizon;\n"
                                                      "FFFFFF if left out")
         ->option_text("RRGGBB")->group(group);
-    app.add_flag("--sky", options.sky, "Draw a sky behind the model")->group(group);
+    app.add_flag("--sky", options.settings.sky, "Draw a sky behind the model")->group(group);
     app.add_option("--fog", texts.fog, "Fade out between two distances from the eye, in units\n"
                                        "of the model")
         ->option_text("START,END")->group(group);
-    app.add_flag("--no-cull", options.noCull, "Draw the back of every face too")->group(group);
+    app.add_flag("--no-cull", texts.noCull, "Draw the back of every face too")->group(group);
 }
 
 void DefineViewOptions(CLI::App& app, Options& options, Texts& texts)
@@ -211,9 +214,9 @@ void DefineViewOptions(CLI::App& app, Options& options, Texts& texts)
         ->option_text("X,Y,Z")->needs(eye)->group(group);
     app.add_option("--up", texts.up, "What is up in the picture; 0,1,0 if left out")
         ->option_text("X,Y,Z")->needs(eye)->group(group);
-    app.add_option("--fov", options.fov, "Full vertical angle of view; 35 if left out")
+    app.add_option("--fov", options.settings.view.fov, "Full vertical angle of view; 35 if left out")
         ->option_text("DEG")->group(group);
-    app.add_flag("--ortho", options.orthographic, "Draw without perspective")->group(group);
+    app.add_flag("--ortho", options.settings.view.orthographic, "Draw without perspective")->group(group);
 }
 
 void DefineSurfaceOptions(CLI::App& app, Options& options, Texts& texts)
@@ -227,14 +230,14 @@ void DefineSurfaceOptions(CLI::App& app, Options& options, Texts& texts)
         ->option_text("NX,NY,NZ,PX,PY,PZ")->allow_extra_args(false)->group(group);
     app.add_option("--poche", texts.poche, "Colour of what is cut, or off; 333333 if left out")
         ->option_text("RRGGBB|off")->needs(clip)->group(group);
-    app.add_option("--outline", options.surfaces.outline, "Width of the outline along a cut in units of the model,\n"
+    app.add_option("--outline", options.settings.section.outlineWidth, "Width of the outline along a cut in units of the model,\n"
                                                           "0 for none; a 500th of the model if left out")
         ->option_text("WIDTH")->needs(clip)->group(group);
     app.add_option("--outline-color", texts.outlineColor, "Colour of the outline; 000000 if left out")
         ->option_text("RRGGBB")->needs(clip)->group(group);
-    app.add_option("--edit", options.surfaces.edit, "Draw all in grey but a node and what is below it, found\n"
-                                                    "by its name or by names from a node down to it, with\n"
-                                                    "slashes between them; advanced and phong only")
+    app.add_option("--edit", texts.edit, "Draw all in grey but a node and what is below it, found\n"
+                                       "by its name or by names from a node down to it, with\n"
+                                       "slashes between them; advanced and phong only")
         ->option_text("PATH")->group(group);
 }
 
@@ -246,13 +249,13 @@ void DefineScreenOptions(CLI::App& app, Options& options, Texts& texts)
         ->option_text("[WEIGHT]")->group(group);
     app.add_option("--edge-color", texts.edgeColor, "Colour of edges; 000000 if left out")
         ->option_text("RRGGBB")->needs(edges)->group(group);
-    app.add_flag("--ao", options.occlusion, "Darken corners")->group(group);
+    app.add_flag("--ao", options.settings.occlusion, "Darken corners")->group(group);
 }
 
 void DefineLineOptions(CLI::App& app, Texts& texts)
 {
     const char* const group = "Lines";
-    LineLook& look = texts.lineLook;
+    Host::LineSettings& look = texts.lineLook;
     auto* lines = app.add_flag("--lines", texts.lines, "Draw the edges of the model: where it bends or ends")
         ->group(group);
     app.add_option("--crease", look.crease, "Draw no edge that bends less; 30 if left out")
@@ -273,14 +276,14 @@ void DefineLineOptions(CLI::App& app, Texts& texts)
 void DefineSheetOptions(CLI::App& app, Options& options)
 {
     const char* const group = "Sheet";
-    app.add_option("--title", options.title, "Text in the lower right corner")->option_text("TEXT")->group(group);
-    app.add_flag("--scale-bar", options.scaleBar, "Draw a bar of a round length in units of the model, right\n"
+    app.add_option("--title", options.settings.sheet.title, "Text in the lower right corner")->option_text("TEXT")->group(group);
+    app.add_flag("--scale-bar", options.settings.sheet.scaleBar, "Draw a bar of a round length in units of the model, right\n"
                                                   "at what the eye looks at and everywhere with --ortho")
         ->group(group);
-    app.add_option("--north", options.north, "Draw an arrow to the north, which is so many degrees\n"
+    app.add_option("--north", options.settings.sheet.north, "Draw an arrow to the north, which is so many degrees\n"
                                              "clockwise from the top of the picture")
         ->option_text("DEG")->group(group);
-    app.add_option("--watermark", options.watermark, "Picture in the middle behind the model, in place of --sky")
+    app.add_option("--watermark", options.settings.sheet.watermark, "Picture in the middle behind the model, in place of --sky")
         ->option_text("FILE.png")->group(group);
 }
 
@@ -297,7 +300,7 @@ void DefineMeasuringOptions(CLI::App& app, Options& options, Texts& texts)
 }
 
 /// Written so that what is not a number fails.
-void CheckLineLook(const LineLook& look)
+void CheckLineLook(const Host::LineSettings& look)
 {
     if (!(look.crease >= 0.0f && look.crease <= 180.0f))
     {
@@ -320,11 +323,11 @@ void CheckLineLook(const LineLook& look)
 void CheckRanges(const Options& options)
 {
     // Written so that what is not a number fails.
-    if (!(options.fov >= 1.0f && options.fov <= 170.0f))
+    if (!(options.settings.view.fov >= 1.0f && options.settings.view.fov <= 170.0f))
     {
         throw CLI::ValidationError("--fov", "an angle is 1 to 170 degrees");
     }
-    if (options.samples && (*options.samples < 0 || *options.samples > MostSamples))
+    if (options.settings.samples && (*options.settings.samples < 0 || *options.settings.samples > MostSamples))
     {
         throw CLI::ValidationError("--samples", "there are 0 to " + std::to_string(MostSamples) + " samples");
     }
@@ -338,7 +341,7 @@ void CheckRanges(const Options& options)
 std::string UsualAntialiasing(const Texts& texts, const Options& options)
 {
     const bool isSmall = std::max(options.width, options.height) <= LargestSupersampled;
-    return !texts.clips.empty() && isSmall && !options.samples ? "ssaa" : "msaa";
+    return !texts.clips.empty() && isSmall && !options.settings.samples ? "ssaa" : "msaa";
 }
 
 void InterpretAntialiasing(const Texts& texts, Options& options)
@@ -350,8 +353,8 @@ void InterpretAntialiasing(const Texts& texts, Options& options)
     {
         throw Bad("--aa", name, "one of none, msaa, fxaa, ssaa");
     }
-    options.antialiasing = found->antialiasing;
-    if (options.samples && options.antialiasing != Antialiasing::Multisampling)
+    options.settings.antialiasing = found->antialiasing;
+    if (options.settings.samples && options.settings.antialiasing != Host::Antialiasing::Multisampling)
     {
         throw CLI::ValidationError("--samples", "only msaa has samples; leave it out or --aa " + name);
     }
@@ -368,9 +371,9 @@ void InterpretEdges(const Texts& texts, Options& options)
     {
         throw CLI::ValidationError("--edges", "an opacity is 0 to 1");
     }
-    options.edges.emplace();
-    options.edges->weight = *texts.edges;
-    options.edges->color = ParseColor("--edge-color", texts.edgeColor);
+    options.settings.edges.emplace();
+    options.settings.edges->weight = *texts.edges;
+    options.settings.edges->color = ParseColor("--edge-color", texts.edgeColor);
 }
 
 /// CLI11 takes whatever follows for the value of an option. Here only a number is the one of
@@ -393,17 +396,17 @@ std::vector<std::string> CompleteEdges(int argc, const char* const* argv)
 
 void CheckSheet(const Options& options)
 {
-    if (options.north && !std::isfinite(*options.north))
+    if (options.settings.sheet.north && !std::isfinite(*options.settings.sheet.north))
     {
         throw CLI::ValidationError("--north", "an angle is a number of degrees");
     }
-    if (options.sky && !options.watermark.empty())
+    if (options.settings.sky && !options.settings.sheet.watermark.empty())
     {
         throw CLI::ValidationError("--watermark", "the --sky would hide it; leave one of them out");
     }
 }
 
-ClipPlane ParseClip(const std::string& text)
+Host::ClipPlane ParseClip(const std::string& text)
 {
     const char* const form = "six numbers NX,NY,NZ,PX,PY,PZ, a normal and a point";
     const std::vector<float> numbers = ParseNumbers("--clip", text, 6, form);
@@ -435,9 +438,10 @@ PickedPixel ParsePixel(const std::string& text, const Options& options)
     return {*x, *y};
 }
 
-void InterpretSurfaces(const Texts& texts, SurfaceLook& look)
+void InterpretSurfaces(const Texts& texts, Host::PresentationSettings& settings)
 {
-    if (!Host::PresentationRenderer::ParseLook(texts.look, look.look))
+    settings.cullBacks = !texts.noCull;
+    if (!Host::ParseLook(texts.look, settings.look))
     {
         throw Bad("--look", texts.look, "one of basic, advanced, phong, crosshatch, monotone, vertex-color");
     }
@@ -447,29 +451,52 @@ void InterpretSurfaces(const Texts& texts, SurfaceLook& look)
     }
     for (const std::string& clip : texts.clips)
     {
-        look.clips.push_back(ParseClip(clip));
+        settings.section.planes.push_back(ParseClip(clip));
     }
-    if (!texts.clips.empty() && look.look == Host::Look::Crosshatch)
+    if (!texts.clips.empty() && settings.look == Host::Look::Crosshatch)
     {
         throw CLI::ValidationError("--clip", "the look crosshatch is not cut; use another");
     }
     if (texts.poche == "off")
     {
-        look.poche.reset();
+        settings.section.fill.reset();
     }
     else if (texts.poche)
     {
-        look.poche = ParseColor("--poche", *texts.poche);
+        settings.section.fill = ParseColor("--poche", *texts.poche);
     }
-    if (look.outline && !(*look.outline >= 0.0f && std::isfinite(*look.outline)))
+    if (settings.section.outlineWidth && !(*settings.section.outlineWidth >= 0.0f && std::isfinite(*settings.section.outlineWidth)))
     {
         throw CLI::ValidationError("--outline", "a width is 0 or more");
     }
-    look.outlineColor = ParseColor("--outline-color", texts.outlineColor);
-    if (!look.edit.empty() && look.look != Host::Look::Advanced && look.look != Host::Look::Phong)
+    settings.section.outlineColor = ParseColor("--outline-color", texts.outlineColor);
+    if (texts.edit && texts.edit->empty())
+    {
+        throw Bad("--edit", *texts.edit, "the name of a node");
+    }
+    settings.editPath = texts.edit.value_or(std::string());
+    if (texts.edit && settings.look != Host::Look::Advanced && settings.look != Host::Look::Phong)
     {
         throw CLI::ValidationError("--edit", "the look " + texts.look + " shows no edit; use advanced or phong");
     }
+}
+
+void Define(CLI::App& app, Options& options, Texts& texts, bool& listFormats)
+{
+    app.name("orvane-render");
+    app.description("Renders a model file into a PNG picture.");
+    app.formatter(std::make_shared<Formatter>());
+    app.get_formatter()->column_width(22);
+    DefineGeneralOptions(app, options, listFormats);
+    DefinePictureOptions(app, options, texts);
+    DefineViewOptions(app, options, texts);
+    DefineSurfaceOptions(app, options, texts);
+    DefineScreenOptions(app, options, texts);
+    DefineLineOptions(app, texts);
+    DefineSheetOptions(app, options);
+    DefineMeasuringOptions(app, options, texts);
+    app.footer("The view is from the front, the right and above unless told otherwise.\n"
+               "Exit status: 0 done, 1 failed, 2 wrong usage.");
 }
 
 void Interpret(const Texts& texts, Options& options)
@@ -484,40 +511,43 @@ void Interpret(const Texts& texts, Options& options)
     }
     CheckRanges(options);
     CheckSheet(options);
+    options.settings.sheet.title = ToUtf8(options.settings.sheet.title);
     ParseSize(texts.size, options);
     if (texts.pick)
     {
         options.pick = ParsePixel(*texts.pick, options);
     }
-    options.background = ParseColor("--background", texts.background);
-    if (!Host::ViewFit::ParseView(texts.view, options.view))
+    options.settings.background = ParseColor("--background", texts.background);
+    if (!Host::ViewFit::ParseView(texts.view, options.settings.view.named))
     {
         throw Bad("--view", texts.view, "one of iso, front, back, left, right, top, bottom");
     }
     if (texts.eye)
     {
-        options.eye = ParseVector("--eye", *texts.eye);
+        options.settings.view.eye = ParseVector("--eye", *texts.eye);
     }
     if (texts.target)
     {
-        options.target = ParseVector("--target", *texts.target);
+        options.settings.view.target = ParseVector("--target", *texts.target);
     }
     if (texts.up)
     {
-        options.up = ParseVector("--up", *texts.up);
+        const Vector up = ParseVector("--up", *texts.up);
+        // What points nowhere counts as left out.
+        options.settings.view.up = up.Magnitude() > 0.0f ? up : options.settings.view.up;
     }
     if (texts.fog)
     {
-        options.fog = ParseFog(*texts.fog);
+        options.settings.fog = ParseFog(*texts.fog);
     }
     InterpretAntialiasing(texts, options);
-    InterpretSurfaces(texts, options.surfaces);
+    InterpretSurfaces(texts, options.settings);
     InterpretEdges(texts, options);
     if (texts.lines)
     {
         CheckLineLook(texts.lineLook);
-        options.lines = texts.lineLook;
-        options.lines->color = ParseColor("--line-color", texts.lineColor);
+        options.settings.lines = texts.lineLook;
+        options.settings.lines->color = ParseColor("--line-color", texts.lineColor);
     }
 }
 
@@ -528,19 +558,8 @@ Command ParseCommandLine(int argc, const char* const* argv)
     Command command;
     Texts texts;
     bool listFormats = false;
-    CLI::App app("Renders a model file into a PNG picture.", "orvane-render");
-    app.formatter(std::make_shared<Formatter>());
-    app.get_formatter()->column_width(22);
-    DefineGeneralOptions(app, command.options, listFormats);
-    DefinePictureOptions(app, command.options, texts);
-    DefineViewOptions(app, command.options, texts);
-    DefineSurfaceOptions(app, command.options, texts);
-    DefineScreenOptions(app, command.options, texts);
-    DefineLineOptions(app, texts);
-    DefineSheetOptions(app, command.options);
-    DefineMeasuringOptions(app, command.options, texts);
-    app.footer("The view is from the front, the right and above unless told otherwise.\n"
-               "Exit status: 0 done, 1 failed, 2 wrong usage.");
+    CLI::App app;
+    Define(app, command.options, texts, listFormats);
     try
     {
         app.parse(CompleteEdges(argc, argv));
@@ -561,6 +580,24 @@ Command ParseCommandLine(int argc, const char* const* argv)
         command.exitCode = 2;
     }
     return command;
+}
+
+std::vector<std::string> ListOptions()
+{
+    Options options;
+    Texts texts;
+    bool listFormats = false;
+    CLI::App app;
+    Define(app, options, texts, listFormats);
+    std::vector<std::string> names;
+    for (const CLI::Option* option : app.get_options())
+    {
+        for (const std::string& name : option->get_lnames())
+        {
+            names.push_back("--" + name);
+        }
+    }
+    return names;
 }
 
 } // namespace OV::RenderApp

@@ -3,34 +3,16 @@
 #include "apps/render/Options.h"
 #include "apps/render/PickReport.h"
 #include "apps/render/Stats.h"
-#include "orvane_host/import/ImportResult.h"
 
 #include <memory>
-#include <vector>
-
-namespace OV
-{
-
-class AppContext;
-
-} // namespace OV
 
 namespace OV::Host
 {
 
 class HeadlessContext;
-class PresentationRenderer;
-class Sheet;
-class Watermark;
+class Presentation;
 
 } // namespace OV::Host
-
-namespace OV::Platform::Linux
-{
-
-class ESTextureLoader;
-
-} // namespace OV::Platform::Linux
 
 namespace OV::RenderApp
 {
@@ -54,37 +36,20 @@ public:
 
 private:
     bool IsDrawn() const;
-    void CheckFiles() const;
-    void CheckOutput() const;
     void OpenContext();
-    void ReadWatermark();
     void Load();
+    void Present();
     void MakeFramebuffer();
-    void SetLook();
-    void SetEdit();
-    void AddLines();
-    void PlaceCamera();
-    void SetFog();
-    void AddSheet();
     void Draw();
-    void DrawFrame(int frame);
     void Pick();
-    void Count();
     void Write();
 
     Options m_options;
     Stats m_stats;
     PickReport m_pick;
-    Host::ImportReport m_report;
-    std::vector<Host::ImportedNode> m_nodes;
-    std::vector<Host::ImportedMesh> m_meshes;
     // Whatever holds GL objects goes before the context does.
     std::unique_ptr<Host::HeadlessContext> m_gl;
-    std::unique_ptr<Platform::Linux::ESTextureLoader> m_textures;
-    std::unique_ptr<AppContext> m_app;
-    std::unique_ptr<Host::PresentationRenderer> m_renderer;
-    std::unique_ptr<Host::Watermark> m_watermark;
-    std::unique_ptr<Host::Sheet> m_sheet;
+    std::unique_ptr<Host::Presentation> m_presentation;
 };
 
 } // namespace OV::RenderApp

@@ -2,10 +2,20 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
+#include <cstddef>
 #include <iostream>
 
 namespace OV::RenderApp
 {
+
+namespace
+{
+
+/// So many warnings of the import tell enough.
+constexpr std::size_t MostWarnings = 5;
+
+} // namespace
 
 void PrintLine(const std::string& text)
 {
@@ -19,6 +29,18 @@ void PrintLine(const std::string& text)
         }
     }
     std::cerr << line + "\n" << std::flush;
+}
+
+void PrintWarnings(const std::vector<std::string>& warnings, const std::string& file)
+{
+    for (std::size_t i = 0; i < std::min(warnings.size(), MostWarnings); ++i)
+    {
+        PrintLine("warning: " + file + ": " + warnings[i]);
+    }
+    if (warnings.size() > MostWarnings)
+    {
+        PrintLine("warning: " + file + ": and " + std::to_string(warnings.size() - MostWarnings) + " more");
+    }
 }
 
 std::string ToText(const nlohmann::ordered_json& json)

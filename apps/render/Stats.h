@@ -1,10 +1,9 @@
 #pragma once
 
-#include "orvane_host/present/DrawCounts.h"
+#include "orvane_host/present/Presentation.h"
 
 #include <nlohmann/json_fwd.hpp>
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -19,10 +18,7 @@ struct Stats
     /// One entry a frame; the first one includes the packing.
     std::vector<double> frames;
 
-    std::uint64_t nodes = 0;
-    std::uint64_t meshes = 0;
-    std::uint64_t triangles = 0;
-    Host::DrawCounts drawn;
+    Host::PresentationStatistics presented;
 
     int width = 0;
     int height = 0;

@@ -236,6 +236,7 @@ private:
     friend class EffectReferencePlaceholder;
 
     void RegisterProgram(unsigned int program, const std::string& name);
+    void AbandonProgram(unsigned int program);
     void SetVectors(int index, int count, const std::vector<glm::vec3>& vectors);
 
     // How many of the references belong to placeholders.

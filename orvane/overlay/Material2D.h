@@ -8,6 +8,9 @@ namespace OV
 
 /// Colour of flat things, with a texture from a file, of raw pixels, or of a text that is
 /// drawn when the material first is.
+///
+/// What it inherits of colours is not read: SetDiffuse and SetOpacity change nothing that is
+/// seen. A colour is set in the field color, a text's with Text::SetColor.
 class ORVANE_API Material2D : public Material
 {
 public:

@@ -4,6 +4,7 @@
 #include "orvane/math/Transform.h"
 #include "orvane/math/Vector.h"
 #include "orvane/overlay/Material2D.h"
+#include "orvane/overlay/Shape2D.h"
 #include "orvane/overlay/Shape2DNode.h"
 #include "orvane/overlay/Sprite.h"
 #include "orvane/overlay/Text.h"
@@ -11,6 +12,7 @@
 #include "orvane/scene/LineStyle.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
+#include "orvane/scene/NodeType.h"
 
 #include <algorithm>
 #include <cmath>
@@ -77,7 +79,8 @@ Scene2D::~Scene2D()
 
 bool Scene2D::DrawOrder::operator<(const DrawOrder& other) const
 {
-    return std::tie(z, localZ, sortID, place) < std::tie(other.z, other.localZ, other.sortID, other.place);
+    return std::tie(z, localZ, mesh, sprite, sortID, place) <
+           std::tie(other.z, other.localZ, other.mesh, other.sprite, other.sortID, other.place);
 }
 
 void Scene2D::Clear()
@@ -186,20 +189,26 @@ void Scene2D::ProcessZOrderedDrawItems()
 
     nearZ = std::numeric_limits<float>::max();
     farZ = -std::numeric_limits<float>::max();
-    root->UpdateCulling(nearZ, farZ);
+    if (root)
+    {
+        root->UpdateCulling(nearZ, farZ);
+    }
 }
 
 void Scene2D::SortDrawItems()
 {
     m_drawOrder.clear();
-    for (AlphaMeshNode* item : zOrderedDrawItems)
+    for (AlphaMeshNode* item : GetZOrderedDrawItems())
     {
+        const std::uint64_t sortID = item->mesh->GetSortID();
+        const bool isShape = item->mesh->HasType(NodeTypeShape2D);
+        const Shape2D::Age age = isShape ? static_cast<const Shape2D*>(item->mesh)->m_age : Shape2D::Age{sortID, 0};
         const Vector& localCenter = item->mesh->GetSphere().center;
         Vector center;
         center.Multiply(item->node->GetGlobal(), localCenter);
         item->z = center.z;
         m_drawOrder.push_back(
-            {Sortable(center.z), Sortable(localCenter.z), item->mesh->GetSortID(), m_drawOrder.size(), item});
+            {Sortable(center.z), Sortable(localCenter.z), age.mesh, age.sprite, sortID, m_drawOrder.size(), item});
     }
     std::sort(m_drawOrder.begin(), m_drawOrder.end());
     for (std::size_t i = 0; i < m_drawOrder.size(); ++i)

@@ -205,10 +205,7 @@ void Shape2DNode::UpdateCulling(float& nearValue, float& farValue)
             ClearFlags(NodeFlagCulled, false);
         }
     }
-    for (Node* child : children)
-    {
-        child->UpdateCulling(nearValue, farValue);
-    }
+    Node::UpdateCulling(nearValue, farValue);
 }
 
 int Shape2DNode::Type() const

@@ -3,9 +3,11 @@
 #include "orvane/base/GLCheckpoint.h"
 #include "orvane/imaging/Image.h"
 #include "orvane/imaging/ImageCodec.h"
+#include "orvane/imaging/TextureHeir.h"
 #include "orvane/imaging/detail/TextRasterizer.h"
 #include "orvane/platform/detail/EntryPoints.h"
 #include "orvane/platform/detail/GLString.h"
+#include "orvane/platform/detail/PixelTransferScope.h"
 
 #include <GL/glew.h>
 
@@ -23,22 +25,9 @@ bool IsPowerOfTwo(int number)
     return number > 0 && (number & (number - 1)) == 0;
 }
 
-// A host may have left its own layout of pixels behind.
-void PrepareUnpacking()
-{
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
-    glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
-    glPixelStorei(GL_UNPACK_SKIP_ROWS, 0);
-    glPixelStorei(GL_UNPACK_SKIP_PIXELS, 0);
-    if (GLEW_VERSION_2_1)
-    {
-        glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
-    }
-}
-
 void UploadLevel0(GLenum target, int width, int height, const unsigned char* pixels)
 {
-    PrepareUnpacking();
+    const PixelTransferScope scope(PixelTransferScope::Direction::Upload);
     glTexImage2D(target, 0, GL_RGBA, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE, pixels);
     OV_GL_CHECKPOINT();
 }
@@ -70,9 +59,45 @@ std::unique_ptr<Image> LoadPicture(const FilePath& path, const std::string& name
 
 }  // namespace
 
-ESTextureLoader::ESTextureLoader() = default;
+/// Gives textures back by the counts of users that the loader left.
+class ESTextureLoader::Heir : public TextureHeir
+{
+public:
+    void Release(unsigned int id) override { ReleaseFrom(cache, id); }
 
-ESTextureLoader::~ESTextureLoader() = default;
+    /// Deletes the texture with its last user, and at once one that is not shared.
+    static void ReleaseFrom(Cache& cache, unsigned int id)
+    {
+        const auto found = std::find_if(cache.begin(), cache.end(),
+                                        [id](const auto& entry) { return entry.second->textureId == id; });
+        if (found != cache.end())
+        {
+            if (found->second->refCount > 1)
+            {
+                --found->second->refCount;
+                return;
+            }
+            cache.erase(found);
+        }
+        const GLuint texture = id;
+        glDeleteTextures(1, &texture);
+        OV_GL_CHECKPOINT();
+    }
+
+    Cache cache;
+};
+
+ESTextureLoader::ESTextureLoader() :
+    m_heir(std::make_shared<Heir>())
+{
+    SetHeir(m_heir);
+}
+
+// Handed over as it is: an end that takes memory could fail.
+ESTextureLoader::~ESTextureLoader()
+{
+    m_heir->cache = std::move(cache);
+}
 
 void ESTextureLoader::CheckExtensions()
 {
@@ -165,8 +190,25 @@ unsigned int ESTextureLoader::CreateTextTexture(const std::string& fontName, int
     const auto found = cache.find(key);
     if (found == cache.end())
     {
-        const std::unique_ptr<Image> image(detail::RasterizeText(fontName, fontSize, text, maxWidth));
-        return image ? AddTextTexture(key, *image, width, height, textureWidth, textureHeight) : 0;
+        if (!LoadEntryPoints())
+        {
+            return 0;
+        }
+        GLint largest = 0;
+        glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largest);
+        const std::unique_ptr<Image> image(detail::RasterizeText(fontName, fontSize, text, maxWidth, largest));
+        if (!image)
+        {
+            return 0;
+        }
+        width = image->width;
+        height = image->height;
+        if (height + 1 >= largest)
+        {
+            // Lines may have been left out; the text is as high as if they were there.
+            detail::MeasureText(fontName, fontSize, text, maxWidth, width, height);
+        }
+        return AddTextTexture(key, *image, width, height, textureWidth, textureHeight);
     }
     CacheRecord& record = *found->second;
     width = record.width;
@@ -177,15 +219,11 @@ unsigned int ESTextureLoader::CreateTextTexture(const std::string& fontName, int
     return record.textureId;
 }
 
-unsigned int ESTextureLoader::AddTextTexture(const TextureIndex& key, Image& image, int& width, int& height,
+unsigned int ESTextureLoader::AddTextTexture(const TextureIndex& key, Image& image, int width, int height,
                                              int& textureWidth, int& textureHeight)
 {
-    if (!LoadEntryPoints())
-    {
-        return 0;
-    }
-    width = textureWidth = image.width;
-    height = textureHeight = image.height;
+    textureWidth = image.width;
+    textureHeight = image.height;
 
     auto record = std::make_unique<CacheRecord>();
     record->textureId = GenerateTexture();
@@ -196,6 +234,11 @@ unsigned int ESTextureLoader::AddTextTexture(const TextureIndex& key, Image& ima
     glBindTexture(GL_TEXTURE_2D, record->textureId);
     SetParameter(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
     SetParameter(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
+    if (textureHeight < height)
+    {
+        // The empty last row stands for the lines that were left out.
+        SetParameter(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+    }
     UploadLevel0(GL_TEXTURE_2D, textureWidth, textureHeight, image.data);
     glBindTexture(GL_TEXTURE_2D, 0);
 
@@ -230,7 +273,7 @@ unsigned int ESTextureLoader::CreateMipMapTexture(const FilePath& path, const st
         }
         else
         {
-            PrepareUnpacking();
+            const PixelTransferScope scope(PixelTransferScope::Direction::Upload);
             glTexSubImage2D(GL_TEXTURE_2D, static_cast<GLint>(i), 0, 0, image->width, image->height, GL_RGBA,
                             GL_UNSIGNED_BYTE, image->data);
         }
@@ -283,20 +326,7 @@ unsigned int ESTextureLoader::CreateCubeMap(const FilePath& path, const std::vec
 
 bool ESTextureLoader::ReleaseTexture(unsigned int id)
 {
-    const auto found =
-        std::find_if(cache.begin(), cache.end(), [id](const auto& entry) { return entry.second->textureId == id; });
-    if (found != cache.end())
-    {
-        if (found->second->refCount > 1)
-        {
-            --found->second->refCount;
-            return true;
-        }
-        cache.erase(found);
-    }
-    const GLuint texture = id;
-    glDeleteTextures(1, &texture);
-    OV_GL_CHECKPOINT();
+    Heir::ReleaseFrom(cache, id);
     return true;
 }
 

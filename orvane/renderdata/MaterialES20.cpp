@@ -19,6 +19,7 @@
 #include <GL/glew.h>
 
 #include <cstdlib>
+#include <typeinfo>
 #include <utility>
 
 namespace OV
@@ -119,6 +120,17 @@ bool IsNodeMaterial(Material& material)
     return material.HasType(NodeTypeNodeMaterial);
 }
 
+/// Null for what is none, as a host may have put into the slot. The cast, which searches the
+/// classes, is for what derives.
+MeshES20* AsMeshData(Object* data)
+{
+    if (data && typeid(*data) == typeid(MeshES20))
+    {
+        return static_cast<MeshES20*>(data);
+    }
+    return dynamic_cast<MeshES20*>(data);
+}
+
 } // namespace
 
 MaterialES20::MaterialES20(Material* sceneMaterial, TextureLoader* loader, SharedBufferPool* pool,
@@ -127,12 +139,22 @@ MaterialES20::MaterialES20(Material* sceneMaterial, TextureLoader* loader, Share
     textureLoader(loader), bufferPool(pool), effectCache(cache)
 {
     WatchCache();
-    LoadTextures();
-    TakeEffects();
     materialUScale = material->uScale;
     materialVScale = material->vScale;
-    uScale *= materialUScale;
-    vScale *= materialVScale;
+    try
+    {
+        LoadTextures();
+        TakeEffects();
+    }
+    catch (...)
+    {
+        // The destructor does not run for what was never finished.
+        ReleaseTextures();
+        ReleaseEffects();
+        throw;
+    }
+    uScale *= material->uScale;
+    vScale *= material->vScale;
 }
 
 MaterialES20::MaterialES20(const MaterialES20& other) :
@@ -396,13 +418,14 @@ void MaterialES20::CreateMeshES20(Mesh* mesh)
 
 MeshES20* MaterialES20::MeshDataOf(Mesh* mesh)
 {
-    auto* meshData = static_cast<MeshES20*>(mesh->GetRenderData());
-    if (!meshData || !meshData->pool)
+    Object* const data = mesh->GetRenderData();
+    MeshES20* const meshData = AsMeshData(data);
+    if ((data && !meshData) || (meshData && meshData->pool))
     {
-        CreateMeshES20(mesh);
-        meshData = static_cast<MeshES20*>(mesh->GetRenderData());
+        return meshData;
     }
-    return meshData;
+    CreateMeshES20(mesh);
+    return AsMeshData(mesh->GetRenderData());
 }
 
 void MaterialES20::TakeEffects()
@@ -532,6 +555,11 @@ void MaterialES20::LoadText(Material2D& flat)
                                                 height, flat.textureWidth, flat.textureHeight);
     });
     flat.hasAlpha = true;
+    if (flat.textureHeight > 0 && flat.textureHeight < height)
+    {
+        // The texture ends where the driver's limit is, and the shape goes on below it.
+        materialVScale *= static_cast<float>(flat.textureHeight) / static_cast<float>(height);
+    }
 }
 
 void MaterialES20::LoadSurfaceTextures()
@@ -578,9 +606,9 @@ void MaterialES20::ReleaseTextures()
 {
     for (unsigned int* id : {&textureId, &normalMapId, &opacityMapId})
     {
-        if (*id != 0 && textureLoader)
+        if (*id != 0)
         {
-            textureLoader->ReleaseTexture(*id);
+            textureLoader.Release(*id);
         }
         *id = 0;
     }

@@ -2,6 +2,7 @@
 
 #include "orvane/Export.h"
 #include "orvane/base/WatchedPtr.h"
+#include "orvane/imaging/TextureLoaderPtr.h"
 #include "orvane/renderdata/MeshStyleES20.h"
 #include "orvane/renderdata/RenderItemES20.h"
 
@@ -88,7 +89,7 @@ public:
     bool IsConnected() const { return bufferPool && effectCache; }
 
     Material* material = nullptr;            ///< not owned
-    WatchedPtr<TextureLoader> textureLoader; ///< not owned; reads null once it is gone
+    TextureLoaderPtr textureLoader; ///< not owned; reads null once it is gone
     WatchedPtr<SharedBufferPool> bufferPool; ///< likewise
     unsigned int textureId = 0;
     unsigned int normalMapId = 0;

@@ -13,6 +13,7 @@
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/renderdata/detail/Prefetch.h"
 #include "orvane/renderer/detail/BorrowedVector.h"
+#include "orvane/renderer/detail/FrameState.h"
 #include "orvane/scene/AlphaMeshNode.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/LineStyle.h"
@@ -117,7 +118,7 @@ void PrefetchAhead(const std::vector<RenderItemES20>& items, std::size_t current
     Detail::PrefetchHead(items[current + forMesh].mesh);
 
     const Mesh& mesh = *items[current + forItsParts].mesh;
-    Detail::PrefetchEnd(mesh.GetRawMesh().get());
+    Detail::PrefetchHead(mesh.GetRawMesh().get());
     Detail::PrefetchBegin(mesh.GetNodes().data());
 
     const RenderItemES20& item = items[current + forDataAndNode];
@@ -225,6 +226,8 @@ void Renderer20::BeginRender(bool capture, Color const& color)
         const bool multisampled = aaMode == AAModeMSAA && msaaBuffersReady && capture;
         glBindFramebuffer(GL_FRAMEBUFFER, multisampled ? msaaFramebuffer : onScreenFramebuffer);
     }
+    Detail::SetFrameState();
+    RestoreViewport();
     glClearColor(color.r, color.g, color.b, color.a);
     Clear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
     // As Render3D leaves them: a layer drawn first takes them over, and the first frame has to
@@ -308,6 +311,11 @@ void Renderer20::DrawItems(CameraNodeES20* cameraData, std::vector<RenderItemES2
     bufferPool.GenerateVBOs();
     RenderItemList(cameraData, items, RenderPassDefault);
     MeshES20::ResetBufferCache();
+    if (!items.empty())
+    {
+        // Lines leave it on.
+        glDisable(GL_BLEND);
+    }
 }
 
 void Renderer20::RenderItemList(CameraNodeES20* cameraData, std::vector<RenderItemES20> const& items,
@@ -412,6 +420,20 @@ MaterialES20* Renderer20::MaterialDataOf(Material& material)
     return data;
 }
 
+void Renderer20::RestoreViewport() const
+{
+    if (width <= 0 || height <= 0)
+    {
+        return;
+    }
+    GLint viewport[4] = {0, 0, 0, 0};
+    glGetIntegerv(GL_VIEWPORT, viewport);
+    if (viewport[0] != 0 || viewport[1] != 0 || viewport[2] != width || viewport[3] != height)
+    {
+        glViewport(0, 0, width, height);
+    }
+}
+
 void Renderer20::Clear(unsigned int mask)
 {
     glDepthMask(GL_TRUE);
@@ -420,7 +442,19 @@ void Renderer20::Clear(unsigned int mask)
 
 int Renderer20::ToPoints(int pixels) const
 {
-    return static_cast<int>(static_cast<float>(pixels) * GetPxToPtScale());
+    return Scaled(pixels, 1.0f / UsableRatio());
+}
+
+float Renderer20::UsableRatio() const
+{
+    return std::isfinite(devicePixelRatio) && devicePixelRatio > 0.0f ? devicePixelRatio : 1.0f;
+}
+
+int Renderer20::Scaled(int number, float factor)
+{
+    const float scaled = static_cast<float>(number) * factor;
+    constexpr float end = 2147483648.0f;
+    return scaled > -end && scaled < end ? static_cast<int>(scaled) : number;
 }
 
 void Renderer20::Suspend()

@@ -37,7 +37,9 @@ class RenderCapabilities;
 /// two threads.
 ///
 /// Each pass sets what it depends on, so that a frame does not depend on the one before:
-/// depth writes are on for every clear, and blending is off when a pass begins.
+/// depth writes are on for every clear, and blending is off when a pass begins and when it ends.
+/// What a host's own GL may have changed between two frames, and what it has to leave alone,
+/// stands in the README under "GL state".
 class ORVANE_API Renderer20 : public Renderer
 {
 public:
@@ -51,8 +53,8 @@ public:
     /// are still alive. Render data on scene objects stays and becomes inert.
     ~Renderer20() override;
 
-    /// Sets the size of the screen in pixels and the viewport. GL. A capture keeps its size
-    /// until its buffers are cleared.
+    /// Sets the size of the screen in pixels and the viewport, to which every frame comes back.
+    /// GL. A capture keeps its size until its buffers are cleared.
     void Resize(int width, int height) override;
 
     /// Resizes, clears the capture buffers, and names what counts as the screen. GL. The scale
@@ -110,7 +112,9 @@ public:
 
     float GetDevicePixelRatio() const { return devicePixelRatio; }
 
-    /// Sets the pixels per point. Only matrices and the size of a capture follow it.
+    /// Sets the pixels per point. Only matrices and the size of a capture follow it: a layer,
+    /// which counts in points, shows its texts and shapes so many times as large in pixels. One
+    /// that is not finite or not above 0 counts as 1 wherever pixels are counted.
     void SetDevicePixelRatio(float ratio) { devicePixelRatio = ratio; }
 
     /// 1 / device pixel ratio.
@@ -119,7 +123,9 @@ public:
     AAMode GetAAMode() const { return aaMode; }
 
     /// Changes the mode: settles the device pixel ratio for it (AAModeSupersampling raises a
-    /// ratio of at most 1 to 2, the others set 1), then suspends and resumes. GL.
+    /// ratio of at most 1 to 2, the others set 1), then suspends and resumes. GL. Where the ratio
+    /// changes so does the size of what the layers show: with supersampling on a plain screen
+    /// texts come out twice as large, unless the host gives them half the size and place.
     /// @return false, with nothing changed, if the mode is in force already.
     bool SetAAMode(AAMode mode);
 
@@ -198,6 +204,15 @@ private:
     void DrawItems(CameraNodeES20* cameraData, std::vector<RenderItemES20> const& items);
     int ToPoints(int pixels) const;
 
+    /// The device pixel ratio, or 1 for one that is no such thing.
+    float UsableRatio() const;
+
+    /// Truncated; the number itself where the result would not be an int.
+    static int Scaled(int number, float factor);
+
+    /// Brings back the viewport of Resize where the host has set another one since.
+    void RestoreViewport() const;
+
     /// glClear with depth writes on: with them off, as a pass before may have left them, the
     /// depth buffer would keep its contents.
     static void Clear(unsigned int mask);
@@ -206,6 +221,7 @@ private:
     void RepairDepthAttachments();
     void FetchScreenEffect();
     void ReleaseScreenEffect();
+    void DropScreenMesh();
     void DrawScreenMesh();
 
     // Kept for their capacity: a steady frame allocates nothing.

@@ -66,7 +66,10 @@ public:
         return diffuse;
     }
 
-    /// Alpha, which is the opacity, is replaced too.
+    /// Alpha, which is the opacity, is replaced too. In the plain renderer this is the share of
+    /// the scene's lights; the ambient colour, white unless it is set, is added to it, so that a
+    /// material with only a diffuse colour comes out white. Set the ambient colour with it: to a
+    /// part of the same colour, or to black. Not read by Material2D.
     void SetDiffuse(const Color& color)
     {
         diffuse = color;

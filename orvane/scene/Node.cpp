@@ -3,8 +3,44 @@
 #include "orvane/scene/Scene.h"
 #include "orvane/scene/detail/OwnedObject.h"
 
+#include <iterator>
+
 namespace OV
 {
+
+namespace
+{
+
+/// Below this many levels the tree is walked without recursion: it may be deeper than the stack.
+/// What a derived class does after the walk of its base finds everything below it done down to
+/// there alone.
+constexpr unsigned int kDeepestRecursion = 256;
+
+/// Gives a value back when the scope ends, by an exception too.
+template <class T>
+class Restored
+{
+public:
+    explicit Restored(T& value) :
+        m_value(value),
+        m_before(value)
+    {
+    }
+
+    Restored(const Restored&) = delete;
+    Restored& operator=(const Restored&) = delete;
+
+    ~Restored()
+    {
+        m_value = m_before;
+    }
+
+private:
+    T& m_value;
+    T m_before;
+};
+
+} // namespace
 
 Node::Node(Scene* ownScene) :
     scene(ownScene)
@@ -49,12 +85,8 @@ void Node::SetGlobal(const Transform& t)
     }
     global = t;
     globalNormalsDirty = true;
-    if (m_isMatrixAhead)
-    {
-        // As if the walk had left the conversion to GetGlobalMatrix.
-        globalMatrixDirty = true;
-        m_isMatrixAhead = false;
-    }
+    // What the walk converted is out of date now. A flag that is down stays down: that is meant.
+    globalMatrixDirty = static_cast<bool>(globalMatrixDirty);
     local.Multiply(toParent, global);
     MarkMoved();
 }
@@ -88,30 +120,75 @@ void Node::UpdateGraph()
             // At once, while the transform is in the cache: to come back for it makes 10,000
             // moving nodes a third slower.
             global.ExtractMatrix(*globalMatrix, true);
-            globalMatrixDirty = false;
-            m_isMatrixAhead = true;
+            globalMatrixDirty.m_state = MatrixFlag::UpAhead;
         }
     }
-    for (Node* child : children)
-    {
-        child->UpdateGraph();
-    }
+    WalkChildren(TreeWalkUpdate, [](Node* child) { child->UpdateGraph(); });
 }
 
 void Node::UpdateCulling(float& nearValue, float& farValue)
 {
-    for (Node* child : children)
-    {
-        child->UpdateCulling(nearValue, farValue);
-    }
+    WalkChildren(TreeWalkCulling, [&](Node* child) { child->UpdateCulling(nearValue, farValue); });
 }
 
 void Node::ComputeBoundingBox(Vector& boxMin, Vector& boxMax)
 {
-    for (Node* child : children)
+    WalkChildren(TreeWalkBox, [&](Node* child) { child->ComputeBoundingBox(boxMin, boxMax); });
+}
+
+template <class Visit>
+void Node::WalkChildren(TreeWalk walk, Visit visit)
+{
+    if (children.empty())
     {
-        child->ComputeBoundingBox(boxMin, boxMax);
+        return;
     }
+    thread_local Scene::TreeWalks walksWithoutScene;
+    Scene::TreeWalks& walks = scene ? scene->m_treeWalks : walksWithoutScene;
+    static_assert(std::size(Scene::TreeWalks().visited) == TreeWalkCount);
+    const Node*& visited = walks.visited[walk];
+    if (visited == this)
+    {
+        // The walk that asked goes on below this node.
+        visited = nullptr;
+        return;
+    }
+    if (walks.depth < kDeepestRecursion)
+    {
+        const Restored<unsigned int> depth(walks.depth);
+        ++walks.depth;
+        for (Node* child : children)
+        {
+            visit(child);
+        }
+        return;
+    }
+    const Restored<const Node*> before(visited);
+    for (Node* node = children.front(); node;)
+    {
+        visited = node;
+        visit(node);
+        // A derived class that did not call its base keeps the walk from going on below.
+        const bool goesOn = !visited;
+        node = NextInTree(node, this, goesOn);
+    }
+}
+
+Node* Node::NextInTree(const Node* node, const Node* top, bool intoChildren)
+{
+    if (intoChildren && !node->children.empty())
+    {
+        return node->children.front();
+    }
+    for (; node != top && node->parent; node = node->parent)
+    {
+        const auto next = std::next(node->m_entry);
+        if (next != node->parent->children.end())
+        {
+            return *next;
+        }
+    }
+    return nullptr;
 }
 
 void Node::ComputeCenter(Vector& out)
@@ -141,10 +218,13 @@ void Node::AddChild(Node* child, bool keepGlobal)
     }
     if (child->parent)
     {
-        child->parent->RemoveChild(child);
+        children.splice(children.end(), child->parent->children, child->m_entry);
+    }
+    else
+    {
+        child->m_entry = children.insert(children.end(), child);
     }
     child->parent = this;
-    children.push_back(child);
     if (keepGlobal)
     {
         child->SetGlobal(child->global);
@@ -157,7 +237,7 @@ void Node::RemoveChild(Node* child)
     {
         return;
     }
-    children.remove(child);
+    children.erase(child->m_entry);
     child->parent = nullptr;
 }
 
@@ -172,10 +252,12 @@ Matrix* Node::UpdateGlobalMatrix()
     }
     else if (globalMatrixDirty)
     {
-        global.ExtractMatrix(*globalMatrix, true);
+        if (globalMatrixDirty.m_state != MatrixFlag::UpAhead)
+        {
+            global.ExtractMatrix(*globalMatrix, true);
+        }
         globalMatrixDirty = false;
     }
-    m_isMatrixAhead = false;
     return globalMatrix.get();
 }
 
@@ -198,11 +280,20 @@ void Node::SetAnimationData(Object* data)
 
 bool Node::IsSameOrAbove(const Node* other) const
 {
-    while (other && other != this)
+    // Upward from the other and through what is below this one, by turns: whichever ends first
+    // has the answer, so that a deep tree can be put together of small ones or of large ones.
+    const Node* above = other;
+    const Node* below = this;
+    while (above && below)
     {
-        other = other->parent;
+        if (above == this || below == other)
+        {
+            return true;
+        }
+        above = above->parent;
+        below = NextInTree(below, this, true);
     }
-    return other == this;
+    return false;
 }
 
 void Node::MarkMoved()

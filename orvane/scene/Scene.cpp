@@ -9,7 +9,9 @@
 #include "orvane/scene/detail/Erase.h"
 #include "orvane/scene/detail/Subtree.h"
 
+#include <new>
 #include <utility>
+#include <vector>
 
 namespace OV
 {
@@ -29,6 +31,44 @@ T* FindByName(const std::vector<T*>& list, const std::string& name)
         }
     }
     return nullptr;
+}
+
+/// Deletes a node that has no parent, and everything below it, without any memory: children
+/// before their parent.
+void DeleteNodesFromBelow(Node* top)
+{
+    for (Node* node = top; node;)
+    {
+        if (!node->GetChildren().empty())
+        {
+            node = node->GetChildren().front();
+            continue;
+        }
+        Node* const next = node == top ? nullptr : node->GetParent();
+        delete node;
+        node = next;
+    }
+}
+
+/// Deletes a node that has no parent, and everything below it, a node before its children.
+void DeleteNodes(Node* top)
+{
+    std::vector<Node*> subtree;
+    try
+    {
+        subtree = detail::CollectSubtree(top);
+    }
+    catch (const std::bad_alloc&)
+    {
+        // The end of a scene must not be the end of the process.
+        DeleteNodesFromBelow(top);
+        return;
+    }
+    // Each node leaves its node materials and clears its children's parent as it dies.
+    for (Node* dying : subtree)
+    {
+        delete dying;
+    }
 }
 
 } // namespace
@@ -60,8 +100,20 @@ void Scene::Initialize()
 
 void Scene::Cleanup()
 {
-    // First, so that no dying node or mesh has to look for its items.
-    ClearDrawItems();
+    // First, so that no dying node or mesh has to look for its items. None is kept for later: that
+    // would take memory, and an end that runs out of it ends the process.
+    for (DrawItemLink& link : m_drawItemLinks)
+    {
+        if (link.item)
+        {
+            UnlinkDrawItem(link);
+        }
+    }
+    m_drawItemLinks.clear();
+    for (AlphaMeshNode* item : std::exchange(zOrderedDrawItems, {}))
+    {
+        delete item;
+    }
     DeleteSubtree(root);
 
     for (Mesh* mesh : std::exchange(meshes, {}))
@@ -108,11 +160,7 @@ void Scene::DeleteSubtree(Node* node)
         {
             node->parent->RemoveChild(node);
         }
-        // Each node leaves its node materials and clears its children's parent as it dies.
-        for (Node* dying : detail::CollectSubtree(node))
-        {
-            delete dying;
-        }
+        DeleteNodes(node);
     }
     MarkDirty();
 }
@@ -385,6 +433,13 @@ void Scene::Unregister(Node* node)
     if (root == node)
     {
         root = nullptr;
+    }
+    for (const Node*& visited : m_treeWalks.visited)
+    {
+        if (visited == node)
+        {
+            visited = nullptr;
+        }
     }
 }
 

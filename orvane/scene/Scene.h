@@ -3,6 +3,7 @@
 #include "orvane/Export.h"
 #include "orvane/scene/AlphaMeshNode.h"
 
+#include <cstddef>
 #include <memory>
 #include <set>
 #include <string>
@@ -21,12 +22,29 @@ class Mesh;
 class MeshNode;
 class Node;
 class Vector;
+struct DrawItemPlace;
 
 /// The 3D world: a tree of nodes, and the materials, meshes, lines and line styles in it.
 ///
 /// The scene owns what is in it and deletes it at Clear and at its end; what leaves through a
 /// Remove operation belongs to the caller. It is the clock of the nodes, by the update ID, and
 /// knows whether anything changed since the last frame, by the dirty flag.
+///
+/// A clean scene is neither walked nor, where the host goes by AppContext::Update, drawn anew.
+///
+/// | marks the scene dirty                            | does not: the host calls MarkDirty         |
+/// |--------------------------------------------------|--------------------------------------------|
+/// | SetLocal, SetGlobal, AddChild that keeps globals | AddChild that does not, RemoveChild        |
+/// | DeleteSubtree, Clear                             | deletion of a node by itself               |
+/// | meshes, lines and lights made or gone            | AddNode, RemoveNode, flags and draw IDs    |
+/// | materials and line styles added or removed,      | AddMesh, RemoveMesh, and any value of a    |
+/// | ProcessChangedMaterial                           | material, light, line style or geometry    |
+/// | nodes of a NodeMaterial                          | the node of a NodeLineStyle                |
+/// | Show, Resume, a texture still to come            | EnableLights, SetCamera, OverrideViewport  |
+/// | setters of Sprite and Text, moves of a Shape2D   | values of a Material2D, UpdateToClipRegion |
+///
+/// Taking a node out by RemoveChild and putting it back by AddChild(child, false) is thus seen by
+/// nobody: call MarkDirty after each.
 class ORVANE_API Scene
 {
 public:
@@ -79,6 +97,7 @@ public:
     /// round.
     virtual void GetBoundingBox(Vector& boxMin, Vector& boxMax);
 
+    /// Kept for the host; the engine does not read it.
     bool IsVisible() const
     {
         return visible;
@@ -189,8 +208,15 @@ public:
     }
 
     /// The scene's own; an item leaves the list when its node or mesh dies.
+    ///
+    /// Ask again after that: in a list of several hundred such an item stays, with null for node
+    /// and mesh, until the next call takes it out.
     const std::vector<AlphaMeshNode*>& GetZOrderedDrawItems() const
     {
+        if (m_hasGoneDrawItems)
+        {
+            DropGoneDrawItems();
+        }
         return zOrderedDrawItems;
     }
 
@@ -264,7 +290,8 @@ protected:
     std::vector<LineStyle*> lineStyles;
     std::set<Line*> lines;
     /// A derived class may reorder the items and write their z, but not add or remove any.
-    std::vector<AlphaMeshNode*> zOrderedDrawItems;
+    /// Outside ProcessZOrderedDrawItems it reads them through GetZOrderedDrawItems.
+    mutable std::vector<AlphaMeshNode*> zOrderedDrawItems;
     std::vector<LightNode*> lights;
     bool unitScaling = true;
     float conversionFactor = 1.0f;
@@ -293,19 +320,42 @@ private:
     /// Clears the back pointer of a mesh or line that is in no registry of this scene.
     void ReleaseMesh(Mesh* mesh);
 
+    /// How node and mesh of a draw item find it, and it them. Its number is its place among
+    /// the links; the list of items may have any order.
+    struct DrawItemLink
+    {
+        /// Null once node or mesh are gone.
+        AlphaMeshNode* item;
+        MeshNode* node;
+        Mesh* mesh;
+        /// Its places in the lists of the two.
+        std::size_t placeAtNode;
+        std::size_t placeAtMesh;
+    };
+
+    /// How far the walks of the tree have come, for Node.
+    struct TreeWalks
+    {
+        unsigned int depth = 0;
+        /// The node that a walk without recursion is at, one for each kind of walk.
+        const Node* visited[3] = {};
+    };
+
     void AppendDrawItem(MeshNode* node, Mesh* mesh);
 
-    /// Makes node and mesh forget an item, which the caller takes out of the list.
-    void ForgetDrawItem(const AlphaMeshNode& item);
+    /// Makes node and mesh forget an item, and the item them. It stays in the list.
+    void UnlinkDrawItem(DrawItemLink& link);
 
-    void RemoveDrawItemsOf(MeshNode* node);
-    void RemoveDrawItemsOf(Mesh* mesh);
-    template <class Predicate>
-    void RemoveDrawItems(Predicate isGone);
+    /// Takes out all items of a node or mesh that dies, of whatever scene.
+    static void RemoveDrawItemsOf(std::vector<DrawItemPlace>& places);
+    void DropGoneDrawItems() const;
     void ClearDrawItems();
 
     /// Head of the list of all nodes of this scene, attached or not.
     Node* m_firstNode = nullptr;
+    TreeWalks m_treeWalks;
+    std::vector<DrawItemLink> m_drawItemLinks;
+    mutable bool m_hasGoneDrawItems = false;
     /// Draw items out of use, so that filling the list anew allocates nothing.
     std::vector<std::unique_ptr<AlphaMeshNode>> m_spareDrawItems;
 };

@@ -9,7 +9,9 @@
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/Scene.h"
 #include "orvane/scene/detail/Box.h"
+#include "orvane/scene/detail/DrawItemPlace.h"
 #include "orvane/scene/detail/Erase.h"
+#include "orvane/scene/detail/MeshNodeLinks.h"
 #include "orvane/scene/detail/Subtree.h"
 
 #include <algorithm>
@@ -49,6 +51,10 @@ void Scene::UpdateGraph(float width, float height)
         {
             root->UpdateGraph();
         }
+        if (m_hasGoneDrawItems)
+        {
+            DropGoneDrawItems();
+        }
         ProcessZOrderedDrawItems();
     }
     ++updateID;
@@ -63,7 +69,7 @@ void Scene::ProcessZOrderedDrawItems()
         return;
     }
     const Transform toCamera = camera->GetInvTransform();
-    for (AlphaMeshNode* item : zOrderedDrawItems)
+    for (AlphaMeshNode* item : GetZOrderedDrawItems())
     {
         Vector center;
         center.Multiply(item->node->GetGlobal(), item->mesh->GetSphere().center);
@@ -101,56 +107,82 @@ void Scene::AppendDrawItem(MeshNode* node, Mesh* mesh)
         m_spareDrawItems.pop_back();
     }
     *item = {node, mesh, 0.0f};
-    node->m_drawLists.push_back(this);
-    mesh->m_drawLists.push_back(this);
+    std::vector<DrawItemPlace>& ofNode = node->MakeLinks().drawItems;
+    std::vector<DrawItemPlace>& ofMesh = mesh->m_drawItems;
+    const DrawItemPlace place{this, m_drawItemLinks.size()};
+    m_drawItemLinks.push_back({item.get(), node, mesh, ofNode.size(), ofMesh.size()});
+    ofNode.push_back(place);
+    ofMesh.push_back(place);
     zOrderedDrawItems.push_back(item.release());
 }
 
-void Scene::ForgetDrawItem(const AlphaMeshNode& item)
+void Scene::UnlinkDrawItem(DrawItemLink& link)
 {
-    detail::EraseAny(item.node->m_drawLists, this);
-    detail::EraseAny(item.mesh->m_drawLists, this);
+    // The last place of each list takes that of the one which leaves.
+    std::vector<DrawItemPlace>& ofNode = link.node->m_links->drawItems;
+    const DrawItemPlace lastOfNode = ofNode.back();
+    ofNode[link.placeAtNode] = lastOfNode;
+    lastOfNode.scene->m_drawItemLinks[lastOfNode.number].placeAtNode = link.placeAtNode;
+    ofNode.pop_back();
+
+    std::vector<DrawItemPlace>& ofMesh = link.mesh->m_drawItems;
+    const DrawItemPlace lastOfMesh = ofMesh.back();
+    ofMesh[link.placeAtMesh] = lastOfMesh;
+    lastOfMesh.scene->m_drawItemLinks[lastOfMesh.number].placeAtMesh = link.placeAtMesh;
+    ofMesh.pop_back();
+
+    link.item->node = nullptr;
+    link.item->mesh = nullptr;
+    link.item = nullptr;
 }
 
 void Scene::ClearDrawItems()
 {
+    for (DrawItemLink& link : m_drawItemLinks)
+    {
+        if (link.item)
+        {
+            UnlinkDrawItem(link);
+        }
+    }
+    m_drawItemLinks.clear();
     for (AlphaMeshNode* item : zOrderedDrawItems)
     {
-        ForgetDrawItem(*item);
         m_spareDrawItems.emplace_back(item);
     }
     zOrderedDrawItems.clear();
+    m_hasGoneDrawItems = false;
 }
 
-template <class Predicate>
-void Scene::RemoveDrawItems(Predicate isGone)
+void Scene::RemoveDrawItemsOf(std::vector<DrawItemPlace>& places)
 {
-    const auto remove = [&](AlphaMeshNode* item)
+    while (!places.empty())
     {
-        const bool gone = isGone(*item);
-        if (gone)
+        const DrawItemPlace place = places.back();
+        Scene& scene = *place.scene;
+        scene.UnlinkDrawItem(scene.m_drawItemLinks[place.number]);
+        scene.m_hasGoneDrawItems = true;
+        if (scene.zOrderedDrawItems.size() <= detail::shortList)
         {
-            ForgetDrawItem(*item);
+            scene.DropGoneDrawItems();
+        }
+    }
+}
+
+void Scene::DropGoneDrawItems() const
+{
+    const auto drop = [](AlphaMeshNode* item)
+    {
+        const bool isGone = !item->node;
+        if (isGone)
+        {
             delete item;
         }
-        return gone;
+        return isGone;
     };
-    zOrderedDrawItems.erase(
-        std::remove_if(zOrderedDrawItems.begin(), zOrderedDrawItems.end(), remove),
-        zOrderedDrawItems.end());
-}
-
-void Scene::RemoveDrawItemsOf(MeshNode* node)
-{
-    // All at once and whatever the list holds: the node dies, and must end up in no list.
-    detail::EraseAll(node->m_drawLists, this);
-    RemoveDrawItems([node](const AlphaMeshNode& item) { return item.node == node; });
-}
-
-void Scene::RemoveDrawItemsOf(Mesh* mesh)
-{
-    detail::EraseAll(mesh->m_drawLists, this);
-    RemoveDrawItems([mesh](const AlphaMeshNode& item) { return item.mesh == mesh; });
+    zOrderedDrawItems.erase(std::remove_if(zOrderedDrawItems.begin(), zOrderedDrawItems.end(), drop),
+                            zOrderedDrawItems.end());
+    m_hasGoneDrawItems = false;
 }
 
 void Scene::UpdateCulling()

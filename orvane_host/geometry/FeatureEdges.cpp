@@ -2,6 +2,7 @@
 
 #include "orvane_host/geometry/FeatureLines.h"
 #include "orvane_host/geometry/detail/EdgeFinder.h"
+#include "orvane_host/geometry/detail/MeshNodes.h"
 #include "orvane_host/geometry/detail/VertexWelder.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Scene.h"
@@ -14,8 +15,9 @@ namespace OV::Host
 namespace
 {
 
-/// Units of depth that faces are moved besides: what the rounding of a depth may differ by.
-constexpr float kDepthUnits = 4.0f;
+/// Units of depth that faces are moved besides: what the rounding of a depth may differ by. No
+/// round number, by which room is told from an offset that a host has set.
+constexpr float kDepthUnits = 4.0625f;
 
 /// The room that the axis of a line needs, in pixels.
 constexpr float kMostReach = 0.5f;
@@ -70,6 +72,11 @@ void FeatureEdges::MakeRoom(Scene& scene, float lineWidth, float scale)
             material->polygonOffsetUnits = room.units;
         }
     }
+}
+
+bool FeatureEdges::HasRoom(const Material& material)
+{
+    return (material.GetFlags() & MaterialFlagPolygonOffset) != 0 && material.polygonOffsetUnits == kDepthUnits;
 }
 
 } // namespace OV::Host

@@ -9,6 +9,7 @@ namespace OV
 {
 
 class LineStyle;
+class Material;
 class RawMesh;
 class Scene;
 
@@ -68,6 +69,8 @@ public:
 
     /// What MakeRoom gives each material.
     static LineRoom RoomFor(float lineWidth, float scale = 1.0f);
+    /// Whether the faces of a material are moved back by MakeRoom.
+    static bool HasRoom(const Material& material);
 };
 
 } // namespace OV::Host

@@ -1,6 +1,7 @@
 #include "orvane_host/geometry/FeatureLines.h"
 
 #include "orvane_host/geometry/detail/LineGeometry.h"
+#include "orvane_host/geometry/detail/MeshNodes.h"
 #include "orvane/scene/Line.h"
 #include "orvane/scene/LineStyle.h"
 #include "orvane/scene/MeshNode.h"
@@ -26,7 +27,7 @@ std::size_t FeatureLines::Show(LineStyle& style, float creaseDegrees)
         m_crease = creaseDegrees;
     }
     std::size_t segments = 0;
-    for (MeshNode* node : Detail::MeshNodesOf(*m_scene.GetRoot()))
+    for (MeshNode* node : Detail::MeshNodesOf(m_scene))
     {
         Geometry parts = Detail::EdgeParts(*node);
         if (parts.empty())

@@ -51,7 +51,7 @@ void SectionFaces::Cut(const std::vector<SectionPlane>& planes, const std::optio
         m_material.reset(Detail::MakeSectionMaterial(fill->color));
     }
     Detail::SetSectionColor(*m_material, fill->color);
-    for (MeshNode* node : Detail::ShownMeshNodes(*m_scene.GetRoot()))
+    for (MeshNode* node : Detail::ShownMeshNodes(m_scene))
     {
         for (const std::shared_ptr<RawMesh>& raw : m_cutter->Cut(*node, planes, fill->inset, fill->color).meshes)
         {

@@ -17,7 +17,7 @@ std::size_t SectionFill::AddTo(Scene& scene, const std::vector<SectionPlane>& pl
     Detail::SolidCutter cutter;
     Material* material = nullptr;
     std::size_t count = 0;
-    for (MeshNode* node : Detail::ShownMeshNodes(*scene.GetRoot()))
+    for (MeshNode* node : Detail::ShownMeshNodes(scene))
     {
         const Detail::SolidCutter::Faces faces = cutter.Cut(*node, planes, inset, color);
         count += faces.cuts;

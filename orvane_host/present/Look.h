@@ -1,7 +1,5 @@
 #pragma once
 
-#include "orvane/math/Color.h"
-
 #include <string>
 
 namespace OV::Host
@@ -24,21 +22,5 @@ bool ParseLook(const std::string& name, Look& look);
 
 /// The name that ParseLook knows a look by; null for what is no look.
 const char* NameOfLook(Look look);
-
-/// What counts as one thing where edges are drawn.
-enum class Identity
-{
-    Object, ///< what has one colour at the vertices of a mesh; a mesh without colours is one thing
-    Group,  ///< the nodes of one Node::GetUserData
-};
-
-/// How the edges between things are drawn.
-struct EdgeLook
-{
-    /// Opacity, 0 to 1. Where only one neighbour of a pixel is of another thing, half of it.
-    float weight = 0.5f;
-    Color color{0.0f, 0.0f, 0.0f};
-    Identity identity = Identity::Group;
-};
 
 } // namespace OV::Host

@@ -199,6 +199,11 @@ public:
     /// @param error on failure the reason and the remedy in one line, without the path.
     bool SavePicture(const std::string& path, int width, int height, std::string& error);
 
+    /// Samples a pixel that a picture of a size gets by settings: none without multisampling, else as
+    /// many as they tell or as suit its size.
+    /// @param most that GL has.
+    static int SamplesFor(const PresentationSettings& settings, int width, int height, int most);
+
     /// What is seen nearest at a pixel of the last size, from the upper left corner. GL.
     std::optional<PickHit> Pick(int x, int y);
 

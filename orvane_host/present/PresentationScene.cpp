@@ -80,12 +80,9 @@ std::unique_ptr<Scene> SceneOf(ImportResult& model)
     return model.scene ? std::move(model.scene) : std::make_unique<Scene>();
 }
 
-/// Whether a view can be looked along.
-bool IsView(const Vector& eye, const Vector& target)
+bool IsSamePlace(const Vector& a, const Vector& b)
 {
-    const double distance = std::hypot(static_cast<double>(eye.x) - target.x, static_cast<double>(eye.y) - target.y,
-                                       static_cast<double>(eye.z) - target.z);
-    return distance > 0.0 && std::isfinite(distance);
+    return a.x == b.x && a.y == b.y && a.z == b.z;
 }
 
 } // namespace
@@ -177,6 +174,11 @@ Node* Presentation::Impl::FindNode(const std::string& path) const
 bool Presentation::Impl::Check(const PresentationSettings& wanted, std::unique_ptr<Watermark>& picture,
                                std::string& error) const
 {
+    if (wanted.view.eye && IsSamePlace(*wanted.view.eye, wanted.view.target.value_or(MiddleOfModel())))
+    {
+        error = "view.eye: the eye is where it looks at; move it or view.target";
+        return false;
+    }
     const std::string trouble = wanted.Trouble();
     if (!trouble.empty())
     {
@@ -188,11 +190,6 @@ bool Presentation::Impl::Check(const PresentationSettings& wanted, std::unique_p
         const std::string names = SomeNodeNames(nodes);
         error = "editPath: there is no node '" + wanted.editPath + "'"
             + (names.empty() ? "; no node has a name" : "; some that there are: " + names);
-        return false;
-    }
-    if (wanted.view.eye && !IsView(*wanted.view.eye, wanted.view.target.value_or(MiddleOfModel())))
-    {
-        error = "view.eye: it is where it looks at; move it or view.target";
         return false;
     }
     const std::string& file = wanted.sheet.watermark;

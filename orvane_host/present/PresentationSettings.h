@@ -1,6 +1,7 @@
 #pragma once
 
 #include "orvane_host/geometry/FeatureEdges.h"
+#include "orvane_host/present/EdgeLook.h"
 #include "orvane_host/present/Look.h"
 #include "orvane_host/view/ViewFit.h"
 #include "orvane/math/Color.h"

@@ -212,6 +212,23 @@ TEST_F(OverlayPicture, MovesResizesAndHidingAreSeenInTheNextFrame)
     EXPECT_EQ(Frame().Count(kRed), 200);
 }
 
+TEST_F(OverlayPicture, ANodeTakenOutOfTheTreeIsDrawnWhereItWasUntilItLeavesItsMesh)
+{
+    Sprite& sprite = AddSprite({40, 30, 40, 40}, kColors[0]);
+    const Picture before = Frame();
+    Shape2DNode* const node = sprite.GetNode();
+    Layer().GetRoot()->RemoveChild(node);
+    EXPECT_FALSE(context->Update(0.0f)) << "nobody has noticed";
+    Layer().MarkDirty();
+    EXPECT_EQ(Frame(), before);
+    Layer().GetRoot()->AddChild(node, false);
+    EXPECT_FALSE(context->Update(0.0f));
+    sprite.GetShape()->RemoveNode(node);
+    Layer().MarkDirty();
+    EXPECT_EQ(Frame().Count(kRed), 0);
+    sprite.GetShape()->AddNode(node);
+}
+
 TEST_F(OverlayPicture, AnArrowPointsToItsTip)
 {
     sprites.push_back(std::make_unique<Sprite>(&Layer(), new Arrow(40, 1, &Layer())));

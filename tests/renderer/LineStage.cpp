@@ -64,8 +64,7 @@ const glm::vec4 LineStage::Background(0.0f, 0.0f, 1.0f, 1.0f);
 
 LineStage::LineStage()
 {
-    // Lines leave both on; every pass and every material sets them anew.
-    AllowStateChange("blending");
+    // Lines leave it on; every material sets it anew.
     AllowStateChange("polygon offset");
     SkySettings::inst().SetUseFog(false);
     context = std::make_unique<AppContext>();

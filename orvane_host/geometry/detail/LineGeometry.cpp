@@ -42,18 +42,6 @@ std::shared_ptr<RawLine> MakeRawLine(const FeatureEdge* first, const FeatureEdge
     return raw;
 }
 
-void Collect(Node& node, std::vector<MeshNode*>& found)
-{
-    if (auto* meshNode = dynamic_cast<MeshNode*>(&node))
-    {
-        found.push_back(meshNode);
-    }
-    for (Node* child : node.GetChildren())
-    {
-        Collect(*child, found);
-    }
-}
-
 } // namespace
 
 std::vector<std::shared_ptr<RawMesh>> EdgeParts(const MeshNode& node)
@@ -78,13 +66,6 @@ std::vector<std::shared_ptr<RawLine>> MakeRawLines(const std::vector<FeatureEdge
         lines.push_back(MakeRawLine(edges.data() + first, edges.data() + last));
     }
     return lines;
-}
-
-std::vector<MeshNode*> MeshNodesOf(Node& node)
-{
-    std::vector<MeshNode*> found;
-    Collect(node, found);
-    return found;
 }
 
 } // namespace OV::Host::Detail

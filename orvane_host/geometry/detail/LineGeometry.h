@@ -9,7 +9,6 @@ namespace OV
 {
 
 class MeshNode;
-class Node;
 class RawLine;
 class RawMesh;
 
@@ -23,8 +22,5 @@ std::vector<std::shared_ptr<RawMesh>> EdgeParts(const MeshNode& node);
 
 /// Edges as lines, as many as 16-bit indices need.
 std::vector<std::shared_ptr<RawLine>> MakeRawLines(const std::vector<FeatureEdge>& edges);
-
-/// All mesh nodes below a node and itself, parents first.
-std::vector<MeshNode*> MeshNodesOf(Node& node);
 
 } // namespace OV::Host::Detail

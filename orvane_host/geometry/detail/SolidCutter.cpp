@@ -1,6 +1,7 @@
 #include "orvane_host/geometry/detail/SolidCutter.h"
 
 #include "orvane_host/geometry/detail/ClosedShells.h"
+#include "orvane_host/geometry/detail/MeshNodes.h"
 #include "orvane_host/geometry/detail/PlaneSection.h"
 #include "orvane/math/Transf3d.h"
 #include "orvane/math/Transform.h"
@@ -173,19 +174,6 @@ bool MayCut(const Vector& low, const Vector& high, const Transform& toWorld, con
     return least <= slack && most >= -slack;
 }
 
-void CollectShown(Node& node, std::vector<MeshNode*>& found)
-{
-    auto* const meshNode = dynamic_cast<MeshNode*>(&node);
-    if (meshNode && (meshNode->GetFlags() & NodeFlagHidden) == 0)
-    {
-        found.push_back(meshNode);
-    }
-    for (Node* child : node.GetChildren())
-    {
-        CollectShown(*child, found);
-    }
-}
-
 } // namespace
 
 const SolidCutter::Shells& SolidCutter::ShellsOf(const MeshNode& node)
@@ -258,11 +246,12 @@ SolidCutter::Faces SolidCutter::Cut(const MeshNode& node, const std::vector<Sect
     return faces;
 }
 
-std::vector<MeshNode*> ShownMeshNodes(Node& node)
+std::vector<MeshNode*> ShownMeshNodes(const Scene& scene)
 {
-    std::vector<MeshNode*> found;
-    CollectShown(node, found);
-    return found;
+    std::vector<MeshNode*> nodes = MeshNodesOf(scene);
+    const auto isHidden = [](const MeshNode* node) { return (node->GetFlags() & NodeFlagHidden) != 0; };
+    nodes.erase(std::remove_if(nodes.begin(), nodes.end(), isHidden), nodes.end());
+    return nodes;
 }
 
 bool IsCut(const Mesh& mesh, const std::vector<SectionPlane>& planes)

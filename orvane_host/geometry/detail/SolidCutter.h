@@ -16,8 +16,8 @@ namespace OV
 class Material;
 class Mesh;
 class MeshNode;
-class Node;
 class RawMesh;
+class Scene;
 
 } // namespace OV
 
@@ -61,8 +61,8 @@ private:
     std::map<Geometry, Shells> m_known;
 };
 
-/// All mesh nodes below a node and itself that are not hidden themselves.
-std::vector<MeshNode*> ShownMeshNodes(Node& node);
+/// All mesh nodes in the tree of a scene that are not hidden.
+std::vector<MeshNode*> ShownMeshNodes(const Scene& scene);
 
 /// Whether any of the planes runs through the box of a mesh at any of its nodes.
 bool IsCut(const Mesh& mesh, const std::vector<SectionPlane>& planes);

@@ -1,6 +1,9 @@
 #include "orvane_host/present/detail/HighlightRenderer.h"
 
-#include "orvane/imaging/TextureLoader.h"
+#include "orvane_host/geometry/FeatureEdges.h"
+#include "orvane_host/present/detail/EffectInPlace.h"
+#include "orvane_host/present/detail/Effects.h"
+#include "orvane/effects/DepthIdPassEffectES20.h"
 #include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshES20.h"
@@ -11,6 +14,7 @@
 #include "orvane/scene/NodeType.h"
 
 #include <GL/gl.h>
+#include <GL/glext.h>
 
 namespace OV::Host::Detail
 {
@@ -23,6 +27,36 @@ constexpr unsigned int kKeptFlags = MaterialFlagNoCull | MaterialFlagPoints | Ma
 
 } // namespace
 
+/// Lays one colour over what is cut as the surfaces are.
+class HighlightRenderer::Effect : public DepthIdPassEffectES20
+{
+public:
+    Effect() : DepthIdPassEffectES20(nullptr) { SetIdMode(1); }
+
+    Color color;
+
+    void Apply(MaterialES20* material, CameraNodeES20* camera) override
+    {
+        DepthIdPassEffectES20::Apply(material, camera);
+        glEnable(GL_BLEND);
+        // The shader of identifiers writes no opacity.
+        glBlendColor(0.0f, 0.0f, 0.0f, color.a);
+        glBlendFunc(GL_CONSTANT_ALPHA, GL_ONE_MINUS_CONSTANT_ALPHA);
+    }
+
+    void Remove() override
+    {
+        glDisable(GL_BLEND);
+        glBlendColor(0.0f, 0.0f, 0.0f, 0.0f);
+    }
+
+    void BindMeshUniforms(MeshNode* node) override
+    {
+        DepthIdPassEffectES20::BindMeshUniforms(node);
+        Set(UniformIdentifier, color.r, color.g, color.b, 1.0f);
+    }
+};
+
 HighlightRenderer::HighlightRenderer(TextureLoader* loader, RenderCapabilities* caps) :
     PresentationRenderer(loader, caps), m_material(std::make_unique<NodeMaterial>())
 {
@@ -30,12 +64,18 @@ HighlightRenderer::HighlightRenderer(TextureLoader* loader, RenderCapabilities* 
 
 HighlightRenderer::~HighlightRenderer()
 {
+    ReleaseEffect();
+}
+
+void HighlightRenderer::ReleaseEffect()
+{
     m_material->Suspend();
+    Drop(m_effect);
 }
 
 void HighlightRenderer::Suspend()
 {
-    m_material->Suspend();
+    ReleaseEffect();
     PresentationRenderer::Suspend();
 }
 
@@ -49,8 +89,13 @@ void HighlightRenderer::DrawScene(Scene& scene, CameraNode& camera)
     }
     if (!m_material->GetRenderData())
     {
-        m_material->SetRenderData(new MaterialES20(m_material.get(), textureLoader, &bufferPool, &effectCache));
+        m_material->SetRenderData(new MaterialES20(m_material.get(), nullptr, nullptr, nullptr));
     }
+    if (!m_effect)
+    {
+        m_effect = new Effect;
+    }
+    const bool isDithered = glIsEnabled(GL_DITHER) != GL_FALSE;
     glEnable(GL_DEPTH_TEST);
     glEnable(GL_CULL_FACE);
     for (const auto& [node, color] : m_colors)
@@ -63,24 +108,27 @@ void HighlightRenderer::DrawScene(Scene& scene, CameraNode& camera)
             }
         }
     }
-    glDisable(GL_BLEND);
-    glDepthMask(GL_TRUE);
+    if (isDithered)
+    {
+        glEnable(GL_DITHER);
+    }
     MeshES20::ResetBufferCache();
 }
 
 void HighlightRenderer::Lay(const Color& color, MeshNode& node, Mesh& mesh, CameraNodeES20& camera)
 {
     const Material& own = *mesh.GetMaterial();
-    m_material->diffuse = color;
-    m_material->ambient = color;
-    m_material->flags = (own.GetFlags() & kKeptFlags) | MaterialFlagUnlit | MaterialFlagPolygonOffset;
+    m_effect->color = color;
+    m_material->flags = (own.GetFlags() & kKeptFlags) | MaterialFlagPolygonOffset;
     m_material->pointSize = own.pointSize;
     // As deep as the surface, and a little nearer: the two are drawn by different programs.
-    const bool isMoved = (own.GetFlags() & MaterialFlagPolygonOffset) != 0;
+    // The room for lines moves depth only, not what is seen.
+    const bool isMoved = (own.GetFlags() & MaterialFlagPolygonOffset) != 0 && !FeatureEdges::HasRoom(own);
     m_material->polygonOffsetFactor = isMoved ? own.polygonOffsetFactor : 0.0f;
     m_material->polygonOffsetUnits = (isMoved ? own.polygonOffsetUnits : 0.0f) - 1.0f;
     m_item.assign(1, {&mesh, static_cast<MaterialES20*>(m_material->GetRenderData()), true, &node});
-    RenderItemList(&camera, m_item, RenderPassDefault);
+    const EffectInPlace inPlace(m_item, RenderPassDepthId, *m_effect);
+    RenderItemList(&camera, m_item, RenderPassDepthId);
 }
 
 } // namespace OV::Host::Detail

@@ -39,12 +39,16 @@ protected:
     void DrawScene(Scene& scene, CameraNode& camera) override;
 
 private:
+    class Effect;
+
+    void ReleaseEffect();
     void Lay(const Color& color, MeshNode& node, Mesh& mesh, CameraNodeES20& camera);
 
     Colors m_colors;
     /// Stands for a material without being in a scene; one that belongs to nodes is drawn without
     /// meshes of its own.
     std::unique_ptr<NodeMaterial> m_material;
+    Effect* m_effect = nullptr; ///< one counted reference; null until something is highlighted
     std::vector<RenderItemES20> m_item;
 };
 

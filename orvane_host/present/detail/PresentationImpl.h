@@ -32,7 +32,7 @@ namespace OV::Host
 {
 
 /// PresentationScene.cpp has what settings do to the scene, PresentationView.cpp what they do to
-/// the camera, PresentationFrame.cpp what makes a picture of both.
+/// the camera, PresentationDrawing.cpp what makes a picture of both.
 class Presentation::Impl
 {
 public:
@@ -117,7 +117,6 @@ private:
     void LayOut();
     bool IsCaptured() const;
     void FollowFramebuffer();
-    int SamplesOf(int pictureWidth, int pictureHeight, int most) const;
 
     SectionFaces m_section;
     std::unique_ptr<LineStyle> m_style; ///< in the scene while there are lines

@@ -1,4 +1,5 @@
 #include "apps/render/Report.h"
+#include "apps/render/Stats.h"
 #include "orvane_host/present/DrawCounts.h"
 
 #include "orvane_host/present/SceneRenderer.h"
@@ -23,6 +24,7 @@
 
 using namespace OV;
 using namespace OV::Host;
+using namespace OV::RenderApp;
 using OV::Test::GLCall;
 using OV::Test::GLRecorder;
 

@@ -198,7 +198,7 @@ TEST_F(PresentationNodes, APixelIsPickedFromTheUpperLeftCornerOfTheLastSize)
     std::vector<int> rows;
     for (int y = 0; y < Height(); ++y)
     {
-        const std::optional<Host::PickHit> hit = presentation->Pick(Width() / 2 - 8, y);
+        const std::optional<Host::PickHit> hit = presentation->Pick(Width() / 2 - 21, y);
         if (hit)
         {
             EXPECT_EQ(presentation->PathOf(*hit->node), "house/left");
@@ -210,7 +210,7 @@ TEST_F(PresentationNodes, APixelIsPickedFromTheUpperLeftCornerOfTheLastSize)
     EXPECT_LT(rows.front(), Height() / 2);
     EXPECT_GT(rows.back(), Height() / 2);
     EXPECT_FALSE(presentation->Pick(-1, 0));
-    const std::vector<Host::PickHit> through = presentation->PickThrough(Width() / 2 - 8, Height() / 2);
+    const std::vector<Host::PickHit> through = presentation->PickThrough(Width() / 2 - 21, Height() / 2);
     ASSERT_EQ(through.size(), 2u) << "the small box in the tall one";
     EXPECT_NE(through[0].mesh, through[1].mesh);
     EXPECT_EQ(through[0].node, through[1].node);
@@ -224,7 +224,7 @@ TEST_F(PresentationNodes, WhatIsCutAwayIsNotPicked)
     wanted.section.fill.reset();
     Apply(*presentation, wanted);
     presentation->Resize(Width(), Height());
-    const std::optional<Host::PickHit> hit = presentation->Pick(Width() / 2 - 8, Height() / 2);
+    const std::optional<Host::PickHit> hit = presentation->Pick(Width() / 2 - 21, Height() / 2);
     ASSERT_TRUE(hit);
     EXPECT_LE(hit->position.z, 0.21f);
 }

@@ -253,7 +253,7 @@ void Presentation::Impl::Resume()
     m_isPictureChanged = true;
 }
 
-int Presentation::Impl::SamplesOf(int pictureWidth, int pictureHeight, int most) const
+int Presentation::SamplesFor(const PresentationSettings& settings, int width, int height, int most)
 {
     if (settings.antialiasing != Antialiasing::Multisampling)
     {
@@ -261,10 +261,9 @@ int Presentation::Impl::SamplesOf(int pictureWidth, int pictureHeight, int most)
     }
     if (settings.samples)
     {
-        return std::min(*settings.samples, most);
+        return *settings.samples;
     }
-    return static_cast<std::int64_t>(pictureWidth) * pictureHeight <= MultisampledPixels ? std::min(UsualSamples, most)
-                                                                                         : 0;
+    return static_cast<std::int64_t>(width) * height <= MultisampledPixels ? std::min(UsualSamples, most) : 0;
 }
 
 bool Presentation::Impl::SavePicture(const std::string& path, int pictureWidth, int pictureHeight, std::string& error)
@@ -288,7 +287,8 @@ bool Presentation::Impl::SavePicture(const std::string& path, int pictureWidth, 
     const HostTarget target(gl);
     const std::unique_ptr<Detail::HeadlessFramebuffer> buffer =
         Detail::HeadlessFramebuffer::Create(gl, limits, pictureWidth, pictureHeight,
-                                            SamplesOf(pictureWidth, pictureHeight, limits.maxSamples), error);
+                                            SamplesFor(settings, pictureWidth, pictureHeight, limits.maxSamples),
+                                            error);
     if (!buffer)
     {
         return false;

@@ -1,0 +1,63 @@
+#include "apps/render/PictureMemory.h"
+
+#include "apps/render/Options.h"
+#include "apps/render/Report.h"
+#include "apps/render/SystemMemory.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace OV::RenderApp
+{
+
+namespace
+{
+
+bool IsCaptured(const Options& options)
+{
+    return options.settings.antialiasing == Host::Antialiasing::Filter
+        || options.settings.antialiasing == Host::Antialiasing::Supersampling;
+}
+
+int BytesPerPixel(const Options& options, int samples)
+{
+    const int drawn = ScaleOf(options.settings) * ScaleOf(options.settings);
+    // Colour and depth of each sample, the resolved picture, its two copies and the file.
+    int bytes = 8 * std::max(samples, 1) + (samples > 1 ? 4 : 0) + 4 + 3 + 3;
+    bytes += IsCaptured(options) ? drawn * (4 + 4 + 4) : 0;
+    // Identifiers and their depth, finer where there are samples, and what is darkened.
+    const bool identified = options.settings.edges || options.settings.occlusion;
+    bytes += identified ? (4 + 2 + 4) * (options.settings.edges && samples > 1 ? 4 : drawn) : 0;
+    bytes += options.settings.occlusion ? 4 * drawn : 0;
+    // Numbers and their depth.
+    bytes += options.pick ? 4 + 2 + 4 : 0;
+    return bytes;
+}
+
+} // namespace
+
+int ScaleOf(const Host::PresentationSettings& settings)
+{
+    return settings.antialiasing == Host::Antialiasing::Supersampling ? 2 : 1;
+}
+
+const std::string& SubjectOf(const Options& options)
+{
+    return options.output.empty() ? options.model : options.output;
+}
+
+void CheckMemory(const Options& options, int samples)
+{
+    const auto bytesPerPixel = static_cast<std::uint64_t>(BytesPerPixel(options, samples));
+    const std::uint64_t needed = static_cast<std::uint64_t>(options.width) * static_cast<std::uint64_t>(options.height) * bytesPerPixel;
+    const std::uint64_t available = AvailableMemory();
+    if (available != 0 && needed > available)
+    {
+        const auto mebibytes = [](std::uint64_t bytes) { return std::to_string(bytes >> 20) + " MiB"; };
+        throw Failure(SubjectOf(options), "a picture of " + std::to_string(options.width) + "x"
+                          + std::to_string(options.height) + " takes " + mebibytes(needed)
+                          + " of memory and there are " + mebibytes(available) + "; ask for a smaller --size");
+    }
+}
+
+} // namespace OV::RenderApp

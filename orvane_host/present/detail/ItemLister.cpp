@@ -1,0 +1,86 @@
+#include "orvane_host/present/detail/ItemLister.h"
+
+#include "orvane_host/present/StageAccess.h"
+#include "orvane/renderdata/MaterialES20.h"
+#include "orvane/renderdata/MeshStyleES20.h"
+#include "orvane/scene/LineStyle.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/Scene.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace OV::Host::Detail
+{
+
+namespace
+{
+
+bool DrawsPoints(const MeshStyleES20& style)
+{
+    const auto* const data = dynamic_cast<const MaterialES20*>(&style);
+    return data && (data->GetMaterial()->GetFlags() & MaterialFlagPoints) != 0;
+}
+
+} // namespace
+
+void ItemLister::List(PresentationFrame& frame, bool withLines)
+{
+    std::vector<RenderItemES20>& items = m_items.all;
+    items.clear();
+    for (Material* material : frame.scene.GetOptimizedMaterials())
+    {
+        frame.renderer.List(*material, frame.cameraData, items, true);
+    }
+    m_items.firstLine = items.size();
+    if (withLines)
+    {
+        for (LineStyle* lineStyle : frame.scene.GetLineStyles())
+        {
+            frame.renderer.List(*lineStyle, frame.cameraData, items, true);
+        }
+    }
+    m_items.firstAlpha = items.size();
+    for (Material* material : frame.scene.GetAlphaMaterials())
+    {
+        frame.renderer.List(*material, frame.cameraData, items, true);
+    }
+}
+
+void ItemLister::ListSurfaces(bool withPoints)
+{
+    m_items.surfaces.clear();
+    const MeshStyleES20* last = nullptr;
+    bool identified = false;
+    for (std::size_t i = 0; i < m_items.all.size(); ++i)
+    {
+        if (i == m_items.firstLine)
+        {
+            i = m_items.firstAlpha;
+        }
+        if (i == m_items.all.size())
+        {
+            break;
+        }
+        const RenderItemES20& item = m_items.all[i];
+        if (item.style != last)
+        {
+            last = item.style;
+            identified = item.style->GetShader(RenderPassDepthId) && (withPoints || !DrawsPoints(*item.style));
+        }
+        if (identified)
+        {
+            m_items.surfaces.push_back(item);
+        }
+    }
+}
+
+void ItemLister::Clear()
+{
+    m_items.all.clear();
+    m_items.surfaces.clear();
+    m_items.firstLine = 0;
+    m_items.firstAlpha = 0;
+}
+
+} // namespace OV::Host::Detail
