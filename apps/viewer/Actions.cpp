@@ -9,8 +9,8 @@ namespace OV::ViewerApp
 namespace
 {
 
-/// Of a turn by a key, in radians.
-constexpr double KeyTurn = 0.0872664626;
+/// Pixels of a drag that turns as far as a key does.
+constexpr double KeyTurn = 30.0;
 /// Pixels of a movement by a key.
 constexpr double KeyPan = 40.0;
 
@@ -29,9 +29,9 @@ void Set(Viewer& viewer, Change change)
     viewer.GetDesk().Apply(settings);
 }
 
-void Turn(Viewer& viewer, double yaw, double pitch)
+void Turn(Viewer& viewer, double x, double y)
 {
-    viewer.GetDesk().GetNavigator().TurnBy(yaw, pitch);
+    viewer.GetDesk().GetNavigator().OrbitBy({x, y});
     viewer.GetDesk().FollowNavigator();
 }
 
@@ -43,8 +43,7 @@ void Pan(Viewer& viewer, double x, double y)
 
 void Zoom(Viewer& viewer, double steps)
 {
-    Navigator& navigator = viewer.GetDesk().GetNavigator();
-    navigator.Zoom(steps, navigator.GetEye().target);
+    viewer.GetDesk().GetNavigator().Zoom(steps);
     viewer.GetDesk().FollowNavigator();
 }
 
@@ -108,8 +107,8 @@ const std::vector<Action>& ListActions()
         {"View", "p", "With or without perspective", TogglePerspective},
         {"View", "left", "Turn left", [](Viewer& viewer) { Turn(viewer, KeyTurn, 0.0); }},
         {"View", "right", "Turn right", [](Viewer& viewer) { Turn(viewer, -KeyTurn, 0.0); }},
-        {"View", "up", "Turn up", [](Viewer& viewer) { Turn(viewer, 0.0, -KeyTurn); }},
-        {"View", "down", "Turn down", [](Viewer& viewer) { Turn(viewer, 0.0, KeyTurn); }},
+        {"View", "up", "Turn up", [](Viewer& viewer) { Turn(viewer, 0.0, KeyTurn); }},
+        {"View", "down", "Turn down", [](Viewer& viewer) { Turn(viewer, 0.0, -KeyTurn); }},
         {"View", "shift+left", "Move left", [](Viewer& viewer) { Pan(viewer, KeyPan, 0.0); }},
         {"View", "shift+right", "Move right", [](Viewer& viewer) { Pan(viewer, -KeyPan, 0.0); }},
         {"View", "shift+up", "Move up", [](Viewer& viewer) { Pan(viewer, 0.0, KeyPan); }},

@@ -4,8 +4,6 @@
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
 
-#include <glm/geometric.hpp>
-
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -30,11 +28,6 @@ const Color SelectionColor(1.0f, 0.55f, 0.1f, 0.55f);
 glm::dvec3 ToGlm(const Vector& vector)
 {
     return {vector.x, vector.y, vector.z};
-}
-
-Vector ToVector(const glm::dvec3& vector)
-{
-    return Vector(static_cast<float>(vector.x), static_cast<float>(vector.y), static_cast<float>(vector.z));
 }
 
 /// A number that changes with a file; 0 where there is none.
@@ -142,7 +135,7 @@ bool Desk::Update(double seconds)
         if (isThere && after)
         {
             ApplyView(*after);
-            m_navigator.Follow(Eye::Of(*m_model));
+            m_navigator.Follow(*m_model);
         }
     }
     else if (m_restIn > 0.0 && m_navigator.GetDrag() == Navigator::Drag::None)
@@ -235,14 +228,8 @@ void Desk::ShowModel()
                                      [this](const std::string& path) { return !m_model->FindNode(path); }),
                       m_selection.end());
     ShowSelection();
-    double extent = 1.0;
-    if (const auto box = m_model->GetModelBox())
-    {
-        extent = std::max(glm::distance(ToGlm(box->low), ToGlm(box->high)), 1e-6);
-    }
-    m_navigator.SetReach(extent * 1e-4, extent * 50.0);
-    m_navigator.SetPicture(m_width, m_height, WorldUp());
-    m_navigator.Stand(Eye::Of(*m_model));
+    m_navigator.Stop();
+    m_navigator.Follow(*m_model);
 }
 
 bool Desk::Apply(const Host::PresentationSettings& settings)
@@ -270,8 +257,8 @@ bool Desk::Apply(const Host::PresentationSettings& settings)
     if (isOtherView)
     {
         m_afterTurn.reset();
-        m_navigator.SetPicture(m_width, m_height, WorldUp());
-        m_navigator.Stand(Eye::Of(*m_model));
+        m_navigator.Stop();
+        m_navigator.Follow(*m_model);
     }
     return true;
 }
@@ -285,20 +272,15 @@ void Desk::SetPicture(int width, int height, float ratio)
     m_width = width;
     m_height = height;
     m_ratio = ratio;
-    m_navigator.SetPicture(width, height, WorldUp());
+    m_navigator.SetPicture(width, height);
     if (m_model && width > 0 && height > 0)
     {
         m_model->Resize(width, height, ratio);
         if (!m_navigator.IsTurning() && m_navigator.GetDrag() == Navigator::Drag::None)
         {
-            m_navigator.Follow(Eye::Of(*m_model));
+            m_navigator.Follow(*m_model);
         }
     }
-}
-
-glm::dvec3 Desk::WorldUp() const
-{
-    return m_settings.view.upAxis == Host::UpAxis::Z ? glm::dvec3(0.0, 0.0, 1.0) : glm::dvec3(0.0, 1.0, 0.0);
 }
 
 void Desk::FollowNavigator()
@@ -307,11 +289,8 @@ void Desk::FollowNavigator()
     {
         return;
     }
-    const Eye& eye = m_navigator.GetEye();
     Host::ViewSettings view = m_settings.view;
-    view.eye = ToVector(eye.place);
-    view.target = ToVector(eye.target);
-    view.up = ToVector(eye.up);
+    m_navigator.WriteTo(view);
     m_restIn = RestSeconds;
     if (m_frameTime > SlowFrame)
     {
@@ -350,12 +329,10 @@ void Desk::TurnTo(const Host::ViewSettings& view)
         m_settings.view = view;
         return;
     }
-    const Eye from = m_navigator.GetEye();
+    const Host::OrbitState from = m_navigator.GetCamera().GetState();
     ApplyView(view);
-    const Eye to = Eye::Of(*m_model);
-    m_navigator.SetPicture(m_width, m_height, WorldUp());
-    m_navigator.Stand(from);
-    m_navigator.TurnTo(to);
+    m_navigator.Follow(*m_model);
+    m_navigator.TurnTo(from, m_navigator.GetCamera().GetState());
     m_restIn = RestSeconds;
     m_afterTurn = view;
 }
@@ -404,8 +381,7 @@ glm::dvec3 Desk::PointUnder(const glm::dvec2& pixel)
     {
         return ToGlm(hit->position);
     }
-    const Eye& eye = GetEye();
-    return eye.Behind(pixel, eye.Distance(), m_width, m_height);
+    return m_navigator.PointAt(pixel);
 }
 
 void Desk::Draw()

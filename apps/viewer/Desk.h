@@ -1,6 +1,5 @@
 #pragma once
 
-#include "apps/viewer/Eye.h"
 #include "apps/viewer/Navigator.h"
 #include "orvane_host/import/ModelLoading.h"
 #include "orvane_host/present/Presentation.h"
@@ -75,7 +74,7 @@ public:
     /// Takes over what the navigator did.
     void FollowNavigator();
     Navigator& GetNavigator() { return m_navigator; }
-    const Eye& GetEye() const { return m_navigator.GetEye(); }
+    const Navigator& GetNavigator() const { return m_navigator; }
 
     /// Turns there in a short while.
     void TurnTo(const Host::ViewSettings& view);
@@ -138,7 +137,6 @@ private:
     void HideAgain();
     void LookAfterFile(double seconds);
     std::string PathOf(const Node* node) const;
-    glm::dvec3 WorldUp() const;
 
     std::function<void()> m_wake;
     std::unique_ptr<Host::ModelLoading> m_loading;

@@ -3,6 +3,7 @@
 #include "apps/viewer/Gui.h"
 
 #include "apps/viewer/Window.h"
+#include "orvane_host/context/GLStateGuard.h"
 
 #include <GL/gl.h>
 #include <GL/glext.h>
@@ -10,7 +11,6 @@
 #include <imgui.h>
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdio>
 
@@ -58,61 +58,6 @@ void MakeFont(float ratio)
     }
     io.FontGlobalScale = 1.0f / ratio;
 }
-
-/// Sets aside what a program of the pipeline with shaders leaves, which the panels' library, that
-/// draws without any, knows nothing of; puts it back at the end.
-class FixedPipelineScope
-{
-public:
-    FixedPipelineScope()
-    {
-        glGetIntegerv(GL_CURRENT_PROGRAM, &m_program);
-        glGetIntegerv(GL_ARRAY_BUFFER_BINDING, &m_arrays);
-        glGetIntegerv(GL_ELEMENT_ARRAY_BUFFER_BINDING, &m_elements);
-        glGetIntegerv(GL_ACTIVE_TEXTURE, &m_unit);
-        GLint most = 0;
-        glGetIntegerv(GL_MAX_VERTEX_ATTRIBS, &most);
-        for (GLuint i = 0; i < static_cast<GLuint>(most) && i < m_enabled.size(); ++i)
-        {
-            GLint isEnabled = 0;
-            glGetVertexAttribiv(i, GL_VERTEX_ATTRIB_ARRAY_ENABLED, &isEnabled);
-            m_enabled[i] = isEnabled != 0;
-            if (m_enabled[i])
-            {
-                glDisableVertexAttribArray(i);
-            }
-        }
-        glUseProgram(0);
-        glBindBuffer(GL_ARRAY_BUFFER, 0);
-        glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
-        glActiveTexture(GL_TEXTURE0);
-    }
-
-    ~FixedPipelineScope()
-    {
-        for (GLuint i = 0; i < m_enabled.size(); ++i)
-        {
-            if (m_enabled[i])
-            {
-                glEnableVertexAttribArray(i);
-            }
-        }
-        glActiveTexture(static_cast<GLenum>(m_unit));
-        glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, static_cast<GLuint>(m_elements));
-        glBindBuffer(GL_ARRAY_BUFFER, static_cast<GLuint>(m_arrays));
-        glUseProgram(static_cast<GLuint>(m_program));
-    }
-
-    FixedPipelineScope(const FixedPipelineScope&) = delete;
-    FixedPipelineScope& operator=(const FixedPipelineScope&) = delete;
-
-private:
-    GLint m_program = 0;
-    GLint m_arrays = 0;
-    GLint m_elements = 0;
-    GLint m_unit = GL_TEXTURE0;
-    std::array<bool, 32> m_enabled{};
-};
 
 std::size_t IndexOf(Button button)
 {
@@ -230,7 +175,12 @@ void Gui::Begin(double seconds)
 void Gui::Draw()
 {
     ImGui::Render();
-    const FixedPipelineScope scope;
+    // The library draws without shaders, and what it sets is not to meet the engine.
+    const Host::GLStateGuard guard;
+    glUseProgram(0);
+    glBindBuffer(GL_ARRAY_BUFFER, 0);
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
+    glActiveTexture(GL_TEXTURE0);
     ImGui_ImplOpenGL2_RenderDrawData(ImGui::GetDrawData());
 }
 

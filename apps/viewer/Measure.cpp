@@ -127,13 +127,13 @@ void Measure::Turn(Kind kind)
     m_points.clear();
 }
 
-glm::dvec3 Measure::Snapped(const Mesh& mesh, const Node& node, const glm::dvec3& place, const Eye& eye, int width,
-                            int height, double reach, Snap& snap)
+glm::dvec3 Measure::Snapped(const Mesh& mesh, const Node& node, const glm::dvec3& place,
+                            const Navigator& view, double reach, Snap& snap)
 {
     snap = Snap::Face;
     // In the world, so that what lies behind in the picture is not near.
-    const double worldReach = reach * eye.UnitsPerPixel(eye.DepthOf(place), height) * 2.0;
-    const auto pixel = eye.Project(place, width, height);
+    const double worldReach = reach * view.UnitsPerPixel(place) * 2.0;
+    const auto pixel = view.PixelOf(place);
     glm::dvec3 found = place;
     double nearestCorner = reach;
     double nearestEdge = reach;
@@ -143,7 +143,7 @@ glm::dvec3 Measure::Snapped(const Mesh& mesh, const Node& node, const glm::dvec3
     }
     const auto away = [&](const glm::dvec3& point)
     {
-        const auto there = eye.Project(point, width, height);
+        const auto there = view.PixelOf(point);
         const bool isNear = there && glm::distance(point, place) <= worldReach;
         return isNear ? glm::distance(*there, *pixel) : reach;
     };
@@ -186,8 +186,7 @@ void Measure::Add(Desk& desk, const glm::dvec2& pixel, double ratio)
         m_points.clear();
     }
     const glm::dvec3 place(hit->position.x, hit->position.y, hit->position.z);
-    m_points.push_back(Snapped(*hit->mesh, *hit->node, place, desk.GetEye(), desk.GetWidth(), desk.GetHeight(),
-                               SnapReach * ratio, m_snap));
+    m_points.push_back(Snapped(*hit->mesh, *hit->node, place, desk.GetNavigator(), SnapReach * ratio, m_snap));
     static constexpr const char* names[] = {"on a face", "on an edge", "at a corner"};
     desk.Tell("Point " + std::to_string(m_points.size()) + " " + names[static_cast<int>(m_snap)] + ". " + Text());
 }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "apps/viewer/Eye.h"
-
 #include <glm/vec2.hpp>
 #include <glm/vec3.hpp>
 
@@ -21,6 +19,7 @@ namespace OV::ViewerApp
 {
 
 class Desk;
+class Navigator;
 
 /// Distances between two points of the model and angles of three, which snap to its corners and
 /// edges.
@@ -64,8 +63,8 @@ public:
     /// The corner, else the edge, else the place itself that is near in the picture.
     /// @param place on the mesh at the node.
     /// @param reach in pixels.
-    static glm::dvec3 Snapped(const Mesh& mesh, const Node& node, const glm::dvec3& place, const Eye& eye, int width,
-                              int height, double reach, Snap& snap);
+    static glm::dvec3 Snapped(const Mesh& mesh, const Node& node, const glm::dvec3& place,
+                              const Navigator& view, double reach, Snap& snap);
 
 private:
     std::size_t Count() const { return m_kind == Kind::Angle ? 3 : 2; }

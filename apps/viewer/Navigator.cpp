@@ -1,7 +1,9 @@
 #include "apps/viewer/Navigator.h"
 
+#include "orvane_host/present/OrbitView.h"
+#include "orvane_host/present/Presentation.h"
+
 #include <glm/geometric.hpp>
-#include <glm/trigonometric.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -12,49 +14,51 @@ namespace OV::ViewerApp
 namespace
 {
 
-/// Of an orbit, for each pixel per height of the picture: once across is a half turn and more.
-constexpr double OrbitDegrees = 220.0;
-/// Of the distance that is left by a step of a wheel.
-constexpr double ZoomStep = 0.85;
+/// How much nearer a step of a wheel comes.
+constexpr double ZoomStep = 1.18;
 
-/// Begins and ends gently.
-double Eased(double share)
+QGM::Point3d ToPoint(const glm::dvec3& point)
 {
-    return share * share * (3.0 - 2.0 * share);
+    return {point.x, point.y, point.z};
+}
+
+glm::dvec3 ToGlm(const QGM::Point3d& point)
+{
+    return {point.x, point.y, point.z};
 }
 
 } // namespace
 
-void Navigator::SetPicture(int width, int height, const glm::dvec3& worldUp)
+void Navigator::SetPicture(int width, int height)
 {
     m_width = std::max(width, 1);
     m_height = std::max(height, 1);
-    m_worldUp = worldUp;
+    m_camera.SetScreen(m_width, m_height);
 }
 
-void Navigator::SetReach(double nearest, double farthest)
+void Navigator::Follow(const Host::Presentation& presentation)
 {
-    m_nearest = nearest;
-    m_farthest = farthest;
+    const Host::ViewSettings& view = presentation.GetSettings().view;
+    if (const auto box = presentation.GetModelBox())
+    {
+        m_camera.SetModel(box->low, box->high);
+    }
+    m_camera.SetUpAxis(view.upAxis);
+    m_camera.SetFov(view.fov);
+    m_camera.ReadFrom(presentation.GetCamera());
+    m_camera.SetFov(view.fov);
 }
 
-void Navigator::Stand(const Eye& eye)
+void Navigator::WriteTo(Host::ViewSettings& view) const
 {
-    m_eye = eye;
-    m_drag = Drag::None;
-    m_isTurning = false;
-}
-
-void Navigator::Follow(const Eye& eye)
-{
-    m_eye = eye;
+    Host::WriteView(m_camera, view);
 }
 
 void Navigator::BeginDrag(Drag drag, const glm::dvec2& pixel, const glm::dvec3& pivot)
 {
     m_isTurning = false;
     m_drag = drag;
-    m_dragEye = m_eye;
+    m_dragState = m_camera.GetState();
     m_dragPixel = pixel;
     m_pivot = pivot;
 }
@@ -62,56 +66,57 @@ void Navigator::BeginDrag(Drag drag, const glm::dvec2& pixel, const glm::dvec3& 
 void Navigator::DragTo(const glm::dvec2& pixel)
 {
     // From where it began, so that the way there and back ends where it began.
-    const glm::dvec2 moved = pixel - m_dragPixel;
+    m_camera.SetState(m_dragState);
     if (m_drag == Drag::Orbit)
     {
-        const double perPixel = glm::radians(OrbitDegrees) / std::min(m_width, m_height);
-        m_eye = m_dragEye.Turned(m_pivot, m_worldUp, -moved.x * perPixel, -moved.y * perPixel);
+        m_camera.Orbit(pixel.x - m_dragPixel.x, pixel.y - m_dragPixel.y);
+        m_camera.PanPoint(ToPoint(m_pivot), m_dragPixel.x, m_dragPixel.y);
     }
     if (m_drag == Drag::Pan)
     {
-        const double depth = m_dragEye.DepthOf(m_pivot);
-        const glm::dvec3 from = m_dragEye.Behind(m_dragPixel, depth, m_width, m_height);
-        const glm::dvec3 to = m_dragEye.Behind(pixel, depth, m_width, m_height);
-        m_eye = m_dragEye.Moved(from - to);
+        m_camera.PanPoint(ToPoint(m_pivot), pixel.x, pixel.y);
     }
-}
-
-void Navigator::EndDrag()
-{
-    m_drag = Drag::None;
 }
 
 void Navigator::Zoom(double steps, const glm::dvec3& point)
 {
     m_isTurning = false;
-    const double wanted = m_eye.Distance() * std::pow(ZoomStep, steps);
-    const double distance = std::clamp(wanted, m_nearest, std::max(m_nearest, m_farthest));
-    m_eye = m_eye.Nearer(point, distance / m_eye.Distance());
+    m_camera.ZoomAt(std::pow(ZoomStep, steps), ToPoint(point));
+}
+
+void Navigator::Zoom(double steps)
+{
+    m_isTurning = false;
+    m_camera.Zoom(std::pow(ZoomStep, steps), m_width / 2.0, m_height / 2.0);
 }
 
 void Navigator::PanBy(const glm::dvec2& pixels)
 {
     m_isTurning = false;
     const glm::dvec2 middle(m_width / 2.0, m_height / 2.0);
-    const double depth = m_eye.Distance();
-    m_eye = m_eye.Moved(m_eye.Behind(middle, depth, m_width, m_height)
-                        - m_eye.Behind(middle + pixels, depth, m_width, m_height));
+    m_camera.Pan(middle.x, middle.y, middle.x + pixels.x, middle.y + pixels.y);
 }
 
-void Navigator::TurnBy(double yaw, double pitch)
+void Navigator::OrbitBy(const glm::dvec2& pixels)
 {
     m_isTurning = false;
-    m_eye = m_eye.Turned(m_eye.target, m_worldUp, yaw, pitch);
+    m_camera.Orbit(pixels.x, pixels.y);
 }
 
-void Navigator::TurnTo(const Eye& eye)
+void Navigator::TurnTo(const Host::OrbitState& from, const Host::OrbitState& to)
 {
     m_drag = Drag::None;
-    m_turnFrom = m_eye;
-    m_turnTo = eye;
+    m_turnFrom = from;
+    m_turnTo = to;
     m_turned = 0.0;
     m_isTurning = true;
+    m_camera.SetState(from);
+}
+
+void Navigator::Stop()
+{
+    m_isTurning = false;
+    m_drag = Drag::None;
 }
 
 bool Navigator::Step(double seconds)
@@ -121,10 +126,46 @@ bool Navigator::Step(double seconds)
         return false;
     }
     m_turned += seconds;
-    const double share = std::min(m_turned / TurnSeconds, 1.0);
-    m_eye = m_turnFrom.Towards(m_turnTo, Eased(share));
-    m_isTurning = share < 1.0;
+    m_isTurning = m_turned < TurnSeconds;
+    m_camera.SetState(Host::OrbitCamera::Between(m_turnFrom, m_turnTo, m_turned / TurnSeconds));
     return !m_isTurning;
+}
+
+glm::dvec3 Navigator::Forward() const
+{
+    return glm::normalize(ToGlm(m_camera.GetState().target) - ToGlm(m_camera.GetEye()));
+}
+
+glm::dvec3 Navigator::Right() const
+{
+    return glm::normalize(glm::cross(Forward(), Up()));
+}
+
+glm::dvec3 Navigator::Up() const
+{
+    const QGM::Vector3d up = m_camera.GetUp();
+    return {up.x, up.y, up.z};
+}
+
+std::optional<glm::dvec2> Navigator::PixelOf(const glm::dvec3& point) const
+{
+    glm::dvec2 pixel(0.0);
+    return m_camera.PixelOf(ToPoint(point), pixel.x, pixel.y) ? std::optional<glm::dvec2>(pixel) : std::nullopt;
+}
+
+glm::dvec3 Navigator::PointAt(const glm::dvec2& pixel) const
+{
+    return ToGlm(m_camera.PointAt(pixel.x, pixel.y));
+}
+
+double Navigator::UnitsPerPixel(const glm::dvec3& point) const
+{
+    const double atTarget = glm::distance(PointAt({0.0, 0.0}), PointAt({0.0, 1.0}));
+    if (m_camera.IsOrthographic())
+    {
+        return atTarget;
+    }
+    return atTarget * glm::dot(point - ToGlm(m_camera.GetEye()), Forward()) / m_camera.GetState().distance;
 }
 
 } // namespace OV::ViewerApp

@@ -1,15 +1,27 @@
 #pragma once
 
-#include "apps/viewer/Eye.h"
+#include "orvane_host/view/OrbitCamera.h"
 
 #include <glm/vec2.hpp>
+#include <glm/vec3.hpp>
+
+#include <optional>
+
+namespace OV::Host
+{
+
+class Presentation;
+struct ViewSettings;
+
+} // namespace OV::Host
 
 namespace OV::ViewerApp
 {
 
-/// Moves an eye by what a pointer does, and turns it to another one in a short while.
+/// Moves a camera by what a pointer does, and turns it to another place in a short while.
 ///
-/// Knows no window and no clock: it is told pixels and seconds.
+/// Knows no window and no clock: it is told pixels of the picture, from its upper left corner, and
+/// seconds.
 class Navigator
 {
 public:
@@ -23,58 +35,71 @@ public:
     /// How long a turn takes, in seconds.
     static constexpr double TurnSeconds = 0.25;
 
-    /// The picture, in pixels, and the direction that is up in the world.
-    void SetPicture(int width, int height, const glm::dvec3& worldUp);
+    void SetPicture(int width, int height);
 
-    /// How near and how far the eye may come to what it looks at.
-    void SetReach(double nearest, double farthest);
+    /// Looks from where a presentation does. What goes on goes on.
+    void Follow(const Host::Presentation& presentation);
 
-    /// Stands somewhere at once; ends a drag or a turn.
-    void Stand(const Eye& eye);
+    /// Writes eye, target and up.
+    void WriteTo(Host::ViewSettings& view) const;
 
-    /// Takes over what another one did to the view, without ending what goes on.
-    void Follow(const Eye& eye);
+    const Host::OrbitCamera& GetCamera() const { return m_camera; }
 
-    const Eye& GetEye() const { return m_eye; }
-
-    /// @param pivot what is under the pointer: an orbit goes about it, and a pan keeps it there.
+    /// @param pivot what is under the pointer, which stays there.
     void BeginDrag(Drag drag, const glm::dvec2& pixel, const glm::dvec3& pivot);
     void DragTo(const glm::dvec2& pixel);
-    void EndDrag();
+    void EndDrag() { m_drag = Drag::None; }
     Drag GetDrag() const { return m_drag; }
 
     /// Steps of a wheel, above 0 to come nearer to a point.
     void Zoom(double steps, const glm::dvec3& point);
 
+    /// Steps of a wheel, towards the middle of the picture.
+    void Zoom(double steps);
+
     /// Moves the picture by pixels, at the depth of the target.
     void PanBy(const glm::dvec2& pixels);
 
-    /// Turns about the target by a part of a turn, as keys do.
-    void TurnBy(double yaw, double pitch);
+    /// Turns about the target as a drag over so many pixels does.
+    void OrbitBy(const glm::dvec2& pixels);
 
-    void TurnTo(const Eye& eye);
+    /// Turns there from somewhere.
+    void TurnTo(const Host::OrbitState& from, const Host::OrbitState& to);
     bool IsTurning() const { return m_isTurning; }
+    void Stop();
 
     /// Goes on with a turn.
     /// @return whether it ended with this step.
     bool Step(double seconds);
 
+    // What is seen where
+
+    glm::dvec3 Forward() const;
+    glm::dvec3 Right() const;
+    glm::dvec3 Up() const;
+
+    /// None for what isn't before the eye.
+    std::optional<glm::dvec2> PixelOf(const glm::dvec3& point) const;
+
+    /// The point under a pixel, as far away as the target.
+    glm::dvec3 PointAt(const glm::dvec2& pixel) const;
+
+    /// World units across a pixel at a point.
+    double UnitsPerPixel(const glm::dvec3& point) const;
+
 private:
-    Eye m_eye;
-    int m_width = 1;
+    Host::OrbitCamera m_camera;
     int m_height = 1;
-    glm::dvec3 m_worldUp{0.0, 1.0, 0.0};
-    double m_nearest = 0.0;
-    double m_farthest = 1e15;
+    int m_width = 1;
 
     Drag m_drag = Drag::None;
-    Eye m_dragEye;
+    Host::OrbitState m_dragState;
     glm::dvec2 m_dragPixel{0.0, 0.0};
     glm::dvec3 m_pivot{0.0, 0.0, 0.0};
 
     bool m_isTurning = false;
-    Eye m_turnFrom;
-    Eye m_turnTo;
+    Host::OrbitState m_turnFrom;
+    Host::OrbitState m_turnTo;
     double m_turned = 0.0; ///< seconds
 };
 

@@ -53,10 +53,10 @@ glm::dvec3 InModel(const glm::dvec3& direction, Host::UpAxis axis)
 }
 
 /// The corners of a face in the picture, round about, as far from the middle of the cube as told.
-std::array<glm::dvec2, 4> CornersOf(const glm::dvec3& normal, const Eye& eye, double half)
+std::array<glm::dvec2, 4> CornersOf(const glm::dvec3& normal, const Navigator& view, double half)
 {
-    const glm::dvec3 right = eye.Right();
-    const glm::dvec3 up = glm::cross(right, eye.Forward());
+    const glm::dvec3 right = view.Right();
+    const glm::dvec3 up = view.Up();
     const glm::dvec3 side = std::abs(normal.y) > 0.5 ? glm::dvec3(1.0, 0.0, 0.0) : glm::dvec3(0.0, 1.0, 0.0);
     const glm::dvec3 other = glm::cross(normal, side);
     std::array<glm::dvec2, 4> corners;
@@ -151,14 +151,14 @@ glm::dvec2 Overlay::CubeMiddle() const
 
 int Overlay::CubeFaceAt(const glm::dvec2& pixel) const
 {
-    const Eye& eye = m_desk.GetEye();
+    const Navigator& view = m_desk.GetNavigator();
     const glm::dvec2 point = pixel - CubeMiddle();
     for (std::size_t i = 0; i < CubeFaces().size(); ++i)
     {
         const glm::dvec3 normal = InModel(CubeFaces()[i].normal, m_desk.GetSettings().view.upAxis);
         // One that is seen from the side is nothing to press on.
-        if (glm::dot(normal, eye.Forward()) < -0.05
-            && IsInside(CornersOf(normal, eye, CubeSide * m_ratio / 2.0), point))
+        if (glm::dot(normal, view.Forward()) < -0.05
+            && IsInside(CornersOf(normal, view, CubeSide * m_ratio / 2.0), point))
         {
             return static_cast<int>(i);
         }
@@ -174,15 +174,15 @@ std::optional<Overlay::Handle> Overlay::HandleOf(std::size_t index) const
     {
         return std::nullopt;
     }
-    const Eye& eye = m_desk.GetEye();
+    const Navigator& view = m_desk.GetNavigator();
     Handle handle;
     handle.normal = glm::normalize(ToGlm(planes[index].normal));
     // Where the plane lies before the middle of the model.
     const glm::dvec3 middle = (ToGlm(box->low) + ToGlm(box->high)) / 2.0;
     handle.foot = middle - handle.normal * glm::dot(middle - ToGlm(planes[index].position), handle.normal);
-    const auto from = eye.Project(handle.foot, m_desk.GetWidth(), m_desk.GetHeight());
-    const double step = eye.UnitsPerPixel(eye.DepthOf(handle.foot), m_desk.GetHeight());
-    const auto ahead = eye.Project(handle.foot + handle.normal * step, m_desk.GetWidth(), m_desk.GetHeight());
+    const auto from = view.PixelOf(handle.foot);
+    const double step = view.UnitsPerPixel(handle.foot);
+    const auto ahead = view.PixelOf(handle.foot + handle.normal * step);
     if (!from || !ahead)
     {
         return std::nullopt;
@@ -307,19 +307,19 @@ void Overlay::DrawHandles(const PointRect& rect) const
 void Overlay::DrawCube(const PointRect& rect) const
 {
     Pen pen(rect, m_ratio);
-    const Eye& eye = m_desk.GetEye();
+    const Navigator& view = m_desk.GetNavigator();
     const glm::dvec2 middle = CubeMiddle();
     const int hovered = m_pointer ? CubeFaceAt(*m_pointer) : -1;
     for (std::size_t i = 0; i < CubeFaces().size(); ++i)
     {
         const CubeFace& face = CubeFaces()[i];
         const glm::dvec3 normal = InModel(face.normal, m_desk.GetSettings().view.upAxis);
-        const double turned = -glm::dot(normal, eye.Forward());
+        const double turned = -glm::dot(normal, view.Forward());
         if (turned < 1e-3)
         {
             continue;
         }
-        const std::array<glm::dvec2, 4> corners = CornersOf(normal, eye, CubeSide * m_ratio / 2.0);
+        const std::array<glm::dvec2, 4> corners = CornersOf(normal, view, CubeSide * m_ratio / 2.0);
         std::array<ImVec2, 4> points;
         std::transform(corners.begin(), corners.end(), points.begin(),
                        [&](const glm::dvec2& corner) { return pen.At(middle + corner); });
@@ -333,9 +333,8 @@ void Overlay::DrawCube(const PointRect& rect) const
             const float size = 12.0f;
             const ImVec2 extent = ImGui::GetFont()->CalcTextSizeA(size, 1e9f, 0.0f, face.name);
             const glm::dvec3 centre = normal * (CubeSide * m_ratio / 2.0);
-            const glm::dvec3 right = eye.Right();
-            const ImVec2 at = pen.At(middle + glm::dvec2(glm::dot(centre, right),
-                                                         -glm::dot(centre, glm::cross(right, eye.Forward()))));
+            const ImVec2 at =
+                pen.At(middle + glm::dvec2(glm::dot(centre, view.Right()), -glm::dot(centre, view.Up())));
             pen.List().AddText(ImGui::GetFont(), size,
                                {std::floor(at.x - extent.x / 2.0f), std::floor(at.y - extent.y / 2.0f)}, Ink, face.name);
         }
@@ -352,7 +351,7 @@ void Overlay::DrawMeasure(const PointRect& rect) const
     std::vector<glm::dvec2> pixels;
     for (const glm::dvec3& point : m_measure.GetPoints())
     {
-        if (const auto pixel = m_desk.GetEye().Project(point, m_desk.GetWidth(), m_desk.GetHeight()))
+        if (const auto pixel = m_desk.GetNavigator().PixelOf(point))
         {
             pixels.push_back(*pixel);
         }

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "apps/viewer/Eye.h"
 #include "apps/viewer/PointRect.h"
 
 #include <glm/vec2.hpp>
+#include <glm/vec3.hpp>
 
 #include <cstddef>
 #include <optional>

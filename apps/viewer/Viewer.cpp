@@ -243,7 +243,11 @@ bool Viewer::IsOverPicture(double x, double y) const
 void Viewer::Handle(const InputEvent& event)
 {
     Redraw();
-    m_gui->Feed(event);
+    // A key that is for the program would take the keys to a field of a panel.
+    if (event.key != KeyTab || m_gui->WantsKeys())
+    {
+        m_gui->Feed(event);
+    }
     switch (event.kind)
     {
     case InputEvent::Kind::PointerMoved:
