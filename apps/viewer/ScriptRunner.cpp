@@ -20,6 +20,10 @@ namespace
 constexpr int DragSteps = 4;
 constexpr double LoadingPoll = 0.02;
 
+/// Seconds from one action to the next for who looks at the time of events: two clicks are two,
+/// however fast a script is, and a double click is one, however slow.
+constexpr double ActionSeconds = 10.0;
+
 InputEvent PointerEvent(InputEvent::Kind kind, double x, double y, int button, unsigned modifiers)
 {
     InputEvent event;
@@ -216,8 +220,13 @@ bool ScriptRunner::BeginPointer(const ScriptAction& action)
 
 void ScriptRunner::Click(double x, double y, int button, unsigned modifiers, int times)
 {
+    m_time += ActionSeconds;
     const auto push = [this, x, y, button, modifiers](InputEvent::Kind kind)
-    { Then([=] { m_viewer.GetWindow().Push(PointerEvent(kind, x, y, button, modifiers)); }); };
+    {
+        InputEvent event = PointerEvent(kind, x, y, button, modifiers);
+        event.time = m_time;
+        Then([this, event] { m_viewer.GetWindow().Push(event); });
+    };
     push(InputEvent::Kind::PointerMoved);
     // A panel learns in a frame that the pointer is over it.
     push(InputEvent::Kind::PointerMoved);

@@ -46,6 +46,7 @@ private:
     std::deque<std::function<void()>> m_steps;
     bool m_isWaiting = false;
     Clock::time_point m_pausedUntil;
+    double m_time = 0.0; ///< of events
 };
 
 } // namespace OV::ViewerApp

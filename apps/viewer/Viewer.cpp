@@ -30,7 +30,7 @@ using Clock = std::chrono::steady_clock;
 constexpr int FramesAfterEvent = 3;
 /// Points that a pointer may move between press and release of a click.
 constexpr double ClickReach = 3.0;
-constexpr std::chrono::milliseconds DoubleClickTime(400);
+constexpr double DoubleClickSeconds = 0.4;
 /// Samples of a picture where settings name none, as those of a saved picture.
 constexpr int UsualSamples = 4;
 constexpr double LoadingPoll = 0.05;
@@ -373,10 +373,9 @@ void Viewer::Click(const InputEvent& event, const glm::dvec2& pixel)
         m_measure.Add(m_desk, pixel, m_window->GetPixelRatio());
         return;
     }
-    const Clock::time_point now = Clock::now();
-    const bool isDouble =
-        now - m_lastClick < DoubleClickTime && glm::distance(pixel, m_lastClickAt) < 2.0 * ClickReach;
-    m_lastClick = now;
+    const bool isDouble = event.time - m_lastClick < DoubleClickSeconds
+        && glm::distance(pixel, m_lastClickAt) < 2.0 * ClickReach * m_window->GetPixelRatio();
+    m_lastClick = event.time;
     m_lastClickAt = isDouble ? glm::dvec2(-1e9, -1e9) : pixel;
     if (isDouble)
     {

@@ -117,7 +117,7 @@ private:
     bool m_isBoxing = false;
     unsigned m_pressModifiers = 0;
     glm::dvec2 m_pointer{0.0, 0.0}; ///< in pixels of the picture
-    std::chrono::steady_clock::time_point m_lastClick;
+    double m_lastClick = -1e9; ///< as InputEvent::time
     glm::dvec2 m_lastClickAt{-1e9, -1e9};
 };
 

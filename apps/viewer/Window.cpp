@@ -96,6 +96,7 @@ void OnButton(GLFWwindow* window, int button, int action, int modifiers)
                    : button == GLFW_MOUSE_BUTTON_RIGHT ? Button::Right
                                                        : Button::Middle;
     event.modifiers = ModifiersOf(modifiers);
+    event.time = glfwGetTime();
     glfwGetCursorPos(window, &event.x, &event.y);
     Of(window).Push(event);
 }

@@ -16,8 +16,8 @@ class ViewerFault : public ViewerTool
 TEST_F(ViewerFault, ABrokenFileLeavesWhatWasOpen)
 {
     const std::string cube = WriteCube();
-    WriteWholeFile(folder.Path("broken.obj"), "this is no model\n");
-    View(cube, "picture FOLDER/before.png\nopen FOLDER/broken.obj\nexpect message broken.obj\nexpect model cube.obj\n"
+    WriteWholeFile(folder.Path("broken.gltf"), "{");
+    View(cube, "picture FOLDER/before.png\nopen FOLDER/broken.gltf\nexpect message broken.gltf\nexpect model cube.obj\n"
                "picture FOLDER/after.png\nopen FOLDER/none.obj\nexpect message none.obj\nexpect model cube.obj");
     ExpectSame(PictureAt("before.png"), PictureAt("after.png"));
 }

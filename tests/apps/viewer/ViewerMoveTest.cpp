@@ -71,7 +71,9 @@ TEST_F(ViewerMove, AWatchedFileIsReadAgainWithTheSameView)
     EXPECT_NE(told.find("\"named\": \"front\""), std::string::npos);
     EXPECT_NE(told.find("\"sky\": true"), std::string::npos);
     const Picture picture = PictureAt("green.png");
-    EXPECT_EQ(picture.At(picture.GetWidth() / 2, picture.GetHeight() / 2), ToPixel(0, 1, 0));
+    const Pixel middle = picture.At(picture.GetWidth() / 2, picture.GetHeight() / 2);
+    EXPECT_EQ(middle.r, 0);
+    EXPECT_GT(middle.g, 100);
 }
 
 TEST_F(ViewerMove, RandomActionsDoNoHarm)
