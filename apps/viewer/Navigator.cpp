@@ -54,7 +54,7 @@ void Navigator::WriteTo(Host::ViewSettings& view) const
     Host::WriteView(m_camera, view);
 }
 
-void Navigator::BeginDrag(Drag drag, const glm::dvec2& pixel, const glm::dvec3& pivot)
+void Navigator::BeginDrag(Drag drag, const glm::dvec2& pixel, const std::optional<glm::dvec3>& pivot)
 {
     m_isTurning = false;
     m_drag = drag;
@@ -70,11 +70,18 @@ void Navigator::DragTo(const glm::dvec2& pixel)
     if (m_drag == Drag::Orbit)
     {
         m_camera.Orbit(pixel.x - m_dragPixel.x, pixel.y - m_dragPixel.y);
-        m_camera.PanPoint(ToPoint(m_pivot), m_dragPixel.x, m_dragPixel.y);
+        if (m_pivot)
+        {
+            m_camera.PanPoint(ToPoint(*m_pivot), m_dragPixel.x, m_dragPixel.y);
+        }
     }
-    if (m_drag == Drag::Pan)
+    if (m_drag == Drag::Pan && m_pivot)
     {
-        m_camera.PanPoint(ToPoint(m_pivot), pixel.x, pixel.y);
+        m_camera.PanPoint(ToPoint(*m_pivot), pixel.x, pixel.y);
+    }
+    else if (m_drag == Drag::Pan)
+    {
+        m_camera.Pan(m_dragPixel.x, m_dragPixel.y, pixel.x, pixel.y);
     }
 }
 

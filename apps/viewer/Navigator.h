@@ -45,8 +45,9 @@ public:
 
     const Host::OrbitCamera& GetCamera() const { return m_camera; }
 
-    /// @param pivot what is under the pointer, which stays there.
-    void BeginDrag(Drag drag, const glm::dvec2& pixel, const glm::dvec3& pivot);
+    /// @param pivot what is under the pointer, which stays there; none for the target, which stays
+    /// in the middle.
+    void BeginDrag(Drag drag, const glm::dvec2& pixel, const std::optional<glm::dvec3>& pivot);
     void DragTo(const glm::dvec2& pixel);
     void EndDrag() { m_drag = Drag::None; }
     Drag GetDrag() const { return m_drag; }
@@ -95,7 +96,7 @@ private:
     Drag m_drag = Drag::None;
     Host::OrbitState m_dragState;
     glm::dvec2 m_dragPixel{0.0, 0.0};
-    glm::dvec3 m_pivot{0.0, 0.0, 0.0};
+    std::optional<glm::dvec3> m_pivot;
 
     bool m_isTurning = false;
     Host::OrbitState m_turnFrom;

@@ -24,6 +24,7 @@ constexpr double HandleReach = 10.0;
 
 const ImU32 Ink = IM_COL32(30, 34, 40, 255);
 const ImU32 Paper = IM_COL32(255, 255, 255, 235);
+const ImU32 Grip = IM_COL32(20, 105, 215, 255);
 const ImU32 Accent = IM_COL32(225, 105, 20, 255);
 
 struct CubeFace
@@ -291,16 +292,20 @@ void Overlay::DrawHandles(const PointRect& rect) const
         {
             continue;
         }
-        const ImU32 color = hovered == i ? Accent : Ink;
+        const ImU32 color = hovered == i ? Accent : Grip;
         const glm::dvec2 along = glm::normalize(handle->to - handle->from);
         const glm::dvec2 across(-along.y, along.x);
         const double head = 11.0 * m_ratio;
         const glm::dvec2 neck = handle->to - along * head;
-        pen.Line(handle->from, neck, Paper, 6.0f);
-        pen.Line(handle->from, neck, color, 3.0f);
-        pen.List().AddTriangleFilled(pen.At(handle->to), pen.At(neck + across * head * 0.55),
-                                     pen.At(neck - across * head * 0.55), color);
-        pen.List().AddCircleFilled(pen.At(handle->from), 4.0f, color);
+        const std::array<ImVec2, 3> tip = {pen.At(handle->to), pen.At(neck + across * head * 0.6),
+                                           pen.At(neck - across * head * 0.6)};
+        // On paper, so that it is seen before dark sections as well.
+        pen.List().AddPolyline(tip.data(), 3, Paper, ImDrawFlags_Closed, 4.0f);
+        pen.List().AddCircleFilled(pen.At(handle->from), 6.5f, Paper);
+        pen.Line(handle->from, neck, Paper, 7.0f);
+        pen.Line(handle->from, neck, color, 3.5f);
+        pen.List().AddTriangleFilled(tip[0], tip[1], tip[2], color);
+        pen.List().AddCircleFilled(pen.At(handle->from), 4.5f, color);
     }
 }
 

@@ -54,6 +54,8 @@ const std::vector<Form>& Forms()
         {"picture", {"FILE"}, "write the model without panels as a PNG file"},
         {"print", {"WHAT"}, "write to standard output: selection, command, settings, measure, message, model, statistics"},
         {"expect", {"WHAT", "TEXT"}, "end with status 1 unless what print writes holds the text"},
+        {"await", {"WHAT", "TEXT"}, "go on when what print writes holds the text; end with status 1 after a minute"},
+        {"copy", {"FILE", "FILE"}, "copy a file over another one"},
         {"lose-context", {}, "lose the GL context and get another one"},
         {"quit", {}, "end"},
     };

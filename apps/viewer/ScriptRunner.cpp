@@ -7,7 +7,9 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <filesystem>
 #include <iostream>
+#include <system_error>
 #include <utility>
 
 namespace OV::ViewerApp
@@ -19,6 +21,7 @@ namespace
 /// Places between the ends of a drag, as a hand makes some.
 constexpr int DragSteps = 4;
 constexpr double LoadingPoll = 0.02;
+constexpr std::chrono::seconds AwaitTime(60);
 
 /// Seconds from one action to the next for who looks at the time of events: two clicks are two,
 /// however fast a script is, and a double click is one, however slow.
@@ -66,6 +69,10 @@ double ScriptRunner::Timeout() const
     {
         return 0.0;
     }
+    if (m_awaited)
+    {
+        return LoadingPoll;
+    }
     if (m_isWaiting)
     {
         return m_viewer.IsAtRest() ? 0.0 : LoadingPoll;
@@ -87,6 +94,11 @@ void ScriptRunner::Step()
         step();
         return;
     }
+    if (m_awaited)
+    {
+        Await();
+        return;
+    }
     if (m_isWaiting && !m_viewer.IsAtRest())
     {
         return;
@@ -106,7 +118,7 @@ void ScriptRunner::Fail(const ScriptAction& action, const std::string& reason) c
 
 void ScriptRunner::Begin(const ScriptAction& action)
 {
-    if (BeginPointer(action) || BeginModel(action) || BeginPicture(action))
+    if (BeginPointer(action) || BeginModel(action) || BeginPicture(action) || BeginWords(action))
     {
         return;
     }
@@ -125,7 +137,25 @@ void ScriptRunner::Begin(const ScriptAction& action)
         }
         m_pausedUntil = Clock::now() + std::chrono::microseconds(static_cast<long long>(seconds * 1e6));
     }
-    else if (action.name == "print")
+    else if (action.name == "copy")
+    {
+        std::error_code trouble;
+        std::filesystem::copy_file(action.words[0], action.words[1], std::filesystem::copy_options::overwrite_existing,
+                                   trouble);
+        if (trouble)
+        {
+            Fail(action, trouble.message());
+        }
+    }
+    else if (action.name == "quit")
+    {
+        m_viewer.Close();
+    }
+}
+
+bool ScriptRunner::BeginWords(const ScriptAction& action)
+{
+    if (action.name == "print")
     {
         std::cout << Print(action) << '\n' << std::flush;
     }
@@ -137,9 +167,28 @@ void ScriptRunner::Begin(const ScriptAction& action)
             Fail(action, "'" + action.words[1] + "' is not in '" + told + "'");
         }
     }
-    else if (action.name == "quit")
+    else if (action.name == "await")
     {
-        m_viewer.Close();
+        m_awaited = &action;
+        m_awaitedUntil = Clock::now() + AwaitTime;
+    }
+    else
+    {
+        return false;
+    }
+    return true;
+}
+
+void ScriptRunner::Await()
+{
+    const std::string told = Print(*m_awaited);
+    if (told.find(m_awaited->words[1]) != std::string::npos)
+    {
+        m_awaited = nullptr;
+    }
+    else if (Clock::now() > m_awaitedUntil)
+    {
+        Fail(*m_awaited, "'" + m_awaited->words[1] + "' is still not in '" + told + "'");
     }
 }
 

@@ -37,6 +37,8 @@ private:
     void Press(const ScriptAction& action);
     void Type(const std::string& text);
     void Set(const ScriptAction& action);
+    bool BeginWords(const ScriptAction& action);
+    void Await();
     std::string Print(const ScriptAction& action) const;
     [[noreturn]] void Fail(const ScriptAction& action, const std::string& reason) const;
 
@@ -45,6 +47,8 @@ private:
     std::size_t m_next = 0;
     std::deque<std::function<void()>> m_steps;
     bool m_isWaiting = false;
+    const ScriptAction* m_awaited = nullptr; ///< null while none is
+    Clock::time_point m_awaitedUntil;
     Clock::time_point m_pausedUntil;
     double m_time = 0.0; ///< of events
 };

@@ -362,8 +362,10 @@ void Viewer::BeginDrag(const InputEvent& event, const glm::dvec2& pixel)
         return;
     }
     const bool pans = event.button != Button::Left || (event.modifiers & ModifierShift) != 0;
-    m_desk.GetNavigator().BeginDrag(pans ? Navigator::Drag::Pan : Navigator::Drag::Orbit, pixel,
-                                    m_desk.PointUnder(pixel));
+    const auto hit = m_desk.Pick(pixel);
+    const auto pivot =
+        hit ? std::optional<glm::dvec3>({hit->position.x, hit->position.y, hit->position.z}) : std::nullopt;
+    m_desk.GetNavigator().BeginDrag(pans ? Navigator::Drag::Pan : Navigator::Drag::Orbit, pixel, pivot);
 }
 
 void Viewer::Click(const InputEvent& event, const glm::dvec2& pixel)

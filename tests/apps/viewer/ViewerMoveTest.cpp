@@ -1,7 +1,6 @@
 #include "tests/apps/viewer/ViewerTool.h"
 
 #include <random>
-#include <thread>
 
 using namespace OV::Test;
 
@@ -58,16 +57,12 @@ TEST_F(ViewerMove, ADroppedFileIsOpened)
 TEST_F(ViewerMove, AWatchedFileIsReadAgainWithTheSameView)
 {
     const std::string square = WriteSquare();
-    std::thread writer(
-        [&]
-        {
-            std::this_thread::sleep_for(std::chrono::milliseconds(2500));
-            WriteWholeFile(square, "mtllib colours.mtl\nusemtl green\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nf 1 2 3 4\n");
-        });
-    const std::string told = View(square, "view front\nwait\nset sky true\nexpect message square.obj\npause 5\nwait\n"
-                                          "expect message again\nprint settings\npicture FOLDER/green.png",
+    WriteWholeFile(folder.Path("green.obj"),
+                   "mtllib colours.mtl\nusemtl green\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nf 1 2 3 4\n");
+    const std::string told = View(square,
+                                  "view front\nwait\nset sky true\nexpect message square.obj\ncopy FOLDER/green.obj "
+                                      + square + "\nawait message again\nwait\nprint settings\npicture FOLDER/green.png",
                                   {"--forget", "--watch"});
-    writer.join();
     EXPECT_NE(told.find("\"named\": \"front\""), std::string::npos);
     EXPECT_NE(told.find("\"sky\": true"), std::string::npos);
     const Picture picture = PictureAt("green.png");
