@@ -19,6 +19,11 @@ class TextureHeir;
 /// An id of 0 is failure. 0xFFFFFFFF says that the answer is still to come and the question
 /// is to be asked again in the next frame. Whoever got an id gives it back with
 /// ReleaseTexture.
+///
+/// The engine calls a loader in the middle of a frame. What a host's own loader may do to scenes
+/// and contexts there is told at Scene and AppContext. It may delete itself too, and returns at
+/// once then; names and paths that it was given stay good until it returns, pixels as long as it
+/// lets their material live.
 class ORVANE_API TextureLoader
 {
 public:

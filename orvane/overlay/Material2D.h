@@ -1,6 +1,5 @@
 #pragma once
 
-#include "orvane/base/Lifetime.h"
 #include "orvane/scene/Material.h"
 
 namespace OV
@@ -42,12 +41,6 @@ public:
     int textureHeight = 0;
 
     bool transparent = true;
-
-    /// For whoever points at this material and must know when it is gone.
-    Lifetime& GetLifetime() { return m_lifetime; }
-
-private:
-    Lifetime m_lifetime;
 };
 
 } // namespace OV

@@ -1,5 +1,6 @@
 #include "orvane/overlay/Scene2D.h"
 
+#include "orvane/base/detail/Walk.h"
 #include "orvane/math/Sphere.h"
 #include "orvane/math/Transform.h"
 #include "orvane/math/Vector.h"
@@ -114,6 +115,11 @@ bool Scene2D::AddLineStyle(LineStyle* style)
 
 void Scene2D::UpdateGraph(float width, float height)
 {
+    if (detail::Walk::IsOn(this, detail::Walk::Any))
+    {
+        return;
+    }
+    const detail::Walk walk(this, detail::Walk::UpdateLayer);
     const bool resized = width != screenWidth || height != screenHeight;
     screenWidth = width;
     screenHeight = height;
@@ -126,12 +132,18 @@ void Scene2D::UpdateGraph(float width, float height)
     {
         MarkDirty();
         RefreshScaledMaterials(optimizedMaterials);
-        RefreshScaledMaterials(alphaMaterials);
+        if (!walk.IsGone(this))
+        {
+            RefreshScaledMaterials(alphaMaterials);
+        }
     }
-    // By index: a node leaves the list when it finds what it follows gone.
-    for (std::size_t i = m_followers.size(); i-- > 0;)
+    if (!walk.IsGone(this))
     {
-        m_followers[i]->FollowParent();
+        MoveFollowers(walk);
+    }
+    if (walk.IsGone(this))
+    {
+        return;
     }
     if (dirty)
     {
@@ -140,11 +152,34 @@ void Scene2D::UpdateGraph(float width, float height)
     Scene::UpdateGraph(width, height);
 }
 
+void Scene2D::MoveFollowers(const detail::Walk& walk)
+{
+    // By index: a node leaves the list when it finds what it follows gone, and a screen mapping of
+    // the host's may take any of them away.
+    for (std::size_t i = m_followers.size(); i-- > 0;)
+    {
+        if (i < m_followers.size())
+        {
+            m_followers[i]->FollowParent();
+        }
+        if (walk.IsGone(this))
+        {
+            return;
+        }
+    }
+}
+
 void Scene2D::RefreshScaledMaterials(const std::vector<Material*>& materials)
 {
+    // A loader that is given a texture back may take others of the materials away.
+    const detail::Walk walk(this, detail::Walk::Other);
     const std::vector<Material*> present = materials;
     for (Material* material : present)
     {
+        if (walk.IsGone(material))
+        {
+            continue;
+        }
         const auto* const flat = dynamic_cast<const Material2D*>(material);
         if (flat && flat->uScale < 1.0f && CanBeMadeAnew(*flat))
         {
@@ -187,11 +222,17 @@ void Scene2D::ProcessZOrderedDrawItems()
 {
     SortDrawItems();
 
-    nearZ = std::numeric_limits<float>::max();
-    farZ = -std::numeric_limits<float>::max();
+    const detail::Walk walk(this, detail::Walk::Other);
+    float nearest = std::numeric_limits<float>::max();
+    float farthest = -std::numeric_limits<float>::max();
     if (root)
     {
-        root->UpdateCulling(nearZ, farZ);
+        root->UpdateCulling(nearest, farthest);
+    }
+    if (!walk.IsGone(this))
+    {
+        nearZ = nearest;
+        farZ = farthest;
     }
 }
 

@@ -10,6 +10,13 @@
 namespace OV
 {
 
+namespace detail
+{
+
+class Walk;
+
+}  // namespace detail
+
 class CoreContext;
 class Shape2DNode;
 class Sprite;
@@ -88,6 +95,7 @@ private:
     };
 
     void SortDrawItems();
+    void MoveFollowers(const detail::Walk& walk);
     void RefreshScaledMaterials(const std::vector<Material*>& materials);
     void TellContentsOfClear();
 

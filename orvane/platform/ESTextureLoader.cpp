@@ -20,6 +20,9 @@ namespace OV::Platform::Linux
 namespace
 {
 
+// Every driver takes textures of this size: a text that is no higher needs no question.
+constexpr int kSafeTextureSize = 1024;
+
 bool IsPowerOfTwo(int number)
 {
     return number > 0 && (number & (number - 1)) == 0;
@@ -190,25 +193,30 @@ unsigned int ESTextureLoader::CreateTextTexture(const std::string& fontName, int
     const auto found = cache.find(key);
     if (found == cache.end())
     {
-        if (!LoadEntryPoints())
+        std::unique_ptr<Image> image(detail::RasterizeText(fontName, fontSize, text, maxWidth));
+        const int wholeHeight = image ? image->height : 0;
+        if (wholeHeight > kSafeTextureSize && LoadEntryPoints())
         {
-            return 0;
+            GLint largest = 0;
+            glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largest);
+            if (wholeHeight > largest)
+            {
+                image.reset(detail::RasterizeText(fontName, fontSize, text, maxWidth, largest));
+            }
         }
-        GLint largest = 0;
-        glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largest);
-        const std::unique_ptr<Image> image(detail::RasterizeText(fontName, fontSize, text, maxWidth, largest));
-        if (!image)
+        const unsigned int id = image ? AddTextTexture(key, *image, width, height, textureWidth, textureHeight) : 0;
+        if (id != 0 && textureHeight < wholeHeight)
         {
-            return 0;
+            // The text is as high as if no line were left out; the empty last row stands for those.
+            height = wholeHeight;
+            CacheRecord& cut = *cache.find(key)->second;
+            cut.height = height;
+            cut.vScale = static_cast<float>(height) / static_cast<float>(textureHeight);
+            glBindTexture(GL_TEXTURE_2D, id);
+            SetParameter(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+            glBindTexture(GL_TEXTURE_2D, 0);
         }
-        width = image->width;
-        height = image->height;
-        if (height + 1 >= largest)
-        {
-            // Lines may have been left out; the text is as high as if they were there.
-            detail::MeasureText(fontName, fontSize, text, maxWidth, width, height);
-        }
-        return AddTextTexture(key, *image, width, height, textureWidth, textureHeight);
+        return id;
     }
     CacheRecord& record = *found->second;
     width = record.width;
@@ -219,11 +227,15 @@ unsigned int ESTextureLoader::CreateTextTexture(const std::string& fontName, int
     return record.textureId;
 }
 
-unsigned int ESTextureLoader::AddTextTexture(const TextureIndex& key, Image& image, int width, int height,
+unsigned int ESTextureLoader::AddTextTexture(const TextureIndex& key, Image& image, int& width, int& height,
                                              int& textureWidth, int& textureHeight)
 {
-    textureWidth = image.width;
-    textureHeight = image.height;
+    if (!LoadEntryPoints())
+    {
+        return 0;
+    }
+    width = textureWidth = image.width;
+    height = textureHeight = image.height;
 
     auto record = std::make_unique<CacheRecord>();
     record->textureId = GenerateTexture();
@@ -234,11 +246,6 @@ unsigned int ESTextureLoader::AddTextTexture(const TextureIndex& key, Image& ima
     glBindTexture(GL_TEXTURE_2D, record->textureId);
     SetParameter(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
     SetParameter(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
-    if (textureHeight < height)
-    {
-        // The empty last row stands for the lines that were left out.
-        SetParameter(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
-    }
     UploadLevel0(GL_TEXTURE_2D, textureWidth, textureHeight, image.data);
     glBindTexture(GL_TEXTURE_2D, 0);
 

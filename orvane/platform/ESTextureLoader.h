@@ -87,7 +87,7 @@ protected:
     void CheckExtensions();
 
     /// Makes the texture of a rasterised text and holds it under the key. GL.
-    unsigned int AddTextTexture(const TextureIndex& key, Image& image, int width, int height, int& textureWidth,
+    unsigned int AddTextTexture(const TextureIndex& key, Image& image, int& width, int& height, int& textureWidth,
                                 int& textureHeight);
 
     using Cache = std::map<TextureIndex, std::unique_ptr<CacheRecord>>;

@@ -35,7 +35,6 @@ constexpr Switch kSwitches[] = {
     {GL_PRIMITIVE_RESTART, [] { return GLEW_VERSION_3_1 != 0; }},
     {GL_DEPTH_CLAMP, [] { return GLEW_ARB_depth_clamp != 0; }},
     {GL_SAMPLE_MASK, [] { return GLEW_VERSION_3_2 != 0; }},
-    {GL_SAMPLE_SHADING, [] { return GLEW_VERSION_4_0 != 0; }},
     {GL_PRIMITIVE_RESTART_FIXED_INDEX, [] { return GLEW_VERSION_4_3 != 0; }},
 };
 
@@ -79,7 +78,6 @@ void SetFrameState()
     glCullFace(GL_BACK);
     glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
     glDepthFunc(GL_LESS);
-    glDepthRange(0.0, 1.0);
     glClearDepth(1.0);
 }
 

@@ -2,6 +2,7 @@
 
 #include "orvane/effects/EffectES20.h"
 #include "orvane/base/RenderCapabilities.h"
+#include "orvane/base/detail/Walk.h"
 #include "orvane/imaging/TextureLoader.h"
 #include "orvane/math/Matrix.h"
 #include "orvane/math/Matrix3x3.h"
@@ -29,6 +30,7 @@
 #include <cmath>
 #include <limits>
 #include <new>
+#include <utility>
 
 namespace OV
 {
@@ -138,6 +140,23 @@ void PrefetchAhead(const std::vector<RenderItemES20>& items, std::size_t current
     }
 }
 
+/// Does something with all that stood in a list of a scene when this began, as far as no host
+/// that is called meanwhile deletes it.
+template <class Entry, class Function>
+void ForEachLiving(const std::vector<Entry*>& list, std::vector<Entry*>& scratch, Function function)
+{
+    const detail::Walk walk(nullptr, detail::Walk::Draw);
+    Detail::BorrowedVector<Entry*> present(scratch);
+    (*present).assign(list.begin(), list.end());
+    for (Entry* entry : *present)
+    {
+        if (!walk.IsGone(entry))
+        {
+            function(entry);
+        }
+    }
+}
+
 CameraNodeES20* CameraDataOf(CameraNode& camera)
 {
     if (!camera.GetRenderData())
@@ -238,10 +257,12 @@ void Renderer20::BeginRender(bool capture, Color const& color)
 
 void Renderer20::Render3D(Scene* scene, CameraNode* camera)
 {
-    if (!scene || !camera || !Platform::LoadEntryPoints())
+    if (!scene || !camera || detail::Walk::IsOn(scene, detail::Walk::Draw) || !Platform::LoadEntryPoints())
     {
         return;
     }
+    const detail::Walk walk(scene, detail::Walk::Draw);
+    const detail::Walk ownWalk(this, detail::Walk::Draw);
     CameraNodeES20* cameraData = CameraDataOf(*camera);
     if (!cameraData)
     {
@@ -262,27 +283,26 @@ void Renderer20::Render3D(Scene* scene, CameraNode* camera)
     glBlendEquation(GL_FUNC_ADD);
 
     Detail::BorrowedVector<RenderItemES20> items(m_items);
-    for (Material* material : scene->GetOptimizedMaterials())
+    PrepareOptimizedMaterials(scene->GetOptimizedMaterials(), cameraData, *items, false);
+    if (!walk.IsGone(scene))
     {
-        PrepareOptimizedMaterial(material, cameraData, *items, false);
+        PrepareLineStyles(scene->GetLineStyles(), cameraData, *items, false);
     }
-    for (LineStyle* lineStyle : scene->GetLineStyles())
+    if (!walk.IsGone(scene))
     {
-        PrepareLineStyle(lineStyle, cameraData, *items, false);
-    }
-    for (Material* material : scene->GetAlphaMaterials())
-    {
-        PrepareOptimizedMaterial(material, cameraData, *items, false);
+        PrepareOptimizedMaterials(scene->GetAlphaMaterials(), cameraData, *items, false);
     }
     DrawItems(cameraData, *items);
 }
 
 void Renderer20::Render2D(Scene2D* layer)
 {
-    if (!layer || !Platform::LoadEntryPoints())
+    if (!layer || detail::Walk::IsOn(layer, detail::Walk::Draw) || !Platform::LoadEntryPoints())
     {
         return;
     }
+    const detail::Walk walk(layer, detail::Walk::Draw);
+    const detail::Walk ownWalk(this, detail::Walk::Draw);
     glDisable(GL_BLEND);
     Clear(GL_DEPTH_BUFFER_BIT);
     hudCamera->UpdateHudMVP(ToPoints(width), ToPoints(height), Below(layer->nearZ), Above(layer->farZ));
@@ -290,20 +310,34 @@ void Renderer20::Render2D(Scene2D* layer)
     const LayerDepthScope depthScope;
 
     Detail::BorrowedVector<RenderItemES20> items(m_items);
-    for (Material* material : layer->GetOptimizedMaterials())
+    PrepareOptimizedMaterials(layer->GetOptimizedMaterials(), hudCamera.get(), *items, false);
+    if (!walk.IsGone(layer))
     {
-        PrepareOptimizedMaterial(material, hudCamera.get(), *items, false);
+        PrepareLineStyles(layer->GetLineStyles(), hudCamera.get(), *items, false);
     }
-    for (LineStyle* lineStyle : layer->GetLineStyles())
+    if (!walk.IsGone(layer))
     {
-        PrepareLineStyle(lineStyle, hudCamera.get(), *items, false);
-    }
-    // One by one, so that the order by z holds across materials.
-    for (AlphaMeshNode* item : layer->GetZOrderedDrawItems())
-    {
-        PrepareZOrderedMeshNode(item, hudCamera.get(), *items);
+        ListZOrdered(*layer, *items, walk);
     }
     DrawItems(hudCamera.get(), *items);
+}
+
+void Renderer20::ListZOrdered(Scene& layer, std::vector<RenderItemES20>& items, const detail::Walk& walk)
+{
+    // Copies: what a scene does with its items when a host changes them is its own affair.
+    Detail::BorrowedVector<AlphaMeshNode> drawItems(m_drawItems);
+    for (const AlphaMeshNode* item : layer.GetZOrderedDrawItems())
+    {
+        (*drawItems).push_back(*item);
+    }
+    // One by one, so that the order by z holds across materials.
+    for (AlphaMeshNode& item : *drawItems)
+    {
+        if (!walk.IsGone(item.mesh) && !walk.IsGone(item.node))
+        {
+            PrepareZOrderedMeshNode(&item, hudCamera.get(), items);
+        }
+    }
 }
 
 void Renderer20::DrawItems(CameraNodeES20* cameraData, std::vector<RenderItemES20> const& items)
@@ -321,12 +355,16 @@ void Renderer20::DrawItems(CameraNodeES20* cameraData, std::vector<RenderItemES2
 void Renderer20::RenderItemList(CameraNodeES20* cameraData, std::vector<RenderItemES20> const& items,
                                 RenderPass pass)
 {
+    const detail::Walk walk(this, detail::Walk::Draw);
     Detail::BorrowedVector<MeshNode*> singleNode(m_singleNode);
     (*singleNode).resize(1);
     MeshStyleES20* current = nullptr;
     for (std::size_t i = 0; i < items.size(); ++i)
     {
-        PrefetchAhead(items, i);
+        if (!walk.HasLosses())
+        {
+            PrefetchAhead(items, i);
+        }
         const RenderItemES20& item = items[i];
         if (item.style != current)
         {
@@ -336,6 +374,11 @@ void Renderer20::RenderItemList(CameraNodeES20* cameraData, std::vector<RenderIt
             }
             item.style->Apply(cameraData, pass);
             current = item.style;
+        }
+        // A host that was called since the item was listed may have deleted what it names.
+        if (walk.IsGone(item.mesh) || walk.IsGone(item.node))
+        {
+            continue;
         }
         // Only Prepare puts a mesh on the list, and it has seen to the render data.
         auto* meshData = static_cast<MeshES20*>(item.mesh->GetRenderData());
@@ -366,6 +409,7 @@ void Renderer20::PrepareOptimizedMaterial(Material* material, CameraNodeES20* ca
     {
         return;
     }
+    const detail::Walk walk(material, detail::Walk::Other);
     if (MaterialES20* materialData = MaterialDataOf(*material))
     {
         materialData->Prepare(cameraData, items, clippingPlane);
@@ -393,6 +437,31 @@ void Renderer20::PrepareLineStyle(LineStyle* lineStyle, CameraNodeES20* cameraDa
     }
 }
 
+void Renderer20::PrepareOptimizedMaterials(const std::vector<Material*>& materials, CameraNodeES20* cameraData,
+                                           std::vector<RenderItemES20>& items, bool clippingPlane)
+{
+    ForEachLiving(materials, m_materials, [&](Material* material)
+                  { PrepareOptimizedMaterial(material, cameraData, items, clippingPlane); });
+}
+
+void Renderer20::PrepareLineStyles(const std::vector<LineStyle*>& lineStyles, CameraNodeES20* cameraData,
+                                   std::vector<RenderItemES20>& items, bool clippingPlane)
+{
+    ForEachLiving(lineStyles, m_lineStyles, [&](LineStyle* lineStyle)
+                  { PrepareLineStyle(lineStyle, cameraData, items, clippingPlane); });
+}
+
+bool Renderer20::HasLosses() const
+{
+    return detail::Walk(this, detail::Walk::Draw).HasLosses();
+}
+
+bool Renderer20::IsGone(const RenderItemES20& item) const
+{
+    const detail::Walk walk(this, detail::Walk::Draw);
+    return walk.IsGone(item.mesh) || walk.IsGone(item.node);
+}
+
 void Renderer20::PrepareZOrderedMeshNode(AlphaMeshNode* alphaNode, CameraNodeES20* cameraData,
                                          std::vector<RenderItemES20>& items)
 {
@@ -401,7 +470,10 @@ void Renderer20::PrepareZOrderedMeshNode(AlphaMeshNode* alphaNode, CameraNodeES2
     {
         return;
     }
-    if (MaterialES20* materialData = MaterialDataOf(*material))
+    const detail::Walk walk(material, detail::Walk::Other);
+    MaterialES20* const materialData = MaterialDataOf(*material);
+    // Making it may have called a host that deletes what is to be listed.
+    if (materialData && !walk.IsGone(alphaNode->mesh) && !walk.IsGone(alphaNode->node))
     {
         materialData->PrepareSpecificNode(cameraData, alphaNode->mesh, alphaNode->node, items, false);
     }
@@ -414,7 +486,13 @@ MaterialES20* Renderer20::MaterialDataOf(Material& material)
     const bool orphaned = data && !data->IsConnected();
     if (!material.GetRenderData() || orphaned)
     {
-        data = new MaterialES20(&material, textureLoader, &bufferPool, &effectCache);
+        auto made = std::make_unique<MaterialES20>(&material, textureLoader, &bufferPool, &effectCache);
+        if (!made->GetMaterial())
+        {
+            // The texture loader's host has deleted the material.
+            return nullptr;
+        }
+        data = made.release();
         material.SetRenderData(data);
     }
     return data;
@@ -457,8 +535,24 @@ int Renderer20::Scaled(int number, float factor)
     return scaled > -end && scaled < end ? static_cast<int>(scaled) : number;
 }
 
+bool Renderer20::PutOff(void (*later)(Renderer20&))
+{
+    if (!detail::Walk::IsOn(this, detail::Walk::Draw))
+    {
+        return false;
+    }
+    detail::Walk::Postpone(static_cast<Renderer*>(this), nullptr, [this, later] { later(*this); });
+    return true;
+}
+
 void Renderer20::Suspend()
 {
+    const bool isWithin = detail::Walk::IsOn(this, detail::Walk::Suspend);
+    if (isWithin || PutOff([](Renderer20& self) { self.Renderer20::Suspend(); }))
+    {
+        return;
+    }
+    const detail::Walk walk(this, detail::Walk::Suspend);
     ClearOffscreenBuffers();
     if (screenMesh)
     {
@@ -474,6 +568,12 @@ void Renderer20::Suspend()
 
 void Renderer20::Resume()
 {
+    const bool isWithin = detail::Walk::IsOn(this, detail::Walk::Resume);
+    if (isWithin || PutOff([](Renderer20& self) { self.Renderer20::Resume(); }))
+    {
+        return;
+    }
+    const detail::Walk walk(this, detail::Walk::Resume);
     if (textureLoader)
     {
         textureLoader->Resume();

@@ -9,6 +9,7 @@
 #include "orvane/renderdata/RenderPass.h"
 #include "orvane/renderdata/SharedBufferPool.h"
 #include "orvane/renderer/AAMode.h"
+#include "orvane/scene/AlphaMeshNode.h"
 
 #include <memory>
 #include <vector>
@@ -16,7 +17,13 @@
 namespace OV
 {
 
-struct AlphaMeshNode;
+namespace detail
+{
+
+class Walk;
+
+} // namespace detail
+
 class CameraNodeES20;
 class EffectES20;
 class LineStyle;
@@ -35,6 +42,11 @@ class RenderCapabilities;
 /// device pixel ratio and truncated. A host may derive from it to run further passes with the
 /// protected operations. One renderer after another may draw on a thread; none of it is for
 /// two threads.
+///
+/// A host that is called while this draws may edit what is drawn, as told at Scene. A scene that
+/// is being drawn is not drawn again from within. Suspend, Resume, SetAAMode and
+/// ClearOffscreenBuffers then wait until the outermost operation of the engine ends. The renderer
+/// itself has to outlive what it is doing.
 ///
 /// Each pass sets what it depends on, so that a frame does not depend on the one before:
 /// depth writes are on for every clear, and blending is off when a pass begins and when it ends.
@@ -151,6 +163,20 @@ protected:
     void PrepareLineStyle(LineStyle* lineStyle, CameraNodeES20* cameraData,
                           std::vector<RenderItemES20>& items, bool clippingPlane);
 
+    /// PrepareOptimizedMaterial for what the list holds now, in its order: a host that is called
+    /// meanwhile may change it. GL.
+    void PrepareOptimizedMaterials(const std::vector<Material*>& materials, CameraNodeES20* cameraData,
+                                   std::vector<RenderItemES20>& items, bool clippingPlane);
+
+    /// PrepareLineStyle for what the list holds now, likewise. GL.
+    void PrepareLineStyles(const std::vector<LineStyle*>& lineStyles, CameraNodeES20* cameraData,
+                           std::vector<RenderItemES20>& items, bool clippingPlane);
+
+    /// Whether anything of a scene was deleted since the outermost running operation of the engine
+    /// began, as a host does that it calls; only then may an item that was listed name what is gone.
+    bool HasLosses() const;
+    bool IsGone(const RenderItemES20& item) const;
+
     /// Lists one mesh at one node, if its material is ready. GL.
     void PrepareZOrderedMeshNode(AlphaMeshNode* alphaNode, CameraNodeES20* cameraData,
                                  std::vector<RenderItemES20>& items);
@@ -201,6 +227,7 @@ protected:
 
 private:
     MaterialES20* MaterialDataOf(Material& material);
+    void ListZOrdered(Scene& layer, std::vector<RenderItemES20>& items, const detail::Walk& walk);
     void DrawItems(CameraNodeES20* cameraData, std::vector<RenderItemES20> const& items);
     int ToPoints(int pixels) const;
 
@@ -212,6 +239,10 @@ private:
 
     /// Brings back the viewport of Resize where the host has set another one since.
     void RestoreViewport() const;
+
+    /// Leaves something to the end of the walk that is drawing with this renderer.
+    /// @return false when there is none: then it is the caller's to do now.
+    bool PutOff(void (*later)(Renderer20&));
 
     /// glClear with depth writes on: with them off, as a pass before may have left them, the
     /// depth buffer would keep its contents.
@@ -227,6 +258,10 @@ private:
     // Kept for their capacity: a steady frame allocates nothing.
     std::vector<RenderItemES20> m_items;
     std::vector<MeshNode*> m_singleNode;
+    std::vector<Material*> m_materials;
+    std::vector<LineStyle*> m_lineStyles;
+    std::vector<AlphaMeshNode> m_drawItems;
+    AAMode m_nextAAMode = AAModeNone; ///< of a change put off
 };
 
 } // namespace OV

@@ -78,6 +78,11 @@ bool Renderer20::SetAAMode(AAMode mode)
     {
         return false;
     }
+    m_nextAAMode = mode;
+    if (PutOff([](Renderer20& self) { self.SetAAMode(self.m_nextAAMode); }))
+    {
+        return true;
+    }
     aaMode = mode;
     switch (mode)
     {
@@ -290,6 +295,10 @@ void Renderer20::ReleaseScreenEffect()
 
 void Renderer20::ClearOffscreenBuffers()
 {
+    if (PutOff([](Renderer20& self) { self.Renderer20::ClearOffscreenBuffers(); }))
+    {
+        return;
+    }
     if (offscreenFramebuffer != 0)
     {
         glDeleteRenderbuffers(1, &offscreenColorRenderbuffer);

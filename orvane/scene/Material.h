@@ -1,6 +1,7 @@
 #pragma once
 
 #include "orvane/Export.h"
+#include "orvane/base/Lifetime.h"
 #include "orvane/base/Object.h"
 #include "orvane/imaging/FilePath.h"
 #include "orvane/math/Color.h"
@@ -206,6 +207,12 @@ public:
         return drawID == 0 || MatchesUpdateID();
     }
 
+    /// For whoever points at this material and must know when it is gone.
+    Lifetime& GetLifetime()
+    {
+        return m_lifetime;
+    }
+
     Object* GetRenderData() const
     {
         return renderData.get();
@@ -274,6 +281,7 @@ private:
     bool MatchesUpdateID() const;
 
     std::uint64_t m_meshesRevision = 0;
+    Lifetime m_lifetime;
 };
 
 } // namespace OV

@@ -1,5 +1,6 @@
 #include "orvane/scene/Mesh.h"
 
+#include "orvane/base/detail/Walk.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/RawMesh.h"
@@ -99,6 +100,7 @@ Mesh& Mesh::operator=(const Mesh& other)
 
 Mesh::~Mesh()
 {
+    detail::Walk::Tell(this);
     Scene::RemoveDrawItemsOf(m_drawItems);
     SetRenderData(nullptr, true);
     if (scene)
@@ -217,8 +219,18 @@ bool Mesh::AddNode(MeshNode* node)
     }
     const std::uint64_t rank = m_nodeRanks.empty() ? 0 : m_nodeRanks.back() + 1;
     nodes.push_back(node);
-    m_nodeRanks.push_back(rank);
-    node->AddMesh(this, rank);
+    try
+    {
+        m_nodeRanks.push_back(rank);
+        node->AddMesh(this, rank);
+    }
+    catch (...)
+    {
+        // Without memory for both sides there is no link.
+        nodes.pop_back();
+        m_nodeRanks.resize(nodes.size());
+        throw;
+    }
     return true;
 }
 

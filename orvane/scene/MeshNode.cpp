@@ -22,7 +22,7 @@ MeshNode::MeshNode(Scene* ownScene) :
 {
 }
 
-MeshNode::~MeshNode()
+void MeshNode::LeaveMeshes()
 {
     if (m_links)
     {
@@ -33,6 +33,15 @@ MeshNode::~MeshNode()
         meshes[i]->DropNode(RankAt(i));
     }
     meshes.clear();
+    if (m_links)
+    {
+        m_links->laterRanks.clear();
+    }
+}
+
+MeshNode::~MeshNode()
+{
+    LeaveMeshes();
     for (NodeMaterial* material : std::exchange(nodeMaterials, {}))
     {
         material->RemoveNode(this);
@@ -210,15 +219,21 @@ std::uint64_t MeshNode::RankAt(std::size_t index) const
 
 void MeshNode::AddMesh(Mesh* mesh, std::uint64_t rank)
 {
-    if (meshes.empty())
+    meshes.push_back(mesh);
+    if (meshes.size() == 1)
     {
         m_firstRank = rank;
+        return;
     }
-    else
+    try
     {
         MakeLinks().laterRanks.push_back(rank);
     }
-    meshes.push_back(mesh);
+    catch (...)
+    {
+        meshes.pop_back();
+        throw;
+    }
 }
 
 void MeshNode::RemoveMeshAt(std::size_t index)

@@ -157,6 +157,9 @@ private:
 
     bool MatchesUpdateID() const;
 
+    /// Leaves the meshes and the lists of draw items.
+    void LeaveMeshes();
+
     /// Of the first mesh.
     std::uint64_t m_firstRank = 0;
     std::unique_ptr<Links> m_links;

@@ -1,7 +1,9 @@
 #include "orvane/scene/Node.h"
 
+#include "orvane/base/detail/Walk.h"
 #include "orvane/scene/Scene.h"
 #include "orvane/scene/detail/OwnedObject.h"
+#include "orvane/scene/detail/TreeCursor.h"
 
 #include <iterator>
 
@@ -16,30 +18,6 @@ namespace
 /// there alone.
 constexpr unsigned int kDeepestRecursion = 256;
 
-/// Gives a value back when the scope ends, by an exception too.
-template <class T>
-class Restored
-{
-public:
-    explicit Restored(T& value) :
-        m_value(value),
-        m_before(value)
-    {
-    }
-
-    Restored(const Restored&) = delete;
-    Restored& operator=(const Restored&) = delete;
-
-    ~Restored()
-    {
-        m_value = m_before;
-    }
-
-private:
-    T& m_value;
-    T m_before;
-};
-
 } // namespace
 
 Node::Node(Scene* ownScene) :
@@ -53,6 +31,8 @@ Node::Node(Scene* ownScene) :
 
 Node::~Node()
 {
+    detail::Walk::Tell(this);
+    detail::TreeCursor::NodeDies(Walks(), this);
     if (parent)
     {
         parent->RemoveChild(this);
@@ -136,6 +116,71 @@ void Node::ComputeBoundingBox(Vector& boxMin, Vector& boxMax)
     WalkChildren(TreeWalkBox, [&](Node* child) { child->ComputeBoundingBox(boxMin, boxMax); });
 }
 
+/// Where a walk without recursion stands below a node.
+class Node::DeepCursor final : public detail::TreeCursor
+{
+public:
+    DeepCursor(const Node* top, detail::TreeWalks& walks, TreeWalk walk) :
+        TreeCursor(top, walks), m_walk(walk), m_visitedBefore(walks.visited[walk])
+    {
+    }
+
+    ~DeepCursor()
+    {
+        if (m_walks)
+        {
+            m_walks->visited[m_walk] = m_visitedBefore;
+        }
+    }
+
+    /// The first node below, then the next after the one that was dealt with; null at the end,
+    /// and once the top or the scene is gone. A derived class that did not call its base keeps
+    /// the walk from going on below.
+    Node* Next()
+    {
+        if (!m_top || !m_walks)
+        {
+            return nullptr;
+        }
+        if (m_hasLeft)
+        {
+            m_hasLeft = false;
+        }
+        else
+        {
+            m_node = NextInTree(m_node ? m_node : m_top, m_top, !m_node || !m_walks->visited[m_walk]);
+        }
+        m_walks->visited[m_walk] = m_node;
+        return m_node;
+    }
+
+private:
+    void Leave(const Node*, const Node* child) override
+    {
+        for (const Node* node = m_node; node && node != m_top; node = node->parent)
+        {
+            if (node == child)
+            {
+                m_node = NextInTree(child, m_top, false);
+                m_hasLeft = true;
+                return;
+            }
+        }
+    }
+
+    TreeWalk m_walk;
+    const Node* m_visitedBefore;
+    Node* m_node = nullptr;
+    /// Whether the node is one that is still to be dealt with, since the one before left.
+    bool m_hasLeft = false;
+};
+
+detail::TreeWalks& Node::Walks() const
+{
+    thread_local detail::TreeWalks walksWithoutScene;
+    return scene ? *scene->m_treeWalks : walksWithoutScene;
+}
+
 template <class Visit>
 void Node::WalkChildren(TreeWalk walk, Visit visit)
 {
@@ -143,9 +188,8 @@ void Node::WalkChildren(TreeWalk walk, Visit visit)
     {
         return;
     }
-    thread_local Scene::TreeWalks walksWithoutScene;
-    Scene::TreeWalks& walks = scene ? scene->m_treeWalks : walksWithoutScene;
-    static_assert(std::size(Scene::TreeWalks().visited) == TreeWalkCount);
+    detail::TreeWalks& walks = Walks();
+    static_assert(std::size(detail::TreeWalks().visited) == TreeWalkCount);
     const Node*& visited = walks.visited[walk];
     if (visited == this)
     {
@@ -155,22 +199,15 @@ void Node::WalkChildren(TreeWalk walk, Visit visit)
     }
     if (walks.depth < kDeepestRecursion)
     {
-        const Restored<unsigned int> depth(walks.depth);
-        ++walks.depth;
-        for (Node* child : children)
+        for (detail::ChildCursor cursor(this, walks); Node* child = cursor.Next();)
         {
             visit(child);
         }
         return;
     }
-    const Restored<const Node*> before(visited);
-    for (Node* node = children.front(); node;)
+    for (DeepCursor cursor(this, walks, walk); Node* node = cursor.Next();)
     {
-        visited = node;
         visit(node);
-        // A derived class that did not call its base keeps the walk from going on below.
-        const bool goesOn = !visited;
-        node = NextInTree(node, this, goesOn);
     }
 }
 
@@ -218,6 +255,7 @@ void Node::AddChild(Node* child, bool keepGlobal)
     }
     if (child->parent)
     {
+        detail::TreeCursor::ChildLeaves(Walks(), child->parent, child);
         children.splice(children.end(), child->parent->children, child->m_entry);
     }
     else
@@ -237,6 +275,7 @@ void Node::RemoveChild(Node* child)
     {
         return;
     }
+    detail::TreeCursor::ChildLeaves(Walks(), this, child);
     children.erase(child->m_entry);
     child->parent = nullptr;
 }

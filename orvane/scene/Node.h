@@ -19,6 +19,13 @@ namespace OV
 
 class Scene;
 
+namespace detail
+{
+
+struct TreeWalks;
+
+} // namespace detail
+
 /// Place in the scene's tree, with a local and a global transform.
 ///
 /// A node belongs to one scene for life. The scene's update ID is the clock that says which
@@ -40,6 +47,10 @@ class Scene;
 /// So a node that RemoveChild has taken out of the tree is still drawn, where it was last: hide
 /// it, take it from its meshes, or delete it. Scene::Show hides nothing: the host alone reads it.
 /// Which of these calls a frame notices by itself stands at Scene.
+///
+/// What a host overrides may add, move and remove nodes, and delete them with
+/// Scene::DeleteSubtree or by delete, this one and those above it too. What the walk has passed
+/// already is not walked again. After a plain delete of its own node an override returns at once.
 class ORVANE_API Node
 {
 public:
@@ -264,9 +275,15 @@ private:
 
     void MarkMoved();
 
+    class DeepCursor;
+
+    /// How far the walks of the tree have come: those of the scene, or those of nodes without one.
+    detail::TreeWalks& Walks() const;
+
     /// Does what visit does to a child for every child, in list order, and leaves it to them to
     /// go on below. Deep in a tree the children's own calls come back at once, and this one
-    /// goes on below them.
+    /// goes on below them. The host may change the tree meanwhile; this node may be gone
+    /// afterwards.
     template <class Visit>
     void WalkChildren(TreeWalk walk, Visit visit);
 

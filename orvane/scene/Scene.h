@@ -24,6 +24,13 @@ class Node;
 class Vector;
 struct DrawItemPlace;
 
+namespace detail
+{
+
+struct TreeWalks;
+
+} // namespace detail
+
 /// The 3D world: a tree of nodes, and the materials, meshes, lines and line styles in it.
 ///
 /// The scene owns what is in it and deletes it at Clear and at its end; what leaves through a
@@ -45,6 +52,13 @@ struct DrawItemPlace;
 ///
 /// Taking a node out by RemoveChild and putting it back by AddChild(child, false) is thus seen by
 /// nobody: call MarkDirty after each.
+///
+/// A host that the engine calls while it updates, draws or suspends (a texture loader, a derived
+/// node, a screen mapping) may edit the scene there. What Clear and DeleteSubtree take away
+/// leaves the scene at once and is deleted when the outermost operation of the engine ends; what
+/// a host deletes by delete is gone at once and no longer visited or drawn. What is added is
+/// drawn from the next frame on. A scene that is being updated or drawn is not updated again:
+/// UpdateGraph then returns at once.
 class ORVANE_API Scene
 {
 public:
@@ -57,7 +71,8 @@ public:
     Scene& operator=(const Scene&) = delete;
 
     /// Deletes everything in the scene and gives it a new root and default camera. Settings,
-    /// update ID and a camera of the host's that is not in the tree stay.
+    /// update ID and a camera of the host's that is not in the tree stay. Called from within an
+    /// operation of the engine it empties the scene at once and deletes later.
     virtual void Clear();
 
     /// Takes the material over, into the alpha list when it is transparent now, else into the
@@ -245,10 +260,13 @@ public:
     void PopulateZOrderedDrawItems();
 
     /// Moves a perspective camera back along the world's Z, until it sees all bounding
-    /// spheres. The arithmetic of an empty scene is not finite.
+    /// spheres. The arithmetic of an empty scene is not finite. From within an update of the
+    /// scene it returns at once.
     void Frame();
 
     /// Deletes the node and everything below it, and marks the scene dirty, also for null.
+    /// Called from within an operation of the engine it takes them out of the tree and off their
+    /// meshes at once and deletes them when the outermost operation ends.
     void DeleteSubtree(Node* node);
 
 protected:
@@ -311,8 +329,39 @@ private:
     friend class MeshNode;
     friend class Node;
 
+    /// What a scene owns.
+    struct Contents
+    {
+        Node* root = nullptr;
+        std::set<Mesh*> meshes;
+        std::set<Line*> lines;
+        std::vector<LineStyle*> lineStyles;
+        std::vector<Material*> optimizedMaterials;
+        std::vector<Material*> alphaMaterials;
+    };
+
     void Register(Node* node);
     void Unregister(Node* node);
+
+    /// Brings the tree up to date, and the one that a host puts in its place meanwhile.
+    void UpdateTree();
+
+    Contents TakeContents();
+    void Delete(Contents& contents);
+
+    /// Empties the scene for Clear while a walk may stand on what is in it.
+    void SetContentsAside();
+    void DeleteContentsSetAside();
+
+    /// Takes out of what is set aside what its owner removes or deletes.
+    bool TakeBack(Material* material);
+    bool TakeBack(LineStyle* style);
+    bool TakeBack(Mesh* mesh);
+    bool TakeBackLine(Line* line);
+
+    /// Leaves a subtree to the end of the walk, out of sight.
+    void PostponeDeletion(Node* top);
+    static void DeleteDetached(Node* top);
 
     /// Takes a mesh or line out of the registries of any other scene.
     void LeaveOtherScene(Mesh* mesh);
@@ -333,14 +382,6 @@ private:
         std::size_t placeAtMesh;
     };
 
-    /// How far the walks of the tree have come, for Node.
-    struct TreeWalks
-    {
-        unsigned int depth = 0;
-        /// The node that a walk without recursion is at, one for each kind of walk.
-        const Node* visited[3] = {};
-    };
-
     void AppendDrawItem(MeshNode* node, Mesh* mesh);
 
     /// Makes node and mesh forget an item, and the item them. It stays in the list.
@@ -351,9 +392,11 @@ private:
     void DropGoneDrawItems() const;
     void ClearDrawItems();
 
+    /// Out of the scene by a Clear, and to be deleted when the walks are over.
+    std::vector<Contents> m_setAside;
     /// Head of the list of all nodes of this scene, attached or not.
     Node* m_firstNode = nullptr;
-    TreeWalks m_treeWalks;
+    std::unique_ptr<detail::TreeWalks> m_treeWalks;
     std::vector<DrawItemLink> m_drawItemLinks;
     mutable bool m_hasGoneDrawItems = false;
     /// Draw items out of use, so that filling the list anew allocates nothing.

@@ -1,6 +1,7 @@
 // What a scene computes from frame to frame: the walk, the order of the draw items, depths
 // and boxes.
 
+#include "orvane/base/detail/Walk.h"
 #include "orvane/math/Sphere.h"
 #include "orvane/math/Transform.h"
 #include "orvane/scene/CameraNode.h"
@@ -38,27 +39,55 @@ bool IsDrawnBefore(const AlphaMeshNode* a, const AlphaMeshNode* b)
 
 void Scene::UpdateGraph(float width, float height)
 {
+    if (detail::Walk::IsOn(this, detail::Walk::Update | detail::Walk::Draw))
+    {
+        return;
+    }
+    const detail::Walk walk(this, detail::Walk::Update);
     if (CameraNode* const camera = GetCameraNode())
     {
         camera->screenWidth = width;
         camera->screenHeight = height;
         camera->UpdateGraph();
-        camera->UpdateFrustum(width, height);
+        if (!walk.IsGone(camera))
+        {
+            camera->UpdateFrustum(width, height);
+        }
     }
-    if (dirty)
+    if (dirty && !walk.IsGone(this))
     {
-        if (root)
+        UpdateTree();
+        if (!walk.IsGone(this))
         {
-            root->UpdateGraph();
+            if (m_hasGoneDrawItems)
+            {
+                DropGoneDrawItems();
+            }
+            ProcessZOrderedDrawItems();
         }
-        if (m_hasGoneDrawItems)
-        {
-            DropGoneDrawItems();
-        }
-        ProcessZOrderedDrawItems();
+    }
+    if (walk.IsGone(this))
+    {
+        return;
     }
     ++updateID;
     dirty = false;
+}
+
+void Scene::UpdateTree()
+{
+    const detail::Walk walk(this, detail::Walk::Other);
+    Node* const walked = root;
+    if (walked)
+    {
+        walked->UpdateGraph();
+    }
+    // What a Clear from within has put in its place was moved in this update, and would not be
+    // looked at in the next.
+    if (!walk.IsGone(this) && root && root != walked)
+    {
+        root->UpdateGraph();
+    }
 }
 
 void Scene::ProcessZOrderedDrawItems()
@@ -189,9 +218,14 @@ void Scene::UpdateCulling()
 {
     float nearValue = detail::largestFloat;
     float farValue = -detail::largestFloat;
+    const detail::Walk walk(this, detail::Walk::Other);
     if (root)
     {
         root->UpdateCulling(nearValue, farValue);
+    }
+    if (walk.IsGone(this))
+    {
+        return;
     }
     ProcessNearFar(nearValue, farValue);
 }
@@ -228,10 +262,19 @@ void Scene::Frame()
     Vector boxMin;
     Vector boxMax;
     detail::StartBox(boxMin, boxMax);
-    if (root)
+    if (detail::Walk::IsOn(this, detail::Walk::Update))
     {
-        root->UpdateGraph();
+        return;
+    }
+    const detail::Walk walk(this, detail::Walk::Update);
+    UpdateTree();
+    if (!walk.IsGone(this) && root)
+    {
         root->ComputeBoundingBox(boxMin, boxMax);
+    }
+    if (walk.IsGone(this))
+    {
+        return;
     }
     CameraNode* const camera = GetCameraNode();
     if (!camera || camera->GetProjection() != CameraNode::Perspective)

@@ -14,7 +14,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
+#include <cwchar>
 #include <utility>
 
 namespace OV::Host
@@ -71,6 +73,31 @@ std::string UnitSign(double metres)
         }
     }
     return {};
+}
+
+/// UTF-8 in the encoding of the C locale in force; as it is where that has no such characters.
+std::string InLocale(const std::string& utf8)
+{
+    std::string text;
+    std::mbstate_t state{};
+    for (std::size_t at = 0; at < utf8.size();)
+    {
+        const auto head = static_cast<unsigned char>(utf8[at++]);
+        const int more = head < 0xC0 ? 0 : head < 0xE0 ? 1 : head < 0xF0 ? 2 : 3;
+        std::uint32_t character = more == 0 ? head : head & (0x3Fu >> more);
+        for (int i = 0; i < more && at < utf8.size(); ++i)
+        {
+            character = character << 6 | (static_cast<unsigned char>(utf8[at++]) & 0x3Fu);
+        }
+        std::array<char, 64> bytes{};
+        const std::size_t length = std::wcrtomb(bytes.data(), static_cast<wchar_t>(character), &state);
+        if (length > bytes.size())
+        {
+            return utf8;
+        }
+        text.append(bytes.data(), length);
+    }
+    return text;
 }
 
 unsigned int BoundFramebuffer()
@@ -171,7 +198,7 @@ void Presentation::Impl::LayOut()
     if (!m_sheet && (!wanted.title.empty() || wanted.scaleBar || wanted.north))
     {
         SheetOptions sheet;
-        sheet.title = wanted.title;
+        sheet.title = InLocale(wanted.title);
         sheet.scaleBar = wanted.scaleBar;
         sheet.unit = UnitSign(report.metresPerUnit);
         sheet.north = wanted.north;

@@ -254,6 +254,12 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
         entry.stage->Prepare(frame);
     }
     m_lister->List(frame, m_surfaces->AreLinesShown());
+    if (!cameraData->GetCameraNode())
+    {
+        // A texture loader of the host's has deleted the camera: the next frame has another.
+        m_lister->Clear();
+        return;
+    }
     GatherNeeds(frame);
     bufferPool.GenerateVBOs();
     if (frame.served)

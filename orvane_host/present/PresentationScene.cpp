@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cmath>
 #include <utility>
+#include <vector>
 
 namespace OV::Host
 {
@@ -56,12 +57,17 @@ void NumberNodes(const std::vector<ImportedNode>& nodes)
     }
 }
 
-std::uint64_t CountNodes(const Node& node)
+std::uint64_t CountNodes(const Node& top)
 {
-    std::uint64_t count = 1;
-    for (const Node* child : node.GetChildren())
+    // Without recursion: a tree may be deeper than the stack.
+    std::uint64_t count = 0;
+    std::vector<const Node*> pending{&top};
+    while (!pending.empty())
     {
-        count += CountNodes(*child);
+        const Node* const node = pending.back();
+        pending.pop_back();
+        ++count;
+        pending.insert(pending.end(), node->GetChildren().begin(), node->GetChildren().end());
     }
     return count;
 }

@@ -13,6 +13,25 @@
 namespace OV::Host
 {
 
+namespace
+{
+
+/// Says that something is being drawn, until the scope ends.
+class DrawingScope
+{
+public:
+    explicit DrawingScope(bool& isDrawing) : m_isDrawing(isDrawing) { m_isDrawing = true; }
+    ~DrawingScope() { m_isDrawing = false; }
+
+    DrawingScope(const DrawingScope&) = delete;
+    DrawingScope& operator=(const DrawingScope&) = delete;
+
+private:
+    bool& m_isDrawing;
+};
+
+} // namespace
+
 SceneRenderer::SceneRenderer(TextureLoader* loader, RenderCapabilities* caps) :
     Renderer20(loader, caps), m_sky(std::make_unique<Detail::SkyStage>())
 {
@@ -28,18 +47,10 @@ void SceneRenderer::Pack(Scene* scene, CameraNode* camera)
         return;
     }
     std::vector<RenderItemES20> items;
-    for (const auto* list : {&scene->GetOptimizedMaterials(), &scene->GetAlphaMaterials()})
-    {
-        for (Material* material : *list)
-        {
-            PrepareOptimizedMaterial(material, cameraData, items, false);
-        }
-    }
+    PrepareOptimizedMaterials(scene->GetOptimizedMaterials(), cameraData, items, false);
+    PrepareOptimizedMaterials(scene->GetAlphaMaterials(), cameraData, items, false);
     LevelLines(*scene);
-    for (LineStyle* style : scene->GetLineStyles())
-    {
-        PrepareLineStyle(style, cameraData, items, false);
-    }
+    PrepareLineStyles(scene->GetLineStyles(), cameraData, items, false);
     bufferPool.GenerateVBOs();
     MeshES20::ResetBufferCache();
 }
@@ -61,6 +72,12 @@ void SceneRenderer::LevelLines(Scene& scene)
 
 void SceneRenderer::Render3D(Scene* scene, CameraNode* camera)
 {
+    // A host that is called while a frame is listed may ask for another one: the lists are in use.
+    if (m_isDrawing)
+    {
+        return;
+    }
+    const DrawingScope drawing(m_isDrawing);
     // Over-draw adds to a picture that has its sky already.
     if (m_skyShown && !overDraw && scene && camera)
     {

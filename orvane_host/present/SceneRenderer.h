@@ -67,6 +67,7 @@ private:
     void DrawSky(Scene& scene, CameraNode& camera);
 
     StageAccess m_access{*this};
+    bool m_isDrawing = false;
     bool m_skyShown = false;
     std::unique_ptr<Detail::SkyStage> m_sky;
 };

@@ -31,6 +31,28 @@ void StageAccess::List(LineStyle& style, CameraNodeES20& cameraData, std::vector
     m_renderer.PrepareLineStyle(&style, &cameraData, items, clipped);
 }
 
+void StageAccess::List(const std::vector<Material*>& materials, CameraNodeES20& cameraData,
+                       std::vector<RenderItemES20>& items, bool clipped)
+{
+    m_renderer.PrepareOptimizedMaterials(materials, &cameraData, items, clipped);
+}
+
+void StageAccess::List(const std::vector<LineStyle*>& styles, CameraNodeES20& cameraData,
+                       std::vector<RenderItemES20>& items, bool clipped)
+{
+    m_renderer.PrepareLineStyles(styles, &cameraData, items, clipped);
+}
+
+bool StageAccess::HasLosses() const
+{
+    return m_renderer.HasLosses();
+}
+
+bool StageAccess::IsGone(const RenderItemES20& item) const
+{
+    return m_renderer.IsGone(item);
+}
+
 void StageAccess::Upload()
 {
     m_renderer.bufferPool.GenerateVBOs();

@@ -42,6 +42,17 @@ public:
     /// @param clipped whether the clip planes cut them.
     void List(LineStyle& style, CameraNodeES20& cameraData, std::vector<RenderItemES20>& items, bool clipped);
 
+    /// The same for whole lists, which a host that is called meanwhile may edit.
+    void List(const std::vector<Material*>& materials, CameraNodeES20& cameraData, std::vector<RenderItemES20>& items,
+              bool clipped);
+    void List(const std::vector<LineStyle*>& styles, CameraNodeES20& cameraData, std::vector<RenderItemES20>& items,
+              bool clipped);
+
+    /// Whether a host that was called in this frame has deleted anything of a scene; only then may an
+    /// item that was listed name what is gone.
+    bool HasLosses() const;
+    bool IsGone(const RenderItemES20& item) const;
+
     /// Uploads the geometry that was listed for the first time. After every stage has prepared and
     /// the scene is listed the frame does so itself. GL.
     void Upload();

@@ -17,7 +17,9 @@ std::size_t OV::Test::MallocBytes()
 
 #ifdef __SANITIZE_ADDRESS__
 
-#include <sanitizer/allocator_interface.h>
+// Of the sanitizer's interface, whose header does not come with every compiler.
+extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*allocated)(const volatile void*, std::size_t),
+                                                         void (*freed)(const volatile void*));
 
 namespace
 {

@@ -4,6 +4,8 @@
 #include "orvane/imaging/detail/TextRasterizer.h"
 #include "orvane/overlay/Material2D.h"
 
+#include <GL/glew.h>
+
 #include <clocale>
 #include <cstdlib>
 #include <memory>

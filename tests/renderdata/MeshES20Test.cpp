@@ -206,9 +206,6 @@ TEST_F(MeshES20Test, AMeshWhoseIndicesBecameFewerDrawsThose)
 
 TEST_F(MeshES20Test, AMeshThatLostItsVerticesReturnsAtOnce)
 {
-    Scene scene;
-    mesh.SetScene(&scene);
-    mesh.SetDrawID(7);
     mesh.GetRawMesh()->positions.clear();
     recorder.Clear();
     Render();

@@ -194,6 +194,8 @@ Picture LineStage::ClippedFrame()
     renderer->bufferPool.GenerateVBOs();
     renderer->RenderItemList(&camera, items, RenderPassDefault);
     MeshES20::ResetBufferCache();
+    // As a pass of the renderer's own ends: lines leave it on.
+    glDisable(GL_BLEND);
     renderer->EndRender();
     return ReadPixels();
 }

@@ -284,7 +284,6 @@ TEST_F(Renderer20Test, BeginRenderSetsWhatAHostMayHaveChangedBeforeItClears)
              {"glCullFace", {GL_BACK}},
              {"glPolygonMode", {GL_FRONT_AND_BACK, GL_FILL}},
              {"glDepthFunc", {GL_LESS}},
-             {"glDepthRange", {0, 1}},
              {"glClearDepth", {1}},
              {"glDisable", {GL_ALPHA_TEST}},
              {"glDisable", {GL_COLOR_LOGIC_OP}},

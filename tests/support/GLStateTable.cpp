@@ -31,6 +31,15 @@ struct Objects
 
 Objects g_objects;
 
+/// As they were when the table was made: a context without a window starts with other ones.
+std::array<GLint, 4> g_scissor{};
+std::array<GLint, 4> g_viewport{};
+
+void SetBox(void(GLAPIENTRY* set)(GLint, GLint, GLsizei, GLsizei), const std::array<GLint, 4>& box)
+{
+    set(box[0], box[1], box[2], box[3]);
+}
+
 GLuint Buffer()
 {
     if (g_objects.buffer == 0)
@@ -255,11 +264,11 @@ void AddTests(Table& table)
                      []
                      {
                          glDisable(GL_SCISSOR_TEST);
-                         glScissor(0, 0, 128, 128);
+                         SetBox(glScissor, g_scissor);
                      },
                      [] { return Numbers{glIsEnabled(GL_SCISSOR_TEST) ? 1.0 : 0.0}; }});
     AddValue(table, "scissor box", GL_SCISSOR_BOX, 4, [] { glScissor(10, 10, 30, 30); },
-             [] { glScissor(0, 0, 128, 128); });
+             [] { SetBox(glScissor, g_scissor); });
     table.push_back({"stencil test",
                      []
                      {
@@ -325,7 +334,7 @@ void AddRasterizing(Table& table)
              [] { glPolygonMode(GL_FRONT_AND_BACK, GL_FILL); });
     AddValue(table, "polygon offset values", GL_POLYGON_OFFSET_FACTOR, 1, [] { glPolygonOffset(50.0f, 50.0f); },
              [] { glPolygonOffset(0.0f, 0.0f); });
-    AddValue(table, "viewport", GL_VIEWPORT, 4, [] { glViewport(7, 9, 20, 30); }, [] { glViewport(0, 0, 128, 128); });
+    AddValue(table, "viewport", GL_VIEWPORT, 4, [] { glViewport(7, 9, 20, 30); }, [] { SetBox(glViewport, g_viewport); });
     AddValue(table, "line width", GL_LINE_WIDTH, 1, [] { glLineWidth(5.0f); }, [] { glLineWidth(1.0f); });
     AddValue(table, "line stipple pattern", GL_LINE_STIPPLE_PATTERN, 1, [] { glLineStipple(2, 0x0f0f); },
              [] { glLineStipple(1, 0xffff); });
@@ -589,6 +598,8 @@ const std::vector<GLStateRow>& GLStateTable()
 {
     static const Table table = []
     {
+        glGetIntegerv(GL_SCISSOR_BOX, g_scissor.data());
+        glGetIntegerv(GL_VIEWPORT, g_viewport.data());
         Table rows;
         AddSwitches(rows);
         AddTests(rows);

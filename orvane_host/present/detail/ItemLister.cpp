@@ -3,7 +3,6 @@
 #include "orvane_host/present/StageAccess.h"
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshStyleES20.h"
-#include "orvane/scene/LineStyle.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Scene.h"
 
@@ -19,7 +18,9 @@ namespace
 bool DrawsPoints(const MeshStyleES20& style)
 {
     const auto* const data = dynamic_cast<const MaterialES20*>(&style);
-    return data && (data->GetMaterial()->GetFlags() & MaterialFlagPoints) != 0;
+    // The material may have been deleted while the frame was listed.
+    const Material* const material = data ? data->GetMaterial() : nullptr;
+    return material && (material->GetFlags() & MaterialFlagPoints) != 0;
 }
 
 } // namespace
@@ -28,23 +29,39 @@ void ItemLister::List(PresentationFrame& frame, bool withLines)
 {
     std::vector<RenderItemES20>& items = m_items.all;
     items.clear();
-    for (Material* material : frame.scene.GetOptimizedMaterials())
-    {
-        frame.renderer.List(*material, frame.cameraData, items, true);
-    }
+    frame.renderer.List(frame.scene.GetOptimizedMaterials(), frame.cameraData, items, true);
     m_items.firstLine = items.size();
     if (withLines)
     {
-        for (LineStyle* lineStyle : frame.scene.GetLineStyles())
-        {
-            frame.renderer.List(*lineStyle, frame.cameraData, items, true);
-        }
+        frame.renderer.List(frame.scene.GetLineStyles(), frame.cameraData, items, true);
     }
     m_items.firstAlpha = items.size();
-    for (Material* material : frame.scene.GetAlphaMaterials())
+    frame.renderer.List(frame.scene.GetAlphaMaterials(), frame.cameraData, items, true);
+    DropGone(frame.renderer);
+}
+
+void ItemLister::DropGone(const StageAccess& renderer)
+{
+    if (!renderer.HasLosses())
     {
-        frame.renderer.List(*material, frame.cameraData, items, true);
+        return;
     }
+    std::size_t kept = 0;
+    std::size_t firstLine = 0;
+    std::size_t firstAlpha = 0;
+    for (std::size_t i = 0; i < m_items.all.size(); ++i)
+    {
+        if (renderer.IsGone(m_items.all[i]))
+        {
+            continue;
+        }
+        m_items.all[kept++] = m_items.all[i];
+        firstLine += i < m_items.firstLine ? 1 : 0;
+        firstAlpha += i < m_items.firstAlpha ? 1 : 0;
+    }
+    m_items.all.resize(kept);
+    m_items.firstLine = firstLine;
+    m_items.firstAlpha = firstAlpha;
 }
 
 void ItemLister::ListSurfaces(bool withPoints)

@@ -24,6 +24,9 @@ public:
     void Clear();
 
 private:
+    /// Takes out what a host has deleted that was called while the frame was listed.
+    void DropGone(const StageAccess& renderer);
+
     FrameItems m_items;
 };
 
