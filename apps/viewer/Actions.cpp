@@ -11,6 +11,8 @@ namespace
 
 /// Pixels of a drag that turns as far as a key does.
 constexpr double KeyTurn = 30.0;
+/// Metres of a step.
+constexpr double WalkStep = 0.5;
 /// Pixels of a movement by a key.
 constexpr double KeyPan = 40.0;
 
@@ -38,6 +40,12 @@ void Turn(Viewer& viewer, double x, double y)
 void Pan(Viewer& viewer, double x, double y)
 {
     viewer.GetDesk().GetNavigator().PanBy({x, y});
+    viewer.GetDesk().FollowNavigator();
+}
+
+void LookAround(Viewer& viewer, double x)
+{
+    viewer.GetDesk().GetNavigator().LookAround({-x, 0.0});
     viewer.GetDesk().FollowNavigator();
 }
 
@@ -120,9 +128,14 @@ const std::vector<Action>& ListActions()
         {"Model", "shift+h", "Show all", [](Viewer& viewer) { viewer.GetDesk().ShowAll(); }},
         {"Model", "e", "Edit the selection in context", [](Viewer& viewer) { viewer.GetDesk().EditSelection(); }},
         {"Model", "l", "Lines on or off", ToggleLines},
+        {"Model", "n", "Name the selection in the picture", [](Viewer& viewer) { viewer.GetDesk().LabelSelection(); }},
         {"Model", "o", "Dark corners on or off", ToggleOcclusion},
+        {"Walk", "w", "Forward", [](Viewer& viewer) { viewer.GetDesk().Walk(WalkStep); }},
+        {"Walk", "s", "Back", [](Viewer& viewer) { viewer.GetDesk().Walk(-WalkStep); }},
+        {"Walk", "a", "Turn the head left", [](Viewer& viewer) { LookAround(viewer, -KeyTurn); }},
+        {"Walk", "d", "Turn the head right", [](Viewer& viewer) { LookAround(viewer, KeyTurn); }},
         {"Tools", "m", "Measure a distance", [](Viewer& viewer) { viewer.GetMeasure().Turn(Measure::Kind::Distance); }},
-        {"Tools", "a", "Measure an angle", [](Viewer& viewer) { viewer.GetMeasure().Turn(Measure::Kind::Angle); }},
+        {"Tools", "shift+m", "Measure an angle", [](Viewer& viewer) { viewer.GetMeasure().Turn(Measure::Kind::Angle); }},
         {"Tools", "escape", "Leave a tool, a panel or the selection", Escape},
         {"Tools", "tab", "Panels on or off", [](Viewer& viewer) { viewer.GetPanels().ToggleSides(); }},
         {"Tools", "f9", "Lose the GL context, for a test", [](Viewer& viewer) { viewer.LoseContext(); }},

@@ -1,8 +1,10 @@
 #include "apps/viewer/Desk.h"
 
+#include "apps/viewer/Walker.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
+#include "orvane/scene/Scene.h"
 
 #include <sys/stat.h>
 
@@ -20,6 +22,8 @@ namespace
 constexpr double RestSeconds = 0.2;
 /// Seconds of a frame above which stages step back while something moves.
 constexpr double SlowFrame = 1.0 / 30.0;
+/// Seconds that something moves on at once.
+constexpr double LongestStep = 0.05;
 /// Seconds between looks at a watched file.
 constexpr double WatchSeconds = 0.3;
 
@@ -105,6 +109,7 @@ void Desk::Open(const std::string& path)
     };
     m_loading.reset();
     m_loadingPath = path;
+    m_loadingStamp = StampOf(path);
     m_loading = std::make_unique<Host::ModelLoading>(path, options);
 }
 
@@ -127,6 +132,8 @@ bool Desk::Update(double seconds)
         TakeModel(std::move(result));
     }
     LookAfterFile(seconds);
+    // After a long wait the first step of what moves is a short one.
+    seconds = std::min(seconds, LongestStep);
     if (m_navigator.IsTurning())
     {
         const bool isThere = m_navigator.Step(seconds);
@@ -184,7 +191,7 @@ void Desk::TakeModel(Host::ImportResult result)
     const std::vector<std::string> warnings = result.report.warnings;
     m_model = std::make_unique<Host::Presentation>(std::move(result));
     m_path = m_loadingPath;
-    m_stamp = StampOf(m_path);
+    m_stamp = m_loadingStamp;
     m_afterTurn.reset();
     m_stepsBack = false;
     if (!isAgain)
@@ -201,6 +208,7 @@ void Desk::TakeModel(Host::ImportResult result)
         m_selection.clear();
         m_hidden.clear();
         m_isolated.clear();
+        m_labels.clear();
     }
     ShowModel();
     const Host::ImportReport& report = m_model->GetReport();
@@ -228,6 +236,10 @@ void Desk::ShowModel()
                                      [this](const std::string& path) { return !m_model->FindNode(path); }),
                       m_selection.end());
     ShowSelection();
+    for (Label& label : m_labels)
+    {
+        label.middle = MiddleOf(label.path);
+    }
     m_navigator.Stop();
     m_navigator.Follow(*m_model);
 }
@@ -480,8 +492,53 @@ std::optional<Desk::Thing> Desk::Describe(const std::string& path) const
     if (box)
     {
         thing.size.Subtract(box->high, box->low);
+        thing.middle = (ToGlm(box->low) + ToGlm(box->high)) / 2.0;
     }
     return thing;
+}
+
+std::optional<glm::dvec3> Desk::MiddleOf(const std::string& path) const
+{
+    const auto thing = Describe(path);
+    return thing ? thing->middle : std::nullopt;
+}
+
+void Desk::LabelSelection()
+{
+    for (const std::string& path : m_selection)
+    {
+        const auto found = std::find_if(m_labels.begin(), m_labels.end(),
+                                        [&](const Label& label) { return label.path == path; });
+        if (found != m_labels.end())
+        {
+            m_labels.erase(found);
+        }
+        else
+        {
+            m_labels.push_back({path, FileNameOf(path), MiddleOf(path)});
+        }
+    }
+}
+
+bool Desk::Walk(double forward)
+{
+    const Host::ImportReport* const report = m_model ? &m_model->GetReport() : nullptr;
+    if (!report || !report->hasBox)
+    {
+        return false;
+    }
+    const double metre = report->metresPerUnit > 0.0 ? 1.0 / report->metresPerUnit : 1.0;
+    m_navigator.Walk(forward * metre);
+    const glm::dvec3 up = m_navigator.WorldUp();
+    const double reach = metre * (Walker::EyeHeight - Walker::StepHeight);
+    const glm::dvec3 eye = m_navigator.Place();
+    if (const auto depth = Walker::DepthOfFloor(*m_model->GetScene().GetRoot(), eye - up * reach, up))
+    {
+        // The floor carries a person at the height of their eyes.
+        m_navigator.Move(up * (metre * Walker::StepHeight - *depth));
+    }
+    FollowNavigator();
+    return true;
 }
 
 void Desk::HideSelection()

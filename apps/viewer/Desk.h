@@ -28,6 +28,15 @@ public:
         std::string material; ///< of the first mesh; may be empty
         std::size_t triangles = 0;
         Vector size; ///< along the axes of the world
+        std::optional<glm::dvec3> middle; ///< of its box; none without triangles
+    };
+
+    /// A name that follows a node in the picture.
+    struct Label
+    {
+        std::string path;
+        std::string name;
+        std::optional<glm::dvec3> middle;
     };
 
     /// @param wake ends the wait for events, from any thread.
@@ -48,6 +57,7 @@ public:
     bool IsWatching() const { return m_watches; }
 
     /// Takes over what was loaded, and moves on what moves.
+    /// @param seconds since the last time.
     /// @return whether a model was opened.
     bool Update(double seconds);
 
@@ -82,6 +92,8 @@ public:
     /// What is neither hidden nor cut away.
     void Fit();
     void FitSelection();
+    /// Goes so many metres forward, at the height of a person's eyes above the floor; 0 stands on it.
+    bool Walk(double forward);
     bool IsMoving() const { return m_navigator.IsTurning() || m_restIn > 0.0; }
 
     /// The point of the model under a pixel; where there is none, one as far away as the target.
@@ -109,6 +121,9 @@ public:
     bool IsHidden(const std::string& path) const;
     bool HasHidden() const { return !m_hidden.empty() || !m_isolated.empty(); }
     void ShowAll();
+    /// Names the selection in the picture, or takes that back.
+    void LabelSelection();
+    const std::vector<Label>& GetLabels() const { return m_labels; }
     /// Greys all but the selection; without one takes that back.
     void EditSelection();
 
@@ -135,6 +150,7 @@ private:
     void ApplyDrawn();
     void ShowSelection();
     void HideAgain();
+    std::optional<glm::dvec3> MiddleOf(const std::string& path) const;
     void LookAfterFile(double seconds);
     std::string PathOf(const Node* node) const;
 
@@ -145,6 +161,7 @@ private:
     bool m_watches = false;
     double m_watchedFor = 0.0;
     long long m_stamp = 0; ///< of the file, as far as it tells a change
+    long long m_loadingStamp = 0;
 
     std::string m_path;
     std::unique_ptr<Host::Presentation> m_model;
@@ -162,6 +179,7 @@ private:
     std::vector<std::string> m_selection;
     std::vector<std::string> m_hidden;
     std::string m_isolated;
+    std::vector<Label> m_labels;
     Message m_message;
 };
 

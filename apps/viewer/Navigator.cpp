@@ -110,6 +110,30 @@ void Navigator::OrbitBy(const glm::dvec2& pixels)
     m_camera.Orbit(pixels.x, pixels.y);
 }
 
+void Navigator::LookAround(const glm::dvec2& pixels)
+{
+    m_isTurning = false;
+    const glm::dvec3 place = Place();
+    m_camera.Orbit(pixels.x, pixels.y);
+    Move(place - Place());
+}
+
+void Navigator::Walk(double forward)
+{
+    m_isTurning = false;
+    // Straight down the upper edge of the picture is ahead.
+    const glm::dvec3 ahead = Forward() + Up() * 1e-3;
+    const glm::dvec3 along = ahead - WorldUp() * glm::dot(ahead, WorldUp());
+    Move(glm::normalize(along) * forward);
+}
+
+void Navigator::Move(const glm::dvec3& by)
+{
+    Host::OrbitState state = m_camera.GetState();
+    state.target = ToPoint(ToGlm(state.target) + by);
+    m_camera.SetState(state);
+}
+
 void Navigator::TurnTo(const Host::OrbitState& from, const Host::OrbitState& to)
 {
     m_drag = Drag::None;
@@ -136,6 +160,16 @@ bool Navigator::Step(double seconds)
     m_isTurning = m_turned < TurnSeconds;
     m_camera.SetState(Host::OrbitCamera::Between(m_turnFrom, m_turnTo, m_turned / TurnSeconds));
     return !m_isTurning;
+}
+
+glm::dvec3 Navigator::Place() const
+{
+    return ToGlm(m_camera.GetEye());
+}
+
+glm::dvec3 Navigator::WorldUp() const
+{
+    return m_camera.GetUpAxis() == Host::UpAxis::Z ? glm::dvec3(0.0, 0.0, 1.0) : glm::dvec3(0.0, 1.0, 0.0);
 }
 
 glm::dvec3 Navigator::Forward() const

@@ -65,6 +65,13 @@ public:
     void OrbitBy(const glm::dvec2& pixels);
 
     /// Turns there from somewhere.
+    /// Turns the head as a drag over so many pixels does: the eye stays.
+    void LookAround(const glm::dvec2& pixels);
+
+    /// Goes along the ground, so far in the units of the world.
+    void Walk(double forward);
+    void Move(const glm::dvec3& by);
+
     void TurnTo(const Host::OrbitState& from, const Host::OrbitState& to);
     bool IsTurning() const { return m_isTurning; }
     void Stop();
@@ -75,6 +82,8 @@ public:
 
     // What is seen where
 
+    glm::dvec3 Place() const; ///< of the eye
+    glm::dvec3 WorldUp() const;
     glm::dvec3 Forward() const;
     glm::dvec3 Right() const;
     glm::dvec3 Up() const;

@@ -267,6 +267,7 @@ void Overlay::Draw(const PointRect& rect, float ratio)
         return;
     }
     DrawHandles(rect);
+    DrawLabels(rect);
     DrawMeasure(rect);
     if (rect.width > 4.0f * CubeInset && rect.height > 3.0f * CubeInset)
     {
@@ -342,6 +343,23 @@ void Overlay::DrawCube(const PointRect& rect) const
                 pen.At(middle + glm::dvec2(glm::dot(centre, view.Right()), -glm::dot(centre, view.Up())));
             pen.List().AddText(ImGui::GetFont(), size,
                                {std::floor(at.x - extent.x / 2.0f), std::floor(at.y - extent.y / 2.0f)}, Ink, face.name);
+        }
+    }
+}
+
+void Overlay::DrawLabels(const PointRect& rect) const
+{
+    Pen pen(rect, m_ratio);
+    for (const Desk::Label& label : m_desk.GetLabels())
+    {
+        const auto pixel = label.middle ? m_desk.GetNavigator().PixelOf(*label.middle) : std::nullopt;
+        if (pixel)
+        {
+            const glm::dvec2 above(0.0, -28.0 * m_ratio);
+            pen.Line(*pixel, *pixel + above, Paper, 3.0f);
+            pen.Line(*pixel, *pixel + above, Ink, 1.0f);
+            pen.Dot(*pixel);
+            pen.Label(*pixel + above, label.name);
         }
     }
 }

@@ -56,6 +56,7 @@ private:
     glm::dvec2 CubeMiddle() const;
     void DrawHandles(const PointRect& rect) const;
     void DrawCube(const PointRect& rect) const;
+    void DrawLabels(const PointRect& rect) const;
     void DrawMeasure(const PointRect& rect) const;
 
     Desk& m_desk;

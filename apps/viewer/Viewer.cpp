@@ -199,8 +199,7 @@ void Viewer::Run()
             m_script->Step();
         }
         const Clock::time_point now = Clock::now();
-        // After a long wait the first step of what moves is a short one.
-        const double seconds = std::min(std::chrono::duration<double>(now - last).count(), 0.05);
+        const double seconds = std::chrono::duration<double>(now - last).count();
         last = now;
         if (m_desk.Update(seconds))
         {

@@ -71,9 +71,37 @@ TEST_F(ViewerMove, AWatchedFileIsReadAgainWithTheSameView)
     EXPECT_GT(middle.g, 100);
 }
 
+TEST_F(ViewerMove, WhatStepsBackInMotionComesBackAtRest)
+{
+    View(WriteCube(), "resize 1500x1100\nset occlusion true\nset antialiasing \"ssaa\"\ndrag 300,240 400,300\n"
+                      "drag 300,240 420,310\nwait\nscreenshot FOLDER/after.png\n"
+                      "look advanced\nkey l\nwait\nkey l\nwait\nscreenshot FOLDER/drawn.png");
+    // Settings that are applied anew have nothing of what was drawn with in motion.
+    ExpectSame(PictureAt("after.png"), PictureAt("drawn.png"));
+}
+
+TEST_F(ViewerMove, WalksOnWhatIsUnderfoot)
+{
+    // A floor with a step up of half a metre at x = 0, which is walked up.
+    const std::string floor = WriteObj("floor.obj",
+                                       "v -9 0 -9\nv 0 0 -9\nv 0 0 9\nv -9 0 9\nf 4 3 2 1\n"
+                                       "v 0 0.5 -9\nv 9 0.5 -9\nv 9 0.5 9\nv 0 0.5 9\nf 8 7 6 5\n");
+    const std::string begin = "set view.eye [-0.75, 5, 0]\nset view.target [4, 5, 0]\n";
+    const auto heightAfter = [&](const std::string& keys)
+    {
+        const std::string told = View(floor, begin + keys + "wait\nprint settings");
+        const std::size_t eye = told.find("\"eye\"");
+        const std::size_t first = told.find(',', told.find('[', eye));
+        return std::stod(told.substr(first + 1));
+    };
+    EXPECT_NEAR(heightAfter("key w\n"), 1.6, 1e-4);
+    EXPECT_NEAR(heightAfter("key w\nkey w\n"), 2.1, 1e-4);
+    EXPECT_NEAR(heightAfter("key w\nkey w\nkey s\n"), 1.6, 1e-4);
+}
+
 TEST_F(ViewerMove, RandomActionsDoNoHarm)
 {
-    static constexpr const char* keys[] = {"1", "2", "6", "f", "p", "h", "i", "shift+h", "e", "l", "o", "m", "a", "escape",
+    static constexpr const char* keys[] = {"1", "2", "6", "f", "p", "h", "i", "shift+h", "e", "l", "o", "m", "shift+m", "w", "s", "a", "d", "n", "escape",
                                            "tab", "?", "f9", "left", "up", "page-up", "page-down", "shift+right"};
     static constexpr const char* looks[] = {"basic", "advanced", "phong", "crosshatch", "monotone", "vertex-color"};
     std::mt19937 random(11);
@@ -91,7 +119,7 @@ TEST_F(ViewerMove, RandomActionsDoNoHarm)
         case 3: script += "scroll " + point() + " " + std::to_string(below(7) - 3) + "\n"; break;
         case 4: script += std::string("look ") + looks[below(6)] + "\n"; break;
         case 5: script += "middle-drag " + point() + " " + point() + "\n"; break;
-        default: script += std::string("key ") + keys[below(22)] + "\n"; break;
+        default: script += std::string("key ") + keys[below(27)] + "\n"; break;
         }
     }
     View(WriteCube(), script + "wait\nexpect model cube.obj");
