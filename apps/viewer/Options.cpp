@@ -48,6 +48,8 @@ Command ParseCommandLine(int argc, const char* const* argv)
     app.set_version_flag("--version", std::string("orvane-view ") + ORVANE_VERSION);
     app.add_option("MODEL", options.model, "Model file to open");
     app.add_option("--size", size, "Of the window, in points; 1280x800 unless told otherwise")->option_text("WxH");
+    app.add_option("--scale", options.scale, "Pixels per point, 0.5 to 8, in place of what the screen tells")
+        ->option_text("N")->check(CLI::Range(0.5f, 8.0f));
     app.add_option("--settings", options.settings, "Start with the settings of a JSON file")->option_text("FILE");
     app.add_option("--script", options.script, "Do what a file says, one action a line")->option_text("FILE");
     app.add_flag("--help-script", helpScript, "List the actions of a script");

@@ -13,6 +13,8 @@ struct Options
     /// Of the window, in points.
     int width = 1280;
     int height = 800;
+    /// Pixels per point; 0 for those of the screen.
+    float scale = 0.0f;
     /// JSON file of settings; empty for those of the last time.
     std::string settings;
     /// File of actions in place of a person; empty for none.

@@ -79,7 +79,7 @@ Viewer::Viewer(const Options& options) :
     }
     ReadState();
     std::string error;
-    m_window = Window::Create("Orvane", options.width, options.height, error);
+    m_window = Window::Create("Orvane", options.width, options.height, options.scale, error);
     if (!m_window)
     {
         throw Failure(error);

@@ -3,6 +3,7 @@
 #include <GLFW/glfw3.h>
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <utility>
 
@@ -70,6 +71,14 @@ Window& Of(GLFWwindow* window)
     return *static_cast<Window*>(glfwGetWindowUserPointer(window));
 }
 
+/// Where the pointer is, in points.
+void TakePlace(GLFWwindow* window, InputEvent& event)
+{
+    glfwGetCursorPos(window, &event.x, &event.y);
+    event.x /= Of(window).UnitsPerPoint();
+    event.y /= Of(window).UnitsPerPoint();
+}
+
 InputEvent Made(InputEvent::Kind kind)
 {
     InputEvent event;
@@ -80,8 +89,8 @@ InputEvent Made(InputEvent::Kind kind)
 void OnMove(GLFWwindow* window, double x, double y)
 {
     InputEvent event = Made(InputEvent::Kind::PointerMoved);
-    event.x = x;
-    event.y = y;
+    event.x = x / Of(window).UnitsPerPoint();
+    event.y = y / Of(window).UnitsPerPoint();
     Of(window).Push(event);
 }
 
@@ -97,7 +106,7 @@ void OnButton(GLFWwindow* window, int button, int action, int modifiers)
                                                        : Button::Middle;
     event.modifiers = ModifiersOf(modifiers);
     event.time = glfwGetTime();
-    glfwGetCursorPos(window, &event.x, &event.y);
+    TakePlace(window, event);
     Of(window).Push(event);
 }
 
@@ -106,7 +115,7 @@ void OnScroll(GLFWwindow* window, double dx, double dy)
     InputEvent event = Made(InputEvent::Kind::Scrolled);
     event.dx = dx;
     event.dy = dy;
-    glfwGetCursorPos(window, &event.x, &event.y);
+    TakePlace(window, event);
     Of(window).Push(event);
 }
 
@@ -146,7 +155,8 @@ void OnRefresh(GLFWwindow* window)
 
 } // namespace
 
-std::unique_ptr<Window> Window::Create(const std::string& title, int width, int height, std::string& error)
+std::unique_ptr<Window> Window::Create(const std::string& title, int width, int height, float scale,
+                                       std::string& error)
 {
     if (!glfwInit())
     {
@@ -157,6 +167,7 @@ std::unique_ptr<Window> Window::Create(const std::string& title, int width, int 
     window->m_title = title;
     window->m_width = width;
     window->m_height = height;
+    window->m_scale = scale;
     return window->Open(error) ? std::move(window) : nullptr;
 }
 
@@ -190,6 +201,8 @@ bool Window::Open(std::string& error)
     glfwSetWindowContentScaleCallback(m_window, [](GLFWwindow* window, float, float) { OnRefresh(window); });
     glfwMakeContextCurrent(m_window);
     glfwSwapInterval(1);
+    // How large a point is here is known only now.
+    SetSize(m_width, m_height);
     return true;
 }
 
@@ -236,9 +249,27 @@ void Window::Swap()
     glfwSwapBuffers(m_window);
 }
 
+float Window::UnitsPerPoint() const
+{
+    int units = 0;
+    int pixels = 0;
+    int height = 0;
+    glfwGetWindowSize(m_window, &units, &height);
+    glfwGetFramebufferSize(m_window, &pixels, &height);
+    if (units < 1 || pixels < 1)
+    {
+        return 1.0f;
+    }
+    const float pixelsPerUnit = static_cast<float>(pixels) / static_cast<float>(units);
+    return std::max(GetPixelRatio() / pixelsPerUnit, 0.1f);
+}
+
 void Window::GetSize(int& width, int& height) const
 {
     glfwGetWindowSize(m_window, &width, &height);
+    const float units = UnitsPerPoint();
+    width = static_cast<int>(std::lround(static_cast<float>(width) / units));
+    height = static_cast<int>(std::lround(static_cast<float>(height) / units));
 }
 
 void Window::GetFramebufferSize(int& width, int& height) const
@@ -248,21 +279,22 @@ void Window::GetFramebufferSize(int& width, int& height) const
 
 float Window::GetPixelRatio() const
 {
-    int points = 0;
-    int pixels = 0;
-    int height = 0;
-    GetSize(points, height);
-    GetFramebufferSize(pixels, height);
-    if (points > 0 && pixels > points)
+    if (m_scale > 0.0f)
     {
-        return static_cast<float>(pixels) / static_cast<float>(points);
+        return m_scale;
     }
-    return 1.0f;
+    float x = 1.0f;
+    float y = 1.0f;
+    glfwGetWindowContentScale(m_window, &x, &y);
+    // A screen that doesn't know tells nothing sensible.
+    return x >= 0.5f && x <= 8.0f ? x : 1.0f;
 }
 
 void Window::SetSize(int width, int height)
 {
-    glfwSetWindowSize(m_window, width, height);
+    const float units = UnitsPerPoint();
+    glfwSetWindowSize(m_window, std::max(1, static_cast<int>(std::lround(static_cast<float>(width) * units))),
+                      std::max(1, static_cast<int>(std::lround(static_cast<float>(height) * units))));
 }
 
 void Window::SetTitle(const std::string& title)

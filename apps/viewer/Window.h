@@ -18,9 +18,12 @@ class Window
 {
 public:
     /// Opens a window and makes its context current.
+    /// @param width, height in points.
+    /// @param scale pixels per point; 0 for those of the screen that the window is on.
     /// @param error on failure what is missing and what helps, in one line.
     /// @return null on failure.
-    static std::unique_ptr<Window> Create(const std::string& title, int width, int height, std::string& error);
+    static std::unique_ptr<Window> Create(const std::string& title, int width, int height, float scale,
+                                          std::string& error);
 
     ~Window();
     Window(const Window&) = delete;
@@ -47,16 +50,20 @@ public:
     /// In pixels; 0 while the window is minimised.
     void GetFramebufferSize(int& width, int& height) const;
 
-    /// Pixels per point.
+    /// Pixels per point; another one when the window comes to another screen.
     float GetPixelRatio() const;
 
+    /// In points.
     void SetSize(int width, int height);
     void SetTitle(const std::string& title);
     std::string GetClipboard() const;
     void SetClipboard(const std::string& text);
 
-    /// Something happened, for the callbacks of the window system.
+    /// Something happened, at a place in points.
     void Push(InputEvent event);
+
+    /// What the window system counts in, for each point: one, or on some systems pixels.
+    float UnitsPerPoint() const;
 
 private:
     Window() = default;
@@ -66,8 +73,9 @@ private:
 
     GLFWwindow* m_window = nullptr;
     std::string m_title;
-    int m_width = 0;
+    int m_width = 0; ///< in points
     int m_height = 0;
+    float m_scale = 0.0f;
     std::vector<InputEvent> m_events;
 };
 

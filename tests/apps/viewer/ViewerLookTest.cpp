@@ -137,3 +137,19 @@ TEST_F(ViewerLook, ADoubleClickFitsWhatIsThereAndTwoClicksDoNot)
     EXPECT_NE(fit.At(fit.GetWidth() / 2, fit.GetHeight() / 2), ToPixel(1, 1, 1));
     EXPECT_EQ(RunScript(pair, "view front\nwait\ndouble-click 120,240\nwait\nexpect settings \"eye\": null").exitCode, 1);
 }
+
+TEST_F(ViewerLook, FinerScreensHaveMorePixelsOfTheSamePoints)
+{
+    const std::string pair = WritePair();
+    const std::string script = "view front\nwait\nclick 120,240\nexpect selection left\nclick 520,240\n"
+                               "expect selection right\nkey escape\nwait\nscreenshot FOLDER/";
+    View(pair, script + "coarse.png");
+    View(pair, script + "fine.png", {"--forget", "--scale", "2"});
+    const Picture coarse = PictureAt("coarse.png");
+    const Picture fine = PictureAt("fine.png");
+    ASSERT_EQ(coarse.GetWidth(), 640);
+    ASSERT_EQ(fine.GetWidth(), 1280);
+    ASSERT_EQ(fine.GetHeight(), 960);
+    EXPECT_EQ(fine.At(240, 480), coarse.At(120, 240));
+    EXPECT_EQ(fine.At(1040, 480), coarse.At(520, 240));
+}
