@@ -113,8 +113,13 @@ void Panels::DrawSelection()
     {
         ImGui::TextWrapped("%s", thing->name.c_str());
         ImGui::PushStyleColor(ImGuiCol_Text, ImGui::GetStyleColorVec4(ImGuiCol_TextDisabled));
-        ImGui::TextWrapped("%s", thing->path.c_str());
+        // A path may be longer than all else together: its beginning, and all of it under the pointer.
+        ImGui::TextUnformatted(thing->path.c_str());
         ImGui::PopStyleColor();
+        if (ImGui::IsItemHovered())
+        {
+            ImGui::SetTooltip("%s", thing->path.c_str());
+        }
         ImGui::TextWrapped("Material: %s", thing->material.empty() ? "none" : thing->material.c_str());
         ImGui::TextWrapped("Size: %.4g x %.4g x %.4g", thing->size.x, thing->size.y, thing->size.z);
         ImGui::TextWrapped("%zu triangles", thing->triangles);

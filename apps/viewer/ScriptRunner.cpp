@@ -118,7 +118,13 @@ void ScriptRunner::Fail(const ScriptAction& action, const std::string& reason) c
 
 void ScriptRunner::Begin(const ScriptAction& action)
 {
-    if (BeginPointer(action) || BeginModel(action) || BeginPicture(action) || BeginWords(action))
+    if (BeginPointer(action))
+    {
+        // What was done to a panel is done by its next frame.
+        Then([] {});
+        return;
+    }
+    if (BeginModel(action) || BeginPicture(action) || BeginWords(action))
     {
         return;
     }
