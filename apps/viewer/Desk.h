@@ -17,6 +17,8 @@ namespace OV::ViewerApp
 ///
 /// Knows no window and no panel. One thread, the one of the GL context, which is current
 /// throughout. What goes wrong is told as one sentence by GetMessage, and leaves all as it was.
+///
+/// DeskNodes.cpp has what is done to nodes: select, hide, name.
 class Desk
 {
 public:

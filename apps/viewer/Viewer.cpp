@@ -9,6 +9,7 @@
 
 #include <GL/gl.h>
 #include <GL/glext.h>
+#include <glm/common.hpp>
 #include <glm/geometric.hpp>
 
 #include <algorithm>
@@ -33,6 +34,8 @@ constexpr double ClickReach = 3.0;
 constexpr double DoubleClickSeconds = 0.4;
 /// Samples of a picture where settings name none, as those of a saved picture.
 constexpr int UsualSamples = 4;
+/// Of a movement for a step of a trackpad.
+constexpr double PixelsPerScroll = 30.0;
 constexpr double LoadingPoll = 0.05;
 constexpr double WatchPoll = 0.3;
 constexpr double CursorPoll = 0.25;
@@ -282,9 +285,8 @@ void Viewer::HandleKey(const InputEvent& event)
 void Viewer::HandlePointer(const InputEvent& event)
 {
     const glm::dvec2 pixel = ToPicture(event.x, event.y);
-    m_pointer = pixel;
-    Navigator& navigator = m_desk.GetNavigator();
-    const bool isBusy = m_isPressed || navigator.GetDrag() != Navigator::Drag::None || m_overlay.IsHeld();
+    const bool isBusy =
+        m_isPressed || m_desk.GetNavigator().GetDrag() != Navigator::Drag::None || m_overlay.IsHeld();
     if (!isBusy && !IsOverPicture(event.x, event.y))
     {
         m_overlay.Hover(std::nullopt);
@@ -293,52 +295,65 @@ void Viewer::HandlePointer(const InputEvent& event)
     switch (event.kind)
     {
     case InputEvent::Kind::ButtonDown: BeginDrag(event, pixel); break;
-    case InputEvent::Kind::ButtonUp:
-        if (event.button == Button::Left && std::exchange(m_isPressed, false) && !m_isDragged)
-        {
-            Click(event, pixel);
-        }
-        if (std::exchange(m_isBoxing, false) && m_isDragged)
-        {
-            const auto low = glm::floor(glm::min(m_pressedAt, pixel));
-            const auto high = glm::ceil(glm::max(m_pressedAt, pixel));
-            m_desk.SelectIn({static_cast<int>(low.x), static_cast<int>(low.y), static_cast<int>(high.x - low.x),
-                             static_cast<int>(high.y - low.y)}, (event.modifiers & ModifierShift) != 0);
-        }
-        m_overlay.SetBox(std::nullopt, {});
-        m_overlay.Release();
-        navigator.EndDrag();
-        break;
-    case InputEvent::Kind::Scrolled:
-        if ((event.modifiers & ModifierShift) != 0 || event.dx != 0.0)
-        {
-            navigator.PanBy(glm::dvec2(event.dx, event.dy) * 30.0);
-        }
-        else
-        {
-            navigator.Zoom(event.dy, m_desk.PointUnder(pixel));
-        }
+    case InputEvent::Kind::ButtonUp: EndDrag(event, pixel); break;
+    case InputEvent::Kind::Scrolled: Scroll(event, pixel); break;
+    default: DragTo(pixel, isBusy); break;
+    }
+}
+
+void Viewer::EndDrag(const InputEvent& event, const glm::dvec2& pixel)
+{
+    if (event.button == Button::Left && std::exchange(m_isPressed, false) && !m_isDragged)
+    {
+        Click(event, pixel);
+    }
+    if (std::exchange(m_isBoxing, false) && m_isDragged)
+    {
+        const glm::dvec2 low = glm::floor(glm::min(m_pressedAt, pixel));
+        const glm::dvec2 size = glm::ceil(glm::max(m_pressedAt, pixel)) - low;
+        m_desk.SelectIn({static_cast<int>(low.x), static_cast<int>(low.y), static_cast<int>(size.x),
+                         static_cast<int>(size.y)}, (event.modifiers & ModifierShift) != 0);
+    }
+    m_overlay.SetBox(std::nullopt, {});
+    m_overlay.Release();
+    m_desk.GetNavigator().EndDrag();
+}
+
+void Viewer::Scroll(const InputEvent& event, const glm::dvec2& pixel)
+{
+    Navigator& navigator = m_desk.GetNavigator();
+    // To the side only a trackpad scrolls.
+    if ((event.modifiers & ModifierShift) != 0 || event.dx != 0.0)
+    {
+        navigator.PanBy(glm::dvec2(event.dx, event.dy) * PixelsPerScroll);
+    }
+    else
+    {
+        navigator.Zoom(event.dy, m_desk.PointUnder(pixel));
+    }
+    m_desk.FollowNavigator();
+}
+
+void Viewer::DragTo(const glm::dvec2& pixel, bool isHeld)
+{
+    m_overlay.Hover(pixel);
+    if (isHeld && glm::distance(pixel, m_pressedAt) > ClickReach * m_window->GetPixelRatio())
+    {
+        m_isDragged = true;
+    }
+    if (m_overlay.DragTo(pixel))
+    {
+        return;
+    }
+    Navigator& navigator = m_desk.GetNavigator();
+    if (m_isBoxing)
+    {
+        m_overlay.SetBox(m_pressedAt, pixel);
+    }
+    else if (navigator.GetDrag() != Navigator::Drag::None && m_isDragged)
+    {
+        navigator.DragTo(pixel);
         m_desk.FollowNavigator();
-        break;
-    default:
-        m_overlay.Hover(pixel);
-        if (isBusy && glm::distance(pixel, m_pressedAt) > ClickReach * m_window->GetPixelRatio())
-        {
-            m_isDragged = true;
-        }
-        if (m_overlay.DragTo(pixel))
-        {
-        }
-        else if (m_isBoxing)
-        {
-            m_overlay.SetBox(m_pressedAt, pixel);
-        }
-        else if (navigator.GetDrag() != Navigator::Drag::None && m_isDragged)
-        {
-            navigator.DragTo(pixel);
-            m_desk.FollowNavigator();
-        }
-        break;
     }
 }
 

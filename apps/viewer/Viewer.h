@@ -10,7 +10,6 @@
 #include "apps/viewer/StateFile.h"
 #include "apps/viewer/Window.h"
 
-#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <stdexcept>
@@ -85,6 +84,9 @@ private:
     void HandlePointer(const InputEvent& event);
     void HandleKey(const InputEvent& event);
     void BeginDrag(const InputEvent& event, const glm::dvec2& pixel);
+    void EndDrag(const InputEvent& event, const glm::dvec2& pixel);
+    void Scroll(const InputEvent& event, const glm::dvec2& pixel);
+    void DragTo(const glm::dvec2& pixel, bool isHeld);
     void Click(const InputEvent& event, const glm::dvec2& pixel);
     glm::dvec2 ToPicture(double x, double y) const;
     bool IsOverPicture(double x, double y) const;
@@ -109,14 +111,11 @@ private:
     std::uint64_t m_windowFrames = 0;
     std::uint64_t m_modelFrames = 0;
     std::string m_screenshot;
-    std::string m_title;
 
     bool m_isPressed = false; ///< the left button, over the picture
     glm::dvec2 m_pressedAt{0.0, 0.0};
     bool m_isDragged = false;
     bool m_isBoxing = false;
-    unsigned m_pressModifiers = 0;
-    glm::dvec2 m_pointer{0.0, 0.0}; ///< in pixels of the picture
     double m_lastClick = -1e9; ///< as InputEvent::time
     glm::dvec2 m_lastClickAt{-1e9, -1e9};
 };
