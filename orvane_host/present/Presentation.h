@@ -76,7 +76,8 @@ public:
     explicit Presentation(ImportResult model);
 
     /// Presents a scene that the host built. Not GL. A scene without lights gets one that follows
-    /// the view; the numbers of the nodes stay the host's.
+    /// the view; the numbers of the nodes stay the host's. A lit material whose ambient colour was
+    /// never set shows a share of its own colour without light, where the engine would add white.
     /// @param scene null counts as an empty one.
     /// @param nodes the names by which nodes are found; may be empty.
     explicit Presentation(std::unique_ptr<Scene> scene, std::vector<ImportedNode> nodes = {});

@@ -229,10 +229,30 @@ PixelSize PresentationRenderer::TargetSize() const
     return m_capturing ? PixelSize{offscreenWidth, offscreenHeight} : PixelSize{width, height};
 }
 
+bool PresentationRenderer::SetAAMode(AAMode mode)
+{
+    const float before = devicePixelRatio;
+    const bool isChanged = SceneRenderer::SetAAMode(mode);
+    if (isChanged)
+    {
+        m_plainRatio = mode == AAModeSupersampling ? before : devicePixelRatio;
+        m_raisedRatio = devicePixelRatio;
+    }
+    return isChanged;
+}
+
+void PresentationRenderer::SetDevicePixelRatio(float ratio)
+{
+    SceneRenderer::SetDevicePixelRatio(ratio);
+    m_plainRatio = ratio;
+    m_raisedRatio = ratio;
+}
+
 void PresentationRenderer::Render2D(Scene2D* layer)
 {
     const float ratio = devicePixelRatio;
-    devicePixelRatio = m_layerRatio.value_or(ratio);
+    // One that was set otherwise since is the host's.
+    devicePixelRatio = m_layerRatio.value_or(ratio == m_raisedRatio ? m_plainRatio : ratio);
     m_layerLines->Begin(effectCache, TargetSize(), {width, height});
     SceneRenderer::Render2D(layer);
     m_layerLines->End();

@@ -94,8 +94,14 @@ public:
     /// as far away as what is looked at (CameraNode::SetDistanceToTarget), else within fewer.
     void ShowAmbientOcclusion(bool show);
 
-    /// Pixels per point of the 2D layers, where that isn't the device pixel ratio: supersampling
-    /// raises the ratio, and with it the size of all that is measured in points. None at first.
+    /// As that of Renderer20. Supersampling raises the device pixel ratio from 1 to 2; layers without
+    /// a ratio of their own stay as large as they were.
+    bool SetAAMode(AAMode mode);
+
+    /// As that of Renderer20; layers without a ratio of their own follow.
+    void SetDevicePixelRatio(float ratio);
+
+    /// Pixels per point of the 2D layers, where that isn't the device pixel ratio. None at first.
     void SetLayerRatio(const std::optional<float>& pixelsPerPoint) { m_layerRatio = pixelsPerPoint; }
 
     /// In the looks Advanced and Phong everything is grey from the next frame on but the nodes
@@ -174,6 +180,8 @@ private:
 
     bool m_capturing = false; ///< from BeginCapture to ApplyCapture, where there are buffers
     std::optional<float> m_layerRatio;
+    float m_plainRatio = 1.0f;  ///< the device pixel ratio before supersampling raised it
+    float m_raisedRatio = 1.0f; ///< what it was raised to; the same where it was not
     std::unique_ptr<Detail::LineSetup> m_layerLines;
     std::unique_ptr<Detail::ScreenBuffer> m_picture; ///< what stages read of it; null until needed
     std::unique_ptr<Detail::ItemLister> m_lister;

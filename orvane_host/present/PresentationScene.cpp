@@ -322,6 +322,10 @@ void Presentation::Impl::UpdateMaterials()
     {
         wanted.ambient = Color(ShadeLevel, ShadeLevel, ShadeLevel);
     }
+    else
+    {
+        wanted.shareWithoutLight = AmbientLevelFor(settings.look);
+    }
     if (settings.lines)
     {
         wanted.room = FeatureEdges::RoomFor(settings.lines->width * m_ratio, LineScale());

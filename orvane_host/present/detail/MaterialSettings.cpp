@@ -14,6 +14,9 @@ namespace
 
 constexpr unsigned int kFlags = MaterialFlagNoCull | MaterialFlagPolygonOffset;
 
+/// Of a material whose ambient colour nobody has set.
+const Color kUnsetAmbient(1.0f, 1.0f, 1.0f, 1.0f);
+
 std::vector<Material*> MaterialsOf(const Scene& scene)
 {
     std::vector<Material*> materials = scene.GetOptimizedMaterials();
@@ -41,16 +44,22 @@ void MaterialSettings::Give(Material& material, const State& state)
     material.polygonOffsetUnits = state.offsetUnits;
 }
 
-MaterialSettings::State MaterialSettings::Want(const State& original, const Wanted& wanted)
+MaterialSettings::State MaterialSettings::Want(const State& original, const Color& diffuse, const Wanted& wanted)
 {
     State state = original;
     if (wanted.showsBacks)
     {
         state.flags |= MaterialFlagNoCull;
     }
-    if (wanted.ambient && (original.flags & MaterialFlagUnlit) == 0)
+    const bool isLit = (original.flags & MaterialFlagUnlit) == 0;
+    if (wanted.ambient && isLit)
     {
         state.ambient = *wanted.ambient;
+    }
+    else if (wanted.shareWithoutLight > 0.0f && isLit && IsSame(original.ambient, kUnsetAmbient))
+    {
+        const float share = wanted.shareWithoutLight;
+        state.ambient = Color(share * diffuse.r, share * diffuse.g, share * diffuse.b);
     }
     if (wanted.room)
     {
@@ -108,14 +117,14 @@ void MaterialSettings::Apply(const Wanted& wanted, const SectionFaces& section)
         }
         const auto known = m_entries.find(material);
         const State original = known == m_entries.end() ? StateOf(*material) : known->second.original;
-        State state = Want(original, wanted);
+        State state = Want(original, material->GetDiffuse(), wanted);
         state.flags |= isOpened(material) ? MaterialFlagNoCull : 0u;
         Give(*material, state);
         entries[material] = {original, state};
     }
     for (const SectionFaces::Copy& copy : section.GetCopies())
     {
-        State state = Want(entries[copy.original].original, wanted);
+        State state = Want(entries[copy.original].original, copy.material->GetDiffuse(), wanted);
         state.flags |= MaterialFlagNoCull;
         Give(*copy.material, state);
     }
@@ -127,7 +136,7 @@ void MaterialSettings::Apply(const Wanted& wanted, const SectionFaces& section)
         plain.ambient = faces->ambient;
         Wanted onlyRoom;
         onlyRoom.room = wanted.room;
-        Give(*faces, Want(plain, onlyRoom));
+        Give(*faces, Want(plain, faces->GetDiffuse(), onlyRoom));
     }
     m_entries = std::move(entries);
 }

@@ -29,6 +29,9 @@ public:
         bool showsBacks = false;
         /// Replaces the ambient colour of what is lit; none keeps it.
         std::optional<Color> ambient;
+        /// Of its own colour, which what is lit shows without light where its ambient colour was never
+        /// set: that is white, and would make it white. 0 leaves it so.
+        float shareWithoutLight = 0.0f;
         std::optional<LineRoom> room; ///< none makes none
     };
 
@@ -64,7 +67,7 @@ private:
 
     static State StateOf(const Material& material);
     static void Give(Material& material, const State& state);
-    static State Want(const State& original, const Wanted& wanted);
+    static State Want(const State& original, const Color& diffuse, const Wanted& wanted);
     void FollowHost();
 
     Scene& m_scene;

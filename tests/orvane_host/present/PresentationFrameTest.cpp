@@ -1,6 +1,7 @@
 #include "tests/orvane_host/present/PresentationModels.h"
 
 #include "orvane_host/present/PresentationRenderer.h"
+#include "orvane/scene/Material.h"
 #include "tests/support/Golden.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -181,6 +182,29 @@ TEST_F(PresentationFrame, LinesAreAsWideAsThePixelRatioSays)
     ExpectSame(scaled, Draw(*fresh), "two pixels for one");
     Apply(*fresh, thin);
     ExpectSame(Draw(*presentation), Draw(*fresh), "one for one");
+}
+
+TEST(PresentedMaterials, WithOnlyADiffuseColourShowThatColourInTheBasicLook)
+{
+    auto scene = std::make_unique<Scene>();
+    auto* const clay = new Material("clay");
+    clay->SetDiffuse(Color(0.8f, 0.4f, 0.2f));
+    auto* const chalk = new Material("chalk");
+    chalk->SetAmbient(Color(0.9f, 0.9f, 0.9f));
+    scene->AddMaterial(clay);
+    scene->AddMaterial(chalk);
+    Host::Presentation presentation(std::move(scene));
+    PresentationSettings wanted;
+    std::string error;
+    wanted.look = Host::Look::Basic;
+    ASSERT_TRUE(presentation.Apply(wanted, error)) << error;
+    const float share = Host::ImportOptions().ambientLevel;
+    EXPECT_FLOAT_EQ(clay->GetAmbient().r, share * 0.8f);
+    EXPECT_FLOAT_EQ(clay->GetAmbient().b, share * 0.2f);
+    EXPECT_EQ(chalk->GetAmbient().r, 0.9f) << "what the host has set stays";
+    wanted.look = Host::Look::Advanced;
+    ASSERT_TRUE(presentation.Apply(wanted, error)) << error;
+    EXPECT_EQ(clay->GetAmbient().r, clay->GetAmbient().b);
 }
 
 TEST_F(PresentationFrame, StatisticsTellTheModelAndTheLastFrame)

@@ -141,7 +141,7 @@ TEST_F(PresentationSizes, LinesOfALayerAreNeverOverlaid)
     EXPECT_EQ(Draw().Count(Green), whole) << "in the second frame";
 }
 
-TEST_F(PresentationSizes, ALayerGrowsWithTheRatioUnlessItHasItsOwn)
+TEST_F(PresentationSizes, ALayerGrowsWithTheRatioOfTheHostAndNotWithSupersampling)
 {
     for (const bool background : {false, true})
     {
@@ -151,6 +151,9 @@ TEST_F(PresentationSizes, ALayerGrowsWithTheRatioUnlessItHasItsOwn)
         renderer->SetAAMode(AAModeNone);
         ExpectRect(Covered(Draw(true), Green), {10, 10, 20, 10});
         renderer->SetAAMode(AAModeSupersampling);
+        EXPECT_EQ(renderer->GetDevicePixelRatio(), 2.0f);
+        ExpectRect(Covered(Draw(true), Green), {10, 10, 20, 10});
+        renderer->SetDevicePixelRatio(2.0f);
         ExpectRect(Covered(Draw(true), Green), {20, 20, 40, 20});
         renderer->SetLayerRatio(1.0f);
         ExpectRect(Covered(Draw(true), Green), {10, 10, 20, 10});
