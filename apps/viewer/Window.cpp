@@ -174,7 +174,8 @@ std::unique_ptr<Window> Window::Create(const std::string& title, int width, int 
 Window::~Window()
 {
     Close();
-    glfwTerminate();
+    // The libraries of the window system stay loaded until the process ends: what they keep for the
+    // life of the process would be told as lost, by no name, by a check for leaks.
 }
 
 bool Window::Open(std::string& error)
