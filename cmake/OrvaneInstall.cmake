@@ -23,9 +23,11 @@ if(ORVANE_BUILD_HOST)
     install(TARGETS orvane_host EXPORT OrvaneTargets
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 endif()
-if(TARGET orvane-render)
-    install(TARGETS orvane-render RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-endif()
+foreach(program orvane-render orvane-view)
+    if(TARGET ${program})
+        install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+    endif()
+endforeach()
 
 install(EXPORT OrvaneTargets NAMESPACE Orvane:: DESTINATION ${ORVANE_CMAKE_DIR})
 configure_package_config_file(

@@ -1,0 +1,162 @@
+#include "apps/viewer/Actions.h"
+
+#include "apps/viewer/Input.h"
+#include "apps/viewer/Viewer.h"
+
+namespace OV::ViewerApp
+{
+
+namespace
+{
+
+/// Pixels of a drag that turns as far as a key does.
+constexpr double KeyTurn = 30.0;
+/// Metres of a step.
+constexpr double WalkStep = 0.5;
+/// Pixels of a movement by a key.
+constexpr double KeyPan = 40.0;
+
+template <Host::NamedView View>
+void Look(Viewer& viewer)
+{
+    viewer.GetDesk().TurnTo(View);
+}
+
+/// Changes settings by a function of its own.
+template <typename Change>
+void Set(Viewer& viewer, Change change)
+{
+    Host::PresentationSettings settings = viewer.GetDesk().GetSettings();
+    change(settings);
+    viewer.GetDesk().Apply(settings);
+}
+
+void Turn(Viewer& viewer, double x, double y)
+{
+    viewer.GetDesk().GetNavigator().OrbitBy({x, y});
+    viewer.GetDesk().FollowNavigator();
+}
+
+void Pan(Viewer& viewer, double x, double y)
+{
+    viewer.GetDesk().GetNavigator().PanBy({x, y});
+    viewer.GetDesk().FollowNavigator();
+}
+
+void LookAround(Viewer& viewer, double x)
+{
+    viewer.GetDesk().GetNavigator().LookAround({-x, 0.0});
+    viewer.GetDesk().FollowNavigator();
+}
+
+void Zoom(Viewer& viewer, double steps)
+{
+    viewer.GetDesk().GetNavigator().Zoom(steps);
+    viewer.GetDesk().FollowNavigator();
+}
+
+void TogglePerspective(Viewer& viewer)
+{
+    Set(viewer, [](Host::PresentationSettings& settings) { settings.view.orthographic = !settings.view.orthographic; });
+}
+
+void ToggleLines(Viewer& viewer)
+{
+    Set(viewer, [](Host::PresentationSettings& settings)
+        {
+            settings.lines = settings.lines ? std::nullopt : std::optional<Host::LineSettings>(Host::LineSettings());
+        });
+}
+
+void ToggleOcclusion(Viewer& viewer)
+{
+    Set(viewer, [](Host::PresentationSettings& settings) { settings.occlusion = !settings.occlusion; });
+}
+
+void Escape(Viewer& viewer)
+{
+    if (viewer.GetPanels().CloseTop())
+    {
+        return;
+    }
+    if (viewer.GetMeasure().IsOn())
+    {
+        viewer.GetMeasure().Turn(Measure::Kind::Off);
+        return;
+    }
+    if (viewer.GetDesk().IsOpening())
+    {
+        viewer.GetDesk().CancelOpening();
+        return;
+    }
+    viewer.GetDesk().Select({});
+}
+
+} // namespace
+
+const std::vector<Action>& ListActions()
+{
+    using Host::NamedView;
+    static const std::vector<Action> actions = {
+        {"File", "ctrl+o", "Open...", [](Viewer& viewer) { viewer.GetPanels().AskForFile(); }},
+        {"File", "ctrl+r", "Read the file again", [](Viewer& viewer) { viewer.Open(viewer.GetDesk().GetPath()); }},
+        {"File", "ctrl+s", "Save a picture...", [](Viewer& viewer) { viewer.GetPanels().AskForPicture(); }},
+        {"File", "ctrl+c", "Copy as a command", [](Viewer& viewer) { viewer.CopyCommand(); }},
+        {"File", "ctrl+q", "Quit", [](Viewer& viewer) { viewer.Close(); }},
+        {"View", "f", "Fit what is shown", [](Viewer& viewer) { viewer.GetDesk().Fit(); }},
+        {"View", "shift+f", "Fit the selection", [](Viewer& viewer) { viewer.GetDesk().FitSelection(); }},
+        {"View", "1", "From a corner", Look<NamedView::Iso>},
+        {"View", "2", "Front", Look<NamedView::Front>},
+        {"View", "3", "Back", Look<NamedView::Back>},
+        {"View", "4", "Left", Look<NamedView::Left>},
+        {"View", "5", "Right", Look<NamedView::Right>},
+        {"View", "6", "Top", Look<NamedView::Top>},
+        {"View", "7", "Bottom", Look<NamedView::Bottom>},
+        {"View", "p", "With or without perspective", TogglePerspective},
+        {"View", "left", "Turn left", [](Viewer& viewer) { Turn(viewer, KeyTurn, 0.0); }},
+        {"View", "right", "Turn right", [](Viewer& viewer) { Turn(viewer, -KeyTurn, 0.0); }},
+        {"View", "up", "Turn up", [](Viewer& viewer) { Turn(viewer, 0.0, KeyTurn); }},
+        {"View", "down", "Turn down", [](Viewer& viewer) { Turn(viewer, 0.0, -KeyTurn); }},
+        {"View", "shift+left", "Move left", [](Viewer& viewer) { Pan(viewer, KeyPan, 0.0); }},
+        {"View", "shift+right", "Move right", [](Viewer& viewer) { Pan(viewer, -KeyPan, 0.0); }},
+        {"View", "shift+up", "Move up", [](Viewer& viewer) { Pan(viewer, 0.0, KeyPan); }},
+        {"View", "shift+down", "Move down", [](Viewer& viewer) { Pan(viewer, 0.0, -KeyPan); }},
+        {"View", "page-up", "Come nearer", [](Viewer& viewer) { Zoom(viewer, 1.0); }},
+        {"View", "page-down", "Go away", [](Viewer& viewer) { Zoom(viewer, -1.0); }},
+        {"Model", "h", "Hide the selection", [](Viewer& viewer) { viewer.GetDesk().HideSelection(); }},
+        {"Model", "i", "Show the selection alone", [](Viewer& viewer) { viewer.GetDesk().IsolateSelection(); }},
+        {"Model", "shift+h", "Show all", [](Viewer& viewer) { viewer.GetDesk().ShowAll(); }},
+        {"Model", "e", "Edit the selection in context", [](Viewer& viewer) { viewer.GetDesk().EditSelection(); }},
+        {"Model", "l", "Lines on or off", ToggleLines},
+        {"Model", "n", "Name the selection in the picture", [](Viewer& viewer) { viewer.GetDesk().LabelSelection(); }},
+        {"Model", "o", "Dark corners on or off", ToggleOcclusion},
+        {"Walk", "w", "Forward", [](Viewer& viewer) { viewer.GetDesk().Walk(WalkStep); }},
+        {"Walk", "s", "Back", [](Viewer& viewer) { viewer.GetDesk().Walk(-WalkStep); }},
+        {"Walk", "a", "Turn the head left", [](Viewer& viewer) { LookAround(viewer, -KeyTurn); }},
+        {"Walk", "d", "Turn the head right", [](Viewer& viewer) { LookAround(viewer, KeyTurn); }},
+        {"Tools", "m", "Measure a distance", [](Viewer& viewer) { viewer.GetMeasure().Turn(Measure::Kind::Distance); }},
+        {"Tools", "shift+m", "Measure an angle", [](Viewer& viewer) { viewer.GetMeasure().Turn(Measure::Kind::Angle); }},
+        {"Tools", "escape", "Leave a tool, a panel or the selection", Escape},
+        {"Tools", "tab", "Panels on or off", [](Viewer& viewer) { viewer.GetPanels().ToggleSides(); }},
+        {"Tools", "f9", "Lose the GL context, for a test", [](Viewer& viewer) { viewer.LoseContext(); }},
+        {"Help", "?", "Keys", [](Viewer& viewer) { viewer.GetPanels().ToggleHelp(); }},
+    };
+    return actions;
+}
+
+bool RunActionOf(Viewer& viewer, int key, unsigned modifiers)
+{
+    for (const Action& action : ListActions())
+    {
+        int wanted = KeyNone;
+        unsigned held = ModifierNone;
+        if (ParseKey(action.key, wanted, held) && wanted == key && held == modifiers)
+        {
+            action.run(viewer);
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace OV::ViewerApp

@@ -1,0 +1,274 @@
+#include "apps/viewer/CommandText.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <initializer_list>
+#include <utility>
+
+namespace OV::ViewerApp
+{
+
+namespace
+{
+
+/// The shortest text that is read as the same number.
+std::string TextOf(float number)
+{
+    char text[32];
+    return std::string(text, std::to_chars(text, text + sizeof(text), number).ptr);
+}
+
+std::string TextOf(std::initializer_list<float> numbers)
+{
+    std::string text;
+    for (const float number : numbers)
+    {
+        text += (text.empty() ? "" : ",") + TextOf(number);
+    }
+    return text;
+}
+
+std::string TextOf(const Vector& vector)
+{
+    return TextOf({vector.x, vector.y, vector.z});
+}
+
+int ByteOf(float channel)
+{
+    return static_cast<int>(std::lround(channel * 255.0f));
+}
+
+std::string TextOf(const Color& color)
+{
+    char text[8];
+    std::snprintf(text, sizeof(text), "%02X%02X%02X", ByteOf(color.r) & 0xFF, ByteOf(color.g) & 0xFF,
+                  ByteOf(color.b) & 0xFF);
+    return text;
+}
+
+bool IsOfBytes(const Color& color)
+{
+    const auto isByte = [](float channel) { return static_cast<float>(ByteOf(channel)) / 255.0f == channel; };
+    return isByte(color.r) && isByte(color.g) && isByte(color.b) && color.a == 1.0f;
+}
+
+const char* NameOf(Host::Antialiasing antialiasing)
+{
+    switch (antialiasing)
+    {
+    case Host::Antialiasing::None: return "none";
+    case Host::Antialiasing::Multisampling: return "msaa";
+    case Host::Antialiasing::Filter: return "fxaa";
+    case Host::Antialiasing::Supersampling: break;
+    }
+    return "ssaa";
+}
+
+bool IsPlain(const std::string& word)
+{
+    return !word.empty() && std::all_of(word.begin(), word.end(), [](char character) {
+        return (character >= '0' && character <= '9') || (character >= 'a' && character <= 'z')
+            || (character >= 'A' && character <= 'Z') || std::string("-_./,:=+").find(character) != std::string::npos;
+    });
+}
+
+/// Puts a command together. A value that begins with a dash would be taken for an option, so that
+/// each stands with its option in one word.
+class Builder
+{
+public:
+    explicit Builder(RenderCommand& command) : m_command(command) {}
+
+    void Add(const std::string& option) { m_command.arguments.push_back(option); }
+    void Add(const std::string& option, const std::string& value) { Add(option + "=" + value); }
+
+    void AddColor(const std::string& option, const Color& color)
+    {
+        if (!IsOfBytes(color))
+        {
+            m_command.leftOut.push_back("the colour of " + option + " is rounded");
+        }
+        Add(option, TextOf(color));
+    }
+
+    void LeaveOut(const std::string& sentence) { m_command.leftOut.push_back(sentence); }
+
+private:
+    RenderCommand& m_command;
+};
+
+void AddView(Builder& command, const Host::ViewSettings& view)
+{
+    if (view.eye)
+    {
+        command.Add("--eye", TextOf(*view.eye));
+        if (view.target)
+        {
+            command.Add("--target", TextOf(*view.target));
+        }
+        command.Add("--up", TextOf(view.up));
+    }
+    else
+    {
+        command.Add("--view", Host::ViewFit::NameOf(view.named));
+    }
+    command.Add("--fov", TextOf(view.fov));
+    if (view.orthographic)
+    {
+        command.Add("--ortho");
+    }
+    if (view.upAxis != Host::UpAxis::Y && !view.eye)
+    {
+        command.LeaveOut("up is not Y");
+    }
+}
+
+void AddSection(Builder& command, const Host::SectionSettings& section)
+{
+    for (const Host::ClipPlane& plane : section.planes)
+    {
+        command.Add("--clip", TextOf(plane.normal) + "," + TextOf(plane.position));
+    }
+    if (section.planes.empty())
+    {
+        return;
+    }
+    if (section.fill)
+    {
+        command.AddColor("--poche", *section.fill);
+    }
+    else
+    {
+        command.Add("--poche", "off");
+    }
+    if (section.outlineWidth)
+    {
+        command.Add("--outline", TextOf(*section.outlineWidth));
+    }
+    command.AddColor("--outline-color", section.outlineColor);
+}
+
+void AddLines(Builder& command, const Host::LineSettings& lines)
+{
+    command.Add("--lines");
+    command.Add("--crease", TextOf(lines.crease));
+    command.Add("--line-width", TextOf(lines.width));
+    command.AddColor("--line-color", lines.color);
+    if (lines.dash)
+    {
+        command.Add("--dash", TextOf(*lines.dash));
+    }
+    command.Add("--line-offset", TextOf(lines.offset));
+}
+
+void AddSheet(Builder& command, const Host::SheetSettings& sheet, bool hasSky)
+{
+    if (!sheet.title.empty())
+    {
+        command.Add("--title", sheet.title);
+    }
+    if (sheet.scaleBar)
+    {
+        command.Add("--scale-bar");
+    }
+    if (sheet.north)
+    {
+        command.Add("--north", TextOf(*sheet.north));
+    }
+    if (!sheet.watermark.empty() && !hasSky)
+    {
+        command.Add("--watermark", sheet.watermark);
+    }
+}
+
+void AddSurfaces(Builder& command, const Host::PresentationSettings& settings)
+{
+    command.Add("--look", Host::NameOfLook(settings.look));
+    if (!settings.cullBacks)
+    {
+        command.Add("--no-cull");
+    }
+    if (!settings.editPath.empty() && (settings.look == Host::Look::Advanced || settings.look == Host::Look::Phong))
+    {
+        command.Add("--edit", settings.editPath);
+    }
+    if (settings.edges)
+    {
+        command.Add("--edges", TextOf(settings.edges->weight));
+        command.AddColor("--edge-color", settings.edges->color);
+        if (settings.edges->identity != Host::EdgeLook().identity)
+        {
+            command.LeaveOut("edges are those between nodes");
+        }
+    }
+    if (settings.occlusion)
+    {
+        command.Add("--ao");
+    }
+}
+
+} // namespace
+
+std::string RenderCommand::ToShell() const
+{
+    std::string line = "orvane-render";
+    for (const std::string& word : arguments)
+    {
+        line += ' ';
+        if (IsPlain(word))
+        {
+            line += word;
+            continue;
+        }
+        line += '\'';
+        for (const char character : word)
+        {
+            line += character == '\'' ? std::string("'\\''") : std::string(1, character);
+        }
+        line += '\'';
+    }
+    return line;
+}
+
+RenderCommand MakeRenderCommand(const Host::PresentationSettings& settings, const std::string& model, int width,
+                                int height, const std::string& output)
+{
+    RenderCommand command;
+    Builder builder(command);
+    // A name that begins with a dash is no option when a folder stands before it.
+    builder.Add(!model.empty() && model[0] == '-' ? "./" + model : model);
+    builder.Add("-o");
+    builder.Add(output);
+    builder.Add("--size", std::to_string(width) + "x" + std::to_string(height));
+    builder.Add("--aa", NameOf(settings.antialiasing));
+    if (settings.samples && settings.antialiasing == Host::Antialiasing::Multisampling)
+    {
+        builder.Add("--samples", std::to_string(*settings.samples));
+    }
+    AddView(builder, settings.view);
+    AddSurfaces(builder, settings);
+    // What counts only beside another field may stay set without it, but not on a command line.
+    if (settings.look != Host::Look::Crosshatch)
+    {
+        AddSection(builder, settings.section);
+    }
+    builder.AddColor("--background", settings.background);
+    if (settings.sky)
+    {
+        builder.Add("--sky");
+    }
+    if (settings.fog)
+    {
+        builder.Add("--fog", TextOf({settings.fog->start, settings.fog->end}));
+    }
+    if (settings.lines)
+    {
+        AddLines(builder, *settings.lines);
+    }
+    AddSheet(builder, settings.sheet, settings.sky);
+    return command;
+}
+
+} // namespace OV::ViewerApp

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "orvane_host/present/PresentationSettings.h"
+
+#include <string>
+#include <vector>
+
+namespace OV::ViewerApp
+{
+
+/// The arguments of orvane-render, without the program's own name, that draw a picture.
+struct RenderCommand
+{
+    std::vector<std::string> arguments;
+    /// What the program has no option for, one sentence each.
+    std::vector<std::string> leftOut;
+
+    /// One line that a shell understands.
+    std::string ToShell() const;
+};
+
+/// @param output the picture to be written.
+RenderCommand MakeRenderCommand(const Host::PresentationSettings& settings, const std::string& model, int width,
+                                int height, const std::string& output);
+
+} // namespace OV::ViewerApp

@@ -1,0 +1,217 @@
+#include "apps/viewer/Measure.h"
+
+#include "apps/viewer/Desk.h"
+#include "orvane/math/Transform.h"
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/MeshNode.h"
+
+#include <glm/geometric.hpp>
+#include <glm/trigonometric.hpp>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <map>
+#include <utility>
+
+namespace OV::ViewerApp
+{
+
+namespace
+{
+
+/// Points that a pointer may be away from what it snaps to.
+constexpr double SnapReach = 8.0;
+/// Cosine between faces that lie in one plane: no one sees an edge between them.
+constexpr double FlatCosine = 0.9999;
+
+using Place = std::array<float, 3>;
+
+struct Triangle
+{
+    std::array<Place, 3> keys;
+    std::array<glm::dvec3, 3> corners;
+};
+
+std::vector<Triangle> TrianglesOf(const Mesh& mesh, const Node& node)
+{
+    const std::vector<Vector>& positions = mesh.GetPositionBuffer();
+    const std::vector<unsigned short>& indices = mesh.GetIndices();
+    const auto& m = node.GetGlobal().GetTransf3d().m;
+    std::vector<Triangle> triangles;
+    triangles.reserve(indices.size() / 3);
+    for (std::size_t i = 0; i + 2 < indices.size(); i += 3)
+    {
+        Triangle triangle;
+        bool isWhole = true;
+        for (std::size_t k = 0; k < 3; ++k)
+        {
+            isWhole = isWhole && indices[i + k] < positions.size();
+            if (!isWhole)
+            {
+                break;
+            }
+            const Vector& p = positions[indices[i + k]];
+            triangle.keys[k] = {p.x, p.y, p.z};
+            for (int row = 0; row < 3; ++row)
+            {
+                triangle.corners[k][row] = m[row][0] * p.x + m[row][1] * p.y + m[row][2] * p.z + m[row][3];
+            }
+        }
+        if (isWhole)
+        {
+            triangles.push_back(triangle);
+        }
+    }
+    return triangles;
+}
+
+/// An edge that bends or ends, and what lies at it.
+struct Edge
+{
+    glm::dvec3 from;
+    glm::dvec3 to;
+    glm::dvec3 normal;
+    bool isSeen = true; ///< no second face lies in the plane of the first one
+};
+
+std::vector<Edge> EdgesOf(const std::vector<Triangle>& triangles)
+{
+    std::map<std::pair<Place, Place>, Edge> edges;
+    for (const Triangle& triangle : triangles)
+    {
+        const glm::dvec3 across =
+            glm::cross(triangle.corners[1] - triangle.corners[0], triangle.corners[2] - triangle.corners[0]);
+        const double area = glm::length(across);
+        if (!(area > 0.0))
+        {
+            continue;
+        }
+        const glm::dvec3 normal = across / area;
+        for (std::size_t k = 0; k < 3; ++k)
+        {
+            const std::size_t next = (k + 1) % 3;
+            const auto key = std::minmax(triangle.keys[k], triangle.keys[next]);
+            const auto added =
+                edges.try_emplace({key.first, key.second}, Edge{triangle.corners[k], triangle.corners[next], normal});
+            if (!added.second && std::abs(glm::dot(added.first->second.normal, normal)) > FlatCosine)
+            {
+                added.first->second.isSeen = false;
+            }
+        }
+    }
+    std::vector<Edge> seen;
+    for (const auto& [key, edge] : edges)
+    {
+        if (edge.isSeen)
+        {
+            seen.push_back(edge);
+        }
+    }
+    return seen;
+}
+
+std::string NumberText(double number)
+{
+    char text[32];
+    std::snprintf(text, sizeof(text), "%.6g", number);
+    return text;
+}
+
+} // namespace
+
+void Measure::Turn(Kind kind)
+{
+    m_kind = kind == m_kind ? Kind::Off : kind;
+    m_points.clear();
+}
+
+glm::dvec3 Measure::Snapped(const Mesh& mesh, const Node& node, const glm::dvec3& place,
+                            const Navigator& view, double reach, Snap& snap)
+{
+    snap = Snap::Face;
+    // In the world, so that what lies behind in the picture is not near.
+    const double worldReach = reach * view.UnitsPerPixel(place) * 2.0;
+    const auto pixel = view.PixelOf(place);
+    glm::dvec3 found = place;
+    double nearestCorner = reach;
+    double nearestEdge = reach;
+    if (!pixel)
+    {
+        return place;
+    }
+    const auto away = [&](const glm::dvec3& point)
+    {
+        const auto there = view.PixelOf(point);
+        const bool isNear = there && glm::distance(point, place) <= worldReach;
+        return isNear ? glm::distance(*there, *pixel) : reach;
+    };
+    for (const Edge& edge : EdgesOf(TrianglesOf(mesh, node)))
+    {
+        for (const glm::dvec3& corner : {edge.from, edge.to})
+        {
+            const double distance = away(corner);
+            if (distance < nearestCorner)
+            {
+                nearestCorner = distance;
+                found = corner;
+                snap = Snap::Corner;
+            }
+        }
+        const glm::dvec3 along = edge.to - edge.from;
+        const double share = glm::dot(place - edge.from, along) / glm::dot(along, along);
+        const glm::dvec3 foot = edge.from + along * std::clamp(share, 0.0, 1.0);
+        const double distance = away(foot);
+        if (snap != Snap::Corner && distance < nearestEdge)
+        {
+            nearestEdge = distance;
+            found = foot;
+            snap = Snap::Edge;
+        }
+    }
+    return found;
+}
+
+void Measure::Add(Desk& desk, const glm::dvec2& pixel, double ratio)
+{
+    const auto hit = desk.Pick(pixel);
+    if (!hit)
+    {
+        desk.Tell("There is nothing to measure at that place.");
+        return;
+    }
+    if (IsWhole())
+    {
+        m_points.clear();
+    }
+    const glm::dvec3 place(hit->position.x, hit->position.y, hit->position.z);
+    m_points.push_back(Snapped(*hit->mesh, *hit->node, place, desk.GetNavigator(), SnapReach * ratio, m_snap));
+    static constexpr const char* names[] = {"on a face", "on an edge", "at a corner"};
+    desk.Tell("Point " + std::to_string(m_points.size()) + " " + names[static_cast<int>(m_snap)] + ". " + Text());
+}
+
+std::string Measure::Text() const
+{
+    if (m_kind == Kind::Off)
+    {
+        return {};
+    }
+    if (!IsWhole())
+    {
+        const std::size_t left = Count() - m_points.size();
+        return m_kind == Kind::Angle && m_points.size() == 1 ? "Click the corner of the angle"
+                                                             : "Click " + std::string(left == 1 ? "the last" : "a")
+                                                                   + " point";
+    }
+    if (m_kind == Kind::Distance)
+    {
+        return NumberText(glm::distance(m_points[0], m_points[1]));
+    }
+    const glm::dvec3 a = m_points[0] - m_points[1];
+    const glm::dvec3 b = m_points[2] - m_points[1];
+    const double angle = std::atan2(glm::length(glm::cross(a, b)), glm::dot(a, b));
+    return NumberText(glm::degrees(angle)) + "\u00B0";
+}
+
+} // namespace OV::ViewerApp

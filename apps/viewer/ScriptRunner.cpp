@@ -1,0 +1,507 @@
+#include "apps/viewer/ScriptRunner.h"
+
+#include "apps/viewer/Viewer.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <filesystem>
+#include <iostream>
+#include <system_error>
+#include <utility>
+
+namespace OV::ViewerApp
+{
+
+namespace
+{
+
+/// Places between the ends of a drag, as a hand makes some.
+constexpr int DragSteps = 4;
+constexpr double LoadingPoll = 0.02;
+constexpr std::chrono::seconds AwaitTime(60);
+
+/// Seconds from one action to the next for who looks at the time of events: two clicks are two,
+/// however fast a script is, and a double click is one, however slow.
+constexpr double ActionSeconds = 10.0;
+
+InputEvent PointerEvent(InputEvent::Kind kind, double x, double y, int button, unsigned modifiers)
+{
+    InputEvent event;
+    event.kind = kind;
+    event.x = x;
+    event.y = y;
+    event.button = static_cast<Button>(button);
+    event.modifiers = modifiers;
+    return event;
+}
+
+/// Reads UTF-8; what is none stands for itself.
+std::vector<unsigned> CodepointsOf(const std::string& text)
+{
+    std::vector<unsigned> points;
+    for (std::size_t i = 0; i < text.size();)
+    {
+        const auto lead = static_cast<unsigned char>(text[i]);
+        const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC0 ? 2 : 1;
+        unsigned point = length == 1 ? lead : lead & (0xFFu >> (length + 1));
+        for (std::size_t k = 1; k < length && i + k < text.size(); ++k)
+        {
+            point = (point << 6) | (static_cast<unsigned char>(text[i + k]) & 0x3Fu);
+        }
+        points.push_back(point);
+        i += length;
+    }
+    return points;
+}
+
+} // namespace
+
+ScriptRunner::ScriptRunner(Viewer& viewer, Script script) : m_viewer(viewer), m_script(std::move(script))
+{
+}
+
+double ScriptRunner::Timeout() const
+{
+    if (!m_steps.empty())
+    {
+        return 0.0;
+    }
+    if (m_awaited)
+    {
+        return LoadingPoll;
+    }
+    if (m_isWaiting)
+    {
+        return m_viewer.IsAtRest() ? 0.0 : LoadingPoll;
+    }
+    const double paused = std::chrono::duration<double>(m_pausedUntil - Clock::now()).count();
+    if (paused > 0.0)
+    {
+        return paused;
+    }
+    return m_next < m_script.actions.size() ? 0.0 : -1.0;
+}
+
+void ScriptRunner::Step()
+{
+    if (!m_steps.empty())
+    {
+        const std::function<void()> step = std::move(m_steps.front());
+        m_steps.pop_front();
+        step();
+        return;
+    }
+    if (m_awaited)
+    {
+        Await();
+        return;
+    }
+    if (m_isWaiting && !m_viewer.IsAtRest())
+    {
+        return;
+    }
+    m_isWaiting = false;
+    if (Clock::now() < m_pausedUntil || m_next == m_script.actions.size())
+    {
+        return;
+    }
+    Begin(m_script.actions[m_next++]);
+}
+
+void ScriptRunner::Fail(const ScriptAction& action, const std::string& reason) const
+{
+    throw Failure("line " + std::to_string(action.line) + ": " + action.name + ": " + reason);
+}
+
+void ScriptRunner::Begin(const ScriptAction& action)
+{
+    if (BeginPointer(action))
+    {
+        // What was done to a panel is done by its next frame.
+        Then([] {});
+        return;
+    }
+    if (BeginModel(action) || BeginPicture(action) || BeginWords(action))
+    {
+        return;
+    }
+    if (action.name == "wait")
+    {
+        m_isWaiting = true;
+    }
+    else if (action.name == "pause")
+    {
+        double seconds = 0.0;
+        const std::string& text = action.words[0];
+        const auto end = text.data() + text.size();
+        if (std::from_chars(text.data(), end, seconds).ptr != end || !(seconds >= 0.0 && seconds <= 3600.0))
+        {
+            Fail(action, "'" + text + "' is no number of seconds up to 3600");
+        }
+        m_pausedUntil = Clock::now() + std::chrono::microseconds(static_cast<long long>(seconds * 1e6));
+    }
+    else if (action.name == "copy")
+    {
+        std::error_code trouble;
+        std::filesystem::copy_file(action.words[0], action.words[1], std::filesystem::copy_options::overwrite_existing,
+                                   trouble);
+        if (trouble)
+        {
+            Fail(action, trouble.message());
+        }
+    }
+    else if (action.name == "quit")
+    {
+        m_viewer.Close();
+    }
+}
+
+bool ScriptRunner::BeginWords(const ScriptAction& action)
+{
+    if (action.name == "print")
+    {
+        std::cout << Print(action) << '\n' << std::flush;
+    }
+    else if (action.name == "expect")
+    {
+        const std::string told = Print(action);
+        if (told.find(action.words[1]) == std::string::npos)
+        {
+            Fail(action, "'" + action.words[1] + "' is not in '" + told + "'");
+        }
+    }
+    else if (action.name == "await")
+    {
+        m_awaited = &action;
+        m_awaitedUntil = Clock::now() + AwaitTime;
+    }
+    else
+    {
+        return false;
+    }
+    return true;
+}
+
+void ScriptRunner::Await()
+{
+    const std::string told = Print(*m_awaited);
+    if (told.find(m_awaited->words[1]) != std::string::npos)
+    {
+        m_awaited = nullptr;
+    }
+    else if (Clock::now() > m_awaitedUntil)
+    {
+        Fail(*m_awaited, "'" + m_awaited->words[1] + "' is still not in '" + told + "'");
+    }
+}
+
+bool ScriptRunner::BeginPointer(const ScriptAction& action)
+{
+    static constexpr struct
+    {
+        const char* name;
+        int button;
+        unsigned modifiers;
+        int times;
+    } clicks[] = {{"click", 0, ModifierNone, 1},
+                  {"double-click", 0, ModifierNone, 2},
+                  {"shift-click", 0, ModifierShift, 1},
+                  {"right-click", 2, ModifierNone, 1}},
+      drags[] = {{"drag", 0, ModifierNone, 1},
+                 {"middle-drag", 1, ModifierNone, 1},
+                 {"right-drag", 2, ModifierNone, 1},
+                 {"shift-drag", 0, ModifierShift, 1},
+                 {"ctrl-drag", 0, ModifierControl, 1}};
+    for (const auto& drag : drags)
+    {
+        if (action.name == drag.name)
+        {
+            Drag(action, drag.button, drag.modifiers);
+            return true;
+        }
+    }
+    double x = 0.0;
+    double y = 0.0;
+    const bool hasPoint = !action.words.empty() && ParsePoint(action.words[0], x, y);
+    for (const auto& click : clicks)
+    {
+        if (action.name == click.name && hasPoint)
+        {
+            Click(x, y, click.button, click.modifiers, click.times);
+            return true;
+        }
+        if (action.name == click.name)
+        {
+            Fail(action, "'" + action.words[0] + "' is no point X,Y");
+        }
+    }
+    if (action.name == "move" && hasPoint)
+    {
+        m_viewer.GetWindow().Push(PointerEvent(InputEvent::Kind::PointerMoved, x, y, 0, ModifierNone));
+        return true;
+    }
+    if (action.name == "scroll" && hasPoint)
+    {
+        InputEvent event = PointerEvent(InputEvent::Kind::Scrolled, x, y, 0, ModifierNone);
+        const std::string& text = action.words[1];
+        if (std::from_chars(text.data(), text.data() + text.size(), event.dy).ec != std::errc()
+            || !std::isfinite(event.dy))
+        {
+            Fail(action, "'" + text + "' is no number of steps");
+        }
+        m_viewer.GetWindow().Push(PointerEvent(InputEvent::Kind::PointerMoved, x, y, 0, ModifierNone));
+        Then([this, event] { m_viewer.GetWindow().Push(event); });
+        return true;
+    }
+    if (action.name == "move" || action.name == "scroll")
+    {
+        Fail(action, "'" + action.words[0] + "' is no point X,Y");
+    }
+    if (action.name == "key")
+    {
+        Press(action);
+        return true;
+    }
+    if (action.name == "type")
+    {
+        Type(action.words[0]);
+        return true;
+    }
+    return false;
+}
+
+void ScriptRunner::Click(double x, double y, int button, unsigned modifiers, int times)
+{
+    m_time += ActionSeconds;
+    const auto push = [this, x, y, button, modifiers](InputEvent::Kind kind)
+    {
+        InputEvent event = PointerEvent(kind, x, y, button, modifiers);
+        event.time = m_time;
+        Then([this, event] { m_viewer.GetWindow().Push(event); });
+    };
+    push(InputEvent::Kind::PointerMoved);
+    // A panel learns in a frame that the pointer is over it.
+    push(InputEvent::Kind::PointerMoved);
+    for (int i = 0; i < times; ++i)
+    {
+        push(InputEvent::Kind::ButtonDown);
+        push(InputEvent::Kind::ButtonUp);
+    }
+}
+
+void ScriptRunner::Drag(const ScriptAction& action, int button, unsigned modifiers)
+{
+    double fromX = 0.0;
+    double fromY = 0.0;
+    double toX = 0.0;
+    double toY = 0.0;
+    if (!ParsePoint(action.words[0], fromX, fromY) || !ParsePoint(action.words[1], toX, toY))
+    {
+        Fail(action, "a drag takes two points X,Y X,Y");
+    }
+    const auto push = [this, button, modifiers](InputEvent::Kind kind, double x, double y)
+    { Then([=] { m_viewer.GetWindow().Push(PointerEvent(kind, x, y, button, modifiers)); }); };
+    push(InputEvent::Kind::PointerMoved, fromX, fromY);
+    push(InputEvent::Kind::PointerMoved, fromX, fromY);
+    push(InputEvent::Kind::ButtonDown, fromX, fromY);
+    for (int i = 1; i <= DragSteps; ++i)
+    {
+        const double share = static_cast<double>(i) / DragSteps;
+        push(InputEvent::Kind::PointerMoved, fromX + (toX - fromX) * share, fromY + (toY - fromY) * share);
+    }
+    push(InputEvent::Kind::ButtonUp, toX, toY);
+}
+
+void ScriptRunner::Press(const ScriptAction& action)
+{
+    InputEvent event;
+    event.kind = InputEvent::Kind::KeyDown;
+    if (!ParseKey(action.words[0], event.key, event.modifiers))
+    {
+        Fail(action, "there is no key '" + action.words[0] + "'");
+    }
+    m_viewer.GetWindow().Push(event);
+    Then([this, event]() mutable
+         {
+             event.kind = InputEvent::Kind::KeyUp;
+             event.modifiers = ModifierNone;
+             m_viewer.GetWindow().Push(event);
+         });
+}
+
+void ScriptRunner::Type(const std::string& text)
+{
+    for (const unsigned point : CodepointsOf(text))
+    {
+        Then([this, point]
+             {
+                 InputEvent event;
+                 event.kind = InputEvent::Kind::Typed;
+                 event.codepoint = point;
+                 m_viewer.GetWindow().Push(event);
+             });
+    }
+}
+
+bool ScriptRunner::BeginModel(const ScriptAction& action)
+{
+    Desk& desk = m_viewer.GetDesk();
+    if (action.name == "open")
+    {
+        m_viewer.Open(action.words[0]);
+        m_isWaiting = true;
+    }
+    else if (action.name == "begin-open")
+    {
+        m_viewer.Open(action.words[0]);
+    }
+    else if (action.name == "drop")
+    {
+        InputEvent event;
+        event.kind = InputEvent::Kind::Dropped;
+        event.files = {action.words[0]};
+        m_viewer.GetWindow().Push(event);
+    }
+    else if (action.name == "look" || action.name == "set")
+    {
+        Set(action);
+    }
+    else if (action.name == "view")
+    {
+        Host::NamedView view{};
+        if (!Host::ViewFit::ParseView(action.words[0], view))
+        {
+            Fail(action, "'" + action.words[0] + "' is none of iso, front, back, left, right, top, bottom");
+        }
+        desk.TurnTo(view);
+    }
+    else if (action.name == "select")
+    {
+        if (!desk.GetModel() || !desk.GetModel()->FindNode(action.words[0]))
+        {
+            Fail(action, "there is no node '" + action.words[0] + "'");
+        }
+        desk.Select({action.words[0]});
+    }
+    else if (action.name == "save-view")
+    {
+        m_viewer.SaveView(action.words[0]);
+    }
+    else if (action.name == "recall-view")
+    {
+        m_viewer.RecallView(action.words[0]);
+    }
+    else
+    {
+        return false;
+    }
+    return true;
+}
+
+void ScriptRunner::Set(const ScriptAction& action)
+{
+    Desk& desk = m_viewer.GetDesk();
+    const bool isLook = action.name == "look";
+    const std::string field = isLook ? "look" : action.words[0];
+    std::string error;
+    try
+    {
+        nlohmann::json json = nlohmann::json::parse(desk.GetSettings().ToJSON());
+        std::string pointer = "/" + field;
+        std::replace(pointer.begin(), pointer.end(), '.', '/');
+        json[nlohmann::json::json_pointer(pointer)] =
+            isLook ? nlohmann::json(action.words[0]) : nlohmann::json::parse(action.words[1]);
+        const auto settings = Host::PresentationSettings::FromJSON(json.dump(), error);
+        if (settings && desk.Apply(*settings))
+        {
+            return;
+        }
+        error = settings ? desk.GetMessage().text : error;
+    }
+    catch (const nlohmann::json::exception&)
+    {
+        error = "there is no such field, or its value is no JSON";
+    }
+    Fail(action, error);
+}
+
+bool ScriptRunner::BeginPicture(const ScriptAction& action)
+{
+    if (action.name == "resize")
+    {
+        int width = 0;
+        int height = 0;
+        if (!ParseSize(action.words[0], width, height))
+        {
+            Fail(action, "'" + action.words[0] + "' is no size WxH");
+        }
+        m_viewer.GetWindow().SetSize(width, height);
+        // The window system takes its time to do so.
+        m_pausedUntil = Clock::now() + std::chrono::milliseconds(100);
+        m_isWaiting = true;
+    }
+    else if (action.name == "screenshot")
+    {
+        m_viewer.TakeScreenshot(action.words[0]);
+        m_isWaiting = true;
+    }
+    else if (action.name == "picture")
+    {
+        m_viewer.TakePicture(action.words[0]);
+    }
+    else if (action.name == "lose-context")
+    {
+        m_viewer.LoseContext();
+    }
+    else
+    {
+        return false;
+    }
+    return true;
+}
+
+std::string ScriptRunner::Print(const ScriptAction& action) const
+{
+    Desk& desk = m_viewer.GetDesk();
+    const std::string& what = action.words[0];
+    if (what == "selection")
+    {
+        std::string text;
+        for (const std::string& path : desk.GetSelection())
+        {
+            const auto thing = desk.Describe(path);
+            text += (text.empty() ? "" : "\n") + path + (thing ? " (" + thing->material + ")" : std::string());
+        }
+        return text;
+    }
+    if (what == "command")
+    {
+        return m_viewer.CommandLine();
+    }
+    if (what == "settings")
+    {
+        return desk.GetSettings().ToJSON();
+    }
+    if (what == "measure")
+    {
+        return m_viewer.GetMeasure().Text();
+    }
+    if (what == "message")
+    {
+        return desk.GetMessage().text;
+    }
+    if (what == "model")
+    {
+        return desk.GetPath();
+    }
+    if (what == "statistics")
+    {
+        return m_viewer.Statistics();
+    }
+    Fail(action, "'" + what + "' is none of selection, command, settings, measure, message, model, statistics");
+}
+
+} // namespace OV::ViewerApp

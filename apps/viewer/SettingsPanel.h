@@ -1,0 +1,13 @@
+#pragma once
+
+#include "orvane_host/present/Presentation.h"
+
+namespace OV::ViewerApp
+{
+
+/// Every field of settings, as something to choose, in the window that is begun.
+/// @param box of the model; what planes and distances are offered within.
+/// @return whether a field was changed.
+bool EditSettings(Host::PresentationSettings& settings, const Host::Presentation::Box& box);
+
+} // namespace OV::ViewerApp

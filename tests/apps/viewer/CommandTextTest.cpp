@@ -1,0 +1,66 @@
+#include "apps/viewer/CommandText.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using namespace OV;
+using namespace OV::ViewerApp;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::Not;
+
+TEST(CommandText, TellsAPlainPicture)
+{
+    const RenderCommand command = MakeRenderCommand(Host::PresentationSettings(), "a.obj", 320, 200, "out.png");
+    EXPECT_THAT(command.arguments,
+                ElementsAre("a.obj", "-o", "out.png", "--size=320x200", "--aa=msaa", "--view=iso", "--fov=35",
+                            "--look=advanced", "--background=FFFFFF"));
+    EXPECT_TRUE(command.leftOut.empty());
+}
+
+TEST(CommandText, QuotesWhatAShellWouldRead)
+{
+    Host::PresentationSettings settings;
+    settings.sheet.title = "It's $HOME";
+    const RenderCommand command = MakeRenderCommand(settings, "-my model.obj", 1, 1, "out.png");
+    const std::string line = command.ToShell();
+    EXPECT_NE(line.find("orvane-render './-my model.obj' "), std::string::npos) << line;
+    EXPECT_NE(line.find("'--title=It'\\''s $HOME'"), std::string::npos) << line;
+}
+
+TEST(CommandText, NumbersComeBackAsTheyWere)
+{
+    Host::PresentationSettings settings;
+    settings.view.eye = Vector(0.1f, -3.0e-7f, 123456.79f);
+    settings.view.target = Vector(1.0f / 3.0f, 0.0f, 0.0f);
+    const RenderCommand command = MakeRenderCommand(settings, "a.obj", 1, 1, "out.png");
+    EXPECT_THAT(command.arguments, Contains("--eye=0.1,-3e-07,123456.79"));
+    EXPECT_THAT(command.arguments, Contains("--target=0.33333334,0,0"));
+    EXPECT_THAT(command.arguments, Not(Contains("--view=iso")));
+}
+
+TEST(CommandText, LeavesOutWhatDoesNotCount)
+{
+    Host::PresentationSettings settings;
+    settings.look = Host::Look::Crosshatch;
+    settings.section.planes.push_back({});
+    settings.editPath = "wall";
+    settings.sky = true;
+    settings.sheet.watermark = "mark.png";
+    settings.antialiasing = Host::Antialiasing::Filter;
+    settings.samples = 8;
+    const std::string line = MakeRenderCommand(settings, "a.obj", 1, 1, "out.png").ToShell();
+    for (const char* option : {"--clip", "--poche", "--edit", "--watermark", "--samples"})
+    {
+        EXPECT_EQ(line.find(option), std::string::npos) << option;
+    }
+}
+
+TEST(CommandText, SaysWhatTheToolHasNoOptionFor)
+{
+    Host::PresentationSettings settings;
+    settings.background = Color(0.5f, 0.5f, 0.5f);
+    settings.view.upAxis = Host::UpAxis::Z;
+    const RenderCommand command = MakeRenderCommand(settings, "a.obj", 1, 1, "out.png");
+    EXPECT_THAT(command.leftOut, ElementsAre("up is not Y", "the colour of --background is rounded"));
+}

@@ -1,0 +1,98 @@
+#include "tests/apps/viewer/ViewerTool.h"
+
+#include <filesystem>
+
+using namespace OV::Test;
+
+namespace
+{
+
+class ViewerFault : public ViewerTool
+{
+};
+
+} // namespace
+
+TEST_F(ViewerFault, ABrokenFileLeavesWhatWasOpen)
+{
+    const std::string cube = WriteCube();
+    WriteWholeFile(folder.Path("broken.gltf"), "{");
+    View(cube, "picture FOLDER/before.png\nopen FOLDER/broken.gltf\nexpect message broken.gltf\nexpect model cube.obj\n"
+               "picture FOLDER/after.png\nopen FOLDER/none.obj\nexpect message none.obj\nexpect model cube.obj");
+    ExpectSame(PictureAt("before.png"), PictureAt("after.png"));
+}
+
+TEST_F(ViewerFault, ALostContextEndsInTheSamePicture)
+{
+    View(WriteCube(), "set lines {}\nset occlusion true\nset sky true\nclick 320,240\nkey m\nwait\n"
+                      "screenshot FOLDER/before.png\n"
+                      "lose-context\nwait\nscreenshot FOLDER/after.png");
+    ExpectSame(PictureAt("before.png"), PictureAt("after.png"));
+}
+
+TEST_F(ViewerFault, AWindowOfAPixelIsNoTrouble)
+{
+    View(WriteCube(), "screenshot FOLDER/before.png\nresize 1x1\nwait\nkey f\nwait\nresize 3x200\nwait\nresize 640x480\n"
+                      "wait\nscreenshot FOLDER/after.png");
+    EXPECT_EQ(PictureAt("after.png").GetWidth(), 640);
+}
+
+TEST_F(ViewerFault, AWindowMayBeResizedAgainAndAgain)
+{
+    std::string script;
+    for (int i = 0; i < 12; ++i)
+    {
+        script += "resize " + std::to_string(200 + 37 * i) + "x" + std::to_string(520 - 23 * i) + "\n";
+    }
+    View(WriteCube(), script + "resize 640x480\nwait\nview iso\nwait\nscreenshot FOLDER/after.png\nexpect model cube.obj");
+    View(WriteCube(), "screenshot FOLDER/straight.png");
+    EXPECT_EQ(PictureAt("after.png").GetHeight(), 480);
+}
+
+TEST_F(ViewerFault, MayBeClosedWhileAFileIsRead)
+{
+    View("", "begin-open " + TestModel("IFC/AC14-FZK-Haus.ifc"));
+}
+
+TEST_F(ViewerFault, OpeningMayBeCancelled)
+{
+    const std::string cube = WriteCube();
+    View(cube, "begin-open " + TestModel("IFC/AC14-FZK-Haus.ifc") + "\nkey escape\nwait\nexpect message cancelled\n"
+               "expect model cube.obj");
+}
+
+TEST_F(ViewerFault, AScriptThatFailsEndsWithAStatusAndALine)
+{
+    const ProcessResult unknown = RunScript(WriteCube(), "dance");
+    EXPECT_EQ(unknown.exitCode, 1);
+    EXPECT_NE(unknown.errors.find("line 2: there is no action 'dance'"), std::string::npos) << unknown.errors;
+    const ProcessResult unmet = RunScript(WriteCube(), "expect model sphere.obj");
+    EXPECT_EQ(unmet.exitCode, 1);
+    EXPECT_NE(unmet.errors.find("sphere.obj"), std::string::npos) << unmet.errors;
+    const ProcessResult bad = RunScript(WriteCube(), "set lines 3");
+    EXPECT_EQ(bad.exitCode, 1);
+    EXPECT_NE(bad.errors.find("lines"), std::string::npos) << bad.errors;
+}
+
+TEST_F(ViewerFault, WrongUsageAndNoDisplayAreTold)
+{
+    const ProcessResult usage = RunViewer({"--nothing"});
+    EXPECT_EQ(usage.exitCode, 2);
+    EXPECT_NE(usage.errors.find("orvane-view: "), std::string::npos);
+    const ProcessResult display = RunProcess({ORVANE_VIEW_PROGRAM, "--forget"}, {"DISPLAY=:9999", "WAYLAND_DISPLAY="});
+    EXPECT_EQ(display.exitCode, 1);
+    EXPECT_NE(display.errors.find("there is no display"), std::string::npos) << display.errors;
+}
+
+TEST_F(ViewerFault, ADamagedStateIsSetAsideWithAWord)
+{
+    const std::string cube = WriteCube();
+    View(cube, "set sky true", {});
+    ASSERT_TRUE(std::filesystem::exists(StatePath()));
+    View(cube, "expect settings \"sky\": true\nexpect message cube.obj", {});
+    WriteWholeFile(StatePath(), "{\"settings\": {\"sky\": 3");
+    const std::string told = View("", "print message\nexpect settings \"sky\": false", {});
+    EXPECT_NE(told.find("set aside"), std::string::npos) << told;
+    EXPECT_EQ(ReadWholeFile(StatePath() + ".damaged"), "{\"settings\": {\"sky\": 3");
+    View(cube, "expect settings \"sky\": false", {});
+}

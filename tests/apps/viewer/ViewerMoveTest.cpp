@@ -1,0 +1,126 @@
+#include "tests/apps/viewer/ViewerTool.h"
+
+#include <random>
+
+using namespace OV::Test;
+
+namespace
+{
+
+class ViewerMove : public ViewerTool
+{
+};
+
+} // namespace
+
+TEST_F(ViewerMove, KeysTurnToNamedViews)
+{
+    static constexpr const char* views[] = {"iso", "front", "back", "left", "right", "top", "bottom"};
+    const std::string cube = WriteCube();
+    for (int i = 0; i < 7; ++i)
+    {
+        const std::string other = i == 0 ? "view top\n" : "view iso\n";
+        View(cube, other + "wait\nkey " + std::to_string(i + 1) + "\nwait\npicture FOLDER/seen.png");
+        const Picture seen = PictureAt("seen.png");
+        const std::string size = std::to_string(seen.GetWidth()) + "x" + std::to_string(seen.GetHeight());
+        ExpectSame(seen, Render(cube, {"--view", views[i], "--size", size, "--samples", "4"}));
+    }
+}
+
+TEST_F(ViewerMove, ADragThereAndBackIsNoMovement)
+{
+    View(WriteCube(), "drag 300,240 301,240\nwait\ndrag 300,240 400,300\nwait\npicture FOLDER/away.png\n"
+                      "shift-drag 300,240 350,260\nwait\npicture FOLDER/panned.png\nscroll 300,240 2\nwait\n"
+                      "picture FOLDER/near.png\nscroll 300,240 -2\nwait\npicture FOLDER/back.png");
+    ExpectDifferent(PictureAt("away.png"), PictureAt("panned.png"));
+    ExpectDifferent(PictureAt("panned.png"), PictureAt("near.png"));
+    const PictureDifference difference = Compare(PictureAt("panned.png"), PictureAt("back.png"));
+    // Eye and target are of floats.
+    EXPECT_LT(difference.differingShare, 0.01);
+}
+
+TEST_F(ViewerMove, FitShowsAllAgain)
+{
+    View(WriteCube(), "view front\nwait\npicture FOLDER/front.png\nshift-drag 300,240 900,240\nscroll 300,240 -5\nwait\n"
+                      "picture FOLDER/away.png\nkey f\nwait\npicture FOLDER/fit.png\nkey p\nwait\n"
+                      "expect settings \"orthographic\": true");
+    ExpectDifferent(PictureAt("front.png"), PictureAt("away.png"));
+    const PictureDifference difference = Compare(PictureAt("front.png"), PictureAt("fit.png"));
+    EXPECT_LT(difference.differingShare, 0.01);
+}
+
+TEST_F(ViewerMove, ADroppedFileIsOpened)
+{
+    View("", "drop " + WriteCube() + "\nwait\nwait\nexpect model cube.obj");
+}
+
+TEST_F(ViewerMove, AWatchedFileIsReadAgainWithTheSameView)
+{
+    const std::string square = WriteSquare();
+    WriteWholeFile(folder.Path("green.obj"),
+                   "mtllib colours.mtl\nusemtl green\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nf 1 2 3 4\n");
+    const std::string told = View(square,
+                                  "view front\nwait\nset sky true\nexpect message square.obj\ncopy FOLDER/green.obj "
+                                      + square + "\nawait message again\nwait\nprint settings\npicture FOLDER/green.png",
+                                  {"--forget", "--watch"});
+    EXPECT_NE(told.find("\"named\": \"front\""), std::string::npos);
+    EXPECT_NE(told.find("\"sky\": true"), std::string::npos);
+    const Picture picture = PictureAt("green.png");
+    const Pixel middle = picture.At(picture.GetWidth() / 2, picture.GetHeight() / 2);
+    EXPECT_EQ(middle.r, 0);
+    EXPECT_GT(middle.g, 100);
+}
+
+TEST_F(ViewerMove, WhatStepsBackInMotionComesBackAtRest)
+{
+    View(WriteCube(), "resize 1500x1100\nset occlusion true\nset antialiasing \"ssaa\"\ndrag 300,240 400,300\n"
+                      "drag 300,240 420,310\nwait\nscreenshot FOLDER/after.png\n"
+                      "look advanced\nkey l\nwait\nkey l\nwait\nscreenshot FOLDER/drawn.png");
+    // Settings that are applied anew have nothing of what was drawn with in motion.
+    ExpectSame(PictureAt("after.png"), PictureAt("drawn.png"));
+}
+
+TEST_F(ViewerMove, WalksOnWhatIsUnderfoot)
+{
+    // A floor with a step up of half a metre at x = 0, which is walked up.
+    const std::string floor = WriteObj("floor.obj",
+                                       "v -9 0 -9\nv 0 0 -9\nv 0 0 9\nv -9 0 9\nf 4 3 2 1\n"
+                                       "v 0 0.5 -9\nv 9 0.5 -9\nv 9 0.5 9\nv 0 0.5 9\nf 8 7 6 5\n");
+    const std::string begin = "set view.eye [-0.75, 5, 0]\nset view.target [4, 5, 0]\n";
+    const auto heightAfter = [&](const std::string& keys)
+    {
+        const std::string told = View(floor, begin + keys + "wait\nprint settings");
+        const std::size_t eye = told.find("\"eye\"");
+        const std::size_t first = told.find(',', told.find('[', eye));
+        return std::stod(told.substr(first + 1));
+    };
+    EXPECT_NEAR(heightAfter("key w\n"), 1.6, 1e-4);
+    EXPECT_NEAR(heightAfter("key w\nkey w\n"), 2.1, 1e-4);
+    EXPECT_NEAR(heightAfter("key w\nkey w\nkey s\n"), 1.6, 1e-4);
+}
+
+TEST_F(ViewerMove, RandomActionsDoNoHarm)
+{
+    static constexpr const char* keys[] = {"1", "2", "6", "f", "p", "h", "i", "shift+h", "e", "l", "o", "m", "shift+m", "w", "s", "a", "d", "n", "escape",
+                                           "tab", "?", "f9", "left", "up", "page-up", "page-down", "shift+right"};
+    static constexpr const char* looks[] = {"basic", "advanced", "phong", "crosshatch", "monotone", "vertex-color"};
+    std::mt19937 random(11);
+    const auto below = [&](int end) { return static_cast<int>(random() % static_cast<unsigned>(end)); };
+    const auto point = [&] { return std::to_string(below(640)) + "," + std::to_string(40 + below(400)); };
+    std::string script;
+    // As many as a test has time for.
+    for (int step = 0; step < 150; ++step)
+    {
+        switch (below(8))
+        {
+        case 0: script += "click " + point() + "\n"; break;
+        case 1: script += "drag " + point() + " " + point() + "\n"; break;
+        case 2: script += "ctrl-drag " + point() + " " + point() + "\n"; break;
+        case 3: script += "scroll " + point() + " " + std::to_string(below(7) - 3) + "\n"; break;
+        case 4: script += std::string("look ") + looks[below(6)] + "\n"; break;
+        case 5: script += "middle-drag " + point() + " " + point() + "\n"; break;
+        default: script += std::string("key ") + keys[below(27)] + "\n"; break;
+        }
+    }
+    View(WriteCube(), script + "wait\nexpect model cube.obj");
+}
