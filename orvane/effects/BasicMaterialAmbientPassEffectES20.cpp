@@ -137,6 +137,7 @@ Color BasicMaterialAmbientPassEffectES20::AmbientColor(Material* material)
 
 void BasicMaterialAmbientPassEffectES20::Remove()
 {
+    EndAttributes();
     if (blendEnabled)
     {
         glDisable(GL_BLEND);

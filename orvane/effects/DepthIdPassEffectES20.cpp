@@ -85,7 +85,10 @@ void DepthIdPassEffectES20::Apply(MaterialES20*, CameraNodeES20* camera)
     glDisable(GL_BLEND);
 }
 
-void DepthIdPassEffectES20::Remove() {}
+void DepthIdPassEffectES20::Remove()
+{
+    EndAttributes();
+}
 
 void DepthIdPassEffectES20::BindMeshAttributes(MeshES20* mesh)
 {

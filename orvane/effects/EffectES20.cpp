@@ -146,6 +146,11 @@ void EffectES20::UseOptions(std::uint64_t options)
     m_current = &m_programs.find(m_currentProgram)->second;
     const auto attributes = m_attributesByProgram.find(m_currentProgram);
     m_currentAttributes = attributes == m_attributesByProgram.end() ? 0 : attributes->second;
+    if (m_current->m_knownSince != s_valuesForgotten)
+    {
+        m_current->m_known.ForgetAll();
+        m_current->m_knownSince = s_valuesForgotten;
+    }
     m_current->Bind();
 }
 
@@ -264,12 +269,44 @@ void EffectES20::EnableAttribute(unsigned int attribute, int components, int str
 {
     glVertexAttribPointer(attribute, components, GL_FLOAT, GL_FALSE, stride,
                           reinterpret_cast<const void*>(static_cast<std::intptr_t>(offset)));
-    glEnableVertexAttribArray(attribute);
+    const std::uint32_t bit = 1u << attribute;
+    s_spareAttributes &= ~bit;
+    if ((s_enabledAttributes & bit) == 0)
+    {
+        glEnableVertexAttribArray(attribute);
+        s_enabledAttributes |= bit;
+    }
 }
 
 void EffectES20::DisableAttribute(unsigned int attribute)
 {
-    glDisableVertexAttribArray(attribute);
+    s_spareAttributes |= s_enabledAttributes & (1u << attribute);
+}
+
+void EffectES20::DisableSpareAttributes()
+{
+    for (unsigned int attribute = 0; s_spareAttributes != 0; ++attribute)
+    {
+        const std::uint32_t bit = 1u << attribute;
+        if ((s_spareAttributes & bit) != 0)
+        {
+            glDisableVertexAttribArray(attribute);
+            s_spareAttributes &= ~bit;
+            s_enabledAttributes &= ~bit;
+        }
+    }
+}
+
+void EffectES20::EndAttributes()
+{
+    DisableSpareAttributes();
+    // Until the next effect is applied, others may change what is enabled.
+    s_enabledAttributes = 0;
+}
+
+void EffectES20::ForgetUniformValues()
+{
+    ++s_valuesForgotten;
 }
 
 Matrix EffectES20::ModelViewProjection(MeshNode* node) const
@@ -296,9 +333,16 @@ int EffectES20::SetClipPlanes(int normals, int positions, int count, bool wanted
 
 void EffectES20::SetVectors(int index, int count, const std::vector<glm::vec3>& vectors)
 {
-    if (count > 0 && Has(index))
+    if (count <= 0 || !Has(index))
     {
-        m_current->Uniform3fv(index, count, glm::value_ptr(vectors.front()));
+        return;
+    }
+    const float* const values = glm::value_ptr(vectors.front());
+    const std::size_t bytes = static_cast<std::size_t>(count) * sizeof(glm::vec3);
+    if (!m_current->m_known.Holds(index, values, bytes))
+    {
+        m_current->Uniform3fv(index, count, values);
+        m_current->m_known.Keep(index, values, bytes);
     }
 }
 

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace OV
@@ -141,6 +142,16 @@ public:
     /// Stores AdvancedMaterialPhong when given that, and AdvancedMaterial for any other type.
     static void SetAdvancedMaterialShaderType(EffectCache::EffectType type);
 
+    /// Disables the attributes that were enabled for an earlier mesh and not again for the one at
+    /// hand, between BindMeshAttributes and a draw. GL.
+    static void DisableSpareAttributes();
+
+    /// Disables those that no mesh needs, in Remove, and takes none for enabled from then on. GL.
+    static void EndAttributes();
+
+    /// Takes no value of a uniform for known from now on, since others may have written it.
+    static void ForgetUniformValues();
+
     /// Written before each mesh is drawn: whether the global clip planes cut it.
     bool clipPlanesActive = false;
 
@@ -165,12 +176,19 @@ protected:
 
     /// Sets a uniform of the program in use by one of ShaderProgram::SetUniform, if the program
     /// has it.
+    /// A value that it holds already is not sent again.
     template <class... Values>
     void Set(int index, const Values&... values)
     {
-        if (Has(index))
+        if (!Has(index))
+        {
+            return;
+        }
+        const std::common_type_t<Values...> row[] = {values...};
+        if (!m_current->m_known.Holds(index, row, sizeof(row)))
         {
             m_current->SetUniform(index, values...);
+            m_current->m_known.Keep(index, row, sizeof(row));
         }
     }
 
@@ -187,8 +205,12 @@ protected:
         return ((m_currentAttributes >> attribute) & 1u) != 0;
     }
 
-    /// Points an attribute at floats of the bound buffer, from a byte offset on, and enables it.
+    /// Points an attribute at floats of the bound buffer, from a byte offset on, and enables it,
+    /// unless an earlier mesh has left it so.
     static void EnableAttribute(unsigned int attribute, int components, int stride, int offset);
+
+    /// Says that a mesh needs the attribute no more. It stays enabled until DisableSpareAttributes,
+    /// since the next mesh is most likely to need it again.
     static void DisableAttribute(unsigned int attribute);
 
     /// Object space to clip space: the view-projection of the camera times the node's matrix.
@@ -237,6 +259,11 @@ private:
 
     void RegisterProgram(unsigned int program, const std::string& name);
     void SetVectors(int index, int count, const std::vector<glm::vec3>& vectors);
+
+    // Arrays that are enabled, and those of them that no mesh needs at the moment, as bits.
+    static std::uint32_t s_enabledAttributes;
+    static std::uint32_t s_spareAttributes;
+    static std::uint64_t s_valuesForgotten; // so often
 
     // How many of the references belong to placeholders.
     int m_placeholders = 0;

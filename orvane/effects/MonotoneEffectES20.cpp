@@ -102,7 +102,10 @@ void MonotoneEffectES20::Apply(MaterialES20*, CameraNodeES20* camera)
     glDisable(GL_BLEND);
 }
 
-void MonotoneEffectES20::Remove() {}
+void MonotoneEffectES20::Remove()
+{
+    EndAttributes();
+}
 
 void MonotoneEffectES20::BindMeshAttributes(MeshES20* mesh)
 {

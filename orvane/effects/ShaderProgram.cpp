@@ -96,8 +96,31 @@ bool ShaderProgram::DeclareUniforms(const std::vector<std::string>& names)
     return complete;
 }
 
+void ShaderProgram::KnownValues::Keep(int index, const void* value, std::size_t bytes)
+{
+    const auto place = static_cast<std::size_t>(index);
+    if (place >= m_values.size())
+    {
+        m_values.resize(place + 1);
+    }
+    Value& known = m_values[place];
+    known.bytes = bytes <= sizeof(known.words) ? bytes : 0;
+    std::memcpy(known.words.data(), value, known.bytes);
+}
+
+void ShaderProgram::KnownValues::Forget(int index)
+{
+    const auto place = static_cast<std::size_t>(index);
+    if (place < m_values.size())
+    {
+        m_values[place].bytes = 0;
+    }
+}
+
 int ShaderProgram::GetLocation(int index)
 {
+    // Who learns where it is may write there.
+    m_known.Forget(index);
     return Exists(index) ? m_locations[static_cast<std::size_t>(index)] : AskLocation(index);
 }
 

@@ -8,6 +8,9 @@
 #include <glm/vec3.hpp>
 #include <glm/vec4.hpp>
 
+#include <array>
+#include <cstdint>
+#include <cstring>
 #include <map>
 #include <string>
 #include <vector>
@@ -171,10 +174,49 @@ protected:
     bool m_bound = false;
 
 private:
-    // The effects seed the table themselves and skip, on the draw path, what a program lacks.
+    /// The values that a program is known to hold, by uniform. A copy of a table knows nothing: the
+    /// other one may write too.
+    class KnownValues
+    {
+    public:
+        KnownValues() = default;
+        KnownValues(const KnownValues&) {}
+        KnownValues& operator=(const KnownValues&)
+        {
+            m_values.clear();
+            return *this;
+        }
+
+        bool Holds(int index, const void* value, std::size_t bytes) const
+        {
+            const auto place = static_cast<std::size_t>(index);
+            return place < m_values.size() && m_values[place].bytes == bytes
+                   && std::memcmp(m_values[place].words.data(), value, bytes) == 0;
+        }
+
+        /// A value that is larger than six vectors is not kept.
+        void Keep(int index, const void* value, std::size_t bytes);
+        void Forget(int index);
+        void ForgetAll() { m_values.clear(); }
+
+    private:
+        struct Value
+        {
+            std::size_t bytes = 0; ///< 0 where nothing is known
+            std::array<std::uint32_t, 18> words;
+        };
+
+        std::vector<Value> m_values;
+    };
+
+    // The effects seed the table themselves, skip, on the draw path, what a program lacks, and leave
+    // out what it holds.
     friend class EffectES20;
 
     int AskLocation(int index);
+
+    KnownValues m_known;
+    std::uint64_t m_knownSince = 0; ///< EffectES20::ForgetUniformValues has been called so often
 };
 
 } // namespace OV

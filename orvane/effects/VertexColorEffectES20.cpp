@@ -84,7 +84,10 @@ void VertexColorEffectES20::Apply(MaterialES20* data, CameraNodeES20* camera)
     m_camera = camera;
 }
 
-void VertexColorEffectES20::Remove() {}
+void VertexColorEffectES20::Remove()
+{
+    EndAttributes();
+}
 
 void VertexColorEffectES20::BindMeshAttributes(MeshES20* mesh)
 {

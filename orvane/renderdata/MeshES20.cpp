@@ -62,6 +62,7 @@ void MeshES20::Render(EffectES20* effect, const std::vector<MeshNode*>& nodes, b
     effect->clipPlanesActive = clippingPlaneEnabled;
     effect->meshNodeFlag = (meshFlags & MeshFlagEffectFlag) != 0;
     effect->BindMeshAttributes(this);
+    EffectES20::DisableSpareAttributes();
     OV_GL_CHECKPOINT();
 
     const bool alwaysPass = (materialFlags & MaterialFlagAlwaysPass) != 0;

@@ -169,6 +169,7 @@ void Renderer20::Configure(TextureLoader* loader, RenderCapabilities* caps)
 {
     textureLoader = loader;
     capabilities = caps;
+    EffectES20::ForgetUniformValues();
 }
 
 bool Renderer20::SupportsRenderToTexture()
@@ -349,6 +350,8 @@ void Renderer20::RenderItemList(CameraNodeES20* cameraData, std::vector<RenderIt
     {
         current->Remove();
     }
+    // An effect of the host's may have left some.
+    EffectES20::EndAttributes();
 }
 
 void Renderer20::PrepareOptimizedMaterial(Material* material, CameraNodeES20* cameraData,
@@ -425,6 +428,7 @@ int Renderer20::ToPoints(int pixels) const
 
 void Renderer20::Suspend()
 {
+    EffectES20::ForgetUniformValues();
     ClearOffscreenBuffers();
     if (screenMesh)
     {
@@ -440,6 +444,7 @@ void Renderer20::Suspend()
 
 void Renderer20::Resume()
 {
+    EffectES20::ForgetUniformValues();
     if (textureLoader)
     {
         textureLoader->Resume();
