@@ -40,6 +40,7 @@ struct Texts
     std::string background = "FFFFFF";
     std::optional<std::string> fog;
     std::optional<float> edges;
+    std::optional<std::string> edit;
     std::string edgeColor = "000000";
     std::string look = "advanced";
     std::vector<std::string> clips;
@@ -232,9 +233,9 @@ void DefineSurfaceOptions(CLI::App& app, Options& options, Texts& texts)
         ->option_text("WIDTH")->needs(clip)->group(group);
     app.add_option("--outline-color", texts.outlineColor, "Colour of the outline; 000000 if left out")
         ->option_text("RRGGBB")->needs(clip)->group(group);
-    app.add_option("--edit", options.surfaces.edit, "Draw all in grey but a node and what is below it, found\n"
-                                                    "by its name or by names from a node down to it, with\n"
-                                                    "slashes between them; advanced and phong only")
+    app.add_option("--edit", texts.edit, "Draw all in grey but a node and what is below it, found\n"
+                                       "by its name or by names from a node down to it, with\n"
+                                       "slashes between them; advanced and phong only")
         ->option_text("PATH")->group(group);
 }
 
@@ -466,10 +467,33 @@ void InterpretSurfaces(const Texts& texts, SurfaceLook& look)
         throw CLI::ValidationError("--outline", "a width is 0 or more");
     }
     look.outlineColor = ParseColor("--outline-color", texts.outlineColor);
-    if (!look.edit.empty() && look.look != Host::Look::Advanced && look.look != Host::Look::Phong)
+    if (texts.edit && texts.edit->empty())
+    {
+        throw Bad("--edit", *texts.edit, "the name of a node");
+    }
+    look.edit = texts.edit.value_or(std::string());
+    if (texts.edit && look.look != Host::Look::Advanced && look.look != Host::Look::Phong)
     {
         throw CLI::ValidationError("--edit", "the look " + texts.look + " shows no edit; use advanced or phong");
     }
+}
+
+void Define(CLI::App& app, Options& options, Texts& texts, bool& listFormats)
+{
+    app.name("orvane-render");
+    app.description("Renders a model file into a PNG picture.");
+    app.formatter(std::make_shared<Formatter>());
+    app.get_formatter()->column_width(22);
+    DefineGeneralOptions(app, options, listFormats);
+    DefinePictureOptions(app, options, texts);
+    DefineViewOptions(app, options, texts);
+    DefineSurfaceOptions(app, options, texts);
+    DefineScreenOptions(app, options, texts);
+    DefineLineOptions(app, texts);
+    DefineSheetOptions(app, options);
+    DefineMeasuringOptions(app, options, texts);
+    app.footer("The view is from the front, the right and above unless told otherwise.\n"
+               "Exit status: 0 done, 1 failed, 2 wrong usage.");
 }
 
 void Interpret(const Texts& texts, Options& options)
@@ -528,19 +552,8 @@ Command ParseCommandLine(int argc, const char* const* argv)
     Command command;
     Texts texts;
     bool listFormats = false;
-    CLI::App app("Renders a model file into a PNG picture.", "orvane-render");
-    app.formatter(std::make_shared<Formatter>());
-    app.get_formatter()->column_width(22);
-    DefineGeneralOptions(app, command.options, listFormats);
-    DefinePictureOptions(app, command.options, texts);
-    DefineViewOptions(app, command.options, texts);
-    DefineSurfaceOptions(app, command.options, texts);
-    DefineScreenOptions(app, command.options, texts);
-    DefineLineOptions(app, texts);
-    DefineSheetOptions(app, command.options);
-    DefineMeasuringOptions(app, command.options, texts);
-    app.footer("The view is from the front, the right and above unless told otherwise.\n"
-               "Exit status: 0 done, 1 failed, 2 wrong usage.");
+    CLI::App app;
+    Define(app, command.options, texts, listFormats);
     try
     {
         app.parse(CompleteEdges(argc, argv));
@@ -561,6 +574,24 @@ Command ParseCommandLine(int argc, const char* const* argv)
         command.exitCode = 2;
     }
     return command;
+}
+
+std::vector<std::string> ListOptions()
+{
+    Options options;
+    Texts texts;
+    bool listFormats = false;
+    CLI::App app;
+    Define(app, options, texts, listFormats);
+    std::vector<std::string> names;
+    for (const CLI::Option* option : app.get_options())
+    {
+        for (const std::string& name : option->get_lnames())
+        {
+            names.push_back("--" + name);
+        }
+    }
+    return names;
 }
 
 } // namespace OV::RenderApp

@@ -132,4 +132,7 @@ struct Command
 /// standard error.
 Command ParseCommandLine(int argc, const char* const* argv);
 
+/// The long names of all options, with their dashes, in the order of the help.
+std::vector<std::string> ListOptions();
+
 } // namespace OV::RenderApp

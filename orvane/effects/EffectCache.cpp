@@ -116,7 +116,8 @@ EffectCache& EffectCache::operator=(const EffectCache& other)
 EffectCache::~EffectCache()
 {
     m_family->lifetime.End();
-    const std::map<EffectType, EffectES20*> effects = m_effects;
+    // Moved, not copied: the end of a cache takes no memory.
+    const std::map<EffectType, EffectES20*> effects = std::move(m_effects);
     for (const auto& [type, effect] : effects)
     {
         if (effect == nullptr)

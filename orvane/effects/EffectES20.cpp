@@ -107,9 +107,30 @@ unsigned int EffectES20::ProgramForOptions(std::uint64_t options)
     std::string name;
     const unsigned int program = CreateProgramForOptions(options, name);
     glGetError();
-    m_programsByOptions[options] = program;
-    RegisterProgram(program, name);
+    try
+    {
+        RegisterProgram(program, name);
+        m_programsByOptions[options] = program;
+    }
+    catch (...)
+    {
+        AbandonProgram(program);
+        throw;
+    }
     return program;
+}
+
+// A program that could not be entered in the tables is made again when it is wanted next.
+void EffectES20::AbandonProgram(unsigned int program)
+{
+    if (program != 0)
+    {
+        glDeleteProgram(program);
+        m_programs.erase(program);
+        m_attributesByProgram.erase(program);
+        m_attributeAnswers.erase(program);
+    }
+    m_currentProgram = 0;
 }
 
 void EffectES20::RegisterProgram(unsigned int program, const std::string& name)
@@ -259,9 +280,18 @@ void EffectES20::LinkFixedProgram(const std::string& name, const char* vertexSou
 {
     m_currentProgram = static_cast<unsigned int>(
         LoadProgram(name, vertexSource, fragmentSource, ToMap(attributes)));
-    if (m_currentProgram != 0)
+    if (m_currentProgram == 0)
+    {
+        return;
+    }
+    try
     {
         RegisterProgram(m_currentProgram, name);
+    }
+    catch (...)
+    {
+        AbandonProgram(m_currentProgram);
+        throw;
     }
 }
 

@@ -258,6 +258,7 @@ private:
     friend class EffectReferencePlaceholder;
 
     void RegisterProgram(unsigned int program, const std::string& name);
+    void AbandonProgram(unsigned int program);
     void SetVectors(int index, int count, const std::vector<glm::vec3>& vectors);
 
     // Arrays that are enabled, and those of them that no mesh needs at the moment, as bits.

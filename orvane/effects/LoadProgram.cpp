@@ -6,6 +6,7 @@
 #include <GL/glew.h>
 
 #include <iostream>
+#include <new>
 #include <vector>
 
 namespace OV
@@ -21,10 +22,17 @@ std::vector<char> ReadLog(unsigned int object, GetParameter getParameter, GetLog
     GLint length = 0;
     getParameter(object, GL_INFO_LOG_LENGTH, &length);
     std::vector<char> log;
-    if (length > 1)
+    try
     {
-        log.assign(static_cast<std::size_t>(length) + 1, '\0');
-        getLog(object, length, nullptr, log.data());
+        if (length > 1)
+        {
+            log.assign(static_cast<std::size_t>(length) + 1, '\0');
+            getLog(object, length, nullptr, log.data());
+        }
+    }
+    catch (const std::bad_alloc&)
+    {
+        // Without the memory for its reason a failure is still one, and the object to be deleted.
     }
     return log;
 }
@@ -98,15 +106,17 @@ int LoadProgram(const std::string& name, const std::string& vertexSource,
         return 0;
     }
     glGetError();
+    // All that takes memory comes before the first shader, which nobody would delete.
     const std::string vertexText = ShaderPrelude + vertexSource;
     const std::string fragmentText = ShaderPrelude + fragmentSource;
-    const int vertexShader = CompileShader(name + ".vert", GL_VERTEX_SHADER, vertexText.c_str());
+    const std::string vertexName = name + ".vert";
+    const std::string fragmentName = name + ".frag";
+    const int vertexShader = CompileShader(vertexName, GL_VERTEX_SHADER, vertexText.c_str());
     if (vertexShader == 0)
     {
         return 0;
     }
-    const int fragmentShader =
-        CompileShader(name + ".frag", GL_FRAGMENT_SHADER, fragmentText.c_str());
+    const int fragmentShader = CompileShader(fragmentName, GL_FRAGMENT_SHADER, fragmentText.c_str());
     if (fragmentShader == 0)
     {
         glDeleteShader(vertexShader);

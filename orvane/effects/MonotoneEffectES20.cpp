@@ -76,6 +76,18 @@ constexpr ProgramTemplate kTemplate = {
 
 constexpr float kPointSize = 6.0f;
 
+/// Gives a new program the one size there is. A node whose first mesh is plain does not set it
+/// for the points of its second, which in the first frame would have none, and in the next what
+/// an earlier draw had left.
+void StartPointSize(unsigned int program)
+{
+    GLint current = 0;
+    glGetIntegerv(GL_CURRENT_PROGRAM, &current);
+    glUseProgram(program);
+    glUniform1f(glGetUniformLocation(program, kUniforms[UniformPointSize].name), kPointSize);
+    glUseProgram(static_cast<GLuint>(current));
+}
+
 bool DrawsPoints(const MeshNode& node)
 {
     if (node.GetMeshes().empty())
@@ -92,7 +104,12 @@ MonotoneEffectES20::MonotoneEffectES20(EffectCache* cache) : MaterialEffectES20(
 
 unsigned int MonotoneEffectES20::CreateProgramForOptions(std::uint64_t options, std::string& name)
 {
-    return CreateFromTemplate(kTemplate, options, name);
+    const unsigned int program = CreateFromTemplate(kTemplate, options, name);
+    if (program != 0)
+    {
+        StartPointSize(program);
+    }
+    return program;
 }
 
 void MonotoneEffectES20::Apply(MaterialES20*, CameraNodeES20* camera)

@@ -76,13 +76,18 @@ vec2 unitOrZero(vec2 v)
     return size > 0.0 ? v / size : vec2(0.0);
 }
 
-// Of a segment in normalised device coordinates. Ends closer together than rasterising can tell
-// have none, and a ribbon without a direction covers nothing: with one it would be a spot whose
-// slope in depth, and so its polygon offset, is without bounds.
-vec2 direction(vec2 segment)
+// Of a segment in normalised device coordinates. One seen end-on has none, and a ribbon without
+// a direction covers nothing: with one it would be a spot whose slope in depth, and so its
+// polygon offset, is without bounds. A segment that is short in depth as well is one of many that
+// make up a curve, and has its direction as a long one has.
+vec2 direction(vec3 segment)
 {
-    vec2 pixels = segment / (2.0 * u_invViewDims);
-    return length(pixels) < 1.0 / 64.0 ? vec2(0.0) : unitOrZero(segment);
+    float pixels = length(segment.xy / (2.0 * u_invViewDims));
+    // Depth of the window, whose range is 1.
+    float depth = abs(segment.z) * 0.5;
+    // Through all of the depth within less than so many pixels.
+    bool endOn = depth * 16.0 > pixels;
+    return pixels < 1.0 / 64.0 && endOn ? vec2(0.0) : unitOrZero(segment.xy);
 }
 
 vec2 toScreen(vec4 clip)
@@ -103,7 +108,7 @@ void main()
     vec4 nearPlane = vec4(0.0, 0.0, 1.0, 1.0);
     clipSegmentToPlane(start, end, nearPlane);
 
-    vec2 ndcSlope = direction(end.xy / end.w - start.xy / start.w);
+    vec2 ndcSlope = direction(end.xyz / end.w - start.xyz / start.w);
     ndcSlope = vec2(ndcSlope.y, -ndcSlope.x);
     vec2 ndcOffset = dir * (u_width * 2.0 * u_invViewDims) * ndcSlope;
 

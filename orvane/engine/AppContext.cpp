@@ -1,5 +1,6 @@
 #include "orvane/engine/AppContext.h"
 
+#include "orvane/base/detail/Walk.h"
 #include "orvane/engine/CoreContext.h"
 #include "orvane/engine/Renderer.h"
 #include "orvane/math/Color.h"
@@ -22,7 +23,12 @@ AppContext::AppContext()
     m_context = std::make_unique<CoreContext>(std::move(config), std::move(capabilities));
 }
 
-AppContext::~AppContext() = default;
+AppContext::~AppContext()
+{
+    detail::Walk::Tell(this);
+    // The frame that is calling its host out of whose code this is stands on the context.
+    detail::Walk::Discard(std::move(m_context));
+}
 
 void AppContext::SetScreenSize(int width, int height)
 {
@@ -32,18 +38,29 @@ void AppContext::SetScreenSize(int width, int height)
 
 bool AppContext::Update(float time)
 {
+    if (IsAtWork())
+    {
+        return false;
+    }
+    const detail::Walk walk(this, detail::Walk::Update);
     return m_context->Update(time, m_width, m_height);
 }
 
 void AppContext::Render(Renderer* renderer, bool capture)
 {
-    renderer->BeginRender(capture, m_context->GetBackgroundColor());
+    if (IsAtWork())
+    {
+        return;
+    }
+    const detail::Walk walk(this, detail::Walk::Draw);
+    CoreContext& context = *m_context;
+    renderer->BeginRender(capture, context.GetBackgroundColor());
     if (capture)
     {
         renderer->BeginCapture();
     }
-    renderer->Render2D(m_context->GetBackground2D());
-    if (Scene* scene = m_context->GetScene())
+    renderer->Render2D(context.GetBackground2D());
+    if (Scene* scene = context.GetScene())
     {
         renderer->Render3D(scene, scene->GetCameraNode());
     }
@@ -52,23 +69,35 @@ void AppContext::Render(Renderer* renderer, bool capture)
         renderer->EndCapture();
         renderer->ApplyCapture();
     }
-    renderer->Render2D(m_context->GetForeground2D());
+    renderer->Render2D(context.GetForeground2D());
     renderer->EndRender();
 }
 
 void AppContext::RenderCapturedAndUI(Renderer* renderer)
 {
+    if (IsAtWork())
+    {
+        return;
+    }
+    const detail::Walk walk(this, detail::Walk::Draw);
+    CoreContext& context = *m_context;
     // White, whatever the background colour is: the captured picture covers it.
     renderer->BeginRender(false, Color(1.0f, 1.0f, 1.0f, 1.0f));
     renderer->ApplyCapture();
-    renderer->Render2D(m_context->GetForeground2D());
+    renderer->Render2D(context.GetForeground2D());
     renderer->EndRender();
 }
 
 void AppContext::RenderClear(Renderer* renderer, Color const& color)
 {
+    if (IsAtWork())
+    {
+        return;
+    }
+    const detail::Walk walk(this, detail::Walk::Draw);
+    CoreContext& context = *m_context;
     renderer->BeginRender(false, color);
-    renderer->Render2D(m_context->GetForeground2D());
+    renderer->Render2D(context.GetForeground2D());
     renderer->EndRender();
 }
 
@@ -79,26 +108,56 @@ void AppContext::ClearOffscreenBuffers(Renderer* renderer)
 
 void AppContext::Suspend(Renderer* renderer)
 {
-    if (Scene* scene = m_context->GetScene())
+    if (detail::Walk::IsOn(this, detail::Walk::Suspend))
+    {
+        // What is being done already is what is asked for last.
+        detail::Walk::Withdraw(this);
+        return;
+    }
+    if (detail::Walk::IsRunning())
+    {
+        detail::Walk::Postpone(this, renderer, [this, renderer] { Suspend(renderer); });
+        return;
+    }
+    const detail::Walk walk(this, detail::Walk::Suspend);
+    CoreContext& context = *m_context;
+    if (Scene* scene = context.GetScene())
     {
         scene->Suspend();
     }
-    m_context->GetBackground2D()->Suspend();
-    m_context->GetForeground2D()->Suspend();
+    context.GetBackground2D()->Suspend();
+    context.GetForeground2D()->Suspend();
     renderer->Suspend();
 }
 
 void AppContext::Resume(Renderer* renderer)
 {
+    if (detail::Walk::IsOn(this, detail::Walk::Resume))
+    {
+        detail::Walk::Withdraw(this);
+        return;
+    }
+    if (detail::Walk::IsRunning())
+    {
+        detail::Walk::Postpone(this, renderer, [this, renderer] { Resume(renderer); });
+        return;
+    }
+    const detail::Walk walk(this, detail::Walk::Resume);
+    CoreContext& context = *m_context;
     // In the order of Suspend, not mirrored: the texture loader comes back last, and no scene
     // object asks for a texture before the next frame.
-    if (Scene* scene = m_context->GetScene())
+    if (Scene* scene = context.GetScene())
     {
         scene->Resume();
     }
-    m_context->GetBackground2D()->Resume();
-    m_context->GetForeground2D()->Resume();
+    context.GetBackground2D()->Resume();
+    context.GetForeground2D()->Resume();
     renderer->Resume();
+}
+
+bool AppContext::IsAtWork() const
+{
+    return detail::Walk::IsOn(this, detail::Walk::Any);
 }
 
 }  // namespace OV

@@ -19,6 +19,13 @@ class Renderer;
 /// Every Renderer belongs to the host and must not be null. Making a context needs no GL; the
 /// operations that take a renderer need what that renderer needs. Without a scene they leave
 /// the scene out.
+///
+/// A host that is called in the middle of these operations (by a texture loader, a derived node,
+/// a screen mapping, a derived renderer) may edit scene and layers, as told at Scene, replace the
+/// scene and destroy this object: what the operation still needs goes when it ends. It is not
+/// entered a second time: Update, returning false, and the operations that render return at once;
+/// Suspend and Resume are carried out when the outermost operation ends, with the GL context that
+/// is current then. The renderer has to outlive the operation.
 class ORVANE_API AppContext
 {
 public:
@@ -60,6 +67,9 @@ public:
     void Resume(Renderer* renderer);
 
 private:
+    /// Whether an operation of this object is calling the host right now.
+    bool IsAtWork() const;
+
     std::unique_ptr<CoreContext> m_context;
     int m_width = 0;
     int m_height = 0;

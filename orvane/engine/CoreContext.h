@@ -47,11 +47,14 @@ public:
     void SetBackgroundColor(Color const& color);
 
     /// Takes a scene over and destroys the old one, with its render data: GL, if it was drawn.
+    /// Called from within an operation of the engine, by a texture loader or a derived node for
+    /// instance, it destroys the old one when the outermost operation ends.
     void SetScene(std::unique_ptr<Scene>&& newScene);
 
     /// Brings the scene and both layers up to date; once a frame.
     ///
-    /// Without a scene the layers are updated all the same and the result is false.
+    /// Without a scene the layers are updated all the same and the result is false. From within
+    /// an update of this context nothing is updated and the result is false.
     /// @param time stored as it is: the time, not a step.
     /// @param width, height screen size in pixels, which goes to the camera.
     /// @return whether anything is to be drawn.

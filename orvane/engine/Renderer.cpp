@@ -1,5 +1,6 @@
 #include "orvane/engine/Renderer.h"
 
+#include "orvane/base/detail/Walk.h"
 #include "orvane/imaging/TextureLoader.h"
 
 namespace OV
@@ -12,7 +13,10 @@ Renderer::Renderer(TextureLoader* textureLoader)
 {
 }
 
-Renderer::~Renderer() = default;
+Renderer::~Renderer()
+{
+    detail::Walk::Tell(this);
+}
 
 void Renderer::ClearOffscreenBuffers()
 {

@@ -8,11 +8,19 @@
 #include "orvane/imaging/detail/PngEncoder.h"
 #include "orvane/imaging/detail/Utf8.h"
 
+#include <atomic>
 #include <limits>
 #include <png.h>
 
 namespace OV
 {
+
+namespace
+{
+
+std::atomic<std::uint64_t> g_maxPictureBytes{std::uint64_t(1) << 30};
+
+}  // namespace
 
 Image* ImageCodec::LoadImageData(const FilePath& path, const std::string& name, bool swapRedBlue, bool flipVertical)
 {
@@ -34,9 +42,20 @@ Image* ImageCodec::DecodeImage(unsigned char* data, int size, bool swapRedBlue, 
 {
     const std::size_t bytes = data && size > 0 ? static_cast<std::size_t>(size) : 0;
     const bool isPng = png_sig_cmp(data, 0, bytes) == 0;
-    return (isPng ? detail::DecodePng(data, bytes, swapRedBlue, flipVertical)
-                  : detail::DecodeJpeg(data, bytes, swapRedBlue, flipVertical))
+    const std::uint64_t limit = GetMaxPictureBytes();
+    return (isPng ? detail::DecodePng(data, bytes, limit, swapRedBlue, flipVertical)
+                  : detail::DecodeJpeg(data, bytes, limit, swapRedBlue, flipVertical))
         .release();
+}
+
+void ImageCodec::SetMaxPictureBytes(std::uint64_t bytes)
+{
+    g_maxPictureBytes = bytes;
+}
+
+std::uint64_t ImageCodec::GetMaxPictureBytes()
+{
+    return g_maxPictureBytes;
 }
 
 std::vector<unsigned char> ImageCodec::EncodeImagePNG(std::vector<unsigned char>& pixels, std::uint64_t width,

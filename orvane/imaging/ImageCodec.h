@@ -14,9 +14,11 @@ struct FilePath;
 
 /// Turns PNG and JPEG, from files or from memory, into images, and pixels into PNG.
 ///
-/// Nothing is kept between calls: any thread may call, several at once. No GL context is
+/// Nothing but the limit is kept between calls: any thread may call, several at once. No GL context is
 /// needed. Bytes from outside are not trusted: whatever they hold, nothing is read past
-/// their end, nothing is printed, and the process goes on.
+/// their end, nothing is printed, and the process goes on. Nor does a small file cost much
+/// memory: what it claims is held against its own bytes and against a limit on the picture
+/// before anything of that size is taken.
 class ORVANE_API ImageCodec
 {
 public:
@@ -48,8 +50,14 @@ public:
     /// @param flipVertical puts the bottom row first, as GL has it.
     /// @return null for an interlaced PNG and for a grey one of 16 bits.
     /// @throw std::domain_error "Error reading PNG" or "Error reading JPEG" where the library
-    /// gives up.
+    /// gives up, where the picture would pass GetMaxPictureBytes, and where the rows of a PNG or
+    /// the RGBA bytes of a JPEG would be more than 1,032 times the block. Texts, profiles and
+    /// the like of a PNG are passed over unread; no other chunk may take more than 8 MiB.
     static Image* DecodeImage(unsigned char* data, int size, bool swapRedBlue, bool flipVertical);
+
+    /// The most bytes that a decoded picture may have, at 4 a pixel; of the whole process.
+    static void SetMaxPictureBytes(std::uint64_t bytes);
+    static std::uint64_t GetMaxPictureBytes();
 
     /// Packs 8-bit pixels, top row first and without padding, into the bytes of a PNG file.
     /// @param pixels width * height * channels bytes; not written to.

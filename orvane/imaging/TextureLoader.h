@@ -3,6 +3,7 @@
 #include "orvane/Export.h"
 #include "orvane/base/Lifetime.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -10,6 +11,7 @@ namespace OV
 {
 
 struct FilePath;
+class TextureHeir;
 
 /// Makes GL textures of files, pixels and text. Every operation but Create needs a current
 /// GL context.
@@ -17,6 +19,11 @@ struct FilePath;
 /// An id of 0 is failure. 0xFFFFFFFF says that the answer is still to come and the question
 /// is to be asked again in the next frame. Whoever got an id gives it back with
 /// ReleaseTexture.
+///
+/// The engine calls a loader in the middle of a frame. What a host's own loader may do to scenes
+/// and contexts there is told at Scene and AppContext. It may delete itself too, and returns at
+/// once then; names and paths that it was given stay good until it returns, pixels as long as it
+/// lets their material live.
 class ORVANE_API TextureLoader
 {
 public:
@@ -71,8 +78,17 @@ public:
     /// Lets those who keep a pointer to this object notice its end.
     Lifetime& GetLifetime() { return m_lifetime; }
 
+    /// Where textures that outlive this object are given back; null for a loader that leaves
+    /// them to GL. TextureLoaderPtr asks for it.
+    const std::shared_ptr<TextureHeir>& GetHeir() const { return m_heir; }
+
+protected:
+    /// Called by the constructor of a loader that has one.
+    void SetHeir(std::shared_ptr<TextureHeir> heir);
+
 private:
     Lifetime m_lifetime;
+    std::shared_ptr<TextureHeir> m_heir;
 };
 
 }  // namespace OV

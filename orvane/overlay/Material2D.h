@@ -1,6 +1,5 @@
 #pragma once
 
-#include "orvane/base/Lifetime.h"
 #include "orvane/scene/Material.h"
 
 namespace OV
@@ -8,6 +7,9 @@ namespace OV
 
 /// Colour of flat things, with a texture from a file, of raw pixels, or of a text that is
 /// drawn when the material first is.
+///
+/// What it inherits of colours is not read: SetDiffuse and SetOpacity change nothing that is
+/// seen. A colour is set in the field color, a text's with Text::SetColor.
 class ORVANE_API Material2D : public Material
 {
 public:
@@ -39,12 +41,6 @@ public:
     int textureHeight = 0;
 
     bool transparent = true;
-
-    /// For whoever points at this material and must know when it is gone.
-    Lifetime& GetLifetime() { return m_lifetime; }
-
-private:
-    Lifetime m_lifetime;
 };
 
 } // namespace OV

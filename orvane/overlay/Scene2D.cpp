@@ -1,9 +1,11 @@
 #include "orvane/overlay/Scene2D.h"
 
+#include "orvane/base/detail/Walk.h"
 #include "orvane/math/Sphere.h"
 #include "orvane/math/Transform.h"
 #include "orvane/math/Vector.h"
 #include "orvane/overlay/Material2D.h"
+#include "orvane/overlay/Shape2D.h"
 #include "orvane/overlay/Shape2DNode.h"
 #include "orvane/overlay/Sprite.h"
 #include "orvane/overlay/Text.h"
@@ -11,6 +13,7 @@
 #include "orvane/scene/LineStyle.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
+#include "orvane/scene/NodeType.h"
 
 #include <algorithm>
 #include <cmath>
@@ -77,7 +80,8 @@ Scene2D::~Scene2D()
 
 bool Scene2D::DrawOrder::operator<(const DrawOrder& other) const
 {
-    return std::tie(z, localZ, sortID, place) < std::tie(other.z, other.localZ, other.sortID, other.place);
+    return std::tie(z, localZ, mesh, sprite, sortID, place) <
+           std::tie(other.z, other.localZ, other.mesh, other.sprite, other.sortID, other.place);
 }
 
 void Scene2D::Clear()
@@ -111,6 +115,11 @@ bool Scene2D::AddLineStyle(LineStyle* style)
 
 void Scene2D::UpdateGraph(float width, float height)
 {
+    if (detail::Walk::IsOn(this, detail::Walk::Any))
+    {
+        return;
+    }
+    const detail::Walk walk(this, detail::Walk::UpdateLayer);
     const bool resized = width != screenWidth || height != screenHeight;
     screenWidth = width;
     screenHeight = height;
@@ -123,12 +132,18 @@ void Scene2D::UpdateGraph(float width, float height)
     {
         MarkDirty();
         RefreshScaledMaterials(optimizedMaterials);
-        RefreshScaledMaterials(alphaMaterials);
+        if (!walk.IsGone(this))
+        {
+            RefreshScaledMaterials(alphaMaterials);
+        }
     }
-    // By index: a node leaves the list when it finds what it follows gone.
-    for (std::size_t i = m_followers.size(); i-- > 0;)
+    if (!walk.IsGone(this))
     {
-        m_followers[i]->FollowParent();
+        MoveFollowers(walk);
+    }
+    if (walk.IsGone(this))
+    {
+        return;
     }
     if (dirty)
     {
@@ -137,11 +152,34 @@ void Scene2D::UpdateGraph(float width, float height)
     Scene::UpdateGraph(width, height);
 }
 
+void Scene2D::MoveFollowers(const detail::Walk& walk)
+{
+    // By index: a node leaves the list when it finds what it follows gone, and a screen mapping of
+    // the host's may take any of them away.
+    for (std::size_t i = m_followers.size(); i-- > 0;)
+    {
+        if (i < m_followers.size())
+        {
+            m_followers[i]->FollowParent();
+        }
+        if (walk.IsGone(this))
+        {
+            return;
+        }
+    }
+}
+
 void Scene2D::RefreshScaledMaterials(const std::vector<Material*>& materials)
 {
+    // A loader that is given a texture back may take others of the materials away.
+    const detail::Walk walk(this, detail::Walk::Other);
     const std::vector<Material*> present = materials;
     for (Material* material : present)
     {
+        if (walk.IsGone(material))
+        {
+            continue;
+        }
         const auto* const flat = dynamic_cast<const Material2D*>(material);
         if (flat && flat->uScale < 1.0f && CanBeMadeAnew(*flat))
         {
@@ -184,22 +222,34 @@ void Scene2D::ProcessZOrderedDrawItems()
 {
     SortDrawItems();
 
-    nearZ = std::numeric_limits<float>::max();
-    farZ = -std::numeric_limits<float>::max();
-    root->UpdateCulling(nearZ, farZ);
+    const detail::Walk walk(this, detail::Walk::Other);
+    float nearest = std::numeric_limits<float>::max();
+    float farthest = -std::numeric_limits<float>::max();
+    if (root)
+    {
+        root->UpdateCulling(nearest, farthest);
+    }
+    if (!walk.IsGone(this))
+    {
+        nearZ = nearest;
+        farZ = farthest;
+    }
 }
 
 void Scene2D::SortDrawItems()
 {
     m_drawOrder.clear();
-    for (AlphaMeshNode* item : zOrderedDrawItems)
+    for (AlphaMeshNode* item : GetZOrderedDrawItems())
     {
+        const std::uint64_t sortID = item->mesh->GetSortID();
+        const bool isShape = item->mesh->HasType(NodeTypeShape2D);
+        const Shape2D::Age age = isShape ? static_cast<const Shape2D*>(item->mesh)->m_age : Shape2D::Age{sortID, 0};
         const Vector& localCenter = item->mesh->GetSphere().center;
         Vector center;
         center.Multiply(item->node->GetGlobal(), localCenter);
         item->z = center.z;
         m_drawOrder.push_back(
-            {Sortable(center.z), Sortable(localCenter.z), item->mesh->GetSortID(), m_drawOrder.size(), item});
+            {Sortable(center.z), Sortable(localCenter.z), age.mesh, age.sprite, sortID, m_drawOrder.size(), item});
     }
     std::sort(m_drawOrder.begin(), m_drawOrder.end());
     for (std::size_t i = 0; i < m_drawOrder.size(); ++i)

@@ -10,6 +10,13 @@
 namespace OV
 {
 
+namespace detail
+{
+
+class Walk;
+
+}  // namespace detail
+
 class CoreContext;
 class Shape2DNode;
 class Sprite;
@@ -63,7 +70,8 @@ protected:
 
     /// Orders the transparent things from the lowest z to the highest, culls what is off the
     /// screen, and finds nearZ and farZ: in a layer that shows nothing they are the largest
-    /// float and its negative. At equal z what was made later lies above.
+    /// float and its negative. At equal z what was made later lies above; a shape counts as made
+    /// when the sprite that shows it was.
     void ProcessZOrderedDrawItems() override;
 
     std::vector<Text*> texts;     ///< not owned
@@ -77,6 +85,8 @@ private:
         /// In the shape's own space: keeps a backdrop behind its text where z is so large that
         /// both round to the same.
         float localZ;
+        std::uint64_t mesh;   ///< the age, as Shape2D has it
+        std::uint64_t sprite;
         std::uint64_t sortID; ///< of the mesh
         std::size_t place;    ///< in the list as it was filled
         AlphaMeshNode* item;
@@ -85,6 +95,7 @@ private:
     };
 
     void SortDrawItems();
+    void MoveFollowers(const detail::Walk& walk);
     void RefreshScaledMaterials(const std::vector<Material*>& materials);
     void TellContentsOfClear();
 

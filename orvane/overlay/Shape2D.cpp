@@ -4,12 +4,20 @@
 #include "orvane/scene/RawMesh.h"
 #include "orvane/scene/Scene.h"
 
+#include <atomic>
+
 namespace OV
 {
 
 Shape2D::Shape2D(Scene* ownScene) : Mesh(std::make_shared<RawMesh>(), ownScene) {}
 
 Shape2D::~Shape2D() = default;
+
+void Shape2D::NoteSprite()
+{
+    static std::atomic<std::uint64_t> sprites{0};
+    m_age = {LastSortID(), ++sprites};
+}
 
 int Shape2D::Type() const
 {

@@ -4,6 +4,8 @@
 #include "orvane/base/Lifetime.h"
 #include "orvane/scene/Mesh.h"
 
+#include <cstdint>
+
 namespace OV
 {
 
@@ -50,6 +52,21 @@ protected:
     void GeometryChanged();
 
 private:
+    friend class Scene2D;
+    friend class Sprite;
+
+    /// Where a shape stands among all that was made for layers: shapes, and sprites of shapes
+    /// that were made long before.
+    struct Age
+    {
+        std::uint64_t mesh;   ///< sort ID of the last mesh before
+        std::uint64_t sprite; ///< number among the sprites; 0: shown by none
+    };
+
+    /// A sprite of this shape is made now: the shape counts as made with it.
+    void NoteSprite();
+
+    Age m_age{sortID, 0};
     Lifetime m_lifetime;
 };
 

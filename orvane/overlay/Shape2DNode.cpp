@@ -119,7 +119,16 @@ void Shape2DNode::FollowParent()
     }
     const Vector world = followed->GetGlobal().GetPosition();
     Vector screen;
+    LifetimeWatch self;
+    self.Watch(GetLifetime());
+    LifetimeWatch eye;
+    eye.Watch(camera->GetLifetime());
     camera->WorldPosToScreenPos(world, screen);
+    // A screen mapping of the host's may have taken away what it was asked for.
+    if (!self.IsAlive() || !eye.IsAlive() || !m_follows)
+    {
+        return;
+    }
     const bool hasPlace = std::isfinite(screen.x) && std::isfinite(screen.y);
     SetBehindEye(!hasPlace || IsBehindEye(*camera, world));
     if (m_behindEye)
@@ -158,7 +167,14 @@ bool Shape2DNode::IsInside(float x, float y)
 
 void Shape2DNode::UpdateGraph()
 {
+    // What hangs below may delete this node.
+    LifetimeWatch watch;
+    watch.Watch(GetLifetime());
     Node::UpdateGraph();
+    if (!watch.IsAlive())
+    {
+        return;
+    }
     const float z = -global.GetPosition().z;
     if (Scene2D* const layer = GetScene2D())
     {
@@ -205,10 +221,7 @@ void Shape2DNode::UpdateCulling(float& nearValue, float& farValue)
             ClearFlags(NodeFlagCulled, false);
         }
     }
-    for (Node* child : children)
-    {
-        child->UpdateCulling(nearValue, farValue);
-    }
+    Node::UpdateCulling(nearValue, farValue);
 }
 
 int Shape2DNode::Type() const

@@ -27,13 +27,23 @@ Sprite::Sprite(Material2D* givenMaterial, Scene2D* layer, Shape2D* ownShape) :
 
 void Sprite::Attach()
 {
-    material->AddMesh(shape);
+    if (shape)
+    {
+        shape->NoteSprite();
+        if (material)
+        {
+            material->AddMesh(shape);
+        }
+    }
     node = new Shape2DNode(scene);
     if (shape)
     {
         shape->AddNode(node);
     }
-    scene->GetRoot()->AddChild(node, false);
+    if (Node* const root = scene->GetRoot())
+    {
+        root->AddChild(node, false);
+    }
     scene->AddSprite(this);
 }
 

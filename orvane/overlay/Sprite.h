@@ -24,7 +24,8 @@ public:
     /// @param scene not null. @param shape taken over.
     Sprite(Scene2D* scene, Shape2D* shape);
 
-    /// @param material stays the caller's; drawn when it is in the layer.
+    /// @param material stays the caller's; drawn when it is in the layer. Null for none yet: drawn
+    /// with the one that SetOverrideMaterial sets.
     Sprite(Material2D* material, Scene2D* scene, Shape2D* shape);
     Sprite(const Sprite&) = delete;
     Sprite& operator=(const Sprite&) = delete;

@@ -46,7 +46,10 @@ Text::Text(const std::string& font, int size, const std::string& text, Scene2D* 
     material->AddMesh(rect);
     auto* const node = new Shape2DNode(scene);
     rect->AddNode(node);
-    scene->GetRoot()->AddChild(node, false);
+    if (Node* const root = scene->GetRoot())
+    {
+        root->AddChild(node, false);
+    }
     node->SetLocal(Transform());
     IgnorePick(true);
     scene->AddText(this);
@@ -163,6 +166,20 @@ void Text::Update(const std::string& text)
 std::string Text::GetText()
 {
     return material ? material->text : std::string();
+}
+
+Color Text::GetColor() const
+{
+    return material ? material->color : Color(1.0f, 1.0f, 1.0f, 1.0f);
+}
+
+void Text::SetColor(const Color& color)
+{
+    if (scene && material)
+    {
+        material->color = color;
+        scene->MarkDirty();
+    }
 }
 
 Material2D* Text::NewBackdropMaterial(const char* name, const Color& color)

@@ -18,6 +18,9 @@ class Shape2DNode;
 /// A string in a layer: a rectangle with the text as its texture, at a node, and backdrops
 /// behind it.
 ///
+/// Sizes are those of the layer, whose unit is a pixel only while the renderer's device pixel
+/// ratio is 1: with supersampling, which raises the ratio to 2, a text comes out twice as large.
+///
 /// The texture is made when the text is first drawn; its size is known at once, through the
 /// measuring callback. Owns rectangle, node, material and the backdrops; a backdrop's material
 /// that shows something else too is left to the layer. Layer and text may go in any order: with
@@ -48,6 +51,14 @@ public:
 
     /// Empty without a material.
     std::string GetText();
+
+    /// The colour of the letters, Material2D::color of the text's material: what a material
+    /// inherits, SetDiffuse for one, does nothing to a text. Its alpha is the opacity. White at
+    /// first, and white for an empty text.
+    Color GetColor() const;
+
+    /// Marks the layer dirty. Nothing for an empty text.
+    void SetColor(const Color& color);
 
     /// Puts a plain rectangle 0.1 behind the text, moved by x and y from the node.
     void AddBackdrop(const Color& color, int width, int height, int x, int y);

@@ -3,9 +3,11 @@
 #include "orvane/base/GLCheckpoint.h"
 #include "orvane/imaging/Image.h"
 #include "orvane/imaging/ImageCodec.h"
+#include "orvane/imaging/TextureHeir.h"
 #include "orvane/imaging/detail/TextRasterizer.h"
 #include "orvane/platform/detail/EntryPoints.h"
 #include "orvane/platform/detail/GLString.h"
+#include "orvane/platform/detail/PixelTransferScope.h"
 
 #include <GL/glew.h>
 
@@ -18,27 +20,17 @@ namespace OV::Platform::Linux
 namespace
 {
 
+// Every driver takes textures of this size: a text that is no higher needs no question.
+constexpr int kSafeTextureSize = 1024;
+
 bool IsPowerOfTwo(int number)
 {
     return number > 0 && (number & (number - 1)) == 0;
 }
 
-// A host may have left its own layout of pixels behind.
-void PrepareUnpacking()
-{
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
-    glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
-    glPixelStorei(GL_UNPACK_SKIP_ROWS, 0);
-    glPixelStorei(GL_UNPACK_SKIP_PIXELS, 0);
-    if (GLEW_VERSION_2_1)
-    {
-        glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
-    }
-}
-
 void UploadLevel0(GLenum target, int width, int height, const unsigned char* pixels)
 {
-    PrepareUnpacking();
+    const PixelTransferScope scope(PixelTransferScope::Direction::Upload);
     glTexImage2D(target, 0, GL_RGBA, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE, pixels);
     OV_GL_CHECKPOINT();
 }
@@ -70,9 +62,45 @@ std::unique_ptr<Image> LoadPicture(const FilePath& path, const std::string& name
 
 }  // namespace
 
-ESTextureLoader::ESTextureLoader() = default;
+/// Gives textures back by the counts of users that the loader left.
+class ESTextureLoader::Heir : public TextureHeir
+{
+public:
+    void Release(unsigned int id) override { ReleaseFrom(cache, id); }
 
-ESTextureLoader::~ESTextureLoader() = default;
+    /// Deletes the texture with its last user, and at once one that is not shared.
+    static void ReleaseFrom(Cache& cache, unsigned int id)
+    {
+        const auto found = std::find_if(cache.begin(), cache.end(),
+                                        [id](const auto& entry) { return entry.second->textureId == id; });
+        if (found != cache.end())
+        {
+            if (found->second->refCount > 1)
+            {
+                --found->second->refCount;
+                return;
+            }
+            cache.erase(found);
+        }
+        const GLuint texture = id;
+        glDeleteTextures(1, &texture);
+        OV_GL_CHECKPOINT();
+    }
+
+    Cache cache;
+};
+
+ESTextureLoader::ESTextureLoader() :
+    m_heir(std::make_shared<Heir>())
+{
+    SetHeir(m_heir);
+}
+
+// Handed over as it is: an end that takes memory could fail.
+ESTextureLoader::~ESTextureLoader()
+{
+    m_heir->cache = std::move(cache);
+}
 
 void ESTextureLoader::CheckExtensions()
 {
@@ -165,8 +193,30 @@ unsigned int ESTextureLoader::CreateTextTexture(const std::string& fontName, int
     const auto found = cache.find(key);
     if (found == cache.end())
     {
-        const std::unique_ptr<Image> image(detail::RasterizeText(fontName, fontSize, text, maxWidth));
-        return image ? AddTextTexture(key, *image, width, height, textureWidth, textureHeight) : 0;
+        std::unique_ptr<Image> image(detail::RasterizeText(fontName, fontSize, text, maxWidth));
+        const int wholeHeight = image ? image->height : 0;
+        if (wholeHeight > kSafeTextureSize && LoadEntryPoints())
+        {
+            GLint largest = 0;
+            glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largest);
+            if (wholeHeight > largest)
+            {
+                image.reset(detail::RasterizeText(fontName, fontSize, text, maxWidth, largest));
+            }
+        }
+        const unsigned int id = image ? AddTextTexture(key, *image, width, height, textureWidth, textureHeight) : 0;
+        if (id != 0 && textureHeight < wholeHeight)
+        {
+            // The text is as high as if no line were left out; the empty last row stands for those.
+            height = wholeHeight;
+            CacheRecord& cut = *cache.find(key)->second;
+            cut.height = height;
+            cut.vScale = static_cast<float>(height) / static_cast<float>(textureHeight);
+            glBindTexture(GL_TEXTURE_2D, id);
+            SetParameter(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+            glBindTexture(GL_TEXTURE_2D, 0);
+        }
+        return id;
     }
     CacheRecord& record = *found->second;
     width = record.width;
@@ -230,7 +280,7 @@ unsigned int ESTextureLoader::CreateMipMapTexture(const FilePath& path, const st
         }
         else
         {
-            PrepareUnpacking();
+            const PixelTransferScope scope(PixelTransferScope::Direction::Upload);
             glTexSubImage2D(GL_TEXTURE_2D, static_cast<GLint>(i), 0, 0, image->width, image->height, GL_RGBA,
                             GL_UNSIGNED_BYTE, image->data);
         }
@@ -283,20 +333,7 @@ unsigned int ESTextureLoader::CreateCubeMap(const FilePath& path, const std::vec
 
 bool ESTextureLoader::ReleaseTexture(unsigned int id)
 {
-    const auto found =
-        std::find_if(cache.begin(), cache.end(), [id](const auto& entry) { return entry.second->textureId == id; });
-    if (found != cache.end())
-    {
-        if (found->second->refCount > 1)
-        {
-            --found->second->refCount;
-            return true;
-        }
-        cache.erase(found);
-    }
-    const GLuint texture = id;
-    glDeleteTextures(1, &texture);
-    OV_GL_CHECKPOINT();
+    Heir::ReleaseFrom(cache, id);
     return true;
 }
 

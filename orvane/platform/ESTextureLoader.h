@@ -23,11 +23,12 @@ namespace Linux
 /// Texture loader on GL, which shares the textures of files and texts among their users.
 ///
 /// The answer is never still to come. The texture unit in use is left as it is, except by
-/// CreateCubeMap, which leaves unit 0 active; nothing stays bound where a texture was made,
-/// and the pixel unpacking state is left at GL's initial values. What ImageCodec throws
-/// passes through.
+/// CreateCubeMap, which leaves unit 0 active; nothing stays bound where a texture was made.
+/// How the host lets GL unpack pixels, a bound buffer of theirs too, does no harm and stays as
+/// it is. What ImageCodec throws passes through.
 ///
-/// Its end deletes no GL texture: each one belongs to whoever asked for it.
+/// Its end deletes no GL texture: each one belongs to whoever asked for it, and is given back
+/// through TextureLoaderPtr by those that live longer.
 class ORVANE_API ESTextureLoader : public TextureLoader
 {
 public:
@@ -37,7 +38,8 @@ public:
     ~ESTextureLoader() override;
 
     /// Font name and text are in the encoding of the C locale in force; the size is the em in
-    /// pixels. A text that can't be drawn gives 0 and leaves the sizes as they were.
+    /// pixels. A text that can't be drawn gives 0 and leaves the sizes as they were. Of the
+    /// marks on one letter the first thirty are drawn. Colour emoji take the text's colour.
     unsigned int CreateTextTexture(const std::string& fontName, int fontSize, const std::string& text, int maxWidth,
                                    int& width, int& height, int& textureWidth, int& textureHeight) override;
 
@@ -88,11 +90,18 @@ protected:
     unsigned int AddTextTexture(const TextureIndex& key, Image& image, int& width, int& height, int& textureWidth,
                                 int& textureHeight);
 
-    std::map<TextureIndex, std::unique_ptr<CacheRecord>> cache;
+    using Cache = std::map<TextureIndex, std::unique_ptr<CacheRecord>>;
+
+    Cache cache;
     bool extensionsChecked = false;
     bool mipmapsEnabled = true;  ///< Nothing in the engine changes it.
     bool anisotropySupported = false;
     float maxAnisotropy = 1.0f;  ///< the largest degree that the driver offers
+
+private:
+    class Heir;
+
+    std::shared_ptr<Heir> m_heir;
 };
 
 }  // namespace Linux

@@ -103,19 +103,22 @@ void RenderCapabilities::EnsureDetected()
     }
 }
 
-void RenderCapabilities::LoadExtensions()
+bool RenderCapabilities::LoadExtensions()
 {
-    std::istringstream words(GLString(GL_EXTENSIONS));
+    std::string list;
+    const bool answered = ReadGLString(GL_EXTENSIONS, list);
+    std::istringstream words(list);
     using Words = std::istream_iterator<std::string>;
     extensions = std::set<std::string>(Words(words), Words());
+    return answered;
 }
 
 void RenderCapabilities::Detect()
 {
-    LoadExtensions();
-    vendor = GLString(GL_VENDOR);
-    renderer = GLString(GL_RENDERER);
-    version = GLString(GL_VERSION);
+    bool answered = LoadExtensions();
+    answered = ReadGLString(GL_VENDOR, vendor) && answered;
+    answered = ReadGLString(GL_RENDERER, renderer) && answered;
+    answered = ReadGLString(GL_VERSION, version) && answered;
 
     // WebGL has framebuffer objects without saying so among its extensions.
     const bool isWebGL = version.find("WebGL 1.0") != std::string::npos;
@@ -131,10 +134,15 @@ void RenderCapabilities::Detect()
     depthTexture = std::any_of(std::begin(kDepthTextureNames), std::end(kDepthTextureNames),
                                [this](const char* name) { return HasExtension(name); });
 
-    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &maxTextureSize);
+    constexpr int noAnswer = -1;
+    int size = noAnswer;
+    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &size);
+    answered = answered && size != noAnswer;
+    maxTextureSize = size == noAnswer ? 0 : size;
 
-    // Without a current context every answer is empty, and the next question is to ask again.
-    detected = !version.empty();
+    // Without a current context, or with one that dies while it is asked, answers are missing,
+    // and the next question is to ask again.
+    detected = answered && !version.empty();
 }
 
 }  // namespace OV::Platform::OpenGLES

@@ -27,8 +27,8 @@ public:
     bool HasDepthTexture() override;
     bool HasDepthTextureFault() override;
 
-    /// Reads the context anew. GL. Without a current context the object stays undetected, so
-    /// that the next question tries again.
+    /// Reads the context anew. GL. Unless every answer came, which takes a current context that
+    /// lives on, the object stays undetected, so that the next question tries again.
     virtual void Detect();
 
     /// Whether the context names exactly this extension. It detects nothing: before the first
@@ -54,7 +54,7 @@ protected:
 
 private:
     void EnsureDetected();
-    void LoadExtensions();
+    bool LoadExtensions();
 };
 
 }  // namespace OV::Platform::OpenGLES

@@ -85,6 +85,8 @@ CameraNodeES20::CameraNodeES20(CameraNode* sceneCamera) :
 {
 }
 
+CameraNodeES20::CameraNodeES20(const CameraNodeES20& other) = default;
+CameraNodeES20& CameraNodeES20::operator=(const CameraNodeES20& other) = default;
 CameraNodeES20::~CameraNodeES20() = default;
 
 void CameraNodeES20::UpdateMVP(int width, int height, bool)

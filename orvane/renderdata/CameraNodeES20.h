@@ -2,6 +2,7 @@
 
 #include "orvane/Export.h"
 #include "orvane/base/Object.h"
+#include "orvane/base/WatchedPtr.h"
 #include "orvane/math/Matrix.h"
 #include "orvane/math/Transform.h"
 
@@ -20,10 +21,11 @@ public:
     /// @param camera not owned; null for 2D layers.
     explicit CameraNodeES20(CameraNode* camera);
 
-    CameraNodeES20(const CameraNodeES20&) = default;
-    CameraNodeES20& operator=(const CameraNodeES20&) = default;
+    CameraNodeES20(const CameraNodeES20& other);
+    CameraNodeES20& operator=(const CameraNodeES20& other);
     ~CameraNodeES20() override;
 
+    /// Null for 2D layers, and once the camera is gone.
     CameraNode* GetCameraNode() const { return camera; }
 
     /// World to view: the inverse of the camera's global transform, its scale left out.
@@ -51,7 +53,7 @@ public:
     /// Rebuilds hudMvp: (0, 0) to (width, height) and the given range of distances.
     void UpdateHudMVP(int width, int height, float nearZ, float farZ);
 
-    CameraNode* camera = nullptr;
+    WatchedPtr<CameraNode> camera; ///< not owned; reads null once it is gone
     Transform invCamT;
     Matrix mvp{};
     Matrix hudMvp{};

@@ -32,6 +32,7 @@ LineES20* AsLineData(Object* data)
 LineStyleES20::LineStyleES20(LineStyle* style, SharedBufferPool* pool, EffectCache* cache, Object*) :
     bufferPool(pool), lineStyle(style), m_effectCache(cache)
 {
+    m_styleWatch.Watch(lineStyle->GetLifetime(), &OnStyleGone, this);
     if (m_effectCache)
     {
         m_cacheWatch.Watch(m_effectCache->GetLifetime(), &OnEffectCacheGone, this);
@@ -56,6 +57,11 @@ void LineStyleES20::ReleaseEffects()
     }
 }
 
+void LineStyleES20::OnStyleGone(void* self)
+{
+    static_cast<LineStyleES20*>(self)->lineStyle = nullptr;
+}
+
 void LineStyleES20::OnEffectCacheGone(void* self)
 {
     auto* const data = static_cast<LineStyleES20*>(self);
@@ -65,11 +71,17 @@ void LineStyleES20::OnEffectCacheGone(void* self)
 
 void LineStyleES20::Prepare(CameraNodeES20*, std::vector<RenderItemES20>& items, bool clippingPlane)
 {
-    if (!bufferPool)
+    if (!bufferPool || !lineStyle)
     {
         return;
     }
-    if (lineStyle->HasType(NodeTypeNodeLineStyle))
+    // A style of the host's may be gone after the question.
+    const bool isOfNode = lineStyle->HasType(NodeTypeNodeLineStyle);
+    if (!lineStyle)
+    {
+        return;
+    }
+    if (isOfNode)
     {
         MeshNode* const node = static_cast<NodeLineStyle*>(lineStyle)->GetNode();
         if (!node)
@@ -130,7 +142,7 @@ void LineStyleES20::Apply(CameraNodeES20* camera)
 
 void LineStyleES20::ApplyStyle(CameraNodeES20* camera, bool addSecondColor)
 {
-    if (effect)
+    if (effect && lineStyle)
     {
         static_cast<SolidLineEffectES20*>(effect)->Apply(lineStyle, camera, addSecondColor);
     }
@@ -151,7 +163,7 @@ EffectES20* LineStyleES20::GetShader(RenderPass)
 
 EffectES20* LineStyleES20::GetShader()
 {
-    return effect;
+    return lineStyle ? effect : nullptr;
 }
 
 } // namespace OV

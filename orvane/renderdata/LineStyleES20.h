@@ -27,7 +27,7 @@ class ORVANE_API LineStyleES20 : public MeshStyleES20
 {
 public:
     /// Fetches the effect. GL, as far as that needs it.
-    /// @param style not null; outlives this object.
+    /// @param style not null. When it dies first nothing more is drawn.
     /// @param bufferPool, effectCache not owned; each may be null.
     /// @param extension of the renderer; not read.
     LineStyleES20(LineStyle* style, SharedBufferPool* bufferPool, EffectCache* effectCache,
@@ -68,9 +68,10 @@ public:
     WatchedPtr<SharedBufferPool> bufferPool; ///< not owned; reads null once it is gone
     EffectES20* effect = nullptr;            ///< one counted reference, as the next
     EffectES20* secondEffect = nullptr;      ///< filled by nobody
-    LineStyle* lineStyle = nullptr;          ///< not owned
+    LineStyle* lineStyle = nullptr;          ///< not owned; null once it is gone
 
 private:
+    static void OnStyleGone(void* self);
     static void OnEffectCacheGone(void* self);
     void ReleaseEffects();
     void ApplyStyle(CameraNodeES20* camera, bool addSecondColor);
@@ -78,6 +79,7 @@ private:
 
     EffectCache* m_effectCache = nullptr;
     LifetimeWatch m_cacheWatch;
+    LifetimeWatch m_styleWatch;
 };
 
 } // namespace OV

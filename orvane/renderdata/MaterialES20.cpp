@@ -1,5 +1,6 @@
 #include "orvane/renderdata/MaterialES20.h"
 
+#include "orvane/base/detail/Walk.h"
 #include "orvane/effects/AdvancedMaterialEffectES20.h"
 #include "orvane/effects/AdvancedMaterialPhongEffectES20.h"
 #include "orvane/effects/CrosshatchEffectES20.h"
@@ -19,13 +20,27 @@
 #include <GL/glew.h>
 
 #include <cstdlib>
+#include <typeinfo>
 #include <utility>
 
 namespace OV
 {
 
+namespace detail
+{
+
+struct LoadedScale
+{
+    float u = 1.0f;
+    float v = 1.0f;
+};
+
+} // namespace detail
+
 namespace
 {
+
+using detail::LoadedScale;
 
 /// What CreateTexture is told about a reduction of pictures: none.
 constexpr float kFullScale = 1.0f;
@@ -50,13 +65,6 @@ constexpr EffectCache::EffectType kPassEffects[kRenderPassCount] = {
     EffectCache::Monotone,                  // RenderPassMonotoneSecond
 };
 
-/// The factors of a texture, as a loader gives them.
-struct LoadedScale
-{
-    float u = 1.0f;
-    float v = 1.0f;
-};
-
 /// What a loader answers. One that throws has no texture, and without a texture the scale is
 /// what it was.
 template <class Request>
@@ -79,31 +87,21 @@ unsigned int AskLoader(LoadedScale& scale, Request&& request)
     return id;
 }
 
-/// Asks for the picture in a file of the material.
-unsigned int AskForFile(TextureLoader& loader, const Material& material, const std::string& name, bool flag,
+/// Asks for the picture in a file of the material. The loader's host may delete the material, so
+/// that nothing of it is handed out.
+unsigned int AskForFile(TextureLoader& loader, const Material& material, const std::string& fileName, bool flag,
                         LoadedScale& scale, bool& hasAlpha)
 {
+    const FilePath path = material.texturePath;
+    const std::string name = fileName;
     int width = 0;
     int height = 0;
-    return AskLoader(
-        scale,
-        [&]
-        {
-            return loader.CreateTexture(material.texturePath, name, width, height, scale.u, scale.v, flag,
-                                        kFullScale, kNoSizeLimit, hasAlpha);
-        });
-}
-
-/// Asks for a texture of the material's own pixels.
-unsigned int AskForPixels(TextureLoader& loader, Material& material, LoadedScale& scale, bool clamp)
-{
-    return AskLoader(
-        scale,
-        [&]
-        {
-            return loader.CreateTexture(material.pixels, material.pixelWidth, material.pixelHeight, scale.u,
-                                        scale.v, material.hasAlpha, clamp);
-        });
+    return AskLoader(scale,
+                     [&]
+                     {
+                         return loader.CreateTexture(path, name, width, height, scale.u, scale.v, flag,
+                                                     kFullScale, kNoSizeLimit, hasAlpha);
+                     });
 }
 
 /// Whether an effect is one of the model that advanced materials are shaded by.
@@ -119,6 +117,17 @@ bool IsNodeMaterial(Material& material)
     return material.HasType(NodeTypeNodeMaterial);
 }
 
+/// Null for what is none, as a host may have put into the slot. The cast, which searches the
+/// classes, is for what derives.
+MeshES20* AsMeshData(Object* data)
+{
+    if (data && typeid(*data) == typeid(MeshES20))
+    {
+        return static_cast<MeshES20*>(data);
+    }
+    return dynamic_cast<MeshES20*>(data);
+}
+
 } // namespace
 
 MaterialES20::MaterialES20(Material* sceneMaterial, TextureLoader* loader, SharedBufferPool* pool,
@@ -126,13 +135,29 @@ MaterialES20::MaterialES20(Material* sceneMaterial, TextureLoader* loader, Share
     material(sceneMaterial),
     textureLoader(loader), bufferPool(pool), effectCache(cache)
 {
+    WatchMaterial();
     WatchCache();
-    LoadTextures();
-    TakeEffects();
     materialUScale = material->uScale;
     materialVScale = material->vScale;
-    uScale *= materialUScale;
-    vScale *= materialVScale;
+    try
+    {
+        // Each calls the host, in whose code the material may die.
+        LoadTextures();
+        TakeEffects();
+    }
+    catch (...)
+    {
+        // The destructor does not run for what was never finished.
+        ReleaseTextures();
+        ReleaseEffects();
+        throw;
+    }
+    if (!material)
+    {
+        return;
+    }
+    uScale *= material->uScale;
+    vScale *= material->vScale;
 }
 
 MaterialES20::MaterialES20(const MaterialES20& other) :
@@ -164,7 +189,12 @@ void MaterialES20::Prepare(CameraNodeES20* camera, std::vector<RenderItemES20>& 
     {
         return;
     }
-    if (IsNodeMaterial(*material))
+    const bool isOfNodes = IsNodeMaterial(*material);
+    if (!material)
+    {
+        return;
+    }
+    if (isOfNodes)
     {
         for (MeshNode* node : static_cast<NodeMaterial*>(material)->GetNodes())
         {
@@ -224,7 +254,8 @@ void MaterialES20::MakeList(bool clippingPlane)
 void MaterialES20::PrepareSpecificNode(CameraNodeES20*, Mesh* mesh, MeshNode* node,
                                        std::vector<RenderItemES20>& items, bool clippingPlane)
 {
-    if (!EnsureTextureLoaded())
+    const detail::Walk walk(this, detail::Walk::Other);
+    if (!EnsureTextureLoaded() || walk.IsGone(mesh) || walk.IsGone(node))
     {
         return;
     }
@@ -241,7 +272,7 @@ void MaterialES20::PrepareSpecificNode(CameraNodeES20*, Mesh* mesh, MeshNode* no
 
 bool MaterialES20::Apply(CameraNodeES20* camera, RenderPass pass)
 {
-    if (material->GetMeshes().empty() && !IsNodeMaterial(*material))
+    if (!material || (material->GetMeshes().empty() && !IsNodeMaterial(*material)) || !material)
     {
         return false;
     }
@@ -329,7 +360,7 @@ void MaterialES20::FollowShaderType(unsigned int pass)
 void MaterialES20::Apply(CameraNodeES20* camera)
 {
     currentEffect = passEffects[RenderPassDefault];
-    if (currentEffect)
+    if (currentEffect && material)
     {
         static_cast<MaterialEffectES20*>(currentEffect)->Apply(this, camera);
     }
@@ -338,7 +369,8 @@ void MaterialES20::Apply(CameraNodeES20* camera)
 void MaterialES20::Remove()
 {
     // Polygon offset stays: every Apply sets it one way or the other.
-    if ((material->GetFlags() & MaterialFlagNoCull) != 0)
+    // Whether a material that is gone had turned it off is not known.
+    if (!material || (material->GetFlags() & MaterialFlagNoCull) != 0)
     {
         glEnable(GL_CULL_FACE);
     }
@@ -351,6 +383,10 @@ void MaterialES20::Remove()
 
 EffectES20* MaterialES20::GetShader(RenderPass pass)
 {
+    if (!material)
+    {
+        return nullptr;
+    }
     const auto slot = static_cast<unsigned int>(pass);
     return passEffects[slot < kRenderPassCount ? slot : static_cast<unsigned int>(RenderPassDefault)];
 }
@@ -362,14 +398,20 @@ EffectES20* MaterialES20::GetShader()
 
 bool MaterialES20::EnsureTextureLoaded()
 {
-    if (textureId != PendingTexture)
+    if (textureId != PendingTexture || !material)
     {
-        return true;
+        return material != nullptr;
     }
     LoadedScale scale;
-    textureId = textureLoader ? AskForFile(*textureLoader, *material, material->textureName, true, scale,
-                                           material->hasAlpha)
-                              : 0;
+    bool hasAlpha = material->hasAlpha;
+    const unsigned int answer =
+        textureLoader ? AskForFile(*textureLoader, *material, material->textureName, true, scale, hasAlpha) : 0;
+    textureId = answer;
+    if (!material)
+    {
+        return false;
+    }
+    material->hasAlpha = hasAlpha;
     if (textureId == PendingTexture)
     {
         if (Scene* scene = material->GetScene())
@@ -396,18 +438,19 @@ void MaterialES20::CreateMeshES20(Mesh* mesh)
 
 MeshES20* MaterialES20::MeshDataOf(Mesh* mesh)
 {
-    auto* meshData = static_cast<MeshES20*>(mesh->GetRenderData());
-    if (!meshData || !meshData->pool)
+    Object* const data = mesh->GetRenderData();
+    MeshES20* const meshData = AsMeshData(data);
+    if ((data && !meshData) || (meshData && meshData->pool))
     {
-        CreateMeshES20(mesh);
-        meshData = static_cast<MeshES20*>(mesh->GetRenderData());
+        return meshData;
     }
-    return meshData;
+    CreateMeshES20(mesh);
+    return AsMeshData(mesh->GetRenderData());
 }
 
 void MaterialES20::TakeEffects()
 {
-    if (!effectCache)
+    if (!effectCache || !material)
     {
         return;
     }
@@ -416,7 +459,7 @@ void MaterialES20::TakeEffects()
         TakeEffect(RenderPassDefault, EffectCache::HUD);
         return;
     }
-    if (material->HasType(NodeTypeSimMaterial))
+    if (material && material->HasType(NodeTypeSimMaterial))
     {
         TakeEffect(RenderPassDefault, EffectCache::SimMaterial);
         return;
@@ -459,6 +502,16 @@ void MaterialES20::ReleaseEffects()
     }
 }
 
+void MaterialES20::WatchMaterial()
+{
+    m_materialWatch.Watch(material->GetLifetime(), &OnMaterialGone, this);
+}
+
+void MaterialES20::OnMaterialGone(void* self)
+{
+    static_cast<MaterialES20*>(self)->material = nullptr;
+}
+
 void MaterialES20::WatchCache()
 {
     if (effectCache)
@@ -480,11 +533,12 @@ void MaterialES20::OnEffectCacheGone(void* self)
 
 void MaterialES20::LoadTextures()
 {
-    if (material->HasType(NodeTypeMaterial2D))
+    const bool isFlat = material->HasType(NodeTypeMaterial2D);
+    if (isFlat && material)
     {
         LoadHudTexture();
     }
-    else if (!material->HasType(NodeTypeSimMaterial))
+    else if (material && !material->HasType(NodeTypeSimMaterial) && material)
     {
         LoadSurfaceTextures();
     }
@@ -499,14 +553,16 @@ void MaterialES20::LoadHudTexture()
     LoadedScale scale;
     if (!material->textureName.empty())
     {
-        textureId =
-            AskForFile(*textureLoader, *material, material->textureName, true, scale, material->hasAlpha);
+        LoadBase(scale, true);
     }
     else if (material->pixels)
     {
-        textureId = AskForPixels(*textureLoader, *material, scale, true);
-        std::free(material->pixels);
-        material->pixels = nullptr;
+        LoadPixels(scale, true);
+        if (material)
+        {
+            std::free(material->pixels);
+            material->pixels = nullptr;
+        }
     }
     else if (auto* const flat = dynamic_cast<Material2D*>(material))
     {
@@ -514,6 +570,32 @@ void MaterialES20::LoadHudTexture()
     }
     uScale = scale.u;
     vScale = scale.v;
+}
+
+void MaterialES20::LoadBase(detail::LoadedScale& scale, bool flag)
+{
+    bool hasAlpha = material->hasAlpha;
+    textureId = AskForFile(*textureLoader, *material, material->textureName, flag, scale, hasAlpha);
+    if (material)
+    {
+        material->hasAlpha = hasAlpha;
+    }
+}
+
+void MaterialES20::LoadPixels(detail::LoadedScale& scale, bool clamp)
+{
+    bool hasAlpha = material->hasAlpha;
+    textureId = AskLoader(scale,
+                          [&]
+                          {
+                              return textureLoader->CreateTexture(material->pixels, material->pixelWidth,
+                                                                  material->pixelHeight, scale.u, scale.v,
+                                                                  hasAlpha, clamp);
+                          });
+    if (material)
+    {
+        material->hasAlpha = hasAlpha;
+    }
 }
 
 void MaterialES20::LoadText(Material2D& flat)
@@ -524,14 +606,29 @@ void MaterialES20::LoadText(Material2D& flat)
     {
         return;
     }
+    const std::string fontName = flat.fontName;
+    const std::string text = flat.text;
     int width = 0;
     int height = 0;
+    int textureWidth = flat.textureWidth;
+    int textureHeight = flat.textureHeight;
     LoadedScale scale;
     textureId = AskLoader(scale, [&] {
-        return textureLoader->CreateTextTexture(flat.fontName, flat.fontSize, flat.text, flat.maxWidth, width,
-                                                height, flat.textureWidth, flat.textureHeight);
+        return textureLoader->CreateTextTexture(fontName, flat.fontSize, text, flat.maxWidth, width, height,
+                                                textureWidth, textureHeight);
     });
+    if (!material)
+    {
+        return;
+    }
+    flat.textureWidth = textureWidth;
+    flat.textureHeight = textureHeight;
     flat.hasAlpha = true;
+    if (textureHeight > 0 && textureHeight < height)
+    {
+        // The texture ends where the driver's limit is, and the shape goes on below it.
+        materialVScale *= static_cast<float>(textureHeight) / static_cast<float>(height);
+    }
 }
 
 void MaterialES20::LoadSurfaceTextures()
@@ -541,33 +638,30 @@ void MaterialES20::LoadSurfaceTextures()
         return;
     }
     LoadedScale scale;
-    if (material->textureName.empty())
+    if (!material->textureName.empty())
     {
-        if (material->pixels)
-        {
-            textureId = AskForPixels(*textureLoader, *material, scale, material->clampTexture);
-        }
+        LoadBase(scale, false);
     }
-    else
+    else if (material->pixels)
     {
-        textureId =
-            AskForFile(*textureLoader, *material, material->textureName, false, scale, material->hasAlpha);
+        LoadPixels(scale, material->clampTexture);
     }
     uScale = scale.u;
     vScale = scale.v;
-    normalMapId = LoadMap(material->normalMapName);
-    opacityMapId = LoadMap(material->opacityMapName);
+    normalMapId = LoadMap(&Material::normalMapName);
+    opacityMapId = LoadMap(&Material::opacityMapName);
 }
 
-unsigned int MaterialES20::LoadMap(const std::string& name)
+unsigned int MaterialES20::LoadMap(std::string Material::*name)
 {
-    if (name.empty())
+    // The question before may have been the end of the material or of the loader.
+    if (!material || !textureLoader || (material->*name).empty())
     {
         return 0;
     }
     LoadedScale scale{uScale, vScale};
     bool hasAlpha = false;
-    const unsigned int id = AskForFile(*textureLoader, *material, name, false, scale, hasAlpha);
+    const unsigned int id = AskForFile(*textureLoader, *material, material->*name, false, scale, hasAlpha);
     // The map loaded last decides the scale for all.
     uScale = scale.u;
     vScale = scale.v;
@@ -578,9 +672,9 @@ void MaterialES20::ReleaseTextures()
 {
     for (unsigned int* id : {&textureId, &normalMapId, &opacityMapId})
     {
-        if (*id != 0 && textureLoader)
+        if (*id != 0)
         {
-            textureLoader->ReleaseTexture(*id);
+            textureLoader.Release(*id);
         }
         *id = 0;
     }
@@ -596,6 +690,14 @@ void MaterialES20::TakeValues(const MaterialES20& other)
     vScale = other.vScale;
     materialUScale = other.materialUScale;
     materialVScale = other.materialVScale;
+    if (material)
+    {
+        WatchMaterial();
+    }
+    else
+    {
+        m_materialWatch.Stop();
+    }
     WatchCache();
 }
 

@@ -2,6 +2,7 @@
 
 #include "orvane/Export.h"
 #include "orvane/base/WatchedPtr.h"
+#include "orvane/imaging/TextureLoaderPtr.h"
 #include "orvane/renderdata/MeshStyleES20.h"
 #include "orvane/renderdata/RenderItemES20.h"
 
@@ -11,6 +12,14 @@
 
 namespace OV
 {
+
+namespace detail
+{
+
+/// The factors of a texture, as a loader gives them.
+struct LoadedScale;
+
+} // namespace detail
 
 class EffectCache;
 class Material;
@@ -33,7 +42,8 @@ public:
 
     /// Loads the textures and fetches the effects. GL, as far as the two makers need it.
     /// A texture that can't be loaded, also by an exception of the loader, is left out.
-    /// @param material not null; outlives this object.
+    /// @param material not null. When it dies first, as in the hands of a texture loader's host,
+    ///        nothing more is drawn.
     /// @param textureLoader, bufferPool, effectCache not owned; each may be null.
     MaterialES20(Material* material, TextureLoader* textureLoader, SharedBufferPool* bufferPool,
                  EffectCache* effectCache);
@@ -87,8 +97,8 @@ public:
     /// False once the pool or the cache is gone, or if there never was one.
     bool IsConnected() const { return bufferPool && effectCache; }
 
-    Material* material = nullptr;            ///< not owned
-    WatchedPtr<TextureLoader> textureLoader; ///< not owned; reads null once it is gone
+    Material* material = nullptr;   ///< not owned; null once it is gone
+    TextureLoaderPtr textureLoader; ///< not owned; reads null once it is gone
     WatchedPtr<SharedBufferPool> bufferPool; ///< likewise
     unsigned int textureId = 0;
     unsigned int normalMapId = 0;
@@ -113,6 +123,8 @@ protected:
     void CreateMeshES20(Mesh* mesh);
 
 private:
+    void WatchMaterial();
+    static void OnMaterialGone(void* self);
     void WatchCache();
     static void OnEffectCacheGone(void* self);
     void TakeValues(const MaterialES20& other);
@@ -126,7 +138,9 @@ private:
     void LoadText(Material2D& flat);
     void LoadSurfaceTextures();
     void ReleaseTextures();
-    unsigned int LoadMap(const std::string& name);
+    void LoadBase(detail::LoadedScale& scale, bool flag);
+    void LoadPixels(detail::LoadedScale& scale, bool clamp);
+    unsigned int LoadMap(std::string Material::*name);
     void ListMeshes(std::vector<RenderItemES20>& items, bool clippingPlane);
     void MakeList(bool clippingPlane);
     MeshES20* MeshDataOf(Mesh* mesh);
@@ -134,6 +148,7 @@ private:
     /// What a change of the shader type took out of each slot, with the slot's reference.
     EffectES20* m_replacedEffects[kRenderPassCount] = {};
     LifetimeWatch m_cacheWatch;
+    LifetimeWatch m_materialWatch;
 
     /// What was listed last, and under what it holds: in a steady frame it is copied.
     struct List

@@ -7,6 +7,7 @@
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
+#include "orvane/scene/RawMesh.h"
 
 #include <GL/glew.h>
 
@@ -40,8 +41,7 @@ MeshES20::~MeshES20()
 
 void MeshES20::Render(EffectES20* effect, const std::vector<MeshNode*>& nodes, bool specificNode)
 {
-    // What was uploaded had vertices, and a mesh that loses them loses this object with them.
-    if (!mesh || !effect || vertexBufferId == 0)
+    if (!mesh || !effect || vertexBufferId == 0 || mesh->GetRawMesh()->positions.empty())
     {
         return;
     }
@@ -130,8 +130,9 @@ int MeshES20::DrawnIndexCount(int reach) const
     {
         return 0;
     }
-    // As uploaded: the mesh's own list may have changed since.
-    return static_cast<int>(std::min<std::int64_t>(indexCount, std::numeric_limits<int>::max()));
+    // The mesh's own list may have changed since the upload.
+    const auto present = static_cast<std::int64_t>(mesh->GetRawMesh()->indices.size());
+    return static_cast<int>(std::min<std::int64_t>({present, indexCount, std::numeric_limits<int>::max()}));
 }
 
 const void* MeshES20::FirstIndex() const

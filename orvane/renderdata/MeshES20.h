@@ -36,8 +36,9 @@ public:
 
     /// Draws the mesh once for each node that is visible and ready, in list order. GL.
     ///
-    /// Before the upload, or with a null effect, it returns with no state changed. The effect
-    /// must have been applied.
+    /// Before the upload, with a null effect, or when the mesh has no vertices any more, it
+    /// returns with no state changed. Where the mesh has fewer indices than were uploaded, those
+    /// are drawn. The effect must have been applied.
     /// @param specificNode true if nodes holds the one node of a render item; false for the
     ///        mesh's own list, of which nodes with a material of their own are left out.
     virtual void Render(EffectES20* effect, const std::vector<MeshNode*>& nodes, bool specificNode);
@@ -108,7 +109,7 @@ protected:
     static bool IsDrawn(const MeshNode& node, bool specificNode);
 
     /// How many indices a draw takes, and where in the index buffer they begin: never more than
-    /// were uploaded, and none where one would read past the mesh's vertices.
+    /// were uploaded or than the mesh has now, and none where one would read past the mesh's vertices.
     /// @param reach how far beyond the vertex of an index a draw reads.
     int DrawnIndexCount(int reach = 0) const;
     const void* FirstIndex() const;

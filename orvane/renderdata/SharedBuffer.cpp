@@ -76,16 +76,23 @@ SharedBuffer::~SharedBuffer()
 {
     if (vertexBufferId != 0)
     {
-        glDeleteBuffers(1, &indexBufferId);
-        glDeleteBuffers(1, &vertexBufferId);
-        OV_GL_CHECKPOINT();
-        // GL may give the name to the next buffer, which then would count as bound.
-        if (MeshES20::s_vertexId == vertexBufferId)
-        {
-            MeshES20::ResetBufferCache();
-        }
+        DeleteBuffers();
     }
     Close();
+}
+
+void SharedBuffer::DeleteBuffers()
+{
+    glDeleteBuffers(1, &indexBufferId);
+    glDeleteBuffers(1, &vertexBufferId);
+    OV_GL_CHECKPOINT();
+    // GL may give the name to the next buffer, which then would count as bound.
+    if (MeshES20::s_vertexId == vertexBufferId)
+    {
+        MeshES20::ResetBufferCache();
+    }
+    indexBufferId = 0;
+    vertexBufferId = 0;
 }
 
 bool SharedBuffer::TryAddMesh(MeshES20* meshData)
@@ -136,6 +143,14 @@ void SharedBuffer::GenerateBuffers()
     glGenBuffers(1, &indexBufferId);
     glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indexBufferId);
     OV_GL_CHECKPOINT();
+    if (vertexBufferId == 0 || indexBufferId == 0)
+    {
+        // Without either a draw would read from memory of the process, at an offset. The meshes
+        // stay without buffers, and are not drawn.
+        DeleteBuffers();
+        MeshES20::ResetBufferCache();
+        return;
+    }
 
     Pack(staging.vertices.get(), staging.indices.get());
 

@@ -68,6 +68,7 @@ private:
 
     void SettleLayout(const Mesh& first);
     void Pack(float* vertices, unsigned short* indices);
+    void DeleteBuffers();
 
     /// Takes this buffer out of every pool that lists it as open.
     void Close();

@@ -88,8 +88,16 @@ SharedBuffer* SharedBufferPool::AddMesh(MeshES20* meshData)
         open->Close();
     }
     auto* fresh = new SharedBuffer(this);
-    List(key, fresh);
-    fresh->TryAddMesh(meshData);
+    try
+    {
+        List(key, fresh);
+        fresh->TryAddMesh(meshData);
+    }
+    catch (...)
+    {
+        delete fresh;
+        throw;
+    }
     return fresh;
 }
 
@@ -132,6 +140,8 @@ void SharedBufferPool::List(const OpenBuffers& buffers)
 
 void SharedBufferPool::List(const MeshFormatKey& key, SharedBuffer* buffer)
 {
+    // Room first, so that both know of each other or neither does.
+    buffer->m_listedBy.reserve(buffer->m_listedBy.size() + 1);
     m_openBuffers[key] = buffer;
     buffer->m_listedBy.push_back(this);
 }

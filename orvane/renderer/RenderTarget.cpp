@@ -3,21 +3,25 @@
 #include "orvane/base/GLCheckpoint.h"
 #include "orvane/math/Transform.h"
 #include "orvane/platform/detail/EntryPoints.h"
+#include "orvane/platform/detail/PixelTransferScope.h"
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/renderer/detail/ScreenQuad.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/Mesh.h"
-#include "orvane/scene/MeshNode.h"
-#include "orvane/scene/RawMesh.h"
 #include "orvane/scene/Scene.h"
 
 #include <GL/glew.h>
 
 #include <cstdlib>
 #include <iostream>
+#include <utility>
 
 namespace
 {
+
+constexpr const char* kNoColor = "Could not create color attachment for render target.";
+constexpr const char* kNoDepth =
+    "Could not allocate render buffer storage for depth target, framebuffer incomplete.";
 
 unsigned int CurrentBinding(GLenum query)
 {
@@ -36,6 +40,7 @@ unsigned int MakeTexture(int width, int height, GLenum format, GLenum type)
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+    const OV::Platform::PixelTransferScope scope(OV::Platform::PixelTransferScope::Direction::Upload);
     glTexImage2D(GL_TEXTURE_2D, 0, static_cast<GLint>(format), width, height, 0, format, type, nullptr);
     return texture;
 }
@@ -126,9 +131,14 @@ bool RenderTarget::InitializeBuffers()
         savedFramebuffer = boundFramebuffer;
         savedRenderbuffer = boundRenderbuffer;
     }
-    glGenFramebuffers(1, &framebuffer);
-    glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
     const bool hasColor = profile != RenderTargetProfileDepth;
+    glGenFramebuffers(1, &framebuffer);
+    if (framebuffer == 0)
+    {
+        // What would be attached now would land in the screen, and nobody would free it.
+        return Fail(hasColor ? kNoColor : kNoDepth);
+    }
+    glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
     const bool hasDepth = profile == RenderTargetProfileDepth || profile == RenderTargetProfileColorDepth;
     if ((hasColor && !AddColor()) || (hasDepth && !AddDepth()) ||
         (profile == RenderTargetProfileColorDepthStencil && !AddDepthStencil()))
@@ -145,7 +155,7 @@ bool RenderTarget::AddColor()
 {
     colorTexture = MakeTexture(width, height, GL_RGBA, GL_UNSIGNED_BYTE);
     AttachTexture(GL_COLOR_ATTACHMENT0, colorTexture);
-    return IsComplete() || Fail("Could not create color attachment for render target.");
+    return IsComplete() || Fail(kNoColor);
 }
 
 bool RenderTarget::AddDepth()
@@ -165,7 +175,7 @@ bool RenderTarget::AddDepth()
     }
     if (!IsComplete())
     {
-        return Fail("Could not allocate render buffer storage for depth target, framebuffer incomplete.");
+        return Fail(kNoDepth);
     }
     depthTexture = MakeTexture(width, height, GL_DEPTH_COMPONENT, GL_UNSIGNED_INT);
     AttachTexture(GL_DEPTH_ATTACHMENT, depthTexture);
@@ -229,6 +239,9 @@ void RenderTarget::BeginCapture(unsigned int clearMask)
         CreateScreenMesh();
     }
     ResumeCapture();
+    // With depth writes off, as a pass before may have left them, the depth buffer would keep
+    // its contents.
+    glDepthMask(GL_TRUE);
     glClear(clearMask);
     OV::OV_GL_CHECKPOINT();
 }
@@ -279,10 +292,7 @@ void RenderTarget::SaveImageTo(RenderTargetImage& image)
     image.data = static_cast<unsigned char*>(std::calloc(size > 0 ? size : 1, 1));
     if (image.data && size > 0)
     {
-        glPixelStorei(GL_PACK_ALIGNMENT, 4);
-        glPixelStorei(GL_PACK_ROW_LENGTH, 0);
-        glPixelStorei(GL_PACK_SKIP_ROWS, 0);
-        glPixelStorei(GL_PACK_SKIP_PIXELS, 0);
+        const OV::Platform::PixelTransferScope scope(OV::Platform::PixelTransferScope::Direction::Read);
         glReadPixels(0, 0, width, height, GL_RGBA, GL_UNSIGNED_BYTE, image.data);
     }
     glBindFramebuffer(GL_FRAMEBUFFER, bound);
@@ -299,23 +309,31 @@ void RenderTarget::ApplyCapture(OV::EffectES20* effect)
     {
         bufferPool.GenerateVBOs();
     }
+    if (screenMeshData->vertexBufferId == 0)
+    {
+        // The upload failed, and a mesh that missed it never gets another: the next capture
+        // makes a new one.
+        screenMesh = nullptr;
+        screenMeshData = nullptr;
+        screenScene.reset();
+    }
     glDisable(GL_BLEND);
     glDisable(GL_DEPTH_TEST);
     glDisable(GL_CULL_FACE);
     glViewport(0, 0, width, height);
-    screenMeshData->Render(effect, screenMesh->GetNodes(), false);
-    OV::MeshES20::ResetBufferCache();
+    if (screenMeshData)
+    {
+        screenMeshData->Render(effect, screenMesh->GetNodes(), false);
+        OV::MeshES20::ResetBufferCache();
+    }
     glEnable(GL_CULL_FACE);
 }
 
 void RenderTarget::CreateScreenMesh()
 {
-    screenScene = std::make_unique<OV::Scene>();
-    screenMesh = new OV::Mesh(OV::Detail::MakeScreenQuad(), screenScene.get());
-    screenMeshData = new OV::MeshES20(screenMesh, &bufferPool);
-    screenMesh->SetRenderData(screenMeshData, true);
-    auto* const node = new OV::MeshNode(screenScene.get());
-    screenMesh->AddNode(node);
-    screenScene->GetRoot()->AddChild(node, false);
-    screenScene->GetCameraNode()->SetLocal(OV::Transform());
+    OV::Detail::ScreenMesh made = OV::Detail::MakeScreenMesh(bufferPool);
+    made.scene->GetCameraNode()->SetLocal(OV::Transform());
+    screenMesh = made.mesh;
+    screenMeshData = made.data;
+    screenScene = std::move(made.scene);
 }

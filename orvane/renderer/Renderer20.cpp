@@ -2,6 +2,7 @@
 
 #include "orvane/effects/EffectES20.h"
 #include "orvane/base/RenderCapabilities.h"
+#include "orvane/base/detail/Walk.h"
 #include "orvane/imaging/TextureLoader.h"
 #include "orvane/math/Matrix.h"
 #include "orvane/math/Matrix3x3.h"
@@ -13,6 +14,7 @@
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/renderdata/detail/Prefetch.h"
 #include "orvane/renderer/detail/BorrowedVector.h"
+#include "orvane/renderer/detail/FrameState.h"
 #include "orvane/scene/AlphaMeshNode.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/LineStyle.h"
@@ -28,6 +30,7 @@
 #include <cmath>
 #include <limits>
 #include <new>
+#include <utility>
 
 namespace OV
 {
@@ -117,7 +120,7 @@ void PrefetchAhead(const std::vector<RenderItemES20>& items, std::size_t current
     Detail::PrefetchHead(items[current + forMesh].mesh);
 
     const Mesh& mesh = *items[current + forItsParts].mesh;
-    Detail::PrefetchEnd(mesh.GetRawMesh().get());
+    Detail::PrefetchHead(mesh.GetRawMesh().get());
     Detail::PrefetchBegin(mesh.GetNodes().data());
 
     const RenderItemES20& item = items[current + forDataAndNode];
@@ -134,6 +137,23 @@ void PrefetchAhead(const std::vector<RenderItemES20>& items, std::size_t current
         constexpr std::size_t extent = sizeof(Matrix) + sizeof(Matrix3x3);
         const char* const matrix = reinterpret_cast<const char*>(node->PeekGlobalMatrix());
         Detail::Prefetch(matrix, matrix + extent);
+    }
+}
+
+/// Does something with all that stood in a list of a scene when this began, as far as no host
+/// that is called meanwhile deletes it.
+template <class Entry, class Function>
+void ForEachLiving(const std::vector<Entry*>& list, std::vector<Entry*>& scratch, Function function)
+{
+    const detail::Walk walk(nullptr, detail::Walk::Draw);
+    Detail::BorrowedVector<Entry*> present(scratch);
+    (*present).assign(list.begin(), list.end());
+    for (Entry* entry : *present)
+    {
+        if (!walk.IsGone(entry))
+        {
+            function(entry);
+        }
     }
 }
 
@@ -226,6 +246,8 @@ void Renderer20::BeginRender(bool capture, Color const& color)
         const bool multisampled = aaMode == AAModeMSAA && msaaBuffersReady && capture;
         glBindFramebuffer(GL_FRAMEBUFFER, multisampled ? msaaFramebuffer : onScreenFramebuffer);
     }
+    Detail::SetFrameState();
+    RestoreViewport();
     glClearColor(color.r, color.g, color.b, color.a);
     Clear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
     // As Render3D leaves them: a layer drawn first takes them over, and the first frame has to
@@ -236,10 +258,12 @@ void Renderer20::BeginRender(bool capture, Color const& color)
 
 void Renderer20::Render3D(Scene* scene, CameraNode* camera)
 {
-    if (!scene || !camera || !Platform::LoadEntryPoints())
+    if (!scene || !camera || detail::Walk::IsOn(scene, detail::Walk::Draw) || !Platform::LoadEntryPoints())
     {
         return;
     }
+    const detail::Walk walk(scene, detail::Walk::Draw);
+    const detail::Walk ownWalk(this, detail::Walk::Draw);
     CameraNodeES20* cameraData = CameraDataOf(*camera);
     if (!cameraData)
     {
@@ -260,27 +284,26 @@ void Renderer20::Render3D(Scene* scene, CameraNode* camera)
     glBlendEquation(GL_FUNC_ADD);
 
     Detail::BorrowedVector<RenderItemES20> items(m_items);
-    for (Material* material : scene->GetOptimizedMaterials())
+    PrepareOptimizedMaterials(scene->GetOptimizedMaterials(), cameraData, *items, false);
+    if (!walk.IsGone(scene))
     {
-        PrepareOptimizedMaterial(material, cameraData, *items, false);
+        PrepareLineStyles(scene->GetLineStyles(), cameraData, *items, false);
     }
-    for (LineStyle* lineStyle : scene->GetLineStyles())
+    if (!walk.IsGone(scene))
     {
-        PrepareLineStyle(lineStyle, cameraData, *items, false);
-    }
-    for (Material* material : scene->GetAlphaMaterials())
-    {
-        PrepareOptimizedMaterial(material, cameraData, *items, false);
+        PrepareOptimizedMaterials(scene->GetAlphaMaterials(), cameraData, *items, false);
     }
     DrawItems(cameraData, *items);
 }
 
 void Renderer20::Render2D(Scene2D* layer)
 {
-    if (!layer || !Platform::LoadEntryPoints())
+    if (!layer || detail::Walk::IsOn(layer, detail::Walk::Draw) || !Platform::LoadEntryPoints())
     {
         return;
     }
+    const detail::Walk walk(layer, detail::Walk::Draw);
+    const detail::Walk ownWalk(this, detail::Walk::Draw);
     glDisable(GL_BLEND);
     Clear(GL_DEPTH_BUFFER_BIT);
     hudCamera->UpdateHudMVP(ToPoints(width), ToPoints(height), Below(layer->nearZ), Above(layer->farZ));
@@ -288,20 +311,34 @@ void Renderer20::Render2D(Scene2D* layer)
     const LayerDepthScope depthScope;
 
     Detail::BorrowedVector<RenderItemES20> items(m_items);
-    for (Material* material : layer->GetOptimizedMaterials())
+    PrepareOptimizedMaterials(layer->GetOptimizedMaterials(), hudCamera.get(), *items, false);
+    if (!walk.IsGone(layer))
     {
-        PrepareOptimizedMaterial(material, hudCamera.get(), *items, false);
+        PrepareLineStyles(layer->GetLineStyles(), hudCamera.get(), *items, false);
     }
-    for (LineStyle* lineStyle : layer->GetLineStyles())
+    if (!walk.IsGone(layer))
     {
-        PrepareLineStyle(lineStyle, hudCamera.get(), *items, false);
-    }
-    // One by one, so that the order by z holds across materials.
-    for (AlphaMeshNode* item : layer->GetZOrderedDrawItems())
-    {
-        PrepareZOrderedMeshNode(item, hudCamera.get(), *items);
+        ListZOrdered(*layer, *items, walk);
     }
     DrawItems(hudCamera.get(), *items);
+}
+
+void Renderer20::ListZOrdered(Scene& layer, std::vector<RenderItemES20>& items, const detail::Walk& walk)
+{
+    // Copies: what a scene does with its items when a host changes them is its own affair.
+    Detail::BorrowedVector<AlphaMeshNode> drawItems(m_drawItems);
+    for (const AlphaMeshNode* item : layer.GetZOrderedDrawItems())
+    {
+        (*drawItems).push_back(*item);
+    }
+    // One by one, so that the order by z holds across materials.
+    for (AlphaMeshNode& item : *drawItems)
+    {
+        if (!walk.IsGone(item.mesh) && !walk.IsGone(item.node))
+        {
+            PrepareZOrderedMeshNode(&item, hudCamera.get(), items);
+        }
+    }
 }
 
 void Renderer20::DrawItems(CameraNodeES20* cameraData, std::vector<RenderItemES20> const& items)
@@ -309,17 +346,26 @@ void Renderer20::DrawItems(CameraNodeES20* cameraData, std::vector<RenderItemES2
     bufferPool.GenerateVBOs();
     RenderItemList(cameraData, items, RenderPassDefault);
     MeshES20::ResetBufferCache();
+    if (!items.empty())
+    {
+        // Lines leave it on.
+        glDisable(GL_BLEND);
+    }
 }
 
 void Renderer20::RenderItemList(CameraNodeES20* cameraData, std::vector<RenderItemES20> const& items,
                                 RenderPass pass)
 {
+    const detail::Walk walk(this, detail::Walk::Draw);
     Detail::BorrowedVector<MeshNode*> singleNode(m_singleNode);
     (*singleNode).resize(1);
     MeshStyleES20* current = nullptr;
     for (std::size_t i = 0; i < items.size(); ++i)
     {
-        PrefetchAhead(items, i);
+        if (!walk.HasLosses())
+        {
+            PrefetchAhead(items, i);
+        }
         const RenderItemES20& item = items[i];
         if (item.style != current)
         {
@@ -329,6 +375,11 @@ void Renderer20::RenderItemList(CameraNodeES20* cameraData, std::vector<RenderIt
             }
             item.style->Apply(cameraData, pass);
             current = item.style;
+        }
+        // A host that was called since the item was listed may have deleted what it names.
+        if (walk.IsGone(item.mesh) || walk.IsGone(item.node))
+        {
+            continue;
         }
         // Only Prepare puts a mesh on the list, and it has seen to the render data.
         auto* meshData = static_cast<MeshES20*>(item.mesh->GetRenderData());
@@ -361,6 +412,7 @@ void Renderer20::PrepareOptimizedMaterial(Material* material, CameraNodeES20* ca
     {
         return;
     }
+    const detail::Walk walk(material, detail::Walk::Other);
     if (MaterialES20* materialData = MaterialDataOf(*material))
     {
         materialData->Prepare(cameraData, items, clippingPlane);
@@ -388,6 +440,31 @@ void Renderer20::PrepareLineStyle(LineStyle* lineStyle, CameraNodeES20* cameraDa
     }
 }
 
+void Renderer20::PrepareOptimizedMaterials(const std::vector<Material*>& materials, CameraNodeES20* cameraData,
+                                           std::vector<RenderItemES20>& items, bool clippingPlane)
+{
+    ForEachLiving(materials, m_materials, [&](Material* material)
+                  { PrepareOptimizedMaterial(material, cameraData, items, clippingPlane); });
+}
+
+void Renderer20::PrepareLineStyles(const std::vector<LineStyle*>& lineStyles, CameraNodeES20* cameraData,
+                                   std::vector<RenderItemES20>& items, bool clippingPlane)
+{
+    ForEachLiving(lineStyles, m_lineStyles, [&](LineStyle* lineStyle)
+                  { PrepareLineStyle(lineStyle, cameraData, items, clippingPlane); });
+}
+
+bool Renderer20::HasLosses() const
+{
+    return detail::Walk(this, detail::Walk::Draw).HasLosses();
+}
+
+bool Renderer20::IsGone(const RenderItemES20& item) const
+{
+    const detail::Walk walk(this, detail::Walk::Draw);
+    return walk.IsGone(item.mesh) || walk.IsGone(item.node);
+}
+
 void Renderer20::PrepareZOrderedMeshNode(AlphaMeshNode* alphaNode, CameraNodeES20* cameraData,
                                          std::vector<RenderItemES20>& items)
 {
@@ -396,7 +473,10 @@ void Renderer20::PrepareZOrderedMeshNode(AlphaMeshNode* alphaNode, CameraNodeES2
     {
         return;
     }
-    if (MaterialES20* materialData = MaterialDataOf(*material))
+    const detail::Walk walk(material, detail::Walk::Other);
+    MaterialES20* const materialData = MaterialDataOf(*material);
+    // Making it may have called a host that deletes what is to be listed.
+    if (materialData && !walk.IsGone(alphaNode->mesh) && !walk.IsGone(alphaNode->node))
     {
         materialData->PrepareSpecificNode(cameraData, alphaNode->mesh, alphaNode->node, items, false);
     }
@@ -409,10 +489,30 @@ MaterialES20* Renderer20::MaterialDataOf(Material& material)
     const bool orphaned = data && !data->IsConnected();
     if (!material.GetRenderData() || orphaned)
     {
-        data = new MaterialES20(&material, textureLoader, &bufferPool, &effectCache);
+        auto made = std::make_unique<MaterialES20>(&material, textureLoader, &bufferPool, &effectCache);
+        if (!made->GetMaterial())
+        {
+            // The texture loader's host has deleted the material.
+            return nullptr;
+        }
+        data = made.release();
         material.SetRenderData(data);
     }
     return data;
+}
+
+void Renderer20::RestoreViewport() const
+{
+    if (width <= 0 || height <= 0)
+    {
+        return;
+    }
+    GLint viewport[4] = {0, 0, 0, 0};
+    glGetIntegerv(GL_VIEWPORT, viewport);
+    if (viewport[0] != 0 || viewport[1] != 0 || viewport[2] != width || viewport[3] != height)
+    {
+        glViewport(0, 0, width, height);
+    }
 }
 
 void Renderer20::Clear(unsigned int mask)
@@ -423,11 +523,39 @@ void Renderer20::Clear(unsigned int mask)
 
 int Renderer20::ToPoints(int pixels) const
 {
-    return static_cast<int>(static_cast<float>(pixels) * GetPxToPtScale());
+    return Scaled(pixels, 1.0f / UsableRatio());
+}
+
+float Renderer20::UsableRatio() const
+{
+    return std::isfinite(devicePixelRatio) && devicePixelRatio > 0.0f ? devicePixelRatio : 1.0f;
+}
+
+int Renderer20::Scaled(int number, float factor)
+{
+    const float scaled = static_cast<float>(number) * factor;
+    constexpr float end = 2147483648.0f;
+    return scaled > -end && scaled < end ? static_cast<int>(scaled) : number;
+}
+
+bool Renderer20::PutOff(void (*later)(Renderer20&))
+{
+    if (!detail::Walk::IsOn(this, detail::Walk::Draw))
+    {
+        return false;
+    }
+    detail::Walk::Postpone(static_cast<Renderer*>(this), nullptr, [this, later] { later(*this); });
+    return true;
 }
 
 void Renderer20::Suspend()
 {
+    const bool isWithin = detail::Walk::IsOn(this, detail::Walk::Suspend);
+    if (isWithin || PutOff([](Renderer20& self) { self.Renderer20::Suspend(); }))
+    {
+        return;
+    }
+    const detail::Walk walk(this, detail::Walk::Suspend);
     EffectES20::ForgetUniformValues();
     ClearOffscreenBuffers();
     if (screenMesh)
@@ -444,6 +572,12 @@ void Renderer20::Suspend()
 
 void Renderer20::Resume()
 {
+    const bool isWithin = detail::Walk::IsOn(this, detail::Walk::Resume);
+    if (isWithin || PutOff([](Renderer20& self) { self.Renderer20::Resume(); }))
+    {
+        return;
+    }
+    const detail::Walk walk(this, detail::Walk::Resume);
     EffectES20::ForgetUniformValues();
     if (textureLoader)
     {

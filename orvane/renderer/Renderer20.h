@@ -9,6 +9,7 @@
 #include "orvane/renderdata/RenderPass.h"
 #include "orvane/renderdata/SharedBufferPool.h"
 #include "orvane/renderer/AAMode.h"
+#include "orvane/scene/AlphaMeshNode.h"
 
 #include <memory>
 #include <vector>
@@ -16,7 +17,13 @@
 namespace OV
 {
 
-struct AlphaMeshNode;
+namespace detail
+{
+
+class Walk;
+
+} // namespace detail
+
 class CameraNodeES20;
 class EffectES20;
 class LineStyle;
@@ -36,8 +43,15 @@ class RenderCapabilities;
 /// protected operations. One renderer after another may draw on a thread; none of it is for
 /// two threads.
 ///
+/// A host that is called while this draws may edit what is drawn, as told at Scene. A scene that
+/// is being drawn is not drawn again from within. Suspend, Resume, SetAAMode and
+/// ClearOffscreenBuffers then wait until the outermost operation of the engine ends. The renderer
+/// itself has to outlive what it is doing.
+///
 /// Each pass sets what it depends on, so that a frame does not depend on the one before:
-/// depth writes are on for every clear, and blending is off when a pass begins.
+/// depth writes are on for every clear, and blending is off when a pass begins and when it ends.
+/// What a host's own GL may have changed between two frames, and what it has to leave alone,
+/// stands in the README under "GL state".
 class ORVANE_API Renderer20 : public Renderer
 {
 public:
@@ -51,8 +65,8 @@ public:
     /// are still alive. Render data on scene objects stays and becomes inert.
     ~Renderer20() override;
 
-    /// Sets the size of the screen in pixels and the viewport. GL. A capture keeps its size
-    /// until its buffers are cleared.
+    /// Sets the size of the screen in pixels and the viewport, to which every frame comes back.
+    /// GL. A capture keeps its size until its buffers are cleared.
     void Resize(int width, int height) override;
 
     /// Resizes, clears the capture buffers, and names what counts as the screen. GL. The scale
@@ -110,7 +124,9 @@ public:
 
     float GetDevicePixelRatio() const { return devicePixelRatio; }
 
-    /// Sets the pixels per point. Only matrices and the size of a capture follow it.
+    /// Sets the pixels per point. Only matrices and the size of a capture follow it: a layer,
+    /// which counts in points, shows its texts and shapes so many times as large in pixels. One
+    /// that is not finite or not above 0 counts as 1 wherever pixels are counted.
     void SetDevicePixelRatio(float ratio) { devicePixelRatio = ratio; }
 
     /// 1 / device pixel ratio.
@@ -119,7 +135,9 @@ public:
     AAMode GetAAMode() const { return aaMode; }
 
     /// Changes the mode: settles the device pixel ratio for it (AAModeSupersampling raises a
-    /// ratio of at most 1 to 2, the others set 1), then suspends and resumes. GL.
+    /// ratio of at most 1 to 2, the others set 1), then suspends and resumes. GL. Where the ratio
+    /// changes so does the size of what the layers show: with supersampling on a plain screen
+    /// texts come out twice as large, unless the host gives them half the size and place.
     /// @return false, with nothing changed, if the mode is in force already.
     bool SetAAMode(AAMode mode);
 
@@ -144,6 +162,20 @@ protected:
     /// @param clippingPlane whether the clip planes cut its lines.
     void PrepareLineStyle(LineStyle* lineStyle, CameraNodeES20* cameraData,
                           std::vector<RenderItemES20>& items, bool clippingPlane);
+
+    /// PrepareOptimizedMaterial for what the list holds now, in its order: a host that is called
+    /// meanwhile may change it. GL.
+    void PrepareOptimizedMaterials(const std::vector<Material*>& materials, CameraNodeES20* cameraData,
+                                   std::vector<RenderItemES20>& items, bool clippingPlane);
+
+    /// PrepareLineStyle for what the list holds now, likewise. GL.
+    void PrepareLineStyles(const std::vector<LineStyle*>& lineStyles, CameraNodeES20* cameraData,
+                           std::vector<RenderItemES20>& items, bool clippingPlane);
+
+    /// Whether anything of a scene was deleted since the outermost running operation of the engine
+    /// began, as a host does that it calls; only then may an item that was listed name what is gone.
+    bool HasLosses() const;
+    bool IsGone(const RenderItemES20& item) const;
 
     /// Lists one mesh at one node, if its material is ready. GL.
     void PrepareZOrderedMeshNode(AlphaMeshNode* alphaNode, CameraNodeES20* cameraData,
@@ -195,8 +227,22 @@ protected:
 
 private:
     MaterialES20* MaterialDataOf(Material& material);
+    void ListZOrdered(Scene& layer, std::vector<RenderItemES20>& items, const detail::Walk& walk);
     void DrawItems(CameraNodeES20* cameraData, std::vector<RenderItemES20> const& items);
     int ToPoints(int pixels) const;
+
+    /// The device pixel ratio, or 1 for one that is no such thing.
+    float UsableRatio() const;
+
+    /// Truncated; the number itself where the result would not be an int.
+    static int Scaled(int number, float factor);
+
+    /// Brings back the viewport of Resize where the host has set another one since.
+    void RestoreViewport() const;
+
+    /// Leaves something to the end of the walk that is drawing with this renderer.
+    /// @return false when there is none: then it is the caller's to do now.
+    bool PutOff(void (*later)(Renderer20&));
 
     /// glClear with depth writes on: with them off, as a pass before may have left them, the
     /// depth buffer would keep its contents.
@@ -206,11 +252,16 @@ private:
     void RepairDepthAttachments();
     void FetchScreenEffect();
     void ReleaseScreenEffect();
+    void DropScreenMesh();
     void DrawScreenMesh();
 
     // Kept for their capacity: a steady frame allocates nothing.
     std::vector<RenderItemES20> m_items;
     std::vector<MeshNode*> m_singleNode;
+    std::vector<Material*> m_materials;
+    std::vector<LineStyle*> m_lineStyles;
+    std::vector<AlphaMeshNode> m_drawItems;
+    AAMode m_nextAAMode = AAModeNone; ///< of a change put off
 };
 
 } // namespace OV

@@ -4,16 +4,17 @@
 #include "orvane/base/RenderCapabilities.h"
 #include "orvane/math/Transform.h"
 #include "orvane/platform/detail/EntryPoints.h"
+#include "orvane/platform/detail/PixelTransferScope.h"
 #include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/renderer/detail/ScreenQuad.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/Mesh.h"
-#include "orvane/scene/MeshNode.h"
-#include "orvane/scene/RawMesh.h"
 #include "orvane/scene/Scene.h"
 
 #include <GL/glew.h>
+
+#include <utility>
 
 namespace OV
 {
@@ -77,6 +78,11 @@ bool Renderer20::SetAAMode(AAMode mode)
     {
         return false;
     }
+    m_nextAAMode = mode;
+    if (PutOff([](Renderer20& self) { self.SetAAMode(self.m_nextAAMode); }))
+    {
+        return true;
+    }
     aaMode = mode;
     switch (mode)
     {
@@ -107,7 +113,12 @@ void Renderer20::BeginCapture()
     {
         SetupAntialiasBuffers();
     }
-    if (!screenMesh)
+    if (offscreenFramebuffer == 0)
+    {
+        // None is to be had: what follows goes to the screen, as without a capture.
+        return;
+    }
+    if (!screenMesh || !screenMeshData)
     {
         CreateScreenMesh();
     }
@@ -136,6 +147,14 @@ void Renderer20::ApplyCapture()
     if (screenMeshData->vertexBufferId == 0)
     {
         bufferPool.GenerateVBOs();
+    }
+    if (screenMeshData->vertexBufferId == 0)
+    {
+        // The upload failed, and a mesh that missed it never gets another: the next capture
+        // makes a new one.
+        DropScreenMesh();
+        glViewport(0, 0, width, height);
+        return;
     }
     glActiveTexture(GL_TEXTURE0);
     glBindTexture(GL_TEXTURE_2D, offscreenColorTexture);
@@ -168,12 +187,18 @@ void Renderer20::SetupAntialiasBuffers()
     {
         return;
     }
+    const Platform::PixelTransferScope scope(Platform::PixelTransferScope::Direction::Upload);
     onScreenFramebuffer = CurrentBinding(GL_FRAMEBUFFER_BINDING);
     onScreenRenderbuffer = CurrentBinding(GL_RENDERBUFFER_BINDING);
-    offscreenWidth = static_cast<int>(static_cast<float>(width) * devicePixelRatio);
-    offscreenHeight = static_cast<int>(static_cast<float>(height) * devicePixelRatio);
+    offscreenWidth = Scaled(width, UsableRatio());
+    offscreenHeight = Scaled(height, UsableRatio());
 
     glGenFramebuffers(1, &offscreenFramebuffer);
+    if (offscreenFramebuffer == 0)
+    {
+        // What would be attached now would land in the screen, and nobody would free it.
+        return;
+    }
     glBindFramebuffer(GL_FRAMEBUFFER, offscreenFramebuffer);
     // Without storage: the texture takes its place at once.
     offscreenColorRenderbuffer = MakeRenderbuffer();
@@ -234,15 +259,21 @@ void Renderer20::CreateMSAABuffers() {}
 
 void Renderer20::CreateScreenMesh()
 {
-    screenScene = std::make_unique<Scene>();
-    screenMesh = new Mesh(Detail::MakeScreenQuad(), screenScene.get());
-    screenMeshData = new MeshES20(screenMesh, &bufferPool);
-    screenMesh->SetRenderData(screenMeshData, true);
-    auto* node = new MeshNode(screenScene.get());
-    screenMesh->AddNode(node);
-    screenScene->GetRoot()->AddChild(node, false);
-    screenScene->GetCameraNode()->SetGlobal(Transform());
+    Detail::ScreenMesh made = Detail::MakeScreenMesh(bufferPool);
+    made.scene->GetCameraNode()->SetGlobal(Transform());
     FetchScreenEffect();
+    // Last: what fails before this is made again by the next capture.
+    screenMesh = made.mesh;
+    screenMeshData = made.data;
+    screenScene = std::move(made.scene);
+}
+
+void Renderer20::DropScreenMesh()
+{
+    ReleaseScreenEffect();
+    screenMesh = nullptr;
+    screenMeshData = nullptr;
+    screenScene.reset();
 }
 
 void Renderer20::FetchScreenEffect()
@@ -264,6 +295,10 @@ void Renderer20::ReleaseScreenEffect()
 
 void Renderer20::ClearOffscreenBuffers()
 {
+    if (PutOff([](Renderer20& self) { self.Renderer20::ClearOffscreenBuffers(); }))
+    {
+        return;
+    }
     if (offscreenFramebuffer != 0)
     {
         glDeleteRenderbuffers(1, &offscreenColorRenderbuffer);

@@ -1,7 +1,12 @@
 #include "orvane/renderer/detail/ScreenQuad.h"
 
+#include "orvane/renderdata/MeshES20.h"
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/MeshNode.h"
 #include "orvane/scene/RawMesh.h"
+#include "orvane/scene/Scene.h"
 
+#include <utility>
 #include <vector>
 
 namespace OV::Detail
@@ -22,6 +27,23 @@ std::shared_ptr<RawMesh> MakeScreenQuad()
     quad->SetIndices(std::move(indices));
     quad->EndDescription(true);
     return quad;
+}
+
+ScreenMesh::~ScreenMesh() = default;
+
+ScreenMesh MakeScreenMesh(SharedBufferPool& pool)
+{
+    ScreenMesh made;
+    made.scene = std::make_unique<Scene>();
+    auto mesh = std::make_unique<Mesh>(MakeScreenQuad());
+    mesh->SetScene(made.scene.get());
+    made.mesh = mesh.release();
+    made.data = new MeshES20(made.mesh, &pool);
+    made.mesh->SetRenderData(made.data, true);
+    auto* const node = new MeshNode(made.scene.get());
+    made.scene->GetRoot()->AddChild(node, false);
+    made.mesh->AddNode(node);
+    return made;
 }
 
 } // namespace OV::Detail

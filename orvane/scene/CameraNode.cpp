@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace OV
 {
@@ -77,8 +78,9 @@ CameraNode::~CameraNode()
     {
         scene->defaultCamera = nullptr;
     }
-    renderData.reset();
-    screenMapping.reset();
+    detail::Walk::DiscardDrawn(std::move(renderData));
+    // It may be what is deleting this camera.
+    detail::Walk::Discard(std::move(screenMapping));
 }
 
 void CameraNode::SetLocal(const Transform& t)
@@ -95,8 +97,14 @@ void CameraNode::SetGlobal(const Transform& t)
 
 void CameraNode::UpdateGraph()
 {
+    // What hangs below a camera may delete it.
+    LifetimeWatch watch;
+    watch.Watch(GetLifetime());
     Node::UpdateGraph();
-    invTransform.Invert(global);
+    if (watch.IsAlive())
+    {
+        invTransform.Invert(global);
+    }
 }
 
 int CameraNode::Type() const
@@ -282,7 +290,7 @@ bool CameraNode::IsDirtyAndReset()
 
 void CameraNode::SetRenderData(Object* data)
 {
-    detail::ReplaceObject(renderData, data);
+    detail::ReplaceDrawnObject(renderData, data);
 }
 
 void CameraNode::SetScreenMapping(IScreen* mapping)

@@ -8,6 +8,10 @@ namespace OV
 class Vector;
 
 /// A host's own mapping between world and screen, which replaces the camera's.
+///
+/// The engine asks it in the middle of an update, for what follows a node of a scene in a layer.
+/// What it may do to scenes and layers there is told at Scene. Where it takes away what is asked
+/// for, the camera included, its answer is not used.
 class ORVANE_API IScreen
 {
 public:

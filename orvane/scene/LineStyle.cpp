@@ -1,5 +1,6 @@
 #include "orvane/scene/LineStyle.h"
 
+#include "orvane/base/detail/Walk.h"
 #include "orvane/scene/Line.h"
 #include "orvane/scene/Scene.h"
 #include "orvane/scene/detail/OwnedObject.h"
@@ -19,11 +20,13 @@ LineStyle::LineStyle() :
 
 LineStyle::~LineStyle()
 {
+    detail::Walk::Tell(this);
+    m_lifetime.End();
     if (scene)
     {
         scene->RemoveLineStyle(this);
     }
-    renderData.reset();
+    detail::Walk::DiscardDrawn(std::move(renderData));
     for (Line* line : lines)
     {
         line->style = nullptr;
@@ -67,12 +70,12 @@ bool LineStyle::RemoveLine(Line* line)
 
 void LineStyle::SetRenderData(Object* data)
 {
-    detail::ReplaceObject(renderData, data);
+    detail::ReplaceDrawnObject(renderData, data);
 }
 
 void LineStyle::Suspend()
 {
-    delete renderData.release();
+    detail::Walk::DiscardDrawn(std::move(renderData));
 }
 
 void LineStyle::Resume()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "orvane/Export.h"
+#include "orvane/base/Lifetime.h"
 #include "orvane/base/Object.h"
 #include "orvane/math/Color.h"
 #include "orvane/scene/BitSet.h"
@@ -105,6 +106,12 @@ public:
     /// @return false for a line that does not have this style.
     bool RemoveLine(Line* line);
 
+    /// For whoever points at this style and must know when it is gone.
+    Lifetime& GetLifetime()
+    {
+        return m_lifetime;
+    }
+
     Object* GetRenderData() const
     {
         return renderData.get();
@@ -151,6 +158,8 @@ protected:
 
 private:
     friend class Scene;
+
+    Lifetime m_lifetime;
 };
 
 } // namespace OV

@@ -1,10 +1,12 @@
 #include "orvane/scene/Material.h"
 
+#include "orvane/base/detail/Walk.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/Scene.h"
 
 #include <cstdlib>
+#include <utility>
 
 namespace OV
 {
@@ -37,6 +39,8 @@ Material::Material(const Material& other) :
 
 Material::~Material()
 {
+    detail::Walk::Tell(this);
+    m_lifetime.End();
     std::free(pixels);
     if (scene)
     {
@@ -46,7 +50,7 @@ Material::~Material()
     {
         mesh->material = nullptr;
     }
-    renderData.reset();
+    detail::Walk::DiscardDrawn(std::move(renderData));
 }
 
 bool Material::IsTransparent()
@@ -113,14 +117,14 @@ bool Material::HasVisibleItems() const
 
 void Material::SetRenderData(Object* data)
 {
-    Object* const old = renderData.release();
-    renderData.reset(data == old ? nullptr : data);
-    delete old;
+    std::unique_ptr<Object> old = std::move(renderData);
+    renderData.reset(data == old.get() ? nullptr : data);
+    detail::Walk::DiscardDrawn(std::move(old));
 }
 
 void Material::Suspend()
 {
-    delete renderData.release();
+    detail::Walk::DiscardDrawn(std::move(renderData));
 }
 
 void Material::Resume()

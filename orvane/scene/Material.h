@@ -1,6 +1,7 @@
 #pragma once
 
 #include "orvane/Export.h"
+#include "orvane/base/Lifetime.h"
 #include "orvane/base/Object.h"
 #include "orvane/imaging/FilePath.h"
 #include "orvane/math/Color.h"
@@ -66,7 +67,10 @@ public:
         return diffuse;
     }
 
-    /// Alpha, which is the opacity, is replaced too.
+    /// Alpha, which is the opacity, is replaced too. In the plain renderer this is the share of
+    /// the scene's lights; the ambient colour, white unless it is set, is added to it, so that a
+    /// material with only a diffuse colour comes out white. Set the ambient colour with it: to a
+    /// part of the same colour, or to black. Not read by Material2D.
     void SetDiffuse(const Color& color)
     {
         diffuse = color;
@@ -203,6 +207,12 @@ public:
         return drawID == 0 || MatchesUpdateID();
     }
 
+    /// For whoever points at this material and must know when it is gone.
+    Lifetime& GetLifetime()
+    {
+        return m_lifetime;
+    }
+
     Object* GetRenderData() const
     {
         return renderData.get();
@@ -271,6 +281,7 @@ private:
     bool MatchesUpdateID() const;
 
     std::uint64_t m_meshesRevision = 0;
+    Lifetime m_lifetime;
 };
 
 } // namespace OV

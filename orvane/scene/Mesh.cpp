@@ -1,12 +1,16 @@
 #include "orvane/scene/Mesh.h"
 
+#include "orvane/base/detail/Walk.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/RawMesh.h"
 #include "orvane/scene/Scene.h"
+#include "orvane/scene/detail/DrawItemPlace.h"
 #include "orvane/scene/detail/Erase.h"
 
+#include <algorithm>
 #include <atomic>
+#include <cstddef>
 #include <limits>
 #include <utility>
 
@@ -16,11 +20,7 @@ namespace OV
 namespace
 {
 
-std::uint64_t TakeSortID()
-{
-    static std::atomic<std::uint64_t> next{0};
-    return next++;
-}
+std::atomic<std::uint64_t> nextSortID{0};
 
 Vector BoxSize(const RawMesh& geometry)
 {
@@ -48,7 +48,7 @@ bool CompareMeshPointers::operator()(const Mesh* a, const Mesh* b) const
 
 Mesh::Mesh(const std::shared_ptr<RawMesh>& geometry) :
     rawMesh(geometry ? geometry : std::make_shared<RawMesh>()),
-    sortID(TakeSortID())
+    sortID(nextSortID++)
 {
 }
 
@@ -100,10 +100,8 @@ Mesh& Mesh::operator=(const Mesh& other)
 
 Mesh::~Mesh()
 {
-    while (!m_drawLists.empty())
-    {
-        m_drawLists.back()->RemoveDrawItemsOf(this);
-    }
+    detail::Walk::Tell(this);
+    Scene::RemoveDrawItemsOf(m_drawItems);
     SetRenderData(nullptr, true);
     if (scene)
     {
@@ -113,10 +111,15 @@ Mesh::~Mesh()
     {
         material->RemoveMesh(this);
     }
-    for (MeshNode* node : nodes)
+    for (MeshNode* node : GetNodes())
     {
-        detail::EraseFirst(node->meshes, this);
+        node->RemoveMeshAt(detail::IndexOf(node->meshes, this));
     }
+}
+
+std::uint64_t Mesh::LastSortID()
+{
+    return nextSortID - 1;
 }
 
 int Mesh::Type() const
@@ -214,19 +217,73 @@ bool Mesh::AddNode(MeshNode* node)
     {
         return false;
     }
+    const std::uint64_t rank = m_nodeRanks.empty() ? 0 : m_nodeRanks.back() + 1;
     nodes.push_back(node);
-    node->meshes.push_back(this);
+    try
+    {
+        m_nodeRanks.push_back(rank);
+        node->AddMesh(this, rank);
+    }
+    catch (...)
+    {
+        // Without memory for both sides there is no link.
+        nodes.pop_back();
+        m_nodeRanks.resize(nodes.size());
+        throw;
+    }
     return true;
 }
 
 bool Mesh::RemoveNode(MeshNode* node)
 {
-    if (!detail::EraseFirst(nodes, node))
+    const std::size_t index = node ? detail::IndexOf(node->meshes, this) : 0;
+    if (!node || index == node->meshes.size())
     {
         return false;
     }
-    detail::EraseFirst(node->meshes, this);
+    DropNode(node->RankAt(index));
+    node->RemoveMeshAt(index);
     return true;
+}
+
+void Mesh::DropNode(std::uint64_t rank)
+{
+    const auto found = std::lower_bound(m_nodeRanks.begin(), m_nodeRanks.end(), rank);
+    const auto index = found - m_nodeRanks.begin();
+    const auto entry = nodes.begin() + index;
+    if (nodes.end() - entry <= detail::shortList)
+    {
+        m_nodeRanks.erase(found);
+        nodes.erase(entry);
+    }
+    else
+    {
+        *entry = nullptr;
+        ++m_goneNodes;
+    }
+    if (m_goneNodes > nodes.size() / 2)
+    {
+        CloseNodeGaps();
+    }
+}
+
+void Mesh::CloseNodeGaps() const
+{
+    // What stands between two gaps moves in one piece, so that a reader after each removal pays
+    // little more than for taking the entry out at once.
+    const auto begin = nodes.begin();
+    auto gap = std::find(begin, nodes.end(), nullptr);
+    auto kept = gap;
+    for (; m_goneNodes > 0; --m_goneNodes)
+    {
+        const auto next = m_goneNodes > 1 ? std::find(gap + 1, nodes.end(), nullptr) : nodes.end();
+        const auto ranks = m_nodeRanks.begin();
+        std::move(ranks + (gap + 1 - begin), ranks + (next - begin), ranks + (kept - begin));
+        kept = std::move(gap + 1, next, kept);
+        gap = next;
+    }
+    m_nodeRanks.resize(static_cast<std::size_t>(kept - begin));
+    nodes.erase(kept, nodes.end());
 }
 
 Mesh* Mesh::InvertOrder(Mesh* mesh, bool makeCopy)

@@ -20,6 +20,7 @@ class Scene;
 class Sphere;
 class TextureCoordinate;
 class Vector;
+struct DrawItemPlace;
 
 /// What the engine reads of a mesh; all other bits are the host's.
 enum MeshFlags : unsigned
@@ -77,8 +78,15 @@ public:
     }
 
     /// The nodes that show this mesh, in the order of AddNode.
+    ///
+    /// Ask again once a node has left: where several hundred stand behind it in the list, its
+    /// entry reads null until the next call closes the gap.
     const std::vector<MeshNode*>& GetNodes() const
     {
+        if (m_goneNodes != 0)
+        {
+            CloseNodeGaps();
+        }
         return nodes;
     }
 
@@ -185,14 +193,24 @@ public:
 protected:
     // What a draw reads stands first and together: a frame walks every mesh.
     std::shared_ptr<RawMesh> rawMesh;
-    std::vector<MeshNode*> nodes;
+    /// AddNode and RemoveNode alone put entries in and take them out. Read through GetNodes.
+    mutable std::vector<MeshNode*> nodes;
     Material* material = nullptr;
     unsigned int drawID = 0;
     unsigned int flags = 0;
     bool renderDataOnRawMesh = true;
+
+private:
+    /// How many entries of the nodes are null.
+    mutable std::uint32_t m_goneNodes = 0;
+
+protected:
     std::unique_ptr<Object> renderData;
     Scene* scene = nullptr;
     std::uint64_t sortID;
+
+    /// The one taken last, over all meshes of the process.
+    static std::uint64_t LastSortID();
 
 private:
     friend class Material;
@@ -201,11 +219,17 @@ private:
 
     bool MatchesUpdateID() const;
 
+    /// Takes out the node of this rank, in a time that does not grow with the number of nodes.
+    void DropNode(std::uint64_t rank);
+    void CloseNodeGaps() const;
+
     /// Tells the material, so that nobody goes by an older list of its meshes.
     void DrawIDChanged();
 
-    /// The scenes that list this mesh as a draw item, once for each item.
-    std::vector<Scene*> m_drawLists;
+    /// One for each entry of the nodes, rising, and kept where the node has left: a node that
+    /// knows its own is found by bisection, however many stand before it.
+    mutable std::vector<std::uint64_t> m_nodeRanks;
+    std::vector<DrawItemPlace> m_drawItems;
 };
 
 } // namespace OV

@@ -8,8 +8,10 @@
 #include "orvane/scene/Scene.h"
 #include "orvane/scene/detail/Box.h"
 #include "orvane/scene/detail/Erase.h"
+#include "orvane/scene/detail/MeshNodeLinks.h"
 #include "orvane/scene/detail/OwnedObject.h"
 
+#include <cstddef>
 #include <utility>
 
 namespace OV
@@ -20,23 +22,36 @@ MeshNode::MeshNode(Scene* ownScene) :
 {
 }
 
+void MeshNode::LeaveMeshes()
+{
+    if (m_links)
+    {
+        Scene::RemoveDrawItemsOf(m_links->drawItems);
+    }
+    for (std::size_t i = 0; i < meshes.size(); ++i)
+    {
+        meshes[i]->DropNode(RankAt(i));
+    }
+    meshes.clear();
+    if (m_links)
+    {
+        m_links->laterRanks.clear();
+    }
+}
+
 MeshNode::~MeshNode()
 {
-    while (!m_drawLists.empty())
-    {
-        m_drawLists.back()->RemoveDrawItemsOf(this);
-    }
-    for (Mesh* mesh : std::exchange(meshes, {}))
-    {
-        mesh->RemoveNode(this);
-    }
+    LeaveMeshes();
     for (NodeMaterial* material : std::exchange(nodeMaterials, {}))
     {
         material->RemoveNode(this);
     }
-    for (NodeLineStyle* style : m_lineStyles)
+    if (m_links)
     {
-        style->node = nullptr;
+        for (NodeLineStyle* style : m_links->lineStyles)
+        {
+            style->node = nullptr;
+        }
     }
     renderData.reset();
     collisionData.reset();
@@ -137,31 +152,26 @@ bool MeshNode::FrustumCulling(float& nearValue, float& farValue)
 
 void MeshNode::SetFlags(NodeFlags bits, bool recursive)
 {
-    flags |= bits;
-    if (recursive)
-    {
-        for (Node* child : children)
-        {
-            if (child->HasType(NodeTypeMeshNode))
-            {
-                static_cast<MeshNode*>(child)->SetFlags(bits, true);
-            }
-        }
-    }
+    ChangeFlags(~0u, bits, recursive);
 }
 
 void MeshNode::ClearFlags(NodeFlags bits, bool recursive)
 {
-    flags &= ~bits;
-    if (recursive)
+    ChangeFlags(~static_cast<unsigned int>(bits), 0, recursive);
+}
+
+void MeshNode::ChangeFlags(unsigned int kept, unsigned int added, bool recursive)
+{
+    flags = (flags & kept) | added;
+    for (Node* node = recursive ? NextInTree(this, this, true) : nullptr; node;)
     {
-        for (Node* child : children)
+        const bool isMeshNode = node->HasType(NodeTypeMeshNode);
+        if (isMeshNode)
         {
-            if (child->HasType(NodeTypeMeshNode))
-            {
-                static_cast<MeshNode*>(child)->ClearFlags(bits, true);
-            }
+            unsigned int& flagsBelow = static_cast<MeshNode*>(node)->flags;
+            flagsBelow = (flagsBelow & kept) | added;
         }
+        node = NextInTree(node, this, isMeshNode);
     }
 }
 
@@ -191,6 +201,55 @@ void MeshNode::RemoveNodeMaterial(NodeMaterial* material)
     {
         flags &= ~NodeFlagHasNodeMaterial;
     }
+}
+
+MeshNode::Links& MeshNode::MakeLinks()
+{
+    if (!m_links)
+    {
+        m_links = std::make_unique<Links>();
+    }
+    return *m_links;
+}
+
+std::uint64_t MeshNode::RankAt(std::size_t index) const
+{
+    return index == 0 ? m_firstRank : m_links->laterRanks[index - 1];
+}
+
+void MeshNode::AddMesh(Mesh* mesh, std::uint64_t rank)
+{
+    meshes.push_back(mesh);
+    if (meshes.size() == 1)
+    {
+        m_firstRank = rank;
+        return;
+    }
+    try
+    {
+        MakeLinks().laterRanks.push_back(rank);
+    }
+    catch (...)
+    {
+        meshes.pop_back();
+        throw;
+    }
+}
+
+void MeshNode::RemoveMeshAt(std::size_t index)
+{
+    meshes.erase(meshes.begin() + static_cast<std::ptrdiff_t>(index));
+    if (meshes.empty())
+    {
+        return;
+    }
+    std::vector<std::uint64_t>& later = m_links->laterRanks;
+    if (index == 0)
+    {
+        m_firstRank = later.front();
+        index = 1;
+    }
+    later.erase(later.begin() + static_cast<std::ptrdiff_t>(index - 1));
 }
 
 bool MeshNode::MatchesUpdateID() const

@@ -3,6 +3,11 @@
 #include "orvane/scene/BitSet.h"
 #include "orvane/scene/Node.h"
 
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
 namespace OV
 {
 
@@ -138,11 +143,26 @@ private:
     friend class NodeMaterial;
     friend class Scene;
 
+    struct Links;
+
+    Links& MakeLinks();
+
+    void ChangeFlags(unsigned int kept, unsigned int added, bool recursive);
+
+    void AddMesh(Mesh* mesh, std::uint64_t rank);
+    void RemoveMeshAt(std::size_t index);
+
+    /// By which the mesh of that index finds this node among its own.
+    std::uint64_t RankAt(std::size_t index) const;
+
     bool MatchesUpdateID() const;
 
-    std::vector<NodeLineStyle*> m_lineStyles;
-    /// The scenes that list this node as a draw item, once for each item.
-    std::vector<Scene*> m_drawLists;
+    /// Leaves the meshes and the lists of draw items.
+    void LeaveMeshes();
+
+    /// Of the first mesh.
+    std::uint64_t m_firstRank = 0;
+    std::unique_ptr<Links> m_links;
 };
 
 } // namespace OV

@@ -1,10 +1,24 @@
 #include "orvane/scene/Node.h"
 
+#include "orvane/base/detail/Walk.h"
 #include "orvane/scene/Scene.h"
 #include "orvane/scene/detail/OwnedObject.h"
+#include "orvane/scene/detail/TreeCursor.h"
+
+#include <iterator>
 
 namespace OV
 {
+
+namespace
+{
+
+/// Below this many levels the tree is walked without recursion: it may be deeper than the stack.
+/// What a derived class does after the walk of its base finds everything below it done down to
+/// there alone.
+constexpr unsigned int kDeepestRecursion = 256;
+
+} // namespace
 
 Node::Node(Scene* ownScene) :
     scene(ownScene)
@@ -17,6 +31,8 @@ Node::Node(Scene* ownScene) :
 
 Node::~Node()
 {
+    detail::Walk::Tell(this);
+    detail::TreeCursor::NodeDies(Walks(), this);
     if (parent)
     {
         parent->RemoveChild(this);
@@ -49,12 +65,8 @@ void Node::SetGlobal(const Transform& t)
     }
     global = t;
     globalNormalsDirty = true;
-    if (m_isMatrixAhead)
-    {
-        // As if the walk had left the conversion to GetGlobalMatrix.
-        globalMatrixDirty = true;
-        m_isMatrixAhead = false;
-    }
+    // What the walk converted is out of date now. A flag that is down stays down: that is meant.
+    globalMatrixDirty = static_cast<bool>(globalMatrixDirty);
     local.Multiply(toParent, global);
     MarkMoved();
 }
@@ -88,30 +100,132 @@ void Node::UpdateGraph()
             // At once, while the transform is in the cache: to come back for it makes 10,000
             // moving nodes a third slower.
             global.ExtractMatrix(*globalMatrix, true);
-            globalMatrixDirty = false;
-            m_isMatrixAhead = true;
+            globalMatrixDirty.m_state = MatrixFlag::UpAhead;
         }
     }
-    for (Node* child : children)
-    {
-        child->UpdateGraph();
-    }
+    WalkChildren(TreeWalkUpdate, [](Node* child) { child->UpdateGraph(); });
 }
 
 void Node::UpdateCulling(float& nearValue, float& farValue)
 {
-    for (Node* child : children)
-    {
-        child->UpdateCulling(nearValue, farValue);
-    }
+    WalkChildren(TreeWalkCulling, [&](Node* child) { child->UpdateCulling(nearValue, farValue); });
 }
 
 void Node::ComputeBoundingBox(Vector& boxMin, Vector& boxMax)
 {
-    for (Node* child : children)
+    WalkChildren(TreeWalkBox, [&](Node* child) { child->ComputeBoundingBox(boxMin, boxMax); });
+}
+
+/// Where a walk without recursion stands below a node.
+class Node::DeepCursor final : public detail::TreeCursor
+{
+public:
+    DeepCursor(const Node* top, detail::TreeWalks& walks, TreeWalk walk) :
+        TreeCursor(top, walks), m_walk(walk), m_visitedBefore(walks.visited[walk])
     {
-        child->ComputeBoundingBox(boxMin, boxMax);
     }
+
+    ~DeepCursor()
+    {
+        if (m_walks)
+        {
+            m_walks->visited[m_walk] = m_visitedBefore;
+        }
+    }
+
+    /// The first node below, then the next after the one that was dealt with; null at the end,
+    /// and once the top or the scene is gone. A derived class that did not call its base keeps
+    /// the walk from going on below.
+    Node* Next()
+    {
+        if (!m_top || !m_walks)
+        {
+            return nullptr;
+        }
+        if (m_hasLeft)
+        {
+            m_hasLeft = false;
+        }
+        else
+        {
+            m_node = NextInTree(m_node ? m_node : m_top, m_top, !m_node || !m_walks->visited[m_walk]);
+        }
+        m_walks->visited[m_walk] = m_node;
+        return m_node;
+    }
+
+private:
+    void Leave(const Node*, const Node* child) override
+    {
+        for (const Node* node = m_node; node && node != m_top; node = node->parent)
+        {
+            if (node == child)
+            {
+                m_node = NextInTree(child, m_top, false);
+                m_hasLeft = true;
+                return;
+            }
+        }
+    }
+
+    TreeWalk m_walk;
+    const Node* m_visitedBefore;
+    Node* m_node = nullptr;
+    /// Whether the node is one that is still to be dealt with, since the one before left.
+    bool m_hasLeft = false;
+};
+
+detail::TreeWalks& Node::Walks() const
+{
+    thread_local detail::TreeWalks walksWithoutScene;
+    return scene ? *scene->m_treeWalks : walksWithoutScene;
+}
+
+template <class Visit>
+void Node::WalkChildren(TreeWalk walk, Visit visit)
+{
+    if (children.empty())
+    {
+        return;
+    }
+    detail::TreeWalks& walks = Walks();
+    static_assert(std::size(detail::TreeWalks().visited) == TreeWalkCount);
+    const Node*& visited = walks.visited[walk];
+    if (visited == this)
+    {
+        // The walk that asked goes on below this node.
+        visited = nullptr;
+        return;
+    }
+    if (walks.depth < kDeepestRecursion)
+    {
+        for (detail::ChildCursor cursor(this, walks); Node* child = cursor.Next();)
+        {
+            visit(child);
+        }
+        return;
+    }
+    for (DeepCursor cursor(this, walks, walk); Node* node = cursor.Next();)
+    {
+        visit(node);
+    }
+}
+
+Node* Node::NextInTree(const Node* node, const Node* top, bool intoChildren)
+{
+    if (intoChildren && !node->children.empty())
+    {
+        return node->children.front();
+    }
+    for (; node != top && node->parent; node = node->parent)
+    {
+        const auto next = std::next(node->m_entry);
+        if (next != node->parent->children.end())
+        {
+            return *next;
+        }
+    }
+    return nullptr;
 }
 
 void Node::ComputeCenter(Vector& out)
@@ -141,10 +255,14 @@ void Node::AddChild(Node* child, bool keepGlobal)
     }
     if (child->parent)
     {
-        child->parent->RemoveChild(child);
+        detail::TreeCursor::ChildLeaves(Walks(), child->parent, child);
+        children.splice(children.end(), child->parent->children, child->m_entry);
+    }
+    else
+    {
+        child->m_entry = children.insert(children.end(), child);
     }
     child->parent = this;
-    children.push_back(child);
     if (keepGlobal)
     {
         child->SetGlobal(child->global);
@@ -157,7 +275,8 @@ void Node::RemoveChild(Node* child)
     {
         return;
     }
-    children.remove(child);
+    detail::TreeCursor::ChildLeaves(Walks(), this, child);
+    children.erase(child->m_entry);
     child->parent = nullptr;
 }
 
@@ -172,10 +291,12 @@ Matrix* Node::UpdateGlobalMatrix()
     }
     else if (globalMatrixDirty)
     {
-        global.ExtractMatrix(*globalMatrix, true);
+        if (globalMatrixDirty.m_state != MatrixFlag::UpAhead)
+        {
+            global.ExtractMatrix(*globalMatrix, true);
+        }
         globalMatrixDirty = false;
     }
-    m_isMatrixAhead = false;
     return globalMatrix.get();
 }
 
@@ -198,11 +319,20 @@ void Node::SetAnimationData(Object* data)
 
 bool Node::IsSameOrAbove(const Node* other) const
 {
-    while (other && other != this)
+    // Upward from the other and through what is below this one, by turns: whichever ends first
+    // has the answer, so that a deep tree can be put together of small ones or of large ones.
+    const Node* above = other;
+    const Node* below = this;
+    while (above && below)
     {
-        other = other->parent;
+        if (above == this || below == other)
+        {
+            return true;
+        }
+        above = above->parent;
+        below = NextInTree(below, this, true);
     }
-    return other == this;
+    return false;
 }
 
 void Node::MarkMoved()

@@ -2,6 +2,7 @@
 
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/detail/Erase.h"
+#include "orvane/scene/detail/MeshNodeLinks.h"
 
 namespace OV
 {
@@ -28,13 +29,13 @@ void NodeLineStyle::SetNode(MeshNode* newNode)
     if (node)
     {
         node->ClearFlags(NodeFlagHasNodeMaterial, false);
-        detail::EraseAny(node->m_lineStyles, this);
+        detail::EraseAny(node->MakeLinks().lineStyles, this);
     }
     node = newNode;
     if (node)
     {
         node->SetFlags(NodeFlagHasNodeMaterial, false);
-        node->m_lineStyles.push_back(this);
+        node->MakeLinks().lineStyles.push_back(this);
     }
 }
 

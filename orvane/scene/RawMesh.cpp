@@ -31,10 +31,10 @@ bool TakeBuffer(std::vector<T>& own, std::vector<T>& given, const std::vector<Ve
 
 RawMesh::RawMesh(const RawMesh& other) :
     positions(other.positions),
+    indices(other.indices),
     normals(other.normals),
     textureCoordinates(other.textureCoordinates),
     colors(other.colors),
-    indices(other.indices),
     bboxMin(other.bboxMin),
     bboxMax(other.bboxMax),
     sphere(other.sphere)

@@ -71,19 +71,22 @@ public:
     /// Takes the object over and deletes the present one; nothing when they are the same.
     void SetRenderData(Object* data);
 
+    // What a draw reads stands first and together, as in a mesh.
     std::vector<Vector> positions;
+
+protected:
+    std::unique_ptr<Object> renderData;
+
+public:
+    std::vector<unsigned short> indices;
     /// This and the next two are empty or hold one element per vertex.
     std::vector<Vector> normals;
     std::vector<TextureCoordinate> textureCoordinates;
     std::vector<Color> colors;
-    std::vector<unsigned short> indices;
     Vector bboxMin;
     Vector bboxMax;
     /// Encloses the box, and so is not the tightest around the positions.
     Sphere sphere;
-
-protected:
-    std::unique_ptr<Object> renderData;
 
 private:
     friend class Mesh;

@@ -1,15 +1,20 @@
 #include "orvane/scene/Scene.h"
 
+#include "orvane/base/detail/Walk.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/LightNode.h"
 #include "orvane/scene/Line.h"
 #include "orvane/scene/LineStyle.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
+#include "orvane/scene/MeshNode.h"
 #include "orvane/scene/detail/Erase.h"
 #include "orvane/scene/detail/Subtree.h"
+#include "orvane/scene/detail/TreeCursor.h"
 
+#include <new>
 #include <utility>
+#include <vector>
 
 namespace OV
 {
@@ -31,17 +36,92 @@ T* FindByName(const std::vector<T*>& list, const std::string& name)
     return nullptr;
 }
 
+/// Deletes a node that has no parent, and everything below it, without any memory: children
+/// before their parent.
+void DeleteNodesFromBelow(Node* top)
+{
+    for (Node* node = top; node;)
+    {
+        if (!node->GetChildren().empty())
+        {
+            node = node->GetChildren().front();
+            continue;
+        }
+        Node* const next = node == top ? nullptr : node->GetParent();
+        delete node;
+        node = next;
+    }
+}
+
+/// Deletes a node that has no parent, and everything below it, a node before its children.
+void DeleteNodes(Node* top)
+{
+    std::vector<Node*> subtree;
+    try
+    {
+        subtree = detail::CollectSubtree(top);
+    }
+    catch (const std::bad_alloc&)
+    {
+        // The end of a scene must not be the end of the process.
+        DeleteNodesFromBelow(top);
+        return;
+    }
+    // Each node leaves its node materials and clears its children's parent as it dies.
+    for (Node* dying : subtree)
+    {
+        delete dying;
+    }
+}
+
+/// Suspends one after the other, whatever a texture loader that is given textures back does to
+/// the list meanwhile.
+template <class T>
+void SuspendAll(const std::vector<T*>& list, const detail::Walk& walk, const Scene* scene)
+{
+    for (std::size_t i = 0; !walk.IsGone(scene) && i < list.size();)
+    {
+        T* const present = list[i];
+        present->Suspend();
+        if (walk.IsGone(scene))
+        {
+            return;
+        }
+        // From the start where the list has changed: what is suspended already takes no harm.
+        i = i < list.size() && list[i] == present ? i + 1 : 0;
+    }
+}
+
+template <class T>
+void SuspendAll(const std::set<T*>& list, const detail::Walk& walk, const Scene* scene)
+{
+    for (T* last = nullptr; !walk.IsGone(scene);)
+    {
+        const auto next = last ? list.upper_bound(last) : list.begin();
+        if (next == list.end())
+        {
+            return;
+        }
+        last = *next;
+        last->Suspend();
+    }
+}
+
 } // namespace
 
-Scene::Scene()
+Scene::Scene() :
+    m_treeWalks(std::make_unique<detail::TreeWalks>())
 {
     Initialize();
 }
 
 Scene::~Scene()
 {
+    detail::Walk::Tell(this);
     Cleanup();
+    DeleteContentsSetAside();
     SetCamera(nullptr);
+    detail::TreeCursor::WalksDie(*m_treeWalks);
     // What the host keeps outside the tree lives on without a scene.
     for (Node* node = m_firstNode; node;)
     {
@@ -60,44 +140,151 @@ void Scene::Initialize()
 
 void Scene::Cleanup()
 {
-    // First, so that no dying node or mesh has to look for its items.
-    ClearDrawItems();
-    DeleteSubtree(root);
-
-    for (Mesh* mesh : std::exchange(meshes, {}))
+    // First, so that no dying node or mesh has to look for its items. None is kept for later: that
+    // would take memory, and an end that runs out of it ends the process.
+    for (DrawItemLink& link : m_drawItemLinks)
     {
+        if (link.item)
+        {
+            UnlinkDrawItem(link);
+        }
+    }
+    m_drawItemLinks.clear();
+    for (AlphaMeshNode* item : std::exchange(zOrderedDrawItems, {}))
+    {
+        delete item;
+    }
+    DeleteDetached(root);
+    Contents contents = TakeContents();
+    Delete(contents);
+    m_spareDrawItems.clear();
+}
+
+Scene::Contents Scene::TakeContents()
+{
+    Contents taken;
+    taken.root = std::exchange(root, nullptr);
+    defaultCamera = nullptr;
+    taken.meshes.swap(meshes);
+    taken.lines.swap(lines);
+    taken.lineStyles.swap(lineStyles);
+    taken.optimizedMaterials.swap(optimizedMaterials);
+    taken.alphaMaterials.swap(alphaMaterials);
+    return taken;
+}
+
+void Scene::Delete(Contents& contents)
+{
+    DeleteDetached(contents.root);
+    for (Mesh* mesh : contents.meshes)
+    {
+        // A line that was also given to SetScene stands in both.
         if (mesh->HasType(NodeTypeLine))
         {
-            RemoveLine(static_cast<Line*>(mesh));
+            contents.lines.erase(static_cast<Line*>(mesh));
         }
         mesh->scene = nullptr;
         delete mesh;
     }
-    for (Line* line : std::exchange(lines, {}))
+    for (Line* line : contents.lines)
     {
         line->scene = nullptr;
         delete line;
     }
-    for (LineStyle* style : std::exchange(lineStyles, {}))
+    for (LineStyle* style : contents.lineStyles)
     {
         style->scene = nullptr;
         delete style;
     }
-    for (std::vector<Material*>* list : {&optimizedMaterials, &alphaMaterials})
+    for (const std::vector<Material*>* list : {&contents.optimizedMaterials, &contents.alphaMaterials})
     {
-        for (Material* material : std::exchange(*list, {}))
+        for (Material* material : *list)
         {
             material->scene = nullptr;
             delete material;
         }
     }
-    m_spareDrawItems.clear();
+    MarkDirty();
 }
 
 void Scene::Clear()
 {
-    Cleanup();
+    if (detail::Walk::IsRunning())
+    {
+        SetContentsAside();
+    }
+    else
+    {
+        Cleanup();
+    }
     Initialize();
+}
+
+void Scene::SetContentsAside()
+{
+    ClearDrawItems();
+    m_setAside.push_back(TakeContents());
+    detail::Walk::Postpone(this, nullptr, [this] { DeleteContentsSetAside(); });
+    MarkDirty();
+}
+
+void Scene::DeleteContentsSetAside()
+{
+    while (!m_setAside.empty())
+    {
+        Contents contents = std::move(m_setAside.back());
+        m_setAside.pop_back();
+        Delete(contents);
+    }
+}
+
+bool Scene::TakeBack(Material* material)
+{
+    for (Contents& contents : m_setAside)
+    {
+        if (detail::EraseFirst(contents.optimizedMaterials, material) ||
+            detail::EraseFirst(contents.alphaMaterials, material))
+        {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool Scene::TakeBack(LineStyle* style)
+{
+    for (Contents& contents : m_setAside)
+    {
+        if (detail::EraseFirst(contents.lineStyles, style))
+        {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool Scene::TakeBack(Mesh* mesh)
+{
+    for (Contents& contents : m_setAside)
+    {
+        if (contents.meshes.erase(mesh) != 0)
+        {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool Scene::TakeBackLine(Line* line)
+{
+    for (Contents& contents : m_setAside)
+    {
+        if (contents.lines.erase(line) != 0)
+        {
+            return true;
+        }
+    }
+    return false;
 }
 
 void Scene::DeleteSubtree(Node* node)
@@ -108,13 +295,42 @@ void Scene::DeleteSubtree(Node* node)
         {
             node->parent->RemoveChild(node);
         }
-        // Each node leaves its node materials and clears its children's parent as it dies.
-        for (Node* dying : detail::CollectSubtree(node))
+        if (detail::Walk::IsRunning())
         {
-            delete dying;
+            PostponeDeletion(node);
+        }
+        else
+        {
+            DeleteDetached(node);
         }
     }
     MarkDirty();
+}
+
+void Scene::DeleteDetached(Node* top)
+{
+    DeleteNodes(top);
+}
+
+void Scene::PostponeDeletion(Node* top)
+{
+    if (root == top)
+    {
+        root = nullptr;
+    }
+    for (Node* node : detail::CollectSubtree(top))
+    {
+        // Nothing is to be shown there any more, and whoever deletes the nodes of a mesh until it
+        // has none comes to an end.
+        if (node->HasType(NodeTypeMeshNode))
+        {
+            static_cast<MeshNode*>(node)->LeaveMeshes();
+        }
+    }
+    if (!detail::Walk::IsPostponed(top))
+    {
+        detail::Walk::Postpone(top, nullptr, [top] { DeleteDetached(top); });
+    }
 }
 
 bool Scene::AddMaterial(Material* material)
@@ -132,7 +348,7 @@ bool Scene::AddMaterial(Material* material)
 bool Scene::RemoveMaterial(Material* material)
 {
     if (!detail::EraseFirst(optimizedMaterials, material) &&
-        !detail::EraseFirst(alphaMaterials, material))
+        !detail::EraseFirst(alphaMaterials, material) && !TakeBack(material))
     {
         return false;
     }
@@ -166,7 +382,7 @@ bool Scene::AddLineStyle(LineStyle* style)
 
 bool Scene::RemoveLineStyle(LineStyle* style)
 {
-    if (!detail::EraseFirst(lineStyles, style))
+    if (!detail::EraseFirst(lineStyles, style) && !TakeBack(style))
     {
         return false;
     }
@@ -201,7 +417,7 @@ bool Scene::AddMesh(Mesh* mesh)
 
 bool Scene::RemoveMesh(Mesh* mesh)
 {
-    if (meshes.erase(mesh) == 0)
+    if (meshes.erase(mesh) == 0 && !TakeBack(mesh))
     {
         return false;
     }
@@ -225,7 +441,7 @@ bool Scene::AddLine(Line* line)
 
 bool Scene::RemoveLine(Line* line)
 {
-    if (lines.erase(line) == 0)
+    if (lines.erase(line) == 0 && !TakeBackLine(line))
     {
         return false;
     }
@@ -295,26 +511,12 @@ void Scene::SetCamera(CameraNode* camera)
 
 void Scene::Suspend()
 {
-    for (LineStyle* style : lineStyles)
-    {
-        style->Suspend();
-    }
-    for (Line* line : lines)
-    {
-        line->Suspend();
-    }
-    for (Material* material : optimizedMaterials)
-    {
-        material->Suspend();
-    }
-    for (Material* material : alphaMaterials)
-    {
-        material->Suspend();
-    }
-    for (Mesh* mesh : meshes)
-    {
-        mesh->Suspend();
-    }
+    const detail::Walk walk(this, detail::Walk::Other);
+    SuspendAll(lineStyles, walk, this);
+    SuspendAll(lines, walk, this);
+    SuspendAll(optimizedMaterials, walk, this);
+    SuspendAll(alphaMaterials, walk, this);
+    SuspendAll(meshes, walk, this);
 }
 
 void Scene::Resume()
@@ -385,6 +587,20 @@ void Scene::Unregister(Node* node)
     if (root == node)
     {
         root = nullptr;
+    }
+    for (Contents& contents : m_setAside)
+    {
+        if (contents.root == node)
+        {
+            contents.root = nullptr;
+        }
+    }
+    for (const Node*& visited : m_treeWalks->visited)
+    {
+        if (visited == node)
+        {
+            visited = nullptr;
+        }
     }
 }
 

@@ -3,6 +3,7 @@
 #include "orvane/Export.h"
 #include "orvane/scene/AlphaMeshNode.h"
 
+#include <cstddef>
 #include <memory>
 #include <set>
 #include <string>
@@ -21,12 +22,43 @@ class Mesh;
 class MeshNode;
 class Node;
 class Vector;
+struct DrawItemPlace;
+
+namespace detail
+{
+
+struct TreeWalks;
+
+} // namespace detail
 
 /// The 3D world: a tree of nodes, and the materials, meshes, lines and line styles in it.
 ///
 /// The scene owns what is in it and deletes it at Clear and at its end; what leaves through a
 /// Remove operation belongs to the caller. It is the clock of the nodes, by the update ID, and
 /// knows whether anything changed since the last frame, by the dirty flag.
+///
+/// A clean scene is neither walked nor, where the host goes by AppContext::Update, drawn anew.
+///
+/// | marks the scene dirty                            | does not: the host calls MarkDirty         |
+/// |--------------------------------------------------|--------------------------------------------|
+/// | SetLocal, SetGlobal, AddChild that keeps globals | AddChild that does not, RemoveChild        |
+/// | DeleteSubtree, Clear                             | deletion of a node by itself               |
+/// | meshes, lines and lights made or gone            | AddNode, RemoveNode, flags and draw IDs    |
+/// | materials and line styles added or removed,      | AddMesh, RemoveMesh, and any value of a    |
+/// | ProcessChangedMaterial                           | material, light, line style or geometry    |
+/// | nodes of a NodeMaterial                          | the node of a NodeLineStyle                |
+/// | Show, Resume, a texture still to come            | EnableLights, SetCamera, OverrideViewport  |
+/// | setters of Sprite and Text, moves of a Shape2D   | values of a Material2D, UpdateToClipRegion |
+///
+/// Taking a node out by RemoveChild and putting it back by AddChild(child, false) is thus seen by
+/// nobody: call MarkDirty after each.
+///
+/// A host that the engine calls while it updates, draws or suspends (a texture loader, a derived
+/// node, a screen mapping) may edit the scene there. What Clear and DeleteSubtree take away
+/// leaves the scene at once and is deleted when the outermost operation of the engine ends; what
+/// a host deletes by delete is gone at once and no longer visited or drawn. What is added is
+/// drawn from the next frame on. A scene that is being updated or drawn is not updated again:
+/// UpdateGraph then returns at once.
 class ORVANE_API Scene
 {
 public:
@@ -39,7 +71,8 @@ public:
     Scene& operator=(const Scene&) = delete;
 
     /// Deletes everything in the scene and gives it a new root and default camera. Settings,
-    /// update ID and a camera of the host's that is not in the tree stay.
+    /// update ID and a camera of the host's that is not in the tree stay. Called from within an
+    /// operation of the engine it empties the scene at once and deletes later.
     virtual void Clear();
 
     /// Takes the material over, into the alpha list when it is transparent now, else into the
@@ -79,6 +112,7 @@ public:
     /// round.
     virtual void GetBoundingBox(Vector& boxMin, Vector& boxMax);
 
+    /// Kept for the host; the engine does not read it.
     bool IsVisible() const
     {
         return visible;
@@ -189,8 +223,15 @@ public:
     }
 
     /// The scene's own; an item leaves the list when its node or mesh dies.
+    ///
+    /// Ask again after that: in a list of several hundred such an item stays, with null for node
+    /// and mesh, until the next call takes it out.
     const std::vector<AlphaMeshNode*>& GetZOrderedDrawItems() const
     {
+        if (m_hasGoneDrawItems)
+        {
+            DropGoneDrawItems();
+        }
         return zOrderedDrawItems;
     }
 
@@ -219,10 +260,13 @@ public:
     void PopulateZOrderedDrawItems();
 
     /// Moves a perspective camera back along the world's Z, until it sees all bounding
-    /// spheres. The arithmetic of an empty scene is not finite.
+    /// spheres. The arithmetic of an empty scene is not finite. From within an update of the
+    /// scene it returns at once.
     void Frame();
 
     /// Deletes the node and everything below it, and marks the scene dirty, also for null.
+    /// Called from within an operation of the engine it takes them out of the tree and off their
+    /// meshes at once and deletes them when the outermost operation ends.
     void DeleteSubtree(Node* node);
 
 protected:
@@ -264,7 +308,8 @@ protected:
     std::vector<LineStyle*> lineStyles;
     std::set<Line*> lines;
     /// A derived class may reorder the items and write their z, but not add or remove any.
-    std::vector<AlphaMeshNode*> zOrderedDrawItems;
+    /// Outside ProcessZOrderedDrawItems it reads them through GetZOrderedDrawItems.
+    mutable std::vector<AlphaMeshNode*> zOrderedDrawItems;
     std::vector<LightNode*> lights;
     bool unitScaling = true;
     float conversionFactor = 1.0f;
@@ -284,8 +329,39 @@ private:
     friend class MeshNode;
     friend class Node;
 
+    /// What a scene owns.
+    struct Contents
+    {
+        Node* root = nullptr;
+        std::set<Mesh*> meshes;
+        std::set<Line*> lines;
+        std::vector<LineStyle*> lineStyles;
+        std::vector<Material*> optimizedMaterials;
+        std::vector<Material*> alphaMaterials;
+    };
+
     void Register(Node* node);
     void Unregister(Node* node);
+
+    /// Brings the tree up to date, and the one that a host puts in its place meanwhile.
+    void UpdateTree();
+
+    Contents TakeContents();
+    void Delete(Contents& contents);
+
+    /// Empties the scene for Clear while a walk may stand on what is in it.
+    void SetContentsAside();
+    void DeleteContentsSetAside();
+
+    /// Takes out of what is set aside what its owner removes or deletes.
+    bool TakeBack(Material* material);
+    bool TakeBack(LineStyle* style);
+    bool TakeBack(Mesh* mesh);
+    bool TakeBackLine(Line* line);
+
+    /// Leaves a subtree to the end of the walk, out of sight.
+    void PostponeDeletion(Node* top);
+    static void DeleteDetached(Node* top);
 
     /// Takes a mesh or line out of the registries of any other scene.
     void LeaveOtherScene(Mesh* mesh);
@@ -293,19 +369,36 @@ private:
     /// Clears the back pointer of a mesh or line that is in no registry of this scene.
     void ReleaseMesh(Mesh* mesh);
 
+    /// How node and mesh of a draw item find it, and it them. Its number is its place among
+    /// the links; the list of items may have any order.
+    struct DrawItemLink
+    {
+        /// Null once node or mesh are gone.
+        AlphaMeshNode* item;
+        MeshNode* node;
+        Mesh* mesh;
+        /// Its places in the lists of the two.
+        std::size_t placeAtNode;
+        std::size_t placeAtMesh;
+    };
+
     void AppendDrawItem(MeshNode* node, Mesh* mesh);
 
-    /// Makes node and mesh forget an item, which the caller takes out of the list.
-    void ForgetDrawItem(const AlphaMeshNode& item);
+    /// Makes node and mesh forget an item, and the item them. It stays in the list.
+    void UnlinkDrawItem(DrawItemLink& link);
 
-    void RemoveDrawItemsOf(MeshNode* node);
-    void RemoveDrawItemsOf(Mesh* mesh);
-    template <class Predicate>
-    void RemoveDrawItems(Predicate isGone);
+    /// Takes out all items of a node or mesh that dies, of whatever scene.
+    static void RemoveDrawItemsOf(std::vector<DrawItemPlace>& places);
+    void DropGoneDrawItems() const;
     void ClearDrawItems();
 
+    /// Out of the scene by a Clear, and to be deleted when the walks are over.
+    std::vector<Contents> m_setAside;
     /// Head of the list of all nodes of this scene, attached or not.
     Node* m_firstNode = nullptr;
+    std::unique_ptr<detail::TreeWalks> m_treeWalks;
+    std::vector<DrawItemLink> m_drawItemLinks;
+    mutable bool m_hasGoneDrawItems = false;
     /// Draw items out of use, so that filling the list anew allocates nothing.
     std::vector<std::unique_ptr<AlphaMeshNode>> m_spareDrawItems;
 };

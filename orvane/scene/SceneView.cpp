@@ -1,6 +1,7 @@
 // What a scene computes from frame to frame: the walk, the order of the draw items, depths
 // and boxes.
 
+#include "orvane/base/detail/Walk.h"
 #include "orvane/math/Sphere.h"
 #include "orvane/math/Transform.h"
 #include "orvane/scene/CameraNode.h"
@@ -9,7 +10,9 @@
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/Scene.h"
 #include "orvane/scene/detail/Box.h"
+#include "orvane/scene/detail/DrawItemPlace.h"
 #include "orvane/scene/detail/Erase.h"
+#include "orvane/scene/detail/MeshNodeLinks.h"
 #include "orvane/scene/detail/Subtree.h"
 
 #include <algorithm>
@@ -36,23 +39,55 @@ bool IsDrawnBefore(const AlphaMeshNode* a, const AlphaMeshNode* b)
 
 void Scene::UpdateGraph(float width, float height)
 {
+    if (detail::Walk::IsOn(this, detail::Walk::Update | detail::Walk::Draw))
+    {
+        return;
+    }
+    const detail::Walk walk(this, detail::Walk::Update);
     if (CameraNode* const camera = GetCameraNode())
     {
         camera->screenWidth = width;
         camera->screenHeight = height;
         camera->UpdateGraph();
-        camera->UpdateFrustum(width, height);
-    }
-    if (dirty)
-    {
-        if (root)
+        if (!walk.IsGone(camera))
         {
-            root->UpdateGraph();
+            camera->UpdateFrustum(width, height);
         }
-        ProcessZOrderedDrawItems();
+    }
+    if (dirty && !walk.IsGone(this))
+    {
+        UpdateTree();
+        if (!walk.IsGone(this))
+        {
+            if (m_hasGoneDrawItems)
+            {
+                DropGoneDrawItems();
+            }
+            ProcessZOrderedDrawItems();
+        }
+    }
+    if (walk.IsGone(this))
+    {
+        return;
     }
     ++updateID;
     dirty = false;
+}
+
+void Scene::UpdateTree()
+{
+    const detail::Walk walk(this, detail::Walk::Other);
+    Node* const walked = root;
+    if (walked)
+    {
+        walked->UpdateGraph();
+    }
+    // What a Clear from within has put in its place was moved in this update, and would not be
+    // looked at in the next.
+    if (!walk.IsGone(this) && root && root != walked)
+    {
+        root->UpdateGraph();
+    }
 }
 
 void Scene::ProcessZOrderedDrawItems()
@@ -63,7 +98,7 @@ void Scene::ProcessZOrderedDrawItems()
         return;
     }
     const Transform toCamera = camera->GetInvTransform();
-    for (AlphaMeshNode* item : zOrderedDrawItems)
+    for (AlphaMeshNode* item : GetZOrderedDrawItems())
     {
         Vector center;
         center.Multiply(item->node->GetGlobal(), item->mesh->GetSphere().center);
@@ -101,65 +136,96 @@ void Scene::AppendDrawItem(MeshNode* node, Mesh* mesh)
         m_spareDrawItems.pop_back();
     }
     *item = {node, mesh, 0.0f};
-    node->m_drawLists.push_back(this);
-    mesh->m_drawLists.push_back(this);
+    std::vector<DrawItemPlace>& ofNode = node->MakeLinks().drawItems;
+    std::vector<DrawItemPlace>& ofMesh = mesh->m_drawItems;
+    const DrawItemPlace place{this, m_drawItemLinks.size()};
+    m_drawItemLinks.push_back({item.get(), node, mesh, ofNode.size(), ofMesh.size()});
+    ofNode.push_back(place);
+    ofMesh.push_back(place);
     zOrderedDrawItems.push_back(item.release());
 }
 
-void Scene::ForgetDrawItem(const AlphaMeshNode& item)
+void Scene::UnlinkDrawItem(DrawItemLink& link)
 {
-    detail::EraseAny(item.node->m_drawLists, this);
-    detail::EraseAny(item.mesh->m_drawLists, this);
+    // The last place of each list takes that of the one which leaves.
+    std::vector<DrawItemPlace>& ofNode = link.node->m_links->drawItems;
+    const DrawItemPlace lastOfNode = ofNode.back();
+    ofNode[link.placeAtNode] = lastOfNode;
+    lastOfNode.scene->m_drawItemLinks[lastOfNode.number].placeAtNode = link.placeAtNode;
+    ofNode.pop_back();
+
+    std::vector<DrawItemPlace>& ofMesh = link.mesh->m_drawItems;
+    const DrawItemPlace lastOfMesh = ofMesh.back();
+    ofMesh[link.placeAtMesh] = lastOfMesh;
+    lastOfMesh.scene->m_drawItemLinks[lastOfMesh.number].placeAtMesh = link.placeAtMesh;
+    ofMesh.pop_back();
+
+    link.item->node = nullptr;
+    link.item->mesh = nullptr;
+    link.item = nullptr;
 }
 
 void Scene::ClearDrawItems()
 {
+    for (DrawItemLink& link : m_drawItemLinks)
+    {
+        if (link.item)
+        {
+            UnlinkDrawItem(link);
+        }
+    }
+    m_drawItemLinks.clear();
     for (AlphaMeshNode* item : zOrderedDrawItems)
     {
-        ForgetDrawItem(*item);
         m_spareDrawItems.emplace_back(item);
     }
     zOrderedDrawItems.clear();
+    m_hasGoneDrawItems = false;
 }
 
-template <class Predicate>
-void Scene::RemoveDrawItems(Predicate isGone)
+void Scene::RemoveDrawItemsOf(std::vector<DrawItemPlace>& places)
 {
-    const auto remove = [&](AlphaMeshNode* item)
+    while (!places.empty())
     {
-        const bool gone = isGone(*item);
-        if (gone)
+        const DrawItemPlace place = places.back();
+        Scene& scene = *place.scene;
+        scene.UnlinkDrawItem(scene.m_drawItemLinks[place.number]);
+        scene.m_hasGoneDrawItems = true;
+        if (scene.zOrderedDrawItems.size() <= detail::shortList)
         {
-            ForgetDrawItem(*item);
+            scene.DropGoneDrawItems();
+        }
+    }
+}
+
+void Scene::DropGoneDrawItems() const
+{
+    const auto drop = [](AlphaMeshNode* item)
+    {
+        const bool isGone = !item->node;
+        if (isGone)
+        {
             delete item;
         }
-        return gone;
+        return isGone;
     };
-    zOrderedDrawItems.erase(
-        std::remove_if(zOrderedDrawItems.begin(), zOrderedDrawItems.end(), remove),
-        zOrderedDrawItems.end());
-}
-
-void Scene::RemoveDrawItemsOf(MeshNode* node)
-{
-    // All at once and whatever the list holds: the node dies, and must end up in no list.
-    detail::EraseAll(node->m_drawLists, this);
-    RemoveDrawItems([node](const AlphaMeshNode& item) { return item.node == node; });
-}
-
-void Scene::RemoveDrawItemsOf(Mesh* mesh)
-{
-    detail::EraseAll(mesh->m_drawLists, this);
-    RemoveDrawItems([mesh](const AlphaMeshNode& item) { return item.mesh == mesh; });
+    zOrderedDrawItems.erase(std::remove_if(zOrderedDrawItems.begin(), zOrderedDrawItems.end(), drop),
+                            zOrderedDrawItems.end());
+    m_hasGoneDrawItems = false;
 }
 
 void Scene::UpdateCulling()
 {
     float nearValue = detail::largestFloat;
     float farValue = -detail::largestFloat;
+    const detail::Walk walk(this, detail::Walk::Other);
     if (root)
     {
         root->UpdateCulling(nearValue, farValue);
+    }
+    if (walk.IsGone(this))
+    {
+        return;
     }
     ProcessNearFar(nearValue, farValue);
 }
@@ -196,10 +262,19 @@ void Scene::Frame()
     Vector boxMin;
     Vector boxMax;
     detail::StartBox(boxMin, boxMax);
-    if (root)
+    if (detail::Walk::IsOn(this, detail::Walk::Update))
     {
-        root->UpdateGraph();
+        return;
+    }
+    const detail::Walk walk(this, detail::Walk::Update);
+    UpdateTree();
+    if (!walk.IsGone(this) && root)
+    {
         root->ComputeBoundingBox(boxMin, boxMax);
+    }
+    if (walk.IsGone(this))
+    {
+        return;
     }
     CameraNode* const camera = GetCameraNode();
     if (!camera || camera->GetProjection() != CameraNode::Perspective)

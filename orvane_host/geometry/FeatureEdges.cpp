@@ -1,6 +1,7 @@
 #include "orvane_host/geometry/FeatureEdges.h"
 
 #include "orvane_host/geometry/detail/EdgeFinder.h"
+#include "orvane_host/geometry/detail/MeshNodes.h"
 #include "orvane_host/geometry/detail/VertexWelder.h"
 #include "orvane/scene/Line.h"
 #include "orvane/scene/LineStyle.h"
@@ -22,8 +23,9 @@ namespace
 /// So many segments have 16-bit indices to their points, four vertices each.
 constexpr std::size_t kMostSegments = 65536 / 4 / 2;
 
-/// Units of depth that faces are moved besides: what the rounding of a depth may differ by.
-constexpr float kDepthUnits = 4.0f;
+/// Units of depth that faces are moved besides: what the rounding of a depth may differ by. No
+/// round number, by which room is told from an offset that a host has set.
+constexpr float kDepthUnits = 4.0625f;
 
 /// The room that the axis of a line needs, in pixels.
 constexpr float kMostReach = 0.5f;
@@ -94,18 +96,6 @@ SharedLines MakeLines(Scene& scene, LineStyle& style, const std::vector<FeatureE
     return made;
 }
 
-void CollectMeshNodes(Node& node, std::vector<MeshNode*>& found)
-{
-    if (auto* meshNode = dynamic_cast<MeshNode*>(&node))
-    {
-        found.push_back(meshNode);
-    }
-    for (Node* child : node.GetChildren())
-    {
-        CollectMeshNodes(*child, found);
-    }
-}
-
 } // namespace
 
 std::vector<FeatureEdge> FeatureEdges::Find(const std::vector<const RawMesh*>& parts, float creaseDegrees)
@@ -121,8 +111,7 @@ std::vector<FeatureEdge> FeatureEdges::Find(const RawMesh& mesh, float creaseDeg
 
 std::size_t FeatureEdges::AddTo(Scene& scene, LineStyle& style, float creaseDegrees)
 {
-    std::vector<MeshNode*> nodes;
-    CollectMeshNodes(*scene.GetRoot(), nodes);
+    const std::vector<MeshNode*> nodes = Detail::MeshNodesOf(scene);
     LinesByGeometry known;
     std::size_t segments = 0;
     for (MeshNode* node : nodes)
@@ -163,6 +152,11 @@ void FeatureEdges::MakeRoom(Scene& scene, float lineWidth, float scale)
             material->polygonOffsetUnits = kDepthUnits;
         }
     }
+}
+
+bool FeatureEdges::HasRoom(const Material& material)
+{
+    return (material.GetFlags() & MaterialFlagPolygonOffset) != 0 && material.polygonOffsetUnits == kDepthUnits;
 }
 
 } // namespace OV::Host

@@ -9,6 +9,7 @@ namespace OV
 {
 
 class LineStyle;
+class Material;
 class RawMesh;
 class Scene;
 
@@ -58,6 +59,9 @@ public:
     /// @param lineWidth in pixels of the picture, of a line in all.
     /// @param scale pixels drawn along an edge of each, as with supersampling.
     static void MakeRoom(Scene& scene, float lineWidth, float scale = 1.0f);
+
+    /// Whether the faces of a material are moved back by MakeRoom.
+    static bool HasRoom(const Material& material);
 };
 
 } // namespace OV::Host

@@ -1,6 +1,7 @@
 #include "orvane_host/geometry/SectionFill.h"
 
 #include "orvane_host/geometry/detail/ClosedShells.h"
+#include "orvane_host/geometry/detail/MeshNodes.h"
 #include "orvane_host/geometry/detail/PlaneSection.h"
 #include "orvane/math/Transf3d.h"
 #include "orvane/math/Transform.h"
@@ -50,19 +51,6 @@ bool CanBeSolid(const Mesh& mesh)
     // The effects fill nothing that lets light through either.
     return mesh.Type() != NodeTypeLine && material && (material->GetFlags() & MaterialFlagPoints) == 0
         && material->GetOpacity() >= 1.0f;
-}
-
-void CollectMeshNodes(Node& node, std::vector<MeshNode*>& found)
-{
-    auto* const meshNode = dynamic_cast<MeshNode*>(&node);
-    if (meshNode && (meshNode->GetFlags() & NodeFlagHidden) == 0)
-    {
-        found.push_back(meshNode);
-    }
-    for (Node* child : node.GetChildren())
-    {
-        CollectMeshNodes(*child, found);
-    }
 }
 
 const Shells& ShellsOf(const MeshNode& node, ShellsByGeometry& known)
@@ -252,13 +240,16 @@ Material* MakeMaterial(Scene& scene, const Color& color)
 
 std::size_t SectionFill::AddTo(Scene& scene, const std::vector<SectionPlane>& planes, float inset, const Color& color)
 {
-    std::vector<MeshNode*> nodes;
-    CollectMeshNodes(*scene.GetRoot(), nodes);
+    const std::vector<MeshNode*> nodes = Detail::MeshNodesOf(scene);
     ShellsByGeometry known;
     Material* material = nullptr;
     std::size_t count = 0;
     for (MeshNode* node : nodes)
     {
+        if ((node->GetFlags() & NodeFlagHidden) != 0)
+        {
+            continue;
+        }
         Transform toNode;
         toNode.Invert(node->GetGlobal());
         if (!std::isfinite(toNode.GetPosition().x))

@@ -4,6 +4,7 @@
 #include "orvane_host/import/detail/IsolatedProcess.h"
 #include "orvane_host/import/detail/ModelArchive.h"
 #include "orvane_host/import/detail/SceneBuilder.h"
+#include "orvane_host/import/detail/StepSchema.h"
 
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/LightNode.h"
@@ -28,6 +29,7 @@ constexpr float kReadingShare = 0.8f;
 constexpr std::size_t kMaxWarnings = 50;
 constexpr std::uint64_t kFirstSeconds = 20;
 
+/// For the person who chose the file, who has no limits to raise.
 const char* RemedyFor(ImportStatus status)
 {
     switch (status)
@@ -38,15 +40,15 @@ const char* RemedyFor(ImportStatus status)
         return "Choose a regular file that you may read";
     case ImportStatus::TooLarge:
     case ImportStatus::LimitExceeded:
-        return "Split the model, or raise the limits if you trust the file";
+        return "Split the model, or leave out what need not be seen";
     case ImportStatus::Unsupported:
-        return "Convert it to glTF, OBJ, FBX, Collada, IFC or another format that can be read";
+        return "Convert it to glTF, OBJ, FBX, Collada, IFC2X3 or another format that can be read";
     case ImportStatus::Malformed:
         return "Check that the file is complete, or export it again";
     case ImportStatus::OutOfMemory:
-        return "Split the model, close other programs, or raise the memory limit";
+        return "Split the model, or close other programs";
     case ImportStatus::TimedOut:
-        return "Simplify the model, or raise the time limits if you trust the file";
+        return "Simplify the model, or split it";
     case ImportStatus::Crashed:
         return "The file is damaged or beyond the parser: export it again, or to another format";
     case ImportStatus::Cancelled:
@@ -167,6 +169,25 @@ ReadOutcome ReadGuarded(const std::string& path, const ImportOptions& options, c
     {
         return {ImportStatus::Malformed, error.what()};
     }
+}
+
+/// A file of another schema is not broken: it cannot be told from one that is by how it is read.
+void NameSchema(const std::string& path, ReadOutcome& outcome, ModelData& model)
+{
+    const bool isDone = outcome.status == ImportStatus::Done;
+    const std::string schema =
+        isDone || outcome.status == ImportStatus::Malformed ? ReadStepSchema(path) : std::string();
+    if (schema.empty() || IsStepSchemaRead(schema))
+    {
+        return;
+    }
+    if (isDone)
+    {
+        model.warnings.insert(model.warnings.begin(), "The file states the schema " + schema
+                                  + "; only what it has in common with IFC2X3 is read.");
+        return;
+    }
+    outcome = {ImportStatus::Unsupported, "it states the schema " + schema + ", and IFC2X3 is what can be read"};
 }
 
 IsolationLimits IsolationLimitsOf(const ImportLimits& limits)
@@ -301,6 +322,7 @@ void ImportUnguarded(const std::string& path, const ImportOptions& options, Impo
         {
             std::rethrow_exception(thrown);
         }
+        NameSchema(path, outcome, model);
     }
     if (outcome.status != ImportStatus::Done)
     {

@@ -4,6 +4,9 @@
 #include "orvane_host/output/detail/AtomicFile.h"
 #include "orvane/imaging/ImageCodec.h"
 
+#include <algorithm>
+#include <array>
+#include <cctype>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
@@ -28,6 +31,36 @@ void DropAlpha(std::vector<unsigned char>& pixels)
     pixels.resize(to);
 }
 
+/// Endings that promise a picture or a drawing of another kind.
+constexpr std::array<const char*, 36> kForeignEndings = {
+    "avif", "bmp", "dds",  "dib",  "eps", "exr", "gif", "hdr", "heic", "heif", "ico", "j2k",
+    "jfif", "jp2", "jpe",  "jpeg", "jpg", "jxl", "ktx", "pbm", "pcx",  "pdf",  "pgm", "pic",
+    "pnm",  "ppm", "ps",   "psd",  "qoi", "ras", "svg", "tga", "tif",  "tiff", "webp", "xcf",
+};
+
+/// The ending of a file name in small letters, without the dot; empty where there is none.
+std::string EndingOf(const std::string& path)
+{
+    const std::string name = path.substr(path.find_last_of('/') + 1);
+    const std::size_t dot = name.find_last_of('.');
+    std::string ending = dot == std::string::npos ? std::string() : name.substr(dot + 1);
+    std::transform(ending.begin(), ending.end(), ending.begin(),
+                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    return ending;
+}
+
+/// Other programs go by the ending, and would not find what it promises.
+bool IsNameForPNG(const std::string& path, std::string& error)
+{
+    const std::string ending = EndingOf(path);
+    if (std::find(kForeignEndings.begin(), kForeignEndings.end(), ending) == kForeignEndings.end())
+    {
+        return true;
+    }
+    error = "pictures are written as PNG, which ." + ending + " is not; let the name end in .png";
+    return false;
+}
+
 }  // namespace
 
 bool WritePNG(HeadlessContext& context, const std::string& path, PNGAlpha alpha, std::string& error)
@@ -44,6 +77,10 @@ bool WritePNG(HeadlessContext& context, const std::string& path, PNGAlpha alpha,
 bool WritePNG(std::vector<unsigned char> rgba, int width, int height, const std::string& path, PNGAlpha alpha,
               std::string& error)
 {
+    if (!IsNameForPNG(path, error))
+    {
+        return false;
+    }
     if (width < 1 || height < 1
         || rgba.size() != static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4)
     {
@@ -76,7 +113,7 @@ bool WritePNG(std::vector<unsigned char> rgba, int width, int height, const std:
 
 bool CanWritePNG(const std::string& path, std::string& error)
 {
-    return Detail::CanWriteFile(path, error);
+    return IsNameForPNG(path, error) && Detail::CanWriteFile(path, error);
 }
 
 }  // namespace OV::Host

@@ -19,7 +19,8 @@ enum class PNGAlpha
 ///
 /// The file is complete or it is not there: the bytes go to a new file beside it, which then
 /// takes its place, and a failure leaves an older file of that name as it was. A device or a
-/// pipe is written to as it is. The mode of an older file stays.
+/// pipe is written to as it is. The mode of an older file stays. A name that ends like a file of
+/// another kind of picture, such as .jpg, is refused.
 /// @param path UTF-8, or whatever bytes name the file.
 /// @param error on failure the reason and the remedy in one line, without the path.
 bool WritePNG(HeadlessContext& context, const std::string& path, PNGAlpha alpha, std::string& error);

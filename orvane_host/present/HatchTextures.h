@@ -1,16 +1,9 @@
 #pragma once
 
-#include "orvane/base/WatchedPtr.h"
+#include "orvane/imaging/TextureLoaderPtr.h"
 
 #include <array>
 #include <vector>
-
-namespace OV
-{
-
-class TextureLoader;
-
-} // namespace OV
 
 namespace OV::Host
 {
@@ -48,7 +41,7 @@ public:
     static std::vector<unsigned char> DrawTone(int tone);
 
 private:
-    WatchedPtr<TextureLoader> m_loader;
+    TextureLoaderPtr m_loader;
     std::array<unsigned int, Tones> m_textures{};
 };
 

@@ -1,34 +1,29 @@
+#define GL_GLEXT_PROTOTYPES
+
 #include "orvane_host/present/PresentationRenderer.h"
 
-#include "orvane_host/present/HatchTextures.h"
-#include "orvane_host/present/detail/ConstantColorScope.h"
-#include "orvane_host/present/detail/Effects.h"
-#include "orvane_host/present/detail/ObjectHatchEffect.h"
-#include "orvane_host/present/detail/SampleShadingScope.h"
+#include "orvane_host/present/detail/DepthStage.h"
+#include "orvane_host/present/detail/DrawIdKeeper.h"
+#include "orvane_host/present/detail/EdgeStage.h"
+#include "orvane_host/present/detail/EffectInPlace.h"
+#include "orvane_host/present/detail/IdentifierStage.h"
+#include "orvane_host/present/detail/ItemLister.h"
+#include "orvane_host/present/detail/LineSetup.h"
+#include "orvane_host/present/detail/OcclusionStage.h"
+#include "orvane_host/present/detail/OcclusionView.h"
 #include "orvane_host/present/detail/ScreenBuffer.h"
-#include "orvane/effects/AdvancedMaterialBaseES20.h"
-#include "orvane/effects/DepthIdPassEffectES20.h"
-#include "orvane/effects/LineFilterEffectES20.h"
-#include "orvane/effects/SSAOEffectES20.h"
-#include "orvane/effects/SolidLineEffectES20.h"
+#include "orvane_host/present/detail/SurfacePass.h"
+#include "orvane_host/present/detail/SurfaceStage.h"
+#include "orvane/effects/MaterialEffectES20.h"
 #include "orvane/imaging/TextureLoader.h"
-#include "orvane/math/Transform.h"
 #include "orvane/renderdata/CameraNodeES20.h"
-#include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshES20.h"
-#include "orvane/renderdata/MeshStyleES20.h"
-#include "orvane/scene/CameraNode.h"
-#include "orvane/scene/LineStyle.h"
-#include "orvane/scene/Material.h"
-#include "orvane/scene/Scene.h"
 
 #include <GL/gl.h>
-#include <glm/geometric.hpp>
-#include <glm/vec3.hpp>
+#include <GL/glext.h>
 
 #include <algorithm>
-#include <cmath>
-#include <iterator>
+#include <cstddef>
 
 namespace OV::Host
 {
@@ -36,50 +31,42 @@ namespace OV::Host
 namespace
 {
 
-struct NamedLook
+GLint Query(GLenum name)
 {
-    const char* name;
-    Look look;
-};
+    GLint value = 0;
+    glGetIntegerv(name, &value);
+    return value;
+}
 
-constexpr NamedLook kLooks[] = {
-    {"basic", Look::Basic},           {"advanced", Look::Advanced}, {"phong", Look::Phong},
-    {"crosshatch", Look::Crosshatch}, {"monotone", Look::Monotone}, {"vertex-color", Look::VertexColor},
-};
-
-/// The attribute that the look reads colours from.
-constexpr GLuint kColorAttribute = 2;
-
-/// Whether there are cuts that gain by shading each sample.
-bool SmoothsCuts(const CameraNode& camera)
+/// Frees the units in which stages left textures.
+void ReleaseTextures(const PresentationFrame& frame)
 {
-    const std::vector<glm::vec3>& normals = EffectES20::GetClipPlaneNormals();
-    if (normals.empty() || camera.GetProjection() != CameraNode::Perspective
-        || Detail::SampleShadingScope::IsExactInPerspective())
+    // The first unit comes last and stays active.
+    for (std::size_t unit = frame.usedUnits.size(); unit-- > 0;)
     {
-        return !normals.empty();
-    }
-    const Vector place = camera.GetGlobal().GetPosition();
-    const glm::vec3 eye(place.x, place.y, place.z);
-    for (std::size_t i = 0; i < normals.size(); ++i)
-    {
-        // What is off grows with the distance of the plane from the origin, against that from the
-        // eye. Up to here it is a pixel or two, and better than dots beside the cut.
-        constexpr float most = 4.0f;
-        const glm::vec3& position = EffectES20::GetClipPlanePositions()[i];
-        if (std::abs(glm::dot(normals[i], position)) > most * std::abs(glm::dot(normals[i], eye - position)))
+        if (frame.usedUnits[unit] || unit == 0)
         {
-            return false;
+            glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
+        }
+        if (frame.usedUnits[unit])
+        {
+            glBindTexture(GL_TEXTURE_2D, 0);
         }
     }
-    return true;
 }
 
 } // namespace
 
 PresentationRenderer::PresentationRenderer(TextureLoader* loader, RenderCapabilities* caps) :
-    SceneRenderer(loader, caps)
+    SceneRenderer(loader, caps), m_layerLines(std::make_unique<Detail::LineSetup>()),
+    m_lister(std::make_unique<Detail::ItemLister>())
 {
+    // In drawing order.
+    Append<Detail::IdentifierStage>(Step::Identifiers);
+    Append<Detail::DepthStage>(Step::Depth);
+    m_surfaces = Append<Detail::SurfaceStage>(Step::Surfaces);
+    m_occlusion = Append<Detail::OcclusionStage>(Step::Occlusion);
+    m_edges = Append<Detail::EdgeStage>(Step::Edges);
 }
 
 PresentationRenderer::~PresentationRenderer()
@@ -87,35 +74,126 @@ PresentationRenderer::~PresentationRenderer()
     ReleaseHeld();
 }
 
+template <class Stage>
+Stage* PresentationRenderer::Append(Step step)
+{
+    m_stages.push_back({step, std::make_unique<Stage>(), {}});
+    return static_cast<Stage*>(m_stages.back().stage.get());
+}
+
+PresentationRenderer::Step PresentationRenderer::StepOf(StageSlot slot)
+{
+    switch (slot)
+    {
+    case StageSlot::BeforeSurfaces:
+        return Step::BeforeSurfaces;
+    case StageSlot::AfterSurfaces:
+        return Step::AfterSurfaces;
+    case StageSlot::OverPicture:
+        break;
+    }
+    return Step::OverPicture;
+}
+
+PresentationStage* PresentationRenderer::AddStage(std::unique_ptr<PresentationStage> stage, StageSlot slot)
+{
+    if (!stage)
+    {
+        return nullptr;
+    }
+    const Step step = StepOf(slot);
+    const auto place = std::find_if(m_stages.begin(), m_stages.end(),
+                                    [step](const Entry& entry) { return entry.step > step; });
+    return m_stages.insert(place, Entry{step, std::move(stage), {}})->stage.get();
+}
+
+std::unique_ptr<PresentationStage> PresentationRenderer::RemoveStage(const PresentationStage* stage)
+{
+    const auto isOutside = [](Step step) {
+        return step == Step::BeforeSurfaces || step == Step::AfterSurfaces || step == Step::OverPicture;
+    };
+    const auto found = std::find_if(m_stages.begin(), m_stages.end(), [&](const Entry& entry) {
+        return entry.stage.get() == stage && isOutside(entry.step);
+    });
+    if (found == m_stages.end())
+    {
+        return nullptr;
+    }
+    std::unique_ptr<PresentationStage> removed = std::move(found->stage);
+    m_stages.erase(found);
+    removed->ReleaseGL();
+    return removed;
+}
+
 bool PresentationRenderer::ParseLook(const std::string& name, Look& look)
 {
-    const auto found = std::find_if(std::begin(kLooks), std::end(kLooks),
-                                    [&](const NamedLook& candidate) { return candidate.name == name; });
-    if (found == std::end(kLooks))
-    {
-        return false;
-    }
-    look = found->look;
-    return true;
+    return Host::ParseLook(name, look);
+}
+
+const char* PresentationRenderer::NameOfLook(Look look)
+{
+    const char* const name = Host::NameOfLook(look);
+    return name ? name : "";
+}
+
+void PresentationRenderer::SetLook(Look look)
+{
+    m_surfaces->SetLook(look);
+}
+
+Look PresentationRenderer::GetLook() const
+{
+    return m_surfaces->GetLook();
 }
 
 void PresentationRenderer::SetStrokeDensity(int density)
 {
-    if (m_strokeDensity != density)
-    {
-        m_strokeDensity = density;
-        m_hatches.reset();
-    }
+    m_surfaces->SetStrokeDensity(density);
+}
+
+void PresentationRenderer::ShowSurfaces(bool show)
+{
+    m_surfaces->ShowSurfaces(show);
+}
+
+void PresentationRenderer::ShowLines(bool show)
+{
+    m_surfaces->ShowLines(show);
+}
+
+void PresentationRenderer::OverlayLines(bool overlay)
+{
+    m_surfaces->OverlayLines(overlay);
 }
 
 void PresentationRenderer::EditInContext(std::vector<std::pair<std::uint64_t, std::uint64_t>> path)
 {
-    m_editPath = std::move(path);
+    m_surfaces->SetEditPath(std::move(path));
 }
 
 void PresentationRenderer::LeaveEdit()
 {
-    m_editPath.reset();
+    m_surfaces->SetEditPath(std::nullopt);
+}
+
+void PresentationRenderer::SetEdges(const std::optional<EdgeLook>& edges)
+{
+    m_edges->SetEdges(edges);
+}
+
+const std::optional<EdgeLook>& PresentationRenderer::GetEdges() const
+{
+    return m_edges->GetEdges();
+}
+
+void PresentationRenderer::ShowIdentifiers(bool show)
+{
+    m_edges->ShowIdentifiers(show);
+}
+
+void PresentationRenderer::ShowAmbientOcclusion(bool show)
+{
+    m_occlusion->Show(show);
 }
 
 void PresentationRenderer::Suspend()
@@ -126,174 +204,105 @@ void PresentationRenderer::Suspend()
 
 void PresentationRenderer::ReleaseHeld()
 {
-    Detail::Drop(m_hatchEffect);
-    Detail::Drop(m_advanced);
-    Detail::Drop(m_phong);
-    Detail::Drop(m_identifierEffect);
-    Detail::Drop(m_edgeEffect);
-    Detail::Drop(m_occlusionEffect);
-    Detail::Drop(m_lineEffect);
-    m_hatches.reset();
-    for (std::unique_ptr<Detail::ScreenBuffer>& identifiers : m_identifiers)
+    for (Entry& entry : m_stages)
     {
-        identifiers.reset();
+        entry.stage->ReleaseGL();
     }
-    m_depth.reset();
+    m_layerLines->ReleaseGL();
     m_picture.reset();
-    m_refusedFiner = {0, 0};
 }
 
-RenderPass PresentationRenderer::PassOfLook() const
+void PresentationRenderer::BeginCapture()
 {
-    switch (m_look)
-    {
-    case Look::Advanced:
-    case Look::Phong:
-        return RenderPassAdvanced;
-    case Look::Crosshatch:
-        return RenderPassCrosshatch;
-    case Look::Monotone:
-        return RenderPassMonotone;
-    case Look::VertexColor:
-        return RenderPassVertexColor;
-    case Look::Basic:
-        break;
-    }
-    return RenderPassDefault;
+    SceneRenderer::BeginCapture();
+    m_capturing = offscreenFramebuffer != 0 && !UseMSAA();
 }
 
-CameraNodeES20* PresentationRenderer::PrepareCamera(CameraNode& camera)
+void PresentationRenderer::ApplyCapture()
 {
-    CameraNodeES20* const cameraData = CameraDataOf(&camera);
-    if (cameraData)
-    {
-        const float pointsPerPixel = GetPxToPtScale();
-        cameraData->UpdateMVP(static_cast<int>(static_cast<float>(width) * pointsPerPixel),
-                              static_cast<int>(static_cast<float>(height) * pointsPerPixel), false);
-    }
-    return cameraData;
+    m_capturing = false;
+    SceneRenderer::ApplyCapture();
+}
+
+PixelSize PresentationRenderer::TargetSize() const
+{
+    return m_capturing ? PixelSize{offscreenWidth, offscreenHeight} : PixelSize{width, height};
+}
+
+void PresentationRenderer::Render2D(Scene2D* layer)
+{
+    const float ratio = devicePixelRatio;
+    devicePixelRatio = m_layerRatio.value_or(ratio);
+    m_layerLines->Begin(effectCache, TargetSize(), {width, height});
+    SceneRenderer::Render2D(layer);
+    m_layerLines->End();
+    devicePixelRatio = ratio;
 }
 
 void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
 {
-    CameraNodeES20* const cameraData = PrepareCamera(camera);
+    CameraNodeES20* const cameraData = CameraDataOf(&camera);
     if (!cameraData)
     {
         return;
     }
-    PrepareLook();
-    ListItems(scene, cameraData);
-    if (m_look == Look::Crosshatch)
+    PresentationFrame frame = BeginFrame(scene, camera, *cameraData, m_lister->GetItems());
+    frame.target = TargetSize();
+    cameraData->UpdateMVP(frame.view.width, frame.view.height, false);
+    for (Entry& entry : m_stages)
     {
-        UseHatchEffect(scene);
+        entry.stage->Prepare(frame);
     }
-    const bool hasStages = HasScreenStages() && PrepareScreenMesh();
-    bufferPool.GenerateVBOs();
-    const bool hasPictures = hasStages && DrawOffscreen(camera, cameraData);
-    BeginScene();
-    PrepareLines(hasPictures);
-    DrawLook(cameraData);
-    ReleaseLines();
-    if (hasPictures)
+    m_lister->List(frame, m_surfaces->AreLinesShown());
+    if (!cameraData->GetCameraNode())
     {
-        DrawOcclusion(camera);
-        DrawEdges();
-        ReleaseTextures();
+        // A texture loader of the host's has deleted the camera: the next frame has another.
+        m_lister->Clear();
+        return;
+    }
+    GatherNeeds(frame);
+    bufferPool.GenerateVBOs();
+    if (frame.served)
+    {
+        // Of points the shader of identifiers knows no size.
+        m_lister->ListSurfaces(false);
+        AskTarget(frame);
+    }
+    bool begun = false;
+    for (Entry& entry : m_stages)
+    {
+        if (!begun && entry.step >= Step::BeforeSurfaces)
+        {
+            BeginScene();
+            begun = true;
+        }
+        DrawStage(entry, frame);
+    }
+    const auto isUsed = [](bool used) { return used; };
+    if (frame.served || std::any_of(frame.usedUnits.begin(), frame.usedUnits.end(), isUsed))
+    {
+        ReleaseTextures(frame);
     }
     MeshES20::ResetBufferCache();
+    m_lister->Clear();
 }
 
-void PresentationRenderer::DrawLook(CameraNodeES20* cameraData)
+void PresentationRenderer::GatherNeeds(PresentationFrame& frame)
 {
-    const Detail::SampleShadingScope sampleShading(SmoothsCuts(*cameraData->GetCameraNode())
-                                                   && Detail::SampleShadingScope::IsOfUse());
-    const Detail::ConstantColorScope plainColors(kColorAttribute, m_look == Look::VertexColor);
-    if (m_surfacesShown)
+    for (Entry& entry : m_stages)
     {
-        DrawItems(cameraData, m_items, PassOfLook());
-        return;
+        entry.needs = entry.stage->NeedsOf(frame);
+        frame.needs |= entry.needs;
     }
-    m_lines.assign(m_items.begin() + static_cast<std::ptrdiff_t>(m_firstLine),
-                   m_items.begin() + static_cast<std::ptrdiff_t>(m_firstAlpha));
-    DrawItems(cameraData, m_lines, RenderPassDefault);
+    frame.served = !overDraw && frame.needs.Any() && frame.renderer.PrepareScreen();
 }
 
-void PresentationRenderer::PrepareLook()
+void PresentationRenderer::AskTarget(PresentationFrame& frame)
 {
-    switch (m_look)
-    {
-    case Look::Advanced:
-        EffectES20::SetAdvancedMaterialShaderType(EffectCache::AdvancedMaterial);
-        PrepareEdit();
-        break;
-    case Look::Phong:
-        EffectES20::SetAdvancedMaterialShaderType(EffectCache::AdvancedMaterialPhong);
-        PrepareEdit();
-        break;
-    case Look::Crosshatch:
-        PrepareHatches();
-        break;
-    case Look::Basic:
-    case Look::Monotone:
-    case Look::VertexColor:
-        break;
-    }
-}
-
-void PresentationRenderer::PrepareHatches()
-{
-    if (!m_hatchEffect)
-    {
-        m_hatchEffect = new Detail::ObjectHatchEffect;
-    }
-    if (m_hatches || !textureLoader)
-    {
-        return;
-    }
-    m_hatches = std::make_unique<HatchTextures>(*textureLoader, m_strokeDensity);
-    for (int tone = 0; tone < HatchTextures::Tones; ++tone)
-    {
-        m_hatchEffect->SetHatchTexture(tone, m_hatches->GetTexture(tone));
-    }
-}
-
-void PresentationRenderer::UseHatchEffect(Scene& scene)
-{
-    for (const auto* list : {&scene.GetOptimizedMaterials(), &scene.GetAlphaMaterials()})
-    {
-        for (Material* material : *list)
-        {
-            auto* const data = dynamic_cast<MaterialES20*>(material->GetRenderData());
-            EffectES20** const slot = data ? &data->passEffects[RenderPassCrosshatch] : nullptr;
-            // A kind of material that isn't drawn in this pass has no effect to replace.
-            if (slot && *slot && *slot != m_hatchEffect)
-            {
-                (*slot)->Release();
-                *slot = m_hatchEffect;
-                m_hatchEffect->AddReference();
-            }
-        }
-    }
-}
-
-void PresentationRenderer::PrepareEdit()
-{
-    const bool soft = m_look == Look::Phong;
-    AdvancedMaterialBaseES20* const effect = Detail::FetchOnce(
-        soft ? m_phong : m_advanced, effectCache,
-        soft ? EffectCache::AdvancedMaterialPhong : EffectCache::AdvancedMaterial);
-    if (!effect)
-    {
-        return;
-    }
-    if (m_editPath)
-    {
-        effect->SetEditInContextPath(*m_editPath);
-    }
-    else
-    {
-        effect->ClearEditInContextPath();
-    }
+    frame.framebuffer = static_cast<unsigned int>(Query(GL_FRAMEBUFFER_BINDING));
+    frame.multisampled = Query(GL_SAMPLE_BUFFERS) != 0;
+    glGetFloatv(GL_DEPTH_RANGE, frame.depthRange.data());
+    frame.depthShare = Detail::OcclusionView(frame.camera).depthShare;
 }
 
 void PresentationRenderer::BeginScene() const
@@ -308,44 +317,60 @@ void PresentationRenderer::BeginScene() const
     glEnable(GL_DEPTH_TEST);
 }
 
-void PresentationRenderer::ListItems(Scene& scene, CameraNodeES20* cameraData)
+void PresentationRenderer::DrawStage(Entry& entry, PresentationFrame& frame)
 {
-    m_items.clear();
-    for (Material* material : scene.GetOptimizedMaterials())
+    const FrameNeeds& needs = entry.needs;
+    bool has = !needs.Any() || frame.served;
+    if (has && needs.picture)
     {
-        PrepareOptimizedMaterial(material, cameraData, m_items, true);
+        has = CopyPicture(frame);
     }
-    m_firstLine = m_items.size();
-    if (m_linesShown)
+    if (has || needs.optional)
     {
-        for (LineStyle* lineStyle : scene.GetLineStyles())
-        {
-            PrepareLineStyle(lineStyle, cameraData, m_items, true);
-        }
+        entry.stage->Draw(frame);
     }
-    m_firstAlpha = m_items.size();
-    for (Material* material : scene.GetAlphaMaterials())
-    {
-        PrepareOptimizedMaterial(material, cameraData, m_items, true);
-    }
+    frame.picture = 0;
 }
 
-void PresentationRenderer::DrawItems(CameraNodeES20* cameraData, const std::vector<RenderItemES20>& items,
-                                     RenderPass pass)
+bool PresentationRenderer::CopyPicture(PresentationFrame& frame)
 {
-    const auto passOf = [pass](const RenderItemES20& item) {
-        return item.style->GetShader(pass) ? pass : RenderPassDefault;
-    };
-    auto begin = items.begin();
-    while (begin != items.end())
+    if (!m_picture)
     {
-        const RenderPass own = passOf(*begin);
-        const auto end = std::find_if(begin, items.end(),
-                                      [&](const RenderItemES20& item) { return passOf(item) != own; });
-        m_run.assign(begin, end);
-        RenderItemList(cameraData, m_run, own);
-        begin = end;
+        m_picture = std::make_unique<Detail::ScreenBuffer>(RenderTargetProfileColor);
     }
+    if (!m_picture->Resize(frame.target.width, frame.target.height))
+    {
+        return false;
+    }
+    m_picture->CopyFrom(frame.framebuffer, frame.multisampled);
+    // Copying leaves it bound.
+    frame.usedUnits[0] = true;
+    frame.picture = m_picture->GetTarget().GetColorTexture();
+    return true;
+}
+
+void PresentationRenderer::DrawSurfaces(Scene& scene, CameraNode& camera, MaterialEffectES20& effect)
+{
+    CameraNodeES20* const cameraData = CameraDataOf(&camera);
+    if (!cameraData)
+    {
+        return;
+    }
+    PresentationFrame frame = BeginFrame(scene, camera, *cameraData, m_lister->GetItems());
+    cameraData->UpdateMVP(frame.view.width, frame.view.height, false);
+    Detail::DrawIdKeeper drawIds(scene);
+    m_lister->List(frame, m_surfaces->AreLinesShown());
+    m_lister->ListSurfaces(true);
+    const std::vector<RenderItemES20>& surfaces = frame.items.surfaces;
+    drawIds.Keep(surfaces);
+    bufferPool.GenerateVBOs();
+    Detail::SurfacePass::SetState();
+    {
+        const Detail::EffectInPlace inPlace(surfaces, RenderPassDepthIdSecond, effect);
+        RenderItemList(cameraData, surfaces, RenderPassDepthIdSecond);
+    }
+    MeshES20::ResetBufferCache();
+    m_lister->Clear();
 }
 
 } // namespace OV::Host

@@ -1,24 +1,14 @@
 #include "orvane_host/present/SceneRenderer.h"
 
 #include "orvane_host/present/detail/LevelLineES20.h"
-#include "orvane/math/TextureCoordinate.h"
-#include "orvane/math/Transform.h"
-#include "orvane/math/Vector.h"
+#include "orvane_host/present/detail/SkyStage.h"
 #include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/Line.h"
 #include "orvane/scene/LineStyle.h"
 #include "orvane/scene/Material.h"
-#include "orvane/scene/Mesh.h"
-#include "orvane/scene/MeshNode.h"
-#include "orvane/scene/RawMesh.h"
 #include "orvane/scene/Scene.h"
-
-#include <GL/gl.h>
-
-#include <cmath>
-#include <utility>
 
 namespace OV::Host
 {
@@ -26,85 +16,28 @@ namespace OV::Host
 namespace
 {
 
-constexpr double Pi = 3.14159265358979323846;
-
-/// Rings from straight down to straight up, so many degrees apart that the usual stops of the
-/// gradient, a tenth and a fifth of the way up, lie on rings.
-constexpr int RingStepDegrees = 3;
-constexpr int Rings = 180 / RingStepDegrees;
-/// Enough that the chords of a ring do not sag visibly.
-constexpr int Segments = 96;
-
-/// Sphere of radius 1. v of the texture runs evenly with the elevation: 0 at the horizon, 1
-/// straight up, -1 straight down.
-std::shared_ptr<RawMesh> MakeDome()
-{
-    std::vector<Vector> positions;
-    std::vector<TextureCoordinate> coordinates;
-    std::vector<unsigned short> indices;
-    for (int ring = 0; ring <= Rings; ++ring)
-    {
-        const double elevation = (ring * RingStepDegrees - 90) * Pi / 180.0;
-        const float height = static_cast<float>(ring * RingStepDegrees - 90) / 90.0f;
-        for (int segment = 0; segment <= Segments; ++segment)
-        {
-            const double azimuth = 2.0 * Pi * segment / Segments;
-            positions.emplace_back(static_cast<float>(std::cos(elevation) * std::sin(azimuth)),
-                                   static_cast<float>(std::sin(elevation)),
-                                   static_cast<float>(std::cos(elevation) * std::cos(azimuth)));
-            coordinates.emplace_back(static_cast<float>(segment) / Segments, height);
-        }
-    }
-    for (int ring = 0; ring < Rings; ++ring)
-    {
-        for (int segment = 0; segment < Segments; ++segment)
-        {
-            const auto lower = static_cast<unsigned short>(ring * (Segments + 1) + segment);
-            const auto upper = static_cast<unsigned short>(lower + Segments + 1);
-            const auto next = [](unsigned short index) { return static_cast<unsigned short>(index + 1); };
-            indices.insert(indices.end(), {lower, upper, next(lower), next(lower), upper, next(upper)});
-        }
-    }
-    auto dome = std::make_shared<RawMesh>();
-    dome->StartDescription();
-    dome->SetPositionBuffer(std::move(positions));
-    dome->SetTextureBuffer(std::move(coordinates));
-    dome->SetIndices(std::move(indices));
-    dome->EndDescription(true);
-    return dome;
-}
-
-/// Shows the camera as a perspective one for the length of a scope.
-class PerspectiveGuard
+/// Says that something is being drawn, until the scope ends.
+class DrawingScope
 {
 public:
-    explicit PerspectiveGuard(CameraNode* camera) : m_camera(camera), m_projection(camera->GetProjection())
-    {
-        camera->SetProjection(CameraNode::Perspective);
-    }
+    explicit DrawingScope(bool& isDrawing) : m_isDrawing(isDrawing) { m_isDrawing = true; }
+    ~DrawingScope() { m_isDrawing = false; }
 
-    ~PerspectiveGuard() { m_camera->SetProjection(m_projection); }
-
-    PerspectiveGuard(const PerspectiveGuard&) = delete;
-    PerspectiveGuard& operator=(const PerspectiveGuard&) = delete;
+    DrawingScope(const DrawingScope&) = delete;
+    DrawingScope& operator=(const DrawingScope&) = delete;
 
 private:
-    CameraNode* m_camera;
-    CameraNode::CameraProjection m_projection;
+    bool& m_isDrawing;
 };
 
 } // namespace
 
-SceneRenderer::SceneRenderer(TextureLoader* loader, RenderCapabilities* caps) : Renderer20(loader, caps)
+SceneRenderer::SceneRenderer(TextureLoader* loader, RenderCapabilities* caps) :
+    Renderer20(loader, caps), m_sky(std::make_unique<Detail::SkyStage>())
 {
 }
 
 SceneRenderer::~SceneRenderer() = default;
-
-void SceneRenderer::ShowSky(bool show)
-{
-    m_skyShown = show;
-}
 
 void SceneRenderer::Pack(Scene* scene, CameraNode* camera)
 {
@@ -114,18 +47,10 @@ void SceneRenderer::Pack(Scene* scene, CameraNode* camera)
         return;
     }
     std::vector<RenderItemES20> items;
-    for (const auto* list : {&scene->GetOptimizedMaterials(), &scene->GetAlphaMaterials()})
-    {
-        for (Material* material : *list)
-        {
-            PrepareOptimizedMaterial(material, cameraData, items, false);
-        }
-    }
+    PrepareOptimizedMaterials(scene->GetOptimizedMaterials(), cameraData, items, false);
+    PrepareOptimizedMaterials(scene->GetAlphaMaterials(), cameraData, items, false);
     LevelLines(*scene);
-    for (LineStyle* style : scene->GetLineStyles())
-    {
-        PrepareLineStyle(style, cameraData, items, false);
-    }
+    PrepareLineStyles(scene->GetLineStyles(), cameraData, items, false);
     bufferPool.GenerateVBOs();
     MeshES20::ResetBufferCache();
 }
@@ -147,10 +72,16 @@ void SceneRenderer::LevelLines(Scene& scene)
 
 void SceneRenderer::Render3D(Scene* scene, CameraNode* camera)
 {
+    // A host that is called while a frame is listed may ask for another one: the lists are in use.
+    if (m_isDrawing)
+    {
+        return;
+    }
+    const DrawingScope drawing(m_isDrawing);
     // Over-draw adds to a picture that has its sky already.
     if (m_skyShown && !overDraw && scene && camera)
     {
-        DrawSky(camera);
+        DrawSky(*scene, *camera);
     }
     if (scene && camera)
     {
@@ -173,78 +104,39 @@ CameraNodeES20* SceneRenderer::CameraDataOf(CameraNode* camera)
     return dynamic_cast<CameraNodeES20*>(camera->GetRenderData());
 }
 
+PresentationFrame SceneRenderer::BeginFrame(Scene& scene, CameraNode& camera, CameraNodeES20& cameraData,
+                                            const FrameItems& items)
+{
+    PresentationFrame frame{scene, camera, cameraData, m_access, items};
+    const float pointsPerPixel = GetPxToPtScale();
+    frame.view.width = static_cast<int>(static_cast<float>(width) * pointsPerPixel);
+    frame.view.height = static_cast<int>(static_cast<float>(height) * pointsPerPixel);
+    frame.screen = {width, height};
+    frame.target = frame.screen;
+    frame.background = clearColor;
+    frame.overDraw = overDraw;
+    return frame;
+}
+
+const Scene* SceneRenderer::GetSkyScene() const
+{
+    return m_sky->GetScene();
+}
+
+void SceneRenderer::DrawSky(Scene& scene, CameraNode& camera)
+{
+    if (CameraNodeES20* const cameraData = CameraDataOf(&camera))
+    {
+        const FrameItems none;
+        PresentationFrame frame = BeginFrame(scene, camera, *cameraData, none);
+        m_sky->Draw(frame);
+    }
+}
+
 void SceneRenderer::Suspend()
 {
-    if (m_skyScene)
-    {
-        m_skyScene->Suspend();
-    }
+    m_sky->ReleaseGL();
     Renderer20::Suspend();
-}
-
-void SceneRenderer::MakeSkyScene()
-{
-    if (m_skyScene)
-    {
-        return;
-    }
-    m_skyScene = std::make_unique<Scene>();
-    auto* material = new Material("sky");
-    // The dome is seen from inside.
-    material->flags = MaterialFlagNoCull | MaterialFlagUnlit;
-    m_skyScene->AddMaterial(material);
-    auto* mesh = new Mesh(MakeDome(), m_skyScene.get());
-    material->AddMesh(mesh);
-    m_skyNode = new MeshNode(m_skyScene.get());
-    m_skyScene->GetRoot()->AddChild(m_skyNode, false);
-    mesh->AddNode(m_skyNode);
-}
-
-void SceneRenderer::MoveSkyTo(CameraNode* camera)
-{
-    const Vector eye = camera->GetGlobal().GetPosition();
-    // The matrices are of single precision: with a dome as large as the eye is far out, what
-    // they lose is small against it. The near plane stands at 1.
-    const float distance = std::sqrt(eye.x * eye.x + eye.y * eye.y + eye.z * eye.z);
-    const float radius = 16.0f + distance;
-    Transform transform;
-    transform.SetScale(Vector(radius, radius, radius));
-    transform.SetPosition(eye);
-    if (m_skyNode->GetLocal() != transform)
-    {
-        m_skyNode->SetLocal(transform);
-    }
-    m_skyScene->UpdateGraph(static_cast<float>(width), static_cast<float>(height));
-}
-
-void SceneRenderer::DrawSky(CameraNode* camera)
-{
-    CameraNodeES20* cameraData = CameraDataOf(camera);
-    if (!cameraData)
-    {
-        return;
-    }
-    MakeSkyScene();
-    MoveSkyTo(camera);
-
-    const float pointsPerPixel = GetPxToPtScale();
-    float nearDistance = 0.0f;
-    float farDistance = 0.0f;
-    camera->GetNearFar(nearDistance, farDistance);
-    {
-        const PerspectiveGuard guard(camera);
-        cameraData->UpdateInfiniteMVP(static_cast<int>(width * pointsPerPixel),
-                                      static_cast<int>(height * pointsPerPixel), 1.0f - nearDistance);
-    }
-    m_skyItems.clear();
-    for (Material* material : m_skyScene->GetOptimizedMaterials())
-    {
-        PrepareOptimizedMaterial(material, cameraData, m_skyItems, false);
-    }
-    bufferPool.GenerateVBOs();
-    glDisable(GL_BLEND);
-    RenderItemList(cameraData, m_skyItems, RenderPassSky);
-    MeshES20::ResetBufferCache();
 }
 
 } // namespace OV::Host

@@ -1,15 +1,17 @@
 #pragma once
 
+#include "orvane_host/present/PresentationFrame.h"
+#include "orvane_host/present/StageAccess.h"
 #include "orvane/renderer/Renderer20.h"
 
 #include <memory>
 
-namespace OV
+namespace OV::Host::Detail
 {
 
-class MeshNode;
+class SkyStage;
 
-} // namespace OV
+} // namespace OV::Host::Detail
 
 namespace OV::Host
 {
@@ -33,7 +35,7 @@ public:
     ~SceneRenderer() override;
 
     /// Draws the sky behind each scene from now on. Off at first.
-    void ShowSky(bool show);
+    void ShowSky(bool show) { m_skyShown = show; }
     bool IsSkyShown() const { return m_skyShown; }
 
     /// Makes the render data of everything in the scene that is ready, packs the geometry and
@@ -44,7 +46,7 @@ public:
     void Suspend() override;
 
     /// The private scene of the sky, for whoever counts what is drawn; null until it is drawn.
-    const Scene* GetSkyScene() const { return m_skyScene.get(); }
+    const Scene* GetSkyScene() const;
 
 protected:
     /// Draws the scene in front of what is there.
@@ -53,16 +55,21 @@ protected:
     /// The camera's render data, made at need; null if the host has put something else there.
     static CameraNodeES20* CameraDataOf(CameraNode* camera);
 
-private:
-    void LevelLines(Scene& scene);
-    void MakeSkyScene();
-    void MoveSkyTo(CameraNode* camera);
-    void DrawSky(CameraNode* camera);
+    /// What stages share of a frame that begins, drawn into the screen.
+    /// @param items listed later; outlive the frame.
+    PresentationFrame BeginFrame(Scene& scene, CameraNode& camera, CameraNodeES20& cameraData,
+                                 const FrameItems& items);
 
+private:
+    friend class StageAccess;
+
+    void LevelLines(Scene& scene);
+    void DrawSky(Scene& scene, CameraNode& camera);
+
+    StageAccess m_access{*this};
+    bool m_isDrawing = false;
     bool m_skyShown = false;
-    std::unique_ptr<Scene> m_skyScene;
-    MeshNode* m_skyNode = nullptr; ///< lives in m_skyScene
-    std::vector<RenderItemES20> m_skyItems;
+    std::unique_ptr<Detail::SkyStage> m_sky;
 };
 
 } // namespace OV::Host

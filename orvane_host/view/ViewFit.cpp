@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <iterator>
 
 namespace OV::Host
@@ -199,18 +200,26 @@ void Place(CameraNode& camera, const Vec& eye, const Axes& axes, double distance
     camera.SetDistanceToTarget(static_cast<float>(distance));
 }
 
-} // namespace
+Axes MakeAxes(const Vec& back, const Vector& up, UpAxis axis)
+{
+    Axes axes;
+    const Vec upAxis = FromYUp(Vec(0, 1, 0), axis);
+    // Looking straight down or up, the picture's upper edge is the back, as from the top.
+    const Vec awayFromFront = FromYUp(Vec(0, 0, -1), axis);
+    if (!(IsUsable(up) && axes.Set(back, ToVec(up))) && !axes.Set(back, upAxis))
+    {
+        axes.Set(back, awayFromFront);
+    }
+    return axes;
+}
 
-bool ViewFit::Frame(CameraNode& camera, const Vector& boxMin, const Vector& boxMax, NamedView view,
-                    const ViewFitOptions& options)
+/// Frames a box along axes.
+bool Stand(CameraNode& camera, const Vector& boxMin, const Vector& boxMax, const Axes& axes,
+           const ViewFitOptions& options)
 {
     Box box;
     const bool isUsable = box.Set(boxMin, boxMax);
     const Lens lens(options);
-    const View& named = kViews[static_cast<int>(view)];
-    Axes axes;
-    axes.Set(FromYUp(named.towardsEye, options.upAxis), FromYUp(named.up, options.upAxis));
-
     double distance = 0.0;
     if (options.orthographic)
     {
@@ -233,6 +242,29 @@ bool ViewFit::Frame(CameraNode& camera, const Vector& boxMin, const Vector& boxM
     return isUsable;
 }
 
+} // namespace
+
+bool ViewFit::Frame(CameraNode& camera, const Vector& boxMin, const Vector& boxMax, NamedView view,
+                    const ViewFitOptions& options)
+{
+    const View& named = kViews[static_cast<int>(view)];
+    Axes axes;
+    axes.Set(FromYUp(named.towardsEye, options.upAxis), FromYUp(named.up, options.upAxis));
+    return Stand(camera, boxMin, boxMax, axes, options);
+}
+
+bool ViewFit::FrameAlong(CameraNode& camera, const Vector& boxMin, const Vector& boxMax,
+                         const Vector& towardsEye, const Vector& up, const ViewFitOptions& options)
+{
+    Vec back = ToVec(towardsEye);
+    if (!IsUsable(towardsEye) || !(back.length() > 0.0))
+    {
+        return Frame(camera, boxMin, boxMax, NamedView::Iso, options);
+    }
+    back.normalize();
+    return Stand(camera, boxMin, boxMax, MakeAxes(back, up, options.upAxis), options);
+}
+
 bool ViewFit::Look(CameraNode& camera, const Vector& eye, const Vector& target, const Vector& up,
                    const Vector& boxMin, const Vector& boxMax, const ViewFitOptions& options)
 {
@@ -248,15 +280,7 @@ bool ViewFit::Look(CameraNode& camera, const Vector& eye, const Vector& target, 
     }
     back.normalize();
 
-    Axes axes;
-    const Vec upAxis = FromYUp(Vec(0, 1, 0), options.upAxis);
-    // Looking straight down or up, the picture's upper edge is the back, as from the top.
-    const Vec awayFromFront = FromYUp(Vec(0, 0, -1), options.upAxis);
-    if (!(IsUsable(up) && axes.Set(back, ToVec(up))) && !axes.Set(back, upAxis))
-    {
-        axes.Set(back, awayFromFront);
-    }
-
+    const Axes axes = MakeAxes(back, up, options.upAxis);
     const Lens lens(options);
     camera.SetProjection(options.orthographic ? CameraNode::Orthographic : CameraNode::Perspective);
     camera.SetFOV(static_cast<float>(options.orthographic ? lens.halfAngle : lens.PerspectiveFov()));
@@ -281,6 +305,12 @@ bool ViewFit::ParseView(const std::string& text, NamedView& view)
     }
     view = static_cast<NamedView>(found - std::begin(kViewNames));
     return true;
+}
+
+const char* ViewFit::NameOf(NamedView view)
+{
+    const auto index = static_cast<std::size_t>(view);
+    return index < std::size(kViewNames) ? kViewNames[index] : nullptr;
 }
 
 } // namespace OV::Host

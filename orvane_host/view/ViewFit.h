@@ -63,6 +63,13 @@ public:
     static bool Frame(CameraNode& camera, const Vector& boxMin, const Vector& boxMax, NamedView view,
                       const ViewFitOptions& options = ViewFitOptions());
 
+    /// The same along any direction.
+    /// @param towardsEye of any length above 0; else Iso's is taken.
+    /// @param up as in Look.
+    static bool FrameAlong(CameraNode& camera, const Vector& boxMin, const Vector& boxMax,
+                           const Vector& towardsEye, const Vector& up,
+                           const ViewFitOptions& options = ViewFitOptions());
+
     /// Looks from eye to target; the box only decides near and far.
     ///
     /// With an orthographic camera the picture is as high as a perspective one at the
@@ -77,6 +84,9 @@ public:
     /// Reads the lower-case name of a view, as on a command line.
     /// @return false, with view untouched, for any other text.
     static bool ParseView(const std::string& text, NamedView& view);
+
+    /// The name that ParseView knows a view by; null for what is no view.
+    static const char* NameOf(NamedView view);
 };
 
 } // namespace OV::Host

@@ -7,6 +7,7 @@
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/NodeMaterial.h"
+#include "orvane/scene/RawMesh.h"
 #include "tests/support/SketchModel.h"
 
 #include <glm/geometric.hpp>
@@ -358,6 +359,26 @@ TEST_F(MonotonePixels, PointsAreBlackAndSixWideInEitherPass)
         ExpectColorInRect(picture, {29, 29, 6, 6}, Pixel{0, 0, 0, 255});
         EXPECT_EQ(picture.At(64, 64), ToPixel(Background));
     }
+}
+
+TEST_F(MonotonePixels, PointsBehindAPlainFirstMeshAreOfOneSizeFromTheFirstFrameOn)
+{
+    Surface surface;
+    surface.rect = {32, 32, 64, 64};
+    Material& points = AddMaterial(vec4(0.9f, 0.9f, 0.9f, 1.0f), vec4(1.0f));
+    points.SetFlags(MaterialFlagPoints);
+    MeshNode& node = AddSurface(points, surface);
+    // A mesh of nothing that is drawn, with a material of no points, comes first at the node.
+    Mesh* const drawn = node.GetMeshes().front();
+    Mesh first(std::make_shared<RawMesh>());
+    AddMaterial(vec4(1.0f), vec4(1.0f)).AddMesh(&first);
+    drawn->RemoveNode(&node);
+    first.AddNode(&node);
+    drawn->AddNode(&node);
+    ASSERT_EQ(node.GetMeshes().front(), &first);
+    const Picture picture = DrawPass(RenderPassMonotone);
+    EXPECT_EQ(picture.Count(ToPixel(vec4(1.0f))), 4 * 6 * 6);
+    EXPECT_EQ(DrawPass(RenderPassMonotone), picture);
 }
 
 TEST_F(MonotonePixels, AMirroredNodeKeepsItsFrontAndTheNextMeshIsAsEver)

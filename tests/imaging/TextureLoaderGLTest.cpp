@@ -130,9 +130,18 @@ TEST_F(TextureLoaderGLTest, TheHostsPixelLayoutDoesNoHarm)
     const Pixels pixels = CountedPixels(3, 3);
     const unsigned id = CreateRaw(pixels, 3, 3);
     EXPECT_EQ(ReadLevel(id, 0).pixels, pixels);
+    for (const auto& [name, value] : {std::pair<GLenum, GLint>{GL_UNPACK_ALIGNMENT, 8}, {GL_UNPACK_ROW_LENGTH, 9},
+                                      {GL_UNPACK_SKIP_ROWS, 1}, {GL_UNPACK_SKIP_PIXELS, 2},
+                                      {GL_PIXEL_UNPACK_BUFFER_BINDING, static_cast<GLint>(buffer)}})
+    {
+        GLint now = -1;
+        glGetIntegerv(name, &now);
+        EXPECT_EQ(now, value) << name;
+        glPixelStorei(name, name == GL_UNPACK_ALIGNMENT ? 4 : 0);
+    }
+    glGetError();
     glDeleteBuffers(1, &buffer);
     loader.ReleaseTexture(id);
-    // The fixture finds the layout at GL's initial values.
 }
 
 TEST_F(TextureLoaderGLTest, AFileArrivesWithItsBottomRowFirst)

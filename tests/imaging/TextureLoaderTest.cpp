@@ -5,7 +5,10 @@
 #include "tests/support/VirtualSlot.h"
 
 #include "orvane/imaging/Image.h"
+#include "orvane/imaging/TextureLoaderPtr.h"
 #include "orvane/platform/ESTextureLoader.h"
+#include "orvane/renderdata/MaterialES20.h"
+#include "orvane/scene/Material.h"
 
 #include <GL/glew.h>
 
@@ -405,6 +408,65 @@ TEST_F(TextureLoaderTest, TheEndOfTheLoaderDeletesNoTexture)
     other.reset();
     EXPECT_EQ(gl.Count("glDeleteTextures"), 0u);
     EXPECT_THAT(gl.Live(GLObjectKind::Texture), ElementsAre(id));
+}
+
+TEST_F(TextureLoaderTest, TexturesGoWithTheirLastUsersAfterTheEndOfTheLoader)
+{
+    files.Write("picture.png", PlainPixels(2, 2, 1, 1, 1), 2, 2);
+    auto other = std::make_unique<OpenLoader>();
+    const TextureLoaderPtr pointer(other.get());
+    EXPECT_EQ(pointer.Get(), other.get());
+    unsigned shared = 0;
+    for (int user = 0; user < 3; ++user)
+    {
+        shared = other->CreateTexture(files.Path(), "picture.png", width, height, uScale, vScale, false, 1.0f, 0,
+                                      hasAlpha);
+    }
+    Pixels pixels = PlainPixels(2, 2, 1, 2, 3);
+    const unsigned raw = other->CreateTexture(pixels.data(), 2, 2, uScale, vScale, hasAlpha, false);
+    pointer.Release(shared);
+    other.reset();
+    EXPECT_EQ(pointer.Get(), nullptr);
+
+    const TextureLoaderPtr copy = pointer;
+    copy.Release(shared);
+    EXPECT_THAT(gl.Live(GLObjectKind::Texture), ElementsAre(shared, raw));
+    copy.Release(raw);
+    EXPECT_THAT(gl.Live(GLObjectKind::Texture), ElementsAre(shared));
+    copy.Release(shared);
+    EXPECT_THAT(gl.Live(GLObjectKind::Texture), IsEmpty());
+    EXPECT_THAT(gl.StrayDeletes(), IsEmpty());
+}
+
+TEST_F(TextureLoaderTest, MaterialsThatOutliveTheLoaderLeaveNoTexture)
+{
+    files.Write("picture.png", PlainPixels(2, 2, 1, 1, 1), 2, 2);
+    files.Write("normals.png", PlainPixels(2, 2, 1, 1, 1), 2, 2);
+    auto other = std::make_unique<OpenLoader>();
+    Material first("first");
+    Material second("second");
+    for (Material* material : {&first, &second})
+    {
+        material->texturePath = files.Path();
+        material->textureName = "picture.png";
+        material->normalMapName = "normals.png";
+        material->SetRenderData(new MaterialES20(material, other.get(), nullptr, nullptr));
+    }
+    other.reset();
+    first.SetRenderData(nullptr);
+    EXPECT_EQ(gl.Live(GLObjectKind::Texture).size(), 2u) << "the other one still draws with them";
+    second.SetRenderData(nullptr);
+    EXPECT_THAT(gl.Live(GLObjectKind::Texture), IsEmpty());
+    EXPECT_THAT(gl.StrayDeletes(), IsEmpty());
+}
+
+TEST_F(TextureLoaderTest, ALoaderWithoutAnHeirLeavesItsTexturesToGL)
+{
+    const TextureLoaderPtr nobody;
+    nobody.Release(1);
+    const TextureLoaderPtr null(nullptr);
+    null.Release(1);
+    EXPECT_EQ(gl.Count("glDeleteTextures"), 0u);
 }
 
 TEST_F(TextureLoaderTest, MipMapTextureReplacesLevelAfterLevel)

@@ -212,6 +212,25 @@ TEST_F(OverlayPicture, MovesResizesAndHidingAreSeenInTheNextFrame)
     EXPECT_EQ(Frame().Count(kRed), 200);
 }
 
+TEST_F(OverlayPicture, ANodeTakenOutOfTheTreeIsDrawnWhereItWasUntilItLeavesItsMesh)
+{
+    Sprite& sprite = AddSprite({40, 30, 40, 40}, kColors[0]);
+    // The depths that a layer shows are those of what is in its tree.
+    AddSprite({0, 0, 10, 10}, kColors[1]);
+    const Picture before = Frame();
+    Shape2DNode* const node = sprite.GetNode();
+    Layer().GetRoot()->RemoveChild(node);
+    EXPECT_FALSE(context->Update(0.0f)) << "nobody has noticed";
+    Layer().MarkDirty();
+    EXPECT_EQ(Frame(), before);
+    Layer().GetRoot()->AddChild(node, false);
+    EXPECT_FALSE(context->Update(0.0f));
+    sprite.GetShape()->RemoveNode(node);
+    Layer().MarkDirty();
+    EXPECT_EQ(Frame().Count(kRed), 0);
+    sprite.GetShape()->AddNode(node);
+}
+
 TEST_F(OverlayPicture, AnArrowPointsToItsTip)
 {
     sprites.push_back(std::make_unique<Sprite>(&Layer(), new Arrow(40, 1, &Layer())));
@@ -306,7 +325,7 @@ TEST_F(OverlayPicture, TenSuspensionsRepeatThePicture)
     }
 }
 
-TEST_F(OverlayPicture, PutsBackTheDepthFunctionAndTheDepthClamp)
+TEST_F(OverlayPicture, ALayerPutsBackTheDepthFunctionAndTheDepthClamp)
 {
     AddSprite({10, 10, 60, 60}, kColors[1]);
     Frame();
@@ -316,7 +335,8 @@ TEST_F(OverlayPicture, PutsBackTheDepthFunctionAndTheDepthClamp)
     EXPECT_FALSE(glIsEnabled(GL_DEPTH_CLAMP));
     glEnable(GL_DEPTH_CLAMP);
     glDepthFunc(GL_ALWAYS);
-    context->Render(renderer.get(), false);
+    // Alone: the beginning of a frame sets both.
+    renderer->Render2D(&Layer());
     glGetIntegerv(GL_DEPTH_FUNC, &function);
     EXPECT_EQ(function, GL_ALWAYS);
     EXPECT_TRUE(glIsEnabled(GL_DEPTH_CLAMP));

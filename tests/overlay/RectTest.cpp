@@ -172,6 +172,17 @@ TEST(Rect, ResizeStartsAtTheOriginAgain)
     EXPECT_TRUE(layer.IsDirty());
 }
 
+TEST(Rect, ResizePutsEveryCornerBackToZeroInZ)
+{
+    Rect rect(nullptr, 10, 10, false);
+    rect.SetCorners(0, 0, 1, 5, 0, 2, 5, 5, 3, 0, 5, 4);
+    rect.Resize(30, 40);
+    for (const Vector& corner : rect.GetPositionBuffer())
+    {
+        EXPECT_EQ(corner.z, 0.0f);
+    }
+}
+
 TEST(Rect, ShiftsCarryTheBoxAlong)
 {
     Rect rect(nullptr, 10, 20, false);

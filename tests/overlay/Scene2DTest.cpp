@@ -85,6 +85,30 @@ TEST(Scene2D, UpdateGraphCopesWithALayerThatHasLostItsCamera)
     EXPECT_FALSE(layer.IsDirty());
 }
 
+TEST(Scene2D, UpdateGraphCopesWithALayerThatHasLostItsRoot)
+{
+    for (const bool withShape : {false, true})
+    {
+        Scene2D layer(nullptr);
+        auto* const kept = new Shape2DNode(&layer);
+        if (withShape)
+        {
+            AddLayerMesh(layer, *kept, *AddLayerMaterial(layer, 0.5f));
+        }
+        layer.DeleteSubtree(layer.GetRoot());
+        layer.UpdateGraph(640.0f, 480.0f);
+        layer.MarkDirty();
+        layer.UpdateGraph(320.0f, 480.0f);
+        EXPECT_EQ(layer.nearZ, kLargest);
+        EXPECT_EQ(layer.farZ, -kLargest);
+        EXPECT_FALSE(layer.IsDirty());
+        EXPECT_EQ(layer.GetZOrderedDrawItems().size(), withShape ? 1u : 0u);
+        layer.Clear();
+        layer.UpdateGraph(320.0f, 480.0f);
+        EXPECT_NE(layer.GetRoot(), nullptr);
+    }
+}
+
 TEST(Scene2D, AnEmptyLayerHasTheRangeOfNothing)
 {
     Scene2D layer(nullptr);
@@ -344,6 +368,34 @@ TEST(Scene2D, SpritesAtEqualZLieLaterAboveEarlierAcrossMaterials)
     sprites[5]->SetOverrideMaterial(shared);
     layer.UpdateGraph(100, 100);
     EXPECT_EQ(DrawnMeshes(layer), expected) << "another material does not lift a sprite";
+}
+
+TEST(Scene2D, ASpriteCountsAsLaterThanThoseBeforeItWhateverTheAgeOfItsShape)
+{
+    Scene2D layer(nullptr);
+    std::vector<Rect*> shapes;
+    for (int i = 0; i < 20; ++i)
+    {
+        shapes.push_back(new Rect(&layer, 10, 10, false));
+    }
+    auto* const unused = new Rect(&layer, 10, 10, false);
+    std::vector<std::unique_ptr<Sprite>> sprites;
+    std::vector<Mesh*> expected;
+    for (int i = 0; i < 20; ++i)
+    {
+        Rect* const shape = shapes[static_cast<std::size_t>(i * 7 % 20)];
+        sprites.push_back(std::make_unique<Sprite>(&layer, shape));
+        expected.push_back(shape);
+    }
+    // What stands in the layer without a sprite counts by its own age.
+    Material* const material = AddLayerMaterial(layer, 0.5f);
+    Mesh* const later = AddLayerMesh(layer, *AddShapeNode(layer, 0, 0, 0), *material);
+    material->AddMesh(unused);
+    unused->AddNode(AddShapeNode(layer, 0, 0, 0));
+    expected.insert(expected.begin(), unused);
+    expected.push_back(later);
+    layer.UpdateGraph(100, 100);
+    EXPECT_EQ(DrawnMeshes(layer), expected);
 }
 
 TEST(Scene2D, NodesOfOneShapeAtEqualZLieInTheOrderOfTheShape)

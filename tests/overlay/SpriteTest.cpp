@@ -69,6 +69,48 @@ TEST_F(SpriteTest, MakesAMaterialAndANodeInItsLayer)
     EXPECT_TRUE(layer->IsDirty());
 }
 
+TEST_F(SpriteTest, WithoutAMaterialIsNotDrawnUntilAnotherStandsIn)
+{
+    Material2D standIn("stand-in");
+    {
+        OpenSprite sprite(nullptr, layer.get(), new Rect(layer.get(), 10, 10, false));
+        Update();
+        EXPECT_EQ(sprite.GetMaterial(), nullptr);
+        EXPECT_FALSE(sprite.ownsMaterial);
+        EXPECT_TRUE(layer->GetZOrderedDrawItems().empty());
+        sprite.SetColor(Color(1, 0, 0, 1));
+        EXPECT_TRUE(sprite.GetColor().IsEqual(Color()));
+        sprite.Show(false);
+        sprite.Show(true);
+        sprite.SetClipRegion(1, 2, 3, 4);
+        layer->AddMaterial(&standIn);
+        sprite.SetOverrideMaterial(&standIn);
+        Update();
+        EXPECT_EQ(layer->GetZOrderedDrawItems().size(), 1u);
+        sprite.SetOverrideMaterial(nullptr);
+        Update();
+        EXPECT_TRUE(layer->GetZOrderedDrawItems().empty());
+    }
+    EXPECT_TRUE(layer->GetSprites().empty());
+}
+
+TEST_F(SpriteTest, WithoutAShapeOrARootIsEmpty)
+{
+    {
+        const Sprite sprite(layer.get(), nullptr);
+        Update();
+        EXPECT_EQ(sprite.GetShape(), nullptr);
+    }
+    layer->DeleteSubtree(layer->GetRoot());
+    {
+        const Sprite sprite(layer.get(), new Rect(layer.get(), 10, 10, false));
+        ASSERT_NE(sprite.GetNode(), nullptr);
+        EXPECT_EQ(sprite.GetNode()->GetParent(), nullptr);
+        Update();
+    }
+    EXPECT_TRUE(layer->GetSprites().empty());
+}
+
 TEST_F(SpriteTest, HasNoVirtualOperationButTheDestructor)
 {
     EXPECT_TRUE(std::has_virtual_destructor_v<Sprite>);

@@ -4,7 +4,10 @@
 #include "orvane/imaging/detail/TextRasterizer.h"
 #include "orvane/overlay/Material2D.h"
 
+#include <GL/glew.h>
+
 #include <clocale>
+#include <cstdlib>
 #include <memory>
 #include <string>
 #include <vector>
@@ -54,7 +57,7 @@ protected:
     Text& AddBlackText(const std::string& string, int fontSize, float x, float y, float z = 0.0f, int maxWidth = 0)
     {
         Text& text = AddText(string, fontSize, x, y, z, maxWidth);
-        text.GetMaterial()->color = Color(0, 0, 0, 1);
+        text.SetColor(Color(0, 0, 0, 1));
         return text;
     }
 
@@ -111,6 +114,65 @@ TEST_F(TextPicture, ACentredLabelIsSharpToo)
     Place(*texts.back()->GetInstance(0), 200, 60);
     const Coverage coverage("odd or even", 19);
     ExpectSharp(Frame(), coverage, 200 - coverage.width / 2, 60 - coverage.height / 2);
+}
+
+TEST_F(TextPicture, LinesPastTheDriversLimitAreLeftOutAndTheOthersStandInTheirPlaces)
+{
+    GLint largest = 0;
+    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largest);
+    constexpr int lineCount = 2000;
+    const auto line = [](int number) { return "line " + std::to_string(number) + "\n"; };
+    std::string string;
+    for (int i = 0; i < lineCount; ++i)
+    {
+        string += line(i);
+    }
+    string.pop_back();
+    Text& text = AddBlackText(string, 12, 10, 0);
+    const int height = text.GetTop();
+    const int lineHeight = height / lineCount;
+    ASSERT_EQ(lineHeight * lineCount, height);
+    ASSERT_GT(height, largest);
+    const int drawnLines = (largest - 1) / lineHeight;
+    // Whole lines within the picture, seen from the first of them to the last.
+    constexpr int seen = 4;
+    for (const int first : {0, 700, drawnLines - seen})
+    {
+        SCOPED_TRACE(first);
+        std::string part;
+        for (int i = first; i < first + seen; ++i)
+        {
+            part += line(i);
+        }
+        part.pop_back();
+        const Coverage coverage(part, 12);
+        ASSERT_EQ(coverage.height, seen * lineHeight);
+        const int bottom = 30;
+        Place(*text.GetInstance(0), 10, static_cast<float>(bottom - height + (first + seen) * lineHeight));
+        const Picture picture = Frame();
+        int wrong = 0;
+        for (int y = 0; y < coverage.height; ++y)
+        {
+            for (int x = 0; x < coverage.width; ++x)
+            {
+                const int expected = 255 - coverage.At(x, y);
+                wrong += std::abs(picture.At(10 + x, bottom + y).g - expected) > 4;
+            }
+        }
+        EXPECT_EQ(wrong, 0);
+        if (first + seen == drawnLines)
+        {
+            ExpectColorInRect(picture, {0, 0, kWidth, bottom - 1}, kWhite);
+        }
+    }
+    Place(*text.GetInstance(0), 10, 0);
+    ExpectColorInRect(Frame(), {0, 0, kWidth, kHeight}, kWhite);
+    // Another of the same text takes the texture that is there.
+    AddBlackText(string, 12, 10, static_cast<float>(kHeight - height));
+    const Picture twice = Frame();
+    texts.erase(texts.begin());
+    EXPECT_EQ(Frame(), twice);
+    EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
 }
 
 TEST_F(TextPicture, DrawnSizeIsMeasuredSizeInEightScripts)

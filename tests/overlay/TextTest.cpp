@@ -88,6 +88,21 @@ TEST_F(TextTest, StandsInItsLayerWithMaterialRectangleAndNode)
     EXPECT_FALSE(std::is_polymorphic_v<Text>);
 }
 
+TEST_F(TextTest, SetColorSetsTheColourThatIsDrawnAndMarksTheLayerDirty)
+{
+    const auto text = AddText("word");
+    EXPECT_TRUE(text->GetColor().IsExactlyEqual(Color(1, 1, 1, 1)));
+    Update();
+    ASSERT_FALSE(layer->IsDirty());
+    text->SetColor(Color(0.25f, 0.5f, 0.75f, 0.5f));
+    EXPECT_TRUE(text->GetMaterial()->color.IsExactlyEqual(Color(0.25f, 0.5f, 0.75f, 0.5f)));
+    EXPECT_TRUE(text->GetColor().IsExactlyEqual(Color(0.25f, 0.5f, 0.75f, 0.5f)));
+    EXPECT_TRUE(layer->IsDirty());
+    layer->Clear();
+    text->SetColor(Color(0, 0, 0, 1));
+    EXPECT_TRUE(text->GetColor().IsExactlyEqual(Color(1, 1, 1, 1)));
+}
+
 TEST_F(TextTest, GetInstanceIsNullBeforeTheFirstAndPastTheLastNode)
 {
     const auto text = AddText("word");

@@ -84,14 +84,34 @@ TEST_F(RenderCapabilitiesTest, ReadsTheStringsAndSplitsTheExtensionsAtWhiteSpace
     EXPECT_THAT(capabilities.extensions, testing::ElementsAre("GL_A", "GL_B", "GL_C"));
 }
 
-TEST_F(RenderCapabilitiesTest, NullStringsCountAsEmpty)
+TEST_F(RenderCapabilitiesTest, DetectionCountsOnlyWhenEveryAnswerCame)
 {
-    gl.SetString(GL_EXTENSIONS, nullptr);
-    gl.SetString(GL_VENDOR, nullptr);
-    gl.SetString(GL_RENDERER, nullptr);
-    EXPECT_FALSE(capabilities.HasDepthTexture());
+    for (const unsigned silent : {GL_EXTENSIONS, GL_VENDOR, GL_RENDERER, GL_VERSION})
+    {
+        SCOPED_TRACE(silent);
+        CountingCapabilities asked;
+        gl.SetString(GL_EXTENSIONS, "GL_OES_depth_texture");
+        gl.SetString(GL_VENDOR, "A maker");
+        gl.SetString(GL_RENDERER, "A device");
+        gl.SetString(GL_VERSION, "2.1");
+        gl.SetString(silent, nullptr);
+        EXPECT_EQ(asked.HasDepthTexture(), silent != GL_EXTENSIONS);
+        EXPECT_FALSE(asked.detected) << "a context that dies while it is asked";
+        gl.SetString(silent, "GL_OES_depth_texture");
+        EXPECT_TRUE(asked.HasDepthTexture());
+        EXPECT_TRUE(asked.detected);
+        EXPECT_EQ(asked.detections, 2);
+    }
+}
+
+TEST_F(RenderCapabilitiesTest, DetectionWaitsForTheTextureSizeToo)
+{
+    gl.SetIntegers(GL_MAX_TEXTURE_SIZE, {});
+    EXPECT_EQ(capabilities.GetMaxTextureSize(), 0);
+    EXPECT_FALSE(capabilities.detected);
+    gl.SetIntegers(GL_MAX_TEXTURE_SIZE, {4096});
+    EXPECT_EQ(capabilities.GetMaxTextureSize(), 4096);
     EXPECT_TRUE(capabilities.detected);
-    EXPECT_EQ(capabilities.vendor, "");
 }
 
 // One extension string and what it alone brings.

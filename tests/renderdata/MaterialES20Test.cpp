@@ -420,6 +420,44 @@ TEST_F(MaterialES20Test, PrepareKeepsTheRenderDataThatAreThere)
     EXPECT_FALSE(pool.GenerateVBOs());
 }
 
+TEST_F(MaterialES20Test, AMeshWithAForeignObjectInItsSlotIsLeftOutAndKeepsTheObject)
+{
+    struct Foreign : Object
+    {
+    };
+    OpenMaterialES20 data(&material, nullptr, &pool, nullptr);
+    data.Prepare(camera, items, false);
+    ASSERT_EQ(items.size(), 1u);
+    for (const bool onRawMesh : {true, false})
+    {
+        auto* const foreign = new Foreign;
+        mesh.SetRenderData(foreign, onRawMesh);
+        items.clear();
+        data.Prepare(camera, items, true);
+        data.PrepareSpecificNode(camera, &mesh, nullptr, items, true);
+        EXPECT_TRUE(items.empty());
+        EXPECT_EQ(mesh.GetRenderData(), foreign);
+    }
+    mesh.SetRenderData(nullptr, true);
+    data.Prepare(camera, items, false);
+    EXPECT_EQ(items.size(), 1u) << "drawn again once the slot is free";
+}
+
+TEST_F(MaterialES20Test, RenderDataOfADerivedClassAreDrawn)
+{
+    struct Derived : MeshES20
+    {
+        using MeshES20::MeshES20;
+    };
+    auto* const derived = new Derived(&mesh, &pool);
+    mesh.SetRenderData(derived, true);
+    OpenMaterialES20 data(&material, nullptr, &pool, nullptr);
+    data.Prepare(camera, items, true);
+    EXPECT_EQ(items.size(), 1u);
+    EXPECT_EQ(mesh.GetRenderData(), derived);
+    EXPECT_TRUE(derived->clippingPlaneEnabled);
+}
+
 TEST_F(MaterialES20Test, PrepareFollowsEveryChangeOfTheMaterialsMeshes)
 {
     OpenMaterialES20 data(&material, nullptr, &pool, nullptr);
@@ -716,9 +754,10 @@ TEST_F(MaterialES20Test, ApplyWithoutAPassAppliesSlotOneAndChangesNoOtherState)
 
 TEST_F(MaterialES20Test, ACopyTakesTheValuesAndOwnsNothing)
 {
-    loader.answers = {{51, 2.0f, 1.0f, false, false}};
+    loader.answers = {{51, 2.0f, 5.0f, false, false}};
     material.textureName = "t.png";
     material.uScale = 3.0f;
+    material.vScale = 7.0f;
     auto data = std::make_unique<MaterialES20>(&material, &loader, &pool, &cache);
     EffectES20* basic = data->GetShader();
     const int references = basic->GetReferenceCount();
@@ -727,7 +766,9 @@ TEST_F(MaterialES20Test, ACopyTakesTheValuesAndOwnsNothing)
         EXPECT_EQ(copy.GetMaterial(), &material);
         EXPECT_EQ(copy.GetTextureLoader(), &loader);
         EXPECT_EQ(copy.GetUScale(), 6.0f);
+        EXPECT_EQ(copy.GetVScale(), 35.0f);
         EXPECT_EQ(copy.materialUScale, 3.0f);
+        EXPECT_EQ(copy.materialVScale, 7.0f);
         EXPECT_EQ(copy.GetTextureID(), 0u);
         EXPECT_EQ(copy.GetShader(), nullptr);
         EXPECT_EQ(basic->GetReferenceCount(), references);
@@ -741,6 +782,10 @@ TEST_F(MaterialES20Test, ACopyTakesTheValuesAndOwnsNothing)
     EXPECT_EQ(basic->GetReferenceCount(), references + 1);
     assigned = *data;
     EXPECT_EQ(assigned.GetMaterial(), &material);
+    EXPECT_EQ(assigned.GetUScale(), 6.0f);
+    EXPECT_EQ(assigned.GetVScale(), 35.0f);
+    EXPECT_EQ(assigned.materialUScale, 3.0f);
+    EXPECT_EQ(assigned.materialVScale, 7.0f);
     EXPECT_EQ(basic->GetReferenceCount(), references);
     MaterialES20& same = *data;
     *data = same;

@@ -186,11 +186,31 @@ TEST_F(MeshES20Test, TheDrawnCountIsNeverAboveTheUploadedOne)
     mesh.GetRawMesh()->indices.resize(300, 0);
     Render();
     EXPECT_EQ(recorder.Count("glDrawElements", {GL_TRIANGLES, 3}), 1u);
-    // What was uploaded is drawn as long as it is there.
+}
+
+TEST_F(MeshES20Test, AMeshWhoseIndicesBecameFewerDrawsThose)
+{
+    for (const std::size_t left : {2u, 1u})
+    {
+        mesh.GetRawMesh()->indices.resize(left);
+        recorder.Clear();
+        Render();
+        EXPECT_EQ(recorder.Count("glDrawElements", {GL_TRIANGLES, static_cast<double>(left)}), 1u);
+    }
     mesh.GetRawMesh()->indices.clear();
     recorder.Clear();
     Render();
-    EXPECT_EQ(recorder.Count("glDrawElements", {GL_TRIANGLES, 3}), 1u);
+    EXPECT_EQ(recorder.Count("glDrawElements"), 0u);
+    EXPECT_EQ(recorder.Count("glEnableVertexAttribArray"), 1u);
+}
+
+TEST_F(MeshES20Test, AMeshThatLostItsVerticesReturnsAtOnce)
+{
+    mesh.GetRawMesh()->positions.clear();
+    recorder.Clear();
+    Render();
+    EXPECT_TRUE(recorder.Calls().empty());
+    EXPECT_EQ(MeshES20::s_vertexId, 0u);
 }
 
 TEST_F(MeshES20Test, RenderReturnsBeforeAnyStateChangeWhenNothingIsUploaded)

@@ -41,6 +41,37 @@ std::vector<unsigned short> IndicesOf(const GLRecorder& recorder, unsigned buffe
     return indices;
 }
 
+/// Makes the nth glGenBuffers from here, from 1, give no name.
+class NamelessBuffer
+{
+public:
+    explicit NamelessBuffer(int nth)
+    {
+        s_left = nth;
+        s_original = glGenBuffers;
+        glGenBuffers = Generate;
+    }
+
+    ~NamelessBuffer() { glGenBuffers = s_original; }
+
+    NamelessBuffer(const NamelessBuffer&) = delete;
+    NamelessBuffer& operator=(const NamelessBuffer&) = delete;
+
+private:
+    static void GLAPIENTRY Generate(GLsizei count, GLuint* names)
+    {
+        if (--s_left == 0)
+        {
+            std::fill(names, names + count, 0u);
+            return;
+        }
+        s_original(count, names);
+    }
+
+    static inline int s_left = 0;
+    static inline PFNGLGENBUFFERSPROC s_original = nullptr;
+};
+
 class SharedBufferPoolTest : public Test
 {
 protected:
@@ -266,6 +297,32 @@ TEST_F(SharedBufferPoolTest, UploadCallsGLOncePerBufferAndUnbinds)
     EXPECT_TRUE(calls[6].Begins({GL_ELEMENT_ARRAY_BUFFER, 0}));
     EXPECT_TRUE(calls[7].Begins({GL_ARRAY_BUFFER, 0}));
     EXPECT_EQ(MeshES20::s_vertexId, 0u);
+}
+
+TEST_F(SharedBufferPoolTest, WithoutANameForEitherBufferNothingIsUploadedDrawnOrLeft)
+{
+    // The first name that is asked for is the vertex buffer's, the second the index buffer's.
+    for (const int nameless : {1, 2})
+    {
+        SCOPED_TRACE(nameless);
+        Mesh mesh(MakeNumbered({}, 3));
+        Attach(mesh, pool);
+        MeshES20::ApplyBuffer(98, 99);
+        {
+            const NamelessBuffer failing(nameless);
+            EXPECT_TRUE(pool.GenerateVBOs());
+        }
+        EXPECT_EQ(DataOf(mesh)->vertexBufferId, 0u);
+        EXPECT_EQ(DataOf(mesh)->indexBufferId, 0u);
+        EXPECT_EQ(recorder.Count("glBufferData"), 0u);
+        EXPECT_EQ(recorder.LiveCount(), 0u);
+        EXPECT_EQ(MeshES20::s_vertexId, 0u) << "other buffers were bound since";
+        MarkingEffect effect;
+        recorder.Clear();
+        DataOf(mesh)->Render(&effect, mesh.GetNodes(), false);
+        EXPECT_TRUE(recorder.Calls().empty());
+    }
+    EXPECT_TRUE(recorder.StrayDeletes().empty());
 }
 
 TEST_F(SharedBufferPoolTest, GenerateVBOsOfAnEmptyPoolReturnsFalseWithoutGL)

@@ -1,6 +1,7 @@
 #include "orvane/overlay/Rect.h"
 #include "orvane/overlay/Scene2D.h"
 #include "orvane/overlay/Sprite.h"
+#include "tests/renderer/PixelBuffers.h"
 #include "tests/renderer/PixelScene.h"
 
 #include <GL/glew.h>
@@ -84,6 +85,26 @@ TEST_F(AntialiasPicture, EveryModeShowsTheScene)
         const Picture picture = FrameOf(mode);
         ExpectScene(picture);
         EXPECT_EQ(Frame(true), picture) << "the second frame";
+    }
+}
+
+TEST_F(AntialiasPicture, PixelBuffersOfTheHostDoNoHarm)
+{
+    for (const AAMode mode : kModes)
+    {
+        SCOPED_TRACE(mode);
+        const Picture expected = FrameOf(mode);
+        context->Suspend(renderer.get());
+        context->Resume(renderer.get());
+        Picture drawn;
+        {
+            // Too small for the textures: GL would refuse to read them from there.
+            const PixelBuffers buffers;
+            drawn = FrameOf(mode);
+            buffers.ExpectBound();
+        }
+        EXPECT_EQ(drawn, expected);
+        EXPECT_EQ(Frame(true), expected) << "the next frame";
     }
 }
 

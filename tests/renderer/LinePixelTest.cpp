@@ -1,4 +1,5 @@
 #include "orvane/effects/SolidLineEffectES20.h"
+#include "orvane/engine/CoreContext.h"
 #include "orvane/overlay/Scene2D.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/MeshNode.h"
@@ -9,6 +10,7 @@
 #include <GL/glew.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <string>
@@ -559,6 +561,111 @@ TEST_F(LinePixels, InALayerALineStandsInItsPixels)
     const Picture picture = ReadPixels();
     EXPECT_EQ(picture.Count(kRedPixel), 40 * 6);
     ExpectColorInRect(picture, {10, 17, 40, 6}, kRedPixel);
+}
+
+/// A closed curve around the middle of the picture, tilted about X.
+struct Curve
+{
+    const char* label;
+    float tilt = 0.0f;
+    /// Points crowd towards one end of the curve with this power.
+    float crowding = 1.0f;
+    bool perspective = false;
+    bool antialias = false;
+};
+
+constexpr float kCurveRadius = 20.0f;
+
+Vector OnCurve(const Curve& curve, float share)
+{
+    const float angle = 2.0f * 3.14159265f * std::pow(share, curve.crowding);
+    return Vector(kCurveRadius * std::cos(angle), kCurveRadius * std::sin(angle) * std::cos(curve.tilt),
+                  kCurveRadius * std::sin(angle) * std::sin(curve.tilt));
+}
+
+TEST_F(LinePixels, ACurveOfManyPointsIsAsWholeAsOneOfFew)
+{
+    constexpr float width = 3.0f;
+    // Ribbons have no joins: what is open between them on the outside adds up, however many they
+    // are, to a disc of the width, 28 pixels; where they are shorter than the steps that corners
+    // are rounded to, half as much is lost again. A ring has 750.
+    constexpr int mostHoles = 42;
+    const Curve curves[] = {
+        {"even"},
+        {"uneven", 0.0f, 3.0f},
+        {"very uneven", 0.0f, 8.0f},
+        {"tilted", 1.0f},
+        {"in perspective", 0.5f, 1.0f, true},
+        {"uneven and tilted in perspective", 1.2f, 2.0f, true},
+        {"antialiased", 0.0f, 1.0f, false, true},
+        {"antialiased and uneven", 0.7f, 3.0f, true, true},
+    };
+    for (const Curve& curve : curves)
+    {
+        scene->GetCameraNode()->SetProjection(curve.perspective ? CameraNode::Perspective : CameraNode::Orthographic);
+        std::vector<glm::vec2> model;
+        for (int i = 0; i < 4000; ++i)
+        {
+            const Curve even{"", curve.tilt};
+            model.push_back(Project(OnCurve(even, static_cast<float>(i) / 4000.0f)));
+        }
+        for (const int count : {500, 2000, 9000})
+        {
+            SCOPED_TRACE(std::string(curve.label) + ", " + std::to_string(count));
+            LineStyle& style = AddStyle(kRed, width);
+            style.antialias = curve.antialias;
+            std::vector<Vector> points;
+            for (int i = 0; i < count; ++i)
+            {
+                points.push_back(OnCurve(curve, static_cast<float>(i) / static_cast<float>(count)));
+            }
+            AddPolyline(style, points, true);
+            const Picture picture = Frame();
+            DeleteLines();
+            int holes = 0;
+            int strays = 0;
+            for (int y = 0; y < Height(); ++y)
+            {
+                for (int x = 0; x < Width(); ++x)
+                {
+                    const glm::vec2 pixel(static_cast<float>(x) + 0.5f, static_cast<float>(y) + 0.5f);
+                    float distance = 1000.0f;
+                    for (const glm::vec2& point : model)
+                    {
+                        distance = std::min(distance, glm::length(pixel - point));
+                    }
+                    const bool drawn = picture.At(x, y) != kBluePixel;
+                    holes += distance < width - 0.8f && !drawn ? 1 : 0;
+                    strays += distance > width + 0.8f && drawn ? 1 : 0;
+                }
+            }
+            EXPECT_LE(holes, mostHoles);
+            EXPECT_EQ(strays, 0);
+        }
+    }
+}
+
+TEST_F(LinePixels, AFrameThatEndsWithALineLeavesBlendingOff)
+{
+    AddSegment(AddStyle(kRed, 3.0f), Vector(-40.0f, 0.0f, 0.0f), Vector(40.0f, 10.0f, 0.0f));
+    for (const bool capture : {false, true})
+    {
+        Frame(capture);
+        EXPECT_FALSE(glIsEnabled(GL_BLEND)) << capture;
+    }
+    Scene2D& layer = *context->GetContext()->GetForeground2D();
+    auto* const style = new LineStyle("over all");
+    layer.AddLineStyle(style);
+    auto raw = std::make_shared<RawLine>();
+    raw->SetPositionBuffer({Vector(10.0f, 10.0f, 0.0f), Vector(60.0f, 20.0f, 0.0f)});
+    raw->SetIndices({0, 1});
+    auto* const line = new Line(raw, &layer);
+    auto* const node = new MeshNode(&layer);
+    layer.GetRoot()->AddChild(node, false);
+    line->AddNode(node);
+    style->AddLine(line);
+    Frame();
+    EXPECT_FALSE(glIsEnabled(GL_BLEND));
 }
 
 } // namespace OV::Test

@@ -64,8 +64,7 @@ const glm::vec4 LineStage::Background(0.0f, 0.0f, 1.0f, 1.0f);
 
 LineStage::LineStage()
 {
-    // Lines leave both on; every pass and every material sets them anew.
-    AllowStateChange("blending");
+    // Lines leave it on; every material sets it anew.
     AllowStateChange("polygon offset");
     SkySettings::inst().SetUseFog(false);
     context = std::make_unique<AppContext>();
@@ -195,6 +194,8 @@ Picture LineStage::ClippedFrame()
     renderer->bufferPool.GenerateVBOs();
     renderer->RenderItemList(&camera, items, RenderPassDefault);
     MeshES20::ResetBufferCache();
+    // As a pass of the renderer's own ends: lines leave it on.
+    glDisable(GL_BLEND);
     renderer->EndRender();
     return ReadPixels();
 }

@@ -1,5 +1,6 @@
 #include "orvane/effects/AAEffectES20.h"
 #include "tests/renderer/OpenRenderTarget.h"
+#include "tests/renderer/PixelBuffers.h"
 #include "tests/renderer/PixelScene.h"
 
 #include <GL/glew.h>
@@ -80,6 +81,9 @@ TEST_F(RenderTargetPicture, WhatIsDrawnIsReadBackBottomRowFirst)
         glPixelStorei(GL_PACK_ROW_LENGTH, 100);
         RenderTarget::RenderTargetImage image;
         target.SaveImageTo(image);
+        EXPECT_EQ(Bound(GL_PACK_ROW_LENGTH), 100u);
+        glPixelStorei(GL_PACK_ALIGNMENT, 4);
+        glPixelStorei(GL_PACK_ROW_LENGTH, 0);
         EXPECT_EQ(image.width, 5);
         EXPECT_EQ(image.height, 3);
         for (int x = 0; x < 5; ++x)
@@ -90,6 +94,32 @@ TEST_F(RenderTargetPicture, WhatIsDrawnIsReadBackBottomRowFirst)
         }
     }
     AllowStateChange("scissor box");
+}
+
+TEST_F(RenderTargetPicture, PixelBuffersOfTheHostDoNoHarm)
+{
+    // Too small for the textures: GL would refuse to read them from there.
+    const PixelBuffers buffers;
+    for (const eRenderTargetProfile profile : kProfiles)
+    {
+        SCOPED_TRACE(profile);
+        OpenRenderTarget target(profile);
+        target.SetDimensions(40, 30);
+        ASSERT_TRUE(target.initialized);
+        if (target.GetColorTexture() == 0)
+        {
+            continue;
+        }
+        glClearColor(0.2f, 0.4f, 0.6f, 0.8f);
+        target.BeginCapture(kEverything);
+        target.EndCapture();
+        RenderTarget::RenderTargetImage image;
+        target.SaveImageTo(image);
+        EXPECT_EQ(At(image, 0, 0), (Pixel{51, 102, 153, 204}));
+        EXPECT_EQ(At(image, 39, 29), (Pixel{51, 102, 153, 204}));
+        ExpectNoGLError();
+    }
+    buffers.ExpectBound();
 }
 
 TEST_F(RenderTargetPicture, ATargetWithoutColourReadsAsZeroes)

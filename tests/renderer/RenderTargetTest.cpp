@@ -425,6 +425,57 @@ TEST_F(RenderTargetTest, EachFailureHasItsMessageAndLeavesWhatWasMadeBound)
     }
 }
 
+TEST_F(RenderTargetTest, WithoutANameForTheFramebufferNothingIsMadeOrBound)
+{
+    for (const eRenderTargetProfile profile : {RenderTargetProfileColor, RenderTargetProfileDepth,
+                                               RenderTargetProfileColorDepth, RenderTargetProfileColorDepthStencil})
+    {
+        SCOPED_TRACE(profile);
+        OpenRenderTarget target(profile);
+        gl.FailCreation("glGenFramebuffers");
+        EXPECT_THAT(Complaint(target), ::testing::StartsWith("Could not"));
+        EXPECT_EQ(gl.LiveCount(), 0u);
+        EXPECT_EQ(gl.Count("glBindFramebuffer"), 0u);
+        gl.FailCreation("glGenFramebuffers", false);
+        target.SetDimensions(0, 0);
+        target.SetDimensions(40, 30);
+        EXPECT_NE(target.framebuffer, 0u);
+        target.SetDimensions(0, 0);
+        EXPECT_EQ(gl.LiveCount(), 0u);
+        BindOfHost();
+    }
+}
+
+TEST_F(RenderTargetTest, ACaptureIsClearedWithDepthWritesOn)
+{
+    OpenRenderTarget target(RenderTargetProfileColorDepth);
+    target.SetDimensions(40, 30);
+    glDepthMask(GL_FALSE);
+    gl.Clear();
+    target.BeginCapture(GL_DEPTH_BUFFER_BIT);
+    EXPECT_EQ(gl.Strings({"glDepthMask", "glClear"}),
+              (Names{"glDepthMask(1)", Call("glClear", {GL_DEPTH_BUFFER_BIT})}));
+    target.EndCapture();
+}
+
+TEST_F(RenderTargetTest, AScreenMeshThatCouldNotBeUploadedIsMadeAgain)
+{
+    OpenRenderTarget target(RenderTargetProfileColor);
+    target.SetDimensions(40, 30);
+    MarkingEffect effect;
+    gl.FailCreation("glGenBuffers");
+    target.BeginCapture(GL_COLOR_BUFFER_BIT);
+    target.EndCapture();
+    target.ApplyCapture(&effect);
+    EXPECT_EQ(gl.Count("glDrawElements"), 0u);
+    gl.FailCreation("glGenBuffers", false);
+    target.BeginCapture(GL_COLOR_BUFFER_BIT);
+    target.EndCapture();
+    target.ApplyCapture(&effect);
+    EXPECT_EQ(gl.Count("glDrawElements"), 1u);
+    target.SetDimensions(0, 0);
+}
+
 TEST_F(RenderTargetTest, AnErrorOfSomebodyElseIsNotTakenForAFailure)
 {
     for (const eRenderTargetProfile profile : {RenderTargetProfileDepth, RenderTargetProfileColorDepth})
@@ -584,14 +635,21 @@ TEST_F(RenderTargetTest, SavingSetsThePackStateThatItReliesOn)
 {
     OpenRenderTarget target(RenderTargetProfileColor);
     target.SetDimensions(3, 2);
+    const std::vector<std::pair<int, int>> settings = {
+        {GL_PACK_ALIGNMENT, 4}, {GL_PACK_ROW_LENGTH, 0}, {GL_PACK_SKIP_ROWS, 0}, {GL_PACK_SKIP_PIXELS, 0}};
+    for (const auto& [name, value] : settings)
+    {
+        glPixelStorei(static_cast<GLenum>(name), 8);
+    }
     gl.Clear();
     RenderTarget::RenderTargetImage image;
     target.SaveImageTo(image);
     const std::size_t read = gl.IndexOf("glReadPixels");
-    for (const auto& [name, value] : {std::pair{GL_PACK_ALIGNMENT, 4}, std::pair{GL_PACK_ROW_LENGTH, 0},
-                                      std::pair{GL_PACK_SKIP_ROWS, 0}, std::pair{GL_PACK_SKIP_PIXELS, 0}})
+    ASSERT_LT(read, gl.Calls().size());
+    for (const auto& [name, value] : settings)
     {
         EXPECT_LT(gl.IndexOf("glPixelStorei", {double(name), double(value)}), read) << name;
+        EXPECT_LT(gl.IndexOf("glPixelStorei", {double(name), 8}, read), gl.Calls().size()) << name << " put back";
     }
 }
 

@@ -172,6 +172,39 @@ TEST_F(Renderer20CaptureTest, SetAAModeSettlesTheRatio)
     EXPECT_EQ(renderer.GetDevicePixelRatio(), 1.5f);
 }
 
+TEST_F(Renderer20CaptureTest, WithoutANameForTheFramebufferTheFrameGoesToTheScreenAndNothingIsLeft)
+{
+    recorder.FailCreation("glGenFramebuffers");
+    for (int frame = 0; frame < 3; ++frame)
+    {
+        renderer.BeginCapture();
+        renderer.EndCapture();
+        renderer.ApplyCapture();
+    }
+    EXPECT_EQ(recorder.Count("glGenTextures"), 0u);
+    EXPECT_EQ(recorder.Live(GLObjectKind::Texture).size(), 0u);
+    EXPECT_EQ(recorder.Live(GLObjectKind::Renderbuffer).size(), 0u);
+    EXPECT_EQ(recorder.Count("glBindFramebuffer", {GL_FRAMEBUFFER, 0}), 0u);
+    recorder.FailCreation("glGenFramebuffers", false);
+    renderer.BeginCapture();
+    EXPECT_NE(renderer.offscreenFramebuffer, 0u);
+}
+
+TEST_F(Renderer20CaptureTest, AScreenMeshThatCouldNotBeUploadedIsMadeAgain)
+{
+    recorder.FailCreation("glGenBuffers");
+    renderer.BeginCapture();
+    renderer.EndCapture();
+    renderer.ApplyCapture();
+    EXPECT_EQ(recorder.Count("glDrawElements"), 0u);
+    EXPECT_EQ(recorder.FindLast("glViewport")->ToString(), "glViewport(0, 0, 100, 50)");
+    recorder.FailCreation("glGenBuffers", false);
+    renderer.BeginCapture();
+    renderer.EndCapture();
+    renderer.ApplyCapture();
+    EXPECT_EQ(recorder.Count("glDrawElements"), 1u);
+}
+
 TEST_F(Renderer20CaptureTest, SetAAModeSuspendsAndResumesThroughTheSlots)
 {
     class Slots : public OpenRenderer20

@@ -270,6 +270,59 @@ TEST_F(Renderer20Test, BeginRenderBindsTheScreenOnlyWhenAskedTo)
     renderer.msaaFramebuffer = 0;
 }
 
+TEST_F(Renderer20Test, BeginRenderSetsWhatAHostMayHaveChangedBeforeItClears)
+{
+    renderer.Resize(300, 200);
+    glViewport(5, 5, 20, 20);
+    recorder.Clear();
+    renderer.BeginRender(false, Color());
+    const std::size_t clear = recorder.IndexOf("glClear");
+    ASSERT_LT(clear, recorder.Calls().size());
+    for (const auto& [name, numbers] : std::vector<std::pair<std::string, std::vector<double>>>{
+             {"glViewport", {0, 0, 300, 200}},
+             {"glFrontFace", {GL_CCW}},
+             {"glCullFace", {GL_BACK}},
+             {"glPolygonMode", {GL_FRONT_AND_BACK, GL_FILL}},
+             {"glDepthFunc", {GL_LESS}},
+             {"glClearDepth", {1}},
+             {"glDisable", {GL_ALPHA_TEST}},
+             {"glDisable", {GL_COLOR_LOGIC_OP}},
+             {"glDisable", {GL_POLYGON_STIPPLE}}})
+    {
+        EXPECT_EQ(recorder.Count(name, numbers), 1u) << name;
+        EXPECT_LT(recorder.IndexOf(name, numbers), clear) << name;
+    }
+}
+
+TEST_F(Renderer20Test, WithoutASizeTheViewportStaysTheHosts)
+{
+    renderer.BeginRender(false, Color());
+    EXPECT_EQ(recorder.Count("glViewport"), 0u);
+    renderer.Resize(300, 200);
+    recorder.Clear();
+    renderer.BeginRender(false, Color());
+    EXPECT_EQ(recorder.Count("glViewport"), 0u) << "nor is one set that is in force";
+}
+
+TEST_F(Renderer20Test, APixelRatioThatIsNoneCountsAsOne)
+{
+    renderer.Resize(300, 200);
+    for (const float ratio : {0.0f, -2.0f, std::numeric_limits<float>::infinity(),
+                              -std::numeric_limits<float>::infinity(), std::numeric_limits<float>::quiet_NaN()})
+    {
+        SCOPED_TRACE(ratio);
+        renderer.SetDevicePixelRatio(ratio);
+        renderer.SetupAntialiasBuffers();
+        EXPECT_EQ(renderer.offscreenWidth, 300);
+        EXPECT_EQ(renderer.offscreenHeight, 200);
+        renderer.ClearOffscreenBuffers();
+        Draw(scene);
+        auto* const data = dynamic_cast<CameraNodeES20*>(scene.GetCameraNode()->GetRenderData());
+        ASSERT_NE(data, nullptr);
+        EXPECT_TRUE(SameMatrix(data->GetMVP(), MvpFor(*scene.GetCameraNode(), 300, 200)));
+    }
+}
+
 TEST_F(Renderer20Test, TheFirstLayerOfAFrameMeetsTheStateThatA3DPassLeaves)
 {
     renderer.BeginRender(false, Color());

@@ -502,6 +502,34 @@ TEST_F(NodeInScene, AMatrixThatWasAskedForIsConvertedByTheWalkAndNotAgain)
     EXPECT_EQ(child->PeekGlobalMatrix(), nullptr) << "nobody asked for this one";
 }
 
+TEST_F(NodeInScene, TheMatrixFlagStandsAfterEachComposingWalkUntilTheMatrixIsAskedFor)
+{
+    const Matrix* const matrix = parent->GetGlobalMatrix();
+    for (const float x : {4.0f, 5.0f})
+    {
+        parent->SetLocal(At(x, 0, 0));
+        EXPECT_FALSE(NodeParts::IsMatrixDirty(*parent)) << "SetLocal composes nothing";
+        Update();
+        EXPECT_TRUE(NodeParts::IsMatrixDirty(*parent));
+        Update();
+        EXPECT_TRUE(NodeParts::IsMatrixDirty(*parent)) << "nothing has asked";
+        EXPECT_EQ(matrix->m[12], x) << "and yet it is converted";
+        EXPECT_EQ(parent->GetGlobalMatrix(), matrix);
+        EXPECT_FALSE(NodeParts::IsMatrixDirty(*parent));
+    }
+}
+
+TEST_F(NodeInScene, ADerivedClassThatWritesTheGlobalTransformRaisesTheFlagOfTheMatrix)
+{
+    parent->GetGlobalMatrix();
+    parent->SetLocal(At(4, 0, 0));
+    Update();
+    NodeParts::Global(*parent) = At(9, 0, 0);
+    NodeParts::MatrixDirty(*parent) = true;
+    EXPECT_EQ(parent->GetGlobalMatrix()->m[12], 9.0f);
+    EXPECT_FALSE(NodeParts::IsMatrixDirty(*parent));
+}
+
 TEST_F(NodeInScene, SetGlobalShowsInTheMatrixWithTheNextUpdateUnlessOneIsStillUnasked)
 {
     const auto ask = [this] { return parent->GetGlobalMatrix()->m[12]; };

@@ -81,6 +81,7 @@ struct NodeParts : Node
 {
     static unsigned UpdateID(const Node& node) { return node.*&NodeParts::updateID; }
     static bool IsMatrixDirty(const Node& node) { return node.*&NodeParts::globalMatrixDirty; }
+    static auto& MatrixDirty(Node& node) { return node.*&NodeParts::globalMatrixDirty; }
     /// Without telling anybody.
     static Transform& Local(Node& node) { return node.*&NodeParts::local; }
     static Transform& Global(Node& node) { return node.*&NodeParts::global; }

@@ -1,12 +1,16 @@
 #include "orvane/scene/Scene.h"
 
+#include "orvane/scene/CameraNode.h"
 #include "orvane/scene/LightNode.h"
 #include "orvane/scene/Line.h"
 #include "orvane/scene/LineStyle.h"
 #include "orvane/scene/Material.h"
+#include "orvane/scene/NodeLineStyle.h"
+#include "orvane/scene/NodeMaterial.h"
 #include "tests/scene/SceneDoubles.h"
 #include "tests/support/VirtualSlot.h"
 
+#include <functional>
 #include <set>
 
 namespace OV
@@ -128,6 +132,64 @@ TEST_F(CleanScene, OtherSettingsDoNotMarkIt)
     EXPECT_FALSE(scene.IsDirty());
     scene.MarkDirty();
     EXPECT_TRUE(scene.IsDirty());
+}
+
+TEST_F(CleanScene, IsMarkedDirtyByWhatTheTableSaysAndByNothingElse)
+{
+    Node* const parent = new Node(&scene);
+    Node* const child = new Node(&scene);
+    MeshNode* const node = new MeshNode(&scene);
+    Mesh* const mesh = new Mesh(nullptr, &scene);
+    Material* const material = new Material("m");
+    NodeMaterial* const nodeMaterial = new NodeMaterial;
+    scene.GetRoot()->AddChild(parent, false);
+    scene.AddMaterial(material);
+    scene.AddMaterial(nodeMaterial);
+    CameraNode camera(&scene);
+    NodeLineStyle style;
+    const struct
+    {
+        const char* label;
+        bool marks;
+        std::function<void()> change;
+    } steps[] = {
+        {"AddChild that keeps no globals", false, [&] { parent->AddChild(child, false); }},
+        {"RemoveChild", false, [&] { parent->RemoveChild(child); }},
+        {"undo of RemoveChild", false, [&] { parent->AddChild(child, false); }},
+        {"AddChild that keeps globals", true, [&] { scene.GetRoot()->AddChild(child, true); }},
+        {"SetLocal", true, [&] { child->SetLocal(At(1, 0, 0)); }},
+        {"SetGlobal", true, [&] { child->SetGlobal(At(2, 0, 0)); }},
+        {"AddNode", false, [&] { mesh->AddNode(node); }},
+        {"AddMesh", false, [&] { material->AddMesh(mesh); }},
+        {"flags", false, [&] { node->SetFlags(NodeFlagHidden, true); }},
+        {"draw ID", false, [&] { node->SetDrawID(1); }},
+        {"value of a material", false, [&] { material->SetDiffuse(Color(1, 0, 0, 1)); }},
+        {"node of a material", true, [&] { nodeMaterial->AddNode(node); }},
+        {"node of a line style", false, [&] { style.SetNode(node); }},
+        {"RemoveMesh", false, [&] { material->RemoveMesh(mesh); }},
+        {"RemoveNode", false, [&] { mesh->RemoveNode(node); }},
+        {"SetCamera", false, [&] { scene.SetCamera(&camera); }},
+        {"EnableLights", false, [&] { scene.EnableLights(false); }},
+        {"OverrideViewport", false, [&] { scene.OverrideViewport(true, 1, 2, 3, 4); }},
+        {"ProcessChangedMaterial", true, [&] { scene.ProcessChangedMaterial(material); }},
+        {"a material that goes", true, [&] { delete material; }},
+        {"a node that goes by itself", false, [&] { delete child; }},
+        {"DeleteSubtree", true, [&] { scene.DeleteSubtree(parent); }},
+        {"a mesh that goes", true, [&] { delete mesh; }},
+        {"a light that comes", true, [&] { scene.GetRoot()->AddChild(new LightNode(&scene), false); }},
+        {"Resume", true, [&] { scene.Resume(); }},
+        {"Show", true, [&] { scene.Show(false); }},
+        {"Clear", true, [&] { scene.Clear(); }},
+    };
+    for (const auto& step : steps)
+    {
+        scene.UpdateGraph(100.0f, 100.0f);
+        ASSERT_FALSE(scene.IsDirty());
+        step.change();
+        EXPECT_EQ(scene.IsDirty(), step.marks) << step.label;
+    }
+    style.SetNode(nullptr);
+    delete node;
 }
 
 TEST_F(CleanScene, SetCameraOverridesTheDefaultOne)

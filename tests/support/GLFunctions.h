@@ -83,6 +83,8 @@
     X(BindBuffer)                 \
     X(BindFramebuffer)            \
     X(BindRenderbuffer)           \
+    X(BindSampler)                \
+    X(ClipControl)                \
     X(BindVertexArray)            \
     X(BlendColor)                 \
     X(BlendEquation)              \

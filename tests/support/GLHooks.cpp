@@ -13,6 +13,17 @@ namespace OV::Test
 namespace
 {
 
+int g_callDepth = 0;
+
+/// Marks what is done on the recorder's own account.
+struct CallScope
+{
+    CallScope() { ++g_callDepth; }
+    ~CallScope() { --g_callDepth; }
+    CallScope(const CallScope&) = delete;
+    CallScope& operator=(const CallScope&) = delete;
+};
+
 template <class Tag, class Signature>
 struct Hook;
 
@@ -26,6 +37,7 @@ struct Hook<Tag, R(A...)>
 
     static R GLAPIENTRY Call(A... a)
     {
+        const CallScope scope;
         State* state = State::active;
         if (!state)
         {
@@ -106,6 +118,11 @@ template <class Pointer>
 using SignatureOf = std::remove_pointer_t<std::remove_reference_t<Pointer>>;
 
 }  // namespace
+
+bool InsideGLCall()
+{
+    return g_callDepth > 0;
+}
 
 void GLRecorder::State::InstallHooks()
 {

@@ -181,4 +181,7 @@ private:
     std::unique_ptr<State> m_state;
 };
 
+/// Whether a recorder is at work on a call of GL at this moment.
+bool InsideGLCall();
+
 }  // namespace OV::Test

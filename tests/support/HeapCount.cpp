@@ -6,6 +6,14 @@
 #include <cstdlib>
 #include <new>
 
+namespace OV::Test
+{
+
+/// Of the recorder, in programs that have one.
+__attribute__((weak)) bool InsideGLCall();
+
+} // namespace OV::Test
+
 // On their own: where a compiler sees them beside a caller it warns of free after new.
 
 namespace
@@ -14,9 +22,31 @@ namespace
 std::atomic<std::size_t> g_count{0};
 std::atomic<std::size_t> g_bytes{0};
 
+/// Blocks still to be given while new is refused; all of them while not.
+bool g_refusing = false;
+std::size_t g_blocksLeft = 0;
+
+bool IsRefused()
+{
+    if (!g_refusing || (OV::Test::InsideGLCall && OV::Test::InsideGLCall()))
+    {
+        return false;
+    }
+    if (g_blocksLeft == 0)
+    {
+        return true;
+    }
+    --g_blocksLeft;
+    return false;
+}
+
 void* TryAllocate(std::size_t size)
 {
     ++g_count;
+    if (IsRefused())
+    {
+        return nullptr;
+    }
     void* const block = std::malloc(size ? size : 1);
     g_bytes += malloc_usable_size(block);
     return block;
@@ -99,4 +129,15 @@ std::size_t OV::Test::HeapCount()
 std::size_t OV::Test::HeapBytes()
 {
     return g_bytes;
+}
+
+OV::Test::HeapRefusal::HeapRefusal(std::size_t blocks)
+{
+    g_blocksLeft = blocks;
+    g_refusing = true;
+}
+
+OV::Test::HeapRefusal::~HeapRefusal()
+{
+    g_refusing = false;
 }

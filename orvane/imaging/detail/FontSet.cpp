@@ -14,6 +14,9 @@ namespace
 // More glyphs of one face than this are thrown away together.
 constexpr std::size_t kMaxGlyphs = 4096;
 
+// Pictures are larger than outlines.
+constexpr std::size_t kMaxPictures = 256;
+
 // More pairs of family and size than this push out the one used longest ago.
 constexpr std::size_t kMaxFontSets = 32;
 
@@ -51,6 +54,40 @@ std::unique_ptr<FontFace> Open(FT_Library library, FcPattern* font, int size)
     FcPatternGetInteger(font, FC_INDEX, 0, &index);
     auto face = std::make_unique<FontFace>(library, reinterpret_cast<const char*>(file), index, size);
     return face->Get() ? std::move(face) : nullptr;
+}
+
+// The text has a colour of its own, so that of a picture only its light is left. By alpha alone
+// a white tick on a green square would be a square; by light alone a black flag would be gone.
+unsigned char CoverageOf(const unsigned char* premultiplied)
+{
+    return static_cast<unsigned char>((premultiplied[0] + premultiplied[1] + premultiplied[2] + premultiplied[3]) / 4);
+}
+
+// How much of its pixels the glyph covers that FreeType has just drawn.
+GlyphPicture PictureOf(const FT_GlyphSlot slot)
+{
+    const FT_Bitmap& bitmap = slot->bitmap;
+    GlyphPicture picture;
+    const bool known = bitmap.pixel_mode == FT_PIXEL_MODE_BGRA || bitmap.pixel_mode == FT_PIXEL_MODE_GRAY;
+    if (!known || !bitmap.buffer)
+    {
+        return picture;
+    }
+    picture.left = slot->bitmap_left;
+    picture.top = slot->bitmap_top;
+    picture.width = static_cast<int>(bitmap.width);
+    picture.height = static_cast<int>(bitmap.rows);
+    picture.coverage.reserve(std::size_t(bitmap.width) * bitmap.rows);
+    const bool colored = bitmap.pixel_mode == FT_PIXEL_MODE_BGRA;
+    for (unsigned int row = 0; row < bitmap.rows; ++row)
+    {
+        const unsigned char* const source = bitmap.buffer + std::ptrdiff_t(row) * bitmap.pitch;
+        for (unsigned int column = 0; column < bitmap.width; ++column)
+        {
+            picture.coverage.push_back(colored ? CoverageOf(source + 4 * column) : source[column]);
+        }
+    }
+    return picture;
 }
 
 // FreeType, and what is open of it, of one thread.
@@ -112,19 +149,46 @@ private:
 
 }  // namespace
 
-FontFace::FontFace(FT_Library library, const std::string& file, long index, int size)
+FontFace::FontFace(FT_Library library, const std::string& file, long index, int size) :
+    m_size(size)
 {
     if (!library || FT_New_Face(library, file.c_str(), index, &m_face) != 0)
     {
         m_face = nullptr;
         return;
     }
-    const bool usable = FT_IS_SCALABLE(m_face) && FT_Set_Pixel_Sizes(m_face, 0, static_cast<FT_UInt>(size)) == 0;
-    if (!usable)
+    if (!TakeSize())
     {
         FT_Done_Face(m_face);
         m_face = nullptr;
     }
+}
+
+bool FontFace::TakeSize()
+{
+    if (!FT_HAS_COLOR(m_face) || !FT_HAS_FIXED_SIZES(m_face))
+    {
+        return FT_IS_SCALABLE(m_face) && FT_Set_Pixel_Sizes(m_face, 0, static_cast<FT_UInt>(m_size)) == 0;
+    }
+    // The smallest of those that need not be enlarged, else the largest.
+    const FT_Bitmap_Size* const sizes = m_face->available_sizes;
+    int best = 0;
+    for (int i = 1; i < m_face->num_fixed_sizes; ++i)
+    {
+        const bool enough = sizes[i].y_ppem >= long(m_size) * 64;
+        const bool bestIsEnough = sizes[best].y_ppem >= long(m_size) * 64;
+        const bool smaller = sizes[i].y_ppem < sizes[best].y_ppem;
+        if (enough == bestIsEnough ? smaller == enough : enough)
+        {
+            best = i;
+        }
+    }
+    if (sizes[best].y_ppem < 64 || FT_Select_Size(m_face, best) != 0)
+    {
+        return false;
+    }
+    m_ownSize = (sizes[best].y_ppem + 32) / 64;
+    return true;
 }
 
 FontFace::~FontFace()
@@ -161,14 +225,39 @@ FT_Glyph FontFace::Outline(unsigned int glyph)
     return outline;
 }
 
+const GlyphPicture* FontFace::Picture(unsigned int glyph)
+{
+    auto known = m_pictures.find(glyph);
+    if (known == m_pictures.end())
+    {
+        if (m_pictures.size() >= kMaxPictures)
+        {
+            m_pictures.clear();
+        }
+        const bool drawn = FT_Load_Glyph(m_face, glyph, FT_LOAD_COLOR | FT_LOAD_RENDER) == 0;
+        known = m_pictures.emplace(glyph, drawn ? PictureOf(m_face->glyph) : GlyphPicture()).first;
+    }
+    return known->second.coverage.empty() ? nullptr : &known->second;
+}
+
+double FontFace::Scale() const
+{
+    return HasPictures() ? double(m_size) / double(m_ownSize) : 1.0;
+}
+
+long FontFace::Scaled(long length) const
+{
+    return HasPictures() ? FT_MulDiv(length, m_size, m_ownSize) : length;
+}
+
 long FontFace::Ascender() const
 {
-    return m_face->size->metrics.ascender;
+    return Scaled(m_face->size->metrics.ascender);
 }
 
 long FontFace::Descender() const
 {
-    return m_face->size->metrics.descender;
+    return Scaled(m_face->size->metrics.descender);
 }
 
 void FontFace::ForgetGlyphs()
@@ -224,29 +313,24 @@ FontSet& FontSet::OfThread(const std::string& family, int size)
     return fonts.Get(family, size);
 }
 
-FontFace* FontSet::FaceFor(const char32_t* characters, std::size_t count)
+FontFace* FontSet::FaceWithAll(const char32_t* characters, std::size_t count)
 {
     FontFace* const primary = Primary();
-    if (!primary)
-    {
-        return nullptr;
-    }
-    if (std::all_of(characters, characters + count, [&](char32_t c) { return primary->Has(c); }))
+    if (!primary || std::all_of(characters, characters + count, [&](char32_t c) { return primary->Has(c); }))
     {
         return primary;
     }
-    if (FontFace* const face = FallbackFor(characters, count))
+    return FallbackFor(characters, count);
+}
+
+FontFace* FontSet::FaceFor(const char32_t* characters, std::size_t count)
+{
+    FontFace* face = FaceWithAll(characters, count);
+    if (!face && count > 1)
     {
-        return face;
+        face = FaceWithAll(characters, 1);
     }
-    if (count > 1 && !primary->Has(characters[0]))
-    {
-        if (FontFace* const face = FallbackFor(characters, 1))
-        {
-            return face;
-        }
-    }
-    return primary;
+    return face ? face : Primary();
 }
 
 FontFace* FontSet::FaceOf(FT_Face face) const

@@ -16,8 +16,20 @@ namespace OV::detail
 /// advances alone, so that letters keep their shapes and distances at any size.
 constexpr FT_Int32 kGlyphLoadFlags = FT_LOAD_TARGET_LIGHT | FT_LOAD_NO_BITMAP;
 
+/// How much of each pixel the picture of a glyph covers, in the pixels of a font's own size.
+struct GlyphPicture
+{
+    int left = 0;  ///< of the first column, from the pen
+    int top = 0;   ///< of the first row's upper rim, upward from the base line
+    int width = 0;
+    int height = 0;
+    std::vector<unsigned char> coverage;  ///< top row first
+};
+
 /// One font file at one size, with the glyphs that were drawn from it.
 ///
+/// A colour font of pictures comes in sizes of its own: one of them is taken, and what the
+/// font tells and draws is brought to the size asked for.
 /// For the thread that made it, as all of FreeType.
 class FontFace
 {
@@ -28,23 +40,40 @@ public:
     FontFace& operator=(const FontFace&) = delete;
     ~FontFace();
 
-    /// Null if the file could not be opened as a scalable font.
+    /// Null if the file could not be opened as a scalable font or one of colour pictures.
     FT_Face Get() const { return m_face; }
 
     bool Has(char32_t c) const;
 
+    /// Whether glyphs are pictures, not outlines.
+    bool HasPictures() const { return m_ownSize != 0; }
+
     /// The scaled outline of a glyph, which stays the face's; null if it can not be loaded.
     FT_Glyph Outline(unsigned int glyph);
+
+    /// The picture of a glyph, which stays the face's, to be drawn Scale times as large; null if
+    /// it can not be loaded. Good until the next call.
+    const GlyphPicture* Picture(unsigned int glyph);
+
+    /// Pixels to a pixel of the font's own size; 1 for outlines.
+    double Scale() const;
+
+    /// A length that FreeType or the shaper gave for this face, at the size asked for.
+    long Scaled(long length) const;
 
     /// Extent above and below the base line, in 1/64 pixel, both counted upward.
     long Ascender() const;
     long Descender() const;
 
 private:
+    bool TakeSize();
     void ForgetGlyphs();
 
     FT_Face m_face = nullptr;
+    int m_size;
+    long m_ownSize = 0;  // em of the pictures in pixels; 0 for outlines
     std::unordered_map<unsigned int, FT_Glyph> m_glyphs;
+    std::unordered_map<unsigned int, GlyphPicture> m_pictures;
 };
 
 /// The fonts that serve a family at a size: the one that matches it best, and those that have
@@ -63,6 +92,9 @@ public:
 
     /// Null where no font is installed at all.
     FontFace* Primary() const { return m_primary.get(); }
+
+    /// The first font that has all of these characters; null where none has.
+    FontFace* FaceWithAll(const char32_t* characters, std::size_t count);
 
     /// The first font that has all of these characters, else the first that has the first of
     /// them, else the primary one.

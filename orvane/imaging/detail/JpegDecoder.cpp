@@ -1,10 +1,12 @@
 #include "orvane/imaging/detail/JpegDecoder.h"
 
 #include "orvane/imaging/detail/NewImage.h"
+#include "orvane/imaging/detail/PictureLimits.h"
 
 #include <algorithm>
 #include <csetjmp>
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <jerror.h>
@@ -68,7 +70,8 @@ boolean GoOnAfterLostRestart(j_decompress_ptr, int)
 class JpegReader
 {
 public:
-    JpegReader(const unsigned char* data, std::size_t size)
+    JpegReader(const unsigned char* data, std::size_t size, std::uint64_t maxPictureBytes)
+        : m_size(size), m_maxPictureBytes(maxPictureBytes)
     {
         m_decoder.err = jpeg_std_error(&m_error.base);
         m_error.base.error_exit = Fail;
@@ -85,7 +88,8 @@ public:
     JpegReader& operator=(const JpegReader&) = delete;
     ~JpegReader() { jpeg_destroy_decompress(&m_decoder); }
 
-    // Reads up to the pixels; false on a libjpeg error. What the library can bring to colours
+    // Reads up to the pixels; false on a libjpeg error and for a size that the block can not
+    // hold, before the library takes memory for it. What the library can bring to colours
     // comes out as RGBA, or BGRA, of alpha 255; all else as its own components.
     bool ReadHeader(bool swapRedBlue)
     {
@@ -96,6 +100,11 @@ public:
         jpeg_create_decompress(&m_decoder);
         m_decoder.src = &m_source;
         jpeg_read_header(&m_decoder, TRUE);
+        const std::uint64_t bytes = PictureBytes(m_decoder.image_width, m_decoder.image_height);
+        if (bytes > m_maxPictureBytes || bytes > m_size * kLargestExpansion)
+        {
+            return false;
+        }
         const J_COLOR_SPACE stored = m_decoder.jpeg_color_space;
         m_isColor = stored == JCS_GRAYSCALE || stored == JCS_RGB || stored == JCS_YCbCr;
         if (m_isColor)
@@ -131,6 +140,8 @@ private:
     jpeg_decompress_struct m_decoder = {};
     ErrorManager m_error = {};
     jpeg_source_mgr m_source = {};
+    std::uint64_t m_size;
+    std::uint64_t m_maxPictureBytes;
     bool m_isColor = false;
 };
 
@@ -171,9 +182,10 @@ std::unique_ptr<Image> ReadComponents(JpegReader& reader, bool swapRedBlue, bool
 
 }  // namespace
 
-std::unique_ptr<Image> DecodeJpeg(const unsigned char* data, std::size_t size, bool swapRedBlue, bool flipVertical)
+std::unique_ptr<Image> DecodeJpeg(const unsigned char* data, std::size_t size, std::uint64_t maxPictureBytes,
+                                  bool swapRedBlue, bool flipVertical)
 {
-    JpegReader reader(data, size);
+    JpegReader reader(data, size, maxPictureBytes);
     if (!reader.ReadHeader(swapRedBlue))
     {
         ThrowReadError();

@@ -1,6 +1,7 @@
 #include "orvane/imaging/detail/PngDecoder.h"
 
 #include "orvane/imaging/detail/NewImage.h"
+#include "orvane/imaging/detail/PictureLimits.h"
 #include "orvane/imaging/detail/PngSupport.h"
 #include "orvane/imaging/detail/RowTransform.h"
 
@@ -16,9 +17,11 @@ namespace OV::detail
 namespace
 {
 
-// Deflate makes at most 258 bytes of 2 bits. A block that promises more than that is a lie
-// which would cost its memory before it shows.
-constexpr std::uint64_t kLargestExpansion = 1032;
+// The most that a chunk may hold, but for those with pixels.
+constexpr png_alloc_size_t kMaxChunkBytes = png_alloc_size_t(8) << 20;
+
+// The library keeps no text, profile or unknown chunk, so that none may be kept.
+constexpr png_uint_32 kMaxKeptChunks = 1;
 
 struct ByteSource
 {
@@ -63,8 +66,8 @@ public:
         Failed
     };
 
-    PngReader(const unsigned char* data, std::size_t size)
-        : m_source{data, size, 0}
+    PngReader(const unsigned char* data, std::size_t size, std::uint64_t maxPictureBytes)
+        : m_source{data, size, 0}, m_maxPictureBytes(maxPictureBytes)
     {
         m_png = png_create_read_struct(kPngVersion, nullptr, PngFail, PngIgnoreWarning);
     }
@@ -90,11 +93,16 @@ public:
             return Status::Refused;
         }
         png_set_read_fn(m_png, &m_source, ReadBytes);
+        BoundChunks();
         png_read_info(m_png, m_info);
         png_get_IHDR(m_png, m_info, &m_width, &m_height, &m_bitDepth, &m_colorType, &m_interlace, nullptr, nullptr);
         if (m_interlace != PNG_INTERLACE_NONE || !SetUpColors())
         {
             return Status::Refused;
+        }
+        if (PictureBytes(m_width, m_height) > m_maxPictureBytes)
+        {
+            png_error(m_png, "too large a picture");
         }
         if (std::uint64_t(png_get_rowbytes(m_png, m_info)) * m_height > m_source.size * kLargestExpansion)
         {
@@ -137,6 +145,18 @@ public:
     bool IsRGB() const { return m_isRGB; }
 
 private:
+    // Lets no chunk cost more than its pixels need, before any is read.
+    void BoundChunks()
+    {
+        png_set_chunk_malloc_max(m_png, kMaxChunkBytes);
+        png_set_chunk_cache_max(m_png, kMaxKeptChunks);
+#ifdef PNG_HANDLE_AS_UNKNOWN_SUPPORTED
+        // Texts and profiles unpack to a thousand times their bytes and say nothing of pixels.
+        // The list is the library's own of all such chunks; tRNS is not on it.
+        png_set_keep_unknown_chunks(m_png, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
+#endif
+    }
+
     // False for what is refused.
     bool SetUpColors()
     {
@@ -170,6 +190,7 @@ private:
     }
 
     ByteSource m_source;
+    std::uint64_t m_maxPictureBytes;
     png_structp m_png = nullptr;
     png_infop m_info = nullptr;
     png_infop m_end = nullptr;
@@ -226,9 +247,10 @@ std::unique_ptr<Image> ReadWideRows(PngReader& reader, bool swapRedBlue, bool fl
 
 }  // namespace
 
-std::unique_ptr<Image> DecodePng(const unsigned char* data, std::size_t size, bool swapRedBlue, bool flipVertical)
+std::unique_ptr<Image> DecodePng(const unsigned char* data, std::size_t size, std::uint64_t maxPictureBytes,
+                                 bool swapRedBlue, bool flipVertical)
 {
-    PngReader reader(data, size);
+    PngReader reader(data, size, maxPictureBytes);
     switch (reader.ReadHeader())
     {
     case PngReader::Status::Refused:

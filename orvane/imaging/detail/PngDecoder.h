@@ -3,12 +3,15 @@
 #include "orvane/imaging/Image.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 
 namespace OV::detail
 {
 
 /// Decodes a block that begins like a PNG file, as ImageCodec::DecodeImage tells.
-std::unique_ptr<Image> DecodePng(const unsigned char* data, std::size_t size, bool swapRedBlue, bool flipVertical);
+/// @param maxPictureBytes the most that the pixels of the image may take.
+std::unique_ptr<Image> DecodePng(const unsigned char* data, std::size_t size, std::uint64_t maxPictureBytes,
+                                 bool swapRedBlue, bool flipVertical);
 
 }  // namespace OV::detail

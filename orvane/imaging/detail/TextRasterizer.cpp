@@ -1,13 +1,16 @@
 #include "orvane/imaging/detail/TextRasterizer.h"
 
 #include "orvane/imaging/Image.h"
+#include "orvane/imaging/detail/CharacterKinds.h"
 #include "orvane/imaging/detail/FontSet.h"
 #include "orvane/imaging/detail/LocaleText.h"
 #include "orvane/imaging/detail/TextShaper.h"
 #include "orvane/imaging/detail/Utf8.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace OV::detail
@@ -18,6 +21,10 @@ namespace
 
 constexpr std::size_t kMaxFaceName = 31;
 constexpr int kMaxFontSize = 4096;
+
+// As Unicode has it for text that is read as it comes; no language needs as many. A shaper
+// looks back over all marks for each of them.
+constexpr int kMaxMarks = 30;
 
 // Larger than any texture that a driver takes.
 constexpr std::int64_t kMaxExtent = 32768;
@@ -33,6 +40,7 @@ struct TextLayout
 std::vector<std::u32string> SplitLines(const std::u32string& text)
 {
     std::vector<std::u32string> lines(1);
+    int marks = 0;
     for (std::size_t i = 0; i < text.size(); ++i)
     {
         const char32_t c = text[i];
@@ -40,13 +48,24 @@ std::vector<std::u32string> SplitLines(const std::u32string& text)
         {
             i += c == U'\r' && i + 1 < text.size() && text[i + 1] == U'\n' ? 1 : 0;
             lines.emplace_back();
+            marks = 0;
         }
         else if (c == U'\t')
         {
             lines.back().push_back(U' ');
         }
-        else if (c >= U' ' && c != 0x7F)
+        else if (IsMark(c))
         {
+            // One that is not seen would get a letter to stand on where a line begins with it.
+            if (++marks <= kMaxMarks && !(lines.back().empty() && IsUnseen(c)))
+            {
+                lines.back().push_back(c);
+            }
+        }
+        else if (!IsControl(c))
+        {
+            // What is not seen between two marks parts them for nobody.
+            marks = IsUnseen(c) ? marks : 0;
             lines.back().push_back(c);
         }
     }
@@ -61,6 +80,21 @@ int Ceil64(long value)
 int LineHeight(const ShapedLine& line)
 {
     return Ceil64(line.ascender) + Ceil64(-line.descender);
+}
+
+/// Takes away the last lines of a text that is higher than that, and leaves an empty row.
+void LimitHeight(TextLayout& layout, int maxHeight)
+{
+    if (maxHeight < 1 || layout.height <= maxHeight)
+    {
+        return;
+    }
+    while (!layout.lines.empty() && layout.height >= maxHeight)
+    {
+        layout.height -= LineHeight(layout.lines.back());
+        layout.lines.pop_back();
+    }
+    ++layout.height;
 }
 
 // The one place that lays a text out: measuring and drawing can not disagree.
@@ -146,6 +180,31 @@ public:
         }
     }
 
+    // Draws the picture so many times as large, its corner at a place between pixels. Each pixel
+    // gets the mean of what lies under it, or of one pixel of the picture where that is larger.
+    void AddPicture(const GlyphPicture& picture, double left, double top, double scale)
+    {
+        const std::vector<Footprint> columns = Footprints(picture.width, left, scale);
+        const std::vector<Footprint> rows = Footprints(picture.height, top, scale);
+        for (const Footprint& row : rows)
+        {
+            for (const Footprint& column : columns)
+            {
+                double sum = 0.0;
+                for (std::size_t y = 0; y < row.weights.size(); ++y)
+                {
+                    const unsigned char* const source =
+                        picture.coverage.data() + (std::size_t(row.first) + y) * std::size_t(picture.width);
+                    for (std::size_t x = 0; x < column.weights.size(); ++x)
+                    {
+                        sum += row.weights[y] * column.weights[x] * source[std::size_t(column.first) + x];
+                    }
+                }
+                Add(column.pixel, row.pixel, static_cast<unsigned int>(sum + 0.5));
+            }
+        }
+    }
+
     void AddBox(int left, int top, int width, int height)
     {
         for (int y = 0; y < height; ++y)
@@ -178,13 +237,57 @@ public:
     }
 
 private:
+    /// What a pixel sees of a row or column of a picture.
+    struct Footprint
+    {
+        int pixel;
+        int first;
+        std::vector<double> weights;
+    };
+
+    static std::vector<Footprint> Footprints(int length, double start, double scale)
+    {
+        std::vector<Footprint> footprints;
+        const double reach = 0.5 * std::max(1.0, 1.0 / scale);
+        // Enlarged, a picture fades out over half a pixel of its own.
+        const double rim = std::max(0.0, (reach - 0.5 / scale) * scale);
+        const int last = static_cast<int>(std::ceil(start + length * scale + rim));
+        for (int pixel = static_cast<int>(std::floor(start - rim)); pixel < last; ++pixel)
+        {
+            const double center = (pixel + 0.5 - start) / scale;
+            Footprint footprint{pixel, std::max(0, static_cast<int>(std::floor(center - reach))), {}};
+            for (int at = footprint.first; at < std::min<double>(length, center + reach); ++at)
+            {
+                const double part = std::min(at + 1.0, center + reach) - std::max<double>(at, center - reach);
+                footprint.weights.push_back(std::max(0.0, part) / (2.0 * reach));
+            }
+            footprints.push_back(std::move(footprint));
+        }
+        return footprints;
+    }
+
     int m_width;
     int m_height;
     std::vector<unsigned char> m_values;
 };
 
+void DrawPicture(Coverage& coverage, const ShapedGlyph& glyph, long originX, int baseLine)
+{
+    if (const GlyphPicture* const picture = glyph.face->Picture(glyph.index))
+    {
+        const double scale = glyph.face->Scale();
+        coverage.AddPicture(*picture, double(originX + glyph.x) / 64.0 + picture->left * scale,
+                            baseLine - double(glyph.y) / 64.0 - picture->top * scale, scale);
+    }
+}
+
 void DrawGlyph(Coverage& coverage, const ShapedGlyph& glyph, long originX, int baseLine)
 {
+    if (glyph.face->HasPictures())
+    {
+        DrawPicture(coverage, glyph, originX, baseLine);
+        return;
+    }
     const FT_Glyph outline = glyph.face->Outline(glyph.index);
     if (!outline)
     {
@@ -229,9 +332,10 @@ void MeasureText(const std::string& fontName, int fontSize, const std::string& t
     height = layout.height;
 }
 
-Image* RasterizeText(const std::string& fontName, int fontSize, const std::string& text, int maxWidth)
+Image* RasterizeText(const std::string& fontName, int fontSize, const std::string& text, int maxWidth, int maxHeight)
 {
-    const TextLayout layout = LayOut(fontName, fontSize, text, maxWidth);
+    TextLayout layout = LayOut(fontName, fontSize, text, maxWidth);
+    LimitHeight(layout, maxHeight);
     if (layout.lines.empty())
     {
         return nullptr;

@@ -1,12 +1,13 @@
 #include "orvane/imaging/detail/TextShaper.h"
 
+#include "orvane/imaging/detail/CharacterKinds.h"
 #include "orvane/imaging/detail/FontSet.h"
 
-#include <hb.h>
 #include <raqm.h>
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <memory>
 
 namespace OV::detail
@@ -16,7 +17,6 @@ namespace
 {
 
 constexpr char32_t kEllipsis = 0x2026;
-constexpr char32_t kZeroWidthJoiner = 0x200D;
 
 struct RaqmDeleter
 {
@@ -24,61 +24,205 @@ struct RaqmDeleter
 };
 using Raqm = std::unique_ptr<raqm_t, RaqmDeleter>;
 
-bool BelongsToPrevious(char32_t c)
+// Unlike the other spaces it is drawn.
+constexpr char32_t kOghamSpace = 0x1680;
+
+/// Gives each cluster of a text its font.
+class FaceChooser
 {
-    switch (hb_unicode_general_category(hb_unicode_funcs_get_default(), c))
+public:
+    FaceChooser(raqm_t* layout, FontSet& fonts, const std::u32string& text) :
+        m_layout(layout), m_fonts(fonts), m_text(text)
     {
-    case HB_UNICODE_GENERAL_CATEGORY_NON_SPACING_MARK:
-    case HB_UNICODE_GENERAL_CATEGORY_SPACING_MARK:
-    case HB_UNICODE_GENERAL_CATEGORY_ENCLOSING_MARK:
-    case HB_UNICODE_GENERAL_CATEGORY_FORMAT:
-        return true;
-    default:
+    }
+
+    void Choose()
+    {
+        for (std::size_t begin = 0; begin < m_text.size();)
+        {
+            const std::size_t end = ClusterEnd(m_text, begin);
+            ChooseForCluster(begin, end);
+            begin = end;
+        }
+        EndRun(m_text.size());
+    }
+
+private:
+    // One font has all of a cluster, so that marks stand on their letters and what is joined is
+    // joined by it. Where none has, what joiners join is taken apart.
+    void ChooseForCluster(std::size_t begin, std::size_t end)
+    {
+        CollectSeen(begin, end);
+        if (DrawsNothing())
+        {
+            Use(m_face ? m_face : m_fonts.Primary(), begin);
+            return;
+        }
+        if (FontFace* const face = m_fonts.FaceWithAll(m_seen.data(), m_seen.size()))
+        {
+            Use(face, begin);
+            return;
+        }
+        while (begin < end)
+        {
+            const auto joiner = std::find(m_text.begin() + std::ptrdiff_t(begin), m_text.begin() + std::ptrdiff_t(end),
+                                          kZeroWidthJoiner);
+            const std::size_t partEnd =
+                std::min(end, static_cast<std::size_t>(joiner - m_text.begin()) + 1);
+            CollectSeen(begin, partEnd);
+            if (!m_seen.empty())
+            {
+                Use(m_fonts.FaceFor(m_seen.data(), m_seen.size()), begin);
+            }
+            begin = partEnd;
+        }
+    }
+
+    // What is not seen needs no font that has it: the shaper hides it.
+    void CollectSeen(std::size_t begin, std::size_t end)
+    {
+        m_seen.clear();
+        std::copy_if(m_text.begin() + std::ptrdiff_t(begin), m_text.begin() + std::ptrdiff_t(end),
+                     std::back_inserter(m_seen), [](char32_t c) { return !IsUnseen(c); });
+    }
+
+    // A space of a width that the font lacks is made by the shaper.
+    bool DrawsNothing() const
+    {
+        return m_seen.empty() || (m_seen.size() == 1 && IsSpace(m_seen[0]) && m_seen[0] != kOghamSpace &&
+                                  !m_fonts.Primary()->Has(m_seen[0]));
+    }
+
+    void Use(FontFace* face, std::size_t begin)
+    {
+        if (face != m_face)
+        {
+            EndRun(begin);
+            m_face = face;
+            m_runBegin = begin;
+        }
+    }
+
+    void EndRun(std::size_t end)
+    {
+        if (m_face && end > m_runBegin)
+        {
+            raqm_set_freetype_face_range(m_layout, m_face->Get(), m_runBegin, end - m_runBegin);
+        }
+    }
+
+    raqm_t* m_layout;
+    FontSet& m_fonts;
+    const std::u32string& m_text;
+    std::u32string m_seen;
+    FontFace* m_face = nullptr;
+    std::size_t m_runBegin = 0;
+};
+
+/// Knows the glyphs that the shaper leaves although nothing is to be seen of them.
+class HiddenGlyphs
+{
+public:
+    explicit HiddenGlyphs(const std::u32string& text) :
+        m_text(text)
+    {
+        if (std::none_of(text.begin(), text.end(), IsEmojiModifier))
+        {
+            return;
+        }
+        m_modifiers.resize(text.size());
+        for (std::size_t begin = 0; begin < text.size();)
+        {
+            const std::size_t end = ClusterEnd(text, begin);
+            MarkCluster(begin, end);
+            begin = end;
+        }
+    }
+
+    // Glyphs come in the order in which they are drawn; a cluster's come together.
+    bool Hides(const FontFace& face, unsigned int glyph, std::size_t cluster)
+    {
+        if (cluster >= m_text.size())
+        {
+            return false;
+        }
+        if (glyph == 0 && IsUnseen(m_text[cluster]))
+        {
+            return true;
+        }
+        return !m_modifiers.empty() && m_modifiers[cluster] != 0 && IsModifier(face, glyph, cluster);
+    }
+
+private:
+    // Which modifiers stand behind a symbol in the cluster, by bits.
+    void MarkCluster(std::size_t begin, std::size_t end)
+    {
+        unsigned char found = 0;
+        for (std::size_t i = begin + 1; i < end; ++i)
+        {
+            if (IsEmojiModifier(m_text[i]) && m_text[i - 1] != kZeroWidthJoiner)
+            {
+                found = static_cast<unsigned char>(found | 1u << (m_text[i] - kFirstEmojiModifier));
+            }
+        }
+        std::fill(m_modifiers.begin() + std::ptrdiff_t(begin), m_modifiers.begin() + std::ptrdiff_t(end), found);
+    }
+
+    // A modifier that the font has joined is no glyph any more.
+    bool IsModifier(const FontFace& face, unsigned int glyph, std::size_t cluster)
+    {
+        if (glyph == 0)
+        {
+            // The box of a modifier that the font lacks; one box stands for a symbol that it lacks too.
+            const bool again = m_boxCluster == cluster;
+            m_boxCluster = cluster;
+            return again || face.Has(m_text[cluster]);
+        }
+        for (int i = 0; i < kEmojiModifiers; ++i)
+        {
+            if ((m_modifiers[cluster] >> i & 1) != 0 &&
+                FT_Get_Char_Index(face.Get(), kFirstEmojiModifier + static_cast<char32_t>(i)) == glyph)
+            {
+                return true;
+            }
+        }
         return false;
     }
-}
 
-bool IsSpace(char32_t c)
-{
-    return hb_unicode_general_category(hb_unicode_funcs_get_default(), c) ==
-           HB_UNICODE_GENERAL_CATEGORY_SPACE_SEPARATOR;
-}
+    const std::u32string& m_text;
+    std::vector<unsigned char> m_modifiers;
+    std::size_t m_boxCluster = std::u32string::npos;
+};
 
-// Puts every cluster in a font that has all of it, so that marks stand on their letters.
-void ChooseFaces(raqm_t* layout, FontSet& fonts, const std::u32string& text)
+// The ink of a glyph, in 1/64 pixel from its place; false where there is none.
+bool FindInk(FontFace& face, unsigned int glyph, FT_BBox& box)
 {
-    std::size_t runBegin = 0;
-    FontFace* runFace = nullptr;
-    for (std::size_t begin = 0; begin < text.size();)
+    if (face.HasPictures())
     {
-        const std::size_t end = ClusterEnd(text, begin);
-        FontFace* const face = fonts.FaceFor(text.data() + begin, end - begin);
-        if (face != runFace)
+        const GlyphPicture* const picture = face.Picture(glyph);
+        if (!picture)
         {
-            if (runFace)
-            {
-                raqm_set_freetype_face_range(layout, runFace->Get(), runBegin, begin - runBegin);
-            }
-            runFace = face;
-            runBegin = begin;
+            return false;
         }
-        begin = end;
+        box = {face.Scaled(picture->left * 64L), face.Scaled((picture->top - picture->height) * 64L),
+               face.Scaled((picture->left + picture->width) * 64L), face.Scaled(picture->top * 64L)};
+        return true;
     }
-    raqm_set_freetype_face_range(layout, runFace->Get(), runBegin, text.size() - runBegin);
+    const FT_Glyph outline = face.Outline(glyph);
+    if (!outline)
+    {
+        return false;
+    }
+    FT_Glyph_Get_CBox(outline, FT_GLYPH_BBOX_UNSCALED, &box);
+    return box.xMin < box.xMax;
 }
 
 void Include(ShapedLine& line, FontFace& face, const ShapedGlyph& glyph)
 {
     line.ascender = std::max(line.ascender, face.Ascender());
     line.descender = std::min(line.descender, face.Descender());
-    const FT_Glyph outline = face.Outline(glyph.index);
-    if (!outline)
-    {
-        return;
-    }
     FT_BBox box;
-    FT_Glyph_Get_CBox(outline, FT_GLYPH_BBOX_UNSCALED, &box);
-    if (box.xMin >= box.xMax)
+    if (!FindInk(face, glyph.index, box))
     {
         return;
     }
@@ -94,6 +238,10 @@ ShapedLine ShapeBoxes(FontSet& fonts, const std::u32string& text)
     line.ascender = long(fonts.Size()) * 64;
     for (const char32_t c : text)
     {
+        if (IsUnseen(c))
+        {
+            continue;
+        }
         if (!IsSpace(c))
         {
             line.glyphs.push_back({nullptr, 0, line.advance, 0});
@@ -154,10 +302,22 @@ int BoxAdvance(int size)
 
 std::size_t ClusterEnd(const std::u32string& text, std::size_t begin)
 {
+    char32_t base = text[begin];
     std::size_t end = begin + 1;
-    while (end < text.size() && (BelongsToPrevious(text[end]) || text[end - 1] == kZeroWidthJoiner))
+    for (; end < text.size(); ++end)
     {
-        ++end;
+        const char32_t c = text[end];
+        if (BelongsToPrevious(c))
+        {
+            continue;
+        }
+        const bool joined = text[end - 1] == kZeroWidthJoiner;
+        const bool modifies = IsEmojiModifier(c) && IsSymbol(base);
+        if (!joined && !modifies)
+        {
+            break;
+        }
+        base = c;
     }
     return end;
 }
@@ -185,7 +345,7 @@ ShapedLine ShapeLine(FontSet& fonts, const std::u32string& text)
     {
         return line;
     }
-    ChooseFaces(layout.get(), fonts, text);
+    FaceChooser(layout.get(), fonts, text).Choose();
     if (!raqm_layout(layout.get()))
     {
         return line;
@@ -193,16 +353,21 @@ ShapedLine ShapeLine(FontSet& fonts, const std::u32string& text)
     std::size_t count = 0;
     const raqm_glyph_t* const glyphs = raqm_get_glyphs(layout.get(), &count);
     line.glyphs.reserve(count);
+    HiddenGlyphs hidden(text);
     long y = 0;
     for (std::size_t i = 0; i < count; ++i)
     {
         ShapedGlyph glyph;
         glyph.face = fonts.FaceOf(glyphs[i].ftface);
         glyph.index = glyphs[i].index;
-        glyph.x = line.advance + glyphs[i].x_offset;
-        glyph.y = y + glyphs[i].y_offset;
-        line.advance += glyphs[i].x_advance;
-        y += glyphs[i].y_advance;
+        if (hidden.Hides(*glyph.face, glyph.index, glyphs[i].cluster))
+        {
+            continue;
+        }
+        glyph.x = line.advance + glyph.face->Scaled(glyphs[i].x_offset);
+        glyph.y = y + glyph.face->Scaled(glyphs[i].y_offset);
+        line.advance += glyph.face->Scaled(glyphs[i].x_advance);
+        y += glyph.face->Scaled(glyphs[i].y_advance);
         Include(line, *glyph.face, glyph);
         line.glyphs.push_back(glyph);
     }

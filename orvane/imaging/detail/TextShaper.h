@@ -35,8 +35,10 @@ struct ShapedLine
 
 /// Shapes and orders one line, which holds no line break.
 ///
-/// Each character is set in the first font of the set that has it. Without any font there are
-/// boxes, one for each character.
+/// Each character is set in the first font of the set that has it, with the marks and joiners
+/// that belong to it. What is not seen asks for no font, and what a font can not join of a
+/// symbol (a skin tone, a joiner) vanishes behind it. Without any font there are boxes, one for
+/// each character that is seen.
 ShapedLine ShapeLine(FontSet& fonts, const std::u32string& text);
 
 /// Shapes a line that is wider than a limit so that it fits: trailing words, then letters, go
@@ -46,8 +48,8 @@ ShapedLine ShapeWithEllipsis(FontSet& fonts, const std::u32string& text, int max
 /// Side and margin of the box that stands for a character where there is no font, in pixels.
 int BoxAdvance(int size);
 
-/// The end of the cluster that begins at a position: a character and the marks and joiners
-/// that belong to it.
+/// The end of the cluster that begins at a position: a character and the marks, joiners and
+/// skin tones that belong to it.
 std::size_t ClusterEnd(const std::u32string& text, std::size_t begin);
 
 }  // namespace OV::detail

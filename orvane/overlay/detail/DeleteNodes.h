@@ -7,12 +7,12 @@ namespace OV::Detail
 {
 
 /// Takes every node that shows the mesh out of the scene. Taken one at a time, since one may lie
-/// below another and go with it.
+/// below another and go with it; the last first, which moves no others.
 inline void DeleteNodes(Scene& scene, const Mesh& mesh)
 {
     while (!mesh.GetNodes().empty())
     {
-        scene.DeleteSubtree(mesh.GetNodes().front());
+        scene.DeleteSubtree(mesh.GetNodes().back());
     }
 }
 

@@ -1,10 +1,22 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <vector>
 
 namespace OV::detail
 {
+
+/// A list of this length at most is closed up at once where an entry leaves it; a longer one
+/// keeps a gap until it is next read, so that taking out all of it does not move it each time.
+constexpr int shortList = 256;
+
+/// The place of the first such entry, or the length of the list.
+template <class T>
+std::size_t IndexOf(const std::vector<T*>& list, const T* entry)
+{
+    return static_cast<std::size_t>(std::find(list.begin(), list.end(), entry) - list.begin());
+}
 
 /// Takes the first such entry out of a list of pointers; the rest keep their order.
 /// @return false when there is none.

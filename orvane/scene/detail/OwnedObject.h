@@ -1,6 +1,7 @@
 #pragma once
 
 #include "orvane/base/Object.h"
+#include "orvane/base/detail/Walk.h"
 
 #include <memory>
 
@@ -13,6 +14,14 @@ inline void ReplaceObject(std::unique_ptr<Object>& slot, Object* data)
 {
     Object* const old = slot.release();
     delete old;
+    slot.reset(data == old ? nullptr : data);
+}
+
+/// As ReplaceObject, where a walk that draws may stand on the old object.
+inline void ReplaceDrawnObject(std::unique_ptr<Object>& slot, Object* data)
+{
+    Object* const old = slot.release();
+    Walk::DiscardDrawn(std::unique_ptr<Object>(old));
     slot.reset(data == old ? nullptr : data);
 }
 

@@ -22,6 +22,7 @@ struct GLFunctions
     void (APIENTRYP viewport)(GLint, GLint, GLsizei, GLsizei) = nullptr;
     void (APIENTRYP pixelStorei)(GLenum, GLint) = nullptr;
     void (APIENTRYP readPixels)(GLint, GLint, GLsizei, GLsizei, GLenum, GLenum, void*) = nullptr;
+    PFNGLBINDBUFFERPROC bindBuffer = nullptr;
     PFNGLGENFRAMEBUFFERSPROC genFramebuffers = nullptr;
     PFNGLDELETEFRAMEBUFFERSPROC deleteFramebuffers = nullptr;
     PFNGLBINDFRAMEBUFFERPROC bindFramebuffer = nullptr;
@@ -58,6 +59,7 @@ struct GLFunctions
         fetch(viewport, "glViewport");
         fetch(pixelStorei, "glPixelStorei");
         fetch(readPixels, "glReadPixels");
+        fetch(bindBuffer, "glBindBuffer");
         fetch(genFramebuffers, "glGenFramebuffers");
         fetch(deleteFramebuffers, "glDeleteFramebuffers");
         fetch(bindFramebuffer, "glBindFramebuffer");

@@ -38,6 +38,46 @@ private:
     GLint m_renderbuffer = 0;
 };
 
+/// Makes GL write rows without padding to memory for the length of a scope.
+class PackGuard
+{
+public:
+    explicit PackGuard(const GLFunctions& gl) : m_gl(gl)
+    {
+        for (Setting& setting : m_settings)
+        {
+            gl.getIntegerv(setting.name, &setting.value);
+            gl.pixelStorei(setting.name, setting.name == GL_PACK_ALIGNMENT ? 1 : 0);
+        }
+        gl.getIntegerv(GL_PIXEL_PACK_BUFFER_BINDING, &m_buffer);
+        gl.bindBuffer(GL_PIXEL_PACK_BUFFER, 0);
+    }
+
+    ~PackGuard()
+    {
+        for (const Setting& setting : m_settings)
+        {
+            m_gl.pixelStorei(setting.name, setting.value);
+        }
+        m_gl.bindBuffer(GL_PIXEL_PACK_BUFFER, static_cast<GLuint>(m_buffer));
+    }
+
+    PackGuard(const PackGuard&) = delete;
+    PackGuard& operator=(const PackGuard&) = delete;
+
+private:
+    struct Setting
+    {
+        GLenum name;
+        GLint value;
+    };
+
+    const GLFunctions& m_gl;
+    Setting m_settings[4] = {
+        {GL_PACK_ALIGNMENT, 4}, {GL_PACK_ROW_LENGTH, 0}, {GL_PACK_SKIP_ROWS, 0}, {GL_PACK_SKIP_PIXELS, 0}};
+    GLint m_buffer = 0;
+};
+
 /// Drops errors of earlier calls. Bounded, since a lost context reports an error for ever.
 void ClearErrors(const GLFunctions& gl)
 {
@@ -194,8 +234,6 @@ bool HeadlessFramebuffer::ReadPixels(std::vector<unsigned char>& rgba)
         return false;
     }
     const BindingGuard guard(m_gl);
-    GLint alignment = 4;
-    m_gl.getIntegerv(GL_PACK_ALIGNMENT, &alignment);
     const bool scissored = m_gl.isEnabled(GL_SCISSOR_TEST) != GL_FALSE;
     ClearErrors(m_gl);
     m_gl.bindFramebuffer(GL_READ_FRAMEBUFFER, m_draw.framebuffer);
@@ -207,9 +245,10 @@ bool HeadlessFramebuffer::ReadPixels(std::vector<unsigned char>& rgba)
         m_gl.blitFramebuffer(0, 0, m_width, m_height, 0, 0, m_width, m_height, GL_COLOR_BUFFER_BIT, GL_NEAREST);
         m_gl.bindFramebuffer(GL_READ_FRAMEBUFFER, m_resolve.framebuffer);
     }
-    m_gl.pixelStorei(GL_PACK_ALIGNMENT, 1);
-    m_gl.readPixels(0, 0, m_width, m_height, GL_RGBA, GL_UNSIGNED_BYTE, rgba.data());
-    m_gl.pixelStorei(GL_PACK_ALIGNMENT, alignment);
+    {
+        const PackGuard pack(m_gl);
+        m_gl.readPixels(0, 0, m_width, m_height, GL_RGBA, GL_UNSIGNED_BYTE, rgba.data());
+    }
     if (scissored)
     {
         m_gl.enable(GL_SCISSOR_TEST);

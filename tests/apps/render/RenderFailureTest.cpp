@@ -173,6 +173,33 @@ TEST_F(RenderFailure, AnOutputThatCannotBeWrittenIsNamedWithAReason)
     }
 }
 
+TEST_F(RenderFailure, ANameOfAnotherKindOfPictureIsRefused)
+{
+    const std::string square = WriteSquare();
+    for (const char* name : {"out.jpg", "out.JPEG", "out.bmp", "out.tif", "out.png.gif"})
+    {
+        SCOPED_TRACE(name);
+        ExpectFailure({square, "-o", folder.Path(name), "--size", "64x48"}, folder.Path(name),
+                      {"pictures are written as PNG, which .", "; let the name end in .png"});
+    }
+    for (const char* name : {"out", "out.PNG", "a.jpg.png", "plan.2"})
+    {
+        SCOPED_TRACE(name);
+        const ProcessResult result = Run({square, "-o", folder.Path(name), "--size", "64x48"});
+        EXPECT_EQ(result.exitCode, 0) << result.errors;
+        EXPECT_EQ(ReadWholeFile(folder.Path(name)).substr(0, 4), "\x89PNG");
+    }
+}
+
+TEST_F(RenderFailure, AModelOfAnotherSchemaIsNotCalledBroken)
+{
+    const std::string model = folder.Path("house.ifc");
+    WriteWholeFile(model, "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION((''),'2;1');\n"
+                          "FILE_NAME('','',(''),(''),'','','');\nFILE_SCHEMA(('IFC4'));\nENDSEC;\nDATA;\n"
+                          "#1=IFCPROJECT('0xScRe4drECQ4DMSqUjd6d',$,'P',$,$,$,$,$,$);\nENDSEC;\nEND-ISO-10303-21;\n");
+    ExpectFailure({model, "-o", output}, model, {"it states the schema IFC4, and IFC2X3 is what can be read"});
+}
+
 TEST_F(RenderFailure, TheModelIsNotReplacedByItsPicture)
 {
     const std::string square = WriteSquare();

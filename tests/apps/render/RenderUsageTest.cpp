@@ -32,7 +32,7 @@ struct RenderWrongUsage : RenderTool, ::testing::WithParamInterface<WrongUsage>
 
 } // namespace
 
-TEST_F(RenderUsage, HelpNamesEveryOptionAndNeedsNoGL)
+TEST_F(RenderUsage, HelpNamesWhatThereIsAndNeedsNoGL)
 {
     for (const char* flag : {"--help", "-h"})
     {
@@ -40,14 +40,11 @@ TEST_F(RenderUsage, HelpNamesEveryOptionAndNeedsNoGL)
         EXPECT_EQ(result.exitCode, 0);
         EXPECT_EQ(result.errors, "");
         EXPECT_NE(result.output.find("Usage: orvane-render [options] MODEL -o OUT.png"), std::string::npos);
-        for (const char* option :
-             {"--output", "--size", "--samples", "--view", "--eye", "--target", "--up", "--fov", "--ortho",
-              "--background", "--sky", "--fog", "--no-cull", "--lines", "--crease", "--line-width", "--line-color", "--dash",
-              "--line-offset", "--aa", "none, msaa", "--edges", "--edge-color", "--ao", "--look", "--clip", "--poche", "--outline", "--outline-color", "--edit", "--title", "--scale-bar", "--north", "--watermark", "--stats", "--frames",
-              "--list-formats", "--version",
-              "--help", "iso, front, back, left, right, top", "0 done, 1 failed, 2 wrong usage"})
+        // That every option has its line is looked at from inside, by the options of the parser.
+        for (const char* part : {"--pick X,Y", "none, msaa", "iso, front, back, left, right, top",
+                                 "0 done, 1 failed, 2 wrong usage"})
         {
-            EXPECT_NE(result.output.find(option), std::string::npos) << option;
+            EXPECT_NE(result.output.find(part), std::string::npos) << part;
         }
     }
 }
@@ -127,6 +124,7 @@ INSTANTIATE_TEST_SUITE_P(
         WrongUsage{"TargetEmpty", {"MODEL", "-o", "OUT", "--eye", "1,2,3", "--target", ""}, "--target: ''"},
         WrongUsage{"UpEmpty", {"MODEL", "-o", "OUT", "--eye", "1,2,3", "--up", ""}, "--up: ''"},
         WrongUsage{"FogEmpty", {"MODEL", "-o", "OUT", "--fog", ""}, "--fog: ''"},
+        WrongUsage{"EditEmpty", {"MODEL", "-o", "OUT", "--edit", ""}, "--edit: '' is not the name of a node"},
         WrongUsage{"PocheEmpty", {"MODEL", "-o", "OUT", "--clip", "0,0,1,0,0,0", "--poche", ""}, "--poche: ''"},
         WrongUsage{"EyeOfTwo", {"MODEL", "-o", "OUT", "--eye", "1,2"}, "--eye: '1,2' is not three numbers"},
         WrongUsage{"EyeOfFour", {"MODEL", "-o", "OUT", "--eye", "1,2,3,4"}, "--eye"},

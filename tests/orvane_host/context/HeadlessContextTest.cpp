@@ -143,6 +143,35 @@ TEST(HeadlessContext, ReadingKeepsBindingsAlignmentAndScissor)
     }
 }
 
+TEST(HeadlessContext, ReadingPassesByTheLayoutAndTheBufferOfTheHost)
+{
+    auto context = Make(5, 5);
+    ASSERT_TRUE(context);
+    Clear(0, 1, 0, 1);
+    const auto genBuffers = reinterpret_cast<PFNGLGENBUFFERSPROC>(HeadlessContext::GetProcAddress("glGenBuffers"));
+    const auto bindBuffer = reinterpret_cast<PFNGLBINDBUFFERPROC>(HeadlessContext::GetProcAddress("glBindBuffer"));
+    const auto bufferData = reinterpret_cast<PFNGLBUFFERDATAPROC>(HeadlessContext::GetProcAddress("glBufferData"));
+    ASSERT_TRUE(genBuffers && bindBuffer && bufferData);
+    GLuint buffer = 0;
+    genBuffers(1, &buffer);
+    bindBuffer(GL_PIXEL_PACK_BUFFER, buffer);
+    bufferData(GL_PIXEL_PACK_BUFFER, 16, nullptr, GL_STREAM_READ);
+    glPixelStorei(GL_PACK_ROW_LENGTH, 2);
+    glPixelStorei(GL_PACK_SKIP_ROWS, 1);
+    glPixelStorei(GL_PACK_SKIP_PIXELS, 1);
+    std::vector<unsigned char> rgba;
+    ASSERT_TRUE(context->ReadPixels(rgba));
+    ASSERT_EQ(rgba.size(), 100u);
+    for (std::size_t i = 0; i < rgba.size(); i += 4)
+    {
+        ASSERT_EQ(rgba[i + 1], 255) << i;
+    }
+    EXPECT_EQ(Integer(GL_PACK_ROW_LENGTH), 2);
+    EXPECT_EQ(Integer(GL_PACK_SKIP_ROWS), 1);
+    EXPECT_EQ(Integer(GL_PACK_SKIP_PIXELS), 1);
+    EXPECT_EQ(Integer(GL_PIXEL_PACK_BUFFER_BINDING), static_cast<GLint>(buffer));
+}
+
 TEST(HeadlessContext, MultisamplingSmoothsAnEdge)
 {
     auto context = Make(16, 16, 4);

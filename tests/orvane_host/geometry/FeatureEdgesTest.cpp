@@ -6,6 +6,7 @@
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/RawLine.h"
 #include "orvane/scene/Scene.h"
+#include "tests/support/SmallStack.h"
 
 #include <gtest/gtest.h>
 
@@ -370,6 +371,32 @@ TEST(FeatureEdges, AreTheSameEveryTime)
         EXPECT_EQ(ToCorner(first[i].start), ToCorner(second[i].start));
         EXPECT_EQ(ToCorner(first[i].end), ToCorner(second[i].end));
     }
+}
+
+TEST(FeatureEdges, TheLowestNodeOfATreeDeeperThanTheStackGetsItsLines)
+{
+    OV::Test::OnASmallStack(
+        []
+        {
+            Scene scene;
+            Node* lowest = scene.GetRoot();
+            for (int level = 0; level < 60000; ++level)
+            {
+                Node* const next = new Node(&scene);
+                lowest->AddChild(next, false);
+                lowest = next;
+            }
+            auto* const node = new MeshNode(&scene);
+            lowest->AddChild(node, false);
+            auto* const material = new Material("material");
+            scene.AddMaterial(material);
+            auto* const mesh = new Mesh(std::make_shared<RawMesh>(Soup(Box(1, 1, 1))), &scene);
+            material->AddMesh(mesh);
+            mesh->AddNode(node);
+            auto* const style = new LineStyle("edges");
+            scene.AddLineStyle(style);
+            EXPECT_EQ(FeatureEdges::AddTo(scene, *style), 12u);
+        });
 }
 
 TEST(FeatureEdges, EveryNodeOfASceneGetsTheLinesOfItsGeometry)

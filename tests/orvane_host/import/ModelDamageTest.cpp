@@ -158,6 +158,31 @@ TEST_F(ModelDamageTest, TheMemoryOfAnImportIsLimited)
     EXPECT_EQ(StatusOf("grid.obj", GridObj(250), options), ImportStatus::Done);
 }
 
+TEST_F(ModelDamageTest, NobodyIsToldToRaiseALimit)
+{
+    ImportOptions options;
+    options.isolate = false;
+    const auto expectWays = [&](const std::string& name, const std::string& content, const ImportLimits& limits)
+    {
+        options.limits = limits;
+        WriteFile(m_folder.Path(name), content);
+        const ImportResult result = ModelImporter::Import(m_folder.Path(name), options);
+        ASSERT_FALSE(result);
+        EXPECT_EQ(result.error.remedy.find("raise"), std::string::npos) << result.error.Line();
+        EXPECT_EQ(result.error.remedy.find("limit"), std::string::npos) << result.error.Line();
+    };
+    ImportLimits limits;
+    limits.fileBytes = 8;
+    expectWays("large.obj", GridObj(2), limits);
+    limits = ImportLimits();
+    limits.vertices = 2;
+    expectWays("many.obj", GridObj(2), limits);
+    options.isolate = true;
+    limits = ImportLimits();
+    limits.memoryBytes = 4 << 20;
+    expectWays("grid.obj", GridObj(250), limits);
+}
+
 TEST_F(ModelDamageTest, CountsThatPromiseTooMuchDoNotTakeMemory)
 {
     EXPECT_EQ(StatusOf(kTestModels + "invalid/OutOfMemory.off"), kOutOfMemory);

@@ -247,6 +247,28 @@ TEST_F(WritePNGFile, ADeviceIsWrittenToAndStaysADevice)
     EXPECT_TRUE(fs::is_character_file("/dev/null"));
 }
 
+TEST_F(WritePNGFile, ANameOfAnotherKindOfPictureIsRefused)
+{
+    for (const char* name : {"out.jpg", "out.Tiff", "out.png.bmp", ".gif"})
+    {
+        SCOPED_TRACE(name);
+        error.clear();
+        EXPECT_FALSE(CanWritePNG(folder.Path(name), error));
+        EXPECT_NE(error.find("let the name end in .png"), std::string::npos) << error;
+        error.clear();
+        EXPECT_FALSE(WritePNG(TwoByTwo, 2, 2, folder.Path(name), PNGAlpha::Keep, error));
+        EXPECT_NE(error.find("let the name end in .png"), std::string::npos) << error;
+    }
+    EXPECT_EQ(FilesInFolder(), 0u);
+    fs::create_directory(folder.Path("a.jpg"));
+    for (const char* name : {"out", "out.PNG", "jpg", "out.", "out.jpg2", "a.jpg/out"})
+    {
+        SCOPED_TRACE(name);
+        EXPECT_TRUE(CanWritePNG(folder.Path(name), error)) << error;
+        EXPECT_TRUE(WritePNG(TwoByTwo, 2, 2, folder.Path(name), PNGAlpha::Keep, error)) << error;
+    }
+}
+
 TEST_F(WritePNGFile, NamesMayHoldAnyBytes)
 {
     const std::string odd = folder.Path("caf\xC3\xA9 \xFF.png");

@@ -1,10 +1,16 @@
 #include "orvane_host/present/HatchTextures.h"
 
+#include "orvane/platform/ESTextureLoader.h"
+#include "tests/support/GLFixture.h"
+
+#include <GL/gl.h>
+#include <GL/glext.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
+#include <memory>
 #include <numeric>
 #include <vector>
 
@@ -35,6 +41,15 @@ double Jump(const std::vector<unsigned char>& ink, int from, int to, bool turned
     }
     return sum / kSize;
 }
+
+/// Its end fails the test when a texture is left.
+class HatchTexturesGL : public OV::Test::GLFixture
+{
+};
+
+struct HatchFilter : OV::Test::GLFixture
+{
+};
 
 } // namespace
 
@@ -109,4 +124,32 @@ TEST(HatchTextures, HaveAnEvenToneAllOver)
 TEST(HatchTextures, AreTheSameEveryTime)
 {
     EXPECT_EQ(HatchTextures::DrawTone(3), HatchTextures::DrawTone(3));
+}
+
+TEST_F(HatchTexturesGL, GoWithTheirUserAfterTheEndOfTheLoader)
+{
+    std::unique_ptr<OV::TextureLoader> loader(OV::TextureLoader::Create());
+    const HatchTextures textures(*loader);
+    EXPECT_TRUE(glIsTexture(textures.GetTexture(0)));
+    loader.reset();
+    EXPECT_TRUE(glIsTexture(textures.GetTexture(0)));
+}
+
+TEST_F(HatchFilter, ReadsAsFewPixelsAsSmoothStrokesTake)
+{
+    OV::Platform::Linux::ESTextureLoader loader;
+    {
+        const HatchTextures hatches(loader);
+        for (int tone = 0; tone < HatchTextures::Tones; ++tone)
+        {
+            glBindTexture(GL_TEXTURE_2D, hatches.GetTexture(tone));
+            GLfloat degree = 0.0f;
+            GLint filter = 0;
+            glGetTexParameterfv(GL_TEXTURE_2D, GL_TEXTURE_MAX_ANISOTROPY_EXT, &degree);
+            glGetTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, &filter);
+            EXPECT_EQ(degree, 1.0f) << "24 anisotropic look-ups a pixel";
+            EXPECT_EQ(filter, GL_LINEAR_MIPMAP_NEAREST);
+        }
+    }
+    glBindTexture(GL_TEXTURE_2D, 0);
 }

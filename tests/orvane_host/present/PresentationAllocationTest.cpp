@@ -1,9 +1,11 @@
 #include "orvane/scene/Scene.h"
+#include "tests/orvane_host/present/AddedStage.h"
 #include "tests/orvane_host/present/EveryFeatureScene.h"
 #include "tests/orvane_host/present/PresentationStage.h"
 #include "tests/support/HeapCount.h"
 
 #include <cstddef>
+#include <memory>
 
 namespace OV::Test
 {
@@ -55,6 +57,20 @@ TEST_F(PresentationAllocation, ASteadyFrameTakesNothingFromTheHeap)
             }
         }
     }
+}
+
+TEST_F(PresentationAllocation, NeitherDoesOneWithAnAddedStageThatNeedsEverything)
+{
+    const auto record = std::make_shared<StageRecord>();
+    auto stage = std::make_unique<AddedStage>(record);
+    stage->needs.objectIdentifiers = true;
+    stage->needs.groupIdentifiers = true;
+    stage->needs.depth = true;
+    stage->needs.picture = true;
+    renderer->AddStage(std::move(stage), Host::StageSlot::AfterSurfaces);
+    EXPECT_EQ(AllocationsOfSteadyFrame(false), 0u);
+    EXPECT_EQ(AllocationsOfSteadyFrame(true), 0u);
+    EXPECT_EQ(record->drawn, 8);
 }
 
 } // namespace OV::Test

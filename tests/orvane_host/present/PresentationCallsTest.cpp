@@ -1,12 +1,14 @@
 #include "orvane/renderer/AAMode.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/Scene.h"
+#include "tests/orvane_host/present/AddedStage.h"
 #include "tests/orvane_host/present/EveryFeatureScene.h"
 #include "tests/orvane_host/present/PresentationStage.h"
 #include "tests/support/GLRecorder.h"
 
 #include <algorithm>
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -178,6 +180,44 @@ TEST_F(PresentationCalls, ASteadyFrameAsksForNoBufferAndReadsNothingBack)
             }
         }
     }
+}
+
+TEST_F(PresentationCalls, AnAddedStageCostsWhatItNeedsAndNoMore)
+{
+    const auto texts = [this] {
+        std::vector<std::string> list;
+        for (const GLCall& call : CallsOfScene())
+        {
+            list.push_back(call.ToString());
+        }
+        return list;
+    };
+    renderer->SetEdges(EdgesOf(Identity::Group));
+    const std::vector<std::string> withEdges = texts();
+    renderer->SetEdges(std::nullopt);
+    const std::vector<std::string> plain = texts();
+
+    const auto record = std::make_shared<StageRecord>();
+    AddedStage* stage = new AddedStage(record);
+    renderer->AddStage(std::unique_ptr<Host::PresentationStage>(stage), Host::StageSlot::AfterSurfaces);
+    EXPECT_EQ(texts(), plain) << "no need, no call";
+    EXPECT_GT(record->drawn, 0);
+
+    stage->needs.target = true;
+    const std::size_t target = texts().size() - plain.size();
+    EXPECT_GT(target, 0u);
+    EXPECT_LE(target, 5u);
+
+    stage->needs = {};
+    stage->needs.groupIdentifiers = true;
+    EXPECT_EQ(PassesOf(CallsOfScene()), 1u);
+    renderer->SetEdges(EdgesOf(Identity::Group));
+    EXPECT_EQ(texts(), withEdges) << "what edges have is shared";
+    renderer->SetEdges(std::nullopt);
+
+    stage->needs = {};
+    stage->needs.picture = true;
+    EXPECT_EQ(PassesOf(CallsOfScene()), 0u) << "a copy is no pass";
 }
 
 } // namespace OV::Test

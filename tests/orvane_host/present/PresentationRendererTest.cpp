@@ -128,6 +128,7 @@ TEST_F(PresentationRendererTest, FindsLooksByTheirNames)
         Look look = expected == Look::Basic ? Look::Phong : Look::Basic;
         EXPECT_TRUE(PresentationRenderer::ParseLook(name, look)) << name;
         EXPECT_EQ(look, expected) << name;
+        EXPECT_STREQ(PresentationRenderer::NameOfLook(expected), name);
     }
     Look look = Look::Phong;
     for (const char* name : {"", "Basic", "vertexcolor", "advanced "})

@@ -1,0 +1,141 @@
+#pragma once
+
+#include "orvane/scene/Node.h"
+
+#include <list>
+
+namespace OV::detail
+{
+
+class TreeCursor;
+
+/// How far the walks of a scene's tree have come, for Node.
+struct TreeWalks
+{
+    unsigned int depth = 0;
+    /// The node that a walk without recursion is at, one for each kind of walk.
+    const Node* visited[3] = {};
+    /// The innermost.
+    TreeCursor* cursors = nullptr;
+};
+
+/// Where a walk stands below a node.
+///
+/// A walk calls the host, which may take nodes out of the tree or delete them. Cursors stand in a
+/// list, so that a node that loses a child, or dies, can set right those that stand on it: a step
+/// of a walk costs no more than that of a plain loop.
+class TreeCursor
+{
+public:
+    TreeCursor(const TreeCursor&) = delete;
+    TreeCursor& operator=(const TreeCursor&) = delete;
+
+    /// Said before the parent loses the child.
+    static void ChildLeaves(const TreeWalks& walks, const Node* parent, const Node* child)
+    {
+        for (TreeCursor* cursor = walks.cursors; cursor; cursor = cursor->m_outer)
+        {
+            if (cursor->m_top)
+            {
+                cursor->Leave(parent, child);
+            }
+        }
+    }
+
+    /// Said before a node dies: no walk below it goes on.
+    static void NodeDies(const TreeWalks& walks, const Node* node)
+    {
+        for (TreeCursor* cursor = walks.cursors; cursor; cursor = cursor->m_outer)
+        {
+            if (cursor->m_top == node)
+            {
+                cursor->m_top = nullptr;
+            }
+        }
+    }
+
+    /// Said before the scene dies that has the list.
+    static void WalksDie(const TreeWalks& walks)
+    {
+        for (TreeCursor* cursor = walks.cursors; cursor; cursor = cursor->m_outer)
+        {
+            cursor->m_walks = nullptr;
+        }
+    }
+
+protected:
+    TreeCursor(const Node* top, TreeWalks& walks) : m_top(top), m_walks(&walks), m_outer(walks.cursors)
+    {
+        walks.cursors = this;
+    }
+
+    ~TreeCursor()
+    {
+        if (m_walks)
+        {
+            m_walks->cursors = m_outer;
+        }
+    }
+
+    /// Steps off the child, or off what is below it.
+    virtual void Leave(const Node* parent, const Node* child) = 0;
+
+    /// What is walked below; null once it is gone.
+    const Node* m_top;
+    /// Null once the scene is gone.
+    TreeWalks* m_walks;
+
+private:
+    TreeCursor* m_outer;
+};
+
+/// Where a walk stands among the children of a node.
+class ChildCursor final : public TreeCursor
+{
+public:
+    ChildCursor(const Node* parent, TreeWalks& walks) :
+        TreeCursor(parent, walks), m_children(parent->GetChildren()), m_next(m_children.begin())
+    {
+        ++walks.depth;
+    }
+
+    ~ChildCursor()
+    {
+        if (m_walks)
+        {
+            --m_walks->depth;
+        }
+    }
+
+    /// The next child; null at the end, and once the parent is gone. Asked for only after the one
+    /// before has been dealt with, so that what was appended meanwhile is walked too.
+    Node* Next()
+    {
+        if (!m_top)
+        {
+            return nullptr;
+        }
+        if (m_isOnChild)
+        {
+            ++m_next;
+        }
+        m_isOnChild = m_next != m_children.end();
+        return m_isOnChild ? *m_next : nullptr;
+    }
+
+private:
+    void Leave(const Node* parent, const Node* child) override
+    {
+        if (parent == m_top && m_next != m_children.end() && *m_next == child)
+        {
+            ++m_next;
+            m_isOnChild = false;
+        }
+    }
+
+    const std::list<Node*>& m_children;
+    std::list<Node*>::const_iterator m_next;
+    bool m_isOnChild = false;
+};
+
+} // namespace OV::detail

@@ -1,0 +1,123 @@
+#pragma once
+
+#include "orvane/math/Color.h"
+#include "orvane/renderdata/RenderItemES20.h"
+
+#include <array>
+#include <cstddef>
+#include <vector>
+
+namespace OV
+{
+
+class CameraNode;
+class CameraNodeES20;
+class Scene;
+
+} // namespace OV
+
+namespace OV::Host
+{
+
+class StageAccess;
+
+/// Width and height, in pixels unless told otherwise.
+struct PixelSize
+{
+    int width = 0;
+    int height = 0;
+
+    bool operator==(const PixelSize& other) const { return width == other.width && height == other.height; }
+    bool operator!=(const PixelSize& other) const { return !(*this == other); }
+};
+
+/// What a stage needs of a frame besides the scene. What no stage needs is not made.
+///
+/// None of it can be had in a frame that is drawn over another, and none where GL can't make one
+/// of the buffers: a stage is then left out unless its needs are optional.
+struct FrameNeeds
+{
+    bool target = false; ///< what is drawn into, see PresentationFrame; the others bring it along
+    bool objectIdentifiers = false;
+    bool groupIdentifiers = false;
+    bool fineIdentifiers = false; ///< twice as fine where the picture has samples to look them up at
+    bool depth = false;
+    bool picture = false;  ///< a copy of what is drawn by then
+    bool optional = false; ///< the stage draws without them too
+
+    bool Any() const { return target || objectIdentifiers || groupIdentifiers || depth || picture; }
+
+    FrameNeeds& operator|=(const FrameNeeds& other)
+    {
+        target |= other.target;
+        objectIdentifiers |= other.objectIdentifiers;
+        groupIdentifiers |= other.groupIdentifiers;
+        fineIdentifiers |= other.fineIdentifiers;
+        depth |= other.depth;
+        picture |= other.picture;
+        optional |= other.optional;
+        return *this;
+    }
+};
+
+/// The meshes of a frame's scene, listed once for all stages.
+struct FrameItems
+{
+    /// Opaque surfaces, lines, see-through surfaces.
+    std::vector<RenderItemES20> all;
+    std::size_t firstLine = 0;  ///< in all, behind the opaque surfaces
+    std::size_t firstAlpha = 0; ///< in all, behind the lines
+
+    /// Those of all that have identifiers; empty unless something is needed of the frame.
+    std::vector<RenderItemES20> surfaces;
+};
+
+/// What the stages of one frame share. It is handed from one to the next and ends with the frame.
+///
+/// Textures are GL names, 0 where nobody needs them or they can't be had. All but the picture lie
+/// over the target from its lower left corner to its upper right one, whatever size they have.
+struct PresentationFrame
+{
+    Scene& scene;
+    CameraNode& camera;
+    CameraNodeES20& cameraData; ///< has the matrices of the frame; who changes them puts them back
+    StageAccess& renderer;      ///< what a stage may use of the renderer
+    const FrameItems& items;    ///< empty while stages prepare
+
+    PixelSize view = {};   ///< in points, which matrices count in
+    PixelSize screen = {}; ///< of the picture that is seen
+    PixelSize target = {}; ///< of what is drawn into: a capture may be finer than the screen
+    Color background = {}; ///< that the picture was cleared in
+    bool overDraw = false; ///< whether the frame is drawn over another
+
+    FrameNeeds needs = {}; ///< of all stages together
+    bool served = false;   ///< whether they can be had: false before the meshes are listed
+
+    // What is drawn into, as it was found, where something is needed.
+    unsigned int framebuffer = 0; ///< 0 is the window's
+    bool multisampled = false;
+    std::array<float, 2> depthRange = {0.0f, 1.0f};
+
+    // Identifiers of the surfaces as colours, black where there is none; as many pixels as the
+    // target has, or twice as many each way.
+    unsigned int objectIdentifiers = 0;
+    unsigned int groupIdentifiers = 0;
+    bool shadeSamples = false; ///< whether they are worth a look-up at each sample
+
+    /// That came with the identifiers of objects. It is the surfaces' own in the depth buffer
+    /// unless it serves as depth too, which it does only where those of groups are not needed.
+    unsigned int objectDepth = 0;
+
+    /// Of the surfaces, between 0 at the near plane and depthShare at the far plane.
+    unsigned int depth = 0;
+    double depthShare = 1.0;
+
+    /// The target's size and as it is when the stage draws, samples resolved; of a stage that
+    /// needs it.
+    unsigned int picture = 0;
+
+    /// Units in which a stage leaves a 2D texture; they are freed at the end of the frame.
+    std::array<bool, 8> usedUnits = {};
+};
+
+} // namespace OV::Host

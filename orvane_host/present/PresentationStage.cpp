@@ -1,0 +1,19 @@
+#include "orvane_host/present/PresentationStage.h"
+
+#include "orvane_host/present/PresentationFrame.h"
+
+namespace OV::Host
+{
+
+PresentationStage::~PresentationStage() = default;
+
+FrameNeeds PresentationStage::NeedsOf(const PresentationFrame&) const
+{
+    return {};
+}
+
+void PresentationStage::Prepare(PresentationFrame&)
+{
+}
+
+} // namespace OV::Host

@@ -1,0 +1,49 @@
+#pragma once
+
+namespace OV::Host
+{
+
+struct FrameNeeds;
+struct PresentationFrame;
+
+/// Where in a frame a stage from outside draws. Those of one place draw in the order in which
+/// they were added.
+enum class StageSlot
+{
+    BeforeSurfaces, ///< after the sky, on a cleared depth: it can hide surfaces
+    AfterSurfaces,  ///< on surfaces and lines; occlusion and edges come over it
+    OverPicture,    ///< on everything but the layer above
+};
+
+/// One step of a presented frame, such as the edges. A host adds its own with
+/// PresentationRenderer::AddStage.
+///
+/// What a stage draws with GL it begins and ends in the state of a pass over a scene: depth test,
+/// depth writes and culling on, no scissor, all colours written, the frame's framebuffer bound and
+/// its viewport set. Blending may be either where it begins and is off where it ends.
+class PresentationStage
+{
+public:
+    PresentationStage(const PresentationStage&) = delete;
+    PresentationStage& operator=(const PresentationStage&) = delete;
+    virtual ~PresentationStage();
+
+    /// Asked once a frame, after the meshes are listed. Nothing by default. Not GL.
+    virtual FrameNeeds NeedsOf(const PresentationFrame& frame) const;
+
+    /// Called before the meshes of a frame are listed and uploaded: for what changes how they are
+    /// made, and for geometry of its own. Nothing by default. GL.
+    virtual void Prepare(PresentationFrame& frame);
+
+    /// GL.
+    virtual void Draw(PresentationFrame& frame) = 0;
+
+    /// Lets go of every GL object; the next frame makes them anew. Called on suspend, and by the
+    /// renderer before it gives the stage up. May come twice. GL.
+    virtual void ReleaseGL() = 0;
+
+protected:
+    PresentationStage() = default;
+};
+
+} // namespace OV::Host

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "orvane/renderdata/RenderItemES20.h"
+#include "orvane/renderdata/RenderPass.h"
+
+#include <vector>
+
+namespace OV
+{
+
+class CameraNodeES20;
+class EffectCache;
+class LineStyle;
+class Material;
+class MaterialEffectES20;
+class TextureLoader;
+
+} // namespace OV
+
+namespace OV::Host
+{
+
+class SceneRenderer;
+
+/// What a stage may use of the renderer that draws its frame.
+class StageAccess
+{
+public:
+    StageAccess(const StageAccess&) = delete;
+    StageAccess& operator=(const StageAccess&) = delete;
+
+    EffectCache& GetEffects();
+
+    /// Not owned; null where there is none.
+    TextureLoader* GetTextureLoader();
+
+    /// Lists the meshes of a material, if it is ready, giving it render data at need. GL.
+    /// @param clipped whether the clip planes cut them.
+    void List(Material& material, CameraNodeES20& cameraData, std::vector<RenderItemES20>& items, bool clipped);
+
+    /// Lists the lines of a style, giving it render data at need. GL.
+    /// @param clipped whether the clip planes cut them.
+    void List(LineStyle& style, CameraNodeES20& cameraData, std::vector<RenderItemES20>& items, bool clipped);
+
+    /// The same for whole lists, which a host that is called meanwhile may edit.
+    void List(const std::vector<Material*>& materials, CameraNodeES20& cameraData, std::vector<RenderItemES20>& items,
+              bool clipped);
+    void List(const std::vector<LineStyle*>& styles, CameraNodeES20& cameraData, std::vector<RenderItemES20>& items,
+              bool clipped);
+
+    /// Whether a host that was called in this frame has deleted anything of a scene; only then may an
+    /// item that was listed name what is gone.
+    bool HasLosses() const;
+    bool IsGone(const RenderItemES20& item) const;
+
+    /// Uploads the geometry that was listed for the first time. After every stage has prepared and
+    /// the scene is listed the frame does so itself. GL.
+    void Upload();
+
+    /// Draws items in order. GL.
+    void Draw(CameraNodeES20& cameraData, const std::vector<RenderItemES20>& items, RenderPass pass);
+
+    /// Makes what DrawOverScreen draws with, if there is none yet, to be uploaded. GL.
+    /// @return false where it can't be had.
+    bool PrepareScreen();
+
+    /// Draws an effect that needs neither material nor camera over all of the target. Depth test,
+    /// culling and blending are as they are found. GL.
+    void DrawOverScreen(MaterialEffectES20& effect);
+
+private:
+    friend class SceneRenderer;
+
+    explicit StageAccess(SceneRenderer& renderer) : m_renderer(renderer) {}
+
+    SceneRenderer& m_renderer;
+};
+
+} // namespace OV::Host

@@ -1,0 +1,110 @@
+#include "orvane_host/present/detail/LineRoom.h"
+
+#include "orvane_host/geometry/FeatureEdges.h"
+#include "orvane/renderdata/MaterialES20.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/Scene.h"
+
+#include <GL/gl.h>
+
+namespace OV::Host::Detail
+{
+
+namespace
+{
+
+/// Writes depth anew, and nothing else, for the length of a scope.
+class DepthAnewScope
+{
+public:
+    DepthAnewScope()
+    {
+        glGetBooleanv(GL_COLOR_WRITEMASK, m_colorMask);
+        glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_FALSE);
+        glDepthMask(GL_TRUE);
+        glClear(GL_DEPTH_BUFFER_BIT);
+    }
+
+    ~DepthAnewScope() { glColorMask(m_colorMask[0], m_colorMask[1], m_colorMask[2], m_colorMask[3]); }
+
+    DepthAnewScope(const DepthAnewScope&) = delete;
+    DepthAnewScope& operator=(const DepthAnewScope&) = delete;
+
+private:
+    GLboolean m_colorMask[4] = {};
+};
+
+} // namespace
+
+void LineRoom::Draw(const std::vector<RenderItemES20>& items, std::size_t firstLine, std::size_t firstAlpha,
+                    bool overDraw, const DrawItems& draw)
+{
+    if (overDraw || !TakeBack(items, firstLine))
+    {
+        draw(items, false);
+        return;
+    }
+    const auto lines = items.begin() + static_cast<std::ptrdiff_t>(firstLine);
+    m_part.assign(items.begin(), lines);
+    const bool hasLines = firstAlpha > firstLine;
+    KeepDrawIDs();
+    draw(m_part, false);
+    GiveAgain();
+    if (hasLines)
+    {
+        const DepthAnewScope depthAnew;
+        for (Mesh* mesh : m_meshes)
+        {
+            mesh->SetDrawID(mesh->GetScene()->GetUpdateID());
+        }
+        draw(m_part, true);
+    }
+    m_part.assign(lines, items.end());
+    draw(m_part, false);
+}
+
+bool LineRoom::TakeBack(const std::vector<RenderItemES20>& items, std::size_t end)
+{
+    const MeshStyleES20* style = nullptr;
+    for (std::size_t i = 0; i < end; ++i)
+    {
+        // The meshes of a material stand in a row.
+        if (items[i].style == style)
+        {
+            continue;
+        }
+        style = items[i].style;
+        const auto* const data = dynamic_cast<const MaterialES20*>(style);
+        Material* const material = data ? data->GetMaterial() : nullptr;
+        if (material && FeatureEdges::HasRoom(*material))
+        {
+            material->ClearFlags(MaterialFlagPolygonOffset);
+            m_materials.push_back(material);
+        }
+    }
+    return !m_materials.empty();
+}
+
+void LineRoom::KeepDrawIDs()
+{
+    m_meshes.clear();
+    for (const RenderItemES20& item : m_part)
+    {
+        if (item.mesh->UsingDrawID() && item.mesh->ReadyToDraw())
+        {
+            m_meshes.push_back(item.mesh);
+        }
+    }
+}
+
+void LineRoom::GiveAgain()
+{
+    for (Material* material : m_materials)
+    {
+        material->SetFlags(MaterialFlagPolygonOffset);
+    }
+    m_materials.clear();
+}
+
+} // namespace OV::Host::Detail

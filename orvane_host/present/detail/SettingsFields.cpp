@@ -1,0 +1,41 @@
+#include "orvane_host/present/detail/SettingsFields.h"
+
+#include <cstddef>
+#include <iterator>
+
+namespace OV::Host::Detail
+{
+
+namespace
+{
+
+// In the order of the enumerators.
+constexpr const char* kIdentities[] = {"object", "group"};
+constexpr const char* kAntialiasings[] = {"none", "msaa", "fxaa", "ssaa"};
+constexpr const char* kUpAxes[] = {"y", "z"};
+
+template <typename Enum, std::size_t Size>
+const char* NameIn(const char* const (&names)[Size], Enum value)
+{
+    const auto index = static_cast<std::size_t>(value);
+    return index < Size ? names[index] : nullptr;
+}
+
+} // namespace
+
+const char* NameOf(Identity identity)
+{
+    return NameIn(kIdentities, identity);
+}
+
+const char* NameOf(Antialiasing antialiasing)
+{
+    return NameIn(kAntialiasings, antialiasing);
+}
+
+const char* NameOf(UpAxis axis)
+{
+    return NameIn(kUpAxes, axis);
+}
+
+} // namespace OV::Host::Detail

@@ -1,0 +1,177 @@
+#pragma once
+
+#include "orvane_host/present/PresentationSettings.h"
+
+#include <limits>
+#include <string>
+
+/// Every field of the settings, named once: comparing, checking, writing and reading all go by
+/// this list.
+namespace OV::Host::Detail
+{
+
+/// What a number may be.
+struct Limits
+{
+    float least = std::numeric_limits<float>::lowest();
+    float most = std::numeric_limits<float>::max();
+    bool isAboveLeast = false;
+};
+
+constexpr Limits kFinite{};
+constexpr Limits kNotNegative{0.0f};
+constexpr Limits kAboveZero{0.0f, std::numeric_limits<float>::max(), true};
+constexpr Limits kShare{0.0f, 1.0f};
+constexpr Limits kCrease{0.0f, 180.0f};
+constexpr Limits kLineWidth{0.0f, 100.0f, true};
+constexpr Limits kFov{1.0f, 170.0f};
+constexpr Limits kSamples{0.0f, static_cast<float>(PresentationSettings::MostSamples)};
+/// Beyond it ViewFit takes no eye.
+constexpr Limits kPlace{-1e15f, 1e15f};
+
+/// Calls a visitor with the name, the member pointer and the limits of each field of a struct. For
+/// colours the limits are always those of a share.
+template <typename Settings>
+struct Fields;
+
+template <>
+struct Fields<FogRange>
+{
+    template <typename Visitor>
+    static void Visit(Visitor&& visit)
+    {
+        visit("start", &FogRange::start, kNotNegative);
+        visit("end", &FogRange::end, kFinite);
+    }
+};
+
+template <>
+struct Fields<ClipPlane>
+{
+    template <typename Visitor>
+    static void Visit(Visitor&& visit)
+    {
+        visit("normal", &ClipPlane::normal, kFinite);
+        visit("position", &ClipPlane::position, kFinite);
+    }
+};
+
+template <>
+struct Fields<SectionSettings>
+{
+    template <typename Visitor>
+    static void Visit(Visitor&& visit)
+    {
+        visit("planes", &SectionSettings::planes, kFinite);
+        visit("fill", &SectionSettings::fill, kShare);
+        visit("outlineWidth", &SectionSettings::outlineWidth, kNotNegative);
+        visit("outlineColor", &SectionSettings::outlineColor, kShare);
+    }
+};
+
+template <>
+struct Fields<LineSettings>
+{
+    template <typename Visitor>
+    static void Visit(Visitor&& visit)
+    {
+        visit("crease", &LineSettings::crease, kCrease);
+        visit("width", &LineSettings::width, kLineWidth);
+        visit("color", &LineSettings::color, kShare);
+        visit("dash", &LineSettings::dash, kAboveZero);
+        visit("offset", &LineSettings::offset, kFinite);
+    }
+};
+
+template <>
+struct Fields<EdgeLook>
+{
+    template <typename Visitor>
+    static void Visit(Visitor&& visit)
+    {
+        visit("weight", &EdgeLook::weight, kShare);
+        visit("color", &EdgeLook::color, kShare);
+        visit("identity", &EdgeLook::identity, kFinite);
+    }
+};
+
+template <>
+struct Fields<ViewSettings>
+{
+    template <typename Visitor>
+    static void Visit(Visitor&& visit)
+    {
+        visit("named", &ViewSettings::named, kFinite);
+        visit("eye", &ViewSettings::eye, kPlace);
+        visit("target", &ViewSettings::target, kPlace);
+        visit("up", &ViewSettings::up, kFinite);
+        visit("fov", &ViewSettings::fov, kFov);
+        visit("orthographic", &ViewSettings::orthographic, kFinite);
+        visit("upAxis", &ViewSettings::upAxis, kFinite);
+    }
+};
+
+template <>
+struct Fields<SheetSettings>
+{
+    template <typename Visitor>
+    static void Visit(Visitor&& visit)
+    {
+        visit("title", &SheetSettings::title, kFinite);
+        visit("scaleBar", &SheetSettings::scaleBar, kFinite);
+        visit("north", &SheetSettings::north, kFinite);
+        visit("watermark", &SheetSettings::watermark, kFinite);
+    }
+};
+
+template <>
+struct Fields<PresentationSettings>
+{
+    template <typename Visitor>
+    static void Visit(Visitor&& visit)
+    {
+        visit("look", &PresentationSettings::look, kFinite);
+        visit("cullBacks", &PresentationSettings::cullBacks, kFinite);
+        visit("section", &PresentationSettings::section, kFinite);
+        visit("editPath", &PresentationSettings::editPath, kFinite);
+        visit("background", &PresentationSettings::background, kShare);
+        visit("sky", &PresentationSettings::sky, kFinite);
+        visit("fog", &PresentationSettings::fog, kFinite);
+        visit("lines", &PresentationSettings::lines, kFinite);
+        visit("edges", &PresentationSettings::edges, kFinite);
+        visit("occlusion", &PresentationSettings::occlusion, kFinite);
+        visit("antialiasing", &PresentationSettings::antialiasing, kFinite);
+        visit("samples", &PresentationSettings::samples, kSamples);
+        visit("sheet", &PresentationSettings::sheet, kFinite);
+        visit("view", &PresentationSettings::view, kFinite);
+    }
+};
+
+/// The name of an enumerator in JSON, as on a command line; null for what is none.
+inline const char* NameOf(Look look)
+{
+    return NameOfLook(look);
+}
+
+inline const char* NameOf(NamedView view)
+{
+    return ViewFit::NameOf(view);
+}
+
+const char* NameOf(Identity identity);
+const char* NameOf(Antialiasing antialiasing);
+const char* NameOf(UpAxis axis);
+
+/// The names of an enumeration, with commas between them.
+template <typename Enum>
+std::string ListNames()
+{
+    std::string list;
+    for (int i = 0; NameOf(static_cast<Enum>(i)); ++i)
+    {
+        list += (i ? ", " : "") + std::string(NameOf(static_cast<Enum>(i)));
+    }
+    return list;
+}
+
+} // namespace OV::Host::Detail

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "orvane_host/present/PresentationStage.h"
+#include "orvane/renderdata/RenderItemES20.h"
+
+#include <memory>
+#include <vector>
+
+namespace OV
+{
+
+class MeshNode;
+class Scene;
+
+} // namespace OV
+
+namespace OV::Host::Detail
+{
+
+/// The sky: a dome of a scene of its own about the eye.
+///
+/// It lists and uploads by itself, since it is drawn before the scene's own meshes are listed.
+class SkyStage final : public PresentationStage
+{
+public:
+    SkyStage();
+
+    /// GL if it was drawn.
+    ~SkyStage() override;
+
+    void Draw(PresentationFrame& frame) override;
+    void ReleaseGL() override;
+
+    /// Null until it is drawn.
+    const Scene* GetScene() const { return m_scene.get(); }
+
+private:
+    void MakeScene();
+    void MoveTo(const PresentationFrame& frame);
+
+    std::unique_ptr<Scene> m_scene;
+    MeshNode* m_node = nullptr; ///< lives in m_scene
+    std::vector<RenderItemES20> m_items;
+};
+
+} // namespace OV::Host::Detail

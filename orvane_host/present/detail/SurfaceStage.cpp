@@ -1,0 +1,243 @@
+#include "orvane_host/present/detail/SurfaceStage.h"
+
+#include "orvane_host/present/HatchTextures.h"
+#include "orvane_host/present/PresentationFrame.h"
+#include "orvane_host/present/StageAccess.h"
+#include "orvane_host/present/detail/ConstantColorScope.h"
+#include "orvane_host/present/detail/Effects.h"
+#include "orvane_host/present/detail/ObjectHatchEffect.h"
+#include "orvane_host/present/detail/SampleShadingScope.h"
+#include "orvane/effects/AdvancedMaterialBaseES20.h"
+#include "orvane/math/Transform.h"
+#include "orvane/renderdata/MaterialES20.h"
+#include "orvane/renderdata/MeshStyleES20.h"
+#include "orvane/scene/CameraNode.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/Scene.h"
+
+#include <GL/gl.h>
+#include <glm/geometric.hpp>
+#include <glm/vec3.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+namespace OV::Host::Detail
+{
+
+namespace
+{
+
+/// The attribute that the look reads colours from.
+constexpr GLuint kColorAttribute = 2;
+
+/// Whether there are cuts that gain by shading each sample.
+bool SmoothsCuts(const CameraNode& camera)
+{
+    const std::vector<glm::vec3>& normals = EffectES20::GetClipPlaneNormals();
+    if (normals.empty() || camera.GetProjection() != CameraNode::Perspective
+        || SampleShadingScope::IsExactInPerspective())
+    {
+        return !normals.empty();
+    }
+    const Vector place = camera.GetGlobal().GetPosition();
+    const glm::vec3 eye(place.x, place.y, place.z);
+    for (std::size_t i = 0; i < normals.size(); ++i)
+    {
+        // What is off grows with the distance of the plane from the origin, against that from the
+        // eye. Up to here it is a pixel or two, and better than dots beside the cut.
+        constexpr float most = 4.0f;
+        const glm::vec3& position = EffectES20::GetClipPlanePositions()[i];
+        if (std::abs(glm::dot(normals[i], position)) > most * std::abs(glm::dot(normals[i], eye - position)))
+        {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+SurfaceStage::SurfaceStage() = default;
+
+SurfaceStage::~SurfaceStage() = default;
+
+void SurfaceStage::SetStrokeDensity(int density)
+{
+    if (m_strokeDensity != density)
+    {
+        m_strokeDensity = density;
+        m_hatches.reset();
+    }
+}
+
+FrameNeeds SurfaceStage::NeedsOf(const PresentationFrame&) const
+{
+    FrameNeeds needs;
+    needs.objectIdentifiers = OverlaysLines();
+    needs.groupIdentifiers = OverlaysLines();
+    needs.optional = true;
+    return needs;
+}
+
+void SurfaceStage::ReleaseGL()
+{
+    Drop(m_hatchEffect);
+    Drop(m_advanced);
+    Drop(m_phong);
+    m_hatches.reset();
+    m_lineSetup.ReleaseGL();
+}
+
+RenderPass SurfaceStage::PassOfLook() const
+{
+    switch (m_look)
+    {
+    case Look::Advanced:
+    case Look::Phong:
+        return RenderPassAdvanced;
+    case Look::Crosshatch:
+        return RenderPassCrosshatch;
+    case Look::Monotone:
+        return RenderPassMonotone;
+    case Look::VertexColor:
+        return RenderPassVertexColor;
+    case Look::Basic:
+        break;
+    }
+    return RenderPassDefault;
+}
+
+void SurfaceStage::Prepare(PresentationFrame& frame)
+{
+    switch (m_look)
+    {
+    case Look::Advanced:
+        EffectES20::SetAdvancedMaterialShaderType(EffectCache::AdvancedMaterial);
+        PrepareEdit(frame);
+        break;
+    case Look::Phong:
+        EffectES20::SetAdvancedMaterialShaderType(EffectCache::AdvancedMaterialPhong);
+        PrepareEdit(frame);
+        break;
+    case Look::Crosshatch:
+        PrepareHatches(frame);
+        break;
+    case Look::Basic:
+    case Look::Monotone:
+    case Look::VertexColor:
+        break;
+    }
+}
+
+void SurfaceStage::PrepareHatches(PresentationFrame& frame)
+{
+    if (!m_hatchEffect)
+    {
+        m_hatchEffect = new ObjectHatchEffect;
+    }
+    TextureLoader* const textures = frame.renderer.GetTextureLoader();
+    if (m_hatches || !textures)
+    {
+        return;
+    }
+    m_hatches = std::make_unique<HatchTextures>(*textures, m_strokeDensity);
+    for (int tone = 0; tone < HatchTextures::Tones; ++tone)
+    {
+        m_hatchEffect->SetHatchTexture(tone, m_hatches->GetTexture(tone));
+    }
+}
+
+void SurfaceStage::PrepareEdit(PresentationFrame& frame)
+{
+    const bool soft = m_look == Look::Phong;
+    AdvancedMaterialBaseES20* const effect = FetchOnce(
+        soft ? m_phong : m_advanced, frame.renderer.GetEffects(),
+        soft ? EffectCache::AdvancedMaterialPhong : EffectCache::AdvancedMaterial);
+    if (!effect)
+    {
+        return;
+    }
+    if (m_editPath)
+    {
+        effect->SetEditInContextPath(*m_editPath);
+    }
+    else
+    {
+        effect->ClearEditInContextPath();
+    }
+}
+
+void SurfaceStage::UseHatchEffect(Scene& scene)
+{
+    for (const auto* list : {&scene.GetOptimizedMaterials(), &scene.GetAlphaMaterials()})
+    {
+        for (Material* material : *list)
+        {
+            auto* const data = dynamic_cast<MaterialES20*>(material->GetRenderData());
+            EffectES20** const slot = data ? &data->passEffects[RenderPassCrosshatch] : nullptr;
+            // A kind of material that isn't drawn in this pass has no effect to replace.
+            if (slot && *slot && *slot != m_hatchEffect)
+            {
+                (*slot)->Release();
+                *slot = m_hatchEffect;
+                m_hatchEffect->AddReference();
+            }
+        }
+    }
+}
+
+void SurfaceStage::Draw(PresentationFrame& frame)
+{
+    if (m_look == Look::Crosshatch)
+    {
+        UseHatchEffect(frame.scene);
+    }
+    m_lineSetup.Begin(frame.renderer.GetEffects(), frame.target, frame.screen);
+    if (OverlaysLines() && frame.served)
+    {
+        m_lineSetup.Overlay(frame);
+    }
+    DrawLook(frame);
+    m_lineSetup.End();
+}
+
+void SurfaceStage::DrawLook(PresentationFrame& frame)
+{
+    const SampleShadingScope sampleShading(SmoothsCuts(frame.camera) && SampleShadingScope::IsOfUse());
+    const ConstantColorScope plainColors(kColorAttribute, m_look == Look::VertexColor);
+    const FrameItems& items = frame.items;
+    if (m_surfacesShown)
+    {
+        const auto draw = [&](const std::vector<RenderItemES20>& part, bool depthOnly) {
+            // Strokes are dear, and leave nothing out; the cheaper look follows clip planes.
+            const bool cheap = depthOnly && m_look == Look::Crosshatch && EffectES20::GetClipPlaneNormals().empty();
+            DrawItems(frame, part, cheap ? RenderPassMonotone : PassOfLook());
+        };
+        m_lineRoom.Draw(items.all, items.firstLine, items.firstAlpha, frame.overDraw, draw);
+        return;
+    }
+    m_lines.assign(items.all.begin() + static_cast<std::ptrdiff_t>(items.firstLine),
+                   items.all.begin() + static_cast<std::ptrdiff_t>(items.firstAlpha));
+    DrawItems(frame, m_lines, RenderPassDefault);
+}
+
+void SurfaceStage::DrawItems(PresentationFrame& frame, const std::vector<RenderItemES20>& items, RenderPass pass)
+{
+    const auto passOf = [pass](const RenderItemES20& item) {
+        return item.style->GetShader(pass) ? pass : RenderPassDefault;
+    };
+    auto begin = items.begin();
+    while (begin != items.end())
+    {
+        const RenderPass own = passOf(*begin);
+        const auto end = std::find_if(begin, items.end(),
+                                      [&](const RenderItemES20& item) { return passOf(item) != own; });
+        m_run.assign(begin, end);
+        frame.renderer.Draw(frame.cameraData, m_run, own);
+        begin = end;
+    }
+}
+
+} // namespace OV::Host::Detail

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "orvane_host/present/Look.h"
+#include "orvane_host/present/PresentationStage.h"
+#include "orvane_host/present/detail/LineRoom.h"
+#include "orvane_host/present/detail/LineSetup.h"
+#include "orvane/renderdata/RenderItemES20.h"
+#include "orvane/renderdata/RenderPass.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace OV
+{
+
+class AdvancedMaterialBaseES20;
+
+} // namespace OV
+
+namespace OV::Host
+{
+
+class HatchTextures;
+
+} // namespace OV::Host
+
+namespace OV::Host::Detail
+{
+
+class ObjectHatchEffect;
+
+/// The surfaces of the scene in a look, and its lines.
+class SurfaceStage final : public PresentationStage
+{
+public:
+    using Path = std::vector<std::pair<std::uint64_t, std::uint64_t>>;
+
+    SurfaceStage();
+
+    /// GL if it was drawn.
+    ~SurfaceStage() override;
+
+    // See the operations of PresentationRenderer.
+    void SetLook(Look look) { m_look = look; }
+    Look GetLook() const { return m_look; }
+    void SetStrokeDensity(int density);
+    void ShowSurfaces(bool show) { m_surfacesShown = show; }
+    void ShowLines(bool show) { m_linesShown = show; }
+    bool AreLinesShown() const { return m_linesShown; }
+    void OverlayLines(bool overlay) { m_linesOverlaid = overlay; }
+    void SetEditPath(std::optional<Path> path) { m_editPath = std::move(path); }
+
+    FrameNeeds NeedsOf(const PresentationFrame& frame) const override;
+    void Prepare(PresentationFrame& frame) override;
+    void Draw(PresentationFrame& frame) override;
+    void ReleaseGL() override;
+
+private:
+    bool OverlaysLines() const { return m_linesOverlaid && m_linesShown; }
+    RenderPass PassOfLook() const;
+    void PrepareHatches(PresentationFrame& frame);
+    void PrepareEdit(PresentationFrame& frame);
+    void UseHatchEffect(Scene& scene);
+    void DrawLook(PresentationFrame& frame);
+    void DrawItems(PresentationFrame& frame, const std::vector<RenderItemES20>& items, RenderPass pass);
+
+    Look m_look = Look::Advanced;
+    bool m_surfacesShown = true;
+    bool m_linesShown = true;
+    bool m_linesOverlaid = false;
+    std::optional<Path> m_editPath;
+
+    // One counted reference each, so that what is set on them lasts; null until they are drawn
+    // with.
+    ObjectHatchEffect* m_hatchEffect = nullptr;
+    AdvancedMaterialBaseES20* m_advanced = nullptr;
+    AdvancedMaterialBaseES20* m_phong = nullptr;
+    std::unique_ptr<HatchTextures> m_hatches;
+    int m_strokeDensity = 1;
+    LineSetup m_lineSetup;
+    LineRoom m_lineRoom;
+
+    std::vector<RenderItemES20> m_lines; ///< those of the frame, where they are drawn alone
+    std::vector<RenderItemES20> m_run;   ///< those of the items that one pass draws in a row
+};
+
+} // namespace OV::Host::Detail
