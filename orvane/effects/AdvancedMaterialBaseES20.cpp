@@ -165,7 +165,7 @@ void AdvancedMaterialBaseES20::SetColors(Material* material)
 
 void AdvancedMaterialBaseES20::Remove()
 {
-    EndAttributes();
+    EndUse();
     if (m_currentProgram != 0 && m_current)
     {
         m_current->Unbind();

@@ -40,7 +40,7 @@ void BaseAAES20::Apply(MaterialES20*, CameraNodeES20*)
 
 void BaseAAES20::Remove()
 {
-    EndAttributes();
+    EndUse();
 }
 
 void BaseAAES20::BindMeshAttributes(MeshES20* mesh)

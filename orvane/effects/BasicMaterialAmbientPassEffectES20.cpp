@@ -137,7 +137,7 @@ Color BasicMaterialAmbientPassEffectES20::AmbientColor(Material* material)
 
 void BasicMaterialAmbientPassEffectES20::Remove()
 {
-    EndAttributes();
+    EndUse();
     if (blendEnabled)
     {
         glDisable(GL_BLEND);

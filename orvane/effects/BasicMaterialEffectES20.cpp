@@ -153,7 +153,7 @@ void BasicMaterialEffectES20::SetColors(Material* material)
 
 void BasicMaterialEffectES20::Remove()
 {
-    EndAttributes();
+    EndUse();
     if (blendEnabled)
     {
         glDisable(GL_BLEND);

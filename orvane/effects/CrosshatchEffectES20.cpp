@@ -171,7 +171,7 @@ void CrosshatchEffectES20::SetColors(Material* material)
 
 void CrosshatchEffectES20::Remove()
 {
-    EndAttributes();
+    EndUse();
 }
 
 void CrosshatchEffectES20::BindMeshAttributes(MeshES20* mesh)

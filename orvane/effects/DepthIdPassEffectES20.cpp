@@ -87,7 +87,7 @@ void DepthIdPassEffectES20::Apply(MaterialES20*, CameraNodeES20* camera)
 
 void DepthIdPassEffectES20::Remove()
 {
-    EndAttributes();
+    EndUse();
 }
 
 void DepthIdPassEffectES20::BindMeshAttributes(MeshES20* mesh)

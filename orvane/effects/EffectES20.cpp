@@ -80,6 +80,13 @@ EffectES20::~EffectES20()
             glDeleteProgram(entry.first);
         }
     }
+    for (const auto& entry : m_programs)
+    {
+        if (ShaderProgram::s_fed == &entry.second)
+        {
+            ShaderProgram::s_fed = nullptr;
+        }
+    }
 }
 
 bool EffectES20::IsReady()
@@ -172,13 +179,16 @@ void EffectES20::UseOptions(std::uint64_t options)
         m_current->m_known.ForgetAll();
         m_current->m_knownSince = s_valuesForgotten;
     }
+    // Others may have drawn since the last one ended.
+    EndUse();
     m_current->Bind();
+    ShaderProgram::s_fed = m_current;
 }
 
 int EffectES20::UniformLocation(unsigned int program, int index)
 {
     const auto found = m_programs.find(program);
-    return found == m_programs.end() ? -1 : found->second.GetLocation(index);
+    return found == m_programs.end() ? -1 : found->second[index].location;
 }
 
 bool EffectES20::HasAttribute(unsigned int program, const char* name)
@@ -301,7 +311,7 @@ void EffectES20::EnableAttribute(unsigned int attribute, int components, int str
                           reinterpret_cast<const void*>(static_cast<std::intptr_t>(offset)));
     const std::uint32_t bit = 1u << attribute;
     s_spareAttributes &= ~bit;
-    if ((s_enabledAttributes & bit) == 0)
+    if ((s_enabledAttributes & bit) == 0 || ShaderProgram::s_fed == nullptr)
     {
         glEnableVertexAttribArray(attribute);
         s_enabledAttributes |= bit;
@@ -310,7 +320,15 @@ void EffectES20::EnableAttribute(unsigned int attribute, int components, int str
 
 void EffectES20::DisableAttribute(unsigned int attribute)
 {
-    s_spareAttributes |= s_enabledAttributes & (1u << attribute);
+    const std::uint32_t bit = 1u << attribute;
+    if (ShaderProgram::s_fed != nullptr)
+    {
+        s_spareAttributes |= s_enabledAttributes & bit;
+        return;
+    }
+    glDisableVertexAttribArray(attribute);
+    s_enabledAttributes &= ~bit;
+    s_spareAttributes &= ~bit;
 }
 
 void EffectES20::DisableSpareAttributes()
@@ -327,16 +345,21 @@ void EffectES20::DisableSpareAttributes()
     }
 }
 
-void EffectES20::EndAttributes()
+void EffectES20::EndUse()
 {
     DisableSpareAttributes();
-    // Until the next effect is applied, others may change what is enabled.
     s_enabledAttributes = 0;
+    ShaderProgram::s_fed = nullptr;
 }
 
 void EffectES20::ForgetUniformValues()
 {
     ++s_valuesForgotten;
+    if (ShaderProgram::s_fed != nullptr)
+    {
+        ShaderProgram::s_fed->m_known.ForgetAll();
+        ShaderProgram::s_fed->m_knownSince = s_valuesForgotten;
+    }
 }
 
 Matrix EffectES20::ModelViewProjection(MeshNode* node) const
@@ -369,10 +392,10 @@ void EffectES20::SetVectors(int index, int count, const std::vector<glm::vec3>& 
     }
     const float* const values = glm::value_ptr(vectors.front());
     const std::size_t bytes = static_cast<std::size_t>(count) * sizeof(glm::vec3);
-    if (!m_current->m_known.Holds(index, values, bytes))
+    if (!Holds(index, values, bytes))
     {
         m_current->Uniform3fv(index, count, values);
-        m_current->m_known.Keep(index, values, bytes);
+        Keep(index, values, bytes);
     }
 }
 

@@ -146,8 +146,11 @@ public:
     /// hand, between BindMeshAttributes and a draw. GL.
     static void DisableSpareAttributes();
 
-    /// Disables those that no mesh needs, in Remove, and takes none for enabled from then on. GL.
-    static void EndAttributes();
+    /// Ends what UseOptions began, in Remove: attributes that no mesh needs are disabled. GL.
+    ///
+    /// Until the next UseOptions all that is set is sent, and what is disabled is disabled at once,
+    /// since others may draw in between.
+    static void EndUse();
 
     /// Takes no value of a uniform for known from now on, since others may have written it.
     static void ForgetUniformValues();
@@ -175,8 +178,7 @@ protected:
                           const char* fragmentSource, const NameTable& attributes);
 
     /// Sets a uniform of the program in use by one of ShaderProgram::SetUniform, if the program
-    /// has it.
-    /// A value that it holds already is not sent again.
+    /// has it. From UseOptions to EndUse a value that it holds already is not sent again.
     template <class... Values>
     void Set(int index, const Values&... values)
     {
@@ -185,10 +187,10 @@ protected:
             return;
         }
         const std::common_type_t<Values...> row[] = {values...};
-        if (!m_current->m_known.Holds(index, row, sizeof(row)))
+        if (!Holds(index, row, sizeof(row)))
         {
             m_current->SetUniform(index, values...);
-            m_current->m_known.Keep(index, row, sizeof(row));
+            Keep(index, row, sizeof(row));
         }
     }
 
@@ -209,8 +211,8 @@ protected:
     /// unless an earlier mesh has left it so.
     static void EnableAttribute(unsigned int attribute, int components, int stride, int offset);
 
-    /// Says that a mesh needs the attribute no more. It stays enabled until DisableSpareAttributes,
-    /// since the next mesh is most likely to need it again.
+    /// Says that a mesh needs the attribute no more. From UseOptions to EndUse it stays enabled
+    /// until DisableSpareAttributes, since the next mesh is most likely to need it again.
     static void DisableAttribute(unsigned int attribute);
 
     /// Object space to clip space: the view-projection of the camera times the node's matrix.
@@ -260,6 +262,24 @@ private:
     void RegisterProgram(unsigned int program, const std::string& name);
     void AbandonProgram(unsigned int program);
     void SetVectors(int index, int count, const std::vector<glm::vec3>& vectors);
+
+    bool Holds(int index, const void* value, std::size_t bytes) const
+    {
+        return ShaderProgram::s_fed == m_current && m_current->m_known.Holds(index, value, bytes);
+    }
+
+    void Keep(int index, const void* value, std::size_t bytes)
+    {
+        if (ShaderProgram::s_fed == m_current)
+        {
+            m_current->m_known.Keep(index, value, bytes);
+        }
+        else
+        {
+            // It went to the program in use, whichever that is.
+            ForgetUniformValues();
+        }
+    }
 
     // Arrays that are enabled, and those of them that no mesh needs at the moment, as bits.
     static std::uint32_t s_enabledAttributes;

@@ -70,7 +70,7 @@ void HUDEffectES20::Apply(MaterialES20* data, CameraNodeES20* camera)
 
 void HUDEffectES20::Remove()
 {
-    EndAttributes();
+    EndUse();
     if (blending)
     {
         glDisable(GL_BLEND);

@@ -76,7 +76,7 @@ void LineFilterEffectES20::Apply(MaterialES20*, CameraNodeES20*)
 
 void LineFilterEffectES20::Remove()
 {
-    EndAttributes();
+    EndUse();
 }
 
 void LineFilterEffectES20::BindMeshAttributes(MeshES20* mesh)

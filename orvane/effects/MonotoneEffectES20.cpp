@@ -121,7 +121,7 @@ void MonotoneEffectES20::Apply(MaterialES20*, CameraNodeES20* camera)
 
 void MonotoneEffectES20::Remove()
 {
-    EndAttributes();
+    EndUse();
 }
 
 void MonotoneEffectES20::BindMeshAttributes(MeshES20* mesh)

@@ -83,7 +83,7 @@ void SSAOEffectES20::Apply(MaterialES20*, CameraNodeES20*)
 
 void SSAOEffectES20::Remove()
 {
-    EndAttributes();
+    EndUse();
 }
 
 void SSAOEffectES20::BindMeshAttributes(MeshES20* mesh)

@@ -51,7 +51,7 @@ void ScalableAmbientObscuranceEffectES20::Apply(MaterialES20*, CameraNodeES20*)
 
 void ScalableAmbientObscuranceEffectES20::Remove()
 {
-    EndAttributes();
+    EndUse();
 }
 
 void ScalableAmbientObscuranceEffectES20::BindMeshAttributes(MeshES20* mesh)

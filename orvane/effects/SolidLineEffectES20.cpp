@@ -242,7 +242,7 @@ void SolidLineEffectES20::SetDepthState(const LineStyle& style)
 
 void SolidLineEffectES20::RestoreDepthState()
 {
-    EndAttributes();
+    EndUse();
     if (!m_depthBefore.saved)
     {
         return;

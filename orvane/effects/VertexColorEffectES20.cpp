@@ -86,7 +86,7 @@ void VertexColorEffectES20::Apply(MaterialES20* data, CameraNodeES20* camera)
 
 void VertexColorEffectES20::Remove()
 {
-    EndAttributes();
+    EndUse();
 }
 
 void VertexColorEffectES20::BindMeshAttributes(MeshES20* mesh)

@@ -324,6 +324,7 @@ void RenderTarget::ApplyCapture(OV::EffectES20* effect)
     if (screenMeshData)
     {
         screenMeshData->Render(effect, screenMesh->GetNodes(), false);
+        EffectES20::EndUse();
         OV::MeshES20::ResetBufferCache();
     }
     glEnable(GL_CULL_FACE);

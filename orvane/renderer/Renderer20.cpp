@@ -402,7 +402,7 @@ void Renderer20::RenderItemList(CameraNodeES20* cameraData, std::vector<RenderIt
         current->Remove();
     }
     // An effect of the host's may have left some.
-    EffectES20::EndAttributes();
+    EffectES20::EndUse();
 }
 
 void Renderer20::PrepareOptimizedMaterial(Material* material, CameraNodeES20* cameraData,
