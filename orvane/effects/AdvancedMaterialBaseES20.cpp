@@ -64,6 +64,7 @@ constexpr std::uint64_t OptionIf(bool condition, AdvancedOption option)
 AdvancedMaterialBaseES20::AdvancedMaterialBaseES20(EffectCache* cache) :
     MaterialEffectES20(cache), cubeMatrix(QuarterTurnAboutX())
 {
+    m_discardsAtPlanes = true;
 }
 
 void AdvancedMaterialBaseES20::SetEditInContextPath(const Path& path)

@@ -71,6 +71,7 @@ constexpr std::uint32_t kSpread = 122;
 DepthIdPassEffectES20::DepthIdPassEffectES20(EffectCache* cache) : MaterialEffectES20(cache)
 {
     static_assert(UniformIdentifier == UniformEncodedGroupInstance && UniformObjectToClip == UniformMvpMatrix);
+    m_discardsAtPlanes = true;
 }
 
 unsigned int DepthIdPassEffectES20::CreateProgramForOptions(std::uint64_t options, std::string& name)

@@ -101,7 +101,12 @@ unsigned int EffectES20::CreateProgramForOptions(std::uint64_t, std::string&)
 
 void EffectES20::Precompile(std::uint64_t options)
 {
-    ProgramForOptions(options);
+    ProgramForOptions(UsedOptions(options));
+}
+
+std::uint64_t EffectES20::UsedOptions(std::uint64_t options) const
+{
+    return m_discardsAtPlanes && s_clipPlaneNormals.empty() ? options | OptionNoClipPlanes : options;
 }
 
 unsigned int EffectES20::ProgramForOptions(std::uint64_t options)
@@ -170,7 +175,7 @@ void EffectES20::RegisterProgram(unsigned int program, const std::string& name)
 
 void EffectES20::UseOptions(std::uint64_t options)
 {
-    m_currentProgram = ProgramForOptions(options);
+    m_currentProgram = ProgramForOptions(UsedOptions(options));
     m_current = &m_programs.find(m_currentProgram)->second;
     const auto attributes = m_attributesByProgram.find(m_currentProgram);
     m_currentAttributes = attributes == m_attributesByProgram.end() ? 0 : attributes->second;
@@ -279,9 +284,10 @@ unsigned int EffectES20::CreateFromTemplate(const ProgramTemplate& source, std::
     };
     m_uniformNames = ToMap(source.uniforms);
     m_attributeNames = ToMap(source.attributes);
+    const std::string fragmentStart = (options & OptionNoClipPlanes) != 0 ? "#define NO_CLIP_PLANES\n" : "";
     m_currentProgram = static_cast<unsigned int>(
         LoadProgram(name, ExpandTemplate(source.vertexSource, replacements),
-                    ExpandTemplate(source.fragmentSource, replacements), m_attributeNames));
+                    fragmentStart + ExpandTemplate(source.fragmentSource, replacements), m_attributeNames));
     return m_currentProgram;
 }
 
@@ -360,6 +366,26 @@ void EffectES20::ForgetUniformValues()
         ShaderProgram::s_fed->m_known.ForgetAll();
         ShaderProgram::s_fed->m_knownSince = s_valuesForgotten;
     }
+}
+
+void EffectES20::Set(int index, const Matrix& value)
+{
+    if (!Has(index) || Holds(index, value.m, sizeof(value.m)))
+    {
+        return;
+    }
+    glUniformMatrix4fv(m_current->m_locations[static_cast<std::size_t>(index)], 1, GL_FALSE, value.m);
+    Keep(index, value.m, sizeof(value.m));
+}
+
+void EffectES20::Set(int index, const Matrix3x3& value)
+{
+    if (!Has(index) || Holds(index, value.m, sizeof(value.m)))
+    {
+        return;
+    }
+    glUniformMatrix3fv(m_current->m_locations[static_cast<std::size_t>(index)], 1, GL_FALSE, value.m);
+    Keep(index, value.m, sizeof(value.m));
 }
 
 Matrix EffectES20::ModelViewProjection(MeshNode* node) const

@@ -19,6 +19,7 @@ namespace OV
 
 class CameraNodeES20;
 class Matrix;
+class Matrix3x3;
 class MeshES20;
 class MeshNode;
 
@@ -33,6 +34,9 @@ class ORVANE_API EffectES20
 public:
     /// How many of the global clip planes reach a shader.
     static constexpr int MaxClipPlanes = 6;
+
+    /// Beside the options of any table: the fragment shader is made with NO_CLIP_PLANES defined.
+    static constexpr std::uint64_t OptionNoClipPlanes = std::uint64_t{1} << 63;
 
     /// Always true.
     virtual bool IsReady();
@@ -54,14 +58,15 @@ public:
     /// Deletes the programs and leaves the cache, if that is still there.
     virtual ~EffectES20();
 
-    /// Compiles a set of options ahead of its first use.
+    /// Compiles a set of options ahead of its first use with the clip planes as they are.
     void Precompile(std::uint64_t options);
 
     /// The program of a set of options, made on first sight. A failed one is 0 and is not tried
     /// again.
     unsigned int ProgramForOptions(std::uint64_t options);
 
-    /// Makes the program of a set of options the one in use and the one that is fed.
+    /// Makes the program of a set of options the one in use and the one that is fed. While the list
+    /// of clip planes is empty it is one that can't discard by them.
     void UseOptions(std::uint64_t options);
 
     /// The location of a uniform in a program of this effect; -1 for any other program.
@@ -194,6 +199,10 @@ protected:
         }
     }
 
+    /// Likewise, in the shortest way: this is what nearly every draw sends.
+    void Set(int index, const Matrix& value);
+    void Set(int index, const Matrix3x3& value);
+
     /// Whether the program in use has a uniform. Settled when the program was linked.
     bool Has(int index) const
     {
@@ -242,6 +251,11 @@ protected:
     /// The uniform table that Set feeds; null before the first UseOptions.
     ShaderProgram* m_current = nullptr;
 
+    /// Set at construction where the fragment shader discards what the clip planes cut. UseOptions
+    /// then adds OptionNoClipPlanes while there are none: a shader that might discard costs the
+    /// driver its early depth test.
+    bool m_discardsAtPlanes = false;
+
     static std::vector<glm::vec3> s_clipPlaneNormals;
     static std::vector<glm::vec3> s_clipPlanePositions;
     static float s_clipPlaneOutlineSize;
@@ -259,6 +273,7 @@ private:
     friend class EffectCache;
     friend class EffectReferencePlaceholder;
 
+    std::uint64_t UsedOptions(std::uint64_t options) const;
     void RegisterProgram(unsigned int program, const std::string& name);
     void AbandonProgram(unsigned int program);
     void SetVectors(int index, int count, const std::vector<glm::vec3>& vectors);

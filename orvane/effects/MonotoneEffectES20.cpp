@@ -100,7 +100,10 @@ bool DrawsPoints(const MeshNode& node)
 
 } // namespace
 
-MonotoneEffectES20::MonotoneEffectES20(EffectCache* cache) : MaterialEffectES20(cache) {}
+MonotoneEffectES20::MonotoneEffectES20(EffectCache* cache) : MaterialEffectES20(cache)
+{
+    m_discardsAtPlanes = true;
+}
 
 unsigned int MonotoneEffectES20::CreateProgramForOptions(std::uint64_t options, std::string& name)
 {

@@ -68,7 +68,10 @@ constexpr ProgramTemplate kTemplate = {
 
 } // namespace
 
-VertexColorEffectES20::VertexColorEffectES20(EffectCache* cache) : MaterialEffectES20(cache) {}
+VertexColorEffectES20::VertexColorEffectES20(EffectCache* cache) : MaterialEffectES20(cache)
+{
+    m_discardsAtPlanes = true;
+}
 
 unsigned int VertexColorEffectES20::CreateProgramForOptions(std::uint64_t options, std::string& name)
 {

@@ -13,6 +13,8 @@ std::vector<std::string> ReadApply(GLRecorder& gl, EffectStage& stage, MaterialE
     effect.Apply(&stage.data, &stage.camera);
     effect.Remove();
     gl.Clear();
+    // Values that the program holds are not sent again.
+    EffectES20::ForgetUniformValues();
     effect.Apply(&stage.data, &stage.camera);
     return ReadCalls(gl);
 }
@@ -44,7 +46,7 @@ std::uint64_t OptionsOf(unsigned int program, const std::map<std::uint64_t, unsi
     {
         if (compiled == program)
         {
-            return options;
+            return options & ~EffectES20::OptionNoClipPlanes;
         }
     }
     return ~std::uint64_t{0};
