@@ -20,6 +20,9 @@ namespace OV
 namespace
 {
 
+// Arrays that have been disabled since the effect in use was applied, and not enabled again, as bits.
+std::uint32_t disabledAttributes = 0;
+
 std::map<unsigned int, std::string> ToMap(const NameTable& table)
 {
     std::map<unsigned int, std::string> names;
@@ -321,6 +324,7 @@ void EffectES20::EnableAttribute(unsigned int attribute, int components, int str
     {
         glEnableVertexAttribArray(attribute);
         s_enabledAttributes |= bit;
+        disabledAttributes &= ~bit;
     }
 }
 
@@ -329,7 +333,8 @@ void EffectES20::DisableAttribute(unsigned int attribute)
     const std::uint32_t bit = 1u << attribute;
     if (ShaderProgram::s_fed != nullptr)
     {
-        s_spareAttributes |= s_enabledAttributes & bit;
+        // What nobody here has enabled, others may have.
+        s_spareAttributes |= bit & ~disabledAttributes;
         return;
     }
     glDisableVertexAttribArray(attribute);
@@ -347,6 +352,7 @@ void EffectES20::DisableSpareAttributes()
             glDisableVertexAttribArray(attribute);
             s_spareAttributes &= ~bit;
             s_enabledAttributes &= ~bit;
+            disabledAttributes |= bit;
         }
     }
 }
@@ -355,6 +361,7 @@ void EffectES20::EndUse()
 {
     DisableSpareAttributes();
     s_enabledAttributes = 0;
+    disabledAttributes = 0;
     ShaderProgram::s_fed = nullptr;
 }
 

@@ -23,7 +23,6 @@ std::uint64_t MeshES20::s_listingRevision = 0;
 MeshES20::MeshES20(Mesh* sceneMesh, SharedBufferPool* bufferPool) :
     mesh(sceneMesh), pool(bufferPool)
 {
-    ++s_listingRevision;
     if (mesh && mesh->GetNumVertices() > 0)
     {
         sharedBuffer = bufferPool->AddMesh(this);

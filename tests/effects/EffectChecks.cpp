@@ -74,6 +74,8 @@ void ExpectScreenStreams(GLRecorder& gl, EffectStage& stage, EffectES20& effect,
     ExpectStream(gl, mesh, textureAttribute, 2, mesh.GetTextureOffset(), times);
     gl.Clear();
     effect.ReleaseMeshAttributes(&mesh);
+    // Of an effect that keeps them until it is removed.
+    EffectES20::EndUse();
     EXPECT_THAT(gl.Strings(), ::testing::ElementsAre(
                                   CallText("glDisableVertexAttribArray", {0}),
                                   CallText("glDisableVertexAttribArray", {static_cast<double>(textureAttribute)})));
