@@ -411,15 +411,18 @@ int EffectES20::SetClipPlanes(int normals, int positions, int count, bool wanted
 {
     const int number =
         wanted ? std::min(static_cast<int>(s_clipPlaneNormals.size()), MaxClipPlanes) : 0;
-    SetVectors(normals, number, s_clipPlaneNormals);
-    SetVectors(positions, number, s_clipPlanePositions);
+    if (number > 0)
+    {
+        SetVectors(normals, number, s_clipPlaneNormals);
+        SetVectors(positions, number, s_clipPlanePositions);
+    }
     Set(count, number);
     return number;
 }
 
 void EffectES20::SetVectors(int index, int count, const std::vector<glm::vec3>& vectors)
 {
-    if (count <= 0 || !Has(index))
+    if (!Has(index))
     {
         return;
     }
