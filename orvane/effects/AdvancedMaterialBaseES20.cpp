@@ -64,6 +64,7 @@ constexpr std::uint64_t OptionIf(bool condition, AdvancedOption option)
 AdvancedMaterialBaseES20::AdvancedMaterialBaseES20(EffectCache* cache) :
     MaterialEffectES20(cache), cubeMatrix(QuarterTurnAboutX())
 {
+    m_discardsAtPlanes = true;
 }
 
 void AdvancedMaterialBaseES20::SetEditInContextPath(const Path& path)
@@ -165,6 +166,7 @@ void AdvancedMaterialBaseES20::SetColors(Material* material)
 
 void AdvancedMaterialBaseES20::Remove()
 {
+    EndUse();
     if (m_currentProgram != 0 && m_current)
     {
         m_current->Unbind();

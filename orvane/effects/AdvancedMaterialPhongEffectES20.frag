@@ -95,6 +95,7 @@ bool clippedToOutline()
 {
     bool isOutline = false;
     float outlineTestThresh = -1.0 * u_clipPlaneOutlineSize;
+#ifndef NO_CLIP_PLANES
     // The bound is a constant because ES 2 takes no uniform in the condition of a loop.
     for (int i = 0; i < MAX_CLIP_PLANES; ++i)
     {
@@ -112,6 +113,7 @@ bool clippedToOutline()
             isOutline = true;
         }
     }
+#endif
     return isOutline;
 }
 

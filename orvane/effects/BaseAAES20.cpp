@@ -38,7 +38,10 @@ void BaseAAES20::Apply(MaterialES20*, CameraNodeES20*)
     glUseProgram(m_currentProgram);
 }
 
-void BaseAAES20::Remove() {}
+void BaseAAES20::Remove()
+{
+    EndUse();
+}
 
 void BaseAAES20::BindMeshAttributes(MeshES20* mesh)
 {

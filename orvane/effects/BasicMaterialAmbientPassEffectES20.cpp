@@ -137,6 +137,7 @@ Color BasicMaterialAmbientPassEffectES20::AmbientColor(Material* material)
 
 void BasicMaterialAmbientPassEffectES20::Remove()
 {
+    EndUse();
     if (blendEnabled)
     {
         glDisable(GL_BLEND);

@@ -98,6 +98,7 @@ constexpr ProgramTemplate kTemplate = {
 BasicMaterialEffectES20::BasicMaterialEffectES20(EffectCache* cache, bool isAdditive) :
     MaterialEffectES20(cache), additive(isAdditive)
 {
+    m_discardsAtPlanes = true;
 }
 
 unsigned int BasicMaterialEffectES20::CreateProgramForOptions(std::uint64_t options,
@@ -153,6 +154,7 @@ void BasicMaterialEffectES20::SetColors(Material* material)
 
 void BasicMaterialEffectES20::Remove()
 {
+    EndUse();
     if (blendEnabled)
     {
         glDisable(GL_BLEND);

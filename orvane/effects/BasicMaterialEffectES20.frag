@@ -38,6 +38,7 @@ const vec4 maxColor = vec4(1.0, 1.0, 1.0, 1.0);
 
 void discardClipped()
 {
+#ifndef NO_CLIP_PLANES
     // The bound is a constant because ES 2 takes no uniform in the condition of a loop.
     for (int i = 0; i < MAX_CLIP_PLANES; ++i)
     {
@@ -51,6 +52,7 @@ void discardClipped()
             discard;
         }
     }
+#endif
 }
 
 vec4 shadedColor()

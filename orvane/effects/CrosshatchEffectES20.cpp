@@ -169,7 +169,10 @@ void CrosshatchEffectES20::SetColors(Material* material)
     Set(UniformLightDir, towardsLight);
 }
 
-void CrosshatchEffectES20::Remove() {}
+void CrosshatchEffectES20::Remove()
+{
+    EndUse();
+}
 
 void CrosshatchEffectES20::BindMeshAttributes(MeshES20* mesh)
 {

@@ -71,6 +71,7 @@ constexpr std::uint32_t kSpread = 122;
 DepthIdPassEffectES20::DepthIdPassEffectES20(EffectCache* cache) : MaterialEffectES20(cache)
 {
     static_assert(UniformIdentifier == UniformEncodedGroupInstance && UniformObjectToClip == UniformMvpMatrix);
+    m_discardsAtPlanes = true;
 }
 
 unsigned int DepthIdPassEffectES20::CreateProgramForOptions(std::uint64_t options, std::string& name)
@@ -85,7 +86,10 @@ void DepthIdPassEffectES20::Apply(MaterialES20*, CameraNodeES20* camera)
     glDisable(GL_BLEND);
 }
 
-void DepthIdPassEffectES20::Remove() {}
+void DepthIdPassEffectES20::Remove()
+{
+    EndUse();
+}
 
 void DepthIdPassEffectES20::BindMeshAttributes(MeshES20* mesh)
 {

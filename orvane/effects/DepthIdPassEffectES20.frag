@@ -13,6 +13,7 @@ varying HIGHP vec3 v_world_position;                // world space
 
 void discardClipped()
 {
+#ifndef NO_CLIP_PLANES
     // The bound is a constant because ES 2 takes no uniform in the condition of a loop.
     for (int i = 0; i < MAX_CLIP_PLANES; ++i)
     {
@@ -27,6 +28,7 @@ void discardClipped()
             discard;
         }
     }
+#endif
 }
 
 void main()

@@ -20,6 +20,9 @@ namespace OV
 namespace
 {
 
+// Arrays that have been disabled since the effect in use was applied, and not enabled again, as bits.
+std::uint32_t disabledAttributes = 0;
+
 std::map<unsigned int, std::string> ToMap(const NameTable& table)
 {
     std::map<unsigned int, std::string> names;
@@ -80,6 +83,13 @@ EffectES20::~EffectES20()
             glDeleteProgram(entry.first);
         }
     }
+    for (const auto& entry : m_programs)
+    {
+        if (ShaderProgram::s_fed == &entry.second)
+        {
+            ShaderProgram::s_fed = nullptr;
+        }
+    }
 }
 
 bool EffectES20::IsReady()
@@ -94,7 +104,12 @@ unsigned int EffectES20::CreateProgramForOptions(std::uint64_t, std::string&)
 
 void EffectES20::Precompile(std::uint64_t options)
 {
-    ProgramForOptions(options);
+    ProgramForOptions(UsedOptions(options));
+}
+
+std::uint64_t EffectES20::UsedOptions(std::uint64_t options) const
+{
+    return m_discardsAtPlanes && s_clipPlaneNormals.empty() ? options | OptionNoClipPlanes : options;
 }
 
 unsigned int EffectES20::ProgramForOptions(std::uint64_t options)
@@ -163,17 +178,25 @@ void EffectES20::RegisterProgram(unsigned int program, const std::string& name)
 
 void EffectES20::UseOptions(std::uint64_t options)
 {
-    m_currentProgram = ProgramForOptions(options);
+    m_currentProgram = ProgramForOptions(UsedOptions(options));
     m_current = &m_programs.find(m_currentProgram)->second;
     const auto attributes = m_attributesByProgram.find(m_currentProgram);
     m_currentAttributes = attributes == m_attributesByProgram.end() ? 0 : attributes->second;
+    if (m_current->m_knownSince != s_valuesForgotten)
+    {
+        m_current->m_known.ForgetAll();
+        m_current->m_knownSince = s_valuesForgotten;
+    }
+    // Others may have drawn since the last one ended.
+    EndUse();
     m_current->Bind();
+    ShaderProgram::s_fed = m_current;
 }
 
 int EffectES20::UniformLocation(unsigned int program, int index)
 {
     const auto found = m_programs.find(program);
-    return found == m_programs.end() ? -1 : found->second.GetLocation(index);
+    return found == m_programs.end() ? -1 : found->second[index].location;
 }
 
 bool EffectES20::HasAttribute(unsigned int program, const char* name)
@@ -264,9 +287,10 @@ unsigned int EffectES20::CreateFromTemplate(const ProgramTemplate& source, std::
     };
     m_uniformNames = ToMap(source.uniforms);
     m_attributeNames = ToMap(source.attributes);
+    const std::string fragmentStart = (options & OptionNoClipPlanes) != 0 ? "#define NO_CLIP_PLANES\n" : "";
     m_currentProgram = static_cast<unsigned int>(
         LoadProgram(name, ExpandTemplate(source.vertexSource, replacements),
-                    ExpandTemplate(source.fragmentSource, replacements), m_attributeNames));
+                    fragmentStart + ExpandTemplate(source.fragmentSource, replacements), m_attributeNames));
     return m_currentProgram;
 }
 
@@ -294,12 +318,81 @@ void EffectES20::EnableAttribute(unsigned int attribute, int components, int str
 {
     glVertexAttribPointer(attribute, components, GL_FLOAT, GL_FALSE, stride,
                           reinterpret_cast<const void*>(static_cast<std::intptr_t>(offset)));
-    glEnableVertexAttribArray(attribute);
+    const std::uint32_t bit = 1u << attribute;
+    s_spareAttributes &= ~bit;
+    if ((s_enabledAttributes & bit) == 0 || ShaderProgram::s_fed == nullptr)
+    {
+        glEnableVertexAttribArray(attribute);
+        s_enabledAttributes |= bit;
+        disabledAttributes &= ~bit;
+    }
 }
 
 void EffectES20::DisableAttribute(unsigned int attribute)
 {
+    const std::uint32_t bit = 1u << attribute;
+    if (ShaderProgram::s_fed != nullptr)
+    {
+        // What nobody here has enabled, others may have.
+        s_spareAttributes |= bit & ~disabledAttributes;
+        return;
+    }
     glDisableVertexAttribArray(attribute);
+    s_enabledAttributes &= ~bit;
+    s_spareAttributes &= ~bit;
+}
+
+void EffectES20::DisableSpareAttributes()
+{
+    for (unsigned int attribute = 0; s_spareAttributes != 0; ++attribute)
+    {
+        const std::uint32_t bit = 1u << attribute;
+        if ((s_spareAttributes & bit) != 0)
+        {
+            glDisableVertexAttribArray(attribute);
+            s_spareAttributes &= ~bit;
+            s_enabledAttributes &= ~bit;
+            disabledAttributes |= bit;
+        }
+    }
+}
+
+void EffectES20::EndUse()
+{
+    DisableSpareAttributes();
+    s_enabledAttributes = 0;
+    disabledAttributes = 0;
+    ShaderProgram::s_fed = nullptr;
+}
+
+void EffectES20::ForgetUniformValues()
+{
+    ++s_valuesForgotten;
+    if (ShaderProgram::s_fed != nullptr)
+    {
+        ShaderProgram::s_fed->m_known.ForgetAll();
+        ShaderProgram::s_fed->m_knownSince = s_valuesForgotten;
+    }
+}
+
+void EffectES20::Set(int index, const Matrix& value)
+{
+    if (!Has(index) || Holds(index, value.m, sizeof(value.m)))
+    {
+        return;
+    }
+    glUniformMatrix4fv(m_current->m_locations[static_cast<std::size_t>(index)], 1, GL_FALSE, value.m);
+    Keep(index, value.m, sizeof(value.m));
+}
+
+void EffectES20::Set(int index, const Matrix3x3& value)
+{
+    if (!Has(index) || Holds(index, value.m, sizeof(value.m)))
+    {
+        return;
+    }
+    glUniformMatrix3fv(m_current->m_locations[static_cast<std::size_t>(index)], 1, GL_FALSE, value.m);
+    Keep(index, value.m, sizeof(value.m));
 }
 
 Matrix EffectES20::ModelViewProjection(MeshNode* node) const
@@ -318,17 +411,27 @@ int EffectES20::SetClipPlanes(int normals, int positions, int count, bool wanted
 {
     const int number =
         wanted ? std::min(static_cast<int>(s_clipPlaneNormals.size()), MaxClipPlanes) : 0;
-    SetVectors(normals, number, s_clipPlaneNormals);
-    SetVectors(positions, number, s_clipPlanePositions);
+    if (number > 0)
+    {
+        SetVectors(normals, number, s_clipPlaneNormals);
+        SetVectors(positions, number, s_clipPlanePositions);
+    }
     Set(count, number);
     return number;
 }
 
 void EffectES20::SetVectors(int index, int count, const std::vector<glm::vec3>& vectors)
 {
-    if (count > 0 && Has(index))
+    if (!Has(index))
     {
-        m_current->Uniform3fv(index, count, glm::value_ptr(vectors.front()));
+        return;
+    }
+    const float* const values = glm::value_ptr(vectors.front());
+    const std::size_t bytes = static_cast<std::size_t>(count) * sizeof(glm::vec3);
+    if (!Holds(index, values, bytes))
+    {
+        m_current->Uniform3fv(index, count, values);
+        Keep(index, values, bytes);
     }
 }
 

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace OV
@@ -18,6 +19,7 @@ namespace OV
 
 class CameraNodeES20;
 class Matrix;
+class Matrix3x3;
 class MeshES20;
 class MeshNode;
 
@@ -32,6 +34,9 @@ class ORVANE_API EffectES20
 public:
     /// How many of the global clip planes reach a shader.
     static constexpr int MaxClipPlanes = 6;
+
+    /// Beside the options of any table: the fragment shader is made with NO_CLIP_PLANES defined.
+    static constexpr std::uint64_t OptionNoClipPlanes = std::uint64_t{1} << 63;
 
     /// Always true.
     virtual bool IsReady();
@@ -53,14 +58,15 @@ public:
     /// Deletes the programs and leaves the cache, if that is still there.
     virtual ~EffectES20();
 
-    /// Compiles a set of options ahead of its first use.
+    /// Compiles a set of options ahead of its first use with the clip planes as they are.
     void Precompile(std::uint64_t options);
 
     /// The program of a set of options, made on first sight. A failed one is 0 and is not tried
     /// again.
     unsigned int ProgramForOptions(std::uint64_t options);
 
-    /// Makes the program of a set of options the one in use and the one that is fed.
+    /// Makes the program of a set of options the one in use and the one that is fed. While the list
+    /// of clip planes is empty it is one that can't discard by them.
     void UseOptions(std::uint64_t options);
 
     /// The location of a uniform in a program of this effect; -1 for any other program.
@@ -141,6 +147,19 @@ public:
     /// Stores AdvancedMaterialPhong when given that, and AdvancedMaterial for any other type.
     static void SetAdvancedMaterialShaderType(EffectCache::EffectType type);
 
+    /// Disables the attributes that were enabled for an earlier mesh and not again for the one at
+    /// hand, between BindMeshAttributes and a draw. GL.
+    static void DisableSpareAttributes();
+
+    /// Ends what UseOptions began, in Remove: attributes that no mesh needs are disabled. GL.
+    ///
+    /// Until the next UseOptions all that is set is sent, and what is disabled is disabled at once,
+    /// since others may draw in between.
+    static void EndUse();
+
+    /// Takes no value of a uniform for known from now on, since others may have written it.
+    static void ForgetUniformValues();
+
     /// Written before each mesh is drawn: whether the global clip planes cut it.
     bool clipPlanesActive = false;
 
@@ -164,15 +183,25 @@ protected:
                           const char* fragmentSource, const NameTable& attributes);
 
     /// Sets a uniform of the program in use by one of ShaderProgram::SetUniform, if the program
-    /// has it.
+    /// has it. From UseOptions to EndUse a value that it holds already is not sent again.
     template <class... Values>
     void Set(int index, const Values&... values)
     {
-        if (Has(index))
+        if (!Has(index))
+        {
+            return;
+        }
+        const std::common_type_t<Values...> row[] = {values...};
+        if (!Holds(index, row, sizeof(row)))
         {
             m_current->SetUniform(index, values...);
+            Keep(index, row, sizeof(row));
         }
     }
+
+    /// Likewise, in the shortest way: this is what nearly every draw sends.
+    void Set(int index, const Matrix& value);
+    void Set(int index, const Matrix3x3& value);
 
     /// Whether the program in use has a uniform. Settled when the program was linked.
     bool Has(int index) const
@@ -187,8 +216,12 @@ protected:
         return ((m_currentAttributes >> attribute) & 1u) != 0;
     }
 
-    /// Points an attribute at floats of the bound buffer, from a byte offset on, and enables it.
+    /// Points an attribute at floats of the bound buffer, from a byte offset on, and enables it,
+    /// unless an earlier mesh has left it so.
     static void EnableAttribute(unsigned int attribute, int components, int stride, int offset);
+
+    /// Says that a mesh needs the attribute no more. From UseOptions to EndUse it stays enabled
+    /// until DisableSpareAttributes, since the next mesh is most likely to need it again.
     static void DisableAttribute(unsigned int attribute);
 
     /// Object space to clip space: the view-projection of the camera times the node's matrix.
@@ -218,6 +251,11 @@ protected:
     /// The uniform table that Set feeds; null before the first UseOptions.
     ShaderProgram* m_current = nullptr;
 
+    /// Set at construction where the fragment shader discards what the clip planes cut. UseOptions
+    /// then adds OptionNoClipPlanes while there are none: a shader that might discard costs the
+    /// driver its early depth test.
+    bool m_discardsAtPlanes = false;
+
     static std::vector<glm::vec3> s_clipPlaneNormals;
     static std::vector<glm::vec3> s_clipPlanePositions;
     static float s_clipPlaneOutlineSize;
@@ -235,9 +273,33 @@ private:
     friend class EffectCache;
     friend class EffectReferencePlaceholder;
 
+    std::uint64_t UsedOptions(std::uint64_t options) const;
     void RegisterProgram(unsigned int program, const std::string& name);
     void AbandonProgram(unsigned int program);
     void SetVectors(int index, int count, const std::vector<glm::vec3>& vectors);
+
+    bool Holds(int index, const void* value, std::size_t bytes) const
+    {
+        return ShaderProgram::s_fed == m_current && m_current->m_known.Holds(index, value, bytes);
+    }
+
+    void Keep(int index, const void* value, std::size_t bytes)
+    {
+        if (ShaderProgram::s_fed == m_current)
+        {
+            m_current->m_known.Keep(index, value, bytes);
+        }
+        else
+        {
+            // It went to the program in use, whichever that is.
+            ForgetUniformValues();
+        }
+    }
+
+    // Arrays that are enabled, and those of them that no mesh needs at the moment, as bits.
+    static std::uint32_t s_enabledAttributes;
+    static std::uint32_t s_spareAttributes;
+    static std::uint64_t s_valuesForgotten; // so often
 
     // How many of the references belong to placeholders.
     int m_placeholders = 0;

@@ -70,6 +70,7 @@ void HUDEffectES20::Apply(MaterialES20* data, CameraNodeES20* camera)
 
 void HUDEffectES20::Remove()
 {
+    EndUse();
     if (blending)
     {
         glDisable(GL_BLEND);

@@ -74,7 +74,10 @@ void LineFilterEffectES20::Apply(MaterialES20*, CameraNodeES20*)
     Bind();
 }
 
-void LineFilterEffectES20::Remove() {}
+void LineFilterEffectES20::Remove()
+{
+    EndUse();
+}
 
 void LineFilterEffectES20::BindMeshAttributes(MeshES20* mesh)
 {

@@ -100,7 +100,10 @@ bool DrawsPoints(const MeshNode& node)
 
 } // namespace
 
-MonotoneEffectES20::MonotoneEffectES20(EffectCache* cache) : MaterialEffectES20(cache) {}
+MonotoneEffectES20::MonotoneEffectES20(EffectCache* cache) : MaterialEffectES20(cache)
+{
+    m_discardsAtPlanes = true;
+}
 
 unsigned int MonotoneEffectES20::CreateProgramForOptions(std::uint64_t options, std::string& name)
 {
@@ -119,7 +122,10 @@ void MonotoneEffectES20::Apply(MaterialES20*, CameraNodeES20* camera)
     glDisable(GL_BLEND);
 }
 
-void MonotoneEffectES20::Remove() {}
+void MonotoneEffectES20::Remove()
+{
+    EndUse();
+}
 
 void MonotoneEffectES20::BindMeshAttributes(MeshES20* mesh)
 {

@@ -24,6 +24,7 @@ varying vec3 v_world_position;                      // world space
 bool clippedToOutline()
 {
     bool isOutline = false;
+#ifndef NO_CLIP_PLANES
     // The bound is a constant because ES 2 takes no uniform in the condition of a loop.
     for (int i = 0; i < MAX_CLIP_PLANES; ++i)
     {
@@ -41,6 +42,7 @@ bool clippedToOutline()
             isOutline = true;
         }
     }
+#endif
     return isOutline;
 }
 

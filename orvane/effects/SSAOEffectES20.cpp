@@ -81,7 +81,10 @@ void SSAOEffectES20::Apply(MaterialES20*, CameraNodeES20*)
     Bind();
 }
 
-void SSAOEffectES20::Remove() {}
+void SSAOEffectES20::Remove()
+{
+    EndUse();
+}
 
 void SSAOEffectES20::BindMeshAttributes(MeshES20* mesh)
 {

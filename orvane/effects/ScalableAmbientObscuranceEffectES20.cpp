@@ -49,7 +49,10 @@ void ScalableAmbientObscuranceEffectES20::Apply(MaterialES20*, CameraNodeES20*)
     Bind();
 }
 
-void ScalableAmbientObscuranceEffectES20::Remove() {}
+void ScalableAmbientObscuranceEffectES20::Remove()
+{
+    EndUse();
+}
 
 void ScalableAmbientObscuranceEffectES20::BindMeshAttributes(MeshES20* mesh)
 {

@@ -15,6 +15,8 @@
 namespace OV
 {
 
+ShaderProgram* ShaderProgram::s_fed = nullptr;
+
 ShaderProgram::ShaderProgram(int program, const std::string& name) :
     m_program(static_cast<unsigned int>(program)), m_name(name)
 {
@@ -29,6 +31,7 @@ ShaderProgram::ShaderProgram(ShaderProgram&& other) noexcept :
 {
     // A short string may survive a move; the source is to end without a name.
     other.m_name.clear();
+    other.m_known.ForgetAll();
 }
 
 ShaderProgram& ShaderProgram::operator=(ShaderProgram&& other) noexcept
@@ -43,6 +46,8 @@ ShaderProgram& ShaderProgram::operator=(ShaderProgram&& other) noexcept
         other.m_locations.clear();
         other.m_uniformNames.clear();
         other.m_name.clear();
+        m_known.ForgetAll();
+        other.m_known.ForgetAll();
     }
     return *this;
 }
@@ -50,23 +55,31 @@ ShaderProgram& ShaderProgram::operator=(ShaderProgram&& other) noexcept
 void ShaderProgram::SetProgram(int program)
 {
     m_program = static_cast<unsigned int>(program);
+    m_known.ForgetAll();
 }
 
 void ShaderProgram::Bind()
 {
+    s_fed = nullptr;
     glUseProgram(m_program);
     m_bound = true;
 }
 
 void ShaderProgram::Unbind()
 {
+    s_fed = nullptr;
     glUseProgram(0);
     m_bound = false;
 }
 
 UniformVar ShaderProgram::operator[](int index)
 {
-    return UniformVar{this, GetLocation(index)};
+    const int location = GetLocation(index);
+    if (location != -1)
+    {
+        m_known.GiveAway(index);
+    }
+    return UniformVar{this, location};
 }
 
 int ShaderProgram::Load(const char* vertexSource, const char* fragmentSource,
@@ -96,8 +109,54 @@ bool ShaderProgram::DeclareUniforms(const std::vector<std::string>& names)
     return complete;
 }
 
+ShaderProgram::KnownValues::Value& ShaderProgram::KnownValues::At(int index)
+{
+    const auto place = static_cast<std::size_t>(index);
+    if (place >= m_values.size())
+    {
+        m_values.resize(place + 1);
+    }
+    return m_values[place];
+}
+
+void ShaderProgram::KnownValues::Keep(int index, const void* value, std::size_t bytes)
+{
+    Value& known = At(index);
+    if (!m_isCopied && !known.isGivenAway && bytes <= sizeof(known.words))
+    {
+        std::memcpy(known.words.data(), value, bytes);
+        known.bytes = bytes;
+    }
+}
+
+void ShaderProgram::KnownValues::Forget(int index)
+{
+    const auto place = static_cast<std::size_t>(index);
+    if (place < m_values.size())
+    {
+        m_values[place].bytes = 0;
+    }
+}
+
+void ShaderProgram::KnownValues::ForgetAll()
+{
+    for (Value& value : m_values)
+    {
+        value.bytes = 0;
+    }
+}
+
+void ShaderProgram::KnownValues::GiveAway(int index)
+{
+    Value& value = At(index);
+    value.bytes = 0;
+    value.isGivenAway = true;
+}
+
 int ShaderProgram::GetLocation(int index)
 {
+    // What is written there is not yet known.
+    m_known.Forget(index);
     return Exists(index) ? m_locations[static_cast<std::size_t>(index)] : AskLocation(index);
 }
 

@@ -8,6 +8,9 @@
 #include <glm/vec3.hpp>
 #include <glm/vec4.hpp>
 
+#include <array>
+#include <cstdint>
+#include <cstring>
 #include <map>
 #include <string>
 #include <vector>
@@ -171,10 +174,65 @@ protected:
     bool m_bound = false;
 
 private:
-    // The effects seed the table themselves and skip, on the draw path, what a program lacks.
+    /// The values that a program is known to hold, by uniform. Once a table is copied, neither knows
+    /// anything: each may write what the other doesn't see.
+    class KnownValues
+    {
+    public:
+        KnownValues() = default;
+        KnownValues(const KnownValues& other) : m_isCopied(true)
+        {
+            other.m_isCopied = true;
+        }
+        KnownValues& operator=(const KnownValues& other)
+        {
+            ForgetAll();
+            m_isCopied = true;
+            other.m_isCopied = true;
+            return *this;
+        }
+
+        bool Holds(int index, const void* value, std::size_t bytes) const
+        {
+            const auto place = static_cast<std::size_t>(index);
+            return place < m_values.size() && m_values[place].bytes == bytes &&
+                   std::memcmp(m_values[place].words.data(), value, bytes) == 0;
+        }
+
+        /// A value that is larger than six vectors is not kept.
+        void Keep(int index, const void* value, std::size_t bytes);
+        void Forget(int index);
+        void ForgetAll();
+
+        /// Nothing is known of the uniform from now on, since its location is in other hands.
+        void GiveAway(int index);
+
+    private:
+        struct Value
+        {
+            std::size_t bytes = 0; ///< 0 where nothing is known
+            bool isGivenAway = false;
+            std::array<std::uint32_t, 18> words;
+        };
+
+        Value& At(int index);
+
+        std::vector<Value> m_values;
+        mutable bool m_isCopied = false;
+    };
+
+    // The effects seed the table themselves, skip, on the draw path, what a program lacks, and leave
+    // out what it holds.
     friend class EffectES20;
 
     int AskLocation(int index);
+
+    // The one in use whose values are followed: from EffectES20::UseOptions until another is bound
+    // or the effect is removed.
+    static ShaderProgram* s_fed;
+
+    KnownValues m_known;
+    std::uint64_t m_knownSince = 0; ///< EffectES20::ForgetUniformValues has been called so often
 };
 
 } // namespace OV

@@ -79,6 +79,7 @@ void SimMaterialEffectES20::Apply(MaterialES20* data, CameraNodeES20* camera)
 
 void SimMaterialEffectES20::Remove()
 {
+    EndUse();
     if (blending)
     {
         glDisable(GL_BLEND);

@@ -84,6 +84,7 @@ void SkyEffectES20::Apply(MaterialES20*, CameraNodeES20* camera)
 
 void SkyEffectES20::Remove()
 {
+    EndUse();
     glEnable(GL_DEPTH_TEST);
     glBindTexture(GL_TEXTURE_2D, 0);
 }

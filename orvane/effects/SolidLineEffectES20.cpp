@@ -126,7 +126,10 @@ void BindTexture(unsigned int unit, unsigned int texture)
 
 } // namespace
 
-SolidLineEffectES20::SolidLineEffectES20(EffectCache* cache) : EffectES20(cache) {}
+SolidLineEffectES20::SolidLineEffectES20(EffectCache* cache) : EffectES20(cache)
+{
+    m_discardsAtPlanes = true;
+}
 
 unsigned int SolidLineEffectES20::CreateProgramForOptions(std::uint64_t options, std::string& name)
 {
@@ -242,6 +245,7 @@ void SolidLineEffectES20::SetDepthState(const LineStyle& style)
 
 void SolidLineEffectES20::RestoreDepthState()
 {
+    EndUse();
     if (!m_depthBefore.saved)
     {
         return;

@@ -119,6 +119,7 @@ void discardGaps()
 
 void discardClipped()
 {
+#ifndef NO_CLIP_PLANES
     // The bound is a constant because ES 2 takes no uniform in the condition of a loop.
     for (int i = 0; i < MAX_CLIP_PLANES; ++i)
     {
@@ -132,6 +133,7 @@ void discardClipped()
             discard;
         }
     }
+#endif
 }
 
 void main()

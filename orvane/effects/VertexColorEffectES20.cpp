@@ -68,7 +68,10 @@ constexpr ProgramTemplate kTemplate = {
 
 } // namespace
 
-VertexColorEffectES20::VertexColorEffectES20(EffectCache* cache) : MaterialEffectES20(cache) {}
+VertexColorEffectES20::VertexColorEffectES20(EffectCache* cache) : MaterialEffectES20(cache)
+{
+    m_discardsAtPlanes = true;
+}
 
 unsigned int VertexColorEffectES20::CreateProgramForOptions(std::uint64_t options, std::string& name)
 {
@@ -84,7 +87,10 @@ void VertexColorEffectES20::Apply(MaterialES20* data, CameraNodeES20* camera)
     m_camera = camera;
 }
 
-void VertexColorEffectES20::Remove() {}
+void VertexColorEffectES20::Remove()
+{
+    EndUse();
+}
 
 void VertexColorEffectES20::BindMeshAttributes(MeshES20* mesh)
 {

@@ -17,6 +17,7 @@ bool clippedToOutline()
 {
     bool isOutline = false;
     float outlineTestThresh = -1.0 * u_clipPlaneOutlineSize;
+#ifndef NO_CLIP_PLANES
     // The bound is a constant because ES 2 takes no uniform in the condition of a loop.
     for (int i = 0; i < MAX_CLIP_PLANES; ++i)
     {
@@ -34,6 +35,7 @@ bool clippedToOutline()
             isOutline = true;
         }
     }
+#endif
     return isOutline;
 }
 

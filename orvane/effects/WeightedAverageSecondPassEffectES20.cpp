@@ -63,6 +63,7 @@ void WeightedAverageSecondPassEffectES20::Apply(MaterialES20*, CameraNodeES20* c
 
 void WeightedAverageSecondPassEffectES20::Remove()
 {
+    EndUse();
     glDisable(GL_BLEND);
 }
 

@@ -28,11 +28,14 @@ void Matrix::Multiply(const Matrix& a, const Matrix& b)
     for (int column = 0; column < 4; ++column)
     {
         const float* factors = b.m + column * 4;
+        // Apart from the operands, so that the four rows can be worked out side by side.
+        float rows[4];
         for (int row = 0; row < 4; ++row)
         {
-            m[column * 4 + row] = a.m[row] * factors[0] + a.m[4 + row] * factors[1] +
-                                  a.m[8 + row] * factors[2] + a.m[12 + row] * factors[3];
+            rows[row] = a.m[row] * factors[0] + a.m[4 + row] * factors[1] + a.m[8 + row] * factors[2] +
+                        a.m[12 + row] * factors[3];
         }
+        std::copy(rows, rows + 4, m + column * 4);
     }
 }
 

@@ -27,6 +27,7 @@ void LineES20::Render(EffectES20* effect, const std::vector<MeshNode*>& nodes, b
     ApplyBuffer(vertexBufferId, indexBufferId);
     effect->clipPlanesActive = clippingPlaneEnabled;
     effect->BindMeshAttributes(this);
+    EffectES20::DisableSpareAttributes();
 
     const LineStyle* const style = line->GetStyle();
     const bool strip = style && (style->GetFlags() & LineStyleFlagStrip) != 0;

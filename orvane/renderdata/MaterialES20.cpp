@@ -178,9 +178,18 @@ void MaterialES20::MakeList(bool clippingPlane)
         {
             continue;
         }
+        const Object* const present = mesh->GetRenderData();
         if (MeshES20* meshData = MeshDataOf(mesh))
         {
-            meshData->EnableClippingPlane(clippingPlane);
+            if (meshData == present)
+            {
+                meshData->EnableClippingPlane(clippingPlane);
+            }
+            else
+            {
+                // What is new stands in no other list.
+                meshData->clippingPlaneEnabled = clippingPlane;
+            }
             m_list.items.push_back({mesh, this, false, nullptr});
         }
         else

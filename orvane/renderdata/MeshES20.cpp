@@ -23,7 +23,6 @@ std::uint64_t MeshES20::s_listingRevision = 0;
 MeshES20::MeshES20(Mesh* sceneMesh, SharedBufferPool* bufferPool) :
     mesh(sceneMesh), pool(bufferPool)
 {
-    ++s_listingRevision;
     if (mesh && mesh->GetNumVertices() > 0)
     {
         sharedBuffer = bufferPool->AddMesh(this);
@@ -62,6 +61,7 @@ void MeshES20::Render(EffectES20* effect, const std::vector<MeshNode*>& nodes, b
     effect->clipPlanesActive = clippingPlaneEnabled;
     effect->meshNodeFlag = (meshFlags & MeshFlagEffectFlag) != 0;
     effect->BindMeshAttributes(this);
+    EffectES20::DisableSpareAttributes();
     OV_GL_CHECKPOINT();
 
     const bool alwaysPass = (materialFlags & MaterialFlagAlwaysPass) != 0;

@@ -67,8 +67,9 @@ public:
         }
     }
 
-    /// Another number whenever any mesh gains or loses render data, or the clip planes begin or
-    /// cease to cut one: what was listed for drawing under the same number still holds.
+    /// Another number whenever any mesh loses render data, or the clip planes begin or cease to cut
+    /// one: what was listed for drawing under the same number still holds. A mesh that is new to its
+    /// material concerns that one alone, which knows its meshes by their own revision.
     static std::uint64_t GetListingRevision() { return s_listingRevision; }
 
     /// Binds the pair of buffers unless the vertex buffer is the one bound last: the two live

@@ -1,6 +1,7 @@
 #include "orvane/renderer/RenderTarget.h"
 
 #include "orvane/base/GLCheckpoint.h"
+#include "orvane/effects/EffectES20.h"
 #include "orvane/math/Transform.h"
 #include "orvane/platform/detail/EntryPoints.h"
 #include "orvane/platform/detail/PixelTransferScope.h"
@@ -324,6 +325,7 @@ void RenderTarget::ApplyCapture(OV::EffectES20* effect)
     if (screenMeshData)
     {
         screenMeshData->Render(effect, screenMesh->GetNodes(), false);
+        OV::EffectES20::EndUse();
         OV::MeshES20::ResetBufferCache();
     }
     glEnable(GL_CULL_FACE);

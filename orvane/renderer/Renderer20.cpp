@@ -189,6 +189,7 @@ void Renderer20::Configure(TextureLoader* loader, RenderCapabilities* caps)
 {
     textureLoader = loader;
     capabilities = caps;
+    EffectES20::ForgetUniformValues();
 }
 
 bool Renderer20::SupportsRenderToTexture()
@@ -400,6 +401,8 @@ void Renderer20::RenderItemList(CameraNodeES20* cameraData, std::vector<RenderIt
     {
         current->Remove();
     }
+    // An effect of the host's may have left some.
+    EffectES20::EndUse();
 }
 
 void Renderer20::PrepareOptimizedMaterial(Material* material, CameraNodeES20* cameraData,
@@ -553,6 +556,7 @@ void Renderer20::Suspend()
         return;
     }
     const detail::Walk walk(this, detail::Walk::Suspend);
+    EffectES20::ForgetUniformValues();
     ClearOffscreenBuffers();
     if (screenMesh)
     {
@@ -574,6 +578,7 @@ void Renderer20::Resume()
         return;
     }
     const detail::Walk walk(this, detail::Walk::Resume);
+    EffectES20::ForgetUniformValues();
     if (textureLoader)
     {
         textureLoader->Resume();

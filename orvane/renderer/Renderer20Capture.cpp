@@ -178,6 +178,7 @@ void Renderer20::DrawScreenMesh()
         effect->Apply(nullptr, nullptr);
     }
     screenMeshData->Render(screenEffect, screenMesh->GetNodes(), false);
+    EffectES20::EndUse();
     MeshES20::ResetBufferCache();
 }
 

@@ -364,8 +364,10 @@ TYPED_TEST(AdvancedEffect, DrawsALitMeshInOrder)
                 ElementsAre("u_numClipPlanes(0)", "u_pocheColor({0, 0, 0, 1})", "u_pocheColorEnabled(1)",
                             "u_isBackFaces(0)", StartsWith("u_normalMatrix("), FrontFace(GL_CCW)));
     this->effect.ReleaseMeshAttributes(&mesh);
-    EXPECT_THAT(ReadCalls(this->gl), ElementsAre(FrontFace(GL_CCW), "glDisableVertexAttribArray(2)",
-                                                 "glDisableVertexAttribArray(1)", "glDisableVertexAttribArray(0)"));
+    EXPECT_THAT(ReadCalls(this->gl), ElementsAre(FrontFace(GL_CCW)));
+    this->effect.Remove();
+    EXPECT_THAT(ReadCalls(this->gl), ElementsAre("glDisableVertexAttribArray(0)", "glDisableVertexAttribArray(1)",
+                                                 "glDisableVertexAttribArray(2)", "glUseProgram(0)"));
 }
 
 TYPED_TEST(AdvancedEffect, AMeshWithoutNormalsIsUnlitAndTheNextOneIsLitAgain)
@@ -382,8 +384,9 @@ TYPED_TEST(AdvancedEffect, AMeshWithoutNormalsIsUnlitAndTheNextOneIsLitAgain)
     // Without light the winding of a mirrored node stays as it is: that is meant.
     EXPECT_THAT(this->BindNode(this->stage.Node()), Not(Contains(StartsWith("glFrontFace"))));
     this->effect.ReleaseMeshAttributes(&bare);
-    EXPECT_THAT(ReadCalls(this->gl),
-                ElementsAre(FrontFace(GL_CCW), "u_enableLight(1)", "glDisableVertexAttribArray(0)"));
+    EXPECT_THAT(ReadCalls(this->gl), ElementsAre(FrontFace(GL_CCW), "u_enableLight(1)"));
+    this->effect.Remove();
+    EXPECT_THAT(ReadCalls(this->gl), ElementsAre("glDisableVertexAttribArray(0)", "glUseProgram(0)"));
 }
 
 TYPED_TEST(AdvancedEffect, AnUnlitMeshLeavesNormalsLightAndWindingAlone)
@@ -404,8 +407,10 @@ TYPED_TEST(AdvancedEffect, AnUnlitMeshLeavesNormalsLightAndWindingAlone)
     EXPECT_THAT(uniforms, Not(Contains(StartsWith("u_normalMatrix"))));
     EXPECT_THAT(uniforms, Not(Contains(StartsWith("glFrontFace"))));
     this->effect.ReleaseMeshAttributes(&mesh);
-    EXPECT_THAT(ReadCalls(this->gl), ElementsAre(FrontFace(GL_CCW), "glDisableVertexAttribArray(2)",
-                                                 "glDisableVertexAttribArray(0)"));
+    EXPECT_THAT(ReadCalls(this->gl), ElementsAre(FrontFace(GL_CCW)));
+    this->effect.Remove();
+    EXPECT_THAT(ReadCalls(this->gl),
+                ElementsAre("glDisableVertexAttribArray(0)", "glDisableVertexAttribArray(2)", "glUseProgram(0)"));
 }
 
 TYPED_TEST(AdvancedEffect, CoordinatesThatTheProgramDoesNotReadAreLeftOut)
@@ -416,7 +421,9 @@ TYPED_TEST(AdvancedEffect, CoordinatesThatTheProgramDoesNotReadAreLeftOut)
     this->Apply();
     EXPECT_THAT(this->Bind(mesh), Not(Contains("glEnableVertexAttribArray(2)")));
     this->effect.ReleaseMeshAttributes(&mesh);
-    EXPECT_THAT(ReadCalls(this->gl), ElementsAre(FrontFace(GL_CCW), "glDisableVertexAttribArray(0)"));
+    EXPECT_THAT(ReadCalls(this->gl), ElementsAre(FrontFace(GL_CCW)));
+    this->effect.Remove();
+    EXPECT_THAT(ReadCalls(this->gl), ElementsAre("glDisableVertexAttribArray(0)", "glUseProgram(0)"));
 }
 
 TYPED_TEST(AdvancedEffect, AMirroredNodeTurnsTheWindingUntilTheMeshIsReleased)

@@ -120,6 +120,51 @@ TEST_F(AllOptions, EveryMaskCompilesAndLinksInSilence)
     }
 }
 
+TEST_F(AllOptions, WithoutClipPlanesEveryMaskLinksInSilenceAndKnowsNoPlane)
+{
+    for (const Family& family : Families())
+    {
+        const std::unique_ptr<MaterialEffectES20> effect = family.make();
+        for (std::uint64_t mask = 0; mask < family.masks; ++mask)
+        {
+            ::testing::internal::CaptureStderr();
+            const unsigned int program = effect->ProgramForOptions(mask | EffectES20::OptionNoClipPlanes);
+            EXPECT_EQ(::testing::internal::GetCapturedStderr(), "") << family.label << ' ' << mask;
+            ASSERT_NE(program, 0u) << family.label << ' ' << mask;
+            std::set<std::string> uniforms = family.uniforms;
+            std::set<std::string> attributes = family.attributes;
+            AddOptions(mask, uniforms, attributes);
+            for (const char* unread : {"u_clipPlaneNormals[0]", "u_clipPlanePositions[0]", "u_worldTransform"})
+            {
+                uniforms.erase(unread);
+            }
+            EXPECT_EQ(ActiveUniforms(program), uniforms) << family.label << ' ' << mask;
+            EXPECT_EQ(ActiveAttributes(program), attributes) << family.label << ' ' << mask;
+        }
+    }
+}
+
+TEST_F(AllOptions, TheListOfClipPlanesChoosesTheProgram)
+{
+    BasicMaterialEffectES20 effect(nullptr, false);
+    const auto inUse = []
+    {
+        GLint program = 0;
+        glGetIntegerv(GL_CURRENT_PROGRAM, &program);
+        return static_cast<unsigned int>(program);
+    };
+    effect.UseOptions(kFog);
+    EXPECT_EQ(inUse(), effect.ProgramForOptions(kFog | EffectES20::OptionNoClipPlanes));
+    EffectES20::AddClipPlane({1, 0, 0}, {0, 0, 0});
+    effect.UseOptions(kFog);
+    EXPECT_EQ(inUse(), effect.ProgramForOptions(kFog));
+    EffectES20::ClearClipPlanes();
+    effect.UseOptions(kFog);
+    EXPECT_EQ(inUse(), effect.ProgramForOptions(kFog | EffectES20::OptionNoClipPlanes));
+    EffectES20::EndUse();
+    glUseProgram(0);
+}
+
 TEST_F(AllOptions, EveryProgramHasTheUniformsAndAttributesOfItsOptionsAndNoOther)
 {
     for (const Family& family : Families())

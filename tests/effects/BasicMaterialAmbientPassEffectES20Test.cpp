@@ -175,6 +175,8 @@ TEST_F(BasicMaterialAmbientPass, DrawsAMeshAndLeavesThePositionEnabled)
     EXPECT_THAT(ReadCalls(gl), ElementsAre(StartsWith("u_mvpMatrix("), "u_isMirrored(0)",
                                            "u_pocheColor({0, 0, 0, 1})", "u_pocheColorEnabled(1)"));
     effect.ReleaseMeshAttributes(&mesh);
+    EXPECT_THAT(ReadCalls(gl), IsEmpty());
+    effect.Remove();
     EXPECT_THAT(ReadCalls(gl), ElementsAre("glDisableVertexAttribArray(1)"));
     stage.data.textureId = 0;
 }

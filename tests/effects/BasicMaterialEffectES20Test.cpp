@@ -299,9 +299,11 @@ TEST_F(BasicMaterialEffect, DrawsALitMeshInOrder)
                             "u_worldTransform(" + kIdentity + ")", "u_numClipPlanes(0)",
                             "u_pocheColor({0, 0, 0, 1})", "u_pocheColorEnabled(1)"));
     effect.ReleaseMeshAttributes(&mesh);
+    EXPECT_THAT(ReadCalls(gl), IsEmpty());
+    effect.Remove();
     EXPECT_THAT(ReadCalls(gl),
-                ElementsAre("glDisableVertexAttribArray(2)", "glDisableVertexAttribArray(1)",
-                            "glDisableVertexAttribArray(0)"));
+                ElementsAre("glDisableVertexAttribArray(0)", "glDisableVertexAttribArray(1)",
+                            "glDisableVertexAttribArray(2)"));
     stage.data.textureId = 0;
 }
 
@@ -316,6 +318,8 @@ TEST_F(BasicMaterialEffect, DrawsAnUnlitMeshWithoutItsNormals)
     effect.BindMeshUniforms(&stage.Node());
     EXPECT_THAT(ReadCalls(gl), ElementsAre(StartsWith("u_mvpMatrix(")));
     effect.ReleaseMeshAttributes(&mesh);
+    EXPECT_THAT(ReadCalls(gl), IsEmpty());
+    effect.Remove();
     EXPECT_THAT(ReadCalls(gl), ElementsAre("glDisableVertexAttribArray(0)"));
 }
 
@@ -335,11 +339,13 @@ TEST_F(BasicMaterialEffect, AMeshWithoutNormalsIsUnlitAndTheNextOneIsLitAgain)
     effect.BindMeshUniforms(&bareNode);
     EXPECT_THAT(ReadCalls(gl), ElementsAre(StartsWith("u_mvpMatrix(")));
     effect.ReleaseMeshAttributes(&bare);
-    EXPECT_THAT(ReadCalls(gl), ElementsAre("u_enableLight(1)", "glDisableVertexAttribArray(0)"));
+    EXPECT_THAT(ReadCalls(gl), ElementsAre("u_enableLight(1)"));
     effect.BindMeshAttributes(&shaded);
     EXPECT_TRUE(effect.hasNormals);
     EXPECT_THAT(ReadCalls(gl), Not(Contains(StartsWith("u_enableLight"))));
     effect.ReleaseMeshAttributes(&shaded);
+    effect.Remove();
+    EXPECT_THAT(ReadCalls(gl), ElementsAre("glDisableVertexAttribArray(0)", "glDisableVertexAttribArray(1)"));
 }
 
 TEST_F(BasicMaterialEffect, TextureCoordinatesAreLeftOutWithoutATextureOption)
@@ -428,6 +434,7 @@ TEST_F(BasicMaterialEffect, ClipPlanesReachLitMeshesThatAreClipped)
     effect.BindMeshUniforms(&stage.Node());
     EXPECT_THAT(ReadCalls(gl), Contains("u_numClipPlanes(0)"));
     effect.clipPlanesActive = true;
+    EffectES20::ForgetUniformValues();
     effect.BindMeshUniforms(&stage.Node());
     const Lines lines = ReadCalls(gl);
     ASSERT_EQ(lines.size(), 9u);
@@ -467,11 +474,12 @@ TEST_F(BasicMaterialEffect, LitMeshesLeaveNothingThatUnlitOnesWouldShow)
     EXPECT_THAT(gl.Uniform("u_isMirrored"), ElementsAre(1));
     gl.Clear();
     effect.ReleaseMeshAttributes(&mesh);
-    EXPECT_THAT(ReadCalls(gl), ElementsAre("glDisableVertexAttribArray(1)", "glDisableVertexAttribArray(0)",
-                                           "u_numClipPlanes(0)", "u_isMirrored(0)"));
+    EXPECT_THAT(ReadCalls(gl), ElementsAre("u_numClipPlanes(0)", "u_isMirrored(0)"));
     effect.BindMeshAttributes(&mesh);
     effect.ReleaseMeshAttributes(&mesh);
     EXPECT_THAT(ReadCalls(gl), Not(Contains(StartsWith("u_numClipPlanes"))));
+    effect.Remove();
+    EXPECT_THAT(ReadCalls(gl), ElementsAre("glDisableVertexAttribArray(0)", "glDisableVertexAttribArray(1)"));
 }
 
 TEST_F(BasicMaterialEffect, ASteadyDrawLooksNothingUp)

@@ -153,6 +153,8 @@ TEST_F(DepthIdPass, ColoursAreReadForVertexIdentifiersOnlyAndWhereTheMeshHasThem
             const std::size_t colors = offset >= 0 && mode == 0 ? 1 : 0;
             ExpectStream(gl, mesh, 1, 4, offset, colors);
             effect.ReleaseMeshAttributes(&mesh);
+            EXPECT_EQ(gl.Count("glDisableVertexAttribArray"), 0u);
+            effect.Remove();
             EXPECT_EQ(gl.Count("glDisableVertexAttribArray", {0}), 1u);
             EXPECT_EQ(gl.Count("glDisableVertexAttribArray", {1}), colors);
         }
@@ -210,7 +212,8 @@ TEST_F(DepthIdPass, SixClipPlanesAtMostAreHandedOnWhetherAMeshIsToBeCutOrNot)
         effect.BindMeshUniforms(&stage.Node());
         const int used = std::min(count, 6);
         EXPECT_THAT(gl.Uniform("u_numClipPlanes"), ElementsAre(float(used)));
-        EXPECT_EQ(gl.Count("glUniform3fv"), count > 0 ? 2u : 0u);
+        // A seventh changes nothing.
+        EXPECT_EQ(gl.Count("glUniform3fv"), count > 0 && count < 7 ? 2u : 0u);
         if (count > 0)
         {
             EXPECT_EQ(gl.Uniform("u_clipPlaneNormals").size(), std::size_t(used) * 3);

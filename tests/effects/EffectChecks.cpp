@@ -13,6 +13,8 @@ std::vector<std::string> ReadApply(GLRecorder& gl, EffectStage& stage, MaterialE
     effect.Apply(&stage.data, &stage.camera);
     effect.Remove();
     gl.Clear();
+    // Values that the program holds are not sent again.
+    EffectES20::ForgetUniformValues();
     effect.Apply(&stage.data, &stage.camera);
     return ReadCalls(gl);
 }
@@ -44,7 +46,7 @@ std::uint64_t OptionsOf(unsigned int program, const std::map<std::uint64_t, unsi
     {
         if (compiled == program)
         {
-            return options;
+            return options & ~EffectES20::OptionNoClipPlanes;
         }
     }
     return ~std::uint64_t{0};
@@ -72,6 +74,8 @@ void ExpectScreenStreams(GLRecorder& gl, EffectStage& stage, EffectES20& effect,
     ExpectStream(gl, mesh, textureAttribute, 2, mesh.GetTextureOffset(), times);
     gl.Clear();
     effect.ReleaseMeshAttributes(&mesh);
+    // Of an effect that keeps them until it is removed.
+    EffectES20::EndUse();
     EXPECT_THAT(gl.Strings(), ::testing::ElementsAre(
                                   CallText("glDisableVertexAttribArray", {0}),
                                   CallText("glDisableVertexAttribArray", {static_cast<double>(textureAttribute)})));

@@ -598,6 +598,7 @@ TEST_F(EffectES20Test, WithoutClipPlanesOnlyTheirNumberIsSet)
     effect.UseOptions(0);
     EXPECT_EQ(effect.SetClipPlanes(0, 1, 2, true), 0);
     EffectES20::AddClipPlane(glm::vec3(1, 0, 0), glm::vec3(0));
+    EffectES20::ForgetUniformValues();
     EXPECT_EQ(effect.SetClipPlanes(0, 1, 2, false), 0);
     EXPECT_EQ(gl.Count("glUniform3fv"), 0u);
     EXPECT_EQ(gl.Count("glUniform1i"), 2u);

@@ -166,6 +166,31 @@ TEST_F(LooksOptions, EveryMaskOfBothModelsLinksInSilenceWithItsUniformsAndNoOthe
     }
 }
 
+TEST_F(LooksOptions, WithoutClipPlanesEveryMaskLinksInSilenceAndKnowsNoPlane)
+{
+    std::vector<std::unique_ptr<EffectES20>> effects;
+    effects.push_back(MakeAdvanced(false));
+    effects.push_back(MakeAdvanced(true));
+    effects.push_back(std::make_unique<MonotoneEffectES20>(nullptr));
+    effects.push_back(std::make_unique<VertexColorEffectES20>(nullptr));
+    for (const std::unique_ptr<EffectES20>& effect : effects)
+    {
+        const bool isAdvanced = effect == effects[0] || effect == effects[1];
+        for (std::uint64_t mask = 0; mask < (isAdvanced ? kMasks : 1); ++mask)
+        {
+            ::testing::internal::CaptureStderr();
+            const unsigned int program = effect->ProgramForOptions(mask | EffectES20::OptionNoClipPlanes);
+            EXPECT_EQ(::testing::internal::GetCapturedStderr(), "") << mask;
+            ASSERT_NE(program, 0u) << mask;
+            const Names uniforms = ActiveUniforms(program);
+            EXPECT_EQ(uniforms.count("u_clipPlaneNormals[0]"), 0u) << mask;
+            EXPECT_EQ(uniforms.count("u_clipPlanePositions[0]"), 0u) << mask;
+            EXPECT_EQ(uniforms.count("u_mvpMatrix"), 1u) << mask;
+            EXPECT_EQ(ActiveAttributes(program), ActiveAttributes(effect->ProgramForOptions(mask))) << mask;
+        }
+    }
+}
+
 TEST_F(LooksOptions, EveryMaskCompilesAsEs2WithItsPrecisions)
 {
     if (!GLEW_ARB_ES2_compatibility)
@@ -184,6 +209,12 @@ TEST_F(LooksOptions, EveryMaskCompilesAsEs2WithItsPrecisions)
     {
         EXPECT_EQ(CompileLog(source.type, prelude + Expand(source.text, 0)), "") << source.text;
     }
+    const std::string withoutPlanes = prelude + "#define NO_CLIP_PLANES\n";
+    EXPECT_EQ(CompileLog(GL_FRAGMENT_SHADER, withoutPlanes + Expand(Shaders::AdvancedMaterialEffectES20Frag, 0)), "");
+    EXPECT_EQ(CompileLog(GL_FRAGMENT_SHADER, withoutPlanes + Expand(Shaders::AdvancedMaterialPhongEffectES20Frag, 0)),
+              "");
+    EXPECT_EQ(CompileLog(GL_FRAGMENT_SHADER, withoutPlanes + Expand(Shaders::MonotoneEffectES20Frag, 0)), "");
+    EXPECT_EQ(CompileLog(GL_FRAGMENT_SHADER, withoutPlanes + Expand(Shaders::VertexColorEffectES20Frag, 0)), "");
 }
 
 TEST_F(LooksOptions, TheLooksWithoutOptionsLinkAndIgnoreTheMask)

@@ -56,10 +56,7 @@ protected:
 
     Lines Apply()
     {
-        effect.Apply(&stage.data, &stage.camera);
-        gl.Clear();
-        effect.Apply(&stage.data, &stage.camera);
-        return ReadCalls(gl);
+        return ReadApply(gl, stage, effect);
     }
 
     Lines Names() const { return UniformTable(effect.m_uniformNames); }
@@ -183,8 +180,10 @@ TEST_F(CrosshatchEffect, BindsNormalsForLitMeshesOnly)
     effect.BindMeshUniforms(&stage.Node());
     EXPECT_THAT(ReadCalls(gl), ElementsAre(StartsWith("u_mvpMatrix("), StartsWith("u_normalMatrix(")));
     effect.ReleaseMeshAttributes(&mesh);
-    EXPECT_THAT(ReadCalls(gl), ElementsAre("glDisableVertexAttribArray(2)", "glDisableVertexAttribArray(1)",
-                                           "glDisableVertexAttribArray(0)"));
+    EXPECT_THAT(ReadCalls(gl), IsEmpty());
+    effect.Remove();
+    EXPECT_THAT(ReadCalls(gl), ElementsAre("glDisableVertexAttribArray(0)", "glDisableVertexAttribArray(1)",
+                                           "glDisableVertexAttribArray(2)"));
 }
 
 TEST_F(CrosshatchEffect, ALitMeshWithoutNormalsGetsNoNormalMatrix)
@@ -199,6 +198,8 @@ TEST_F(CrosshatchEffect, ALitMeshWithoutNormalsGetsNoNormalMatrix)
     effect.BindMeshUniforms(&stage.Node());
     EXPECT_THAT(ReadCalls(gl), ElementsAre(StartsWith("u_mvpMatrix(")));
     effect.ReleaseMeshAttributes(&mesh);
+    EXPECT_THAT(ReadCalls(gl), IsEmpty());
+    effect.Remove();
     EXPECT_THAT(ReadCalls(gl), ElementsAre("glDisableVertexAttribArray(0)"));
 }
 
@@ -244,7 +245,9 @@ TEST_F(MonotoneEffect, DrawsAMeshInOrder)
                 ElementsAre("u_numClipPlanes(0)", "u_pocheColor({0, 0, 0, 1})", "u_pocheColorEnabled(1)",
                             "u_isBackFaces(0)", "u_isShadow(0)", StartsWith("u_shadowIntensity(")));
     effect.ReleaseMeshAttributes(&mesh);
-    EXPECT_THAT(ReadCalls(gl), ElementsAre("glDisableVertexAttribArray(0)", CallText("glFrontFace", {GL_CCW})));
+    EXPECT_THAT(ReadCalls(gl), ElementsAre(CallText("glFrontFace", {GL_CCW})));
+    effect.Remove();
+    EXPECT_THAT(ReadCalls(gl), ElementsAre("glDisableVertexAttribArray(0)"));
 }
 
 TEST_F(MonotoneEffect, FlagsPassAndMirrorAreHandedOn)
@@ -281,6 +284,7 @@ TEST_F(MonotoneEffect, PointsAreBlackAndSixWideWhicheverThePass)
     effect.BindMeshUniforms(&stage.Node());
     EXPECT_THAT(ReadCalls(gl), Not(Contains(StartsWith("u_pointSize"))));
     MeshNode empty(&stage.scene);
+    EffectES20::ForgetUniformValues();
     effect.BindMeshUniforms(&empty);
     EXPECT_THAT(ReadCalls(gl), Contains(StartsWith("u_color(0.8")));
 }

@@ -73,6 +73,8 @@ protected:
         effect.Apply(&style, &camera, addSecondColor);
         effect.RestoreDepthState();
         gl.Clear();
+        // Values that the program holds are not sent again.
+        EffectES20::ForgetUniformValues();
         effect.Apply(&style, &camera, addSecondColor);
         Calls calls = ReadCalls(gl);
         calls.erase(std::remove_if(calls.begin(), calls.end(),
@@ -384,6 +386,7 @@ TEST_F(SolidLineEffect, ACameraWithoutANodeKnowsNoOffset)
     effect.Apply(&style, &hud, true);
     effect.RestoreDepthState();
     gl.Clear();
+    EffectES20::ForgetUniformValues();
     effect.Apply(&style, &hud, true);
     const Calls calls = ReadCalls(gl);
     EXPECT_THAT(calls, Contains("u_offsetToCameraPos(0)"));
@@ -566,11 +569,18 @@ TEST_F(SolidLineEffect, ReleasingTurnsTheAttributesOffAndDepthWritesOn)
     LineES20& line = AddLine();
     style.noDepthWrite = true;
     effect.Apply(&style, &camera, true);
+    effect.BindMeshAttributes(&line);
     gl.Clear();
+    effect.ReleaseMeshAttributes(&line);
+    EXPECT_THAT(gl.Strings(), ElementsAre("glDepthMask(1)"));
+    gl.Clear();
+    effect.RestoreDepthState();
+    EXPECT_THAT(gl.Names({"glDisableVertexAttribArray"}), ::testing::SizeIs(3));
+    gl.Clear();
+    // Without an Apply at once.
     effect.ReleaseMeshAttributes(&line);
     EXPECT_THAT(gl.Strings(), ElementsAre("glDisableVertexAttribArray(0)", "glDisableVertexAttribArray(1)",
                                           "glDisableVertexAttribArray(2)", "glDepthMask(1)"));
-    effect.RestoreDepthState();
 }
 
 TEST_F(SolidLineEffect, WithoutAnOffsetTheMatrixLeadsToClipSpace)
@@ -582,6 +592,7 @@ TEST_F(SolidLineEffect, WithoutAnOffsetTheMatrixLeadsToClipSpace)
     Update();
     effect.Apply(&style, &camera, true);
     gl.Clear();
+    EffectES20::ForgetUniformValues();
     effect.BindMeshUniforms(node);
     Matrix mvp;
     mvp.Multiply(camera.GetMVP(), *node->GetGlobalMatrix());
@@ -601,6 +612,7 @@ TEST_F(SolidLineEffect, WithAnOffsetTheMatrixLeadsToTheWorld)
     style.offset = 1.0f;
     effect.Apply(&style, &camera, true);
     gl.Clear();
+    EffectES20::ForgetUniformValues();
     effect.BindMeshUniforms(node);
     EXPECT_THAT(ReadCalls(gl), ElementsAre(MatrixCall("u_mvpMatrix", *node->GetGlobalMatrix()),
                                            MatrixCall("u_worldTransform", *node->GetGlobalMatrix()),
@@ -616,6 +628,7 @@ TEST_F(SolidLineEffect, InALayerTheMatrixIsThatOfTheLayer)
     hud.UpdateHudMVP(256, 128, -1.0f, 1.0f);
     effect.Apply(&style, &hud, true);
     gl.Clear();
+    EffectES20::ForgetUniformValues();
     effect.BindMeshUniforms(node);
     Matrix mvp;
     mvp.Multiply(hud.GetHudMVP(), *node->GetGlobalMatrix());
@@ -631,6 +644,7 @@ TEST_F(SolidLineEffect, ClipPlanesAreFedForEachNodeToo)
     effect.Apply(&style, &camera, true);
     effect.clipPlanesActive = true;
     gl.Clear();
+    EffectES20::ForgetUniformValues();
     effect.BindMeshUniforms(node);
     const Calls calls = ReadCalls(gl);
     EXPECT_EQ(Calls(calls.end() - 3, calls.end()),

@@ -100,6 +100,25 @@ TEST_F(SolidLineOptions, EveryMaskLinksInSilenceWithItsUniformsAndNoOther)
     }
 }
 
+TEST_F(SolidLineOptions, WithoutClipPlanesEveryMaskLinksInSilenceAndKnowsNoPlane)
+{
+    SolidLineEffectES20 effect(nullptr);
+    for (std::uint64_t mask = 0; mask < kMasks; ++mask)
+    {
+        ::testing::internal::CaptureStderr();
+        const unsigned int program = effect.ProgramForOptions(mask | EffectES20::OptionNoClipPlanes);
+        EXPECT_EQ(::testing::internal::GetCapturedStderr(), "") << mask;
+        ASSERT_NE(program, 0u) << mask;
+        std::set<std::string> uniforms = ExpectedUniforms(mask);
+        for (const char* unread :
+             {"u_clipPlaneNormals[0]", "u_clipPlanePositions[0]", "u_numClipPlanes", "u_worldTransform"})
+        {
+            EXPECT_EQ(uniforms.erase(unread), 1u) << unread;
+        }
+        EXPECT_EQ(ActiveUniforms(program), uniforms) << mask;
+    }
+}
+
 TEST_F(SolidLineOptions, NoMaskGivesAWarning)
 {
     EXPECT_EQ(CompileLog(GL_VERTEX_SHADER, std::string(ShaderPrelude) + Shaders::SolidLineEffectES20Vert), "");

@@ -143,13 +143,17 @@ TEST_F(VertexColorEffect, BindsWhatTheMeshHas)
                                            CallText("glVertexAttribPointer", {2, 4, GL_FLOAT, 0, 32, 24}),
                                            "glEnableVertexAttribArray(2)"));
     effect.ReleaseMeshAttributes(&mesh);
-    EXPECT_THAT(ReadCalls(gl), ElementsAre("glDisableVertexAttribArray(2)", "glDisableVertexAttribArray(1)",
-                                           "glDisableVertexAttribArray(0)"));
+    EXPECT_THAT(ReadCalls(gl), IsEmpty());
+    effect.Remove();
+    EXPECT_THAT(ReadCalls(gl), ElementsAre("glDisableVertexAttribArray(0)", "glDisableVertexAttribArray(1)",
+                                           "glDisableVertexAttribArray(2)"));
     MeshES20& bare = stage.AddMesh(EffectStage::Bare);
+    Apply();
     effect.BindMeshAttributes(&bare);
     EXPECT_EQ(gl.Count("glEnableVertexAttribArray"), 1u);
     gl.Clear();
     effect.ReleaseMeshAttributes(&bare);
+    effect.Remove();
     EXPECT_THAT(ReadCalls(gl), ElementsAre("glDisableVertexAttribArray(0)"));
 }
 
@@ -198,8 +202,9 @@ TEST_F(SecondPassEffect, DrawsByPositionAlone)
     effect.BindMeshUniforms(&stage.Node());
     effect.ReleaseMeshAttributes(&mesh);
     EXPECT_THAT(ReadCalls(gl), ElementsAre(CallText("glVertexAttribPointer", {0, 3, GL_FLOAT, 0, 64, 0}),
-                                           "glEnableVertexAttribArray(0)", StartsWith("u_mvpMatrix("),
-                                           "glDisableVertexAttribArray(0)"));
+                                           "glEnableVertexAttribArray(0)", StartsWith("u_mvpMatrix(")));
+    effect.Remove();
+    EXPECT_THAT(ReadCalls(gl), Contains("glDisableVertexAttribArray(0)"));
 }
 
 TEST_F(SimEffect, LinksOneProgramWhenItIsMade)

@@ -530,6 +530,57 @@ TEST_F(MaterialES20Test, ASteadyListGivesWayToADrawIDToLostRenderDataAndToClippi
     EXPECT_EQ(count(false), 2u);
 }
 
+TEST_F(MaterialES20Test, AMeshThatIsAddedConcernsItsOwnMaterialAlone)
+{
+    constexpr int materials = 20;
+    std::vector<std::unique_ptr<Material>> others;
+    std::vector<std::unique_ptr<Mesh>> meshes;
+    std::vector<std::unique_ptr<OpenMaterialES20>> data;
+    const auto addMesh = [&](Material& to)
+    {
+        meshes.push_back(std::make_unique<Mesh>(MakeRawMesh(3, {0, 1, 2})));
+        to.AddMesh(meshes.back().get());
+    };
+    const auto prepareAll = [&](bool clippingPlane)
+    {
+        items.clear();
+        for (const auto& each : data)
+        {
+            each->Prepare(camera, items, clippingPlane);
+        }
+    };
+    for (int i = 0; i < materials; ++i)
+    {
+        others.push_back(std::make_unique<Material>("other"));
+        addMesh(*others.back());
+        data.push_back(std::make_unique<OpenMaterialES20>(others.back().get(), nullptr, &pool, nullptr));
+    }
+    for (const bool clippingPlane : {false, true})
+    {
+        prepareAll(clippingPlane);
+        prepareAll(clippingPlane);
+        // A list that is made anew sets this back.
+        const auto mark = [&](bool marked)
+        {
+            for (int i = 0; i < materials; ++i)
+            {
+                auto* const meshData = static_cast<MeshES20*>(meshes[static_cast<std::size_t>(i)]->GetRenderData());
+                if (i != 7)
+                {
+                    EXPECT_EQ(meshData->clippingPlaneEnabled, marked ? clippingPlane : !clippingPlane) << i;
+                    meshData->clippingPlaneEnabled = marked ? !clippingPlane : clippingPlane;
+                }
+            }
+        };
+        mark(true);
+        const std::size_t before = items.size();
+        addMesh(*others[7]);
+        prepareAll(clippingPlane);
+        EXPECT_EQ(items.size(), before + 1);
+        mark(false);
+    }
+}
+
 TEST_F(MaterialES20Test, TheClippingThatAnotherUserOfAMeshHasSetIsSetBack)
 {
     OpenMaterialES20 data(&material, nullptr, &pool, nullptr);

@@ -9,8 +9,13 @@
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/Line.h"
 #include "orvane/scene/LineStyle.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/MeshNode.h"
 #include "orvane/scene/NodeMaterial.h"
 #include "orvane/scene/RawLine.h"
+#include "orvane/scene/RawMesh.h"
+#include "orvane/scene/Scene.h"
 #include "tests/renderer/RendererDoubles.h"
 #include "tests/support/GLRecorder.h"
 
@@ -199,6 +204,49 @@ TEST_F(Renderer20Test, ConfigureReplacesLoaderAndCapabilitiesOnly)
     EXPECT_EQ(renderer.capabilities.Get(), nullptr);
     EXPECT_TRUE(recorder.Calls().empty());
     EXPECT_TRUE(loader.log.empty());
+}
+
+TEST_F(Renderer20Test, WhatOthersMayHaveWrittenWhileAwayIsSentAnew)
+{
+    auto raw = std::make_shared<RawMesh>();
+    raw->StartDescription();
+    raw->SetPositionBuffer({Vector(0, 0, 0), Vector(1, 0, 0), Vector(0, 1, 0)});
+    raw->SetIndices({0, 1, 2});
+    raw->EndDescription(true);
+    Scene drawn;
+    auto* material = new Material("material");
+    drawn.AddMaterial(material);
+    auto* mesh = new Mesh(raw, &drawn);
+    material->AddMesh(mesh);
+    auto* place = new MeshNode(&drawn);
+    drawn.GetRoot()->AddChild(place, false);
+    mesh->AddNode(place);
+    drawn.UpdateGraph(64.0f, 64.0f);
+    renderer.Resize(64, 64);
+    const auto uniforms = [&]
+    {
+        recorder.Clear();
+        renderer.Render3D(&drawn, drawn.GetCameraNode());
+        EXPECT_EQ(recorder.Count("glDrawElements"), 1u);
+        EXPECT_EQ(recorder.Count("glEnableVertexAttribArray"), recorder.Count("glDisableVertexAttribArray"));
+        std::size_t count = 0;
+        for (const std::string& name : recorder.Names())
+        {
+            count += name.compare(0, 9, "glUniform") == 0 ? 1 : 0;
+        }
+        return count;
+    };
+    const std::size_t all = uniforms();
+    EXPECT_GT(all, 3u);
+    EXPECT_EQ(uniforms(), 0u) << "a steady frame";
+    renderer.Suspend();
+    EXPECT_EQ(uniforms(), all);
+    renderer.Resume();
+    EXPECT_EQ(uniforms(), all);
+    renderer.Configure(&loader, nullptr);
+    EXPECT_EQ(uniforms(), all);
+    EXPECT_EQ(uniforms(), 0u);
+    drawn.Suspend();
 }
 
 TEST_F(Renderer20Test, ResizeStoresTheSizeAndSetsTheViewport)

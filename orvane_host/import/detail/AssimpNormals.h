@@ -1,16 +1,19 @@
 #pragma once
 
-struct aiMesh;
 struct aiScene;
 
 namespace OV::Host
 {
 
-/// Gives each corner of a triangle a vertex of its own in meshes that have no normals.
+/// Gives smooth normals to meshes that have none and whose triangles share vertices.
 ///
-/// The parser makes normals vertex by vertex; corners that share one could have no edge
-/// between them, and a cube of eight vertices would be shaded like a ball.
+/// The parser makes normals vertex by vertex; corners that share one could have no edge between
+/// them, and a cube of eight vertices would be shaded like a ball. A vertex is therefore divided
+/// where its normals differ, and only there. The normals are those that the parser makes of
+/// corners that are all apart, at a fraction of the time, as the triangles around a vertex are
+/// known. Where a mesh is more than triangles its corners are set apart for the parser instead.
+/// @param maxAngle in degrees: a sharper edge stays sharp.
 /// @return whether there was any such mesh.
-bool SeparateCornersWithoutNormals(aiScene& scene);
+bool GiveNormalsToSharedCorners(aiScene& scene, float maxAngle);
 
 } // namespace OV::Host

@@ -254,9 +254,10 @@ ReadOutcome ReadWithAssimp(const std::string& path, const ImportOptions& options
     scene = importer->ApplyPostProcessing(StepsBeforeNormals(*scene, model.format));
     if (scene && !relay->IsCancelled())
     {
-        const bool isSeparated = SeparateCornersWithoutNormals(const_cast<aiScene&>(*scene));
+        const bool isChanged =
+            GiveNormalsToSharedCorners(const_cast<aiScene&>(*scene), options.smoothingAngle);
         unsigned int steps = aiProcess_GenSmoothNormals;
-        if (isSeparated || !IsGltf(model.format))
+        if (isChanged || !IsGltf(model.format))
         {
             // The slowest step by far, and in vain where the file shares its vertices itself.
             steps |= aiProcess_JoinIdenticalVertices;

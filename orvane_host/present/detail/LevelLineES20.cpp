@@ -18,6 +18,7 @@ void LevelLineES20::Render(EffectES20* effect, const std::vector<MeshNode*>& nod
     ApplyBuffer(vertexBufferId, indexBufferId);
     effect->clipPlanesActive = clippingPlaneEnabled;
     effect->BindMeshAttributes(this);
+    EffectES20::DisableSpareAttributes();
     // By what rounding may differ, without regard to the slope.
     glEnable(GL_POLYGON_OFFSET_FILL);
     glPolygonOffset(0.0f, -1.0f);
