@@ -10,8 +10,15 @@ function(orvane_target_defaults target)
         CXX_VISIBILITY_PRESET hidden
         VISIBILITY_INLINES_HIDDEN ON)
     if(ORVANE_SANITIZE)
-        target_compile_options(${target} PRIVATE
-            -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+        # Library and programs are watched for all. The code of the tests is watched for addresses and
+        # is not optimised, which compiles in a quarter of the time.
+        set(tests ${PROJECT_SOURCE_DIR}/tests)
+        cmake_path(IS_PREFIX tests ${CMAKE_CURRENT_SOURCE_DIR} NORMALIZE is_test)
+        set(watched -fsanitize=address,undefined -fno-sanitize-recover=undefined)
+        if(is_test)
+            set(watched -O0 -fsanitize=address)
+        endif()
+        target_compile_options(${target} PRIVATE ${watched} -fno-omit-frame-pointer)
         target_link_options(${target} PRIVATE -fsanitize=address,undefined)
     endif()
 endfunction()
