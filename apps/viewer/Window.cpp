@@ -160,7 +160,7 @@ std::unique_ptr<Window> Window::Create(const std::string& title, int width, int 
 {
     if (!glfwInit())
     {
-        error = "there is no display to open a window on; start it in a desktop session, or use orvane-render";
+        error = "there is no display to open a window on; start it on a desktop, or use orvane-render";
         return nullptr;
     }
     std::unique_ptr<Window> window(new Window);

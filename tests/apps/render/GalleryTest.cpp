@@ -49,6 +49,21 @@ const std::vector<CommandPage>& Pages()
     return pages;
 }
 
+/// What makes the picture of the window: no command of a page but a script, which names it.
+CommandPage WindowPage()
+{
+    const std::string script = ReadWholeFile(ORVANE_DOCS_DIR "/view.txt");
+    const std::string action = "\nscreenshot ";
+    const std::size_t begin = script.find(action);
+    const std::size_t end = script.find('\n', begin + 1);
+    if (begin == std::string::npos || end == std::string::npos)
+    {
+        return {};
+    }
+    const std::string name = script.substr(begin + action.size(), end - begin - action.size());
+    return ParseCommandPage("view.txt", "```sh\norvane-view -o " + name + "\n```\n![The window](images/" + name + ")\n");
+}
+
 /// A command of a page that runs the tool.
 struct ToolCommand
 {
@@ -170,7 +185,9 @@ struct Docs : PageTest
 
 TEST_F(Docs, EveryPictureHasACommandAndEveryFileAPage)
 {
-    EXPECT_THAT(FindPageFaults(Pages(), FilesIn(Pictures)), IsEmpty());
+    std::vector<CommandPage> pages = Pages();
+    pages.push_back(WindowPage());
+    EXPECT_THAT(FindPageFaults(pages, FilesIn(Pictures)), IsEmpty());
 }
 
 TEST_F(Docs, ThereAreCommandsAndPictures)
