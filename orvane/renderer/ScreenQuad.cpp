@@ -6,6 +6,7 @@
 #include "orvane/scene/RawMesh.h"
 #include "orvane/scene/Scene.h"
 
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -40,9 +41,9 @@ ScreenMesh MakeScreenMesh(SharedBufferPool& pool)
     made.mesh = mesh.release();
     made.data = new MeshES20(made.mesh, &pool);
     made.mesh->SetRenderData(made.data, true);
-    auto* const node = new MeshNode(made.scene.get());
-    made.scene->GetRoot()->AddChild(node, false);
-    made.mesh->AddNode(node);
+    auto node = std::make_unique<MeshNode>(made.scene.get());
+    made.scene->GetRoot()->AddChild(node.get(), false);
+    made.mesh->AddNode(node.release());
     return made;
 }
 

@@ -133,9 +133,11 @@ Scene::~Scene()
 
 void Scene::Initialize()
 {
-    root = new Node(this);
-    defaultCamera = new CameraNode(this);
-    root->AddChild(defaultCamera, false);
+    auto newRoot = std::make_unique<Node>(this);
+    auto newCamera = std::make_unique<CameraNode>(this);
+    newRoot->AddChild(newCamera.get(), false);
+    root = newRoot.release();
+    defaultCamera = newCamera.release();
 }
 
 void Scene::Cleanup()

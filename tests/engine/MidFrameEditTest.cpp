@@ -83,12 +83,12 @@ void DeleteMesh(MidFrameStage& s)
 }
 
 const EditCase kEdits[] = {
-    {"DeleteNode", [](MidFrameStage& s) { delete s.node; }, true},
-    {"DeleteParent", [](MidFrameStage& s) { delete s.parent; }},
-    {"DeleteChild", [](MidFrameStage& s) { delete s.child; }, true},
-    {"DeleteSibling", [](MidFrameStage& s) { delete s.sibling; }, true},
-    {"DeleteRoot", [](MidFrameStage& s) { delete s.CurrentScene()->GetRoot(); }},
-    {"DeleteCamera", [](MidFrameStage& s) { delete s.camera; }, true},
+    {"DeleteNode", [](MidFrameStage& s) { s.DeleteAlone(s.node); }, true},
+    {"DeleteParent", [](MidFrameStage& s) { s.DeleteAlone(s.parent); }},
+    {"DeleteChild", [](MidFrameStage& s) { s.DeleteAlone(s.child); }, true},
+    {"DeleteSibling", [](MidFrameStage& s) { s.DeleteAlone(s.sibling); }, true},
+    {"DeleteRoot", [](MidFrameStage& s) { s.DeleteAlone(s.CurrentScene()->GetRoot()); }},
+    {"DeleteCamera", [](MidFrameStage& s) { s.DeleteAlone(s.camera); }, true},
     {"DeleteMesh", &DeleteMesh},
     {"DeleteMaterial", [](MidFrameStage& s) { delete s.material; }, true},
     {"DeleteOtherMaterial", [](MidFrameStage& s) { delete s.otherMaterial; }},
@@ -102,11 +102,11 @@ const EditCase kEdits[] = {
          s.backdrop.reset();
      }},
     {"DeleteText", [](MidFrameStage& s) { s.text.reset(); }},
-    {"DeleteFollower", [](MidFrameStage& s) { delete s.follower; }, true},
+    {"DeleteFollower", [](MidFrameStage& s) { s.DeleteAlone(s.follower); }, true},
     {"DeleteRootOfLayers",
      [](MidFrameStage& s) {
-         delete s.Foreground()->GetRoot();
-         delete s.Background()->GetRoot();
+         s.DeleteAlone(s.Foreground()->GetRoot());
+         s.DeleteAlone(s.Background()->GetRoot());
      }},
     {"DeleteSubtreeOfNode", [](MidFrameStage& s) { s.CurrentScene()->DeleteSubtree(s.node); }},
     {"DeleteSubtreeOfParent", [](MidFrameStage& s) { s.CurrentScene()->DeleteSubtree(s.parent); }},

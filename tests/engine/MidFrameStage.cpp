@@ -3,6 +3,7 @@
 #include "orvane/imaging/FilePath.h"
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/scene/RawLine.h"
+#include "orvane/scene/detail/Subtree.h"
 #include "tests/renderdata/RenderDataDoubles.h"
 
 #include <algorithm>
@@ -18,6 +19,14 @@ namespace
 
 /// Runs without end only where the engine fails to refuse.
 constexpr int kDeepestAllowed = 50;
+
+void DeleteTree(Node* top)
+{
+    for (Node* node : detail::CollectSubtree(top))
+    {
+        delete node;
+    }
+}
 
 class CallingLoader : public TextureLoader
 {
@@ -323,6 +332,22 @@ MidFrameStage::MidFrameStage() :
 MidFrameStage::~MidFrameStage()
 {
     m_place = Place::Nowhere;
+    for (const WatchedPtr<Node>& orphan : m_orphans)
+    {
+        if (orphan && !orphan->GetParent())
+        {
+            DeleteTree(orphan);
+        }
+    }
+}
+
+void MidFrameStage::DeleteAlone(Node* node)
+{
+    if (node)
+    {
+        m_orphans.insert(m_orphans.end(), node->GetChildren().begin(), node->GetChildren().end());
+    }
+    delete node;
 }
 
 void MidFrameStage::Arm(Place place, std::function<void(MidFrameStage&)> edit, bool always)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "orvane/base/WatchedPtr.h"
 #include "orvane/engine/AppContext.h"
 #include "orvane/engine/CoreContext.h"
 #include "orvane/imaging/TextureLoader.h"
@@ -96,6 +97,10 @@ public:
     Scene2D* Foreground() const { return app->GetContext()->GetForeground2D(); }
     Scene2D* Background() const { return app->GetContext()->GetBackground2D(); }
 
+    /// Deletes a node by itself. What was below it has a root of its own then, which the stage
+    /// deletes at its end unless it is in a tree again.
+    void DeleteAlone(Node* node);
+
     /// A scene with one mesh that the first one does not have.
     std::unique_ptr<Scene> MakeOtherScene();
 
@@ -133,6 +138,7 @@ private:
     void BuildScene(Scene& scene, int firstCount);
     void BuildLayers();
 
+    std::vector<WatchedPtr<Node>> m_orphans;
     Place m_place = Place::Nowhere;
     std::function<void(MidFrameStage&)> m_edit;
     bool m_always = false;

@@ -90,7 +90,7 @@ TEST(Scene2D, UpdateGraphCopesWithALayerThatHasLostItsRoot)
     for (const bool withShape : {false, true})
     {
         Scene2D layer(nullptr);
-        auto* const kept = new Shape2DNode(&layer);
+        const auto kept = std::make_unique<Shape2DNode>(&layer);
         if (withShape)
         {
             AddLayerMesh(layer, *kept, *AddLayerMaterial(layer, 0.5f));

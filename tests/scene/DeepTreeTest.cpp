@@ -209,6 +209,7 @@ TEST(DeepTree, GrowsWithoutALookAtAllThatIsAbove)
     // The whole chain below something new.
     Node* const top = new Node(&scene);
     ExpectUntouched(forbid, [&] { top->AddChild(chain[0], false); });
+    scene.DeleteSubtree(top);
 }
 
 TEST(DeepTree, IsNoChildOfItsOwn)
