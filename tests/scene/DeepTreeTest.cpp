@@ -209,7 +209,11 @@ TEST(DeepTree, GrowsWithoutALookAtAllThatIsAbove)
     // The whole chain below something new.
     Node* const top = new Node(&scene);
     ExpectUntouched(forbid, [&] { top->AddChild(chain[0], false); });
-    scene.DeleteSubtree(top);
+    // Another process has put them into its tree.
+    for (Node* made : {leaf, pair, top})
+    {
+        scene.DeleteSubtree(made);
+    }
 }
 
 TEST(DeepTree, IsNoChildOfItsOwn)
