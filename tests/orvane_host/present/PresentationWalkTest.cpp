@@ -6,6 +6,7 @@
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Node.h"
 #include "tests/support/GLState.h"
+#include "tests/support/Sanitized.h"
 
 #include <functional>
 
@@ -16,6 +17,9 @@ namespace
 {
 
 using Host::PresentationSettings;
+
+/// The sanitizers look for faults of memory, which a tenth of the way has as well.
+constexpr int kSteps = isSanitized ? 100 : 1000;
 
 /// What a presentation holds, by kind.
 struct Held
@@ -101,7 +105,7 @@ std::unique_ptr<Host::Presentation> Boxes()
 
 TEST_F(PresentationWalk, EachStepThroughBoxesIsWhatAFreshPresentationDraws)
 {
-    Walk(&Boxes, 1000, 1);
+    Walk(&Boxes, kSteps, 1);
 }
 
 TEST_F(PresentationWalk, EachStepThroughEveryFeatureIsWhatAFreshPresentationDraws)
@@ -118,7 +122,7 @@ TEST_F(PresentationWalk, EachStepThroughEveryFeatureIsWhatAFreshPresentationDraw
         features.push_back(std::make_unique<EveryFeatureScene>(*scene));
         return std::make_unique<Host::Presentation>(std::move(scene));
     };
-    Walk(make, 1000, 2);
+    Walk(make, kSteps, 2);
 }
 
 TEST_F(PresentationWalk, BackAtTheStartNothingIsLeftOfIt)
