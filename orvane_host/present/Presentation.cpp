@@ -65,6 +65,26 @@ void Presentation::Refresh()
     m_impl->Refresh();
 }
 
+bool Presentation::Add(ImportResult model, std::string& error)
+{
+    return m_impl->Add(std::move(model), error);
+}
+
+bool Presentation::Replace(std::size_t file, ImportResult model, std::string& error)
+{
+    return m_impl->Replace(file, std::move(model), error);
+}
+
+bool Presentation::Remove(std::size_t file)
+{
+    return m_impl->Remove(file);
+}
+
+const std::vector<PresentedFile>& Presentation::GetFiles() const
+{
+    return m_impl->files;
+}
+
 std::vector<std::string> Presentation::ListNodes() const
 {
     return ListNodePaths(m_impl->nodes);

@@ -43,8 +43,15 @@ struct PresentationStatistics
     DrawCounts drawn;
 };
 
-/// One model, presented as settings say: scene, textures, renderer and sheet, drawn into the
-/// framebuffer that is bound.
+/// A file that is presented.
+struct PresentedFile
+{
+    std::string path; ///< as it was imported from
+    Node* top = nullptr; ///< the node that all of it is below; null once a host has deleted it
+};
+
+/// One model of one file or several, presented as settings say: scene, textures, renderer and sheet,
+/// drawn into the framebuffer that is bound.
 ///
 /// Any setting can change at any time, and none leaves anything behind: a picture follows from the
 /// model, the settings, what is hidden or highlighted, and the size alone. Settings of the process
@@ -101,6 +108,29 @@ public:
     /// scene, before the next frame: works out anew what the settings make of them.
     void Refresh();
 
+    // Files beside each other. Settings, what is hidden and what is highlighted stay, as far as the nodes
+    // that they name do; a view without an eye is fitted to all files.
+
+    /// Presents another file beside what is there. Where the units of both are known it is brought to
+    /// the size that it has beside the first one; else it comes as it is. The node at its top keeps its
+    /// name, or takes that of the file where there is a node of that name or none. Files come in the
+    /// order of their adding. GL if something was drawn.
+    /// @param error on failure one line. Untouched otherwise.
+    /// @return false, with nothing changed, for a model without a scene.
+    bool Add(ImportResult model, std::string& error);
+
+    /// Puts a file in the place of another one, such as itself after a change.
+    /// @param file a place in GetFiles.
+    /// @return false, with nothing changed, also where there is no such place.
+    bool Replace(std::size_t file, ImportResult model, std::string& error);
+
+    /// Takes a file out.
+    /// @return false, with nothing changed, where there is no such place.
+    bool Remove(std::size_t file);
+
+    /// In their order. Of a host's scene none but what was added to it.
+    const std::vector<PresentedFile>& GetFiles() const;
+
     // Nodes have paths: the names from the file's root down, with slashes between them. A path may
     // begin at any node; of several the one that comes first in the file counts. What takes a path
     // answers false, with nothing changed, where there is no such node.
@@ -118,7 +148,7 @@ public:
     const std::vector<ImportedNode>& GetNodes() const;
     const std::vector<ImportedMesh>& GetMeshes() const;
 
-    /// What was imported; of a host's scene only the box and the counts.
+    /// What was imported, all files together; of a host's scene only the box and the counts.
     const ImportReport& GetReport() const;
 
     /// Hides a node with all that is below it. What is hidden isn't drawn, picked or cut.

@@ -15,6 +15,8 @@
 #include "orvane/platform/ESTextureLoader.h"
 #include "orvane/scene/LineStyle.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>
@@ -31,7 +33,7 @@ class LightNode;
 namespace OV::Host
 {
 
-/// PresentationScene.cpp has what settings do to the scene, PresentationView.cpp what they do to
+/// PresentationFiles.cpp has how files come and go, PresentationScene.cpp what settings do to the scene, PresentationView.cpp what they do to
 /// the camera, PresentationDrawing.cpp what makes a picture of both.
 class Presentation::Impl
 {
@@ -41,6 +43,10 @@ public:
 
     bool Apply(const PresentationSettings& wanted, std::string& error);
     void Refresh();
+
+    bool Add(ImportResult model, std::string& error);
+    bool Replace(std::size_t place, ImportResult model, std::string& error);
+    bool Remove(std::size_t place);
 
     Node* FindNode(const std::string& path) const;
     void SetVisibility(bool hasChanged);
@@ -70,6 +76,7 @@ public:
     ImportReport report;
     std::vector<ImportedNode> nodes;
     std::vector<ImportedMesh> meshes;
+    std::vector<PresentedFile> files;
     PresentationSettings settings;
 
     // Destroyed from the last to the first: what comes later has GL objects of what comes before.
@@ -91,9 +98,25 @@ private:
         bool picture = false; ///< something behind the sheet, whatever
     };
 
+    /// What a file brought.
+    struct Content
+    {
+        std::vector<Node*> tops; ///< below the root of the scene
+        ImportReport report;
+        double scale = 1.0;
+    };
+
     Changes ChangesTo(const PresentationSettings& wanted) const;
     bool Check(const PresentationSettings& wanted, std::unique_ptr<Watermark>& picture, std::string& error) const;
     void CountModel();
+    void TakeBackAll();
+    void ForgetGone();
+    void DoAllAgain();
+    void NumberNodes();
+    void TakeFirstFile(const std::string& path);
+    void PutFile(std::size_t place, ImportResult model);
+    void TakeFileOut(std::size_t place);
+    void CountFiles();
     void MakeLight();
     float Extent() const;
     float OutlineWidth() const;
@@ -118,6 +141,9 @@ private:
     bool IsCaptured() const;
     void FollowFramebuffer();
 
+    std::vector<Content> m_contents; ///< of each file
+    std::uint64_t m_nextFile = 1;    ///< number of the next one that comes
+    bool m_isHostsScene = false;     ///< it was not imported
     SectionFaces m_section;
     std::unique_ptr<LineStyle> m_style; ///< in the scene while there are lines
     FeatureLines m_lines;
