@@ -3,6 +3,7 @@
 #include "orvane_host/import/ModelImporter.h"
 #include "orvane_host/import/NodePath.h"
 #include "orvane_host/present/detail/PresentationImpl.h"
+#include "orvane_host/present/detail/SheetText.h"
 #include "orvane/overlay/Scene2D.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/MeshNode.h"
@@ -164,6 +165,36 @@ bool Presentation::ClearHighlight(const std::string& path)
 void Presentation::ClearHighlights()
 {
     m_impl->ClearHighlights();
+}
+
+bool Presentation::SetDimensions(std::vector<Dimension> dimensions)
+{
+    return m_impl->SetDimensions(std::move(dimensions));
+}
+
+const std::vector<Dimension>& Presentation::GetDimensions() const
+{
+    return m_impl->dimensions;
+}
+
+bool Presentation::AddLabel(const std::string& path, const std::string& text)
+{
+    return m_impl->SetLabel(m_impl->FindNode(path), &text);
+}
+
+bool Presentation::RemoveLabel(const std::string& path)
+{
+    return m_impl->SetLabel(m_impl->FindNode(path), nullptr);
+}
+
+void Presentation::ClearLabels()
+{
+    m_impl->ClearLabels();
+}
+
+std::string Presentation::GetUnit() const
+{
+    return Detail::UnitSign(m_impl->report.metresPerUnit);
 }
 
 std::optional<Presentation::Box> Presentation::GetModelBox() const

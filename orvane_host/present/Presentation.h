@@ -5,6 +5,7 @@
 #include "orvane_host/present/DrawCounts.h"
 #include "orvane_host/present/Picking.h"
 #include "orvane_host/present/PresentationSettings.h"
+#include "orvane_host/sheet/Notes.h"
 #include "orvane/math/Color.h"
 #include "orvane/math/Vector.h"
 
@@ -172,6 +173,26 @@ public:
     /// Takes Highlight back for this node.
     bool ClearHighlight(const std::string& path);
     void ClearHighlights();
+
+    // Notes stand on the picture where the model is, in the layer above it, and in saved pictures too.
+
+    /// Draws distances and angles as dimension lines, in place of the earlier ones. Distances have the
+    /// unit of the model where that is known.
+    /// @return false, with nothing changed, for others than of two or three finite points.
+    bool SetDimensions(std::vector<Dimension> dimensions);
+    const std::vector<Dimension>& GetDimensions() const;
+
+    /// Writes a text at the middle of what is at a node and below it, which follows the node; not
+    /// while all of that is hidden or cut away. A second one replaces the first.
+    /// @param text UTF-8; empty for the name of the node.
+    bool AddLabel(const std::string& path, const std::string& text = std::string());
+
+    /// Takes AddLabel back for this node.
+    bool RemoveLabel(const std::string& path);
+    void ClearLabels();
+
+    /// Sign of the unit of the model, such as "m"; empty where it is not known.
+    std::string GetUnit() const;
 
     /// The box of all that the model draws when nothing is hidden or cut away; none for an empty
     /// model.

@@ -255,6 +255,7 @@ void Presentation::Impl::UpdateScene(const Changes& changes)
     if (changes.section)
     {
         CutSection();
+        m_areNotesStale = true;
     }
     if (changes.section || changes.materials)
     {
@@ -372,6 +373,8 @@ void Presentation::Impl::ForgetGone()
     {
         entry = isGone(entry->first) ? m_highlights.erase(entry) : std::next(entry);
     }
+    m_labels.erase(std::remove_if(m_labels.begin(), m_labels.end(),
+                                  [&](const NodeLabel& label) { return isGone(label.node); }), m_labels.end());
     for (std::size_t i = 0; i < files.size(); ++i)
     {
         std::vector<Node*>& tops = m_contents[i].tops;
@@ -383,6 +386,7 @@ void Presentation::Impl::ForgetGone()
 void Presentation::Impl::DoAllAgain()
 {
     MakeLight();
+    PlaceLabels();
     Changes all;
     all.section = all.materials = all.lines = all.view = true;
     UpdateScene(all);
@@ -408,6 +412,7 @@ void Presentation::Impl::SetVisibility(bool hasChanged)
     {
         return;
     }
+    m_areNotesStale = true;
     // What is hidden is not cut.
     Changes changes;
     changes.section = !settings.section.planes.empty();

@@ -7,6 +7,7 @@
 #include "orvane_host/present/detail/HighlightRenderer.h"
 #include "orvane_host/present/detail/MaterialSettings.h"
 #include "orvane_host/present/detail/NodeVisibility.h"
+#include "orvane_host/sheet/Notes.h"
 #include "orvane_host/sheet/Sheet.h"
 #include "orvane_host/sheet/Watermark.h"
 #include "orvane_host/view/SceneFit.h"
@@ -50,6 +51,9 @@ public:
 
     Node* FindNode(const std::string& path) const;
     void SetVisibility(bool hasChanged);
+    bool SetDimensions(std::vector<Dimension> wanted);
+    bool SetLabel(const Node* node, const std::string* text);
+    void ClearLabels();
     void SetHighlight(Node& node, const std::optional<Color>& color);
     void ClearHighlights();
 
@@ -77,6 +81,7 @@ public:
     std::vector<ImportedNode> nodes;
     std::vector<ImportedMesh> meshes;
     std::vector<PresentedFile> files;
+    std::vector<Dimension> dimensions;
     PresentationSettings settings;
 
     // Destroyed from the last to the first: what comes later has GL objects of what comes before.
@@ -104,6 +109,13 @@ private:
         std::vector<Node*> tops; ///< below the root of the scene
         ImportReport report;
         double scale = 1.0;
+    };
+
+    struct NodeLabel
+    {
+        const Node* node;
+        std::string text; ///< UTF-8
+        QGM::Point3d place; ///< in the node's own space
     };
 
     Changes ChangesTo(const PresentationSettings& wanted) const;
@@ -138,6 +150,9 @@ private:
     void PlaceCamera();
     void ConfigureRenderer();
     void LayOut();
+    void LayOutNotes();
+    void PlaceLabels();
+    void MakeNotes();
     bool IsCaptured() const;
     void FollowFramebuffer();
 
@@ -153,6 +168,10 @@ private:
     std::unique_ptr<Watermark> m_watermark;
     bool m_isWatermarkLaid = false;
     std::unique_ptr<Sheet> m_sheet;
+    std::unique_ptr<Notes> m_notes;
+    std::vector<NodeLabel> m_labels;
+    std::vector<std::size_t> m_shownLabels; ///< those of the notes
+    bool m_areNotesStale = false;
 
     int m_width = 0;
     int m_height = 0;
