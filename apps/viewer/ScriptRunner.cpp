@@ -38,6 +38,16 @@ InputEvent PointerEvent(InputEvent::Kind kind, double x, double y, int button, u
     return event;
 }
 
+std::string Lines(const std::vector<std::string>& texts)
+{
+    std::string lines;
+    for (const std::string& text : texts)
+    {
+        lines += (lines.empty() ? "" : "\n") + text;
+    }
+    return lines;
+}
+
 /// Reads UTF-8; what is none stands for itself.
 std::vector<unsigned> CodepointsOf(const std::string& text)
 {
@@ -358,11 +368,24 @@ bool ScriptRunner::BeginModel(const ScriptAction& action)
     {
         m_viewer.Open(action.words[0]);
     }
-    else if (action.name == "drop")
+    else if (action.name == "add")
+    {
+        m_viewer.Open(action.words[0], Desk::Opening::Beside);
+        m_isWaiting = true;
+    }
+    else if (action.name == "take-away")
+    {
+        if (!desk.TakeAway(action.words[0]))
+        {
+            Fail(action, "'" + action.words[0] + "' is the top of no file of several");
+        }
+    }
+    else if (action.name == "drop" || action.name == "shift-drop" || action.name == "drop-two")
     {
         InputEvent event;
         event.kind = InputEvent::Kind::Dropped;
-        event.files = {action.words[0]};
+        event.modifiers = action.name == "shift-drop" ? ModifierShift : ModifierNone;
+        event.files = action.words;
         m_viewer.GetWindow().Push(event);
     }
     else if (action.name == "look" || action.name == "set")
@@ -497,11 +520,23 @@ std::string ScriptRunner::Print(const ScriptAction& action) const
     {
         return desk.GetPath();
     }
+    if (what == "models")
+    {
+        return Lines(desk.GetPaths());
+    }
+    if (what == "nodes")
+    {
+        return desk.GetModel() ? Lines(desk.GetModel()->ListNodes()) : std::string();
+    }
+    if (what == "labels")
+    {
+        return Lines(desk.GetLabels());
+    }
     if (what == "statistics")
     {
         return m_viewer.Statistics();
     }
-    Fail(action, "'" + what + "' is none of selection, command, settings, measure, message, model, statistics");
+    Fail(action, "'" + what + "' is none of selection, command, settings, measure, message, model, models, nodes, labels, statistics");
 }
 
 } // namespace OV::ViewerApp

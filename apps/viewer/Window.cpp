@@ -138,6 +138,9 @@ void OnDrop(GLFWwindow* window, int count, const char** paths)
 {
     InputEvent event = Made(InputEvent::Kind::Dropped);
     event.files.assign(paths, paths + count);
+    const bool isShift = glfwGetKey(window, GLFW_KEY_LEFT_SHIFT) == GLFW_PRESS
+        || glfwGetKey(window, GLFW_KEY_RIGHT_SHIFT) == GLFW_PRESS;
+    event.modifiers = isShift ? ModifierShift : ModifierNone;
     Of(window).Push(event);
 }
 

@@ -277,9 +277,9 @@ void Presentation::Resume()
     m_impl->Resume();
 }
 
-bool Presentation::SavePicture(const std::string& path, int width, int height, std::string& error)
+bool Presentation::SavePicture(const std::string& path, int width, int height, std::string& error, float pixelRatio)
 {
-    return m_impl->SavePicture(path, width, height, error);
+    return m_impl->SavePicture(path, width, height, pixelRatio, error);
 }
 
 std::optional<PickHit> Presentation::Pick(int x, int y)

@@ -249,7 +249,8 @@ public:
     /// bound and the viewport stay. With Antialiasing::Multisampling the picture has the samples of
     /// the settings.
     /// @param error on failure the reason and the remedy in one line, without the path.
-    bool SavePicture(const std::string& path, int width, int height, std::string& error);
+    /// @param pixelRatio as of Resize.
+    bool SavePicture(const std::string& path, int width, int height, std::string& error, float pixelRatio = 1.0f);
 
     /// Samples a pixel that a picture of a size gets by settings: none without multisampling, else as
     /// many as they tell or as suit its size.

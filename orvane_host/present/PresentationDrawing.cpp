@@ -251,7 +251,8 @@ int Presentation::SamplesFor(const PresentationSettings& settings, int width, in
     return static_cast<std::int64_t>(width) * height <= MultisampledPixels ? std::min(UsualSamples, most) : 0;
 }
 
-bool Presentation::Impl::SavePicture(const std::string& path, int pictureWidth, int pictureHeight, std::string& error)
+bool Presentation::Impl::SavePicture(const std::string& path, int pictureWidth, int pictureHeight, float ratio,
+                                     std::string& error)
 {
     Detail::GLFunctions gl;
     if (const char* const missing = gl.Load(&HeadlessContext::GetProcAddress))
@@ -283,7 +284,7 @@ bool Presentation::Impl::SavePicture(const std::string& path, int pictureWidth, 
     const float oldRatio = m_ratio;
     const bool neededDraw = NeedsDraw();
     buffer->Bind();
-    Draw(pictureWidth, pictureHeight, 1.0f);
+    Draw(pictureWidth, pictureHeight, ratio);
     std::vector<unsigned char> rgba;
     const bool isRead = buffer->ReadPixels(rgba);
     if (oldWidth > 0 && oldHeight > 0)

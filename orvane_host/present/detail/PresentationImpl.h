@@ -70,7 +70,7 @@ public:
     bool NeedsDraw() const;
     void Suspend();
     void Resume();
-    bool SavePicture(const std::string& path, int pictureWidth, int pictureHeight, std::string& error);
+    bool SavePicture(const std::string& path, int pictureWidth, int pictureHeight, float ratio, std::string& error);
     std::vector<PickHit> Pick(const PickArea& area);
     std::vector<PickHit> PickThrough(int x, int y, int most);
 
