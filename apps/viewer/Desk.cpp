@@ -284,15 +284,14 @@ bool Desk::Walk(double forward)
         return false;
     }
     const double metre = report->metresPerUnit > 0.0 ? 1.0 / report->metresPerUnit : 1.0;
-    m_navigator.Walk(forward * metre);
-    const glm::dvec3 up = m_navigator.WorldUp();
-    const double reach = metre * (Walker::EyeHeight - Walker::StepHeight);
-    const glm::dvec3 eye = m_navigator.Place();
-    if (const auto depth = Walker::DepthOfFloor(*m_model->GetScene().GetRoot(), eye - up * reach, up))
+    std::vector<Walker::Cut> cuts;
+    for (const Host::ClipPlane& plane : m_settings.section.planes)
     {
-        // The floor carries a person at the height of their eyes.
-        m_navigator.Move(up * (metre * Walker::StepHeight - *depth));
+        cuts.push_back({ToGlm(plane.normal), ToGlm(plane.position)});
     }
+    const Walker walker(*m_model->GetScene().GetRoot(), m_navigator.WorldUp(), metre, std::move(cuts));
+    const glm::dvec3 eye = m_navigator.Place();
+    m_navigator.Move(walker.Walk(eye, m_navigator.Ahead() * (forward * metre)) - eye);
     FollowNavigator();
     return true;
 }
