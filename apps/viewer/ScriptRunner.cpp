@@ -142,6 +142,10 @@ void ScriptRunner::Begin(const ScriptAction& action)
     {
         m_isWaiting = true;
     }
+    else if (action.name == "try")
+    {
+        Try(action);
+    }
     else if (action.name == "pause")
     {
         double seconds = 0.0;
@@ -166,6 +170,28 @@ void ScriptRunner::Begin(const ScriptAction& action)
     else if (action.name == "quit")
     {
         m_viewer.Close();
+    }
+}
+
+void ScriptRunner::Try(const ScriptAction& action)
+{
+    Script script;
+    std::string error;
+    if (!Script::Parse(action.words[0], script, error))
+    {
+        Fail(action, error);
+    }
+    try
+    {
+        for (const ScriptAction& tried : script.actions)
+        {
+            Begin(tried);
+        }
+    }
+    catch (const Failure&)
+    {
+        // What was begun is not gone on with.
+        m_steps.clear();
     }
 }
 
@@ -262,11 +288,26 @@ bool ScriptRunner::BeginPointer(const ScriptAction& action)
         {
             Fail(action, "'" + text + "' is no number of steps");
         }
+        m_time += ActionSeconds;
+        event.time = m_time;
         m_viewer.GetWindow().Push(PointerEvent(InputEvent::Kind::PointerMoved, x, y, 0, ModifierNone));
         Then([this, event] { m_viewer.GetWindow().Push(event); });
         return true;
     }
-    if (action.name == "move" || action.name == "scroll")
+    if (action.name == "swipe" && hasPoint)
+    {
+        InputEvent event = PointerEvent(InputEvent::Kind::Scrolled, x, y, 0, ModifierNone);
+        if (!ParsePoint(action.words[1], event.dx, event.dy))
+        {
+            Fail(action, "'" + action.words[1] + "' is no pair of steps DX,DY");
+        }
+        // Those that follow each other are one movement, unlike turns of a wheel.
+        event.time = m_time;
+        m_viewer.GetWindow().Push(PointerEvent(InputEvent::Kind::PointerMoved, x, y, 0, ModifierNone));
+        Then([this, event] { m_viewer.GetWindow().Push(event); });
+        return true;
+    }
+    if (action.name == "move" || action.name == "scroll" || action.name == "swipe")
     {
         Fail(action, "'" + action.words[0] + "' is no point X,Y");
     }
@@ -465,6 +506,32 @@ bool ScriptRunner::BeginPicture(const ScriptAction& action)
         // The window system takes its time to do so.
         m_pausedUntil = Clock::now() + std::chrono::milliseconds(100);
         m_isWaiting = true;
+    }
+    else if (action.name == "scale")
+    {
+        float scale = 0.0f;
+        const std::string& text = action.words[0];
+        const auto end = text.data() + text.size();
+        if (std::from_chars(text.data(), end, scale).ptr != end || !(scale >= 0.5f && scale <= 8.0f))
+        {
+            Fail(action, "'" + text + "' is no number of pixels from 0.5 to 8");
+        }
+        m_viewer.GetWindow().SetScale(scale);
+        m_isWaiting = true;
+    }
+    else if (action.name == "minimise" || action.name == "restore")
+    {
+        m_viewer.GetWindow().Minimise(action.name == "minimise");
+    }
+    else if (action.name == "picture-of")
+    {
+        int width = 0;
+        int height = 0;
+        if (!ParseSize(action.words[0], width, height))
+        {
+            Fail(action, "'" + action.words[0] + "' is no size WxH");
+        }
+        m_viewer.TakePicture(action.words[1], width, height);
     }
     else if (action.name == "screenshot")
     {

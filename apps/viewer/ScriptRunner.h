@@ -39,6 +39,7 @@ private:
     void Set(const ScriptAction& action);
     bool BeginWords(const ScriptAction& action);
     void Await();
+    void Try(const ScriptAction& action);
     std::string Print(const ScriptAction& action) const;
     [[noreturn]] void Fail(const ScriptAction& action, const std::string& reason) const;
 

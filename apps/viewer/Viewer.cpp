@@ -35,6 +35,8 @@ constexpr double DoubleClickSeconds = 0.4;
 constexpr int UsualSamples = 4;
 /// Of a movement for a step of a trackpad.
 constexpr double PixelsPerScroll = 30.0;
+/// Scrolls that come sooner after each other are one movement.
+constexpr double GestureSeconds = 0.3;
 constexpr double LoadingPoll = 0.05;
 constexpr double WatchPoll = 0.3;
 constexpr double CursorPoll = 0.25;
@@ -330,8 +332,15 @@ void Viewer::EndDrag(const InputEvent& event, const glm::dvec2& pixel)
 void Viewer::Scroll(const InputEvent& event, const glm::dvec2& pixel)
 {
     Navigator& navigator = m_desk.GetNavigator();
-    // To the side only a trackpad scrolls.
-    if ((event.modifiers & ModifierShift) != 0 || event.dx != 0.0)
+    // Fingers on a trackpad never go quite straight: how they begin is what they mean.
+    if (event.time - m_lastScroll > GestureSeconds)
+    {
+        m_isSwiping = std::abs(event.dx) > std::abs(event.dy);
+    }
+    m_lastScroll = event.time;
+    // With control held comes what spreads on a trackpad, as most systems tell it.
+    const bool isPinch = (event.modifiers & ModifierControl) != 0;
+    if (!isPinch && (m_isSwiping || (event.modifiers & ModifierShift) != 0))
     {
         navigator.PanBy(glm::dvec2(event.dx, event.dy) * PixelsPerScroll);
     }

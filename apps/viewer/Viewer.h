@@ -123,7 +123,9 @@ private:
     glm::dvec2 m_pressedAt{0.0, 0.0};
     bool m_isDragged = false;
     bool m_isBoxing = false;
-    double m_lastClick = -1e9; ///< as InputEvent::time
+    double m_lastScroll = -1e9; ///< as InputEvent::time
+    bool m_isSwiping = false;   ///< to the side
+    double m_lastClick = -1e9;  ///< as InputEvent::time
     glm::dvec2 m_lastClickAt{-1e9, -1e9};
 };
 

@@ -11,8 +11,6 @@
 
 #include <gmock/gmock.h>
 
-#include <set>
-
 namespace OV::Test
 {
 
@@ -96,18 +94,27 @@ TEST_F(PresentationFiles, DrawWhatOneFileWithAllOfItDraws)
 {
     Host::Presentation both(Import("a.dae", Triangle(0, "house", "1")));
     Add(both, Import("b.dae", Triangle(3, "barn", "1")));
-    // The second triangle in millimetres, and the third of a file that doesn't tell.
+    // The second triangle a thousand times as large, of a model that is told in millimetres.
     Host::Presentation scaled(Import("a.dae", Triangle(0, "house", "1")));
-    std::string millimetres = Triangle(3, "barn", "0.001");
+    std::string millimetres = Triangle(3, "barn", "1");
     for (const auto& [from, to] : {std::pair<std::string, std::string>{"3.000000 0 0", "3000 0 0"}, {"4.000000 0 0", "4000 0 0"},
                                    {"3.000000 1 0", "3000 1000 0"}})
     {
         millimetres.replace(millimetres.find(from), from.size(), to);
     }
-    Add(scaled, Import("b.dae", millimetres));
+    Host::ImportResult large = Import("b.dae", millimetres);
+    large.report.metresPerUnit = 0.001;
+    Add(scaled, std::move(large));
+    EXPECT_FLOAT_EQ(scaled.GetModelBox()->high.x, 4.0f);
     const Picture drawn = Draw(both);
     ExpectSame(Draw(scaled), drawn, "a metre is a metre");
     EXPECT_DOUBLE_EQ(scaled.GetReport().metresPerUnit, 1.0);
+    // A model whose unit nobody knows comes as it is.
+    Host::ImportResult unknown = Import("b.dae", Triangle(3, "barn", "1"));
+    unknown.report.metresPerUnit = 0.0;
+    Host::Presentation plain(Import("a.dae", Triangle(0, "house", "1")));
+    Add(plain, std::move(unknown));
+    ExpectSame(Draw(plain), drawn, "as it is");
     Host::Presentation alone(Import("a.dae", Triangle(0, "house", "1")));
     EXPECT_TRUE(Draw(alone) != drawn);
     // Drawn before it grew, the picture is the same as well.
