@@ -9,6 +9,7 @@
 #include <cmath>
 #include <filesystem>
 #include <iostream>
+#include <sstream>
 #include <system_error>
 #include <utility>
 
@@ -126,6 +127,22 @@ void ScriptRunner::Fail(const ScriptAction& action, const std::string& reason) c
     throw Failure("line " + std::to_string(action.line) + ": " + action.name + ": " + reason);
 }
 
+double ScriptRunner::NumberIn(const ScriptAction& action, double least, double most) const
+{
+    double number = 0.0;
+    const std::string& text = action.words[0];
+    const char* const end = text.data() + text.size();
+    const auto result = std::from_chars(text.data(), end, number);
+    // Written so that what is not a number fails.
+    if (result.ec != std::errc() || result.ptr != end || !(number >= least && number <= most))
+    {
+        std::ostringstream bounds;
+        bounds << least << " to " << most;
+        Fail(action, "'" + text + "' is no number from " + bounds.str());
+    }
+    return number;
+}
+
 void ScriptRunner::Begin(const ScriptAction& action)
 {
     if (BeginPointer(action))
@@ -148,13 +165,7 @@ void ScriptRunner::Begin(const ScriptAction& action)
     }
     else if (action.name == "pause")
     {
-        double seconds = 0.0;
-        const std::string& text = action.words[0];
-        const auto end = text.data() + text.size();
-        if (std::from_chars(text.data(), end, seconds).ptr != end || !(seconds >= 0.0 && seconds <= 3600.0))
-        {
-            Fail(action, "'" + text + "' is no number of seconds up to 3600");
-        }
+        const double seconds = NumberIn(action, 0.0, 3600.0);
         m_pausedUntil = Clock::now() + std::chrono::microseconds(static_cast<long long>(seconds * 1e6));
     }
     else if (action.name == "copy")
@@ -509,14 +520,7 @@ bool ScriptRunner::BeginPicture(const ScriptAction& action)
     }
     else if (action.name == "scale")
     {
-        float scale = 0.0f;
-        const std::string& text = action.words[0];
-        const auto end = text.data() + text.size();
-        if (std::from_chars(text.data(), end, scale).ptr != end || !(scale >= 0.5f && scale <= 8.0f))
-        {
-            Fail(action, "'" + text + "' is no number of pixels from 0.5 to 8");
-        }
-        m_viewer.GetWindow().SetScale(scale);
+        m_viewer.GetWindow().SetScale(static_cast<float>(NumberIn(action, 0.5, 8.0)));
         m_isWaiting = true;
     }
     else if (action.name == "minimise" || action.name == "restore")

@@ -41,6 +41,8 @@ private:
     void Await();
     void Try(const ScriptAction& action);
     std::string Print(const ScriptAction& action) const;
+    /// The first word as a number.
+    double NumberIn(const ScriptAction& action, double least, double most) const;
     [[noreturn]] void Fail(const ScriptAction& action, const std::string& reason) const;
 
     Viewer& m_viewer;

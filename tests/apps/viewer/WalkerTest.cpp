@@ -16,16 +16,10 @@ namespace
 
 const glm::dvec3 kUp(0.0, 1.0, 0.0);
 
-/// A floor of edge 10 at height 1, a table of edge 1 on it whose top is at height 2.
-class WalkerFloor : public ::testing::Test
+/// A scene that boxes are put into.
+class WalkerScene : public ::testing::Test
 {
 protected:
-    WalkerFloor()
-    {
-        Add({-5, 0, -5}, {5, 1, 5});
-        table = Add({-0.5f, 1, -0.5f}, {0.5f, 2, 0.5f});
-    }
-
     MeshNode* Add(const Vector& low, const Vector& high)
     {
         auto* const mesh = new Mesh(Host::Primitives::Box(low, high), &scene);
@@ -35,9 +29,21 @@ protected:
         return node;
     }
 
+    Scene scene;
+};
+
+/// A floor of edge 10 at height 1, a table of edge 1 on it whose top is at height 2.
+class WalkerFloor : public WalkerScene
+{
+protected:
+    WalkerFloor()
+    {
+        Add({-5, 0, -5}, {5, 1, 5});
+        table = Add({-0.5f, 1, -0.5f}, {0.5f, 2, 0.5f});
+    }
+
     std::optional<double> Depth(const glm::dvec3& point) { return Walker(*scene.GetRoot(), kUp, 1.0).DepthOfFloor(point); }
 
-    Scene scene;
     MeshNode* table = nullptr;
 };
 
@@ -83,7 +89,7 @@ namespace
 {
 
 /// A room of 8 by 8 metres on a floor at height 0, with a door in the wall at x = 4.
-class WalkerWalls : public ::testing::Test
+class WalkerWalls : public WalkerScene
 {
 protected:
     WalkerWalls()
@@ -93,15 +99,6 @@ protected:
         door = Add({4, 0, -0.5f}, {4.2f, 3, 0.5f});
         Add({4, 0, 0.5f}, {4.2f, 3, 4});
         Add({-4, 0, 4}, {4.2f, 3, 4.2f});
-    }
-
-    MeshNode* Add(const Vector& low, const Vector& high)
-    {
-        auto* const mesh = new Mesh(Host::Primitives::Box(low, high), &scene);
-        auto* const node = new MeshNode(&scene);
-        scene.GetRoot()->AddChild(node, false);
-        mesh->AddNode(node);
-        return node;
     }
 
     glm::dvec3 Walk(const glm::dvec3& from, const glm::dvec3& way, std::vector<Walker::Cut> cuts = {})
@@ -116,7 +113,6 @@ protected:
         EXPECT_NEAR(place.z, expected.z, 1e-5);
     }
 
-    Scene scene;
     MeshNode* door = nullptr;
 };
 
