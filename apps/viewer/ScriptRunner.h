@@ -13,6 +13,8 @@ class Viewer;
 
 /// Does what a script says, in place of a person: what a pointer and keys do goes the same way as
 /// if a person had done it, an event a frame.
+///
+/// ScriptPointer.cpp has what is done with a pointer and keys.
 class ScriptRunner
 {
 public:
