@@ -158,11 +158,11 @@ TEST_F(NotesTest, WhatIsBehindTheEyeIsLeftOut)
     Show({{Distance({0, 0, 11}, {3, 0, 20})}, {"9"}, {{{0, 0, 12}, "behind"}}});
     EXPECT_TRUE(layer.GetTexts().empty());
     EXPECT_TRUE(layer.GetSprites().empty());
-    // From before the eye to behind it: the number stands in the part that is seen.
+    // From before the eye to behind it, which it passes on the left: the number stands in the middle of
+    // what is seen.
     Show({{Distance({-1, 0, 0}, {1, 0, 30})}, {"30"}, {}});
-    const Vector middle = MiddleOf(OnlyText());
-    EXPECT_GE(middle.x, 0.0f);
-    EXPECT_LE(middle.x, 800.0f);
+    EXPECT_NEAR(MiddleOf(OnlyText()).x, 150.0f, 1.0f);
+    EXPECT_LT(Reach().first, -1000.0f);
     for (Sprite* sprite : layer.GetSprites())
     {
         const auto* const rect = static_cast<Rect*>(sprite->GetShape());
