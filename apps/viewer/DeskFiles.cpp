@@ -65,6 +65,11 @@ void Desk::BeginOpening()
         wake();
         return true;
     };
+#ifdef __SANITIZE_ADDRESS__
+    // The sanitizer's memory may be locked by another thread when a process is forked, and would stay
+    // so in that one for ever.
+    options.isolate = false;
+#endif
     m_opened = m_queue.front();
     m_queue.pop_front();
     m_opened.stamp = StampOf(m_opened.path);
