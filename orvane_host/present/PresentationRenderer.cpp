@@ -151,6 +151,11 @@ void PresentationRenderer::SetStrokeDensity(int density)
     m_surfaces->SetStrokeDensity(density);
 }
 
+void PresentationRenderer::SetSurroundings(std::shared_ptr<const Surroundings> surroundings)
+{
+    m_surfaces->SetSurroundings(std::move(surroundings));
+}
+
 void PresentationRenderer::ShowSurfaces(bool show)
 {
     m_surfaces->ShowSurfaces(show);

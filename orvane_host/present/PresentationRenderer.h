@@ -35,6 +35,8 @@ class SurfaceStage;
 namespace OV::Host
 {
 
+class Surroundings;
+
 /// A renderer that puts a presentation together, each frame in this order: sky; identifiers and
 /// depth, off screen; surfaces in a look and lines; ambient occlusion; edges. Each is on or off by
 /// itself; a captured frame is antialiased after them, and the layer above comes last.
@@ -69,6 +71,11 @@ public:
     /// How many strokes the look Crosshatch draws for a length, against those that suit a house in
     /// metres, from the next frame on; 1 at first. See HatchTextures. GL if it has drawn.
     void SetStrokeDensity(int density);
+
+    /// What smooth materials (Material::reflectionFactors) reflect in the looks Advanced and Phong,
+    /// from the next frame on; null, as at first, for nothing. A material's gloss is 1 less its
+    /// roughness; what it reflects has the hue of its specular colour. GL if it has drawn.
+    void SetSurroundings(std::shared_ptr<const Surroundings> surroundings);
 
     /// Whether materials are drawn. On at first. Edges come from the surfaces all the same;
     /// ambient occlusion has only lines left to darken.

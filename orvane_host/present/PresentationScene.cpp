@@ -1,8 +1,10 @@
 #include "orvane_host/import/ModelImporter.h"
 #include "orvane_host/import/NodePath.h"
+#include "orvane_host/present/Surroundings.h"
 #include "orvane_host/present/detail/PresentationImpl.h"
 #include "orvane_host/present/detail/SectionPlanes.h"
 #include "orvane_host/present/detail/ShownPoints.h"
+#include "orvane/effects/SkySettings.h"
 #include "orvane/overlay/Scene2D.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/LightNode.h"
@@ -177,8 +179,7 @@ Node* Presentation::Impl::FindNode(const std::string& path) const
     return path.empty() ? nullptr : Host::FindNode(nodes, path);
 }
 
-bool Presentation::Impl::Check(const PresentationSettings& wanted, std::unique_ptr<Watermark>& picture,
-                               std::string& error) const
+bool Presentation::Impl::Check(const PresentationSettings& wanted, Pictures& pictures, std::string& error) const
 {
     if (wanted.view.eye && IsSamePlace(*wanted.view.eye, wanted.view.target.value_or(MiddleOfModel())))
     {
@@ -202,12 +203,41 @@ bool Presentation::Impl::Check(const PresentationSettings& wanted, std::unique_p
     if (!file.empty() && file != settings.sheet.watermark)
     {
         std::string reason;
-        picture = Watermark::Read(file, reason);
-        if (!picture)
+        pictures.watermark = Watermark::Read(file, reason);
+        if (!pictures.watermark)
         {
             error = file + ": " + reason;
             return false;
         }
+    }
+    return ReadSurroundings(wanted, pictures, error);
+}
+
+bool Presentation::Impl::ReadSurroundings(const PresentationSettings& wanted, Pictures& pictures,
+                                          std::string& error) const
+{
+    const auto plainOf = [](const PresentationSettings& of) {
+        return of.ground && of.ground->kind == GroundKind::Plain ? std::optional<Color>(of.ground->color) : std::nullopt;
+    };
+    const auto isSame = [](const Color& a, const Color& b) { return a.r == b.r && a.g == b.g && a.b == b.b; };
+    const std::string& source = wanted.surroundings;
+    const bool isNew = source != settings.surroundings || wanted.view.upAxis != settings.view.upAxis;
+    pictures.surroundings = isNew ? nullptr : m_surroundings;
+    if (source != "sky")
+    {
+        pictures.surroundings = isNew && !source.empty() ? Surroundings::Read(source, wanted.view.upAxis, error)
+                                                         : pictures.surroundings;
+        return source.empty() || pictures.surroundings;
+    }
+    const std::optional<Color> plain = plainOf(wanted);
+    const std::optional<Color> before = plainOf(settings);
+    const bool hasColors = isSame(wanted.background, settings.background) && plain.has_value() == before.has_value()
+        && (!plain || isSame(*plain, *before));
+    if (!pictures.surroundings || !hasColors)
+    {
+        SkySettings sky;
+        sky.SetHorizonColor(wanted.background);
+        pictures.surroundings = Surroundings::OfSky(sky, plain, wanted.view.upAxis);
     }
     return true;
 }
@@ -220,7 +250,8 @@ Presentation::Impl::Changes Presentation::Impl::ChangesTo(const PresentationSett
     changes.section = differs(&S::section);
     changes.lines = settings.lines.has_value() != wanted.lines.has_value()
         || (settings.lines && settings.lines->crease != wanted.lines->crease);
-    changes.materials = differs(&S::look) || differs(&S::cullBacks) || differs(&S::lines) || differs(&S::antialiasing);
+    changes.materials = differs(&S::look) || differs(&S::cullBacks) || differs(&S::lines) || differs(&S::antialiasing)
+        || differs(&S::surroundings);
     changes.view = differs(&S::view);
     changes.sheet = differs(&S::sheet);
     S behind = wanted;
@@ -232,17 +263,18 @@ Presentation::Impl::Changes Presentation::Impl::ChangesTo(const PresentationSett
 
 bool Presentation::Impl::Apply(const PresentationSettings& wanted, std::string& error)
 {
-    std::unique_ptr<Watermark> picture;
-    if (!Check(wanted, picture, error))
+    Pictures pictures;
+    if (!Check(wanted, pictures, error))
     {
         return false;
     }
     const Changes changes = ChangesTo(wanted);
     if (wanted.sheet.watermark != settings.sheet.watermark)
     {
-        m_watermark = std::move(picture);
+        m_watermark = std::move(pictures.watermark);
         m_isWatermarkLaid = false;
     }
+    m_surroundings = std::move(pictures.surroundings);
     settings = wanted;
     app.GetContext()->SetBackgroundColor(settings.background);
     UpdateScene(changes);
@@ -321,6 +353,7 @@ void Presentation::Impl::UpdateMaterials()
     if (ShadesEveryPixel(settings.look))
     {
         wanted.ambient = Color(ShadeLevel, ShadeLevel, ShadeLevel);
+        wanted.reflects = !settings.surroundings.empty();
     }
     else
     {

@@ -31,6 +31,8 @@ class LightNode;
 namespace OV::Host
 {
 
+class Surroundings;
+
 /// PresentationScene.cpp has what settings do to the scene, PresentationView.cpp what they do to
 /// the camera, PresentationDrawing.cpp what makes a picture of both.
 class Presentation::Impl
@@ -92,7 +94,15 @@ private:
     };
 
     Changes ChangesTo(const PresentationSettings& wanted) const;
-    bool Check(const PresentationSettings& wanted, std::unique_ptr<Watermark>& picture, std::string& error) const;
+    /// What of wanted settings comes from files.
+    struct Pictures
+    {
+        std::unique_ptr<Watermark> watermark;
+        std::shared_ptr<const Surroundings> surroundings;
+    };
+
+    bool Check(const PresentationSettings& wanted, Pictures& pictures, std::string& error) const;
+    bool ReadSurroundings(const PresentationSettings& wanted, Pictures& pictures, std::string& error) const;
     void CountModel();
     void MakeLight();
     float Extent() const;
@@ -126,6 +136,7 @@ private:
     LightNode* m_light = nullptr; ///< in the scene; null where it has its own
     std::unique_ptr<Watermark> m_watermark;
     bool m_isWatermarkLaid = false;
+    std::shared_ptr<const Surroundings> m_surroundings;
     std::unique_ptr<Sheet> m_sheet;
 
     int m_width = 0;
