@@ -180,6 +180,7 @@ void Presentation::Impl::ConfigureRenderer()
     renderer->SetLook(settings.look);
     renderer->SetStrokeDensity(StrokeDensityFor(Extent()));
     renderer->SetSurroundings(m_surroundings);
+    renderer->SetGround(MakeGround());
     renderer->SetEdges(settings.edges);
     renderer->ShowAmbientOcclusion(settings.occlusion);
     if (renderer->SetAAMode(ModeOf(settings.antialiasing)))

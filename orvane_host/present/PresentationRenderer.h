@@ -24,6 +24,8 @@ namespace OV::Host::Detail
 {
 
 class EdgeStage;
+class GroundStage;
+struct Ground;
 class ItemLister;
 class LineSetup;
 class OcclusionStage;
@@ -144,6 +146,9 @@ public:
     static const char* NameOfLook(Look look);
 
 protected:
+    /// A level ground under the surfaces, from the next frame on; none at first.
+    void SetGround(const std::optional<Detail::Ground>& ground);
+
     void DrawScene(Scene& scene, CameraNode& camera) override;
 
 private:
@@ -152,7 +157,8 @@ private:
     {
         Identifiers,
         Depth,
-        BeforeSurfaces, ///< from here on into the picture
+        Ground, ///< from here on into the picture
+        BeforeSurfaces,
         Surfaces,
         AfterSurfaces,
         Occlusion,
@@ -182,6 +188,7 @@ private:
     std::vector<Entry> m_stages; ///< in drawing order
     // In m_stages.
     Detail::SurfaceStage* m_surfaces = nullptr;
+    Detail::GroundStage* m_ground = nullptr;
     Detail::OcclusionStage* m_occlusion = nullptr;
     Detail::EdgeStage* m_edges = nullptr;
 

@@ -1,10 +1,8 @@
 #include "orvane_host/import/ModelImporter.h"
 #include "orvane_host/import/NodePath.h"
-#include "orvane_host/present/Surroundings.h"
 #include "orvane_host/present/detail/PresentationImpl.h"
 #include "orvane_host/present/detail/SectionPlanes.h"
 #include "orvane_host/present/detail/ShownPoints.h"
-#include "orvane/effects/SkySettings.h"
 #include "orvane/overlay/Scene2D.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/LightNode.h"
@@ -213,35 +211,6 @@ bool Presentation::Impl::Check(const PresentationSettings& wanted, Pictures& pic
     return ReadSurroundings(wanted, pictures, error);
 }
 
-bool Presentation::Impl::ReadSurroundings(const PresentationSettings& wanted, Pictures& pictures,
-                                          std::string& error) const
-{
-    const auto plainOf = [](const PresentationSettings& of) {
-        return of.ground && of.ground->kind == GroundKind::Plain ? std::optional<Color>(of.ground->color) : std::nullopt;
-    };
-    const auto isSame = [](const Color& a, const Color& b) { return a.r == b.r && a.g == b.g && a.b == b.b; };
-    const std::string& source = wanted.surroundings;
-    const bool isNew = source != settings.surroundings || wanted.view.upAxis != settings.view.upAxis;
-    pictures.surroundings = isNew ? nullptr : m_surroundings;
-    if (source != "sky")
-    {
-        pictures.surroundings = isNew && !source.empty() ? Surroundings::Read(source, wanted.view.upAxis, error)
-                                                         : pictures.surroundings;
-        return source.empty() || pictures.surroundings;
-    }
-    const std::optional<Color> plain = plainOf(wanted);
-    const std::optional<Color> before = plainOf(settings);
-    const bool hasColors = isSame(wanted.background, settings.background) && plain.has_value() == before.has_value()
-        && (!plain || isSame(*plain, *before));
-    if (!pictures.surroundings || !hasColors)
-    {
-        SkySettings sky;
-        sky.SetHorizonColor(wanted.background);
-        pictures.surroundings = Surroundings::OfSky(sky, plain, wanted.view.upAxis);
-    }
-    return true;
-}
-
 Presentation::Impl::Changes Presentation::Impl::ChangesTo(const PresentationSettings& wanted) const
 {
     using S = PresentationSettings;
@@ -269,6 +238,11 @@ bool Presentation::Impl::Apply(const PresentationSettings& wanted, std::string& 
         return false;
     }
     const Changes changes = ChangesTo(wanted);
+    if (wanted.ground.has_value() != settings.ground.has_value() || wanted.view.upAxis != settings.view.upAxis
+        || (wanted.ground && wanted.ground->height != settings.ground->height))
+    {
+        m_contactShadow.reset();
+    }
     if (wanted.sheet.watermark != settings.sheet.watermark)
     {
         m_watermark = std::move(pictures.watermark);
@@ -299,6 +273,7 @@ void Presentation::Impl::UpdateScene(const Changes& changes)
     if (changes.section)
     {
         CutSection();
+        m_contactShadow.reset();
     }
     if (changes.section || changes.materials)
     {
@@ -432,6 +407,7 @@ void Presentation::Impl::SetVisibility(bool hasChanged)
     {
         return;
     }
+    m_contactShadow.reset();
     // What is hidden is not cut.
     Changes changes;
     changes.section = !settings.section.planes.empty();

@@ -4,6 +4,7 @@
 #include "orvane_host/geometry/SectionFaces.h"
 #include "orvane_host/present/Picking.h"
 #include "orvane_host/present/Presentation.h"
+#include "orvane_host/present/detail/GroundStage.h"
 #include "orvane_host/present/detail/HighlightRenderer.h"
 #include "orvane_host/present/detail/MaterialSettings.h"
 #include "orvane_host/present/detail/NodeVisibility.h"
@@ -115,6 +116,7 @@ private:
     void UpdateMaterials();
     void UpdateLight();
     void UpdateEdit();
+    std::optional<Detail::Ground> MakeGround();
     void UpdateHighlights();
     void CollectHighlights(Node& node, const Color* color, Detail::HighlightRenderer::Colors& colors) const;
     std::vector<const Node*> AllNodes() const;
@@ -137,6 +139,7 @@ private:
     std::unique_ptr<Watermark> m_watermark;
     bool m_isWatermarkLaid = false;
     std::shared_ptr<const Surroundings> m_surroundings;
+    std::shared_ptr<const Detail::ContactShadow> m_contactShadow; ///< null until it is needed
     std::unique_ptr<Sheet> m_sheet;
 
     int m_width = 0;

@@ -3,6 +3,7 @@
 #include "orvane_host/present/detail/SurroundingsMap.h"
 
 #include "orvane_host/present/Surroundings.h"
+#include "orvane_host/present/detail/UploadScope.h"
 
 #include <GL/gl.h>
 #include <GL/glext.h>
@@ -15,45 +16,6 @@ namespace OV::Host::Detail
 
 namespace
 {
-
-/// The state of uploads and the cube map of unit 0 as a host may have left them, put back at the
-/// end.
-class UploadScope
-{
-public:
-    UploadScope()
-    {
-        glGetIntegerv(GL_UNPACK_ALIGNMENT, &m_alignment);
-        glGetIntegerv(GL_UNPACK_ROW_LENGTH, &m_rowLength);
-        glGetIntegerv(GL_UNPACK_SKIP_ROWS, &m_skipRows);
-        glGetIntegerv(GL_UNPACK_SKIP_PIXELS, &m_skipPixels);
-        glGetIntegerv(GL_PIXEL_UNPACK_BUFFER_BINDING, &m_buffer);
-        glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
-        glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
-        glPixelStorei(GL_UNPACK_SKIP_ROWS, 0);
-        glPixelStorei(GL_UNPACK_SKIP_PIXELS, 0);
-        glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
-    }
-
-    ~UploadScope()
-    {
-        glPixelStorei(GL_UNPACK_ALIGNMENT, m_alignment);
-        glPixelStorei(GL_UNPACK_ROW_LENGTH, m_rowLength);
-        glPixelStorei(GL_UNPACK_SKIP_ROWS, m_skipRows);
-        glPixelStorei(GL_UNPACK_SKIP_PIXELS, m_skipPixels);
-        glBindBuffer(GL_PIXEL_UNPACK_BUFFER, static_cast<GLuint>(m_buffer));
-    }
-
-    UploadScope(const UploadScope&) = delete;
-    UploadScope& operator=(const UploadScope&) = delete;
-
-private:
-    GLint m_alignment = 4;
-    GLint m_rowLength = 0;
-    GLint m_skipRows = 0;
-    GLint m_skipPixels = 0;
-    GLint m_buffer = 0;
-};
 
 bool CanBeSeamless()
 {
