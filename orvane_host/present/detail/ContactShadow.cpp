@@ -57,6 +57,7 @@ ContactShadow::ContactShadow(const Polygons& polygons) : m_texels(static_cast<st
     m_budget = kBudget;
     m_columns.assign(m_texels.size(), {std::numeric_limits<float>::max(), -1.0f});
     polygons([this](const std::vector<Point>& polygon) { Fill(polygon); });
+    SetOffsets();
     std::vector<float> darkness(m_texels.size());
     for (int y = 0; y < Size; ++y)
     {
@@ -75,6 +76,7 @@ ContactShadow::ContactShadow(const Polygons& polygons) : m_texels(static_cast<st
         }
     }
     m_columns = {};
+    m_offsets = {};
 }
 
 void ContactShadow::Measure(const Polygons& polygons)
@@ -199,6 +201,20 @@ void ContactShadow::FillInside(const Point& a, const Point& b, const Point& c)
     }
 }
 
+void ContactShadow::SetOffsets()
+{
+    const int steps = static_cast<int>(m_reach * Size / m_size);
+    for (int i = 0; i < kDirections; ++i)
+    {
+        const double angle = 2.0 * kPi * (i + 0.5) / kDirections;
+        for (int step = 1; step <= steps; ++step)
+        {
+            m_offsets.push_back({static_cast<int>(std::lround(step * std::cos(angle))),
+                                 static_cast<int>(std::lround(step * std::sin(angle)))});
+        }
+    }
+}
+
 float ContactShadow::DarknessAt(int x, int y) const
 {
     const auto square = static_cast<float>(m_size / Size);
@@ -209,34 +225,32 @@ float ContactShadow::DarknessAt(int x, int y) const
     {
         return 1.0f;
     }
-    const int steps = static_cast<int>(m_reach / square);
+    const auto steps = static_cast<float>(m_offsets.size() / kDirections);
     float sum = 0.0f;
+    auto offset = m_offsets.begin();
     for (int i = 0; i < kDirections; ++i)
     {
-        const double angle = 2.0 * kPi * (i + 0.5) / kDirections;
-        const double stepX = std::cos(angle);
-        const double stepY = std::sin(angle);
         std::uint64_t hidden = above;
         auto direction = static_cast<float>(CountBits(above));
-        for (int step = 1; step <= steps; ++step)
+        for (float step = 1.0f; step <= steps; ++step, ++offset)
         {
-            const int column = static_cast<int>(std::floor(x + 0.5 + step * stepX));
-            const int row = static_cast<int>(std::floor(y + 0.5 + step * stepY));
+            const int column = x + offset->x;
+            const int row = y + offset->y;
             if (column < 0 || row < 0 || column >= Size || row >= Size)
             {
-                break;
+                continue;
             }
-            const Column& other = m_columns[static_cast<std::size_t>(row) * Size + column];
+            const Column& other = m_columns[static_cast<std::size_t>(row) * Size + static_cast<std::size_t>(column)];
             if (other.high < 0.0f)
             {
                 continue;
             }
-            const float distance = static_cast<float>(step) * square;
+            const float distance = step * square;
             const std::uint64_t parts =
                 FirstParts(PartAt(other.high, distance)) & ~FirstParts(PartAt(other.low, distance)) & ~hidden;
             if (parts != 0)
             {
-                const float share = static_cast<float>(step) / static_cast<float>(steps);
+                const float share = step / steps;
                 direction += static_cast<float>(CountBits(parts)) * (1.0f - share * share);
                 hidden |= parts;
             }

@@ -46,11 +46,18 @@ private:
         float high;
     };
 
+    struct Offset
+    {
+        int x;
+        int y;
+    };
+
     void Measure(const Polygons& polygons);
     void Fill(const std::vector<Point>& polygon);
     void FillEdge(const Point& from, const Point& to);
     void FillInside(const Point& a, const Point& b, const Point& c);
     void Raise(int x, int y, double height);
+    void SetOffsets();
     float DarknessAt(int x, int y) const;
     void Smooth(std::vector<float>& darkness) const;
 
@@ -60,6 +67,7 @@ private:
     double m_reach = 0.0; ///< along the ground, beyond which nothing counts
     std::size_t m_budget = 0;
     std::vector<Column> m_columns;
+    std::vector<Offset> m_offsets; ///< squares of one direction after another, from near to far
     std::vector<unsigned char> m_texels;
 };
 
