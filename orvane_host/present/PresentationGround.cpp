@@ -26,9 +26,14 @@ bool Presentation::Impl::ReadSurroundings(const PresentationSettings& wanted, Pi
     pictures.surroundings = isNew ? nullptr : m_surroundings;
     if (source != "sky")
     {
-        pictures.surroundings = isNew && !source.empty() ? Surroundings::Read(source, wanted.view.upAxis, error)
-                                                         : pictures.surroundings;
-        return source.empty() || pictures.surroundings;
+        std::string reason;
+        if (isNew && !source.empty())
+        {
+            pictures.surroundings = Surroundings::Read(source, wanted.view.upAxis, reason);
+        }
+        const bool isRead = source.empty() || pictures.surroundings;
+        error = isRead ? error : source + ": " + reason;
+        return isRead;
     }
     const std::optional<Color> plain = plainOf(wanted);
     const std::optional<Color> before = plainOf(settings);

@@ -176,7 +176,7 @@ bool SidesOf(const std::string& source, std::vector<std::string>& sides, std::st
         {
             return true;
         }
-        error = source + ": there is no file of that name with px, posx or right in place of the star; "
+        error = "there is no file of that name with px, posx or right in place of the star; "
                          "check the name";
         return false;
     }
@@ -272,25 +272,16 @@ std::shared_ptr<const Surroundings> Surroundings::Read(const std::string& source
         return nullptr;
     }
     const PictureFileLimits limits{MostFileBytes, MostPixels};
-    const auto read = [&](const std::string& path, PicturePixels& picture) {
-        std::string reason;
-        if (!ReadPictureFile(path, FirstRow::Top, picture, reason, limits))
-        {
-            error = path + ": " + reason;
-            return false;
-        }
-        return true;
-    };
     if (sides.empty())
     {
         PicturePixels picture;
-        if (!read(source, picture))
+        if (!ReadPictureFile(source, FirstRow::Top, picture, error, limits))
         {
             return nullptr;
         }
         if (std::abs(picture.width - 2 * picture.height) > picture.height / 10)
         {
-            error = source + ": has " + std::to_string(picture.width) + "x" + std::to_string(picture.height)
+            error = "has " + std::to_string(picture.width) + "x" + std::to_string(picture.height)
                 + " pixels; a picture in all directions is twice as wide as high";
             return nullptr;
         }
@@ -307,8 +298,10 @@ std::shared_ptr<const Surroundings> Surroundings::Read(const std::string& source
     {
         const std::string& path = sides[static_cast<std::size_t>(face)];
         PicturePixels picture;
-        if (!read(path, picture))
+        std::string reason;
+        if (!ReadPictureFile(path, FirstRow::Top, picture, reason, limits))
         {
+            error = path + ": " + reason;
             return nullptr;
         }
         if (picture.width != picture.height)

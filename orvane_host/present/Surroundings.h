@@ -45,7 +45,8 @@ public:
     ///        inside: six names with commas between, in the order right, left, top, bottom, front,
     ///        back; or one name in which a star stands for those words, or for px, nx, py, ny, pz,
     ///        nz, or for posx, negx and so on. The lower edge of the top joins the front.
-    /// @param error on failure the file, the reason and the remedy in one line. Untouched otherwise.
+    /// @param error on failure the reason and the remedy in one line, without the source, but with
+    ///        the name of one of several files. Untouched otherwise.
     /// @return null on failure.
     static std::shared_ptr<const Surroundings> Read(const std::string& source, UpAxis up, std::string& error);
 

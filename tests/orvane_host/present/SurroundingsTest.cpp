@@ -21,6 +21,7 @@ namespace
 using Host::Surroundings;
 using Host::UpAxis;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 /// The texel of a level that effects find what a mirror reflects from a direction in: they look
 /// up (-x, -z, y), the opposite direction after a quarter turn about X.
@@ -241,14 +242,14 @@ TEST_F(SurroundingsTest, WhatCanNotBeReadIsToldInOneLine)
 {
     PaintFile(m_folder.Path("square.png"), 64, 64, [](int, int) { return Pixel{}; });
     EXPECT_THAT(Refusal(m_folder.Path("square.png")), HasSubstr("twice as wide as high"));
-    EXPECT_THAT(Refusal(m_folder.Path("none.png")), HasSubstr("none.png: cannot be read"));
+    EXPECT_THAT(Refusal(m_folder.Path("none.png")), StartsWith("cannot be read: No such file"));
     EXPECT_THAT(Refusal(m_folder.Path("none_*.png")), HasSubstr("star"));
     EXPECT_THAT(Refusal(m_folder.Path()), HasSubstr("folder"));
     std::ofstream(m_folder.Path("text.png")) << "no picture at all";
-    EXPECT_THAT(Refusal(m_folder.Path("text.png")), HasSubstr("text.png: the picture "));
+    EXPECT_THAT(Refusal(m_folder.Path("text.png")), StartsWith("the picture "));
     PaintPanorama(m_folder.Path("cut.png"), 64);
     std::filesystem::resize_file(m_folder.Path("cut.png"), std::filesystem::file_size(m_folder.Path("cut.png")) / 2);
-    EXPECT_THAT(Refusal(m_folder.Path("cut.png")), HasSubstr("cut.png: "));
+    EXPECT_THAT(Refusal(m_folder.Path("cut.png")), StartsWith("cannot be decoded"));
     PaintFile(m_folder.Path("a_px.png"), 32, 32, [](int, int) { return Pixel{}; });
     EXPECT_THAT(Refusal(m_folder.Path("a_*.png")), HasSubstr("a_nx.png: cannot be read"));
     PaintFile(m_folder.Path("a_nx.png"), 32, 16, [](int, int) { return Pixel{}; });
