@@ -118,7 +118,6 @@ private:
     void UpdateEdit();
     std::optional<Detail::Ground> MakeGround();
     void UpdateHighlights();
-    void CollectHighlights(Node& node, const Color* color, Detail::HighlightRenderer::Colors& colors) const;
     std::vector<const Node*> AllNodes() const;
     bool IsOfModel(const Mesh& mesh) const;
     Vector MiddleOfModel() const;
