@@ -21,6 +21,7 @@ const std::vector<std::string> Known = {
     "--line-width", "--line-color", "--dash",      "--line-offset", "--title",        "--scale-bar",  "--north",
     "--watermark",  "--pick",    "--stats",        "--frames",     "--hide",          "--isolate",    "--label",
     "--distance",   "--angle",   "--up-axis",      "--pixel-ratio",
+    "--surroundings", "--ground",
 };
 
 std::string Help()
