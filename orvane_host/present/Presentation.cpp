@@ -228,7 +228,24 @@ void Presentation::Resume()
 
 bool Presentation::SavePicture(const std::string& path, int width, int height, std::string& error)
 {
-    return m_impl->SavePicture(path, width, height, error);
+    PictureOptions options;
+    options.width = width;
+    options.height = height;
+    return SavePicture(path, options, error);
+}
+
+bool Presentation::SavePicture(const std::string& path, const PictureOptions& options, std::string& error,
+                               PictureFacts* facts)
+{
+    PictureFacts unasked;
+    return m_impl->SavePicture(path, options, facts ? *facts : unasked, error);
+}
+
+bool Presentation::WritePicture(PictureFile& file, const PictureOptions& options, std::string& error,
+                                PictureFacts* facts)
+{
+    PictureFacts unasked;
+    return m_impl->WritePicture(file, options, facts ? *facts : unasked, error);
 }
 
 std::optional<PickHit> Presentation::Pick(int x, int y)

@@ -4,6 +4,7 @@
 #include "orvane_host/import/ImportResult.h"
 #include "orvane_host/present/DrawCounts.h"
 #include "orvane_host/present/Picking.h"
+#include "orvane_host/present/PictureOptions.h"
 #include "orvane_host/present/PresentationSettings.h"
 #include "orvane/math/Color.h"
 #include "orvane/math/Vector.h"
@@ -30,6 +31,7 @@ class Transform;
 namespace OV::Host
 {
 
+class PictureFile;
 class PresentationRenderer;
 
 /// How much a presentation holds and draws.
@@ -200,8 +202,19 @@ public:
     /// @param error on failure the reason and the remedy in one line, without the path.
     bool SavePicture(const std::string& path, int width, int height, std::string& error);
 
+    /// The same with more to choose, as a PNG or a JPEG file by the ending of its name. What is too large
+    /// to be drawn at once is drawn in tiles that show no rims, and goes to the file as it is drawn.
+    /// @param facts null, or what was noticed meanwhile.
+    bool SavePicture(const std::string& path, const PictureOptions& options, std::string& error,
+                     PictureFacts* facts = nullptr);
+
+    /// Draws all rows into a file that was begun with the size and the format of the options; to finish
+    /// it is the caller's. GL, as SavePicture.
+    bool WritePicture(PictureFile& file, const PictureOptions& options, std::string& error,
+                      PictureFacts* facts = nullptr);
+
     /// Samples a pixel that a picture of a size gets by settings: none without multisampling, else as
-    /// many as they tell or as suit its size.
+    /// many as they tell, or 4.
     /// @param most that GL has.
     static int SamplesFor(const PresentationSettings& settings, int width, int height, int most);
 

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace OV::Host::Detail
 {
@@ -147,12 +148,12 @@ private:
     bool m_exists = false;
 };
 
-bool WriteAll(int descriptor, const std::vector<unsigned char>& bytes)
+bool WriteAll(int descriptor, const unsigned char* bytes, std::size_t size)
 {
     std::size_t done = 0;
-    while (done < bytes.size())
+    while (done < size)
     {
-        const ssize_t written = ::write(descriptor, bytes.data() + done, bytes.size() - done);
+        const ssize_t written = ::write(descriptor, bytes + done, size - done);
         if (written < 0 && errno != EINTR)
         {
             return false;
@@ -162,37 +163,95 @@ bool WriteAll(int descriptor, const std::vector<unsigned char>& bytes)
     return true;
 }
 
-bool WriteThrough(const std::string& path, const std::vector<unsigned char>& bytes, std::string& error)
+class AtomicSink : public FileSink
 {
-    const int descriptor = ::open(path.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC);
-    if (descriptor < 0)
+public:
+    explicit AtomicSink(const Target& target) : m_target(target), m_file(target.folder) {}
+
+    bool IsOpen() const { return m_file.Descriptor() >= 0; }
+
+    bool Write(const unsigned char* bytes, std::size_t size, std::string& error) override
     {
-        return Fail(errno, error);
+        return WriteAll(m_file.Descriptor(), bytes, size) || Fail(errno, error);
     }
-    const int trouble = WriteAll(descriptor, bytes) ? 0 : errno;
-    const bool closed = ::close(descriptor) == 0;
-    return trouble == 0 && closed ? true : Fail(trouble != 0 ? trouble : errno, error);
-}
+
+    bool Finish(std::string& error) override
+    {
+        return m_file.MoveTo(m_target.path, m_target.mode) || Fail(errno, error);
+    }
+
+private:
+    Target m_target;
+    TemporaryFile m_file;
+};
+
+/// A device, a pipe or what the caller has open.
+class DirectSink : public FileSink
+{
+public:
+    DirectSink(int descriptor, bool isOwn) : m_descriptor(descriptor), m_isOwn(isOwn) {}
+
+    ~DirectSink() override
+    {
+        if (m_isOwn && m_descriptor >= 0)
+        {
+            ::close(m_descriptor);
+        }
+    }
+
+    bool Write(const unsigned char* bytes, std::size_t size, std::string& error) override
+    {
+        return WriteAll(m_descriptor, bytes, size) || Fail(errno, error);
+    }
+
+    bool Finish(std::string& error) override
+    {
+        const int descriptor = std::exchange(m_descriptor, m_isOwn ? -1 : m_descriptor);
+        return !m_isOwn || ::close(descriptor) == 0 || Fail(errno, error);
+    }
+
+private:
+    int m_descriptor;
+    bool m_isOwn;
+};
 
 }  // namespace
 
-bool WriteFileAtomically(const std::string& path, const std::vector<unsigned char>& bytes, std::string& error)
+std::unique_ptr<FileSink> OpenFileAtomically(const std::string& path, std::string& error)
 {
     Target target;
     if (!FindTarget(path, target, error))
     {
-        return false;
+        return nullptr;
     }
     if (!target.isPlain)
     {
-        return WriteThrough(target.path, bytes, error);
+        const int descriptor = ::open(target.path.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC);
+        if (descriptor < 0)
+        {
+            Fail(errno, error);
+            return nullptr;
+        }
+        return std::make_unique<DirectSink>(descriptor, true);
     }
-    TemporaryFile file(target.folder);
-    if (file.Descriptor() < 0 || !WriteAll(file.Descriptor(), bytes) || !file.MoveTo(target.path, target.mode))
+    auto file = std::make_unique<AtomicSink>(target);
+    if (!file->IsOpen())
     {
-        return Fail(errno, error);
+        Fail(errno, error);
+        return nullptr;
     }
-    return true;
+    return file;
+}
+
+std::unique_ptr<FileSink> SinkInto(int descriptor)
+{
+    return std::make_unique<DirectSink>(descriptor, false);
+}
+
+bool WriteFileAtomically(const std::string& path, const std::vector<unsigned char>& bytes, std::string& error)
+{
+    const std::unique_ptr<FileSink> file = OpenFileAtomically(path, error);
+    return file && file->Write(bytes.data(), bytes.size(), error) && file->Finish(error);
 }
 
 bool CanWriteFile(const std::string& path, std::string& error)

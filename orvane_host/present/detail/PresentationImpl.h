@@ -2,6 +2,7 @@
 
 #include "orvane_host/geometry/FeatureLines.h"
 #include "orvane_host/geometry/SectionFaces.h"
+#include "orvane_host/output/PictureFile.h"
 #include "orvane_host/present/Picking.h"
 #include "orvane_host/present/Presentation.h"
 #include "orvane_host/present/detail/HighlightRenderer.h"
@@ -32,7 +33,7 @@ namespace OV::Host
 {
 
 /// PresentationScene.cpp has what settings do to the scene, PresentationView.cpp what they do to
-/// the camera, PresentationDrawing.cpp what makes a picture of both.
+/// the camera, PresentationDrawing.cpp what draws both, PresentationPicture.cpp what writes it.
 class Presentation::Impl
 {
 public:
@@ -60,7 +61,9 @@ public:
     bool NeedsDraw() const;
     void Suspend();
     void Resume();
-    bool SavePicture(const std::string& path, int pictureWidth, int pictureHeight, std::string& error);
+    bool SavePicture(const std::string& path, const PictureOptions& options, PictureFacts& facts, std::string& error);
+    bool WritePicture(PictureFile& file, const PictureOptions& options, PictureFacts& facts, std::string& error);
+    static PictureFormat FormatOf(const PictureOptions& options);
     std::vector<PickHit> Pick(const PickArea& area);
     std::vector<PickHit> PickThrough(int x, int y, int most);
 
@@ -80,6 +83,8 @@ public:
     Detail::NodeVisibility visibility;
 
 private:
+    class PictureDrawing;
+
     /// What of the settings changed.
     struct Changes
     {
@@ -116,6 +121,8 @@ private:
     void ConfigureRenderer();
     void LayOut();
     bool IsCaptured() const;
+    void DrawPart(const PicturePart& part, const Color& background);
+    void EndParts();
     void FollowFramebuffer();
 
     SectionFaces m_section;

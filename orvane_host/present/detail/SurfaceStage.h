@@ -53,6 +53,7 @@ public:
     void OverlayLines(bool overlay) { m_linesOverlaid = overlay; }
     void SetEditPath(std::optional<Path> path) { m_editPath = std::move(path); }
 
+    int MarginOf(const PixelSize& whole) const override;
     FrameNeeds NeedsOf(const PresentationFrame& frame) const override;
     void Prepare(PresentationFrame& frame) override;
     void Draw(PresentationFrame& frame) override;
