@@ -16,6 +16,7 @@
 #include "orvane_host/import/NodePath.h"
 #include "orvane_host/output/PictureFile.h"
 #include "orvane_host/output/WritePNG.h"
+#include "orvane_host/present/BlankPicture.h"
 #include "orvane_host/present/DrawCounts.h"
 #include "orvane_host/present/EdgeLook.h"
 #include "orvane_host/present/HatchTextures.h"

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "orvane_host/present/PictureOptions.h"
 #include "orvane_host/present/PresentationSettings.h"
 
 #include <optional>
@@ -16,16 +17,32 @@ struct PickedPixel
     int y = 0;
 };
 
+/// How the tree of nodes is told.
+enum class NodeListing
+{
+    None,
+    Text,
+    JSON
+};
+
 /// What the command line asks for.
 struct Options
 {
     std::string model;
-    /// May be empty where there is a pixel to pick.
+    /// "-" for standard output; may be empty where something else is asked for.
     std::string output;
     int width = 1280;
     int height = 720;
     Host::PresentationSettings settings;
 
+    /// Size and progress are not set here.
+    Host::PictureOptions picture;
+    /// Lengths in the world for one on paper.
+    std::optional<double> scale;
+
+    bool quiet = false;
+    bool failIfEmpty = false;
+    NodeListing nodes = NodeListing::None;
     std::optional<PickedPixel> pick;
     bool stats = false;
     int frames = 1;

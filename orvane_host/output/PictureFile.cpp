@@ -44,7 +44,55 @@ std::string NameOf(PictureKind kind)
     return kind == PictureKind::JPEG ? "JPEG" : "PNG";
 }
 
-bool IsFormat(const PictureFormat& format, std::string& error)
+std::unique_ptr<PictureFile> Begin(std::unique_ptr<Detail::FileSink> sink, const PictureFormat& format,
+                                   std::string& error)
+{
+    if (!sink)
+    {
+        return nullptr;
+    }
+    return format.kind == PictureKind::JPEG ? Detail::BeginJPEG(std::move(sink), format, error)
+                                            : Detail::BeginPNG(std::move(sink), format, error);
+}
+
+}  // namespace
+
+std::unique_ptr<PictureFile> PictureFile::Create(const std::string& path, const PictureFormat& format,
+                                                 std::string& error)
+{
+    PictureKind promised = PictureKind::PNG;
+    if (!KindOf(path, promised, error) || !CanHold(format, error))
+    {
+        return nullptr;
+    }
+    if (promised != format.kind && !EndingOf(path).empty() && (promised == PictureKind::JPEG || EndingOf(path) == "png"))
+    {
+        error = "the name promises a " + NameOf(promised) + " and a " + NameOf(format.kind)
+            + " was asked for; choose another name";
+        return nullptr;
+    }
+    return Begin(Detail::OpenFileAtomically(path, error), format, error);
+}
+
+std::unique_ptr<PictureFile> PictureFile::Create(int descriptor, const PictureFormat& format, std::string& error)
+{
+    return CanHold(format, error) ? Begin(Detail::SinkInto(descriptor), format, error) : nullptr;
+}
+
+bool PictureFile::KindOf(const std::string& path, PictureKind& kind, std::string& error)
+{
+    // Other programs go by the ending, and would not find what it promises.
+    const std::string ending = EndingOf(path);
+    if (IsAmong(kForeignEndings, ending))
+    {
+        error = "pictures are written as PNG or JPEG, which ." + ending + " is not; let the name end in .png";
+        return false;
+    }
+    kind = IsAmong(kJPEGEndings, ending) ? PictureKind::JPEG : PictureKind::PNG;
+    return true;
+}
+
+bool PictureFile::CanHold(const PictureFormat& format, std::string& error)
 {
     const bool isJPEG = format.kind == PictureKind::JPEG;
     const int most = isJPEG ? PictureFormat::MostJPEGPixels : PictureFormat::MostPixels;
@@ -65,54 +113,6 @@ bool IsFormat(const PictureFormat& format, std::string& error)
             + "; let the name end in .png";
         return false;
     }
-    return true;
-}
-
-std::unique_ptr<PictureFile> Begin(std::unique_ptr<Detail::FileSink> sink, const PictureFormat& format,
-                                   std::string& error)
-{
-    if (!sink)
-    {
-        return nullptr;
-    }
-    return format.kind == PictureKind::JPEG ? Detail::BeginJPEG(std::move(sink), format, error)
-                                            : Detail::BeginPNG(std::move(sink), format, error);
-}
-
-}  // namespace
-
-std::unique_ptr<PictureFile> PictureFile::Create(const std::string& path, const PictureFormat& format,
-                                                 std::string& error)
-{
-    PictureKind promised = PictureKind::PNG;
-    if (!KindOf(path, promised, error) || !IsFormat(format, error))
-    {
-        return nullptr;
-    }
-    if (promised != format.kind && !EndingOf(path).empty() && (promised == PictureKind::JPEG || EndingOf(path) == "png"))
-    {
-        error = "the name promises a " + NameOf(promised) + " and a " + NameOf(format.kind)
-            + " was asked for; choose another name";
-        return nullptr;
-    }
-    return Begin(Detail::OpenFileAtomically(path, error), format, error);
-}
-
-std::unique_ptr<PictureFile> PictureFile::Create(int descriptor, const PictureFormat& format, std::string& error)
-{
-    return IsFormat(format, error) ? Begin(Detail::SinkInto(descriptor), format, error) : nullptr;
-}
-
-bool PictureFile::KindOf(const std::string& path, PictureKind& kind, std::string& error)
-{
-    // Other programs go by the ending, and would not find what it promises.
-    const std::string ending = EndingOf(path);
-    if (IsAmong(kForeignEndings, ending))
-    {
-        error = "pictures are written as PNG or JPEG, which ." + ending + " is not; let the name end in .png";
-        return false;
-    }
-    kind = IsAmong(kJPEGEndings, ending) ? PictureKind::JPEG : PictureKind::PNG;
     return true;
 }
 

@@ -68,6 +68,9 @@ public:
     /// @return false, with the reason and the remedy, where it promises a kind that isn't written.
     static bool KindOf(const std::string& path, PictureKind& kind, std::string& error);
 
+    /// Tells early whether a file of a format could be written at all.
+    static bool CanHold(const PictureFormat& format, std::string& error);
+
     /// Tells early whether a file of that name could be written, and leaves nothing behind.
     static bool CanWrite(const std::string& path, std::string& error);
 

@@ -38,7 +38,7 @@ struct PictureOptions
 struct PictureFacts
 {
     int tiles = 0;
-    /// Whether all pixels are alike, and of which colour.
+    /// Whether nobody would tell any pixel from the first one, and the colour of that.
     bool isOneColor = true;
     Color color{0.0f, 0.0f, 0.0f, 0.0f};
 };

@@ -196,6 +196,16 @@ bool Presentation::SetCamera(const Transform& place, float distance)
                         Vector(static_cast<float>(m[0][1]), static_cast<float>(m[1][1]), static_cast<float>(m[2][1])));
 }
 
+bool Presentation::SetViewHeight(double height)
+{
+    return m_impl->SetViewHeight(height);
+}
+
+double Presentation::GetViewHeight() const
+{
+    return m_impl->ViewHeight();
+}
+
 void Presentation::Resize(int width, int height, float pixelRatio)
 {
     m_impl->Resize(width, height, pixelRatio);

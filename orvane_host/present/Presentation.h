@@ -2,6 +2,7 @@
 
 #include "orvane_host/import/ImportOptions.h"
 #include "orvane_host/import/ImportResult.h"
+#include "orvane_host/present/BlankPicture.h"
 #include "orvane_host/present/DrawCounts.h"
 #include "orvane_host/present/Picking.h"
 #include "orvane_host/present/PictureOptions.h"
@@ -172,6 +173,14 @@ public:
     /// @param distance to what is looked at, above 0; an orthographic view takes its height from it.
     bool SetCamera(const Transform& place, float distance);
 
+    /// Moves the eye along its line of sight until a view without perspective is so many units of the model
+    /// high; GetSettings tells it from then on. A view with perspective sees so much where it looks at.
+    /// @return false, with nothing changed, where the height is not finite or not above 0.
+    bool SetViewHeight(double height);
+
+    /// How high a view is where it looks at, in units of the model.
+    double GetViewHeight() const;
+
     /// Tells the size in pixels, which Draw does too: what pictures are framed for and picked in.
     /// GL.
     /// @param pixelRatio pixels of the framebuffer for each that settings count, such as those of
@@ -212,6 +221,11 @@ public:
     /// it is the caller's. GL, as SavePicture.
     bool WritePicture(PictureFile& file, const PictureOptions& options, std::string& error,
                       PictureFacts* facts = nullptr);
+
+    /// Finds out whether a picture would show nothing of the model, and why: draws it small, without
+    /// what stands behind and above the model. Of the options only size and transparency count. GL;
+    /// the framebuffer that is bound and the viewport stay.
+    BlankPicture FindBlank(const PictureOptions& options);
 
     /// Samples a pixel that a picture of a size gets by settings: none without multisampling, else as
     /// many as they tell, or 4.

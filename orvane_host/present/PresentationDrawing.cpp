@@ -22,6 +22,9 @@ namespace OV::Host
 namespace
 {
 
+/// Side of a view that is picked in as a whole: of a larger one GL may have no buffers.
+constexpr int LargestPicked = 4096;
+
 /// Extent of a model that the strokes are drawn for.
 constexpr float HatchedExtent = 24.0f;
 
@@ -263,7 +266,19 @@ std::vector<PickHit> Presentation::Impl::PickThrough(int x, int y, int most)
 {
     const Detail::ProcessSettings scope(settings, Camera(), OutlineWidth());
     m_isPictureChanged = app.Update(0.0f) || m_isPictureChanged;
-    return picking->PickThrough(World(), Camera(), x, y, most);
+    if (std::max(m_width, m_height) <= LargestPicked || x < 0 || y < 0 || x >= m_width || y >= m_height)
+    {
+        return picking->PickThrough(World(), Camera(), x, y, most);
+    }
+    renderer->ShowPart(PicturePart{{m_width, m_height}, {1, 1}, x, m_height - 1 - y});
+    std::vector<PickHit> hits = picking->PickThrough(World(), Camera(), 0, 0, most);
+    renderer->ShowPart(std::nullopt);
+    for (PickHit& hit : hits)
+    {
+        hit.x = x;
+        hit.y = y;
+    }
+    return hits;
 }
 
 } // namespace OV::Host

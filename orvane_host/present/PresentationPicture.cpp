@@ -165,13 +165,13 @@ private:
                                   rgba.data());
     }
 
-    bool WriteRow(int row, const Detail::PicturePixels& pixels, PictureFile& file, PictureFacts& facts,
+    bool WriteRow(int row, Detail::PicturePixels& pixels, PictureFile& file, PictureFacts& facts,
                   std::string& error) const
     {
         const int height = m_tiles.At(0, row).kept.height;
         for (int line = height; line-- > 0;)
         {
-            pixels.Look(line, row == m_tiles.GetRows() - 1 && line == height - 1, facts);
+            pixels.Look(line, facts);
             if (!file.WriteRow(pixels.RowAt(line), error))
             {
                 return false;

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstring>
+#include <cstdlib>
 #include <limits>
 
 namespace OV::Host::Detail
@@ -11,6 +11,9 @@ namespace OV::Host::Detail
 
 namespace
 {
+
+/// Of 255 that nobody sees.
+constexpr int UnseenSteps = 2;
 
 /// What shows the background through by a share shows by that share more on white than on black,
 /// whatever was blended in between; the rest is its own colour.
@@ -111,25 +114,35 @@ Color PicturePixels::ColorOf(const unsigned char* pixel) const
     return Color(channels[0], channels[1], channels[2], channels[3]);
 }
 
-void PicturePixels::Look(int row, bool isFirst, PictureFacts& facts) const
+bool PicturePixels::IsLike(const unsigned char* row, const unsigned char* pixel, std::size_t pixels) const
 {
-    const unsigned char* const bytes = RowAt(row);
-    if (isFirst)
+    const auto isLike = [&](const auto* at, const auto* like, int unseen)
     {
-        facts.color = ColorOf(bytes);
-    }
-    else if (!facts.isOneColor)
+        for (std::size_t i = 0; i < pixels; ++i, at += m_channels)
+        {
+            for (int channel = 0; channel < m_channels; ++channel)
+            {
+                if (std::abs(static_cast<int>(at[channel]) - static_cast<int>(like[channel])) > unseen)
+                {
+                    return false;
+                }
+            }
+        }
+        return true;
+    };
+    using Wide = const std::uint16_t*;
+    return m_bits == 16 ? isLike(reinterpret_cast<Wide>(row), reinterpret_cast<Wide>(pixel), UnseenSteps * 257)
+                        : isLike(row, pixel, UnseenSteps);
+}
+
+void PicturePixels::Look(int row, PictureFacts& facts)
+{
+    if (m_first.empty())
     {
-        return;
+        m_first.assign(RowAt(row), RowAt(row) + m_pixelBytes);
+        facts.color = ColorOf(m_first.data());
     }
-    // A row of one colour is itself, moved by a pixel.
-    facts.isOneColor = std::memcmp(bytes, bytes + m_pixelBytes, m_rowBytes - m_pixelBytes) == 0;
-    if (!isFirst && facts.isOneColor)
-    {
-        const Color here = ColorOf(bytes);
-        facts.isOneColor = here.r == facts.color.r && here.g == facts.color.g && here.b == facts.color.b
-            && here.a == facts.color.a;
-    }
+    facts.isOneColor = facts.isOneColor && IsLike(RowAt(row), m_first.data(), m_rowBytes / m_pixelBytes);
 }
 
 } // namespace OV::Host::Detail

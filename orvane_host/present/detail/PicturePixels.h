@@ -26,14 +26,15 @@ public:
     /// @param row from the lowest.
     const unsigned char* RowAt(int row) const { return m_bytes.data() + static_cast<std::size_t>(row) * m_rowBytes; }
 
-    /// Notices whether a row goes on with the colour of those before.
-    void Look(int row, bool isFirst, PictureFacts& facts) const;
+    /// Notices whether a row goes on with the colour of those that were looked at before.
+    void Look(int row, PictureFacts& facts);
 
 private:
     template <typename Channel>
     void PutOpaque(const Channel* rgba, int x, int width, int rows);
     template <typename Channel>
     void PutStraight(const Channel* onBlack, const Channel* onWhite, int x, int width, int rows);
+    bool IsLike(const unsigned char* row, const unsigned char* pixel, std::size_t pixels) const;
     Color ColorOf(const unsigned char* pixel) const;
 
     int m_channels;
@@ -41,6 +42,7 @@ private:
     std::size_t m_pixelBytes;
     std::size_t m_rowBytes;
     std::vector<unsigned char> m_bytes;
+    std::vector<unsigned char> m_first; ///< pixel that was looked at
 };
 
 } // namespace OV::Host::Detail

@@ -53,6 +53,9 @@ public:
     /// Where nothing is hidden or cut away.
     std::vector<Vector> AllPoints();
     bool Frame(const std::vector<Vector>& points);
+    bool SetViewHeight(double height);
+    double ViewHeight() const;
+    BlankPicture FindBlank(const PictureOptions& options);
     bool LookFrom(const Vector& eye, const Vector& target, const Vector& up);
 
     void Resize(int newWidth, int newHeight, float newRatio);
@@ -116,6 +119,7 @@ private:
     bool IsOfModel(const Mesh& mesh) const;
     Vector MiddleOfModel() const;
     SceneFit::Filter ModelFilter() const;
+    bool LookAsFrom(const CameraNode& camera, double distance);
     float Aspect() const;
     void PlaceCamera();
     void ConfigureRenderer();
@@ -123,6 +127,12 @@ private:
     bool IsCaptured() const;
     void DrawPart(const PicturePart& part, const Color& background);
     void EndParts();
+    bool IsBlank(const PictureOptions& options, const PictureFacts& facts) const;
+    BlankPicture ExplainBlank(const PixelSize& size);
+    BlankPicture ExplainBacks(const std::vector<PickHit>& backs);
+    std::vector<PickHit> PickReduced(const PixelSize& size);
+    std::vector<PickHit> PickBacks(const PixelSize& size);
+    bool IsInFog(const std::vector<PickHit>& hits) const;
     void FollowFramebuffer();
 
     SectionFaces m_section;
