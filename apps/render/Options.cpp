@@ -246,7 +246,7 @@ void DefineMeasuringOptions(CLI::App& app, Options& options, Texts& texts)
     app.add_flag("--stats", options.stats, "Write times and counts to standard output, as JSON")->group(group);
     app.add_option("--list-nodes", texts.nodes, "Write the tree of nodes to standard output, as text or\n"
                                                 "as json. No picture needs to be written")
-        ->option_text("text|json")->group(group);
+        ->option_text("[text|json]")->group(group);
     app.add_option("--frames", options.frames, "Draw the picture so often; 1 if left out")
         ->option_text("N")->group(group);
 }
@@ -328,8 +328,8 @@ void InterpretEdges(const Texts& texts, Options& options)
 }
 
 /// CLI11 takes whatever follows for the value of an option. Here only a number is the one of
-/// --edges, so that it may stand alone with the model behind it.
-std::vector<std::string> CompleteEdges(int argc, const char* const* argv)
+/// --edges, and only a form that of --list-nodes, so that they may stand alone with the model behind.
+std::vector<std::string> CompleteWords(int argc, const char* const* argv)
 {
     std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
     for (std::size_t i = 0; i < words.size(); ++i)
@@ -338,6 +338,11 @@ std::vector<std::string> CompleteEdges(int argc, const char* const* argv)
         if (words[i] == "--edges" && !hasValue)
         {
             words[i] += "=" + std::to_string(Host::EdgeLook().weight);
+        }
+        const bool hasForm = i + 1 < words.size() && (words[i + 1] == "text" || words[i + 1] == "json");
+        if (words[i] == "--list-nodes" && !hasForm)
+        {
+            words[i] += "=text";
         }
     }
     // The parser takes them from the back.
@@ -553,7 +558,7 @@ Command ParseCommandLine(int argc, const char* const* argv)
     Define(app, command.options, texts, listFormats);
     try
     {
-        app.parse(CompleteEdges(argc, argv));
+        app.parse(CompleteWords(argc, argv));
         if (!listFormats)
         {
             Interpret(texts, command.options);

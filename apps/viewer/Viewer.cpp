@@ -490,11 +490,18 @@ void Viewer::TakePicture(const std::string& path, int width, int height)
     // The colour of what is selected is no part of the design.
     const std::vector<std::string> selection = m_desk.GetSelection();
     m_desk.Select({});
+    Host::PictureOptions picture;
+    picture.width = width > 0 ? width : m_desk.GetWidth();
+    picture.height = height > 0 ? height : m_desk.GetHeight();
     std::string error;
-    const bool isSaved = model->SavePicture(path, width > 0 ? width : m_desk.GetWidth(),
-                                            height > 0 ? height : m_desk.GetHeight(), error);
+    const bool isSaved = model->SavePicture(path, picture, error);
+    const Host::BlankPicture blank = isSaved ? model->FindBlank(picture) : Host::BlankPicture();
     m_desk.Select(selection);
-    if (isSaved)
+    if (blank)
+    {
+        m_desk.Tell("Saved " + path + ", which shows nothing of the model: " + blank.Line());
+    }
+    else if (isSaved)
     {
         m_desk.Tell("Saved " + path);
     }

@@ -94,17 +94,25 @@ bool FindTarget(const std::string& path, Target& target, std::string& error)
     return true;
 }
 
-/// A file that is gone at the end of its scope unless it was put in its place.
+/// A file that is gone at the end of its scope, and with the process, unless it was put in its place.
+///
+/// It has no name before, where the file system can do that.
 class TemporaryFile
 {
 public:
     explicit TemporaryFile(const std::string& folder)
     {
-        static std::atomic<unsigned int> counter{0};
+        m_folder = folder;
+#ifdef O_TMPFILE
+        m_descriptor = ::open(folder.c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, 0666);
+        if (m_descriptor >= 0)
+        {
+            return;
+        }
+#endif
         do
         {
-            // A short name: the longest that the file system takes is fine for the file itself.
-            m_path = folder + ".orvane-" + std::to_string(::getpid()) + "-" + std::to_string(counter++);
+            m_path = NextName();
             m_descriptor = ::open(m_path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
         } while (m_descriptor < 0 && errno == EEXIST);
         m_exists = m_descriptor >= 0;
@@ -126,7 +134,7 @@ public:
 
     bool MoveTo(const std::string& path, const std::optional<mode_t>& mode)
     {
-        if ((mode && ::fchmod(m_descriptor, *mode) != 0) || ::fsync(m_descriptor) != 0 || !Close()
+        if ((mode && ::fchmod(m_descriptor, *mode) != 0) || ::fsync(m_descriptor) != 0 || !Name() || !Close()
             || ::rename(m_path.c_str(), path.c_str()) != 0)
         {
             return false;
@@ -136,6 +144,29 @@ public:
     }
 
 private:
+    std::string NextName() const
+    {
+        static std::atomic<unsigned int> counter{0};
+        // A short name: the longest that the file system takes is fine for the file itself.
+        return m_folder + ".orvane-" + std::to_string(::getpid()) + "-" + std::to_string(counter++);
+    }
+
+    /// Gives the file a name to be renamed from.
+    bool Name()
+    {
+        if (m_exists)
+        {
+            return true;
+        }
+        const std::string self = "/proc/self/fd/" + std::to_string(m_descriptor);
+        do
+        {
+            m_path = NextName();
+            m_exists = ::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, m_path.c_str(), AT_SYMLINK_FOLLOW) == 0;
+        } while (!m_exists && errno == EEXIST);
+        return m_exists;
+    }
+
     bool Close()
     {
         const int descriptor = m_descriptor;
@@ -143,6 +174,7 @@ private:
         return descriptor < 0 || ::close(descriptor) == 0;
     }
 
+    std::string m_folder;
     std::string m_path;
     int m_descriptor = -1;
     bool m_exists = false;

@@ -19,7 +19,8 @@ const std::vector<std::string> Known = {
     "--up",         "--fov",     "--ortho",        "--look",       "--clip",          "--poche",      "--outline",
     "--outline-color", "--edit", "--edges",        "--edge-color", "--ao",            "--lines",      "--crease",
     "--line-width", "--line-color", "--dash",      "--line-offset", "--title",        "--scale-bar",  "--north",
-    "--watermark",  "--pick",    "--stats",        "--frames",
+    "--watermark",  "--pick",    "--stats",        "--frames",     "--quiet",         "--fail-if-empty", "--paper",
+    "--portrait",   "--dpi",     "--scale",        "--alpha",      "--depth",         "--up-axis",    "--list-nodes",
 };
 
 std::string Help()

@@ -1,4 +1,5 @@
 #include "tests/apps/render/RenderTool.h"
+#include "tests/support/Golden.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -82,7 +83,7 @@ TEST_F(RenderPoster, WrongPrintOptionsAreWrongUsage)
     EXPECT_THAT(RunOn(model, {"--depth", "12"}, 2), HasSubstr("--depth"));
     EXPECT_THAT(RunOn(model, {"--alpha", "--sky"}, 2), HasSubstr("--sky"));
     EXPECT_THAT(RunOn(model, {"--up-axis", "x"}, 2), HasSubstr("y or z"));
-    EXPECT_THAT(RunOn(model, {"--list-nodes", "xml"}, 2), HasSubstr("text or json"));
+    EXPECT_THAT(RunOn(model, {"--list-nodes=xml"}, 2), HasSubstr("text or json"));
     EXPECT_THAT(Run({model, "-o", "-", "--stats"}).errors, HasSubstr("standard output"));
 }
 
@@ -149,7 +150,7 @@ TEST_F(RenderPoster, AModelWhoseZIsUpStands)
 
 TEST_F(RenderPoster, TheTreeOfNodesIsListed)
 {
-    const ProcessResult text = Run({WriteCube(), "--list-nodes", "text"});
+    const ProcessResult text = Run({"--list-nodes", WriteCube()});
     EXPECT_EQ(text.exitCode, 0) << text.errors;
     EXPECT_FALSE(text.output.empty());
     const ProcessResult json = Run({WriteCube(), "--list-nodes", "json"});
