@@ -479,7 +479,7 @@ void Viewer::SaveScreenshot(int width, int height)
     }
 }
 
-void Viewer::TakePicture(const std::string& path, int width, int height)
+void Viewer::TakePicture(const std::string& path, int width, int height, bool transparent)
 {
     Host::Presentation* const model = m_desk.GetModel();
     if (!model)
@@ -493,6 +493,7 @@ void Viewer::TakePicture(const std::string& path, int width, int height)
     Host::PictureOptions picture;
     picture.width = width > 0 ? width : m_desk.GetWidth();
     picture.height = height > 0 ? height : m_desk.GetHeight();
+    picture.transparent = transparent && !m_desk.GetSettings().sky;
     std::string error;
     const bool isSaved = model->SavePicture(path, picture, error);
     const Host::BlankPicture blank = isSaved ? model->FindBlank(picture) : Host::BlankPicture();
