@@ -302,7 +302,7 @@ void RenderJob::WriteTo(Host::PictureFile& file)
 void RenderJob::TellBlank(const Host::PictureFacts& facts)
 {
     const Host::PresentationSettings& settings = m_options.settings;
-    const bool mayHide = settings.sky || !(settings.sheet == Host::SheetSettings());
+    const bool mayHide = settings.sky || settings.ground || !settings.surroundings.empty() || !(settings.sheet == Host::SheetSettings());
     if (!facts.isOneColor && !mayHide)
     {
         return;

@@ -88,6 +88,7 @@ BlankPicture Presentation::Impl::FindBlank(const PictureOptions& options)
     PresentationSettings bare = own;
     // What stands behind and above the model says nothing of it.
     bare.sky = false;
+    bare.ground.reset();
     bare.sheet = SheetSettings();
     BlankPicture found;
     std::string error;

@@ -21,6 +21,7 @@ const std::vector<std::string> Known = {
     "--line-width", "--line-color", "--dash",      "--line-offset", "--title",        "--scale-bar",  "--north",
     "--watermark",  "--pick",    "--stats",        "--frames",     "--quiet",         "--fail-if-empty", "--paper",
     "--portrait",   "--dpi",     "--scale",        "--alpha",      "--depth",         "--up-axis",    "--list-nodes",
+    "--surroundings", "--ground",
 };
 
 std::string Help()
