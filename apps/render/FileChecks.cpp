@@ -2,11 +2,12 @@
 
 #include "apps/render/Options.h"
 #include "apps/render/Report.h"
-#include "orvane_host/output/WritePNG.h"
+#include "orvane_host/output/PictureFile.h"
 #include "orvane_host/present/Surroundings.h"
 #include "orvane_host/sheet/Watermark.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace OV::RenderApp
 {
@@ -41,10 +42,27 @@ void CheckOutput(const Options& options)
     Require(!IsSameFile(options.settings.surroundings, options.output), options.output,
             "the picture would replace the surroundings; name another file with -o");
     std::string error;
-    Require(Host::CanWritePNG(options.output, error), options.output, error);
+    const Host::PictureFormat format = FormatOf(options);
+    Require(Host::PictureFile::CanHold(format, error), options.output, error);
+    Require(options.output == "-" || Host::PictureFile::CanWrite(options.output, error), options.output, error);
+    Require(options.output != "-" || ::isatty(STDOUT_FILENO) == 0, "standard output",
+            "a picture is no text for a terminal; send it to a file or a program");
 }
 
 } // namespace
+
+Host::PictureFormat FormatOf(const Options& options)
+{
+    Host::PictureFormat format;
+    format.width = options.width;
+    format.height = options.height;
+    format.alpha = options.picture.transparent;
+    format.bits = options.picture.bits;
+    format.pixelsPerMetre = options.picture.pixelsPerMetre;
+    std::string error;
+    Require(Host::PictureFile::KindOf(options.output, format.kind, error), options.output, error);
+    return format;
+}
 
 void CheckFiles(const Options& options)
 {

@@ -1,19 +1,19 @@
 #include "apps/render/Options.h"
 
 #include "apps/render/CallerText.h"
+#include "apps/render/OptionText.h"
+#include "apps/render/PrintOptions.h"
 #include "apps/render/Report.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
 #include <limits>
 #include <memory>
-#include <string_view>
 #include <vector>
 
 namespace OV::RenderApp
@@ -25,8 +25,6 @@ namespace
 constexpr int MostSamples = 64;
 constexpr int MostFrames = 1000000;
 constexpr std::size_t MostClips = 6;
-/// Pixels of an edge that every GL can draw twice of.
-constexpr int LargestSupersampled = 4096;
 constexpr float WidestLine = 100.0f;
 
 /// The values as they were typed, where CLI11 has no type for them.
@@ -54,8 +52,10 @@ struct Texts
     bool noCull = false;
     std::optional<std::string> pick;
     std::vector<std::string> models;
-    std::string upAxis = "y";
+    std::optional<std::string> upAxis;
     NodeTexts nodes;
+    std::optional<std::string> listing;
+    PrintTexts print;
 };
 
 struct NamedAntialiasing
@@ -81,53 +81,6 @@ public:
     }
 };
 
-CLI::ValidationError Bad(const std::string& option, const std::string& text, const std::string& expectation)
-{
-    return CLI::ValidationError(option, "'" + text + "' is not " + expectation);
-}
-
-/// Reads all of a text as one number; nothing when it is not one.
-template <typename Number, typename... Base>
-std::optional<Number> ParseNumber(std::string_view text, Base... base)
-{
-    Number number{};
-    const char* end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, number, base...);
-    return result.ec == std::errc() && result.ptr == end ? std::optional<Number>(number) : std::nullopt;
-}
-
-std::vector<std::string> Split(const std::string& text, char separator)
-{
-    return CLI::detail::split(text, separator);
-}
-
-/// Reads finite numbers between commas, as many as are wanted.
-std::vector<float> ParseNumbers(const std::string& option, const std::string& text, std::size_t count,
-                                const std::string& form)
-{
-    std::vector<float> numbers;
-    for (const std::string& part : Split(text, ','))
-    {
-        const auto number = ParseNumber<float>(part);
-        if (!number || !std::isfinite(*number))
-        {
-            throw Bad(option, text, form);
-        }
-        numbers.push_back(*number);
-    }
-    if (numbers.size() != count)
-    {
-        throw Bad(option, text, form);
-    }
-    return numbers;
-}
-
-Vector ParseVector(const std::string& option, const std::string& text)
-{
-    const std::vector<float> xyz = ParseNumbers(option, text, 3, "three numbers X,Y,Z");
-    return Vector(xyz[0], xyz[1], xyz[2]);
-}
-
 void ParseSize(const std::string& text, Options& options)
 {
     const char* const form = "a size WxH in pixels, such as 1280x720";
@@ -150,17 +103,6 @@ void ParseSize(const std::string& text, Options& options)
     constexpr std::int64_t largest = std::numeric_limits<int>::max();
     options.width = static_cast<int>(std::min(*width, largest));
     options.height = static_cast<int>(std::min(*height, largest));
-}
-
-Color ParseColor(const std::string& option, const std::string& text)
-{
-    const auto value = ParseNumber<unsigned int>(text, 16);
-    if (!value || text.size() != 6)
-    {
-        throw Bad(option, text, "a colour RRGGBB of six hexadecimal digits");
-    }
-    const auto channel = [&](int shift) { return static_cast<float>((*value >> shift) & 0xFFu) / 255.0f; };
-    return Color(channel(16), channel(8), channel(0));
 }
 
 Host::FogRange ParseFog(const std::string& text)
@@ -200,21 +142,24 @@ void DefineGeneralOptions(CLI::App& app, Options& options, Texts& texts, bool& l
     app.add_option("MODEL", texts.models, "Model file to draw; several are drawn in one scene,\n"
                                           "brought to the unit of the first where they tell theirs")
         ->option_text(" ");
-    app.add_option("-o,--output", options.output, "PNG file to write")->option_text("OUT.png");
+    app.add_option("-o,--output", options.output, "PNG or JPEG file to write; - for standard output")
+        ->option_text("OUT.png");
+    app.add_flag("--quiet", options.quiet, "Write no warnings; failures are told all the same");
+    app.add_flag("--fail-if-empty", options.failIfEmpty, "Leave with status 1 where nothing of the model is seen");
 }
 
 void DefinePictureOptions(CLI::App& app, Options& options, Texts& texts)
 {
     const char* const group = "Picture";
-    app.add_option("--size", texts.size, "Size in pixels; 1280x720 if left out")
+    auto* size = app.add_option("--size", texts.size, "Size in pixels, up to 65535x65535; 1280x720 if left out")
         ->option_text("WxH")->group(group);
     app.add_option("--aa", texts.antialiasing, "How rims are smoothed: none, msaa (several samples a\n"
                                                "pixel), fxaa (a filter over the picture) or ssaa (drawn\n"
                                                "in twice the size); if left out msaa, or ssaa with\n"
-                                               "--clip up to 4096x4096")
+                                               "--clip")
         ->option_text("NAME")->group(group);
     app.add_option("--samples", options.settings.samples, "Samples a pixel of msaa, 0 for hard edges; if left out 4,\n"
-                                                 "or 0 above 16 megapixels and where GL has none")
+                                                 "or 0 where GL has none")
         ->option_text("N")->group(group);
     app.add_option("--background", texts.background, "Colour behind the model, of fog and of the horizon;\n"
                                                      "FFFFFF if left out")
@@ -223,7 +168,7 @@ void DefinePictureOptions(CLI::App& app, Options& options, Texts& texts)
     app.add_option("--fog", texts.fog, "Fade out between two distances from the eye, in units\n"
                                        "of the model")
         ->option_text("START,END")->group(group);
-    app.add_option("--pixel-ratio", options.pixelRatio, "Pixels of the picture for each of a line's width, 0.5\n"
+    app.add_option("--pixel-ratio", options.picture.pixelRatio, "Pixels of the picture for each of a line's width, 0.5\n"
                                                         "to 8; 1 if left out")
         ->option_text("N")->group(group);
     app.add_option("--surroundings", options.settings.surroundings, "What smooth surfaces reflect: sky, a PNG or JPEG file in\n"
@@ -235,6 +180,7 @@ void DefinePictureOptions(CLI::App& app, Options& options, Texts& texts)
                                              "the horizon, or shadow for shadows alone")
         ->option_text("shadow|#RRGGBB")->group(group);
     app.add_flag("--no-cull", texts.noCull, "Draw the back of every face too")->group(group);
+    DefinePrintOptions(app, texts.print, *size, options);
 }
 
 void DefineViewOptions(CLI::App& app, Options& options, Texts& texts)
@@ -249,11 +195,10 @@ void DefineViewOptions(CLI::App& app, Options& options, Texts& texts)
         ->option_text("X,Y,Z")->needs(eye)->group(group);
     app.add_option("--up", texts.up, "What is up in the picture; 0,1,0 if left out")
         ->option_text("X,Y,Z")->needs(eye)->group(group);
+    app.add_option("--up-axis", texts.upAxis, "The axis of the model that is up, y or z; y if left out")
+        ->option_text("NAME")->group(group);
     app.add_option("--fov", options.settings.view.fov, "Full vertical angle of view; 35 if left out")
         ->option_text("DEG")->group(group);
-    app.add_option("--up-axis", texts.upAxis, "Which way is up for --view: y or z; y if left out, as\n"
-                                              "files are turned when they are read")
-        ->option_text("AXIS")->group(group);
     app.add_flag("--ortho", options.settings.view.orthographic, "Draw without perspective")->group(group);
 }
 
@@ -333,6 +278,9 @@ void DefineMeasuringOptions(CLI::App& app, Options& options, Texts& texts)
                                          "what is behind it. No picture needs to be written")
         ->option_text("X,Y")->group(group);
     app.add_flag("--stats", options.stats, "Write times and counts to standard output, as JSON")->group(group);
+    app.add_option("--list-nodes", texts.listing, "Write the tree of nodes to standard output, as text or\n"
+                                                "as json. No picture needs to be written")
+        ->option_text("[text|json]")->group(group);
     app.add_option("--frames", options.frames, "Draw the picture so often; 1 if left out")
         ->option_text("N")->group(group);
 }
@@ -369,7 +317,7 @@ void CheckRanges(const Options& options)
     {
         throw CLI::ValidationError("--samples", "there are 0 to " + std::to_string(MostSamples) + " samples");
     }
-    if (!(options.pixelRatio >= 0.5f && options.pixelRatio <= 8.0f))
+    if (!(options.picture.pixelRatio >= 0.5f && options.picture.pixelRatio <= 8.0f))
     {
         throw CLI::ValidationError("--pixel-ratio", "a ratio is 0.5 to 8");
     }
@@ -382,8 +330,7 @@ void CheckRanges(const Options& options)
 /// It is the shader that cuts, which the samples of msaa do not smooth.
 std::string UsualAntialiasing(const Texts& texts, const Options& options)
 {
-    const bool isSmall = std::max(options.width, options.height) <= LargestSupersampled;
-    return !texts.clips.empty() && isSmall && !options.settings.samples ? "ssaa" : "msaa";
+    return !texts.clips.empty() && !options.settings.samples ? "ssaa" : "msaa";
 }
 
 void InterpretAntialiasing(const Texts& texts, Options& options)
@@ -419,8 +366,8 @@ void InterpretEdges(const Texts& texts, Options& options)
 }
 
 /// CLI11 takes whatever follows for the value of an option. Here only a number is the one of
-/// --edges, so that it may stand alone with the model behind it.
-std::vector<std::string> CompleteEdges(int argc, const char* const* argv)
+/// --edges, and only a form that of --list-nodes, so that they may stand alone with the model behind.
+std::vector<std::string> CompleteWords(int argc, const char* const* argv)
 {
     std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
     for (std::size_t i = 0; i < words.size(); ++i)
@@ -429,6 +376,11 @@ std::vector<std::string> CompleteEdges(int argc, const char* const* argv)
         if (words[i] == "--edges" && !hasValue)
         {
             words[i] += "=" + std::to_string(Host::EdgeLook().weight);
+        }
+        const bool hasForm = i + 1 < words.size() && (words[i + 1] == "text" || words[i + 1] == "json");
+        if (words[i] == "--list-nodes" && !hasForm)
+        {
+            words[i] += "=text";
         }
     }
     // The parser takes them from the back.
@@ -526,7 +478,7 @@ void InterpretSurfaces(const Texts& texts, Host::PresentationSettings& settings)
 void Define(CLI::App& app, Options& options, Texts& texts, bool& listFormats)
 {
     app.name("orvane-render");
-    app.description("Renders a model file into a PNG picture.");
+    app.description("Renders a model file into a PNG or JPEG picture.");
     app.formatter(std::make_shared<Formatter>());
     app.get_formatter()->column_width(22);
     DefineGeneralOptions(app, options, texts, listFormats);
@@ -542,6 +494,47 @@ void Define(CLI::App& app, Options& options, Texts& texts, bool& listFormats)
                "Exit status: 0 done, 1 failed, 2 wrong usage.");
 }
 
+/// With an eye the axis is what is up in the picture, unless that is told as well.
+void InterpretUpAxis(const Texts& texts, Host::ViewSettings& view)
+{
+    if (!texts.upAxis)
+    {
+        return;
+    }
+    if (*texts.upAxis != "y" && *texts.upAxis != "z")
+    {
+        throw Bad("--up-axis", *texts.upAxis, "y or z");
+    }
+    const bool isZ = *texts.upAxis == "z";
+    view.upAxis = isZ ? Host::UpAxis::Z : Host::UpAxis::Y;
+    if (isZ && !texts.up)
+    {
+        view.up = Vector(0.0f, 0.0f, 1.0f);
+    }
+}
+
+/// What is to be done besides the picture, or in place of it.
+void InterpretTasks(const Texts& texts, Options& options)
+{
+    if (texts.listing)
+    {
+        if (*texts.listing != "text" && *texts.listing != "json")
+        {
+            throw Bad("--list-nodes", *texts.listing, "text or json");
+        }
+        options.listing = *texts.listing == "json" ? NodeListing::JSON : NodeListing::Text;
+    }
+    const bool tells = texts.pick || texts.listing || options.stats;
+    if (options.output.empty() && !tells)
+    {
+        throw CLI::RequiredError("-o OUT.png");
+    }
+    if (options.output == "-" && tells)
+    {
+        throw CLI::ValidationError("-o", "standard output takes the picture or what is told of it; name a file");
+    }
+}
+
 void Interpret(const Texts& texts, Options& options)
 {
     if (texts.models.empty() || texts.models.front().empty())
@@ -550,14 +543,12 @@ void Interpret(const Texts& texts, Options& options)
     }
     options.model = texts.models.front();
     options.besides.assign(texts.models.begin() + 1, texts.models.end());
-    if (options.output.empty() && !texts.pick)
-    {
-        throw CLI::RequiredError("-o OUT.png");
-    }
+    InterpretTasks(texts, options);
     CheckRanges(options);
     CheckSheet(options);
     options.settings.sheet.title = ToUtf8(options.settings.sheet.title);
     ParseSize(texts.size, options);
+    InterpretPrint(texts.print, options);
     if (texts.pick)
     {
         options.pick = ParsePixel(*texts.pick, options);
@@ -587,6 +578,7 @@ void Interpret(const Texts& texts, Options& options)
         // What points nowhere counts as left out.
         options.settings.view.up = up.Magnitude() > 0.0f ? up : options.settings.view.up;
     }
+    InterpretUpAxis(texts, options.settings.view);
     if (texts.fog)
     {
         options.settings.fog = ParseFog(*texts.fog);
@@ -617,7 +609,7 @@ Command ParseCommandLine(int argc, const char* const* argv)
     Define(app, command.options, texts, listFormats);
     try
     {
-        app.parse(CompleteEdges(argc, argv));
+        app.parse(CompleteWords(argc, argv));
         if (!listFormats)
         {
             Interpret(texts, command.options);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "apps/render/NodeOptions.h"
+#include "orvane_host/present/PictureOptions.h"
 #include "orvane_host/present/PresentationSettings.h"
 
 #include <optional>
@@ -17,20 +18,34 @@ struct PickedPixel
     int y = 0;
 };
 
+/// How the tree of nodes is told.
+enum class NodeListing
+{
+    None,
+    Text,
+    JSON
+};
+
 /// What the command line asks for.
 struct Options
 {
     std::string model;
     std::vector<std::string> besides; ///< further models in the same scene
-    /// May be empty where there is a pixel to pick.
+    /// "-" for standard output; may be empty where something else is asked for.
     std::string output;
     int width = 1280;
     int height = 720;
     Host::PresentationSettings settings;
     NodeOptions nodes;
-    /// Pixels of the picture for each that settings count, such as those of a line's width.
-    float pixelRatio = 1.0f;
 
+    /// Size and progress are not set here.
+    Host::PictureOptions picture;
+    /// Lengths in the world for one on paper.
+    std::optional<double> scale;
+
+    bool quiet = false;
+    bool failIfEmpty = false;
+    NodeListing listing = NodeListing::None;
     std::optional<PickedPixel> pick;
     bool stats = false;
     int frames = 1;

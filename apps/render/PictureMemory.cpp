@@ -3,6 +3,8 @@
 #include "apps/render/Options.h"
 #include "apps/render/Report.h"
 #include "apps/render/SystemMemory.h"
+#include "orvane_host/context/HeadlessContext.h"
+#include "orvane_host/present/Presentation.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -12,6 +14,9 @@ namespace OV::RenderApp
 
 namespace
 {
+
+/// A larger picture is drawn in tiles alone.
+constexpr std::uint64_t MostBytesAtOnce = std::uint64_t(512) << 20;
 
 bool IsCaptured(const Options& options)
 {
@@ -34,6 +39,12 @@ int BytesPerPixel(const Options& options, int samples)
     return bytes;
 }
 
+std::uint64_t BytesOf(const Options& options, int samples)
+{
+    return static_cast<std::uint64_t>(options.width) * static_cast<std::uint64_t>(options.height)
+        * static_cast<std::uint64_t>(BytesPerPixel(options, samples));
+}
+
 } // namespace
 
 int ScaleOf(const Host::PresentationSettings& settings)
@@ -46,10 +57,28 @@ const std::string& SubjectOf(const Options& options)
     return options.output.empty() ? options.model : options.output;
 }
 
+void CheckSize(const Options& options, const Host::HeadlessContext& gl)
+{
+    const int maxWidth = gl.GetMaxWidth() / ScaleOf(options.settings);
+    const int maxHeight = gl.GetMaxHeight() / ScaleOf(options.settings);
+    Require(options.width <= maxWidth && options.height <= maxHeight, SubjectOf(options),
+            "a frame of " + std::to_string(options.width) + "x" + std::to_string(options.height)
+                + " is too large to be measured; this GL draws at most " + std::to_string(maxWidth) + "x"
+                + std::to_string(maxHeight) + " at once, so ask for a smaller --size");
+}
+
+bool FitsAtOnce(const Options& options, const Host::HeadlessContext& gl)
+{
+    const int samples = Host::Presentation::SamplesFor(options.settings, options.width, options.height,
+                                                       gl.GetMaxSamples());
+    return options.width <= gl.GetMaxWidth() / ScaleOf(options.settings)
+        && options.height <= gl.GetMaxHeight() / ScaleOf(options.settings)
+        && BytesOf(options, samples) <= MostBytesAtOnce;
+}
+
 void CheckMemory(const Options& options, int samples)
 {
-    const auto bytesPerPixel = static_cast<std::uint64_t>(BytesPerPixel(options, samples));
-    const std::uint64_t needed = static_cast<std::uint64_t>(options.width) * static_cast<std::uint64_t>(options.height) * bytesPerPixel;
+    const std::uint64_t needed = BytesOf(options, samples);
     const std::uint64_t available = AvailableMemory();
     if (available != 0 && needed > available)
     {

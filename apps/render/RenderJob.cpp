@@ -2,6 +2,7 @@
 
 #include "apps/render/FileChecks.h"
 #include "apps/render/GLCalls.h"
+#include "apps/render/NodeList.h"
 #include "apps/render/PictureMemory.h"
 #include "apps/render/ProgressBar.h"
 #include "apps/render/Report.h"
@@ -9,10 +10,15 @@
 #include "orvane_host/context/HeadlessContext.h"
 #include "orvane_host/import/ModelImporter.h"
 #include "orvane_host/import/NodePath.h"
-#include "orvane_host/output/WritePNG.h"
+#include "orvane_host/output/PictureFile.h"
+#include "orvane_host/present/BlankPicture.h"
 #include "orvane_host/present/Presentation.h"
 #include "orvane/scene/Scene.h"
 
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
 #include <optional>
 #include <utility>
 
@@ -24,6 +30,41 @@ namespace
 
 /// So many things behind each other are picked; each takes a drawing.
 constexpr int MostPicked = 100;
+
+/// Of a view that was fitted, what the model takes.
+constexpr double WithoutMargin = 0.95;
+
+/// The next scale that is in use on drawings.
+long RoundScale(double scale)
+{
+    const double decade = std::pow(10.0, std::floor(std::log10(std::max(scale, 1.0))));
+    for (const double step : {1.0, 2.0, 5.0})
+    {
+        if (scale <= step * decade)
+        {
+            return std::lround(step * decade);
+        }
+    }
+    return std::lround(10.0 * decade);
+}
+
+std::string RemedyFor(Host::BlankReason reason)
+{
+    switch (reason)
+    {
+    case Host::BlankReason::AllCutAway: return "turn a --clip round or move it";
+    case Host::BlankReason::OutOfView: return "move --eye or --target, or leave them out";
+    case Host::BlankReason::EyeInside: return "move --eye, or ask for --no-cull";
+    case Host::BlankReason::OnlyBacks: return "ask for --no-cull";
+    case Host::BlankReason::TooSmall: return "move --eye nearer, or leave it out";
+    case Host::BlankReason::InFog: return "move the end of --fog farther away";
+    case Host::BlankReason::BackgroundColor: return "ask for another --background or for --lines";
+    case Host::BlankReason::AllHidden: return "show some of it";
+    case Host::BlankReason::EmptyModel:
+    case Host::BlankReason::NotBlank: break;
+    }
+    return "check that it is the right file";
+}
 
 } // namespace
 
@@ -38,16 +79,21 @@ void RenderJob::Run()
     CheckFiles(m_options);
     OpenContext();
     Load();
-    MakeFramebuffer();
+    ListNodes();
     Present();
-    Draw();
+    if (IsMeasured())
+    {
+        MakeFramebuffer();
+        Draw();
+    }
     Pick();
     Write();
 }
 
-bool RenderJob::IsDrawn() const
+bool RenderJob::IsMeasured() const
 {
-    return !m_options.output.empty() || m_options.stats;
+    // One that is written in tiles is measured as it is written.
+    return m_options.stats && (m_options.output.empty() || FitsAtOnce(m_options, *m_gl));
 }
 
 void RenderJob::OpenContext()
@@ -59,15 +105,15 @@ void RenderJob::OpenContext()
     std::string error;
     m_gl = Host::HeadlessContext::Create(smallest, error);
     Require(m_gl != nullptr, SubjectOf(m_options), error);
-    const int maxWidth = m_gl->GetMaxWidth() / ScaleOf(m_options.settings);
-    const int maxHeight = m_gl->GetMaxHeight() / ScaleOf(m_options.settings);
-    Require(m_options.width <= maxWidth && m_options.height <= maxHeight, SubjectOf(m_options),
-            "a picture of " + std::to_string(m_options.width) + "x" + std::to_string(m_options.height)
-                + " is too large; this GL allows at most " + std::to_string(maxWidth) + "x"
-                + std::to_string(maxHeight) + ", so ask for a smaller --size");
+    if (m_options.output.empty() && m_options.stats)
+    {
+        CheckSize(m_options, *m_gl);
+    }
     m_stats.glVendor = m_gl->GetVendor();
     m_stats.glRenderer = m_gl->GetRenderer();
     m_stats.glVersion = m_gl->GetVersion();
+    m_stats.width = m_options.width;
+    m_stats.height = m_options.height;
 }
 
 Host::ImportResult RenderJob::Read(const std::string& file) const
@@ -85,7 +131,10 @@ Host::ImportResult RenderJob::Read(const std::string& file) const
     {
         throw Failure(model.error.Line());
     }
-    PrintWarnings(model.report.warnings, file);
+    if (!m_options.quiet)
+    {
+        PrintWarnings(model.report.warnings, file);
+    }
     return model;
 }
 
@@ -107,9 +156,7 @@ void RenderJob::MakeFramebuffer()
                                                        m_gl->GetMaxSamples());
     CheckMemory(m_options, samples);
     std::string error;
-    Require(!IsDrawn() || m_gl->Resize(m_options.width, m_options.height, samples, error), SubjectOf(m_options), error);
-    m_stats.width = m_options.width;
-    m_stats.height = m_options.height;
+    Require(m_gl->Resize(m_options.width, m_options.height, samples, error), SubjectOf(m_options), error);
     m_stats.samples = m_gl->GetSamples();
 }
 
@@ -122,15 +169,62 @@ void RenderJob::Present()
     std::string error;
     Require(m_presentation->Apply(m_options.settings, error), SubjectOf(m_options), error);
     ShowNodes(m_options.nodes, *m_presentation, m_options.model);
-    m_presentation->Resize(m_options.width, m_options.height, m_options.pixelRatio);
+    m_presentation->Resize(m_options.width, m_options.height, m_options.picture.pixelRatio);
+    if (!m_options.settings.view.eye && !m_options.settings.section.planes.empty())
+    {
+        // What is cut away needs no room in the picture.
+        m_presentation->FrameShown();
+    }
+    SetScale();
+}
+
+void RenderJob::SetScale()
+{
+    if (!m_options.scale)
+    {
+        return;
+    }
+    const double unit = m_presentation->GetReport().metresPerUnit;
+    const double onPaper = m_options.height / m_options.picture.pixelsPerMetre;
+    const double wanted = onPaper * *m_options.scale / (unit > 0.0 ? unit : 1.0);
+    if (unit <= 0.0)
+    {
+        Warn("the file tells no unit, which is taken for a metre");
+    }
+    const double fitting = m_presentation->GetViewHeight();
+    if (!m_options.settings.view.eye && wanted < fitting * WithoutMargin)
+    {
+        Warn("the model is larger than the paper at this scale; about 1:"
+             + std::to_string(RoundScale(*m_options.scale * fitting * WithoutMargin / wanted)) + " shows all of it");
+    }
+    m_presentation->SetViewHeight(wanted);
+}
+
+void RenderJob::Warn(const std::string& text) const
+{
+    if (!m_options.quiet)
+    {
+        PrintLine("warning: " + m_options.model + ": " + text);
+    }
+}
+
+void RenderJob::ListNodes()
+{
+    switch (m_options.listing)
+    {
+    case NodeListing::Text:
+        m_nodeList = ListNodesAsText(m_presentation->GetScene(), m_presentation->GetNodes());
+        break;
+    case NodeListing::JSON:
+        m_nodeList = ListNodesAsJSON(m_presentation->GetScene(), m_presentation->GetNodes());
+        break;
+    case NodeListing::None:
+        break;
+    }
 }
 
 void RenderJob::Draw()
 {
-    if (!IsDrawn())
-    {
-        return;
-    }
     m_gl->BindFramebuffer();
     for (int frame = 0; frame < m_options.frames; ++frame)
     {
@@ -148,7 +242,7 @@ void RenderJob::Draw()
         {
             calls.emplace();
         }
-        m_presentation->Draw(m_options.width, m_options.height, m_options.pixelRatio);
+        m_presentation->Draw(m_options.width, m_options.height, m_options.picture.pixelRatio);
         if (calls)
         {
             m_stats.calls = calls->GetCounts();
@@ -176,9 +270,63 @@ void RenderJob::Pick()
 
 void RenderJob::Write()
 {
+    if (m_options.output.empty())
+    {
+        return;
+    }
     std::string error;
-    Require(m_options.output.empty() || Host::WritePNG(*m_gl, m_options.output, Host::PNGAlpha::Drop, error),
-            m_options.output, error);
+    const Host::PictureFormat format = FormatOf(m_options);
+    const std::unique_ptr<Host::PictureFile> file =
+        m_options.output == "-" ? Host::PictureFile::Create(STDOUT_FILENO, format, error)
+                                : Host::PictureFile::Create(m_options.output, format, error);
+    Require(file != nullptr, m_options.output, error);
+    WriteTo(*file);
+    Require(file->Finish(error), m_options.output, error);
+}
+
+void RenderJob::WriteTo(Host::PictureFile& file)
+{
+    const Stopwatch watch;
+    ProgressBar bar("Drawing");
+    Host::PictureOptions picture = m_options.picture;
+    picture.width = m_options.width;
+    picture.height = m_options.height;
+    picture.progress = [&bar](float percent)
+    {
+        bar.Show(percent);
+        return true;
+    };
+    Host::PictureFacts facts;
+    std::string error;
+    Require(m_presentation->WritePicture(file, picture, error, &facts), m_options.output, error);
+    bar.Clear();
+    if (m_options.stats && m_stats.frames.empty())
+    {
+        m_stats.frames.push_back(watch.Milliseconds());
+        m_stats.samples = Host::Presentation::SamplesFor(m_options.settings, picture.width, picture.height,
+                                                         m_gl->GetMaxSamples());
+        m_stats.presented = m_presentation->GetStatistics();
+    }
+    TellBlank(facts);
+}
+
+void RenderJob::TellBlank(const Host::PictureFacts& facts)
+{
+    const Host::PresentationSettings& settings = m_options.settings;
+    const bool mayHide = settings.sky || settings.ground || !settings.surroundings.empty() || !(settings.sheet == Host::SheetSettings());
+    if (!facts.isOneColor && !mayHide)
+    {
+        return;
+    }
+    Host::PictureOptions picture = m_options.picture;
+    picture.width = m_options.width;
+    picture.height = m_options.height;
+    const Host::BlankPicture blank = m_presentation->FindBlank(picture);
+    m_isBlank = static_cast<bool>(blank);
+    if (m_isBlank && (!m_options.quiet || m_options.failIfEmpty))
+    {
+        PrintLine(m_options.output + ": nothing of the model is seen: " + blank.Line() + "; " + RemedyFor(blank.reason));
+    }
 }
 
 } // namespace OV::RenderApp

@@ -12,6 +12,7 @@ namespace OV::Host
 
 class HeadlessContext;
 struct ImportResult;
+class PictureFile;
 class Presentation;
 
 } // namespace OV::Host
@@ -33,11 +34,20 @@ public:
     /// What was measured by Run.
     const Stats& GetStats() const { return m_stats; }
 
+    /// Whether Run wrote a picture that shows nothing of the model.
+    bool IsBlank() const { return m_isBlank; }
+
+    /// The tree of nodes, where it was asked for.
+    const std::string& GetNodeList() const { return m_nodeList; }
+
     /// What Run found at the pixel to pick.
     const PickReport& GetPick() const { return m_pick; }
 
 private:
-    bool IsDrawn() const;
+    bool IsMeasured() const;
+    void ListNodes();
+    void SetScale();
+    void Warn(const std::string& text) const;
     void OpenContext();
     void Load();
     Host::ImportResult Read(const std::string& file) const;
@@ -46,10 +56,14 @@ private:
     void Draw();
     void Pick();
     void Write();
+    void WriteTo(Host::PictureFile& file);
+    void TellBlank(const Host::PictureFacts& facts);
 
     Options m_options;
     Stats m_stats;
     PickReport m_pick;
+    std::string m_nodeList;
+    bool m_isBlank = false;
     // Whatever holds GL objects goes before the context does.
     std::unique_ptr<Host::HeadlessContext> m_gl;
     std::unique_ptr<Host::Presentation> m_presentation;

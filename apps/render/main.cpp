@@ -35,6 +35,8 @@ int Render(const Options& options)
 {
     RenderJob job(options);
     job.Run();
+    const int status = options.failIfEmpty && job.IsBlank() ? 1 : 0;
+    std::cout << job.GetNodeList();
     nlohmann::ordered_json told;
     if (options.stats)
     {
@@ -44,12 +46,11 @@ int Render(const Options& options)
     {
         job.GetPick().AddTo(told);
     }
-    if (told.empty())
+    if (!told.empty())
     {
-        return 0;
+        std::cout << ToText(told);
     }
-    std::cout << ToText(told);
-    return FlushOutput() ? 0 : 1;
+    return FlushOutput() ? status : 1;
 }
 
 } // namespace

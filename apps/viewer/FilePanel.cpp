@@ -139,15 +139,16 @@ void Panels::DrawPicturePanel()
     {
         return;
     }
-    PlaceInMiddle(420.0f, 140.0f);
+    PlaceInMiddle(420.0f, 165.0f);
     if (ImGui::Begin("Save a picture", &m_isPictureOpen, ImGuiWindowFlags_NoResize | ImGuiWindowFlags_NoCollapse))
     {
-        ImGui::InputText("PNG file", m_pictureName, sizeof(m_pictureName));
+        ImGui::InputText("PNG or JPEG", m_pictureName, sizeof(m_pictureName));
         ImGui::InputInt2("Pixels", m_pictureSize);
+        ImGui::Checkbox("Without background", &m_isPictureTransparent);
         if (ImGui::Button("Save"))
         {
             m_isPictureOpen = false;
-            m_viewer.TakePicture(m_pictureName, m_pictureSize[0], m_pictureSize[1]);
+            m_viewer.TakePicture(m_pictureName, m_pictureSize[0], m_pictureSize[1], m_isPictureTransparent);
         }
         ImGui::SameLine();
         if (ImGui::Button("As large as here"))

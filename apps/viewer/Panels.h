@@ -62,6 +62,7 @@ private:
     };
     std::vector<Entry> m_entries;
 
+    bool m_isPictureTransparent = false;
     bool m_isPictureOpen = false;
     char m_pictureName[512] = "picture.png";
     int m_pictureSize[2] = {1920, 1080};

@@ -496,7 +496,7 @@ void Viewer::SaveScreenshot(int width, int height)
     }
 }
 
-void Viewer::TakePicture(const std::string& path, int width, int height)
+void Viewer::TakePicture(const std::string& path, int width, int height, bool transparent)
 {
     Host::Presentation* const model = m_desk.GetModel();
     if (!model)
@@ -507,14 +507,21 @@ void Viewer::TakePicture(const std::string& path, int width, int height)
     // The colour of what is selected is no part of the design.
     const std::vector<std::string> selection = m_desk.GetSelection();
     m_desk.Select({});
+    Host::PictureOptions picture;
+    picture.width = width > 0 ? width : m_desk.GetWidth();
+    picture.height = height > 0 ? height : m_desk.GetHeight();
+    picture.transparent = transparent && !m_desk.GetSettings().sky;
     std::string error;
     // That of the window is as it is there; another one counts pixels alone.
-    const bool isOfWindow = width < 1 || height < 1;
-    const bool isSaved = model->SavePicture(path, isOfWindow ? m_desk.GetWidth() : width,
-                                            isOfWindow ? m_desk.GetHeight() : height, error,
-                                            isOfWindow ? m_desk.GetRatio() : 1.0f);
+    picture.pixelRatio = width < 1 || height < 1 ? m_desk.GetRatio() : 1.0f;
+    const bool isSaved = model->SavePicture(path, picture, error);
+    const Host::BlankPicture blank = isSaved ? model->FindBlank(picture) : Host::BlankPicture();
     m_desk.Select(selection);
-    if (isSaved)
+    if (blank)
+    {
+        m_desk.Tell("Saved " + path + ", which shows nothing of the model: " + blank.Line());
+    }
+    else if (isSaved)
     {
         m_desk.Tell("Saved " + path);
     }

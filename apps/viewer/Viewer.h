@@ -60,9 +60,10 @@ public:
     /// Writes what the window shows next as a PNG file.
     void TakeScreenshot(const std::string& path) { m_screenshot = path; Redraw(); }
 
-    /// Writes the model without panels as a PNG file.
+    /// Writes the model without panels as a PNG or JPEG file.
     /// @param width, height 0 for those of the window.
-    void TakePicture(const std::string& path, int width = 0, int height = 0);
+    /// @param transparent leaves the background out, unless there is a sky.
+    void TakePicture(const std::string& path, int width = 0, int height = 0, bool transparent = false);
 
     /// The command of orvane-render that draws what is shown; to the clipboard.
     void CopyCommand();

@@ -27,6 +27,7 @@ constexpr OptionRow kOptions[] = {
 enum Uniform : int
 {
     UniformDepthTexture,
+    UniformPart,
     UniformRenderedTexture,
     UniformRenderedTextureHeight,
     UniformRenderedTextureWidth,
@@ -36,6 +37,7 @@ enum Uniform : int
 
 constexpr IndexedName kUniforms[] = {
     {UniformDepthTexture, "uDepthTexture"},
+    {UniformPart, "uPart"},
     {UniformRenderedTexture, "uRenderedTexture"},
     {UniformRenderedTextureHeight, "uRenderedTextureHeight"},
     {UniformRenderedTextureWidth, "uRenderedTextureWidth"},
@@ -106,6 +108,7 @@ void SSAOEffectES20::BindMeshUniforms(MeshNode*)
     Set(UniformRenderedTexture, 1);
     Set(UniformZNear, zNear);
     Set(UniformZFar, zFar);
+    Set(UniformPart, part[0], part[1], part[2], part[3]);
 }
 
 } // namespace OV

@@ -6,12 +6,14 @@ PRECISION_DEFAULT_HIGHP(float)
 
 uniform HIGHP sampler2D uDepthTexture;
 uniform sampler2D uRenderedTexture;    // the finished picture
-uniform float uRenderedTextureWidth;   // pixels
-uniform float uRenderedTextureHeight;  // pixels
+uniform float uRenderedTextureWidth;   // of the whole picture, pixels
+uniform float uRenderedTextureHeight;  // of the whole picture, pixels
 uniform HIGHP float uZNear;
 uniform HIGHP float uZFar;
+uniform HIGHP vec4 uPart;              // of the whole picture: its coordinates to those of the textures
 
-varying vec2 texCoord;                 // 0 to 1
+
+varying vec2 texCoord;                 // 0 to 1, in the textures
 
 const int samples = 16;
 const float radius = 4.0;              // of the spiral
@@ -26,6 +28,17 @@ const float lumInfluence = 0.5;        // how much luminance reduces occlusion
 #define height uRenderedTextureHeight
 #define znear uZNear
 #define zfar uZFar
+
+// Samples are placed in the whole picture, of which the textures may hold a part.
+vec2 toTexture(vec2 coord)
+{
+    return coord * uPart.xy + uPart.zw;
+}
+
+vec2 toWhole(vec2 coord)
+{
+    return (coord - uPart.zw) / uPart.xy;
+}
 
 vec2 rand(vec2 coord)
 {
@@ -56,7 +69,7 @@ float doMist()
 // picture is meant to pass.
 float readDepth(vec2 coord)
 {
-    float d = texture2D(uDepthTexture, coord).r;
+    float d = texture2D(uDepthTexture, toTexture(coord)).r;
     return texCoord.x < 0.0 || texCoord.y < 0.0 ? 1.0 : (2.0 * znear) / (zfar + znear - d * (zfar - znear));
 }
 
@@ -78,8 +91,9 @@ float compareDepths(float depth1, float depth2, inout int far)
 float calAO(float depth, float dw, float dh)
 {
     float dd = (1.0 - depth) * radius;
-    vec2 coord = texCoord + vec2(dw, dh) * dd;
-    vec2 coord2 = texCoord - vec2(dw, dh) * dd;
+    vec2 place = toWhole(texCoord);
+    vec2 coord = place + vec2(dw, dh) * dd;
+    vec2 coord2 = place - vec2(dw, dh) * dd;
     int far = 0;
     float temp = compareDepths(depth, readDepth(coord), far);
     if (far > 0)
@@ -93,8 +107,8 @@ float calAO(float depth, float dw, float dh)
 
 void main()
 {
-    vec2 noise = rand(texCoord);
-    float depth = readDepth(texCoord);
+    vec2 noise = rand(toWhole(texCoord));
+    float depth = readDepth(toWhole(texCoord));
     float w = (1.0 / width) / clamp(depth, aoclamp, 1.0) + noise.x * (1.0 - noise.x);
     float h = (1.0 / height) / clamp(depth, aoclamp, 1.0) + noise.y * (1.0 - noise.y);
 

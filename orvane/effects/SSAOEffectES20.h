@@ -3,6 +3,8 @@
 #include "orvane/Export.h"
 #include "orvane/effects/MaterialEffectES20.h"
 
+#include <array>
+
 namespace OV
 {
 
@@ -28,6 +30,10 @@ public:
     /// What Apply does: program, with mist, and textures, depth on unit 0, picture on 1.
     void Bind();
 
+    /// Where the pictures are a part of a larger one, whose size SetDimensions tells: coordinates of
+    /// the larger one, 0 to 1, become those of the part by a scale and then a shift. All of it at first.
+    void SetPart(float scaleX, float scaleY, float shiftX, float shiftY) { part = {scaleX, scaleY, shiftX, shiftY}; }
+
     /// Size of the pictures, in pixels.
     void SetDimensions(int newWidth, int newHeight)
     {
@@ -51,6 +57,7 @@ protected:
 
     explicit SSAOEffectES20(EffectCache* cache);
 
+    std::array<float, 4> part = {1.0f, 1.0f, 0.0f, 0.0f};
     int width = 0;
     int height = 0;
     int renderTexture = 0;

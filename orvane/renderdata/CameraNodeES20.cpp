@@ -110,6 +110,7 @@ void CameraNodeES20::UpdateMVP(int width, int height, bool)
         lens.Orthographic(width, height, projection);
     }
     mvp.Multiply(projection, view);
+    TakePart(mvp);
 }
 
 void CameraNodeES20::UpdateInfiniteMVP(int width, int height, float nearOffset)
@@ -131,6 +132,7 @@ void CameraNodeES20::UpdateInfiniteMVP(int width, int height, float nearOffset)
         lens.Orthographic(width, height, projection);
     }
     mvp.Multiply(projection, view);
+    TakePart(mvp);
 }
 
 void CameraNodeES20::UpdateHudMVP(int width, int height, float nearZ, float farZ)
@@ -138,6 +140,24 @@ void CameraNodeES20::UpdateHudMVP(int width, int height, float nearZ, float farZ
     hudCamera = true;
     hudMvp.CalculateOrthoMatrix(0.0f, static_cast<float>(width), 0.0f, static_cast<float>(height), nearZ,
                                 farZ);
+    TakePart(hudMvp);
+}
+
+void CameraNodeES20::TakePart(Matrix& matrix) const
+{
+    const bool isWhole = m_part.scaleX == 1.0 && m_part.scaleY == 1.0 && m_part.shiftX == 0.0 && m_part.shiftY == 0.0;
+    if (isWhole)
+    {
+        // Also where a number is not finite.
+        return;
+    }
+    for (int column = 0; column < 16; column += 4)
+    {
+        const auto shifted = [&](int row, double scale, double shift)
+        { return static_cast<float>(scale * matrix.m[column + row] + shift * matrix.m[column + 3]); };
+        matrix.m[column] = shifted(0, m_part.scaleX, m_part.shiftX);
+        matrix.m[column + 1] = shifted(1, m_part.scaleY, m_part.shiftY);
+    }
 }
 
 Matrix CameraNodeES20::UpdateView()

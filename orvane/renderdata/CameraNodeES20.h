@@ -11,6 +11,16 @@ namespace OV
 
 class CameraNode;
 
+/// What of a view fills the target: normalised device coordinates of the whole view become those of
+/// the target by a scale and then a shift.
+struct ViewPart
+{
+    double scaleX = 1.0;
+    double scaleY = 1.0;
+    double shiftX = 0.0;
+    double shiftY = 0.0;
+};
+
 /// Render data of a camera: the matrices that effects read, rebuilt whenever a scene is drawn.
 ///
 /// Widths and heights are in points. Owned by its camera; the one of the 2D layers has no
@@ -53,6 +63,11 @@ public:
     /// Rebuilds hudMvp: (0, 0) to (width, height) and the given range of distances.
     void UpdateHudMVP(int width, int height, float nearZ, float farZ);
 
+    /// Every update from now on makes the matrices of a part of the view, whose sizes stay those of
+    /// the whole one; all of it at first. Depths are as ever.
+    void SetPart(const ViewPart& part) { m_part = part; }
+    const ViewPart& GetPart() const { return m_part; }
+
     WatchedPtr<CameraNode> camera; ///< not owned; reads null once it is gone
     Transform invCamT;
     Matrix mvp{};
@@ -61,6 +76,9 @@ public:
 
 private:
     Matrix UpdateView();
+    void TakePart(Matrix& matrix) const;
+
+    ViewPart m_part;
 };
 
 } // namespace OV

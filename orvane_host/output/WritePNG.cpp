@@ -1,12 +1,10 @@
 #include "orvane_host/output/WritePNG.h"
 
 #include "orvane_host/context/HeadlessContext.h"
+#include "orvane_host/output/PictureFile.h"
 #include "orvane_host/output/detail/AtomicFile.h"
 #include "orvane/imaging/ImageCodec.h"
 
-#include <algorithm>
-#include <array>
-#include <cctype>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
@@ -31,34 +29,20 @@ void DropAlpha(std::vector<unsigned char>& pixels)
     pixels.resize(to);
 }
 
-/// Endings that promise a picture or a drawing of another kind.
-constexpr std::array<const char*, 36> kForeignEndings = {
-    "avif", "bmp", "dds",  "dib",  "eps", "exr", "gif", "hdr", "heic", "heif", "ico", "j2k",
-    "jfif", "jp2", "jpe",  "jpeg", "jpg", "jxl", "ktx", "pbm", "pcx",  "pdf",  "pgm", "pic",
-    "pnm",  "ppm", "ps",   "psd",  "qoi", "ras", "svg", "tga", "tif",  "tiff", "webp", "xcf",
-};
-
-/// The ending of a file name in small letters, without the dot; empty where there is none.
-std::string EndingOf(const std::string& path)
-{
-    const std::string name = path.substr(path.find_last_of('/') + 1);
-    const std::size_t dot = name.find_last_of('.');
-    std::string ending = dot == std::string::npos ? std::string() : name.substr(dot + 1);
-    std::transform(ending.begin(), ending.end(), ending.begin(),
-                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
-    return ending;
-}
-
 /// Other programs go by the ending, and would not find what it promises.
 bool IsNameForPNG(const std::string& path, std::string& error)
 {
-    const std::string ending = EndingOf(path);
-    if (std::find(kForeignEndings.begin(), kForeignEndings.end(), ending) == kForeignEndings.end())
+    PictureKind kind = PictureKind::PNG;
+    if (!PictureFile::KindOf(path, kind, error))
     {
-        return true;
+        return false;
     }
-    error = "pictures are written as PNG, which ." + ending + " is not; let the name end in .png";
-    return false;
+    if (kind != PictureKind::PNG)
+    {
+        error = "the name promises a JPEG and this is a PNG; let the name end in .png";
+        return false;
+    }
+    return true;
 }
 
 }  // namespace

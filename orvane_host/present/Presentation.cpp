@@ -247,6 +247,16 @@ bool Presentation::SetCamera(const Transform& place, float distance)
                         Vector(static_cast<float>(m[0][1]), static_cast<float>(m[1][1]), static_cast<float>(m[2][1])));
 }
 
+bool Presentation::SetViewHeight(double height)
+{
+    return m_impl->SetViewHeight(height);
+}
+
+double Presentation::GetViewHeight() const
+{
+    return m_impl->ViewHeight();
+}
+
 void Presentation::Resize(int width, int height, float pixelRatio)
 {
     m_impl->Resize(width, height, pixelRatio);
@@ -279,7 +289,25 @@ void Presentation::Resume()
 
 bool Presentation::SavePicture(const std::string& path, int width, int height, std::string& error, float pixelRatio)
 {
-    return m_impl->SavePicture(path, width, height, pixelRatio, error);
+    PictureOptions options;
+    options.width = width;
+    options.height = height;
+    options.pixelRatio = pixelRatio;
+    return SavePicture(path, options, error);
+}
+
+bool Presentation::SavePicture(const std::string& path, const PictureOptions& options, std::string& error,
+                               PictureFacts* facts)
+{
+    PictureFacts unasked;
+    return m_impl->SavePicture(path, options, facts ? *facts : unasked, error);
+}
+
+bool Presentation::WritePicture(PictureFile& file, const PictureOptions& options, std::string& error,
+                                PictureFacts* facts)
+{
+    PictureFacts unasked;
+    return m_impl->WritePicture(file, options, facts ? *facts : unasked, error);
 }
 
 std::optional<PickHit> Presentation::Pick(int x, int y)

@@ -2,8 +2,10 @@
 
 #include "orvane_host/import/ImportOptions.h"
 #include "orvane_host/import/ImportResult.h"
+#include "orvane_host/present/BlankPicture.h"
 #include "orvane_host/present/DrawCounts.h"
 #include "orvane_host/present/Picking.h"
+#include "orvane_host/present/PictureOptions.h"
 #include "orvane_host/present/PresentationSettings.h"
 #include "orvane_host/sheet/Notes.h"
 #include "orvane/math/Color.h"
@@ -31,6 +33,7 @@ class Transform;
 namespace OV::Host
 {
 
+class PictureFile;
 class PresentationRenderer;
 
 /// How much a presentation holds and draws.
@@ -221,6 +224,14 @@ public:
     /// @param distance to what is looked at, above 0; an orthographic view takes its height from it.
     bool SetCamera(const Transform& place, float distance);
 
+    /// Moves the eye along its line of sight until a view without perspective is so many units of the model
+    /// high; GetSettings tells it from then on. A view with perspective sees so much where it looks at.
+    /// @return false, with nothing changed, where the height is not finite or not above 0.
+    bool SetViewHeight(double height);
+
+    /// How high a view is where it looks at, in units of the model.
+    double GetViewHeight() const;
+
     /// Tells the size in pixels, which Draw does too: what pictures are framed for and picked in.
     /// GL.
     /// @param pixelRatio pixels of the framebuffer for each that settings count, such as those of
@@ -252,8 +263,24 @@ public:
     /// @param pixelRatio as of Resize.
     bool SavePicture(const std::string& path, int width, int height, std::string& error, float pixelRatio = 1.0f);
 
+    /// The same with more to choose, as a PNG or a JPEG file by the ending of its name. What is too large
+    /// to be drawn at once is drawn in tiles that show no rims, and goes to the file as it is drawn.
+    /// @param facts null, or what was noticed meanwhile.
+    bool SavePicture(const std::string& path, const PictureOptions& options, std::string& error,
+                     PictureFacts* facts = nullptr);
+
+    /// Draws all rows into a file that was begun with the size and the format of the options; to finish
+    /// it is the caller's. GL, as SavePicture.
+    bool WritePicture(PictureFile& file, const PictureOptions& options, std::string& error,
+                      PictureFacts* facts = nullptr);
+
+    /// Finds out whether a picture would show nothing of the model, and why: draws it small, without
+    /// what stands behind and above the model. Of the options only size and transparency count. GL;
+    /// the framebuffer that is bound and the viewport stay.
+    BlankPicture FindBlank(const PictureOptions& options);
+
     /// Samples a pixel that a picture of a size gets by settings: none without multisampling, else as
-    /// many as they tell or as suit its size.
+    /// many as they tell, or 4.
     /// @param most that GL has.
     static int SamplesFor(const PresentationSettings& settings, int width, int height, int most);
 

@@ -1,6 +1,3 @@
-#include "orvane_host/context/HeadlessContext.h"
-#include "orvane_host/context/detail/HeadlessFramebuffer.h"
-#include "orvane_host/output/WritePNG.h"
 #include "orvane_host/present/HatchTextures.h"
 #include "orvane_host/present/detail/PresentationImpl.h"
 #include "orvane_host/present/detail/ProcessSettings.h"
@@ -25,10 +22,8 @@ namespace OV::Host
 namespace
 {
 
-constexpr int UsualSamples = 4;
-/// Above so many pixels multisampling would take more memory than it is worth: the picture is
-/// scaled down to be looked at.
-constexpr std::int64_t MultisampledPixels = 16 * 1024 * 1024;
+/// Side of a view that is picked in as a whole: of a larger one GL may have no buffers.
+constexpr int LargestPicked = 4096;
 
 /// Extent of a model that the strokes are drawn for.
 constexpr float HatchedExtent = 24.0f;
@@ -64,37 +59,6 @@ unsigned int BoundFramebuffer()
     return static_cast<unsigned int>(name);
 }
 
-/// The framebuffer, renderbuffer and viewport of the host, put back at the end.
-class HostTarget
-{
-public:
-    explicit HostTarget(const Detail::GLFunctions& gl) : m_gl(gl)
-    {
-        m_gl.getIntegerv(GL_DRAW_FRAMEBUFFER_BINDING, &m_draw);
-        m_gl.getIntegerv(GL_READ_FRAMEBUFFER_BINDING, &m_read);
-        m_gl.getIntegerv(GL_RENDERBUFFER_BINDING, &m_renderbuffer);
-        m_gl.getIntegerv(GL_VIEWPORT, m_viewport.data());
-    }
-
-    ~HostTarget()
-    {
-        m_gl.bindFramebuffer(GL_DRAW_FRAMEBUFFER, static_cast<GLuint>(m_draw));
-        m_gl.bindFramebuffer(GL_READ_FRAMEBUFFER, static_cast<GLuint>(m_read));
-        m_gl.bindRenderbuffer(GL_RENDERBUFFER, static_cast<GLuint>(m_renderbuffer));
-        m_gl.viewport(m_viewport[0], m_viewport[1], m_viewport[2], m_viewport[3]);
-    }
-
-    HostTarget(const HostTarget&) = delete;
-    HostTarget& operator=(const HostTarget&) = delete;
-
-private:
-    const Detail::GLFunctions& m_gl;
-    GLint m_draw = 0;
-    GLint m_read = 0;
-    GLint m_renderbuffer = 0;
-    std::array<GLint, 4> m_viewport{};
-};
-
 } // namespace
 
 bool Presentation::Impl::IsCaptured() const
@@ -126,8 +90,11 @@ void Presentation::Impl::Resize(int newWidth, int newHeight, float newRatio)
     {
         PlaceCamera();
     }
-    // The host may have set another viewport since.
-    renderer->Resize(m_width, m_height);
+    if (!renderer->GetPart())
+    {
+        // The host may have set another viewport since.
+        renderer->Resize(m_width, m_height);
+    }
     app.SetScreenSize(m_width, m_height);
 }
 
@@ -192,6 +159,14 @@ void Presentation::Impl::Prepare()
     renderer->Pack(&World(), &Camera());
 }
 
+void Presentation::Impl::DrawPart(const PicturePart& part, const Color& background, float ratio)
+{
+    renderer->ShowPart(part);
+    app.GetContext()->SetBackgroundColor(background);
+    m_isPictureChanged = true;
+    Draw(part.whole.width, part.whole.height, ratio);
+}
+
 void Presentation::Impl::Draw(int newWidth, int newHeight, float newRatio)
 {
     if (newWidth < 1 || newHeight < 1)
@@ -240,70 +215,6 @@ void Presentation::Impl::Resume()
     m_isPictureChanged = true;
 }
 
-int Presentation::SamplesFor(const PresentationSettings& settings, int width, int height, int most)
-{
-    if (settings.antialiasing != Antialiasing::Multisampling)
-    {
-        return 0;
-    }
-    if (settings.samples)
-    {
-        return *settings.samples;
-    }
-    return static_cast<std::int64_t>(width) * height <= MultisampledPixels ? std::min(UsualSamples, most) : 0;
-}
-
-bool Presentation::Impl::SavePicture(const std::string& path, int pictureWidth, int pictureHeight, float ratio,
-                                     std::string& error)
-{
-    Detail::GLFunctions gl;
-    if (const char* const missing = gl.Load(&HeadlessContext::GetProcAddress))
-    {
-        error = std::string("this GL has no ") + missing + "; use a newer driver";
-        return false;
-    }
-    const Detail::FramebufferLimits limits = Detail::FramebufferLimits::Query(gl);
-    const int finer = static_cast<int>(LineScale());
-    if (pictureWidth < 1 || pictureHeight < 1 || pictureWidth > limits.maxWidth / finer
-        || pictureHeight > limits.maxHeight / finer)
-    {
-        error = "a picture of " + std::to_string(pictureWidth) + "x" + std::to_string(pictureHeight)
-            + " can't be made; this GL allows 1x1 to " + std::to_string(limits.maxWidth / finer) + "x"
-            + std::to_string(limits.maxHeight / finer);
-        return false;
-    }
-    const HostTarget target(gl);
-    const std::unique_ptr<Detail::HeadlessFramebuffer> buffer =
-        Detail::HeadlessFramebuffer::Create(gl, limits, pictureWidth, pictureHeight,
-                                            SamplesFor(settings, pictureWidth, pictureHeight, limits.maxSamples),
-                                            error);
-    if (!buffer)
-    {
-        return false;
-    }
-    const int oldWidth = m_width;
-    const int oldHeight = m_height;
-    const float oldRatio = m_ratio;
-    const bool neededDraw = NeedsDraw();
-    buffer->Bind();
-    Draw(pictureWidth, pictureHeight, ratio);
-    std::vector<unsigned char> rgba;
-    const bool isRead = buffer->ReadPixels(rgba);
-    if (oldWidth > 0 && oldHeight > 0)
-    {
-        Resize(oldWidth, oldHeight, oldRatio);
-        LayOut();
-        app.Update(0.0f);
-        m_isPictureChanged = neededDraw;
-    }
-    if (!isRead)
-    {
-        error = "the picture could not be read back from GL; ask for a smaller one";
-        return false;
-    }
-    return WritePNG(std::move(rgba), pictureWidth, pictureHeight, path, PNGAlpha::Drop, error);
-}
-
 std::vector<PickHit> Presentation::Impl::Pick(const PickArea& area)
 {
     const Detail::ProcessSettings scope(settings, Camera(), OutlineWidth());
@@ -315,7 +226,19 @@ std::vector<PickHit> Presentation::Impl::PickThrough(int x, int y, int most)
 {
     const Detail::ProcessSettings scope(settings, Camera(), OutlineWidth());
     m_isPictureChanged = app.Update(0.0f) || m_isPictureChanged;
-    return picking->PickThrough(World(), Camera(), x, y, most);
+    if (std::max(m_width, m_height) <= LargestPicked || x < 0 || y < 0 || x >= m_width || y >= m_height)
+    {
+        return picking->PickThrough(World(), Camera(), x, y, most);
+    }
+    renderer->ShowPart(PicturePart{{m_width, m_height}, {1, 1}, x, m_height - 1 - y});
+    std::vector<PickHit> hits = picking->PickThrough(World(), Camera(), 0, 0, most);
+    renderer->ShowPart(std::nullopt);
+    for (PickHit& hit : hits)
+    {
+        hit.x = x;
+        hit.y = y;
+    }
+    return hits;
 }
 
 } // namespace OV::Host

@@ -31,6 +31,21 @@ struct PixelSize
     bool operator!=(const PixelSize& other) const { return !(*this == other); }
 };
 
+/// A rectangle of a larger picture that is drawn by itself, as a tile of a poster is.
+struct PicturePart
+{
+    PixelSize whole; ///< of the larger picture
+    PixelSize size;  ///< of the part
+    int x = 0;       ///< of its lower left corner in the whole
+    int y = 0;
+
+    bool operator==(const PicturePart& other) const
+    {
+        return whole == other.whole && size == other.size && x == other.x && y == other.y;
+    }
+    bool operator!=(const PicturePart& other) const { return !(*this == other); }
+};
+
 /// What a stage needs of a frame besides the scene. What no stage needs is not made.
 ///
 /// None of it can be had in a frame that is drawn over another, and none where GL can't make one
@@ -84,8 +99,9 @@ struct PresentationFrame
     StageAccess& renderer;      ///< what a stage may use of the renderer
     const FrameItems& items;    ///< empty while stages prepare
 
-    PixelSize view = {};   ///< in points, which matrices count in
-    PixelSize screen = {}; ///< of the picture that is seen
+    PixelSize view = {};   ///< in points, which matrices count in; of the whole picture
+    PixelSize screen = {}; ///< of the picture that is seen, or of its part that is drawn
+    PicturePart part = {}; ///< of what the screen shows; all of the whole in ordinary frames
     PixelSize target = {}; ///< of what is drawn into: a capture may be finer than the screen
     Color background = {}; ///< that the picture was cleared in
     bool overDraw = false; ///< whether the frame is drawn over another

@@ -238,6 +238,20 @@ void PresentationRenderer::ReleaseHeld()
     m_picture.reset();
 }
 
+int PresentationRenderer::GetMargin(const PixelSize& whole) const
+{
+    // The filter looks 4 pixels along an edge and a pixel about that; what reduces a finer picture looks
+    // at the pixel and its neighbours.
+    constexpr int filterReach = 6;
+    constexpr int reducingReach = 2;
+    int margin = UseFXAA() ? filterReach : CanSuperSample() ? reducingReach : 0;
+    for (const Entry& entry : m_stages)
+    {
+        margin += entry.stage->MarginOf(whole);
+    }
+    return margin;
+}
+
 void PresentationRenderer::BeginCapture()
 {
     SceneRenderer::BeginCapture();

@@ -134,6 +134,11 @@ public:
     /// out. The camera's matrices get the size of the view, in points. GL.
     void DrawSurfaces(Scene& scene, CameraNode& camera, MaterialEffectES20& effect);
 
+    /// How many pixels about one it takes to draw it: parts of a picture (ShowPart) are right that far
+    /// from their rims, where those aren't the rims of the whole.
+    /// @param whole size of the picture.
+    int GetMargin(const PixelSize& whole) const;
+
     void BeginCapture() override;
     void ApplyCapture() override;
     void Render2D(Scene2D* layer) override;

@@ -12,6 +12,11 @@ FrameNeeds PresentationStage::NeedsOf(const PresentationFrame&) const
     return {};
 }
 
+int PresentationStage::MarginOf(const PixelSize&) const
+{
+    return 0;
+}
+
 void PresentationStage::Prepare(PresentationFrame&)
 {
 }

@@ -4,6 +4,7 @@ namespace OV::Host
 {
 
 struct FrameNeeds;
+struct PixelSize;
 struct PresentationFrame;
 
 /// Where in a frame a stage from outside draws. Those of one place draw in the order in which
@@ -30,6 +31,11 @@ public:
 
     /// Asked once a frame, after the meshes are listed. Nothing by default. Not GL.
     virtual FrameNeeds NeedsOf(const PresentationFrame& frame) const;
+
+    /// How many pixels about one the stage looks at to draw it: where a picture is drawn in tiles, they
+    /// overlap by as much. None by default. Not GL.
+    /// @param whole size of the picture.
+    virtual int MarginOf(const PixelSize& whole) const;
 
     /// Called before the meshes of a frame are listed and uploaded: for what changes how they are
     /// made, and for geometry of its own. Nothing by default. GL.

@@ -110,21 +110,42 @@ bool Presentation::Impl::Frame(const std::vector<Vector>& points)
     {
         return false;
     }
-    const auto& m = camera.GetGlobal().GetTransf3d().m;
-    const Vector place = camera.GetGlobal().GetPosition();
     double distance = camera.GetDistanceToTarget();
-    const Vector target(static_cast<float>(place.x - m[0][2] * distance),
-                        static_cast<float>(place.y - m[1][2] * distance),
-                        static_cast<float>(place.z - m[2][2] * distance));
     if (settings.view.orthographic)
     {
         // Settings have the height of the picture by way of the distance.
         distance *= std::tan(static_cast<double>(camera.GetFOV())) / std::tan(settings.view.fov * kPi / 360.0);
     }
-    const Vector eye(static_cast<float>(target.x + m[0][2] * distance), static_cast<float>(target.y + m[1][2] * distance),
-                     static_cast<float>(target.z + m[2][2] * distance));
-    return LookFrom(eye, target,
-                Vector(static_cast<float>(m[0][1]), static_cast<float>(m[1][1]), static_cast<float>(m[2][1])));
+    return LookAsFrom(camera, distance);
+}
+
+bool Presentation::Impl::SetViewHeight(double height)
+{
+    return std::isfinite(height) && height > 0.0
+        && LookAsFrom(Camera(), height / 2.0 / std::tan(settings.view.fov * kPi / 360.0));
+}
+
+double Presentation::Impl::ViewHeight() const
+{
+    const CameraNode& camera = Camera();
+    const double half = std::tan(static_cast<double>(camera.GetFOV())) * camera.GetDistanceToTarget();
+    // The angle of a camera is that of the shorter side where there is perspective.
+    const bool isUpright = camera.GetProjection() == CameraNode::Perspective && m_height > m_width && m_width > 0;
+    return 2.0 * half * (isUpright ? static_cast<double>(m_height) / m_width : 1.0);
+}
+
+bool Presentation::Impl::LookAsFrom(const CameraNode& camera, double distance)
+{
+    const auto& m = camera.GetGlobal().GetTransf3d().m;
+    const Vector place = camera.GetGlobal().GetPosition();
+    const auto behind = [&](const Vector& from, double by)
+    {
+        return Vector(static_cast<float>(from.x + m[0][2] * by), static_cast<float>(from.y + m[1][2] * by),
+                      static_cast<float>(from.z + m[2][2] * by));
+    };
+    const Vector target = behind(place, -static_cast<double>(camera.GetDistanceToTarget()));
+    return LookFrom(behind(target, distance), target,
+                    Vector(static_cast<float>(m[0][1]), static_cast<float>(m[1][1]), static_cast<float>(m[2][1])));
 }
 
 bool Presentation::Impl::LookFrom(const Vector& eye, const Vector& target, const Vector& up)

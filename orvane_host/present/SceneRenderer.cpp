@@ -30,6 +30,16 @@ private:
     bool& m_isDrawing;
 };
 
+/// Where a part of a picture lies in normalised device coordinates of all of it.
+ViewPart ViewPartOf(const PicturePart& part)
+{
+    const auto shift = [](int whole, int size, int begin)
+    { return (static_cast<double>(whole) - 2.0 * begin - size) / size; };
+    return {static_cast<double>(part.whole.width) / part.size.width,
+            static_cast<double>(part.whole.height) / part.size.height,
+            shift(part.whole.width, part.size.width, part.x), shift(part.whole.height, part.size.height, part.y)};
+}
+
 } // namespace
 
 SceneRenderer::SceneRenderer(TextureLoader* loader, RenderCapabilities* caps) :
@@ -70,6 +80,29 @@ void SceneRenderer::LevelLines(Scene& scene)
     }
 }
 
+void SceneRenderer::ShowPart(const std::optional<PicturePart>& part)
+{
+    const PixelSize size = part ? part->size : m_part ? m_part->whole : PixelSize{width, height};
+    if (size != PixelSize{width, height})
+    {
+        // A capture keeps its size otherwise.
+        ClearOffscreenBuffers();
+        Resize(size.width, size.height);
+    }
+    m_part = part;
+}
+
+void SceneRenderer::Render2D(Scene2D* layer)
+{
+    if (m_part)
+    {
+        // Layers are as large in a part as in the whole, and begin elsewhere.
+        hudCamera->SetPart({1.0, 1.0, -2.0 * m_part->x / m_part->size.width, -2.0 * m_part->y / m_part->size.height});
+    }
+    Renderer20::Render2D(layer);
+    hudCamera->SetPart({});
+}
+
 void SceneRenderer::Render3D(Scene* scene, CameraNode* camera)
 {
     // A host that is called while a frame is listed may ask for another one: the lists are in use.
@@ -108,10 +141,12 @@ PresentationFrame SceneRenderer::BeginFrame(Scene& scene, CameraNode& camera, Ca
                                             const FrameItems& items)
 {
     PresentationFrame frame{scene, camera, cameraData, m_access, items};
-    const float pointsPerPixel = GetPxToPtScale();
-    frame.view.width = static_cast<int>(static_cast<float>(width) * pointsPerPixel);
-    frame.view.height = static_cast<int>(static_cast<float>(height) * pointsPerPixel);
     frame.screen = {width, height};
+    frame.part = m_part.value_or(PicturePart{frame.screen, frame.screen, 0, 0});
+    const float pointsPerPixel = GetPxToPtScale();
+    frame.view.width = static_cast<int>(static_cast<float>(frame.part.whole.width) * pointsPerPixel);
+    frame.view.height = static_cast<int>(static_cast<float>(frame.part.whole.height) * pointsPerPixel);
+    cameraData.SetPart(m_part ? ViewPartOf(*m_part) : ViewPart());
     frame.target = frame.screen;
     frame.background = clearColor;
     frame.overDraw = overDraw;

@@ -5,6 +5,7 @@
 #include "orvane/renderer/Renderer20.h"
 
 #include <memory>
+#include <optional>
 
 namespace OV::Host::Detail
 {
@@ -38,10 +39,17 @@ public:
     void ShowSky(bool show) { m_skyShown = show; }
     bool IsSkyShown() const { return m_skyShown; }
 
+    /// Draws a part of a larger picture from the next frame on: the camera and the 2D layers see all of
+    /// the picture, the framebuffer has the size of the part. None, as at first, for pictures drawn in
+    /// one. GL.
+    void ShowPart(const std::optional<PicturePart>& part);
+    const std::optional<PicturePart>& GetPart() const { return m_part; }
+
     /// Makes the render data of everything in the scene that is ready, packs the geometry and
     /// uploads it, so that the next frame only draws. Null does nothing. GL.
     void Pack(Scene* scene, CameraNode* camera);
 
+    void Render2D(Scene2D* layer) override;
     void Render3D(Scene* scene, CameraNode* camera) override;
     void Suspend() override;
 
@@ -66,6 +74,7 @@ private:
     void LevelLines(Scene& scene);
     void DrawSky(Scene& scene, CameraNode& camera);
 
+    std::optional<PicturePart> m_part;
     StageAccess m_access{*this};
     bool m_isDrawing = false;
     bool m_skyShown = false;

@@ -295,4 +295,27 @@ TEST_F(CameraNodeES20Test, BelongsToItsCamera)
     EXPECT_EQ(deaths, 2);
 }
 
+TEST_F(CameraNodeES20Test, APartIsTheWholeScaledAndShifted)
+{
+    camera.UpdateMVP(80, 40, false);
+    const Matrix whole = camera.mvp;
+    // The right upper quarter: 0 to 1 of the whole becomes -1 to 1.
+    camera.SetPart({2.0, 2.0, -1.0, -1.0});
+    camera.UpdateMVP(80, 40, false);
+    for (int column = 0; column < 16; column += 4)
+    {
+        EXPECT_NEAR(camera.mvp.m[column], 2.0f * whole.m[column] - whole.m[column + 3], 1e-5f);
+        EXPECT_NEAR(camera.mvp.m[column + 1], 2.0f * whole.m[column + 1] - whole.m[column + 3], 1e-5f);
+        EXPECT_EQ(camera.mvp.m[column + 2], whole.m[column + 2]);
+        EXPECT_EQ(camera.mvp.m[column + 3], whole.m[column + 3]);
+    }
+    camera.UpdateHudMVP(80, 40, 0.0f, 1.0f);
+    EXPECT_NEAR(camera.hudMvp.m[0], 4.0f / 80.0f, 1e-6f);
+    EXPECT_NEAR(camera.hudMvp.m[12], -3.0f, 1e-6f);
+    EXPECT_NEAR(camera.hudMvp.m[13], -3.0f, 1e-6f);
+    camera.SetPart({});
+    camera.UpdateMVP(80, 40, false);
+    ExpectEqual(camera.mvp, whole);
+}
+
 } // namespace OV::Test

@@ -126,7 +126,8 @@ FramebufferLimits FramebufferLimits::Query(const GLFunctions& gl)
 
 std::unique_ptr<HeadlessFramebuffer> HeadlessFramebuffer::Create(const GLFunctions& gl,
                                                                  const FramebufferLimits& limits, int width,
-                                                                 int height, int samples, std::string& error)
+                                                                 int height, int samples, std::string& error,
+                                                                 int bits)
 {
     const std::string refusal = FindRefusal(limits, width, height, samples);
     if (!refusal.empty())
@@ -136,7 +137,7 @@ std::unique_ptr<HeadlessFramebuffer> HeadlessFramebuffer::Create(const GLFunctio
     }
     const BindingGuard guard(gl);
     ClearErrors(gl);
-    std::unique_ptr<HeadlessFramebuffer> made(new HeadlessFramebuffer(gl, width, height));
+    std::unique_ptr<HeadlessFramebuffer> made(new HeadlessFramebuffer(gl, width, height, bits));
     const int asked = samples > 1 ? samples : 0;
     if (!made->Build(made->m_draw, asked, true, error)
         || (asked > 0 && !made->Build(made->m_resolve, 0, false, error)))
@@ -146,8 +147,8 @@ std::unique_ptr<HeadlessFramebuffer> HeadlessFramebuffer::Create(const GLFunctio
     return made;
 }
 
-HeadlessFramebuffer::HeadlessFramebuffer(const GLFunctions& gl, int width, int height)
-    : m_gl(gl), m_width(width), m_height(height)
+HeadlessFramebuffer::HeadlessFramebuffer(const GLFunctions& gl, int width, int height, int bits)
+    : m_gl(gl), m_width(width), m_height(height), m_bits(bits)
 {
 }
 
@@ -167,7 +168,7 @@ bool HeadlessFramebuffer::Build(Names& names, int samples, bool withDepth, std::
 {
     m_gl.genFramebuffers(1, &names.framebuffer);
     m_gl.bindFramebuffer(GL_FRAMEBUFFER, names.framebuffer);
-    bool stored = AddStorage(names.color, GL_RGBA8, GL_COLOR_ATTACHMENT0, samples);
+    bool stored = AddStorage(names.color, m_bits == 16 ? GL_RGBA16 : GL_RGBA8, GL_COLOR_ATTACHMENT0, samples);
     if (samples > 0)
     {
         GLint given = 0;
@@ -233,27 +234,7 @@ bool HeadlessFramebuffer::ReadPixels(std::vector<unsigned char>& rgba)
     {
         return false;
     }
-    const BindingGuard guard(m_gl);
-    const bool scissored = m_gl.isEnabled(GL_SCISSOR_TEST) != GL_FALSE;
-    ClearErrors(m_gl);
-    m_gl.bindFramebuffer(GL_READ_FRAMEBUFFER, m_draw.framebuffer);
-    if (m_resolve.framebuffer != 0)
-    {
-        // A blit is cut by the scissor, reading is not.
-        m_gl.disable(GL_SCISSOR_TEST);
-        m_gl.bindFramebuffer(GL_DRAW_FRAMEBUFFER, m_resolve.framebuffer);
-        m_gl.blitFramebuffer(0, 0, m_width, m_height, 0, 0, m_width, m_height, GL_COLOR_BUFFER_BIT, GL_NEAREST);
-        m_gl.bindFramebuffer(GL_READ_FRAMEBUFFER, m_resolve.framebuffer);
-    }
-    {
-        const PackGuard pack(m_gl);
-        m_gl.readPixels(0, 0, m_width, m_height, GL_RGBA, GL_UNSIGNED_BYTE, rgba.data());
-    }
-    if (scissored)
-    {
-        m_gl.enable(GL_SCISSOR_TEST);
-    }
-    if (m_gl.getError() != GL_NO_ERROR)
+    if (!ReadPart(0, 0, m_width, m_height, rgba.data()))
     {
         rgba.clear();
         return false;
@@ -266,6 +247,31 @@ bool HeadlessFramebuffer::ReadPixels(std::vector<unsigned char>& rgba)
                          rgba.begin() + static_cast<std::ptrdiff_t>(bottom * row));
     }
     return true;
+}
+
+bool HeadlessFramebuffer::ReadPart(int x, int y, int width, int height, void* rgba)
+{
+    const BindingGuard guard(m_gl);
+    const bool scissored = m_gl.isEnabled(GL_SCISSOR_TEST) != GL_FALSE;
+    ClearErrors(m_gl);
+    m_gl.bindFramebuffer(GL_READ_FRAMEBUFFER, m_draw.framebuffer);
+    if (m_resolve.framebuffer != 0)
+    {
+        // A blit is cut by the scissor, reading is not.
+        m_gl.disable(GL_SCISSOR_TEST);
+        m_gl.bindFramebuffer(GL_DRAW_FRAMEBUFFER, m_resolve.framebuffer);
+        m_gl.blitFramebuffer(x, y, x + width, y + height, x, y, x + width, y + height, GL_COLOR_BUFFER_BIT, GL_NEAREST);
+        m_gl.bindFramebuffer(GL_READ_FRAMEBUFFER, m_resolve.framebuffer);
+    }
+    {
+        const PackGuard pack(m_gl);
+        m_gl.readPixels(x, y, width, height, GL_RGBA, m_bits == 16 ? GL_UNSIGNED_SHORT : GL_UNSIGNED_BYTE, rgba);
+    }
+    if (scissored)
+    {
+        m_gl.enable(GL_SCISSOR_TEST);
+    }
+    return m_gl.getError() == GL_NO_ERROR;
 }
 
 }  // namespace OV::Host::Detail

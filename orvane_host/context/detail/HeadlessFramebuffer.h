@@ -27,8 +27,10 @@ class HeadlessFramebuffer
 public:
     /// Null, with the reason in `error`, when the driver does not give it. Leaves the bindings
     /// of framebuffer and renderbuffer as they were.
+    /// @param bits of a channel, 8 or 16.
     static std::unique_ptr<HeadlessFramebuffer> Create(const GLFunctions& gl, const FramebufferLimits& limits,
-                                                       int width, int height, int samples, std::string& error);
+                                                       int width, int height, int samples, std::string& error,
+                                                       int bits = 8);
 
     ~HeadlessFramebuffer();
 
@@ -40,6 +42,10 @@ public:
 
     void Bind();
     bool ReadPixels(std::vector<unsigned char>& rgba);
+
+    /// Reads RGBA in the framebuffer's bits a channel, tight rows, the bottom one first.
+    /// @param x, y of the lower left corner of what is read, which lies inside.
+    bool ReadPart(int x, int y, int width, int height, void* rgba);
 
     int GetWidth() const { return m_width; }
     int GetHeight() const { return m_height; }
@@ -55,7 +61,7 @@ private:
         GLuint depthStencil = 0;
     };
 
-    HeadlessFramebuffer(const GLFunctions& gl, int width, int height);
+    HeadlessFramebuffer(const GLFunctions& gl, int width, int height, int bits);
 
     bool Build(Names& names, int samples, bool withDepth, std::string& error);
     bool AddStorage(GLuint& name, GLenum format, GLenum attachment, int samples);
@@ -64,6 +70,7 @@ private:
     const GLFunctions& m_gl;
     int m_width;
     int m_height;
+    int m_bits;
     int m_samples = 0;
     Names m_draw;
     Names m_resolve;

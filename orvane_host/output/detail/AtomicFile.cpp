@@ -11,6 +11,7 @@
 #include <cstring>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace OV::Host::Detail
 {
@@ -93,17 +94,25 @@ bool FindTarget(const std::string& path, Target& target, std::string& error)
     return true;
 }
 
-/// A file that is gone at the end of its scope unless it was put in its place.
+/// A file that is gone at the end of its scope, and with the process, unless it was put in its place.
+///
+/// It has no name before, where the file system can do that.
 class TemporaryFile
 {
 public:
     explicit TemporaryFile(const std::string& folder)
     {
-        static std::atomic<unsigned int> counter{0};
+        m_folder = folder;
+#ifdef O_TMPFILE
+        m_descriptor = ::open(folder.c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, 0666);
+        if (m_descriptor >= 0)
+        {
+            return;
+        }
+#endif
         do
         {
-            // A short name: the longest that the file system takes is fine for the file itself.
-            m_path = folder + ".orvane-" + std::to_string(::getpid()) + "-" + std::to_string(counter++);
+            m_path = NextName();
             m_descriptor = ::open(m_path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
         } while (m_descriptor < 0 && errno == EEXIST);
         m_exists = m_descriptor >= 0;
@@ -125,7 +134,7 @@ public:
 
     bool MoveTo(const std::string& path, const std::optional<mode_t>& mode)
     {
-        if ((mode && ::fchmod(m_descriptor, *mode) != 0) || ::fsync(m_descriptor) != 0 || !Close()
+        if ((mode && ::fchmod(m_descriptor, *mode) != 0) || ::fsync(m_descriptor) != 0 || !Name() || !Close()
             || ::rename(m_path.c_str(), path.c_str()) != 0)
         {
             return false;
@@ -135,6 +144,29 @@ public:
     }
 
 private:
+    std::string NextName() const
+    {
+        static std::atomic<unsigned int> counter{0};
+        // A short name: the longest that the file system takes is fine for the file itself.
+        return m_folder + ".orvane-" + std::to_string(::getpid()) + "-" + std::to_string(counter++);
+    }
+
+    /// Gives the file a name to be renamed from.
+    bool Name()
+    {
+        if (m_exists)
+        {
+            return true;
+        }
+        const std::string self = "/proc/self/fd/" + std::to_string(m_descriptor);
+        do
+        {
+            m_path = NextName();
+            m_exists = ::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, m_path.c_str(), AT_SYMLINK_FOLLOW) == 0;
+        } while (!m_exists && errno == EEXIST);
+        return m_exists;
+    }
+
     bool Close()
     {
         const int descriptor = m_descriptor;
@@ -142,17 +174,18 @@ private:
         return descriptor < 0 || ::close(descriptor) == 0;
     }
 
+    std::string m_folder;
     std::string m_path;
     int m_descriptor = -1;
     bool m_exists = false;
 };
 
-bool WriteAll(int descriptor, const std::vector<unsigned char>& bytes)
+bool WriteAll(int descriptor, const unsigned char* bytes, std::size_t size)
 {
     std::size_t done = 0;
-    while (done < bytes.size())
+    while (done < size)
     {
-        const ssize_t written = ::write(descriptor, bytes.data() + done, bytes.size() - done);
+        const ssize_t written = ::write(descriptor, bytes + done, size - done);
         if (written < 0 && errno != EINTR)
         {
             return false;
@@ -162,37 +195,95 @@ bool WriteAll(int descriptor, const std::vector<unsigned char>& bytes)
     return true;
 }
 
-bool WriteThrough(const std::string& path, const std::vector<unsigned char>& bytes, std::string& error)
+class AtomicSink : public FileSink
 {
-    const int descriptor = ::open(path.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC);
-    if (descriptor < 0)
+public:
+    explicit AtomicSink(const Target& target) : m_target(target), m_file(target.folder) {}
+
+    bool IsOpen() const { return m_file.Descriptor() >= 0; }
+
+    bool Write(const unsigned char* bytes, std::size_t size, std::string& error) override
     {
-        return Fail(errno, error);
+        return WriteAll(m_file.Descriptor(), bytes, size) || Fail(errno, error);
     }
-    const int trouble = WriteAll(descriptor, bytes) ? 0 : errno;
-    const bool closed = ::close(descriptor) == 0;
-    return trouble == 0 && closed ? true : Fail(trouble != 0 ? trouble : errno, error);
-}
+
+    bool Finish(std::string& error) override
+    {
+        return m_file.MoveTo(m_target.path, m_target.mode) || Fail(errno, error);
+    }
+
+private:
+    Target m_target;
+    TemporaryFile m_file;
+};
+
+/// A device, a pipe or what the caller has open.
+class DirectSink : public FileSink
+{
+public:
+    DirectSink(int descriptor, bool isOwn) : m_descriptor(descriptor), m_isOwn(isOwn) {}
+
+    ~DirectSink() override
+    {
+        if (m_isOwn && m_descriptor >= 0)
+        {
+            ::close(m_descriptor);
+        }
+    }
+
+    bool Write(const unsigned char* bytes, std::size_t size, std::string& error) override
+    {
+        return WriteAll(m_descriptor, bytes, size) || Fail(errno, error);
+    }
+
+    bool Finish(std::string& error) override
+    {
+        const int descriptor = std::exchange(m_descriptor, m_isOwn ? -1 : m_descriptor);
+        return !m_isOwn || ::close(descriptor) == 0 || Fail(errno, error);
+    }
+
+private:
+    int m_descriptor;
+    bool m_isOwn;
+};
 
 }  // namespace
 
-bool WriteFileAtomically(const std::string& path, const std::vector<unsigned char>& bytes, std::string& error)
+std::unique_ptr<FileSink> OpenFileAtomically(const std::string& path, std::string& error)
 {
     Target target;
     if (!FindTarget(path, target, error))
     {
-        return false;
+        return nullptr;
     }
     if (!target.isPlain)
     {
-        return WriteThrough(target.path, bytes, error);
+        const int descriptor = ::open(target.path.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC);
+        if (descriptor < 0)
+        {
+            Fail(errno, error);
+            return nullptr;
+        }
+        return std::make_unique<DirectSink>(descriptor, true);
     }
-    TemporaryFile file(target.folder);
-    if (file.Descriptor() < 0 || !WriteAll(file.Descriptor(), bytes) || !file.MoveTo(target.path, target.mode))
+    auto file = std::make_unique<AtomicSink>(target);
+    if (!file->IsOpen())
     {
-        return Fail(errno, error);
+        Fail(errno, error);
+        return nullptr;
     }
-    return true;
+    return file;
+}
+
+std::unique_ptr<FileSink> SinkInto(int descriptor)
+{
+    return std::make_unique<DirectSink>(descriptor, false);
+}
+
+bool WriteFileAtomically(const std::string& path, const std::vector<unsigned char>& bytes, std::string& error)
+{
+    const std::unique_ptr<FileSink> file = OpenFileAtomically(path, error);
+    return file && file->Write(bytes.data(), bytes.size(), error) && file->Finish(error);
 }
 
 bool CanWriteFile(const std::string& path, std::string& error)

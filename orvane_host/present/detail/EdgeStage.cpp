@@ -25,6 +25,12 @@ FrameNeeds EdgeStage::NeedsOf(const PresentationFrame&) const
     return needs;
 }
 
+int EdgeStage::MarginOf(const PixelSize&) const
+{
+    // A neighbour, and the one that a pixel's samples look up beside it.
+    return m_edges ? 2 : 0;
+}
+
 void EdgeStage::ReleaseGL()
 {
     Drop(m_effect);

@@ -24,6 +24,7 @@ public:
 
     void ShowIdentifiers(bool show) { m_identifiersShown = show; }
 
+    int MarginOf(const PixelSize& whole) const override;
     FrameNeeds NeedsOf(const PresentationFrame& frame) const override;
     void Draw(PresentationFrame& frame) override;
     void ReleaseGL() override;

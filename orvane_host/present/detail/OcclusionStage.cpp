@@ -9,7 +9,9 @@
 
 #include <GL/gl.h>
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace OV::Host::Detail
 {
@@ -47,6 +49,11 @@ private:
     std::array<float, 2> m_range;
 };
 
+float Share(int of, int whole)
+{
+    return static_cast<float>(of) / static_cast<float>(whole);
+}
+
 } // namespace
 
 FrameNeeds OcclusionStage::NeedsOf(const PresentationFrame&) const
@@ -55,6 +62,14 @@ FrameNeeds OcclusionStage::NeedsOf(const PresentationFrame&) const
     needs.depth = m_shown;
     needs.picture = m_shown;
     return needs;
+}
+
+int OcclusionStage::MarginOf(const PixelSize& whole) const
+{
+    // The effect steps 4 times its radius of at most 10/3 pixels, which its dither, a share of the picture,
+    // widens.
+    const double dither = 1e-4 * std::max(whole.width, whole.height);
+    return m_shown ? static_cast<int>(std::ceil(4.0 * (10.0 / 3.0 + dither))) + 2 : 0;
 }
 
 void OcclusionStage::ReleaseGL()
@@ -70,7 +85,10 @@ void OcclusionStage::Draw(PresentationFrame& frame)
     }
     const OcclusionView view(frame.camera);
     m_effect->SetNearFar(view.nearDistance, view.farDistance);
-    m_effect->SetDimensions(frame.screen.width, frame.screen.height);
+    const PicturePart& part = frame.part;
+    m_effect->SetDimensions(part.whole.width, part.whole.height);
+    m_effect->SetPart(Share(part.whole.width, part.size.width), Share(part.whole.height, part.size.height),
+                      -Share(part.x, part.size.width), -Share(part.y, part.size.height));
     m_effect->SetDepthTexture(static_cast<int>(frame.depth));
     m_effect->SetRenderTexture(static_cast<int>(frame.picture));
     const OverScreenScope overScreen;

@@ -18,6 +18,7 @@ class OcclusionStage final : public PresentationStage
 public:
     void Show(bool show) { m_shown = show; }
 
+    int MarginOf(const PixelSize& whole) const override;
     FrameNeeds NeedsOf(const PresentationFrame& frame) const override;
     void Draw(PresentationFrame& frame) override;
     void ReleaseGL() override;

@@ -2,6 +2,7 @@
 
 #include "orvane_host/geometry/FeatureLines.h"
 #include "orvane_host/geometry/SectionFaces.h"
+#include "orvane_host/output/PictureFile.h"
 #include "orvane_host/present/Picking.h"
 #include "orvane_host/present/Presentation.h"
 #include "orvane_host/present/detail/GroundStage.h"
@@ -39,7 +40,7 @@ class Surroundings;
 
 /// PresentationFiles.cpp has how files come and go, PresentationScene.cpp what settings do to the scene,
 /// PresentationNotes.cpp what stands on the picture, PresentationView.cpp what settings do to the
-/// camera, PresentationDrawing.cpp what makes a picture of both.
+/// camera, PresentationDrawing.cpp what draws both, PresentationPicture.cpp what writes it.
 class Presentation::Impl
 {
 public:
@@ -66,6 +67,9 @@ public:
     /// Where nothing is hidden or cut away.
     std::vector<Vector> AllPoints();
     bool Frame(const std::vector<Vector>& points);
+    bool SetViewHeight(double height);
+    double ViewHeight() const;
+    BlankPicture FindBlank(const PictureOptions& options);
     bool LookFrom(const Vector& eye, const Vector& target, const Vector& up);
 
     void Resize(int newWidth, int newHeight, float newRatio);
@@ -74,7 +78,9 @@ public:
     bool NeedsDraw() const;
     void Suspend();
     void Resume();
-    bool SavePicture(const std::string& path, int pictureWidth, int pictureHeight, float ratio, std::string& error);
+    bool SavePicture(const std::string& path, const PictureOptions& options, PictureFacts& facts, std::string& error);
+    bool WritePicture(PictureFile& file, const PictureOptions& options, PictureFacts& facts, std::string& error);
+    static PictureFormat FormatOf(const PictureOptions& options);
     std::vector<PickHit> Pick(const PickArea& area);
     std::vector<PickHit> PickThrough(int x, int y, int most);
 
@@ -96,6 +102,8 @@ public:
     Detail::NodeVisibility visibility;
 
 private:
+    class PictureDrawing;
+
     /// What of the settings changed.
     struct Changes
     {
@@ -158,6 +166,7 @@ private:
     bool IsOfModel(const Mesh& mesh) const;
     Vector MiddleOfModel() const;
     SceneFit::Filter ModelFilter() const;
+    bool LookAsFrom(const CameraNode& camera, double distance);
     float Aspect() const;
     void PlaceCamera();
     void ConfigureRenderer();
@@ -166,6 +175,14 @@ private:
     void PlaceLabels();
     void MakeNotes();
     bool IsCaptured() const;
+    void DrawPart(const PicturePart& part, const Color& background, float ratio);
+    void EndParts();
+    bool IsBlank(const PictureOptions& options, const PictureFacts& facts) const;
+    BlankPicture ExplainBlank(const PixelSize& size);
+    BlankPicture ExplainBacks(const std::vector<PickHit>& backs);
+    std::vector<PickHit> PickReduced(const PixelSize& size);
+    std::vector<PickHit> PickBacks(const PixelSize& size);
+    bool IsInFog(const std::vector<PickHit>& hits) const;
     void FollowFramebuffer();
 
     std::vector<Content> m_contents; ///< of each file

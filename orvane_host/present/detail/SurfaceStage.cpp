@@ -81,6 +81,12 @@ FrameNeeds SurfaceStage::NeedsOf(const PresentationFrame&) const
     return needs;
 }
 
+int SurfaceStage::MarginOf(const PixelSize&) const
+{
+    // Overlaid lines look for ends of identities beside the pixel.
+    return OverlaysLines() ? 2 : 0;
+}
+
 void SurfaceStage::ReleaseGL()
 {
     Drop(m_hatchEffect);

@@ -57,6 +57,7 @@ public:
     void SetSurroundings(std::shared_ptr<const Surroundings> surroundings) { m_surroundings.Set(std::move(surroundings)); }
     void SetEditPath(std::optional<Path> path) { m_editPath = std::move(path); }
 
+    int MarginOf(const PixelSize& whole) const override;
     FrameNeeds NeedsOf(const PresentationFrame& frame) const override;
     void Prepare(PresentationFrame& frame) override;
     void Draw(PresentationFrame& frame) override;

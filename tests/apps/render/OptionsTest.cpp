@@ -20,7 +20,8 @@ const std::vector<std::string> Known = {
     "--outline-color", "--edit", "--edges",        "--edge-color", "--ao",            "--lines",      "--crease",
     "--line-width", "--line-color", "--dash",      "--line-offset", "--title",        "--scale-bar",  "--north",
     "--watermark",  "--pick",    "--stats",        "--frames",     "--hide",          "--isolate",    "--label",
-    "--distance",   "--angle",   "--up-axis",      "--pixel-ratio",
+    "--distance",   "--angle",   "--up-axis",      "--pixel-ratio", "--quiet",        "--fail-if-empty", "--paper",
+    "--portrait",   "--dpi",     "--scale",        "--alpha",      "--depth",         "--list-nodes",
     "--surroundings", "--ground",
 };
 

@@ -176,11 +176,11 @@ TEST_F(RenderFailure, AnOutputThatCannotBeWrittenIsNamedWithAReason)
 TEST_F(RenderFailure, ANameOfAnotherKindOfPictureIsRefused)
 {
     const std::string square = WriteSquare();
-    for (const char* name : {"out.jpg", "out.JPEG", "out.bmp", "out.tif", "out.png.gif"})
+    for (const char* name : {"out.bmp", "out.tif", "out.png.gif"})
     {
         SCOPED_TRACE(name);
         ExpectFailure({square, "-o", folder.Path(name), "--size", "64x48"}, folder.Path(name),
-                      {"pictures are written as PNG, which .", "; let the name end in .png"});
+                      {"pictures are written as PNG or JPEG, which .", "; let the name end in .png"});
     }
     for (const char* name : {"out", "out.PNG", "a.jpg.png", "plan.2"})
     {
@@ -210,14 +210,16 @@ TEST_F(RenderFailure, TheModelIsNotReplacedByItsPicture)
     EXPECT_EQ(ReadWholeFile(square), before);
 }
 
-TEST_F(RenderFailure, ASizeBeyondGLNamesTheRealLimit)
+TEST_F(RenderFailure, ASizeBeyondAFileOrGLNamesTheRealLimit)
 {
     const std::string square = WriteSquare();
     for (const char* size : {"100000x100000", "100000x1", "1x100000", "2147483648x2", "99999999999x99999999999"})
     {
         SCOPED_TRACE(size);
         ExpectFailure({square, "-o", output, "--size", size}, output,
-                      {"too large; this GL allows at most ", "x", "smaller --size"});
+                      {"can't be written; a side has 1 to 65535 pixels"});
+        ExpectFailure({square, "--stats", "--size", size}, square,
+                      {"too large to be measured; this GL draws at most ", "x", "smaller --size"});
     }
 }
 

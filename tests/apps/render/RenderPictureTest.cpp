@@ -228,7 +228,7 @@ TEST_F(RenderPicture, SkyHasItsHorizonAtEyeLevelInTheColourOfTheBackground)
 {
     const std::string square = WriteSquare();
     const Picture picture = Render(square, {"--size", "60x100", "--eye", "0,40,50", "--target", "0,40,0", "--sky",
-                                            "--background", "FF8800", "--fov", "60"});
+                                            "--background", "FF8800", "--fov", "60", "--quiet"});
     const Pixel orange{255, 0x88, 0, 255};
     for (int y = 0; y < 50; ++y)
     {
@@ -253,7 +253,7 @@ TEST_F(RenderPicture, FogGoesByTheDistanceFromTheEye)
         const auto center = [&](const std::string& fog)
         {
             std::vector<std::string> options = {"--size", "41x41", "--eye", "0,0,5", "--target", "0,0,0",
-                                                "--background", "00FF00"};
+                                                "--background", "00FF00", "--quiet"};
             if (ortho)
             {
                 options.emplace_back("--ortho");
@@ -281,7 +281,7 @@ TEST_F(RenderPicture, FogGoesByTheDistanceFromTheEye)
 TEST_F(RenderPicture, BackFacesAreDrawnOnlyWithoutCulling)
 {
     const std::string away = WriteObj("away.obj", "v -1 -1 0\nv -1 1 0\nv 1 1 0\nv 1 -1 0\nf 1 2 3 4\n");
-    EXPECT_EQ(Render(away, {"--size", "40x40", "--view", "front"}).Count(White), 1600);
+    EXPECT_EQ(Render(away, {"--size", "40x40", "--view", "front", "--quiet"}).Count(White), 1600);
     EXPECT_LT(Render(away, {"--size", "40x40", "--view", "front", "--no-cull"}).Count(White), 800);
 }
 

@@ -1,0 +1,112 @@
+#include "orvane_host/present/detail/PictureTiles.h"
+
+#include "orvane_host/present/PresentationSettings.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace OV::Host::Detail
+{
+
+namespace
+{
+
+/// Of the buffers of a tile, and of the rows of a picture that wait for their tiles.
+constexpr std::int64_t MostTileBytes = 256 << 20;
+constexpr std::int64_t MostRowBytes = 160 << 20;
+
+/// Wider than high: there are fewer overlaps beside than above each other.
+constexpr int UsualWidth = 4096;
+
+int UpToStep(int pixels)
+{
+    return (pixels + PictureTiles::Step - 1) / PictureTiles::Step * PictureTiles::Step;
+}
+
+int DownToStep(std::int64_t pixels)
+{
+    return static_cast<int>(std::max<std::int64_t>(pixels / PictureTiles::Step, 1) * PictureTiles::Step);
+}
+
+/// How much of a side a tile keeps.
+int KeptOf(int whole, int most, int margin)
+{
+    return whole <= most ? whole : DownToStep(most - 2 * margin);
+}
+
+int CountOf(int whole, int kept)
+{
+    return (whole + kept - 1) / kept;
+}
+
+/// Of what is drawn for a pixel of a tile.
+std::int64_t BytesPerPixel(const PresentationSettings& settings, int samples, int bits)
+{
+    const bool isFiner = settings.antialiasing == Antialiasing::Supersampling;
+    const int drawn = isFiner ? 4 : 1;
+    const int color = bits / 2;
+    // Colour and depth of each sample, what they are resolved into, and what is read.
+    std::int64_t bytes = (color + 4) * std::max(samples, 1) + (samples > 1 ? color : 0) + color;
+    bytes += isFiner || settings.antialiasing == Antialiasing::Filter ? drawn * (4 + 4 + 4) : 0;
+    // Identifiers and their depth, finer where there are samples, and what is darkened.
+    const bool isIdentified = settings.edges || settings.occlusion;
+    bytes += isIdentified ? (4 + 4) * (settings.edges && samples > 1 ? 4 : drawn) : 0;
+    bytes += settings.occlusion ? 4 * drawn : 0;
+    return bytes;
+}
+
+} // namespace
+
+PictureTiles::PictureTiles(const PixelSize& whole, const PixelSize& most, int margin) :
+    m_whole(whole), m_kept{KeptOf(whole.width, most.width, UpToStep(margin)),
+                           KeptOf(whole.height, most.height, UpToStep(margin))},
+    m_marginX(m_kept.width < whole.width ? UpToStep(margin) : 0),
+    m_marginY(m_kept.height < whole.height ? UpToStep(margin) : 0),
+    m_columns(CountOf(whole.width, m_kept.width)), m_rows(CountOf(whole.height, m_kept.height))
+{
+}
+
+PictureTile PictureTiles::At(int column, int row) const
+{
+    PictureTile tile;
+    tile.x = column * m_kept.width;
+    tile.y = row * m_kept.height;
+    tile.kept.width = std::min(m_kept.width, m_whole.width - tile.x);
+    tile.kept.height = std::min(m_kept.height, m_whole.height - tile.y);
+    PicturePart& part = tile.part;
+    part.whole = m_whole;
+    part.x = std::max(tile.x - m_marginX, 0);
+    part.y = std::max(tile.y - m_marginY, 0);
+    part.size.width = std::min(tile.x + tile.kept.width + m_marginX, m_whole.width) - part.x;
+    part.size.height = std::min(tile.y + tile.kept.height + m_marginY, m_whole.height) - part.y;
+    return tile;
+}
+
+PixelSize PictureTiles::GetLargest() const
+{
+    return {std::min(m_kept.width + 2 * m_marginX, m_whole.width),
+            std::min(m_kept.height + 2 * m_marginY, m_whole.height)};
+}
+
+PixelSize TileSizeFor(const PresentationSettings& settings, const PixelSize& whole, int samples, int bits,
+                      const PixelSize& limit, int longest)
+{
+    const std::int64_t pixels = MostTileBytes / BytesPerPixel(settings, samples, bits);
+    const std::int64_t rows = MostRowBytes / (static_cast<std::int64_t>(whole.width) * bits / 2);
+    const int side = longest > 0 ? longest : std::max(limit.width, limit.height);
+    PixelSize size;
+    if (static_cast<std::int64_t>(whole.width) * whole.height <= pixels)
+    {
+        size = whole;
+    }
+    else
+    {
+        size.width = std::min(whole.width, UsualWidth);
+        size.height = DownToStep(std::min(pixels / size.width, rows));
+    }
+    size.width = std::min({size.width, limit.width, side});
+    size.height = std::min({size.height, limit.height, side});
+    return size;
+}
+
+} // namespace OV::Host::Detail

@@ -1,0 +1,338 @@
+#include "tests/orvane_host/present/PresentationModels.h"
+
+#include "orvane_host/output/PictureFile.h"
+#include "orvane_host/present/BlankPicture.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+
+namespace OV::Test
+{
+
+namespace
+{
+
+using Host::BlankReason;
+using Host::PictureOptions;
+using Host::PresentationSettings;
+
+constexpr int WholeWidth = 400;
+constexpr int WholeHeight = 300;
+
+/// The numbers of a picture.
+struct Rows
+{
+    Host::PictureFormat format;
+    std::vector<unsigned char> data;
+
+    int At(int x, int y, int channel) const
+    {
+        const int index = (y * format.width + x) * format.Channels() + channel;
+        if (format.bits == 8)
+        {
+            return data[static_cast<std::size_t>(index)];
+        }
+        std::uint16_t wide = 0;
+        std::memcpy(&wide, &data[static_cast<std::size_t>(2 * index)], sizeof(wide));
+        return wide;
+    }
+};
+
+/// Keeps rows as they come.
+class RowsFile : public Host::PictureFile
+{
+public:
+    explicit RowsFile(const Host::PictureFormat& format) : PictureFile(format) { rows.format = format; }
+
+    bool WriteRow(const void* row, std::string&) override
+    {
+        const auto* const begin = static_cast<const unsigned char*>(row);
+        rows.data.insert(rows.data.end(), begin, begin + m_format.width * m_format.Channels() * m_format.bits / 8);
+        return true;
+    }
+
+    bool Finish(std::string&) override { return true; }
+
+    Rows rows;
+};
+
+class PresentationPicture : public PresentationFixture
+{
+protected:
+    PresentationPicture() : presentation(PresentBoxes()) {}
+
+    Rows Draw(const PictureOptions& options, Host::PictureFacts& facts)
+    {
+        Host::PictureFormat format;
+        format.width = options.width;
+        format.height = options.height;
+        format.alpha = options.transparent;
+        format.bits = options.bits;
+        RowsFile file(format);
+        std::string error;
+        EXPECT_TRUE(presentation->WritePicture(file, options, error, &facts)) << error;
+        return file.rows;
+    }
+
+    static PictureOptions Whole()
+    {
+        PictureOptions options;
+        options.width = WholeWidth;
+        options.height = WholeHeight;
+        return options;
+    }
+
+    /// Where two pictures differ by more than a rim moves that falls a 256th of a pixel beside.
+    void ExpectTilesMakeTheWhole(const PresentationSettings& wanted, const std::string& what)
+    {
+        Apply(*presentation, wanted);
+        Host::PictureFacts facts;
+        PictureOptions options = Whole();
+        const Rows whole = Draw(options, facts);
+        EXPECT_EQ(facts.tiles, 1) << what;
+        options.longestTile = 192;
+        const Rows tiled = Draw(options, facts);
+        EXPECT_GE(facts.tiles, 6) << what;
+        ASSERT_EQ(whole.data.size(), tiled.data.size());
+        int differing = 0;
+        int broad = 0;
+        for (int y = 0; y < WholeHeight; ++y)
+        {
+            int run = 0;
+            for (int x = 0; x < WholeWidth; ++x)
+            {
+                bool differs = false;
+                for (int channel = 0; channel < 3; ++channel)
+                {
+                    differs = differs || std::abs(whole.At(x, y, channel) - tiled.At(x, y, channel)) > 1;
+                }
+                differing += differs ? 1 : 0;
+                run = differs ? run + 1 : 0;
+                broad += run == 12 ? 1 : 0;
+            }
+        }
+        // The rasteriser rounds places in another way where they are counted from another corner.
+        EXPECT_LE(differing, WholeWidth * WholeHeight / 100) << what;
+        EXPECT_EQ(broad, 0) << what;
+    }
+
+    std::unique_ptr<Host::Presentation> presentation;
+    TemporaryFolder folder;
+};
+
+PresentationSettings Everything(Host::Antialiasing antialiasing)
+{
+    PresentationSettings all;
+    all.antialiasing = antialiasing;
+    all.background = Color(0.8f, 0.9f, 1.0f);
+    all.sky = true;
+    all.fog = {2.0f, 40.0f};
+    all.lines = Host::LineSettings();
+    all.lines->width = 3.0f;
+    all.edges = Host::EdgeLook();
+    all.occlusion = true;
+    all.sheet.title = "A title that runs over the rims of tiles";
+    all.sheet.scaleBar = true;
+    all.sheet.north = 30.0f;
+    return all;
+}
+
+TEST_F(PresentationPicture, TilesMakeTheWholeWithAnythingOn)
+{
+    for (const Host::Antialiasing way : {Host::Antialiasing::None, Host::Antialiasing::Multisampling,
+                                         Host::Antialiasing::Filter, Host::Antialiasing::Supersampling})
+    {
+        ExpectTilesMakeTheWhole(Everything(way), "way " + std::to_string(static_cast<int>(way)));
+    }
+}
+
+TEST_F(PresentationPicture, TilesMakeTheWholeInEachKindOfView)
+{
+    PresentationSettings wanted;
+    wanted.view.orthographic = true;
+    ExpectTilesMakeTheWhole(wanted, "orthographic");
+    wanted.lines = Host::LineSettings();
+    wanted.lines->dash = 7.0f;
+    wanted.view.named = Host::NamedView::Front;
+    ExpectTilesMakeTheWhole(wanted, "dashes");
+    wanted.look = Host::Look::Crosshatch;
+    ExpectTilesMakeTheWhole(wanted, "strokes");
+    wanted.look = Host::Look::Phong;
+    wanted.section.planes = {{Vector(0, 1, 0), Vector(0, 0.3f, 0)}};
+    ExpectTilesMakeTheWhole(wanted, "cut");
+}
+
+TEST_F(PresentationPicture, WhatFollowsIsTheSameAfterTiles)
+{
+    const Picture drawn = PresentationFixture::Draw(*presentation);
+    PictureOptions options = Whole();
+    options.longestTile = 128;
+    Host::PictureFacts facts;
+    Draw(options, facts);
+    EXPECT_FALSE(presentation->NeedsDraw());
+    ExpectSame(PresentationFixture::Draw(*presentation), drawn, "after tiles");
+}
+
+TEST_F(PresentationPicture, ProgressRisesToTheEndAndStopsTheWork)
+{
+    PictureOptions options = Whole();
+    options.longestTile = 128;
+    std::vector<float> told;
+    options.progress = [&](float percent)
+    {
+        told.push_back(percent);
+        return true;
+    };
+    Host::PictureFacts facts;
+    Draw(options, facts);
+    ASSERT_EQ(told.size(), static_cast<std::size_t>(facts.tiles));
+    EXPECT_TRUE(std::is_sorted(told.begin(), told.end()));
+    EXPECT_FLOAT_EQ(told.back(), 100.0f);
+    options.progress = [](float) { return false; };
+    std::string error;
+    EXPECT_FALSE(presentation->SavePicture(folder.Path("stopped.png"), options, error));
+    EXPECT_NE(error.find("stopped"), std::string::npos) << error;
+    EXPECT_FALSE(std::ifstream(folder.Path("stopped.png")).good());
+}
+
+TEST_F(PresentationPicture, ATransparentPictureLaidOnAColourIsThePictureOnThatColour)
+{
+    for (const int tile : {0, 128})
+    {
+        PresentationSettings wanted;
+        wanted.lines = Host::LineSettings();
+        wanted.background = Color(0.2f, 0.6f, 0.4f);
+        Apply(*presentation, wanted);
+        PictureOptions options = Whole();
+        options.longestTile = tile;
+        Host::PictureFacts facts;
+        const Rows opaque = Draw(options, facts);
+        options.transparent = true;
+        const Rows straight = Draw(options, facts);
+        EXPECT_EQ(straight.At(0, 0, 3), 0);
+        int partly = 0;
+        int wrong = 0;
+        for (int y = 0; y < WholeHeight; ++y)
+        {
+            for (int x = 0; x < WholeWidth; ++x)
+            {
+                const double alpha = straight.At(x, y, 3) / 255.0;
+                partly += alpha > 0.0 && alpha < 1.0 ? 1 : 0;
+                const double behind[] = {51.0, 153.0, 102.0};
+                for (int channel = 0; channel < 3; ++channel)
+                {
+                    const double laid = alpha * straight.At(x, y, channel) + (1.0 - alpha) * behind[channel];
+                    wrong += std::abs(laid - opaque.At(x, y, channel)) > 2.0 ? 1 : 0;
+                }
+            }
+        }
+        // Rims and glass.
+        EXPECT_GT(partly, 500);
+        EXPECT_EQ(wrong, 0);
+    }
+}
+
+TEST_F(PresentationPicture, SixteenBitsTellMoreThanEight)
+{
+    PresentationSettings wanted;
+    wanted.background = Color(0.3f, 0.5f, 0.7001f);
+    Apply(*presentation, wanted);
+    PictureOptions options = Whole();
+    options.bits = 16;
+    Host::PictureFacts facts;
+    const Rows rows = Draw(options, facts);
+    EXPECT_NEAR(rows.At(0, 0, 0), 0.3 * 65535.0, 1.0);
+    EXPECT_NEAR(rows.At(0, 0, 2), 0.7001 * 65535.0, 1.0);
+}
+
+TEST_F(PresentationPicture, ThePictureIsAsHighAsAsked)
+{
+    PresentationSettings wanted;
+    wanted.view.orthographic = true;
+    Apply(*presentation, wanted);
+    presentation->Resize(WholeWidth, WholeHeight);
+    EXPECT_TRUE(presentation->SetViewHeight(12.5));
+    EXPECT_NEAR(presentation->GetViewHeight(), 12.5, 1e-4);
+    presentation->Resize(WholeHeight, WholeWidth);
+    EXPECT_NEAR(presentation->GetViewHeight(), 12.5, 1e-4);
+    EXPECT_FALSE(presentation->SetViewHeight(0.0));
+    EXPECT_FALSE(presentation->SetViewHeight(-1.0));
+    EXPECT_NEAR(presentation->GetViewHeight(), 12.5, 1e-4);
+}
+
+TEST_F(PresentationPicture, ABlankPictureHasAReason)
+{
+    const auto reason = [&] { return presentation->FindBlank(Whole()).reason; };
+    EXPECT_EQ(reason(), BlankReason::NotBlank);
+
+    PresentationSettings cut;
+    cut.section.planes = {{Vector(0, -1, 0), Vector(0, 1000, 0)}};
+    cut.sheet.title = "Nothing but a title";
+    cut.sky = true;
+    Apply(*presentation, cut);
+    EXPECT_EQ(reason(), BlankReason::AllCutAway);
+    EXPECT_TRUE(presentation->GetSettings() == cut);
+
+    PresentationSettings away;
+    away.view.eye = Vector(0, 0, 500);
+    away.view.target = Vector(0, 0, 600);
+    Apply(*presentation, away);
+    EXPECT_EQ(reason(), BlankReason::OutOfView);
+
+    PresentationSettings fog;
+    fog.fog = {0.0f, 0.001f};
+    Apply(*presentation, fog);
+    EXPECT_EQ(reason(), BlankReason::InFog);
+
+    Apply(*presentation, PresentationSettings());
+    presentation->Isolate("house/left");
+    presentation->Hide("house/left");
+    EXPECT_EQ(reason(), BlankReason::AllHidden);
+    presentation->ShowAll();
+    EXPECT_EQ(reason(), BlankReason::NotBlank);
+}
+
+TEST_F(PresentationPicture, AnEyeInsideASolidIsTold)
+{
+    ASSERT_TRUE(presentation->Isolate("house/right/roof"));
+    const auto box = presentation->GetShownBox();
+    ASSERT_TRUE(box);
+    PresentationSettings inside;
+    inside.view.eye = Vector((box->low.x + box->high.x) / 2, (box->low.y + box->high.y) / 2, (box->low.z + box->high.z) / 2);
+    inside.view.target = Vector(inside.view.eye->x, inside.view.eye->y, inside.view.eye->z - 1.0f);
+    Apply(*presentation, inside);
+    const Host::BlankPicture blank = presentation->FindBlank(Whole());
+    EXPECT_EQ(blank.reason, BlankReason::EyeInside);
+    EXPECT_EQ(blank.node, "house/right/roof");
+    EXPECT_NE(blank.Line().find("'house/right/roof'"), std::string::npos);
+}
+
+TEST_F(PresentationPicture, AnEmptyModelIsTold)
+{
+    presentation = std::make_unique<Host::Presentation>(std::make_unique<Scene>());
+    EXPECT_EQ(presentation->FindBlank(Whole()).reason, BlankReason::EmptyModel);
+}
+
+TEST_F(PresentationPicture, WhatHasTheColourOfTheBackgroundIsTold)
+{
+    PresentationSettings white;
+    white.look = Host::Look::Monotone;
+    white.background = Color(1.0f, 1.0f, 1.0f);
+    Apply(*presentation, white);
+    const Host::BlankPicture blank = presentation->FindBlank(Whole());
+    Host::PictureFacts facts;
+    Draw(Whole(), facts);
+    EXPECT_EQ(blank.reason, facts.isOneColor ? BlankReason::BackgroundColor : BlankReason::NotBlank);
+    PictureOptions transparent = Whole();
+    transparent.transparent = true;
+    EXPECT_EQ(presentation->FindBlank(transparent).reason, BlankReason::NotBlank);
+}
+
+} // namespace
+
+} // namespace OV::Test
