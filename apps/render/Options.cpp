@@ -2,6 +2,7 @@
 
 #include "apps/render/CallerText.h"
 #include "apps/render/Report.h"
+#include "apps/render/SunOptions.h"
 
 #include <CLI/CLI.hpp>
 
@@ -52,6 +53,7 @@ struct Texts
     Host::LineSettings lineLook;
     bool noCull = false;
     std::optional<std::string> pick;
+    SunTexts sun;
 };
 
 struct NamedAntialiasing
@@ -493,6 +495,7 @@ void Define(CLI::App& app, Options& options, Texts& texts, bool& listFormats)
     DefineSurfaceOptions(app, options, texts);
     DefineScreenOptions(app, options, texts);
     DefineLineOptions(app, texts);
+    DefineSunOptions(app, texts.sun);
     DefineSheetOptions(app, options);
     DefineMeasuringOptions(app, options, texts);
     app.footer("The view is from the front, the right and above unless told otherwise.\n"
@@ -543,6 +546,7 @@ void Interpret(const Texts& texts, Options& options)
     InterpretAntialiasing(texts, options);
     InterpretSurfaces(texts, options.settings);
     InterpretEdges(texts, options);
+    InterpretSun(texts.sun, options);
     if (texts.lines)
     {
         CheckLineLook(texts.lineLook);
