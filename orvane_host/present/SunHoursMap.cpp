@@ -30,7 +30,7 @@ using QGM::Vector3d;
 /// Pieces of a map that is one rectangle, along its longer side.
 constexpr int kPiecesAcross = 160;
 /// Pieces that the faces of a node are to come to, and may come to at most.
-constexpr double kWantedPieces = 30000.0;
+constexpr double kWantedPieces = 40000.0;
 constexpr std::size_t kMostPieces = 400000;
 /// Of the scene's size: how far a map lies off what it is about, so that it is seen.
 constexpr double kOffShare = 5e-4;
@@ -51,6 +51,12 @@ Vector At(const Point3d& point, const Vector3d& normal, double off)
                   static_cast<float>(point.z + off * normal.z));
 }
 
+/// As long as twice the area of the triangle of the first three corners.
+Vector3d NormalOf(const Point3d (&corners)[4])
+{
+    return Cross(Between(corners[0], corners[1]), Between(corners[0], corners[2]));
+}
+
 double SizeOf(const Presentation::Box& box)
 {
     return std::hypot(double(box.high.x) - box.low.x, double(box.high.y) - box.low.y,
@@ -59,52 +65,11 @@ double SizeOf(const Presentation::Box& box)
 
 } // namespace
 
-/// A parallelogram or a triangle, divided into so many pieces along each side.
-struct SunHoursMap::Surface
+/// A piece of a surface before its hours are known.
+struct SunHoursMap::Cell
 {
-    Point3d corner;
-    Vector3d along;
-    Vector3d across;
-    bool isTriangle;
-    int alongPieces;
-    int acrossPieces;
-
-    Vector3d Normal() const { return Cross(along, across).normalize(); }
-
-    Point3d At(double a, double b) const
-    {
-        return {corner.x + a * along.x + b * across.x, corner.y + a * along.y + b * across.y,
-                corner.z + a * along.z + b * across.z};
-    }
-
-    std::size_t Count() const
-    {
-        // A triangle is divided into as many as the parallelogram of as many pieces a side.
-        return static_cast<std::size_t>(alongPieces) * static_cast<std::size_t>(acrossPieces);
-    }
-
-    template <class Visitor>
-    void Visit(const Visitor& visit) const
-    {
-        const auto at = [&](int a, int b)
-        { return At(static_cast<double>(a) / alongPieces, static_cast<double>(b) / acrossPieces); };
-        for (int b = 0; b < acrossPieces; ++b)
-        {
-            for (int a = 0; a < alongPieces - (isTriangle ? b : 0); ++a)
-            {
-                if (!isTriangle)
-                {
-                    visit({at(a, b), at(a + 1, b), at(a + 1, b + 1), at(a, b + 1)});
-                    continue;
-                }
-                visit({at(a, b), at(a + 1, b), at(a, b + 1)});
-                if (a + b + 2 <= alongPieces)
-                {
-                    visit({at(a + 1, b), at(a + 1, b + 1), at(a, b + 1)});
-                }
-            }
-        }
-    }
+    Point3d corners[4];
+    int count;
 };
 
 SunHoursMap::SunHoursMap(Presentation& presentation) : m_presentation(presentation)
@@ -116,7 +81,7 @@ SunHoursMap::~SunHoursMap()
     Hide();
 }
 
-std::vector<SunHoursMap::Surface> SunHoursMap::GroundSurfaces() const
+std::vector<SunHoursMap::Cell> SunHoursMap::GroundCells() const
 {
     const std::optional<Presentation::Box> box = m_presentation.GetModelBox();
     if (!box)
@@ -133,28 +98,81 @@ std::vector<SunHoursMap::Surface> SunHoursMap::GroundSurfaces() const
     const double along = depth + 2.0 * beyond;
     const double piece = std::max(across, along) / kPiecesAcross;
     const auto pieces = [&](double length) { return std::max(1, static_cast<int>(std::lround(length / piece))); };
-    Surface ground{};
-    ground.isTriangle = false;
-    if (isUpY)
+    const int columns = pieces(across);
+    const int rows = pieces(along);
+    const auto at = [&](int column, int row)
     {
-        ground.corner = Point3d(box->low.x - beyond, box->low.y, box->high.z + beyond);
-        ground.across = Vector3d(0.0, 0.0, -along);
-    }
-    else
+        const double a = box->low.x - beyond + across * column / columns;
+        const double b = along * row / rows - beyond;
+        return isUpY ? Point3d(a, box->low.y, box->high.z - b) : Point3d(a, box->low.y + b, box->low.z);
+    };
+    std::vector<Cell> cells;
+    for (int row = 0; row < rows; ++row)
     {
-        ground.corner = Point3d(box->low.x - beyond, box->low.y - beyond, box->low.z);
-        ground.across = Vector3d(0.0, along, 0.0);
+        for (int column = 0; column < columns; ++column)
+        {
+            cells.push_back({{at(column, row), at(column + 1, row), at(column + 1, row + 1), at(column, row + 1)}, 4});
+        }
     }
-    ground.along = Vector3d(across, 0.0, 0.0);
-    ground.alongPieces = pieces(across);
-    ground.acrossPieces = pieces(along);
-    return {ground};
+    return cells;
 }
 
-std::vector<SunHoursMap::Surface> SunHoursMap::SurfacesBelow(Node& node) const
+std::vector<SunHoursMap::Cell> SunHoursMap::CellsBelow(Node& node) const
 {
-    std::vector<Surface> surfaces;
+    const std::vector<Cell> faces = FacesBelow(node);
     double area = 0.0;
+    for (const Cell& face : faces)
+    {
+        area += NormalOf(face.corners).length() / 2.0;
+    }
+    // Coarser, until there are few enough.
+    for (double longest = std::sqrt(4.0 * area / kWantedPieces);; longest *= 1.5)
+    {
+        const std::vector<Cell> cells = Divide(faces, longest);
+        if (cells.size() <= kMostPieces || cells.size() == faces.size())
+        {
+            return cells;
+        }
+    }
+}
+
+/// Halves triangles across their longest sides, which keeps them in shape, until none is longer; stops
+/// early where there are too many.
+std::vector<SunHoursMap::Cell> SunHoursMap::Divide(const std::vector<Cell>& faces, double longest)
+{
+    std::vector<Cell> cells;
+    std::vector<Cell> pending;
+    for (const Cell& face : faces)
+    {
+        pending.push_back(face);
+        while (!pending.empty() && cells.size() <= std::max(kMostPieces, faces.size()))
+        {
+            Cell cell = pending.back();
+            pending.pop_back();
+            const auto length = [&](int side)
+            { return Between(cell.corners[side], cell.corners[(side + 1) % 3]).length(); };
+            int side = length(1) > length(0) ? 1 : 0;
+            side = length(2) > length(side) ? 2 : side;
+            if (!(length(side) > longest))
+            {
+                cells.push_back(cell);
+                continue;
+            }
+            const Point3d& a = cell.corners[side];
+            const Point3d& b = cell.corners[(side + 1) % 3];
+            const Point3d& opposite = cell.corners[(side + 2) % 3];
+            const Point3d middle(0.5 * (a.x + b.x), 0.5 * (a.y + b.y), 0.5 * (a.z + b.z));
+            pending.push_back({{middle, b, opposite, {}}, 3});
+            pending.push_back({{a, middle, opposite, {}}, 3});
+        }
+        pending.clear();
+    }
+    return cells;
+}
+
+std::vector<SunHoursMap::Cell> SunHoursMap::FacesBelow(Node& node) const
+{
+    std::vector<Cell> faces;
     std::vector<Node*> pending{&node};
     while (!pending.empty())
     {
@@ -165,54 +183,37 @@ std::vector<SunHoursMap::Surface> SunHoursMap::SurfacesBelow(Node& node) const
         for (const Mesh* mesh : meshNode ? meshNode->GetMeshes() : std::vector<Mesh*>())
         {
             const bool isPoints = mesh->GetMaterial() && (mesh->GetMaterial()->GetFlags() & MaterialFlagPoints) != 0;
-            if (isPoints || RayCaster::ShownFaces(*meshNode, *mesh) == RayCaster::Faces::None)
+            if (!isPoints && RayCaster::ShownFaces(*meshNode, *mesh) != RayCaster::Faces::None)
             {
-                continue;
-            }
-            const std::vector<Vector>& positions = mesh->GetPositionBuffer();
-            const std::vector<unsigned short>& indices = mesh->GetIndices();
-            const auto corner = [&](std::size_t index)
-            {
-                const Vector& p = positions[indices[index]];
-                return Point3d(p.x, p.y, p.z) *= meshNode->GetGlobal().GetTransf3d();
-            };
-            // What a mirror turns round shows its front as before.
-            const bool isMirror = meshNode->GetGlobal().GetTransf3d().isMirror();
-            for (std::size_t i = 0; i + 2 < indices.size(); i += 3)
-            {
-                if (std::max({indices[i], indices[i + 1], indices[i + 2]}) >= positions.size())
-                {
-                    continue;
-                }
-                const Point3d a = corner(i);
-                const Vector3d ab = Between(a, corner(isMirror ? i + 2 : i + 1));
-                const Vector3d ac = Between(a, corner(isMirror ? i + 1 : i + 2));
-                const double twice = Cross(ab, ac).length();
-                if (twice > 0.0 && std::isfinite(twice))
-                {
-                    surfaces.push_back({a, ab, ac, true, 1, 1});
-                    area += twice / 2.0;
-                }
+                AddFaces(*mesh, meshNode->GetGlobal().GetTransf3d(), faces);
             }
         }
     }
-    // Coarser, until there are few enough.
-    for (double piece = std::sqrt(2.0 * area / kWantedPieces);; piece *= 1.5)
+    return faces;
+}
+
+void SunHoursMap::AddFaces(const Mesh& mesh, const QGM::Transf3d& global, std::vector<Cell>& faces)
+{
+    const std::vector<Vector>& positions = mesh.GetPositionBuffer();
+    const std::vector<unsigned short>& indices = mesh.GetIndices();
+    for (std::size_t i = 0; i + 2 < indices.size(); i += 3)
     {
-        std::size_t count = 0;
-        for (Surface& surface : surfaces)
+        if (std::max({indices[i], indices[i + 1], indices[i + 2]}) >= positions.size())
         {
-            const double longest = std::max({surface.along.length(), surface.across.length(),
-                                             std::hypot(surface.along.x - surface.across.x,
-                                                        surface.along.y - surface.across.y,
-                                                        surface.along.z - surface.across.z)});
-            const double pieces = std::clamp(std::ceil(longest / piece), 1.0, 500.0);
-            surface.alongPieces = surface.acrossPieces = static_cast<int>(pieces);
-            count += surface.Count();
+            continue;
         }
-        if (count <= std::max(kMostPieces, surfaces.size()))
+        Cell face{{}, 3};
+        for (std::size_t k = 0; k < 3; ++k)
         {
-            return surfaces;
+            // What a mirror turns round shows its front as before.
+            const Vector& p = positions[indices[i + (global.isMirror() ? 2 - k : k)]];
+            Point3d corner(p.x, p.y, p.z);
+            face.corners[k] = corner *= global;
+        }
+        const double twice = NormalOf(face.corners).length();
+        if (twice > 0.0 && std::isfinite(twice))
+        {
+            faces.push_back(face);
         }
     }
 }
@@ -233,9 +234,9 @@ bool SunHoursMap::Show(const SunStudyTimes& times, const std::string& surface, s
         error = "there is no node '" + surface + "' to count the hours of sun on";
         return false;
     }
-    const std::vector<Surface> surfaces = isGround ? GroundSurfaces() : SurfacesBelow(*node);
+    const std::vector<Cell> pieces = isGround ? GroundCells() : CellsBelow(*node);
     const std::optional<Presentation::Box> modelBox = m_presentation.GetModelBox();
-    if (surfaces.empty() || !modelBox)
+    if (pieces.empty() || !modelBox)
     {
         error = isGround ? "the model is empty; there is no ground to count the hours of sun on"
                          : "'" + surface + "' shows no faces to count the hours of sun on";
@@ -246,24 +247,21 @@ bool SunHoursMap::Show(const SunStudyTimes& times, const std::string& surface, s
     const double off = kOffShare * SizeOf(*modelBox);
     std::vector<Detail::SunMapCell> cells;
     std::vector<SunSpot> spots;
-    for (const Surface& face : surfaces)
+    for (const Cell& piece : pieces)
     {
-        const Vector3d normal = face.Normal();
-        face.Visit(
-            [&](std::initializer_list<Point3d> corners)
-            {
-                Detail::SunMapCell cell;
-                cell.count = 0;
-                Point3d sum;
-                for (const Point3d& corner : corners)
-                {
-                    cell.corners[cell.count++] = Host::At(corner, normal, off);
-                    sum = Point3d(sum.x + corner.x, sum.y + corner.y, sum.z + corner.z);
-                }
-                const double share = 1.0 / cell.count;
-                spots.push_back({Point3d(sum.x * share, sum.y * share, sum.z * share), normal});
-                cells.push_back(cell);
-            });
+        const Vector3d normal = NormalOf(piece.corners).normalize();
+        Detail::SunMapCell cell;
+        cell.count = piece.count;
+        Point3d sum;
+        for (int i = 0; i < piece.count; ++i)
+        {
+            const Point3d& corner = piece.corners[i];
+            cell.corners[i] = At(corner, normal, off);
+            sum = Point3d(sum.x + corner.x, sum.y + corner.y, sum.z + corner.z);
+        }
+        const double share = 1.0 / piece.count;
+        spots.push_back({Point3d(sum.x * share, sum.y * share, sum.z * share), normal});
+        cells.push_back(cell);
     }
     const std::vector<float> counted = hours.At(spots);
     Hide();

@@ -3,6 +3,7 @@
 #include "orvane_host/geometry/SunHours.h"
 #include "orvane_host/present/Presentation.h"
 #include "orvane_host/present/SunStudy.h"
+#include "orvane/math/Transf3d.h"
 
 #include <cstddef>
 #include <memory>
@@ -62,10 +63,13 @@ public:
     double GetMostHours() const { return m_most; }
 
 private:
-    struct Surface;
+    struct Cell;
 
-    std::vector<Surface> GroundSurfaces() const;
-    std::vector<Surface> SurfacesBelow(Node& node) const;
+    std::vector<Cell> GroundCells() const;
+    std::vector<Cell> CellsBelow(Node& node) const;
+    std::vector<Cell> FacesBelow(Node& node) const;
+    static void AddFaces(const Mesh& mesh, const QGM::Transf3d& global, std::vector<Cell>& faces);
+    static std::vector<Cell> Divide(const std::vector<Cell>& faces, double longest);
 
     Presentation& m_presentation;
     std::vector<Piece> m_pieces;

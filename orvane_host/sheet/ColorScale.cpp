@@ -72,7 +72,14 @@ void ColorScale::Layout(int width, int height)
     const int barHeight = font;
     const int labelRoom = 2 * font;
 
-    const int panelWidth = barWidth + 2 * labelRoom + 2 * pad;
+    int titleWidth = 0;
+    if (!m_options.title.empty())
+    {
+        // Measured, and gone again.
+        const Text title(m_options.font, font, m_options.title, &m_layer, false, false, 0);
+        titleWidth = title.GetRight() - title.GetLeft();
+    }
+    const int panelWidth = std::max(barWidth + labelRoom, titleWidth) + labelRoom + 2 * pad;
     const int panelHeight = 2 * pad + barHeight + (m_options.title.empty() ? 2 : 4) * font;
     const int panelBottom = height - margin - panelHeight;
     AddBox(margin, panelBottom, panelWidth, panelHeight, m_options.paper, PanelZ);
