@@ -1,6 +1,7 @@
 #include "orvane_host/present/SunHoursMap.h"
 #include "orvane_host/present/SunStudy.h"
 #include "orvane_host/sheet/ColorScale.h"
+#include "orvane/scene/CameraNode.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
@@ -245,6 +246,43 @@ TEST_F(SunStudyPicture, AMapOfTheGroundHasTheHoursOfTheRayCasterAndTheirColours)
     map.Hide();
     Apply(*presentation, wanted);
     ExpectSame(Draw(*presentation), before, "without the map");
+}
+
+TEST_F(SunStudyPicture, AMapIsSeenBeyondTheDepthOfTheModel)
+{
+    wanted.view.eye = Vector(0, 10, 10);
+    wanted.view.target = Vector(0, 0, 0);
+    Apply(*presentation, wanted);
+    std::string error;
+    Host::SunHoursMap map(*presentation);
+    ASSERT_TRUE(map.Show(Times("2026-06-21T11:00+01:00/13:00/1h"), "ground", error)) << error;
+    ASSERT_TRUE(map.Frame(320.0f / 240.0f));
+    const Picture shown = Draw(*presentation);
+    const CameraNode& camera = presentation->GetCamera();
+    const auto& m = camera.GetGlobal().GetTransf3d().m;
+    const auto along = [&](const QGM::Point3d& point, int column)
+    { return (point.x - m[0][3]) * m[0][column] + (point.y - m[1][3]) * m[1][column] + (point.z - m[2][3]) * m[2][column]; };
+    std::vector<QGM::Point3d> places;
+    for (const Host::SunHoursMap::Piece& piece : map.GetPieces())
+    {
+        // Beside the model, which hides the rest.
+        if (piece.middle.place.x < -3.5)
+        {
+            places.push_back(piece.middle.place);
+        }
+    }
+    ASSERT_GT(places.size(), 1000u);
+    std::sort(places.begin(), places.end(),
+              [&](const QGM::Point3d& left, const QGM::Point3d& right) { return along(left, 2) < along(right, 2); });
+    // Near the far rim, and not in its last pixels.
+    for (const std::size_t rank : {std::size_t(80), std::size_t(120), std::size_t(160)})
+    {
+        const QGM::Point3d& place = places[rank];
+        const double scale = 120.0 / (-along(place, 2) * std::tan(double(camera.GetFOV())));
+        const int x = static_cast<int>(std::floor(160.0 + along(place, 0) * scale));
+        const int y = static_cast<int>(std::floor(120.0 + along(place, 1) * scale));
+        EXPECT_EQ(shown.At(x, y), (Pixel{255, 0, 0, 255})) << rank << ": " << x << ", " << y;
+    }
 }
 
 TEST_F(SunStudyPicture, AMapOfANodeLiesOnItsFaces)
