@@ -20,7 +20,7 @@ const std::vector<std::string> Known = {
     "--outline-color", "--edit", "--edges",        "--edge-color", "--ao",            "--lines",      "--crease",
     "--line-width", "--line-color", "--dash",      "--line-offset", "--title",        "--scale-bar",  "--north",
     "--sun",        "--place",   "--sun-study",    "--sun-hours",
-    "--watermark",  "--pick",    "--stats",        "--frames",
+    "--watermark",  "--pick",    "--stats",        "--frames",     "--surroundings", "--ground",
 };
 
 std::string Help()
