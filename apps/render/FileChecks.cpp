@@ -64,6 +64,17 @@ Host::PictureFormat FormatOf(const Options& options)
     return format;
 }
 
+std::unique_ptr<Host::PictureFile> BeginPicture(const Options& options)
+{
+    std::string error;
+    const Host::PictureFormat format = FormatOf(options);
+    std::unique_ptr<Host::PictureFile> file = options.output == "-"
+        ? Host::PictureFile::Create(STDOUT_FILENO, format, error)
+        : Host::PictureFile::Create(options.output, format, error);
+    Require(file != nullptr, options.output, error);
+    return file;
+}
+
 void CheckFiles(const Options& options)
 {
     for (const std::string& file : ModelsOf(options))

@@ -4,6 +4,7 @@
 #include "apps/render/OptionText.h"
 #include "apps/render/PrintOptions.h"
 #include "apps/render/Report.h"
+#include "apps/render/SunOptions.h"
 
 #include <CLI/CLI.hpp>
 
@@ -56,6 +57,7 @@ struct Texts
     NodeTexts nodes;
     std::optional<std::string> listing;
     PrintTexts print;
+    SunTexts sun;
 };
 
 struct NamedAntialiasing
@@ -487,6 +489,7 @@ void Define(CLI::App& app, Options& options, Texts& texts, bool& listFormats)
     DefineSurfaceOptions(app, options, texts);
     DefineScreenOptions(app, options, texts);
     DefineLineOptions(app, texts);
+    DefineSunOptions(app, texts.sun);
     DefineSheetOptions(app, options);
     DefineNodeOptions(app, texts.nodes);
     DefineMeasuringOptions(app, options, texts);
@@ -590,6 +593,7 @@ void Interpret(const Texts& texts, Options& options)
     InterpretAntialiasing(texts, options);
     InterpretSurfaces(texts, options.settings);
     InterpretEdges(texts, options);
+    InterpretSun(texts.sun, options);
     if (texts.lines)
     {
         CheckLineLook(texts.lineLook);

@@ -26,6 +26,13 @@ enum class NodeListing
     JSON
 };
 
+/// A study of a day's sun.
+struct SunStudyRequest
+{
+    std::string times; ///< as Host::SunStudyTimes reads them
+    std::string hours; ///< "ground" or a node for a map of them; empty for a sheet of pictures
+};
+
 /// What the command line asks for.
 struct Options
 {
@@ -46,6 +53,7 @@ struct Options
     bool quiet = false;
     bool failIfEmpty = false;
     NodeListing listing = NodeListing::None;
+    std::optional<SunStudyRequest> study;
     std::optional<PickedPixel> pick;
     bool stats = false;
     int frames = 1;

@@ -7,12 +7,14 @@
 #include "apps/render/ProgressBar.h"
 #include "apps/render/Report.h"
 #include "apps/render/Stopwatch.h"
+#include "apps/render/StudyJob.h"
 #include "orvane_host/context/HeadlessContext.h"
 #include "orvane_host/import/ModelImporter.h"
 #include "orvane_host/import/NodePath.h"
 #include "orvane_host/output/PictureFile.h"
 #include "orvane_host/present/BlankPicture.h"
 #include "orvane_host/present/Presentation.h"
+#include "orvane_host/present/SunHoursMap.h"
 #include "orvane/scene/Scene.h"
 
 #include <unistd.h>
@@ -81,6 +83,11 @@ void RenderJob::Run()
     Load();
     ListNodes();
     Present();
+    if (m_options.study && m_options.study->hours.empty())
+    {
+        WriteStudySheet(m_options, *m_presentation);
+        return;
+    }
     if (IsMeasured())
     {
         MakeFramebuffer();
@@ -166,6 +173,9 @@ void RenderJob::Present()
     Require(edit.empty() || m_presentation->FindNode(edit), m_options.model,
             "there is no node '" + edit + "' for --edit; some that there are: "
                 + Host::SomeNodeNames(m_presentation->GetNodes()));
+    const std::optional<Host::SunSettings>& sun = m_options.settings.sun;
+    Require(!sun || sun->direction || sun->place || m_presentation->GetReport().place, m_options.model,
+            "it tells no place for the sun; name one by --place LAT,LON");
     std::string error;
     Require(m_presentation->Apply(m_options.settings, error), SubjectOf(m_options), error);
     ShowNodes(m_options.nodes, *m_presentation, m_options.model);
@@ -176,6 +186,20 @@ void RenderJob::Present()
         m_presentation->FrameShown();
     }
     SetScale();
+    PresentStudy();
+}
+
+void RenderJob::PresentStudy()
+{
+    if (m_options.study && !m_options.study->hours.empty())
+    {
+        m_map = std::make_unique<Host::SunHoursMap>(*m_presentation);
+        ShowStudyMap(m_options, *m_presentation, *m_map);
+    }
+    else if (!m_options.study && !m_presentation->GetSun().note.empty() && !m_options.quiet)
+    {
+        PrintLine(m_options.model + ": " + m_presentation->GetSun().note);
+    }
 }
 
 void RenderJob::SetScale()
@@ -274,13 +298,9 @@ void RenderJob::Write()
     {
         return;
     }
-    std::string error;
-    const Host::PictureFormat format = FormatOf(m_options);
-    const std::unique_ptr<Host::PictureFile> file =
-        m_options.output == "-" ? Host::PictureFile::Create(STDOUT_FILENO, format, error)
-                                : Host::PictureFile::Create(m_options.output, format, error);
-    Require(file != nullptr, m_options.output, error);
+    const std::unique_ptr<Host::PictureFile> file = BeginPicture(m_options);
     WriteTo(*file);
+    std::string error;
     Require(file->Finish(error), m_options.output, error);
 }
 

@@ -14,6 +14,7 @@ class HeadlessContext;
 struct ImportResult;
 class PictureFile;
 class Presentation;
+class SunHoursMap;
 
 } // namespace OV::Host
 
@@ -47,6 +48,7 @@ private:
     bool IsMeasured() const;
     void ListNodes();
     void SetScale();
+    void PresentStudy();
     void Warn(const std::string& text) const;
     void OpenContext();
     void Load();
@@ -67,6 +69,7 @@ private:
     // Whatever holds GL objects goes before the context does.
     std::unique_ptr<Host::HeadlessContext> m_gl;
     std::unique_ptr<Host::Presentation> m_presentation;
+    std::unique_ptr<Host::SunHoursMap> m_map; ///< null without one
 };
 
 } // namespace OV::RenderApp

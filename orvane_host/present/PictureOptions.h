@@ -15,6 +15,9 @@ struct PictureOptions
     int width = 1280;
     int height = 720;
 
+    /// Pixels for each that settings count, such as those of a line's width; above 0.
+    float pixelRatio = 1.0f;
+
     /// Leaves the background out and tells in straight alpha how much of a pixel is covered. Fog still
     /// fades to the background's colour. Not with a sky, which covers all. Draws everything twice.
     bool transparent = false;

@@ -14,7 +14,7 @@
 namespace OV::Host
 {
 
-bool Presentation::Impl::ReadSurroundings(const PresentationSettings& wanted, Pictures& pictures,
+bool Presentation::Impl::ReadSurroundings(const PresentationSettings& wanted, Brought& brought,
                                           std::string& error) const
 {
     const auto plainOf = [](const PresentationSettings& of) {
@@ -23,15 +23,15 @@ bool Presentation::Impl::ReadSurroundings(const PresentationSettings& wanted, Pi
     const auto isSame = [](const Color& a, const Color& b) { return a.r == b.r && a.g == b.g && a.b == b.b; };
     const std::string& source = wanted.surroundings;
     const bool isNew = source != settings.surroundings || wanted.view.upAxis != settings.view.upAxis;
-    pictures.surroundings = isNew ? nullptr : m_surroundings;
+    brought.surroundings = isNew ? nullptr : m_surroundings;
     if (source != "sky")
     {
         std::string reason;
         if (isNew && !source.empty())
         {
-            pictures.surroundings = Surroundings::Read(source, wanted.view.upAxis, reason);
+            brought.surroundings = Surroundings::Read(source, wanted.view.upAxis, reason);
         }
-        const bool isRead = source.empty() || pictures.surroundings;
+        const bool isRead = source.empty() || brought.surroundings;
         error = isRead ? error : source + ": " + reason;
         return isRead;
     }
@@ -39,11 +39,11 @@ bool Presentation::Impl::ReadSurroundings(const PresentationSettings& wanted, Pi
     const std::optional<Color> before = plainOf(settings);
     const bool hasColors = isSame(wanted.background, settings.background) && plain.has_value() == before.has_value()
         && (!plain || isSame(*plain, *before));
-    if (!pictures.surroundings || !hasColors)
+    if (!brought.surroundings || !hasColors)
     {
         SkySettings sky;
         sky.SetHorizonColor(wanted.background);
-        pictures.surroundings = Surroundings::OfSky(sky, plain, wanted.view.upAxis);
+        brought.surroundings = Surroundings::OfSky(sky, plain, wanted.view.upAxis);
     }
     return true;
 }

@@ -158,7 +158,7 @@ private:
     bool DrawOn(const Color& background, const Detail::PictureTile& tile, std::vector<unsigned char>& rgba)
     {
         m_buffer->Bind();
-        m_impl.DrawPart(tile.part, background);
+        m_impl.DrawPart(tile.part, background, m_options.pixelRatio);
         rgba.resize(static_cast<std::size_t>(tile.kept.width) * static_cast<std::size_t>(tile.kept.height) * 4
                     * static_cast<std::size_t>(m_options.bits / 8));
         return m_buffer->ReadPart(tile.x - tile.part.x, tile.y - tile.part.y, tile.kept.width, tile.kept.height,
@@ -242,7 +242,8 @@ bool Presentation::Impl::WritePicture(PictureFile& file, const PictureOptions& o
     bool isWritten = false;
     try
     {
-        // The margin is that of what is drawn.
+        // The margin is that of what is drawn, with lines as wide as there.
+        Resize(std::max(m_width, 1), std::max(m_height, 1), options.pixelRatio);
         ConfigureRenderer();
         PictureDrawing drawing(*this, gl, limits, options);
         isWritten = drawing.Write(file, facts, error);

@@ -3,6 +3,7 @@
 #include "orvane_host/present/detail/PresentationImpl.h"
 #include "orvane_host/present/detail/SectionPlanes.h"
 #include "orvane_host/present/detail/ShownPoints.h"
+#include "orvane_host/present/detail/SunState.h"
 #include "orvane_host/present/detail/TreeWalk.h"
 #include "orvane/overlay/Scene2D.h"
 #include "orvane/scene/CameraNode.h"
@@ -166,7 +167,7 @@ Node* Presentation::Impl::FindNode(const std::string& path) const
     return path.empty() ? nullptr : Host::FindNode(nodes, path);
 }
 
-bool Presentation::Impl::Check(const PresentationSettings& wanted, Pictures& pictures, std::string& error) const
+bool Presentation::Impl::Check(const PresentationSettings& wanted, Brought& brought, std::string& error) const
 {
     if (wanted.view.eye && IsSamePlace(*wanted.view.eye, wanted.view.target.value_or(MiddleOfModel())))
     {
@@ -186,18 +187,27 @@ bool Presentation::Impl::Check(const PresentationSettings& wanted, Pictures& pic
             + (names.empty() ? "; no node has a name" : "; some that there are: " + names);
         return false;
     }
+    if (wanted.sun)
+    {
+        std::optional<SunState> found = Detail::FindSun(*wanted.sun, report, wanted.view.upAxis, error);
+        if (!found)
+        {
+            return false;
+        }
+        brought.sun = std::move(*found);
+    }
     const std::string& file = wanted.sheet.watermark;
     if (!file.empty() && file != settings.sheet.watermark)
     {
         std::string reason;
-        pictures.watermark = Watermark::Read(file, reason);
-        if (!pictures.watermark)
+        brought.watermark = Watermark::Read(file, reason);
+        if (!brought.watermark)
         {
             error = file + ": " + reason;
             return false;
         }
     }
-    return ReadSurroundings(wanted, pictures, error);
+    return ReadSurroundings(wanted, brought, error);
 }
 
 Presentation::Impl::Changes Presentation::Impl::ChangesTo(const PresentationSettings& wanted) const
@@ -221,8 +231,8 @@ Presentation::Impl::Changes Presentation::Impl::ChangesTo(const PresentationSett
 
 bool Presentation::Impl::Apply(const PresentationSettings& wanted, std::string& error)
 {
-    Pictures pictures;
-    if (!Check(wanted, pictures, error))
+    Brought brought;
+    if (!Check(wanted, brought, error))
     {
         return false;
     }
@@ -234,11 +244,12 @@ bool Presentation::Impl::Apply(const PresentationSettings& wanted, std::string& 
     }
     if (wanted.sheet.watermark != settings.sheet.watermark)
     {
-        m_watermark = std::move(pictures.watermark);
+        m_watermark = std::move(brought.watermark);
         m_isWatermarkLaid = false;
     }
-    m_surroundings = std::move(pictures.surroundings);
+    m_surroundings = std::move(brought.surroundings);
     settings = wanted;
+    sun = std::move(brought.sun);
     app.GetContext()->SetBackgroundColor(settings.background);
     UpdateScene(changes);
     if (changes.sheet)

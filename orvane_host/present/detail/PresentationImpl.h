@@ -93,6 +93,7 @@ public:
     std::vector<PresentedFile> files;
     std::vector<Dimension> dimensions;
     PresentationSettings settings;
+    SunState sun;
 
     // Destroyed from the last to the first: what comes later has GL objects of what comes before.
     Platform::Linux::ESTextureLoader textures;
@@ -131,15 +132,16 @@ private:
     };
 
     Changes ChangesTo(const PresentationSettings& wanted) const;
-    /// What of wanted settings comes from files.
-    struct Pictures
+    /// What wanted settings bring along from outside of them.
+    struct Brought
     {
         std::unique_ptr<Watermark> watermark;
         std::shared_ptr<const Surroundings> surroundings;
+        SunState sun;
     };
 
-    bool Check(const PresentationSettings& wanted, Pictures& pictures, std::string& error) const;
-    bool ReadSurroundings(const PresentationSettings& wanted, Pictures& pictures, std::string& error) const;
+    bool Check(const PresentationSettings& wanted, Brought& brought, std::string& error) const;
+    bool ReadSurroundings(const PresentationSettings& wanted, Brought& brought, std::string& error) const;
     void CountModel();
     void TakeBackAll();
     void ForgetGone();
@@ -170,6 +172,7 @@ private:
     float Aspect() const;
     void PlaceCamera();
     void ConfigureRenderer();
+    std::optional<float> NorthInPicture() const;
     void LayOut();
     void LayOutNotes();
     void PlaceLabels();
@@ -203,6 +206,7 @@ private:
     std::vector<NodeLabel> m_labels;
     std::vector<std::size_t> m_shownLabels; ///< those of the notes
     bool m_areNotesStale = false;
+    std::optional<float> m_sheetNorth; ///< that it was made for
 
     int m_width = 0;
     int m_height = 0;

@@ -23,6 +23,7 @@ const std::vector<std::string> Known = {
     "--distance",   "--angle",   "--up-axis",      "--pixel-ratio", "--quiet",        "--fail-if-empty", "--paper",
     "--portrait",   "--dpi",     "--scale",        "--alpha",      "--depth",         "--list-nodes",
     "--surroundings", "--ground",
+    "--sun",        "--place",   "--sun-study",    "--sun-hours",
 };
 
 std::string Help()
