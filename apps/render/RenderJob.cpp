@@ -17,7 +17,6 @@
 #include "orvane_host/present/SunHoursMap.h"
 #include "orvane/scene/Scene.h"
 
-#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>

@@ -1,12 +1,12 @@
 #include "apps/render/SunOptions.h"
 
+#include "apps/render/OptionText.h"
 #include "apps/render/Options.h"
 #include "orvane_host/present/SunStudy.h"
 #include "orvane_host/view/ZonedTime.h"
 
 #include <CLI/CLI.hpp>
 
-#include <charconv>
 #include <cmath>
 #include <vector>
 
@@ -16,25 +16,18 @@ namespace OV::RenderApp
 namespace
 {
 
-CLI::ValidationError Bad(const std::string& option, const std::string& text, const std::string& expectation)
-{
-    return CLI::ValidationError(option, "'" + text + "' is not " + expectation);
-}
-
 /// Finite numbers between commas; none where anything else stands there.
 std::optional<std::vector<float>> NumbersIn(const std::string& text)
 {
     std::vector<float> numbers;
-    for (const std::string& part : CLI::detail::split(text, ','))
+    for (const std::string& part : Split(text, ','))
     {
-        float number = 0.0f;
-        const char* const end = part.data() + part.size();
-        const auto result = std::from_chars(part.data(), end, number);
-        if (result.ec != std::errc() || result.ptr != end || !std::isfinite(number))
+        const std::optional<float> number = ParseNumber<float>(part);
+        if (!number || !std::isfinite(*number))
         {
             return std::nullopt;
         }
-        numbers.push_back(number);
+        numbers.push_back(*number);
     }
     return numbers;
 }
