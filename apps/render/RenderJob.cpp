@@ -1,6 +1,7 @@
 #include "apps/render/RenderJob.h"
 
 #include "apps/render/FileChecks.h"
+#include "apps/render/GLCalls.h"
 #include "apps/render/PictureMemory.h"
 #include "apps/render/ProgressBar.h"
 #include "apps/render/Report.h"
@@ -12,6 +13,7 @@
 #include "orvane_host/present/Presentation.h"
 #include "orvane/scene/Scene.h"
 
+#include <optional>
 #include <utility>
 
 namespace OV::RenderApp
@@ -68,9 +70,8 @@ void RenderJob::OpenContext()
     m_stats.glVersion = m_gl->GetVersion();
 }
 
-void RenderJob::Load()
+Host::ImportResult RenderJob::Read(const std::string& file) const
 {
-    const Stopwatch watch;
     ProgressBar bar("Loading");
     Host::ImportOptions importOptions;
     importOptions.progress = [&bar](float percent)
@@ -78,14 +79,25 @@ void RenderJob::Load()
         bar.Show(percent);
         return true;
     };
-    Host::ImportResult model = Host::ModelImporter::Import(m_options.model, importOptions);
+    Host::ImportResult model = Host::ModelImporter::Import(file, importOptions);
     bar.Clear();
     if (!model)
     {
         throw Failure(model.error.Line());
     }
-    PrintWarnings(model.report.warnings, m_options.model);
-    m_presentation = std::make_unique<Host::Presentation>(std::move(model));
+    PrintWarnings(model.report.warnings, file);
+    return model;
+}
+
+void RenderJob::Load()
+{
+    const Stopwatch watch;
+    m_presentation = std::make_unique<Host::Presentation>(Read(m_options.model));
+    for (const std::string& file : m_options.besides)
+    {
+        std::string error;
+        Require(m_presentation->Add(Read(file), error), file, error);
+    }
     m_stats.load = watch.Milliseconds();
 }
 
@@ -109,7 +121,8 @@ void RenderJob::Present()
                 + Host::SomeNodeNames(m_presentation->GetNodes()));
     std::string error;
     Require(m_presentation->Apply(m_options.settings, error), SubjectOf(m_options), error);
-    m_presentation->Resize(m_options.width, m_options.height);
+    ShowNodes(m_options.nodes, *m_presentation, m_options.model);
+    m_presentation->Resize(m_options.width, m_options.height, m_options.pixelRatio);
 }
 
 void RenderJob::Draw()
@@ -130,7 +143,17 @@ void RenderJob::Draw()
             m_gl->Finish();
             m_stats.pack = watch.Milliseconds();
         }
-        m_presentation->Draw(m_options.width, m_options.height);
+        std::optional<GLCallCounter> calls;
+        if (m_options.stats && frame + 1 == m_options.frames)
+        {
+            calls.emplace();
+        }
+        m_presentation->Draw(m_options.width, m_options.height, m_options.pixelRatio);
+        if (calls)
+        {
+            m_stats.calls = calls->GetCounts();
+            calls.reset();
+        }
         m_gl->Finish();
         m_stats.frames.push_back(watch.Milliseconds());
     }

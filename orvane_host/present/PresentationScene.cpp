@@ -3,6 +3,7 @@
 #include "orvane_host/present/detail/PresentationImpl.h"
 #include "orvane_host/present/detail/SectionPlanes.h"
 #include "orvane_host/present/detail/ShownPoints.h"
+#include "orvane_host/present/detail/TreeWalk.h"
 #include "orvane/overlay/Scene2D.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/LightNode.h"
@@ -42,19 +43,6 @@ bool ShadesEveryPixel(Look look)
 float AmbientLevelFor(Look look)
 {
     return ShadesEveryPixel(look) ? 0.0f : ImportOptions().ambientLevel;
-}
-
-/// Gives each node an identifier of its own, so that edges part them.
-void NumberNodes(const std::vector<ImportedNode>& nodes)
-{
-    // Of more nodes some share one; they are rarely neighbours.
-    constexpr int most = 0xFFFF;
-    int next = 0;
-    for (const ImportedNode& imported : nodes)
-    {
-        imported.node->SetUserData(next);
-        next = (next + 1) % most;
-    }
 }
 
 std::uint64_t CountNodes(const Node& top)
@@ -109,10 +97,11 @@ Presentation::Impl::Impl(ImportResult model, bool numbersNodes) :
     UpdateGlobals();
     if (numbersNodes)
     {
-        NumberNodes(nodes);
+        TakeFirstFile(model.error.file);
     }
     else
     {
+        m_isHostsScene = true;
         CountModel();
     }
     MakeLight();
@@ -177,8 +166,7 @@ Node* Presentation::Impl::FindNode(const std::string& path) const
     return path.empty() ? nullptr : Host::FindNode(nodes, path);
 }
 
-bool Presentation::Impl::Check(const PresentationSettings& wanted, std::unique_ptr<Watermark>& picture,
-                               std::string& error) const
+bool Presentation::Impl::Check(const PresentationSettings& wanted, Pictures& pictures, std::string& error) const
 {
     if (wanted.view.eye && IsSamePlace(*wanted.view.eye, wanted.view.target.value_or(MiddleOfModel())))
     {
@@ -202,14 +190,14 @@ bool Presentation::Impl::Check(const PresentationSettings& wanted, std::unique_p
     if (!file.empty() && file != settings.sheet.watermark)
     {
         std::string reason;
-        picture = Watermark::Read(file, reason);
-        if (!picture)
+        pictures.watermark = Watermark::Read(file, reason);
+        if (!pictures.watermark)
         {
             error = file + ": " + reason;
             return false;
         }
     }
-    return true;
+    return ReadSurroundings(wanted, pictures, error);
 }
 
 Presentation::Impl::Changes Presentation::Impl::ChangesTo(const PresentationSettings& wanted) const
@@ -220,7 +208,8 @@ Presentation::Impl::Changes Presentation::Impl::ChangesTo(const PresentationSett
     changes.section = differs(&S::section);
     changes.lines = settings.lines.has_value() != wanted.lines.has_value()
         || (settings.lines && settings.lines->crease != wanted.lines->crease);
-    changes.materials = differs(&S::look) || differs(&S::cullBacks) || differs(&S::lines) || differs(&S::antialiasing);
+    changes.materials = differs(&S::look) || differs(&S::cullBacks) || differs(&S::lines) || differs(&S::antialiasing)
+        || differs(&S::surroundings);
     changes.view = differs(&S::view);
     changes.sheet = differs(&S::sheet);
     S behind = wanted;
@@ -232,17 +221,23 @@ Presentation::Impl::Changes Presentation::Impl::ChangesTo(const PresentationSett
 
 bool Presentation::Impl::Apply(const PresentationSettings& wanted, std::string& error)
 {
-    std::unique_ptr<Watermark> picture;
-    if (!Check(wanted, picture, error))
+    Pictures pictures;
+    if (!Check(wanted, pictures, error))
     {
         return false;
     }
     const Changes changes = ChangesTo(wanted);
+    if (wanted.ground.has_value() != settings.ground.has_value() || wanted.view.upAxis != settings.view.upAxis
+        || (wanted.ground && wanted.ground->height != settings.ground->height))
+    {
+        m_contactShadow.reset();
+    }
     if (wanted.sheet.watermark != settings.sheet.watermark)
     {
-        m_watermark = std::move(picture);
+        m_watermark = std::move(pictures.watermark);
         m_isWatermarkLaid = false;
     }
+    m_surroundings = std::move(pictures.surroundings);
     settings = wanted;
     app.GetContext()->SetBackgroundColor(settings.background);
     UpdateScene(changes);
@@ -267,6 +262,8 @@ void Presentation::Impl::UpdateScene(const Changes& changes)
     if (changes.section)
     {
         CutSection();
+        m_areNotesStale = true;
+        m_contactShadow.reset();
     }
     if (changes.section || changes.materials)
     {
@@ -321,6 +318,7 @@ void Presentation::Impl::UpdateMaterials()
     if (ShadesEveryPixel(settings.look))
     {
         wanted.ambient = Color(ShadeLevel, ShadeLevel, ShadeLevel);
+        wanted.reflects = !settings.surroundings.empty();
     }
     else
     {
@@ -356,9 +354,23 @@ void Presentation::Impl::UpdateEdit()
 
 void Presentation::Impl::Refresh()
 {
+    TakeBackAll();
+    ForgetGone();
+    visibility.Refresh();
+    UpdateGlobals();
+    CountModel();
+    DoAllAgain();
+}
+
+void Presentation::Impl::TakeBackAll()
+{
     m_lines.Forget();
     World().RemoveLineStyle(m_style.get());
     m_section.Forget();
+}
+
+void Presentation::Impl::ForgetGone()
+{
     const std::vector<const Node*> present = AllNodes();
     const auto isGone = [&](const Node* node) { return !std::binary_search(present.begin(), present.end(), node); };
     nodes.erase(std::remove_if(nodes.begin(), nodes.end(),
@@ -370,10 +382,20 @@ void Presentation::Impl::Refresh()
     {
         entry = isGone(entry->first) ? m_highlights.erase(entry) : std::next(entry);
     }
-    visibility.Refresh();
-    UpdateGlobals();
-    CountModel();
+    m_labels.erase(std::remove_if(m_labels.begin(), m_labels.end(),
+                                  [&](const NodeLabel& label) { return isGone(label.node); }), m_labels.end());
+    for (std::size_t i = 0; i < files.size(); ++i)
+    {
+        std::vector<Node*>& tops = m_contents[i].tops;
+        files[i].top = files[i].top && isGone(files[i].top) ? nullptr : files[i].top;
+        tops.erase(std::remove_if(tops.begin(), tops.end(), isGone), tops.end());
+    }
+}
+
+void Presentation::Impl::DoAllAgain()
+{
     MakeLight();
+    PlaceLabels();
     Changes all;
     all.section = all.materials = all.lines = all.view = true;
     UpdateScene(all);
@@ -399,6 +421,8 @@ void Presentation::Impl::SetVisibility(bool hasChanged)
     {
         return;
     }
+    m_areNotesStale = true;
+    m_contactShadow.reset();
     // What is hidden is not cut.
     Changes changes;
     changes.section = !settings.section.planes.empty();
@@ -430,25 +454,20 @@ void Presentation::Impl::UpdateHighlights()
     Detail::HighlightRenderer::Colors colors;
     if (!m_highlights.empty())
     {
-        CollectHighlights(*World().GetRoot(), nullptr, colors);
+        const Color* const none = nullptr;
+        Detail::WalkTree(*World().GetRoot(), none, [&](Node& node, const Color* color) {
+            const auto own = m_highlights.find(&node);
+            color = own == m_highlights.end() ? color : &own->second;
+            auto* const meshNode = dynamic_cast<MeshNode*>(&node);
+            if (color && meshNode)
+            {
+                colors.emplace_back(meshNode, *color);
+            }
+            return color;
+        });
     }
     renderer->SetHighlights(std::move(colors));
     m_isPictureChanged = true;
-}
-
-void Presentation::Impl::CollectHighlights(Node& node, const Color* color, Detail::HighlightRenderer::Colors& colors) const
-{
-    const auto own = m_highlights.find(&node);
-    color = own == m_highlights.end() ? color : &own->second;
-    auto* const meshNode = dynamic_cast<MeshNode*>(&node);
-    if (color && meshNode)
-    {
-        colors.emplace_back(meshNode, *color);
-    }
-    for (Node* child : node.GetChildren())
-    {
-        CollectHighlights(*child, color, colors);
-    }
 }
 
 bool Presentation::Impl::IsOfModel(const Mesh& mesh) const

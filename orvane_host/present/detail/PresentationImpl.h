@@ -4,9 +4,11 @@
 #include "orvane_host/geometry/SectionFaces.h"
 #include "orvane_host/present/Picking.h"
 #include "orvane_host/present/Presentation.h"
+#include "orvane_host/present/detail/GroundStage.h"
 #include "orvane_host/present/detail/HighlightRenderer.h"
 #include "orvane_host/present/detail/MaterialSettings.h"
 #include "orvane_host/present/detail/NodeVisibility.h"
+#include "orvane_host/sheet/Notes.h"
 #include "orvane_host/sheet/Sheet.h"
 #include "orvane_host/sheet/Watermark.h"
 #include "orvane_host/view/SceneFit.h"
@@ -15,6 +17,8 @@
 #include "orvane/platform/ESTextureLoader.h"
 #include "orvane/scene/LineStyle.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>
@@ -31,8 +35,11 @@ class LightNode;
 namespace OV::Host
 {
 
-/// PresentationScene.cpp has what settings do to the scene, PresentationView.cpp what they do to
-/// the camera, PresentationDrawing.cpp what makes a picture of both.
+class Surroundings;
+
+/// PresentationFiles.cpp has how files come and go, PresentationScene.cpp what settings do to the scene,
+/// PresentationNotes.cpp what stands on the picture, PresentationView.cpp what settings do to the
+/// camera, PresentationDrawing.cpp what makes a picture of both.
 class Presentation::Impl
 {
 public:
@@ -42,8 +49,15 @@ public:
     bool Apply(const PresentationSettings& wanted, std::string& error);
     void Refresh();
 
+    bool Add(ImportResult model, std::string& error);
+    bool Replace(std::size_t place, ImportResult model, std::string& error);
+    bool Remove(std::size_t place);
+
     Node* FindNode(const std::string& path) const;
     void SetVisibility(bool hasChanged);
+    bool SetDimensions(std::vector<Dimension> wanted);
+    bool SetLabel(const Node* node, const std::string* text);
+    void ClearLabels();
     void SetHighlight(Node& node, const std::optional<Color>& color);
     void ClearHighlights();
 
@@ -60,7 +74,7 @@ public:
     bool NeedsDraw() const;
     void Suspend();
     void Resume();
-    bool SavePicture(const std::string& path, int pictureWidth, int pictureHeight, std::string& error);
+    bool SavePicture(const std::string& path, int pictureWidth, int pictureHeight, float ratio, std::string& error);
     std::vector<PickHit> Pick(const PickArea& area);
     std::vector<PickHit> PickThrough(int x, int y, int most);
 
@@ -70,6 +84,8 @@ public:
     ImportReport report;
     std::vector<ImportedNode> nodes;
     std::vector<ImportedMesh> meshes;
+    std::vector<PresentedFile> files;
+    std::vector<Dimension> dimensions;
     PresentationSettings settings;
 
     // Destroyed from the last to the first: what comes later has GL objects of what comes before.
@@ -91,9 +107,40 @@ private:
         bool picture = false; ///< something behind the sheet, whatever
     };
 
+    /// What a file brought.
+    struct Content
+    {
+        std::vector<Node*> tops; ///< below the root of the scene
+        ImportReport report;
+        double scale = 1.0;
+    };
+
+    struct NodeLabel
+    {
+        const Node* node;
+        std::string text; ///< UTF-8
+        QGM::Point3d place; ///< in the node's own space
+    };
+
     Changes ChangesTo(const PresentationSettings& wanted) const;
-    bool Check(const PresentationSettings& wanted, std::unique_ptr<Watermark>& picture, std::string& error) const;
+    /// What of wanted settings comes from files.
+    struct Pictures
+    {
+        std::unique_ptr<Watermark> watermark;
+        std::shared_ptr<const Surroundings> surroundings;
+    };
+
+    bool Check(const PresentationSettings& wanted, Pictures& pictures, std::string& error) const;
+    bool ReadSurroundings(const PresentationSettings& wanted, Pictures& pictures, std::string& error) const;
     void CountModel();
+    void TakeBackAll();
+    void ForgetGone();
+    void DoAllAgain();
+    void NumberNodes();
+    void TakeFirstFile(const std::string& path);
+    void PutFile(std::size_t place, ImportResult model);
+    void TakeFileOut(std::size_t place);
+    void CountFiles();
     void MakeLight();
     float Extent() const;
     float OutlineWidth() const;
@@ -105,8 +152,8 @@ private:
     void UpdateMaterials();
     void UpdateLight();
     void UpdateEdit();
+    std::optional<Detail::Ground> MakeGround();
     void UpdateHighlights();
-    void CollectHighlights(Node& node, const Color* color, Detail::HighlightRenderer::Colors& colors) const;
     std::vector<const Node*> AllNodes() const;
     bool IsOfModel(const Mesh& mesh) const;
     Vector MiddleOfModel() const;
@@ -115,9 +162,15 @@ private:
     void PlaceCamera();
     void ConfigureRenderer();
     void LayOut();
+    void LayOutNotes();
+    void PlaceLabels();
+    void MakeNotes();
     bool IsCaptured() const;
     void FollowFramebuffer();
 
+    std::vector<Content> m_contents; ///< of each file
+    std::uint64_t m_nextFile = 1;    ///< number of the next one that comes
+    bool m_isHostsScene = false;     ///< it was not imported
     SectionFaces m_section;
     std::unique_ptr<LineStyle> m_style; ///< in the scene while there are lines
     FeatureLines m_lines;
@@ -126,7 +179,13 @@ private:
     LightNode* m_light = nullptr; ///< in the scene; null where it has its own
     std::unique_ptr<Watermark> m_watermark;
     bool m_isWatermarkLaid = false;
+    std::shared_ptr<const Surroundings> m_surroundings;
+    std::shared_ptr<const Detail::ContactShadow> m_contactShadow; ///< null until it is needed
     std::unique_ptr<Sheet> m_sheet;
+    std::unique_ptr<Notes> m_notes;
+    std::vector<NodeLabel> m_labels;
+    std::vector<std::size_t> m_shownLabels; ///< those of the notes
+    bool m_areNotesStale = false;
 
     int m_width = 0;
     int m_height = 0;
