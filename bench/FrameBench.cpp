@@ -12,13 +12,15 @@
 #include <GL/glew.h>
 #include <benchmark/benchmark.h>
 
+#include <array>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <vector>
 
-// A static scene drawn by the renderer and, in the same run, by a hand-written loop over flat
-// arrays that makes the same GL calls with the same arguments: none but those that change anything.
-// What counts is the ratio of the two.
+// Scenes drawn by the renderer and, in the same run, by a hand-written loop over flat arrays that
+// makes the same GL calls with the same arguments: none but those that change anything. What counts
+// is the ratio of the two.
 namespace
 {
 
@@ -46,6 +48,16 @@ struct FlatMesh
     Matrix mvp;
 };
 
+/// What moves with a node, for the scene that moves: worked out in double, as the engine does.
+struct FlatNode
+{
+    Transform local;
+    Transform global;
+    Matrix matrix;
+    float normalMatrix[9];
+    bool isMirror;
+};
+
 struct FlatMaterial
 {
     std::size_t first;
@@ -55,11 +67,10 @@ struct FlatMaterial
 class FrameBench
 {
 public:
-    FrameBench()
+    explicit FrameBench(const PatchOptions& options) : m_patches(options.patches)
     {
-        m_context = OpenContext(256, 256);
         SkySettings::inst().SetUseFog(false);
-        AddPatches(m_scene, 1.0f);
+        AddPatches(m_scene, options);
         m_renderer.Resize(256, 256);
         m_scene.UpdateGraph(256.0f, 256.0f);
         DrawWithEngine();
@@ -68,6 +79,8 @@ public:
 
     ~FrameBench() { m_scene.Suspend(); }
 
+    int Patches() const { return m_patches; }
+
     void DrawWithEngine()
     {
         m_renderer.Render3D(&m_scene, m_scene.GetCameraNode());
@@ -75,16 +88,33 @@ public:
 
     void DrawByHand() const;
 
+    /// Moves every patch and brings up to date what is drawn from it.
+    void MoveWithEngine()
+    {
+        m_lift = 1.0f - m_lift;
+        for (std::size_t i = 0; i < m_nodes.size(); ++i)
+        {
+            m_nodes[i]->SetLocal(PatchPlace(m_nodes[i]->GetUserData(), m_lift));
+        }
+        m_scene.UpdateGraph(256.0f, 256.0f);
+    }
+
+    void MoveByHand();
+
 private:
     void Flatten();
 
-    std::unique_ptr<Host::HeadlessContext> m_context;
+    int m_patches;
+    float m_lift = 0.0f;
     BenchRenderer m_renderer;
     Scene m_scene;
     unsigned m_program = 0;
     int m_mvpLocation = -1; ///< of all uniforms the one that does not hold from frame to frame
+    Matrix m_viewProjection;
+    std::vector<MeshNode*> m_nodes; ///< in the order of drawing, as are the next
     std::vector<FlatMaterial> m_flatMaterials;
     std::vector<FlatMesh> m_flatMeshes;
+    std::vector<FlatNode> m_flatNodes;
 };
 
 void FrameBench::Flatten()
@@ -94,6 +124,7 @@ void FrameBench::Flatten()
     m_program = effect->ProgramForOptions(EffectES20::OptionNoClipPlanes);
     effect->Release();
     m_mvpLocation = glGetUniformLocation(m_program, "u_mvpMatrix");
+    m_viewProjection = camera->GetMVP();
     for (Material* material : m_scene.GetOptimizedMaterials())
     {
         FlatMaterial flat{m_flatMeshes.size(), 0};
@@ -111,9 +142,32 @@ void FrameBench::Flatten()
             flatMesh.indexCount = static_cast<int>(mesh->GetNumIndices());
             flatMesh.mvp.Multiply(camera->GetMVP(), *node->GetGlobalMatrix());
             m_flatMeshes.push_back(flatMesh);
+            m_nodes.push_back(node);
+            FlatNode flatNode{};
+            flatNode.local = node->GetLocal();
+            m_flatNodes.push_back(flatNode);
         }
         flat.last = m_flatMeshes.size();
         m_flatMaterials.push_back(flat);
+    }
+}
+
+void FrameBench::MoveByHand()
+{
+    m_lift = 1.0f - m_lift;
+    for (std::size_t i = 0; i < m_flatNodes.size(); ++i)
+    {
+        m_flatNodes[i].local = PatchPlace(m_nodes[i]->GetUserData(), m_lift);
+    }
+    const Transform parent;
+    for (std::size_t i = 0; i < m_flatNodes.size(); ++i)
+    {
+        FlatNode& node = m_flatNodes[i];
+        node.global.Multiply(parent, node.local);
+        node.global.ExtractMatrix(node.matrix, true);
+        node.global.ExtractAffineInverseTranspose3x3(node.normalMatrix);
+        node.isMirror = node.global.GetTransf3d().isMirror();
+        m_flatMeshes[i].mvp.Multiply(m_viewProjection, node.matrix);
     }
 }
 
@@ -159,24 +213,92 @@ void FrameBench::DrawByHand() const
     }
 }
 
-FrameBench& Frame()
+/// Scenes by their options, made when first asked for: repetitions of all may be interleaved.
+std::map<std::array<int, 4>, std::unique_ptr<FrameBench>>& Frames()
 {
-    static FrameBench bench;
-    return bench;
+    static std::map<std::array<int, 4>, std::unique_ptr<FrameBench>> frames;
+    return frames;
+}
+
+FrameBench& Frame(const PatchOptions& options)
+{
+    std::unique_ptr<FrameBench>& frame =
+        Frames()[{options.patches, options.materials, options.columns, options.rows}];
+    if (!frame)
+    {
+        frame = std::make_unique<FrameBench>(options);
+        RequireSameCalls([&] { frame->DrawWithEngine(); }, [&] { frame->DrawByHand(); });
+    }
+    return *frame;
+}
+
+/// The scene of a benchmark's arguments: meshes, materials, columns and rows of cells.
+PatchOptions OptionsOf(const benchmark::State& state)
+{
+    PatchOptions options;
+    options.patches = static_cast<int>(state.range(0));
+    options.materials = static_cast<int>(state.range(1));
+    options.columns = static_cast<int>(state.range(2));
+    options.rows = static_cast<int>(state.range(3));
+    return options;
 }
 
 void StaticSceneByEngine(benchmark::State& state)
 {
-    Repeat(state, kPatches, [] { Frame().DrawWithEngine(); });
+    FrameBench& frame = Frame(OptionsOf(state));
+    Repeat(state, frame.Patches(), [&] { frame.DrawWithEngine(); });
 }
 
 void StaticSceneByHand(benchmark::State& state)
 {
-    Repeat(state, kPatches, [] { Frame().DrawByHand(); });
+    FrameBench& frame = Frame(OptionsOf(state));
+    Repeat(state, frame.Patches(), [&] { frame.DrawByHand(); });
 }
 
-BENCHMARK(StaticSceneByEngine)->Unit(benchmark::kMillisecond);
-BENCHMARK(StaticSceneByHand)->Unit(benchmark::kMillisecond);
+void MovingSceneByEngine(benchmark::State& state)
+{
+    FrameBench& frame = Frame(OptionsOf(state));
+    Repeat(state, frame.Patches(),
+           [&]
+           {
+               frame.MoveWithEngine();
+               frame.DrawWithEngine();
+           });
+}
+
+void MovingSceneByHand(benchmark::State& state)
+{
+    FrameBench& frame = Frame(OptionsOf(state));
+    Repeat(state, frame.Patches(),
+           [&]
+           {
+               frame.MoveByHand();
+               frame.DrawByHand();
+           });
+}
+
+/// A thousand meshes, ten thousand, twenty large ones of 119,400 triangles, and 20,000 materials
+/// with one mesh each.
+void StaticScenes(benchmark::internal::Benchmark* bench)
+{
+    bench->ArgNames({"meshes", "materials", "columns", "rows"})->Unit(benchmark::kMillisecond);
+    bench->Args({1000, kPatchMaterials, kPatchCells, kPatchCells});
+    bench->Args({kPatches, kPatchMaterials, kPatchCells, kPatchCells});
+    bench->Args({20, 20, 199, 300});
+    bench->Args({20000, kPatchMaterials, kPatchCells, kPatchCells});
+    bench->Args({20000, 20000, kPatchCells, kPatchCells});
+}
+
+void MovingScenes(benchmark::internal::Benchmark* bench)
+{
+    bench->ArgNames({"meshes", "materials", "columns", "rows"})->Unit(benchmark::kMillisecond);
+    bench->Args({kPatches, kPatchMaterials, kPatchCells, kPatchCells});
+}
+
+BENCHMARK(StaticSceneByEngine)->Apply(StaticScenes);
+BENCHMARK(StaticSceneByHand)->Apply(StaticScenes);
+BENCHMARK(MovingSceneByEngine)->Apply(MovingScenes);
+BENCHMARK(MovingSceneByHand)->Apply(MovingScenes);
 
 } // namespace
 
@@ -184,7 +306,8 @@ int main(int argc, char** argv)
 {
     DropDrawing();
     benchmark::Initialize(&argc, argv);
-    RequireSameCalls([] { Frame().DrawWithEngine(); }, [] { Frame().DrawByHand(); });
+    const std::unique_ptr<Host::HeadlessContext> context = OpenContext(256, 256);
     benchmark::RunSpecifiedBenchmarks();
+    Frames().clear();
     return 0;
 }

@@ -6,10 +6,12 @@
 
 #include <benchmark/benchmark.h>
 
+#include <cstdint>
 #include <vector>
 
 // 10,000 nodes that all move in every frame: the scene's update, with the matrices for
-// rendering, against a plain loop over arrays that does the same products in double.
+// rendering, against a plain loop over arrays that does the same products in double. And one node
+// of 100,000 that moves, against all of them.
 namespace
 {
 
@@ -88,6 +90,32 @@ void PlainArrays(benchmark::State& state)
     state.SetItemsProcessed(state.iterations() * std::int64_t(count));
 }
 BENCHMARK(PlainArrays);
+
+/// Moves the first nodes of a scene, as many as the argument says, and brings it up to date.
+void MovedAmong100000(benchmark::State& state)
+{
+    Scene scene;
+    std::vector<Node*> nodes;
+    for (int i = 0; i < 100000; ++i)
+    {
+        auto* const node = new Node(&scene);
+        scene.GetRoot()->AddChild(node, false);
+        nodes.push_back(node);
+    }
+    scene.UpdateGraph(1280.0f, 720.0f);
+    const Transform places[2] = {Place(1, 1), Place(2, 2)};
+    int frame = 0;
+    for (auto _ : state)
+    {
+        const Transform& place = places[++frame & 1];
+        for (std::int64_t i = 0; i < state.range(0); ++i)
+        {
+            nodes[static_cast<std::size_t>(i)]->SetLocal(place);
+        }
+        scene.UpdateGraph(1280.0f, 720.0f);
+    }
+}
+BENCHMARK(MovedAmong100000)->Arg(1)->Arg(100000);
 
 } // namespace
 

@@ -19,27 +19,42 @@ constexpr int kPatches = 10000; ///< meshes, each at a node of its own, in a squ
 constexpr int kPatchMaterials = 50;
 constexpr int kPatchCells = 7; ///< 7 x 7 cells of two triangles: 98 a mesh
 
-/// @param spacing of the vertices, along X and Y.
-inline std::shared_ptr<RawMesh> MakePatch(float spacing)
+/// Meshes side by side, each at a node of its own.
+struct PatchOptions
 {
+    int patches = kPatches;
+    int materials = kPatchMaterials;
+    int columns = kPatchCells; ///< of cells of two triangles
+    int rows = kPatchCells;
+    float spacing = 1.0f; ///< of the vertices, along X and Y
+};
+
+inline std::shared_ptr<RawMesh> MakePatch(const PatchOptions& options)
+{
+    const int columns = options.columns;
     std::vector<Vector> positions;
     std::vector<Vector> normals;
     std::vector<unsigned short> indices;
-    for (int y = 0; y <= kPatchCells; ++y)
+    const auto vertices = static_cast<std::size_t>((columns + 1) * (options.rows + 1));
+    positions.reserve(vertices);
+    normals.reserve(vertices);
+    indices.reserve(static_cast<std::size_t>(columns * options.rows) * 6);
+    for (int y = 0; y <= options.rows; ++y)
     {
-        for (int x = 0; x <= kPatchCells; ++x)
+        for (int x = 0; x <= columns; ++x)
         {
-            positions.emplace_back(static_cast<float>(x) * spacing, static_cast<float>(y) * spacing, 0.0f);
+            positions.emplace_back(static_cast<float>(x) * options.spacing,
+                                   static_cast<float>(y) * options.spacing, 0.0f);
             normals.emplace_back(0.0f, 0.0f, 1.0f);
         }
     }
-    for (int y = 0; y < kPatchCells; ++y)
+    for (int y = 0; y < options.rows; ++y)
     {
-        for (int x = 0; x < kPatchCells; ++x)
+        for (int x = 0; x < columns; ++x)
         {
-            const auto a = static_cast<unsigned short>(y * (kPatchCells + 1) + x);
+            const auto a = static_cast<unsigned short>(y * (columns + 1) + x);
             const auto b = static_cast<unsigned short>(a + 1);
-            const auto c = static_cast<unsigned short>(a + kPatchCells + 1);
+            const auto c = static_cast<unsigned short>(a + columns + 1);
             const auto d = static_cast<unsigned short>(c + 1);
             indices.insert(indices.end(), {a, b, d, a, d, c});
         }
@@ -52,27 +67,33 @@ inline std::shared_ptr<RawMesh> MakePatch(float spacing)
     return raw;
 }
 
-/// Fills a scene with one light and kPatches meshes 50 units in front of the default camera.
-inline void AddPatches(Scene& scene, float spacing)
+/// The place of a patch, 50 units in front of the default camera.
+inline Transform PatchPlace(int index, float lift = 0.0f)
+{
+    Transform place;
+    place.SetPosition(Vector(static_cast<float>(index % 100), static_cast<float>(index / 100), lift - 50.0f));
+    return place;
+}
+
+/// Fills a scene with one light and the patches.
+inline void AddPatches(Scene& scene, const PatchOptions& options)
 {
     scene.GetRoot()->AddChild(new LightNode(&scene), false);
     std::vector<Material*> materials;
-    for (int i = 0; i < kPatchMaterials; ++i)
+    for (int i = 0; i < options.materials; ++i)
     {
         materials.push_back(new Material("material " + std::to_string(i)));
         scene.AddMaterial(materials.back());
     }
-    for (int i = 0; i < kPatches; ++i)
+    for (int i = 0; i < options.patches; ++i)
     {
-        auto* mesh = new Mesh(MakePatch(spacing), &scene);
+        auto* mesh = new Mesh(MakePatch(options), &scene);
         auto* node = new MeshNode(&scene);
-        Transform place;
-        place.SetPosition(Vector(static_cast<float>(i % 100), static_cast<float>(i / 100), -50.0f));
-        node->SetLocal(place);
+        node->SetLocal(PatchPlace(i));
         mesh->AddNode(node);
         node->SetUserData(i);
         scene.GetRoot()->AddChild(node, false);
-        materials[static_cast<std::size_t>(i % kPatchMaterials)]->AddMesh(mesh);
+        materials[static_cast<std::size_t>(i % options.materials)]->AddMesh(mesh);
     }
 }
 

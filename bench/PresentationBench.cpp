@@ -26,7 +26,9 @@ public:
         m_app.GetContext()->SetScene(std::make_unique<Scene>());
         Scene& scene = *m_app.GetContext()->GetScene();
         // Patches that cover the picture side by side.
-        AddPatches(scene, 1.0f / kPatchCells);
+        PatchOptions patches;
+        patches.spacing = 1.0f / kPatchCells;
+        AddPatches(scene, patches);
         CameraNode& camera = *scene.GetCameraNode();
         Transform place;
         place.SetPosition(Vector(50.0f, 50.0f, 20.0f));

@@ -164,9 +164,7 @@ void AdvancedMaterialBaseES20::SetColors(Material* material)
     Set(AdvancedUniformColor, LitColor(material, light));
     Set(AdvancedUniformSpecular,
         material->ignoreLightColor ? Color(1.0f, 1.0f, 1.0f, 1.0f) : light->GetColor());
-    Vector towardsLight;
-    towardsLight.Scale(-1.0f, light->GetGlobalDirection());
-    Set(AdvancedUniformLightDir, towardsLight);
+    Set(AdvancedUniformLightDir, TowardsLight(light));
 }
 
 void AdvancedMaterialBaseES20::Remove()

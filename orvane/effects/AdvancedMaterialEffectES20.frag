@@ -229,10 +229,19 @@ vec4 shadedColor()
 #endif
 }
 
+// Whether a plane may have cut something, so that its inside shows.
+bool haveClipPlanes()
+{
+#ifdef NO_CLIP_PLANES
+    return false;
+#else
+    return u_numClipPlanes > 0;
+#endif
+}
+
 vec4 markedFace(vec4 finalColor, vec4 fragColor)
 {
-    bool haveClipPlane = u_numClipPlanes > 0;
-    bool canUsePocheColor = fragColor.a > 0.999 && u_pocheColorEnabled && haveClipPlane;
+    bool canUsePocheColor = fragColor.a > 0.999 && u_pocheColorEnabled && haveClipPlanes();
     vec4 color = finalColor;
     if (!gl_FrontFacing)
     {

@@ -6,6 +6,7 @@
 #include "orvane/math/Color.h"
 #include "orvane/math/Matrix.h"
 #include "orvane/math/Vector.h"
+#include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/scene/LightNode.h"
@@ -146,9 +147,7 @@ void BasicMaterialEffectES20::SetColors(Material* material)
         return;
     }
     LightNode* light = FirstLight(material);
-    Vector towardsLight;
-    towardsLight.Scale(-1.0f, light->GetGlobalDirection());
-    Set(UniformLightDir, towardsLight);
+    Set(UniformLightDir, TowardsLight(light));
     Set(UniformColor, LitColor(material, light));
 }
 
@@ -197,15 +196,21 @@ void BasicMaterialEffectES20::ReleaseMeshAttributes(MeshES20* mesh)
 
 void BasicMaterialEffectES20::BindMeshUniforms(MeshNode* node)
 {
-    Set(UniformMvpMatrix, ModelViewProjection(node));
+    // What nearly all meshes of nearly all models are drawn by: no call more than it takes.
+    Matrix modelViewProjection;
+    modelViewProjection.Multiply(m_camera->GetMVP(), *node->GetGlobalMatrix());
+    Set(UniformMvpMatrix, modelViewProjection);
     if (!lit || !hasNormals)
     {
         return;
     }
-    SetNormalMatrix(UniformNormalMatrix, node);
+    Set(UniformNormalMatrix, node->GetGlobalNormalMatrix());
     m_mirrorLeft = node->IsGlobalMirror();
     Set(UniformIsMirrored, m_mirrorLeft ? 1 : 0);
-    Set(UniformWorldTransform, *node->GetGlobalMatrix());
+    if (Has(UniformWorldTransform))
+    {
+        Set(UniformWorldTransform, *node->GetGlobalMatrix());
+    }
     m_clipPlanesLeft = SetClipPlanes(UniformClipPlaneNormals, UniformClipPlanePositions,
                                      UniformNumClipPlanes, clipPlanesActive) > 0;
     Set(UniformPocheColor, s_pocheColor);

@@ -55,6 +55,16 @@ void discardClipped()
 #endif
 }
 
+// Whether a plane may have cut something, so that its inside shows.
+bool haveClipPlanes()
+{
+#ifdef NO_CLIP_PLANES
+    return false;
+#else
+    return u_numClipPlanes > 0;
+#endif
+}
+
 vec4 shadedColor()
 {
     // Back faces take the light from behind rather than stay dark.
@@ -70,7 +80,6 @@ vec4 shadedColor()
 
 vec4 markedBackFace(vec4 fragColor)
 {
-    bool haveClipPlane = u_numClipPlanes > 0;
     bool isFrontFacing = u_isMirrored ? !gl_FrontFacing : gl_FrontFacing;
     vec4 color = fragColor;
     if (!isFrontFacing)
@@ -79,7 +88,7 @@ vec4 markedBackFace(vec4 fragColor)
         {
             color = vec4(fragColor.r * 0.5, fragColor.g * 0.5, fragColor.b * 0.7 + 0.3, fragColor.a);
         }
-        else if (fragColor.a > 0.999 && u_pocheColorEnabled && haveClipPlane)
+        else if (fragColor.a > 0.999 && u_pocheColorEnabled && haveClipPlanes())
         {
             // Seen from behind, a face of a cut solid is its inside.
             color = u_pocheColor;

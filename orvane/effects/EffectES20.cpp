@@ -20,9 +20,6 @@ namespace OV
 namespace
 {
 
-// Arrays that have been disabled since the effect in use was applied, and not enabled again, as bits.
-std::uint32_t disabledAttributes = 0;
-
 std::map<unsigned int, std::string> ToMap(const NameTable& table)
 {
     std::map<unsigned int, std::string> names;
@@ -176,12 +173,42 @@ void EffectES20::RegisterProgram(unsigned int program, const std::string& name)
     }
 }
 
+EffectES20::Selection EffectES20::MakeSelection(std::uint64_t options)
+{
+    Selection made{};
+    made.options = options;
+    made.program = ProgramForOptions(options);
+    made.table = &m_programs.find(made.program)->second;
+    const auto attributes = m_attributesByProgram.find(made.program);
+    made.attributes = attributes == m_attributesByProgram.end() ? 0 : attributes->second;
+    for (int index = 0; index < 64; ++index)
+    {
+        made.uniforms |= static_cast<std::uint64_t>(made.table->Exists(index)) << index;
+    }
+    made.table->m_known.Reserve(made.table->m_uniformNames.size());
+    return made;
+}
+
+const EffectES20::Selection& EffectES20::Select(std::uint64_t options)
+{
+    for (const Selection& selection : m_selections)
+    {
+        if (selection.options == options)
+        {
+            return selection;
+        }
+    }
+    m_selections.push_back(MakeSelection(options));
+    return m_selections.back();
+}
+
 void EffectES20::UseOptions(std::uint64_t options)
 {
-    m_currentProgram = ProgramForOptions(UsedOptions(options));
-    m_current = &m_programs.find(m_currentProgram)->second;
-    const auto attributes = m_attributesByProgram.find(m_currentProgram);
-    m_currentAttributes = attributes == m_attributesByProgram.end() ? 0 : attributes->second;
+    const Selection& selection = Select(UsedOptions(options));
+    m_currentProgram = selection.program;
+    m_current = selection.table;
+    m_currentAttributes = selection.attributes;
+    m_currentUniforms = selection.uniforms;
     if (m_current->m_knownSince != s_valuesForgotten)
     {
         m_current->m_known.ForgetAll();
@@ -325,35 +352,27 @@ void EffectES20::EnableAttribute(unsigned int attribute, int components, int str
     {
         glEnableVertexAttribArray(attribute);
         s_enabledAttributes |= bit;
-        disabledAttributes &= ~bit;
+        s_disabledAttributes &= ~bit;
     }
 }
 
-void EffectES20::DisableAttribute(unsigned int attribute)
+void EffectES20::DisableAttributeNow(unsigned int attribute)
 {
     const std::uint32_t bit = 1u << attribute;
-    if (ShaderProgram::s_fed != nullptr)
-    {
-        // What nobody here has enabled, others may have.
-        s_spareAttributes |= bit & ~disabledAttributes;
-        return;
-    }
     glDisableVertexAttribArray(attribute);
     s_enabledAttributes &= ~bit;
     s_spareAttributes &= ~bit;
 }
 
-void EffectES20::DisableSpareAttributes()
+void EffectES20::DisableAttributesNow()
 {
     for (unsigned int attribute = 0; s_spareAttributes != 0; ++attribute)
     {
         const std::uint32_t bit = 1u << attribute;
         if ((s_spareAttributes & bit) != 0)
         {
-            glDisableVertexAttribArray(attribute);
-            s_spareAttributes &= ~bit;
-            s_enabledAttributes &= ~bit;
-            disabledAttributes |= bit;
+            DisableAttributeNow(attribute);
+            s_disabledAttributes |= bit;
         }
     }
 }
@@ -362,7 +381,7 @@ void EffectES20::EndUse()
 {
     DisableSpareAttributes();
     s_enabledAttributes = 0;
-    disabledAttributes = 0;
+    s_disabledAttributes = 0;
     ShaderProgram::s_fed = nullptr;
 }
 
@@ -376,24 +395,33 @@ void EffectES20::ForgetUniformValues()
     }
 }
 
-void EffectES20::Set(int index, const Matrix& value)
+void EffectES20::Send(int index, const Matrix& value)
 {
-    if (!Has(index) || Holds(index, value.m, sizeof(value.m)))
+    const int location = m_current->m_locations[static_cast<std::size_t>(index)];
+    if (ShaderProgram::s_fed != m_current)
     {
-        return;
+        glUniformMatrix4fv(location, 1, GL_FALSE, value.m);
+        // It went to the program in use, whichever that is.
+        ForgetUniformValues();
     }
-    glUniformMatrix4fv(m_current->m_locations[static_cast<std::size_t>(index)], 1, GL_FALSE, value.m);
-    Keep(index, value.m, sizeof(value.m));
+    else if (m_current->m_known.Renew<sizeof(value.m)>(index, value.m))
+    {
+        glUniformMatrix4fv(location, 1, GL_FALSE, value.m);
+    }
 }
 
-void EffectES20::Set(int index, const Matrix3x3& value)
+void EffectES20::Send(int index, const Matrix3x3& value)
 {
-    if (!Has(index) || Holds(index, value.m, sizeof(value.m)))
+    const int location = m_current->m_locations[static_cast<std::size_t>(index)];
+    if (ShaderProgram::s_fed != m_current)
     {
-        return;
+        glUniformMatrix3fv(location, 1, GL_FALSE, value.m);
+        ForgetUniformValues();
     }
-    glUniformMatrix3fv(m_current->m_locations[static_cast<std::size_t>(index)], 1, GL_FALSE, value.m);
-    Keep(index, value.m, sizeof(value.m));
+    else if (m_current->m_known.Renew<sizeof(value.m)>(index, value.m))
+    {
+        glUniformMatrix3fv(location, 1, GL_FALSE, value.m);
+    }
 }
 
 Matrix EffectES20::ModelViewProjection(MeshNode* node) const
@@ -408,7 +436,7 @@ void EffectES20::SetNormalMatrix(int index, MeshNode* node)
     Set(index, node->GetGlobalNormalMatrix());
 }
 
-int EffectES20::SetClipPlanes(int normals, int positions, int count, bool wanted)
+int EffectES20::SendClipPlanes(int normals, int positions, int count, bool wanted)
 {
     const int number =
         wanted ? std::min(static_cast<int>(s_clipPlaneNormals.size()), MaxClipPlanes) : 0;

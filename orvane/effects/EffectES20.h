@@ -152,7 +152,13 @@ public:
 
     /// Disables the attributes that were enabled for an earlier mesh and not again for the one at
     /// hand, between BindMeshAttributes and a draw. GL.
-    static void DisableSpareAttributes();
+    static void DisableSpareAttributes()
+    {
+        if (s_spareAttributes != 0)
+        {
+            DisableAttributesNow();
+        }
+    }
 
     /// Ends what UseOptions began, in Remove: attributes that no mesh needs are disabled. GL.
     ///
@@ -203,13 +209,27 @@ protected:
     }
 
     /// Likewise, in the shortest way: this is what nearly every draw sends.
-    void Set(int index, const Matrix& value);
-    void Set(int index, const Matrix3x3& value);
+    void Set(int index, const Matrix& value)
+    {
+        if (Has(index))
+        {
+            Send(index, value);
+        }
+    }
+
+    void Set(int index, const Matrix3x3& value)
+    {
+        if (Has(index))
+        {
+            Send(index, value);
+        }
+    }
 
     /// Whether the program in use has a uniform. Settled when the program was linked.
     bool Has(int index) const
     {
-        return m_current != nullptr && m_current->Exists(index);
+        return index < 64 ? ((m_currentUniforms >> index) & 1u) != 0
+                          : m_current != nullptr && m_current->Exists(index);
     }
 
     /// Whether the program in use has an attribute of the class's table. Settled when the
@@ -225,7 +245,16 @@ protected:
 
     /// Says that a mesh needs the attribute no more. From UseOptions to EndUse it stays enabled
     /// until DisableSpareAttributes, since the next mesh is most likely to need it again.
-    static void DisableAttribute(unsigned int attribute);
+    static void DisableAttribute(unsigned int attribute)
+    {
+        if (ShaderProgram::s_fed != nullptr)
+        {
+            // What nobody here has enabled, others may have.
+            s_spareAttributes |= (1u << attribute) & ~s_disabledAttributes;
+            return;
+        }
+        DisableAttributeNow(attribute);
+    }
 
     /// Object space to clip space: the view-projection of the camera times the node's matrix.
     Matrix ModelViewProjection(MeshNode* node) const;
@@ -233,9 +262,13 @@ protected:
     /// The matrix that carries normals of the node to world space; their length is not kept.
     void SetNormalMatrix(int index, MeshNode* node);
 
-    /// Uploads the clip planes when they are wanted and there are any, then their number.
+    /// Uploads the clip planes when they are wanted and there are any, then their number, to a
+    /// program that can cut.
     /// @return how many.
-    int SetClipPlanes(int normals, int positions, int count, bool wanted);
+    int SetClipPlanes(int normals, int positions, int count, bool wanted)
+    {
+        return Has(count) ? SendClipPlanes(normals, positions, count, wanted) : 0;
+    }
 
     /// Range and colour of the fog, when there is fog.
     void SetFog(int range, int color);
@@ -276,10 +309,28 @@ private:
     friend class EffectCache;
     friend class EffectReferencePlaceholder;
 
+    /// What UseOptions comes to, without a search.
+    struct Selection
+    {
+        std::uint64_t options;
+        unsigned int program;
+        ShaderProgram* table;
+        std::uint32_t attributes;
+        std::uint64_t uniforms; ///< those of the first 64 that the program has, as bits
+    };
+
+    const Selection& Select(std::uint64_t options);
+    Selection MakeSelection(std::uint64_t options);
+
     std::uint64_t UsedOptions(std::uint64_t options) const;
     void RegisterProgram(unsigned int program, const std::string& name);
     void AbandonProgram(unsigned int program);
+    void Send(int index, const Matrix& value);
+    void Send(int index, const Matrix3x3& value);
+    int SendClipPlanes(int normals, int positions, int count, bool wanted);
     void SetVectors(int index, int count, const std::vector<glm::vec3>& vectors);
+    static void DisableAttributesNow();
+    static void DisableAttributeNow(unsigned int attribute);
 
     bool Holds(int index, const void* value, std::size_t bytes) const
     {
@@ -299,9 +350,11 @@ private:
         }
     }
 
-    // Arrays that are enabled, and those of them that no mesh needs at the moment, as bits.
+    // As bits: arrays that are enabled, those of them that no mesh needs at the moment, and those
+    // that have been disabled since UseOptions, and not enabled again.
     static std::uint32_t s_enabledAttributes;
     static std::uint32_t s_spareAttributes;
+    static std::uint32_t s_disabledAttributes;
     static std::uint64_t s_valuesForgotten; // so often
 
     // How many of the references belong to placeholders.
@@ -311,6 +364,10 @@ private:
     std::map<unsigned int, std::map<std::string, bool>> m_attributeAnswers;
     std::map<unsigned int, std::uint32_t> m_attributesByProgram;
     std::uint32_t m_currentAttributes = 0;
+    std::uint64_t m_currentUniforms = 0;
+
+    // One for each set of options that was ever used: few.
+    std::vector<Selection> m_selections;
 };
 
 } // namespace OV

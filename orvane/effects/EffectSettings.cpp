@@ -17,6 +17,7 @@ bool EffectES20::s_isShadow = false;
 EffectCache::EffectType EffectES20::s_advancedMaterialShaderType = EffectCache::AdvancedMaterial;
 std::uint32_t EffectES20::s_enabledAttributes = 0;
 std::uint32_t EffectES20::s_spareAttributes = 0;
+std::uint32_t EffectES20::s_disabledAttributes = 0;
 std::uint64_t EffectES20::s_valuesForgotten = 0;
 
 void EffectES20::AddClipPlane(glm::vec3 normal, glm::vec3 position)

@@ -1,6 +1,7 @@
 #include "orvane/effects/MaterialEffectES20.h"
 
 #include "orvane/math/Color.h"
+#include "orvane/math/Vector.h"
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/scene/LightNode.h"
@@ -27,6 +28,13 @@ LightNode* MaterialEffectES20::FirstLight(Material* material)
 {
     Scene* scene = material->GetScene();
     return scene == nullptr || scene->GetLights().empty() ? nullptr : scene->GetLights().front();
+}
+
+Vector MaterialEffectES20::TowardsLight(LightNode* light)
+{
+    Vector direction;
+    direction.Scale(-1.0f, light->GetGlobalDirection());
+    return direction;
 }
 
 bool MaterialEffectES20::IsLit(Material* material)
@@ -62,26 +70,6 @@ Color MaterialEffectES20::LitColor(Material* material, LightNode* light)
     const Color& color = light->GetColor();
     return Color(diffuse.r * color.r, diffuse.g * color.g, diffuse.b * color.b,
                  material->GetOpacity());
-}
-
-bool MaterialEffectES20::EnableStream(int attribute, int components, int stride, int offset)
-{
-    const bool present = attribute >= 0 && offset >= 0;
-    if (present)
-    {
-        EnableAttribute(static_cast<unsigned int>(attribute), components, stride, offset);
-    }
-    return present;
-}
-
-bool MaterialEffectES20::DisableStream(int attribute, int offset)
-{
-    const bool present = attribute >= 0 && offset >= 0;
-    if (present)
-    {
-        DisableAttribute(static_cast<unsigned int>(attribute));
-    }
-    return present;
 }
 
 void MaterialEffectES20::BindTexture(int unit, unsigned int texture)

@@ -9,6 +9,7 @@ namespace OV
 class LightNode;
 class Material;
 class MaterialES20;
+class Vector;
 
 /// An effect that is applied to the meshes of one material after another.
 class ORVANE_API MaterialEffectES20 : public EffectES20
@@ -30,6 +31,9 @@ protected:
     /// The first light of the material's scene; null when there is none.
     static LightNode* FirstLight(Material* material);
 
+    /// The direction to a light, in world space.
+    static Vector TowardsLight(LightNode* light);
+
     /// Whether the material takes light and there is one to take.
     static bool IsLit(Material* material);
 
@@ -48,10 +52,26 @@ protected:
     /// Points an attribute at a stream of floats of the bound buffer and enables it, where the
     /// program has the attribute and the mesh the stream: neither number is negative.
     /// @return whether both are there.
-    static bool EnableStream(int attribute, int components, int stride, int offset);
+    static bool EnableStream(int attribute, int components, int stride, int offset)
+    {
+        const bool present = attribute >= 0 && offset >= 0;
+        if (present)
+        {
+            EnableAttribute(static_cast<unsigned int>(attribute), components, stride, offset);
+        }
+        return present;
+    }
 
     /// Disables what EnableStream enables.
-    static bool DisableStream(int attribute, int offset);
+    static bool DisableStream(int attribute, int offset)
+    {
+        const bool present = attribute >= 0 && offset >= 0;
+        if (present)
+        {
+            DisableAttribute(static_cast<unsigned int>(attribute));
+        }
+        return present;
+    }
 
     /// Binds a flat texture, which leaves its unit the active one.
     static void BindTexture(int unit, unsigned int texture);

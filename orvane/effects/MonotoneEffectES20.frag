@@ -46,9 +46,19 @@ bool clippedToOutline()
     return isOutline;
 }
 
+// Whether a plane may have cut something, so that its inside shows.
+bool haveClipPlanes()
+{
+#ifdef NO_CLIP_PLANES
+    return false;
+#else
+    return u_numClipPlanes > 0;
+#endif
+}
+
 vec4 surfaceColor()
 {
-    bool canUsePoche = u_pocheColorEnabled && u_numClipPlanes > 0;
+    bool canUsePoche = u_pocheColorEnabled && haveClipPlanes();
     vec4 color = vec4(u_color, 1.0);
     if (!gl_FrontFacing)
     {

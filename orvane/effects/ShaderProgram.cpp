@@ -119,6 +119,14 @@ ShaderProgram::KnownValues::Value& ShaderProgram::KnownValues::At(int index)
     return m_values[place];
 }
 
+void ShaderProgram::KnownValues::Reserve(std::size_t count)
+{
+    if (count > m_values.size())
+    {
+        m_values.resize(count);
+    }
+}
+
 void ShaderProgram::KnownValues::Keep(int index, const void* value, std::size_t bytes)
 {
     Value& known = At(index);

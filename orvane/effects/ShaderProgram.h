@@ -199,6 +199,32 @@ private:
                    std::memcmp(m_values[place].words.data(), value, bytes) == 0;
         }
 
+        /// Whether a value of this size has to be sent. It then is kept.
+        template <std::size_t Bytes>
+        bool Renew(int index, const void* value)
+        {
+            const auto place = static_cast<std::size_t>(index);
+            if (place >= m_values.size())
+            {
+                Keep(index, value, Bytes);
+                return true;
+            }
+            Value& known = m_values[place];
+            if (known.bytes == Bytes && IsSame<Bytes / sizeof(std::uint32_t)>(known.words.data(), value))
+            {
+                return false;
+            }
+            if (!m_isCopied && !known.isGivenAway)
+            {
+                std::memcpy(known.words.data(), value, Bytes);
+                known.bytes = Bytes;
+            }
+            return true;
+        }
+
+        /// Makes room for the values of this many uniforms.
+        void Reserve(std::size_t count);
+
         /// A value that is larger than six vectors is not kept.
         void Keep(int index, const void* value, std::size_t bytes);
         void Forget(int index);
@@ -216,6 +242,38 @@ private:
         };
 
         Value& At(int index);
+
+        /// As memcmp, in place. The translation of a matrix comes first, by which most differ.
+        template <std::size_t Words>
+        static bool IsSame(const std::uint32_t* words, const void* value)
+        {
+            const auto* const other = static_cast<const unsigned char*>(value);
+            const auto difference = [&](std::size_t pair)
+            {
+                std::uint64_t a;
+                std::uint64_t b;
+                std::memcpy(&a, words + 2 * pair, sizeof(a));
+                std::memcpy(&b, other + pair * sizeof(b), sizeof(b));
+                return a ^ b;
+            };
+            constexpr std::size_t pairs = Words / 2;
+            if (Words == 16 && difference(pairs - 2) != 0)
+            {
+                return false;
+            }
+            std::uint64_t all = 0;
+            for (std::size_t pair = 0; pair < pairs; ++pair)
+            {
+                all |= difference(pair);
+            }
+            std::uint32_t last = 0;
+            if (Words % 2 != 0)
+            {
+                std::memcpy(&last, other + pairs * sizeof(std::uint64_t), sizeof(last));
+                last ^= words[Words - 1];
+            }
+            return (all | last) == 0;
+        }
 
         std::vector<Value> m_values;
         mutable bool m_isCopied = false;

@@ -2,6 +2,10 @@
 
 #include <algorithm>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 namespace OV
 {
 
@@ -25,6 +29,23 @@ void Matrix::Identity()
 
 void Matrix::Multiply(const Matrix& a, const Matrix& b)
 {
+#ifdef __SSE2__
+    // The same products and sums in the same order as below, four rows at a time: what a compiler
+    // makes of that takes half as long again.
+    const __m128 first = _mm_loadu_ps(a.m);
+    const __m128 second = _mm_loadu_ps(a.m + 4);
+    const __m128 third = _mm_loadu_ps(a.m + 8);
+    const __m128 fourth = _mm_loadu_ps(a.m + 12);
+    for (int column = 0; column < 16; column += 4)
+    {
+        const __m128 factors = _mm_loadu_ps(b.m + column);
+        __m128 sum = _mm_mul_ps(first, _mm_shuffle_ps(factors, factors, _MM_SHUFFLE(0, 0, 0, 0)));
+        sum = _mm_add_ps(sum, _mm_mul_ps(second, _mm_shuffle_ps(factors, factors, _MM_SHUFFLE(1, 1, 1, 1))));
+        sum = _mm_add_ps(sum, _mm_mul_ps(third, _mm_shuffle_ps(factors, factors, _MM_SHUFFLE(2, 2, 2, 2))));
+        sum = _mm_add_ps(sum, _mm_mul_ps(fourth, _mm_shuffle_ps(factors, factors, _MM_SHUFFLE(3, 3, 3, 3))));
+        _mm_storeu_ps(m + column, sum);
+    }
+#else
     for (int column = 0; column < 4; ++column)
     {
         const float* factors = b.m + column * 4;
@@ -37,6 +58,7 @@ void Matrix::Multiply(const Matrix& a, const Matrix& b)
         }
         std::copy(rows, rows + 4, m + column * 4);
     }
+#endif
 }
 
 void Matrix::Transpose(const Matrix& source)

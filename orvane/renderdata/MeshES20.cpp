@@ -68,21 +68,32 @@ void MeshES20::Render(EffectES20* effect, const std::vector<MeshNode*>& nodes, b
     int depthFunction = GL_LESS;
     if (alwaysPass)
     {
-        glGetIntegerv(GL_DEPTH_FUNC, &depthFunction);
-        OV_GL_CHECKPOINT();
-        glDepthFunc(GL_ALWAYS);
-        OV_GL_CHECKPOINT();
+        depthFunction = PassAlways();
     }
-    if ((materialFlags & MaterialFlagPoints) != 0)
+    const bool asPoints = (materialFlags & MaterialFlagPoints) != 0;
+    if (asPoints)
     {
         // Without it desktop GL ignores the size that the vertex shader writes.
         glEnable(GL_PROGRAM_POINT_SIZE);
-        DrawNodes(GL_POINTS, effect, nodes, specificNode);
-        glDisable(GL_PROGRAM_POINT_SIZE);
     }
-    else
+    if (const int count = DrawnIndexCount())
     {
-        DrawNodes(GL_TRIANGLES, effect, nodes, specificNode);
+        const unsigned int mode = asPoints ? GL_POINTS : GL_TRIANGLES;
+        for (MeshNode* node : nodes)
+        {
+            if (!IsDrawn(*node, specificNode))
+            {
+                continue;
+            }
+            effect->BindMeshUniforms(node);
+            OV_GL_CHECKPOINT();
+            glDrawElements(mode, count, GL_UNSIGNED_SHORT, FirstIndex());
+            OV_GL_CHECKPOINT();
+        }
+    }
+    if (asPoints)
+    {
+        glDisable(GL_PROGRAM_POINT_SIZE);
     }
 
     if (mesh->UsingDrawID())
@@ -101,26 +112,14 @@ void MeshES20::Render(EffectES20* effect, const std::vector<MeshNode*>& nodes, b
     }
 }
 
-void MeshES20::DrawNodes(unsigned int mode, EffectES20* effect, const std::vector<MeshNode*>& nodes,
-                         bool specificNode)
+int MeshES20::PassAlways()
 {
-    const int count = DrawnIndexCount();
-    if (count == 0)
-    {
-        return;
-    }
-    const void* const firstIndex = FirstIndex();
-    for (MeshNode* node : nodes)
-    {
-        if (!IsDrawn(*node, specificNode))
-        {
-            continue;
-        }
-        effect->BindMeshUniforms(node);
-        OV_GL_CHECKPOINT();
-        glDrawElements(mode, count, GL_UNSIGNED_SHORT, firstIndex);
-        OV_GL_CHECKPOINT();
-    }
+    int before = GL_LESS;
+    glGetIntegerv(GL_DEPTH_FUNC, &before);
+    OV_GL_CHECKPOINT();
+    glDepthFunc(GL_ALWAYS);
+    OV_GL_CHECKPOINT();
+    return before;
 }
 
 int MeshES20::DrawnIndexCount(int reach) const
@@ -131,7 +130,9 @@ int MeshES20::DrawnIndexCount(int reach) const
     }
     // The mesh's own list may have changed since the upload.
     const auto present = static_cast<std::int64_t>(mesh->GetRawMesh()->indices.size());
-    return static_cast<int>(std::min<std::int64_t>({present, indexCount, std::numeric_limits<int>::max()}));
+    const std::int64_t drawn = std::min(present, indexCount);
+    constexpr std::int64_t most = std::numeric_limits<int>::max();
+    return static_cast<int>(std::min(drawn, most));
 }
 
 const void* MeshES20::FirstIndex() const
@@ -146,12 +147,8 @@ bool MeshES20::IsDrawn(const MeshNode& node, bool specificNode)
     return (node.GetFlags() & excluded) == 0 && node.ReadyToDraw();
 }
 
-void MeshES20::ApplyBuffer(unsigned int vertexBuffer, unsigned int indexBuffer)
+void MeshES20::BindBuffer(unsigned int vertexBuffer, unsigned int indexBuffer)
 {
-    if (s_vertexId == vertexBuffer)
-    {
-        return;
-    }
     glBindBuffer(GL_ARRAY_BUFFER, vertexBuffer);
     glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indexBuffer);
     s_vertexId = vertexBuffer;

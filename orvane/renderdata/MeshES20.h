@@ -74,7 +74,13 @@ public:
 
     /// Binds the pair of buffers unless the vertex buffer is the one bound last: the two live
     /// and die together. GL.
-    static void ApplyBuffer(unsigned int vertexBuffer, unsigned int indexBuffer);
+    static void ApplyBuffer(unsigned int vertexBuffer, unsigned int indexBuffer)
+    {
+        if (s_vertexId != vertexBuffer)
+        {
+            BindBuffer(vertexBuffer, indexBuffer);
+        }
+    }
 
     /// Forgets which buffer was bound last. For whoever binds buffers otherwise.
     static void ResetBufferCache();
@@ -120,8 +126,10 @@ private:
 
     static std::uint64_t s_listingRevision;
 
-    void DrawNodes(unsigned int mode, EffectES20* effect, const std::vector<MeshNode*>& nodes,
-                   bool specificNode);
+    static void BindBuffer(unsigned int vertexBuffer, unsigned int indexBuffer);
+
+    /// @return the depth function that was in force.
+    static int PassAlways();
 };
 
 } // namespace OV

@@ -2,17 +2,15 @@
 
 #include "orvane/effects/EffectES20.h"
 #include "orvane/base/RenderCapabilities.h"
+#include "orvane/base/detail/Prefetch.h"
 #include "orvane/base/detail/Walk.h"
 #include "orvane/imaging/TextureLoader.h"
-#include "orvane/math/Matrix.h"
-#include "orvane/math/Matrix3x3.h"
 #include "orvane/overlay/Scene2D.h"
 #include "orvane/platform/detail/EntryPoints.h"
 #include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/renderdata/LineStyleES20.h"
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshES20.h"
-#include "orvane/renderdata/detail/Prefetch.h"
 #include "orvane/renderer/detail/BorrowedVector.h"
 #include "orvane/renderer/detail/FrameState.h"
 #include "orvane/scene/AlphaMeshNode.h"
@@ -30,6 +28,7 @@
 #include <cmath>
 #include <limits>
 #include <new>
+#include <typeinfo>
 #include <utility>
 
 namespace OV
@@ -91,8 +90,23 @@ private:
 template <class Data>
 Data* DataOf(Object* object)
 {
+    // The cast, which searches the classes, is for what derives.
+    if (object && typeid(*object) == typeid(Data))
+    {
+        return static_cast<Data*>(object);
+    }
     return dynamic_cast<Data*>(object);
 }
+
+/// How many items ahead of its draw a mesh is asked for, and what hangs on it.
+constexpr std::size_t kForMesh = 24;
+constexpr std::size_t kForItsParts = 16;
+constexpr std::size_t kForDataAndNode = 8;
+
+/// How far into a style's render data drawing reads, and listing.
+constexpr std::size_t kStyleLines = 6;
+constexpr std::size_t kListLines = 10;
+constexpr std::size_t kMaterialLines = 8;
 
 /// The node that an item draws first, or null.
 const MeshNode* FirstNode(const RenderItemES20& item)
@@ -107,36 +121,28 @@ const MeshNode* FirstNode(const RenderItemES20& item)
 
 /// Asks for what drawing the items after this one will touch. One stage reads what the stage
 /// before it has asked for.
-void PrefetchAhead(const std::vector<RenderItemES20>& items, std::size_t current)
+void PrefetchAhead(const RenderItemES20* items)
 {
-    constexpr std::size_t forMesh = 24;
-    constexpr std::size_t forItsParts = 16;
-    constexpr std::size_t forDataAndNode = 10;
-    constexpr std::size_t forMatrix = 4;
-    if (current + forMesh >= items.size())
+    detail::PrefetchHead(items[kForMesh].mesh);
+    if (items[kForMesh].style != items[kForMesh - 1].style)
     {
-        return;
+        detail::PrefetchLines<kStyleLines>(items[kForMesh].style);
     }
-    Detail::PrefetchHead(items[current + forMesh].mesh);
 
-    const Mesh& mesh = *items[current + forItsParts].mesh;
-    Detail::PrefetchHead(mesh.GetRawMesh().get());
-    Detail::PrefetchBegin(mesh.GetNodes().data());
+    const Mesh& mesh = *items[kForItsParts].mesh;
+    detail::PrefetchHead(mesh.GetRawMesh().get());
+    detail::PrefetchBegin(mesh.GetNodes().data());
 
-    const RenderItemES20& item = items[current + forDataAndNode];
-    Detail::PrefetchHead(static_cast<MeshES20*>(item.mesh->GetRenderData()));
+    const RenderItemES20& item = items[kForDataAndNode];
+    detail::PrefetchHead(item.mesh->GetRawMesh()->GetRenderData());
     if (const MeshNode* node = FirstNode(item))
     {
-        // The place of its matrix stands first in a node, flags and draw ID behind all that it
-        // has as a plain node.
-        Detail::PrefetchBegin(node);
-        Detail::PrefetchBegin(static_cast<const Node*>(node) + 1);
+        // Flags, draw ID and matrix stand first in it.
+        detail::PrefetchLines<4>(node);
     }
-    if (const MeshNode* node = FirstNode(items[current + forMatrix]))
+    if (item.style != items[kForDataAndNode - 1].style)
     {
-        constexpr std::size_t extent = sizeof(Matrix) + sizeof(Matrix3x3);
-        const char* const matrix = reinterpret_cast<const char*>(node->PeekGlobalMatrix());
-        Detail::Prefetch(matrix, matrix + extent);
+        detail::PrefetchLines<kMaterialLines>(item.mesh->GetMaterial());
     }
 }
 
@@ -145,11 +151,20 @@ void PrefetchAhead(const std::vector<RenderItemES20>& items, std::size_t current
 template <class Entry, class Function>
 void ForEachLiving(const std::vector<Entry*>& list, std::vector<Entry*>& scratch, Function function)
 {
+    constexpr std::size_t forEntry = 8;
+    constexpr std::size_t forData = 4;
     const detail::Walk walk(nullptr, detail::Walk::Draw);
     Detail::BorrowedVector<Entry*> present(scratch);
     (*present).assign(list.begin(), list.end());
-    for (Entry* entry : *present)
+    const std::size_t count = (*present).size();
+    for (std::size_t i = 0; i < count; ++i)
     {
+        if (!walk.HasLosses() && i + forEntry < count)
+        {
+            detail::Prefetch((*present)[i + forEntry]);
+            detail::PrefetchLines<kListLines>((*present)[i + forData]->GetRenderData());
+        }
+        Entry* const entry = (*present)[i];
         if (!walk.IsGone(entry))
         {
             function(entry);
@@ -360,13 +375,14 @@ void Renderer20::RenderItemList(CameraNodeES20* cameraData, std::vector<RenderIt
     Detail::BorrowedVector<MeshNode*> singleNode(m_singleNode);
     (*singleNode).resize(1);
     MeshStyleES20* current = nullptr;
+    const std::size_t prefetchEnd = items.size() > kForMesh ? items.size() - kForMesh : 0;
     for (std::size_t i = 0; i < items.size(); ++i)
     {
-        if (!walk.HasLosses())
-        {
-            PrefetchAhead(items, i);
-        }
         const RenderItemES20& item = items[i];
+        if (i < prefetchEnd && !walk.HasLosses())
+        {
+            PrefetchAhead(&item);
+        }
         if (item.style != current)
         {
             if (current)
@@ -377,7 +393,7 @@ void Renderer20::RenderItemList(CameraNodeES20* cameraData, std::vector<RenderIt
             current = item.style;
         }
         // A host that was called since the item was listed may have deleted what it names.
-        if (walk.IsGone(item.mesh) || walk.IsGone(item.node))
+        if (walk.HasLosses() && (walk.IsGone(item.mesh) || walk.IsGone(item.node)))
         {
             continue;
         }

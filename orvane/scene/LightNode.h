@@ -65,7 +65,7 @@ public:
     void SetLocalDirection(const Vector& direction);
 
     /// The direction in world space, from the global transform as it stands. The reference
-    /// stays valid; what it refers to is recomputed by each call.
+    /// stays valid; each call brings what it refers to up to date.
     const Vector& GetGlobalDirection();
 
     Vector GetGlobalPosition() const
@@ -90,6 +90,14 @@ protected:
     Vector localDirection = Vector(0.0f, 0.0f, -1.0f);
     Vector globalDirection;
     std::unique_ptr<Object> renderData;
+
+private:
+    // The global direction and what it was worked out from: every material asks for it in every
+    // frame.
+    Vector m_direction;
+    Transform m_directionPlace;
+    Vector m_directionInPlace;
+    bool m_knowsDirection = false;
 };
 
 } // namespace OV

@@ -217,18 +217,25 @@ bool Mesh::AddNode(MeshNode* node)
     {
         return false;
     }
+    if (nodes.size() == 1 && m_nodeRanks.empty())
+    {
+        m_nodeRanks.push_back(0);
+    }
     const std::uint64_t rank = m_nodeRanks.empty() ? 0 : m_nodeRanks.back() + 1;
     nodes.push_back(node);
     try
     {
-        m_nodeRanks.push_back(rank);
+        if (nodes.size() > 1)
+        {
+            m_nodeRanks.push_back(rank);
+        }
         node->AddMesh(this, rank);
     }
     catch (...)
     {
         // Without memory for both sides there is no link.
         nodes.pop_back();
-        m_nodeRanks.resize(nodes.size());
+        m_nodeRanks.resize(std::min(m_nodeRanks.size(), nodes.size()));
         throw;
     }
     return true;
@@ -248,6 +255,11 @@ bool Mesh::RemoveNode(MeshNode* node)
 
 void Mesh::DropNode(std::uint64_t rank)
 {
+    if (m_nodeRanks.empty())
+    {
+        nodes.clear();
+        return;
+    }
     const auto found = std::lower_bound(m_nodeRanks.begin(), m_nodeRanks.end(), rank);
     const auto index = found - m_nodeRanks.begin();
     const auto entry = nodes.begin() + index;

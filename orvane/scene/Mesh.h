@@ -227,7 +227,8 @@ private:
     void DrawIDChanged();
 
     /// One for each entry of the nodes, rising, and kept where the node has left: a node that
-    /// knows its own is found by bisection, however many stand before it.
+    /// knows its own is found by bisection, however many stand before it. None for a node that
+    /// is, and was, the only one: its rank is 0.
     mutable std::vector<std::uint64_t> m_nodeRanks;
     std::vector<DrawItemPlace> m_drawItems;
 };

@@ -129,9 +129,6 @@ protected:
     /// there.
     void RemoveNodeMaterial(NodeMaterial* material);
 
-    // What a draw reads stands first and together, as in a mesh.
-    unsigned int flags = 0;
-    unsigned int drawID = 0;
     std::unique_ptr<Object> renderData;
     std::unique_ptr<Object> collisionData;
     std::vector<Mesh*> meshes;

@@ -2,10 +2,12 @@
 
 #include "orvane/base/detail/Walk.h"
 #include "orvane/scene/Scene.h"
+#include "orvane/scene/detail/MarkedChildren.h"
 #include "orvane/scene/detail/OwnedObject.h"
 #include "orvane/scene/detail/TreeCursor.h"
 
 #include <iterator>
+#include <limits>
 
 namespace OV
 {
@@ -40,12 +42,12 @@ Node::~Node()
     for (Node* child : children)
     {
         child->parent = nullptr;
+        child->m_markedAt = 0;
     }
     if (scene)
     {
         scene->Unregister(this);
     }
-    globalMatrix.reset();
     // The slot is empty while the object dies, as at every other death of one.
     animationData.reset();
 }
@@ -95,15 +97,23 @@ void Node::UpdateGraph()
         }
         globalMatrixDirty = true;
         globalNormalsDirty = true;
-        if (globalMatrix)
+        if (m_hasGlobalMatrix)
         {
             // At once, while the transform is in the cache: to come back for it makes 10,000
             // moving nodes a third slower.
-            global.ExtractMatrix(*globalMatrix, true);
+            global.ExtractMatrix(m_globalMatrix, true);
             globalMatrixDirty.m_state = MatrixFlag::UpAhead;
         }
     }
-    WalkChildren(TreeWalkUpdate, [](Node* child) { child->UpdateGraph(); });
+    if (!m_marked || children.empty())
+    {
+        return;
+    }
+    scene->MarkVisitedNodes();
+    if (updateID == current || m_marked->HasAny(current))
+    {
+        WalkChildren(TreeWalkUpdate, [](Node* child) { child->UpdateGraph(); });
+    }
 }
 
 void Node::UpdateCulling(float& nearValue, float& farValue)
@@ -199,7 +209,10 @@ void Node::WalkChildren(TreeWalk walk, Visit visit)
     }
     if (walks.depth < kDeepestRecursion)
     {
-        for (detail::ChildCursor cursor(this, walks); Node* child = cursor.Next();)
+        // Where this node has moved, all below it move along.
+        const bool isOfSome = walk == TreeWalkUpdate && updateID != scene->GetUpdateID();
+        for (detail::ChildCursor cursor(this, walks, isOfSome ? m_marked.get() : nullptr);
+             Node* child = cursor.Next();)
         {
             visit(child);
         }
@@ -253,9 +266,14 @@ void Node::AddChild(Node* child, bool keepGlobal)
     {
         return;
     }
+    if (!m_marked)
+    {
+        m_marked = std::make_unique<detail::MarkedChildren>();
+    }
     if (child->parent)
     {
         detail::TreeCursor::ChildLeaves(Walks(), child->parent, child);
+        child->Unmark();
         children.splice(children.end(), child->parent->children, child->m_entry);
     }
     else
@@ -263,6 +281,12 @@ void Node::AddChild(Node* child, bool keepGlobal)
         child->m_entry = children.insert(children.end(), child);
     }
     child->parent = this;
+    child->TakeRank();
+    if (scene)
+    {
+        // It, or something below it, may have moved before.
+        child->Mark(scene->GetUpdateID());
+    }
     if (keepGlobal)
     {
         child->SetGlobal(child->global);
@@ -276,40 +300,41 @@ void Node::RemoveChild(Node* child)
         return;
     }
     detail::TreeCursor::ChildLeaves(Walks(), this, child);
+    child->Unmark();
     children.erase(child->m_entry);
     child->parent = nullptr;
 }
 
 Matrix* Node::UpdateGlobalMatrix()
 {
-    if (!globalMatrix)
+    if (!m_hasGlobalMatrix)
     {
         // The flag stays as it is: one more extraction on the next call is meant.
-        globalMatrix = std::make_unique<GlobalMatrix>();
+        m_hasGlobalMatrix = true;
         globalNormalsDirty = true;
-        global.ExtractMatrix(*globalMatrix, true);
+        global.ExtractMatrix(m_globalMatrix, true);
     }
     else if (globalMatrixDirty)
     {
         if (globalMatrixDirty.m_state != MatrixFlag::UpAhead)
         {
-            global.ExtractMatrix(*globalMatrix, true);
+            global.ExtractMatrix(m_globalMatrix, true);
         }
         globalMatrixDirty = false;
     }
-    return globalMatrix.get();
+    return &m_globalMatrix;
 }
 
 const Node::GlobalMatrix& Node::UpdateNormals()
 {
-    if (!globalMatrix)
+    if (!m_hasGlobalMatrix)
     {
         UpdateGlobalMatrix();
     }
-    global.ExtractAffineInverseTranspose3x3(globalMatrix->normalMatrix.m);
-    globalMatrix->isMirror = global.GetTransf3d().isMirror();
+    global.ExtractAffineInverseTranspose3x3(m_globalMatrix.normalMatrix.m);
+    m_globalMatrix.isMirror = global.GetTransf3d().isMirror();
     globalNormalsDirty = false;
-    return *globalMatrix;
+    return m_globalMatrix;
 }
 
 void Node::SetAnimationData(Object* data)
@@ -341,7 +366,42 @@ void Node::MarkMoved()
     {
         updateID = scene->GetUpdateID();
         scene->MarkDirty();
+        Mark(updateID);
     }
+}
+
+void Node::MarkUpwards(unsigned int current)
+{
+    for (Node* node = this; node->parent && node->m_markedAt != current; node = node->parent)
+    {
+        node->m_markedAt = current;
+        node->parent->m_marked->Add(node, current);
+    }
+}
+
+void Node::TakeRank()
+{
+    const Node* const before = parent->children.size() > 1 ? *std::prev(m_entry) : nullptr;
+    if (before && before->m_rank == std::numeric_limits<std::uint32_t>::max())
+    {
+        m_rank = 0;
+        for (Node* child : parent->children)
+        {
+            child->m_rank = m_rank++;
+        }
+        --m_rank;
+        return;
+    }
+    m_rank = before ? before->m_rank + 1 : 0;
+}
+
+void Node::Unmark()
+{
+    if (m_markedAt == parent->m_marked->updateID)
+    {
+        parent->m_marked->Lose();
+    }
+    m_markedAt = 0;
 }
 
 } // namespace OV

@@ -343,6 +343,23 @@ private:
     void Register(Node* node);
     void Unregister(Node* node);
 
+    /// The list that a node of this scene stands in.
+    Node*& FirstOfItsKind(const Node* node);
+    void Link(Node* node);
+    void Unlink(Node* node);
+
+    /// Lets the walks of this update come to each node of a class of which the engine does not know
+    /// what it does in a walk.
+    void MarkVisitedNodes()
+    {
+        if (m_visitedNodesMarkedAt != updateID)
+        {
+            FindAndMarkVisitedNodes();
+        }
+    }
+
+    void FindAndMarkVisitedNodes();
+
     /// Brings the tree up to date, and the one that a host puts in its place meanwhile.
     void UpdateTree();
 
@@ -394,8 +411,11 @@ private:
 
     /// Out of the scene by a Clear, and to be deleted when the walks are over.
     std::vector<Contents> m_setAside;
-    /// Head of the list of all nodes of this scene, attached or not.
+    /// Heads of the lists of all nodes of this scene, attached or not: of those that every walk has
+    /// to come to, and of all others, where new ones stand first until the next walk.
+    Node* m_firstVisitedNode = nullptr;
     Node* m_firstNode = nullptr;
+    unsigned int m_visitedNodesMarkedAt = 0;
     std::unique_ptr<detail::TreeWalks> m_treeWalks;
     std::vector<DrawItemLink> m_drawItemLinks;
     mutable bool m_hasGoneDrawItems = false;

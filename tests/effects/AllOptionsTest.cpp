@@ -134,7 +134,8 @@ TEST_F(AllOptions, WithoutClipPlanesEveryMaskLinksInSilenceAndKnowsNoPlane)
             std::set<std::string> uniforms = family.uniforms;
             std::set<std::string> attributes = family.attributes;
             AddOptions(mask, uniforms, attributes);
-            for (const char* unread : {"u_clipPlaneNormals[0]", "u_clipPlanePositions[0]", "u_worldTransform"})
+            for (const char* unread : {"u_clipPlaneNormals[0]", "u_clipPlanePositions[0]", "u_worldTransform",
+                                       "u_numClipPlanes", "u_pocheColor", "u_pocheColorEnabled"})
             {
                 uniforms.erase(unread);
             }

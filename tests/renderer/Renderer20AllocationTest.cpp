@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace OV::Test
 {
@@ -110,6 +111,58 @@ TEST_F(SteadyFrame, AllocatesNothingWhileANodeMoves)
         Frame(false);
     }
     EXPECT_EQ(HeapCount(), before);
+}
+
+namespace
+{
+
+/// What the heap holds and has given.
+struct HeapState
+{
+    std::size_t blocks = HeapCount();
+    std::size_t bytes = HeapBytes();
+};
+
+double PerNode(std::size_t before, std::size_t after, std::size_t nodes)
+{
+    return static_cast<double>(after - before) / static_cast<double>(nodes);
+}
+
+} // namespace
+
+// Counted for all of it, the mesh's own arrays apart: the node in its tree, the mesh, what links the
+// two and the material, render data, and the lists of a frame.
+TEST(NodesWithMeshesOfTheirOwn, TakeFewBlocksAndBytes)
+{
+    constexpr std::size_t count = 100000;
+    constexpr std::size_t arrays = 3 * sizeof(Vector) * 2 + 3 * sizeof(unsigned short);
+    GLRecorder recorder;
+    recorder.SetRecording(false);
+    OpenRenderer20 renderer(nullptr, nullptr);
+    renderer.Resize(64, 64);
+    Scene scene;
+    std::vector<Material*> materials;
+    for (int i = 0; i < 50; ++i)
+    {
+        materials.push_back(AddMaterial(scene, "m"));
+    }
+    const HeapState empty;
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        AddPart(scene, *materials[i % materials.size()], {0, 1, 2}, {true, false, false});
+    }
+    scene.UpdateGraph(64.0f, 64.0f);
+    const HeapState built;
+    for (int frame = 0; frame < 2; ++frame)
+    {
+        renderer.Render3D(&scene, scene.GetCameraNode());
+    }
+    const HeapState drawn;
+
+    RecordProperty("bytes", std::to_string(PerNode(empty.bytes, drawn.bytes, count)));
+    EXPECT_LE(PerNode(empty.blocks, built.blocks, count), 11.1) << "four of them geometry, two the host's own";
+    EXPECT_LE(PerNode(built.blocks, drawn.blocks, count), 1.1) << "the render data of the mesh";
+    EXPECT_LE(PerNode(empty.bytes, drawn.bytes, count) - arrays, 1460.0);
 }
 
 TEST_F(SteadyFrame, PackingTakesOneStagingCopyOfTheBufferInHand)

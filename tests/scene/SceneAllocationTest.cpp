@@ -55,9 +55,9 @@ protected:
     std::vector<MeshNode*> nodes;
 };
 
-TEST_F(CrowdedScene, MovingEverythingAllocatesTheMatricesOnceOnly)
+TEST_F(CrowdedScene, MovingEverythingAllocatesNothing)
 {
-    EXPECT_EQ(AllocationsOf([this] { MoveAll(1.0f); }), nodes.size()) << "a matrix a node that is asked for it";
+    EXPECT_EQ(AllocationsOf([this] { MoveAll(1.0f); }), 0u) << "at first";
     EXPECT_EQ(AllocationsOf([this] { MoveAll(2.0f); }), 0u);
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "orvane/base/detail/Prefetch.h"
 #include "orvane/scene/Node.h"
+#include "orvane/scene/detail/MarkedChildren.h"
 
 #include <list>
 
@@ -93,10 +95,18 @@ private:
 class ChildCursor final : public TreeCursor
 {
 public:
-    ChildCursor(const Node* parent, TreeWalks& walks) :
-        TreeCursor(parent, walks), m_children(parent->GetChildren()), m_next(m_children.begin())
+    /// @param marked those of the children that are walked as long as they stand in order; null for
+    /// all children.
+    ChildCursor(const Node* parent, TreeWalks& walks, MarkedChildren* marked) :
+        TreeCursor(parent, walks),
+        m_children(parent->GetChildren()), m_next(m_children.begin()), m_marked(marked)
     {
         ++walks.depth;
+        if (m_marked)
+        {
+            m_marked->Sort(m_children.size());
+            m_updateID = m_marked->updateID;
+        }
     }
 
     ~ChildCursor()
@@ -115,6 +125,14 @@ public:
         {
             return nullptr;
         }
+        if (m_marked && m_marked->IsInOrder(m_updateID))
+        {
+            return NextMarked();
+        }
+        if (m_marked)
+        {
+            WalkAllTheRest();
+        }
         if (m_isOnChild)
         {
             ++m_next;
@@ -124,9 +142,42 @@ public:
     }
 
 private:
+    Node* NextMarked()
+    {
+        m_node = m_node ? m_node->m_nextMarked : m_marked->first;
+        if (!m_node)
+        {
+            m_next = m_children.end();
+        }
+        else if (const Node* const ahead = m_node->m_nextMarked)
+        {
+            Prefetch(ahead, &ahead->children);
+        }
+        return m_node;
+    }
+
+    /// Once a call has marked a child out of order, or taken one away.
+    void WalkAllTheRest()
+    {
+        m_marked = nullptr;
+        if (m_node)
+        {
+            m_next = m_node->m_entry;
+            m_isOnChild = true;
+        }
+    }
+
     void Leave(const Node* parent, const Node* child) override
     {
-        if (parent == m_top && m_next != m_children.end() && *m_next == child)
+        if (parent != m_top)
+        {
+            return;
+        }
+        if (m_marked)
+        {
+            WalkAllTheRest();
+        }
+        if (m_next != m_children.end() && *m_next == child)
         {
             ++m_next;
             m_isOnChild = false;
@@ -136,6 +187,9 @@ private:
     const std::list<Node*>& m_children;
     std::list<Node*>::const_iterator m_next;
     bool m_isOnChild = false;
+    MarkedChildren* m_marked;
+    unsigned int m_updateID = 0;
+    Node* m_node = nullptr; ///< of the marked ones
 };
 
 } // namespace OV::detail

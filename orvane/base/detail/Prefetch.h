@@ -1,8 +1,9 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
-namespace OV::Detail
+namespace OV::detail
 {
 
 /// Asks for the cache lines of some bytes ahead of their use. Meshes, nodes and their render
@@ -35,6 +36,19 @@ void PrefetchHead(const T* object)
     __builtin_prefetch(reinterpret_cast<const char*>(object) + line);
 }
 
+/// The same for some lines, beginning with an object.
+template <std::size_t Lines>
+void PrefetchLines(const void* object)
+{
+    constexpr std::size_t line = 64;
+    // As a number: null is as good as any.
+    const auto begin = reinterpret_cast<std::uintptr_t>(object);
+    for (std::size_t i = 0; i < Lines; ++i)
+    {
+        __builtin_prefetch(reinterpret_cast<const void*>(begin + i * line));
+    }
+}
+
 /// The same for the end of an object alone.
 template <class T>
 void PrefetchEnd(const T* object)
@@ -49,4 +63,4 @@ void Prefetch(const T* object)
     Prefetch(object, object + 1);
 }
 
-} // namespace OV::Detail
+} // namespace OV::detail
