@@ -9,6 +9,7 @@
 #include "orvane_host/geometry/Primitives.h"
 #include "orvane_host/geometry/SectionFaces.h"
 #include "orvane_host/geometry/SectionFill.h"
+#include "orvane_host/geometry/TriangleMesh.h"
 #include "orvane_host/import/ImportOptions.h"
 #include "orvane_host/import/ImportResult.h"
 #include "orvane_host/import/ModelImporter.h"

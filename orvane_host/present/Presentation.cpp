@@ -8,6 +8,7 @@
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/Scene.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace OV::Host
@@ -63,6 +64,20 @@ const PresentationSettings& Presentation::GetSettings() const
 void Presentation::Refresh()
 {
     m_impl->Refresh();
+}
+
+void Presentation::AddName(Node& node, const std::string& name)
+{
+    const auto known = std::find_if(m_impl->nodes.begin(), m_impl->nodes.end(),
+                                    [&](const ImportedNode& entry) { return entry.node == &node; });
+    if (known == m_impl->nodes.end())
+    {
+        m_impl->nodes.push_back({name, &node});
+    }
+    else
+    {
+        known->name = name;
+    }
 }
 
 std::vector<std::string> Presentation::ListNodes() const
@@ -224,6 +239,11 @@ void Presentation::Suspend()
 void Presentation::Resume()
 {
     m_impl->Resume();
+}
+
+bool Presentation::TakePicture(std::vector<unsigned char>& rgba, int width, int height, std::string& error)
+{
+    return m_impl->TakePicture(rgba, width, height, error);
 }
 
 bool Presentation::SavePicture(const std::string& path, int width, int height, std::string& error)

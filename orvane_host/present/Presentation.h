@@ -105,6 +105,10 @@ public:
     // begin at any node; of several the one that comes first in the file counts. What takes a path
     // answers false, with nothing changed, where there is no such node.
 
+    /// Gives a node of the scene a name to be found by, in place of the one that it has. What comes
+    /// later counts as later in the file.
+    void AddName(Node& node, const std::string& name);
+
     /// The paths of all nodes that have names, in the order of the file.
     std::vector<std::string> ListNodes() const;
 
@@ -193,6 +197,11 @@ public:
 
     /// Comes back with a new context. GL.
     void Resume();
+
+    /// As SavePicture, with the pixels in place of a file. GL.
+    /// @param rgba on success 8 bits a channel, tight rows, the top row first. The alpha is what drawing
+    ///        left in the framebuffer.
+    bool TakePicture(std::vector<unsigned char>& rgba, int width, int height, std::string& error);
 
     /// Draws a picture of its own size and writes it as a PNG file. GL; the framebuffer that is
     /// bound and the viewport stay. With Antialiasing::Multisampling the picture has the samples of

@@ -293,7 +293,8 @@ int Presentation::SamplesFor(const PresentationSettings& settings, int width, in
     return static_cast<std::int64_t>(width) * height <= MultisampledPixels ? std::min(UsualSamples, most) : 0;
 }
 
-bool Presentation::Impl::SavePicture(const std::string& path, int pictureWidth, int pictureHeight, std::string& error)
+bool Presentation::Impl::TakePicture(std::vector<unsigned char>& rgba, int pictureWidth, int pictureHeight,
+                                     std::string& error)
 {
     Detail::GLFunctions gl;
     if (const char* const missing = gl.Load(&HeadlessContext::GetProcAddress))
@@ -326,7 +327,6 @@ bool Presentation::Impl::SavePicture(const std::string& path, int pictureWidth, 
     const bool neededDraw = NeedsDraw();
     buffer->Bind();
     Draw(pictureWidth, pictureHeight, 1.0f);
-    std::vector<unsigned char> rgba;
     const bool isRead = buffer->ReadPixels(rgba);
     if (oldWidth > 0 && oldHeight > 0)
     {
@@ -340,7 +340,14 @@ bool Presentation::Impl::SavePicture(const std::string& path, int pictureWidth, 
         error = "the picture could not be read back from GL; ask for a smaller one";
         return false;
     }
-    return WritePNG(std::move(rgba), pictureWidth, pictureHeight, path, PNGAlpha::Drop, error);
+    return true;
+}
+
+bool Presentation::Impl::SavePicture(const std::string& path, int pictureWidth, int pictureHeight, std::string& error)
+{
+    std::vector<unsigned char> rgba;
+    return TakePicture(rgba, pictureWidth, pictureHeight, error)
+        && WritePNG(std::move(rgba), pictureWidth, pictureHeight, path, PNGAlpha::Drop, error);
 }
 
 std::vector<PickHit> Presentation::Impl::Pick(const PickArea& area)

@@ -60,6 +60,7 @@ public:
     bool NeedsDraw() const;
     void Suspend();
     void Resume();
+    bool TakePicture(std::vector<unsigned char>& rgba, int pictureWidth, int pictureHeight, std::string& error);
     bool SavePicture(const std::string& path, int pictureWidth, int pictureHeight, std::string& error);
     std::vector<PickHit> Pick(const PickArea& area);
     std::vector<PickHit> PickThrough(int x, int y, int most);

@@ -378,6 +378,23 @@ TEST_F(PresentationNodes, ARefreshFollowsWhatTheHostHasChanged)
     ExpectSame(Draw(*presentation), Draw(fresh), "changed before it was presented");
 }
 
+TEST_F(PresentationNodes, AreFoundByNamesThatTheHostGivesThem)
+{
+    Node* const twin = presentation->FindNode("twin");
+    ASSERT_TRUE(twin);
+    auto* const added = new MeshNode(&presentation->GetScene());
+    twin->AddChild(added, false);
+    EXPECT_EQ(presentation->PathOf(*added), "");
+    presentation->AddName(*added, "lamp");
+    presentation->Refresh();
+    EXPECT_EQ(presentation->FindNode("twin/lamp"), added);
+    EXPECT_EQ(presentation->PathOf(*added), presentation->PathOf(*twin) + "/lamp");
+    EXPECT_EQ(presentation->ListNodes().back(), presentation->PathOf(*added));
+    presentation->AddName(*added, "sconce");
+    EXPECT_EQ(presentation->FindNode("twin/sconce"), added);
+    EXPECT_FALSE(presentation->FindNode("lamp"));
+}
+
 } // namespace
 
 } // namespace OV::Test
