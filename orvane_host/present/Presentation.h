@@ -147,7 +147,7 @@ public:
     bool ClearHighlight(const std::string& path);
     void ClearHighlights();
 
-    /// The box of all that the model draws when nothing is hidden or cut away; none for an empty
+    /// The box of all that the model draws, lines of the host's too, when nothing is hidden or cut away; none for an empty
     /// model.
     std::optional<Box> GetModelBox() const;
 

@@ -109,7 +109,10 @@ Host::Presentation& Model::Fresh()
     if (std::exchange(m_isStale, false))
     {
         presentation.Refresh();
-        RemoveOrphans();
+        if (RemoveOrphans())
+        {
+            presentation.Refresh(); // which counts what there is
+        }
     }
     return presentation;
 }

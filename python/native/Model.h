@@ -218,7 +218,9 @@ private:
     /// Takes a new node into the tree, with a name that no other node has.
     NodeId Take(MeshNode* node, const std::string& name, std::optional<NodeId> parent, const Transform& place);
     void Show(MeshNode& node, Mesh& mesh);
-    void RemoveOrphans();
+    /// Deletes what was made here and is at no node any more, once nobody goes by it.
+    /// @return whether there was something.
+    bool RemoveOrphans();
     std::string FreeName(const std::string& wanted);
     void LayOutTexts(PictureSize size);
     std::vector<Hit> Told(const std::vector<Host::PickHit>& hits);

@@ -271,11 +271,11 @@ void Model::Remove(NodeId id)
     m_isStale = true;
 }
 
-void Model::RemoveOrphans()
+bool Model::RemoveOrphans()
 {
     if (!std::exchange(m_hasOrphans, false))
     {
-        return;
+        return false;
     }
     std::set<LineStyle*> styles;
     for (auto entry = m_meshes.begin(); entry != m_meshes.end();)
@@ -310,6 +310,7 @@ void Model::RemoveOrphans()
     {
         entry = entry->second ? std::next(entry) : m_nodes.erase(entry);
     }
+    return true;
 }
 
 void Model::Update(Geometry& geometry)

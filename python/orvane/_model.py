@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import json
 import os
 import threading
 from collections.abc import Callable, Sequence
@@ -12,6 +13,7 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from . import _arrays, _native, _words
+from ._native import Model as _NativeModel
 from ._scene import Camera, ColorLike, Geometry, Hit, Material, Node, Text, material_values
 
 if TYPE_CHECKING:
@@ -50,7 +52,7 @@ class Model:
     model, Y is up unless ``view={"up_axis": "z"}``, and pixels count from the upper left corner of the picture.
     """
 
-    _native: _native.Model
+    _native: _NativeModel
     _lock: threading.RLock
 
     def __init__(self, **settings: Unpack[Settings]) -> None:
@@ -58,7 +60,7 @@ class Model:
         self._begin(_native.Model())
         self.set(**settings)
 
-    def _begin(self, native: _native.Model) -> None:
+    def _begin(self, native: _NativeModel) -> None:
         self._native = native
         # Reading, changing and writing settings is one step for other threads.
         self._lock = threading.RLock()
@@ -76,8 +78,6 @@ class Model:
         :raises SettingsError: naming the field and its bound.
         """
         if settings:
-            import json
-
             with self._lock:
                 merged = _words.merge(json.loads(self._native.settings()), settings)
                 self._native.apply(_words.to_json(merged))
@@ -86,8 +86,6 @@ class Model:
     @property
     def settings(self) -> dict[str, Any]:
         """All settings as they are now, a copy; ``model.set(**other.settings)`` takes them over."""
-        import json
-
         found = _words.pythonic(json.loads(self._native.settings()))
         assert isinstance(found, dict)
         return found
@@ -298,7 +296,7 @@ class Model:
     def add_line(self, points: ArrayLike, *, closed: bool = False, color: ColorLike = "black", width: float = 1.0,
                  dash: float | None = None, on_top: bool = False, name: str = "", parent: Node | None = None,
                  transform: ArrayLike | None = None) -> Node:
-        """Adds a line through points. Lines do not count for what the view takes in.
+        """Adds a line through points.
 
         :param points: shape (n, 3), two or more.
         :param closed: whether the last point is joined to the first.

@@ -52,6 +52,8 @@ def _plain(path: str, value: Any) -> Any:
         return [_plain(f"{path}[{i}]", part) for i, part in enumerate(value)]
     if isinstance(value, float) and not math.isfinite(value):
         raise SettingsError(f"{path} is {value}; it has to be a finite number")
+    if isinstance(value, str) and any("\ud800" <= letter <= "\udfff" for letter in value):
+        raise SettingsError(f"{path} is {ascii(value)}; it has to be UTF-8")
     if value is None or isinstance(value, (bool, int, float, str)):
         return value
     raise SettingsError(f"{path} is a {type(value).__name__}; it has to be what JSON has: "

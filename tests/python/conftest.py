@@ -40,6 +40,6 @@ def model_file(tmp_path: Path) -> Path:
 @pytest.fixture
 def cube() -> orvane.Model:
     """A red cube, seen from the front without smoothing."""
-    model = orvane.Model(look="monotone", antialiasing="none", view={"named": "front"})
+    model = orvane.Model(look="basic", antialiasing="none", view={"named": "front"})
     model.add_mesh(CORNERS, FACES, material=model.add_material("red", color="#ff0000", unlit=True), name="cube")
     return model

@@ -80,14 +80,14 @@ def test_a_dict_changes_only_what_it_names():
     ({"section": {"planes": [{}] * 7}}, "section.planes holds 7; there are at most 6"),
     ({"edit_path": "cellar"}, "editPath: there is no node 'cellar'; some that there are: cube"),
     ({"sheet": {"watermark": "none.png"}}, "none.png"),
-    ({"sheet": {"title": "\ud800"}}, "title"),
+    ({"sheet": {"title": "\ud800"}}, "sheet.title is '\\ud800'; it has to be UTF-8"),
     ({"view": object()}, "view is a object; it has to be what JSON has"),
     ({"view": {1: 2}}, "view has a field 1"),
 ])
 def test_a_wrong_setting_is_refused_in_the_sentence_of_the_kit_and_changes_nothing(cube, settings, sentence):
     before = cube.settings
     with pytest.raises(orvane.SettingsError) as caught:
-        cube.set(sky=True, **settings) if "sky" not in settings else cube.set(**settings)
+        cube.set(**{"occlusion": True, **settings})
     assert sentence in str(caught.value)
     assert isinstance(caught.value, ValueError)
     assert cube.settings == before
@@ -124,9 +124,9 @@ def test_a_notebook_shows_the_model(cube):
 def test_a_size_that_cannot_be_made_is_refused(cube, size, tmp_path):
     with pytest.raises(ValueError, match="a picture of"):
         cube.picture(*size)
-    with pytest.raises(ValueError, match="has no pixels|can't be made") if size[0] < 1 or size[1] < 1 else \
-            pytest.raises((ValueError, orvane.Error)):
-        cube.pick_area(0, 0, 1, 1, width=size[0], height=size[1])
+    if min(size) < 1:
+        with pytest.raises(ValueError, match="has no pixels"):
+            cube.pick_area(0, 0, 1, 1, width=size[0], height=size[1])
     with pytest.raises(orvane.FileError):
         cube.save(tmp_path / "none.png", *size)
     assert not (tmp_path / "none.png").exists()
@@ -142,7 +142,7 @@ def test_a_file_that_cannot_be_written_is_told(cube, tmp_path):
 
 
 def test_nodes_are_listed_hidden_shown_and_highlighted(model_file):
-    model = orvane.open(model_file, look="monotone", antialiasing="none", view={"named": "front"})
+    model = orvane.open(model_file, look="basic", antialiasing="none", view={"named": "front"})
     tower = next(path for path in model.nodes if path.endswith("tower"))
     seen = model.picture(100, 100)
     assert (model.hide("tower").picture(100, 100) != seen).any()
@@ -229,7 +229,7 @@ def test_threads_draw_several_models_each_its_own(cube):
     wrong = []
 
     def draw(number):
-        with orvane.Model(look="monotone", antialiasing="none", view={"named": "front"}) as model:
+        with orvane.Model(look="basic", antialiasing="none", view={"named": "front"}) as model:
             model.add_mesh(CORNERS, FACES, material=model.add_material(color="red", unlit=True))
             for _ in range(3):
                 if not (model.picture(60, 40) == expected).all() or not (cube.picture(60, 40) == expected).all():
