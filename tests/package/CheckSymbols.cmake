@@ -1,0 +1,43 @@
+# Script: the library exports the functions and data of LIST, one a line, sorted: none that a host may link
+# against is gone or has another signature, and none came without a word. With -DUPDATE=ON it writes LIST.
+execute_process(COMMAND ${NM} -D --defined-only --demangle ${LIBRARY}
+    OUTPUT_VARIABLE output RESULT_VARIABLE result)
+if(NOT result EQUAL 0)
+    message(FATAL_ERROR "${NM} could not read ${LIBRARY}")
+endif()
+# No signature holds a semicolon; brackets would join the elements of a list.
+string(REPLACE "[" "(" output "${output}")
+string(REPLACE "]" ")" output "${output}")
+string(REPLACE "\n" ";" output "${output}")
+set(symbols)
+foreach(line IN LISTS output)
+    # What is weak comes and goes with what the compiler inlines.
+    if(line MATCHES "^[0-9a-f]+ [TDBR] (.*)$" AND NOT CMAKE_MATCH_1 MATCHES "^(_init|_fini|_edata|_end|__bss_start)$")
+        list(APPEND symbols "${CMAKE_MATCH_1}")
+    endif()
+endforeach()
+list(REMOVE_DUPLICATES symbols)
+list(SORT symbols)
+if(UPDATE)
+    list(JOIN symbols "\n" text)
+    file(WRITE ${LIST} "${text}\n")
+    return()
+endif()
+file(STRINGS ${LIST} known)
+set(gone ${known})
+list(REMOVE_ITEM gone ${symbols})
+set(new ${symbols})
+list(REMOVE_ITEM new ${known})
+foreach(kind gone new)
+    if(${kind})
+        list(JOIN ${kind} "\n  " text)
+        string(APPEND trouble "${kind}:\n  ${text}\n")
+    endif()
+endforeach()
+if(trouble)
+    message(FATAL_ERROR "the exported symbols are not those of ${LIST}\n${trouble}"
+        "What is gone breaks programs that are linked already; docs/versions.md says when that may be. "
+        "scripts/symbols writes the list anew.")
+endif()
+list(LENGTH symbols count)
+message(STATUS "${count} exported symbols, as listed")
