@@ -6,6 +6,7 @@
 #include "orvane_host/present/detail/DrawIdKeeper.h"
 #include "orvane_host/present/detail/EdgeStage.h"
 #include "orvane_host/present/detail/EffectInPlace.h"
+#include "orvane_host/present/detail/GroundStage.h"
 #include "orvane_host/present/detail/IdentifierStage.h"
 #include "orvane_host/present/detail/ItemLister.h"
 #include "orvane_host/present/detail/LineSetup.h"
@@ -38,6 +39,20 @@ GLint Query(GLenum name)
     return value;
 }
 
+/// Marks that something lasts, for the length of a scope.
+class MarkScope
+{
+public:
+    explicit MarkScope(bool& mark) : m_mark(mark) { m_mark = true; }
+    ~MarkScope() { m_mark = false; }
+
+    MarkScope(const MarkScope&) = delete;
+    MarkScope& operator=(const MarkScope&) = delete;
+
+private:
+    bool& m_mark;
+};
+
 /// Frees the units in which stages left textures.
 void ReleaseTextures(const PresentationFrame& frame)
 {
@@ -64,6 +79,7 @@ PresentationRenderer::PresentationRenderer(TextureLoader* loader, RenderCapabili
     // In drawing order.
     Append<Detail::IdentifierStage>(Step::Identifiers);
     Append<Detail::DepthStage>(Step::Depth);
+    m_ground = Append<Detail::GroundStage>(Step::Ground);
     m_surfaces = Append<Detail::SurfaceStage>(Step::Surfaces);
     m_occlusion = Append<Detail::OcclusionStage>(Step::Occlusion);
     m_edges = Append<Detail::EdgeStage>(Step::Edges);
@@ -97,7 +113,7 @@ PresentationRenderer::Step PresentationRenderer::StepOf(StageSlot slot)
 
 PresentationStage* PresentationRenderer::AddStage(std::unique_ptr<PresentationStage> stage, StageSlot slot)
 {
-    if (!stage)
+    if (!stage || m_drawing)
     {
         return nullptr;
     }
@@ -115,7 +131,7 @@ std::unique_ptr<PresentationStage> PresentationRenderer::RemoveStage(const Prese
     const auto found = std::find_if(m_stages.begin(), m_stages.end(), [&](const Entry& entry) {
         return entry.stage.get() == stage && isOutside(entry.step);
     });
-    if (found == m_stages.end())
+    if (found == m_stages.end() || m_drawing)
     {
         return nullptr;
     }
@@ -149,6 +165,16 @@ Look PresentationRenderer::GetLook() const
 void PresentationRenderer::SetStrokeDensity(int density)
 {
     m_surfaces->SetStrokeDensity(density);
+}
+
+void PresentationRenderer::SetSurroundings(std::shared_ptr<const Surroundings> surroundings)
+{
+    m_surfaces->SetSurroundings(std::move(surroundings));
+}
+
+void PresentationRenderer::SetGround(const std::optional<Detail::Ground>& ground)
+{
+    m_ground->SetGround(ground);
 }
 
 void PresentationRenderer::ShowSurfaces(bool show)
@@ -266,6 +292,7 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
     {
         return;
     }
+    const MarkScope drawing(m_drawing);
     PresentationFrame frame = BeginFrame(scene, camera, *cameraData, m_lister->GetItems());
     frame.target = TargetSize();
     cameraData->UpdateMVP(frame.view.width, frame.view.height, false);
@@ -291,7 +318,7 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
     bool begun = false;
     for (Entry& entry : m_stages)
     {
-        if (!begun && entry.step >= Step::BeforeSurfaces)
+        if (!begun && entry.step >= Step::Ground)
         {
             BeginScene();
             begun = true;
@@ -376,6 +403,7 @@ void PresentationRenderer::DrawSurfaces(Scene& scene, CameraNode& camera, Materi
     {
         return;
     }
+    const MarkScope drawing(m_drawing);
     PresentationFrame frame = BeginFrame(scene, camera, *cameraData, m_lister->GetItems());
     cameraData->UpdateMVP(frame.view.width, frame.view.height, false);
     Detail::DrawIdKeeper drawIds(scene);

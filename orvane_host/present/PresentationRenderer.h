@@ -24,6 +24,8 @@ namespace OV::Host::Detail
 {
 
 class EdgeStage;
+class GroundStage;
+struct Ground;
 class ItemLister;
 class LineSetup;
 class OcclusionStage;
@@ -34,6 +36,8 @@ class SurfaceStage;
 
 namespace OV::Host
 {
+
+class Surroundings;
 
 /// A renderer that puts a presentation together, each frame in this order: sky; identifiers and
 /// depth, off screen; surfaces in a look and lines; ambient occlusion; edges. Each is on or off by
@@ -69,6 +73,11 @@ public:
     /// How many strokes the look Crosshatch draws for a length, against those that suit a house in
     /// metres, from the next frame on; 1 at first. See HatchTextures. GL if it has drawn.
     void SetStrokeDensity(int density);
+
+    /// What smooth materials (Material::reflectionFactors) reflect in the looks Advanced and Phong,
+    /// from the next frame on; null, as at first, for nothing. A material's gloss is 1 less its
+    /// roughness; what it reflects has the hue of its specular colour. GL if it has drawn.
+    void SetSurroundings(std::shared_ptr<const Surroundings> surroundings);
 
     /// Whether materials are drawn. On at first. Edges come from the surfaces all the same;
     /// ambient occlusion has only lines left to darken.
@@ -111,12 +120,13 @@ public:
     /// Everything has its colour again.
     void LeaveEdit();
 
-    /// Draws a stage in every frame from the next one on. Not while a frame is drawn.
-    /// @return the stage, which the renderer owns until it is removed; null for null.
+    /// Draws a stage in every frame from the next one on.
+    /// @return the stage, which the renderer owns until it is removed; null for null, and while a
+    ///         frame is drawn, which deletes the stage that was handed over.
     PresentationStage* AddStage(std::unique_ptr<PresentationStage> stage, StageSlot slot);
 
-    /// Gives a stage back that AddStage took, without GL objects. Not while a frame is drawn. GL.
-    /// @return null, with nothing changed, if there is no such stage.
+    /// Gives a stage back that AddStage took, without GL objects. GL.
+    /// @return null, with nothing changed, if there is no such stage, and while a frame is drawn.
     std::unique_ptr<PresentationStage> RemoveStage(const PresentationStage* stage);
 
     /// Draws the surfaces of a scene with one effect in place of theirs, in the order of a frame,
@@ -137,6 +147,9 @@ public:
     static const char* NameOfLook(Look look);
 
 protected:
+    /// A level ground under the surfaces, from the next frame on; none at first.
+    void SetGround(const std::optional<Detail::Ground>& ground);
+
     void DrawScene(Scene& scene, CameraNode& camera) override;
 
 private:
@@ -145,7 +158,8 @@ private:
     {
         Identifiers,
         Depth,
-        BeforeSurfaces, ///< from here on into the picture
+        Ground, ///< from here on into the picture
+        BeforeSurfaces,
         Surfaces,
         AfterSurfaces,
         Occlusion,
@@ -175,9 +189,11 @@ private:
     std::vector<Entry> m_stages; ///< in drawing order
     // In m_stages.
     Detail::SurfaceStage* m_surfaces = nullptr;
+    Detail::GroundStage* m_ground = nullptr;
     Detail::OcclusionStage* m_occlusion = nullptr;
     Detail::EdgeStage* m_edges = nullptr;
 
+    bool m_drawing = false;   ///< a scene, whose stages are not to change meanwhile
     bool m_capturing = false; ///< from BeginCapture to ApplyCapture, where there are buffers
     std::optional<float> m_layerRatio;
     float m_plainRatio = 1.0f;  ///< the device pixel ratio before supersampling raised it

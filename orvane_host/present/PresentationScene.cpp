@@ -3,6 +3,7 @@
 #include "orvane_host/present/detail/PresentationImpl.h"
 #include "orvane_host/present/detail/SectionPlanes.h"
 #include "orvane_host/present/detail/ShownPoints.h"
+#include "orvane_host/present/detail/TreeWalk.h"
 #include "orvane/overlay/Scene2D.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/LightNode.h"
@@ -179,8 +180,7 @@ Node* Presentation::Impl::FindNode(const std::string& path) const
     return path.empty() ? nullptr : Host::FindNode(nodes, path);
 }
 
-bool Presentation::Impl::Check(const PresentationSettings& wanted, std::unique_ptr<Watermark>& picture,
-                               std::string& error) const
+bool Presentation::Impl::Check(const PresentationSettings& wanted, Pictures& pictures, std::string& error) const
 {
     if (wanted.view.eye && IsSamePlace(*wanted.view.eye, wanted.view.target.value_or(MiddleOfModel())))
     {
@@ -204,14 +204,14 @@ bool Presentation::Impl::Check(const PresentationSettings& wanted, std::unique_p
     if (!file.empty() && file != settings.sheet.watermark)
     {
         std::string reason;
-        picture = Watermark::Read(file, reason);
-        if (!picture)
+        pictures.watermark = Watermark::Read(file, reason);
+        if (!pictures.watermark)
         {
             error = file + ": " + reason;
             return false;
         }
     }
-    return true;
+    return ReadSurroundings(wanted, pictures, error);
 }
 
 Presentation::Impl::Changes Presentation::Impl::ChangesTo(const PresentationSettings& wanted) const
@@ -222,7 +222,8 @@ Presentation::Impl::Changes Presentation::Impl::ChangesTo(const PresentationSett
     changes.section = differs(&S::section);
     changes.lines = settings.lines.has_value() != wanted.lines.has_value()
         || (settings.lines && settings.lines->crease != wanted.lines->crease);
-    changes.materials = differs(&S::look) || differs(&S::cullBacks) || differs(&S::lines) || differs(&S::antialiasing);
+    changes.materials = differs(&S::look) || differs(&S::cullBacks) || differs(&S::lines) || differs(&S::antialiasing)
+        || differs(&S::surroundings);
     changes.view = differs(&S::view);
     changes.sheet = differs(&S::sheet);
     S behind = wanted;
@@ -234,17 +235,23 @@ Presentation::Impl::Changes Presentation::Impl::ChangesTo(const PresentationSett
 
 bool Presentation::Impl::Apply(const PresentationSettings& wanted, std::string& error)
 {
-    std::unique_ptr<Watermark> picture;
-    if (!Check(wanted, picture, error))
+    Pictures pictures;
+    if (!Check(wanted, pictures, error))
     {
         return false;
     }
     const Changes changes = ChangesTo(wanted);
+    if (wanted.ground.has_value() != settings.ground.has_value() || wanted.view.upAxis != settings.view.upAxis
+        || (wanted.ground && wanted.ground->height != settings.ground->height))
+    {
+        m_contactShadow.reset();
+    }
     if (wanted.sheet.watermark != settings.sheet.watermark)
     {
-        m_watermark = std::move(picture);
+        m_watermark = std::move(pictures.watermark);
         m_isWatermarkLaid = false;
     }
+    m_surroundings = std::move(pictures.surroundings);
     settings = wanted;
     app.GetContext()->SetBackgroundColor(settings.background);
     UpdateScene(changes);
@@ -269,6 +276,7 @@ void Presentation::Impl::UpdateScene(const Changes& changes)
     if (changes.section)
     {
         CutSection();
+        m_contactShadow.reset();
     }
     if (changes.section || changes.materials)
     {
@@ -323,6 +331,7 @@ void Presentation::Impl::UpdateMaterials()
     if (ShadesEveryPixel(settings.look))
     {
         wanted.ambient = Color(ShadeLevel, ShadeLevel, ShadeLevel);
+        wanted.reflects = !settings.surroundings.empty();
     }
     else
     {
@@ -401,6 +410,7 @@ void Presentation::Impl::SetVisibility(bool hasChanged)
     {
         return;
     }
+    m_contactShadow.reset();
     // What is hidden is not cut.
     Changes changes;
     changes.section = !settings.section.planes.empty();
@@ -432,25 +442,20 @@ void Presentation::Impl::UpdateHighlights()
     Detail::HighlightRenderer::Colors colors;
     if (!m_highlights.empty())
     {
-        CollectHighlights(*World().GetRoot(), nullptr, colors);
+        const Color* const none = nullptr;
+        Detail::WalkTree(*World().GetRoot(), none, [&](Node& node, const Color* color) {
+            const auto own = m_highlights.find(&node);
+            color = own == m_highlights.end() ? color : &own->second;
+            auto* const meshNode = dynamic_cast<MeshNode*>(&node);
+            if (color && meshNode)
+            {
+                colors.emplace_back(meshNode, *color);
+            }
+            return color;
+        });
     }
     renderer->SetHighlights(std::move(colors));
     m_isPictureChanged = true;
-}
-
-void Presentation::Impl::CollectHighlights(Node& node, const Color* color, Detail::HighlightRenderer::Colors& colors) const
-{
-    const auto own = m_highlights.find(&node);
-    color = own == m_highlights.end() ? color : &own->second;
-    auto* const meshNode = dynamic_cast<MeshNode*>(&node);
-    if (color && meshNode)
-    {
-        colors.emplace_back(meshNode, *color);
-    }
-    for (Node* child : node.GetChildren())
-    {
-        CollectHighlights(*child, color, colors);
-    }
 }
 
 bool Presentation::Impl::IsOfModel(const Mesh& mesh) const
