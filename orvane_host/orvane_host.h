@@ -11,6 +11,7 @@
 #include "orvane_host/geometry/SectionFaces.h"
 #include "orvane_host/geometry/SectionFill.h"
 #include "orvane_host/geometry/SunHours.h"
+#include "orvane_host/geometry/TriangleMesh.h"
 #include "orvane_host/import/ImportOptions.h"
 #include "orvane_host/import/ImportResult.h"
 #include "orvane_host/import/ModelImporter.h"

@@ -17,7 +17,6 @@
 #include "orvane_host/present/SunHoursMap.h"
 #include "orvane/scene/Scene.h"
 
-
 #include <algorithm>
 #include <cmath>
 #include <optional>

@@ -9,6 +9,7 @@
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/Scene.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace OV::Host
@@ -69,6 +70,20 @@ const SunState& Presentation::GetSun() const
 void Presentation::Refresh()
 {
     m_impl->Refresh();
+}
+
+void Presentation::AddName(Node& node, const std::string& name)
+{
+    const auto known = std::find_if(m_impl->nodes.begin(), m_impl->nodes.end(),
+                                    [&](const ImportedNode& entry) { return entry.node == &node; });
+    if (known == m_impl->nodes.end())
+    {
+        m_impl->nodes.push_back({name, &node});
+    }
+    else
+    {
+        known->name = name;
+    }
 }
 
 bool Presentation::Add(ImportResult model, std::string& error)
@@ -290,6 +305,16 @@ void Presentation::Suspend()
 void Presentation::Resume()
 {
     m_impl->Resume();
+}
+
+bool Presentation::TakePicture(std::vector<unsigned char>& rgba, int width, int height, std::string& error,
+                               float pixelRatio)
+{
+    PictureOptions options;
+    options.width = width;
+    options.height = height;
+    options.pixelRatio = pixelRatio;
+    return m_impl->TakePicture(rgba, options, error);
 }
 
 bool Presentation::SavePicture(const std::string& path, int width, int height, std::string& error, float pixelRatio)

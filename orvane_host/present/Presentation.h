@@ -143,6 +143,10 @@ public:
     // begin at any node; of several the one that comes first in the file counts. What takes a path
     // answers false, with nothing changed, where there is no such node.
 
+    /// Gives a node of the scene a name to be found by, in place of the one that it has. What comes
+    /// later counts as later in the file.
+    void AddName(Node& node, const std::string& name);
+
     /// The paths of all nodes that have names, in the order of the file.
     std::vector<std::string> ListNodes() const;
 
@@ -201,7 +205,8 @@ public:
     /// Sign of the unit of the model, such as "m"; empty where it is not known.
     std::string GetUnit() const;
 
-    /// The box of all that the model draws when nothing is hidden or cut away; none for an empty
+    /// The box of all that the model draws, lines of the host's too, when nothing is hidden or cut
+    /// away; none for an empty
     /// model.
     std::optional<Box> GetModelBox() const;
 
@@ -259,6 +264,11 @@ public:
 
     /// Comes back with a new context. GL.
     void Resume();
+
+    /// As SavePicture, with the pixels in place of a file. GL.
+    /// @param rgba on success 8 bits a channel, tight rows, the top row first, opaque. Untouched otherwise.
+    bool TakePicture(std::vector<unsigned char>& rgba, int width, int height, std::string& error,
+                     float pixelRatio = 1.0f);
 
     /// Draws a picture of its own size and writes it as a PNG file. GL; the framebuffer that is
     /// bound and the viewport stay. With Antialiasing::Multisampling the picture has the samples of

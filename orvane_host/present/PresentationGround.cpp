@@ -67,8 +67,9 @@ std::optional<Detail::Ground> Presentation::Impl::MakeGround()
     if (!m_contactShadow)
     {
         UpdateGlobals();
+        // Lines cast none.
         const auto isShown = [this](const MeshNode& place, const Mesh& mesh)
-        { return IsOfModel(mesh) && (place.GetFlags() & NodeFlagHidden) == 0; };
+        { return mesh.GetMaterial() && IsOfModel(mesh) && (place.GetFlags() & NodeFlagHidden) == 0; };
         const std::vector<SectionPlane> planes = Detail::SectionPlanesOf(settings.section);
         m_contactShadow = std::make_shared<Detail::ContactShadow>([&](const auto& visit) {
             std::vector<Detail::ContactShadow::Point> along;

@@ -59,6 +59,30 @@ private:
     std::array<GLint, 4> m_viewport{};
 };
 
+/// Keeps the rows of an opaque picture.
+class RowsInMemory : public PictureFile
+{
+public:
+    explicit RowsInMemory(const PictureFormat& format) : PictureFile(format)
+    {
+        rgba.reserve(4 * static_cast<std::size_t>(format.width) * static_cast<std::size_t>(format.height));
+    }
+
+    bool WriteRow(const void* row, std::string&) override
+    {
+        const auto* rgb = static_cast<const unsigned char*>(row);
+        for (int x = 0; x < m_format.width; ++x, rgb += 3)
+        {
+            rgba.insert(rgba.end(), {rgb[0], rgb[1], rgb[2], 255});
+        }
+        return true;
+    }
+
+    bool Finish(std::string&) override { return true; }
+
+    std::vector<unsigned char> rgba;
+};
+
 /// Pixels about one that points of the scene reach: GL leaves a point out whose middle lies outside.
 int ReachOfPoints(const Scene& scene)
 {
@@ -211,6 +235,32 @@ bool Presentation::Impl::SavePicture(const std::string& path, const PictureOptio
     }
     const std::unique_ptr<PictureFile> file = PictureFile::Create(path, format, error);
     return file && WritePicture(*file, options, facts, error) && file->Finish(error);
+}
+
+bool Presentation::Impl::TakePicture(std::vector<unsigned char>& rgba, const PictureOptions& options,
+                                     std::string& error)
+{
+    const PictureFormat format = FormatOf(options);
+    if (!PictureFile::CanHold(format, error))
+    {
+        return false;
+    }
+    try
+    {
+        RowsInMemory rows(format);
+        PictureFacts facts;
+        if (!WritePicture(rows, options, facts, error))
+        {
+            return false;
+        }
+        rgba = std::move(rows.rgba);
+        return true;
+    }
+    catch (const std::bad_alloc&)
+    {
+        error = "there is not enough memory for the picture; ask for a smaller one";
+        return false;
+    }
 }
 
 PictureFormat Presentation::Impl::FormatOf(const PictureOptions& options)

@@ -8,6 +8,8 @@
 #include "orvane/overlay/Scene2D.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/LightNode.h"
+#include "orvane/scene/Line.h"
+#include "orvane/scene/LineStyle.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
@@ -483,6 +485,12 @@ void Presentation::Impl::UpdateHighlights()
 
 bool Presentation::Impl::IsOfModel(const Mesh& mesh) const
 {
+    if (mesh.Type() == NodeTypeLine)
+    {
+        // Of the host's, but not of the edges, which follow the model.
+        const LineStyle* const style = static_cast<const Line&>(mesh).GetStyle();
+        return style && style != m_style.get();
+    }
     return mesh.GetMaterial() && mesh.GetMaterial() != m_section.GetMaterial();
 }
 

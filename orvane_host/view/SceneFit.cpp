@@ -112,12 +112,21 @@ void VisitMesh(const Mesh& mesh, const QGM::Transf3d& global, const Axes& axes, 
     const auto along = [](const std::array<double, 4>& r, const Vector& p)
     { return r[0] * p.x + r[1] * p.y + r[2] * p.z + r[3]; };
     const std::vector<Vector>& positions = mesh.GetPositionBuffer();
+    const auto visitVertex = [&](std::size_t vertex)
+    {
+        if (vertex < positions.size())
+        {
+            const Vector& p = positions[vertex];
+            visit(along(rows[0], p), along(rows[1], p), along(rows[2], p));
+        }
+    };
+    const bool isLine = mesh.Type() == NodeTypeLine;
     for (const unsigned short index : mesh.GetIndices())
     {
-        if (index < positions.size())
+        visitVertex(index);
+        if (isLine)
         {
-            const Vector& p = positions[index];
-            visit(along(rows[0], p), along(rows[1], p), along(rows[2], p));
+            visitVertex(std::size_t(index) + 4); // of the point that it goes to
         }
     }
 }

@@ -1,4 +1,5 @@
-# Script: builds and runs the consumer in one of three ways. See CMakeLists.txt.
+# Script: builds and runs the consumer in one of three ways, against an installation that was moved, and runs
+# what else the installation holds. See CMakeLists.txt.
 function(run)
     execute_process(COMMAND ${ARGN} RESULT_VARIABLE result)
     if(NOT result EQUAL 0)
@@ -8,7 +9,7 @@ function(run)
 endfunction()
 
 file(REMOVE_RECURSE ${SCRATCH})
-set(prefix ${SCRATCH}/prefix)
+set(prefix ${SCRATCH}/moved/prefix)
 set(consumer ${CMAKE_CURRENT_LIST_DIR}/consumer)
 set(flags)
 if(SANITIZE)
@@ -16,7 +17,23 @@ if(SANITIZE)
 endif()
 
 if(NOT WAY STREQUAL "add_subdirectory")
-    run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
+    run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${SCRATCH}/prefix)
+    file(MAKE_DIRECTORY ${SCRATCH}/moved)
+    file(RENAME ${SCRATCH}/prefix ${prefix})
+    foreach(program orvane-render orvane-view)
+        if(EXISTS ${prefix}/bin/${program})
+            run(${CMAKE_COMMAND} -E env --unset=LD_LIBRARY_PATH ${prefix}/bin/${program} --version)
+        endif()
+    endforeach()
+    file(GLOB module ${prefix}/lib*/python3*/*-packages/orvane/__init__.py)
+    if(module)
+        cmake_path(GET module PARENT_PATH package)
+        cmake_path(GET package PARENT_PATH packages)
+        run(${CMAKE_COMMAND} -E env --unset=LD_LIBRARY_PATH PYTHONPATH=${packages} PYTHONDONTWRITEBYTECODE=1
+            ${PYTHON} -c "import orvane; assert orvane.__file__.startswith('${prefix}'); orvane.Model()")
+    elseif(PYTHON)
+        message(FATAL_ERROR "the package for Python is not in the installation")
+    endif()
     file(GLOB pc ${prefix}/lib*/pkgconfig/orvane.pc ${prefix}/lib*/*/pkgconfig/orvane.pc)
     cmake_path(GET pc PARENT_PATH pkgconfig_dir)
     # A system's include folder is shared: nothing may be laid into it beside the two of the project.

@@ -81,6 +81,7 @@ public:
     bool SavePicture(const std::string& path, const PictureOptions& options, PictureFacts& facts, std::string& error);
     bool WritePicture(PictureFile& file, const PictureOptions& options, PictureFacts& facts, std::string& error);
     static PictureFormat FormatOf(const PictureOptions& options);
+    bool TakePicture(std::vector<unsigned char>& rgba, const PictureOptions& options, std::string& error);
     std::vector<PickHit> Pick(const PickArea& area);
     std::vector<PickHit> PickThrough(int x, int y, int most);
 

@@ -78,6 +78,11 @@ public:
     {
         const std::vector<Vector>& positions = mesh.GetPositionBuffer();
         const std::vector<unsigned short>& indices = mesh.GetIndices();
+        if (mesh.Type() == NodeTypeLine)
+        {
+            AddLine(positions, indices, toWorld);
+            return;
+        }
         const Material* const material = mesh.GetMaterial();
         const std::size_t corners = material && (material->GetFlags() & MaterialFlagPoints) != 0 ? 1 : 3;
         for (std::size_t first = 0; first + corners <= indices.size(); first += corners)
@@ -90,18 +95,40 @@ public:
                     m_polygon.push_back(Times(toWorld, positions[indices[i]]));
                 }
             }
-            for (const SectionPlane& plane : m_planes)
-            {
-                ClipTo(plane, m_polygon, m_spare);
-            }
-            if (!m_polygon.empty())
-            {
-                m_visit(m_polygon);
-            }
+            AddPolygon();
         }
     }
 
 private:
+    /// The six indices of a part of a line name vertices of the point where it begins; those four
+    /// further on are of the point where it ends.
+    void AddLine(const std::vector<Vector>& positions, const std::vector<unsigned short>& indices,
+                 const QGM::Transf3d& toWorld)
+    {
+        for (std::size_t first = 0; first < indices.size(); first += 6)
+        {
+            const std::size_t begin = indices[first];
+            if (begin + 4 < positions.size())
+            {
+                m_polygon = {Times(toWorld, positions[begin]), Times(toWorld, positions[begin + 4])};
+                AddPolygon();
+            }
+        }
+    }
+
+    /// What the planes leave of it.
+    void AddPolygon()
+    {
+        for (const SectionPlane& plane : m_planes)
+        {
+            ClipTo(plane, m_polygon, m_spare);
+        }
+        if (!m_polygon.empty())
+        {
+            m_visit(m_polygon);
+        }
+    }
+
     const std::vector<SectionPlane>& m_planes;
     const Visit& m_visit;
     Polygon m_polygon;

@@ -69,6 +69,9 @@ TEST_F(PresentationFrame, ASavedPictureIsTheOneThatIsDrawn)
         std::string error;
         ASSERT_TRUE(presentation->SavePicture(path, Width(), Height(), error)) << error;
         ExpectSame(LoadPicture(path), Opaque(drawn), "saved");
+        std::vector<unsigned char> rgba;
+        ASSERT_TRUE(presentation->TakePicture(rgba, Width(), Height(), error)) << error;
+        ExpectSame(Picture(Width(), Height(), rgba), Opaque(drawn), "taken");
         ExpectSame(Draw(*presentation), drawn, "drawn afterwards");
     }
 }

@@ -1,10 +1,15 @@
 #include "tests/orvane_host/present/PresentationModels.h"
 
+#include "orvane_host/geometry/Polyline.h"
 #include "orvane/math/Transform.h"
 #include "orvane/scene/CameraNode.h"
+#include "orvane/scene/Line.h"
+#include "orvane/scene/LineStyle.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
+#include "orvane/scene/RawLine.h"
+#include "orvane/scene/Scene.h"
 
 #include <algorithm>
 #include <cmath>
@@ -400,6 +405,54 @@ TEST_F(PresentationNodes, ARefreshFollowsWhatTheHostHasChanged)
     Apply(fresh, wanted);
     fresh.Hide("roof");
     ExpectSame(Draw(*presentation), Draw(fresh), "changed before it was presented");
+}
+
+TEST_F(PresentationNodes, LinesOfTheHostCountForTheBoxAndAreInTheView)
+{
+    PresentationSettings wanted;
+    wanted.view.named = Host::NamedView::Front;
+    wanted.lines = Host::LineSettings();
+    Apply(*presentation, wanted);
+    Scene& scene = presentation->GetScene();
+    auto* const style = new LineStyle("host");
+    style->color = Color(0, 0, 1);
+    style->secondColor = Color(0, 0, 0, 0);
+    style->antialias = false;
+    style->width = 2.0f;
+    scene.AddLineStyle(style);
+    auto* const node = new MeshNode(&scene);
+    scene.GetRoot()->AddChild(node, false);
+    auto* const line = new Line(Host::Polyline::Make({Vector(0, 0, 6), Vector(5, 0, 6)}).front(), &scene);
+    style->AddLine(line);
+    line->AddNode(node);
+    presentation->Refresh();
+    const auto box = presentation->GetModelBox();
+    ASSERT_TRUE(box);
+    EXPECT_NEAR(box->high.x, 5.0f, 1e-5f);
+    EXPECT_NEAR(box->high.z, 6.0f, 1e-5f);
+    // From end to end: neither the near plane nor the rim of the picture cuts it.
+    EXPECT_GT(Draw(*presentation).Count({0, 0, 255, 255}), 2 * Width() / 3);
+    wanted.section.planes = {{Vector(1, 0, 0), Vector(3, 0, 0)}};
+    Apply(*presentation, wanted);
+    EXPECT_NEAR(presentation->GetShownBox()->high.x, 3.0f, 1e-5f);
+    EXPECT_NEAR(presentation->GetModelBox()->high.x, 5.0f, 1e-5f);
+}
+
+TEST_F(PresentationNodes, AreFoundByNamesThatTheHostGivesThem)
+{
+    Node* const twin = presentation->FindNode("twin");
+    ASSERT_TRUE(twin);
+    auto* const added = new MeshNode(&presentation->GetScene());
+    twin->AddChild(added, false);
+    EXPECT_EQ(presentation->PathOf(*added), "");
+    presentation->AddName(*added, "lamp");
+    presentation->Refresh();
+    EXPECT_EQ(presentation->FindNode("twin/lamp"), added);
+    EXPECT_EQ(presentation->PathOf(*added), presentation->PathOf(*twin) + "/lamp");
+    EXPECT_EQ(presentation->ListNodes().back(), presentation->PathOf(*added));
+    presentation->AddName(*added, "sconce");
+    EXPECT_EQ(presentation->FindNode("twin/sconce"), added);
+    EXPECT_FALSE(presentation->FindNode("lamp"));
 }
 
 } // namespace
