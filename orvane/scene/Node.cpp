@@ -1,6 +1,7 @@
 #include "orvane/scene/Node.h"
 
 #include "orvane/base/detail/Walk.h"
+#include "orvane/scene/NodeListener.h"
 #include "orvane/scene/Scene.h"
 #include "orvane/scene/detail/OwnedObject.h"
 #include "orvane/scene/detail/TreeCursor.h"
@@ -102,6 +103,7 @@ void Node::UpdateGraph()
             global.ExtractMatrix(*globalMatrix, true);
             globalMatrixDirty.m_state = MatrixFlag::UpAhead;
         }
+        TellChange(NodeChangePlace);
     }
     WalkChildren(TreeWalkUpdate, [](Node* child) { child->UpdateGraph(); });
 }
@@ -333,6 +335,19 @@ bool Node::IsSameOrAbove(const Node* other) const
         below = NextInTree(below, this, true);
     }
     return false;
+}
+
+void Node::TellChange(NodeChange change)
+{
+    if (scene && scene->HasNodeListeners())
+    {
+        scene->TellNodeChanged(*this, change);
+    }
+}
+
+void Node::TellIdentityChange()
+{
+    TellChange(NodeChangeIdentity);
 }
 
 void Node::MarkMoved()

@@ -18,6 +18,7 @@ namespace OV
 {
 
 class Scene;
+enum NodeChange : unsigned;
 
 namespace detail
 {
@@ -176,6 +177,7 @@ public:
     void SetUserData(int data)
     {
         userData = data;
+        TellIdentityChange();
     }
 
     /// The host's identification of this place, compared with the path of the part of the
@@ -188,6 +190,7 @@ public:
     void SetPath(const Path& newPath)
     {
         path = newPath;
+        TellIdentityChange();
     }
 
     Object* GetAnimationData() const
@@ -244,6 +247,9 @@ protected:
         TreeWalkCount,
     };
 
+    /// Tells the listeners of the scene, if there are any.
+    void TellChange(NodeChange change);
+
     /// The node after this one in the tree below top, a node before its children; null at the
     /// end.
     /// @param intoChildren whether the children of the node are walked or passed over.
@@ -274,6 +280,7 @@ private:
     bool IsSameOrAbove(const Node* other) const;
 
     void MarkMoved();
+    void TellIdentityChange();
 
     class DeepCursor;
 

@@ -8,6 +8,7 @@
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
+#include "orvane/scene/NodeListener.h"
 #include "orvane/scene/detail/Erase.h"
 #include "orvane/scene/detail/Subtree.h"
 #include "orvane/scene/detail/TreeCursor.h"
@@ -118,6 +119,11 @@ Scene::Scene() :
 Scene::~Scene()
 {
     detail::Walk::Tell(this);
+    for (NodeListener* listener : std::exchange(m_nodeListeners, {}))
+    {
+        listener->m_scene = nullptr;
+        listener->SceneGone();
+    }
     Cleanup();
     DeleteContentsSetAside();
     SetCamera(nullptr);
@@ -568,6 +574,37 @@ bool Scene::GetOverrideViewport(int& x, int& y, int& width, int& height) const
     return viewportOverridden;
 }
 
+void Scene::AddNodeListener(NodeListener* listener)
+{
+    if (!listener || listener->m_scene == this)
+    {
+        return;
+    }
+    if (listener->m_scene)
+    {
+        listener->m_scene->RemoveNodeListener(listener);
+    }
+    m_nodeListeners.push_back(listener);
+    listener->m_scene = this;
+}
+
+void Scene::RemoveNodeListener(NodeListener* listener)
+{
+    if (listener && listener->m_scene == this)
+    {
+        detail::EraseFirst(m_nodeListeners, listener);
+        listener->m_scene = nullptr;
+    }
+}
+
+void Scene::TellNodeChanged(Node& node, NodeChange change)
+{
+    for (NodeListener* listener : m_nodeListeners)
+    {
+        listener->NodeChanged(node, change);
+    }
+}
+
 void Scene::Register(Node* node)
 {
     node->m_nextOfScene = m_firstNode;
@@ -580,6 +617,10 @@ void Scene::Register(Node* node)
 
 void Scene::Unregister(Node* node)
 {
+    for (NodeListener* listener : m_nodeListeners)
+    {
+        listener->NodeGone(*node);
+    }
     (node->m_previousOfScene ? node->m_previousOfScene->m_nextOfScene : m_firstNode) =
         node->m_nextOfScene;
     if (node->m_nextOfScene)

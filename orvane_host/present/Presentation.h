@@ -41,6 +41,7 @@ struct PresentationStatistics
     std::uint64_t triangles = 0;
     /// Of the last frame.
     DrawCounts drawn;
+    BatchCounts batches;
 };
 
 /// One model, presented as settings say: scene, textures, renderer and sheet, drawn into the

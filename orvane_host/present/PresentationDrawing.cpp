@@ -181,6 +181,7 @@ void Presentation::Impl::ConfigureRenderer()
     renderer->SetStrokeDensity(StrokeDensityFor(Extent()));
     renderer->SetEdges(settings.edges);
     renderer->ShowAmbientOcclusion(settings.occlusion);
+    renderer->SetBatches(settings.batches);
     if (renderer->SetAAMode(ModeOf(settings.antialiasing)))
     {
         m_holdsCapture = false;

@@ -5,6 +5,7 @@
 #include "orvane/renderer/Renderer20.h"
 
 #include <memory>
+#include <vector>
 
 namespace OV::Host::Detail
 {
@@ -51,6 +52,9 @@ public:
 protected:
     /// Draws the scene in front of what is there.
     virtual void DrawScene(Scene& scene, CameraNode& camera);
+
+    /// Lists the surfaces of a scene for Pack, giving them render data at need. GL.
+    virtual void ListSurfaces(Scene& scene, CameraNode& camera, std::vector<RenderItemES20>& items);
 
     /// The camera's render data, made at need; null if the host has put something else there.
     static CameraNodeES20* CameraDataOf(CameraNode* camera);

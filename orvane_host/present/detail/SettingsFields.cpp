@@ -13,6 +13,7 @@ namespace
 constexpr const char* kIdentities[] = {"object", "group"};
 constexpr const char* kAntialiasings[] = {"none", "msaa", "fxaa", "ssaa"};
 constexpr const char* kUpAxes[] = {"y", "z"};
+constexpr const char* kBatchUses[] = {"auto", "on", "off"};
 
 template <typename Enum, std::size_t Size>
 const char* NameIn(const char* const (&names)[Size], Enum value)
@@ -36,6 +37,11 @@ const char* NameOf(Antialiasing antialiasing)
 const char* NameOf(UpAxis axis)
 {
     return NameIn(kUpAxes, axis);
+}
+
+const char* NameOf(BatchUse use)
+{
+    return NameIn(kBatchUses, use);
 }
 
 } // namespace OV::Host::Detail
