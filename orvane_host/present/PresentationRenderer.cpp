@@ -250,6 +250,9 @@ Detail::Batches* PresentationRenderer::BatchesOf(Scene& scene)
     if (m_batches && (!isWanted || m_batches->GetListenedScene() != &scene))
     {
         m_batches.reset();
+        // What dies while a frame is drawn counts as gone to its end, and so would what took its
+        // place.
+        return nullptr;
     }
     if (!m_batches && isWanted && (m_batchSettings.use == BatchUse::On || Detail::Batches::IsWorthwhile(scene)))
     {
@@ -259,6 +262,7 @@ Detail::Batches* PresentationRenderer::BatchesOf(Scene& scene)
     if (m_batches)
     {
         m_batches->KeepEdited(m_editPath);
+        m_batches->KeepRigid(GetLook() == Look::VertexColor);
         m_batches->Update();
     }
     return m_batches.get();

@@ -67,7 +67,7 @@ void CopyIndices(const Mesh& mesh, std::size_t firstVertex, unsigned short* out)
 
 } // namespace
 
-BatchMesh::BatchMesh(Material* ownMaterial, unsigned int ownFlags) : Mesh(std::shared_ptr<RawMesh>())
+void BatchMesh::Become(Material* ownMaterial, unsigned int ownFlags)
 {
     material = ownMaterial;
     flags = ownFlags;

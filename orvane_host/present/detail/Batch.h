@@ -160,8 +160,10 @@ private:
 class BatchMesh final : public Mesh
 {
 public:
-    BatchMesh(Material* ownMaterial, unsigned int ownFlags);
+    BatchMesh() : Mesh(std::shared_ptr<RawMesh>()) {}
     ~BatchMesh() override;
+
+    void Become(Material* ownMaterial, unsigned int ownFlags);
 };
 
 } // namespace OV::Host::Detail

@@ -38,6 +38,27 @@ bool IsDrawnTogether(Material& material)
         && !material.IsTransparent();
 }
 
+bool IsRigid(const QGM::Transf3d& place)
+{
+    constexpr double most = 1e-5;
+    for (int i = 0; i < 3; ++i)
+    {
+        for (int j = i; j < 3; ++j)
+        {
+            double product = i == j ? -1.0 : 0.0;
+            for (int row = 0; row < 3; ++row)
+            {
+                product += place.m[row][i] * place.m[row][j];
+            }
+            if (!(std::abs(product) < most))
+            {
+                return false;
+            }
+        }
+    }
+    return !place.isMirror();
+}
+
 bool Contains(const std::vector<Mesh*>& meshes, const Mesh* mesh)
 {
     return std::find(meshes.begin(), meshes.end(), mesh) != meshes.end();
@@ -267,14 +288,22 @@ void Batches::KeepEdited(const std::optional<Path>& path)
         return;
     }
     m_edited = path;
-    for (const auto& [node, state] : m_nodes)
+    NoteAll();
+}
+
+void Batches::KeepRigid(bool onlyRigid)
+{
+    if (std::exchange(m_onlyRigid, onlyRigid) != onlyRigid)
     {
-        (void)state;
-        m_changed.push_back(const_cast<Node*>(node));
+        NoteAll();
     }
+}
+
+void Batches::NoteAll()
+{
     for (auto& [node, state] : m_nodes)
     {
-        (void)node;
+        m_changed.push_back(const_cast<Node*>(node));
         state.changes |= NodeChangeState;
     }
 }
@@ -316,10 +345,47 @@ void Batches::Update()
     }
     m_changed.clear();
     WakeRested();
+    for (const std::unique_ptr<Group>& group : m_deadGroups)
+    {
+        GiveBack(*group);
+    }
     m_deadGroups.clear();
     for (auto group = m_groups.begin(); group != m_groups.end();)
     {
-        group = group->second->material ? std::next(group) : m_groups.erase(group);
+        if (group->second->material)
+        {
+            ++group;
+            continue;
+        }
+        GiveBack(*group->second);
+        group = m_groups.erase(group);
+    }
+}
+
+std::unique_ptr<BatchMesh> Batches::TakeMesh(Material& material, unsigned int flags)
+{
+    if (m_spareMeshes.empty())
+    {
+        m_spareMeshes.push_back(std::make_unique<BatchMesh>());
+    }
+    std::unique_ptr<BatchMesh> mesh = std::move(m_spareMeshes.back());
+    m_spareMeshes.pop_back();
+    mesh->Become(&material, flags);
+    return mesh;
+}
+
+void Batches::GiveBack(std::unique_ptr<BatchMesh> mesh)
+{
+    mesh->SetRenderData(nullptr, false);
+    m_spareMeshes.push_back(std::move(mesh));
+}
+
+void Batches::GiveBack(Group& group)
+{
+    GiveBack(std::move(group.probe));
+    for (Batch& batch : group.batches)
+    {
+        GiveBack(std::move(batch.mesh));
     }
 }
 
@@ -437,8 +503,13 @@ bool Batches::CanBeTogether(const Member& member) const
     {
         return false;
     }
+    const QGM::Transf3d& place = member.node->GetGlobal().GetTransf3d();
+    if (m_onlyRigid && !IsRigid(place))
+    {
+        return false;
+    }
     const std::size_t vertices = mesh.GetPositionBuffer().size();
-    const QGM::Transf3d normals = member.node->GetGlobal().GetTransf3d().affineInverseTranspose();
+    const QGM::Transf3d normals = place.affineInverseTranspose();
     // A transform that flattens has none.
     return vertices > 0 && vertices <= (mesh.GetNodes().size() > 1 ? kMostSharedVertices : kMostVertices)
         && std::isfinite(normals.m[0][0]) && std::isfinite(normals.m[1][1]) && std::isfinite(normals.m[2][2]);
@@ -470,7 +541,7 @@ Batches::Group* Batches::GroupOf(Material& material)
         group = std::make_unique<Group>();
         group->material = &material;
         group->isTogether = IsDrawnTogether(material);
-        group->probe = std::make_unique<BatchMesh>(&material, 0u);
+        group->probe = TakeMesh(material, 0u);
     }
     return group.get();
 }
@@ -612,6 +683,8 @@ void Batches::PutIntoTree(Index index)
         }
         return;
     }
+    // What comes after the tree was asked counts as seen.
+    member.seenFrame = m_frame;
     const WorldBox box = BoxAt(*member.mesh, member.node->GetGlobal());
     if (member.leaf == CullTree::NoEntry)
     {

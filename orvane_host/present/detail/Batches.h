@@ -66,6 +66,10 @@ public:
     /// Likewise those that EditInContext leaves their colours: those whose path begins so.
     void KeepEdited(const std::optional<Path>& path);
 
+    /// Only what is turned and moved is drawn together, not what is scaled or mirrored: for looks
+    /// that shade such things in a way of their own.
+    void KeepRigid(bool onlyRigid);
+
     /// Takes in what has changed, once a frame. GL.
     void Update();
 
@@ -153,6 +157,9 @@ private:
     void Start();
     void ChooseAnchor();
     void PlaceNodes();
+    std::unique_ptr<BatchMesh> TakeMesh(Material& material, unsigned int flags);
+    void GiveBack(std::unique_ptr<BatchMesh> mesh);
+    void GiveBack(Group& group);
     void Sync(MeshNode& node, NodeState& state);
     Index AddMember(MeshNode& node, Mesh& mesh);
     void DropMember(Index index);
@@ -170,6 +177,7 @@ private:
     bool IsPlain(const MeshNode& node, Mesh& mesh) const;
     bool IsApart(const MeshNode& node) const;
     bool CanBeTogether(const Member& member) const;
+    void NoteAll();
     static bool IsShown(const Member& member);
     BatchKind KindOf(const Member& member) const;
     BatchES20::Piece PieceOf(Index index) const;
@@ -206,10 +214,14 @@ private:
     std::optional<Path> m_edited;
     QGM::Vector3d m_anchor{0.0, 0.0, 0.0}; ///< world space: where batches count from
     std::unique_ptr<MeshNode> m_standIns[2][2]; ///< by whether they mirror; for the whole and the seen
+    /// Out of use. What dies while a frame is drawn counts as gone to its end, and what came to
+    /// stand at its address would too.
+    std::vector<std::unique_ptr<BatchMesh>> m_spareMeshes;
     std::vector<Material*> m_materials;
     std::vector<Index> m_found;
     std::vector<RenderItemES20> m_probed;
     unsigned int m_frame = 0;
+    bool m_onlyRigid = false;
     bool m_hasStarted = false;
 };
 

@@ -242,7 +242,7 @@ void Batches::Dissolve(Group& group)
 {
     std::vector<Batch> batches;
     batches.swap(group.batches);
-    for (const Batch& batch : batches)
+    for (Batch& batch : batches)
     {
         for (std::size_t i = 0; i < batch.data->GetPieceCount(); ++i)
         {
@@ -256,6 +256,7 @@ void Batches::Dissolve(Group& group)
                 MakeSingle(index, true);
             }
         }
+        GiveBack(std::move(batch.mesh));
     }
 }
 
@@ -358,7 +359,7 @@ void Batches::Absorb(Group& group, const BatchKind& kind, std::vector<Index>& me
             continue;
         }
         vertices += batch.GetVertexCount();
-        const Batch absorbed = std::move(group.batches[i]);
+        Batch absorbed = std::move(group.batches[i]);
         group.batches.erase(group.batches.begin() + static_cast<std::ptrdiff_t>(i));
         for (std::size_t piece = 0; piece < absorbed.data->GetPieceCount(); ++piece)
         {
@@ -375,6 +376,7 @@ void Batches::Absorb(Group& group, const BatchKind& kind, std::vector<Index>& me
                 members.push_back(index);
             }
         }
+        GiveBack(std::move(absorbed.mesh));
         i = 0;
     }
 }
@@ -387,7 +389,7 @@ void Batches::MakeBatch(StageAccess& renderer, Group& group, const BatchKind& ki
     std::transform(first, last, std::back_inserter(pieces), [this](Index index) { return PieceOf(index); });
     const auto& standIns = m_standIns[kind.isMirrored ? 1 : 0];
     Batch batch;
-    batch.mesh = std::make_unique<BatchMesh>(group.material, kind.meshFlags);
+    batch.mesh = TakeMesh(*group.material, kind.meshFlags);
     batch.data = new BatchES20(batch.mesh.get(), &renderer.GetBufferPool(), {standIns[0].get(), standIns[1].get()},
                                kind, pieces, FactorsOf(group.style));
     batch.mesh->SetRenderData(batch.data, false);
@@ -417,9 +419,8 @@ bool Batches::HasData(StageAccess& renderer, const Member& member)
     if (member.mark)
     {
         member.mark->Join(renderer.GetBufferPool());
-        return true;
     }
-    if (!member.mesh->GetRenderData())
+    else if (!member.mesh->GetRenderData())
     {
         member.mesh->SetRenderData(new MeshES20(member.mesh, &renderer.GetBufferPool()), true);
     }
@@ -499,8 +500,13 @@ void Batches::ListGroup(PresentationFrame& frame, Group& group, const ViewVolume
     {
         Build(frame.renderer, group);
     }
-    const auto isEmpty = [](const Batch& batch) { return batch.data->GetVertexCount() == 0; };
-    group.batches.erase(std::remove_if(group.batches.begin(), group.batches.end(), isEmpty), group.batches.end());
+    const auto isUsed = [](const Batch& batch) { return batch.data->GetVertexCount() > 0; };
+    const auto unused = std::partition(group.batches.begin(), group.batches.end(), isUsed);
+    for (auto batch = unused; batch != group.batches.end(); ++batch)
+    {
+        GiveBack(std::move(batch->mesh));
+    }
+    group.batches.erase(unused, group.batches.end());
     for (const Batch& batch : group.batches)
     {
         const auto& standIns = m_standIns[batch.data->GetKind().isMirrored ? 1 : 0];

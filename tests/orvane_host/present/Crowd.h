@@ -41,8 +41,7 @@ public:
     Material& GetMaterial(std::size_t index) const { return *m_materials[index]; }
 
     /// Moves, hides or shows, deletes or adds, or changes the material or the geometry of something.
-    /// @return whether Presentation::Refresh has to be told.
-    bool Edit(Dice& dice);
+    void Edit(Dice& dice);
 
 private:
     void Add(Dice& dice);
