@@ -192,22 +192,25 @@ bool BatchES20::Fits(std::size_t piece, const Mesh& other) const
     return other.GetPositionBuffer().size() == room.vertices && other.GetIndices().size() / 3 * 3 == room.indices;
 }
 
-void BatchES20::Write(std::size_t index, const Piece& piece, const TextureFactors& factors)
+void BatchES20::Write(std::size_t index, const Piece& piece, const TextureFactors& factors, bool isReshaped)
 {
     const BatchLayout layout(m_kind.streams);
     Room& room = m_pieces[index];
     std::vector<float> vertices(room.vertices * static_cast<std::size_t>(layout.size));
-    std::vector<unsigned short> indices(piece.mesh->GetIndices().size());
     WriteVertices(*piece.mesh, piece.place, factors, layout, vertices.data());
-    CopyIndices(*piece.mesh, room.firstVertex, indices.data());
     glBindBuffer(GL_ARRAY_BUFFER, vertexBufferId);
     glBufferSubData(GL_ARRAY_BUFFER,
                     static_cast<GLintptr>(room.firstVertex * static_cast<std::size_t>(stride)),
                     static_cast<GLsizeiptr>(vertices.size() * sizeof(float)), vertices.data());
-    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indexBufferId);
-    glBufferSubData(GL_ELEMENT_ARRAY_BUFFER, static_cast<GLintptr>(room.firstIndex * sizeof(unsigned short)),
-                    static_cast<GLsizeiptr>(room.indices * sizeof(unsigned short)), indices.data());
-    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
+    if (isReshaped)
+    {
+        std::vector<unsigned short> indices(piece.mesh->GetIndices().size());
+        CopyIndices(*piece.mesh, room.firstVertex, indices.data());
+        glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indexBufferId);
+        glBufferSubData(GL_ELEMENT_ARRAY_BUFFER, static_cast<GLintptr>(room.firstIndex * sizeof(unsigned short)),
+                        static_cast<GLsizeiptr>(room.indices * sizeof(unsigned short)), indices.data());
+        glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
+    }
     glBindBuffer(GL_ARRAY_BUFFER, 0);
     ResetBufferCache();
     room.box = piece.box;

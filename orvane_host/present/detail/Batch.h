@@ -79,7 +79,8 @@ public:
     bool Fits(std::size_t piece, const Mesh& mesh) const;
 
     /// Writes a piece anew. GL. The mesh fits.
-    void Write(std::size_t index, const Piece& piece, const TextureFactors& factors);
+    /// @param isReshaped whether the geometry is another, not only its place.
+    void Write(std::size_t index, const Piece& piece, const TextureFactors& factors, bool isReshaped);
 
     static constexpr std::uint32_t NoOwner = ~std::uint32_t{0};
 

@@ -158,6 +158,7 @@ void Batches::MarkGone(BatchMark& mark)
         Member& member = m_members[i];
         i = member.nextOfMark;
         member.mark = nullptr;
+        member.isReshaped = true;
         member.nextOfMark = kNone;
         member.previousOfMark = kNone;
         member.losses = std::min<unsigned char>(static_cast<unsigned char>(member.losses + 1), kMostLosses);

@@ -138,6 +138,7 @@ private:
         unsigned int seenFrame; ///< in which the camera saw it, by itself
         unsigned char losses;   ///< how often its mark was taken away without need
         bool isPlain;           ///< of the engine's own classes
+        bool isReshaped;        ///< the geometry is another than that of its room in the batch
         bool isFresh;           ///< its room in the batch shows it as it is
         bool isSingle;
         bool isQueued;

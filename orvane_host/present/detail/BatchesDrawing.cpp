@@ -10,7 +10,8 @@
 
 #include <algorithm>
 #include <array>
-#include <typeinfo>
+#include <iterator>
+#include <utility>
 
 namespace OV::Host::Detail
 {
@@ -289,7 +290,7 @@ void Batches::Build(StageAccess& renderer, Group& group, const BatchKind& kind, 
         }
         if (member.batch && member.batch->Fits(member.piece, *member.mesh))
         {
-            member.batch->Write(member.piece, PieceOf(index), factors);
+            member.batch->Write(member.piece, PieceOf(index), factors, std::exchange(member.isReshaped, false));
             member.isFresh = true;
             member.isRested = false;
             Show(index);
@@ -400,6 +401,7 @@ void Batches::MakeBatch(StageAccess& renderer, Group& group, const BatchKind& ki
         member.batch = group.batches.back().data;
         member.piece = static_cast<Index>(index - first);
         member.isFresh = true;
+        member.isReshaped = false;
         member.isRested = false;
         Show(*index);
     }
