@@ -1,6 +1,7 @@
 #include "apps/render/RenderJob.h"
 
 #include "apps/render/FileChecks.h"
+#include "apps/render/GLCalls.h"
 #include "apps/render/PictureMemory.h"
 #include "apps/render/ProgressBar.h"
 #include "apps/render/Report.h"
@@ -12,6 +13,7 @@
 #include "orvane_host/present/Presentation.h"
 #include "orvane/scene/Scene.h"
 
+#include <optional>
 #include <utility>
 
 namespace OV::RenderApp
@@ -130,7 +132,17 @@ void RenderJob::Draw()
             m_gl->Finish();
             m_stats.pack = watch.Milliseconds();
         }
+        std::optional<GLCallCounter> calls;
+        if (m_options.stats && frame + 1 == m_options.frames)
+        {
+            calls.emplace();
+        }
         m_presentation->Draw(m_options.width, m_options.height);
+        if (calls)
+        {
+            m_stats.calls = calls->GetCounts();
+            calls.reset();
+        }
         m_gl->Finish();
         m_stats.frames.push_back(watch.Milliseconds());
     }
