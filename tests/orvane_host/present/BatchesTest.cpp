@@ -374,6 +374,47 @@ TEST_F(BatchesTest, OffAndOnAgainIsTheSamePicture)
     EXPECT_EQ(CountsOf(*together).pieces, counts.pieces);
 }
 
+TEST_F(BatchesTest, TwoMaterialsOfOneFormatAreTwoBatchesWithNothingBesides)
+{
+    constexpr std::size_t kCount = 300;
+    auto scene = std::make_unique<Scene>();
+    Material* materials[2] = {};
+    for (Material*& material : materials)
+    {
+        material = new Material("material");
+        scene->AddMaterial(material);
+    }
+    for (std::size_t i = 0; i < kCount; ++i)
+    {
+        auto raw = std::make_shared<RawMesh>();
+        raw->SetPositionBuffer({Vector(0, 0, 0), Vector(1, 0, 0), Vector(0, 1, 0)});
+        raw->SetIndices({0, 1, 2});
+        raw->EndDescription(true);
+        auto* const mesh = new Mesh(raw, scene.get());
+        auto* const node = new MeshNode(scene.get());
+        Transform place;
+        place.SetPosition(Vector(static_cast<float>(i), 0.0f, 0.0f));
+        node->SetLocal(place);
+        mesh->AddNode(node);
+        scene->GetRoot()->AddChild(node, false);
+        materials[i % 2]->AddMesh(mesh);
+    }
+    Presentation presentation(std::move(scene));
+    PresentationSettings wanted;
+    wanted.batches.use = BatchUse::On;
+    Apply(presentation, wanted);
+    Draw(presentation);
+    const BatchCounts counts = CountsOf(presentation);
+    EXPECT_EQ(counts.batches, 2u);
+    EXPECT_EQ(counts.pieces, kCount);
+    EXPECT_EQ(counts.single, 0u);
+    EXPECT_EQ(counts.triangles, kCount);
+    EXPECT_EQ(counts.bytes, kCount * (3 * sizeof(Vector) + 3 * sizeof(unsigned short)));
+    // Nothing has a copy of its own besides.
+    EXPECT_EQ(presentation.GetStatistics().drawn.draws, 2u);
+    EXPECT_EQ(presentation.GetStatistics().drawn.bytes, counts.bytes);
+}
+
 TEST_F(BatchesTest, AutoTakesLargeScenesAlone)
 {
     for (const int count : {100, 420})
