@@ -287,7 +287,8 @@ unsigned int EffectES20::CreateFromTemplate(const ProgramTemplate& source, std::
     };
     m_uniformNames = ToMap(source.uniforms);
     m_attributeNames = ToMap(source.attributes);
-    const std::string fragmentStart = (options & OptionNoClipPlanes) != 0 ? "#define NO_CLIP_PLANES\n" : "";
+    std::string fragmentStart = (options & OptionNoClipPlanes) != 0 ? "#define NO_CLIP_PLANES\n" : "";
+    fragmentStart += (options & OptionReflectAtPixels) != 0 ? "#define REFLECT_AT_PIXELS\n" : "";
     m_currentProgram = static_cast<unsigned int>(
         LoadProgram(name, ExpandTemplate(source.vertexSource, replacements),
                     fragmentStart + ExpandTemplate(source.fragmentSource, replacements), m_attributeNames));

@@ -38,6 +38,9 @@ public:
     /// Beside the options of any table: the fragment shader is made with NO_CLIP_PLANES defined.
     static constexpr std::uint64_t OptionNoClipPlanes = std::uint64_t{1} << 63;
 
+    /// Likewise with REFLECT_AT_PIXELS.
+    static constexpr std::uint64_t OptionReflectAtPixels = std::uint64_t{1} << 62;
+
     /// Always true.
     virtual bool IsReady();
 

@@ -179,6 +179,8 @@ void Presentation::Impl::ConfigureRenderer()
     renderer->ShowSky(settings.sky);
     renderer->SetLook(settings.look);
     renderer->SetStrokeDensity(StrokeDensityFor(Extent()));
+    renderer->SetSurroundings(m_surroundings);
+    renderer->SetGround(MakeGround());
     renderer->SetEdges(settings.edges);
     renderer->ShowAmbientOcclusion(settings.occlusion);
     renderer->SetBatches(settings.batches);

@@ -9,6 +9,7 @@
 #include "orvane_host/present/detail/DrawIdKeeper.h"
 #include "orvane_host/present/detail/EdgeStage.h"
 #include "orvane_host/present/detail/EffectInPlace.h"
+#include "orvane_host/present/detail/GroundStage.h"
 #include "orvane_host/present/detail/IdentifierStage.h"
 #include "orvane_host/present/detail/ItemLister.h"
 #include "orvane_host/present/detail/LineSetup.h"
@@ -93,6 +94,7 @@ PresentationRenderer::PresentationRenderer(TextureLoader* loader, RenderCapabili
     // In drawing order.
     Append<Detail::IdentifierStage>(Step::Identifiers);
     Append<Detail::DepthStage>(Step::Depth);
+    m_ground = Append<Detail::GroundStage>(Step::Ground);
     m_surfaces = Append<Detail::SurfaceStage>(Step::Surfaces);
     m_occlusion = Append<Detail::OcclusionStage>(Step::Occlusion);
     m_edges = Append<Detail::EdgeStage>(Step::Edges);
@@ -178,6 +180,16 @@ Look PresentationRenderer::GetLook() const
 void PresentationRenderer::SetStrokeDensity(int density)
 {
     m_surfaces->SetStrokeDensity(density);
+}
+
+void PresentationRenderer::SetSurroundings(std::shared_ptr<const Surroundings> surroundings)
+{
+    m_surfaces->SetSurroundings(std::move(surroundings));
+}
+
+void PresentationRenderer::SetGround(const std::optional<Detail::Ground>& ground)
+{
+    m_ground->SetGround(ground);
 }
 
 void PresentationRenderer::ShowSurfaces(bool show)
@@ -383,7 +395,7 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
     bool begun = false;
     for (Entry& entry : m_stages)
     {
-        if (!begun && entry.step >= Step::BeforeSurfaces)
+        if (!begun && entry.step >= Step::Ground)
         {
             BeginScene();
             begun = true;

@@ -27,6 +27,8 @@ namespace OV::Host::Detail
 
 class Batches;
 class EdgeStage;
+class GroundStage;
+struct Ground;
 class ItemLister;
 class LineSetup;
 class OcclusionStage;
@@ -39,6 +41,7 @@ namespace OV::Host
 {
 
 struct PickArea;
+class Surroundings;
 
 /// A renderer that puts a presentation together, each frame in this order: sky; identifiers and
 /// depth, off screen; surfaces in a look and lines; ambient occlusion; edges. Each is on or off by
@@ -74,6 +77,11 @@ public:
     /// How many strokes the look Crosshatch draws for a length, against those that suit a house in
     /// metres, from the next frame on; 1 at first. See HatchTextures. GL if it has drawn.
     void SetStrokeDensity(int density);
+
+    /// What smooth materials (Material::reflectionFactors) reflect in the looks Advanced and Phong,
+    /// from the next frame on; null, as at first, for nothing. A material's gloss is 1 less its
+    /// roughness; what it reflects has the hue of its specular colour. GL if it has drawn.
+    void SetSurroundings(std::shared_ptr<const Surroundings> surroundings);
 
     /// Whether materials are drawn. On at first. Edges come from the surfaces all the same;
     /// ambient occlusion has only lines left to darken.
@@ -156,6 +164,9 @@ protected:
     void KeepApart(std::vector<const MeshNode*> nodes);
 
     void ListSurfaces(Scene& scene, CameraNode& camera, std::vector<RenderItemES20>& items) override;
+    /// A level ground under the surfaces, from the next frame on; none at first.
+    void SetGround(const std::optional<Detail::Ground>& ground);
+
     void DrawScene(Scene& scene, CameraNode& camera) override;
 
 private:
@@ -164,7 +175,8 @@ private:
     {
         Identifiers,
         Depth,
-        BeforeSurfaces, ///< from here on into the picture
+        Ground, ///< from here on into the picture
+        BeforeSurfaces,
         Surfaces,
         AfterSurfaces,
         Occlusion,
@@ -195,6 +207,7 @@ private:
     std::vector<Entry> m_stages; ///< in drawing order
     // In m_stages.
     Detail::SurfaceStage* m_surfaces = nullptr;
+    Detail::GroundStage* m_ground = nullptr;
     Detail::OcclusionStage* m_occlusion = nullptr;
     Detail::EdgeStage* m_edges = nullptr;
 

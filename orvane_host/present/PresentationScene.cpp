@@ -178,8 +178,7 @@ Node* Presentation::Impl::FindNode(const std::string& path) const
     return path.empty() ? nullptr : Host::FindNode(nodes, path);
 }
 
-bool Presentation::Impl::Check(const PresentationSettings& wanted, std::unique_ptr<Watermark>& picture,
-                               std::string& error) const
+bool Presentation::Impl::Check(const PresentationSettings& wanted, Pictures& pictures, std::string& error) const
 {
     if (wanted.view.eye && IsSamePlace(*wanted.view.eye, wanted.view.target.value_or(MiddleOfModel())))
     {
@@ -203,14 +202,14 @@ bool Presentation::Impl::Check(const PresentationSettings& wanted, std::unique_p
     if (!file.empty() && file != settings.sheet.watermark)
     {
         std::string reason;
-        picture = Watermark::Read(file, reason);
-        if (!picture)
+        pictures.watermark = Watermark::Read(file, reason);
+        if (!pictures.watermark)
         {
             error = file + ": " + reason;
             return false;
         }
     }
-    return true;
+    return ReadSurroundings(wanted, pictures, error);
 }
 
 Presentation::Impl::Changes Presentation::Impl::ChangesTo(const PresentationSettings& wanted) const
@@ -221,7 +220,8 @@ Presentation::Impl::Changes Presentation::Impl::ChangesTo(const PresentationSett
     changes.section = differs(&S::section);
     changes.lines = settings.lines.has_value() != wanted.lines.has_value()
         || (settings.lines && settings.lines->crease != wanted.lines->crease);
-    changes.materials = differs(&S::look) || differs(&S::cullBacks) || differs(&S::lines) || differs(&S::antialiasing);
+    changes.materials = differs(&S::look) || differs(&S::cullBacks) || differs(&S::lines) || differs(&S::antialiasing)
+        || differs(&S::surroundings);
     changes.view = differs(&S::view);
     changes.sheet = differs(&S::sheet);
     S behind = wanted;
@@ -233,17 +233,23 @@ Presentation::Impl::Changes Presentation::Impl::ChangesTo(const PresentationSett
 
 bool Presentation::Impl::Apply(const PresentationSettings& wanted, std::string& error)
 {
-    std::unique_ptr<Watermark> picture;
-    if (!Check(wanted, picture, error))
+    Pictures pictures;
+    if (!Check(wanted, pictures, error))
     {
         return false;
     }
     const Changes changes = ChangesTo(wanted);
+    if (wanted.ground.has_value() != settings.ground.has_value() || wanted.view.upAxis != settings.view.upAxis
+        || (wanted.ground && wanted.ground->height != settings.ground->height))
+    {
+        m_contactShadow.reset();
+    }
     if (wanted.sheet.watermark != settings.sheet.watermark)
     {
-        m_watermark = std::move(picture);
+        m_watermark = std::move(pictures.watermark);
         m_isWatermarkLaid = false;
     }
+    m_surroundings = std::move(pictures.surroundings);
     settings = wanted;
     app.GetContext()->SetBackgroundColor(settings.background);
     UpdateScene(changes);
@@ -268,6 +274,7 @@ void Presentation::Impl::UpdateScene(const Changes& changes)
     if (changes.section)
     {
         CutSection();
+        m_contactShadow.reset();
     }
     if (changes.section || changes.materials)
     {
@@ -322,6 +329,7 @@ void Presentation::Impl::UpdateMaterials()
     if (ShadesEveryPixel(settings.look))
     {
         wanted.ambient = Color(ShadeLevel, ShadeLevel, ShadeLevel);
+        wanted.reflects = !settings.surroundings.empty();
     }
     else
     {
@@ -400,6 +408,7 @@ void Presentation::Impl::SetVisibility(bool hasChanged)
     {
         return;
     }
+    m_contactShadow.reset();
     // What is hidden is not cut.
     Changes changes;
     changes.section = !settings.section.planes.empty();

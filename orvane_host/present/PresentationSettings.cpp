@@ -116,6 +116,11 @@ bool operator==(const EdgeLook& left, const EdgeLook& right)
     return Same(left, right);
 }
 
+bool operator==(const GroundSettings& left, const GroundSettings& right)
+{
+    return Same(left, right);
+}
+
 bool operator==(const ViewSettings& left, const ViewSettings& right)
 {
     return Same(left, right);

@@ -4,6 +4,7 @@
 #include "orvane_host/geometry/SectionFaces.h"
 #include "orvane_host/present/Picking.h"
 #include "orvane_host/present/Presentation.h"
+#include "orvane_host/present/detail/GroundStage.h"
 #include "orvane_host/present/detail/HighlightRenderer.h"
 #include "orvane_host/present/detail/MaterialSettings.h"
 #include "orvane_host/present/detail/NodeVisibility.h"
@@ -30,6 +31,8 @@ class LightNode;
 
 namespace OV::Host
 {
+
+class Surroundings;
 
 /// PresentationScene.cpp has what settings do to the scene, PresentationView.cpp what they do to
 /// the camera, PresentationDrawing.cpp what makes a picture of both.
@@ -92,7 +95,15 @@ private:
     };
 
     Changes ChangesTo(const PresentationSettings& wanted) const;
-    bool Check(const PresentationSettings& wanted, std::unique_ptr<Watermark>& picture, std::string& error) const;
+    /// What of wanted settings comes from files.
+    struct Pictures
+    {
+        std::unique_ptr<Watermark> watermark;
+        std::shared_ptr<const Surroundings> surroundings;
+    };
+
+    bool Check(const PresentationSettings& wanted, Pictures& pictures, std::string& error) const;
+    bool ReadSurroundings(const PresentationSettings& wanted, Pictures& pictures, std::string& error) const;
     void CountModel();
     void MakeLight();
     float Extent() const;
@@ -105,6 +116,7 @@ private:
     void UpdateMaterials();
     void UpdateLight();
     void UpdateEdit();
+    std::optional<Detail::Ground> MakeGround();
     void UpdateHighlights();
     std::vector<const Node*> AllNodes() const;
     bool IsOfModel(const Mesh& mesh) const;
@@ -125,6 +137,8 @@ private:
     LightNode* m_light = nullptr; ///< in the scene; null where it has its own
     std::unique_ptr<Watermark> m_watermark;
     bool m_isWatermarkLaid = false;
+    std::shared_ptr<const Surroundings> m_surroundings;
+    std::shared_ptr<const Detail::ContactShadow> m_contactShadow; ///< null until it is needed
     std::unique_ptr<Sheet> m_sheet;
 
     int m_width = 0;

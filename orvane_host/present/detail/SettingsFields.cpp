@@ -14,6 +14,7 @@ constexpr const char* kIdentities[] = {"object", "group"};
 constexpr const char* kAntialiasings[] = {"none", "msaa", "fxaa", "ssaa"};
 constexpr const char* kUpAxes[] = {"y", "z"};
 constexpr const char* kBatchUses[] = {"auto", "on", "off"};
+constexpr const char* kGroundKinds[] = {"shadow", "plain"};
 
 template <typename Enum, std::size_t Size>
 const char* NameIn(const char* const (&names)[Size], Enum value)
@@ -42,6 +43,11 @@ const char* NameOf(UpAxis axis)
 const char* NameOf(BatchUse use)
 {
     return NameIn(kBatchUses, use);
+}
+
+const char* NameOf(GroundKind kind)
+{
+    return NameIn(kGroundKinds, kind);
 }
 
 } // namespace OV::Host::Detail

@@ -96,6 +96,18 @@ struct Fields<EdgeLook>
 };
 
 template <>
+struct Fields<GroundSettings>
+{
+    template <typename Visitor>
+    static void Visit(Visitor&& visit)
+    {
+        visit("kind", &GroundSettings::kind, kFinite);
+        visit("color", &GroundSettings::color, kShare);
+        visit("height", &GroundSettings::height, kPlace);
+    }
+};
+
+template <>
 struct Fields<ViewSettings>
 {
     template <typename Visitor>
@@ -148,6 +160,8 @@ struct Fields<PresentationSettings>
         visit("background", &PresentationSettings::background, kShare);
         visit("sky", &PresentationSettings::sky, kFinite);
         visit("fog", &PresentationSettings::fog, kFinite);
+        visit("surroundings", &PresentationSettings::surroundings, kFinite);
+        visit("ground", &PresentationSettings::ground, kFinite);
         visit("lines", &PresentationSettings::lines, kFinite);
         visit("edges", &PresentationSettings::edges, kFinite);
         visit("occlusion", &PresentationSettings::occlusion, kFinite);
@@ -174,6 +188,7 @@ const char* NameOf(Identity identity);
 const char* NameOf(Antialiasing antialiasing);
 const char* NameOf(UpAxis axis);
 const char* NameOf(BatchUse use);
+const char* NameOf(GroundKind kind);
 
 /// The names of an enumeration, with commas between them.
 template <typename Enum>
