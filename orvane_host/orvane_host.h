@@ -33,6 +33,7 @@
 #include "orvane_host/present/SceneRenderer.h"
 #include "orvane_host/present/StageAccess.h"
 #include "orvane_host/present/Surroundings.h"
+#include "orvane_host/sheet/Notes.h"
 #include "orvane_host/sheet/Sheet.h"
 #include "orvane_host/sheet/Watermark.h"
 #include "orvane_host/view/OrbitCamera.h"

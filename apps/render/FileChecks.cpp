@@ -22,10 +22,20 @@ bool IsSameFile(const std::string& left, const std::string& right)
         && a.st_ino == b.st_ino;
 }
 
+std::vector<std::string> ModelsOf(const Options& options)
+{
+    std::vector<std::string> models = {options.model};
+    models.insert(models.end(), options.besides.begin(), options.besides.end());
+    return models;
+}
+
 void CheckOutput(const Options& options)
 {
-    Require(!IsSameFile(options.model, options.output), options.output,
-            "the picture would replace the model; name another file with -o");
+    for (const std::string& file : ModelsOf(options))
+    {
+        Require(!IsSameFile(file, options.output), options.output,
+                "the picture would replace the model; name another file with -o");
+    }
     Require(!IsSameFile(options.settings.sheet.watermark, options.output), options.output,
             "the picture would replace the watermark; name another file with -o");
     Require(!IsSameFile(options.settings.surroundings, options.output), options.output,
@@ -38,8 +48,11 @@ void CheckOutput(const Options& options)
 
 void CheckFiles(const Options& options)
 {
-    struct stat model{};
-    Require(::stat(options.model.c_str(), &model) == 0, options.model, "there is no such file; check the name");
+    for (const std::string& file : ModelsOf(options))
+    {
+        struct stat model{};
+        Require(::stat(file.c_str(), &model) == 0, file, "there is no such file; check the name");
+    }
     if (!options.output.empty())
     {
         CheckOutput(options);

@@ -54,6 +54,9 @@ struct Texts
     bool noCull = false;
     std::optional<std::string> pick;
     std::string batches = "auto";
+    std::vector<std::string> models;
+    std::string upAxis = "y";
+    NodeTexts nodes;
 };
 
 struct NamedAntialiasing
@@ -87,7 +90,7 @@ class Formatter : public CLI::Formatter
 public:
     std::string make_usage(const CLI::App*, std::string name) const override
     {
-        return "\nUsage: " + name + " [options] MODEL -o OUT.png\n";
+        return "\nUsage: " + name + " [options] MODEL... -o OUT.png\n";
     }
 };
 
@@ -202,12 +205,14 @@ Host::GroundSettings ParseGround(const std::string& text)
     return ground;
 }
 
-void DefineGeneralOptions(CLI::App& app, Options& options, bool& listFormats)
+void DefineGeneralOptions(CLI::App& app, Options& options, Texts& texts, bool& listFormats)
 {
     app.set_help_flag("-h,--help", "Show this text and leave");
     app.set_version_flag("--version", "orvane-render " ORVANE_VERSION, "Show the version and leave");
     app.add_flag("--list-formats", listFormats, "Show the file formats that can be read and leave");
-    app.add_option("MODEL", options.model, "Model file to draw")->option_text(" ");
+    app.add_option("MODEL", texts.models, "Model file to draw; several are drawn in one scene,\n"
+                                          "brought to the unit of the first where they tell theirs")
+        ->option_text(" ");
     app.add_option("-o,--output", options.output, "PNG file to write")->option_text("OUT.png");
 }
 
@@ -235,6 +240,9 @@ void DefinePictureOptions(CLI::App& app, Options& options, Texts& texts)
     app.add_option("--fog", texts.fog, "Fade out between two distances from the eye, in units\n"
                                        "of the model")
         ->option_text("START,END")->group(group);
+    app.add_option("--pixel-ratio", options.pixelRatio, "Pixels of the picture for each of a line's width, 0.5\n"
+                                                        "to 8; 1 if left out")
+        ->option_text("N")->group(group);
     app.add_option("--surroundings", options.settings.surroundings, "What smooth surfaces reflect: sky, a PNG or JPEG file in\n"
                                                                     "all directions (twice as wide as high), or six sides of\n"
                                                                     "a cube: a star in the name stands for px, nx and so on;\n"
@@ -260,6 +268,9 @@ void DefineViewOptions(CLI::App& app, Options& options, Texts& texts)
         ->option_text("X,Y,Z")->needs(eye)->group(group);
     app.add_option("--fov", options.settings.view.fov, "Full vertical angle of view; 35 if left out")
         ->option_text("DEG")->group(group);
+    app.add_option("--up-axis", texts.upAxis, "Which way is up for --view: y or z; y if left out, as\n"
+                                              "files are turned when they are read")
+        ->option_text("AXIS")->group(group);
     app.add_flag("--ortho", options.settings.view.orthographic, "Draw without perspective")->group(group);
 }
 
@@ -374,6 +385,10 @@ void CheckRanges(const Options& options)
     if (options.settings.samples && (*options.settings.samples < 0 || *options.settings.samples > MostSamples))
     {
         throw CLI::ValidationError("--samples", "there are 0 to " + std::to_string(MostSamples) + " samples");
+    }
+    if (!(options.pixelRatio >= 0.5f && options.pixelRatio <= 8.0f))
+    {
+        throw CLI::ValidationError("--pixel-ratio", "a ratio is 0.5 to 8");
     }
     if (options.frames < 1 || options.frames > MostFrames)
     {
@@ -542,13 +557,14 @@ void Define(CLI::App& app, Options& options, Texts& texts, bool& listFormats)
     app.description("Renders a model file into a PNG picture.");
     app.formatter(std::make_shared<Formatter>());
     app.get_formatter()->column_width(22);
-    DefineGeneralOptions(app, options, listFormats);
+    DefineGeneralOptions(app, options, texts, listFormats);
     DefinePictureOptions(app, options, texts);
     DefineViewOptions(app, options, texts);
     DefineSurfaceOptions(app, options, texts);
     DefineScreenOptions(app, options, texts);
     DefineLineOptions(app, texts);
     DefineSheetOptions(app, options);
+    DefineNodeOptions(app, texts.nodes);
     DefineMeasuringOptions(app, options, texts);
     app.footer("The view is from the front, the right and above unless told otherwise.\n"
                "Exit status: 0 done, 1 failed, 2 wrong usage.");
@@ -556,10 +572,12 @@ void Define(CLI::App& app, Options& options, Texts& texts, bool& listFormats)
 
 void Interpret(const Texts& texts, Options& options)
 {
-    if (options.model.empty())
+    if (texts.models.empty() || texts.models.front().empty())
     {
         throw CLI::RequiredError("MODEL");
     }
+    options.model = texts.models.front();
+    options.besides.assign(texts.models.begin() + 1, texts.models.end());
     if (options.output.empty() && !texts.pick)
     {
         throw CLI::RequiredError("-o OUT.png");
@@ -577,6 +595,12 @@ void Interpret(const Texts& texts, Options& options)
     {
         throw Bad("--view", texts.view, "one of iso, front, back, left, right, top, bottom");
     }
+    if (texts.upAxis != "y" && texts.upAxis != "z")
+    {
+        throw Bad("--up-axis", texts.upAxis, "y or z");
+    }
+    options.settings.view.upAxis = texts.upAxis == "z" ? Host::UpAxis::Z : Host::UpAxis::Y;
+    options.nodes = InterpretNodes(texts.nodes);
     if (texts.eye)
     {
         options.settings.view.eye = ParseVector("--eye", *texts.eye);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "apps/render/NodeOptions.h"
 #include "orvane_host/present/PresentationSettings.h"
 
 #include <optional>
@@ -20,11 +21,15 @@ struct PickedPixel
 struct Options
 {
     std::string model;
+    std::vector<std::string> besides; ///< further models in the same scene
     /// May be empty where there is a pixel to pick.
     std::string output;
     int width = 1280;
     int height = 720;
     Host::PresentationSettings settings;
+    NodeOptions nodes;
+    /// Pixels of the picture for each that settings count, such as those of a line's width.
+    float pixelRatio = 1.0f;
 
     std::optional<PickedPixel> pick;
     bool stats = false;

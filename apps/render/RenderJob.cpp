@@ -70,9 +70,8 @@ void RenderJob::OpenContext()
     m_stats.glVersion = m_gl->GetVersion();
 }
 
-void RenderJob::Load()
+Host::ImportResult RenderJob::Read(const std::string& file) const
 {
-    const Stopwatch watch;
     ProgressBar bar("Loading");
     Host::ImportOptions importOptions;
     importOptions.progress = [&bar](float percent)
@@ -80,14 +79,25 @@ void RenderJob::Load()
         bar.Show(percent);
         return true;
     };
-    Host::ImportResult model = Host::ModelImporter::Import(m_options.model, importOptions);
+    Host::ImportResult model = Host::ModelImporter::Import(file, importOptions);
     bar.Clear();
     if (!model)
     {
         throw Failure(model.error.Line());
     }
-    PrintWarnings(model.report.warnings, m_options.model);
-    m_presentation = std::make_unique<Host::Presentation>(std::move(model));
+    PrintWarnings(model.report.warnings, file);
+    return model;
+}
+
+void RenderJob::Load()
+{
+    const Stopwatch watch;
+    m_presentation = std::make_unique<Host::Presentation>(Read(m_options.model));
+    for (const std::string& file : m_options.besides)
+    {
+        std::string error;
+        Require(m_presentation->Add(Read(file), error), file, error);
+    }
     m_stats.load = watch.Milliseconds();
 }
 
@@ -111,7 +121,8 @@ void RenderJob::Present()
                 + Host::SomeNodeNames(m_presentation->GetNodes()));
     std::string error;
     Require(m_presentation->Apply(m_options.settings, error), SubjectOf(m_options), error);
-    m_presentation->Resize(m_options.width, m_options.height);
+    ShowNodes(m_options.nodes, *m_presentation, m_options.model);
+    m_presentation->Resize(m_options.width, m_options.height, m_options.pixelRatio);
 }
 
 void RenderJob::Draw()
@@ -137,7 +148,7 @@ void RenderJob::Draw()
         {
             calls.emplace();
         }
-        m_presentation->Draw(m_options.width, m_options.height);
+        m_presentation->Draw(m_options.width, m_options.height, m_options.pixelRatio);
         if (calls)
         {
             m_stats.calls = calls->GetCounts();

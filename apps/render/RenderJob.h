@@ -5,11 +5,13 @@
 #include "apps/render/Stats.h"
 
 #include <memory>
+#include <string>
 
 namespace OV::Host
 {
 
 class HeadlessContext;
+struct ImportResult;
 class Presentation;
 
 } // namespace OV::Host
@@ -17,7 +19,7 @@ class Presentation;
 namespace OV::RenderApp
 {
 
-/// Turns one model file into one picture.
+/// Turns model files into one picture.
 class RenderJob
 {
 public:
@@ -38,6 +40,7 @@ private:
     bool IsDrawn() const;
     void OpenContext();
     void Load();
+    Host::ImportResult Read(const std::string& file) const;
     void Present();
     void MakeFramebuffer();
     void Draw();

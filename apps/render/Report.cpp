@@ -1,5 +1,7 @@
 #include "apps/render/Report.h"
 
+#include "apps/common/Process.h"
+
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -19,16 +21,7 @@ constexpr std::size_t MostWarnings = 5;
 
 void PrintLine(const std::string& text)
 {
-    std::string line = "orvane-render: " + text;
-    for (char& character : line)
-    {
-        const auto code = static_cast<unsigned char>(character);
-        if (code < 0x20 || code == 0x7F)
-        {
-            character = '?';
-        }
-    }
-    std::cerr << line + "\n" << std::flush;
+    Apps::PrintLine("orvane-render", text);
 }
 
 void PrintWarnings(const std::vector<std::string>& warnings, const std::string& file)

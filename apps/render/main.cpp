@@ -1,3 +1,4 @@
+#include "apps/common/Process.h"
 #include "apps/render/Options.h"
 #include "apps/render/RenderJob.h"
 #include "apps/render/Report.h"
@@ -5,13 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <clocale>
-#include <csignal>
 #include <cstdlib>
-#include <cstring>
 #include <exception>
 #include <iostream>
 #include <new>
@@ -21,38 +16,6 @@ using namespace OV::RenderApp;
 
 namespace
 {
-
-/// Trouble with a file is to be told in words, so that no signal and no driver's chatter comes
-/// between.
-void PrepareProcess()
-{
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
-    // A stream that the caller closed must not become the number of the next file opened. It
-    // is opened so that what is written to it still fails.
-    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-    {
-        if (::fcntl(stream, F_GETFD) < 0 && ::open("/dev/null", O_RDONLY) != stream)
-        {
-            std::_Exit(1);
-        }
-    }
-    ::setenv("EGL_LOG_LEVEL", "fatal", 0);
-}
-
-/// Lets words on the command line be read in the caller's encoding. Where none is told they are
-/// taken for UTF-8.
-void TakeEncoding()
-{
-    if (!std::setlocale(LC_CTYPE, "") || MB_CUR_MAX == 1)
-    {
-        const char* const told = std::setlocale(LC_CTYPE, nullptr);
-        if (told && (std::strcmp(told, "C") == 0 || std::strcmp(told, "POSIX") == 0))
-        {
-            std::setlocale(LC_CTYPE, "C.UTF-8");
-        }
-    }
-}
 
 int ListFormats()
 {
@@ -93,8 +56,9 @@ int Render(const Options& options)
 
 int main(int argc, char** argv)
 {
-    PrepareProcess();
-    TakeEncoding();
+    Apps::PrepareProcess();
+    // No driver's chatter between the lines.
+    ::setenv("EGL_LOG_LEVEL", "fatal", 0);
     const Command command = ParseCommandLine(argc, argv);
     try
     {

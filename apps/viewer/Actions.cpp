@@ -99,7 +99,8 @@ const std::vector<Action>& ListActions()
     using Host::NamedView;
     static const std::vector<Action> actions = {
         {"File", "ctrl+o", "Open...", [](Viewer& viewer) { viewer.GetPanels().AskForFile(); }},
-        {"File", "ctrl+r", "Read the file again", [](Viewer& viewer) { viewer.Open(viewer.GetDesk().GetPath()); }},
+        {"File", "shift+ctrl+o", "Open beside what is there...", [](Viewer& viewer) { viewer.GetPanels().AskForFile(true); }},
+        {"File", "ctrl+r", "Read the files again", [](Viewer& viewer) { viewer.GetDesk().OpenAgain(); }},
         {"File", "ctrl+s", "Save a picture...", [](Viewer& viewer) { viewer.GetPanels().AskForPicture(); }},
         {"File", "ctrl+c", "Copy as a command", [](Viewer& viewer) { viewer.CopyCommand(); }},
         {"File", "ctrl+q", "Quit", [](Viewer& viewer) { viewer.Close(); }},
@@ -136,6 +137,8 @@ const std::vector<Action>& ListActions()
         {"Walk", "d", "Turn the head right", [](Viewer& viewer) { LookAround(viewer, KeyTurn); }},
         {"Tools", "m", "Measure a distance", [](Viewer& viewer) { viewer.GetMeasure().Turn(Measure::Kind::Distance); }},
         {"Tools", "shift+m", "Measure an angle", [](Viewer& viewer) { viewer.GetMeasure().Turn(Measure::Kind::Angle); }},
+        {"Tools", "delete", "Take the last measure away", [](Viewer& viewer) { viewer.GetDesk().RemoveLastDimension(); }},
+        {"Tools", "shift+delete", "Take measures and names away", [](Viewer& viewer) { viewer.GetDesk().ClearNotes(); }},
         {"Tools", "escape", "Leave a tool, a panel or the selection", Escape},
         {"Tools", "tab", "Panels on or off", [](Viewer& viewer) { viewer.GetPanels().ToggleSides(); }},
         {"Tools", "f9", "Lose the GL context, for a test", [](Viewer& viewer) { viewer.LoseContext(); }},

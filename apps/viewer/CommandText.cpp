@@ -20,6 +20,12 @@ std::string TextOf(float number)
     return std::string(text, std::to_chars(text, text + sizeof(text), number).ptr);
 }
 
+std::string TextOf(double number)
+{
+    char text[32];
+    return std::string(text, std::to_chars(text, text + sizeof(text), number).ptr);
+}
+
 std::string TextOf(std::initializer_list<float> numbers)
 {
     std::string text;
@@ -130,9 +136,9 @@ void AddView(Builder& command, const Host::ViewSettings& view)
     {
         command.Add("--ortho");
     }
-    if (view.upAxis != Host::UpAxis::Y && !view.eye)
+    if (view.upAxis != Host::UpAxis::Y)
     {
-        command.LeaveOut("up is not Y");
+        command.Add("--up-axis", "z");
     }
 }
 
@@ -244,6 +250,44 @@ void AddSurfaces(Builder& command, const Host::PresentationSettings& settings)
     }
 }
 
+void AddShown(Builder& command, const Shown& shown)
+{
+    for (const std::string& path : shown.hidden)
+    {
+        command.Add("--hide", path);
+    }
+    if (!shown.isolated.empty())
+    {
+        command.Add("--isolate", shown.isolated);
+    }
+    for (const std::string& path : shown.labels)
+    {
+        command.Add("--label", path);
+    }
+    for (const Host::Dimension& dimension : shown.dimensions)
+    {
+        std::string places;
+        for (const QGM::Point3d& point : dimension.points)
+        {
+            for (const double number : {point.x, point.y, point.z})
+            {
+                places += (places.empty() ? "" : ",") + TextOf(number);
+            }
+        }
+        command.Add(dimension.points.size() == 2 ? "--distance" : "--angle", places);
+    }
+    if (shown.pixelRatio != 1.0f)
+    {
+        command.Add("--pixel-ratio", TextOf(shown.pixelRatio));
+    }
+}
+
+/// A name that begins with a dash is no option when a folder stands before it.
+std::string ArgumentOf(const std::string& file)
+{
+    return !file.empty() && file[0] == '-' ? "./" + file : file;
+}
+
 } // namespace
 
 std::string RenderCommand::ToShell() const
@@ -268,12 +312,15 @@ std::string RenderCommand::ToShell() const
 }
 
 RenderCommand MakeRenderCommand(const Host::PresentationSettings& settings, const std::string& model, int width,
-                                int height, const std::string& output)
+                                int height, const std::string& output, const Shown& shown)
 {
     RenderCommand command;
     Builder builder(command);
-    // A name that begins with a dash is no option when a folder stands before it.
-    builder.Add(!model.empty() && model[0] == '-' ? "./" + model : model);
+    builder.Add(ArgumentOf(model));
+    for (const std::string& file : shown.besides)
+    {
+        builder.Add(ArgumentOf(file));
+    }
     builder.Add("-o");
     builder.Add(output);
     builder.Add("--size", std::to_string(width) + "x" + std::to_string(height));
@@ -312,6 +359,7 @@ RenderCommand MakeRenderCommand(const Host::PresentationSettings& settings, cons
         AddLines(builder, *settings.lines);
     }
     AddSheet(builder, settings.sheet, settings.sky);
+    AddShown(builder, shown);
     return command;
 }
 

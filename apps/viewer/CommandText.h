@@ -1,6 +1,7 @@
 #pragma once
 
 #include "orvane_host/present/PresentationSettings.h"
+#include "orvane_host/sheet/Notes.h"
 
 #include <string>
 #include <vector>
@@ -19,8 +20,19 @@ struct RenderCommand
     std::string ToShell() const;
 };
 
+/// What of a picture is no setting.
+struct Shown
+{
+    std::vector<std::string> besides; ///< further models
+    std::vector<std::string> hidden;  ///< paths
+    std::string isolated;             ///< a path; empty for none
+    std::vector<std::string> labels;  ///< paths
+    std::vector<Host::Dimension> dimensions;
+    float pixelRatio = 1.0f;
+};
+
 /// @param output the picture to be written.
 RenderCommand MakeRenderCommand(const Host::PresentationSettings& settings, const std::string& model, int width,
-                                int height, const std::string& output);
+                                int height, const std::string& output, const Shown& shown = Shown());
 
 } // namespace OV::ViewerApp

@@ -3,8 +3,6 @@
 #include "apps/viewer/Walker.h"
 #include "orvane/scene/Scene.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -21,29 +19,10 @@ constexpr double RestSeconds = 0.2;
 constexpr double SlowFrame = 1.0 / 30.0;
 /// Seconds that something moves on at once.
 constexpr double LongestStep = 0.05;
-/// Seconds between looks at a watched file.
-constexpr double WatchSeconds = 0.3;
 
 glm::dvec3 ToGlm(const Vector& vector)
 {
     return {vector.x, vector.y, vector.z};
-}
-
-/// A number that changes with a file; 0 where there is none.
-long long StampOf(const std::string& path)
-{
-    struct stat status{};
-    if (path.empty() || ::stat(path.c_str(), &status) != 0)
-    {
-        return 0;
-    }
-    return (status.st_mtim.tv_sec * 1000000007LL + status.st_mtim.tv_nsec) ^ (static_cast<long long>(status.st_size) << 20)
-        ^ static_cast<long long>(status.st_ino);
-}
-
-std::string FileNameOf(const std::string& path)
-{
-    return path.substr(path.find_last_of('/') + 1);
 }
 
 Host::PresentationSettings SteppedBack(Host::PresentationSettings settings)
@@ -61,28 +40,6 @@ Desk::Desk(std::function<void()> wake) : m_wake(std::move(wake))
 
 Desk::~Desk() = default;
 
-void Desk::Open(const std::string& path)
-{
-    Host::ImportOptions options;
-    options.progress = [wake = m_wake](float)
-    {
-        wake();
-        return true;
-    };
-    m_loading.reset();
-    m_loadingPath = path;
-    m_loadingStamp = StampOf(path);
-    m_loading = std::make_unique<Host::ModelLoading>(path, options);
-}
-
-void Desk::CancelOpening()
-{
-    if (m_loading)
-    {
-        m_loading->Cancel();
-    }
-}
-
 bool Desk::Update(double seconds)
 {
     bool isOpened = false;
@@ -92,6 +49,7 @@ bool Desk::Update(double seconds)
         m_loading.reset();
         isOpened = static_cast<bool>(result);
         TakeModel(std::move(result));
+        BeginOpening();
     }
     LookAfterFile(seconds);
     // After a long wait the first step of what moves is a short one.
@@ -118,66 +76,6 @@ bool Desk::Update(double seconds)
     return isOpened;
 }
 
-void Desk::LookAfterFile(double seconds)
-{
-    m_watchedFor += seconds;
-    if (!m_watches || m_loading || !m_model || m_watchedFor < WatchSeconds)
-    {
-        return;
-    }
-    m_watchedFor = 0.0;
-    const long long stamp = StampOf(m_path);
-    if (stamp != 0 && stamp != m_stamp)
-    {
-        // Also where it can't be read: the next change is waited for.
-        m_stamp = stamp;
-        Open(m_path);
-    }
-}
-
-void Desk::TakeModel(Host::ImportResult result)
-{
-    if (!result)
-    {
-        if (result.status == Host::ImportStatus::Cancelled)
-        {
-            Tell("Opening " + FileNameOf(m_loadingPath) + " was cancelled.");
-        }
-        else
-        {
-            TellTrouble(result.error.Line());
-        }
-        return;
-    }
-    const bool isAgain = m_model && m_loadingPath == m_path;
-    const std::vector<std::string> warnings = result.report.warnings;
-    m_model = std::make_unique<Host::Presentation>(std::move(result));
-    m_path = m_loadingPath;
-    m_stamp = m_loadingStamp;
-    m_afterTurn.reset();
-    m_stepsBack = false;
-    if (!isAgain)
-    {
-        // Those of another model say nothing about this one.
-        if (!std::exchange(m_keepsAll, false))
-        {
-            m_settings.view.eye.reset();
-            m_settings.view.target.reset();
-            m_settings.section.planes.clear();
-            m_settings.editPath.clear();
-            m_settings.fog.reset();
-        }
-        m_selection.clear();
-        m_hidden.clear();
-        m_isolated.clear();
-        m_labels.clear();
-    }
-    ShowModel();
-    const Host::ImportReport& report = m_model->GetReport();
-    Tell((isAgain ? "Read again: " : "") + FileNameOf(m_path) + ", " + std::to_string(report.drawnTriangles)
-         + " triangles" + (warnings.empty() ? std::string() : "; " + warnings.front()));
-}
-
 void Desk::ShowModel()
 {
     if (m_width > 0 && m_height > 0)
@@ -198,10 +96,7 @@ void Desk::ShowModel()
                                      [this](const std::string& path) { return !m_model->FindNode(path); }),
                       m_selection.end());
     ShowSelection();
-    for (Label& label : m_labels)
-    {
-        label.middle = MiddleOf(label.path);
-    }
+    ShowNotes();
     m_navigator.Stop();
     m_navigator.Follow(*m_model);
 }
@@ -389,15 +284,14 @@ bool Desk::Walk(double forward)
         return false;
     }
     const double metre = report->metresPerUnit > 0.0 ? 1.0 / report->metresPerUnit : 1.0;
-    m_navigator.Walk(forward * metre);
-    const glm::dvec3 up = m_navigator.WorldUp();
-    const double reach = metre * (Walker::EyeHeight - Walker::StepHeight);
-    const glm::dvec3 eye = m_navigator.Place();
-    if (const auto depth = Walker::DepthOfFloor(*m_model->GetScene().GetRoot(), eye - up * reach, up))
+    std::vector<Walker::Cut> cuts;
+    for (const Host::ClipPlane& plane : m_settings.section.planes)
     {
-        // The floor carries a person at the height of their eyes.
-        m_navigator.Move(up * (metre * Walker::StepHeight - *depth));
+        cuts.push_back({ToGlm(plane.normal), ToGlm(plane.position)});
     }
+    const Walker walker(*m_model->GetScene().GetRoot(), m_navigator.WorldUp(), metre, std::move(cuts));
+    const glm::dvec3 eye = m_navigator.Place();
+    m_navigator.Move(walker.Walk(eye, m_navigator.Ahead() * (forward * metre)) - eye);
     FollowNavigator();
     return true;
 }

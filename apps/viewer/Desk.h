@@ -4,6 +4,7 @@
 #include "orvane_host/import/ModelLoading.h"
 #include "orvane_host/present/Presentation.h"
 
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -18,7 +19,7 @@ namespace OV::ViewerApp
 /// Knows no window and no panel. One thread, the one of the GL context, which is current
 /// throughout. What goes wrong is told as one sentence by GetMessage, and leaves all as it was.
 ///
-/// DeskNodes.cpp has what is done to nodes: select, hide, name.
+/// DeskFiles.cpp has how files come, DeskNodes.cpp what is done to nodes: select, hide, name.
 class Desk
 {
 public:
@@ -33,12 +34,12 @@ public:
         std::optional<glm::dvec3> middle; ///< of its box; none without triangles
     };
 
-    /// A name that follows a node in the picture.
-    struct Label
+    /// What a file that is opened does to those that are there.
+    enum class Opening
     {
-        std::string path;
-        std::string name;
-        std::optional<glm::dvec3> middle;
+        InPlace, ///< takes their place
+        Beside,  ///< stands beside them
+        Again,   ///< takes the place that it had before it changed
     };
 
     /// @param wake ends the wait for events, from any thread.
@@ -47,14 +48,25 @@ public:
 
     // Opening
 
-    /// Begins to read a file on another thread; what is shown stays until it is there.
-    void Open(const std::string& path);
+    /// Begins to read a file on another thread, or when those are read that were asked for before;
+    /// what is shown stays until it is there. In place of all it comes at once.
+    void Open(const std::string& path, Opening opening = Opening::InPlace);
+
+    /// Reads all files again.
+    void OpenAgain();
     void CancelOpening();
     bool IsOpening() const { return m_loading != nullptr; }
     float GetPercent() const { return m_loading ? m_loading->GetPercent() : 0.0f; }
-    const std::string& GetOpeningPath() const { return m_loadingPath; }
+    const std::string& GetOpeningPath() const { return m_opened.path; }
 
-    /// Whether the file is looked after, and opened again when it changes.
+    /// Whether a node is the top of one file of several.
+    bool IsFile(const std::string& path) const { return FileAt(path).has_value(); }
+
+    /// Takes the file away that a node is the top of, unless it is the only one.
+    /// @return whether it was.
+    bool TakeAway(const std::string& path);
+
+    /// Whether the files are looked after, and one is opened again when it changes.
     void Watch(bool watch) { m_watches = watch; }
     bool IsWatching() const { return m_watches; }
 
@@ -65,7 +77,15 @@ public:
 
     /// Null before a model was opened.
     Host::Presentation* GetModel() const { return m_model.get(); }
-    const std::string& GetPath() const { return m_path; }
+
+    /// Of the first file; empty before a model was opened.
+    std::string GetPath() const;
+
+    /// Of all files, in the order in which they came.
+    std::vector<std::string> GetPaths() const;
+
+    /// Rises whenever nodes may have come or gone.
+    unsigned GetRevision() const { return m_revision; }
 
     // Settings
 
@@ -115,6 +135,11 @@ public:
     void SelectIn(const Host::PickArea& area, bool adds);
     void Select(std::vector<std::string> paths);
     const std::vector<std::string>& GetSelection() const { return m_selection; }
+    const std::vector<std::string>& GetHidden() const { return m_hidden; }
+    /// Empty for none.
+    const std::string& GetIsolated() const { return m_isolated; }
+    /// Pixels per point.
+    float GetRatio() const { return m_ratio; }
     std::optional<Thing> Describe(const std::string& path) const;
 
     void HideSelection();
@@ -125,7 +150,15 @@ public:
     void ShowAll();
     /// Names the selection in the picture, or takes that back.
     void LabelSelection();
-    const std::vector<Label>& GetLabels() const { return m_labels; }
+    /// Paths of the nodes that are named.
+    const std::vector<std::string>& GetLabels() const { return m_labels; }
+
+    /// Draws a measure in the picture, until it is taken away.
+    void AddDimension(const Host::Dimension& dimension);
+    std::vector<Host::Dimension> GetDimensions() const;
+    void RemoveLastDimension();
+    /// Takes all measures and names out of the picture.
+    void ClearNotes();
     /// Greys all but the selection; without one takes that back.
     void EditSelection();
 
@@ -146,26 +179,39 @@ public:
     void Resume();
 
 private:
+    /// A file that is wanted.
+    struct Wanted
+    {
+        std::string path;
+        Opening opening = Opening::InPlace;
+        long long stamp = 0; ///< as far as it tells a change
+    };
+
+    std::optional<std::size_t> FileAt(const std::string& path) const;
+    void BeginOpening();
     void TakeModel(Host::ImportResult result);
+    bool PutModel(Host::ImportResult result);
+    void ForgetNodes();
     void ShowModel();
+    void ShowNotes();
     void ApplyView(const Host::ViewSettings& view);
     void ApplyDrawn();
     void ShowSelection();
     void HideAgain();
-    std::optional<glm::dvec3> MiddleOf(const std::string& path) const;
     void LookAfterFile(double seconds);
     std::string PathOf(const Node* node) const;
 
     std::function<void()> m_wake;
     std::unique_ptr<Host::ModelLoading> m_loading;
-    std::string m_loadingPath;
+    Wanted m_opened;             ///< that is read
+    std::deque<Wanted> m_queue;  ///< and those after it
+    std::string m_openingTrouble; ///< of those that were read since all was there
     bool m_keepsAll = false;
     bool m_watches = false;
     double m_watchedFor = 0.0;
-    long long m_stamp = 0; ///< of the file, as far as it tells a change
-    long long m_loadingStamp = 0;
+    std::vector<long long> m_stamps; ///< of the files
+    unsigned m_revision = 0;
 
-    std::string m_path;
     std::unique_ptr<Host::Presentation> m_model;
     Host::PresentationSettings m_settings;
     Navigator m_navigator;
@@ -181,7 +227,7 @@ private:
     std::vector<std::string> m_selection;
     std::vector<std::string> m_hidden;
     std::string m_isolated;
-    std::vector<Label> m_labels;
+    std::vector<std::string> m_labels;
     Message m_message;
 };
 

@@ -139,27 +139,64 @@ std::optional<Desk::Thing> Desk::Describe(const std::string& path) const
     return thing;
 }
 
-std::optional<glm::dvec3> Desk::MiddleOf(const std::string& path) const
-{
-    const auto thing = Describe(path);
-    return thing ? thing->middle : std::nullopt;
-}
-
 void Desk::LabelSelection()
 {
     for (const std::string& path : m_selection)
     {
-        const auto found = std::find_if(m_labels.begin(), m_labels.end(),
-                                        [&](const Label& label) { return label.path == path; });
+        const auto found = std::find(m_labels.begin(), m_labels.end(), path);
         if (found != m_labels.end())
         {
             m_labels.erase(found);
+            m_model->RemoveLabel(path);
         }
-        else
+        else if (m_model->AddLabel(path))
         {
-            m_labels.push_back({path, NameIn(path), MiddleOf(path)});
+            m_labels.push_back(path);
         }
     }
+}
+
+void Desk::AddDimension(const Host::Dimension& dimension)
+{
+    if (m_model)
+    {
+        std::vector<Host::Dimension> dimensions = m_model->GetDimensions();
+        dimensions.push_back(dimension);
+        m_model->SetDimensions(std::move(dimensions));
+    }
+}
+
+std::vector<Host::Dimension> Desk::GetDimensions() const
+{
+    return m_model ? m_model->GetDimensions() : std::vector<Host::Dimension>();
+}
+
+void Desk::RemoveLastDimension()
+{
+    if (m_model && !m_model->GetDimensions().empty())
+    {
+        std::vector<Host::Dimension> dimensions = m_model->GetDimensions();
+        dimensions.pop_back();
+        m_model->SetDimensions(std::move(dimensions));
+    }
+}
+
+void Desk::ClearNotes()
+{
+    m_labels.clear();
+    if (m_model)
+    {
+        m_model->ClearLabels();
+        m_model->SetDimensions({});
+    }
+}
+
+void Desk::ShowNotes()
+{
+    m_model->ClearLabels();
+    m_labels.erase(std::remove_if(m_labels.begin(), m_labels.end(),
+                                  [this](const std::string& path) { return !m_model->AddLabel(path); }),
+                   m_labels.end());
 }
 
 void Desk::HideSelection()
@@ -209,13 +246,13 @@ void Desk::ShowAll()
 
 void Desk::HideAgain()
 {
-    for (const std::string& path : m_hidden)
+    m_model->ShowAll();
+    m_hidden.erase(std::remove_if(m_hidden.begin(), m_hidden.end(),
+                                  [this](const std::string& path) { return !m_model->Hide(path); }),
+                   m_hidden.end());
+    if (!m_isolated.empty() && !m_model->Isolate(m_isolated))
     {
-        m_model->Hide(path);
-    }
-    if (!m_isolated.empty())
-    {
-        m_model->Isolate(m_isolated);
+        m_isolated.clear();
     }
 }
 

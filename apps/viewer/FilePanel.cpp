@@ -45,11 +45,12 @@ void PlaceInMiddle(float width, float height)
 
 } // namespace
 
-void Panels::AskForFile()
+void Panels::AskForFile(bool beside)
 {
     m_isFileOpen = true;
+    m_isFileBeside = beside;
     std::error_code ignored;
-    const std::string& path = m_viewer.GetDesk().GetPath();
+    const std::string path = m_viewer.GetDesk().GetPath();
     m_folder = path.empty() ? fs::current_path(ignored).string() : fs::path(path).parent_path().string();
     ListFolder();
 }
@@ -86,7 +87,7 @@ void Panels::DrawFilePanel()
     PlaceInMiddle(560.0f, 460.0f);
     std::string wanted;
     std::string folder;
-    if (ImGui::Begin("Open a model", &m_isFileOpen, ImGuiWindowFlags_NoResize | ImGuiWindowFlags_NoCollapse))
+    if (ImGui::Begin(m_isFileBeside ? "Open a model beside what is there###Open" : "Open a model###Open", &m_isFileOpen, ImGuiWindowFlags_NoResize | ImGuiWindowFlags_NoCollapse))
     {
         ImGui::TextWrapped("%s", m_folder.c_str());
         if (!m_fileTrouble.empty())
@@ -112,7 +113,7 @@ void Panels::DrawFilePanel()
             m_isFileOpen = false;
         }
         ImGui::SameLine();
-        ImGui::TextDisabled("A file can also be dropped on the window.");
+        ImGui::TextDisabled("Files can also be dropped on the window; with Shift beside what is there.");
     }
     ImGui::End();
     if (!folder.empty())
@@ -123,7 +124,7 @@ void Panels::DrawFilePanel()
     if (!wanted.empty())
     {
         m_isFileOpen = false;
-        m_viewer.Open(wanted);
+        m_viewer.Open(wanted, m_isFileBeside ? Desk::Opening::Beside : Desk::Opening::InPlace);
     }
 }
 

@@ -75,7 +75,7 @@ struct InputEvent
     int key = KeyNone;
     unsigned modifiers = ModifierNone;
     unsigned codepoint = 0;
-    double time = 0.0; ///< in seconds, of a button; only differences count
+    double time = 0.0; ///< in seconds, of a button or a scroll; only differences count
     std::vector<std::string> files;
 };
 

@@ -6,12 +6,10 @@
 #include "orvane/scene/MeshNode.h"
 
 #include <glm/geometric.hpp>
-#include <glm/trigonometric.hpp>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
 #include <map>
 #include <utility>
 
@@ -112,13 +110,6 @@ std::vector<Edge> EdgesOf(const std::vector<Triangle>& triangles)
     return seen;
 }
 
-std::string NumberText(double number)
-{
-    char text[32];
-    std::snprintf(text, sizeof(text), "%.6g", number);
-    return text;
-}
-
 } // namespace
 
 void Measure::Turn(Kind kind)
@@ -187,6 +178,11 @@ void Measure::Add(Desk& desk, const glm::dvec2& pixel, double ratio)
     }
     const glm::dvec3 place(hit->position.x, hit->position.y, hit->position.z);
     m_points.push_back(Snapped(*hit->mesh, *hit->node, place, desk.GetNavigator(), SnapReach * ratio, m_snap));
+    m_unit = desk.GetModel()->GetUnit();
+    if (IsWhole())
+    {
+        desk.AddDimension(Dimension());
+    }
     static constexpr const char* names[] = {"on a face", "on an edge", "at a corner"};
     desk.Tell("Point " + std::to_string(m_points.size()) + " " + names[static_cast<int>(m_snap)] + ". " + Text());
 }
@@ -204,14 +200,17 @@ std::string Measure::Text() const
                                                              : "Click " + std::string(left == 1 ? "the last" : "a")
                                                                    + " point";
     }
-    if (m_kind == Kind::Distance)
+    return Dimension().Text(m_unit);
+}
+
+Host::Dimension Measure::Dimension() const
+{
+    Host::Dimension dimension;
+    for (const glm::dvec3& point : m_points)
     {
-        return NumberText(glm::distance(m_points[0], m_points[1]));
+        dimension.points.emplace_back(point.x, point.y, point.z);
     }
-    const glm::dvec3 a = m_points[0] - m_points[1];
-    const glm::dvec3 b = m_points[2] - m_points[1];
-    const double angle = std::atan2(glm::length(glm::cross(a, b)), glm::dot(a, b));
-    return NumberText(glm::degrees(angle)) + "\u00B0";
+    return dimension;
 }
 
 } // namespace OV::ViewerApp

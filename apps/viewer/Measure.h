@@ -1,5 +1,7 @@
 #pragma once
 
+#include "orvane_host/sheet/Notes.h"
+
 #include <glm/vec2.hpp>
 #include <glm/vec3.hpp>
 
@@ -46,7 +48,8 @@ public:
     bool IsOn() const { return m_kind != Kind::Off; }
     Kind GetKind() const { return m_kind; }
 
-    /// Takes the point of the model under a pixel; the first one after a whole measure begins anew.
+    /// Takes the point of the model under a pixel; the first one after a whole measure begins anew. A
+    /// whole one is drawn by the desk from then on.
     /// @param ratio pixels per point.
     void Add(Desk& desk, const glm::dvec2& pixel, double ratio);
     void Clear() { m_points.clear(); }
@@ -67,11 +70,14 @@ public:
                               const Navigator& view, double reach, Snap& snap);
 
 private:
+    /// Of a whole measure.
+    Host::Dimension Dimension() const;
     std::size_t Count() const { return m_kind == Kind::Angle ? 3 : 2; }
 
     Kind m_kind = Kind::Off;
     std::vector<glm::dvec3> m_points;
     Snap m_snap = Snap::Face;
+    std::string m_unit; ///< of the model
 };
 
 } // namespace OV::ViewerApp

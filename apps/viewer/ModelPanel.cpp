@@ -36,12 +36,11 @@ void Panels::DrawModelSide()
 
 void Panels::ListNodes()
 {
-    const Host::Presentation* const model = m_viewer.GetDesk().GetModel();
-    if (m_listed != model || m_listedModel != m_viewer.GetDesk().GetPath())
+    const Desk& desk = m_viewer.GetDesk();
+    if (m_listed != desk.GetRevision())
     {
-        m_listed = model;
-        m_listedModel = m_viewer.GetDesk().GetPath();
-        m_nodes = model->ListNodes();
+        m_listed = desk.GetRevision();
+        m_nodes = m_viewer.GetDesk().GetModel()->ListNodes();
     }
 }
 
@@ -147,6 +146,14 @@ void Panels::DrawSelection()
             desk.EditSelection();
         }
     }
+    if (thing && desk.IsFile(thing->path))
+    {
+        ImGui::SameLine();
+        if (ImGui::Button("Take away"))
+        {
+            desk.TakeAway(std::string(thing->path));
+        }
+    }
     if (desk.HasHidden() && ImGui::Button("Show all"))
     {
         desk.ShowAll();
@@ -165,7 +172,7 @@ void Panels::DrawSavedViews()
         m_viewer.SaveView(m_viewName);
         m_viewName[0] = '\0';
     }
-    const std::string& model = m_viewer.GetDesk().GetPath();
+    const std::string model = m_viewer.GetDesk().GetPath();
     const std::vector<SavedView> views = m_viewer.GetState().views;
     for (const SavedView& view : views)
     {

@@ -118,17 +118,16 @@ void Navigator::LookAround(const glm::dvec2& pixels)
     Move(place - Place());
 }
 
-void Navigator::Walk(double forward)
+glm::dvec3 Navigator::Ahead() const
 {
-    m_isTurning = false;
     // Straight down the upper edge of the picture is ahead.
     const glm::dvec3 ahead = Forward() + Up() * 1e-3;
-    const glm::dvec3 along = ahead - WorldUp() * glm::dot(ahead, WorldUp());
-    Move(glm::normalize(along) * forward);
+    return glm::normalize(ahead - WorldUp() * glm::dot(ahead, WorldUp()));
 }
 
 void Navigator::Move(const glm::dvec3& by)
 {
+    m_isTurning = false;
     Host::OrbitState state = m_camera.GetState();
     state.target = ToPoint(ToGlm(state.target) + by);
     m_camera.SetState(state);

@@ -68,9 +68,10 @@ public:
     /// Turns the head as a drag over so many pixels does: the eye stays.
     void LookAround(const glm::dvec2& pixels);
 
-    /// Goes along the ground, so far in the units of the world.
-    void Walk(double forward);
     void Move(const glm::dvec3& by);
+
+    /// Along the ground to where the view looks, of length 1.
+    glm::dvec3 Ahead() const;
 
     void TurnTo(const Host::OrbitState& from, const Host::OrbitState& to);
     bool IsTurning() const { return m_isTurning; }

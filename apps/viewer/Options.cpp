@@ -42,11 +42,11 @@ Command ParseCommandLine(int argc, const char* const* argv)
 {
     Command command;
     Options& options = command.options;
-    CLI::App app("Shows a model in a window.", "orvane-view");
+    CLI::App app("Shows models in a window.", "orvane-view");
     std::string size;
     bool helpScript = false;
     app.set_version_flag("--version", std::string("orvane-view ") + ORVANE_VERSION);
-    app.add_option("MODEL", options.model, "Model file to open");
+    app.add_option("MODEL", options.models, "Model file to open; several stand beside each other");
     app.add_option("--size", size, "Of the window, in points; 1280x800 unless told otherwise")->option_text("WxH");
     app.add_option("--scale", options.scale, "Pixels per point, 0.5 to 8, in place of what the screen tells")
         ->option_text("N")->check(CLI::Range(0.5f, 8.0f));

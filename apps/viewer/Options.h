@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace OV::ViewerApp
 {
@@ -8,8 +9,8 @@ namespace OV::ViewerApp
 /// What the command line asks for.
 struct Options
 {
-    /// May be empty.
-    std::string model;
+    /// Files to stand beside each other; may be none.
+    std::vector<std::string> models;
     /// Of the window, in points.
     int width = 1280;
     int height = 800;

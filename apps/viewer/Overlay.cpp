@@ -119,16 +119,6 @@ public:
         m_list.AddCircleFilled(At(pixel), 3.0f, Accent);
     }
 
-    /// A text on paper, with its middle at a pixel.
-    void Label(const glm::dvec2& pixel, const std::string& text)
-    {
-        const ImVec2 size = ImGui::CalcTextSize(text.c_str());
-        const ImVec2 at = At(pixel);
-        const ImVec2 low(std::floor(at.x - size.x / 2.0f), std::floor(at.y - size.y / 2.0f));
-        m_list.AddRectFilled({low.x - 5.0f, low.y - 2.0f}, {low.x + size.x + 5.0f, low.y + size.y + 2.0f}, Paper, 3.0f);
-        m_list.AddText(low, Ink, text.c_str());
-    }
-
     ImDrawList& List() { return m_list; }
 
 private:
@@ -267,7 +257,6 @@ void Overlay::Draw(const PointRect& rect, float ratio)
         return;
     }
     DrawHandles(rect);
-    DrawLabels(rect);
     DrawMeasure(rect);
     if (rect.width > 4.0f * CubeInset && rect.height > 3.0f * CubeInset)
     {
@@ -347,60 +336,32 @@ void Overlay::DrawCube(const PointRect& rect) const
     }
 }
 
-void Overlay::DrawLabels(const PointRect& rect) const
-{
-    Pen pen(rect, m_ratio);
-    for (const Desk::Label& label : m_desk.GetLabels())
-    {
-        const auto pixel = label.middle ? m_desk.GetNavigator().PixelOf(*label.middle) : std::nullopt;
-        if (pixel)
-        {
-            const glm::dvec2 above(0.0, -28.0 * m_ratio);
-            pen.Line(*pixel, *pixel + above, Paper, 3.0f);
-            pen.Line(*pixel, *pixel + above, Ink, 1.0f);
-            pen.Dot(*pixel);
-            pen.Label(*pixel + above, label.name);
-        }
-    }
-}
-
 void Overlay::DrawMeasure(const PointRect& rect) const
 {
-    if (!m_measure.IsOn())
+    // A whole measure is part of the picture.
+    if (!m_measure.IsOn() || m_measure.IsWhole())
     {
         return;
     }
     Pen pen(rect, m_ratio);
-    std::vector<glm::dvec2> pixels;
+    std::optional<glm::dvec2> last;
     for (const glm::dvec3& point : m_measure.GetPoints())
     {
-        if (const auto pixel = m_desk.GetNavigator().PixelOf(point))
+        const auto pixel = m_desk.GetNavigator().PixelOf(point);
+        if (pixel && last)
         {
-            pixels.push_back(*pixel);
+            pen.Line(*last, *pixel, Paper, 4.0f);
+            pen.Line(*last, *pixel, Accent, 2.0f);
         }
-    }
-    for (std::size_t i = 1; i < pixels.size(); ++i)
-    {
-        pen.Line(pixels[i - 1], pixels[i], Paper, 4.0f);
-        pen.Line(pixels[i - 1], pixels[i], Accent, 2.0f);
-        // Across the ends, as dimension lines have.
-        const glm::dvec2 along = pixels[i] - pixels[i - 1];
-        if (m_measure.GetKind() == Measure::Kind::Distance && glm::length(along) > 1.0)
+        if (pixel)
         {
-            const glm::dvec2 across = glm::normalize(glm::dvec2(-along.y, along.x)) * (7.0 * m_ratio);
-            pen.Line(pixels[i - 1] - across, pixels[i - 1] + across, Accent, 2.0f);
-            pen.Line(pixels[i] - across, pixels[i] + across, Accent, 2.0f);
+            pen.Dot(*pixel);
         }
+        last = pixel;
     }
-    for (const glm::dvec2& pixel : pixels)
+    if (last && m_pointer)
     {
-        pen.Dot(pixel);
-    }
-    if (m_measure.IsWhole() && pixels.size() == m_measure.GetPoints().size())
-    {
-        const bool isAngle = m_measure.GetKind() == Measure::Kind::Angle;
-        pen.Label(isAngle ? pixels[1] + glm::dvec2(0.0, -18.0 * m_ratio) : (pixels[0] + pixels[1]) / 2.0,
-                  m_measure.Text());
+        pen.Line(*last, *m_pointer, Accent, 1.0f);
     }
 }
 

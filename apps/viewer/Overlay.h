@@ -15,7 +15,7 @@ class Desk;
 class Measure;
 
 /// What is drawn over the picture of the model and held with the pointer there: a cube of the
-/// views, handles of planes that cut, measures, the box of a selection. Pixels of the picture.
+/// views, handles of planes that cut, a measure that is begun, the box of a selection. Pixels of the picture.
 class Overlay
 {
 public:
@@ -56,7 +56,6 @@ private:
     glm::dvec2 CubeMiddle() const;
     void DrawHandles(const PointRect& rect) const;
     void DrawCube(const PointRect& rect) const;
-    void DrawLabels(const PointRect& rect) const;
     void DrawMeasure(const PointRect& rect) const;
 
     Desk& m_desk;

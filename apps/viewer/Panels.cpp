@@ -185,7 +185,8 @@ void Panels::DrawHelp()
         static constexpr const char* pointer[][2] = {
             {"Drag", "Turn about the point under the pointer"},
             {"Shift or middle drag", "Move"},
-            {"Wheel", "Come nearer to the pointer"},
+            {"Wheel", "Come nearer to the pointer; with Shift move"},
+            {"Swipe to the side", "Move"},
             {"Click", "Select; with Shift another one too"},
             {"Double click", "Fit what is selected"},
             {"Ctrl drag", "Select all in a box"},

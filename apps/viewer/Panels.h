@@ -22,7 +22,8 @@ public:
 
     void ToggleSides() { m_hasSides = !m_hasSides; }
     void ToggleHelp() { m_isHelpOpen = !m_isHelpOpen; }
-    void AskForFile();
+    /// @param beside stands the file beside what is there.
+    void AskForFile(bool beside = false);
     void AskForPicture();
 
     /// Closes what was opened last.
@@ -51,6 +52,7 @@ private:
     bool m_isHelpOpen = false;
 
     bool m_isFileOpen = false;
+    bool m_isFileBeside = false;
     std::string m_folder;
     std::string m_fileTrouble;
     struct Entry
@@ -65,8 +67,7 @@ private:
     int m_pictureSize[2] = {1920, 1080};
 
     char m_search[128] = "";
-    std::string m_listedModel; ///< what the nodes below are of
-    const void* m_listed = nullptr;
+    unsigned m_listed = 0; ///< revision that the nodes below are of
     std::vector<std::string> m_nodes; ///< paths
     char m_viewName[128] = "";
 };

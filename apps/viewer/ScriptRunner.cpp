@@ -9,6 +9,7 @@
 #include <cmath>
 #include <filesystem>
 #include <iostream>
+#include <sstream>
 #include <system_error>
 #include <utility>
 
@@ -18,43 +19,17 @@ namespace OV::ViewerApp
 namespace
 {
 
-/// Places between the ends of a drag, as a hand makes some.
-constexpr int DragSteps = 4;
 constexpr double LoadingPoll = 0.02;
 constexpr std::chrono::seconds AwaitTime(60);
 
-/// Seconds from one action to the next for who looks at the time of events: two clicks are two,
-/// however fast a script is, and a double click is one, however slow.
-constexpr double ActionSeconds = 10.0;
-
-InputEvent PointerEvent(InputEvent::Kind kind, double x, double y, int button, unsigned modifiers)
+std::string Lines(const std::vector<std::string>& texts)
 {
-    InputEvent event;
-    event.kind = kind;
-    event.x = x;
-    event.y = y;
-    event.button = static_cast<Button>(button);
-    event.modifiers = modifiers;
-    return event;
-}
-
-/// Reads UTF-8; what is none stands for itself.
-std::vector<unsigned> CodepointsOf(const std::string& text)
-{
-    std::vector<unsigned> points;
-    for (std::size_t i = 0; i < text.size();)
+    std::string lines;
+    for (const std::string& text : texts)
     {
-        const auto lead = static_cast<unsigned char>(text[i]);
-        const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC0 ? 2 : 1;
-        unsigned point = length == 1 ? lead : lead & (0xFFu >> (length + 1));
-        for (std::size_t k = 1; k < length && i + k < text.size(); ++k)
-        {
-            point = (point << 6) | (static_cast<unsigned char>(text[i + k]) & 0x3Fu);
-        }
-        points.push_back(point);
-        i += length;
+        lines += (lines.empty() ? "" : "\n") + text;
     }
-    return points;
+    return lines;
 }
 
 } // namespace
@@ -116,6 +91,22 @@ void ScriptRunner::Fail(const ScriptAction& action, const std::string& reason) c
     throw Failure("line " + std::to_string(action.line) + ": " + action.name + ": " + reason);
 }
 
+double ScriptRunner::NumberIn(const ScriptAction& action, double least, double most) const
+{
+    double number = 0.0;
+    const std::string& text = action.words[0];
+    const char* const end = text.data() + text.size();
+    const auto result = std::from_chars(text.data(), end, number);
+    // Written so that what is not a number fails.
+    if (result.ec != std::errc() || result.ptr != end || !(number >= least && number <= most))
+    {
+        std::ostringstream bounds;
+        bounds << least << " to " << most;
+        Fail(action, "'" + text + "' is no number from " + bounds.str());
+    }
+    return number;
+}
+
 void ScriptRunner::Begin(const ScriptAction& action)
 {
     if (BeginPointer(action))
@@ -132,15 +123,13 @@ void ScriptRunner::Begin(const ScriptAction& action)
     {
         m_isWaiting = true;
     }
+    else if (action.name == "try")
+    {
+        Try(action);
+    }
     else if (action.name == "pause")
     {
-        double seconds = 0.0;
-        const std::string& text = action.words[0];
-        const auto end = text.data() + text.size();
-        if (std::from_chars(text.data(), end, seconds).ptr != end || !(seconds >= 0.0 && seconds <= 3600.0))
-        {
-            Fail(action, "'" + text + "' is no number of seconds up to 3600");
-        }
+        const double seconds = NumberIn(action, 0.0, 3600.0);
         m_pausedUntil = Clock::now() + std::chrono::microseconds(static_cast<long long>(seconds * 1e6));
     }
     else if (action.name == "copy")
@@ -156,6 +145,28 @@ void ScriptRunner::Begin(const ScriptAction& action)
     else if (action.name == "quit")
     {
         m_viewer.Close();
+    }
+}
+
+void ScriptRunner::Try(const ScriptAction& action)
+{
+    Script script;
+    std::string error;
+    if (!Script::Parse(action.words[0], script, error))
+    {
+        Fail(action, error);
+    }
+    try
+    {
+        for (const ScriptAction& tried : script.actions)
+        {
+            Begin(tried);
+        }
+    }
+    catch (const Failure&)
+    {
+        // What was begun is not gone on with.
+        m_steps.clear();
     }
 }
 
@@ -198,154 +209,6 @@ void ScriptRunner::Await()
     }
 }
 
-bool ScriptRunner::BeginPointer(const ScriptAction& action)
-{
-    static constexpr struct
-    {
-        const char* name;
-        int button;
-        unsigned modifiers;
-        int times;
-    } clicks[] = {{"click", 0, ModifierNone, 1},
-                  {"double-click", 0, ModifierNone, 2},
-                  {"shift-click", 0, ModifierShift, 1},
-                  {"right-click", 2, ModifierNone, 1}},
-      drags[] = {{"drag", 0, ModifierNone, 1},
-                 {"middle-drag", 1, ModifierNone, 1},
-                 {"right-drag", 2, ModifierNone, 1},
-                 {"shift-drag", 0, ModifierShift, 1},
-                 {"ctrl-drag", 0, ModifierControl, 1}};
-    for (const auto& drag : drags)
-    {
-        if (action.name == drag.name)
-        {
-            Drag(action, drag.button, drag.modifiers);
-            return true;
-        }
-    }
-    double x = 0.0;
-    double y = 0.0;
-    const bool hasPoint = !action.words.empty() && ParsePoint(action.words[0], x, y);
-    for (const auto& click : clicks)
-    {
-        if (action.name == click.name && hasPoint)
-        {
-            Click(x, y, click.button, click.modifiers, click.times);
-            return true;
-        }
-        if (action.name == click.name)
-        {
-            Fail(action, "'" + action.words[0] + "' is no point X,Y");
-        }
-    }
-    if (action.name == "move" && hasPoint)
-    {
-        m_viewer.GetWindow().Push(PointerEvent(InputEvent::Kind::PointerMoved, x, y, 0, ModifierNone));
-        return true;
-    }
-    if (action.name == "scroll" && hasPoint)
-    {
-        InputEvent event = PointerEvent(InputEvent::Kind::Scrolled, x, y, 0, ModifierNone);
-        const std::string& text = action.words[1];
-        if (std::from_chars(text.data(), text.data() + text.size(), event.dy).ec != std::errc()
-            || !std::isfinite(event.dy))
-        {
-            Fail(action, "'" + text + "' is no number of steps");
-        }
-        m_viewer.GetWindow().Push(PointerEvent(InputEvent::Kind::PointerMoved, x, y, 0, ModifierNone));
-        Then([this, event] { m_viewer.GetWindow().Push(event); });
-        return true;
-    }
-    if (action.name == "move" || action.name == "scroll")
-    {
-        Fail(action, "'" + action.words[0] + "' is no point X,Y");
-    }
-    if (action.name == "key")
-    {
-        Press(action);
-        return true;
-    }
-    if (action.name == "type")
-    {
-        Type(action.words[0]);
-        return true;
-    }
-    return false;
-}
-
-void ScriptRunner::Click(double x, double y, int button, unsigned modifiers, int times)
-{
-    m_time += ActionSeconds;
-    const auto push = [this, x, y, button, modifiers](InputEvent::Kind kind)
-    {
-        InputEvent event = PointerEvent(kind, x, y, button, modifiers);
-        event.time = m_time;
-        Then([this, event] { m_viewer.GetWindow().Push(event); });
-    };
-    push(InputEvent::Kind::PointerMoved);
-    // A panel learns in a frame that the pointer is over it.
-    push(InputEvent::Kind::PointerMoved);
-    for (int i = 0; i < times; ++i)
-    {
-        push(InputEvent::Kind::ButtonDown);
-        push(InputEvent::Kind::ButtonUp);
-    }
-}
-
-void ScriptRunner::Drag(const ScriptAction& action, int button, unsigned modifiers)
-{
-    double fromX = 0.0;
-    double fromY = 0.0;
-    double toX = 0.0;
-    double toY = 0.0;
-    if (!ParsePoint(action.words[0], fromX, fromY) || !ParsePoint(action.words[1], toX, toY))
-    {
-        Fail(action, "a drag takes two points X,Y X,Y");
-    }
-    const auto push = [this, button, modifiers](InputEvent::Kind kind, double x, double y)
-    { Then([=] { m_viewer.GetWindow().Push(PointerEvent(kind, x, y, button, modifiers)); }); };
-    push(InputEvent::Kind::PointerMoved, fromX, fromY);
-    push(InputEvent::Kind::PointerMoved, fromX, fromY);
-    push(InputEvent::Kind::ButtonDown, fromX, fromY);
-    for (int i = 1; i <= DragSteps; ++i)
-    {
-        const double share = static_cast<double>(i) / DragSteps;
-        push(InputEvent::Kind::PointerMoved, fromX + (toX - fromX) * share, fromY + (toY - fromY) * share);
-    }
-    push(InputEvent::Kind::ButtonUp, toX, toY);
-}
-
-void ScriptRunner::Press(const ScriptAction& action)
-{
-    InputEvent event;
-    event.kind = InputEvent::Kind::KeyDown;
-    if (!ParseKey(action.words[0], event.key, event.modifiers))
-    {
-        Fail(action, "there is no key '" + action.words[0] + "'");
-    }
-    m_viewer.GetWindow().Push(event);
-    Then([this, event]() mutable
-         {
-             event.kind = InputEvent::Kind::KeyUp;
-             event.modifiers = ModifierNone;
-             m_viewer.GetWindow().Push(event);
-         });
-}
-
-void ScriptRunner::Type(const std::string& text)
-{
-    for (const unsigned point : CodepointsOf(text))
-    {
-        Then([this, point]
-             {
-                 InputEvent event;
-                 event.kind = InputEvent::Kind::Typed;
-                 event.codepoint = point;
-                 m_viewer.GetWindow().Push(event);
-             });
-    }
-}
-
 bool ScriptRunner::BeginModel(const ScriptAction& action)
 {
     Desk& desk = m_viewer.GetDesk();
@@ -358,11 +221,24 @@ bool ScriptRunner::BeginModel(const ScriptAction& action)
     {
         m_viewer.Open(action.words[0]);
     }
-    else if (action.name == "drop")
+    else if (action.name == "add")
+    {
+        m_viewer.Open(action.words[0], Desk::Opening::Beside);
+        m_isWaiting = true;
+    }
+    else if (action.name == "take-away")
+    {
+        if (!desk.TakeAway(action.words[0]))
+        {
+            Fail(action, "'" + action.words[0] + "' is the top of no file of several");
+        }
+    }
+    else if (action.name == "drop" || action.name == "shift-drop" || action.name == "drop-two")
     {
         InputEvent event;
         event.kind = InputEvent::Kind::Dropped;
-        event.files = {action.words[0]};
+        event.modifiers = action.name == "shift-drop" ? ModifierShift : ModifierNone;
+        event.files = action.words;
         m_viewer.GetWindow().Push(event);
     }
     else if (action.name == "look" || action.name == "set")
@@ -443,6 +319,25 @@ bool ScriptRunner::BeginPicture(const ScriptAction& action)
         m_pausedUntil = Clock::now() + std::chrono::milliseconds(100);
         m_isWaiting = true;
     }
+    else if (action.name == "scale")
+    {
+        m_viewer.GetWindow().SetScale(static_cast<float>(NumberIn(action, 0.5, 8.0)));
+        m_isWaiting = true;
+    }
+    else if (action.name == "minimise" || action.name == "restore")
+    {
+        m_viewer.GetWindow().Minimise(action.name == "minimise");
+    }
+    else if (action.name == "picture-of")
+    {
+        int width = 0;
+        int height = 0;
+        if (!ParseSize(action.words[0], width, height))
+        {
+            Fail(action, "'" + action.words[0] + "' is no size WxH");
+        }
+        m_viewer.TakePicture(action.words[1], width, height);
+    }
     else if (action.name == "screenshot")
     {
         m_viewer.TakeScreenshot(action.words[0]);
@@ -497,11 +392,23 @@ std::string ScriptRunner::Print(const ScriptAction& action) const
     {
         return desk.GetPath();
     }
+    if (what == "models")
+    {
+        return Lines(desk.GetPaths());
+    }
+    if (what == "nodes")
+    {
+        return desk.GetModel() ? Lines(desk.GetModel()->ListNodes()) : std::string();
+    }
+    if (what == "labels")
+    {
+        return Lines(desk.GetLabels());
+    }
     if (what == "statistics")
     {
         return m_viewer.Statistics();
     }
-    Fail(action, "'" + what + "' is none of selection, command, settings, measure, message, model, statistics");
+    Fail(action, "'" + what + "' is none of selection, command, settings, measure, message, model, models, nodes, labels, statistics");
 }
 
 } // namespace OV::ViewerApp

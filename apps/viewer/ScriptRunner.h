@@ -13,6 +13,8 @@ class Viewer;
 
 /// Does what a script says, in place of a person: what a pointer and keys do goes the same way as
 /// if a person had done it, an event a frame.
+///
+/// ScriptPointer.cpp has what is done with a pointer and keys.
 class ScriptRunner
 {
 public:
@@ -39,7 +41,10 @@ private:
     void Set(const ScriptAction& action);
     bool BeginWords(const ScriptAction& action);
     void Await();
+    void Try(const ScriptAction& action);
     std::string Print(const ScriptAction& action) const;
+    /// The first word as a number.
+    double NumberIn(const ScriptAction& action, double least, double most) const;
     [[noreturn]] void Fail(const ScriptAction& action, const std::string& reason) const;
 
     Viewer& m_viewer;

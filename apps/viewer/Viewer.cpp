@@ -3,7 +3,6 @@
 #include "apps/viewer/Viewer.h"
 
 #include "apps/viewer/Actions.h"
-#include "apps/viewer/CommandText.h"
 #include "apps/viewer/ScriptRunner.h"
 #include "orvane_host/output/WritePNG.h"
 
@@ -36,6 +35,8 @@ constexpr double DoubleClickSeconds = 0.4;
 constexpr int UsualSamples = 4;
 /// Of a movement for a step of a trackpad.
 constexpr double PixelsPerScroll = 30.0;
+/// Scrolls that come sooner after each other are one movement.
+constexpr double GestureSeconds = 0.3;
 constexpr double LoadingPoll = 0.05;
 constexpr double WatchPoll = 0.3;
 constexpr double CursorPoll = 0.25;
@@ -89,10 +90,7 @@ Viewer::Viewer(const Options& options) :
     }
     m_gui = std::make_unique<Gui>(*m_window);
     m_desk.Watch(options.watch);
-    if (!options.model.empty())
-    {
-        Open(options.model);
-    }
+    OpenAll(options.models);
     Redraw();
 }
 
@@ -141,12 +139,20 @@ void Viewer::WriteState()
     }
 }
 
-void Viewer::Open(const std::string& path)
+void Viewer::Open(const std::string& path, Desk::Opening opening)
 {
     if (!path.empty())
     {
-        m_desk.Open(FullPath(path));
+        m_desk.Open(FullPath(path), opening);
         Redraw();
+    }
+}
+
+void Viewer::OpenAll(const std::vector<std::string>& paths, Desk::Opening opening)
+{
+    for (const std::string& path : paths)
+    {
+        Open(path, std::exchange(opening, Desk::Opening::Beside));
     }
 }
 
@@ -206,7 +212,7 @@ void Viewer::Run()
         last = now;
         if (m_desk.Update(seconds))
         {
-            m_state.AddRecent(m_desk.GetPath());
+            m_state.AddRecent(m_desk.GetOpeningPath());
             m_measure.Clear();
             UpdateTitle();
         }
@@ -225,8 +231,14 @@ void Viewer::Run()
 
 void Viewer::UpdateTitle()
 {
-    const std::string& path = m_desk.GetPath();
-    m_window->SetTitle(path.substr(path.find_last_of('/') + 1) + " - Orvane");
+    const std::vector<std::string> paths = m_desk.GetPaths();
+    if (paths.empty())
+    {
+        return;
+    }
+    const std::string name = paths.front().substr(paths.front().find_last_of('/') + 1);
+    const std::string more = paths.size() > 1 ? " and " + std::to_string(paths.size() - 1) + " more" : "";
+    m_window->SetTitle(name + more + " - Orvane");
 }
 
 glm::dvec2 Viewer::ToPicture(double x, double y) const
@@ -258,10 +270,8 @@ void Viewer::Handle(const InputEvent& event)
     case InputEvent::Kind::Scrolled: HandlePointer(event); break;
     case InputEvent::Kind::KeyDown: HandleKey(event); break;
     case InputEvent::Kind::Dropped:
-        if (!event.files.empty())
-        {
-            Open(event.files.front());
-        }
+        OpenAll(event.files,
+                (event.modifiers & ModifierShift) != 0 ? Desk::Opening::Beside : Desk::Opening::InPlace);
         break;
     case InputEvent::Kind::CloseAsked: Close(); break;
     case InputEvent::Kind::KeyUp:
@@ -322,8 +332,15 @@ void Viewer::EndDrag(const InputEvent& event, const glm::dvec2& pixel)
 void Viewer::Scroll(const InputEvent& event, const glm::dvec2& pixel)
 {
     Navigator& navigator = m_desk.GetNavigator();
-    // To the side only a trackpad scrolls.
-    if ((event.modifiers & ModifierShift) != 0 || event.dx != 0.0)
+    // Fingers on a trackpad never go quite straight: how they begin is what they mean.
+    if (event.time - m_lastScroll > GestureSeconds)
+    {
+        m_isSwiping = std::abs(event.dx) > std::abs(event.dy);
+    }
+    m_lastScroll = event.time;
+    // With control held comes what spreads on a trackpad, as most systems tell it.
+    const bool isPinch = (event.modifiers & ModifierControl) != 0;
+    if (!isPinch && (m_isSwiping || (event.modifiers & ModifierShift) != 0))
     {
         navigator.PanBy(glm::dvec2(event.dx, event.dy) * PixelsPerScroll);
     }
@@ -491,8 +508,11 @@ void Viewer::TakePicture(const std::string& path, int width, int height)
     const std::vector<std::string> selection = m_desk.GetSelection();
     m_desk.Select({});
     std::string error;
-    const bool isSaved = model->SavePicture(path, width > 0 ? width : m_desk.GetWidth(),
-                                            height > 0 ? height : m_desk.GetHeight(), error);
+    // That of the window is as it is there; another one counts pixels alone.
+    const bool isOfWindow = width < 1 || height < 1;
+    const bool isSaved = model->SavePicture(path, isOfWindow ? m_desk.GetWidth() : width,
+                                            isOfWindow ? m_desk.GetHeight() : height, error,
+                                            isOfWindow ? m_desk.GetRatio() : 1.0f);
     m_desk.Select(selection);
     if (isSaved)
     {
@@ -504,25 +524,28 @@ void Viewer::TakePicture(const std::string& path, int width, int height)
     }
 }
 
-std::string Viewer::CommandLine() const
+RenderCommand Viewer::Command() const
 {
+    Shown shown;
+    const std::vector<std::string> paths = m_desk.GetPaths();
+    shown.besides.assign(paths.begin() + (paths.empty() ? 0 : 1), paths.end());
+    shown.hidden = m_desk.GetHidden();
+    shown.isolated = m_desk.GetIsolated();
+    shown.labels = m_desk.GetLabels();
+    shown.dimensions = m_desk.GetDimensions();
+    shown.pixelRatio = m_desk.GetRatio();
     return MakeRenderCommand(m_desk.GetSettings(), m_desk.GetPath(), m_desk.GetWidth(), m_desk.GetHeight(),
-                             "picture.png").ToShell();
+                             "picture.png", shown);
 }
 
 void Viewer::CopyCommand()
 {
-    const RenderCommand command = MakeRenderCommand(m_desk.GetSettings(), m_desk.GetPath(), m_desk.GetWidth(),
-                                                    m_desk.GetHeight(), "picture.png");
+    const RenderCommand command = Command();
     m_window->SetClipboard(command.ToShell());
     std::string text = "Copied the command of this picture";
     for (const std::string& sentence : command.leftOut)
     {
         text += "; " + sentence;
-    }
-    if (m_desk.HasHidden())
-    {
-        text += "; what is hidden is drawn";
     }
     m_desk.Tell(text);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "apps/viewer/CommandText.h"
 #include "apps/viewer/Desk.h"
 #include "apps/viewer/Gui.h"
 #include "apps/viewer/Measure.h"
@@ -14,6 +15,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace OV::ViewerApp
 {
@@ -48,7 +50,11 @@ public:
     Measure& GetMeasure() { return m_measure; }
     State& GetState() { return m_state; }
 
-    void Open(const std::string& path);
+    void Open(const std::string& path, Desk::Opening opening = Desk::Opening::InPlace);
+
+    /// Opens files beside each other.
+    /// @param opening of the first.
+    void OpenAll(const std::vector<std::string>& paths, Desk::Opening opening = Desk::Opening::InPlace);
     void Close() { m_isClosing = true; }
 
     /// Writes what the window shows next as a PNG file.
@@ -60,7 +66,7 @@ public:
 
     /// The command of orvane-render that draws what is shown; to the clipboard.
     void CopyCommand();
-    std::string CommandLine() const;
+    std::string CommandLine() const { return Command().ToShell(); }
 
     /// Ends the GL context and goes on in another one. Throws Failure where there is none.
     void LoseContext();
@@ -77,6 +83,7 @@ public:
     std::string Statistics() const;
 
 private:
+    RenderCommand Command() const;
     void ReadState();
     void WriteState();
     double Timeout() const;
@@ -116,7 +123,9 @@ private:
     glm::dvec2 m_pressedAt{0.0, 0.0};
     bool m_isDragged = false;
     bool m_isBoxing = false;
-    double m_lastClick = -1e9; ///< as InputEvent::time
+    double m_lastScroll = -1e9; ///< as InputEvent::time
+    bool m_isSwiping = false;   ///< to the side
+    double m_lastClick = -1e9;  ///< as InputEvent::time
     glm::dvec2 m_lastClickAt{-1e9, -1e9};
 };
 

@@ -1,21 +1,26 @@
 #include "apps/viewer/Walker.h"
 
+#include "apps/viewer/Walls.h"
 #include "orvane/math/Transform.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
 
+#include <glm/common.hpp>
 #include <glm/geometric.hpp>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <vector>
+#include <utility>
 
 namespace OV::ViewerApp
 {
 
 namespace
 {
+
+using Corners = std::array<glm::dvec3, 3>;
 
 glm::dvec3 InWorld(const Node& node, const Vector& p)
 {
@@ -25,8 +30,43 @@ glm::dvec3 InWorld(const Node& node, const Vector& p)
             m[2][0] * p.x + m[2][1] * p.y + m[2][2] * p.z + m[2][3]};
 }
 
+/// A box in world space about something.
+struct Box
+{
+    glm::dvec3 low;
+    glm::dvec3 high;
+
+    bool Meets(const Box& other) const
+    {
+        for (int axis = 0; axis < 3; ++axis)
+        {
+            if (low[axis] > other.high[axis] || high[axis] < other.low[axis])
+            {
+                return false;
+            }
+        }
+        return true;
+    }
+};
+
+Box BoxOf(const Mesh& mesh, const Node& node)
+{
+    Vector low;
+    Vector high;
+    mesh.GetBBox(low, high);
+    Box box{InWorld(node, low), InWorld(node, low)};
+    for (int corner = 1; corner < 8; ++corner)
+    {
+        const glm::dvec3 place = InWorld(
+            node, Vector((corner & 1) ? high.x : low.x, (corner & 2) ? high.y : low.y, (corner & 4) ? high.z : low.z));
+        box.low = glm::min(box.low, place);
+        box.high = glm::max(box.high, place);
+    }
+    return box;
+}
+
 /// How far down a triangle is met; by the shares of its corners in the place where it is.
-std::optional<double> Meet(const std::array<glm::dvec3, 3>& corners, const glm::dvec3& point, const glm::dvec3& down)
+std::optional<double> Meet(const Corners& corners, const glm::dvec3& point, const glm::dvec3& down)
 {
     const glm::dvec3 first = corners[1] - corners[0];
     const glm::dvec3 second = corners[2] - corners[0];
@@ -46,38 +86,28 @@ std::optional<double> Meet(const std::array<glm::dvec3, 3>& corners, const glm::
     return isMet ? std::optional<double>(depth) : std::nullopt;
 }
 
-void FindFloor(const MeshNode& node, const glm::dvec3& point, const glm::dvec3& down, std::optional<double>& nearest)
+/// Calls with each triangle of a mesh at a node.
+template <typename Visit>
+void VisitTriangles(const Mesh& mesh, const Node& node, Visit&& visit)
 {
-    for (const Mesh* const mesh : node.GetMeshes())
+    const std::vector<Vector>& positions = mesh.GetPositionBuffer();
+    const std::vector<unsigned short>& indices = mesh.GetIndices();
+    for (std::size_t i = 0; i + 2 < indices.size(); i += 3)
     {
-        const std::vector<Vector>& positions = mesh->GetPositionBuffer();
-        const std::vector<unsigned short>& indices = mesh->GetIndices();
-        for (std::size_t i = 0; i + 2 < indices.size(); i += 3)
+        if (indices[i] < positions.size() && indices[i + 1] < positions.size() && indices[i + 2] < positions.size())
         {
-            if (indices[i] >= positions.size() || indices[i + 1] >= positions.size()
-                || indices[i + 2] >= positions.size())
-            {
-                continue;
-            }
-            const std::array<glm::dvec3, 3> corners = {InWorld(node, positions[indices[i]]),
-                                                       InWorld(node, positions[indices[i + 1]]),
-                                                       InWorld(node, positions[indices[i + 2]])};
-            const auto depth = Meet(corners, point, down);
-            if (depth && (!nearest || *depth < *nearest))
-            {
-                nearest = depth;
-            }
+            visit(Corners{InWorld(node, positions[indices[i]]), InWorld(node, positions[indices[i + 1]]),
+                          InWorld(node, positions[indices[i + 2]])});
         }
     }
 }
 
-} // namespace
-
-std::optional<double> Walker::DepthOfFloor(const Node& node, const glm::dvec3& point, const glm::dvec3& up)
+/// Calls with each triangle that is shown, of the meshes that meet a box.
+template <typename Visit>
+void VisitShown(const Node& model, const Box& within, Visit&& visit)
 {
-    std::optional<double> nearest;
     // Trees may be of any depth.
-    std::vector<const Node*> left = {&node};
+    std::vector<const Node*> left = {&model};
     while (!left.empty())
     {
         const Node* const next = left.back();
@@ -85,11 +115,69 @@ std::optional<double> Walker::DepthOfFloor(const Node& node, const glm::dvec3& p
         const auto* const place = dynamic_cast<const MeshNode*>(next);
         if (place && (place->GetFlags() & NodeFlagHidden) == 0)
         {
-            FindFloor(*place, point, -up, nearest);
+            for (const Mesh* const mesh : place->GetMeshes())
+            {
+                if (BoxOf(*mesh, *place).Meets(within))
+                {
+                    VisitTriangles(*mesh, *place, visit);
+                }
+            }
         }
         left.insert(left.end(), next->GetChildren().begin(), next->GetChildren().end());
     }
+}
+
+} // namespace
+
+Walker::Walker(const Node& model, const glm::dvec3& up, double metre, std::vector<Cut> cuts) :
+    m_model(model), m_up(up), m_metre(metre), m_cuts(std::move(cuts))
+{
+}
+
+std::optional<double> Walker::DepthOfFloor(const glm::dvec3& point) const
+{
+    std::optional<double> nearest;
+    constexpr double far = 1e30;
+    const Box below{glm::min(point, point - m_up * far), point};
+    VisitShown(m_model, below,
+               [&](const Corners& corners)
+               {
+                   const auto depth = Meet(corners, point, -m_up);
+                   if (!depth || (nearest && *depth >= *nearest))
+                   {
+                       return;
+                   }
+                   const glm::dvec3 place = point - m_up * *depth;
+                   const bool isCutAway = std::any_of(m_cuts.begin(), m_cuts.end(), [&](const Cut& cut)
+                                                      { return glm::dot(place - cut.position, cut.normal) > 0.0; });
+                   nearest = isCutAway ? nearest : depth;
+               });
     return nearest;
+}
+
+glm::dvec3 Walker::Walk(const glm::dvec3& eye, const glm::dvec3& way) const
+{
+    const double height = glm::dot(eye, m_up);
+    const double low = height - (EyeHeight - StepHeight) * m_metre;
+    const double high = height + HeadRoom * m_metre;
+    const double radius = Radius * m_metre;
+    Walls walls(m_up, low, high, m_cuts);
+    const glm::dvec3 reach(glm::length(way) + 2.0 * radius + EyeHeight * m_metre);
+    const Box about{eye - reach, eye + reach};
+    VisitShown(m_model, about,
+               [&](const Corners& corners)
+               {
+                   const Box box{glm::min(glm::min(corners[0], corners[1]), corners[2]),
+                                 glm::max(glm::max(corners[0], corners[1]), corners[2])};
+                   if (box.Meets(about))
+                   {
+                       walls.Add(corners);
+                   }
+               });
+    const glm::dvec3 there = walls.Follow(eye, way, radius);
+    const double knee = m_metre * (EyeHeight - StepHeight);
+    const auto depth = DepthOfFloor(there - m_up * knee);
+    return depth ? there + m_up * (m_metre * StepHeight - *depth) : there;
 }
 
 } // namespace OV::ViewerApp

@@ -110,11 +110,23 @@ void OnButton(GLFWwindow* window, int button, int action, int modifiers)
     Of(window).Push(event);
 }
 
+unsigned HeldModifiers(GLFWwindow* window)
+{
+    const auto isHeld = [window](int left, int right)
+    { return glfwGetKey(window, left) == GLFW_PRESS || glfwGetKey(window, right) == GLFW_PRESS; };
+    unsigned modifiers = ModifierNone;
+    modifiers |= isHeld(GLFW_KEY_LEFT_SHIFT, GLFW_KEY_RIGHT_SHIFT) ? ModifierShift : 0u;
+    modifiers |= isHeld(GLFW_KEY_LEFT_CONTROL, GLFW_KEY_RIGHT_CONTROL) ? ModifierControl : 0u;
+    return modifiers;
+}
+
 void OnScroll(GLFWwindow* window, double dx, double dy)
 {
     InputEvent event = Made(InputEvent::Kind::Scrolled);
+    event.modifiers = HeldModifiers(window);
     event.dx = dx;
     event.dy = dy;
+    event.time = glfwGetTime();
     TakePlace(window, event);
     Of(window).Push(event);
 }
@@ -138,6 +150,7 @@ void OnDrop(GLFWwindow* window, int count, const char** paths)
 {
     InputEvent event = Made(InputEvent::Kind::Dropped);
     event.files.assign(paths, paths + count);
+    event.modifiers = HeldModifiers(window);
     Of(window).Push(event);
 }
 
@@ -198,6 +211,8 @@ bool Window::Open(std::string& error)
     glfwSetDropCallback(m_window, OnDrop);
     glfwSetWindowCloseCallback(m_window, OnClose);
     glfwSetWindowRefreshCallback(m_window, OnRefresh);
+    glfwSetWindowIconifyCallback(m_window, [](GLFWwindow* window, int isMinimised)
+                                 { Of(window).NoteMinimised(isMinimised == GLFW_TRUE); });
     glfwSetFramebufferSizeCallback(m_window, [](GLFWwindow* window, int, int) { OnRefresh(window); });
     glfwSetWindowContentScaleCallback(m_window, [](GLFWwindow* window, float, float) { OnRefresh(window); });
     glfwMakeContextCurrent(m_window);
@@ -273,8 +288,38 @@ void Window::GetSize(int& width, int& height) const
     height = static_cast<int>(std::lround(static_cast<float>(height) / units));
 }
 
+void Window::SetScale(float scale)
+{
+    m_scale = scale;
+    Push(Made(InputEvent::Kind::Refresh));
+}
+
+void Window::NoteMinimised(bool isMinimised)
+{
+    m_isMinimised = isMinimised;
+    Push(Made(InputEvent::Kind::Refresh));
+}
+
+void Window::Minimise(bool minimise)
+{
+    NoteMinimised(minimise);
+    if (minimise)
+    {
+        glfwIconifyWindow(m_window);
+    }
+    else
+    {
+        glfwRestoreWindow(m_window);
+    }
+}
+
 void Window::GetFramebufferSize(int& width, int& height) const
 {
+    if (m_isMinimised)
+    {
+        width = height = 0;
+        return;
+    }
     glfwGetFramebufferSize(m_window, &width, &height);
 }
 

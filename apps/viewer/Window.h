@@ -53,11 +53,21 @@ public:
     /// Pixels per point; another one when the window comes to another screen.
     float GetPixelRatio() const;
 
+    /// Another number of pixels per point from now on, as on another screen.
+    void SetScale(float scale);
+
+    /// Makes it small, or large again. A window that is small has no pixels, whether there is a window
+    /// manager to take it from the screen or not.
+    void Minimise(bool minimise);
+
     /// In points.
     void SetSize(int width, int height);
     void SetTitle(const std::string& title);
     std::string GetClipboard() const;
     void SetClipboard(const std::string& text);
+
+    /// The window system took it from the screen, or brought it back.
+    void NoteMinimised(bool isMinimised);
 
     /// Something happened, at a place in points.
     void Push(InputEvent event);
@@ -76,6 +86,7 @@ private:
     int m_width = 0; ///< in points
     int m_height = 0;
     float m_scale = 0.0f;
+    bool m_isMinimised = false;
     std::vector<InputEvent> m_events;
 };
 

@@ -115,6 +115,7 @@ struct ImportedMesh
 struct ImportResult
 {
     ImportStatus status = ImportStatus::Failed;
+    /// Names the file in any case.
     ImportError error;
     ImportReport report;
 

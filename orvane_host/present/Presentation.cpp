@@ -3,6 +3,7 @@
 #include "orvane_host/import/ModelImporter.h"
 #include "orvane_host/import/NodePath.h"
 #include "orvane_host/present/detail/PresentationImpl.h"
+#include "orvane_host/present/detail/SheetText.h"
 #include "orvane/overlay/Scene2D.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/MeshNode.h"
@@ -63,6 +64,26 @@ const PresentationSettings& Presentation::GetSettings() const
 void Presentation::Refresh()
 {
     m_impl->Refresh();
+}
+
+bool Presentation::Add(ImportResult model, std::string& error)
+{
+    return m_impl->Add(std::move(model), error);
+}
+
+bool Presentation::Replace(std::size_t file, ImportResult model, std::string& error)
+{
+    return m_impl->Replace(file, std::move(model), error);
+}
+
+bool Presentation::Remove(std::size_t file)
+{
+    return m_impl->Remove(file);
+}
+
+const std::vector<PresentedFile>& Presentation::GetFiles() const
+{
+    return m_impl->files;
 }
 
 std::vector<std::string> Presentation::ListNodes() const
@@ -146,6 +167,36 @@ void Presentation::ClearHighlights()
     m_impl->ClearHighlights();
 }
 
+bool Presentation::SetDimensions(std::vector<Dimension> dimensions)
+{
+    return m_impl->SetDimensions(std::move(dimensions));
+}
+
+const std::vector<Dimension>& Presentation::GetDimensions() const
+{
+    return m_impl->dimensions;
+}
+
+bool Presentation::AddLabel(const std::string& path, const std::string& text)
+{
+    return m_impl->SetLabel(m_impl->FindNode(path), &text);
+}
+
+bool Presentation::RemoveLabel(const std::string& path)
+{
+    return m_impl->SetLabel(m_impl->FindNode(path), nullptr);
+}
+
+void Presentation::ClearLabels()
+{
+    m_impl->ClearLabels();
+}
+
+std::string Presentation::GetUnit() const
+{
+    return Detail::UnitSign(m_impl->report.metresPerUnit);
+}
+
 std::optional<Presentation::Box> Presentation::GetModelBox() const
 {
     if (!m_impl->report.hasBox)
@@ -226,9 +277,9 @@ void Presentation::Resume()
     m_impl->Resume();
 }
 
-bool Presentation::SavePicture(const std::string& path, int width, int height, std::string& error)
+bool Presentation::SavePicture(const std::string& path, int width, int height, std::string& error, float pixelRatio)
 {
-    return m_impl->SavePicture(path, width, height, error);
+    return m_impl->SavePicture(path, width, height, pixelRatio, error);
 }
 
 std::optional<PickHit> Presentation::Pick(int x, int y)

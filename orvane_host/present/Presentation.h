@@ -5,6 +5,7 @@
 #include "orvane_host/present/DrawCounts.h"
 #include "orvane_host/present/Picking.h"
 #include "orvane_host/present/PresentationSettings.h"
+#include "orvane_host/sheet/Notes.h"
 #include "orvane/math/Color.h"
 #include "orvane/math/Vector.h"
 
@@ -44,8 +45,15 @@ struct PresentationStatistics
     BatchCounts batches;
 };
 
-/// One model, presented as settings say: scene, textures, renderer and sheet, drawn into the
-/// framebuffer that is bound.
+/// A file that is presented.
+struct PresentedFile
+{
+    std::string path; ///< as it was imported from
+    Node* top = nullptr; ///< the node that all of it is below; null once a host has deleted it
+};
+
+/// One model of one file or several, presented as settings say: scene, textures, renderer and sheet,
+/// drawn into the framebuffer that is bound.
 ///
 /// Any setting can change at any time, and none leaves anything behind: a picture follows from the
 /// model, the settings, what is hidden or highlighted, and the size alone. Settings of the process
@@ -102,6 +110,29 @@ public:
     /// scene, before the next frame: works out anew what the settings make of them.
     void Refresh();
 
+    // Files beside each other. Settings, what is hidden and what is highlighted stay, as far as the nodes
+    // that they name do; a view without an eye is fitted to all files.
+
+    /// Presents another file beside what is there. Where the units of both are known it is brought to
+    /// the size that it has beside the first one; else it comes as it is. The node at its top keeps its
+    /// name, or takes that of the file where there is a node of that name or none. Files come in the
+    /// order of their adding. GL if something was drawn.
+    /// @param error on failure one line. Untouched otherwise.
+    /// @return false, with nothing changed, for a model without a scene.
+    bool Add(ImportResult model, std::string& error);
+
+    /// Puts a file in the place of another one, such as itself after a change.
+    /// @param file a place in GetFiles.
+    /// @return false, with nothing changed, also where there is no such place.
+    bool Replace(std::size_t file, ImportResult model, std::string& error);
+
+    /// Takes a file out.
+    /// @return false, with nothing changed, where there is no such place.
+    bool Remove(std::size_t file);
+
+    /// In their order. Of a host's scene none but what was added to it.
+    const std::vector<PresentedFile>& GetFiles() const;
+
     // Nodes have paths: the names from the file's root down, with slashes between them. A path may
     // begin at any node; of several the one that comes first in the file counts. What takes a path
     // answers false, with nothing changed, where there is no such node.
@@ -119,7 +150,7 @@ public:
     const std::vector<ImportedNode>& GetNodes() const;
     const std::vector<ImportedMesh>& GetMeshes() const;
 
-    /// What was imported; of a host's scene only the box and the counts.
+    /// What was imported, all files together; of a host's scene only the box and the counts.
     const ImportReport& GetReport() const;
 
     /// Hides a node with all that is below it. What is hidden isn't drawn, picked or cut.
@@ -143,6 +174,26 @@ public:
     /// Takes Highlight back for this node.
     bool ClearHighlight(const std::string& path);
     void ClearHighlights();
+
+    // Notes stand on the picture where the model is, in the layer above it, and in saved pictures too.
+
+    /// Draws distances and angles as dimension lines, in place of the earlier ones. Distances have the
+    /// unit of the model where that is known.
+    /// @return false, with nothing changed, for others than of two or three finite points.
+    bool SetDimensions(std::vector<Dimension> dimensions);
+    const std::vector<Dimension>& GetDimensions() const;
+
+    /// Writes a text at the middle of what is at a node and below it, which follows the node; not
+    /// while all of that is hidden or cut away. A second one replaces the first.
+    /// @param text UTF-8; empty for the name of the node.
+    bool AddLabel(const std::string& path, const std::string& text = std::string());
+
+    /// Takes AddLabel back for this node.
+    bool RemoveLabel(const std::string& path);
+    void ClearLabels();
+
+    /// Sign of the unit of the model, such as "m"; empty where it is not known.
+    std::string GetUnit() const;
 
     /// The box of all that the model draws when nothing is hidden or cut away; none for an empty
     /// model.
@@ -199,7 +250,8 @@ public:
     /// bound and the viewport stay. With Antialiasing::Multisampling the picture has the samples of
     /// the settings.
     /// @param error on failure the reason and the remedy in one line, without the path.
-    bool SavePicture(const std::string& path, int width, int height, std::string& error);
+    /// @param pixelRatio as of Resize.
+    bool SavePicture(const std::string& path, int width, int height, std::string& error, float pixelRatio = 1.0f);
 
     /// Samples a pixel that a picture of a size gets by settings: none without multisampling, else as
     /// many as they tell or as suit its size.

@@ -4,6 +4,7 @@
 #include "orvane_host/present/HatchTextures.h"
 #include "orvane_host/present/detail/PresentationImpl.h"
 #include "orvane_host/present/detail/ProcessSettings.h"
+#include "orvane_host/present/detail/SheetText.h"
 #include "orvane/overlay/Scene2D.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/Scene.h"
@@ -16,7 +17,6 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cwchar>
 #include <utility>
 
 namespace OV::Host
@@ -55,49 +55,6 @@ AAMode ModeOf(Antialiasing antialiasing)
     case Antialiasing::None: break;
     }
     return AAModeNone;
-}
-
-/// Sign of a unit of length; none for one that has none.
-std::string UnitSign(double metres)
-{
-    static constexpr struct
-    {
-        double metres;
-        const char* sign;
-    } units[] = {{1.0, "m"}, {0.001, "mm"}, {0.01, "cm"}, {0.1, "dm"}, {1000.0, "km"}, {0.3048, "ft"}, {0.0254, "in"}};
-    for (const auto& unit : units)
-    {
-        if (std::abs(metres - unit.metres) < 1e-6 * unit.metres)
-        {
-            return unit.sign;
-        }
-    }
-    return {};
-}
-
-/// UTF-8 in the encoding of the C locale in force; as it is where that has no such characters.
-std::string InLocale(const std::string& utf8)
-{
-    std::string text;
-    std::mbstate_t state{};
-    for (std::size_t at = 0; at < utf8.size();)
-    {
-        const auto head = static_cast<unsigned char>(utf8[at++]);
-        const int more = head < 0xC0 ? 0 : head < 0xE0 ? 1 : head < 0xF0 ? 2 : 3;
-        std::uint32_t character = more == 0 ? head : head & (0x3Fu >> more);
-        for (int i = 0; i < more && at < utf8.size(); ++i)
-        {
-            character = character << 6 | (static_cast<unsigned char>(utf8[at++]) & 0x3Fu);
-        }
-        std::array<char, 64> bytes{};
-        const std::size_t length = std::wcrtomb(bytes.data(), static_cast<wchar_t>(character), &state);
-        if (length > bytes.size())
-        {
-            return utf8;
-        }
-        text.append(bytes.data(), length);
-    }
-    return text;
 }
 
 unsigned int BoundFramebuffer()
@@ -201,9 +158,9 @@ void Presentation::Impl::LayOut()
     if (!m_sheet && (!wanted.title.empty() || wanted.scaleBar || wanted.north))
     {
         SheetOptions sheet;
-        sheet.title = InLocale(wanted.title);
+        sheet.title = Detail::InLocale(wanted.title);
         sheet.scaleBar = wanted.scaleBar;
-        sheet.unit = UnitSign(report.metresPerUnit);
+        sheet.unit = Detail::UnitSign(report.metresPerUnit);
         sheet.north = wanted.north;
         m_sheet = std::make_unique<Sheet>(*context.GetForeground2D(), sheet);
     }
@@ -211,6 +168,7 @@ void Presentation::Impl::LayOut()
     {
         m_sheet->Layout(Camera(), m_width, m_height);
     }
+    LayOutNotes();
 }
 
 void Presentation::Impl::FollowFramebuffer()
@@ -296,7 +254,8 @@ int Presentation::SamplesFor(const PresentationSettings& settings, int width, in
     return static_cast<std::int64_t>(width) * height <= MultisampledPixels ? std::min(UsualSamples, most) : 0;
 }
 
-bool Presentation::Impl::SavePicture(const std::string& path, int pictureWidth, int pictureHeight, std::string& error)
+bool Presentation::Impl::SavePicture(const std::string& path, int pictureWidth, int pictureHeight, float ratio,
+                                     std::string& error)
 {
     Detail::GLFunctions gl;
     if (const char* const missing = gl.Load(&HeadlessContext::GetProcAddress))
@@ -328,7 +287,7 @@ bool Presentation::Impl::SavePicture(const std::string& path, int pictureWidth, 
     const float oldRatio = m_ratio;
     const bool neededDraw = NeedsDraw();
     buffer->Bind();
-    Draw(pictureWidth, pictureHeight, 1.0f);
+    Draw(pictureWidth, pictureHeight, ratio);
     std::vector<unsigned char> rgba;
     const bool isRead = buffer->ReadPixels(rgba);
     if (oldWidth > 0 && oldHeight > 0)

@@ -45,19 +45,6 @@ float AmbientLevelFor(Look look)
     return ShadesEveryPixel(look) ? 0.0f : ImportOptions().ambientLevel;
 }
 
-/// Gives each node an identifier of its own, so that edges part them.
-void NumberNodes(const std::vector<ImportedNode>& nodes)
-{
-    // Of more nodes some share one; they are rarely neighbours.
-    constexpr int most = 0xFFFF;
-    int next = 0;
-    for (const ImportedNode& imported : nodes)
-    {
-        imported.node->SetUserData(next);
-        next = (next + 1) % most;
-    }
-}
-
 std::uint64_t CountNodes(const Node& top)
 {
     // Without recursion: a tree may be deeper than the stack.
@@ -110,10 +97,11 @@ Presentation::Impl::Impl(ImportResult model, bool numbersNodes) :
     UpdateGlobals();
     if (numbersNodes)
     {
-        NumberNodes(nodes);
+        TakeFirstFile(model.error.file);
     }
     else
     {
+        m_isHostsScene = true;
         CountModel();
     }
     MakeLight();
@@ -274,6 +262,7 @@ void Presentation::Impl::UpdateScene(const Changes& changes)
     if (changes.section)
     {
         CutSection();
+        m_areNotesStale = true;
         m_contactShadow.reset();
     }
     if (changes.section || changes.materials)
@@ -365,9 +354,23 @@ void Presentation::Impl::UpdateEdit()
 
 void Presentation::Impl::Refresh()
 {
+    TakeBackAll();
+    ForgetGone();
+    visibility.Refresh();
+    UpdateGlobals();
+    CountModel();
+    DoAllAgain();
+}
+
+void Presentation::Impl::TakeBackAll()
+{
     m_lines.Forget();
     World().RemoveLineStyle(m_style.get());
     m_section.Forget();
+}
+
+void Presentation::Impl::ForgetGone()
+{
     const std::vector<const Node*> present = AllNodes();
     const auto isGone = [&](const Node* node) { return !std::binary_search(present.begin(), present.end(), node); };
     nodes.erase(std::remove_if(nodes.begin(), nodes.end(),
@@ -379,10 +382,20 @@ void Presentation::Impl::Refresh()
     {
         entry = isGone(entry->first) ? m_highlights.erase(entry) : std::next(entry);
     }
-    visibility.Refresh();
-    UpdateGlobals();
-    CountModel();
+    m_labels.erase(std::remove_if(m_labels.begin(), m_labels.end(),
+                                  [&](const NodeLabel& label) { return isGone(label.node); }), m_labels.end());
+    for (std::size_t i = 0; i < files.size(); ++i)
+    {
+        std::vector<Node*>& tops = m_contents[i].tops;
+        files[i].top = files[i].top && isGone(files[i].top) ? nullptr : files[i].top;
+        tops.erase(std::remove_if(tops.begin(), tops.end(), isGone), tops.end());
+    }
+}
+
+void Presentation::Impl::DoAllAgain()
+{
     MakeLight();
+    PlaceLabels();
     Changes all;
     all.section = all.materials = all.lines = all.view = true;
     UpdateScene(all);
@@ -408,6 +421,7 @@ void Presentation::Impl::SetVisibility(bool hasChanged)
     {
         return;
     }
+    m_areNotesStale = true;
     m_contactShadow.reset();
     // What is hidden is not cut.
     Changes changes;

@@ -113,11 +113,15 @@ double Sheet::RoundLength(double limit)
     }
 }
 
+int Sheet::LetterSize(int width, int height)
+{
+    return std::clamp(Round(std::min(width, height) / 45.0), 12, 72);
+}
+
 Sheet::Measures Sheet::MeasuresFor(int width, int height)
 {
-    const int side = std::min(width, height);
     Measures measures;
-    measures.font = std::clamp(Round(side / 45.0), 12, 72);
+    measures.font = LetterSize(width, height);
     measures.margin = std::max(4, measures.font);
     measures.pad = std::max(3, measures.font / 2);
     measures.line = std::max(1, Round(measures.font / 14.0));

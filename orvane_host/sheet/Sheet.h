@@ -69,6 +69,9 @@ public:
     /// is no finite number.
     static double PixelsPerUnit(const CameraNode& camera, int width, int height);
 
+    /// Em of the letters in a picture of this size, in pixels.
+    static int LetterSize(int width, int height);
+
     /// The largest length of 1, 2 or 5 times a power of ten that is not above a limit; 0 for a
     /// limit that is not above 0 or not finite.
     static double RoundLength(double limit);

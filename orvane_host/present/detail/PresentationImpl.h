@@ -8,6 +8,7 @@
 #include "orvane_host/present/detail/HighlightRenderer.h"
 #include "orvane_host/present/detail/MaterialSettings.h"
 #include "orvane_host/present/detail/NodeVisibility.h"
+#include "orvane_host/sheet/Notes.h"
 #include "orvane_host/sheet/Sheet.h"
 #include "orvane_host/sheet/Watermark.h"
 #include "orvane_host/view/SceneFit.h"
@@ -16,6 +17,8 @@
 #include "orvane/platform/ESTextureLoader.h"
 #include "orvane/scene/LineStyle.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>
@@ -34,8 +37,9 @@ namespace OV::Host
 
 class Surroundings;
 
-/// PresentationScene.cpp has what settings do to the scene, PresentationView.cpp what they do to
-/// the camera, PresentationDrawing.cpp what makes a picture of both.
+/// PresentationFiles.cpp has how files come and go, PresentationScene.cpp what settings do to the scene,
+/// PresentationNotes.cpp what stands on the picture, PresentationView.cpp what settings do to the
+/// camera, PresentationDrawing.cpp what makes a picture of both.
 class Presentation::Impl
 {
 public:
@@ -45,8 +49,15 @@ public:
     bool Apply(const PresentationSettings& wanted, std::string& error);
     void Refresh();
 
+    bool Add(ImportResult model, std::string& error);
+    bool Replace(std::size_t place, ImportResult model, std::string& error);
+    bool Remove(std::size_t place);
+
     Node* FindNode(const std::string& path) const;
     void SetVisibility(bool hasChanged);
+    bool SetDimensions(std::vector<Dimension> wanted);
+    bool SetLabel(const Node* node, const std::string* text);
+    void ClearLabels();
     void SetHighlight(Node& node, const std::optional<Color>& color);
     void ClearHighlights();
 
@@ -63,7 +74,7 @@ public:
     bool NeedsDraw() const;
     void Suspend();
     void Resume();
-    bool SavePicture(const std::string& path, int pictureWidth, int pictureHeight, std::string& error);
+    bool SavePicture(const std::string& path, int pictureWidth, int pictureHeight, float ratio, std::string& error);
     std::vector<PickHit> Pick(const PickArea& area);
     std::vector<PickHit> PickThrough(int x, int y, int most);
 
@@ -73,6 +84,8 @@ public:
     ImportReport report;
     std::vector<ImportedNode> nodes;
     std::vector<ImportedMesh> meshes;
+    std::vector<PresentedFile> files;
+    std::vector<Dimension> dimensions;
     PresentationSettings settings;
 
     // Destroyed from the last to the first: what comes later has GL objects of what comes before.
@@ -94,6 +107,21 @@ private:
         bool picture = false; ///< something behind the sheet, whatever
     };
 
+    /// What a file brought.
+    struct Content
+    {
+        std::vector<Node*> tops; ///< below the root of the scene
+        ImportReport report;
+        double scale = 1.0;
+    };
+
+    struct NodeLabel
+    {
+        const Node* node;
+        std::string text; ///< UTF-8
+        QGM::Point3d place; ///< in the node's own space
+    };
+
     Changes ChangesTo(const PresentationSettings& wanted) const;
     /// What of wanted settings comes from files.
     struct Pictures
@@ -105,6 +133,14 @@ private:
     bool Check(const PresentationSettings& wanted, Pictures& pictures, std::string& error) const;
     bool ReadSurroundings(const PresentationSettings& wanted, Pictures& pictures, std::string& error) const;
     void CountModel();
+    void TakeBackAll();
+    void ForgetGone();
+    void DoAllAgain();
+    void NumberNodes();
+    void TakeFirstFile(const std::string& path);
+    void PutFile(std::size_t place, ImportResult model);
+    void TakeFileOut(std::size_t place);
+    void CountFiles();
     void MakeLight();
     float Extent() const;
     float OutlineWidth() const;
@@ -126,9 +162,15 @@ private:
     void PlaceCamera();
     void ConfigureRenderer();
     void LayOut();
+    void LayOutNotes();
+    void PlaceLabels();
+    void MakeNotes();
     bool IsCaptured() const;
     void FollowFramebuffer();
 
+    std::vector<Content> m_contents; ///< of each file
+    std::uint64_t m_nextFile = 1;    ///< number of the next one that comes
+    bool m_isHostsScene = false;     ///< it was not imported
     SectionFaces m_section;
     std::unique_ptr<LineStyle> m_style; ///< in the scene while there are lines
     FeatureLines m_lines;
@@ -140,6 +182,10 @@ private:
     std::shared_ptr<const Surroundings> m_surroundings;
     std::shared_ptr<const Detail::ContactShadow> m_contactShadow; ///< null until it is needed
     std::unique_ptr<Sheet> m_sheet;
+    std::unique_ptr<Notes> m_notes;
+    std::vector<NodeLabel> m_labels;
+    std::vector<std::size_t> m_shownLabels; ///< those of the notes
+    bool m_areNotesStale = false;
 
     int m_width = 0;
     int m_height = 0;

@@ -19,7 +19,9 @@ const std::vector<std::string> Known = {
     "--up",         "--fov",     "--ortho",        "--look",       "--clip",          "--poche",      "--outline",
     "--outline-color", "--edit", "--edges",        "--edge-color", "--ao",            "--lines",      "--crease",
     "--line-width", "--line-color", "--dash",      "--line-offset", "--title",        "--scale-bar",  "--north",
-    "--watermark",  "--pick",    "--stats",        "--frames",     "--surroundings", "--ground",    "--batches",
+    "--watermark",  "--pick",    "--stats",        "--frames",     "--hide",          "--isolate",    "--label",
+    "--distance",   "--angle",   "--up-axis",      "--pixel-ratio",
+    "--surroundings", "--ground",    "--batches",
 };
 
 std::string Help()

@@ -76,7 +76,28 @@ TEST(CommandText, SaysWhatTheToolHasNoOptionFor)
 {
     Host::PresentationSettings settings;
     settings.background = Color(0.5f, 0.5f, 0.5f);
-    settings.view.upAxis = Host::UpAxis::Z;
     const RenderCommand command = MakeRenderCommand(settings, "a.obj", 1, 1, "out.png");
-    EXPECT_THAT(command.leftOut, ElementsAre("up is not Y", "the colour of --background is rounded"));
+    EXPECT_THAT(command.leftOut, ElementsAre("the colour of --background is rounded"));
+}
+
+TEST(CommandText, TellsWhatIsNoSetting)
+{
+    Shown shown;
+    shown.besides = {"b.obj", "-c.obj"};
+    shown.hidden = {"house/roof", "-odd"};
+    shown.isolated = "house";
+    shown.labels = {"house/door"};
+    shown.dimensions = {{{{5000000.125, 0.1, -3}, {1, 2, 3}}}, {{{1, 0, 0}, {0, 0, 0}, {0, 1, 0}}}};
+    shown.pixelRatio = 1.5f;
+    Host::PresentationSettings settings;
+    settings.view.upAxis = Host::UpAxis::Z;
+    const RenderCommand command = MakeRenderCommand(settings, "a.obj", 1, 1, "out.png", shown);
+    const std::string line = command.ToShell();
+    EXPECT_NE(line.find("orvane-render a.obj b.obj ./-c.obj -o out.png"), std::string::npos) << line;
+    for (const char* word : {"--up-axis=z", "--hide=house/roof", "--hide=-odd", "--isolate=house", "--label=house/door",
+                             "--distance=5000000.125,0.1,-3,1,2,3", "--angle=1,0,0,0,0,0,0,1,0", "--pixel-ratio=1.5"})
+    {
+        EXPECT_THAT(command.arguments, Contains(word));
+    }
+    EXPECT_TRUE(command.leftOut.empty());
 }

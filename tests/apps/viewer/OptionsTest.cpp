@@ -21,7 +21,7 @@ TEST(ViewerOptions, NothingIsNeeded)
 {
     const Command command = Parse({});
     EXPECT_TRUE(command.run);
-    EXPECT_EQ(command.options.model, "");
+    EXPECT_TRUE(command.options.models.empty());
     EXPECT_EQ(command.options.width, 1280);
     EXPECT_FALSE(command.options.watch);
 }
@@ -31,13 +31,20 @@ TEST(ViewerOptions, AreTakenOver)
     const Command command = Parse({"a.obj", "--size", "300x20", "--script", "s.txt", "--watch", "--forget",
                                    "--settings", "look.json"});
     EXPECT_TRUE(command.run);
-    EXPECT_EQ(command.options.model, "a.obj");
+    EXPECT_EQ(command.options.models, std::vector<std::string>{"a.obj"});
     EXPECT_EQ(command.options.width, 300);
     EXPECT_EQ(command.options.height, 20);
     EXPECT_EQ(command.options.script, "s.txt");
     EXPECT_EQ(command.options.settings, "look.json");
     EXPECT_TRUE(command.options.watch);
     EXPECT_TRUE(command.options.forget);
+}
+
+TEST(ViewerOptions, SeveralModelsStandBesideEachOther)
+{
+    const Command command = Parse({"a.obj", "--watch", "b.obj", "a.obj"});
+    EXPECT_TRUE(command.run);
+    EXPECT_EQ(command.options.models, (std::vector<std::string>{"a.obj", "b.obj", "a.obj"}));
 }
 
 TEST(ViewerOptions, WrongUsageIsStatusTwo)
@@ -48,7 +55,6 @@ TEST(ViewerOptions, WrongUsageIsStatusTwo)
         EXPECT_FALSE(command.run) << size;
         EXPECT_EQ(command.exitCode, 2) << size;
     }
-    EXPECT_EQ(Parse({"a.obj", "b.obj"}).exitCode, 2);
     EXPECT_EQ(Parse({"--scale", "0.4"}).exitCode, 2);
     EXPECT_EQ(Parse({"--scale", "9"}).exitCode, 2);
     EXPECT_EQ(Parse({"--scale", "2"}).options.scale, 2.0f);

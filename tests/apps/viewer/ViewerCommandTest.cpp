@@ -9,9 +9,11 @@ class ViewerCommand : public ViewerTool
 {
 protected:
     /// Expects that the command which is told draws the picture that is saved.
-    void ExpectCommandDraws(const std::string& model, const std::string& script) const
+    void ExpectCommandDraws(const std::string& model, const std::string& script,
+                            const std::vector<std::string>& options = {"--forget"}) const
     {
-        const std::string told = View(model, script + "\nwait\npicture FOLDER/seen.png\nprint command");
+        SCOPED_TRACE(script);
+        const std::string told = View(model, script + "\nwait\npicture FOLDER/seen.png\nprint command", options);
         const std::size_t begin = told.find(" ");
         ASSERT_NE(begin, std::string::npos);
         std::string command = told.substr(begin + 1, told.find_last_not_of('\n') - begin);
@@ -53,4 +55,33 @@ TEST_F(ViewerCommand, TellsEverySettingThatTheToolHas)
 TEST_F(ViewerCommand, LeavesTheSelectionOut)
 {
     ExpectCommandDraws(WriteCube(), "click 320,240\nexpect selection cube");
+}
+
+TEST_F(ViewerCommand, LeavesOutWhatIsHidden)
+{
+    const std::string pair = WritePair();
+    ExpectCommandDraws(pair, "select left\nkey h");
+    ExpectCommandDraws(pair, "select right\nkey i\nset view.upAxis \"z\"\nset view.named \"front\"");
+}
+
+TEST_F(ViewerCommand, DrawsMeasuresAndNames)
+{
+    const std::string told =
+        View(WritePair(), "view front\nwait\nkey m\nclick 120,240\nclick 520,240\nkey escape\nselect left\nkey n\n"
+                          "wait\nprint command");
+    EXPECT_NE(told.find("--distance="), std::string::npos) << told;
+    EXPECT_NE(told.find("--label="), std::string::npos) << told;
+    ExpectCommandDraws(WritePair(), "view front\nwait\nkey m\nclick 120,240\nclick 520,240\nkey shift+m\nclick 120,240\n"
+                                    "click 320,240\nclick 520,240\nkey escape\nkey escape\nselect left\nkey n");
+}
+
+TEST_F(ViewerCommand, DrawsLinesAsWideAsOnAFineScreen)
+{
+    ExpectCommandDraws(WriteCube(), "set lines {\"width\": 2, \"dash\": 6}", {"--forget", "--scale", "2"});
+}
+
+TEST_F(ViewerCommand, NamesAllFiles)
+{
+    const std::string other = WriteObj("other.obj", "v 2 0 0\nv 4 0 0\nv 2 2 0\nf 1 2 3\n");
+    ExpectCommandDraws(WriteCube(), "add " + other + "\nwait\nselect other.obj\nkey n");
 }

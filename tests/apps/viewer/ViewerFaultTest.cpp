@@ -49,6 +49,17 @@ TEST_F(ViewerFault, AWindowMayBeResizedAgainAndAgain)
     EXPECT_EQ(PictureAt("after.png").GetHeight(), 480);
 }
 
+TEST_F(ViewerFault, AMinimisedWindowDrawsNothingAndComesBackAsItWas)
+{
+    const std::string told =
+        View(WriteCube(), "set occlusion true\nwait\nscreenshot FOLDER/before.png\nwait\nminimise\nwait\nprint statistics\n"
+                          "key l\nkey l\nview top\nwait\nprint statistics\nview iso\nwait\nrestore\nwait\n"
+                          "screenshot FOLDER/after.png");
+    const std::size_t line = told.find('\n');
+    EXPECT_EQ(told.substr(0, line), told.substr(line + 1, line)) << told;
+    ExpectSame(PictureAt("before.png"), PictureAt("after.png"));
+}
+
 TEST_F(ViewerFault, MayBeClosedWhileAFileIsRead)
 {
     View("", "begin-open " + TestModel("IFC/AC14-FZK-Haus.ifc"));

@@ -7,13 +7,6 @@ namespace
 
 class ViewerLook : public ViewerTool
 {
-protected:
-    /// Two squares side by side, as nodes of their own.
-    std::string WritePair() const
-    {
-        return WriteObj("pair.obj", "o left\nv -3 -1 0\nv -1 -1 0\nv -1 1 0\nv -3 1 0\nf 1 2 3 4\n"
-                                    "o right\nusemtl green\nv 1 -1 0\nv 3 -1 0\nv 3 1 0\nv 1 1 0\nf 5 6 7 8\n");
-    }
 };
 
 } // namespace
@@ -152,4 +145,23 @@ TEST_F(ViewerLook, FinerScreensHaveMorePixelsOfTheSamePoints)
     ASSERT_EQ(fine.GetHeight(), 960);
     EXPECT_EQ(fine.At(240, 480), coarse.At(120, 240));
     EXPECT_EQ(fine.At(1040, 480), coarse.At(520, 240));
+}
+
+TEST_F(ViewerLook, AScreenWithOtherPixelsIsFollowed)
+{
+    // A window of as many pixels, half as many points: what is measured in points grows.
+    const std::string script = "set lines {\"width\": 3}\nview front\nwait\n";
+    View(WriteCube(), script + "resize 640x480\nscreenshot FOLDER/coarse.png\nscale 2\nresize 640x480\nwait\n"
+                      "screenshot FOLDER/fine.png\nscale 1\nresize 640x480\nwait\nscreenshot FOLDER/back.png");
+    View(WriteCube(), script + "screenshot FOLDER/straight.png", {"--forget", "--scale", "2"});
+    EXPECT_EQ(PictureAt("fine.png").GetWidth(), 1280);
+    ExpectSame(PictureAt("fine.png"), PictureAt("straight.png"));
+    ExpectSame(PictureAt("back.png"), PictureAt("coarse.png"));
+}
+
+TEST_F(ViewerLook, APictureMayHaveAnySize)
+{
+    const std::string cube = WriteCube();
+    View(cube, "view front\nwait\npicture-of 333x777 FOLDER/tall.png");
+    ExpectSame(PictureAt("tall.png"), Render(cube, {"--view", "front", "--size", "333x777", "--samples", "4"}));
 }

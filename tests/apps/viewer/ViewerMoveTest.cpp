@@ -1,6 +1,7 @@
+#include "tests/apps/viewer/RandomActions.h"
 #include "tests/apps/viewer/ViewerTool.h"
 
-#include <random>
+#include <utility>
 
 using namespace OV::Test;
 
@@ -99,28 +100,52 @@ TEST_F(ViewerMove, WalksOnWhatIsUnderfoot)
     EXPECT_NEAR(heightAfter("key w\nkey w\nkey s\n"), 1.6, 1e-4);
 }
 
+TEST_F(ViewerMove, WallsStopAPersonWhoWalks)
+{
+    // A floor, and a wall across the way two metres ahead.
+    const std::string room = WriteObj("room.obj",
+                                      "v -9 0 -9\nv 9 0 -9\nv 9 0 9\nv -9 0 9\nf 4 3 2 1\n"
+                                      "o wall\nv 2 0 -9\nv 2 3 -9\nv 2 3 9\nv 2 0 9\nf 5 6 7 8\n");
+    const std::string begin = "set cullBacks false\nset view.eye [0, 1.6, 0]\nset view.target [4, 1.6, 0]\n";
+    std::string steps;
+    for (int i = 0; i < 8; ++i)
+    {
+        steps += "key w\n";
+    }
+    const auto placeAfter = [&](const std::string& keys)
+    {
+        const std::string told = View(room, begin + keys + "wait\nprint settings");
+        return std::stod(told.substr(told.find('[', told.find("\"eye\"")) + 1));
+    };
+    EXPECT_NEAR(placeAfter(steps), 1.7, 1e-4);
+    EXPECT_NEAR(placeAfter("select wall\nkey h\n" + steps), 4.0, 1e-4) << "what is hidden stops nobody";
+}
+
+TEST_F(ViewerMove, ASwipeMovesAndGoesOnMovingWhereItBegan)
+{
+    const auto targetAfter = [this](const std::string& swipes)
+    {
+        const std::string told = View(WriteCube(), "view front\nwait\nkey f\nwait\n" + swipes + "wait\nprint settings");
+        const std::size_t eye = told.find('[', told.find("\"eye\""));
+        const std::size_t target = told.find('[', told.find("\"target\""));
+        const std::size_t height = told.find(',', told.find(',', eye) + 1);
+        return std::pair(std::stod(told.substr(target + 1)), std::stod(told.substr(height + 1)));
+    };
+    const auto before = targetAfter("");
+    // It begins to the side; what goes up after that moves as well, and comes no nearer.
+    const auto swiped = targetAfter("swipe 300,240 3,0.5\nswipe 300,240 0,2\n");
+    EXPECT_LT(swiped.first, before.first - 0.05);
+    EXPECT_NEAR(swiped.second, before.second, 1e-4);
+    const auto scrolled = targetAfter("move 320,240\nswipe 320,240 0,2\nswipe 320,240 0.5,0\n");
+    EXPECT_LT(scrolled.second, before.second - 0.1);
+    EXPECT_NEAR(scrolled.first, before.first, 0.02);
+}
+
 TEST_F(ViewerMove, RandomActionsDoNoHarm)
 {
-    static constexpr const char* keys[] = {"1", "2", "6", "f", "p", "h", "i", "shift+h", "e", "l", "o", "m", "shift+m", "w", "s", "a", "d", "n", "escape",
-                                           "tab", "?", "f9", "left", "up", "page-up", "page-down", "shift+right"};
-    static constexpr const char* looks[] = {"basic", "advanced", "phong", "crosshatch", "monotone", "vertex-color"};
-    std::mt19937 random(11);
-    const auto below = [&](int end) { return static_cast<int>(random() % static_cast<unsigned>(end)); };
-    const auto point = [&] { return std::to_string(below(640)) + "," + std::to_string(40 + below(400)); };
-    std::string script;
-    // As many as a test has time for.
-    for (int step = 0; step < 150; ++step)
-    {
-        switch (below(8))
-        {
-        case 0: script += "click " + point() + "\n"; break;
-        case 1: script += "drag " + point() + " " + point() + "\n"; break;
-        case 2: script += "ctrl-drag " + point() + " " + point() + "\n"; break;
-        case 3: script += "scroll " + point() + " " + std::to_string(below(7) - 3) + "\n"; break;
-        case 4: script += std::string("look ") + looks[below(6)] + "\n"; break;
-        case 5: script += "middle-drag " + point() + " " + point() + "\n"; break;
-        default: script += std::string("key ") + keys[below(27)] + "\n"; break;
-        }
-    }
-    View(WriteCube(), script + "wait\nexpect model cube.obj");
+    WriteRandomModels(folder.Path());
+    // As many as a test has time for; viewer_random_actions does more.
+    const std::string told = View(folder.Path("one.obj"), MakeRandomScript(11, 150, folder.Path()) + "print models",
+                                  {"--forget", "--watch"});
+    EXPECT_NE(told.find(".obj"), std::string::npos);
 }

@@ -7,13 +7,6 @@ namespace
 
 class ViewerPanel : public ViewerTool
 {
-protected:
-    /// Two squares side by side, as nodes of their own.
-    std::string WritePair() const
-    {
-        return WriteObj("pair.obj", "o left\nv -3 -1 0\nv -1 -1 0\nv -1 1 0\nv -3 1 0\nf 1 2 3 4\n"
-                                    "o right\nusemtl green\nv 1 -1 0\nv 3 -1 0\nv 3 1 0\nv 1 1 0\nf 5 6 7 8\n");
-    }
 };
 
 /// Wide enough for both sides.

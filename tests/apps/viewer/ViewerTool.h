@@ -29,6 +29,13 @@ protected:
 
     ProcessResult RunViewer(const std::vector<std::string>& arguments) const;
 
+    /// A model of two squares side by side, as nodes of their own.
+    std::string WritePair() const
+    {
+        return WriteObj("pair.obj", "o left\nv -3 -1 0\nv -1 -1 0\nv -1 1 0\nv -3 1 0\nf 1 2 3 4\n"
+                                    "o right\nusemtl green\nv 1 -1 0\nv 3 -1 0\nv 3 1 0\nv 1 1 0\nf 5 6 7 8\n");
+    }
+
     Picture PictureAt(const std::string& name) const;
 
     /// The file of the program's state.
