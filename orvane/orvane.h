@@ -99,6 +99,7 @@
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/Node.h"
 #include "orvane/scene/NodeLineStyle.h"
+#include "orvane/scene/NodeListener.h"
 #include "orvane/scene/NodeMaterial.h"
 #include "orvane/scene/NodeType.h"
 #include "orvane/scene/RawLine.h"

@@ -3,6 +3,7 @@
 // Everything that the host kit offers.
 #include "orvane_host/context/GLStateGuard.h"
 #include "orvane_host/context/HeadlessContext.h"
+#include "orvane_host/geometry/CullTree.h"
 #include "orvane_host/geometry/FeatureEdges.h"
 #include "orvane_host/geometry/FeatureLines.h"
 #include "orvane_host/geometry/Polyline.h"
@@ -12,6 +13,7 @@
 #include "orvane_host/geometry/SectionFill.h"
 #include "orvane_host/geometry/SunHours.h"
 #include "orvane_host/geometry/TriangleMesh.h"
+#include "orvane_host/geometry/ViewVolume.h"
 #include "orvane_host/import/ImportOptions.h"
 #include "orvane_host/import/ImportResult.h"
 #include "orvane_host/import/ModelImporter.h"
@@ -19,6 +21,7 @@
 #include "orvane_host/import/NodePath.h"
 #include "orvane_host/output/PictureFile.h"
 #include "orvane_host/output/WritePNG.h"
+#include "orvane_host/present/BatchSettings.h"
 #include "orvane_host/present/BlankPicture.h"
 #include "orvane_host/present/DrawCounts.h"
 #include "orvane_host/present/EdgeLook.h"

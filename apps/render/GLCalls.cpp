@@ -104,6 +104,7 @@ const GLCallCounts& GLCallCounter::GetCounts() const
 #undef glBindFramebuffer
 #undef glBindRenderbuffer
 #undef glBlitFramebuffer
+#undef glMultiDrawElements
 #undef glUseProgram
 #undef glVertexAttrib4f
 
@@ -118,6 +119,9 @@ const GLCallCounts& GLCallCounter::GetCounts() const
 ORVANE_COUNTED(Draw, glDrawArrays, (GLenum mode, GLint first, GLsizei count), (mode, first, count))
 ORVANE_COUNTED(Draw, glDrawElements, (GLenum mode, GLsizei count, GLenum type, const void* indices),
                (mode, count, type, indices))
+ORVANE_COUNTED(Draw, glMultiDrawElements,
+               (GLenum mode, const GLsizei* counts, GLenum type, const void* const* indices, GLsizei drawCount),
+               (mode, counts, type, indices, drawCount))
 ORVANE_COUNTED(Program, glUseProgram, (GLuint program), (program))
 ORVANE_COUNTED(Attribute, glVertexAttrib4f, (GLuint index, GLfloat x, GLfloat y, GLfloat z, GLfloat w),
                (index, x, y, z, w))

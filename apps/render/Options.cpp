@@ -52,6 +52,7 @@ struct Texts
     Host::LineSettings lineLook;
     bool noCull = false;
     std::optional<std::string> pick;
+    std::string batches = "auto";
     std::vector<std::string> models;
     std::optional<std::string> upAxis;
     NodeTexts nodes;
@@ -71,6 +72,18 @@ constexpr NamedAntialiasing kAntialiasing[] = {
     {"msaa", Host::Antialiasing::Multisampling},
     {"fxaa", Host::Antialiasing::Filter},
     {"ssaa", Host::Antialiasing::Supersampling},
+};
+
+struct NamedBatchUse
+{
+    const char* name;
+    Host::BatchUse use;
+};
+
+constexpr NamedBatchUse kBatchUses[] = {
+    {"auto", Host::BatchUse::Auto},
+    {"on", Host::BatchUse::On},
+    {"off", Host::BatchUse::Off},
 };
 
 /// Names what has to be there in the line of usage.
@@ -163,6 +176,10 @@ void DefinePictureOptions(CLI::App& app, Options& options, Texts& texts)
     app.add_option("--samples", options.settings.samples, "Samples a pixel of msaa, 0 for hard edges; if left out 4,\n"
                                                  "or 0 where GL has none")
         ->option_text("N")->group(group);
+    app.add_option("--batches", texts.batches, "Whether what stands still is drawn together, in few\n"
+                                               "calls: on, off, or auto, where there is much of it;\n"
+                                               "auto if left out")
+        ->option_text("NAME")->group(group);
     app.add_option("--background", texts.background, "Colour behind the model, of fog and of the horizon;\n"
                                                      "FFFFFF if left out")
         ->option_text("RRGGBB")->group(group);
@@ -333,6 +350,17 @@ void CheckRanges(const Options& options)
 std::string UsualAntialiasing(const Texts& texts, const Options& options)
 {
     return !texts.clips.empty() && !options.settings.samples ? "ssaa" : "msaa";
+}
+
+void InterpretBatches(const Texts& texts, Options& options)
+{
+    const auto found = std::find_if(std::begin(kBatchUses), std::end(kBatchUses),
+                                    [&](const NamedBatchUse& named) { return named.name == texts.batches; });
+    if (found == std::end(kBatchUses))
+    {
+        throw Bad("--batches", texts.batches, "one of auto, on, off");
+    }
+    options.settings.batches.use = found->use;
 }
 
 void InterpretAntialiasing(const Texts& texts, Options& options)
@@ -586,6 +614,7 @@ void Interpret(const Texts& texts, Options& options)
     {
         options.settings.fog = ParseFog(*texts.fog);
     }
+    InterpretBatches(texts, options);
     if (texts.ground)
     {
         options.settings.ground = ParseGround(*texts.ground);

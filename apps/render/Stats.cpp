@@ -42,6 +42,8 @@ void Stats::AddTo(nlohmann::ordered_json& json) const
     json["triangles"] = presented.triangles;
     json["draws"] = presented.drawn.draws;
     json["drawn_triangles"] = presented.drawn.drawnTriangles;
+    json["batches"] = presented.batches.batches;
+    json["batched"] = presented.batches.pieces;
     json["buffers"] = presented.drawn.buffers;
     json["bytes"] = presented.drawn.bytes;
     nlohmann::ordered_json& kinds = json["gl_calls"];

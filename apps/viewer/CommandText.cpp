@@ -72,6 +72,17 @@ const char* NameOf(Host::Antialiasing antialiasing)
     return "ssaa";
 }
 
+const char* NameOf(Host::BatchUse use)
+{
+    switch (use)
+    {
+    case Host::BatchUse::Auto: return "auto";
+    case Host::BatchUse::On: return "on";
+    case Host::BatchUse::Off: break;
+    }
+    return "off";
+}
+
 bool IsPlain(const std::string& word)
 {
     return !word.empty() && std::all_of(word.begin(), word.end(), [](char character) {
@@ -345,6 +356,14 @@ RenderCommand MakeRenderCommand(const Host::PresentationSettings& settings, cons
     if (settings.samples && settings.antialiasing == Host::Antialiasing::Multisampling)
     {
         builder.Add("--samples", std::to_string(*settings.samples));
+    }
+    if (settings.batches.use != Host::BatchUse::Auto)
+    {
+        builder.Add("--batches", NameOf(settings.batches.use));
+    }
+    if (settings.batches.smallestPixels > 0.0f)
+    {
+        builder.LeaveOut("small things are drawn");
     }
     AddView(builder, settings.view);
     AddSurfaces(builder, settings);

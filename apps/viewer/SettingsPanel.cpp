@@ -317,7 +317,8 @@ bool EditPicture(Settings& settings)
                                { return ImGui::SliderInt("Number", &samples, 0, 16, "%d", ImGuiSliderFlags_AlwaysClamp); })
             || changed;
     }
-    return changed;
+    changed = Choose("Draw together", settings.batches.use, {"Where it pays", "Always", "Never"}) || changed;
+    return EditSlider("Leave out below", settings.batches.smallestPixels, 0.0f, 8.0f, "%.1f pixels") || changed;
 }
 
 bool EditPlace(std::optional<Host::GeoPlace>& place)

@@ -49,6 +49,7 @@ Material::~Material()
     for (Mesh* mesh : meshes)
     {
         mesh->material = nullptr;
+        mesh->TellNodes();
     }
     detail::Walk::DiscardDrawn(std::move(renderData));
 }
@@ -82,6 +83,7 @@ bool Material::AddMesh(Mesh* mesh)
     {
         mesh->material = this;
         ++m_meshesRevision;
+        mesh->TellNodes();
     }
     return true;
 }
@@ -94,9 +96,11 @@ bool Material::RemoveMesh(Mesh* mesh)
         return false;
     }
     // A copy of a mesh stands for it here: it is the entry that leaves.
-    (*found)->material = nullptr;
+    Mesh* const leaving = *found;
+    leaving->material = nullptr;
     meshes.erase(found);
     ++m_meshesRevision;
+    leaving->TellNodes();
     return true;
 }
 

@@ -3,6 +3,7 @@
 #include "orvane/base/detail/Walk.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/MeshNode.h"
+#include "orvane/scene/NodeListener.h"
 #include "orvane/scene/RawMesh.h"
 #include "orvane/scene/Scene.h"
 #include "orvane/scene/detail/DrawItemPlace.h"
@@ -95,6 +96,7 @@ Mesh& Mesh::operator=(const Mesh& other)
     {
         ownMaterial->AddMesh(this);
     }
+    TellNodes();
     return *this;
 }
 
@@ -353,6 +355,22 @@ void Mesh::DrawIDChanged()
     if (material)
     {
         ++material->m_meshesRevision;
+    }
+    TellNodes();
+}
+
+void Mesh::TellNodes() const
+{
+    if (scene && !scene->HasNodeListeners())
+    {
+        return;
+    }
+    for (MeshNode* node : nodes)
+    {
+        if (node)
+        {
+            node->TellChange(NodeChangeMeshes);
+        }
     }
 }
 

@@ -107,11 +107,13 @@ public:
     void SetFlags(MeshFlags bits)
     {
         flags |= bits;
+        TellNodes();
     }
 
     void ClearFlags(MeshFlags bits)
     {
         flags &= ~bits;
+        TellNodes();
     }
 
     /// Rises in order of creation, over all meshes of the process.
@@ -225,6 +227,9 @@ private:
 
     /// Tells the material, so that nobody goes by an older list of its meshes.
     void DrawIDChanged();
+
+    /// Tells who listens to the nodes that they show another mesh now.
+    void TellNodes() const;
 
     /// One for each entry of the nodes, rising, and kept where the node has left: a node that
     /// knows its own is found by bisection, however many stand before it. None for a node that

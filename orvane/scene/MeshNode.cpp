@@ -4,6 +4,7 @@
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/NodeLineStyle.h"
+#include "orvane/scene/NodeListener.h"
 #include "orvane/scene/NodeMaterial.h"
 #include "orvane/scene/Scene.h"
 #include "orvane/scene/detail/Box.h"
@@ -139,13 +140,10 @@ bool MeshNode::FrustumCulling(float& nearValue, float& farValue)
     }
 
     // A culled node has passed over each of its meshes: the range is as it was.
-    if (culled)
+    if (culled != ((flags & NodeFlagCulled) != 0))
     {
-        flags |= NodeFlagCulled;
-    }
-    else
-    {
-        flags &= ~NodeFlagCulled;
+        flags ^= NodeFlagCulled;
+        TellStateChange();
     }
     return culled;
 }
@@ -163,13 +161,15 @@ void MeshNode::ClearFlags(NodeFlags bits, bool recursive)
 void MeshNode::ChangeFlags(unsigned int kept, unsigned int added, bool recursive)
 {
     flags = (flags & kept) | added;
+    TellStateChange();
     for (Node* node = recursive ? NextInTree(this, this, true) : nullptr; node;)
     {
         const bool isMeshNode = node->HasType(NodeTypeMeshNode);
         if (isMeshNode)
         {
-            unsigned int& flagsBelow = static_cast<MeshNode*>(node)->flags;
-            flagsBelow = (flagsBelow & kept) | added;
+            auto* const below = static_cast<MeshNode*>(node);
+            below->flags = (below->flags & kept) | added;
+            below->TellStateChange();
         }
         node = NextInTree(node, this, isMeshNode);
     }
@@ -191,6 +191,7 @@ void MeshNode::PushNodeMaterial(NodeMaterial* material)
     {
         nodeMaterials.push_back(material);
         flags |= NodeFlagHasNodeMaterial;
+        TellStateChange();
     }
 }
 
@@ -201,6 +202,7 @@ void MeshNode::RemoveNodeMaterial(NodeMaterial* material)
     {
         flags &= ~NodeFlagHasNodeMaterial;
     }
+    TellStateChange();
 }
 
 MeshNode::Links& MeshNode::MakeLinks()
@@ -223,6 +225,7 @@ void MeshNode::AddMesh(Mesh* mesh, std::uint64_t rank)
     if (meshes.size() == 1)
     {
         m_firstRank = rank;
+        TellChange(NodeChangeMeshes);
         return;
     }
     try
@@ -234,11 +237,13 @@ void MeshNode::AddMesh(Mesh* mesh, std::uint64_t rank)
         meshes.pop_back();
         throw;
     }
+    TellChange(NodeChangeMeshes);
 }
 
 void MeshNode::RemoveMeshAt(std::size_t index)
 {
     meshes.erase(meshes.begin() + static_cast<std::ptrdiff_t>(index));
+    TellChange(NodeChangeMeshes);
     if (meshes.empty())
     {
         return;
@@ -250,6 +255,11 @@ void MeshNode::RemoveMeshAt(std::size_t index)
         index = 1;
     }
     later.erase(later.begin() + static_cast<std::ptrdiff_t>(index - 1));
+}
+
+void MeshNode::TellStateChange()
+{
+    TellChange(NodeChangeState);
 }
 
 bool MeshNode::MatchesUpdateID() const

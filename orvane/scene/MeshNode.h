@@ -78,6 +78,7 @@ public:
     void SetDrawID(unsigned int id)
     {
         drawID = id;
+        TellStateChange();
     }
 
     bool UsingDrawID() const
@@ -88,7 +89,7 @@ public:
     /// Keeps the node from being drawn until the next SetDrawID.
     void InvalidateDrawID()
     {
-        drawID = 1;
+        SetDrawID(1);
     }
 
     /// False for a node that uses a draw ID and has no scene.
@@ -143,6 +144,8 @@ private:
     struct Links;
 
     Links& MakeLinks();
+
+    void TellStateChange();
 
     void ChangeFlags(unsigned int kept, unsigned int added, bool recursive);
 

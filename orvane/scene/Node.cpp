@@ -1,6 +1,7 @@
 #include "orvane/scene/Node.h"
 
 #include "orvane/base/detail/Walk.h"
+#include "orvane/scene/NodeListener.h"
 #include "orvane/scene/Scene.h"
 #include "orvane/scene/detail/MarkedChildren.h"
 #include "orvane/scene/detail/OwnedObject.h"
@@ -104,6 +105,7 @@ void Node::UpdateGraph()
             global.ExtractMatrix(m_globalMatrix, true);
             globalMatrixDirty.m_state = MatrixFlag::UpAhead;
         }
+        TellChange(NodeChangePlace);
     }
     if (!m_marked || children.empty())
     {
@@ -358,6 +360,19 @@ bool Node::IsSameOrAbove(const Node* other) const
         below = NextInTree(below, this, true);
     }
     return false;
+}
+
+void Node::TellChange(NodeChange change)
+{
+    if (scene && scene->HasNodeListeners())
+    {
+        scene->TellNodeChanged(*this, change);
+    }
+}
+
+void Node::TellIdentityChange()
+{
+    TellChange(NodeChangeIdentity);
 }
 
 void Node::MarkMoved()

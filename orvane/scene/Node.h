@@ -18,6 +18,7 @@ namespace OV
 {
 
 class Scene;
+enum NodeChange : unsigned;
 
 namespace detail
 {
@@ -180,6 +181,7 @@ public:
     void SetUserData(int data)
     {
         userData = data;
+        TellIdentityChange();
     }
 
     /// The host's identification of this place, compared with the path of the part of the
@@ -192,6 +194,7 @@ public:
     void SetPath(const Path& newPath)
     {
         path = newPath;
+        TellIdentityChange();
     }
 
     Object* GetAnimationData() const
@@ -247,6 +250,9 @@ protected:
         TreeWalkBox,
         TreeWalkCount,
     };
+
+    /// Tells the listeners of the scene, if there are any.
+    void TellChange(NodeChange change);
 
     /// The node after this one in the tree below top, a node before its children; null at the
     /// end.
@@ -305,6 +311,7 @@ private:
     bool IsSameOrAbove(const Node* other) const;
 
     void MarkMoved();
+    void TellIdentityChange();
 
     /// Lets the next walk of this update come to this node.
     void Mark(unsigned int current)

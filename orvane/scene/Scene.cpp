@@ -7,6 +7,7 @@
 #include "orvane/scene/LineStyle.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
+#include "orvane/scene/NodeListener.h"
 #include "orvane/scene/detail/Erase.h"
 #include "orvane/scene/detail/TreeCursor.h"
 
@@ -305,6 +306,37 @@ bool Scene::GetOverrideViewport(int& x, int& y, int& width, int& height) const
     width = viewport.width;
     height = viewport.height;
     return viewportOverridden;
+}
+
+void Scene::AddNodeListener(NodeListener* listener)
+{
+    if (!listener || listener->m_scene == this)
+    {
+        return;
+    }
+    if (listener->m_scene)
+    {
+        listener->m_scene->RemoveNodeListener(listener);
+    }
+    m_nodeListeners.push_back(listener);
+    listener->m_scene = this;
+}
+
+void Scene::RemoveNodeListener(NodeListener* listener)
+{
+    if (listener && listener->m_scene == this)
+    {
+        detail::EraseFirst(m_nodeListeners, listener);
+        listener->m_scene = nullptr;
+    }
+}
+
+void Scene::TellNodeChanged(Node& node, NodeChange change)
+{
+    for (NodeListener* listener : m_nodeListeners)
+    {
+        listener->NodeChanged(node, change);
+    }
 }
 
 } // namespace OV

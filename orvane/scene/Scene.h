@@ -21,7 +21,9 @@ class Material;
 class Mesh;
 class MeshNode;
 class Node;
+class NodeListener;
 class Vector;
+enum NodeChange : unsigned;
 struct DrawItemPlace;
 
 namespace detail
@@ -264,6 +266,18 @@ public:
     /// scene it returns at once.
     void Frame();
 
+    /// Tells a listener what changes at the nodes from now on. It stays the caller's; it leaves the
+    /// scene that it listened to before. Nothing happens for null.
+    void AddNodeListener(NodeListener* listener);
+
+    /// Nothing for a listener that is not there.
+    void RemoveNodeListener(NodeListener* listener);
+
+    bool HasNodeListeners() const
+    {
+        return !m_nodeListeners.empty();
+    }
+
     /// Deletes the node and everything below it, and marks the scene dirty, also for null.
     /// Called from within an operation of the engine it takes them out of the tree and off their
     /// meshes at once and deletes them when the outermost operation ends.
@@ -339,6 +353,8 @@ private:
         std::vector<Material*> optimizedMaterials;
         std::vector<Material*> alphaMaterials;
     };
+
+    void TellNodeChanged(Node& node, NodeChange change);
 
     void Register(Node* node);
     void Unregister(Node* node);
@@ -417,6 +433,7 @@ private:
     Node* m_firstNode = nullptr;
     unsigned int m_visitedNodesMarkedAt = 0;
     std::unique_ptr<detail::TreeWalks> m_treeWalks;
+    std::vector<NodeListener*> m_nodeListeners;
     std::vector<DrawItemLink> m_drawItemLinks;
     mutable bool m_hasGoneDrawItems = false;
     /// Draw items out of use, so that filling the list anew allocates nothing.

@@ -7,6 +7,7 @@
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
+#include "orvane/scene/NodeListener.h"
 #include "orvane/scene/Scene.h"
 #include "orvane/scene/detail/Erase.h"
 #include "orvane/scene/detail/Subtree.h"
@@ -66,6 +67,11 @@ void DeleteNodes(Node* top)
 Scene::~Scene()
 {
     detail::Walk::Tell(this);
+    for (NodeListener* listener : std::exchange(m_nodeListeners, {}))
+    {
+        listener->m_scene = nullptr;
+        listener->SceneGone();
+    }
     Cleanup();
     DeleteContentsSetAside();
     SetCamera(nullptr);

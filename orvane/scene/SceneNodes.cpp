@@ -2,6 +2,7 @@
 
 #include "orvane/scene/LightNode.h"
 #include "orvane/scene/MeshNode.h"
+#include "orvane/scene/NodeListener.h"
 #include "orvane/scene/Scene.h"
 #include "orvane/scene/detail/TreeCursor.h"
 
@@ -51,6 +52,10 @@ void Scene::Register(Node* node)
 
 void Scene::Unregister(Node* node)
 {
+    for (NodeListener* listener : m_nodeListeners)
+    {
+        listener->NodeGone(*node);
+    }
     Unlink(node);
     if (root == node)
     {

@@ -364,7 +364,16 @@ PresentationStatistics Presentation::GetStatistics() const
     {
         scenes.push_back(sky);
     }
-    return {m_impl->report.nodes, m_impl->report.meshes, m_impl->report.triangles, CountDraws(scenes)};
+    PresentationStatistics statistics{m_impl->report.nodes, m_impl->report.meshes, m_impl->report.triangles,
+                                      CountDraws(scenes), m_impl->renderer->CountBatches()};
+    // Of what is in a batch only the batch is drawn.
+    DrawCounts& drawn = statistics.drawn;
+    const BatchCounts& batches = statistics.batches;
+    drawn.draws += batches.batches;
+    drawn.drawnTriangles += batches.triangles;
+    drawn.buffers += 2 * batches.batches;
+    drawn.bytes += batches.bytes;
+    return statistics;
 }
 
 Scene& Presentation::GetScene() const

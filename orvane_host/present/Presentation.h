@@ -46,6 +46,7 @@ struct PresentationStatistics
     std::uint64_t triangles = 0;
     /// Of the last frame.
     DrawCounts drawn;
+    BatchCounts batches;
 };
 
 /// A file that is presented.

@@ -107,6 +107,7 @@ void Presentation::Impl::ConfigureRenderer()
     renderer->SetGround(MakeGround());
     renderer->SetEdges(settings.edges);
     renderer->ShowAmbientOcclusion(settings.occlusion);
+    renderer->SetBatches(settings.batches);
     if (renderer->SetAAMode(ModeOf(settings.antialiasing)))
     {
         m_holdsCapture = false;

@@ -85,6 +85,12 @@ struct FrameItems
 
     /// Those of all that have identifiers; empty unless something is needed of the frame.
     std::vector<RenderItemES20> surfaces;
+
+    /// The same without what the frame's camera doesn't see; null where nothing is left out. What is
+    /// drawn by another camera, such as that of a light, takes all.
+    const FrameItems* seen = nullptr;
+
+    const FrameItems& Seen() const { return seen ? *seen : *this; }
 };
 
 /// What the stages of one frame share. It is handed from one to the next and ends with the frame.

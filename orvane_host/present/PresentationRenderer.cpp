@@ -2,6 +2,9 @@
 
 #include "orvane_host/present/PresentationRenderer.h"
 
+#include "orvane_host/geometry/ViewVolume.h"
+#include "orvane_host/present/Picking.h"
+#include "orvane_host/present/detail/Batches.h"
 #include "orvane_host/present/detail/DepthStage.h"
 #include "orvane_host/present/detail/DrawIdKeeper.h"
 #include "orvane_host/present/detail/EdgeStage.h"
@@ -19,6 +22,8 @@
 #include "orvane/imaging/TextureLoader.h"
 #include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/renderdata/MeshES20.h"
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/Scene.h"
 
 #include <GL/gl.h>
 #include <GL/glext.h>
@@ -68,6 +73,16 @@ void ReleaseTextures(const PresentationFrame& frame)
             glBindTexture(GL_TEXTURE_2D, 0);
         }
     }
+}
+
+/// The part of a picture that an area lies in, with a rim for what rounding may do.
+ViewVolume::Part PartOf(const PickArea& area, const PixelSize& size)
+{
+    constexpr int rim = 2;
+    const auto across = [&](int x) { return 2.0f * static_cast<float>(x) / static_cast<float>(size.width) - 1.0f; };
+    const auto up = [&](int y) { return 1.0f - 2.0f * static_cast<float>(y) / static_cast<float>(size.height); };
+    return {across(area.x - rim), across(area.x + area.width + rim), up(area.y + area.height + rim),
+            up(area.y - rim)};
 }
 
 } // namespace
@@ -194,11 +209,13 @@ void PresentationRenderer::OverlayLines(bool overlay)
 
 void PresentationRenderer::EditInContext(std::vector<std::pair<std::uint64_t, std::uint64_t>> path)
 {
+    m_editPath = path;
     m_surfaces->SetEditPath(std::move(path));
 }
 
 void PresentationRenderer::LeaveEdit()
 {
+    m_editPath.reset();
     m_surfaces->SetEditPath(std::nullopt);
 }
 
@@ -236,6 +253,58 @@ void PresentationRenderer::ReleaseHeld()
     }
     m_layerLines->ReleaseGL();
     m_picture.reset();
+    m_batches.reset();
+}
+
+void PresentationRenderer::KeepApart(std::vector<const MeshNode*> nodes)
+{
+    m_apart = std::move(nodes);
+    if (m_batches)
+    {
+        m_batches->KeepApart(m_apart);
+    }
+}
+
+BatchCounts PresentationRenderer::CountBatches() const
+{
+    return m_batches ? m_batches->Count() : BatchCounts();
+}
+
+Detail::Batches* PresentationRenderer::BatchesOf(Scene& scene)
+{
+    const bool isWanted = m_batchSettings.use != BatchUse::Off && GetLook() != Look::Crosshatch;
+    if (m_batches && (!isWanted || m_batches->GetListenedScene() != &scene))
+    {
+        m_batches.reset();
+        // What dies while a frame is drawn counts as gone to its end, and so would what took its
+        // place.
+        return nullptr;
+    }
+    if (!m_batches && isWanted && (m_batchSettings.use == BatchUse::On || Detail::Batches::IsWorthwhile(scene)))
+    {
+        m_batches = std::make_unique<Detail::Batches>(scene);
+        m_batches->KeepApart(m_apart);
+    }
+    if (m_batches)
+    {
+        m_batches->KeepEdited(m_editPath);
+        m_batches->KeepRigid(GetLook() == Look::VertexColor);
+        m_batches->Update();
+    }
+    return m_batches.get();
+}
+
+void PresentationRenderer::ListSurfaces(Scene& scene, CameraNode& camera, std::vector<RenderItemES20>& items)
+{
+    CameraNodeES20* const cameraData = CameraDataOf(&camera);
+    if (Detail::Batches* const batches = cameraData ? BatchesOf(scene) : nullptr)
+    {
+        PresentationFrame frame = BeginFrame(scene, camera, *cameraData, m_lister->GetItems());
+        m_lister->List(frame, false, *batches, 0.0f);
+        m_lister->Clear();
+        return;
+    }
+    SceneRenderer::ListSurfaces(scene, camera, items);
 }
 
 int PresentationRenderer::GetMargin(const PixelSize& whole) const
@@ -314,7 +383,15 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
     {
         entry.stage->Prepare(frame);
     }
-    m_lister->List(frame, m_surfaces->AreLinesShown());
+    if (Detail::Batches* const batches = BatchesOf(scene))
+    {
+        const float leastShare = m_batchSettings.smallestPixels / static_cast<float>(std::max(frame.screen.height, 1));
+        m_lister->List(frame, m_surfaces->AreLinesShown(), *batches, leastShare);
+    }
+    else
+    {
+        m_lister->List(frame, m_surfaces->AreLinesShown());
+    }
     if (!cameraData->GetCameraNode())
     {
         // A texture loader of the host's has deleted the camera: the next frame has another.
@@ -410,7 +487,8 @@ bool PresentationRenderer::CopyPicture(PresentationFrame& frame)
     return true;
 }
 
-void PresentationRenderer::DrawSurfaces(Scene& scene, CameraNode& camera, MaterialEffectES20& effect)
+void PresentationRenderer::DrawSurfaces(Scene& scene, CameraNode& camera, MaterialEffectES20& effect,
+                                        const PickArea* area)
 {
     CameraNodeES20* const cameraData = CameraDataOf(&camera);
     if (!cameraData)
@@ -421,7 +499,15 @@ void PresentationRenderer::DrawSurfaces(Scene& scene, CameraNode& camera, Materi
     PresentationFrame frame = BeginFrame(scene, camera, *cameraData, m_lister->GetItems());
     cameraData->UpdateMVP(frame.view.width, frame.view.height, false);
     Detail::DrawIdKeeper drawIds(scene);
-    m_lister->List(frame, m_surfaces->AreLinesShown());
+    if (Detail::Batches* const batches = BatchesOf(scene))
+    {
+        m_lister->ListSingly(frame, *batches, ViewVolume(cameraData->GetMVP(), area ? PartOf(*area, frame.screen)
+                                                                                   : ViewVolume::Part()));
+    }
+    else
+    {
+        m_lister->List(frame, m_surfaces->AreLinesShown());
+    }
     m_lister->ListSurfaces(true);
     const std::vector<RenderItemES20>& surfaces = frame.items.surfaces;
     drawIds.Keep(surfaces);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "orvane_host/present/BatchSettings.h"
 #include "orvane_host/present/EdgeLook.h"
 #include "orvane_host/present/Look.h"
 #include "orvane_host/present/PresentationFrame.h"
@@ -17,12 +18,14 @@ namespace OV
 {
 
 class MaterialEffectES20;
+class MeshNode;
 
 } // namespace OV
 
 namespace OV::Host::Detail
 {
 
+class Batches;
 class EdgeStage;
 class GroundStage;
 struct Ground;
@@ -37,6 +40,7 @@ class SurfaceStage;
 namespace OV::Host
 {
 
+struct PickArea;
 class Surroundings;
 
 /// A renderer that puts a presentation together, each frame in this order: sky; identifiers and
@@ -120,6 +124,14 @@ public:
     /// Everything has its colour again.
     void LeaveEdit();
 
+    /// Draws what stands still together from the next frame on. Not in the look Crosshatch, whose
+    /// strokes go by the axes of each object. BatchUse::Off at first: who draws several scenes in
+    /// turns would have them put together anew each time.
+    void SetBatches(const BatchSettings& settings) { m_batchSettings = settings; }
+
+    /// As of the last frame.
+    BatchCounts CountBatches() const;
+
     /// Draws a stage in every frame from the next one on.
     /// @return the stage, which the renderer owns until it is removed; null for null, and while a
     ///         frame is drawn, which deletes the stage that was handed over.
@@ -132,7 +144,8 @@ public:
     /// Draws the surfaces of a scene with one effect in place of theirs, in the order of a frame,
     /// with depth, into what is bound. What is hidden or has no effect for identifiers is left
     /// out. The camera's matrices get the size of the view, in points. GL.
-    void DrawSurfaces(Scene& scene, CameraNode& camera, MaterialEffectES20& effect);
+    /// @param area of the view: what lies elsewhere may be left out. Null draws all.
+    void DrawSurfaces(Scene& scene, CameraNode& camera, MaterialEffectES20& effect, const PickArea* area = nullptr);
 
     /// How many pixels about one it takes to draw it: parts of a picture (ShowPart) are right that far
     /// from their rims, where those aren't the rims of the whole.
@@ -152,6 +165,10 @@ public:
     static const char* NameOfLook(Look look);
 
 protected:
+    /// Nodes that are drawn by themselves from the next frame on, in place of those named before.
+    void KeepApart(std::vector<const MeshNode*> nodes);
+
+    void ListSurfaces(Scene& scene, CameraNode& camera, std::vector<RenderItemES20>& items) override;
     /// A level ground under the surfaces, from the next frame on; none at first.
     void SetGround(const std::optional<Detail::Ground>& ground);
 
@@ -183,6 +200,7 @@ private:
     template <class Stage>
     Stage* Append(Step step);
     void ReleaseHeld();
+    Detail::Batches* BatchesOf(Scene& scene);
 
     PixelSize TargetSize() const;
     void GatherNeeds(PresentationFrame& frame);
@@ -206,6 +224,10 @@ private:
     std::unique_ptr<Detail::LineSetup> m_layerLines;
     std::unique_ptr<Detail::ScreenBuffer> m_picture; ///< what stages read of it; null until needed
     std::unique_ptr<Detail::ItemLister> m_lister;
+    BatchSettings m_batchSettings{BatchUse::Off};
+    std::unique_ptr<Detail::Batches> m_batches; ///< null where everything is drawn node by node
+    std::vector<const MeshNode*> m_apart;
+    std::optional<std::vector<std::pair<std::uint64_t, std::uint64_t>>> m_editPath;
 };
 
 } // namespace OV::Host

@@ -141,6 +141,11 @@ bool operator==(const SheetSettings& left, const SheetSettings& right)
     return Same(left, right);
 }
 
+bool operator==(const BatchSettings& left, const BatchSettings& right)
+{
+    return Same(left, right);
+}
+
 bool operator==(const PresentationSettings& left, const PresentationSettings& right)
 {
     return Same(left, right);

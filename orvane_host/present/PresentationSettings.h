@@ -1,6 +1,7 @@
 #pragma once
 
 #include "orvane_host/geometry/FeatureEdges.h"
+#include "orvane_host/present/BatchSettings.h"
 #include "orvane_host/present/EdgeLook.h"
 #include "orvane_host/present/GroundSettings.h"
 #include "orvane_host/present/Look.h"
@@ -139,6 +140,7 @@ struct PresentationSettings
 
     SheetSettings sheet;
     ViewSettings view;
+    BatchSettings batches;
 
     /// Tells the first field that is out of range, in one sentence that names the field, as in
     /// JSON, and the bound; empty where all are in range.
@@ -167,6 +169,7 @@ bool operator==(const EdgeLook& left, const EdgeLook& right);
 bool operator==(const GroundSettings& left, const GroundSettings& right);
 bool operator==(const ViewSettings& left, const ViewSettings& right);
 bool operator==(const SheetSettings& left, const SheetSettings& right);
+bool operator==(const BatchSettings& left, const BatchSettings& right);
 bool operator==(const PresentationSettings& left, const PresentationSettings& right);
 
 inline bool operator!=(const FogRange& left, const FogRange& right)
@@ -198,6 +201,10 @@ inline bool operator!=(const ViewSettings& left, const ViewSettings& right)
     return !(left == right);
 }
 inline bool operator!=(const SheetSettings& left, const SheetSettings& right)
+{
+    return !(left == right);
+}
+inline bool operator!=(const BatchSettings& left, const BatchSettings& right)
 {
     return !(left == right);
 }

@@ -57,12 +57,18 @@ void SceneRenderer::Pack(Scene* scene, CameraNode* camera)
         return;
     }
     std::vector<RenderItemES20> items;
-    PrepareOptimizedMaterials(scene->GetOptimizedMaterials(), cameraData, items, false);
-    PrepareOptimizedMaterials(scene->GetAlphaMaterials(), cameraData, items, false);
+    ListSurfaces(*scene, *camera, items);
     LevelLines(*scene);
     PrepareLineStyles(scene->GetLineStyles(), cameraData, items, false);
     bufferPool.GenerateVBOs();
     MeshES20::ResetBufferCache();
+}
+
+void SceneRenderer::ListSurfaces(Scene& scene, CameraNode& camera, std::vector<RenderItemES20>& items)
+{
+    CameraNodeES20* const cameraData = CameraDataOf(&camera);
+    PrepareOptimizedMaterials(scene.GetOptimizedMaterials(), cameraData, items, false);
+    PrepareOptimizedMaterials(scene.GetAlphaMaterials(), cameraData, items, false);
 }
 
 void SceneRenderer::LevelLines(Scene& scene)

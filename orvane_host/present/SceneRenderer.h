@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace OV::Host::Detail
 {
@@ -59,6 +60,9 @@ public:
 protected:
     /// Draws the scene in front of what is there.
     virtual void DrawScene(Scene& scene, CameraNode& camera);
+
+    /// Lists the surfaces of a scene for Pack, giving them render data at need. GL.
+    virtual void ListSurfaces(Scene& scene, CameraNode& camera, std::vector<RenderItemES20>& items);
 
     /// The camera's render data, made at need; null if the host has put something else there.
     static CameraNodeES20* CameraDataOf(CameraNode* camera);

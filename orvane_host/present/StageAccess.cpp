@@ -43,6 +43,19 @@ void StageAccess::List(const std::vector<LineStyle*>& styles, CameraNodeES20& ca
     m_renderer.PrepareLineStyles(styles, &cameraData, items, clipped);
 }
 
+void StageAccess::List(Mesh& mesh, MeshNode& node, CameraNodeES20& cameraData, std::vector<RenderItemES20>& items)
+{
+    AlphaMeshNode entry{};
+    entry.node = &node;
+    entry.mesh = &mesh;
+    m_renderer.PrepareZOrderedMeshNode(&entry, &cameraData, items);
+}
+
+SharedBufferPool& StageAccess::GetBufferPool()
+{
+    return m_renderer.bufferPool;
+}
+
 bool StageAccess::HasLosses() const
 {
     return m_renderer.HasLosses();

@@ -13,6 +13,9 @@ class EffectCache;
 class LineStyle;
 class Material;
 class MaterialEffectES20;
+class Mesh;
+class MeshNode;
+class SharedBufferPool;
 class TextureLoader;
 
 } // namespace OV
@@ -47,6 +50,14 @@ public:
               bool clipped);
     void List(const std::vector<LineStyle*>& styles, CameraNodeES20& cameraData, std::vector<RenderItemES20>& items,
               bool clipped);
+
+    /// Lists a mesh at a node, whatever the clip planes, if its material is ready, giving the material
+    /// and the mesh render data at need. The mesh needs no scene, and need not be among those that
+    /// its material knows. GL.
+    void List(Mesh& mesh, MeshNode& node, CameraNodeES20& cameraData, std::vector<RenderItemES20>& items);
+
+    /// Where new geometry takes room.
+    SharedBufferPool& GetBufferPool();
 
     /// Whether a host that was called in this frame has deleted anything of a scene; only then may an
     /// item that was listed name what is gone.

@@ -67,6 +67,18 @@ HighlightRenderer::~HighlightRenderer()
     ReleaseEffect();
 }
 
+void HighlightRenderer::SetHighlights(Colors colors)
+{
+    m_colors = std::move(colors);
+    // A colour is laid at the depth of the node drawn by itself.
+    std::vector<const MeshNode*> nodes;
+    for (const auto& entry : m_colors)
+    {
+        nodes.push_back(entry.first);
+    }
+    KeepApart(std::move(nodes));
+}
+
 void HighlightRenderer::ReleaseEffect()
 {
     m_material->Suspend();

@@ -32,7 +32,7 @@ public:
     ~HighlightRenderer() override;
 
     /// The alpha of a colour is how much of it is seen. What is hidden or cut away gets none.
-    void SetHighlights(Colors colors) { m_colors = std::move(colors); }
+    void SetHighlights(Colors colors);
 
     void Suspend() override;
 

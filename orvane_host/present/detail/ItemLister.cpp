@@ -1,6 +1,7 @@
 #include "orvane_host/present/detail/ItemLister.h"
 
 #include "orvane_host/present/StageAccess.h"
+#include "orvane_host/present/detail/Batches.h"
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshStyleES20.h"
 #include "orvane/scene/Material.h"
@@ -29,6 +30,7 @@ void ItemLister::List(PresentationFrame& frame, bool withLines)
 {
     std::vector<RenderItemES20>& items = m_items.all;
     items.clear();
+    m_items.seen = nullptr;
     frame.renderer.List(frame.scene.GetOptimizedMaterials(), frame.cameraData, items, true);
     m_items.firstLine = items.size();
     if (withLines)
@@ -37,10 +39,43 @@ void ItemLister::List(PresentationFrame& frame, bool withLines)
     }
     m_items.firstAlpha = items.size();
     frame.renderer.List(frame.scene.GetAlphaMaterials(), frame.cameraData, items, true);
-    DropGone(frame.renderer);
+    DropGone(frame.renderer, m_items);
 }
 
-void ItemLister::DropGone(const StageAccess& renderer)
+void ItemLister::List(PresentationFrame& frame, bool withLines, Batches& batches, float leastShare)
+{
+    std::vector<RenderItemES20>& all = m_items.all;
+    std::vector<RenderItemES20>& seen = m_seen.all;
+    all.clear();
+    seen.clear();
+    batches.List(frame, leastShare, all, seen);
+    m_items.firstLine = all.size();
+    m_seen.firstLine = seen.size();
+    if (withLines)
+    {
+        frame.renderer.List(frame.scene.GetLineStyles(), frame.cameraData, all, true);
+    }
+    m_items.firstAlpha = all.size();
+    batches.ListAlpha(frame, all);
+    // Lines and what is see-through are seen as they are.
+    seen.insert(seen.end(), all.begin() + static_cast<std::ptrdiff_t>(m_items.firstLine), all.end());
+    m_seen.firstAlpha = m_seen.firstLine + (m_items.firstAlpha - m_items.firstLine);
+    DropGone(frame.renderer, m_items);
+    DropGone(frame.renderer, m_seen);
+    m_items.seen = &m_seen;
+}
+
+void ItemLister::ListSingly(PresentationFrame& frame, Batches& batches, const ViewVolume& view)
+{
+    m_items.all.clear();
+    m_items.seen = nullptr;
+    batches.ListSingly(frame, view, m_items.all);
+    m_items.firstLine = m_items.all.size();
+    m_items.firstAlpha = m_items.all.size();
+    DropGone(frame.renderer, m_items);
+}
+
+void ItemLister::DropGone(const StageAccess& renderer, FrameItems& items)
 {
     if (!renderer.HasLosses())
     {
@@ -49,37 +84,46 @@ void ItemLister::DropGone(const StageAccess& renderer)
     std::size_t kept = 0;
     std::size_t firstLine = 0;
     std::size_t firstAlpha = 0;
-    for (std::size_t i = 0; i < m_items.all.size(); ++i)
+    for (std::size_t i = 0; i < items.all.size(); ++i)
     {
-        if (renderer.IsGone(m_items.all[i]))
+        if (renderer.IsGone(items.all[i]))
         {
             continue;
         }
-        m_items.all[kept++] = m_items.all[i];
-        firstLine += i < m_items.firstLine ? 1 : 0;
-        firstAlpha += i < m_items.firstAlpha ? 1 : 0;
+        items.all[kept++] = items.all[i];
+        firstLine += i < items.firstLine ? 1 : 0;
+        firstAlpha += i < items.firstAlpha ? 1 : 0;
     }
-    m_items.all.resize(kept);
-    m_items.firstLine = firstLine;
-    m_items.firstAlpha = firstAlpha;
+    items.all.resize(kept);
+    items.firstLine = firstLine;
+    items.firstAlpha = firstAlpha;
 }
 
 void ItemLister::ListSurfaces(bool withPoints)
 {
-    m_items.surfaces.clear();
+    ListSurfaces(m_items, withPoints);
+    if (m_items.seen)
+    {
+        ListSurfaces(m_seen, withPoints);
+    }
+}
+
+void ItemLister::ListSurfaces(FrameItems& items, bool withPoints)
+{
+    items.surfaces.clear();
     const MeshStyleES20* last = nullptr;
     bool identified = false;
-    for (std::size_t i = 0; i < m_items.all.size(); ++i)
+    for (std::size_t i = 0; i < items.all.size(); ++i)
     {
-        if (i == m_items.firstLine)
+        if (i == items.firstLine)
         {
-            i = m_items.firstAlpha;
+            i = items.firstAlpha;
         }
-        if (i == m_items.all.size())
+        if (i == items.all.size())
         {
             break;
         }
-        const RenderItemES20& item = m_items.all[i];
+        const RenderItemES20& item = items.all[i];
         if (item.style != last)
         {
             last = item.style;
@@ -87,17 +131,21 @@ void ItemLister::ListSurfaces(bool withPoints)
         }
         if (identified)
         {
-            m_items.surfaces.push_back(item);
+            items.surfaces.push_back(item);
         }
     }
 }
 
 void ItemLister::Clear()
 {
-    m_items.all.clear();
-    m_items.surfaces.clear();
-    m_items.firstLine = 0;
-    m_items.firstAlpha = 0;
+    for (FrameItems* items : {&m_items, &m_seen})
+    {
+        items->all.clear();
+        items->surfaces.clear();
+        items->firstLine = 0;
+        items->firstAlpha = 0;
+        items->seen = nullptr;
+    }
 }
 
 } // namespace OV::Host::Detail

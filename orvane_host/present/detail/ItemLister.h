@@ -2,8 +2,17 @@
 
 #include "orvane_host/present/PresentationFrame.h"
 
+namespace OV::Host
+{
+
+class ViewVolume;
+
+} // namespace OV::Host
+
 namespace OV::Host::Detail
 {
+
+class Batches;
 
 /// Lists the meshes of a frame. Keeps its room from frame to frame, but no mesh.
 class ItemLister
@@ -18,6 +27,13 @@ public:
     /// Lists everything, giving what is new its render data. GL.
     void List(PresentationFrame& frame, bool withLines);
 
+    /// The same with what batches make of it, and besides what the camera sees of it, without what
+    /// takes up a smaller share of the picture's height. GL.
+    void List(PresentationFrame& frame, bool withLines, Batches& batches, float leastShare);
+
+    /// Lists surfaces that a view may see, each mesh at each node by itself. GL.
+    void ListSingly(PresentationFrame& frame, Batches& batches, const ViewVolume& view);
+
     /// Lists the surfaces of what is listed that have identifiers.
     void ListSurfaces(bool withPoints);
 
@@ -25,9 +41,11 @@ public:
 
 private:
     /// Takes out what a host has deleted that was called while the frame was listed.
-    void DropGone(const StageAccess& renderer);
+    static void DropGone(const StageAccess& renderer, FrameItems& items);
+    static void ListSurfaces(FrameItems& items, bool withPoints);
 
     FrameItems m_items;
+    FrameItems m_seen;
 };
 
 } // namespace OV::Host::Detail

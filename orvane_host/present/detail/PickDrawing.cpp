@@ -199,7 +199,7 @@ bool PickDrawing::Draw(Scene& scene, CameraNode& camera, const PickArea& area)
     glClearColor(0.0f, 0.0f, 0.0f, 0.0f);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     m_effect->Begin();
-    m_renderer.DrawSurfaces(scene, camera, *m_effect);
+    m_renderer.DrawSurfaces(scene, camera, *m_effect, &m_area);
     Read();
     if (const auto* const data = dynamic_cast<const CameraNodeES20*>(camera.GetRenderData()))
     {

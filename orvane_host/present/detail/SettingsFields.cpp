@@ -13,6 +13,7 @@ namespace
 constexpr const char* kIdentities[] = {"object", "group"};
 constexpr const char* kAntialiasings[] = {"none", "msaa", "fxaa", "ssaa"};
 constexpr const char* kUpAxes[] = {"y", "z"};
+constexpr const char* kBatchUses[] = {"auto", "on", "off"};
 constexpr const char* kGroundKinds[] = {"shadow", "plain"};
 
 template <typename Enum, std::size_t Size>
@@ -37,6 +38,11 @@ const char* NameOf(Antialiasing antialiasing)
 const char* NameOf(UpAxis axis)
 {
     return NameIn(kUpAxes, axis);
+}
+
+const char* NameOf(BatchUse use)
+{
+    return NameIn(kBatchUses, use);
 }
 
 const char* NameOf(GroundKind kind)

@@ -163,6 +163,17 @@ struct Fields<SheetSettings>
 };
 
 template <>
+struct Fields<BatchSettings>
+{
+    template <typename Visitor>
+    static void Visit(Visitor&& visit)
+    {
+        visit("use", &BatchSettings::use, kFinite);
+        visit("smallestPixels", &BatchSettings::smallestPixels, kNotNegative);
+    }
+};
+
+template <>
 struct Fields<PresentationSettings>
 {
     template <typename Visitor>
@@ -185,6 +196,7 @@ struct Fields<PresentationSettings>
         visit("samples", &PresentationSettings::samples, kSamples);
         visit("sheet", &PresentationSettings::sheet, kFinite);
         visit("view", &PresentationSettings::view, kFinite);
+        visit("batches", &PresentationSettings::batches, kFinite);
     }
 };
 
@@ -202,6 +214,7 @@ inline const char* NameOf(NamedView view)
 const char* NameOf(Identity identity);
 const char* NameOf(Antialiasing antialiasing);
 const char* NameOf(UpAxis axis);
+const char* NameOf(BatchUse use);
 const char* NameOf(GroundKind kind);
 
 /// The names of an enumeration, with commas between them.

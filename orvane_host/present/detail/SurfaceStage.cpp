@@ -265,7 +265,7 @@ void SurfaceStage::DrawLook(PresentationFrame& frame)
     const SampleShadingScope sampleShading(SmoothsCuts(frame.camera) && SampleShadingScope::IsOfUse());
     const SeamlessScope seamless(m_reflecting != nullptr);
     const ConstantColorScope plainColors(kColorAttribute, m_look == Look::VertexColor);
-    const FrameItems& items = frame.items;
+    const FrameItems& items = frame.items.Seen();
     if (m_surfacesShown)
     {
         const auto draw = [&](const std::vector<RenderItemES20>& part, bool depthOnly) {

@@ -22,7 +22,7 @@ const std::vector<std::string> Known = {
     "--watermark",  "--pick",    "--stats",        "--frames",     "--hide",          "--isolate",    "--label",
     "--distance",   "--angle",   "--up-axis",      "--pixel-ratio", "--quiet",        "--fail-if-empty", "--paper",
     "--portrait",   "--dpi",     "--scale",        "--alpha",      "--depth",         "--list-nodes",
-    "--surroundings", "--ground",
+    "--surroundings", "--ground",    "--batches",
     "--sun",        "--place",   "--sun-study",    "--sun-hours",
 };
 

@@ -1,3 +1,7 @@
+#include "orvane/scene/Material.h"
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/MeshNode.h"
+#include "orvane/scene/RawMesh.h"
 #include "orvane/scene/Scene.h"
 #include "tests/orvane_host/present/AddedStage.h"
 #include "tests/orvane_host/present/EveryFeatureScene.h"
@@ -56,6 +60,32 @@ TEST_F(PresentationAllocation, ASteadyFrameTakesNothingFromTheHeap)
                     << static_cast<int>(look) << (stages ? " with stages" : "") << (capture ? ", captured" : "");
             }
         }
+    }
+}
+
+TEST_F(PresentationAllocation, NeitherDoesOneThatDrawsTogetherWhatStandsStill)
+{
+    auto* const material = new Material("of two");
+    World().AddMaterial(material);
+    for (const float left : {0.0f, 2.0f})
+    {
+        auto raw = std::make_shared<RawMesh>();
+        raw->SetPositionBuffer({Vector(left, 0, 0), Vector(left + 1.0f, 0, 0), Vector(left, 1, 0)});
+        raw->SetIndices({0, 1, 2});
+        raw->EndDescription(true);
+        auto* const mesh = new Mesh(raw, &World());
+        auto* const node = new MeshNode(&World());
+        mesh->AddNode(node);
+        World().GetRoot()->AddChild(node, false);
+        material->AddMesh(mesh);
+    }
+    renderer->SetBatches({Host::BatchUse::On});
+    for (const bool stages : {false, true})
+    {
+        renderer->SetEdges(stages ? std::optional<Host::EdgeLook>(Host::EdgeLook()) : std::nullopt);
+        renderer->ShowAmbientOcclusion(stages);
+        EXPECT_EQ(AllocationsOfSteadyFrame(false), 0u) << stages;
+        EXPECT_GT(renderer->CountBatches().batches, 0u);
     }
 }
 

@@ -119,6 +119,8 @@ const Change kChanges[] = {
     {"view.fov", [](auto& s) { s.view.fov = 60.0f; }, "60.0"},
     {"view.orthographic", [](auto& s) { s.view.orthographic = true; }, "true"},
     {"view.upAxis", [](auto& s) { s.view.upAxis = UpAxis::Z; }, "\"z\""},
+    {"batches.use", [](auto& s) { s.batches.use = BatchUse::Off; }, "\"off\""},
+    {"batches.smallestPixels", [](auto& s) { s.batches.smallestPixels = 1.5f; }, "1.5"},
 };
 
 /// What may be none, from Whole().
@@ -231,7 +233,9 @@ TEST(PresentationSettings, EveryFieldIsNamed)
     [[maybe_unused]] const auto& [named, eye, target, up, fov, orthographic, upAxis] = ViewSettings();
     [[maybe_unused]] const auto& [title, scaleBar, north, watermark] = SheetSettings();
     [[maybe_unused]] const auto& [look, cullBacks, section, editPath, background, sky, fog, surroundings, ground,
-                                  lines, edges, occlusion, sun, antialiasing, samples, sheet, view] = PresentationSettings();
+                                  lines, edges, occlusion, sun, antialiasing, samples, sheet, view, batches] =
+        PresentationSettings();
+    [[maybe_unused]] const auto& [use, smallestPixels] = BatchSettings();
     EXPECT_EQ(CountNamed<FogRange>(), 2);
     EXPECT_EQ(CountNamed<ClipPlane>(), 2);
     EXPECT_EQ(CountNamed<SectionSettings>(), 4);
@@ -242,7 +246,8 @@ TEST(PresentationSettings, EveryFieldIsNamed)
     EXPECT_EQ(CountNamed<GroundSettings>(), 3);
     EXPECT_EQ(CountNamed<ViewSettings>(), 7);
     EXPECT_EQ(CountNamed<SheetSettings>(), 4);
-    EXPECT_EQ(CountNamed<PresentationSettings>(), 17);
+    EXPECT_EQ(CountNamed<BatchSettings>(), 2);
+    EXPECT_EQ(CountNamed<PresentationSettings>(), 18);
 }
 
 TEST(PresentationSettings, JSONNamesTheFieldsOfTheTable)
@@ -311,6 +316,7 @@ TEST(PresentationSettings, EveryEnumeratorComesBackByItsName)
         settings.antialiasing = static_cast<Antialiasing>(i % 4);
         settings.edges->identity = static_cast<Identity>(i % 2);
         settings.view.upAxis = static_cast<UpAxis>(i % 2);
+        settings.batches.use = static_cast<BatchUse>(i % 3);
         settings.ground->kind = static_cast<GroundKind>(i % 2);
         EXPECT_EQ(settings.Trouble(), "");
         EXPECT_EQ(Read(settings.ToJSON()), settings) << i;
@@ -814,6 +820,7 @@ TEST(PresentationSettings, AFileOfVersion1IsStillRead)
     expected.view.target = Vector(0.1f, 0.2f, 0.3f);
     expected.view.up = Vector(0.0f, 0.0f, 2.0f);
     expected.view.fov = 50.0f;
+    expected.batches = {BatchUse::Off, 1.5f};
     expected.view.orthographic = true;
     expected.view.upAxis = UpAxis::Z;
 

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "orvane_host/geometry/ViewVolume.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace OV::Host
+{
+
+/// A tree of boxes that finds what a view sees without looking at each.
+///
+/// Entries come, go and move one by one, each in a time that grows with the depth of the tree,
+/// which stays balanced.
+class CullTree
+{
+public:
+    using Entry = std::int32_t;
+
+    static constexpr Entry NoEntry = -1;
+
+    /// @param value found again by Collect.
+    Entry Insert(const WorldBox& box, std::uint32_t value);
+
+    /// The entry must be in the tree; so below.
+    void Remove(Entry entry);
+
+    void Move(Entry entry, const WorldBox& box);
+
+    const WorldBox& GetBox(Entry entry) const { return m_nodes[static_cast<std::size_t>(entry)].box; }
+
+    /// How many entries there are.
+    std::size_t GetCount() const { return m_count; }
+
+    void Clear();
+
+    /// Calls a function with the value of each entry that the view may see, in no certain order.
+    template <class Found>
+    void Collect(const ViewVolume& view, Found found) const
+    {
+        if (m_root != NoEntry)
+        {
+            Collect(m_root, view, false, found);
+        }
+    }
+
+private:
+    struct TreeNode
+    {
+        WorldBox box;
+        Entry parent;    ///< the next free one where there is none
+        Entry children[2]; ///< NoEntry at a leaf
+        std::int32_t height; ///< 0 at a leaf
+        std::uint32_t value;
+    };
+
+    TreeNode& At(Entry entry) { return m_nodes[static_cast<std::size_t>(entry)]; }
+    const TreeNode& At(Entry entry) const { return m_nodes[static_cast<std::size_t>(entry)]; }
+
+    template <class Found>
+    void Collect(Entry entry, const ViewVolume& view, bool isInside, Found& found) const
+    {
+        const TreeNode& node = At(entry);
+        if (!isInside)
+        {
+            const ViewVolume::Relation relation = view.RelationOf(node.box);
+            if (relation == ViewVolume::Relation::Outside)
+            {
+                return;
+            }
+            isInside = relation == ViewVolume::Relation::Inside;
+        }
+        if (node.height == 0)
+        {
+            found(node.value);
+            return;
+        }
+        Collect(node.children[0], view, isInside, found);
+        Collect(node.children[1], view, isInside, found);
+    }
+
+    Entry Allocate();
+    void Free(Entry entry);
+    void Attach(Entry leaf);
+    void Detach(Entry leaf);
+    Entry BestSibling(const WorldBox& box) const;
+    void Refit(Entry entry);
+    Entry Balance(Entry entry);
+    Entry RotateUp(Entry entry, int side);
+    void Update(Entry entry);
+
+    std::vector<TreeNode> m_nodes;
+    Entry m_root = NoEntry;
+    Entry m_free = NoEntry;
+    std::size_t m_count = 0;
+};
+
+} // namespace OV::Host

@@ -1,0 +1,409 @@
+#define GL_GLEXT_PROTOTYPES
+
+#include "orvane_host/present/detail/Batch.h"
+
+#include "orvane/effects/DepthIdPassEffectES20.h"
+#include "orvane/effects/EffectES20.h"
+#include "orvane/math/Transform.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/MeshNode.h"
+
+#include <GL/gl.h>
+#include <GL/glext.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <typeinfo>
+#include <utility>
+
+namespace OV::Host::Detail
+{
+
+namespace
+{
+
+/// The attribute of the engine's effect that identifiers of vertices come from, and the option that
+/// makes them come from there.
+constexpr GLuint kIdentifierAttribute = 1;
+constexpr std::uint64_t kIdentifiersOfVertices = 1;
+constexpr std::uint64_t kIdentifiersOfNodes = 2;
+
+using Rgba = std::array<unsigned char, 4>;
+
+Rgba IdentifierOf(int userData)
+{
+    float color[4];
+    DepthIdPassEffectES20::EncodeId(userData, color);
+    Rgba bytes{};
+    for (std::size_t i = 0; i < bytes.size(); ++i)
+    {
+        // As GL stores what a shader writes.
+        bytes[i] = static_cast<unsigned char>(std::lround(255.0f * std::clamp(color[i], 0.0f, 1.0f)));
+    }
+    return bytes;
+}
+
+const void* OffsetOf(std::size_t firstIndex)
+{
+    return reinterpret_cast<const void*>(firstIndex * sizeof(unsigned short));
+}
+
+Vector MiddleOf(const WorldBox& box)
+{
+    return Vector(0.5f * (box.low.x + box.high.x), 0.5f * (box.low.y + box.high.y), 0.5f * (box.low.z + box.high.z));
+}
+
+float ExtentOf(const WorldBox& box)
+{
+    return std::hypot(box.high.x - box.low.x, box.high.y - box.low.y, box.high.z - box.low.z);
+}
+
+void CopyIndices(const Mesh& mesh, std::size_t firstVertex, unsigned short* out)
+{
+    std::transform(mesh.GetIndices().begin(), mesh.GetIndices().end(), out,
+                   [&](unsigned short index) { return static_cast<unsigned short>(index + firstVertex); });
+}
+
+} // namespace
+
+void BatchMesh::Become(Material* ownMaterial, unsigned int ownFlags)
+{
+    material = ownMaterial;
+    flags = ownFlags;
+}
+
+BatchMesh::~BatchMesh()
+{
+    // It never was among the material's, which may be gone.
+    material = nullptr;
+}
+
+BatchES20::BatchES20(Mesh* shown, SharedBufferPool* bufferPool, const BatchNodes& nodes, const BatchKind& batchKind,
+                     const std::vector<Piece>& pieces, const TextureFactors& factors) :
+    MeshES20(shown, bufferPool), m_nodes(nodes), m_kind(batchKind)
+{
+    const BatchLayout layout(batchKind.streams);
+    const auto offsetOf = [](int floats) { return floats < 0 ? -1 : floats * static_cast<int>(sizeof(float)); };
+    stride = offsetOf(layout.size);
+    normalOffset = offsetOf(layout.normal);
+    textureOffset = offsetOf(layout.texture);
+    colorOffset = offsetOf(layout.color);
+    scalarOffset = -1;
+
+    m_pieces.reserve(pieces.size());
+    std::size_t firstIndex = 0;
+    for (const Piece& piece : pieces)
+    {
+        const std::size_t vertices = piece.mesh->GetPositionBuffer().size();
+        const std::size_t indices = piece.mesh->GetIndices().size() / 3 * 3;
+        m_pieces.push_back({piece.box, static_cast<std::uint32_t>(m_allVertices), static_cast<std::uint32_t>(vertices),
+                            static_cast<std::uint32_t>(firstIndex), static_cast<std::uint32_t>(indices), piece.owner,
+                            piece.userData});
+        m_allVertices += vertices;
+        firstIndex += piece.mesh->GetIndices().size();
+    }
+    m_vertexCount = m_allVertices;
+    indexCount = static_cast<std::int64_t>(firstIndex);
+    m_onCount = pieces.size();
+    m_on.assign((pieces.size() + kRow - 1) / kRow, 0);
+    m_rowBoxes.assign(m_on.size(), WorldBox::Empty());
+    m_box = WorldBox::Empty();
+
+    const std::unique_ptr<float[]> vertices(new float[m_allVertices * static_cast<std::size_t>(layout.size)]);
+    const std::unique_ptr<unsigned short[]> indices(new unsigned short[firstIndex]);
+    for (std::size_t i = 0; i < pieces.size(); ++i)
+    {
+        const Room& room = m_pieces[i];
+        WriteVertices(*pieces[i].mesh, pieces[i].place, factors, layout,
+                      vertices.get() + room.firstVertex * static_cast<std::size_t>(layout.size));
+        CopyIndices(*pieces[i].mesh, room.firstVertex, indices.get() + room.firstIndex);
+        m_on[i / kRow] |= std::uint64_t{1} << (i % kRow);
+        WidenBoxes(i);
+    }
+    m_seenBits = m_on;
+
+    glGenBuffers(1, &vertexBufferId);
+    glGenBuffers(1, &indexBufferId);
+    glBindBuffer(GL_ARRAY_BUFFER, vertexBufferId);
+    glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(m_allVertices * static_cast<std::size_t>(stride)),
+                 vertices.get(), GL_STATIC_DRAW);
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indexBufferId);
+    glBufferData(GL_ELEMENT_ARRAY_BUFFER, static_cast<GLsizeiptr>(firstIndex * sizeof(unsigned short)), indices.get(),
+                 GL_STATIC_DRAW);
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
+    glBindBuffer(GL_ARRAY_BUFFER, 0);
+    ResetBufferCache();
+}
+
+BatchES20::~BatchES20()
+{
+    if (s_vertexId == vertexBufferId)
+    {
+        ResetBufferCache();
+    }
+    const GLuint buffers[] = {vertexBufferId, indexBufferId, m_identifiers};
+    glDeleteBuffers(3, buffers);
+}
+
+std::size_t BatchES20::GetBytes() const
+{
+    const std::size_t identifiers = m_identifiers == 0 ? 0 : m_allVertices * sizeof(Rgba);
+    return m_allVertices * static_cast<std::size_t>(stride)
+        + static_cast<std::size_t>(indexCount) * sizeof(unsigned short) + identifiers;
+}
+
+std::size_t BatchES20::GetTriangleCount() const
+{
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < m_pieces.size(); ++i)
+    {
+        count += IsOn(i) ? m_pieces[i].indices / 3 : 0;
+    }
+    return count;
+}
+
+void BatchES20::WidenBoxes(std::size_t piece)
+{
+    m_rowBoxes[piece / kRow].Widen(m_pieces[piece].box);
+    m_box.Widen(m_pieces[piece].box);
+}
+
+void BatchES20::Switch(std::size_t piece, bool on)
+{
+    if (IsOn(piece) != on)
+    {
+        m_on[piece / kRow] ^= std::uint64_t{1} << (piece % kRow);
+        m_onCount += on ? 1 : static_cast<std::size_t>(-1);
+        m_whole.isValid = false;
+        m_seen.isValid = false;
+    }
+}
+
+void BatchES20::SetUserData(std::size_t piece, int userData)
+{
+    m_identifiersHold = m_identifiersHold && m_pieces[piece].userData == userData;
+    m_pieces[piece].userData = userData;
+}
+
+bool BatchES20::Fits(std::size_t piece, const Mesh& other) const
+{
+    const Room& room = m_pieces[piece];
+    return other.GetPositionBuffer().size() == room.vertices && other.GetIndices().size() / 3 * 3 == room.indices;
+}
+
+void BatchES20::Write(std::size_t index, const Piece& piece, const TextureFactors& factors, bool isReshaped)
+{
+    const BatchLayout layout(m_kind.streams);
+    Room& room = m_pieces[index];
+    std::vector<float> vertices(room.vertices * static_cast<std::size_t>(layout.size));
+    WriteVertices(*piece.mesh, piece.place, factors, layout, vertices.data());
+    glBindBuffer(GL_ARRAY_BUFFER, vertexBufferId);
+    glBufferSubData(GL_ARRAY_BUFFER,
+                    static_cast<GLintptr>(room.firstVertex * static_cast<std::size_t>(stride)),
+                    static_cast<GLsizeiptr>(vertices.size() * sizeof(float)), vertices.data());
+    if (isReshaped)
+    {
+        std::vector<unsigned short> indices(piece.mesh->GetIndices().size());
+        CopyIndices(*piece.mesh, room.firstVertex, indices.data());
+        glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indexBufferId);
+        glBufferSubData(GL_ELEMENT_ARRAY_BUFFER, static_cast<GLintptr>(room.firstIndex * sizeof(unsigned short)),
+                        static_cast<GLsizeiptr>(room.indices * sizeof(unsigned short)), indices.data());
+        glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
+    }
+    glBindBuffer(GL_ARRAY_BUFFER, 0);
+    ResetBufferCache();
+    room.box = piece.box;
+    WidenBoxes(index);
+    SetUserData(index, piece.userData);
+}
+
+void BatchES20::GiveUp(std::size_t piece)
+{
+    Switch(piece, false);
+    m_vertexCount -= m_pieces[piece].vertices;
+    m_pieces[piece].owner = NoOwner;
+}
+
+bool BatchES20::See(const ViewVolume& view, float leastShare)
+{
+    const ViewVolume::Relation relation = view.RelationOf(m_box);
+    if (relation == ViewVolume::Relation::Outside || m_onCount == 0)
+    {
+        return false;
+    }
+    const bool keepsSmall = !(leastShare > 0.0f);
+    m_seesAll = relation == ViewVolume::Relation::Inside && keepsSmall;
+    if (m_seesAll)
+    {
+        return true;
+    }
+    bool seesAny = false;
+    for (std::size_t row = 0; row < m_on.size(); ++row)
+    {
+        std::uint64_t bits = view.Sees(m_rowBoxes[row]) ? m_on[row] : 0;
+        for (std::size_t i = 0; i < kRow && bits != 0 && !keepsSmall; ++i)
+        {
+            const std::uint64_t bit = std::uint64_t{1} << i;
+            if ((bits & bit) != 0)
+            {
+                const WorldBox& box = m_pieces[row * kRow + i].box;
+                bits = view.ShareOfHeight(MiddleOf(box), ExtentOf(box)) < leastShare ? bits & ~bit : bits;
+            }
+        }
+        m_seenBits[row] = bits;
+        seesAny = seesAny || bits != 0;
+    }
+    m_seen.isValid = m_seen.isValid && m_seen.bits == m_seenBits;
+    return seesAny;
+}
+
+const BatchES20::Runs& BatchES20::RunsOf(const MeshNode* node)
+{
+    const bool isWhole = node != m_nodes.seen || m_seesAll;
+    Runs& runs = isWhole ? m_whole : m_seen;
+    if (!runs.isValid)
+    {
+        MakeRuns(runs, isWhole ? m_on : m_seenBits);
+    }
+    return runs;
+}
+
+void BatchES20::MakeRuns(Runs& runs, const std::vector<std::uint64_t>& bits) const
+{
+    runs.counts.clear();
+    runs.offsets.clear();
+    runs.bits = bits;
+    runs.isValid = true;
+    std::size_t end = 0; // of the last run, in indices
+    for (std::size_t i = 0; i < m_pieces.size(); ++i)
+    {
+        // What a piece that was switched off since it was seen has is not to be drawn.
+        const std::uint64_t row = bits[i / kRow] & m_on[i / kRow];
+        if (row == 0)
+        {
+            i += kRow - 1 - i % kRow;
+            continue;
+        }
+        if (((row >> (i % kRow)) & 1u) == 0)
+        {
+            continue;
+        }
+        const Room& room = m_pieces[i];
+        if (!runs.counts.empty() && end == room.firstIndex)
+        {
+            runs.counts.back() += static_cast<int>(room.indices);
+        }
+        else
+        {
+            runs.counts.push_back(static_cast<int>(room.indices));
+            runs.offsets.push_back(OffsetOf(room.firstIndex));
+        }
+        end = room.firstIndex + room.indices;
+    }
+}
+
+void BatchES20::Render(EffectES20* effect, const std::vector<MeshNode*>& nodes, bool)
+{
+    if (!effect || vertexBufferId == 0 || indexBufferId == 0 || nodes.empty())
+    {
+        return;
+    }
+    const Runs& runs = RunsOf(nodes.front());
+    if (runs.counts.empty())
+    {
+        return;
+    }
+    ApplyBuffer(vertexBufferId, indexBufferId);
+    const unsigned int meshFlags = mesh->GetFlags();
+    const bool cullOff = (meshFlags & MeshFlagNoCull) != 0 && (mesh->GetMaterial()->GetFlags() & MaterialFlagNoCull) == 0;
+    if (cullOff)
+    {
+        glDisable(GL_CULL_FACE);
+    }
+    effect->clipPlanesActive = true;
+    effect->meshNodeFlag = (meshFlags & MeshFlagEffectFlag) != 0;
+    // Of an effect that derives from it nobody knows what it makes of a node.
+    const bool isIdentifying = typeid(*effect) == typeid(DepthIdPassEffectES20);
+    if (isIdentifying && static_cast<DepthIdPassEffectES20*>(effect)->GetIdMode() != 0)
+    {
+        DrawIdentifiers(static_cast<DepthIdPassEffectES20&>(*effect), nodes.front(), runs);
+    }
+    else
+    {
+        effect->BindMeshAttributes(this);
+        EffectES20::DisableSpareAttributes();
+        effect->BindMeshUniforms(nodes.front());
+        DrawRuns(runs);
+        effect->ReleaseMeshAttributes(this);
+    }
+    if (cullOff)
+    {
+        glEnable(GL_CULL_FACE);
+    }
+}
+
+void BatchES20::DrawRuns(const Runs& runs) const
+{
+    if (runs.counts.size() == 1)
+    {
+        glDrawElements(GL_TRIANGLES, runs.counts.front(), GL_UNSIGNED_SHORT, runs.offsets.front());
+        return;
+    }
+    glMultiDrawElements(GL_TRIANGLES, runs.counts.data(), GL_UNSIGNED_SHORT, runs.offsets.data(),
+                        static_cast<GLsizei>(runs.counts.size()));
+}
+
+bool BatchES20::UploadIdentifiers()
+{
+    if (m_identifiersHold)
+    {
+        return true;
+    }
+    if (m_identifiers == 0)
+    {
+        glGenBuffers(1, &m_identifiers);
+    }
+    if (m_identifiers == 0)
+    {
+        return false;
+    }
+    std::vector<Rgba> colors(m_allVertices);
+    for (const Room& room : m_pieces)
+    {
+        std::fill_n(colors.begin() + room.firstVertex, room.vertices, IdentifierOf(room.userData));
+    }
+    glBindBuffer(GL_ARRAY_BUFFER, m_identifiers);
+    glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(colors.size() * sizeof(Rgba)), colors.data(),
+                 GL_STATIC_DRAW);
+    m_identifiersHold = true;
+    return true;
+}
+
+void BatchES20::DrawIdentifiers(DepthIdPassEffectES20& effect, MeshNode* node, const Runs& runs)
+{
+    // Each vertex has the identifier of its node, in place of the colour that it may have.
+    if (!UploadIdentifiers())
+    {
+        return;
+    }
+    effect.SetIdMode(0);
+    effect.UseOptions(kIdentifiersOfVertices);
+    const int colors = std::exchange(colorOffset, -1);
+    glBindBuffer(GL_ARRAY_BUFFER, vertexBufferId);
+    effect.BindMeshAttributes(this);
+    EffectES20::DisableSpareAttributes();
+    glBindBuffer(GL_ARRAY_BUFFER, m_identifiers);
+    glVertexAttribPointer(kIdentifierAttribute, 4, GL_UNSIGNED_BYTE, GL_TRUE, sizeof(Rgba), nullptr);
+    glEnableVertexAttribArray(kIdentifierAttribute);
+    glBindBuffer(GL_ARRAY_BUFFER, vertexBufferId);
+    effect.BindMeshUniforms(node);
+    DrawRuns(runs);
+    glDisableVertexAttribArray(kIdentifierAttribute);
+    effect.ReleaseMeshAttributes(this);
+    colorOffset = colors;
+    effect.SetIdMode(1);
+    effect.UseOptions(kIdentifiersOfNodes);
+}
+
+} // namespace OV::Host::Detail

@@ -1,0 +1,170 @@
+#pragma once
+
+#include "orvane_host/geometry/ViewVolume.h"
+#include "orvane_host/present/detail/BatchPiece.h"
+#include "orvane/math/Transform.h"
+#include "orvane/renderdata/MeshES20.h"
+#include "orvane/scene/Mesh.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace OV
+{
+
+class DepthIdPassEffectES20;
+class Material;
+class MeshNode;
+
+} // namespace OV
+
+namespace OV::Host::Detail
+{
+
+/// The nodes that stand for those of a batch when it is drawn. Which one a batch is drawn at tells
+/// how much of it is.
+struct BatchNodes
+{
+    const MeshNode* whole = nullptr; ///< all that is in it
+    const MeshNode* seen = nullptr;  ///< what See found
+};
+
+/// Several meshes at several nodes in one pair of buffers, drawn in as few calls as it takes to
+/// leave out those that are off.
+///
+/// Pieces keep their room for life. Nothing is kept of the geometry but what GL has.
+class BatchES20 final : public MeshES20
+{
+public:
+    static constexpr std::size_t MostVertices = 65536;
+
+    struct Piece
+    {
+        const Mesh* mesh;
+        Transform place; ///< from the mesh's space to that of the batch
+        WorldBox box;
+        int userData;
+        std::uint32_t owner; ///< the caller's number for it
+    };
+
+    /// Makes the buffers, with all pieces on. GL. They have at most MostVertices together and are
+    /// sound.
+    /// @param shown has the material and flags that the pieces are drawn with, and no geometry.
+    BatchES20(Mesh* shown, SharedBufferPool* bufferPool, const BatchNodes& nodes, const BatchKind& batchKind,
+              const std::vector<Piece>& pieces, const TextureFactors& factors);
+
+    /// GL.
+    ~BatchES20() override;
+
+    void Render(EffectES20* effect, const std::vector<MeshNode*>& nodes, bool specificNode) override;
+
+    const BatchKind& GetKind() const { return m_kind; }
+    std::size_t GetPieceCount() const { return m_pieces.size(); }
+    std::uint32_t OwnerOf(std::size_t piece) const { return m_pieces[piece].owner; }
+    std::size_t GetOnCount() const { return m_onCount; }
+    /// Of the pieces that are on.
+    std::size_t GetTriangleCount() const;
+    /// Of the pieces that were not given up.
+    std::size_t GetVertexCount() const { return m_vertexCount; }
+    /// Of the buffers, identifiers included.
+    std::size_t GetBytes() const;
+    const WorldBox& GetBox() const { return m_box; }
+
+    void Switch(std::size_t piece, bool on);
+    void SetUserData(std::size_t piece, int userData);
+
+    /// Whether a mesh fits into the room of a piece.
+    bool Fits(std::size_t piece, const Mesh& mesh) const;
+
+    /// Writes a piece anew. GL. The mesh fits.
+    /// @param isReshaped whether the geometry is another, not only its place.
+    void Write(std::size_t index, const Piece& piece, const TextureFactors& factors, bool isReshaped);
+
+    static constexpr std::uint32_t NoOwner = ~std::uint32_t{0};
+
+    /// Leaves a piece's room unused for good, and without an owner.
+    void GiveUp(std::size_t piece);
+
+    /// Finds out what a view sees.
+    /// @param leastShare of the height of the picture: pieces below it are left out.
+    /// @return whether it sees anything.
+    bool See(const ViewVolume& view, float leastShare);
+
+    /// Calls a function with the owner of each piece that is on and that a view may see.
+    template <class Found>
+    void Collect(const ViewVolume& view, Found found) const
+    {
+        for (std::size_t i = 0; i < m_pieces.size(); ++i)
+        {
+            if (i % kRow == 0 && !view.Sees(m_rowBoxes[i / kRow]))
+            {
+                i += kRow - 1;
+            }
+            else if (IsOn(i) && view.Sees(m_pieces[i].box))
+            {
+                found(m_pieces[i].owner);
+            }
+        }
+    }
+
+private:
+    static constexpr std::size_t kRow = 64; ///< pieces that are culled together, a bit each
+
+    struct Room
+    {
+        WorldBox box;
+        std::uint32_t firstVertex;
+        std::uint32_t vertices;
+        std::uint32_t firstIndex;
+        std::uint32_t indices;
+        std::uint32_t owner;
+        int userData;
+    };
+
+    /// Ranges of the index buffer, ready for GL.
+    struct Runs
+    {
+        std::vector<int> counts;
+        std::vector<const void*> offsets;
+        std::vector<std::uint64_t> bits; ///< what they are made of
+        bool isValid = false;
+    };
+
+    bool IsOn(std::size_t piece) const { return ((m_on[piece / kRow] >> (piece % kRow)) & 1u) != 0; }
+    const Runs& RunsOf(const MeshNode* node);
+    void MakeRuns(Runs& runs, const std::vector<std::uint64_t>& bits) const;
+    void WidenBoxes(std::size_t piece);
+    void DrawRuns(const Runs& runs) const;
+    void DrawIdentifiers(DepthIdPassEffectES20& effect, MeshNode* node, const Runs& runs);
+    bool UploadIdentifiers();
+
+    BatchNodes m_nodes;
+    BatchKind m_kind;
+    std::vector<Room> m_pieces;
+    std::vector<std::uint64_t> m_on;
+    std::vector<WorldBox> m_rowBoxes; ///< of kRow pieces each
+    WorldBox m_box;
+    std::size_t m_onCount = 0;
+    std::size_t m_vertexCount = 0;
+    std::size_t m_allVertices = 0;
+    Runs m_whole;
+    Runs m_seen;
+    std::vector<std::uint64_t> m_seenBits;
+    bool m_seesAll = true;
+    unsigned int m_identifiers = 0; ///< buffer of a colour for each vertex; 0 until it is needed
+    bool m_identifiersHold = false;
+};
+
+/// The mesh that a batch is drawn as. It is in no scene, and its material does not know it.
+class BatchMesh final : public Mesh
+{
+public:
+    BatchMesh() : Mesh(std::shared_ptr<RawMesh>()) {}
+    ~BatchMesh() override;
+
+    void Become(Material* ownMaterial, unsigned int ownFlags);
+};
+
+} // namespace OV::Host::Detail

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "orvane/renderdata/MeshFormatKey.h"
+
+#include <cstddef>
+#include <tuple>
+#include <vector>
+
+namespace OV
+{
+
+class Mesh;
+class Transform;
+
+} // namespace OV
+
+namespace OV::Host
+{
+
+struct WorldBox;
+
+} // namespace OV::Host
+
+namespace OV::Host::Detail
+{
+
+/// What meshes of one material must share to be drawn together.
+struct BatchKind
+{
+    MeshFormatKey streams;
+    unsigned int meshFlags = 0; ///< those that the engine reads
+    bool isMirrored = false;    ///< the transform turns right-handed into left-handed
+
+    bool operator<(const BatchKind& other) const
+    {
+        return std::tie(streams, meshFlags, isMirrored) < std::tie(other.streams, other.meshFlags, other.isMirrored);
+    }
+    bool operator!=(const BatchKind& other) const { return *this < other || other < *this; }
+};
+
+/// Where the streams of a vertex begin, in floats; none at -1.
+struct BatchLayout
+{
+    explicit BatchLayout(const MeshFormatKey& streams);
+
+    int normal = -1;
+    int texture = -1;
+    int color = -1;
+    int size = 3;
+};
+
+/// By what texture coordinates are multiplied.
+struct TextureFactors
+{
+    float u = 1.0f;
+    float v = 1.0f;
+};
+
+/// Writes the vertices of a mesh as they are at a place: positions and normals are carried over in
+/// double, the rest is copied.
+/// @param place from the mesh's space to that of the batch.
+/// @param out room for all of its vertices.
+void WriteVertices(const Mesh& mesh, const Transform& place, const TextureFactors& factors,
+                   const BatchLayout& layout, float* out);
+
+/// The box of a mesh at a place.
+WorldBox BoxAt(const Mesh& mesh, const Transform& place);
+
+/// Whether a mesh has a triangle, each index names a vertex, and each stream has one value for each.
+bool IsSound(const Mesh& mesh);
+
+} // namespace OV::Host::Detail

@@ -1,0 +1,229 @@
+#pragma once
+
+#include "orvane_host/geometry/CullTree.h"
+#include "orvane_host/present/BatchSettings.h"
+#include "orvane_host/present/PresentationFrame.h"
+#include "orvane_host/present/detail/Batch.h"
+#include "orvane_host/present/detail/BatchMark.h"
+#include "orvane/base/WatchedPtr.h"
+#include "orvane/math/Vector3d.h"
+#include "orvane/scene/NodeListener.h"
+
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <memory>
+#include <optional>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+namespace OV
+{
+
+class Material;
+class MeshNode;
+class MeshStyleES20;
+
+} // namespace OV
+
+namespace OV::Host::Detail
+{
+
+/// Draws what stands still in a scene as few large meshes, and leaves out what a view doesn't see.
+///
+/// The nodes of the scene stay what they are; they tell what changes. A mesh at a node leaves its
+/// batch when it moves, is hidden or gets another material or geometry, is drawn by itself from
+/// then on, and comes back when it has rested. One that was only hidden comes back at once, since
+/// its room in the batch still shows it.
+///
+/// Not in batches: what is see-through or drawn as points, whatever its depth, or by draw IDs; what
+/// has a material of its node's; large meshes, which gain nothing, and those at many nodes that
+/// would take much memory; classes of the host's.
+class Batches final : public NodeListener, private BatchMarkOwner
+{
+public:
+    using Path = std::vector<std::pair<std::uint64_t, std::uint64_t>>;
+
+    /// Frames that a mesh at a node has to stand still before it is drawn with others again.
+    static constexpr unsigned int kRest = 8;
+
+    /// With so many meshes at nodes BatchUse::Auto draws them together.
+    static constexpr std::size_t kWorthwhile = 400;
+
+    /// Whether BatchUse::Auto draws the things of a scene together.
+    static bool IsWorthwhile(const Scene& scene);
+
+    explicit Batches(Scene& scene);
+
+    /// GL.
+    ~Batches() override;
+
+    /// Nodes that are drawn by themselves, in place of those named before.
+    void KeepApart(const std::vector<const MeshNode*>& nodes);
+
+    /// Likewise those that EditInContext leaves their colours: those whose path begins so.
+    void KeepEdited(const std::optional<Path>& path);
+
+    /// Only what is turned and moved is drawn together, not what is scaled or mirrored: for looks
+    /// that shade such things in a way of their own.
+    void KeepRigid(bool onlyRigid);
+
+    /// Takes in what has changed, once a frame. GL.
+    void Update();
+
+    /// Lists the meshes of the scene's opaque materials, all of them and those that the camera may
+    /// see. GL.
+    /// @param leastShare see BatchES20::See.
+    void List(PresentationFrame& frame, float leastShare, std::vector<RenderItemES20>& all,
+              std::vector<RenderItemES20>& seen);
+
+    /// Lists those of the scene's see-through materials. GL.
+    void ListAlpha(PresentationFrame& frame, std::vector<RenderItemES20>& items);
+
+    /// Lists the meshes of all materials node by node that a view may see. GL.
+    void ListSingly(PresentationFrame& frame, const ViewVolume& view, std::vector<RenderItemES20>& items);
+
+    BatchCounts Count() const;
+
+    void NodeChanged(Node& node, NodeChange change) override;
+    void NodeGone(const Node& node) override;
+    void SceneGone() override;
+
+private:
+    using Index = std::uint32_t;
+    static constexpr Index kNone = ~Index{0};
+
+    struct Batch
+    {
+        std::unique_ptr<BatchMesh> mesh;
+        BatchES20* data; ///< the mesh's
+    };
+
+    /// The meshes of a material.
+    struct Group
+    {
+        WatchedPtr<Material> material;
+        Material* key = nullptr;          ///< only to be compared
+        std::unique_ptr<BatchMesh> probe; ///< without geometry, to ask for the render data of the material
+        bool isTogether = false;          ///< whether its meshes may be drawn together
+        std::vector<Batch> batches;
+        std::vector<Index> singles; ///< in the order of drawing, once sorted
+        bool hasLeft = false;       ///< one of the singles is none any more
+        std::map<BatchKind, std::vector<Index>> rested; ///< to be put into batches
+
+        // The singles ready to be drawn, while nothing has changed.
+        std::vector<RenderItemES20> items;
+        std::vector<std::pair<Index, Index>> spans; ///< in singles: where those of each item begin and end
+        std::uint64_t listing = 0;
+        MeshStyleES20* style = nullptr;
+        bool itemsHold = false;
+    };
+
+    /// A mesh at a node.
+    struct Member
+    {
+        MeshNode* node;
+        Mesh* mesh;
+        Group* group;     ///< null without a material
+        BatchES20* batch; ///< that it has room in; null for none
+        BatchMark* mark;
+        Index piece;
+        Index nextOfNode;
+        Index nextOfMark;
+        Index previousOfMark;
+        CullTree::Entry leaf;
+        unsigned int due;       ///< frame from which on it has rested
+        unsigned int seenFrame; ///< in which the camera saw it, by itself
+        unsigned char losses;   ///< how often its mark was taken away without need
+        bool isPlain;           ///< of the engine's own classes
+        bool isReshaped;        ///< the geometry is another than that of its room in the batch
+        bool isFresh;           ///< its room in the batch shows it as it is
+        bool isSingle;
+        bool isQueued;
+        bool isGone;
+        bool isRested; ///< among the group's rested
+    };
+
+    struct NodeState
+    {
+        Index first = kNone;
+        unsigned int changes = 0;
+    };
+
+    void MarkGone(BatchMark& mark) override;
+
+    void Note(MeshNode& node, unsigned int change);
+    void Start();
+    void ChooseAnchor();
+    void PlaceNodes();
+    std::unique_ptr<BatchMesh> TakeMesh(Material& material, unsigned int flags);
+    void GiveBack(std::unique_ptr<BatchMesh> mesh);
+    void GiveBack(Group& group);
+    void Sync(MeshNode& node, NodeState& state);
+    Index AddMember(MeshNode& node, Mesh& mesh);
+    void DropMember(Index index);
+    void Place(Index index, unsigned int changes);
+    void EnsureMark(Index index);
+    void UnlinkMark(Member& member);
+    void LeaveGroup(Index index);
+    void LeaveBatch(Member& member);
+    void MakeSingle(Index index, bool isSingle);
+    void PutIntoTree(Index index);
+    void Rest(Index index, unsigned int frames);
+    void WakeRested();
+
+    Group* GroupOf(Material& material);
+    bool IsPlain(const MeshNode& node, Mesh& mesh) const;
+    bool IsApart(const MeshNode& node) const;
+    bool CanBeTogether(const Member& member) const;
+    void NoteAll();
+    static bool IsShown(const Member& member);
+    BatchKind KindOf(const Member& member) const;
+    BatchES20::Piece PieceOf(Index index) const;
+    Transform PlaceOf(const MeshNode& node) const;
+
+    MeshStyleES20* Probe(PresentationFrame& frame, Group& group);
+    void Build(StageAccess& renderer, Group& group);
+    void Build(StageAccess& renderer, Group& group, const BatchKind& kind, std::vector<Index>& members);
+    void Absorb(Group& group, const BatchKind& kind, std::vector<Index>& members);
+    void MakeBatch(StageAccess& renderer, Group& group, const BatchKind& kind, const Index* first, const Index* last);
+    void Show(Index index);
+    void SetTogether(Group& group, bool together);
+    void Dissolve(Group& group);
+    void ListGroup(PresentationFrame& frame, Group& group, const ViewVolume* view, float leastShare,
+                   std::vector<RenderItemES20>& all, std::vector<RenderItemES20>* seen);
+    void MakeItems(StageAccess& renderer, Group& group, MeshStyleES20& style);
+    void ListSeen(const Group& group, std::vector<RenderItemES20>& seen) const;
+    bool HasData(StageAccess& renderer, const Member& member);
+
+    template <class Lister>
+    void ForEachMaterial(PresentationFrame& frame, const std::vector<Material*>& materials, Lister list);
+
+    std::vector<Member> m_members;
+    std::vector<Index> m_freeMembers;
+    std::unordered_map<const Node*, NodeState> m_nodes;
+    std::vector<Node*> m_changed; ///< those that are still known are MeshNodes
+    std::vector<Index> m_gone;
+    std::deque<std::pair<unsigned int, Index>> m_resting;
+    std::unordered_map<const Material*, std::unique_ptr<Group>> m_groups;
+    std::vector<std::unique_ptr<Group>> m_deadGroups;
+    CullTree m_tree; ///< of what is drawn by itself
+    BatchMark::Link m_link;
+    std::unordered_set<const Node*> m_apart;
+    std::optional<Path> m_edited;
+    QGM::Vector3d m_anchor{0.0, 0.0, 0.0}; ///< world space: where batches count from
+    std::unique_ptr<MeshNode> m_standIns[2][2]; ///< by whether they mirror; for the whole and the seen
+    /// Out of use. What dies while a frame is drawn counts as gone to its end, and what came to
+    /// stand at its address would too.
+    std::vector<std::unique_ptr<BatchMesh>> m_spareMeshes;
+    std::vector<Material*> m_materials;
+    std::vector<Index> m_found;
+    std::vector<RenderItemES20> m_probed;
+    unsigned int m_frame = 0;
+    bool m_onlyRigid = false;
+    bool m_hasStarted = false;
+};
+
+} // namespace OV::Host::Detail
