@@ -27,6 +27,7 @@
 #include "orvane_host/present/PresentationSettings.h"
 #include "orvane_host/present/PresentationStage.h"
 #include "orvane_host/present/SceneRenderer.h"
+#include "orvane_host/present/ShadowSettings.h"
 #include "orvane_host/present/StageAccess.h"
 #include "orvane_host/sheet/Sheet.h"
 #include "orvane_host/sheet/Watermark.h"

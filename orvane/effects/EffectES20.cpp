@@ -1,5 +1,6 @@
 #include "orvane/effects/EffectES20.h"
 
+#include "orvane/effects/LightShare.h"
 #include "orvane/effects/ShaderSnippets.h"
 #include "orvane/effects/SkySettings.h"
 #include "orvane/math/Color.h"
@@ -109,7 +110,8 @@ void EffectES20::Precompile(std::uint64_t options)
 
 std::uint64_t EffectES20::UsedOptions(std::uint64_t options) const
 {
-    return m_discardsAtPlanes && s_clipPlaneNormals.empty() ? options | OptionNoClipPlanes : options;
+    const bool noPlanes = m_discardsAtPlanes && s_clipPlaneNormals.empty();
+    return options | (noPlanes ? OptionNoClipPlanes : 0) | (m_takesLightShare ? s_lightShareOption : 0);
 }
 
 unsigned int EffectES20::ProgramForOptions(std::uint64_t options)
@@ -178,7 +180,8 @@ void EffectES20::RegisterProgram(unsigned int program, const std::string& name)
 
 void EffectES20::UseOptions(std::uint64_t options)
 {
-    m_currentProgram = ProgramForOptions(UsedOptions(options));
+    const std::uint64_t used = UsedOptions(options);
+    m_currentProgram = ProgramForOptions(used);
     m_current = &m_programs.find(m_currentProgram)->second;
     const auto attributes = m_attributesByProgram.find(m_currentProgram);
     m_currentAttributes = attributes == m_attributesByProgram.end() ? 0 : attributes->second;
@@ -191,6 +194,16 @@ void EffectES20::UseOptions(std::uint64_t options)
     EndUse();
     m_current->Bind();
     ShaderProgram::s_fed = m_current;
+    FeedLightShare(used);
+}
+
+void EffectES20::FeedLightShare(std::uint64_t options)
+{
+    if ((options & OptionLightShares) != 0 && m_currentProgram != 0 && m_current->m_shareSince != s_lightSharesSet)
+    {
+        s_lightShare->Feed(*m_current, m_firstShareUniform);
+        m_current->m_shareSince = s_lightSharesSet;
+    }
 }
 
 int EffectES20::UniformLocation(unsigned int program, int index)
@@ -275,19 +288,30 @@ unsigned int EffectES20::CreateFromTemplate(const ProgramTemplate& source, std::
 {
     name = OptionsName(source.baseName, options, source.options);
     const std::string defines = OptionsDefines(options, source.options);
+    const bool isShared = (options & OptionLightShares) != 0 && s_lightShare;
     const std::map<std::string, std::string> replacements = {
         {"@OPTIONS@", defines},
         {"@OPTION_DEFINITIONS@", defines},
         {"@FOG_UNIFORMS@", FogUniforms},
         {"@FOG_CALC@", FogCalc},
         {"@FOG_CALC_FRAGMENT@", FogCalc},
+        {"@LIGHT_SHARE@", isShared ? s_lightShare->Source() : ""},
         {"@STIPPLING_UNIFORMS@", StipplingUniforms},
         {"@STIPPLING_FUNCTION@", StipplingFunction},
         {"@INCLUDE_OVSL_ADD_STIPPLING_FUNCTION@", StipplingFunction},
     };
     m_uniformNames = ToMap(source.uniforms);
     m_attributeNames = ToMap(source.attributes);
-    const std::string fragmentStart = (options & OptionNoClipPlanes) != 0 ? "#define NO_CLIP_PLANES\n" : "";
+    m_firstShareUniform = static_cast<int>(source.uniforms.size());
+    std::string fragmentStart = (options & OptionNoClipPlanes) != 0 ? "#define NO_CLIP_PLANES\n" : "";
+    if (isShared)
+    {
+        fragmentStart += "#extension GL_OES_standard_derivatives : enable\n#define LIGHT_SHARE\n";
+        for (const IndexedName& row : s_lightShare->Uniforms())
+        {
+            m_uniformNames[static_cast<unsigned int>(m_firstShareUniform) + row.index] = row.name;
+        }
+    }
     m_currentProgram = static_cast<unsigned int>(
         LoadProgram(name, ExpandTemplate(source.vertexSource, replacements),
                     fragmentStart + ExpandTemplate(source.fragmentSource, replacements), m_attributeNames));

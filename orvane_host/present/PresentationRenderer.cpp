@@ -12,6 +12,7 @@
 #include "orvane_host/present/detail/OcclusionStage.h"
 #include "orvane_host/present/detail/OcclusionView.h"
 #include "orvane_host/present/detail/ScreenBuffer.h"
+#include "orvane_host/present/detail/ShadowStage.h"
 #include "orvane_host/present/detail/SurfacePass.h"
 #include "orvane_host/present/detail/SurfaceStage.h"
 #include "orvane/effects/MaterialEffectES20.h"
@@ -62,9 +63,11 @@ PresentationRenderer::PresentationRenderer(TextureLoader* loader, RenderCapabili
     m_lister(std::make_unique<Detail::ItemLister>())
 {
     // In drawing order.
+    m_shadows = Append<Detail::ShadowStage>(Step::Shadows);
     Append<Detail::IdentifierStage>(Step::Identifiers);
     Append<Detail::DepthStage>(Step::Depth);
     m_surfaces = Append<Detail::SurfaceStage>(Step::Surfaces);
+    m_surfaces->LightWith(*m_shadows);
     m_occlusion = Append<Detail::OcclusionStage>(Step::Occlusion);
     m_edges = Append<Detail::EdgeStage>(Step::Edges);
 }
@@ -194,6 +197,16 @@ void PresentationRenderer::ShowIdentifiers(bool show)
 void PresentationRenderer::ShowAmbientOcclusion(bool show)
 {
     m_occlusion->Show(show);
+}
+
+void PresentationRenderer::SetSun(const std::optional<Vector>& towardSun)
+{
+    m_shadows->SetSun(towardSun);
+}
+
+void PresentationRenderer::SetShadows(const std::optional<ShadowSettings>& shadows)
+{
+    m_shadows->SetShadows(shadows);
 }
 
 void PresentationRenderer::Suspend()

@@ -5,6 +5,8 @@
 #include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/PresentationStage.h"
 #include "orvane_host/present/SceneRenderer.h"
+#include "orvane_host/present/ShadowSettings.h"
+#include "orvane/math/Vector.h"
 
 #include <cstdint>
 #include <memory>
@@ -28,6 +30,7 @@ class ItemLister;
 class LineSetup;
 class OcclusionStage;
 class ScreenBuffer;
+class ShadowStage;
 class SurfaceStage;
 
 } // namespace OV::Host::Detail
@@ -35,8 +38,8 @@ class SurfaceStage;
 namespace OV::Host
 {
 
-/// A renderer that puts a presentation together, each frame in this order: sky; identifiers and
-/// depth, off screen; surfaces in a look and lines; ambient occlusion; edges. Each is on or off by
+/// A renderer that puts a presentation together, each frame in this order: sky; shadows, identifiers
+/// and depth, off screen; surfaces in a look and lines; ambient occlusion; edges. Each is on or off by
 /// itself; a captured frame is antialiased after them, and the layer above comes last.
 ///
 /// Lines and 2D layers are as ever, and so are materials that know no other pass than the default
@@ -94,6 +97,18 @@ public:
     /// as far away as what is looked at (CameraNode::SetDistanceToTarget), else within fewer.
     void ShowAmbientOcclusion(bool show);
 
+    /// The direction towards the sun, in world space, of any length above 0: what casts shadows. The
+    /// light itself is the first light of the scene, which shines from there. None at first.
+    void SetSun(const std::optional<Vector>& towardSun);
+
+    /// Lets surfaces cast the shadows of the sun, in every look. None at first. Lit looks lose the
+    /// light of the first light of the scene there and nothing else; the others get darker.
+    ///
+    /// Lines and points cast nothing, nor does what is hidden; what clip planes have cut away does on
+    /// request; see-through materials let a share of the light pass. Where GL can't make the maps
+    /// that shadows come from, all is lit.
+    void SetShadows(const std::optional<ShadowSettings>& shadows);
+
     /// As that of Renderer20. Supersampling raises the device pixel ratio from 1 to 2; layers without
     /// a ratio of their own stay as large as they were.
     bool SetAAMode(AAMode mode);
@@ -143,6 +158,7 @@ private:
     /// Stages in drawing order; outside ones may stand between those of the kit.
     enum class Step
     {
+        Shadows,
         Identifiers,
         Depth,
         BeforeSurfaces, ///< from here on into the picture
@@ -174,6 +190,7 @@ private:
 
     std::vector<Entry> m_stages; ///< in drawing order
     // In m_stages.
+    Detail::ShadowStage* m_shadows = nullptr;
     Detail::SurfaceStage* m_surfaces = nullptr;
     Detail::OcclusionStage* m_occlusion = nullptr;
     Detail::EdgeStage* m_edges = nullptr;

@@ -7,6 +7,7 @@
 #include "orvane_host/present/detail/Effects.h"
 #include "orvane_host/present/detail/ObjectHatchEffect.h"
 #include "orvane_host/present/detail/SampleShadingScope.h"
+#include "orvane_host/present/detail/ShadowStage.h"
 #include "orvane/effects/AdvancedMaterialBaseES20.h"
 #include "orvane/math/Transform.h"
 #include "orvane/renderdata/MaterialES20.h"
@@ -31,6 +32,34 @@ namespace
 
 /// The attribute that the look reads colours from.
 constexpr GLuint kColorAttribute = 2;
+
+/// Puts the share of the light that reaches the surfaces in force, for the length of a scope.
+class LightShareScope
+{
+public:
+    explicit LightShareScope(LightShare* share) : m_before(EffectES20::GetLightShare()), m_isSet(share != nullptr)
+    {
+        if (m_isSet)
+        {
+            EffectES20::SetLightShare(share);
+        }
+    }
+
+    ~LightShareScope()
+    {
+        if (m_isSet)
+        {
+            EffectES20::SetLightShare(m_before);
+        }
+    }
+
+    LightShareScope(const LightShareScope&) = delete;
+    LightShareScope& operator=(const LightShareScope&) = delete;
+
+private:
+    LightShare* m_before;
+    bool m_isSet;
+};
 
 /// Whether there are cuts that gain by shading each sample.
 bool SmoothsCuts(const CameraNode& camera)
@@ -206,6 +235,7 @@ void SurfaceStage::Draw(PresentationFrame& frame)
 void SurfaceStage::DrawLook(PresentationFrame& frame)
 {
     const SampleShadingScope sampleShading(SmoothsCuts(frame.camera) && SampleShadingScope::IsOfUse());
+    const LightShareScope lightShare(m_shadows ? m_shadows->GetShare() : nullptr);
     const ConstantColorScope plainColors(kColorAttribute, m_look == Look::VertexColor);
     const FrameItems& items = frame.items;
     if (m_surfacesShown)

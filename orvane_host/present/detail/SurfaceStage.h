@@ -31,6 +31,7 @@ namespace OV::Host::Detail
 {
 
 class ObjectHatchEffect;
+class ShadowStage;
 
 /// The surfaces of the scene in a look, and its lines.
 class SurfaceStage final : public PresentationStage
@@ -53,6 +54,9 @@ public:
     void OverlayLines(bool overlay) { m_linesOverlaid = overlay; }
     void SetEditPath(std::optional<Path> path) { m_editPath = std::move(path); }
 
+    /// What tells how much light reaches the surfaces; outlives this.
+    void LightWith(ShadowStage& shadows) { m_shadows = &shadows; }
+
     FrameNeeds NeedsOf(const PresentationFrame& frame) const override;
     void Prepare(PresentationFrame& frame) override;
     void Draw(PresentationFrame& frame) override;
@@ -68,6 +72,7 @@ private:
     void DrawItems(PresentationFrame& frame, const std::vector<RenderItemES20>& items, RenderPass pass);
 
     Look m_look = Look::Advanced;
+    ShadowStage* m_shadows = nullptr;
     bool m_surfacesShown = true;
     bool m_linesShown = true;
     bool m_linesOverlaid = false;
