@@ -7,6 +7,7 @@
 #include "orvane_host/geometry/FeatureLines.h"
 #include "orvane_host/geometry/Polyline.h"
 #include "orvane_host/geometry/Primitives.h"
+#include "orvane_host/geometry/RayCaster.h"
 #include "orvane_host/geometry/SectionFaces.h"
 #include "orvane_host/geometry/SectionFill.h"
 #include "orvane_host/import/ImportOptions.h"
