@@ -213,7 +213,7 @@ std::optional<SunView> ShadowStage::LayOut(const PresentationFrame& frame, const
     request.towardSun = towardSun;
     request.worldToClip = ToDouble(frame.cameraData.GetMVP());
     request.perspective = frame.camera.GetProjection() == CameraNode::Perspective;
-    request.pixels = std::max(frame.target.width, frame.target.height);
+    request.pixels = {frame.target.width, frame.target.height};
     GLint limit = 0;
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &limit);
     request.mostTexels = std::min(limit / 2, 4096);
@@ -358,7 +358,6 @@ void ShadowStage::SetValues(const PresentationFrame& frame, const SunView& view)
     const bool isPerspective = frame.camera.GetProjection() == CameraNode::Perspective;
     const glm::ivec2 size = view.GetSize();
     values.texel = {narrow(1.0 / size.x), narrow(1.0 / size.y)};
-    values.pixel = {narrow(2.0 / frame.target.width), narrow(2.0 / frame.target.height), isPerspective ? 1.0f : 0.0f, 0.0f};
     values.tiles = static_cast<int>(view.GetTiles().size());
     // Backwards from what a pixel tells: its place times the distance and the distance, or place and
     // depth.
@@ -377,14 +376,19 @@ void ShadowStage::SetValues(const PresentationFrame& frame, const SunView& view)
     const glm::dmat3 back = glm::inverse(turned);
     glm::dmat4 toWorld(back);
     toWorld[3] = glm::dvec4(-(back * moved), 1.0);
+    const glm::dvec2 pixel(2.0 / frame.target.width, 2.0 / frame.target.height);
     for (std::size_t i = 0; i < view.GetTiles().size(); ++i)
     {
         const SunView::Tile& tile = view.GetTiles()[i];
         const glm::dmat4 toMap = tile.toMap * toWorld;
-        for (int row = 0; row < 3; ++row)
+        // Pixels count from the lower left corner, and depths from 0.
+        const glm::dvec4 middle = isPerspective ? toMap[2] - toMap[0] - toMap[1] : toMap[3] - toMap[0] - toMap[1] - toMap[2];
+        const glm::dvec4 columns[4] = {toMap[0] * pixel.x, toMap[1] * pixel.y, middle,
+                                       isPerspective ? toMap[3] : 2.0 * toMap[2]};
+        for (std::size_t column = 0; column < 4; ++column)
         {
-            values.toMap[3 * i + static_cast<std::size_t>(row)] = {narrow(toMap[0][row]), narrow(toMap[1][row]),
-                                                                   narrow(toMap[2][row]), narrow(toMap[3][row])};
+            values.toMap[4 * i + column] = {narrow(columns[column].x), narrow(columns[column].y),
+                                            narrow(columns[column].z)};
         }
         values.rects[i] = {narrow(tile.low.x + 0.5), narrow(tile.low.y + 0.5), narrow(tile.high.x - 0.5),
                            narrow(tile.high.y - 0.5)};
@@ -392,7 +396,12 @@ void ShadowStage::SetValues(const PresentationFrame& frame, const SunView& view)
     }
     constexpr double radians = 3.14159265358979323846 / 180.0;
     const double halfWidth = m_settings->soft ? std::tan(0.5 * m_settings->sunWidth * radians) : 0.0;
-    values.look = {m_settings->darkness, narrow(halfWidth), m_hasGlass ? 1.0f : 0.0f, 0.0f};
+    values.look = {m_settings->darkness, narrow(halfWidth)};
+    const auto optionIf = [](bool condition, SunShare::Option option) { return condition ? unsigned(option) : 0u; };
+    m_share.SetOptions(optionIf(isPerspective, SunShare::OptionPerspective)
+                       | optionIf(values.tiles > 1, SunShare::OptionParts)
+                       | optionIf(m_settings->soft, SunShare::OptionSoft)
+                       | optionIf(m_hasGlass, SunShare::OptionGlass));
 }
 
 void ShadowStage::BindMaps(PresentationFrame& frame)

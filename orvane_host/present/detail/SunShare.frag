@@ -5,37 +5,31 @@
 // is what a texel of the surface itself holds: no surface darkens itself, however steep it is, and
 // nothing has to be moved from its place for it.
 
+@SUN_OPTIONS@
 #define SUN_TILES 8
-#define SUN_TAPS 8
 #define SUN_SEARCH_TAPS 16
 #define SUN_SOFT_TAPS 32
 
 uniform sampler2D u_sunDepth;            // lengths along the light, 0 to 1
 uniform sampler2D u_sunGlass;            // length of the first glass in red, green and blue, what all lets through in alpha
 uniform vec2 u_sunTexel;                 // of the map, its width and height counted 1
-uniform vec4 u_sunPixel;                 // of the picture, its width and height counted 2; 1 with perspective; 0
 uniform int u_sunTiles;                  // in use
-uniform vec4 u_sunToMap[3 * SUN_TILES];  // rows, from the view to texels across and up and to the length along the light
+uniform vec3 u_sunToMap[4 * SUN_TILES];  // what a pixel across, a pixel up, the distance and the rest add, see sunSpotIn
 uniform vec4 u_sunRects[SUN_TILES];      // texels that may be read: the middles of the first and the last
 uniform vec2 u_sunSteps[SUN_TILES];      // edges of a texel as lengths along the light
-uniform vec4 u_sunLook;                  // darkness of flat tones; half the sun's width over its distance, 0: hard; 1 with glass; -
+uniform vec2 u_sunLook;                  // darkness of flat tones; half the sun's width over its distance
 
 // A fragment as the sun sees it.
 struct SunSpot
 {
     vec3 place;    // texels across and up, length along the light
+    vec3 across;   // to the pixel beside it
+    vec3 up;       // to the pixel above it
     vec2 slope;    // of the length, a texel
-    vec2 across;   // texels to the next pixel
-    vec2 up;       // texels to the pixel above
     vec4 rect;
     vec2 step;     // edges of a texel as lengths along the light
     float room;    // what is no farther in front of the fragment is the surface itself
 };
-
-vec3 sunPlace(vec4 rowU, vec4 rowV, vec4 rowZ, vec4 p)
-{
-    return vec3(dot(rowU, p), dot(rowV, p), dot(rowZ, p));
-}
 
 // The share of the light at a texel that lies beside the spot.
 float sunTap(SunSpot spot, vec2 beside)
@@ -43,20 +37,19 @@ float sunTap(SunSpot spot, vec2 beside)
     vec2 texel = clamp(floor(spot.place.xy + beside) + 0.5, spot.rect.xy, spot.rect.zw);
     float depth = spot.place.z + dot(spot.slope, texel - spot.place.xy) - spot.room;
     float share = texture2D(u_sunDepth, texel * u_sunTexel).r < depth ? 0.0 : 1.0;
-    if (u_sunLook.z > 0.5)
-    {
-        vec4 glass = texture2D(u_sunGlass, texel * u_sunTexel);
-        float first = dot(glass.rgb, vec3(65536.0, 256.0, 1.0) * (255.0 / 16777215.0));
-        share *= first < depth ? glass.a : 1.0;
-    }
+#ifdef SUN_GLASS
+    vec4 glass = texture2D(u_sunGlass, texel * u_sunTexel);
+    float first = dot(glass.rgb, vec3(65536.0, 256.0, 1.0) * (255.0 / 16777215.0));
+    share *= first < depth ? glass.a : 1.0;
+#endif
     return share;
 }
 
 // One of the places of a filter within a pixel, or a texel where that is larger.
 float sunTapWithin(SunSpot spot, vec2 at)
 {
-    vec2 spread = clamp(1.0 - max(abs(spot.across), abs(spot.up)), 0.0, 1.0);
-    return sunTap(spot, at.x * spot.across + at.y * spot.up + at * spread);
+    vec2 spread = clamp(1.0 - max(abs(spot.across.xy), abs(spot.up.xy)), 0.0, 1.0);
+    return sunTap(spot, at.x * spot.across.xy + at.y * spot.up.xy + at * spread);
 }
 
 // Eight places of a pixel, no two in a row or column: rims as smooth as those of surfaces.
@@ -68,6 +61,7 @@ float sunHard(SunSpot spot)
           + sunTapWithin(spot, vec2(0.3125, 0.1875)) + sunTapWithin(spot, vec2(0.4375, -0.4375))) / 8.0;
 }
 
+#ifdef SUN_SOFT
 // The next of the directions of a spiral that fills a disc evenly.
 vec2 sunTurned(vec2 direction)
 {
@@ -112,71 +106,68 @@ float sunSoft(SunSpot spot)
     return sum / float(SUN_SOFT_TAPS);
 }
 
+#endif
+
+// The fragment in a part of the map. Of the view it has its pixel and its distance, which the
+// numbers of the part carry there: with perspective the distance multiplies the pixel.
+void sunSpotIn(int tile, inout SunSpot spot)
+{
+    vec3 pixelAcross = u_sunToMap[4 * tile];
+    vec3 pixelUp = u_sunToMap[4 * tile + 1];
+    vec3 ahead = pixelAcross * gl_FragCoord.x + pixelUp * gl_FragCoord.y + u_sunToMap[4 * tile + 2];
+#ifdef SUN_PERSPECTIVE
+    float away = 1.0 / gl_FragCoord.w;
+    spot.place = u_sunToMap[4 * tile + 3] + ahead * away;
+    spot.across = (pixelAcross - ahead * (dFdx(gl_FragCoord.w) * away)) * away;
+    spot.up = (pixelUp - ahead * (dFdy(gl_FragCoord.w) * away)) * away;
+#else
+    vec3 deeper = u_sunToMap[4 * tile + 3];
+    spot.place = ahead + deeper * gl_FragCoord.z;
+    spot.across = pixelAcross + deeper * dFdx(gl_FragCoord.z);
+    spot.up = pixelUp + deeper * dFdy(gl_FragCoord.z);
+#endif
+    spot.rect = u_sunRects[tile];
+    spot.step = u_sunSteps[tile];
+}
+
+bool isWithin(SunSpot spot)
+{
+    vec2 inside = step(spot.rect.xy + 2.0, spot.place.xy) * step(spot.place.xy, spot.rect.zw - 2.0);
+    return inside.x * inside.y > 0.5;
+}
+
 float OVSL_LightShare(bool wanted)
 {
-    // Of the view: the pixel times the distance and the distance, or the pixel and the depth.
-    vec3 pixel = vec3(gl_FragCoord.xy * u_sunPixel.xy - 1.0, 1.0);
-    vec3 p;
-    vec3 pAcross;
-    vec3 pUp;
-    if (u_sunPixel.z > 0.5)
-    {
-        float away = 1.0 / gl_FragCoord.w;
-        p = pixel * away;
-        pAcross = (vec3(u_sunPixel.x, 0.0, 0.0) - p * dFdx(gl_FragCoord.w)) * away;
-        pUp = (vec3(0.0, u_sunPixel.y, 0.0) - p * dFdy(gl_FragCoord.w)) * away;
-    }
-    else
-    {
-        p = vec3(pixel.xy, 2.0 * gl_FragCoord.z - 1.0);
-        pAcross = vec3(u_sunPixel.x, 0.0, 2.0 * dFdx(gl_FragCoord.z));
-        pUp = vec3(0.0, u_sunPixel.y, 2.0 * dFdy(gl_FragCoord.z));
-    }
-    if (!wanted)
-    {
-        return 1.0;
-    }
-
     SunSpot spot;
-    bool found = false;
-    vec3 across = vec3(0.0);
-    vec3 up = vec3(0.0);
-    for (int i = 0; i < SUN_TILES; ++i)
+    sunSpotIn(0, spot);
+    bool found = isWithin(spot);
+#ifdef SUN_PARTS
+    for (int i = 1; i < SUN_TILES; ++i)
     {
-        if (i >= u_sunTiles || found)
+        if (found || i >= u_sunTiles)
         {
             break;
         }
-        spot.rect = u_sunRects[i];
-        spot.place = sunPlace(u_sunToMap[3 * i], u_sunToMap[3 * i + 1], u_sunToMap[3 * i + 2], vec4(p, 1.0));
-        found = all(greaterThan(spot.place.xy, spot.rect.xy + 2.0)) && all(lessThan(spot.place.xy, spot.rect.zw - 2.0));
-        if (found || i == 0)
-        {
-            across = sunPlace(u_sunToMap[3 * i], u_sunToMap[3 * i + 1], u_sunToMap[3 * i + 2], vec4(pAcross, 0.0));
-            up = sunPlace(u_sunToMap[3 * i], u_sunToMap[3 * i + 1], u_sunToMap[3 * i + 2], vec4(pUp, 0.0));
-            spot.step = u_sunSteps[i];
-        }
+        sunSpotIn(i, spot);
+        found = isWithin(spot);
     }
+#endif
 
     // The plane turns the same side to the sun as to the eye if it looks the same way round to both.
-    float area = across.x * up.y - across.y * up.x;
-    if (area <= 0.0)
-    {
-        return 0.0;
-    }
-    if (!found)
-    {
-        return 1.0;
-    }
-    spot.slope = vec2(across.z * up.y - up.z * across.y, up.z * across.x - across.z * up.x) / area;
-    spot.across = across.xy;
-    spot.up = up.xy;
+    float area = spot.across.x * spot.up.y - spot.across.y * spot.up.x;
+    spot.slope = vec2(spot.across.z * spot.up.y - spot.up.z * spot.across.y,
+                      spot.up.z * spot.across.x - spot.across.z * spot.up.x) / area;
     // A corner that texels see from the other side, a pixel that reaches beyond its surface, and
     // what numbers leave.
-    spot.room = 0.75 * max(spot.step.x, spot.step.y)
-              + 0.5 * max(length(across.xy * spot.step), length(up.xy * spot.step))
+    vec2 reach = max(abs(spot.across.xy), abs(spot.up.xy)) * spot.step;
+    spot.room = 0.75 * max(spot.step.x, spot.step.y) + 0.5 * max(reach.x, reach.y)
               + 0.02 * (abs(spot.slope.x) + abs(spot.slope.y)) + 1.0e-6;
-    return u_sunLook.y > 0.0 ? sunSoft(spot) : sunHard(spot);
+#ifdef SUN_SOFT
+    float share = sunSoft(spot);
+#else
+    float share = sunHard(spot);
+#endif
+    return area <= 0.0 ? 0.0 : found && wanted ? share : 1.0;
 }
 
 float OVSL_ShadowTone()

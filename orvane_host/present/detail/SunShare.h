@@ -3,6 +3,7 @@
 #include "orvane/effects/LightShare.h"
 
 #include <array>
+#include <string>
 
 namespace OV::Host::Detail
 {
@@ -21,19 +22,35 @@ public:
     struct Values
     {
         std::array<float, 2> texel{};
-        std::array<float, 4> pixel{};
         int tiles = 0;
-        std::array<std::array<float, 4>, 3 * MostTiles> toMap{};
+        std::array<std::array<float, 3>, 4 * MostTiles> toMap{};
         std::array<std::array<float, 4>, MostTiles> rects{};
         std::array<std::array<float, 2>, MostTiles> steps{};
-        std::array<float, 4> look{};
+        std::array<float, 2> look{};
+    };
+
+    /// As the options of SunShare.frag.
+    enum Option : unsigned
+    {
+        OptionPerspective = 1,
+        OptionParts = 2, ///< of the map there are several
+        OptionSoft = 4,
+        OptionGlass = 8,
+        EndOfOptions = 16,
     };
 
     Values values;
 
+    /// Each set of options has a text of its own, made when it is first wanted.
+    void SetOptions(unsigned options);
+
     const char* Source() const override;
     NameTable Uniforms() const override;
     void Feed(ShaderProgram& program, int first) override;
+
+private:
+    std::array<std::string, EndOfOptions> m_sources; ///< empty until wanted
+    unsigned m_options = 0;
 };
 
 } // namespace OV::Host::Detail

@@ -20,11 +20,11 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 /// Texels around a part that filters may read.
 constexpr int kMargin = 4;
 
-/// Texels for each pixel of the picture: with fewer, rims are seen in steps.
-constexpr double kFineness = 2.5;
+/// Edge of a texel in pixels of the picture, at most where the map is large enough.
+constexpr double kFineness = 0.7;
 
-/// How much farther the end of a slice of the view lies than its start, at most.
-constexpr double kSliceRatio = 2.3;
+/// Light that comes in flat draws texels out on the ground: up to so much they are made finer.
+constexpr double kFlattest = 0.4;
 
 /// Sizes of texels go up by this.
 constexpr double kLadder = 1.1892071150027210; // the fourth root of 2
@@ -135,25 +135,10 @@ private:
     std::vector<Polygon> m_faces;
 };
 
-/// Where the slices of a view end that reaches from one distance to another.
-std::vector<double> EndsOf(double nearest, double farthest, bool perspective)
+/// The step of the ladder of sizes that is next to a size, rounded up or down.
+double OnLadder(double size, double (*round)(double))
 {
-    const double ratio = perspective && nearest > 0.0 ? farthest / nearest : 1.0;
-    const int wanted = static_cast<int>(std::ceil(std::log(std::max(ratio, 1.0)) / std::log(kSliceRatio) - 1e-9));
-    const int count = std::clamp(wanted, 1, SunView::MostTiles);
-    std::vector<double> ends;
-    for (int i = 1; i < count; ++i)
-    {
-        ends.push_back(nearest * std::pow(ratio, static_cast<double>(i) / count));
-    }
-    ends.push_back(kInfinity);
-    return ends;
-}
-
-/// The smallest step of the ladder of sizes that is no smaller.
-double OnLadder(double size)
-{
-    return std::pow(kLadder, std::ceil(std::log(size) / std::log(kLadder) - 1e-9));
+    return std::pow(kLadder, round(std::log(size) / std::log(kLadder)));
 }
 
 int PowerOfTwo(double least)
@@ -183,7 +168,7 @@ SunView::SunView(const Request& request, const std::vector<CastBox>& casters)
     }
     Bound(casters, request);
     const SeenPart seen(request.worldToClip, request.low, request.high);
-    const glm::dvec4 distance = RowOf(request.worldToClip, 3);
+    const glm::dvec4 distance = request.perspective ? RowOf(request.worldToClip, 3) : glm::dvec4(0.0, 0.0, 0.0, 1.0);
     double nearest = kInfinity;
     double farthest = -kInfinity;
     for (const Polygon& face : seen.GetFaces())
@@ -194,38 +179,115 @@ SunView::SunView(const Request& request, const std::vector<CastBox>& casters)
             farthest = std::max(farthest, glm::dot(distance, corner));
         }
     }
-    if (!(nearest <= farthest))
+    if (!(nearest <= farthest) || !(nearest > 0.0))
     {
         return;
     }
-    const std::vector<double> ends = EndsOf(nearest, farthest, request.perspective);
-    LayOut(request, ends);
-    double start = -kInfinity;
-    for (std::size_t i = 0; i < ends.size(); ++i)
+    // Pixels at the distance 1.
+    const glm::dvec2 pixel(2.0 / (request.pixels.x * glm::length(glm::dvec3(RowOf(request.worldToClip, 0)))),
+                           2.0 / (request.pixels.y * glm::length(glm::dvec3(RowOf(request.worldToClip, 1)))));
+    const double flat = std::clamp(std::abs(sun.y), kFlattest, 1.0);
+    const glm::dvec2 wanted = kFineness * std::min(pixel.x, pixel.y) * glm::dvec2(1.0, flat);
+    const int most = std::max(request.mostTexels, 64);
+
+    Area whole;
+    whole.from = m_from;
+    whole.to = m_to;
+    if (Divide(whole, wanted * nearest, most))
     {
-        glm::dvec2 from(kInfinity);
-        glm::dvec2 to(-kInfinity);
-        for (const Polygon& face : seen.GetFaces())
+        Place({whole});
+        return;
+    }
+    std::vector<Area> areas;
+    for (int count = 1; count <= MostTiles; count += count == 1 || count == 2 ? 1 : count == 3 ? 2 : 3)
+    {
+        areas.clear();
+        bool isFine = true;
+        double start = nearest;
+        for (int i = 1; i <= count; ++i)
         {
-            Polygon slice = face;
-            if (ends.size() > 1)
+            const double end = i == count ? kInfinity
+                                          : nearest * std::pow(farthest / nearest, static_cast<double>(i) / count);
+            Area area = AreaOf(seen.GetFaces(), distance, i == 1 ? -kInfinity : start, end);
+            if (area.to.x > area.from.x)
             {
-                slice = Clipped(slice, [&](const glm::dvec4& p) { return std::min(glm::dot(distance, p) - start, 1e300); });
-                slice = Clipped(slice, [&](const glm::dvec4& p) { return std::min(ends[i] - glm::dot(distance, p), 1e300); });
+                isFine = Divide(area, wanted * start, count > 2 ? most / 2 : most) && isFine;
+                areas.push_back(area);
             }
-            for (const glm::dvec4& corner : slice)
-            {
-                const glm::dvec2 at(glm::dot(m_axes[0], glm::dvec3(corner)), glm::dot(m_axes[1], glm::dvec3(corner)));
-                from = glm::min(from, at);
-                to = glm::max(to, at);
-            }
+            start = end;
         }
-        start = ends[i];
-        from = glm::max(from, m_from);
-        to = glm::min(to, m_to);
-        Tile& tile = m_tiles[i];
-        const bool isEmpty = !(from.x <= to.x) || !(from.y <= to.y);
-        tile = MakeTile(tile.low, tile.high.x - tile.low.x, isEmpty ? m_from : from, isEmpty ? m_from : to);
+        if (isFine)
+        {
+            break;
+        }
+    }
+    Place(areas);
+}
+
+SunView::Area SunView::AreaOf(const std::vector<std::vector<glm::dvec4>>& seen, const glm::dvec4& distance, double start,
+                              double end) const
+{
+    Area area;
+    area.from = glm::dvec2(kInfinity);
+    area.to = glm::dvec2(-kInfinity);
+    for (const Polygon& face : seen)
+    {
+        Polygon slice = face;
+        if (start > -kInfinity)
+        {
+            slice = Clipped(slice, [&](const glm::dvec4& p) { return glm::dot(distance, p) - start; });
+        }
+        if (end < kInfinity)
+        {
+            slice = Clipped(slice, [&](const glm::dvec4& p) { return end - glm::dot(distance, p); });
+        }
+        for (const glm::dvec4& corner : slice)
+        {
+            const glm::dvec2 at(glm::dot(m_axes[0], glm::dvec3(corner)), glm::dot(m_axes[1], glm::dvec3(corner)));
+            area.from = glm::min(area.from, at);
+            area.to = glm::max(area.to, at);
+        }
+    }
+    area.from = glm::max(area.from, m_from);
+    area.to = glm::min(area.to, m_to);
+    const bool isEmpty = !(area.from.x < area.to.x) || !(area.from.y < area.to.y);
+    return isEmpty ? Area{} : area;
+}
+
+bool SunView::Divide(Area& area, const glm::dvec2& wanted, int most)
+{
+    bool isFine = true;
+    for (int axis = 0; axis < 2; ++axis)
+    {
+        const double extent = std::max(area.to[axis] - area.from[axis], 1e-300);
+        const double least = extent / (most - 2 * kMargin - 2);
+        double texel = OnLadder(wanted[axis], std::floor);
+        if (texel < least)
+        {
+            texel = OnLadder(least, std::ceil);
+            isFine = isFine && texel <= wanted[axis];
+        }
+        area.texel[axis] = texel;
+        area.size[axis] = std::min(static_cast<int>(extent / texel) + 2 * kMargin + 2, most);
+    }
+    return isFine;
+}
+
+void SunView::Place(const std::vector<Area>& areas)
+{
+    // Cells of one size, so that the map keeps its own while the eye moves.
+    glm::ivec2 cell(1);
+    for (const Area& area : areas)
+    {
+        cell = glm::max(cell, glm::ivec2(PowerOfTwo(area.size.x), PowerOfTwo(area.size.y)));
+    }
+    const int count = static_cast<int>(areas.size());
+    const int columns = count > 4 ? 4 : std::min(count, 2);
+    for (int i = 0; i < count; ++i)
+    {
+        const glm::ivec2 place(i % columns, i / columns);
+        m_tiles.push_back(MakeTile(place * cell, areas[static_cast<std::size_t>(i)]));
+        m_size = glm::max(m_size, (place + glm::ivec2(1)) * cell);
     }
 }
 
@@ -263,49 +325,18 @@ void SunView::Bound(const std::vector<CastBox>& casters, const Request& request)
     m_farthest += room;
 }
 
-void SunView::LayOut(const Request& request, const std::vector<double>& ends)
-{
-    // One part has the map alone, two share it, more have a quarter of it each, which is enough: of
-    // what lies at one distance only some is seen.
-    const int count = static_cast<int>(ends.size());
-    const int most = std::max(request.mostTexels, 64);
-    int side = std::min(std::max(PowerOfTwo(kFineness * request.pixels), 256), most);
-    glm::ivec2 grid(1, 1);
-    if (count > 2)
-    {
-        side = std::max(side / 2, 32);
-        grid = count > 4 ? glm::ivec2(4, 2) : glm::ivec2(2, 2);
-    }
-    else if (count == 2)
-    {
-        grid = glm::ivec2(2, 1);
-    }
-    while (side * grid.x > 2 * most)
-    {
-        side /= 2;
-    }
-    m_size = grid * side;
-    for (int i = 0; i < count; ++i)
-    {
-        Tile tile;
-        tile.low = glm::ivec2(i % grid.x, i / grid.x) * side;
-        tile.high = tile.low + glm::ivec2(side);
-        m_tiles.push_back(tile);
-    }
-}
-
-SunView::Tile SunView::MakeTile(const glm::ivec2& place, int texels, glm::dvec2 from, glm::dvec2 to) const
+SunView::Tile SunView::MakeTile(const glm::ivec2& place, const Area& area) const
 {
     const double range = GetRange();
-    const double smallest = 1e-6 * range;
     Tile tile;
     tile.low = place;
-    tile.high = place + glm::ivec2(texels);
+    tile.high = place + area.size;
     glm::dmat4 toClip(1.0);
     for (int axis = 0; axis < 2; ++axis)
     {
-        const double size = OnLadder(std::max(to[axis] - from[axis], smallest) / (texels - 2 * kMargin - 1));
-        const double first = (std::floor(from[axis] / size) - kMargin) * size;
+        const double size = area.texel[axis];
+        const int texels = area.size[axis];
+        const double first = (std::floor(area.from[axis] / size) - kMargin) * size;
         tile.step[axis] = size / range;
         tile.from[axis] = first;
         tile.to[axis] = first + texels * size;

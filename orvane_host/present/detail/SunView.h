@@ -21,9 +21,10 @@ struct CastBox
 /// Where the sun's light is followed to: the parts of a map of depths seen from the sun, each laid
 /// over what is seen of the scene at some distance from the eye, nearest first.
 ///
-/// Each part is an upright rectangle of texels of one size. Sizes are steps of a ladder, and texels
-/// lie on a grid about the origin of the world, so that the same texels come again while the eye
-/// moves. Lengths along the light are counted from what lies nearest to the sun, 0, to what lies
+/// Each part is a rectangle of as many texels as it takes for them to be finer than the pixels of
+/// the picture, up to a limit. Sizes of texels are steps of a ladder, and texels lie on a grid about
+/// the origin of the world, so that the same texels come again while the eye moves. Where one part of
+/// all that casts shadows is fine enough, it is the only one, and stays as it is. Lengths along the light are counted from what lies nearest to the sun, 0, to what lies
 /// farthest from it, 1.
 class SunView
 {
@@ -54,8 +55,8 @@ public:
         glm::dvec3 towardSun{0.0, 1.0, 0.0}; ///< unit
         glm::dmat4 worldToClip{1.0};         ///< of the eye
         bool perspective = true;
-        int pixels = 1;         ///< of the longer side of the picture
-        int mostTexels = 4096;  ///< of a side of the map
+        glm::ivec2 pixels{1};   ///< of the picture
+        int mostTexels = 4096;  ///< of a side of a part that is alone, of which the map has at most two
         glm::dvec3 low{0.0};    ///< of the box of all that may catch shadows
         glm::dvec3 high{0.0};
     };
@@ -75,9 +76,23 @@ public:
     double GetRange() const { return m_farthest - m_nearest; }
 
 private:
+    /// Across the light.
+    struct Area
+    {
+        glm::dvec2 from{0.0};
+        glm::dvec2 to{0.0};
+        glm::dvec2 texel{0.0}; ///< edges
+        glm::ivec2 size{0};    ///< in texels, with what filters may read around
+    };
+
     void Bound(const std::vector<CastBox>& casters, const Request& request);
-    void LayOut(const Request& request, const std::vector<double>& ends);
-    Tile MakeTile(const glm::ivec2& place, int texels, glm::dvec2 from, glm::dvec2 to) const;
+    /// Of what lies between two distances from the eye; without size where nothing does.
+    Area AreaOf(const std::vector<std::vector<glm::dvec4>>& seen, const glm::dvec4& distance, double start,
+                double end) const;
+    /// @return whether it is as fine as wanted.
+    static bool Divide(Area& area, const glm::dvec2& wanted, int most);
+    void Place(const std::vector<Area>& areas);
+    Tile MakeTile(const glm::ivec2& place, const Area& area) const;
 
     // Across, up and towards the sun, unit and upright to each other.
     std::array<glm::dvec3, 3> m_axes{};
