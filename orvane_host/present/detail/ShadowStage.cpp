@@ -8,15 +8,18 @@
 #include "orvane_host/present/detail/DrawIdKeeper.h"
 #include "orvane_host/present/detail/EffectInPlace.h"
 #include "orvane_host/present/detail/Effects.h"
+#include "orvane_host/present/detail/Fingerprint.h"
 #include "orvane_host/present/detail/SurfacePass.h"
 #include "orvane/math/Transform.h"
 #include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/renderdata/MaterialES20.h"
+#include "orvane/renderdata/MeshES20.h"
 #include "orvane/renderdata/MeshStyleES20.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
+#include "orvane/scene/RawMesh.h"
 
 #include <GL/gl.h>
 #include <GL/glext.h>
@@ -122,6 +125,7 @@ void ShadowStage::ReleaseGL()
     Drop(m_effect);
     m_depth.Resize(0, 0);
     m_glass.Resize(0, 0);
+    m_drawn.reset();
     m_inForce = false;
 }
 
@@ -189,7 +193,9 @@ void ShadowStage::ListCasters(const PresentationFrame& frame, std::size_t first,
 
 void ShadowStage::AddCaster(const RenderItemES20& item, MeshNode& node, bool isGlass)
 {
-    if ((node.GetFlags() & NodeFlagHidden) != 0 || !node.ReadyToDraw())
+    // What is out of the view casts into it all the same.
+    const bool isHidden = (node.GetFlags() & NodeFlagHidden) != 0 || !node.ReadyToDraw();
+    if (isHidden || !dynamic_cast<const MeshES20*>(item.mesh->GetRenderData()))
     {
         return;
     }
@@ -268,6 +274,54 @@ void ShadowStage::FindPatch(const glm::dvec3& towardSun, glm::dvec3& low, glm::d
     }
 }
 
+std::uint64_t ShadowStage::FingerprintOf(const SunView& view) const
+{
+    Fingerprint print;
+    for (const SunView::Tile& tile : view.GetTiles())
+    {
+        print.Add(tile.low);
+        print.Add(tile.high);
+        std::for_each(glm::value_ptr(tile.toClip), glm::value_ptr(tile.toClip) + 16,
+                      [&](double value) { print.Add(value); });
+    }
+    const std::vector<glm::vec3>& normals = EffectES20::GetClipPlaneNormals();
+    for (std::size_t i = 0; i < normals.size() && !m_settings->clippedCasts; ++i)
+    {
+        for (int axis = 0; axis < 3; ++axis)
+        {
+            print.Add(normals[i][axis]);
+            print.Add(EffectES20::GetClipPlanePositions()[i][axis]);
+        }
+    }
+    for (std::size_t i = 0; i < m_casters.size(); ++i)
+    {
+        const Caster& caster = m_casters[i];
+        const auto* const data = static_cast<const MeshES20*>(caster.item.mesh->GetRenderData());
+        const auto* const material = static_cast<const MaterialES20*>(caster.item.style);
+        const RawMesh& raw = *caster.item.mesh->GetRawMesh();
+        print.Add(data);
+        print.Add(data->vertexBufferId);
+        print.Add(data->positionOffset);
+        print.Add(data->indexOffset);
+        print.Add(raw.positions.data());
+        print.Add(raw.positions.size());
+        print.Add(raw.indices.size());
+        for (const auto& row : caster.item.node->GetGlobal().GetTransf3d().m)
+        {
+            std::for_each(std::begin(row), std::end(row), [&](double value) { print.Add(value); });
+        }
+        std::for_each(glm::value_ptr(m_boxes[i].middle), glm::value_ptr(m_boxes[i].middle) + 3,
+                      [&](double value) { print.Add(value); });
+        print.Add(material->GetTextureID());
+        print.Add(material->GetOpacityMapID());
+        print.Add(material->GetUScale());
+        print.Add(material->GetVScale());
+        print.Add(material->GetMaterial()->GetOpacity());
+        print.Add(material->GetMaterial()->hasAlpha);
+    }
+    return print.Get();
+}
+
 bool ShadowStage::DrawMaps(PresentationFrame& frame, const SunView& view)
 {
     if (!m_effect)
@@ -275,6 +329,9 @@ bool ShadowStage::DrawMaps(PresentationFrame& frame, const SunView& view)
         m_effect = new CasterEffect;
     }
     const glm::ivec2 size = view.GetSize();
+    const std::uint64_t print = FingerprintOf(view);
+    const bool isDrawn = m_drawn == print;
+    m_drawn.reset();
     if (!m_depth.Resize(size.x, size.y))
     {
         return false;
@@ -283,6 +340,11 @@ bool ShadowStage::DrawMaps(PresentationFrame& frame, const SunView& view)
     {
         m_hasGlass = false;
         m_glass.Resize(0, 0);
+    }
+    m_drawn = print;
+    if (isDrawn)
+    {
+        return true;
     }
     const OffscreenScope offscreen(frame);
     const PartScope parts;

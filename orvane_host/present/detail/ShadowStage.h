@@ -11,6 +11,7 @@
 #include <glm/mat4x4.hpp>
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <vector>
 
@@ -29,7 +30,8 @@ class CasterEffect;
 /// What the sun sees of the surfaces of a frame, and from it the share of its light that reaches
 /// each fragment of the looks.
 ///
-/// Everything is listed anew each frame, so that a picture follows from its scene alone.
+/// Everything is listed anew each frame, and what the sun sees is drawn anew where anything of it is
+/// not as it was: a picture follows from its scene alone.
 class ShadowStage final : public PresentationStage
 {
 public:
@@ -84,6 +86,7 @@ private:
     void AddCaster(const RenderItemES20& item, MeshNode& node, bool isGlass);
     std::optional<SunView> LayOut(const PresentationFrame& frame, const glm::dvec3& towardSun);
     void FindPatch(const glm::dvec3& towardSun, glm::dvec3& low, glm::dvec3& high);
+    std::uint64_t FingerprintOf(const SunView& view) const;
     bool DrawMaps(PresentationFrame& frame, const SunView& view);
     void DrawPart(PresentationFrame& frame, const SunView& view, const SunView::Tile& tile, bool glass);
     void SetValues(const PresentationFrame& frame, const SunView& view);
@@ -101,6 +104,7 @@ private:
     CasterEffect* m_effect = nullptr; ///< one reference; null until shadows are drawn
     ScreenBuffer m_depth{RenderTargetProfileDepth};
     ScreenBuffer m_glass{RenderTargetProfileColorDepth};
+    std::optional<std::uint64_t> m_drawn; ///< fingerprint of what is in the maps
 
     // Of the frame.
     std::vector<Caster> m_casters;

@@ -63,9 +63,15 @@ void SunShare::Feed(ShaderProgram& program, int first)
 {
     const int tiles = values.tiles;
     program.Uniform1i(first + UniformDepth, DepthUnit);
-    program.Uniform1i(first + UniformGlass, GlassUnit);
+    if ((m_options & OptionGlass) != 0)
+    {
+        program.Uniform1i(first + UniformGlass, GlassUnit);
+    }
     program.Uniform2fv(first + UniformTexel, 1, values.texel.data());
-    program.Uniform1i(first + UniformTiles, tiles);
+    if ((m_options & OptionParts) != 0)
+    {
+        program.Uniform1i(first + UniformTiles, tiles);
+    }
     program.Uniform2fv(first + UniformLook, 1, values.look.data());
     if (tiles > 0)
     {

@@ -7,6 +7,9 @@
 
 @SUN_OPTIONS@
 #define SUN_TILES 8
+// Of loops that end before. A compiler that unrolls a loop makes every fragment go through all of it;
+// this is more than any unrolls.
+#define SUN_ROUNDS 64
 #define SUN_SEARCH_TAPS 16
 #define SUN_SOFT_TAPS 32
 
@@ -52,13 +55,24 @@ float sunTapWithin(SunSpot spot, vec2 at)
     return sunTap(spot, at.x * spot.across.xy + at.y * spot.up.xy + at * spread);
 }
 
-// Eight places of a pixel, no two in a row or column: rims as smooth as those of surfaces.
-float sunHard(SunSpot spot)
+// Four places of a pixel, and on rims four more, no two of which lie in a row or column: rims are as
+// smooth as those of surfaces.
+float sunHard(SunSpot spot, bool wanted)
 {
-    return (sunTapWithin(spot, vec2(-0.4375, -0.0625)) + sunTapWithin(spot, vec2(-0.3125, 0.3125))
-          + sunTapWithin(spot, vec2(-0.1875, -0.3125)) + sunTapWithin(spot, vec2(-0.0625, 0.0625))
-          + sunTapWithin(spot, vec2(0.0625, 0.4375)) + sunTapWithin(spot, vec2(0.1875, -0.1875))
-          + sunTapWithin(spot, vec2(0.3125, 0.1875)) + sunTapWithin(spot, vec2(0.4375, -0.4375))) / 8.0;
+    vec2 at = vec2(0.4375, 0.1875);
+    float lit = 0.0;
+    float count = 0.0;
+    for (int i = 0; i < SUN_ROUNDS; ++i)
+    {
+        if (!wanted || i >= 8 || (i == 4 && (lit == 0.0 || lit == 4.0)))
+        {
+            break;
+        }
+        lit += sunTapWithin(spot, at);
+        count += 1.0;
+        at = i == 3 ? vec2(0.3125, -0.0625) : vec2(-at.y, at.x);
+    }
+    return lit / max(count, 1.0);
 }
 
 #ifdef SUN_SOFT
@@ -68,15 +82,20 @@ vec2 sunTurned(vec2 direction)
     return vec2(-0.7373688 * direction.x - 0.6754903 * direction.y, 0.6754903 * direction.x - 0.7373688 * direction.y);
 }
 
-// How far what hides the sun lies before the spot on average, along the light; 0 where nothing does.
-float sunBlockerDistance(SunSpot spot)
+// How far what hides the sun lies before the spot on average, along the light, and how much of the
+// sky about the sun it hides.
+vec2 sunHiding(SunSpot spot, bool wanted)
 {
-    vec2 radius = u_sunLook.y * spot.place.z / spot.step;
+    vec2 radius = max(u_sunLook.y * spot.place.z / spot.step, vec2(1.0));
     vec2 direction = vec2(1.0, 0.0);
     float sum = 0.0;
     float count = 0.0;
-    for (int i = 0; i < SUN_SEARCH_TAPS; ++i)
+    for (int i = 0; i < SUN_ROUNDS; ++i)
     {
+        if (!wanted || i >= SUN_SEARCH_TAPS)
+        {
+            break;
+        }
         vec2 beside = direction * radius * sqrt((float(i) + 0.5) / float(SUN_SEARCH_TAPS));
         vec2 texel = clamp(floor(spot.place.xy + beside) + 0.5, spot.rect.xy, spot.rect.zw);
         float depth = spot.place.z + dot(spot.slope, texel - spot.place.xy);
@@ -86,24 +105,27 @@ float sunBlockerDistance(SunSpot spot)
         count += hides;
         direction = sunTurned(direction);
     }
-    return count > 0.0 ? sum / count : 0.0;
+    return vec2(sum / max(count, 1.0), count / float(SUN_SEARCH_TAPS));
 }
 
-float sunSoft(SunSpot spot)
+float sunSoft(SunSpot spot, bool wanted)
 {
-    vec2 radius = u_sunLook.y * sunBlockerDistance(spot) / spot.step;
-    if (max(radius.x, radius.y) < 1.0)
-    {
-        return sunHard(spot);
-    }
+    // No narrower than a pixel, nor than a texel.
+    vec2 least = 0.5 * max(max(abs(spot.across.xy), abs(spot.up.xy)), vec2(1.0));
+    vec2 hiding = sunHiding(spot, wanted);
+    vec2 radius = max(u_sunLook.y * hiding.x / spot.step, least);
     vec2 direction = vec2(1.0, 0.0);
     float sum = 0.0;
-    for (int i = 0; i < SUN_SOFT_TAPS; ++i)
+    for (int i = 0; i < SUN_ROUNDS; ++i)
     {
+        if (!wanted || hiding.y == 0.0 || hiding.y == 1.0 || i >= SUN_SOFT_TAPS)
+        {
+            break;
+        }
         sum += sunTap(spot, direction * radius * sqrt((float(i) + 0.5) / float(SUN_SOFT_TAPS)));
         direction = sunTurned(direction);
     }
-    return sum / float(SUN_SOFT_TAPS);
+    return hiding.y == 0.0 ? 1.0 : sum / float(SUN_SOFT_TAPS);
 }
 
 #endif
@@ -162,12 +184,13 @@ float OVSL_LightShare(bool wanted)
     vec2 reach = max(abs(spot.across.xy), abs(spot.up.xy)) * spot.step;
     spot.room = 0.75 * max(spot.step.x, spot.step.y) + 0.5 * max(reach.x, reach.y)
               + 0.02 * (abs(spot.slope.x) + abs(spot.slope.y)) + 1.0e-6;
+    bool isOpen = found && wanted && area > 0.0;
 #ifdef SUN_SOFT
-    float share = sunSoft(spot);
+    float share = sunSoft(spot, isOpen);
 #else
-    float share = sunHard(spot);
+    float share = sunHard(spot, isOpen);
 #endif
-    return area <= 0.0 ? 0.0 : found && wanted ? share : 1.0;
+    return isOpen ? share : area > 0.0 ? 1.0 : 0.0;
 }
 
 float OVSL_ShadowTone()

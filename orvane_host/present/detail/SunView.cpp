@@ -21,10 +21,10 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr int kMargin = 4;
 
 /// Edge of a texel in pixels of the picture, at most where the map is large enough.
-constexpr double kFineness = 0.7;
+constexpr double kFineness = 1.0;
 
 /// Light that comes in flat draws texels out on the ground: up to so much they are made finer.
-constexpr double kFlattest = 0.4;
+constexpr double kFlattest = 0.6;
 
 /// Sizes of texels go up by this.
 constexpr double kLadder = 1.1892071150027210; // the fourth root of 2
