@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -49,6 +50,13 @@ struct ImportError
     std::string Line() const;
 };
 
+/// Where on the earth a model stands, in degrees, north and east positive.
+struct ImportedPlace
+{
+    double latitude = 0.0;  ///< -90 to 90
+    double longitude = 0.0; ///< -180 to 180
+};
+
 /// What the file held and what became of it.
 struct ImportReport
 {
@@ -87,6 +95,12 @@ struct ImportReport
 
     /// Metres to one unit of the scene, 0 when the file does not say.
     double metresPerUnit = 0.0;
+
+    /// None when the file does not say, or says what can't be.
+    std::optional<ImportedPlace> place;
+    /// Where true north lies, in degrees clockwise from -Z seen from above, above -180 to 180. None as
+    /// for the place.
+    std::optional<double> north;
 
     /// One sentence each, in order of discovery, for the person who chose the file.
     std::vector<std::string> warnings;

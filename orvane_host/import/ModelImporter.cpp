@@ -6,6 +6,7 @@
 #include "orvane_host/import/detail/ModelArchive.h"
 #include "orvane_host/import/detail/SceneBuilder.h"
 #include "orvane_host/import/detail/StepSchema.h"
+#include "orvane_host/import/detail/StepSite.h"
 
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/LightNode.h"
@@ -137,13 +138,39 @@ ReadOutcome CheckFile(const std::string& path, const ImportLimits& limits, std::
     return {};
 }
 
+/// What the parser leaves out of a building's file: where it stands.
+void ReadSite(const std::string& path, ModelData& model)
+{
+    if (!IsBuildingSchema(ReadStepSchema(path)))
+    {
+        return;
+    }
+    std::ifstream stream(path, std::ios::in | std::ios::binary);
+    const StepSite site = ReadStepSite(stream);
+    if (site.place)
+    {
+        model.latitude = site.place->latitude;
+        model.longitude = site.place->longitude;
+    }
+    if (site.north)
+    {
+        // The file's +Y is the scene's -Z.
+        model.north = *site.north;
+    }
+}
+
 /// Reads without an exception getting out of it.
 ReadOutcome ReadGuarded(const std::string& path, const ImportOptions& options, const ReadHooks& hooks,
                         ModelData& model)
 {
     try
     {
-        return ReadWithAssimp(path, options, hooks, model);
+        const ReadOutcome outcome = ReadWithAssimp(path, options, hooks, model);
+        if (outcome.status == ImportStatus::Done)
+        {
+            ReadSite(path, model);
+        }
+        return outcome;
     }
     catch (const std::bad_alloc&)
     {

@@ -60,6 +60,11 @@ const PresentationSettings& Presentation::GetSettings() const
     return m_impl->settings;
 }
 
+const SunState& Presentation::GetSun() const
+{
+    return m_impl->sun;
+}
+
 void Presentation::Refresh()
 {
     m_impl->Refresh();

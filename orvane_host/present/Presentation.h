@@ -5,6 +5,7 @@
 #include "orvane_host/present/DrawCounts.h"
 #include "orvane_host/present/Picking.h"
 #include "orvane_host/present/PresentationSettings.h"
+#include "orvane_host/present/SunSettings.h"
 #include "orvane/math/Color.h"
 #include "orvane/math/Vector.h"
 
@@ -96,6 +97,9 @@ public:
 
     /// As applied last, with the view as it was moved since.
     const PresentationSettings& GetSettings() const;
+
+    /// What the settings of the sun come to; without any, nothing.
+    const SunState& GetSun() const;
 
     /// To be called after the host has changed the tree, the geometry or the materials of the
     /// scene, before the next frame: works out anew what the settings make of them.

@@ -187,6 +187,32 @@ void Presentation::Impl::ConfigureRenderer()
     }
 }
 
+std::optional<float> Presentation::Impl::NorthInPicture() const
+{
+    if (!settings.sheet.north || !sun.north)
+    {
+        return settings.sheet.north;
+    }
+    // The sun's north as a compass shows it that is held towards where the view goes, so that shadows
+    // and arrow agree whatever the view: from above that is where the top of the picture is.
+    const auto& m = Camera().GetGlobal().GetTransf3d().m;
+    const bool isUpY = settings.view.upAxis == UpAxis::Y;
+    const auto heading = [&](int column, double sign)
+    {
+        const double right = sign * m[0][column];
+        const double ahead = sign * (isUpY ? -m[2][column] : m[1][column]);
+        return std::array<double, 2>{right, ahead};
+    };
+    // What looks ahead and what is up in the picture go the same way over the ground, or the opposite
+    // one from below; the one that does so more plainly counts.
+    const std::array<double, 2> ahead = heading(2, -1.0);
+    const std::array<double, 2> up = heading(1, 1.0);
+    const std::array<double, 2>& shown =
+        std::hypot(up[0], up[1]) > std::hypot(ahead[0], ahead[1]) ? up : ahead;
+    constexpr double degrees = 180.0 / 3.14159265358979323846;
+    return *sun.north - static_cast<float>(std::atan2(shown[0], shown[1]) * degrees);
+}
+
 void Presentation::Impl::LayOut()
 {
     CoreContext& context = *app.GetContext();
@@ -195,13 +221,19 @@ void Presentation::Impl::LayOut()
         m_watermark->Show(*context.GetBackground2D(), m_width, m_height);
     }
     const SheetSettings& wanted = settings.sheet;
+    const std::optional<float> north = NorthInPicture();
+    if (north != m_sheetNorth)
+    {
+        m_sheet.reset();
+        m_sheetNorth = north;
+    }
     if (!m_sheet && (!wanted.title.empty() || wanted.scaleBar || wanted.north))
     {
         SheetOptions sheet;
         sheet.title = InLocale(wanted.title);
         sheet.scaleBar = wanted.scaleBar;
         sheet.unit = UnitSign(report.metresPerUnit);
-        sheet.north = wanted.north;
+        sheet.north = north;
         m_sheet = std::make_unique<Sheet>(*context.GetForeground2D(), sheet);
     }
     if (m_sheet)

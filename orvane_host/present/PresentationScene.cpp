@@ -3,6 +3,7 @@
 #include "orvane_host/present/detail/PresentationImpl.h"
 #include "orvane_host/present/detail/SectionPlanes.h"
 #include "orvane_host/present/detail/ShownPoints.h"
+#include "orvane_host/present/detail/SunState.h"
 #include "orvane/overlay/Scene2D.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/LightNode.h"
@@ -177,8 +178,7 @@ Node* Presentation::Impl::FindNode(const std::string& path) const
     return path.empty() ? nullptr : Host::FindNode(nodes, path);
 }
 
-bool Presentation::Impl::Check(const PresentationSettings& wanted, std::unique_ptr<Watermark>& picture,
-                               std::string& error) const
+bool Presentation::Impl::Check(const PresentationSettings& wanted, Brought& brought, std::string& error) const
 {
     if (wanted.view.eye && IsSamePlace(*wanted.view.eye, wanted.view.target.value_or(MiddleOfModel())))
     {
@@ -198,12 +198,21 @@ bool Presentation::Impl::Check(const PresentationSettings& wanted, std::unique_p
             + (names.empty() ? "; no node has a name" : "; some that there are: " + names);
         return false;
     }
+    if (wanted.sun)
+    {
+        std::optional<SunState> found = Detail::FindSun(*wanted.sun, report, wanted.view.upAxis, error);
+        if (!found)
+        {
+            return false;
+        }
+        brought.sun = std::move(*found);
+    }
     const std::string& file = wanted.sheet.watermark;
     if (!file.empty() && file != settings.sheet.watermark)
     {
         std::string reason;
-        picture = Watermark::Read(file, reason);
-        if (!picture)
+        brought.picture = Watermark::Read(file, reason);
+        if (!brought.picture)
         {
             error = file + ": " + reason;
             return false;
@@ -232,18 +241,19 @@ Presentation::Impl::Changes Presentation::Impl::ChangesTo(const PresentationSett
 
 bool Presentation::Impl::Apply(const PresentationSettings& wanted, std::string& error)
 {
-    std::unique_ptr<Watermark> picture;
-    if (!Check(wanted, picture, error))
+    Brought brought;
+    if (!Check(wanted, brought, error))
     {
         return false;
     }
     const Changes changes = ChangesTo(wanted);
     if (wanted.sheet.watermark != settings.sheet.watermark)
     {
-        m_watermark = std::move(picture);
+        m_watermark = std::move(brought.picture);
         m_isWatermarkLaid = false;
     }
     settings = wanted;
+    sun = std::move(brought.sun);
     app.GetContext()->SetBackgroundColor(settings.background);
     UpdateScene(changes);
     if (changes.sheet)

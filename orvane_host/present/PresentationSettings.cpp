@@ -116,6 +116,16 @@ bool operator==(const EdgeLook& left, const EdgeLook& right)
     return Same(left, right);
 }
 
+bool operator==(const GeoPlace& left, const GeoPlace& right)
+{
+    return Same(left, right);
+}
+
+bool operator==(const SunSettings& left, const SunSettings& right)
+{
+    return Same(left, right);
+}
+
 bool operator==(const ViewSettings& left, const ViewSettings& right)
 {
     return Same(left, right);

@@ -3,6 +3,7 @@
 #include "orvane_host/geometry/FeatureEdges.h"
 #include "orvane_host/present/EdgeLook.h"
 #include "orvane_host/present/Look.h"
+#include "orvane_host/present/SunSettings.h"
 #include "orvane_host/view/ViewFit.h"
 #include "orvane/math/Color.h"
 #include "orvane/math/Vector.h"
@@ -88,7 +89,8 @@ struct SheetSettings
     /// UTF-8; none for an empty one.
     std::string title;
     bool scaleBar = false;
-    /// In degrees clockwise from the top of the picture.
+    /// In degrees clockwise from the top of the picture. With a sun by time and place the arrow shows
+    /// where the sun's north lies instead, which is the same in a plan.
     std::optional<float> north;
     /// A PNG or JPEG file behind the model; none for an empty name. Not with a sky, which would
     /// hide it.
@@ -124,6 +126,7 @@ struct PresentationSettings
     std::optional<LineSettings> lines;
     std::optional<EdgeLook> edges;
     bool occlusion = false;
+    std::optional<SunSettings> sun;
     Antialiasing antialiasing = Antialiasing::Multisampling;
     /// Samples a pixel of pictures with multisampling, 0 to MostSamples; none means as many as suit
     /// the size. A framebuffer of the host's has those that it has.

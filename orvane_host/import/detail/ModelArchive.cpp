@@ -98,6 +98,9 @@ void Fields(Archive& archive, T& model, const ModelData*)
 {
     archive.Text(model.format);
     archive.Value(model.metresPerUnit);
+    archive.Value(model.latitude);
+    archive.Value(model.longitude);
+    archive.Value(model.north);
     archive.Value(model.skippedLines);
     archive.List(model.nodes);
     archive.List(model.meshes);

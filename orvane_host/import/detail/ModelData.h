@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -148,6 +149,11 @@ struct ModelData
 {
     std::string format;
     double metresPerUnit = 0.0;
+    /// In degrees, north and east positive; what a file does not tell is not a number.
+    double latitude = std::numeric_limits<double>::quiet_NaN();
+    double longitude = std::numeric_limits<double>::quiet_NaN();
+    /// Where true north lies, in degrees clockwise from -Z.
+    double north = std::numeric_limits<double>::quiet_NaN();
     std::uint64_t skippedLines = 0;
     std::vector<NodeData> nodes;
     std::vector<MeshData> meshes;

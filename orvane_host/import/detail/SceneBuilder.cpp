@@ -325,6 +325,15 @@ void SceneBuilder::Finish()
 {
     m_report.format = m_model.format;
     m_report.metresPerUnit = m_model.metresPerUnit;
+    // Another process read them: what is not a number, or too large, fails the tests.
+    if (std::abs(m_model.latitude) <= 90.0 && std::abs(m_model.longitude) <= 180.0)
+    {
+        m_report.place = ImportedPlace{m_model.latitude, m_model.longitude};
+    }
+    if (std::abs(m_model.north) <= 180.0)
+    {
+        m_report.north = m_model.north;
+    }
     m_report.skippedLines = m_model.skippedLines;
     m_report.warnings.insert(m_report.warnings.begin(), m_model.warnings.begin(), m_model.warnings.end());
     if (m_report.skippedLines > 0)

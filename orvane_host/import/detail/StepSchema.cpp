@@ -56,6 +56,11 @@ std::string ReadStepSchema(const std::string& path)
     return schema;
 }
 
+bool IsBuildingSchema(const std::string& schema)
+{
+    return StartsWith(schema, "IFC");
+}
+
 bool IsStepSchemaRead(const std::string& schema)
 {
     return StartsWith(schema, "IFC2X3");

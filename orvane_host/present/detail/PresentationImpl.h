@@ -71,6 +71,7 @@ public:
     std::vector<ImportedNode> nodes;
     std::vector<ImportedMesh> meshes;
     PresentationSettings settings;
+    SunState sun;
 
     // Destroyed from the last to the first: what comes later has GL objects of what comes before.
     Platform::Linux::ESTextureLoader textures;
@@ -92,7 +93,14 @@ private:
     };
 
     Changes ChangesTo(const PresentationSettings& wanted) const;
-    bool Check(const PresentationSettings& wanted, std::unique_ptr<Watermark>& picture, std::string& error) const;
+    /// What settings bring along from outside of them.
+    struct Brought
+    {
+        std::unique_ptr<Watermark> picture;
+        SunState sun;
+    };
+
+    bool Check(const PresentationSettings& wanted, Brought& brought, std::string& error) const;
     void CountModel();
     void MakeLight();
     float Extent() const;
@@ -114,6 +122,7 @@ private:
     float Aspect() const;
     void PlaceCamera();
     void ConfigureRenderer();
+    std::optional<float> NorthInPicture() const;
     void LayOut();
     bool IsCaptured() const;
     void FollowFramebuffer();
@@ -127,6 +136,7 @@ private:
     std::unique_ptr<Watermark> m_watermark;
     bool m_isWatermarkLaid = false;
     std::unique_ptr<Sheet> m_sheet;
+    std::optional<float> m_sheetNorth; ///< that it was made for
 
     int m_width = 0;
     int m_height = 0;

@@ -2,6 +2,7 @@
 
 #include "orvane_host/present/detail/SettingsFields.h"
 #include "orvane_host/present/detail/SettingsText.h"
+#include "orvane_host/view/ZonedTime.h"
 
 #include <cmath>
 #include <cstddef>
@@ -183,6 +184,19 @@ private:
     void CheckTogether(const std::string& path, const ClipPlane& plane)
     {
         CheckDirection(Join(path, "normal"), plane.normal);
+    }
+
+    void CheckTogether(const std::string& path, const SunSettings& sun)
+    {
+        std::string reason;
+        if (sun.direction)
+        {
+            CheckDirection(Join(path, "direction"), *sun.direction);
+        }
+        else if (!ZonedTime::Parse(sun.time, reason))
+        {
+            m_trouble = Join(path, "time") + " is " + Shown(sun.time) + "; " + reason;
+        }
     }
 
     void CheckTogether(const std::string& path, const ViewSettings& view)

@@ -28,6 +28,8 @@ constexpr Limits kFov{1.0f, 170.0f};
 constexpr Limits kSamples{0.0f, static_cast<float>(PresentationSettings::MostSamples)};
 /// Beyond it ViewFit takes no eye.
 constexpr Limits kPlace{-1e15f, 1e15f};
+constexpr Limits kLatitude{-90.0f, 90.0f};
+constexpr Limits kLongitude{-180.0f, 180.0f};
 
 /// Calls a visitor with the name, the member pointer and the limits of each field of a struct. For
 /// colours the limits are always those of a share.
@@ -96,6 +98,30 @@ struct Fields<EdgeLook>
 };
 
 template <>
+struct Fields<GeoPlace>
+{
+    template <typename Visitor>
+    static void Visit(Visitor&& visit)
+    {
+        visit("latitude", &GeoPlace::latitude, kLatitude);
+        visit("longitude", &GeoPlace::longitude, kLongitude);
+    }
+};
+
+template <>
+struct Fields<SunSettings>
+{
+    template <typename Visitor>
+    static void Visit(Visitor&& visit)
+    {
+        visit("direction", &SunSettings::direction, kFinite);
+        visit("time", &SunSettings::time, kFinite);
+        visit("place", &SunSettings::place, kFinite);
+        visit("north", &SunSettings::north, kFinite);
+    }
+};
+
+template <>
 struct Fields<ViewSettings>
 {
     template <typename Visitor>
@@ -140,6 +166,7 @@ struct Fields<PresentationSettings>
         visit("lines", &PresentationSettings::lines, kFinite);
         visit("edges", &PresentationSettings::edges, kFinite);
         visit("occlusion", &PresentationSettings::occlusion, kFinite);
+        visit("sun", &PresentationSettings::sun, kFinite);
         visit("antialiasing", &PresentationSettings::antialiasing, kFinite);
         visit("samples", &PresentationSettings::samples, kSamples);
         visit("sheet", &PresentationSettings::sheet, kFinite);

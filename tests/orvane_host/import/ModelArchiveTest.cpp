@@ -31,6 +31,9 @@ ModelData Sample()
     ModelData model;
     model.format = "sample";
     model.metresPerUnit = 0.01;
+    model.latitude = -33.5;
+    model.longitude = 151.25;
+    model.north = 30.5;
     model.skippedLines = 7;
 
     NodeData root;
@@ -124,6 +127,9 @@ TEST(ModelArchive, EveryFieldComesBack)
 
     EXPECT_EQ(copy.format, "sample");
     EXPECT_EQ(copy.metresPerUnit, 0.01);
+    EXPECT_EQ(copy.latitude, -33.5);
+    EXPECT_EQ(copy.longitude, 151.25);
+    EXPECT_EQ(copy.north, 30.5);
     EXPECT_EQ(copy.skippedLines, 7u);
     ASSERT_EQ(copy.nodes.size(), 2u);
     EXPECT_EQ(copy.nodes[0].name, "root");

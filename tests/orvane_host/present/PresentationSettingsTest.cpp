@@ -48,6 +48,9 @@ PresentationSettings Whole()
     settings.fog = FogRange{1.0f, 10.0f};
     settings.lines.emplace().dash = 4.0f;
     settings.edges.emplace();
+    settings.sun.emplace().direction = Vector(0.0f, 1.0f, 0.0f);
+    settings.sun->place.emplace();
+    settings.sun->north = 0.0f;
     settings.samples = 4;
     settings.sheet.north = 0.0f;
     settings.view.eye = Vector(1.0f, 2.0f, 3.0f);
@@ -93,6 +96,11 @@ const Change kChanges[] = {
     {"edges.color", [](auto& s) { s.edges->color = Color(0, 1, 1); }, "\"#00FFFF\""},
     {"edges.identity", [](auto& s) { s.edges->identity = Identity::Object; }, "\"object\""},
     {"occlusion", [](auto& s) { s.occlusion = true; }, "true"},
+    {"sun.direction", [](auto& s) { s.sun->direction->x = -2.5f; }, "[-2.5, 1.0, 0.0]"},
+    {"sun.time", [](auto& s) { s.sun->time = "2026-06-21T15:00+02:00"; }, "\"2026-06-21T15:00+02:00\""},
+    {"sun.place.latitude", [](auto& s) { s.sun->place->latitude = 52.52f; }, "52.52"},
+    {"sun.place.longitude", [](auto& s) { s.sun->place->longitude = -180.0f; }, "-180.0"},
+    {"sun.north", [](auto& s) { s.sun->north = 30.0f; }, "30.0"},
     {"antialiasing", [](auto& s) { s.antialiasing = Antialiasing::Supersampling; }, "\"ssaa\""},
     {"samples", [](auto& s) { s.samples = 16; }, "16"},
     {"sheet.title", [](auto& s) { s.sheet.title = "\"A\"\n"; }, "\"\\\"A\\\"\\n\""},
@@ -117,6 +125,16 @@ const Change kRemovals[] = {
     {"lines", [](auto& s) { s.lines.reset(); }, "null"},
     {"lines.dash", [](auto& s) { s.lines->dash.reset(); }, "null"},
     {"edges", [](auto& s) { s.edges.reset(); }, "null"},
+    {"sun", [](auto& s) { s.sun.reset(); }, "null"},
+    {"sun.direction",
+     [](auto& s)
+     {
+         s.sun->direction.reset();
+         s.sun->time = "2026-06-21T15:00Z";
+     },
+     "null"},
+    {"sun.place", [](auto& s) { s.sun->place.reset(); }, "null"},
+    {"sun.north", [](auto& s) { s.sun->north.reset(); }, "null"},
     {"samples", [](auto& s) { s.samples.reset(); }, "null"},
     {"sheet.north", [](auto& s) { s.sheet.north.reset(); }, "null"},
     {"view.eye", [](auto& s) { s.view.eye.reset(); }, "null"},
@@ -200,18 +218,22 @@ TEST(PresentationSettings, EveryFieldIsNamed)
     [[maybe_unused]] const auto& [planes, fill, outlineWidth, outlineColor] = SectionSettings();
     [[maybe_unused]] const auto& [crease, width, color, dash, offset] = LineSettings();
     [[maybe_unused]] const auto& [weight, edgeColor, identity] = EdgeLook();
+    [[maybe_unused]] const auto& [latitude, longitude] = GeoPlace();
+    [[maybe_unused]] const auto& [direction, time, place, sunNorth] = SunSettings();
     [[maybe_unused]] const auto& [named, eye, target, up, fov, orthographic, upAxis] = ViewSettings();
     [[maybe_unused]] const auto& [title, scaleBar, north, watermark] = SheetSettings();
     [[maybe_unused]] const auto& [look, cullBacks, section, editPath, background, sky, fog, lines, edges,
-                                  occlusion, antialiasing, samples, sheet, view] = PresentationSettings();
+                                  occlusion, sun, antialiasing, samples, sheet, view] = PresentationSettings();
     EXPECT_EQ(CountNamed<FogRange>(), 2);
     EXPECT_EQ(CountNamed<ClipPlane>(), 2);
     EXPECT_EQ(CountNamed<SectionSettings>(), 4);
     EXPECT_EQ(CountNamed<LineSettings>(), 5);
     EXPECT_EQ(CountNamed<EdgeLook>(), 3);
+    EXPECT_EQ(CountNamed<GeoPlace>(), 2);
+    EXPECT_EQ(CountNamed<SunSettings>(), 4);
     EXPECT_EQ(CountNamed<ViewSettings>(), 7);
     EXPECT_EQ(CountNamed<SheetSettings>(), 4);
-    EXPECT_EQ(CountNamed<PresentationSettings>(), 14);
+    EXPECT_EQ(CountNamed<PresentationSettings>(), 15);
 }
 
 TEST(PresentationSettings, JSONNamesTheFieldsOfTheTable)
@@ -384,6 +406,22 @@ std::vector<Bound> Bounds()
         finite("section.planes[0].position", [](auto& s, float n) { s.section.planes[0].position.y = n; }),
         finite("lines.offset", [](auto& s, float n) { s.lines->offset = n; }),
         finite("sheet.north", [](auto& s, float n) { s.sheet.north = n; }),
+        finite("sun.north", [](auto& s, float n) { s.sun->north = n; }),
+        {"sun.direction",
+         [](auto& s, float n) { s.sun->direction = Vector(0, 0, n); },
+         {kLeast, -kMost},
+         {0.0f},
+         ""},
+        {"sun.place.latitude",
+         [](auto& s, float n) { s.sun->place->latitude = n; },
+         {-90.0f, 90.0f},
+         {Below(-90.0f), Above(90.0f)},
+         "-90 to 90"},
+        {"sun.place.longitude",
+         [](auto& s, float n) { s.sun->place->longitude = n; },
+         {-180.0f, 180.0f},
+         {Below(-180.0f), Above(180.0f)},
+         "-180 to 180"},
         {"section.planes[0].normal",
          [](auto& s, float n) { s.section.planes[0].normal = Vector(n, 0, 0); },
          {kLeast, -kLeast, kMost},
@@ -509,6 +547,13 @@ TEST(PresentationSettings, TextsAreUtf8OfAnEnd)
     const std::pair<const char*, std::string& (*)(PresentationSettings&)> texts[] = {
         {"editPath", [](auto& s) -> std::string& { return s.editPath; }},
         {"sheet.title", [](auto& s) -> std::string& { return s.sheet.title; }},
+        {"sun.time",
+         [](auto& s) -> std::string&
+         {
+             // With a direction any text may stay set.
+             s.sun = SunSettings{Vector(0, 1, 0), s.sun ? s.sun->time : std::string(), {}, {}};
+             return s.sun->time;
+         }},
         {"sheet.watermark", [](auto& s) -> std::string& { return s.sheet.watermark; }},
     };
     for (const auto& [field, of] : texts)
@@ -560,6 +605,24 @@ TEST(PresentationSettings, FieldsThatContradictEachOtherAreTrouble)
     ExpectTrouble(settings, "sheet.watermark", "empty");
     settings.sky = false;
     ExpectTrouble(settings, "");
+}
+
+TEST(PresentationSettings, ASunNeedsADirectionOrATime)
+{
+    PresentationSettings settings;
+    settings.sun.emplace();
+    EXPECT_EQ(settings.Trouble(), "sun.time is \"\"; it has to be a date and time with an offset, such as "
+                                  "2026-06-21T15:00+02:00");
+    settings.sun->time = "2026-02-29T12:00Z";
+    EXPECT_EQ(settings.Trouble(), "sun.time is \"2026-02-29T12:00Z\"; the day has to be 01 to 28 in that month");
+    settings.sun->direction = Vector(0.0f, 1.0f, 0.0f);
+    EXPECT_EQ(settings.Trouble(), "");
+    settings.sun->direction.reset();
+    settings.sun->time = "2026-02-28T12:00Z";
+    EXPECT_EQ(settings.Trouble(), "");
+    EXPECT_EQ(Refusal("{\"sun\": {\"time\": \"noon\"}}"),
+              "sun.time is \"noon\"; it has to be a date and time with an offset, such as 2026-06-21T15:00+02:00");
+    EXPECT_EQ(Refusal("{\"sun\": {\"place\": [1, 2]}}"), "sun.place is a list; it has to be an object");
 }
 
 TEST(PresentationSettings, UnknownFieldsAreNamedWithTheirPath)
@@ -722,6 +785,9 @@ TEST(PresentationSettings, AFileOfVersion1IsStillRead)
     expected.lines = LineSettings{25.0f, 1.5f, Color::GetRGB(0x20, 0x20, 0x20), 6.0f, 0.25f};
     expected.edges = EdgeLook{0.75f, Color::GetRGB(0, 0, 0x80), Identity::Object};
     expected.occlusion = true;
+    expected.sun.emplace().time = "2026-06-21T15:00+02:00";
+    expected.sun->place = GeoPlace{52.52f, 13.4f};
+    expected.sun->north = 30.0f;
     expected.antialiasing = Antialiasing::Filter;
     expected.samples = 8;
     expected.sheet.title = "Schnitt A\xE2\x80\x93"
