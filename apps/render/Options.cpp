@@ -41,6 +41,9 @@ struct Texts
     std::string background = "FFFFFF";
     std::optional<std::string> fog;
     std::optional<float> edges;
+    std::optional<std::string> shadows;
+    Host::ShadowSettings shadowLook;
+    std::optional<std::string> ground;
     std::optional<std::string> edit;
     std::string edgeColor = "000000";
     std::string look = "advanced";
@@ -252,6 +255,25 @@ void DefineScreenOptions(CLI::App& app, Options& options, Texts& texts)
     app.add_flag("--ao", options.settings.occlusion, "Darken corners")->group(group);
 }
 
+void DefineShadowOptions(CLI::App& app, Texts& texts)
+{
+    const char* const group = "Shadows of the sun";
+    Host::ShadowSettings& look = texts.shadowLook;
+    auto* shadows = app.add_option("--shadows", texts.shadows, "Cast them, with hard rims or with soft ones")
+        ->option_text("hard|soft")->group(group);
+    app.add_option("--sun-width", look.sunWidth, "Width of the sun in the sky, for soft rims; 0.53 if left\n"
+                                                 "out")
+        ->option_text("DEG")->needs(shadows)->group(group);
+    app.add_option("--shadow-darkness", look.darkness, "Share of their colours that shadows take in crosshatch,\n"
+                                                       "monotone and vertex-color; 0.35 if left out")
+        ->option_text("SHARE")->needs(shadows)->group(group);
+    app.add_flag("--clipped-casts", look.clippedCasts, "Let what is cut away cast its shadow too")
+        ->needs(shadows)->group(group);
+    app.add_option("--ground", texts.ground, "Lay a ground under the model of which nothing is seen but\n"
+                                             "the shadows on it")
+        ->option_text("shadow")->group(group);
+}
+
 void DefineLineOptions(CLI::App& app, Texts& texts)
 {
     const char* const group = "Lines";
@@ -376,6 +398,36 @@ void InterpretEdges(const Texts& texts, Options& options)
     options.settings.edges->color = ParseColor("--edge-color", texts.edgeColor);
 }
 
+void InterpretShadows(const Texts& texts, Options& options)
+{
+    if (texts.shadows)
+    {
+        if (*texts.shadows != "hard" && *texts.shadows != "soft")
+        {
+            throw CLI::ValidationError("--shadows", "shadows are hard or soft");
+        }
+        options.settings.shadows = texts.shadowLook;
+        options.settings.shadows->soft = *texts.shadows == "soft";
+        // Written so that what is not a number fails.
+        if (!(texts.shadowLook.sunWidth > 0.0f && texts.shadowLook.sunWidth <= 20.0f))
+        {
+            throw CLI::ValidationError("--sun-width", "a width is above 0 and at most 20");
+        }
+        if (!(texts.shadowLook.darkness >= 0.0f && texts.shadowLook.darkness <= 1.0f))
+        {
+            throw CLI::ValidationError("--shadow-darkness", "a share is 0 to 1");
+        }
+    }
+    if (texts.ground)
+    {
+        if (*texts.ground != "shadow")
+        {
+            throw CLI::ValidationError("--ground", "a ground is shadow");
+        }
+        options.settings.ground.emplace();
+    }
+}
+
 /// CLI11 takes whatever follows for the value of an option. Here only a number is the one of
 /// --edges, so that it may stand alone with the model behind it.
 std::vector<std::string> CompleteEdges(int argc, const char* const* argv)
@@ -492,6 +544,7 @@ void Define(CLI::App& app, Options& options, Texts& texts, bool& listFormats)
     DefineViewOptions(app, options, texts);
     DefineSurfaceOptions(app, options, texts);
     DefineScreenOptions(app, options, texts);
+    DefineShadowOptions(app, texts);
     DefineLineOptions(app, texts);
     DefineSheetOptions(app, options);
     DefineMeasuringOptions(app, options, texts);
@@ -543,6 +596,7 @@ void Interpret(const Texts& texts, Options& options)
     InterpretAntialiasing(texts, options);
     InterpretSurfaces(texts, options.settings);
     InterpretEdges(texts, options);
+    InterpretShadows(texts, options);
     if (texts.lines)
     {
         CheckLineLook(texts.lineLook);

@@ -179,6 +179,9 @@ void Presentation::Impl::ConfigureRenderer()
     renderer->ShowSky(settings.sky);
     renderer->SetLook(settings.look);
     renderer->SetStrokeDensity(StrokeDensityFor(Extent()));
+    renderer->SetSun(sun.direction);
+    renderer->SetShadows(settings.shadows);
+    renderer->SetGround(GroundOfModel());
     renderer->SetEdges(settings.edges);
     renderer->ShowAmbientOcclusion(settings.occlusion);
     if (renderer->SetAAMode(ModeOf(settings.antialiasing)))
@@ -276,6 +279,7 @@ void Presentation::Impl::Draw(int newWidth, int newHeight, float newRatio)
     const Detail::ProcessSettings scope(settings, Camera(), OutlineWidth());
     LayOut();
     const bool hasChanged = app.Update(0.0f);
+    m_sunLight.Aim(World());
     const bool isBehindChanged = m_isPictureChanged || (hasChanged && !app.GetContext()->OnlyForegroundWasDirty());
     m_isPictureChanged = false;
     m_isForegroundChanged = false;

@@ -6,6 +6,7 @@
 #include "orvane_host/present/detail/DrawIdKeeper.h"
 #include "orvane_host/present/detail/EdgeStage.h"
 #include "orvane_host/present/detail/EffectInPlace.h"
+#include "orvane_host/present/detail/GroundStage.h"
 #include "orvane_host/present/detail/IdentifierStage.h"
 #include "orvane_host/present/detail/ItemLister.h"
 #include "orvane_host/present/detail/LineSetup.h"
@@ -66,6 +67,7 @@ PresentationRenderer::PresentationRenderer(TextureLoader* loader, RenderCapabili
     m_shadows = Append<Detail::ShadowStage>(Step::Shadows);
     Append<Detail::IdentifierStage>(Step::Identifiers);
     Append<Detail::DepthStage>(Step::Depth);
+    m_ground = Append<Detail::GroundStage>(Step::Ground, *m_shadows);
     m_surfaces = Append<Detail::SurfaceStage>(Step::Surfaces);
     m_surfaces->LightWith(*m_shadows);
     m_occlusion = Append<Detail::OcclusionStage>(Step::Occlusion);
@@ -77,10 +79,10 @@ PresentationRenderer::~PresentationRenderer()
     ReleaseHeld();
 }
 
-template <class Stage>
-Stage* PresentationRenderer::Append(Step step)
+template <class Stage, class... Arguments>
+Stage* PresentationRenderer::Append(Step step, Arguments&... arguments)
 {
-    m_stages.push_back({step, std::make_unique<Stage>(), {}});
+    m_stages.push_back({step, std::make_unique<Stage>(arguments...), {}});
     return static_cast<Stage*>(m_stages.back().stage.get());
 }
 
@@ -207,6 +209,12 @@ void PresentationRenderer::SetSun(const std::optional<Vector>& towardSun)
 void PresentationRenderer::SetShadows(const std::optional<ShadowSettings>& shadows)
 {
     m_shadows->SetShadows(shadows);
+}
+
+void PresentationRenderer::SetGround(const std::optional<Ground>& ground)
+{
+    m_shadows->SetPlane(ground ? std::optional<Detail::ShadowStage::Plane>({ground->position, ground->up}) : std::nullopt);
+    m_ground->SetDarkness(ground ? ground->darkness : 0.0f);
 }
 
 void PresentationRenderer::Suspend()

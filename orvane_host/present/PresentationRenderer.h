@@ -26,6 +26,7 @@ namespace OV::Host::Detail
 {
 
 class EdgeStage;
+class GroundStage;
 class ItemLister;
 class LineSetup;
 class OcclusionStage;
@@ -109,6 +110,17 @@ public:
     /// that shadows come from, all is lit.
     void SetShadows(const std::optional<ShadowSettings>& shadows);
 
+    /// A plane that shadows fall on and of which nothing else is seen.
+    struct Ground
+    {
+        Vector position; ///< a point of it, in world space
+        Vector up;       ///< unit, to the side from which it is seen
+        float darkness = 0.35f; ///< of a shadow, 0 to 1
+    };
+
+    /// Lays a plane under the scene, as far as shadows fall on it. It hides nothing. None at first.
+    void SetGround(const std::optional<Ground>& ground);
+
     /// As that of Renderer20. Supersampling raises the device pixel ratio from 1 to 2; layers without
     /// a ratio of their own stay as large as they were.
     bool SetAAMode(AAMode mode);
@@ -162,6 +174,7 @@ private:
         Identifiers,
         Depth,
         BeforeSurfaces, ///< from here on into the picture
+        Ground,
         Surfaces,
         AfterSurfaces,
         Occlusion,
@@ -177,8 +190,8 @@ private:
     };
 
     static Step StepOf(StageSlot slot);
-    template <class Stage>
-    Stage* Append(Step step);
+    template <class Stage, class... Arguments>
+    Stage* Append(Step step, Arguments&... arguments);
     void ReleaseHeld();
 
     PixelSize TargetSize() const;
@@ -191,6 +204,7 @@ private:
     std::vector<Entry> m_stages; ///< in drawing order
     // In m_stages.
     Detail::ShadowStage* m_shadows = nullptr;
+    Detail::GroundStage* m_ground = nullptr;
     Detail::SurfaceStage* m_surfaces = nullptr;
     Detail::OcclusionStage* m_occlusion = nullptr;
     Detail::EdgeStage* m_edges = nullptr;

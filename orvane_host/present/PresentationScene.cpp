@@ -230,7 +230,7 @@ Presentation::Impl::Changes Presentation::Impl::ChangesTo(const PresentationSett
     changes.lines = settings.lines.has_value() != wanted.lines.has_value()
         || (settings.lines && settings.lines->crease != wanted.lines->crease);
     changes.materials = differs(&S::look) || differs(&S::cullBacks) || differs(&S::lines) || differs(&S::antialiasing);
-    changes.view = differs(&S::view);
+    changes.view = differs(&S::view) || differs(&S::sun) || differs(&S::shadows) || differs(&S::ground);
     changes.sheet = differs(&S::sheet);
     S behind = wanted;
     behind.sheet = settings.sheet;
@@ -278,10 +278,15 @@ void Presentation::Impl::UpdateScene(const Changes& changes)
     {
         CutSection();
     }
+    m_sunLight.GiveBack(World());
     if (changes.section || changes.materials)
     {
         UpdateLight();
         UpdateMaterials();
+    }
+    if (sun.direction)
+    {
+        m_sunLight.Take(World(), *sun.direction, 1.0f - AmbientLevelFor(settings.look));
     }
     UpdateStyle();
     if (movesLines && settings.lines)
@@ -350,6 +355,21 @@ void Presentation::Impl::UpdateLight()
         const float strength = 1.0f - AmbientLevelFor(settings.look);
         m_light->SetColor(strength, strength, strength);
     }
+}
+
+std::optional<PresentationRenderer::Ground> Presentation::Impl::GroundOfModel() const
+{
+    if (!settings.ground || !report.hasBox)
+    {
+        return std::nullopt;
+    }
+    const bool isZUp = settings.view.upAxis == UpAxis::Z;
+    PresentationRenderer::Ground ground;
+    ground.darkness = settings.ground->darkness;
+    ground.up = isZUp ? Vector(0.0f, 0.0f, 1.0f) : Vector(0.0f, 1.0f, 0.0f);
+    const float lowest = isZUp ? report.boxMin.z : report.boxMin.y;
+    ground.position.Scale(settings.ground->height.value_or(lowest), ground.up);
+    return ground;
 }
 
 void Presentation::Impl::UpdateEdit()

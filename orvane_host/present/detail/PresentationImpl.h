@@ -7,6 +7,7 @@
 #include "orvane_host/present/detail/HighlightRenderer.h"
 #include "orvane_host/present/detail/MaterialSettings.h"
 #include "orvane_host/present/detail/NodeVisibility.h"
+#include "orvane_host/present/detail/SunLight.h"
 #include "orvane_host/sheet/Sheet.h"
 #include "orvane_host/sheet/Watermark.h"
 #include "orvane_host/view/SceneFit.h"
@@ -112,6 +113,8 @@ private:
     void UpdateStyle();
     void UpdateMaterials();
     void UpdateLight();
+    std::optional<PresentationRenderer::Ground> GroundOfModel() const;
+    void ReachShadows();
     void UpdateEdit();
     void UpdateHighlights();
     void CollectHighlights(Node& node, const Color* color, Detail::HighlightRenderer::Colors& colors) const;
@@ -133,6 +136,7 @@ private:
     Detail::MaterialSettings m_materials;
     std::map<const Node*, Color> m_highlights;
     LightNode* m_light = nullptr; ///< in the scene; null where it has its own
+    Detail::SunLight m_sunLight;
     std::unique_ptr<Watermark> m_watermark;
     bool m_isWatermarkLaid = false;
     std::unique_ptr<Sheet> m_sheet;

@@ -5,6 +5,7 @@
 #include "orvane_host/present/StageAccess.h"
 #include "orvane_host/present/detail/ConstantColorScope.h"
 #include "orvane_host/present/detail/Effects.h"
+#include "orvane_host/present/detail/LightShareScope.h"
 #include "orvane_host/present/detail/ObjectHatchEffect.h"
 #include "orvane_host/present/detail/SampleShadingScope.h"
 #include "orvane_host/present/detail/ShadowStage.h"
@@ -32,34 +33,6 @@ namespace
 
 /// The attribute that the look reads colours from.
 constexpr GLuint kColorAttribute = 2;
-
-/// Puts the share of the light that reaches the surfaces in force, for the length of a scope.
-class LightShareScope
-{
-public:
-    explicit LightShareScope(LightShare* share) : m_before(EffectES20::GetLightShare()), m_isSet(share != nullptr)
-    {
-        if (m_isSet)
-        {
-            EffectES20::SetLightShare(share);
-        }
-    }
-
-    ~LightShareScope()
-    {
-        if (m_isSet)
-        {
-            EffectES20::SetLightShare(m_before);
-        }
-    }
-
-    LightShareScope(const LightShareScope&) = delete;
-    LightShareScope& operator=(const LightShareScope&) = delete;
-
-private:
-    LightShare* m_before;
-    bool m_isSet;
-};
 
 /// Whether there are cuts that gain by shading each sample.
 bool SmoothsCuts(const CameraNode& camera)
