@@ -183,6 +183,36 @@ void AddSheet(Builder& command, const Host::SheetSettings& sheet, bool hasSky)
     }
 }
 
+void AddShadows(RenderCommand& command, const Host::PresentationSettings& settings)
+{
+    if (settings.shadows)
+    {
+        const Host::ShadowSettings usual;
+        const Host::ShadowSettings& shadows = *settings.shadows;
+        command.Add("--shadows", shadows.soft ? "soft" : "hard");
+        if (shadows.sunWidth != usual.sunWidth)
+        {
+            command.Add("--sun-width", TextOf(shadows.sunWidth));
+        }
+        if (shadows.darkness != usual.darkness)
+        {
+            command.Add("--shadow-darkness", TextOf(shadows.darkness));
+        }
+        if (shadows.clippedCasts)
+        {
+            command.Add("--clipped-casts");
+        }
+    }
+    if (settings.ground)
+    {
+        command.Add("--ground", "shadow");
+        if (*settings.ground != Host::GroundSettings())
+        {
+            command.LeaveOut("the ground is level with the model and its shadows have their usual darkness");
+        }
+    }
+}
+
 void AddSurfaces(Builder& command, const Host::PresentationSettings& settings)
 {
     command.Add("--look", Host::NameOfLook(settings.look));
@@ -207,6 +237,7 @@ void AddSurfaces(Builder& command, const Host::PresentationSettings& settings)
     {
         command.Add("--ao");
     }
+    AddShadows(command, settings);
 }
 
 } // namespace

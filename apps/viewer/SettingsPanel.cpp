@@ -286,6 +286,22 @@ bool EditPicture(Settings& settings)
     return changed;
 }
 
+bool EditShadows(Settings& settings)
+{
+    bool changed = EditOptional("Shadows of the sun", settings.shadows, Host::ShadowSettings(),
+                                [](Host::ShadowSettings& shadows)
+                                {
+                                    bool edited = ImGui::Checkbox("Soft rims", &shadows.soft);
+                                    edited = EditSlider("Width of the sun", shadows.sunWidth, 0.1f, 10.0f, "%.2f deg") || edited;
+                                    edited = EditSlider("Darkness", shadows.darkness, 0.0f, 1.0f) || edited;
+                                    return ImGui::Checkbox("Of what is cut away too", &shadows.clippedCasts) || edited;
+                                });
+    changed = EditOptional("Ground that catches them", settings.ground, Host::GroundSettings(),
+                           [](Host::GroundSettings& ground) { return EditSlider("Darkness there", ground.darkness, 0.0f, 1.0f); })
+        || changed;
+    return changed;
+}
+
 bool EditSheet(Host::SheetSettings& sheet)
 {
     bool changed = EditText<512>("Title", sheet.title);
@@ -317,6 +333,7 @@ bool EditSettings(Settings& settings, const Box& box)
     changed = (group("Lines", true) && EditLines(settings)) || changed;
     changed = (group("Section", true) && EditSection(settings.section, box)) || changed;
     changed = (group("Surroundings", true) && EditSurroundings(settings, box)) || changed;
+    changed = (group("Shadows", false) && EditShadows(settings)) || changed;
     changed = (group("View", false) && EditView(settings.view, box)) || changed;
     changed = (group("Picture", false) && EditPicture(settings)) || changed;
     changed = (group("Sheet", false) && EditSheet(settings.sheet)) || changed;

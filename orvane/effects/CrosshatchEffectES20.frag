@@ -87,7 +87,9 @@ void main()
 {
     float lum = dot(surfaceColor().rgb, lumcoeff);
 #ifdef LIGHT_SHARE
-    lum *= OVSL_ShadowTone();
+    // Twice, since half as much light is but one tone denser.
+    float shade = OVSL_ShadowTone();
+    lum *= shade * shade;
 #endif
     float tone0 = 1.0 - strokes(u_texture3);
     float tone1 = 1.0 - strokes(u_texture2);

@@ -64,11 +64,12 @@ void main()
     discardClipped();
     float alpha = opacity();
 #ifdef GLASS
-    // The first glass leaves its length in three channels, all of it what it lets through.
+    // The first glass leaves its length in three channels, all of it what it lets through: light goes
+    // into a pane through one face and out through another, each of which takes half.
     float reach = floor(gl_FragCoord.z * 16777215.0);
     float high = floor(reach / 65536.0);
     float middle = floor((reach - high * 65536.0) / 256.0);
-    gl_FragColor = vec4(vec3(high, middle, reach - high * 65536.0 - middle * 256.0) / 255.0, 1.0 - alpha);
+    gl_FragColor = vec4(vec3(high, middle, reach - high * 65536.0 - middle * 256.0) / 255.0, sqrt(1.0 - alpha));
 #else
     gl_FragColor = vec4(1.0, 1.0, 1.0, alpha);
 #endif

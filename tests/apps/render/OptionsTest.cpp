@@ -19,7 +19,8 @@ const std::vector<std::string> Known = {
     "--up",         "--fov",     "--ortho",        "--look",       "--clip",          "--poche",      "--outline",
     "--outline-color", "--edit", "--edges",        "--edge-color", "--ao",            "--lines",      "--crease",
     "--line-width", "--line-color", "--dash",      "--line-offset", "--title",        "--scale-bar",  "--north",
-    "--watermark",  "--pick",    "--stats",        "--frames",
+    "--watermark",  "--pick",    "--stats",        "--frames",     "--shadows",       "--sun-width",  "--shadow-darkness",
+    "--clipped-casts", "--ground",
 };
 
 std::string Help()

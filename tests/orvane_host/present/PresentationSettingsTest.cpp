@@ -51,6 +51,8 @@ PresentationSettings Whole()
     settings.sun.emplace().direction = Vector(0.0f, 1.0f, 0.0f);
     settings.sun->place.emplace();
     settings.sun->north = 0.0f;
+    settings.shadows.emplace();
+    settings.ground.emplace().height = 0.0f;
     settings.samples = 4;
     settings.sheet.north = 0.0f;
     settings.view.eye = Vector(1.0f, 2.0f, 3.0f);
@@ -101,6 +103,12 @@ const Change kChanges[] = {
     {"sun.place.latitude", [](auto& s) { s.sun->place->latitude = 52.52f; }, "52.52"},
     {"sun.place.longitude", [](auto& s) { s.sun->place->longitude = -180.0f; }, "-180.0"},
     {"sun.north", [](auto& s) { s.sun->north = 30.0f; }, "30.0"},
+    {"shadows.soft", [](auto& s) { s.shadows->soft = true; }, "true"},
+    {"shadows.sunWidth", [](auto& s) { s.shadows->sunWidth = 20.0f; }, "20.0"},
+    {"shadows.darkness", [](auto& s) { s.shadows->darkness = 1.0f; }, "1.0"},
+    {"shadows.clippedCasts", [](auto& s) { s.shadows->clippedCasts = true; }, "true"},
+    {"ground.height", [](auto& s) { s.ground->height = -1.5f; }, "-1.5"},
+    {"ground.darkness", [](auto& s) { s.ground->darkness = 0.5f; }, "0.5"},
     {"antialiasing", [](auto& s) { s.antialiasing = Antialiasing::Supersampling; }, "\"ssaa\""},
     {"samples", [](auto& s) { s.samples = 16; }, "16"},
     {"sheet.title", [](auto& s) { s.sheet.title = "\"A\"\n"; }, "\"\\\"A\\\"\\n\""},
@@ -133,6 +141,9 @@ const Change kRemovals[] = {
          s.sun->time = "2026-06-21T15:00Z";
      },
      "null"},
+    {"shadows", [](auto& s) { s.shadows.reset(); }, "null"},
+    {"ground", [](auto& s) { s.ground.reset(); }, "null"},
+    {"ground.height", [](auto& s) { s.ground->height.reset(); }, "null"},
     {"sun.place", [](auto& s) { s.sun->place.reset(); }, "null"},
     {"sun.north", [](auto& s) { s.sun->north.reset(); }, "null"},
     {"samples", [](auto& s) { s.samples.reset(); }, "null"},
@@ -220,10 +231,12 @@ TEST(PresentationSettings, EveryFieldIsNamed)
     [[maybe_unused]] const auto& [weight, edgeColor, identity] = EdgeLook();
     [[maybe_unused]] const auto& [latitude, longitude] = GeoPlace();
     [[maybe_unused]] const auto& [direction, time, place, sunNorth] = SunSettings();
+    [[maybe_unused]] const auto& [soft, sunWidth, darkness, clippedCasts] = ShadowSettings();
+    [[maybe_unused]] const auto& [kind, height, groundDarkness] = GroundSettings();
     [[maybe_unused]] const auto& [named, eye, target, up, fov, orthographic, upAxis] = ViewSettings();
     [[maybe_unused]] const auto& [title, scaleBar, north, watermark] = SheetSettings();
     [[maybe_unused]] const auto& [look, cullBacks, section, editPath, background, sky, fog, lines, edges,
-                                  occlusion, sun, antialiasing, samples, sheet, view] = PresentationSettings();
+                                  occlusion, sun, shadows, ground, antialiasing, samples, sheet, view] = PresentationSettings();
     EXPECT_EQ(CountNamed<FogRange>(), 2);
     EXPECT_EQ(CountNamed<ClipPlane>(), 2);
     EXPECT_EQ(CountNamed<SectionSettings>(), 4);
@@ -231,9 +244,11 @@ TEST(PresentationSettings, EveryFieldIsNamed)
     EXPECT_EQ(CountNamed<EdgeLook>(), 3);
     EXPECT_EQ(CountNamed<GeoPlace>(), 2);
     EXPECT_EQ(CountNamed<SunSettings>(), 4);
+    EXPECT_EQ(CountNamed<ShadowSettings>(), 4);
+    EXPECT_EQ(CountNamed<GroundSettings>(), 3);
     EXPECT_EQ(CountNamed<ViewSettings>(), 7);
     EXPECT_EQ(CountNamed<SheetSettings>(), 4);
-    EXPECT_EQ(CountNamed<PresentationSettings>(), 15);
+    EXPECT_EQ(CountNamed<PresentationSettings>(), 17);
 }
 
 TEST(PresentationSettings, JSONNamesTheFieldsOfTheTable)
