@@ -1,19 +1,9 @@
 #include "tests/orvane_host/present/ShadowStageModels.h"
 
-#include "orvane_host/present/PresentationRenderer.h"
 #include "orvane/math/Transform.h"
-#include "orvane/scene/CameraNode.h"
-#include "orvane/scene/LightNode.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/Scene.h"
-
-#include <GL/glew.h>
-
-#include <algorithm>
-#include <cmath>
-#include <cstdlib>
-#include <cstring>
 
 namespace OV::Test
 {
@@ -109,31 +99,28 @@ TEST_F(ShadowStage, BeginsAtTheFeet)
 
 TEST_F(ShadowStage, LeavesNoSpeckOnWhatIsLit)
 {
-    // A sun that stands low, where texels are drawn out most.
+    // A sun so low that texels are drawn out most, and the cube's shadow leaves the floor.
     FloorAndCube made = MakeFloorAndCube(2.0f);
     PresentationSettings settings = LookingDown();
     settings.sun->direction = Vector(0.97f, 0.1f, 0.22f);
     settings.view.eye = Vector(6, 14, 11);
     settings.view.orthographic = false;
-    const Picture picture = Draw(made, settings);
+    const Picture shadows = Draw(made, settings);
     settings.shadows.reset();
-    made.cube->SetFlags(NodeFlagHidden, false);
-    const Picture bare = Draw(made, settings);
-    // The shadow leaves the floor: without the cube every pixel stays.
-    settings = LookingDown();
-    settings.sun->direction = Vector(0.97f, 0.1f, 0.22f);
-    settings.view.eye = Vector(6, 14, 11);
-    settings.view.orthographic = false;
     const Picture lit = Draw(made, settings);
+    int floor = 0;
     int dark = 0;
     for (int y = 0; y < kSize; ++y)
     {
         for (int x = 0; x < kSize; ++x)
         {
-            // The floor's other sides look away from the sun; they lie below its top in the picture.
-            dark += bare.At(x, y) == kWhite && lit.At(x, y) != kWhite && y > 30 ? 1 : 0;
+            // Of the cube one side that is seen looks away from the sun; nothing else does.
+            const bool isFloor = lit.At(x, y) == kWhite && (x < 40 || x > 80);
+            floor += isFloor ? 1 : 0;
+            dark += isFloor && shadows.At(x, y) != kWhite ? 1 : 0;
         }
     }
+    EXPECT_GT(floor, kSize * kSize / 3);
     EXPECT_EQ(dark, 0);
 }
 
@@ -196,11 +183,10 @@ TEST_F(ShadowStage, OfGlassLetsAShareThrough)
     ExpectShadow(Draw(made, LookingDown()), Pixel{217, 217, 217, 255});
 }
 
-// In what is solid behind glass the shadow of the solid is as dark as ever.
-TEST_F(ShadowStage, OfGlassAddsNothingToThatOfWalls)
+TEST_F(ShadowStage, OfGlassThatIsAllButSolidIsThatOfASolid)
 {
     FloorAndCube made = MakeFloorAndCube(2.0f);
-    const Picture solid = Draw(made, LookingDown());
+    ExpectShadow(Draw(made, LookingDown()), kShade);
     made.cubeMaterial->SetOpacity(0.999f);
     made.presentation->GetScene().ProcessChangedMaterial(made.cubeMaterial);
     made.presentation->Refresh();
