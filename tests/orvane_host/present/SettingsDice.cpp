@@ -80,11 +80,31 @@ void ChangeSheet(PresentationSettings& settings, Dice& dice)
     }
 }
 
+void ChangeSun(PresentationSettings& settings, Dice& dice)
+{
+    settings.sun.reset();
+    settings.shadows.reset();
+    settings.ground.reset();
+    if (dice.Below(3) == 0)
+    {
+        return;
+    }
+    settings.sun.emplace().direction = Vector(dice.Share() - 0.5f, 0.2f + dice.Share(), dice.Share() - 0.5f);
+    if (dice.Below(3) != 0)
+    {
+        settings.shadows = Host::ShadowSettings{dice.Below(2) != 0, 0.5f + dice.Share(), dice.Share(), dice.Below(2) != 0};
+    }
+    if (dice.Below(2) != 0)
+    {
+        settings.ground.emplace().darkness = dice.Share();
+    }
+}
+
 } // namespace
 
 void Change(PresentationSettings& settings, Dice& dice, const std::vector<std::string>& paths)
 {
-    switch (dice.Below(13))
+    switch (dice.Below(14))
     {
     case 0:
     case 1: settings.look = static_cast<Host::Look>(dice.Below(6)); break;
@@ -102,6 +122,7 @@ void Change(PresentationSettings& settings, Dice& dice, const std::vector<std::s
         settings.occlusion = dice.Below(2) != 0;
         break;
     case 11: dice.Below(2) != 0 ? ChangeView(settings, dice) : ChangeSheet(settings, dice); break;
+    case 12: ChangeSun(settings, dice); break;
     default: settings.antialiasing = static_cast<Host::Antialiasing>(dice.Below(4)); break;
     }
     // The one look that is not cut.
