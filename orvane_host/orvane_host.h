@@ -18,7 +18,6 @@
 #include "orvane_host/output/WritePNG.h"
 #include "orvane_host/present/DrawCounts.h"
 #include "orvane_host/present/EdgeLook.h"
-#include "orvane_host/present/GroundSettings.h"
 #include "orvane_host/present/HatchTextures.h"
 #include "orvane_host/present/Look.h"
 #include "orvane_host/present/OrbitView.h"

@@ -43,7 +43,6 @@ struct Texts
     std::optional<float> edges;
     std::optional<std::string> shadows;
     Host::ShadowSettings shadowLook;
-    std::optional<std::string> ground;
     std::optional<std::string> edit;
     std::string edgeColor = "000000";
     std::string look = "advanced";
@@ -269,9 +268,6 @@ void DefineShadowOptions(CLI::App& app, Texts& texts)
         ->option_text("SHARE")->needs(shadows)->group(group);
     app.add_flag("--clipped-casts", look.clippedCasts, "Let what is cut away cast its shadow too")
         ->needs(shadows)->group(group);
-    app.add_option("--ground", texts.ground, "Lay a ground under the model of which nothing is seen but\n"
-                                             "the shadows on it")
-        ->option_text("shadow")->group(group);
 }
 
 void DefineLineOptions(CLI::App& app, Texts& texts)
@@ -417,14 +413,6 @@ void InterpretShadows(const Texts& texts, Options& options)
         {
             throw CLI::ValidationError("--shadow-darkness", "a share is 0 to 1");
         }
-    }
-    if (texts.ground)
-    {
-        if (*texts.ground != "shadow")
-        {
-            throw CLI::ValidationError("--ground", "a ground is shadow");
-        }
-        options.settings.ground.emplace();
     }
 }
 

@@ -203,14 +203,6 @@ void AddShadows(RenderCommand& command, const Host::PresentationSettings& settin
             command.Add("--clipped-casts");
         }
     }
-    if (settings.ground)
-    {
-        command.Add("--ground", "shadow");
-        if (*settings.ground != Host::GroundSettings())
-        {
-            command.LeaveOut("the ground is level with the model and its shadows have their usual darkness");
-        }
-    }
 }
 
 void AddSurfaces(Builder& command, const Host::PresentationSettings& settings)

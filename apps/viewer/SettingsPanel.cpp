@@ -288,7 +288,7 @@ bool EditPicture(Settings& settings)
 
 bool EditShadows(Settings& settings)
 {
-    bool changed = EditOptional("Shadows of the sun", settings.shadows, Host::ShadowSettings(),
+    const bool changed = EditOptional("Shadows of the sun", settings.shadows, Host::ShadowSettings(),
                                 [](Host::ShadowSettings& shadows)
                                 {
                                     bool edited = ImGui::Checkbox("Soft rims", &shadows.soft);
@@ -296,9 +296,6 @@ bool EditShadows(Settings& settings)
                                     edited = EditSlider("Darkness", shadows.darkness, 0.0f, 1.0f) || edited;
                                     return ImGui::Checkbox("Of what is cut away too", &shadows.clippedCasts) || edited;
                                 });
-    changed = EditOptional("Ground that catches them", settings.ground, Host::GroundSettings(),
-                           [](Host::GroundSettings& ground) { return EditSlider("Darkness there", ground.darkness, 0.0f, 1.0f); })
-        || changed;
     return changed;
 }
 

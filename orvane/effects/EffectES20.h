@@ -40,7 +40,7 @@ public:
     static constexpr std::uint64_t OptionNoClipPlanes = std::uint64_t{1} << 63;
 
     /// Likewise: the number, from 1, of the light share's text that the fragment shader has in it.
-    static constexpr std::uint64_t OptionLightShares = std::uint64_t{0x7F} << 56;
+    static constexpr std::uint64_t OptionLightShares = std::uint64_t{0x3F} << 56;
 
     /// Always true.
     virtual bool IsReady();
@@ -153,7 +153,7 @@ public:
 
     /// Lays a share of the light into the effects that shade surfaces from their next Apply on.
     /// @param share not owned; to be set anew after its values have changed. Null lays none.
-    /// @return false, with none in force, for a text beyond the first 127 of a process.
+    /// @return false, with none in force, for a text beyond the first 63 of a process.
     static bool SetLightShare(LightShare* share);
     static LightShare* GetLightShare();
 

@@ -50,7 +50,7 @@ LightShare::~LightShare() = default;
 bool EffectES20::SetLightShare(LightShare* share)
 {
     constexpr int shift = 56;
-    static_assert(OptionLightShares == std::uint64_t{0x7F} << shift);
+    static_assert(OptionLightShares == std::uint64_t{0x3F} << shift);
     const std::uint64_t number = share ? NumberOf(share->Source()) : 0;
     const bool isTaken = number <= OptionLightShares >> shift;
     s_lightShare = isTaken ? share : nullptr;

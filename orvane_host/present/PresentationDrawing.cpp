@@ -181,7 +181,7 @@ void Presentation::Impl::ConfigureRenderer()
     renderer->SetStrokeDensity(StrokeDensityFor(Extent()));
     renderer->SetSun(sun.direction);
     renderer->SetShadows(settings.shadows);
-    renderer->SetGround(GroundOfModel());
+    renderer->SetShadowGround(ShadowGroundOfModel());
     renderer->SetEdges(settings.edges);
     renderer->ShowAmbientOcclusion(settings.occlusion);
     if (renderer->SetAAMode(ModeOf(settings.antialiasing)))

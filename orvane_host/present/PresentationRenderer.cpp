@@ -6,7 +6,6 @@
 #include "orvane_host/present/detail/DrawIdKeeper.h"
 #include "orvane_host/present/detail/EdgeStage.h"
 #include "orvane_host/present/detail/EffectInPlace.h"
-#include "orvane_host/present/detail/GroundStage.h"
 #include "orvane_host/present/detail/IdentifierStage.h"
 #include "orvane_host/present/detail/ItemLister.h"
 #include "orvane_host/present/detail/LineSetup.h"
@@ -14,6 +13,7 @@
 #include "orvane_host/present/detail/OcclusionView.h"
 #include "orvane_host/present/detail/ScreenBuffer.h"
 #include "orvane_host/present/detail/ShadowStage.h"
+#include "orvane_host/present/detail/SunPatchStage.h"
 #include "orvane_host/present/detail/SurfacePass.h"
 #include "orvane_host/present/detail/SurfaceStage.h"
 #include "orvane/effects/MaterialEffectES20.h"
@@ -67,7 +67,7 @@ PresentationRenderer::PresentationRenderer(TextureLoader* loader, RenderCapabili
     m_shadows = Append<Detail::ShadowStage>(Step::Shadows);
     Append<Detail::IdentifierStage>(Step::Identifiers);
     Append<Detail::DepthStage>(Step::Depth);
-    m_ground = Append<Detail::GroundStage>(Step::Ground, *m_shadows);
+    m_sunPatch = Append<Detail::SunPatchStage>(Step::SunPatch, *m_shadows);
     m_surfaces = Append<Detail::SurfaceStage>(Step::Surfaces);
     m_surfaces->LightWith(*m_shadows);
     m_occlusion = Append<Detail::OcclusionStage>(Step::Occlusion);
@@ -211,10 +211,10 @@ void PresentationRenderer::SetShadows(const std::optional<ShadowSettings>& shado
     m_shadows->SetShadows(shadows);
 }
 
-void PresentationRenderer::SetGround(const std::optional<Ground>& ground)
+void PresentationRenderer::SetShadowGround(const std::optional<ShadowGround>& ground)
 {
     m_shadows->SetPlane(ground ? std::optional<Detail::ShadowStage::Plane>({ground->position, ground->up}) : std::nullopt);
-    m_ground->SetDarkness(ground ? ground->darkness : 0.0f);
+    m_sunPatch->SetDarkness(ground ? ground->darkness : 0.0f);
 }
 
 void PresentationRenderer::Suspend()

@@ -26,12 +26,12 @@ namespace OV::Host::Detail
 {
 
 class EdgeStage;
-class GroundStage;
 class ItemLister;
 class LineSetup;
 class OcclusionStage;
 class ScreenBuffer;
 class ShadowStage;
+class SunPatchStage;
 class SurfaceStage;
 
 } // namespace OV::Host::Detail
@@ -110,8 +110,8 @@ public:
     /// that shadows come from, all is lit.
     void SetShadows(const std::optional<ShadowSettings>& shadows);
 
-    /// A plane that shadows fall on and of which nothing else is seen.
-    struct Ground
+    /// A plane that the shadows of the sun fall on and of which nothing else is seen.
+    struct ShadowGround
     {
         Vector position; ///< a point of it, in world space
         Vector up;       ///< unit, to the side from which it is seen
@@ -119,7 +119,7 @@ public:
     };
 
     /// Lays a plane under the scene, as far as shadows fall on it. It hides nothing. None at first.
-    void SetGround(const std::optional<Ground>& ground);
+    void SetShadowGround(const std::optional<ShadowGround>& ground);
 
     /// As that of Renderer20. Supersampling raises the device pixel ratio from 1 to 2; layers without
     /// a ratio of their own stay as large as they were.
@@ -174,7 +174,7 @@ private:
         Identifiers,
         Depth,
         BeforeSurfaces, ///< from here on into the picture
-        Ground,
+        SunPatch,
         Surfaces,
         AfterSurfaces,
         Occlusion,
@@ -204,7 +204,7 @@ private:
     std::vector<Entry> m_stages; ///< in drawing order
     // In m_stages.
     Detail::ShadowStage* m_shadows = nullptr;
-    Detail::GroundStage* m_ground = nullptr;
+    Detail::SunPatchStage* m_sunPatch = nullptr;
     Detail::SurfaceStage* m_surfaces = nullptr;
     Detail::OcclusionStage* m_occlusion = nullptr;
     Detail::EdgeStage* m_edges = nullptr;

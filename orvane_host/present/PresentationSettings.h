@@ -2,7 +2,6 @@
 
 #include "orvane_host/geometry/FeatureEdges.h"
 #include "orvane_host/present/EdgeLook.h"
-#include "orvane_host/present/GroundSettings.h"
 #include "orvane_host/present/Look.h"
 #include "orvane_host/present/ShadowSettings.h"
 #include "orvane_host/present/SunSettings.h"
@@ -131,7 +130,6 @@ struct PresentationSettings
     std::optional<SunSettings> sun;
     /// Of the sun, in every look; without a sun there are none.
     std::optional<ShadowSettings> shadows;
-    std::optional<GroundSettings> ground;
     Antialiasing antialiasing = Antialiasing::Multisampling;
     /// Samples a pixel of pictures with multisampling, 0 to MostSamples; none means as many as suit
     /// the size. A framebuffer of the host's has those that it has.

@@ -71,7 +71,7 @@ void Presentation::Impl::PlaceCamera()
 
 void Presentation::Impl::ReachShadows()
 {
-    const std::optional<PresentationRenderer::Ground> ground = GroundOfModel();
+    const std::optional<PresentationRenderer::ShadowGround> ground = ShadowGroundOfModel();
     if (!ground || !settings.shadows || !sun.direction)
     {
         return;

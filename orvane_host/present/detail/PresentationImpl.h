@@ -113,7 +113,7 @@ private:
     void UpdateStyle();
     void UpdateMaterials();
     void UpdateLight();
-    std::optional<PresentationRenderer::Ground> GroundOfModel() const;
+    std::optional<PresentationRenderer::ShadowGround> ShadowGroundOfModel() const;
     void ReachShadows();
     void UpdateEdit();
     void UpdateHighlights();

@@ -10,7 +10,6 @@ namespace
 {
 
 // In the order of the enumerators.
-constexpr const char* kGrounds[] = {"shadow"};
 constexpr const char* kIdentities[] = {"object", "group"};
 constexpr const char* kAntialiasings[] = {"none", "msaa", "fxaa", "ssaa"};
 constexpr const char* kUpAxes[] = {"y", "z"};
@@ -23,11 +22,6 @@ const char* NameIn(const char* const (&names)[Size], Enum value)
 }
 
 } // namespace
-
-const char* NameOf(GroundKind kind)
-{
-    return NameIn(kGrounds, kind);
-}
 
 const char* NameOf(Identity identity)
 {

@@ -136,18 +136,6 @@ struct Fields<ShadowSettings>
 };
 
 template <>
-struct Fields<GroundSettings>
-{
-    template <typename Visitor>
-    static void Visit(Visitor&& visit)
-    {
-        visit("kind", &GroundSettings::kind, kFinite);
-        visit("height", &GroundSettings::height, kPlace);
-        visit("darkness", &GroundSettings::darkness, kShare);
-    }
-};
-
-template <>
 struct Fields<ViewSettings>
 {
     template <typename Visitor>
@@ -194,7 +182,6 @@ struct Fields<PresentationSettings>
         visit("occlusion", &PresentationSettings::occlusion, kFinite);
         visit("sun", &PresentationSettings::sun, kFinite);
         visit("shadows", &PresentationSettings::shadows, kFinite);
-        visit("ground", &PresentationSettings::ground, kFinite);
         visit("antialiasing", &PresentationSettings::antialiasing, kFinite);
         visit("samples", &PresentationSettings::samples, kSamples);
         visit("sheet", &PresentationSettings::sheet, kFinite);
@@ -213,7 +200,6 @@ inline const char* NameOf(NamedView view)
     return ViewFit::NameOf(view);
 }
 
-const char* NameOf(GroundKind kind);
 const char* NameOf(Identity identity);
 const char* NameOf(Antialiasing antialiasing);
 const char* NameOf(UpAxis axis);

@@ -20,7 +20,7 @@ const std::vector<std::string> Known = {
     "--outline-color", "--edit", "--edges",        "--edge-color", "--ao",            "--lines",      "--crease",
     "--line-width", "--line-color", "--dash",      "--line-offset", "--title",        "--scale-bar",  "--north",
     "--watermark",  "--pick",    "--stats",        "--frames",     "--shadows",       "--sun-width",  "--shadow-darkness",
-    "--clipped-casts", "--ground",
+    "--clipped-casts",
 };
 
 std::string Help()

@@ -52,7 +52,6 @@ PresentationSettings Whole()
     settings.sun->place.emplace();
     settings.sun->north = 0.0f;
     settings.shadows.emplace();
-    settings.ground.emplace().height = 0.0f;
     settings.samples = 4;
     settings.sheet.north = 0.0f;
     settings.view.eye = Vector(1.0f, 2.0f, 3.0f);
@@ -107,8 +106,6 @@ const Change kChanges[] = {
     {"shadows.sunWidth", [](auto& s) { s.shadows->sunWidth = 20.0f; }, "20.0"},
     {"shadows.darkness", [](auto& s) { s.shadows->darkness = 1.0f; }, "1.0"},
     {"shadows.clippedCasts", [](auto& s) { s.shadows->clippedCasts = true; }, "true"},
-    {"ground.height", [](auto& s) { s.ground->height = -1.5f; }, "-1.5"},
-    {"ground.darkness", [](auto& s) { s.ground->darkness = 0.5f; }, "0.5"},
     {"antialiasing", [](auto& s) { s.antialiasing = Antialiasing::Supersampling; }, "\"ssaa\""},
     {"samples", [](auto& s) { s.samples = 16; }, "16"},
     {"sheet.title", [](auto& s) { s.sheet.title = "\"A\"\n"; }, "\"\\\"A\\\"\\n\""},
@@ -142,8 +139,6 @@ const Change kRemovals[] = {
      },
      "null"},
     {"shadows", [](auto& s) { s.shadows.reset(); }, "null"},
-    {"ground", [](auto& s) { s.ground.reset(); }, "null"},
-    {"ground.height", [](auto& s) { s.ground->height.reset(); }, "null"},
     {"sun.place", [](auto& s) { s.sun->place.reset(); }, "null"},
     {"sun.north", [](auto& s) { s.sun->north.reset(); }, "null"},
     {"samples", [](auto& s) { s.samples.reset(); }, "null"},
@@ -232,11 +227,9 @@ TEST(PresentationSettings, EveryFieldIsNamed)
     [[maybe_unused]] const auto& [latitude, longitude] = GeoPlace();
     [[maybe_unused]] const auto& [direction, time, place, sunNorth] = SunSettings();
     [[maybe_unused]] const auto& [soft, sunWidth, darkness, clippedCasts] = ShadowSettings();
-    [[maybe_unused]] const auto& [kind, height, groundDarkness] = GroundSettings();
     [[maybe_unused]] const auto& [named, eye, target, up, fov, orthographic, upAxis] = ViewSettings();
     [[maybe_unused]] const auto& [title, scaleBar, north, watermark] = SheetSettings();
     [[maybe_unused]] const auto& [look, cullBacks, section, editPath, background, sky, fog, lines, edges,
-                                  occlusion, sun, shadows, ground, antialiasing, samples, sheet, view] = PresentationSettings();
     EXPECT_EQ(CountNamed<FogRange>(), 2);
     EXPECT_EQ(CountNamed<ClipPlane>(), 2);
     EXPECT_EQ(CountNamed<SectionSettings>(), 4);
@@ -245,16 +238,13 @@ TEST(PresentationSettings, EveryFieldIsNamed)
     EXPECT_EQ(CountNamed<GeoPlace>(), 2);
     EXPECT_EQ(CountNamed<SunSettings>(), 4);
     EXPECT_EQ(CountNamed<ShadowSettings>(), 4);
-    EXPECT_EQ(CountNamed<GroundSettings>(), 3);
     EXPECT_EQ(CountNamed<ViewSettings>(), 7);
     EXPECT_EQ(CountNamed<SheetSettings>(), 4);
-    EXPECT_EQ(CountNamed<PresentationSettings>(), 17);
+    EXPECT_EQ(CountNamed<PresentationSettings>(), 16);
 }
 
 TEST(PresentationSettings, JSONNamesTheFieldsOfTheTable)
 {
-    // Of the ground there is one kind so far, so that no change of it stands in the table.
-    std::multiset<std::string> expected = {"version", "ground.kind"};
     for (const Change& change : kChanges)
     {
         expected.insert(change.field);
@@ -418,8 +408,6 @@ std::vector<Bound> Bounds()
         share("edges.color", [](auto& s, float n) { s.edges->color.g = n; }),
         share("edges.weight", [](auto& s, float n) { s.edges->weight = n; }),
         share("shadows.darkness", [](auto& s, float n) { s.shadows->darkness = n; }),
-        share("ground.darkness", [](auto& s, float n) { s.ground->darkness = n; }),
-        place("ground.height", [](auto& s, float n) { s.ground->height = n; }),
         {"shadows.sunWidth",
          [](auto& s, float n) { s.shadows->sunWidth = n; },
          {kLeast, 20.0f},
@@ -813,7 +801,6 @@ TEST(PresentationSettings, AFileOfVersion1IsStillRead)
     expected.sun->place = GeoPlace{52.52f, 13.4f};
     expected.sun->north = 30.0f;
     expected.shadows = ShadowSettings{true, 2.5f, 0.5f, true};
-    expected.ground = GroundSettings{GroundKind::Shadow, -0.5f, 0.25f};
     expected.antialiasing = Antialiasing::Filter;
     expected.samples = 8;
     expected.sheet.title = "Schnitt A\xE2\x80\x93"

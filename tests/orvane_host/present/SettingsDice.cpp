@@ -84,7 +84,6 @@ void ChangeSun(PresentationSettings& settings, Dice& dice)
 {
     settings.sun.reset();
     settings.shadows.reset();
-    settings.ground.reset();
     if (dice.Below(3) == 0)
     {
         return;
@@ -93,10 +92,6 @@ void ChangeSun(PresentationSettings& settings, Dice& dice)
     if (dice.Below(3) != 0)
     {
         settings.shadows = Host::ShadowSettings{dice.Below(2) != 0, 0.5f + dice.Share(), dice.Share(), dice.Below(2) != 0};
-    }
-    if (dice.Below(2) != 0)
-    {
-        settings.ground.emplace().darkness = dice.Share();
     }
 }
 

@@ -5,19 +5,19 @@
 namespace OV::Host::Detail
 {
 
-class GroundEffect;
+class SunPatchEffect;
 class ShadowStage;
 
-/// A plane under the scene of which nothing is seen but the shadows that fall on it. It hides
+/// A plane under the scene of which nothing is seen but the shadows of the sun on it. It hides
 /// nothing, and nothing is seen of it from below.
-class GroundStage final : public PresentationStage
+class SunPatchStage final : public PresentationStage
 {
 public:
     /// @param shadows what falls on it, and where; outlives this.
-    explicit GroundStage(ShadowStage& shadows) : m_shadows(shadows) {}
+    explicit SunPatchStage(ShadowStage& shadows) : m_shadows(shadows) {}
 
     /// GL if it was drawn.
-    ~GroundStage() override;
+    ~SunPatchStage() override;
 
     /// Of a shadow on it, 0 to 1.
     void SetDarkness(float darkness) { m_darkness = darkness; }
@@ -28,7 +28,7 @@ public:
 private:
     ShadowStage& m_shadows;
     float m_darkness = 0.0f;
-    GroundEffect* m_effect = nullptr; ///< one reference; null until drawn with
+    SunPatchEffect* m_effect = nullptr; ///< one reference; null until drawn with
 };
 
 } // namespace OV::Host::Detail

@@ -8,10 +8,10 @@ namespace OV::Host::Detail
 
 /// Darkens a patch of a plane where shadows fall on it. Drawn over the screen's quad, which it lays
 /// on the patch.
-class GroundEffect final : public MaterialEffectES20
+class SunPatchEffect final : public MaterialEffectES20
 {
 public:
-    GroundEffect();
+    SunPatchEffect();
 
     Matrix patchToClip{}; ///< shares of the edges of the patch to clip space
     float darkness = 0.0f;

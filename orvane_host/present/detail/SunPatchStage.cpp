@@ -1,9 +1,9 @@
-#include "orvane_host/present/detail/GroundStage.h"
+#include "orvane_host/present/detail/SunPatchStage.h"
 
 #include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/StageAccess.h"
 #include "orvane_host/present/detail/Effects.h"
-#include "orvane_host/present/detail/GroundEffect.h"
+#include "orvane_host/present/detail/SunPatchEffect.h"
 #include "orvane_host/present/detail/LightShareScope.h"
 #include "orvane_host/present/detail/ShadowStage.h"
 #include "orvane/renderdata/CameraNodeES20.h"
@@ -60,17 +60,17 @@ bool IsSeenFromAbove(const glm::dmat4& patchToClip)
 
 } // namespace
 
-GroundStage::~GroundStage()
+SunPatchStage::~SunPatchStage()
 {
     Drop(m_effect);
 }
 
-void GroundStage::ReleaseGL()
+void SunPatchStage::ReleaseGL()
 {
     Drop(m_effect);
 }
 
-void GroundStage::Draw(PresentationFrame& frame)
+void SunPatchStage::Draw(PresentationFrame& frame)
 {
     const std::optional<ShadowStage::Patch>& patch = m_shadows.GetPatch();
     if (!patch || !m_shadows.GetShare() || !(m_darkness > 0.0f))
@@ -88,7 +88,7 @@ void GroundStage::Draw(PresentationFrame& frame)
     }
     if (!m_effect)
     {
-        m_effect = new GroundEffect;
+        m_effect = new SunPatchEffect;
     }
     std::transform(glm::value_ptr(toClip), glm::value_ptr(toClip) + 16, m_effect->patchToClip.m,
                    [](double value) { return static_cast<float>(value); });

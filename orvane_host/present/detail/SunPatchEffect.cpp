@@ -1,7 +1,7 @@
-#include "orvane_host/present/detail/GroundEffect.h"
+#include "orvane_host/present/detail/SunPatchEffect.h"
 
-#include "orvane_host/present/shaders/GroundEffect.frag.h"
-#include "orvane_host/present/shaders/GroundEffect.vert.h"
+#include "orvane_host/present/shaders/SunPatchEffect.frag.h"
+#include "orvane_host/present/shaders/SunPatchEffect.vert.h"
 #include "orvane/effects/SkySettings.h"
 #include "orvane/renderdata/MeshES20.h"
 
@@ -40,43 +40,43 @@ constexpr IndexedName kAttributes[] = {
 };
 
 constexpr ProgramTemplate kTemplate = {
-    "GroundEffect", Shaders::GroundEffectVert, Shaders::GroundEffectFrag, kOptions, kUniforms, kAttributes,
+    "SunPatchEffect", Shaders::SunPatchEffectVert, Shaders::SunPatchEffectFrag, kOptions, kUniforms, kAttributes,
 };
 
 } // namespace
 
-GroundEffect::GroundEffect() : MaterialEffectES20(nullptr)
+SunPatchEffect::SunPatchEffect() : MaterialEffectES20(nullptr)
 {
     m_takesLightShare = true;
 }
 
-unsigned int GroundEffect::CreateProgramForOptions(std::uint64_t options, std::string& name)
+unsigned int SunPatchEffect::CreateProgramForOptions(std::uint64_t options, std::string& name)
 {
     return CreateFromTemplate(kTemplate, options, name);
 }
 
-void GroundEffect::Apply(MaterialES20*, CameraNodeES20*)
+void SunPatchEffect::Apply(MaterialES20*, CameraNodeES20*)
 {
     UseOptions(SkySettings::inst().UseFog() ? OptionFog : 0);
     SetFog(UniformFogRange, UniformFogColor);
 }
 
-void GroundEffect::Remove()
+void SunPatchEffect::Remove()
 {
     EndUse();
 }
 
-void GroundEffect::BindMeshAttributes(MeshES20* mesh)
+void SunPatchEffect::BindMeshAttributes(MeshES20* mesh)
 {
     EnableAttribute(AttributeTexture, 2, mesh->GetStride(), mesh->GetTextureOffset());
 }
 
-void GroundEffect::ReleaseMeshAttributes(MeshES20*)
+void SunPatchEffect::ReleaseMeshAttributes(MeshES20*)
 {
     DisableAttribute(AttributeTexture);
 }
 
-void GroundEffect::BindMeshUniforms(MeshNode*)
+void SunPatchEffect::BindMeshUniforms(MeshNode*)
 {
     Set(UniformPatchToClip, patchToClip);
     Set(UniformDarkness, darkness);
