@@ -2,6 +2,7 @@
 
 #include "apps/render/CallerText.h"
 #include "apps/render/Report.h"
+#include "apps/render/SunOptions.h"
 
 #include <CLI/CLI.hpp>
 
@@ -54,6 +55,7 @@ struct Texts
     Host::LineSettings lineLook;
     bool noCull = false;
     std::optional<std::string> pick;
+    SunTexts sun;
 };
 
 struct NamedAntialiasing
@@ -534,6 +536,7 @@ void Define(CLI::App& app, Options& options, Texts& texts, bool& listFormats)
     DefineScreenOptions(app, options, texts);
     DefineShadowOptions(app, texts);
     DefineLineOptions(app, texts);
+    DefineSunOptions(app, texts.sun);
     DefineSheetOptions(app, options);
     DefineMeasuringOptions(app, options, texts);
     app.footer("The view is from the front, the right and above unless told otherwise.\n"
@@ -585,6 +588,7 @@ void Interpret(const Texts& texts, Options& options)
     InterpretSurfaces(texts, options.settings);
     InterpretEdges(texts, options);
     InterpretShadows(texts, options);
+    InterpretSun(texts.sun, options);
     if (texts.lines)
     {
         CheckLineLook(texts.lineLook);

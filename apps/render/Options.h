@@ -16,6 +16,13 @@ struct PickedPixel
     int y = 0;
 };
 
+/// A study of a day's sun.
+struct SunStudyRequest
+{
+    std::string times; ///< as Host::SunStudyTimes reads them
+    std::string hours; ///< "ground" or a node for a map of them; empty for a sheet of pictures
+};
+
 /// What the command line asks for.
 struct Options
 {
@@ -26,6 +33,7 @@ struct Options
     int height = 720;
     Host::PresentationSettings settings;
 
+    std::optional<SunStudyRequest> study;
     std::optional<PickedPixel> pick;
     bool stats = false;
     int frames = 1;

@@ -1,17 +1,21 @@
 #include "apps/render/RenderJob.h"
 
 #include "apps/render/FileChecks.h"
+#include "apps/render/GLCalls.h"
 #include "apps/render/PictureMemory.h"
 #include "apps/render/ProgressBar.h"
 #include "apps/render/Report.h"
 #include "apps/render/Stopwatch.h"
+#include "apps/render/StudyJob.h"
 #include "orvane_host/context/HeadlessContext.h"
 #include "orvane_host/import/ModelImporter.h"
 #include "orvane_host/import/NodePath.h"
 #include "orvane_host/output/WritePNG.h"
 #include "orvane_host/present/Presentation.h"
+#include "orvane_host/present/SunHoursMap.h"
 #include "orvane/scene/Scene.h"
 
+#include <optional>
 #include <utility>
 
 namespace OV::RenderApp
@@ -38,6 +42,11 @@ void RenderJob::Run()
     Load();
     MakeFramebuffer();
     Present();
+    if (m_options.study && m_options.study->hours.empty())
+    {
+        WriteStudySheet(m_options, *m_presentation);
+        return;
+    }
     Draw();
     Pick();
     Write();
@@ -107,9 +116,21 @@ void RenderJob::Present()
     Require(edit.empty() || m_presentation->FindNode(edit), m_options.model,
             "there is no node '" + edit + "' for --edit; some that there are: "
                 + Host::SomeNodeNames(m_presentation->GetNodes()));
+    const std::optional<Host::SunSettings>& sun = m_options.settings.sun;
+    Require(!sun || sun->direction || sun->place || m_presentation->GetReport().place, m_options.model,
+            "it tells no place for the sun; name one by --place LAT,LON");
     std::string error;
     Require(m_presentation->Apply(m_options.settings, error), SubjectOf(m_options), error);
     m_presentation->Resize(m_options.width, m_options.height);
+    if (m_options.study && !m_options.study->hours.empty())
+    {
+        m_map = std::make_unique<Host::SunHoursMap>(*m_presentation);
+        ShowStudyMap(m_options, *m_presentation, *m_map);
+    }
+    else if (!m_options.study && !m_presentation->GetSun().note.empty())
+    {
+        PrintLine(m_options.model + ": " + m_presentation->GetSun().note);
+    }
 }
 
 void RenderJob::Draw()
@@ -130,7 +151,17 @@ void RenderJob::Draw()
             m_gl->Finish();
             m_stats.pack = watch.Milliseconds();
         }
+        std::optional<GLCallCounter> calls;
+        if (m_options.stats && frame + 1 == m_options.frames)
+        {
+            calls.emplace();
+        }
         m_presentation->Draw(m_options.width, m_options.height);
+        if (calls)
+        {
+            m_stats.calls = calls->GetCounts();
+            calls.reset();
+        }
         m_gl->Finish();
         m_stats.frames.push_back(watch.Milliseconds());
     }

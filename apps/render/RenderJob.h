@@ -11,6 +11,7 @@ namespace OV::Host
 
 class HeadlessContext;
 class Presentation;
+class SunHoursMap;
 
 } // namespace OV::Host
 
@@ -50,6 +51,7 @@ private:
     // Whatever holds GL objects goes before the context does.
     std::unique_ptr<Host::HeadlessContext> m_gl;
     std::unique_ptr<Host::Presentation> m_presentation;
+    std::unique_ptr<Host::SunHoursMap> m_map; ///< null without one
 };
 
 } // namespace OV::RenderApp

@@ -44,6 +44,11 @@ void Stats::AddTo(nlohmann::ordered_json& json) const
     json["drawn_triangles"] = presented.drawn.drawnTriangles;
     json["buffers"] = presented.drawn.buffers;
     json["bytes"] = presented.drawn.bytes;
+    nlohmann::ordered_json& kinds = json["gl_calls"];
+    for (std::size_t kind = 0; kind < GLCallKindCount; ++kind)
+    {
+        kinds[GLCallKindNames[kind]] = calls[kind];
+    }
     json["width"] = width;
     json["height"] = height;
     json["samples"] = samples;

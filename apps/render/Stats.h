@@ -1,5 +1,6 @@
 #pragma once
 
+#include "apps/render/GLCalls.h"
 #include "orvane_host/present/Presentation.h"
 
 #include <nlohmann/json_fwd.hpp>
@@ -19,6 +20,7 @@ struct Stats
     std::vector<double> frames;
 
     Host::PresentationStatistics presented;
+    GLCallCounts calls = {}; ///< of the last frame
 
     int width = 0;
     int height = 0;

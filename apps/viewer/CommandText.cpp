@@ -163,7 +163,35 @@ void AddLines(Builder& command, const Host::LineSettings& lines)
     command.Add("--line-offset", TextOf(lines.offset));
 }
 
-void AddSheet(Builder& command, const Host::SheetSettings& sheet, bool hasSky)
+void AddSun(Builder& command, const Host::PresentationSettings& settings)
+{
+    const Host::SunSettings& sun = *settings.sun;
+    if (sun.direction)
+    {
+        command.Add("--sun", TextOf(*sun.direction));
+        return;
+    }
+    command.Add("--sun", sun.time);
+    if (sun.place)
+    {
+        command.Add("--place", TextOf({sun.place->latitude, sun.place->longitude}));
+    }
+    // One option is north for both, and the arrow follows the sun's.
+    if (sun.north)
+    {
+        command.Add("--north", TextOf(*sun.north));
+        if (!settings.sheet.north)
+        {
+            command.LeaveOut("there is no north arrow");
+        }
+    }
+    else if (settings.sheet.north)
+    {
+        command.LeaveOut("there is a north arrow");
+    }
+}
+
+void AddSheet(Builder& command, const Host::SheetSettings& sheet, bool hasSky, bool isNorthTold)
 {
     if (!sheet.title.empty())
     {
@@ -173,7 +201,7 @@ void AddSheet(Builder& command, const Host::SheetSettings& sheet, bool hasSky)
     {
         command.Add("--scale-bar");
     }
-    if (sheet.north)
+    if (sheet.north && !isNorthTold)
     {
         command.Add("--north", TextOf(*sheet.north));
     }
@@ -183,7 +211,7 @@ void AddSheet(Builder& command, const Host::SheetSettings& sheet, bool hasSky)
     }
 }
 
-void AddShadows(RenderCommand& command, const Host::PresentationSettings& settings)
+void AddShadows(Builder& command, const Host::PresentationSettings& settings)
 {
     if (settings.shadows)
     {
@@ -290,7 +318,11 @@ RenderCommand MakeRenderCommand(const Host::PresentationSettings& settings, cons
     {
         AddLines(builder, *settings.lines);
     }
-    AddSheet(builder, settings.sheet, settings.sky);
+    if (settings.sun)
+    {
+        AddSun(builder, settings);
+    }
+    AddSheet(builder, settings.sheet, settings.sky, settings.sun && !settings.sun->direction);
     return command;
 }
 

@@ -1,9 +1,12 @@
 #include "apps/viewer/SettingsPanel.h"
 
+#include "orvane_host/view/ZonedTime.h"
+
 #include <imgui.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <iterator>
 #include <string>
@@ -299,6 +302,91 @@ bool EditShadows(Settings& settings)
     return changed;
 }
 
+bool EditPlace(std::optional<Host::GeoPlace>& place)
+{
+    const auto edit = [](Host::GeoPlace& edited)
+    {
+        const bool changed = EditSlider("Latitude", edited.latitude, -90.0f, 90.0f, "%.2f deg N");
+        return EditSlider("Longitude", edited.longitude, -180.0f, 180.0f, "%.2f deg E") || changed;
+    };
+    return EditOptional("Place, else the file's", place, Host::GeoPlace{52.52f, 13.4f}, edit);
+}
+
+bool EditSunTime(Host::SunSettings& sun)
+{
+    char time[64];
+    std::snprintf(time, sizeof(time), "%s", sun.time.c_str());
+    bool changed = false;
+    // A time that is half typed is none yet.
+    if (ImGui::InputTextWithHint("Time", "2026-06-21T15:00+02:00, Enter", time, sizeof(time),
+                                 ImGuiInputTextFlags_EnterReturnsTrue))
+    {
+        sun.time = time;
+        changed = true;
+    }
+    std::string error;
+    if (std::optional<Host::ZonedTime> at = Host::ZonedTime::Parse(sun.time, error))
+    {
+        constexpr std::int64_t day = 86400;
+        const std::int64_t local = at->seconds + at->offset * 60;
+        const std::int64_t midnight = local - ((local % day) + day) % day;
+        auto hour = static_cast<float>(local - midnight) / 3600.0f;
+        if (EditSlider("Hour", hour, 0.0f, 23.98f, "%.2f h"))
+        {
+            // To the minute.
+            at->seconds = midnight - at->offset * 60 + 60 * std::lround(hour * 60.0f);
+            sun.time = at->Text();
+            changed = true;
+        }
+    }
+    return changed;
+}
+
+bool EditSun(std::optional<Host::SunSettings>& sun, const Host::SunState& state)
+{
+    Host::SunSettings usual;
+    usual.direction = Vector(0.5f, 1.0f, 0.3f);
+    usual.time = "2026-06-21T12:00Z";
+    const auto edit = [](Host::SunSettings& edited)
+    {
+        int way = edited.direction ? 0 : 1;
+        bool changed = ImGui::RadioButton("Direction", &way, 0);
+        ImGui::SameLine();
+        changed = ImGui::RadioButton("Time and place", &way, 1) || changed;
+        if (changed)
+        {
+            edited.direction = way == 0 ? std::optional<Vector>(Vector(0.5f, 1.0f, 0.3f)) : std::nullopt;
+            // The file may tell none.
+            edited.place = edited.place.value_or(Host::GeoPlace{52.52f, 13.4f});
+        }
+        if (edited.direction)
+        {
+            Vector direction = *edited.direction;
+            if (EditVector("To the sun", direction, 0.01f) && direction.Magnitude() > 0.0f)
+            {
+                edited.direction = direction;
+                changed = true;
+            }
+            return changed;
+        }
+        changed = EditSunTime(edited) || changed;
+        changed = EditPlace(edited.place) || changed;
+        return EditOptional("North, else the file's", edited.north, 0.0f, [](float& north)
+                            { return EditSlider("Clockwise of -Z", north, -180.0f, 180.0f, "%.0f deg"); })
+            || changed;
+    };
+    const bool changed = EditOptional("Sun", sun, usual, edit);
+    if (sun && state.position)
+    {
+        ImGui::TextWrapped("Azimuth %.1f, elevation %.1f deg", state.position->azimuth, state.position->elevation);
+    }
+    if (!state.note.empty())
+    {
+        ImGui::TextWrapped("%s", state.note.c_str());
+    }
+    return changed;
+}
+
 bool EditSheet(Host::SheetSettings& sheet)
 {
     bool changed = EditText<512>("Title", sheet.title);
@@ -320,7 +408,7 @@ bool EditSheet(Host::SheetSettings& sheet)
 
 } // namespace
 
-bool EditSettings(Settings& settings, const Box& box)
+bool EditSettings(Settings& settings, const Box& box, const Host::SunState& sun)
 {
     bool changed = false;
     ImGui::PushItemWidth(ImGui::GetContentRegionAvail().x * 0.52f);
@@ -331,6 +419,7 @@ bool EditSettings(Settings& settings, const Box& box)
     changed = (group("Section", true) && EditSection(settings.section, box)) || changed;
     changed = (group("Surroundings", true) && EditSurroundings(settings, box)) || changed;
     changed = (group("Shadows", false) && EditShadows(settings)) || changed;
+    changed = (group("Sun", false) && EditSun(settings.sun, sun)) || changed;
     changed = (group("View", false) && EditView(settings.view, box)) || changed;
     changed = (group("Picture", false) && EditPicture(settings)) || changed;
     changed = (group("Sheet", false) && EditSheet(settings.sheet)) || changed;

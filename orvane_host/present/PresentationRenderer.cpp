@@ -40,6 +40,20 @@ GLint Query(GLenum name)
     return value;
 }
 
+/// Marks that something lasts, for the length of a scope.
+class MarkScope
+{
+public:
+    explicit MarkScope(bool& mark) : m_mark(mark) { m_mark = true; }
+    ~MarkScope() { m_mark = false; }
+
+    MarkScope(const MarkScope&) = delete;
+    MarkScope& operator=(const MarkScope&) = delete;
+
+private:
+    bool& m_mark;
+};
+
 /// Frees the units in which stages left textures.
 void ReleaseTextures(const PresentationFrame& frame)
 {
@@ -102,7 +116,7 @@ PresentationRenderer::Step PresentationRenderer::StepOf(StageSlot slot)
 
 PresentationStage* PresentationRenderer::AddStage(std::unique_ptr<PresentationStage> stage, StageSlot slot)
 {
-    if (!stage)
+    if (!stage || m_drawing)
     {
         return nullptr;
     }
@@ -120,7 +134,7 @@ std::unique_ptr<PresentationStage> PresentationRenderer::RemoveStage(const Prese
     const auto found = std::find_if(m_stages.begin(), m_stages.end(), [&](const Entry& entry) {
         return entry.stage.get() == stage && isOutside(entry.step);
     });
-    if (found == m_stages.end())
+    if (found == m_stages.end() || m_drawing)
     {
         return nullptr;
     }
@@ -287,6 +301,7 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
     {
         return;
     }
+    const MarkScope drawing(m_drawing);
     PresentationFrame frame = BeginFrame(scene, camera, *cameraData, m_lister->GetItems());
     frame.target = TargetSize();
     cameraData->UpdateMVP(frame.view.width, frame.view.height, false);
@@ -397,6 +412,7 @@ void PresentationRenderer::DrawSurfaces(Scene& scene, CameraNode& camera, Materi
     {
         return;
     }
+    const MarkScope drawing(m_drawing);
     PresentationFrame frame = BeginFrame(scene, camera, *cameraData, m_lister->GetItems());
     cameraData->UpdateMVP(frame.view.width, frame.view.height, false);
     Detail::DrawIdKeeper drawIds(scene);

@@ -138,12 +138,13 @@ public:
     /// Everything has its colour again.
     void LeaveEdit();
 
-    /// Draws a stage in every frame from the next one on. Not while a frame is drawn.
-    /// @return the stage, which the renderer owns until it is removed; null for null.
+    /// Draws a stage in every frame from the next one on.
+    /// @return the stage, which the renderer owns until it is removed; null for null, and while a
+    ///         frame is drawn, which deletes the stage that was handed over.
     PresentationStage* AddStage(std::unique_ptr<PresentationStage> stage, StageSlot slot);
 
-    /// Gives a stage back that AddStage took, without GL objects. Not while a frame is drawn. GL.
-    /// @return null, with nothing changed, if there is no such stage.
+    /// Gives a stage back that AddStage took, without GL objects. GL.
+    /// @return null, with nothing changed, if there is no such stage, and while a frame is drawn.
     std::unique_ptr<PresentationStage> RemoveStage(const PresentationStage* stage);
 
     /// Draws the surfaces of a scene with one effect in place of theirs, in the order of a frame,
@@ -209,6 +210,7 @@ private:
     Detail::OcclusionStage* m_occlusion = nullptr;
     Detail::EdgeStage* m_edges = nullptr;
 
+    bool m_drawing = false;   ///< a scene, whose stages are not to change meanwhile
     bool m_capturing = false; ///< from BeginCapture to ApplyCapture, where there are buffers
     std::optional<float> m_layerRatio;
     float m_plainRatio = 1.0f;  ///< the device pixel ratio before supersampling raised it

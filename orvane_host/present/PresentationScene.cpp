@@ -4,6 +4,7 @@
 #include "orvane_host/present/detail/SectionPlanes.h"
 #include "orvane_host/present/detail/ShownPoints.h"
 #include "orvane_host/present/detail/SunState.h"
+#include "orvane_host/present/detail/TreeWalk.h"
 #include "orvane/overlay/Scene2D.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/LightNode.h"
@@ -460,25 +461,20 @@ void Presentation::Impl::UpdateHighlights()
     Detail::HighlightRenderer::Colors colors;
     if (!m_highlights.empty())
     {
-        CollectHighlights(*World().GetRoot(), nullptr, colors);
+        const Color* const none = nullptr;
+        Detail::WalkTree(*World().GetRoot(), none, [&](Node& node, const Color* color) {
+            const auto own = m_highlights.find(&node);
+            color = own == m_highlights.end() ? color : &own->second;
+            auto* const meshNode = dynamic_cast<MeshNode*>(&node);
+            if (color && meshNode)
+            {
+                colors.emplace_back(meshNode, *color);
+            }
+            return color;
+        });
     }
     renderer->SetHighlights(std::move(colors));
     m_isPictureChanged = true;
-}
-
-void Presentation::Impl::CollectHighlights(Node& node, const Color* color, Detail::HighlightRenderer::Colors& colors) const
-{
-    const auto own = m_highlights.find(&node);
-    color = own == m_highlights.end() ? color : &own->second;
-    auto* const meshNode = dynamic_cast<MeshNode*>(&node);
-    if (color && meshNode)
-    {
-        colors.emplace_back(meshNode, *color);
-    }
-    for (Node* child : node.GetChildren())
-    {
-        CollectHighlights(*child, color, colors);
-    }
 }
 
 bool Presentation::Impl::IsOfModel(const Mesh& mesh) const

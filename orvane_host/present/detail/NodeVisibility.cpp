@@ -1,5 +1,6 @@
 #include "orvane_host/present/detail/NodeVisibility.h"
 
+#include "orvane_host/present/detail/TreeWalk.h"
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/Scene.h"
 
@@ -12,14 +13,12 @@ namespace OV::Host::Detail
 namespace
 {
 
-void CollectNodes(const Node& node, std::set<const Node*>& nodes)
+/// What the nodes above make of a node.
+struct Inherited
 {
-    nodes.insert(&node);
-    for (const Node* child : node.GetChildren())
-    {
-        CollectNodes(*child, nodes);
-    }
-}
+    bool isHidden = false;
+    bool isIsolated = false;
+};
 
 } // namespace
 
@@ -62,7 +61,10 @@ bool NodeVisibility::IsShownByScene(const MeshNode& node) const
 void NodeVisibility::Refresh()
 {
     std::set<const Node*> nodes;
-    CollectNodes(*m_scene.GetRoot(), nodes);
+    WalkTree(*m_scene.GetRoot(), 0, [&nodes](Node& node, int state) {
+        nodes.insert(&node);
+        return state;
+    });
     for (auto node = m_hidden.begin(); node != m_hidden.end();)
     {
         node = nodes.count(*node) != 0 ? std::next(node) : m_hidden.erase(node);
@@ -74,33 +76,26 @@ void NodeVisibility::Refresh()
 void NodeVisibility::Apply()
 {
     std::unordered_map<const MeshNode*, bool> hidden;
-    Walk(*m_scene.GetRoot(), false, m_isolated == nullptr, hidden);
+    WalkTree(*m_scene.GetRoot(), Inherited{false, m_isolated == nullptr}, [&](Node& node, Inherited state) {
+        state.isHidden = state.isHidden || m_hidden.count(&node) != 0;
+        state.isIsolated = state.isIsolated || &node == m_isolated;
+        if (auto* const meshNode = dynamic_cast<MeshNode*>(&node))
+        {
+            const bool hiddenByScene = !IsShownByScene(*meshNode);
+            if (state.isHidden || !state.isIsolated)
+            {
+                hidden[meshNode] = hiddenByScene;
+                meshNode->SetFlags(NodeFlagHidden, false);
+            }
+            else if (!hiddenByScene)
+            {
+                meshNode->ClearFlags(NodeFlagHidden, false);
+            }
+        }
+        return state;
+    });
     m_applied = std::move(hidden);
     m_scene.MarkDirty();
-}
-
-void NodeVisibility::Walk(Node& node, bool isHidden, bool isIsolated,
-                          std::unordered_map<const MeshNode*, bool>& hidden)
-{
-    isHidden = isHidden || m_hidden.count(&node) != 0;
-    isIsolated = isIsolated || &node == m_isolated;
-    if (auto* const meshNode = dynamic_cast<MeshNode*>(&node))
-    {
-        const bool hiddenByScene = !IsShownByScene(*meshNode);
-        if (isHidden || !isIsolated)
-        {
-            hidden[meshNode] = hiddenByScene;
-            meshNode->SetFlags(NodeFlagHidden, false);
-        }
-        else if (!hiddenByScene)
-        {
-            meshNode->ClearFlags(NodeFlagHidden, false);
-        }
-    }
-    for (Node* child : node.GetChildren())
-    {
-        Walk(*child, isHidden, isIsolated, hidden);
-    }
 }
 
 } // namespace OV::Host::Detail

@@ -39,7 +39,6 @@ public:
 
 private:
     void Apply();
-    void Walk(Node& node, bool isHidden, bool isIsolated, std::unordered_map<const MeshNode*, bool>& hidden);
 
     Scene& m_scene;
     std::set<const Node*> m_hidden;

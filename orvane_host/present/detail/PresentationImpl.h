@@ -117,7 +117,6 @@ private:
     void ReachShadows();
     void UpdateEdit();
     void UpdateHighlights();
-    void CollectHighlights(Node& node, const Color* color, Detail::HighlightRenderer::Colors& colors) const;
     std::vector<const Node*> AllNodes() const;
     bool IsOfModel(const Mesh& mesh) const;
     Vector MiddleOfModel() const;

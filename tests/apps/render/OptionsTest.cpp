@@ -21,6 +21,7 @@ const std::vector<std::string> Known = {
     "--line-width", "--line-color", "--dash",      "--line-offset", "--title",        "--scale-bar",  "--north",
     "--watermark",  "--pick",    "--stats",        "--frames",     "--shadows",       "--sun-width",  "--shadow-darkness",
     "--clipped-casts",
+    "--sun",        "--place",   "--sun-study",    "--sun-hours",
 };
 
 std::string Help()

@@ -40,6 +40,27 @@ TEST_F(RenderStats, ACubeOfSixMaterialsIsCountedExactly)
     EXPECT_LE(stats.at("bytes").get<int>(), 6 * (4 * 64 + 6 * 2));
 }
 
+TEST_F(RenderStats, GLCallsAreCountedByKind)
+{
+    const auto callsOf = [this](const std::vector<std::string>& options) {
+        std::vector<std::string> all{"--size", "64x48", "--frames", "3"};
+        all.insert(all.end(), options.begin(), options.end());
+        return Stats(WriteCube(), all);
+    };
+    const json stats = callsOf({});
+    const json& calls = stats.at("gl_calls");
+    EXPECT_EQ(calls.size(), 9u);
+    EXPECT_EQ(calls.at("draw"), stats.at("draws"));
+    EXPECT_EQ(calls.at("program"), 12) << "each of six materials takes one and gives it back";
+    EXPECT_EQ(calls.at("buffer"), 2) << "all lies in one";
+    EXPECT_GT(calls.at("uniform").get<int>(), 0);
+    EXPECT_EQ(calls.at("framebuffer"), 0) << "the host's own stays bound";
+    const json edges = callsOf({"--edges"}).at("gl_calls");
+    EXPECT_EQ(edges.at("draw").get<int>(), 2 * calls.at("draw").get<int>() + 1) << "identifiers, and the screen";
+    const json again = callsOf({}).at("gl_calls");
+    EXPECT_EQ(again, calls);
+}
+
 TEST_F(RenderStats, TheSkyIsCountedWhereItIsDrawn)
 {
     const json plain = Stats(WriteCube(), {"--size", "64x48"});

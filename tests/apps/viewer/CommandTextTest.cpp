@@ -56,6 +56,35 @@ TEST(CommandText, LeavesOutWhatDoesNotCount)
     }
 }
 
+TEST(CommandText, TellsTheSunAndOneNorth)
+{
+    Host::PresentationSettings settings;
+    settings.sheet.north = 10.0f;
+    settings.sun.emplace().direction = Vector(1.0f, 2.0f, 3.0f);
+    RenderCommand command = MakeRenderCommand(settings, "a.obj", 1, 1, "out.png");
+    EXPECT_THAT(command.arguments, Contains("--sun=1,2,3"));
+    EXPECT_THAT(command.arguments, Contains("--north=10"));
+    EXPECT_TRUE(command.leftOut.empty());
+    settings.sun->direction.reset();
+    settings.sun->time = "2026-06-21T15:00+02:00";
+    settings.sun->place = Host::GeoPlace{52.52f, -13.4f};
+    settings.sun->north = 30.0f;
+    command = MakeRenderCommand(settings, "a.obj", 1, 1, "out.png");
+    EXPECT_THAT(command.arguments, Contains("--sun=2026-06-21T15:00+02:00"));
+    EXPECT_THAT(command.arguments, Contains("--place=52.52,-13.4"));
+    EXPECT_THAT(command.arguments, Contains("--north=30"));
+    EXPECT_THAT(command.arguments, Not(Contains("--north=10")));
+    EXPECT_TRUE(command.leftOut.empty());
+    settings.sheet.north.reset();
+    EXPECT_THAT(MakeRenderCommand(settings, "a.obj", 1, 1, "out.png").leftOut, ElementsAre("there is no north arrow"));
+    settings.sun->north.reset();
+    EXPECT_TRUE(MakeRenderCommand(settings, "a.obj", 1, 1, "out.png").leftOut.empty());
+    settings.sheet.north = 10.0f;
+    command = MakeRenderCommand(settings, "a.obj", 1, 1, "out.png");
+    EXPECT_THAT(command.leftOut, ElementsAre("there is a north arrow"));
+    EXPECT_THAT(command.arguments, Not(Contains("--north=10")));
+}
+
 TEST(CommandText, SaysWhatTheToolHasNoOptionFor)
 {
     Host::PresentationSettings settings;

@@ -167,6 +167,20 @@ TEST_F(AddedStages, DrawInTheirPlaces)
     ExpectSame(Draw(), plain, "without the stages");
 }
 
+TEST_F(AddedStages, NeitherComeNorGoWhileAFrameIsDrawn)
+{
+    AddedStage& stage = Add(StageSlot::AfterSurfaces);
+    stage.draw = [&](PresentationFrame&) {
+        EXPECT_FALSE(renderer->AddStage(std::make_unique<AddedStage>(record), StageSlot::OverPicture));
+        EXPECT_FALSE(renderer->RemoveStage(&stage));
+    };
+    Draw();
+    EXPECT_EQ(record->drawn, 1);
+    EXPECT_EQ(record->destroyed, 1) << "the one that was refused";
+    EXPECT_EQ(record->released, 0);
+    EXPECT_EQ(renderer->RemoveStage(&stage).get(), &stage) << "between frames";
+}
+
 TEST_F(AddedStages, OfOnePlaceDrawInTheOrderInWhichTheyWereAdded)
 {
     std::string order;

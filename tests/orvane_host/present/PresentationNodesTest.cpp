@@ -160,6 +160,30 @@ TEST_F(PresentationNodes, AHighlightIsAColourOverTheNodeInEveryLookAndIsTakenBac
     }
 }
 
+TEST_F(PresentationNodes, OfATreeThatIsDeeperThanTheStackAreHiddenAndHighlightedToo)
+{
+    NamedScene boxes = MakeBoxes();
+    Node* const top = boxes.nodes[0].node;
+    Node* deepest = top;
+    for (int level = 0; level < 200000; ++level)
+    {
+        auto* const child = new Node(boxes.scene.get());
+        deepest->AddChild(child, false);
+        deepest = child;
+    }
+    presentation = std::make_unique<Host::Presentation>(std::move(boxes.scene), std::move(boxes.nodes));
+    const Picture whole = Draw(*presentation);
+    EXPECT_TRUE(presentation->Highlight("house", Color(1.0f, 0.0f, 0.0f)));
+    EXPECT_FALSE(Draw(*presentation) == whole);
+    EXPECT_TRUE(presentation->Hide("house"));
+    EXPECT_EQ(Seen(), Names{});
+    EXPECT_TRUE(presentation->Isolate("left"));
+    presentation->Refresh();
+    presentation->ShowAll();
+    presentation->ClearHighlights();
+    ExpectSame(Draw(*presentation), whole, "all taken back");
+}
+
 TEST_F(PresentationNodes, AHighlightCoversJustWhatTheNodeShows)
 {
     UseFramebuffer(SmallWidth, SmallHeight);

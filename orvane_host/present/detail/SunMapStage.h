@@ -1,0 +1,45 @@
+#pragma once
+
+#include "orvane_host/present/PresentationStage.h"
+#include "orvane/math/Vector.h"
+#include "orvane/renderdata/RenderItemES20.h"
+
+#include <memory>
+#include <vector>
+
+namespace OV
+{
+
+class Scene;
+
+} // namespace OV
+
+namespace OV::Host::Detail
+{
+
+/// A flat piece of a map in one colour, in world space: three corners, or four in a row about it.
+struct SunMapCell
+{
+    Vector corners[4];
+    int count = 4;
+    float value = 0.0f; ///< 0 to 1
+};
+
+/// Draws a map in the colours of scalar materials, unlit, over the surfaces.
+class SunMapStage : public PresentationStage
+{
+public:
+    explicit SunMapStage(const std::vector<SunMapCell>& cells);
+    ~SunMapStage() override;
+
+    void Draw(PresentationFrame& frame) override;
+    void ReleaseGL() override;
+
+private:
+    void AddMesh(const SunMapCell* cells, std::size_t count);
+
+    std::unique_ptr<Scene> m_scene; ///< of the map alone
+    std::vector<RenderItemES20> m_items;
+};
+
+} // namespace OV::Host::Detail
