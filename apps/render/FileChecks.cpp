@@ -3,6 +3,7 @@
 #include "apps/render/Options.h"
 #include "apps/render/Report.h"
 #include "orvane_host/output/WritePNG.h"
+#include "orvane_host/present/Surroundings.h"
 #include "orvane_host/sheet/Watermark.h"
 
 #include <sys/stat.h>
@@ -27,6 +28,8 @@ void CheckOutput(const Options& options)
             "the picture would replace the model; name another file with -o");
     Require(!IsSameFile(options.settings.sheet.watermark, options.output), options.output,
             "the picture would replace the watermark; name another file with -o");
+    Require(!IsSameFile(options.settings.surroundings, options.output), options.output,
+            "the picture would replace the surroundings; name another file with -o");
     std::string error;
     Require(Host::CanWritePNG(options.output, error), options.output, error);
 }
@@ -45,6 +48,10 @@ void CheckFiles(const Options& options)
     const std::string& watermark = options.settings.sheet.watermark;
     std::string error;
     Require(watermark.empty() || Host::Watermark::Read(watermark, error), watermark, error);
+    const std::string& surroundings = options.settings.surroundings;
+    Require(surroundings.empty() || surroundings == "sky"
+                || Host::Surroundings::Read(surroundings, options.settings.view.upAxis, error),
+            surroundings, error);
 }
 
 } // namespace OV::RenderApp

@@ -41,6 +41,7 @@ struct Texts
     std::optional<std::string> antialiasing;
     std::string background = "FFFFFF";
     std::optional<std::string> fog;
+    std::optional<std::string> ground;
     std::optional<float> edges;
     std::optional<std::string> shadows;
     Host::ShadowSettings shadowLook;
@@ -174,6 +175,24 @@ Host::FogRange ParseFog(const std::string& text)
     return {range[0], range[1]};
 }
 
+Host::GroundSettings ParseGround(const std::string& text)
+{
+    Host::GroundSettings ground;
+    if (text == "shadow")
+    {
+        ground.kind = Host::GroundKind::ShadowCatcher;
+        return ground;
+    }
+    const std::string digits = text.substr(text.rfind('#', 0) == 0 ? 1 : 0);
+    const auto value = ParseNumber<unsigned int>(digits, 16);
+    if (!value || digits.size() != 6)
+    {
+        throw Bad("--ground", text, "shadow or a colour #RRGGBB of six hexadecimal digits");
+    }
+    ground.color = ParseColor("--ground", digits);
+    return ground;
+}
+
 void DefineGeneralOptions(CLI::App& app, Options& options, bool& listFormats)
 {
     app.set_help_flag("-h,--help", "Show this text and leave");
@@ -203,6 +222,14 @@ void DefinePictureOptions(CLI::App& app, Options& options, Texts& texts)
     app.add_option("--fog", texts.fog, "Fade out between two distances from the eye, in units\n"
                                        "of the model")
         ->option_text("START,END")->group(group);
+    app.add_option("--surroundings", options.settings.surroundings, "What smooth surfaces reflect: sky, a PNG or JPEG file in\n"
+                                                                    "all directions (twice as wide as high), or six sides of\n"
+                                                                    "a cube: a star in the name stands for px, nx and so on;\n"
+                                                                    "advanced and phong only")
+        ->option_text("FILE|sky")->group(group);
+    app.add_option("--ground", texts.ground, "Draw a ground under the model: a colour that fades into\n"
+                                             "the horizon, or shadow for shadows alone")
+        ->option_text("shadow|#RRGGBB")->group(group);
     app.add_flag("--no-cull", texts.noCull, "Draw the back of every face too")->group(group);
 }
 
@@ -583,6 +610,10 @@ void Interpret(const Texts& texts, Options& options)
     if (texts.fog)
     {
         options.settings.fog = ParseFog(*texts.fog);
+    }
+    if (texts.ground)
+    {
+        options.settings.ground = ParseGround(*texts.ground);
     }
     InterpretAntialiasing(texts, options);
     InterpretSurfaces(texts, options.settings);

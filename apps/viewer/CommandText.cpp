@@ -233,6 +233,30 @@ void AddShadows(Builder& command, const Host::PresentationSettings& settings)
     }
 }
 
+void AddSurroundings(Builder& command, const Host::PresentationSettings& settings)
+{
+    if (!settings.surroundings.empty())
+    {
+        command.Add("--surroundings", settings.surroundings);
+    }
+    if (!settings.ground)
+    {
+        return;
+    }
+    if (settings.ground->kind == Host::GroundKind::ShadowCatcher)
+    {
+        command.Add("--ground", "shadow");
+    }
+    else
+    {
+        command.AddColor("--ground", settings.ground->color);
+    }
+    if (settings.ground->height)
+    {
+        command.LeaveOut("the ground is as low as the model");
+    }
+}
+
 void AddSurfaces(Builder& command, const Host::PresentationSettings& settings)
 {
     command.Add("--look", Host::NameOfLook(settings.look));
@@ -314,6 +338,7 @@ RenderCommand MakeRenderCommand(const Host::PresentationSettings& settings, cons
     {
         builder.Add("--fog", TextOf({settings.fog->start, settings.fog->end}));
     }
+    AddSurroundings(builder, settings);
     if (settings.lines)
     {
         AddLines(builder, *settings.lines);

@@ -223,11 +223,42 @@ bool EditSection(Host::SectionSettings& section, const Box& box)
     return EditColor("Outline color", section.outlineColor) || changed;
 }
 
+bool EditReflected(std::string& surroundings)
+{
+    bool reflectsSky = surroundings == "sky";
+    bool changed = ImGui::Checkbox("Smooth things reflect a sky", &reflectsSky);
+    if (changed)
+    {
+        surroundings = reflectsSky ? "sky" : "";
+    }
+    char name[512];
+    std::snprintf(name, sizeof(name), "%s", reflectsSky ? "" : surroundings.c_str());
+    // A name that is half typed is no file yet.
+    if (ImGui::InputTextWithHint("Reflected", "PNG or JPEG, Enter", name, sizeof(name),
+                                 ImGuiInputTextFlags_EnterReturnsTrue))
+    {
+        surroundings = name;
+        changed = true;
+    }
+    return changed;
+}
+
 bool EditSurroundings(Settings& settings, const Box& box)
 {
     const float extent = ExtentOf(box);
     bool changed = EditColor("Background", settings.background);
     changed = ImGui::Checkbox("Sky", &settings.sky) || changed;
+    changed = EditReflected(settings.surroundings) || changed;
+    changed = EditOptional("Ground", settings.ground, Host::GroundSettings(),
+                           [&](Host::GroundSettings& ground)
+                           {
+                               bool edited = Choose("Shows", ground.kind, {"Shadows alone", "Color"});
+                               edited = (ground.kind == Host::GroundKind::Plain && EditColor("Color", ground.color)) || edited;
+                               return EditOptional("Height of its own", ground.height, box.low.y, [&](float& height)
+                                                   { return ImGui::DragFloat("Height", &height, extent * 1e-3f, 0.0f, 0.0f, "%.4g"); })
+                                   || edited;
+                           })
+        || changed;
     const Host::FogRange usual{extent, extent * 3.0f};
     changed = EditOptional("Fog", settings.fog, usual,
                            [&](Host::FogRange& fog)

@@ -87,7 +87,8 @@ std::uint64_t AdvancedMaterialBaseES20::OptionsOf(MaterialES20* data) const
            OptionIf(passFlag, AdvancedOptionAmbient) |
            OptionIf(data->GetOpacityMapID() != 0, AdvancedOptionCutout) |
            OptionIf(ColorTexture(data) != 0, AdvancedOptionTexture) |
-           OptionIf(data->GetNormalMapID() != 0, AdvancedOptionNormalMap);
+           OptionIf(data->GetNormalMapID() != 0, AdvancedOptionNormalMap) |
+           (m_reflectsAtPixels ? OptionReflectAtPixels : std::uint64_t(0));
 }
 
 void AdvancedMaterialBaseES20::Apply(MaterialES20* data, CameraNodeES20* camera)
@@ -105,6 +106,10 @@ void AdvancedMaterialBaseES20::Apply(MaterialES20* data, CameraNodeES20* camera)
     Set(AdvancedUniformReflectionMap, static_cast<int>(UnitReflectionMap));
     Set(AdvancedUniformReflectionFactors,
         Vector(material->reflectionFactors[0], material->reflectionFactors[1], material->reflectionFactors[2]));
+    if (m_reflectsAtPixels)
+    {
+        Set(ReflectionTintUniform(), m_reflectionTint);
+    }
     blendEnabled = EnableBlendingIfNeeded(data);
     SetMaps(data);
     Set(AdvancedUniformCubeMatrix, cubeMatrix);

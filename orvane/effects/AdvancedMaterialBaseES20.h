@@ -2,6 +2,7 @@
 
 #include "orvane/Export.h"
 #include "orvane/effects/MaterialEffectES20.h"
+#include "orvane/math/Color.h"
 #include "orvane/math/Matrix3x3.h"
 
 #include <cstdint>
@@ -39,6 +40,17 @@ public:
     void SetReflectionMap(unsigned int texture)
     {
         reflectionMapId = texture;
+        m_reflectsAtPixels = false;
+    }
+
+    /// As SetReflectionMap, but the direction is worked out at every pixel, with a normal of unit
+    /// length, so that large flat faces and scaled nodes mirror rightly.
+    /// @param tint multiplies what is reflected straight on, and less the flatter the view.
+    void SetPixelReflection(unsigned int texture, const Color& tint)
+    {
+        reflectionMapId = texture;
+        m_reflectionTint = tint;
+        m_reflectsAtPixels = texture != 0;
     }
 
     /// True in the second, ambient pass. Set before Apply.
@@ -52,6 +64,9 @@ protected:
 
     /// The place of u_meshMonochrome in the model's uniform table.
     virtual int MeshMonochromeUniform() const = 0;
+
+    /// Likewise that of u_reflectionTint.
+    virtual int ReflectionTintUniform() const = 0;
 
     Path editPath;
     unsigned int reflectionMapId = 0;
@@ -78,6 +93,8 @@ private:
     void SetColors(Material* material);
     bool IsOutsideEdit(const Node& node) const;
 
+    bool m_reflectsAtPixels = false;
+    Color m_reflectionTint;
     bool m_reflectionBound = false; ///< a cube map is bound, from Apply to Remove
 };
 

@@ -13,10 +13,12 @@ namespace
 enum Uniform : int
 {
     UniformMeshMonochrome = Detail::AdvancedUniformCount,
+    UniformReflectionTint,
 };
 
 constexpr IndexedName kOwnUniforms[] = {
     {UniformMeshMonochrome, "u_meshMonochrome"},
+    {UniformReflectionTint, "u_reflectionTint"},
 };
 constexpr auto kUniforms = Detail::WithAdvancedUniforms(kOwnUniforms);
 static_assert(IsDense(kUniforms.rows));
@@ -44,6 +46,11 @@ void AdvancedMaterialEffectES20::SetModelUniforms() {}
 int AdvancedMaterialEffectES20::MeshMonochromeUniform() const
 {
     return UniformMeshMonochrome;
+}
+
+int AdvancedMaterialEffectES20::ReflectionTintUniform() const
+{
+    return UniformReflectionTint;
 }
 
 } // namespace OV

@@ -12,6 +12,10 @@ uniform vec4 u_specular;
 uniform MEDIUMP vec3 u_lightDir;    // world space, unit, towards the light
 uniform vec3 u_reflectionFactors;   // straight on, at a grazing angle, gloss
 uniform samplerCube u_reflectionMap;
+#ifdef REFLECT_AT_PIXELS
+uniform vec3 u_camera;              // world space
+uniform vec4 u_reflectionTint;      // of what is reflected straight on
+#endif
 uniform MEDIUMP mat3 u_cubeMatrix;  // its transpose carries world space to that of the cube map
 #ifdef TEXTURE
 uniform sampler2D u_texture0;
@@ -138,17 +142,28 @@ vec3 surfaceNormal()
 
 vec4 sampleReflection(vec3 normal)
 {
+#ifdef REFLECT_AT_PIXELS
+    // Directions of the vertices, of unit length, would bend what large faces reflect.
+    vec3 view = normalize(u_camera - v_world_position);
+    vec4 found = textureCube(u_reflectionMap, reflect(view, normal) * u_cubeMatrix);
+    return mix(vec4(1.0), u_reflectionTint, abs(dot(view, normal))) * found;
+#else
 #ifdef NORMALMAP
     return textureCube(u_reflectionMap, normalize(reflect(v_viewvector, normal) * u_cubeMatrix));
 #else
     return textureCube(u_reflectionMap, v_cubeMapLookup);
+#endif
 #endif
 }
 
 // How much the surface reflects: more, the flatter it is looked at.
 float reflectionShare(vec3 normal)
 {
+#ifdef REFLECT_AT_PIXELS
+    float rf = abs(dot(normalize(u_camera - v_world_position), normal));
+#else
     float rf = abs(dot(v_viewvector, normal));
+#endif
     return mix(u_reflectionFactors.y, u_reflectionFactors.x, rf);
 }
 
@@ -178,6 +193,16 @@ float lightOnSurface(vec3 normal)
 #endif
 }
 
+#ifdef REFLECT_AT_PIXELS
+// Glass hides what is behind it as far as it reflects; else the opacity would dim reflections.
+vec4 withReflection(vec3 surface, vec3 reflected, float share, float texelAlpha)
+{
+    float opacity = mix(u_color.a, 1.0, share);
+    vec3 color = (surface * u_color.a + reflected) / max(opacity, 0.001);
+    return vec4(clamp(color, minColor.rgb, maxColor.rgb), texelAlpha * opacity);
+}
+#endif
+
 vec4 shadedColor()
 {
 #ifdef AMBIENT
@@ -191,6 +216,10 @@ vec4 shadedColor()
     lightFactor *= share;
     vec4 spec = specularLight(adjustedNormal, brightness * share);
     float gloss = u_reflectionFactors.z;
+#ifdef REFLECT_AT_PIXELS
+    // The lamps are in the picture.
+    spec = vec4(0.0);
+#endif
     vec4 fspec = mix(spec, sampleReflection(adjustedNormal), gloss) * reflectionShare(adjustedNormal);
 
     float ambientLum = dot(u_ambient.rgb, lumcoeff);
@@ -202,10 +231,18 @@ vec4 shadedColor()
         discard;
     }
     vec4 ls = mix(ambient_color * s, u_color * s, lightFactor);
+#ifdef REFLECT_AT_PIXELS
+    return withReflection(ls.rgb, fspec.rgb, gloss * reflectionShare(adjustedNormal), s.a);
+#else
     return vec4(clamp(ls + fspec, minColor, maxColor).rgb, s.a * u_color.a);
+#endif
 #else
     vec4 ls = mix(ambient_color, u_color, lightFactor);
+#ifdef REFLECT_AT_PIXELS
+    return withReflection(ls.rgb, fspec.rgb, gloss * reflectionShare(adjustedNormal), 1.0);
+#else
     return vec4(clamp(ls + fspec, minColor, maxColor).rgb, u_color.a);
+#endif
 #endif
 }
 

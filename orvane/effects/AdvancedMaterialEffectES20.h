@@ -17,6 +17,7 @@ public:
 protected:
     void SetModelUniforms() override;
     int MeshMonochromeUniform() const override;
+    int ReflectionTintUniform() const override;
 };
 
 } // namespace OV

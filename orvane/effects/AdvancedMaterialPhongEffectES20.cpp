@@ -15,12 +15,14 @@ enum Uniform : int
     UniformIsShadow = Detail::AdvancedUniformCount,
     UniformSunShading,
     UniformMeshMonochrome,
+    UniformReflectionTint,
 };
 
 constexpr IndexedName kOwnUniforms[] = {
     {UniformIsShadow, "u_isShadow"},
     {UniformSunShading, "u_sunShading"},
     {UniformMeshMonochrome, "u_meshMonochrome"},
+    {UniformReflectionTint, "u_reflectionTint"},
 };
 constexpr auto kUniforms = Detail::WithAdvancedUniforms(kOwnUniforms);
 static_assert(IsDense(kUniforms.rows));
@@ -56,6 +58,11 @@ void AdvancedMaterialPhongEffectES20::SetModelUniforms()
 int AdvancedMaterialPhongEffectES20::MeshMonochromeUniform() const
 {
     return UniformMeshMonochrome;
+}
+
+int AdvancedMaterialPhongEffectES20::ReflectionTintUniform() const
+{
+    return UniformReflectionTint;
 }
 
 } // namespace OV

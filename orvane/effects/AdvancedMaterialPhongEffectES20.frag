@@ -12,6 +12,10 @@ uniform vec4 u_specular;
 uniform MEDIUMP vec3 u_lightDir;    // world space, unit, towards the light
 uniform vec3 u_reflectionFactors;   // straight on, at a grazing angle, gloss
 uniform samplerCube u_reflectionMap;
+#ifdef REFLECT_AT_PIXELS
+uniform vec3 u_camera;              // world space
+uniform vec4 u_reflectionTint;      // of what is reflected straight on
+#endif
 uniform MEDIUMP mat3 u_cubeMatrix;  // its transpose carries world space to that of the cube map
 #ifdef TEXTURE
 uniform sampler2D u_texture0;
@@ -143,17 +147,28 @@ vec3 surfaceNormal()
 
 vec4 sampleReflection(vec3 normal)
 {
+#ifdef REFLECT_AT_PIXELS
+    // Directions of the vertices, of unit length, would bend what large faces reflect.
+    vec3 view = normalize(u_camera - v_world_position);
+    vec4 found = textureCube(u_reflectionMap, reflect(view, normal) * u_cubeMatrix);
+    return mix(vec4(1.0), u_reflectionTint, abs(dot(view, normal))) * found;
+#else
 #ifdef NORMALMAP
     return textureCube(u_reflectionMap, normalize(reflect(v_viewvector, normal) * u_cubeMatrix));
 #else
     return textureCube(u_reflectionMap, v_cubeMapLookup);
+#endif
 #endif
 }
 
 // How much the surface reflects: more, the flatter it is looked at.
 float reflectionShare(vec3 normal)
 {
+#ifdef REFLECT_AT_PIXELS
+    float rf = abs(dot(normalize(u_camera - v_world_position), normal));
+#else
     float rf = abs(dot(v_viewvector, normal));
+#endif
     return mix(u_reflectionFactors.y, u_reflectionFactors.x, rf);
 }
 
@@ -180,6 +195,16 @@ float lightOnSurface(vec3 normal, float share)
 #endif
 }
 
+#ifdef REFLECT_AT_PIXELS
+// Glass hides what is behind it as far as it reflects; else the opacity would dim reflections.
+vec4 withReflection(vec3 surface, vec3 reflected, float share, float texelAlpha)
+{
+    float opacity = mix(u_color.a, 1.0, share);
+    vec3 color = (surface * u_color.a + reflected) / max(opacity, 0.001);
+    return vec4(clamp(color, minColor.rgb, maxColor.rgb), texelAlpha * opacity);
+}
+#endif
+
 vec4 shadedColor()
 {
     const float brightness = 1.0;
@@ -188,6 +213,10 @@ vec4 shadedColor()
     float lightFactor = lightOnSurface(adjustedNormal, share);
     vec4 spec = specularLight(adjustedNormal, brightness * share);
     float gloss = u_reflectionFactors.z;
+#ifdef REFLECT_AT_PIXELS
+    // The lamps are in the picture.
+    spec = vec4(0.0);
+#endif
     vec4 fspec = mix(spec * u_sunShading, sampleReflection(adjustedNormal), gloss)
                * reflectionShare(adjustedNormal) * 0.9;
 
@@ -202,13 +231,25 @@ vec4 shadedColor()
     }
     vec4 diffuse = (u_color * colorScale) * texColor;
     vec4 ambient_color = 0.5 * vec4(ambientLum * diffuse.rgb, 1.0) * u_sunShading;
-    vec4 c = lightFactor * u_ambientTextureIntensity * (ambient_color + diffuse + fspec);
+    float strength = lightFactor * u_ambientTextureIntensity;
+#ifdef REFLECT_AT_PIXELS
+    return withReflection(strength * (ambient_color + diffuse).rgb, strength * fspec.rgb,
+                          gloss * reflectionShare(adjustedNormal), texColor.a);
+#else
+    vec4 c = strength * (ambient_color + diffuse + fspec);
     return vec4(clamp(c, minColor, maxColor).rgb, texColor.a * u_color.a);
+#endif
 #else
     vec4 diffuse = u_color;
     vec4 ambient_color = 0.5 * vec4(ambientLum * u_color.rgb, 1.0) * u_sunShading;
-    vec4 c = lightFactor * u_ambientColorIntensity * (ambient_color + diffuse + fspec);
+    float strength = lightFactor * u_ambientColorIntensity;
+#ifdef REFLECT_AT_PIXELS
+    return withReflection(strength * (ambient_color + diffuse).rgb, strength * fspec.rgb,
+                          gloss * reflectionShare(adjustedNormal), 1.0);
+#else
+    vec4 c = strength * (ambient_color + diffuse + fspec);
     return vec4(clamp(c, minColor, maxColor).rgb, u_color.a);
+#endif
 #endif
 }
 

@@ -302,8 +302,9 @@ unsigned int EffectES20::CreateFromTemplate(const ProgramTemplate& source, std::
     };
     m_uniformNames = ToMap(source.uniforms);
     m_attributeNames = ToMap(source.attributes);
-    m_firstShareUniform = static_cast<int>(source.uniforms.size());
     std::string fragmentStart = (options & OptionNoClipPlanes) != 0 ? "#define NO_CLIP_PLANES\n" : "";
+    fragmentStart += (options & OptionReflectAtPixels) != 0 ? "#define REFLECT_AT_PIXELS\n" : "";
+    m_firstShareUniform = static_cast<int>(source.uniforms.size());
     if (isShared)
     {
         fragmentStart += "#extension GL_OES_standard_derivatives : enable\n#define LIGHT_SHARE\n";

@@ -39,6 +39,9 @@ public:
     /// Beside the options of any table: the fragment shader is made with NO_CLIP_PLANES defined.
     static constexpr std::uint64_t OptionNoClipPlanes = std::uint64_t{1} << 63;
 
+    /// Likewise with REFLECT_AT_PIXELS.
+    static constexpr std::uint64_t OptionReflectAtPixels = std::uint64_t{1} << 62;
+
     /// Likewise: the number, from 1, of the light share's text that the fragment shader has in it.
     static constexpr std::uint64_t OptionLightShares = std::uint64_t{0x3F} << 56;
 

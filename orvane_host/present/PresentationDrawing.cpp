@@ -182,6 +182,8 @@ void Presentation::Impl::ConfigureRenderer()
     renderer->SetSun(sun.direction);
     renderer->SetShadows(settings.shadows);
     renderer->SetShadowGround(ShadowGroundOfModel());
+    renderer->SetSurroundings(m_surroundings);
+    renderer->SetGround(MakeGround());
     renderer->SetEdges(settings.edges);
     renderer->ShowAmbientOcclusion(settings.occlusion);
     if (renderer->SetAAMode(ModeOf(settings.antialiasing)))

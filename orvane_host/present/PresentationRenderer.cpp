@@ -6,6 +6,7 @@
 #include "orvane_host/present/detail/DrawIdKeeper.h"
 #include "orvane_host/present/detail/EdgeStage.h"
 #include "orvane_host/present/detail/EffectInPlace.h"
+#include "orvane_host/present/detail/GroundStage.h"
 #include "orvane_host/present/detail/IdentifierStage.h"
 #include "orvane_host/present/detail/ItemLister.h"
 #include "orvane_host/present/detail/LineSetup.h"
@@ -81,6 +82,7 @@ PresentationRenderer::PresentationRenderer(TextureLoader* loader, RenderCapabili
     m_shadows = Append<Detail::ShadowStage>(Step::Shadows);
     Append<Detail::IdentifierStage>(Step::Identifiers);
     Append<Detail::DepthStage>(Step::Depth);
+    m_ground = Append<Detail::GroundStage>(Step::Ground);
     m_sunPatch = Append<Detail::SunPatchStage>(Step::SunPatch, *m_shadows);
     m_surfaces = Append<Detail::SurfaceStage>(Step::Surfaces);
     m_surfaces->LightWith(*m_shadows);
@@ -168,6 +170,16 @@ Look PresentationRenderer::GetLook() const
 void PresentationRenderer::SetStrokeDensity(int density)
 {
     m_surfaces->SetStrokeDensity(density);
+}
+
+void PresentationRenderer::SetSurroundings(std::shared_ptr<const Surroundings> surroundings)
+{
+    m_surfaces->SetSurroundings(std::move(surroundings));
+}
+
+void PresentationRenderer::SetGround(const std::optional<Detail::Ground>& ground)
+{
+    m_ground->SetGround(ground);
 }
 
 void PresentationRenderer::ShowSurfaces(bool show)
@@ -327,7 +339,7 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
     bool begun = false;
     for (Entry& entry : m_stages)
     {
-        if (!begun && entry.step >= Step::BeforeSurfaces)
+        if (!begun && entry.step >= Step::Ground)
         {
             BeginScene();
             begun = true;

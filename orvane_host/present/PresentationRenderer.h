@@ -26,6 +26,8 @@ namespace OV::Host::Detail
 {
 
 class EdgeStage;
+class GroundStage;
+struct Ground;
 class ItemLister;
 class LineSetup;
 class OcclusionStage;
@@ -38,6 +40,8 @@ class SurfaceStage;
 
 namespace OV::Host
 {
+
+class Surroundings;
 
 /// A renderer that puts a presentation together, each frame in this order: sky; shadows, identifiers
 /// and depth, off screen; surfaces in a look and lines; ambient occlusion; edges. Each is on or off by
@@ -73,6 +77,11 @@ public:
     /// How many strokes the look Crosshatch draws for a length, against those that suit a house in
     /// metres, from the next frame on; 1 at first. See HatchTextures. GL if it has drawn.
     void SetStrokeDensity(int density);
+
+    /// What smooth materials (Material::reflectionFactors) reflect in the looks Advanced and Phong,
+    /// from the next frame on; null, as at first, for nothing. A material's gloss is 1 less its
+    /// roughness; what it reflects has the hue of its specular colour. GL if it has drawn.
+    void SetSurroundings(std::shared_ptr<const Surroundings> surroundings);
 
     /// Whether materials are drawn. On at first. Edges come from the surfaces all the same;
     /// ambient occlusion has only lines left to darken.
@@ -165,6 +174,9 @@ public:
     static const char* NameOfLook(Look look);
 
 protected:
+    /// A level ground under the surfaces, from the next frame on; none at first.
+    void SetGround(const std::optional<Detail::Ground>& ground);
+
     void DrawScene(Scene& scene, CameraNode& camera) override;
 
 private:
@@ -174,8 +186,9 @@ private:
         Shadows,
         Identifiers,
         Depth,
-        BeforeSurfaces, ///< from here on into the picture
+        Ground, ///< from here on into the picture
         SunPatch,
+        BeforeSurfaces,
         Surfaces,
         AfterSurfaces,
         Occlusion,
@@ -207,6 +220,7 @@ private:
     Detail::ShadowStage* m_shadows = nullptr;
     Detail::SunPatchStage* m_sunPatch = nullptr;
     Detail::SurfaceStage* m_surfaces = nullptr;
+    Detail::GroundStage* m_ground = nullptr;
     Detail::OcclusionStage* m_occlusion = nullptr;
     Detail::EdgeStage* m_edges = nullptr;
 

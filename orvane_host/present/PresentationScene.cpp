@@ -212,14 +212,14 @@ bool Presentation::Impl::Check(const PresentationSettings& wanted, Brought& brou
     if (!file.empty() && file != settings.sheet.watermark)
     {
         std::string reason;
-        brought.picture = Watermark::Read(file, reason);
-        if (!brought.picture)
+        brought.watermark = Watermark::Read(file, reason);
+        if (!brought.watermark)
         {
             error = file + ": " + reason;
             return false;
         }
     }
-    return true;
+    return ReadSurroundings(wanted, brought, error);
 }
 
 Presentation::Impl::Changes Presentation::Impl::ChangesTo(const PresentationSettings& wanted) const
@@ -230,7 +230,8 @@ Presentation::Impl::Changes Presentation::Impl::ChangesTo(const PresentationSett
     changes.section = differs(&S::section);
     changes.lines = settings.lines.has_value() != wanted.lines.has_value()
         || (settings.lines && settings.lines->crease != wanted.lines->crease);
-    changes.materials = differs(&S::look) || differs(&S::cullBacks) || differs(&S::lines) || differs(&S::antialiasing);
+    changes.materials = differs(&S::look) || differs(&S::cullBacks) || differs(&S::lines) || differs(&S::antialiasing)
+        || differs(&S::surroundings);
     changes.view = differs(&S::view) || differs(&S::sun) || differs(&S::shadows) || differs(&S::ground);
     changes.sheet = differs(&S::sheet);
     S behind = wanted;
@@ -248,11 +249,17 @@ bool Presentation::Impl::Apply(const PresentationSettings& wanted, std::string& 
         return false;
     }
     const Changes changes = ChangesTo(wanted);
+    if (wanted.ground.has_value() != settings.ground.has_value() || wanted.view.upAxis != settings.view.upAxis
+        || (wanted.ground && wanted.ground->height != settings.ground->height))
+    {
+        m_contactShadow.reset();
+    }
     if (wanted.sheet.watermark != settings.sheet.watermark)
     {
-        m_watermark = std::move(brought.picture);
+        m_watermark = std::move(brought.watermark);
         m_isWatermarkLaid = false;
     }
+    m_surroundings = std::move(brought.surroundings);
     settings = wanted;
     sun = std::move(brought.sun);
     app.GetContext()->SetBackgroundColor(settings.background);
@@ -278,6 +285,7 @@ void Presentation::Impl::UpdateScene(const Changes& changes)
     if (changes.section)
     {
         CutSection();
+        m_contactShadow.reset();
     }
     m_sunLight.GiveBack(World());
     if (changes.section || changes.materials)
@@ -337,6 +345,7 @@ void Presentation::Impl::UpdateMaterials()
     if (ShadesEveryPixel(settings.look))
     {
         wanted.ambient = Color(ShadeLevel, ShadeLevel, ShadeLevel);
+        wanted.reflects = !settings.surroundings.empty();
     }
     else
     {
@@ -430,6 +439,7 @@ void Presentation::Impl::SetVisibility(bool hasChanged)
     {
         return;
     }
+    m_contactShadow.reset();
     // What is hidden is not cut.
     Changes changes;
     changes.section = !settings.section.planes.empty();

@@ -126,6 +126,11 @@ bool operator==(const SunSettings& left, const SunSettings& right)
     return Same(left, right);
 }
 
+bool operator==(const GroundSettings& left, const GroundSettings& right)
+{
+    return Same(left, right);
+}
+
 bool operator==(const ViewSettings& left, const ViewSettings& right)
 {
     return Same(left, right);

@@ -2,6 +2,7 @@
 
 #include "orvane_host/geometry/FeatureEdges.h"
 #include "orvane_host/present/EdgeLook.h"
+#include "orvane_host/present/GroundSettings.h"
 #include "orvane_host/present/Look.h"
 #include "orvane_host/present/ShadowSettings.h"
 #include "orvane_host/present/SunSettings.h"
@@ -123,6 +124,10 @@ struct PresentationSettings
     Color background{1.0f, 1.0f, 1.0f};
     bool sky = false;
     std::optional<FogRange> fog;
+    /// What smooth surfaces reflect in the looks Advanced and Phong: "sky" for the engine's own;
+    /// else a picture, see Surroundings::Read. None for an empty name.
+    std::string surroundings;
+    std::optional<GroundSettings> ground;
 
     std::optional<LineSettings> lines;
     std::optional<EdgeLook> edges;
@@ -162,6 +167,7 @@ bool operator==(const ClipPlane& left, const ClipPlane& right);
 bool operator==(const SectionSettings& left, const SectionSettings& right);
 bool operator==(const LineSettings& left, const LineSettings& right);
 bool operator==(const EdgeLook& left, const EdgeLook& right);
+bool operator==(const GroundSettings& left, const GroundSettings& right);
 bool operator==(const ViewSettings& left, const ViewSettings& right);
 bool operator==(const SheetSettings& left, const SheetSettings& right);
 bool operator==(const PresentationSettings& left, const PresentationSettings& right);
@@ -183,6 +189,10 @@ inline bool operator!=(const LineSettings& left, const LineSettings& right)
     return !(left == right);
 }
 inline bool operator!=(const EdgeLook& left, const EdgeLook& right)
+{
+    return !(left == right);
+}
+inline bool operator!=(const GroundSettings& left, const GroundSettings& right)
 {
     return !(left == right);
 }

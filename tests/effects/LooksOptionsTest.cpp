@@ -191,6 +191,23 @@ TEST_F(LooksOptions, WithoutClipPlanesEveryMaskLinksInSilenceAndKnowsNoPlane)
     }
 }
 
+TEST_F(LooksOptions, ReflectionAtPixelsLinksInSilenceBesideEveryMask)
+{
+    for (const bool phong : {false, true})
+    {
+        const std::unique_ptr<EffectES20> effect = MakeAdvanced(phong);
+        for (std::uint64_t mask = 0; mask < kMasks; ++mask)
+        {
+            ::testing::internal::CaptureStderr();
+            const unsigned int program = effect->ProgramForOptions(mask | EffectES20::OptionReflectAtPixels);
+            EXPECT_EQ(::testing::internal::GetCapturedStderr(), "") << mask;
+            ASSERT_NE(program, 0u) << mask;
+            EXPECT_EQ(ActiveUniforms(program).count("u_reflectionTint"), 1u) << mask;
+            EXPECT_EQ(ActiveUniforms(effect->ProgramForOptions(mask)).count("u_reflectionTint"), 0u) << mask;
+        }
+    }
+}
+
 TEST_F(LooksOptions, EveryMaskCompilesAsEs2WithItsPrecisions)
 {
     if (!GLEW_ARB_ES2_compatibility)
@@ -204,6 +221,12 @@ TEST_F(LooksOptions, EveryMaskCompilesAsEs2WithItsPrecisions)
         EXPECT_EQ(CompileLog(GL_FRAGMENT_SHADER, prelude + Expand(Shaders::AdvancedMaterialEffectES20Frag, mask)), "");
         EXPECT_EQ(CompileLog(GL_FRAGMENT_SHADER, prelude + Expand(Shaders::AdvancedMaterialPhongEffectES20Frag, mask)),
                   "");
+    }
+    const std::string atPixels = prelude + "#define REFLECT_AT_PIXELS\n";
+    for (const char* source : {Shaders::AdvancedMaterialEffectES20Frag, Shaders::AdvancedMaterialPhongEffectES20Frag})
+    {
+        EXPECT_EQ(CompileLog(GL_FRAGMENT_SHADER, atPixels + Expand(source, 0)), "");
+        EXPECT_EQ(CompileLog(GL_FRAGMENT_SHADER, atPixels + Expand(source, kNormalMap)), "");
     }
     for (const PlainSource& source : kPlainSources)
     {

@@ -95,6 +95,11 @@ bool SetMetallicRoughness(const aiMaterial& material, MaterialData& data)
     }
     const float color = Luminance(data.diffuse[0], data.diffuse[1], data.diffuse[2]);
     SetRough(kDielectric + (color - kDielectric) * metallic, roughness, data);
+    // Metals reflect in their colour, all else in white.
+    for (int i = 0; metallic > 0.0f && i < 3; ++i)
+    {
+        data.specular[i] = kDielectric + (data.diffuse[i] - kDielectric) * metallic;
+    }
     return true;
 }
 

@@ -24,6 +24,7 @@ namespace OV::Host::Detail
 class HighlightRenderer : public PresentationRenderer
 {
 public:
+    using PresentationRenderer::SetGround;
     /// In the order in which they are laid.
     using Colors = std::vector<std::pair<MeshNode*, Color>>;
 

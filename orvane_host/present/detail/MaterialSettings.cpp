@@ -29,24 +29,32 @@ bool IsSame(const Color& a, const Color& b)
     return a.r == b.r && a.g == b.g && a.b == b.b && a.a == b.a;
 }
 
+/// The alpha, by which a scene sorts its materials, is left to the host.
+bool HasColor(const Material& material, const Color& color)
+{
+    return material.diffuse.r == color.r && material.diffuse.g == color.g && material.diffuse.b == color.b;
+}
+
 } // namespace
 
 MaterialSettings::State MaterialSettings::StateOf(const Material& material)
 {
-    return {material.flags, material.ambient, material.polygonOffsetFactor, material.polygonOffsetUnits};
+    return {material.flags, material.diffuse, material.ambient, material.polygonOffsetFactor, material.polygonOffsetUnits};
 }
 
 void MaterialSettings::Give(Material& material, const State& state)
 {
     material.flags = (material.flags & ~kFlags) | (state.flags & kFlags);
+    material.diffuse = Color(state.diffuse.r, state.diffuse.g, state.diffuse.b, material.diffuse.a);
     material.ambient = state.ambient;
     material.polygonOffsetFactor = state.offsetFactor;
     material.polygonOffsetUnits = state.offsetUnits;
 }
 
-MaterialSettings::State MaterialSettings::Want(const State& original, const Color& diffuse, const Wanted& wanted)
+MaterialSettings::State MaterialSettings::Want(const State& original, const Material& material, const Wanted& wanted)
 {
     State state = original;
+    const Color& diffuse = original.diffuse;
     if (wanted.showsBacks)
     {
         state.flags |= MaterialFlagNoCull;
@@ -60,6 +68,12 @@ MaterialSettings::State MaterialSettings::Want(const State& original, const Colo
     {
         const float share = wanted.shareWithoutLight;
         state.ambient = Color(share * diffuse.r, share * diffuse.g, share * diffuse.b);
+    }
+    if (wanted.reflects)
+    {
+        const float* const factors = material.reflectionFactors;
+        const float kept = std::clamp(1.0f - factors[0] * factors[2], 0.0f, 1.0f);
+        state.diffuse = Color(kept * diffuse.r, kept * diffuse.g, kept * diffuse.b);
     }
     if (wanted.room)
     {
@@ -83,6 +97,10 @@ void MaterialSettings::FollowHost()
         const State& set = found->second.set;
         const unsigned int changed = (material->flags ^ set.flags) & kFlags;
         original.flags = (original.flags & kFlags & ~changed) | (material->flags & (changed | ~kFlags));
+        if (!HasColor(*material, set.diffuse))
+        {
+            original.diffuse = material->diffuse;
+        }
         if (!IsSame(material->ambient, set.ambient))
         {
             original.ambient = material->ambient;
@@ -117,14 +135,14 @@ void MaterialSettings::Apply(const Wanted& wanted, const SectionFaces& section)
         }
         const auto known = m_entries.find(material);
         const State original = known == m_entries.end() ? StateOf(*material) : known->second.original;
-        State state = Want(original, material->GetDiffuse(), wanted);
+        State state = Want(original, *material, wanted);
         state.flags |= isOpened(material) ? MaterialFlagNoCull : 0u;
         Give(*material, state);
         entries[material] = {original, state};
     }
     for (const SectionFaces::Copy& copy : section.GetCopies())
     {
-        State state = Want(entries[copy.original].original, copy.material->GetDiffuse(), wanted);
+        State state = Want(entries[copy.original].original, *copy.material, wanted);
         state.flags |= MaterialFlagNoCull;
         Give(*copy.material, state);
     }
@@ -133,10 +151,11 @@ void MaterialSettings::Apply(const Wanted& wanted, const SectionFaces& section)
         // Its colours are the fill's, and it shows its backs in any case.
         State plain;
         plain.flags = MaterialFlagNoCull;
+        plain.diffuse = faces->diffuse;
         plain.ambient = faces->ambient;
         Wanted onlyRoom;
         onlyRoom.room = wanted.room;
-        Give(*faces, Want(plain, faces->GetDiffuse(), onlyRoom));
+        Give(*faces, Want(plain, *faces, onlyRoom));
     }
     m_entries = std::move(entries);
 }

@@ -32,6 +32,8 @@ public:
         /// Of its own colour, which what is lit shows without light where its ambient colour was never
         /// set: that is white, and would make it white. 0 leaves it so.
         float shareWithoutLight = 0.0f;
+        /// Takes what a material reflects straight on from the colour that it has besides.
+        bool reflects = false;
         std::optional<LineRoom> room; ///< none makes none
     };
 
@@ -54,6 +56,7 @@ private:
     struct State
     {
         unsigned int flags = 0;
+        Color diffuse; ///< of what it is seen by, its alpha apart
         Color ambient;
         float offsetFactor = 0.0f;
         float offsetUnits = 0.0f;
@@ -67,7 +70,7 @@ private:
 
     static State StateOf(const Material& material);
     static void Give(Material& material, const State& state);
-    static State Want(const State& original, const Color& diffuse, const Wanted& wanted);
+    static State Want(const State& original, const Material& material, const Wanted& wanted);
     void FollowHost();
 
     Scene& m_scene;

@@ -4,6 +4,7 @@
 #include "orvane_host/geometry/SectionFaces.h"
 #include "orvane_host/present/Picking.h"
 #include "orvane_host/present/Presentation.h"
+#include "orvane_host/present/detail/GroundStage.h"
 #include "orvane_host/present/detail/HighlightRenderer.h"
 #include "orvane_host/present/detail/MaterialSettings.h"
 #include "orvane_host/present/detail/NodeVisibility.h"
@@ -31,6 +32,8 @@ class LightNode;
 
 namespace OV::Host
 {
+
+class Surroundings;
 
 /// PresentationScene.cpp has what settings do to the scene, PresentationView.cpp what they do to
 /// the camera, PresentationDrawing.cpp what makes a picture of both.
@@ -97,11 +100,13 @@ private:
     /// What settings bring along from outside of them.
     struct Brought
     {
-        std::unique_ptr<Watermark> picture;
+        std::unique_ptr<Watermark> watermark;
+        std::shared_ptr<const Surroundings> surroundings;
         SunState sun;
     };
 
     bool Check(const PresentationSettings& wanted, Brought& brought, std::string& error) const;
+    bool ReadSurroundings(const PresentationSettings& wanted, Brought& brought, std::string& error) const;
     void CountModel();
     void MakeLight();
     float Extent() const;
@@ -116,6 +121,7 @@ private:
     std::optional<PresentationRenderer::ShadowGround> ShadowGroundOfModel() const;
     void ReachShadows();
     void UpdateEdit();
+    std::optional<Detail::Ground> MakeGround();
     void UpdateHighlights();
     std::vector<const Node*> AllNodes() const;
     bool IsOfModel(const Mesh& mesh) const;
@@ -138,6 +144,8 @@ private:
     Detail::SunLight m_sunLight;
     std::unique_ptr<Watermark> m_watermark;
     bool m_isWatermarkLaid = false;
+    std::shared_ptr<const Surroundings> m_surroundings;
+    std::shared_ptr<const Detail::ContactShadow> m_contactShadow; ///< null until it is needed
     std::unique_ptr<Sheet> m_sheet;
     std::optional<float> m_sheetNorth; ///< that it was made for
 

@@ -13,6 +13,7 @@ namespace
 constexpr const char* kIdentities[] = {"object", "group"};
 constexpr const char* kAntialiasings[] = {"none", "msaa", "fxaa", "ssaa"};
 constexpr const char* kUpAxes[] = {"y", "z"};
+constexpr const char* kGroundKinds[] = {"shadow", "plain"};
 
 template <typename Enum, std::size_t Size>
 const char* NameIn(const char* const (&names)[Size], Enum value)
@@ -36,6 +37,11 @@ const char* NameOf(Antialiasing antialiasing)
 const char* NameOf(UpAxis axis)
 {
     return NameIn(kUpAxes, axis);
+}
+
+const char* NameOf(GroundKind kind)
+{
+    return NameIn(kGroundKinds, kind);
 }
 
 } // namespace OV::Host::Detail

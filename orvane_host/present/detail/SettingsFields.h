@@ -99,6 +99,18 @@ struct Fields<EdgeLook>
 };
 
 template <>
+struct Fields<GroundSettings>
+{
+    template <typename Visitor>
+    static void Visit(Visitor&& visit)
+    {
+        visit("kind", &GroundSettings::kind, kFinite);
+        visit("color", &GroundSettings::color, kShare);
+        visit("height", &GroundSettings::height, kPlace);
+    }
+};
+
+template <>
 struct Fields<GeoPlace>
 {
     template <typename Visitor>
@@ -177,6 +189,8 @@ struct Fields<PresentationSettings>
         visit("background", &PresentationSettings::background, kShare);
         visit("sky", &PresentationSettings::sky, kFinite);
         visit("fog", &PresentationSettings::fog, kFinite);
+        visit("surroundings", &PresentationSettings::surroundings, kFinite);
+        visit("ground", &PresentationSettings::ground, kFinite);
         visit("lines", &PresentationSettings::lines, kFinite);
         visit("edges", &PresentationSettings::edges, kFinite);
         visit("occlusion", &PresentationSettings::occlusion, kFinite);
@@ -203,6 +217,7 @@ inline const char* NameOf(NamedView view)
 const char* NameOf(Identity identity);
 const char* NameOf(Antialiasing antialiasing);
 const char* NameOf(UpAxis axis);
+const char* NameOf(GroundKind kind);
 
 /// The names of an enumeration, with commas between them.
 template <typename Enum>

@@ -67,10 +67,12 @@ void ClipTo(const SectionPlane& plane, Polygon& polygon, Polygon& spare)
     std::swap(polygon, spare);
 }
 
-class Collector
+class Visitor
 {
 public:
-    explicit Collector(const std::vector<SectionPlane>& planes) : m_planes(planes) {}
+    using Visit = std::function<void(const Polygon&)>;
+
+    Visitor(const std::vector<SectionPlane>& planes, const Visit& visit) : m_planes(planes), m_visit(visit) {}
 
     void Add(const Mesh& mesh, const QGM::Transf3d& toWorld)
     {
@@ -92,18 +94,16 @@ public:
             {
                 ClipTo(plane, m_polygon, m_spare);
             }
-            for (const Point& point : m_polygon)
+            if (!m_polygon.empty())
             {
-                points.emplace_back(static_cast<float>(point[0]), static_cast<float>(point[1]),
-                                    static_cast<float>(point[2]));
+                m_visit(m_polygon);
             }
         }
     }
 
-    std::vector<Vector> points;
-
 private:
     const std::vector<SectionPlane>& m_planes;
+    const Visit& m_visit;
     Polygon m_polygon;
     Polygon m_spare;
 };
@@ -113,7 +113,21 @@ private:
 std::vector<Vector> ShownPoints(const Node& node, const SceneFit::Filter& counts,
                                 const std::vector<SectionPlane>& planes)
 {
-    Collector collector(planes);
+    std::vector<Vector> points;
+    VisitShown(node, counts, planes, [&points](const Polygon& polygon) {
+        for (const Point& point : polygon)
+        {
+            points.emplace_back(static_cast<float>(point[0]), static_cast<float>(point[1]),
+                                static_cast<float>(point[2]));
+        }
+    });
+    return points;
+}
+
+void VisitShown(const Node& node, const SceneFit::Filter& counts, const std::vector<SectionPlane>& planes,
+                const std::function<void(const Polygon&)>& visit)
+{
+    Visitor visitor(planes, visit);
     std::vector<const Node*> open = {&node};
     while (!open.empty())
     {
@@ -129,11 +143,10 @@ std::vector<Vector> ShownPoints(const Node& node, const SceneFit::Filter& counts
         {
             if (counts(*meshNode, *mesh))
             {
-                collector.Add(*mesh, meshNode->GetGlobal().GetTransf3d());
+                visitor.Add(*mesh, meshNode->GetGlobal().GetTransf3d());
             }
         }
     }
-    return std::move(collector.points);
 }
 
 void AddPoints(Scene& scene, const std::vector<Vector>& points)

@@ -4,6 +4,8 @@
 #include "orvane_host/view/SceneFit.h"
 #include "orvane/math/Vector.h"
 
+#include <array>
+#include <functional>
 #include <vector>
 
 namespace OV
@@ -22,6 +24,10 @@ namespace OV::Host::Detail
 /// @param counts which meshes at which nodes are looked at.
 std::vector<Vector> ShownPoints(const Node& node, const SceneFit::Filter& counts,
                                 const std::vector<SectionPlane>& planes);
+
+/// The same as polygons, each of which is convex; one of a single corner is a point.
+void VisitShown(const Node& node, const SceneFit::Filter& counts, const std::vector<SectionPlane>& planes,
+                const std::function<void(const std::vector<std::array<double, 3>>&)>& visit);
 
 /// Puts points into a scene as a mesh, for SceneFit.
 void AddPoints(Scene& scene, const std::vector<Vector>& points);

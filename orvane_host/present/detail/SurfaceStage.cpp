@@ -89,6 +89,7 @@ void SurfaceStage::ReleaseGL()
     Drop(m_advanced);
     Drop(m_phong);
     m_hatches.reset();
+    m_surroundings.ReleaseGL();
     m_lineSetup.ReleaseGL();
 }
 
@@ -171,6 +172,54 @@ void SurfaceStage::PrepareEdit(PresentationFrame& frame)
     }
 }
 
+bool SurfaceStage::Reflection::operator==(const Reflection& other) const
+{
+    return isAny == other.isAny
+        && (!isAny || (roughness == other.roughness && tint.r == other.tint.r && tint.g == other.tint.g && tint.b == other.tint.b));
+}
+
+SurfaceStage::Reflection SurfaceStage::ReflectionOf(const MeshStyleES20& style)
+{
+    Reflection reflection;
+    const auto* const data = dynamic_cast<const MaterialES20*>(&style);
+    const Material* const material = data ? data->GetMaterial() : nullptr;
+    if (!material)
+    {
+        return reflection;
+    }
+    const float* const factors = material->reflectionFactors;
+    reflection.isAny = factors[2] > 0.0f && (factors[0] > 0.0f || factors[1] > 0.0f);
+    reflection.roughness = 1.0f - factors[2];
+    // The factors hold how much is reflected, the highlights in which colour.
+    const Color& color = material->GetSpecular();
+    const float luminance = 0.299f * color.r + 0.587f * color.g + 0.114f * color.b;
+    reflection.tint = luminance > 1e-3f ? Color(color.r / luminance, color.g / luminance, color.b / luminance)
+                                        : Color(1.0f, 1.0f, 1.0f);
+    return reflection;
+}
+
+void SurfaceStage::PrepareReflection()
+{
+    const bool reflects = m_look == Look::Advanced || m_look == Look::Phong;
+    m_reflectionMap = reflects ? m_surroundings.Upload() : 0;
+    m_reflecting = m_reflectionMap == 0 ? nullptr : m_look == Look::Phong ? m_phong : m_advanced;
+}
+
+void SurfaceStage::Reflect(const Reflection& reflection)
+{
+    if (!m_reflecting)
+    {
+        return;
+    }
+    if (!reflection.isAny)
+    {
+        m_reflecting->SetReflectionMap(0);
+        return;
+    }
+    m_surroundings.SetRoughness(reflection.roughness);
+    m_reflecting->SetPixelReflection(m_reflectionMap, reflection.tint);
+}
+
 void SurfaceStage::UseHatchEffect(Scene& scene)
 {
     for (const auto* list : {&scene.GetOptimizedMaterials(), &scene.GetAlphaMaterials()})
@@ -196,12 +245,14 @@ void SurfaceStage::Draw(PresentationFrame& frame)
     {
         UseHatchEffect(frame.scene);
     }
+    PrepareReflection();
     m_lineSetup.Begin(frame.renderer.GetEffects(), frame.target, frame.screen);
     if (OverlaysLines() && frame.served)
     {
         m_lineSetup.Overlay(frame);
     }
     DrawLook(frame);
+    Reflect(Reflection());
     m_lineSetup.End();
 }
 
@@ -209,6 +260,7 @@ void SurfaceStage::DrawLook(PresentationFrame& frame)
 {
     const SampleShadingScope sampleShading(SmoothsCuts(frame.camera) && SampleShadingScope::IsOfUse());
     const LightShareScope lightShare(m_shadows ? m_shadows->GetShare() : nullptr);
+    const SeamlessScope seamless(m_reflecting != nullptr);
     const ConstantColorScope plainColors(kColorAttribute, m_look == Look::VertexColor);
     const FrameItems& items = frame.items;
     if (m_surfacesShown)
@@ -231,12 +283,26 @@ void SurfaceStage::DrawItems(PresentationFrame& frame, const std::vector<RenderI
     const auto passOf = [pass](const RenderItemES20& item) {
         return item.style->GetShader(pass) ? pass : RenderPassDefault;
     };
+    const MeshStyleES20* style = nullptr;
+    Reflection reflection;
+    // The meshes of a material stand in a row.
+    const auto reflectionOf = [&](const RenderItemES20& item) -> const Reflection& {
+        if (m_reflecting && item.style != style)
+        {
+            style = item.style;
+            reflection = ReflectionOf(*style);
+        }
+        return reflection;
+    };
     auto begin = items.begin();
     while (begin != items.end())
     {
         const RenderPass own = passOf(*begin);
-        const auto end = std::find_if(begin, items.end(),
-                                      [&](const RenderItemES20& item) { return passOf(item) != own; });
+        const Reflection shared = reflectionOf(*begin);
+        const auto end = std::find_if(begin, items.end(), [&](const RenderItemES20& item) {
+            return passOf(item) != own || !(reflectionOf(item) == shared);
+        });
+        Reflect(shared);
         m_run.assign(begin, end);
         frame.renderer.Draw(frame.cameraData, m_run, own);
         begin = end;

@@ -4,6 +4,8 @@
 #include "orvane_host/present/PresentationStage.h"
 #include "orvane_host/present/detail/LineRoom.h"
 #include "orvane_host/present/detail/LineSetup.h"
+#include "orvane_host/present/detail/SurroundingsMap.h"
+#include "orvane/math/Color.h"
 #include "orvane/renderdata/RenderItemES20.h"
 #include "orvane/renderdata/RenderPass.h"
 
@@ -17,6 +19,7 @@ namespace OV
 {
 
 class AdvancedMaterialBaseES20;
+class MeshStyleES20;
 
 } // namespace OV
 
@@ -52,6 +55,7 @@ public:
     void ShowLines(bool show) { m_linesShown = show; }
     bool AreLinesShown() const { return m_linesShown; }
     void OverlayLines(bool overlay) { m_linesOverlaid = overlay; }
+    void SetSurroundings(std::shared_ptr<const Surroundings> surroundings) { m_surroundings.Set(std::move(surroundings)); }
     void SetEditPath(std::optional<Path> path) { m_editPath = std::move(path); }
 
     /// What tells how much light reaches the surfaces; outlives this.
@@ -63,6 +67,17 @@ public:
     void ReleaseGL() override;
 
 private:
+    /// What a material takes of the surroundings.
+    struct Reflection
+    {
+        bool isAny = false;
+        float roughness = 0.0f;
+        Color tint;
+
+        bool operator==(const Reflection& other) const;
+    };
+
+    static Reflection ReflectionOf(const MeshStyleES20& style);
     bool OverlaysLines() const { return m_linesOverlaid && m_linesShown; }
     RenderPass PassOfLook() const;
     void PrepareHatches(PresentationFrame& frame);
@@ -70,6 +85,8 @@ private:
     void UseHatchEffect(Scene& scene);
     void DrawLook(PresentationFrame& frame);
     void DrawItems(PresentationFrame& frame, const std::vector<RenderItemES20>& items, RenderPass pass);
+    void PrepareReflection();
+    void Reflect(const Reflection& reflection);
 
     Look m_look = Look::Advanced;
     ShadowStage* m_shadows = nullptr;
@@ -85,6 +102,9 @@ private:
     AdvancedMaterialBaseES20* m_phong = nullptr;
     std::unique_ptr<HatchTextures> m_hatches;
     int m_strokeDensity = 1;
+    SurroundingsMap m_surroundings;
+    AdvancedMaterialBaseES20* m_reflecting = nullptr; ///< one of the two while it reflects
+    unsigned int m_reflectionMap = 0;
     LineSetup m_lineSetup;
     LineRoom m_lineRoom;
 

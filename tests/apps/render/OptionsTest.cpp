@@ -22,6 +22,7 @@ const std::vector<std::string> Known = {
     "--watermark",  "--pick",    "--stats",        "--frames",     "--shadows",       "--sun-width",  "--shadow-darkness",
     "--clipped-casts",
     "--sun",        "--place",   "--sun-study",    "--sun-hours",
+    "--surroundings", "--ground",
 };
 
 std::string Help()

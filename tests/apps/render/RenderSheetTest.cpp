@@ -74,10 +74,10 @@ struct RenderSheet : RenderTool
     }
 
     void ExpectFailure(const std::string& watermark, const std::string& output, const std::string& named,
-                       const std::string& reason) const
+                       const std::string& reason, const std::string& option = "--watermark") const
     {
         const std::vector<std::string> before = FilesIn(folder.Path());
-        const ProcessResult result = Run({square, "-o", output, "--watermark", watermark});
+        const ProcessResult result = Run({square, "-o", output, option, watermark});
         EXPECT_EQ(result.signal, 0);
         EXPECT_EQ(result.exitCode, 1);
         EXPECT_EQ(result.output, "");
@@ -217,6 +217,15 @@ TEST_F(RenderSheet, AWatermarkThatFailsIsNamedAndNothingIsWritten)
     ExpectFailure(folder.Path("cut.png"), output, folder.Path("cut.png"), "");
     ExpectFailure(mark, mark, mark, "would replace the watermark");
     EXPECT_EQ(ReadWholeFile(mark), whole);
+}
+
+TEST_F(RenderSheet, SurroundingsThatFailAreNamedAndNothingIsWritten)
+{
+    const std::string output = folder.Path("out.png");
+    const std::string flat = WritePlainPicture(40, 40, {0, 0, 255, 255});
+    ExpectFailure(folder.Path("missing.png"), output, folder.Path("missing.png"), "No such file", "--surroundings");
+    ExpectFailure(flat, output, flat, "twice as wide as high", "--surroundings");
+    ExpectFailure(flat, flat, flat, "would replace the surroundings", "--surroundings");
 }
 
 TEST_F(RenderSheet, TheSameCommandTwiceGivesTheSameBytes)

@@ -39,6 +39,22 @@ TEST(CommandText, NumbersComeBackAsTheyWere)
     EXPECT_THAT(command.arguments, Not(Contains("--view=iso")));
 }
 
+TEST(CommandText, TellsWhatIsUnderAndAboutTheModel)
+{
+    Host::PresentationSettings settings;
+    settings.surroundings = "room *.png";
+    settings.ground = Host::GroundSettings{Host::GroundKind::Plain, Color(1.0f, 0.0f, 0.2f), std::nullopt};
+    RenderCommand command = MakeRenderCommand(settings, "a.obj", 1, 1, "out.png");
+    EXPECT_THAT(command.arguments, Contains("--surroundings=room *.png"));
+    EXPECT_THAT(command.arguments, Contains("--ground=FF0033"));
+    EXPECT_NE(command.ToShell().find("'--surroundings=room *.png'"), std::string::npos);
+    EXPECT_TRUE(command.leftOut.empty());
+    settings.ground = Host::GroundSettings{Host::GroundKind::ShadowCatcher, Color(), 2.0f};
+    command = MakeRenderCommand(settings, "a.obj", 1, 1, "out.png");
+    EXPECT_THAT(command.arguments, Contains("--ground=shadow"));
+    EXPECT_THAT(command.leftOut, ElementsAre("the ground is as low as the model"));
+}
+
 TEST(CommandText, LeavesOutWhatDoesNotCount)
 {
     Host::PresentationSettings settings;

@@ -46,6 +46,7 @@ PresentationSettings Whole()
     settings.section.planes.resize(1);
     settings.section.outlineWidth = 0.5f;
     settings.fog = FogRange{1.0f, 10.0f};
+    settings.ground.emplace().height = 1.0f;
     settings.lines.emplace().dash = 4.0f;
     settings.edges.emplace();
     settings.sun.emplace().direction = Vector(0.0f, 1.0f, 0.0f);
@@ -88,6 +89,10 @@ const Change kChanges[] = {
     {"sky", [](auto& s) { s.sky = true; }, "true"},
     {"fog.start", [](auto& s) { s.fog->start = 2.0f; }, "2.0"},
     {"fog.end", [](auto& s) { s.fog->end = 1e7f; }, "1e+07"},
+    {"surroundings", [](auto& s) { s.surroundings = "sky"; }, "\"sky\""},
+    {"ground.kind", [](auto& s) { s.ground->kind = GroundKind::ShadowCatcher; }, "\"shadow\""},
+    {"ground.color", [](auto& s) { s.ground->color = Color(0, 1, 0); }, "\"#00FF00\""},
+    {"ground.height", [](auto& s) { s.ground->height = -0.5f; }, "-0.5"},
     {"lines.crease", [](auto& s) { s.lines->crease = 12.5f; }, "12.5"},
     {"lines.width", [](auto& s) { s.lines->width = 2.0f; }, "2.0"},
     {"lines.color", [](auto& s) { s.lines->color = Color(0, 1, 0); }, "\"#00FF00\""},
@@ -127,6 +132,8 @@ const Change kRemovals[] = {
     {"section.fill", [](auto& s) { s.section.fill.reset(); }, "null"},
     {"section.outlineWidth", [](auto& s) { s.section.outlineWidth.reset(); }, "null"},
     {"fog", [](auto& s) { s.fog.reset(); }, "null"},
+    {"ground", [](auto& s) { s.ground.reset(); }, "null"},
+    {"ground.height", [](auto& s) { s.ground->height.reset(); }, "null"},
     {"lines", [](auto& s) { s.lines.reset(); }, "null"},
     {"lines.dash", [](auto& s) { s.lines->dash.reset(); }, "null"},
     {"edges", [](auto& s) { s.edges.reset(); }, "null"},
@@ -224,23 +231,27 @@ TEST(PresentationSettings, EveryFieldIsNamed)
     [[maybe_unused]] const auto& [planes, fill, outlineWidth, outlineColor] = SectionSettings();
     [[maybe_unused]] const auto& [crease, width, color, dash, offset] = LineSettings();
     [[maybe_unused]] const auto& [weight, edgeColor, identity] = EdgeLook();
+    [[maybe_unused]] const auto& [kind, groundColor, height] = GroundSettings();
     [[maybe_unused]] const auto& [latitude, longitude] = GeoPlace();
     [[maybe_unused]] const auto& [direction, time, place, sunNorth] = SunSettings();
     [[maybe_unused]] const auto& [soft, sunWidth, darkness, clippedCasts] = ShadowSettings();
     [[maybe_unused]] const auto& [named, eye, target, up, fov, orthographic, upAxis] = ViewSettings();
     [[maybe_unused]] const auto& [title, scaleBar, north, watermark] = SheetSettings();
-    [[maybe_unused]] const auto& [look, cullBacks, section, editPath, background, sky, fog, lines, edges,
+    [[maybe_unused]] const auto& [look, cullBacks, section, editPath, background, sky, fog, surroundings, ground,
+                                  lines, edges, occlusion, sun, shadows, antialiasing, samples, sheet, view] =
+        PresentationSettings();
     EXPECT_EQ(CountNamed<FogRange>(), 2);
     EXPECT_EQ(CountNamed<ClipPlane>(), 2);
     EXPECT_EQ(CountNamed<SectionSettings>(), 4);
     EXPECT_EQ(CountNamed<LineSettings>(), 5);
     EXPECT_EQ(CountNamed<EdgeLook>(), 3);
+    EXPECT_EQ(CountNamed<GroundSettings>(), 3);
     EXPECT_EQ(CountNamed<GeoPlace>(), 2);
     EXPECT_EQ(CountNamed<SunSettings>(), 4);
     EXPECT_EQ(CountNamed<ShadowSettings>(), 4);
     EXPECT_EQ(CountNamed<ViewSettings>(), 7);
     EXPECT_EQ(CountNamed<SheetSettings>(), 4);
-    EXPECT_EQ(CountNamed<PresentationSettings>(), 16);
+    EXPECT_EQ(CountNamed<PresentationSettings>(), 18);
 }
 
 TEST(PresentationSettings, JSONNamesTheFieldsOfTheTable)
@@ -308,6 +319,7 @@ TEST(PresentationSettings, EveryEnumeratorComesBackByItsName)
         settings.antialiasing = static_cast<Antialiasing>(i % 4);
         settings.edges->identity = static_cast<Identity>(i % 2);
         settings.view.upAxis = static_cast<UpAxis>(i % 2);
+        settings.ground->kind = static_cast<GroundKind>(i % 2);
         EXPECT_EQ(settings.Trouble(), "");
         EXPECT_EQ(Read(settings.ToJSON()), settings) << i;
         texts.insert(settings.ToJSON());
@@ -415,6 +427,8 @@ std::vector<Bound> Bounds()
          "above 0 and at most 20"},
         place("view.eye", [](auto& s, float n) { s.view.eye->x = n; }),
         place("view.target", [](auto& s, float n) { s.view.target->z = n; }),
+        place("ground.height", [](auto& s, float n) { s.ground->height = n; }),
+        share("ground.color", [](auto& s, float n) { s.ground->color.g = n; }),
         finite("section.planes[0].position", [](auto& s, float n) { s.section.planes[0].position.y = n; }),
         finite("lines.offset", [](auto& s, float n) { s.lines->offset = n; }),
         finite("sheet.north", [](auto& s, float n) { s.sheet.north = n; }),
@@ -541,6 +555,7 @@ TEST(PresentationSettings, EnumeratorsAreOfTheirEnumeration)
         {"antialiasing", [](auto& s, int n) { s.antialiasing = static_cast<Antialiasing>(n); }},
         {"view.named", [](auto& s, int n) { s.view.named = static_cast<NamedView>(n); }},
         {"view.upAxis", [](auto& s, int n) { s.view.upAxis = static_cast<UpAxis>(n); }},
+        {"ground.kind", [](auto& s, int n) { s.ground->kind = static_cast<GroundKind>(n); }},
     };
     for (const auto& [field, set] : enumerations)
     {
@@ -794,6 +809,8 @@ TEST(PresentationSettings, AFileOfVersion1IsStillRead)
     expected.background = Color(0.95f, 0.333f, 0.1f);
     expected.sky = true;
     expected.fog = FogRange{10.5f, 250.0f};
+    expected.surroundings = "Himmel.jpg";
+    expected.ground = GroundSettings{GroundKind::ShadowCatcher, Color::GetRGB(0xC8, 0xBE, 0xAA), -0.25f};
     expected.lines = LineSettings{25.0f, 1.5f, Color::GetRGB(0x20, 0x20, 0x20), 6.0f, 0.25f};
     expected.edges = EdgeLook{0.75f, Color::GetRGB(0, 0, 0x80), Identity::Object};
     expected.occlusion = true;

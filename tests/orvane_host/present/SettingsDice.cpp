@@ -99,7 +99,7 @@ void ChangeSun(PresentationSettings& settings, Dice& dice)
 
 void Change(PresentationSettings& settings, Dice& dice, const std::vector<std::string>& paths)
 {
-    switch (dice.Below(14))
+    switch (dice.Below(16))
     {
     case 0:
     case 1: settings.look = static_cast<Host::Look>(dice.Below(6)); break;
@@ -116,8 +116,16 @@ void Change(PresentationSettings& settings, Dice& dice, const std::vector<std::s
                                             : std::nullopt;
         settings.occlusion = dice.Below(2) != 0;
         break;
-    case 11: dice.Below(2) != 0 ? ChangeView(settings, dice) : ChangeSheet(settings, dice); break;
-    case 12: ChangeSun(settings, dice); break;
+    case 11:
+        settings.ground.reset();
+        if (dice.Below(3) != 0)
+        {
+            settings.ground = Host::GroundSettings{static_cast<Host::GroundKind>(dice.Below(2)), AnyColor(dice), std::nullopt};
+        }
+        break;
+    case 12: settings.surroundings = dice.Below(2) != 0 ? "sky" : ""; break;
+    case 13: dice.Below(2) != 0 ? ChangeView(settings, dice) : ChangeSheet(settings, dice); break;
+    case 14: ChangeSun(settings, dice); break;
     default: settings.antialiasing = static_cast<Host::Antialiasing>(dice.Below(4)); break;
     }
     // The one look that is not cut.
