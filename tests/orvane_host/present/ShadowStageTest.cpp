@@ -263,8 +263,8 @@ TEST_F(ShadowStage, IsCaughtByAGround)
     FloorAndCube made = MakeFloorAndCube(2.0f, Color(0.8f, 0.8f, 0.8f), 1.0f, false);
     PresentationSettings settings = LookingDown();
     settings.background = Color(1, 1, 1);
-    settings.ground.emplace().height = 0.0f;
-    settings.ground->darkness = 0.6f;
+    settings.ground.emplace().kind = Host::GroundKind::ShadowCatcher;
+    settings.ground->height = 0.0f;
     ExpectShadow(Draw(made, settings), kShade);
     // From below nothing is seen of it.
     settings.view.eye = Vector(0, -20, 0);
@@ -278,7 +278,7 @@ TEST_F(ShadowStage, LiesOnAGroundAtTheModelsLowestPoint)
 {
     FloorAndCube made = MakeFloorAndCube(2.0f, Color(0.8f, 0.8f, 0.8f), 1.0f, false);
     PresentationSettings settings = LookingDown();
-    settings.ground.emplace().darkness = 0.6f;
+    settings.ground.emplace().kind = Host::GroundKind::ShadowCatcher;
     const Picture picture = Draw(made, settings);
     ExpectColorInRect(picture, {47, 57, 6, 6}, kShade, 1);
 }
