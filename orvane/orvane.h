@@ -22,6 +22,7 @@
 #include "orvane/effects/EffectReferencePlaceholder.h"
 #include "orvane/effects/FXAAEffectES20.h"
 #include "orvane/effects/HUDEffectES20.h"
+#include "orvane/effects/LightShare.h"
 #include "orvane/effects/LineFilterEffectES20.h"
 #include "orvane/effects/MaterialEffectES20.h"
 #include "orvane/effects/MonotoneEffectES20.h"

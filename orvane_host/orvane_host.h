@@ -37,6 +37,7 @@
 #include "orvane_host/present/PresentationSettings.h"
 #include "orvane_host/present/PresentationStage.h"
 #include "orvane_host/present/SceneRenderer.h"
+#include "orvane_host/present/ShadowSettings.h"
 #include "orvane_host/present/StageAccess.h"
 #include "orvane_host/present/SunHoursMap.h"
 #include "orvane_host/present/SunSettings.h"

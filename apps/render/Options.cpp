@@ -41,6 +41,8 @@ struct Texts
     std::optional<std::string> fog;
     std::optional<std::string> ground;
     std::optional<float> edges;
+    std::optional<std::string> shadows;
+    Host::ShadowSettings shadowLook;
     std::optional<std::string> edit;
     std::string edgeColor = "000000";
     std::string look = "advanced";
@@ -254,6 +256,22 @@ void DefineScreenOptions(CLI::App& app, Options& options, Texts& texts)
     app.add_flag("--ao", options.settings.occlusion, "Darken corners")->group(group);
 }
 
+void DefineShadowOptions(CLI::App& app, Texts& texts)
+{
+    const char* const group = "Shadows of the sun";
+    Host::ShadowSettings& look = texts.shadowLook;
+    auto* shadows = app.add_option("--shadows", texts.shadows, "Cast them, with hard rims or with soft ones")
+        ->option_text("hard|soft")->group(group);
+    app.add_option("--sun-width", look.sunWidth, "Width of the sun in the sky, for soft rims; 0.53 if left\n"
+                                                 "out")
+        ->option_text("DEG")->needs(shadows)->group(group);
+    app.add_option("--shadow-darkness", look.darkness, "Share of their colours that shadows take in crosshatch,\n"
+                                                       "monotone and vertex-color; 0.35 if left out")
+        ->option_text("SHARE")->needs(shadows)->group(group);
+    app.add_flag("--clipped-casts", look.clippedCasts, "Let what is cut away cast its shadow too")
+        ->needs(shadows)->group(group);
+}
+
 void DefineLineOptions(CLI::App& app, Texts& texts)
 {
     const char* const group = "Lines";
@@ -395,6 +413,28 @@ void InterpretEdges(const Texts& texts, Options& options)
     options.settings.edges->color = ParseColor("--edge-color", texts.edgeColor);
 }
 
+void InterpretShadows(const Texts& texts, Options& options)
+{
+    if (texts.shadows)
+    {
+        if (*texts.shadows != "hard" && *texts.shadows != "soft")
+        {
+            throw CLI::ValidationError("--shadows", "shadows are hard or soft");
+        }
+        options.settings.shadows = texts.shadowLook;
+        options.settings.shadows->soft = *texts.shadows == "soft";
+        // Written so that what is not a number fails.
+        if (!(texts.shadowLook.sunWidth > 0.0f && texts.shadowLook.sunWidth <= 20.0f))
+        {
+            throw CLI::ValidationError("--sun-width", "a width is above 0 and at most 20");
+        }
+        if (!(texts.shadowLook.darkness >= 0.0f && texts.shadowLook.darkness <= 1.0f))
+        {
+            throw CLI::ValidationError("--shadow-darkness", "a share is 0 to 1");
+        }
+    }
+}
+
 /// CLI11 takes whatever follows for the value of an option. Here only a number is the one of
 /// --edges, and only a form that of --list-nodes, so that they may stand alone with the model behind.
 std::vector<std::string> CompleteWords(int argc, const char* const* argv)
@@ -516,6 +556,7 @@ void Define(CLI::App& app, Options& options, Texts& texts, bool& listFormats)
     DefineViewOptions(app, options, texts);
     DefineSurfaceOptions(app, options, texts);
     DefineScreenOptions(app, options, texts);
+    DefineShadowOptions(app, texts);
     DefineLineOptions(app, texts);
     DefineSunOptions(app, texts.sun);
     DefineSheetOptions(app, options);
@@ -622,6 +663,7 @@ void Interpret(const Texts& texts, Options& options)
     InterpretAntialiasing(texts, options);
     InterpretSurfaces(texts, options.settings);
     InterpretEdges(texts, options);
+    InterpretShadows(texts, options);
     InterpretSun(texts.sun, options);
     if (texts.lines)
     {

@@ -228,6 +228,28 @@ void AddSheet(Builder& command, const Host::SheetSettings& sheet, bool hasSky, b
     }
 }
 
+void AddShadows(Builder& command, const Host::PresentationSettings& settings)
+{
+    if (settings.shadows)
+    {
+        const Host::ShadowSettings usual;
+        const Host::ShadowSettings& shadows = *settings.shadows;
+        command.Add("--shadows", shadows.soft ? "soft" : "hard");
+        if (shadows.sunWidth != usual.sunWidth)
+        {
+            command.Add("--sun-width", TextOf(shadows.sunWidth));
+        }
+        if (shadows.darkness != usual.darkness)
+        {
+            command.Add("--shadow-darkness", TextOf(shadows.darkness));
+        }
+        if (shadows.clippedCasts)
+        {
+            command.Add("--clipped-casts");
+        }
+    }
+}
+
 void AddSurroundings(Builder& command, const Host::PresentationSettings& settings)
 {
     if (!settings.surroundings.empty())
@@ -276,6 +298,7 @@ void AddSurfaces(Builder& command, const Host::PresentationSettings& settings)
     {
         command.Add("--ao");
     }
+    AddShadows(command, settings);
 }
 
 void AddShown(Builder& command, const Shown& shown)

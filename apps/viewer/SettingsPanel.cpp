@@ -321,6 +321,19 @@ bool EditPicture(Settings& settings)
     return EditSlider("Leave out below", settings.batches.smallestPixels, 0.0f, 8.0f, "%.1f pixels") || changed;
 }
 
+bool EditShadows(Settings& settings)
+{
+    const bool changed = EditOptional("Shadows of the sun", settings.shadows, Host::ShadowSettings(),
+                                [](Host::ShadowSettings& shadows)
+                                {
+                                    bool edited = ImGui::Checkbox("Soft rims", &shadows.soft);
+                                    edited = EditSlider("Width of the sun", shadows.sunWidth, 0.1f, 10.0f, "%.2f deg") || edited;
+                                    edited = EditSlider("Darkness", shadows.darkness, 0.0f, 1.0f) || edited;
+                                    return ImGui::Checkbox("Of what is cut away too", &shadows.clippedCasts) || edited;
+                                });
+    return changed;
+}
+
 bool EditPlace(std::optional<Host::GeoPlace>& place)
 {
     const auto edit = [](Host::GeoPlace& edited)
@@ -437,6 +450,7 @@ bool EditSettings(Settings& settings, const Box& box, const Host::SunState& sun)
     changed = (group("Lines", true) && EditLines(settings)) || changed;
     changed = (group("Section", true) && EditSection(settings.section, box)) || changed;
     changed = (group("Surroundings", true) && EditSurroundings(settings, box)) || changed;
+    changed = (group("Shadows", false) && EditShadows(settings)) || changed;
     changed = (group("Sun", false) && EditSun(settings.sun, sun)) || changed;
     changed = (group("View", false) && EditView(settings.view, box)) || changed;
     changed = (group("Picture", false) && EditPicture(settings)) || changed;

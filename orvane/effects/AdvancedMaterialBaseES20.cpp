@@ -65,6 +65,7 @@ AdvancedMaterialBaseES20::AdvancedMaterialBaseES20(EffectCache* cache) :
     MaterialEffectES20(cache), cubeMatrix(QuarterTurnAboutX())
 {
     m_discardsAtPlanes = true;
+    m_takesLightShare = true;
 }
 
 void AdvancedMaterialBaseES20::SetEditInContextPath(const Path& path)

@@ -63,6 +63,21 @@ const float shininess = 0.3;
 @STIPPLING_FUNCTION@
 #endif
 
+#ifdef LIGHT_SHARE
+uniform LOWP int u_enableLight;     // 1: lit by the light
+@LIGHT_SHARE@
+#endif
+
+// Of the light that falls on the surface, how much arrives.
+float lightShare(float lightFactor)
+{
+#ifdef LIGHT_SHARE
+    return u_enableLight == 1 ? OVSL_LightShare(lightFactor > 0.0) : 1.0;
+#else
+    return 1.0;
+#endif
+}
+
 #ifdef NORMALMAP
 // Axes of the texture on the surface, from how position and coordinate change on the screen.
 mat3 cotangent_frame(vec3 N, vec3 p, vec2 uv)
@@ -197,7 +212,9 @@ vec4 shadedColor()
 #endif
     vec3 adjustedNormal = surfaceNormal();
     float lightFactor = lightOnSurface(adjustedNormal);
-    vec4 spec = specularLight(adjustedNormal, brightness);
+    float share = lightShare(lightFactor);
+    lightFactor *= share;
+    vec4 spec = specularLight(adjustedNormal, brightness * share);
     float gloss = u_reflectionFactors.z;
 #ifdef REFLECT_AT_PIXELS
     // The lamps are in the picture.

@@ -68,6 +68,21 @@ const float shininess = 0.3;
 @STIPPLING_FUNCTION@
 #endif
 
+#ifdef LIGHT_SHARE
+uniform LOWP int u_enableLight;     // 1: lit by the light
+@LIGHT_SHARE@
+#endif
+
+// Of the light that falls on the surface, how much arrives.
+float lightShare(float lightFactor)
+{
+#ifdef LIGHT_SHARE
+    return u_enableLight == 1 ? OVSL_LightShare(lightFactor > 0.0) : 1.0;
+#else
+    return 1.0;
+#endif
+}
+
 #ifdef NORMALMAP
 // Axes of the texture on the surface, from how position and coordinate change on the screen.
 mat3 cotangent_frame(vec3 N, vec3 p, vec2 uv)
@@ -169,14 +184,14 @@ float facingColorFactor()
     return max(gl_FrontFacing ? v_colorfactor : -v_colorfactor, 0.0);
 }
 
-float lightOnSurface(vec3 normal)
+float lightOnSurface(vec3 normal, float share)
 {
 #ifdef NORMALMAP
     vec3 direction = gl_FrontFacing ? u_lightDir : -u_lightDir;
     float bumpLightFactor = max(dot(normal, direction), 0.0);
-    return mix(1.0 - 0.1 * (1.0 - dot(v_viewvector, normal)), bumpLightFactor, u_sunShading);
+    return mix(1.0 - 0.1 * (1.0 - dot(v_viewvector, normal)), bumpLightFactor * share, u_sunShading);
 #else
-    return mix(1.0, facingColorFactor(), u_sunShading);
+    return mix(1.0, facingColorFactor() * share, u_sunShading);
 #endif
 }
 
@@ -194,8 +209,9 @@ vec4 shadedColor()
 {
     const float brightness = 1.0;
     vec3 adjustedNormal = surfaceNormal();
-    float lightFactor = lightOnSurface(adjustedNormal);
-    vec4 spec = specularLight(adjustedNormal, brightness);
+    float share = lightShare(1.0);
+    float lightFactor = lightOnSurface(adjustedNormal, share);
+    vec4 spec = specularLight(adjustedNormal, brightness * share);
     float gloss = u_reflectionFactors.z;
 #ifdef REFLECT_AT_PIXELS
     // The lamps are in the picture.

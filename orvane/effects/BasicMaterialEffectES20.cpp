@@ -100,6 +100,7 @@ BasicMaterialEffectES20::BasicMaterialEffectES20(EffectCache* cache, bool isAddi
     MaterialEffectES20(cache), additive(isAdditive)
 {
     m_discardsAtPlanes = true;
+    m_takesLightShare = true;
 }
 
 unsigned int BasicMaterialEffectES20::CreateProgramForOptions(std::uint64_t options,

@@ -36,6 +36,21 @@ const vec4 maxColor = vec4(1.0, 1.0, 1.0, 1.0);
 @INCLUDE_OVSL_ADD_STIPPLING_FUNCTION@
 #endif
 
+#ifdef LIGHT_SHARE
+uniform LOWP int u_enableLight;     // 1: lit by the light
+@LIGHT_SHARE@
+#endif
+
+// Of the light that falls on the surface, how much arrives.
+float lightShare(float lightFactor)
+{
+#ifdef LIGHT_SHARE
+    return u_enableLight == 1 ? OVSL_LightShare(lightFactor > 0.0) : 1.0;
+#else
+    return 1.0;
+#endif
+}
+
 void discardClipped()
 {
 #ifndef NO_CLIP_PLANES
@@ -69,6 +84,7 @@ vec4 shadedColor()
 {
     // Back faces take the light from behind rather than stay dark.
     float colorFactor = max(gl_FrontFacing ? v_colorfactor : -v_colorfactor, 0.0);
+    colorFactor *= lightShare(colorFactor);
     vec4 light = clamp(u_ambient + u_color * colorFactor, minColor, maxColor);
 #ifdef TEXTURE
     vec4 s = texture2D(u_texture0, v_tc);

@@ -89,6 +89,7 @@ enum TextureUnit : int
 CrosshatchEffectES20::CrosshatchEffectES20(EffectCache* cache) : MaterialEffectES20(cache)
 {
     static_assert(UniformLightDir == UniformLight && UniformNormalMatrix == UniformNormals);
+    m_takesLightShare = true;
 }
 
 unsigned int CrosshatchEffectES20::CreateProgramForOptions(std::uint64_t options, std::string& name)

@@ -21,6 +21,10 @@ varying float v_colorfactor;       // cosine between normal and light
 const vec3 lumcoeff = vec3(0.299, 0.587, 0.114);
 const float brushScale = 0.2;      // pictures a unit of object space
 
+#ifdef LIGHT_SHARE
+@LIGHT_SHARE@
+#endif
+
 vec4 surfaceColor()
 {
     vec4 s = texture2D(u_baseTexture, v_tc / vec2(u_hScale, u_vScale));
@@ -82,6 +86,11 @@ float toneOf(float lum, float tone0, float tone1, float tone2, float tone3)
 void main()
 {
     float lum = dot(surfaceColor().rgb, lumcoeff);
+#ifdef LIGHT_SHARE
+    // Twice, since half as much light is but one tone denser.
+    float shade = OVSL_ShadowTone();
+    lum *= shade * shade;
+#endif
     float tone0 = 1.0 - strokes(u_texture3);
     float tone1 = 1.0 - strokes(u_texture2);
     float tone2 = 1.0 - strokes(u_texture1);

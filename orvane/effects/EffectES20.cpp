@@ -1,5 +1,6 @@
 #include "orvane/effects/EffectES20.h"
 
+#include "orvane/effects/LightShare.h"
 #include "orvane/effects/ShaderSnippets.h"
 #include "orvane/effects/SkySettings.h"
 #include "orvane/math/Color.h"
@@ -106,7 +107,8 @@ void EffectES20::Precompile(std::uint64_t options)
 
 std::uint64_t EffectES20::UsedOptions(std::uint64_t options) const
 {
-    return m_discardsAtPlanes && s_clipPlaneNormals.empty() ? options | OptionNoClipPlanes : options;
+    const bool noPlanes = m_discardsAtPlanes && s_clipPlaneNormals.empty();
+    return options | (noPlanes ? OptionNoClipPlanes : 0) | (m_takesLightShare ? s_lightShareOption : 0);
 }
 
 unsigned int EffectES20::ProgramForOptions(std::uint64_t options)
@@ -204,7 +206,8 @@ const EffectES20::Selection& EffectES20::Select(std::uint64_t options)
 
 void EffectES20::UseOptions(std::uint64_t options)
 {
-    const Selection& selection = Select(UsedOptions(options));
+    const std::uint64_t used = UsedOptions(options);
+    const Selection& selection = Select(used);
     m_currentProgram = selection.program;
     m_current = selection.table;
     m_currentAttributes = selection.attributes;
@@ -218,6 +221,16 @@ void EffectES20::UseOptions(std::uint64_t options)
     EndUse();
     m_current->Bind();
     ShaderProgram::s_fed = m_current;
+    FeedLightShare(used);
+}
+
+void EffectES20::FeedLightShare(std::uint64_t options)
+{
+    if ((options & OptionLightShares) != 0 && m_currentProgram != 0 && m_current->m_shareSince != s_lightSharesSet)
+    {
+        s_lightShare->Feed(*m_current, m_firstShareUniform);
+        m_current->m_shareSince = s_lightSharesSet;
+    }
 }
 
 int EffectES20::UniformLocation(unsigned int program, int index)
@@ -302,12 +315,14 @@ unsigned int EffectES20::CreateFromTemplate(const ProgramTemplate& source, std::
 {
     name = OptionsName(source.baseName, options, source.options);
     const std::string defines = OptionsDefines(options, source.options);
+    const bool isShared = (options & OptionLightShares) != 0 && s_lightShare;
     const std::map<std::string, std::string> replacements = {
         {"@OPTIONS@", defines},
         {"@OPTION_DEFINITIONS@", defines},
         {"@FOG_UNIFORMS@", FogUniforms},
         {"@FOG_CALC@", FogCalc},
         {"@FOG_CALC_FRAGMENT@", FogCalc},
+        {"@LIGHT_SHARE@", isShared ? s_lightShare->Source() : ""},
         {"@STIPPLING_UNIFORMS@", StipplingUniforms},
         {"@STIPPLING_FUNCTION@", StipplingFunction},
         {"@INCLUDE_OVSL_ADD_STIPPLING_FUNCTION@", StipplingFunction},
@@ -316,6 +331,15 @@ unsigned int EffectES20::CreateFromTemplate(const ProgramTemplate& source, std::
     m_attributeNames = ToMap(source.attributes);
     std::string fragmentStart = (options & OptionNoClipPlanes) != 0 ? "#define NO_CLIP_PLANES\n" : "";
     fragmentStart += (options & OptionReflectAtPixels) != 0 ? "#define REFLECT_AT_PIXELS\n" : "";
+    m_firstShareUniform = static_cast<int>(source.uniforms.size());
+    if (isShared)
+    {
+        fragmentStart += "#extension GL_OES_standard_derivatives : enable\n#define LIGHT_SHARE\n";
+        for (const IndexedName& row : s_lightShare->Uniforms())
+        {
+            m_uniformNames[static_cast<unsigned int>(m_firstShareUniform) + row.index] = row.name;
+        }
+    }
     m_currentProgram = static_cast<unsigned int>(
         LoadProgram(name, ExpandTemplate(source.vertexSource, replacements),
                     fragmentStart + ExpandTemplate(source.fragmentSource, replacements), m_attributeNames));

@@ -18,6 +18,7 @@ namespace OV
 {
 
 class CameraNodeES20;
+class LightShare;
 class Matrix;
 class Matrix3x3;
 class MeshES20;
@@ -40,6 +41,9 @@ public:
 
     /// Likewise with REFLECT_AT_PIXELS.
     static constexpr std::uint64_t OptionReflectAtPixels = std::uint64_t{1} << 62;
+
+    /// Likewise: the number, from 1, of the light share's text that the fragment shader has in it.
+    static constexpr std::uint64_t OptionLightShares = std::uint64_t{0x3F} << 56;
 
     /// Always true.
     virtual bool IsReady();
@@ -149,6 +153,12 @@ public:
 
     /// Stores AdvancedMaterialPhong when given that, and AdvancedMaterial for any other type.
     static void SetAdvancedMaterialShaderType(EffectCache::EffectType type);
+
+    /// Lays a share of the light into the effects that shade surfaces from their next Apply on.
+    /// @param share not owned; to be set anew after its values have changed. Null lays none.
+    /// @return false, with none in force, for a text beyond the first 63 of a process.
+    static bool SetLightShare(LightShare* share);
+    static LightShare* GetLightShare();
 
     /// Disables the attributes that were enabled for an earlier mesh and not again for the one at
     /// hand, between BindMeshAttributes and a draw. GL.
@@ -292,6 +302,9 @@ protected:
     /// driver its early depth test.
     bool m_discardsAtPlanes = false;
 
+    /// Set at construction where the fragment shader has a place for a light share.
+    bool m_takesLightShare = false;
+
     static std::vector<glm::vec3> s_clipPlaneNormals;
     static std::vector<glm::vec3> s_clipPlanePositions;
     static float s_clipPlaneOutlineSize;
@@ -304,6 +317,7 @@ protected:
     static float s_sunShading;
     static bool s_isShadow;
     static EffectCache::EffectType s_advancedMaterialShaderType;
+    static LightShare* s_lightShare;
 
 private:
     friend class EffectCache;
@@ -323,6 +337,7 @@ private:
     Selection MakeSelection(std::uint64_t options);
 
     std::uint64_t UsedOptions(std::uint64_t options) const;
+    void FeedLightShare(std::uint64_t options);
     void RegisterProgram(unsigned int program, const std::string& name);
     void AbandonProgram(unsigned int program);
     void Send(int index, const Matrix& value);
@@ -356,6 +371,11 @@ private:
     static std::uint32_t s_spareAttributes;
     static std::uint32_t s_disabledAttributes;
     static std::uint64_t s_valuesForgotten; // so often
+    static std::uint64_t s_lightShareOption; // of OptionLightShares
+    static std::uint64_t s_lightSharesSet;   // so often
+
+    // Where the uniforms of a light share begin: behind those of the class.
+    int m_firstShareUniform = 0;
 
     // How many of the references belong to placeholders.
     int m_placeholders = 0;

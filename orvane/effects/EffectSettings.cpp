@@ -1,5 +1,10 @@
 #include "orvane/effects/EffectES20.h"
 
+#include "orvane/effects/LightShare.h"
+
+#include <algorithm>
+#include <string>
+
 namespace OV
 {
 
@@ -19,6 +24,46 @@ std::uint32_t EffectES20::s_enabledAttributes = 0;
 std::uint32_t EffectES20::s_spareAttributes = 0;
 std::uint32_t EffectES20::s_disabledAttributes = 0;
 std::uint64_t EffectES20::s_valuesForgotten = 0;
+LightShare* EffectES20::s_lightShare = nullptr;
+std::uint64_t EffectES20::s_lightShareOption = 0;
+std::uint64_t EffectES20::s_lightSharesSet = 0;
+
+namespace
+{
+
+/// The number of a text of GLSL, from 1 in the order in which they are met.
+std::size_t NumberOf(const char* source)
+{
+    static std::vector<std::string> known;
+    const auto found = std::find(known.begin(), known.end(), source);
+    const auto number = static_cast<std::size_t>(found - known.begin()) + 1;
+    if (found == known.end())
+    {
+        known.emplace_back(source);
+    }
+    return number;
+}
+
+} // namespace
+
+LightShare::~LightShare() = default;
+
+bool EffectES20::SetLightShare(LightShare* share)
+{
+    constexpr int shift = 56;
+    static_assert(OptionLightShares == std::uint64_t{0x3F} << shift);
+    const std::uint64_t number = share ? NumberOf(share->Source()) : 0;
+    const bool isTaken = number <= OptionLightShares >> shift;
+    s_lightShare = isTaken ? share : nullptr;
+    s_lightShareOption = isTaken ? number << shift : 0;
+    ++s_lightSharesSet;
+    return isTaken;
+}
+
+LightShare* EffectES20::GetLightShare()
+{
+    return s_lightShare;
+}
 
 void EffectES20::AddClipPlane(glm::vec3 normal, glm::vec3 position)
 {

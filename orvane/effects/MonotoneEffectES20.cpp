@@ -103,6 +103,7 @@ bool DrawsPoints(const MeshNode& node)
 MonotoneEffectES20::MonotoneEffectES20(EffectCache* cache) : MaterialEffectES20(cache)
 {
     m_discardsAtPlanes = true;
+    m_takesLightShare = true;
 }
 
 unsigned int MonotoneEffectES20::CreateProgramForOptions(std::uint64_t options, std::string& name)

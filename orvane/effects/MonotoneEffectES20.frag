@@ -19,6 +19,10 @@ uniform bool u_isShadow;
 
 varying vec3 v_world_position;                      // world space
 
+#ifdef LIGHT_SHARE
+@LIGHT_SHARE@
+#endif
+
 // Whether the fragment lies in the outline band of a cut. Cut away by a later plane, it is
 // discarded all the same.
 bool clippedToOutline()
@@ -60,11 +64,14 @@ vec4 surfaceColor()
 {
     bool canUsePoche = u_pocheColorEnabled && haveClipPlanes();
     vec4 color = vec4(u_color, 1.0);
+#ifdef LIGHT_SHARE
+    color.rgb *= OVSL_ShadowTone();
+#endif
     if (!gl_FrontFacing)
     {
         if (u_showFaceSides)
         {
-            color = vec4(u_color.r * 0.8, u_color.g * 0.5, u_color.b * 0.4, 1.0);
+            color = vec4(color.r * 0.8, color.g * 0.5, color.b * 0.4, 1.0);
         }
         else if (canUsePoche)
         {
@@ -82,5 +89,6 @@ void main()
 {
     bool isOutline = clippedToOutline();
     float shade = u_isShadow ? 1.0 - u_shadowIntensity : 1.0;
-    gl_FragColor = isOutline ? u_clipPlaneOutlineColor : shade * surfaceColor();
+    vec4 color = surfaceColor();
+    gl_FragColor = isOutline ? u_clipPlaneOutlineColor : shade * color;
 }

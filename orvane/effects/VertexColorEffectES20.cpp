@@ -71,6 +71,7 @@ constexpr ProgramTemplate kTemplate = {
 VertexColorEffectES20::VertexColorEffectES20(EffectCache* cache) : MaterialEffectES20(cache)
 {
     m_discardsAtPlanes = true;
+    m_takesLightShare = true;
 }
 
 unsigned int VertexColorEffectES20::CreateProgramForOptions(std::uint64_t options, std::string& name)

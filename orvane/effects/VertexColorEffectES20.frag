@@ -11,6 +11,10 @@ uniform float u_clipPlaneOutlineSize;               // world units
 varying vec4 v_color;
 varying vec3 v_world_position;                      // world space
 
+#ifdef LIGHT_SHARE
+@LIGHT_SHARE@
+#endif
+
 // Whether the fragment lies in the outline band of a cut. Cut away by a later plane, it is
 // discarded all the same.
 bool clippedToOutline()
@@ -41,5 +45,10 @@ bool clippedToOutline()
 
 void main()
 {
-    gl_FragColor = clippedToOutline() ? u_clipPlaneOutlineColor : v_color;
+    bool isOutline = clippedToOutline();
+    vec4 color = v_color;
+#ifdef LIGHT_SHARE
+    color.rgb *= OVSL_ShadowTone();
+#endif
+    gl_FragColor = isOutline ? u_clipPlaneOutlineColor : color;
 }

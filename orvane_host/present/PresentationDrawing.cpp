@@ -103,6 +103,9 @@ void Presentation::Impl::ConfigureRenderer()
     renderer->ShowSky(settings.sky);
     renderer->SetLook(settings.look);
     renderer->SetStrokeDensity(StrokeDensityFor(Extent()));
+    renderer->SetSun(sun.direction);
+    renderer->SetShadows(settings.shadows);
+    renderer->SetShadowGround(ShadowGroundOfModel());
     renderer->SetSurroundings(m_surroundings);
     renderer->SetGround(MakeGround());
     renderer->SetEdges(settings.edges);
@@ -212,6 +215,7 @@ void Presentation::Impl::Draw(int newWidth, int newHeight, float newRatio)
     const Detail::ProcessSettings scope(settings, Camera(), OutlineWidth());
     LayOut();
     const bool hasChanged = app.Update(0.0f);
+    m_sunLight.Aim(World());
     const bool isBehindChanged = m_isPictureChanged || (hasChanged && !app.GetContext()->OnlyForegroundWasDirty());
     m_isPictureChanged = false;
     m_isForegroundChanged = false;

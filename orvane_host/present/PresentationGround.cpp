@@ -64,6 +64,11 @@ std::optional<Detail::Ground> Presentation::Impl::MakeGround()
     ground.hides = ground.height > lowest;
     ground.middle = MiddleOfModel();
     ground.extent = Extent();
+    if (sun.direction && settings.shadows)
+    {
+        // The sun tells where things stand.
+        return ground;
+    }
     if (!m_contactShadow)
     {
         UpdateGlobals();

@@ -16,6 +16,8 @@
 #include "orvane_host/present/detail/OcclusionStage.h"
 #include "orvane_host/present/detail/OcclusionView.h"
 #include "orvane_host/present/detail/ScreenBuffer.h"
+#include "orvane_host/present/detail/ShadowStage.h"
+#include "orvane_host/present/detail/SunPatchStage.h"
 #include "orvane_host/present/detail/SurfacePass.h"
 #include "orvane_host/present/detail/SurfaceStage.h"
 #include "orvane/effects/MaterialEffectES20.h"
@@ -92,10 +94,13 @@ PresentationRenderer::PresentationRenderer(TextureLoader* loader, RenderCapabili
     m_lister(std::make_unique<Detail::ItemLister>())
 {
     // In drawing order.
+    m_shadows = Append<Detail::ShadowStage>(Step::Shadows);
     Append<Detail::IdentifierStage>(Step::Identifiers);
     Append<Detail::DepthStage>(Step::Depth);
     m_ground = Append<Detail::GroundStage>(Step::Ground);
+    m_sunPatch = Append<Detail::SunPatchStage>(Step::SunPatch, *m_shadows);
     m_surfaces = Append<Detail::SurfaceStage>(Step::Surfaces);
+    m_surfaces->LightWith(*m_shadows);
     m_occlusion = Append<Detail::OcclusionStage>(Step::Occlusion);
     m_edges = Append<Detail::EdgeStage>(Step::Edges);
 }
@@ -105,10 +110,10 @@ PresentationRenderer::~PresentationRenderer()
     ReleaseHeld();
 }
 
-template <class Stage>
-Stage* PresentationRenderer::Append(Step step)
+template <class Stage, class... Arguments>
+Stage* PresentationRenderer::Append(Step step, Arguments&... arguments)
 {
-    m_stages.push_back({step, std::make_unique<Stage>(), {}});
+    m_stages.push_back({step, std::make_unique<Stage>(arguments...), {}});
     return static_cast<Stage*>(m_stages.back().stage.get());
 }
 
@@ -237,6 +242,22 @@ void PresentationRenderer::ShowIdentifiers(bool show)
 void PresentationRenderer::ShowAmbientOcclusion(bool show)
 {
     m_occlusion->Show(show);
+}
+
+void PresentationRenderer::SetSun(const std::optional<Vector>& towardSun)
+{
+    m_shadows->SetSun(towardSun);
+}
+
+void PresentationRenderer::SetShadows(const std::optional<ShadowSettings>& shadows)
+{
+    m_shadows->SetShadows(shadows);
+}
+
+void PresentationRenderer::SetShadowGround(const std::optional<ShadowGround>& ground)
+{
+    m_shadows->SetPlane(ground ? std::optional<Detail::ShadowStage::Plane>({ground->position, ground->up}) : std::nullopt);
+    m_sunPatch->SetDarkness(ground ? ground->darkness : 0.0f);
 }
 
 void PresentationRenderer::Suspend()

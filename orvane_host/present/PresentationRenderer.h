@@ -6,6 +6,8 @@
 #include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/PresentationStage.h"
 #include "orvane_host/present/SceneRenderer.h"
+#include "orvane_host/present/ShadowSettings.h"
+#include "orvane/math/Vector.h"
 
 #include <cstdint>
 #include <memory>
@@ -33,6 +35,8 @@ class ItemLister;
 class LineSetup;
 class OcclusionStage;
 class ScreenBuffer;
+class ShadowStage;
+class SunPatchStage;
 class SurfaceStage;
 
 } // namespace OV::Host::Detail
@@ -43,8 +47,8 @@ namespace OV::Host
 struct PickArea;
 class Surroundings;
 
-/// A renderer that puts a presentation together, each frame in this order: sky; identifiers and
-/// depth, off screen; surfaces in a look and lines; ambient occlusion; edges. Each is on or off by
+/// A renderer that puts a presentation together, each frame in this order: sky; shadows, identifiers
+/// and depth, off screen; surfaces in a look and lines; ambient occlusion; edges. Each is on or off by
 /// itself; a captured frame is antialiased after them, and the layer above comes last.
 ///
 /// Lines and 2D layers are as ever, and so are materials that know no other pass than the default
@@ -106,6 +110,29 @@ public:
     /// Darkens corners. Off at first. Within about 10 pixels of them where the camera's target lies
     /// as far away as what is looked at (CameraNode::SetDistanceToTarget), else within fewer.
     void ShowAmbientOcclusion(bool show);
+
+    /// The direction towards the sun, in world space, of any length above 0: what casts shadows. The
+    /// light itself is the first light of the scene, which shines from there. None at first.
+    void SetSun(const std::optional<Vector>& towardSun);
+
+    /// Lets surfaces cast the shadows of the sun, in every look. None at first. Lit looks lose the
+    /// light of the first light of the scene there and nothing else; the others get darker.
+    ///
+    /// Lines and points cast nothing, nor does what is hidden; what clip planes have cut away does on
+    /// request; see-through materials let a share of the light pass. Where GL can't make the maps
+    /// that shadows come from, all is lit.
+    void SetShadows(const std::optional<ShadowSettings>& shadows);
+
+    /// A plane that the shadows of the sun fall on and of which nothing else is seen.
+    struct ShadowGround
+    {
+        Vector position; ///< a point of it, in world space
+        Vector up;       ///< unit, to the side from which it is seen
+        float darkness = 0.35f; ///< of a shadow, 0 to 1
+    };
+
+    /// Lays a plane under the scene, as far as shadows fall on it. It hides nothing. None at first.
+    void SetShadowGround(const std::optional<ShadowGround>& ground);
 
     /// As that of Renderer20. Supersampling raises the device pixel ratio from 1 to 2; layers without
     /// a ratio of their own stay as large as they were.
@@ -178,9 +205,11 @@ private:
     /// Stages in drawing order; outside ones may stand between those of the kit.
     enum class Step
     {
+        Shadows,
         Identifiers,
         Depth,
         Ground, ///< from here on into the picture
+        SunPatch,
         BeforeSurfaces,
         Surfaces,
         AfterSurfaces,
@@ -197,8 +226,8 @@ private:
     };
 
     static Step StepOf(StageSlot slot);
-    template <class Stage>
-    Stage* Append(Step step);
+    template <class Stage, class... Arguments>
+    Stage* Append(Step step, Arguments&... arguments);
     void ReleaseHeld();
     Detail::Batches* BatchesOf(Scene& scene);
 
@@ -211,6 +240,8 @@ private:
 
     std::vector<Entry> m_stages; ///< in drawing order
     // In m_stages.
+    Detail::ShadowStage* m_shadows = nullptr;
+    Detail::SunPatchStage* m_sunPatch = nullptr;
     Detail::SurfaceStage* m_surfaces = nullptr;
     Detail::GroundStage* m_ground = nullptr;
     Detail::OcclusionStage* m_occlusion = nullptr;

@@ -222,7 +222,7 @@ Presentation::Impl::Changes Presentation::Impl::ChangesTo(const PresentationSett
         || (settings.lines && settings.lines->crease != wanted.lines->crease);
     changes.materials = differs(&S::look) || differs(&S::cullBacks) || differs(&S::lines) || differs(&S::antialiasing)
         || differs(&S::surroundings);
-    changes.view = differs(&S::view);
+    changes.view = differs(&S::view) || differs(&S::sun) || differs(&S::shadows) || differs(&S::ground);
     changes.sheet = differs(&S::sheet);
     S behind = wanted;
     behind.sheet = settings.sheet;
@@ -278,10 +278,15 @@ void Presentation::Impl::UpdateScene(const Changes& changes)
         m_areNotesStale = true;
         m_contactShadow.reset();
     }
+    m_sunLight.GiveBack(World());
     if (changes.section || changes.materials)
     {
         UpdateLight();
         UpdateMaterials();
+    }
+    if (sun.direction)
+    {
+        m_sunLight.Take(World(), *sun.direction, 1.0f - AmbientLevelFor(settings.look));
     }
     UpdateStyle();
     if (movesLines && settings.lines)
@@ -351,6 +356,21 @@ void Presentation::Impl::UpdateLight()
         const float strength = 1.0f - AmbientLevelFor(settings.look);
         m_light->SetColor(strength, strength, strength);
     }
+}
+
+std::optional<PresentationRenderer::ShadowGround> Presentation::Impl::ShadowGroundOfModel() const
+{
+    if (!settings.ground || !report.hasBox)
+    {
+        return std::nullopt;
+    }
+    const bool isZUp = settings.view.upAxis == UpAxis::Z;
+    PresentationRenderer::ShadowGround ground;
+    ground.darkness = settings.shadows ? settings.shadows->darkness : 0.0f;
+    ground.up = isZUp ? Vector(0.0f, 0.0f, 1.0f) : Vector(0.0f, 1.0f, 0.0f);
+    const float lowest = isZUp ? report.boxMin.z : report.boxMin.y;
+    ground.position.Scale(settings.ground->height.value_or(lowest), ground.up);
+    return ground;
 }
 
 void Presentation::Impl::UpdateEdit()

@@ -5,6 +5,7 @@
 #include "orvane_host/present/EdgeLook.h"
 #include "orvane_host/present/GroundSettings.h"
 #include "orvane_host/present/Look.h"
+#include "orvane_host/present/ShadowSettings.h"
 #include "orvane_host/present/SunSettings.h"
 #include "orvane_host/view/ViewFit.h"
 #include "orvane/math/Color.h"
@@ -133,6 +134,8 @@ struct PresentationSettings
     std::optional<EdgeLook> edges;
     bool occlusion = false;
     std::optional<SunSettings> sun;
+    /// Of the sun, in every look; without a sun there are none.
+    std::optional<ShadowSettings> shadows;
     Antialiasing antialiasing = Antialiasing::Multisampling;
     /// Samples a pixel of pictures with multisampling, 0 to MostSamples; none means as many as suit
     /// the size. A framebuffer of the host's has those that it has.

@@ -65,7 +65,43 @@ void Presentation::Impl::PlaceCamera()
         ViewFit::Frame(camera, report.boxMin, report.boxMax, view.named, fit);
         SceneFit::Frame(camera, World(), ModelFilter(), fit.aspect, fit.margin);
     }
+    ReachShadows();
     m_isPictureChanged = true;
+}
+
+void Presentation::Impl::ReachShadows()
+{
+    const std::optional<PresentationRenderer::ShadowGround> ground = ShadowGroundOfModel();
+    if (!ground || !settings.shadows || !sun.direction)
+    {
+        return;
+    }
+    // Those of a lower sun end out of sight.
+    constexpr float lowest = 0.05f;
+    const auto dot = [](const Vector& a, const Vector& b) { return a.x * b.x + a.y * b.y + a.z * b.z; };
+    const float height = std::max(dot(ground->up, *sun.direction), lowest);
+    CameraNode& camera = Camera();
+    const auto& m = camera.GetGlobal().GetTransf3d().m;
+    float nearest = 0.0f;
+    float farthest = 0.0f;
+    camera.GetNearFar(nearest, farthest);
+    for (int i = 0; i < 8; ++i)
+    {
+        const Vector corner((i & 1) != 0 ? report.boxMax.x : report.boxMin.x,
+                            (i & 2) != 0 ? report.boxMax.y : report.boxMin.y,
+                            (i & 4) != 0 ? report.boxMax.z : report.boxMin.z);
+        const float along = (dot(ground->up, corner) - dot(ground->up, ground->position)) / height;
+        const double shadow[3] = {static_cast<double>(corner.x - sun.direction->x * along),
+                                  static_cast<double>(corner.y - sun.direction->y * along),
+                                  static_cast<double>(corner.z - sun.direction->z * along)};
+        double away = 0.0;
+        for (int row = 0; row < 3; ++row)
+        {
+            away -= (shadow[row] - m[row][3]) * m[row][2];
+        }
+        farthest = std::max(farthest, static_cast<float>(away * 1.01));
+    }
+    camera.SetNearFar(nearest, farthest);
 }
 
 std::optional<Presentation::Box> Presentation::Impl::BoxOf(const std::vector<Vector>& points) const

@@ -9,6 +9,7 @@
 #include "orvane_host/present/detail/HighlightRenderer.h"
 #include "orvane_host/present/detail/MaterialSettings.h"
 #include "orvane_host/present/detail/NodeVisibility.h"
+#include "orvane_host/present/detail/SunLight.h"
 #include "orvane_host/sheet/Notes.h"
 #include "orvane_host/sheet/Sheet.h"
 #include "orvane_host/sheet/Watermark.h"
@@ -162,6 +163,8 @@ private:
     void UpdateStyle();
     void UpdateMaterials();
     void UpdateLight();
+    std::optional<PresentationRenderer::ShadowGround> ShadowGroundOfModel() const;
+    void ReachShadows();
     void UpdateEdit();
     std::optional<Detail::Ground> MakeGround();
     void UpdateHighlights();
@@ -198,6 +201,7 @@ private:
     Detail::MaterialSettings m_materials;
     std::map<const Node*, Color> m_highlights;
     LightNode* m_light = nullptr; ///< in the scene; null where it has its own
+    Detail::SunLight m_sunLight;
     std::unique_ptr<Watermark> m_watermark;
     bool m_isWatermarkLaid = false;
     std::shared_ptr<const Surroundings> m_surroundings;

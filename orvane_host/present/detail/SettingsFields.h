@@ -24,6 +24,7 @@ constexpr Limits kAboveZero{0.0f, std::numeric_limits<float>::max(), true};
 constexpr Limits kShare{0.0f, 1.0f};
 constexpr Limits kCrease{0.0f, 180.0f};
 constexpr Limits kLineWidth{0.0f, 100.0f, true};
+constexpr Limits kSunWidth{0.0f, 20.0f, true};
 constexpr Limits kFov{1.0f, 170.0f};
 constexpr Limits kSamples{0.0f, static_cast<float>(PresentationSettings::MostSamples)};
 /// Beyond it ViewFit takes no eye.
@@ -134,6 +135,19 @@ struct Fields<SunSettings>
 };
 
 template <>
+struct Fields<ShadowSettings>
+{
+    template <typename Visitor>
+    static void Visit(Visitor&& visit)
+    {
+        visit("soft", &ShadowSettings::soft, kFinite);
+        visit("sunWidth", &ShadowSettings::sunWidth, kSunWidth);
+        visit("darkness", &ShadowSettings::darkness, kShare);
+        visit("clippedCasts", &ShadowSettings::clippedCasts, kFinite);
+    }
+};
+
+template <>
 struct Fields<ViewSettings>
 {
     template <typename Visitor>
@@ -192,6 +206,7 @@ struct Fields<PresentationSettings>
         visit("edges", &PresentationSettings::edges, kFinite);
         visit("occlusion", &PresentationSettings::occlusion, kFinite);
         visit("sun", &PresentationSettings::sun, kFinite);
+        visit("shadows", &PresentationSettings::shadows, kFinite);
         visit("antialiasing", &PresentationSettings::antialiasing, kFinite);
         visit("samples", &PresentationSettings::samples, kSamples);
         visit("sheet", &PresentationSettings::sheet, kFinite);

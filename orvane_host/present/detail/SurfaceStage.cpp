@@ -5,8 +5,10 @@
 #include "orvane_host/present/StageAccess.h"
 #include "orvane_host/present/detail/ConstantColorScope.h"
 #include "orvane_host/present/detail/Effects.h"
+#include "orvane_host/present/detail/LightShareScope.h"
 #include "orvane_host/present/detail/ObjectHatchEffect.h"
 #include "orvane_host/present/detail/SampleShadingScope.h"
+#include "orvane_host/present/detail/ShadowStage.h"
 #include "orvane/effects/AdvancedMaterialBaseES20.h"
 #include "orvane/math/Transform.h"
 #include "orvane/renderdata/MaterialES20.h"
@@ -263,6 +265,7 @@ void SurfaceStage::Draw(PresentationFrame& frame)
 void SurfaceStage::DrawLook(PresentationFrame& frame)
 {
     const SampleShadingScope sampleShading(SmoothsCuts(frame.camera) && SampleShadingScope::IsOfUse());
+    const LightShareScope lightShare(m_shadows ? m_shadows->GetShare() : nullptr);
     const SeamlessScope seamless(m_reflecting != nullptr);
     const ConstantColorScope plainColors(kColorAttribute, m_look == Look::VertexColor);
     const FrameItems& items = frame.items.Seen();

@@ -34,6 +34,7 @@ namespace OV::Host::Detail
 {
 
 class ObjectHatchEffect;
+class ShadowStage;
 
 /// The surfaces of the scene in a look, and its lines.
 class SurfaceStage final : public PresentationStage
@@ -56,6 +57,9 @@ public:
     void OverlayLines(bool overlay) { m_linesOverlaid = overlay; }
     void SetSurroundings(std::shared_ptr<const Surroundings> surroundings) { m_surroundings.Set(std::move(surroundings)); }
     void SetEditPath(std::optional<Path> path) { m_editPath = std::move(path); }
+
+    /// What tells how much light reaches the surfaces; outlives this.
+    void LightWith(ShadowStage& shadows) { m_shadows = &shadows; }
 
     int MarginOf(const PixelSize& whole) const override;
     FrameNeeds NeedsOf(const PresentationFrame& frame) const override;
@@ -86,6 +90,7 @@ private:
     void Reflect(const Reflection& reflection);
 
     Look m_look = Look::Advanced;
+    ShadowStage* m_shadows = nullptr;
     bool m_surfacesShown = true;
     bool m_linesShown = true;
     bool m_linesOverlaid = false;

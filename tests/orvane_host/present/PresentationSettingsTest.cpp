@@ -52,6 +52,7 @@ PresentationSettings Whole()
     settings.sun.emplace().direction = Vector(0.0f, 1.0f, 0.0f);
     settings.sun->place.emplace();
     settings.sun->north = 0.0f;
+    settings.shadows.emplace();
     settings.samples = 4;
     settings.sheet.north = 0.0f;
     settings.view.eye = Vector(1.0f, 2.0f, 3.0f);
@@ -106,6 +107,10 @@ const Change kChanges[] = {
     {"sun.place.latitude", [](auto& s) { s.sun->place->latitude = 52.52f; }, "52.52"},
     {"sun.place.longitude", [](auto& s) { s.sun->place->longitude = -180.0f; }, "-180.0"},
     {"sun.north", [](auto& s) { s.sun->north = 30.0f; }, "30.0"},
+    {"shadows.soft", [](auto& s) { s.shadows->soft = true; }, "true"},
+    {"shadows.sunWidth", [](auto& s) { s.shadows->sunWidth = 20.0f; }, "20.0"},
+    {"shadows.darkness", [](auto& s) { s.shadows->darkness = 1.0f; }, "1.0"},
+    {"shadows.clippedCasts", [](auto& s) { s.shadows->clippedCasts = true; }, "true"},
     {"antialiasing", [](auto& s) { s.antialiasing = Antialiasing::Supersampling; }, "\"ssaa\""},
     {"samples", [](auto& s) { s.samples = 16; }, "16"},
     {"sheet.title", [](auto& s) { s.sheet.title = "\"A\"\n"; }, "\"\\\"A\\\"\\n\""},
@@ -142,6 +147,7 @@ const Change kRemovals[] = {
          s.sun->time = "2026-06-21T15:00Z";
      },
      "null"},
+    {"shadows", [](auto& s) { s.shadows.reset(); }, "null"},
     {"sun.place", [](auto& s) { s.sun->place.reset(); }, "null"},
     {"sun.north", [](auto& s) { s.sun->north.reset(); }, "null"},
     {"samples", [](auto& s) { s.samples.reset(); }, "null"},
@@ -227,13 +233,14 @@ TEST(PresentationSettings, EveryFieldIsNamed)
     [[maybe_unused]] const auto& [planes, fill, outlineWidth, outlineColor] = SectionSettings();
     [[maybe_unused]] const auto& [crease, width, color, dash, offset] = LineSettings();
     [[maybe_unused]] const auto& [weight, edgeColor, identity] = EdgeLook();
+    [[maybe_unused]] const auto& [kind, groundColor, height] = GroundSettings();
     [[maybe_unused]] const auto& [latitude, longitude] = GeoPlace();
     [[maybe_unused]] const auto& [direction, time, place, sunNorth] = SunSettings();
-    [[maybe_unused]] const auto& [kind, groundColor, height] = GroundSettings();
+    [[maybe_unused]] const auto& [soft, sunWidth, darkness, clippedCasts] = ShadowSettings();
     [[maybe_unused]] const auto& [named, eye, target, up, fov, orthographic, upAxis] = ViewSettings();
     [[maybe_unused]] const auto& [title, scaleBar, north, watermark] = SheetSettings();
     [[maybe_unused]] const auto& [look, cullBacks, section, editPath, background, sky, fog, surroundings, ground,
-                                  lines, edges, occlusion, sun, antialiasing, samples, sheet, view, batches] =
+                                  lines, edges, occlusion, sun, shadows, antialiasing, samples, sheet, view, batches] =
         PresentationSettings();
     [[maybe_unused]] const auto& [use, smallestPixels] = BatchSettings();
     EXPECT_EQ(CountNamed<FogRange>(), 2);
@@ -241,13 +248,14 @@ TEST(PresentationSettings, EveryFieldIsNamed)
     EXPECT_EQ(CountNamed<SectionSettings>(), 4);
     EXPECT_EQ(CountNamed<LineSettings>(), 5);
     EXPECT_EQ(CountNamed<EdgeLook>(), 3);
+    EXPECT_EQ(CountNamed<GroundSettings>(), 3);
     EXPECT_EQ(CountNamed<GeoPlace>(), 2);
     EXPECT_EQ(CountNamed<SunSettings>(), 4);
-    EXPECT_EQ(CountNamed<GroundSettings>(), 3);
+    EXPECT_EQ(CountNamed<ShadowSettings>(), 4);
     EXPECT_EQ(CountNamed<ViewSettings>(), 7);
     EXPECT_EQ(CountNamed<SheetSettings>(), 4);
     EXPECT_EQ(CountNamed<BatchSettings>(), 2);
-    EXPECT_EQ(CountNamed<PresentationSettings>(), 18);
+    EXPECT_EQ(CountNamed<PresentationSettings>(), 19);
 }
 
 TEST(PresentationSettings, JSONNamesTheFieldsOfTheTable)
@@ -417,6 +425,12 @@ std::vector<Bound> Bounds()
         share("lines.color", [](auto& s, float n) { s.lines->color.r = n; }),
         share("edges.color", [](auto& s, float n) { s.edges->color.g = n; }),
         share("edges.weight", [](auto& s, float n) { s.edges->weight = n; }),
+        share("shadows.darkness", [](auto& s, float n) { s.shadows->darkness = n; }),
+        {"shadows.sunWidth",
+         [](auto& s, float n) { s.shadows->sunWidth = n; },
+         {kLeast, 20.0f},
+         {0.0f, -0.0f, Above(20.0f)},
+         "above 0 and at most 20"},
         place("view.eye", [](auto& s, float n) { s.view.eye->x = n; }),
         place("view.target", [](auto& s, float n) { s.view.target->z = n; }),
         place("ground.height", [](auto& s, float n) { s.ground->height = n; }),
@@ -809,6 +823,7 @@ TEST(PresentationSettings, AFileOfVersion1IsStillRead)
     expected.sun.emplace().time = "2026-06-21T15:00+02:00";
     expected.sun->place = GeoPlace{52.52f, 13.4f};
     expected.sun->north = 30.0f;
+    expected.shadows = ShadowSettings{true, 2.5f, 0.5f, true};
     expected.antialiasing = Antialiasing::Filter;
     expected.samples = 8;
     expected.sheet.title = "Schnitt A\xE2\x80\x93"

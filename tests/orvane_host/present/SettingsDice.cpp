@@ -80,11 +80,26 @@ void ChangeSheet(PresentationSettings& settings, Dice& dice)
     }
 }
 
+void ChangeSun(PresentationSettings& settings, Dice& dice)
+{
+    settings.sun.reset();
+    settings.shadows.reset();
+    if (dice.Below(3) == 0)
+    {
+        return;
+    }
+    settings.sun.emplace().direction = Vector(dice.Share() - 0.5f, 0.2f + dice.Share(), dice.Share() - 0.5f);
+    if (dice.Below(3) != 0)
+    {
+        settings.shadows = Host::ShadowSettings{dice.Below(2) != 0, 0.5f + dice.Share(), dice.Share(), dice.Below(2) != 0};
+    }
+}
+
 } // namespace
 
 void Change(PresentationSettings& settings, Dice& dice, const std::vector<std::string>& paths)
 {
-    switch (dice.Below(15))
+    switch (dice.Below(16))
     {
     case 0:
     case 1: settings.look = static_cast<Host::Look>(dice.Below(6)); break;
@@ -110,6 +125,7 @@ void Change(PresentationSettings& settings, Dice& dice, const std::vector<std::s
         break;
     case 12: settings.surroundings = dice.Below(2) != 0 ? "sky" : ""; break;
     case 13: dice.Below(2) != 0 ? ChangeView(settings, dice) : ChangeSheet(settings, dice); break;
+    case 14: ChangeSun(settings, dice); break;
     default: settings.antialiasing = static_cast<Host::Antialiasing>(dice.Below(4)); break;
     }
     // The one look that is not cut.

@@ -1,0 +1,480 @@
+#define GL_GLEXT_PROTOTYPES
+
+#include "orvane_host/present/detail/ShadowStage.h"
+
+#include "orvane_host/present/PresentationFrame.h"
+#include "orvane_host/present/StageAccess.h"
+#include "orvane_host/present/detail/CasterEffect.h"
+#include "orvane_host/present/detail/DrawIdKeeper.h"
+#include "orvane_host/present/detail/EffectInPlace.h"
+#include "orvane_host/present/detail/Effects.h"
+#include "orvane_host/present/detail/Fingerprint.h"
+#include "orvane_host/present/detail/SurfacePass.h"
+#include "orvane/math/Transform.h"
+#include "orvane/renderdata/CameraNodeES20.h"
+#include "orvane/renderdata/MaterialES20.h"
+#include "orvane/renderdata/MeshES20.h"
+#include "orvane/renderdata/MeshStyleES20.h"
+#include "orvane/scene/CameraNode.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/MeshNode.h"
+#include "orvane/scene/RawMesh.h"
+
+#include <GL/gl.h>
+#include <GL/glext.h>
+
+#include <glm/geometric.hpp>
+#include <glm/gtc/type_ptr.hpp>
+#include <glm/mat3x3.hpp>
+#include <glm/matrix.hpp>
+
+#include <algorithm>
+#include <cmath>
+
+namespace OV::Host::Detail
+{
+
+namespace
+{
+
+/// A sun lower than this over the plane, as the sine of its height, leaves no shadow on it that
+/// ends in sight.
+constexpr double kLowest = 0.01;
+
+/// Parts of a map that are drawn, without the rest of it.
+class PartScope
+{
+public:
+    PartScope()
+    {
+        glGetFloatv(GL_DEPTH_RANGE, m_range);
+        glGetIntegerv(GL_SCISSOR_BOX, m_box);
+        glGetBooleanv(GL_COLOR_WRITEMASK, m_mask);
+        m_scissor = glIsEnabled(GL_SCISSOR_TEST) != GL_FALSE;
+        glDepthRange(0.0, 1.0);
+    }
+
+    ~PartScope()
+    {
+        glDepthRange(m_range[0], m_range[1]);
+        glScissor(m_box[0], m_box[1], m_box[2], m_box[3]);
+        glColorMask(m_mask[0], m_mask[1], m_mask[2], m_mask[3]);
+        (m_scissor ? glEnable : glDisable)(GL_SCISSOR_TEST);
+        glEnable(GL_CULL_FACE);
+        glEnable(GL_DEPTH_TEST);
+        glDisable(GL_BLEND);
+    }
+
+    PartScope(const PartScope&) = delete;
+    PartScope& operator=(const PartScope&) = delete;
+
+private:
+    GLfloat m_range[2] = {};
+    GLint m_box[4] = {};
+    GLboolean m_mask[4] = {};
+    bool m_scissor = false;
+};
+
+glm::dvec3 ToDouble(const Vector& v)
+{
+    return {v.x, v.y, v.z};
+}
+
+glm::dmat4 ToDouble(const Matrix& matrix)
+{
+    return glm::dmat4(glm::make_mat4(matrix.m));
+}
+
+CastBox BoxOf(const Mesh& mesh, const MeshNode& node)
+{
+    Vector low;
+    Vector high;
+    mesh.GetBBox(low, high);
+    const auto& rows = node.GetGlobal().GetTransf3d().m;
+    const glm::dvec3 middle = 0.5 * (ToDouble(low) + ToDouble(high));
+    const glm::dvec3 half = 0.5 * (ToDouble(high) - ToDouble(low));
+    CastBox box;
+    for (int row = 0; row < 3; ++row)
+    {
+        box.middle[row] = rows[row][3];
+        for (int axis = 0; axis < 3; ++axis)
+        {
+            box.middle[row] += rows[row][axis] * middle[axis];
+            box.halves[static_cast<std::size_t>(axis)][row] = rows[row][axis] * half[axis];
+        }
+    }
+    return box;
+}
+
+bool IsFinite(const CastBox& box)
+{
+    const glm::dvec3 sum = box.middle + box.halves[0] + box.halves[1] + box.halves[2];
+    return std::isfinite(sum.x + sum.y + sum.z);
+}
+
+} // namespace
+
+ShadowStage::~ShadowStage()
+{
+    Drop(m_effect);
+}
+
+void ShadowStage::ReleaseGL()
+{
+    Drop(m_effect);
+    m_depth.Resize(0, 0);
+    m_glass.Resize(0, 0);
+    m_drawn.reset();
+    m_inForce = false;
+}
+
+void ShadowStage::Prepare(PresentationFrame&)
+{
+    m_inForce = false;
+    m_patch.reset();
+}
+
+void ShadowStage::Draw(PresentationFrame& frame)
+{
+    const double length = m_towardSun ? glm::length(ToDouble(*m_towardSun)) : 0.0;
+    if (!m_settings || !(length > 0.0))
+    {
+        return;
+    }
+    const glm::dvec3 towardSun = ToDouble(*m_towardSun) / length;
+    ListCasters(frame);
+    const std::optional<SunView> view = LayOut(frame, towardSun);
+    if (!view || !DrawMaps(frame, *view))
+    {
+        m_patch.reset();
+        return;
+    }
+    SetValues(frame, *view);
+    BindMaps(frame);
+    m_inForce = true;
+}
+
+void ShadowStage::ListCasters(const PresentationFrame& frame)
+{
+    m_casters.clear();
+    m_boxes.clear();
+    m_hasGlass = false;
+    ListCasters(frame, 0, frame.items.firstLine);
+    ListCasters(frame, frame.items.firstAlpha, frame.items.all.size());
+}
+
+void ShadowStage::ListCasters(const PresentationFrame& frame, std::size_t first, std::size_t end)
+{
+    for (std::size_t i = first; i < end; ++i)
+    {
+        const RenderItemES20& item = frame.items.all[i];
+        const auto* const data = dynamic_cast<const MaterialES20*>(item.style);
+        Material* const material = data ? data->GetMaterial() : nullptr;
+        if (!material || !item.style->GetShader(RenderPassDepthId) || (material->GetFlags() & MaterialFlagPoints) != 0)
+        {
+            continue;
+        }
+        const bool isGlass = material->IsTransparent();
+        if (item.specificNode)
+        {
+            AddCaster(item, *item.node, isGlass);
+            continue;
+        }
+        for (MeshNode* node : item.mesh->GetNodes())
+        {
+            if ((node->GetFlags() & NodeFlagHasNodeMaterial) == 0)
+            {
+                AddCaster(item, *node, isGlass);
+            }
+        }
+    }
+}
+
+void ShadowStage::AddCaster(const RenderItemES20& item, MeshNode& node, bool isGlass)
+{
+    // What is out of the view casts into it all the same.
+    const bool isHidden = (node.GetFlags() & NodeFlagHidden) != 0 || !node.ReadyToDraw();
+    if (isHidden || !dynamic_cast<const MeshES20*>(item.mesh->GetRenderData()))
+    {
+        return;
+    }
+    const CastBox box = BoxOf(*item.mesh, node);
+    if (!IsFinite(box))
+    {
+        return;
+    }
+    m_casters.push_back({{item.mesh, item.style, true, &node}, isGlass});
+    m_boxes.push_back(box);
+    m_hasGlass = m_hasGlass || isGlass;
+}
+
+std::optional<SunView> ShadowStage::LayOut(const PresentationFrame& frame, const glm::dvec3& towardSun)
+{
+    if (m_boxes.empty())
+    {
+        return std::nullopt;
+    }
+    SunView::Request request;
+    request.towardSun = towardSun;
+    request.worldToClip = ToDouble(frame.cameraData.GetMVP());
+    request.perspective = frame.camera.GetProjection() == CameraNode::Perspective;
+    request.pixels = {frame.target.width, frame.target.height};
+    GLint limit = 0;
+    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &limit);
+    request.mostTexels = std::min(limit / 2, 4096);
+    request.low = m_boxes.front().middle;
+    request.high = m_boxes.front().middle;
+    for (const CastBox& box : m_boxes)
+    {
+        const glm::dvec3 reach = glm::abs(box.halves[0]) + glm::abs(box.halves[1]) + glm::abs(box.halves[2]);
+        request.low = glm::min(request.low, box.middle - reach);
+        request.high = glm::max(request.high, box.middle + reach);
+    }
+    FindPatch(towardSun, request.low, request.high);
+    SunView view(request, m_boxes);
+    return view.GetTiles().empty() ? std::nullopt : std::optional<SunView>(std::move(view));
+}
+
+void ShadowStage::FindPatch(const glm::dvec3& towardSun, glm::dvec3& low, glm::dvec3& high)
+{
+    if (!m_plane)
+    {
+        return;
+    }
+    const glm::dvec3 up = ToDouble(m_plane->up);
+    const double height = glm::dot(up, towardSun);
+    if (height < kLowest)
+    {
+        return;
+    }
+    // The corners of the scene, along the light onto the plane, in a rectangle along the shadows.
+    const glm::dvec3 flat = towardSun - height * up;
+    const glm::dvec3 other = std::abs(up.x) < 0.9 ? glm::dvec3(1.0, 0.0, 0.0) : glm::dvec3(0.0, 0.0, 1.0);
+    const glm::dvec3 along = glm::normalize(glm::length(flat) > 1e-6 ? flat : glm::cross(up, other));
+    const glm::dvec3 across = glm::cross(along, up);
+    const glm::dvec3 position = ToDouble(m_plane->position);
+    glm::dvec2 from(0.0);
+    glm::dvec2 to(0.0);
+    for (int i = 0; i < 8; ++i)
+    {
+        const glm::dvec3 corner((i & 1) != 0 ? high.x : low.x, (i & 2) != 0 ? high.y : low.y,
+                                (i & 4) != 0 ? high.z : low.z);
+        const glm::dvec3 place = corner - towardSun * (glm::dot(up, corner - position) / height) - position;
+        const glm::dvec2 flatPlace(glm::dot(across, place), glm::dot(along, place));
+        from = i == 0 ? flatPlace : glm::min(from, flatPlace);
+        to = i == 0 ? flatPlace : glm::max(to, flatPlace);
+    }
+    m_patch = Patch{position + across * from.x + along * from.y, across * (to.x - from.x), along * (to.y - from.y)};
+    for (const glm::dvec2 end : {glm::dvec2(0, 0), glm::dvec2(0, 1), glm::dvec2(1, 0), glm::dvec2(1, 1)})
+    {
+        const glm::dvec3 corner = m_patch->corner + end.x * m_patch->across + end.y * m_patch->along;
+        low = glm::min(low, corner);
+        high = glm::max(high, corner);
+    }
+}
+
+std::uint64_t ShadowStage::FingerprintOf(const SunView& view) const
+{
+    Fingerprint print;
+    for (const SunView::Tile& tile : view.GetTiles())
+    {
+        print.Add(tile.low);
+        print.Add(tile.high);
+        std::for_each(glm::value_ptr(tile.toClip), glm::value_ptr(tile.toClip) + 16,
+                      [&](double value) { print.Add(value); });
+    }
+    const std::vector<glm::vec3>& normals = EffectES20::GetClipPlaneNormals();
+    for (std::size_t i = 0; i < normals.size() && !m_settings->clippedCasts; ++i)
+    {
+        for (int axis = 0; axis < 3; ++axis)
+        {
+            print.Add(normals[i][axis]);
+            print.Add(EffectES20::GetClipPlanePositions()[i][axis]);
+        }
+    }
+    for (std::size_t i = 0; i < m_casters.size(); ++i)
+    {
+        const Caster& caster = m_casters[i];
+        const auto* const data = static_cast<const MeshES20*>(caster.item.mesh->GetRenderData());
+        const auto* const material = static_cast<const MaterialES20*>(caster.item.style);
+        const RawMesh& raw = *caster.item.mesh->GetRawMesh();
+        print.Add(data);
+        print.Add(data->vertexBufferId);
+        print.Add(data->positionOffset);
+        print.Add(data->indexOffset);
+        print.Add(raw.positions.data());
+        print.Add(raw.positions.size());
+        print.Add(raw.indices.size());
+        for (const auto& row : caster.item.node->GetGlobal().GetTransf3d().m)
+        {
+            std::for_each(std::begin(row), std::end(row), [&](double value) { print.Add(value); });
+        }
+        std::for_each(glm::value_ptr(m_boxes[i].middle), glm::value_ptr(m_boxes[i].middle) + 3,
+                      [&](double value) { print.Add(value); });
+        print.Add(material->GetTextureID());
+        print.Add(material->GetOpacityMapID());
+        print.Add(material->GetUScale());
+        print.Add(material->GetVScale());
+        print.Add(material->GetMaterial()->GetOpacity());
+        print.Add(material->GetMaterial()->hasAlpha);
+    }
+    return print.Get();
+}
+
+bool ShadowStage::DrawMaps(PresentationFrame& frame, const SunView& view)
+{
+    if (!m_effect)
+    {
+        m_effect = new CasterEffect;
+    }
+    const glm::ivec2 size = view.GetSize();
+    const std::uint64_t print = FingerprintOf(view);
+    const bool isDrawn = m_drawn == print;
+    m_drawn.reset();
+    if (!m_depth.Resize(size.x, size.y))
+    {
+        return false;
+    }
+    if (!m_hasGlass || !m_glass.Resize(size.x, size.y))
+    {
+        m_hasGlass = false;
+        m_glass.Resize(0, 0);
+    }
+    m_drawn = print;
+    if (isDrawn)
+    {
+        return true;
+    }
+    const OffscreenScope offscreen(frame);
+    const PartScope parts;
+    m_effect->Clip(!m_settings->clippedCasts);
+    for (const bool glass : {false, true})
+    {
+        if (glass && !m_hasGlass)
+        {
+            continue;
+        }
+        glDisable(GL_SCISSOR_TEST);
+        glClearColor(1.0f, 1.0f, 1.0f, 1.0f);
+        RenderTarget& target = (glass ? m_glass : m_depth).GetTarget();
+        target.BeginCapture(glass ? GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT : GL_DEPTH_BUFFER_BIT);
+        glEnable(GL_SCISSOR_TEST);
+        for (const SunView::Tile& tile : view.GetTiles())
+        {
+            DrawPart(frame, view, tile, glass);
+        }
+        target.EndCapture();
+    }
+    return true;
+}
+
+void ShadowStage::DrawPart(PresentationFrame& frame, const SunView& view, const SunView::Tile& tile, bool glass)
+{
+    m_items.clear();
+    for (std::size_t i = 0; i < m_casters.size(); ++i)
+    {
+        if (m_casters[i].isGlass == glass && view.Casts(m_boxes[i], tile))
+        {
+            m_items.push_back(m_casters[i].item);
+        }
+    }
+    if (m_items.empty())
+    {
+        return;
+    }
+    const glm::ivec2 size = tile.high - tile.low;
+    glViewport(tile.low.x, tile.low.y, size.x, size.y);
+    glScissor(tile.low.x, tile.low.y, size.x, size.y);
+    m_effect->SetView(tile.toClip);
+    m_effect->DrawGlass(glass);
+    const auto draw = [&] {
+        DrawIdKeeper drawIds(frame.scene);
+        drawIds.Keep(m_items);
+        const EffectInPlace inPlace(m_items, RenderPassDepthId, *m_effect);
+        frame.renderer.Draw(frame.cameraData, m_items, RenderPassDepthId);
+    };
+    if (!glass)
+    {
+        draw();
+        return;
+    }
+    // The first of the glasses tells where it is, and all of them what they let through.
+    glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_FALSE);
+    draw();
+    glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_TRUE);
+    glDisable(GL_DEPTH_TEST);
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_ZERO, GL_SRC_ALPHA);
+    draw();
+    glDisable(GL_BLEND);
+    glEnable(GL_DEPTH_TEST);
+    glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+}
+
+void ShadowStage::SetValues(const PresentationFrame& frame, const SunView& view)
+{
+    static_assert(SunShare::MostTiles == SunView::MostTiles);
+    SunShare::Values& values = m_share.values;
+    const auto narrow = [](double value) { return static_cast<float>(value); };
+    const bool isPerspective = frame.camera.GetProjection() == CameraNode::Perspective;
+    const glm::ivec2 size = view.GetSize();
+    values.texel = {narrow(1.0 / size.x), narrow(1.0 / size.y)};
+    values.tiles = static_cast<int>(view.GetTiles().size());
+    // Backwards from what a pixel tells: its place times the distance and the distance, or place and
+    // depth.
+    const glm::dmat4 toClip = ToDouble(frame.cameraData.GetMVP());
+    const int rows[3] = {0, 1, isPerspective ? 3 : 2};
+    glm::dmat3 turned(1.0);
+    glm::dvec3 moved(0.0);
+    for (int row = 0; row < 3; ++row)
+    {
+        for (int column = 0; column < 3; ++column)
+        {
+            turned[column][row] = toClip[column][rows[row]];
+        }
+        moved[row] = toClip[3][rows[row]];
+    }
+    const glm::dmat3 back = glm::inverse(turned);
+    glm::dmat4 toWorld(back);
+    toWorld[3] = glm::dvec4(-(back * moved), 1.0);
+    const glm::dvec2 pixel(2.0 / frame.target.width, 2.0 / frame.target.height);
+    for (std::size_t i = 0; i < view.GetTiles().size(); ++i)
+    {
+        const SunView::Tile& tile = view.GetTiles()[i];
+        const glm::dmat4 toMap = tile.toMap * toWorld;
+        // Pixels count from the lower left corner, and depths from 0.
+        const glm::dvec4 middle = isPerspective ? toMap[2] - toMap[0] - toMap[1] : toMap[3] - toMap[0] - toMap[1] - toMap[2];
+        const glm::dvec4 columns[4] = {toMap[0] * pixel.x, toMap[1] * pixel.y, middle,
+                                       isPerspective ? toMap[3] : 2.0 * toMap[2]};
+        for (std::size_t column = 0; column < 4; ++column)
+        {
+            values.toMap[4 * i + column] = {narrow(columns[column].x), narrow(columns[column].y),
+                                            narrow(columns[column].z)};
+        }
+        values.rects[i] = {narrow(tile.low.x + 0.5), narrow(tile.low.y + 0.5), narrow(tile.high.x - 0.5),
+                           narrow(tile.high.y - 0.5)};
+        values.steps[i] = {narrow(tile.step.x), narrow(tile.step.y)};
+    }
+    constexpr double radians = 3.14159265358979323846 / 180.0;
+    const double halfWidth = m_settings->soft ? std::tan(0.5 * m_settings->sunWidth * radians) : 0.0;
+    values.look = {m_settings->darkness, narrow(halfWidth)};
+    const auto optionIf = [](bool condition, SunShare::Option option) { return condition ? unsigned(option) : 0u; };
+    m_share.SetOptions(optionIf(isPerspective, SunShare::OptionPerspective)
+                       | optionIf(values.tiles > 1, SunShare::OptionParts)
+                       | optionIf(m_settings->soft, SunShare::OptionSoft)
+                       | optionIf(m_hasGlass, SunShare::OptionGlass));
+}
+
+void ShadowStage::BindMaps(PresentationFrame& frame)
+{
+    glActiveTexture(GL_TEXTURE0 + SunShare::GlassUnit);
+    glBindTexture(GL_TEXTURE_2D, m_hasGlass ? m_glass.GetTarget().GetColorTexture() : 0);
+    glActiveTexture(GL_TEXTURE0 + SunShare::DepthUnit);
+    glBindTexture(GL_TEXTURE_2D, m_depth.GetTarget().GetDepthTexture());
+    glActiveTexture(GL_TEXTURE0);
+    frame.usedUnits[SunShare::DepthUnit] = true;
+    frame.usedUnits[SunShare::GlassUnit] = true;
+}
+
+} // namespace OV::Host::Detail

@@ -1,0 +1,115 @@
+#pragma once
+
+#include "orvane_host/present/PresentationStage.h"
+#include "orvane_host/present/ShadowSettings.h"
+#include "orvane_host/present/detail/ScreenBuffer.h"
+#include "orvane_host/present/detail/SunShare.h"
+#include "orvane_host/present/detail/SunView.h"
+#include "orvane/math/Vector.h"
+#include "orvane/renderdata/RenderItemES20.h"
+
+#include <glm/mat4x4.hpp>
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace OV
+{
+
+class LightShare;
+
+} // namespace OV
+
+namespace OV::Host::Detail
+{
+
+class CasterEffect;
+
+/// What the sun sees of the surfaces of a frame, and from it the share of its light that reaches
+/// each fragment of the looks.
+///
+/// Everything is listed anew each frame, and what the sun sees is drawn anew where anything of it is
+/// not as it was: a picture follows from its scene alone.
+class ShadowStage final : public PresentationStage
+{
+public:
+    ShadowStage() = default;
+
+    /// GL if anything was drawn.
+    ~ShadowStage() override;
+
+    /// @param towardSun world space, of any length above 0. None shines and casts nothing.
+    void SetSun(const std::optional<Vector>& towardSun) { m_towardSun = towardSun; }
+
+    /// None casts nothing.
+    void SetShadows(const std::optional<ShadowSettings>& settings) { m_settings = settings; }
+    const std::optional<ShadowSettings>& GetShadows() const { return m_settings; }
+
+    /// A plane that catches shadows below the scene: a point of it and its upper side, unit. None is
+    /// there at first.
+    struct Plane
+    {
+        Vector position;
+        Vector up;
+    };
+    void SetPlane(const std::optional<Plane>& plane) { m_plane = plane; }
+
+    /// What the looks of the frame are to be drawn with, from Draw to the end of the frame; null
+    /// where all of the light reaches all of them.
+    LightShare* GetShare() { return m_inForce ? &m_share : nullptr; }
+
+    /// Of the plane, where shadows may fall: a corner and the two edges there. None without shadows
+    /// on it.
+    struct Patch
+    {
+        glm::dvec3 corner{0.0};
+        glm::dvec3 across{0.0};
+        glm::dvec3 along{0.0};
+    };
+    const std::optional<Patch>& GetPatch() const { return m_patch; }
+
+    void Prepare(PresentationFrame& frame) override;
+    void Draw(PresentationFrame& frame) override;
+    void ReleaseGL() override;
+
+private:
+    struct Caster
+    {
+        RenderItemES20 item;
+        bool isGlass = false;
+    };
+
+    void ListCasters(const PresentationFrame& frame);
+    void ListCasters(const PresentationFrame& frame, std::size_t first, std::size_t end);
+    void AddCaster(const RenderItemES20& item, MeshNode& node, bool isGlass);
+    std::optional<SunView> LayOut(const PresentationFrame& frame, const glm::dvec3& towardSun);
+    void FindPatch(const glm::dvec3& towardSun, glm::dvec3& low, glm::dvec3& high);
+    std::uint64_t FingerprintOf(const SunView& view) const;
+    bool DrawMaps(PresentationFrame& frame, const SunView& view);
+    void DrawPart(PresentationFrame& frame, const SunView& view, const SunView::Tile& tile, bool glass);
+    void SetValues(const PresentationFrame& frame, const SunView& view);
+    void BindMaps(PresentationFrame& frame);
+
+    std::optional<Vector> m_towardSun;
+    std::optional<ShadowSettings> m_settings;
+    std::optional<Plane> m_plane;
+
+    SunShare m_share;
+    bool m_inForce = false;
+    bool m_hasGlass = false; ///< in the frame
+    std::optional<Patch> m_patch;
+
+    CasterEffect* m_effect = nullptr; ///< one reference; null until shadows are drawn
+    ScreenBuffer m_depth{RenderTargetProfileDepth};
+    ScreenBuffer m_glass{RenderTargetProfileColorDepth};
+    std::optional<std::uint64_t> m_drawn; ///< fingerprint of what is in the maps
+
+    // Of the frame.
+    std::vector<Caster> m_casters;
+    std::vector<CastBox> m_boxes; ///< of the casters, in their order
+    std::vector<RenderItemES20> m_items;
+};
+
+} // namespace OV::Host::Detail

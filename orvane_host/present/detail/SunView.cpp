@@ -1,0 +1,382 @@
+#include "orvane_host/present/detail/SunView.h"
+
+#include <glm/geometric.hpp>
+#include <glm/mat3x3.hpp>
+#include <glm/matrix.hpp>
+#include <glm/vec4.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace OV::Host::Detail
+{
+
+namespace
+{
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+/// Texels around a part that filters may read.
+constexpr int kMargin = 4;
+
+/// Edge of a texel in pixels of the picture, at most where the map is large enough.
+constexpr double kFineness = 1.0;
+
+/// Light that comes in flat draws texels out on the ground: up to so much they are made finer.
+constexpr double kFlattest = 0.6;
+
+/// Sizes of texels go up by this.
+constexpr double kLadder = 1.1892071150027210; // the fourth root of 2
+
+using Polygon = std::vector<glm::dvec4>;
+
+/// What is left of a polygon on the side of a plane where `distance` is 0 or more.
+template <class Distance>
+Polygon Clipped(const Polygon& polygon, const Distance& distance)
+{
+    Polygon kept;
+    for (std::size_t i = 0; i < polygon.size(); ++i)
+    {
+        const glm::dvec4& a = polygon[i];
+        const glm::dvec4& b = polygon[(i + 1) % polygon.size()];
+        const double da = distance(a);
+        const double db = distance(b);
+        if (da >= 0.0)
+        {
+            kept.push_back(a);
+        }
+        if ((da >= 0.0) != (db >= 0.0))
+        {
+            kept.push_back(a + (b - a) * (da / (da - db)));
+        }
+    }
+    return kept;
+}
+
+/// The faces of a box by its corners, whose numbers have a bit for each axis.
+constexpr int kFaces[6][4] = {{0, 1, 3, 2}, {4, 5, 7, 6}, {0, 1, 5, 4}, {2, 3, 7, 6}, {0, 2, 6, 4}, {1, 3, 7, 5}};
+
+std::array<glm::dvec4, 8> Corners(const glm::dvec3& low, const glm::dvec3& high)
+{
+    std::array<glm::dvec4, 8> corners;
+    for (int i = 0; i < 8; ++i)
+    {
+        corners[static_cast<std::size_t>(i)] = glm::dvec4((i & 1) != 0 ? high.x : low.x, (i & 2) != 0 ? high.y : low.y,
+                                                          (i & 4) != 0 ? high.z : low.z, 1.0);
+    }
+    return corners;
+}
+
+glm::dvec4 RowOf(const glm::dmat4& matrix, int row)
+{
+    return {matrix[0][row], matrix[1][row], matrix[2][row], matrix[3][row]};
+}
+
+/// The corners of what a view and a box have in common.
+class SeenPart
+{
+public:
+    SeenPart(const glm::dmat4& worldToClip, const glm::dvec3& low, const glm::dvec3& high)
+    {
+        const glm::dvec4 w = RowOf(worldToClip, 3);
+        for (int axis = 0; axis < 3; ++axis)
+        {
+            const glm::dvec4 row = RowOf(worldToClip, axis);
+            m_planes[static_cast<std::size_t>(2 * axis)] = w + row;
+            m_planes[static_cast<std::size_t>(2 * axis + 1)] = w - row;
+        }
+        AddFaces(Corners(low, high), [&](Polygon polygon) {
+            for (const glm::dvec4& plane : m_planes)
+            {
+                polygon = Clipped(polygon, [&](const glm::dvec4& p) { return glm::dot(plane, p); });
+            }
+            return polygon;
+        });
+        const glm::dmat4 toWorld = glm::inverse(worldToClip);
+        std::array<glm::dvec4, 8> corners = Corners(glm::dvec3(-1.0), glm::dvec3(1.0));
+        for (glm::dvec4& corner : corners)
+        {
+            corner = toWorld * corner;
+            corner /= corner.w;
+        }
+        AddFaces(corners, [&](Polygon polygon) {
+            for (int axis = 0; axis < 3; ++axis)
+            {
+                polygon = Clipped(polygon, [&](const glm::dvec4& p) { return p[axis] - low[axis]; });
+                polygon = Clipped(polygon, [&](const glm::dvec4& p) { return high[axis] - p[axis]; });
+            }
+            return polygon;
+        });
+    }
+
+    const std::vector<Polygon>& GetFaces() const { return m_faces; }
+
+private:
+    template <class Clip>
+    void AddFaces(const std::array<glm::dvec4, 8>& corners, const Clip& clip)
+    {
+        for (const auto& face : kFaces)
+        {
+            Polygon polygon;
+            for (const int corner : face)
+            {
+                polygon.push_back(corners[static_cast<std::size_t>(corner)]);
+            }
+            polygon = clip(std::move(polygon));
+            if (!polygon.empty())
+            {
+                m_faces.push_back(std::move(polygon));
+            }
+        }
+    }
+
+    std::array<glm::dvec4, 6> m_planes;
+    std::vector<Polygon> m_faces;
+};
+
+/// The step of the ladder of sizes that is next to a size, rounded up or down.
+double OnLadder(double size, double (*round)(double))
+{
+    return std::pow(kLadder, round(std::log(size) / std::log(kLadder)));
+}
+
+int PowerOfTwo(double least)
+{
+    int power = 1;
+    while (power < least && power < (1 << 20))
+    {
+        power *= 2;
+    }
+    return power;
+}
+
+} // namespace
+
+SunView::SunView(const Request& request, const std::vector<CastBox>& casters)
+{
+    // Upright where the sun isn't overhead: the shadows of a low sun then fall along one axis, in
+    // which the map is narrow and its texels fine.
+    const glm::dvec3& sun = request.towardSun;
+    const glm::dvec3 up = std::abs(sun.y) < 0.999 ? glm::dvec3(0.0, 1.0, 0.0) : glm::dvec3(0.0, 0.0, 1.0);
+    m_axes[0] = glm::normalize(glm::cross(up, sun));
+    m_axes[1] = glm::cross(sun, m_axes[0]);
+    m_axes[2] = sun;
+    if (casters.empty())
+    {
+        return;
+    }
+    Bound(casters, request);
+    const SeenPart seen(request.worldToClip, request.low, request.high);
+    const glm::dvec4 distance = request.perspective ? RowOf(request.worldToClip, 3) : glm::dvec4(0.0, 0.0, 0.0, 1.0);
+    double nearest = kInfinity;
+    double farthest = -kInfinity;
+    for (const Polygon& face : seen.GetFaces())
+    {
+        for (const glm::dvec4& corner : face)
+        {
+            nearest = std::min(nearest, glm::dot(distance, corner));
+            farthest = std::max(farthest, glm::dot(distance, corner));
+        }
+    }
+    if (!(nearest <= farthest) || !(nearest > 0.0))
+    {
+        return;
+    }
+    // Pixels at the distance 1.
+    const glm::dvec2 pixel(2.0 / (request.pixels.x * glm::length(glm::dvec3(RowOf(request.worldToClip, 0)))),
+                           2.0 / (request.pixels.y * glm::length(glm::dvec3(RowOf(request.worldToClip, 1)))));
+    const double flat = std::clamp(std::abs(sun.y), kFlattest, 1.0);
+    const glm::dvec2 wanted = kFineness * std::min(pixel.x, pixel.y) * glm::dvec2(1.0, flat);
+    const int most = std::max(request.mostTexels, 64);
+
+    Area whole;
+    whole.from = m_from;
+    whole.to = m_to;
+    if (Divide(whole, wanted * nearest, most))
+    {
+        Place({whole});
+        return;
+    }
+    std::vector<Area> areas;
+    for (int count = 1; count <= MostTiles; count += count == 1 || count == 2 ? 1 : count == 3 ? 2 : 3)
+    {
+        areas.clear();
+        bool isFine = true;
+        double start = nearest;
+        for (int i = 1; i <= count; ++i)
+        {
+            const double end = i == count ? kInfinity
+                                          : nearest * std::pow(farthest / nearest, static_cast<double>(i) / count);
+            Area area = AreaOf(seen.GetFaces(), distance, i == 1 ? -kInfinity : start, end);
+            if (area.to.x > area.from.x)
+            {
+                isFine = Divide(area, wanted * start, count > 2 ? most / 2 : most) && isFine;
+                areas.push_back(area);
+            }
+            start = end;
+        }
+        if (isFine)
+        {
+            break;
+        }
+    }
+    Place(areas);
+}
+
+SunView::Area SunView::AreaOf(const std::vector<std::vector<glm::dvec4>>& seen, const glm::dvec4& distance, double start,
+                              double end) const
+{
+    Area area;
+    area.from = glm::dvec2(kInfinity);
+    area.to = glm::dvec2(-kInfinity);
+    for (const Polygon& face : seen)
+    {
+        Polygon slice = face;
+        if (start > -kInfinity)
+        {
+            slice = Clipped(slice, [&](const glm::dvec4& p) { return glm::dot(distance, p) - start; });
+        }
+        if (end < kInfinity)
+        {
+            slice = Clipped(slice, [&](const glm::dvec4& p) { return end - glm::dot(distance, p); });
+        }
+        for (const glm::dvec4& corner : slice)
+        {
+            const glm::dvec2 at(glm::dot(m_axes[0], glm::dvec3(corner)), glm::dot(m_axes[1], glm::dvec3(corner)));
+            area.from = glm::min(area.from, at);
+            area.to = glm::max(area.to, at);
+        }
+    }
+    area.from = glm::max(area.from, m_from);
+    area.to = glm::min(area.to, m_to);
+    const bool isEmpty = !(area.from.x < area.to.x) || !(area.from.y < area.to.y);
+    return isEmpty ? Area{} : area;
+}
+
+bool SunView::Divide(Area& area, const glm::dvec2& wanted, int most)
+{
+    bool isFine = true;
+    for (int axis = 0; axis < 2; ++axis)
+    {
+        const double extent = std::max(area.to[axis] - area.from[axis], 1e-300);
+        const double least = extent / (most - 2 * kMargin - 2);
+        double texel = OnLadder(wanted[axis], std::floor);
+        if (texel < least)
+        {
+            texel = OnLadder(least, std::ceil);
+            isFine = isFine && texel <= wanted[axis];
+        }
+        area.texel[axis] = texel;
+        area.size[axis] = std::min(static_cast<int>(extent / texel) + 2 * kMargin + 2, most);
+    }
+    return isFine;
+}
+
+void SunView::Place(const std::vector<Area>& areas)
+{
+    // Cells of one size, so that the map keeps its own while the eye moves.
+    glm::ivec2 cell(1);
+    for (const Area& area : areas)
+    {
+        cell = glm::max(cell, glm::ivec2(PowerOfTwo(area.size.x), PowerOfTwo(area.size.y)));
+    }
+    const int count = static_cast<int>(areas.size());
+    const int columns = count > 4 ? 4 : std::min(count, 2);
+    for (int i = 0; i < count; ++i)
+    {
+        const glm::ivec2 place(i % columns, i / columns);
+        m_tiles.push_back(MakeTile(place * cell, areas[static_cast<std::size_t>(i)]));
+        m_size = glm::max(m_size, (place + glm::ivec2(1)) * cell);
+    }
+}
+
+void SunView::Bound(const std::vector<CastBox>& casters, const Request& request)
+{
+    m_from = glm::dvec2(kInfinity);
+    m_to = glm::dvec2(-kInfinity);
+    m_nearest = kInfinity;
+    m_farthest = -kInfinity;
+    for (const CastBox& box : casters)
+    {
+        glm::dvec3 middle;
+        glm::dvec3 reach(0.0);
+        for (int axis = 0; axis < 3; ++axis)
+        {
+            const glm::dvec3& direction = m_axes[static_cast<std::size_t>(axis)];
+            middle[axis] = glm::dot(direction, box.middle);
+            for (const glm::dvec3& half : box.halves)
+            {
+                reach[axis] += std::abs(glm::dot(direction, half));
+            }
+        }
+        m_from = glm::min(m_from, glm::dvec2(middle - reach));
+        m_to = glm::max(m_to, glm::dvec2(middle + reach));
+        m_nearest = std::min(m_nearest, -(middle.z + reach.z));
+        m_farthest = std::max(m_farthest, -(middle.z - reach.z));
+    }
+    for (const glm::dvec4& corner : Corners(request.low, request.high))
+    {
+        m_farthest = std::max(m_farthest, -glm::dot(m_axes[2], glm::dvec3(corner)));
+    }
+    // A little room, so that nothing lies on an end.
+    const double room = 1e-3 * std::max(m_farthest - m_nearest, 1e-30);
+    m_nearest -= room;
+    m_farthest += room;
+}
+
+SunView::Tile SunView::MakeTile(const glm::ivec2& place, const Area& area) const
+{
+    const double range = GetRange();
+    Tile tile;
+    tile.low = place;
+    tile.high = place + area.size;
+    glm::dmat4 toClip(1.0);
+    for (int axis = 0; axis < 2; ++axis)
+    {
+        const double size = area.texel[axis];
+        const int texels = area.size[axis];
+        const double first = (std::floor(area.from[axis] / size) - kMargin) * size;
+        tile.step[axis] = size / range;
+        tile.from[axis] = first;
+        tile.to[axis] = first + texels * size;
+        const glm::dvec3& direction = m_axes[static_cast<std::size_t>(axis)];
+        for (int column = 0; column < 3; ++column)
+        {
+            tile.toMap[column][axis] = direction[column] / size;
+            toClip[column][axis] = 2.0 * direction[column] / (texels * size);
+        }
+        tile.toMap[3][axis] = place[axis] - first / size;
+        toClip[3][axis] = -2.0 * first / (texels * size) - 1.0;
+    }
+    for (int column = 0; column < 3; ++column)
+    {
+        tile.toMap[column][2] = -m_axes[2][column] / range;
+        toClip[column][2] = -2.0 * m_axes[2][column] / range;
+    }
+    tile.toMap[3][2] = -m_nearest / range;
+    toClip[3][2] = -2.0 * m_nearest / range - 1.0;
+    tile.toClip = toClip;
+    return tile;
+}
+
+bool SunView::Casts(const CastBox& box, const Tile& tile) const
+{
+    for (int axis = 0; axis < 2; ++axis)
+    {
+        const glm::dvec3& direction = m_axes[static_cast<std::size_t>(axis)];
+        const double middle = glm::dot(direction, box.middle);
+        double reach = 0.0;
+        for (const glm::dvec3& half : box.halves)
+        {
+            reach += std::abs(glm::dot(direction, half));
+        }
+        if (middle + reach < tile.from[axis] || middle - reach > tile.to[axis])
+        {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace OV::Host::Detail

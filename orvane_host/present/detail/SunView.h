@@ -1,0 +1,107 @@
+#pragma once
+
+#include <glm/mat4x4.hpp>
+#include <glm/vec2.hpp>
+#include <glm/vec3.hpp>
+
+#include <array>
+#include <cstddef>
+#include <vector>
+
+namespace OV::Host::Detail
+{
+
+/// A box anywhere in world space: its middle and half of each of its three edges.
+struct CastBox
+{
+    glm::dvec3 middle{0.0};
+    std::array<glm::dvec3, 3> halves{};
+};
+
+/// Where the sun's light is followed to: the parts of a map of depths seen from the sun, each laid
+/// over what is seen of the scene at some distance from the eye, nearest first.
+///
+/// Each part is a rectangle of as many texels as it takes for them to be finer than the pixels of
+/// the picture, up to a limit. Sizes of texels are steps of a ladder, and texels lie on a grid about
+/// the origin of the world, so that the same texels come again while the eye moves. Where one part of
+/// all that casts shadows is fine enough, it is the only one, and stays as it is. Lengths along the light are counted from what lies nearest to the sun, 0, to what lies
+/// farthest from it, 1.
+class SunView
+{
+public:
+    static constexpr int MostTiles = 8;
+
+    /// What of the world a part of the map is of.
+    struct Tile
+    {
+        /// World space to texels of the map across and up, and to the length along the light. The
+        /// last row is that of a point.
+        glm::dmat4 toMap{1.0};
+        /// World space to the clip space of the part alone.
+        glm::dmat4 toClip{1.0};
+        /// Texels of the map: first and behind the last, across and up.
+        glm::ivec2 low{0};
+        glm::ivec2 high{0};
+        /// Edges of a texel, in lengths along the light.
+        glm::dvec2 step{0.0};
+        /// Across the light, in the world's units: whatever lies outside casts nothing into it.
+        glm::dvec2 from{0.0};
+        glm::dvec2 to{0.0};
+    };
+
+    /// What the map is laid out for.
+    struct Request
+    {
+        glm::dvec3 towardSun{0.0, 1.0, 0.0}; ///< unit
+        glm::dmat4 worldToClip{1.0};         ///< of the eye
+        bool perspective = true;
+        glm::ivec2 pixels{1};   ///< of the picture
+        int mostTexels = 4096;  ///< of a side of a part that is alone, of which the map has at most two
+        glm::dvec3 low{0.0};    ///< of the box of all that may catch shadows
+        glm::dvec3 high{0.0};
+    };
+
+    /// @param casters may be empty: then there are no parts.
+    SunView(const Request& request, const std::vector<CastBox>& casters);
+
+    const std::vector<Tile>& GetTiles() const { return m_tiles; }
+
+    /// Texels of the map; 0 without parts.
+    glm::ivec2 GetSize() const { return m_size; }
+
+    /// Whether a box casts anything into a part.
+    bool Casts(const CastBox& box, const Tile& tile) const;
+
+    /// The world's units of the length 1 along the light.
+    double GetRange() const { return m_farthest - m_nearest; }
+
+private:
+    /// Across the light.
+    struct Area
+    {
+        glm::dvec2 from{0.0};
+        glm::dvec2 to{0.0};
+        glm::dvec2 texel{0.0}; ///< edges
+        glm::ivec2 size{0};    ///< in texels, with what filters may read around
+    };
+
+    void Bound(const std::vector<CastBox>& casters, const Request& request);
+    /// Of what lies between two distances from the eye; without size where nothing does.
+    Area AreaOf(const std::vector<std::vector<glm::dvec4>>& seen, const glm::dvec4& distance, double start,
+                double end) const;
+    /// @return whether it is as fine as wanted.
+    static bool Divide(Area& area, const glm::dvec2& wanted, int most);
+    void Place(const std::vector<Area>& areas);
+    Tile MakeTile(const glm::ivec2& place, const Area& area) const;
+
+    // Across, up and towards the sun, unit and upright to each other.
+    std::array<glm::dvec3, 3> m_axes{};
+    glm::dvec2 m_from{0.0}; ///< of all casters, across the light
+    glm::dvec2 m_to{0.0};
+    double m_nearest = 0.0; ///< to the sun: minus the coordinate along the third axis
+    double m_farthest = 0.0;
+    std::vector<Tile> m_tiles;
+    glm::ivec2 m_size{0};
+};
+
+} // namespace OV::Host::Detail

@@ -1,0 +1,181 @@
+#include "orvane_host/present/detail/SunView.h"
+
+#include <glm/ext/matrix_clip_space.hpp>
+#include <glm/ext/matrix_transform.hpp>
+#include <glm/geometric.hpp>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+#include <vector>
+
+namespace OV::Host::Detail
+{
+
+namespace
+{
+
+CastBox BoxAt(const glm::dvec3& middle, const glm::dvec3& half)
+{
+    CastBox box;
+    box.middle = middle;
+    for (int axis = 0; axis < 3; ++axis)
+    {
+        box.halves[static_cast<std::size_t>(axis)] = glm::dvec3(0.0);
+        box.halves[static_cast<std::size_t>(axis)][axis] = half[axis];
+    }
+    return box;
+}
+
+/// A flat site of a length, seen from an eye near the ground or from afar.
+struct Site
+{
+    explicit Site(double length) : half(length / 2.0)
+    {
+        boxes = {BoxAt(glm::dvec3(0, -0.5, 0), glm::dvec3(half, 0.5, half)),
+                 BoxAt(glm::dvec3(0, 5, 0), glm::dvec3(4, 5, 4))};
+    }
+
+    SunView See(const glm::dvec3& eye, const glm::dvec3& target) const
+    {
+        SunView::Request request;
+        request.towardSun = glm::normalize(glm::dvec3(0.4, 0.5, 0.3));
+        request.worldToClip = glm::perspective(0.8, 1.5, 0.1, 4.0 * half + glm::length(eye))
+            * glm::lookAt(eye, target, glm::dvec3(0, 1, 0));
+        request.pixels = {900, 600};
+        request.low = glm::dvec3(-half, -1, -half);
+        request.high = glm::dvec3(half, 10, half);
+        worldToClip = request.worldToClip;
+        return SunView(request, boxes);
+    }
+
+    double half;
+    std::vector<CastBox> boxes;
+    mutable glm::dmat4 worldToClip{1.0};
+};
+
+bool IsIn(const SunView::Tile& tile, const glm::dvec3& place)
+{
+    const glm::dvec4 at = tile.toMap * glm::dvec4(place, 1.0);
+    return at.x >= tile.low.x + 3 && at.x <= tile.high.x - 3 && at.y >= tile.low.y + 3 && at.y <= tile.high.y - 3;
+}
+
+/// Pixels between two places that are close together.
+double PixelsBetween(const glm::dmat4& worldToClip, const glm::dvec3& a, const glm::dvec3& b)
+{
+    const auto pixel = [&](const glm::dvec3& place) {
+        const glm::dvec4 clip = worldToClip * glm::dvec4(place, 1.0);
+        return glm::dvec2(450.0 * clip.x / clip.w, 300.0 * clip.y / clip.w);
+    };
+    return glm::length(pixel(b) - pixel(a));
+}
+
+} // namespace
+
+TEST(SunView, OfAllThereIsOnePartThatStaysWhileTheEyeMoves)
+{
+    const Site site(20.0);
+    const SunView first = site.See({30, 20, 30}, {0, 0, 0});
+    ASSERT_EQ(first.GetTiles().size(), 1u);
+    for (const glm::dvec3 eye : {glm::dvec3(30.1, 20.2, 29.8), glm::dvec3(-30, 20, 30)})
+    {
+        const SunView next = site.See(eye, {0.1, 0, 0});
+        ASSERT_EQ(next.GetTiles().size(), 1u);
+        EXPECT_EQ(next.GetTiles().front().toMap, first.GetTiles().front().toMap);
+        EXPECT_EQ(next.GetSize(), first.GetSize());
+    }
+}
+
+TEST(SunView, CoversAllThatIsSeen)
+{
+    std::mt19937 random(5);
+    for (const double length : {20.0, 400.0, 10000.0})
+    {
+        const Site site(length);
+        for (const glm::dvec3 eye : {glm::dvec3(12, 1.7, 9), glm::dvec3(30, 20, 30)})
+        {
+            const SunView view = site.See(eye, {0, 2, 0});
+            int seen = 0;
+            for (int i = 0; i < 20000; ++i)
+            {
+                std::uniform_real_distribution<double> across(-site.half, site.half);
+                // Most of what is seen is close by.
+                const double share = std::pow(10.0, -static_cast<double>(i % 4));
+                const glm::dvec3 place(share * across(random), 0.0, share * across(random));
+                const glm::dvec4 clip = site.worldToClip * glm::dvec4(place, 1.0);
+                if (std::abs(clip.x) < clip.w && std::abs(clip.y) < clip.w && std::abs(clip.z) < clip.w)
+                {
+                    ++seen;
+                    EXPECT_TRUE(std::any_of(view.GetTiles().begin(), view.GetTiles().end(),
+                                            [&](const SunView::Tile& tile) { return IsIn(tile, place); }))
+                        << place.x << ", " << place.z << " of " << length;
+                }
+            }
+            EXPECT_GT(seen, 1000);
+        }
+    }
+}
+
+TEST(SunView, HasTexelsNoLargerThanPixelsOnASmallSite)
+{
+    const Site site(20.0);
+    const SunView view = site.See({30, 20, 30}, {0, 0, 0});
+    const SunView::Tile& tile = view.GetTiles().front();
+    const glm::dmat4 toWorld = glm::inverse(tile.toClip);
+    const glm::dvec2 texels = tile.high - tile.low;
+    const glm::dvec3 middle(0, 0, 0);
+    const glm::dvec3 across = glm::dvec3(toWorld[0]) * (2.0 / texels.x);
+    const glm::dvec3 up = glm::dvec3(toWorld[1]) * (2.0 / texels.y);
+    EXPECT_LE(PixelsBetween(site.worldToClip, middle, across), 1.0);
+    EXPECT_LE(PixelsBetween(site.worldToClip, middle, up), 1.0);
+    EXPECT_GT(PixelsBetween(site.worldToClip, middle, across), 0.2);
+}
+
+TEST(SunView, HasItsTexelsOnAGridThatStays)
+{
+    const Site site(2000.0);
+    const SunView first = site.See({12, 1.7, 9}, {0, 2, 0});
+    const SunView next = site.See({12.37, 1.7, 9.41}, {0.2, 2, 0});
+    ASSERT_GT(first.GetTiles().size(), 1u);
+    int compared = 0;
+    for (const SunView::Tile& one : first.GetTiles())
+    {
+        for (const SunView::Tile& other : next.GetTiles())
+        {
+            if (one.step == other.step)
+            {
+                ++compared;
+                for (int axis = 0; axis < 2; ++axis)
+                {
+                    const double shift = one.toMap[3][axis] - other.toMap[3][axis];
+                    EXPECT_NEAR(shift, std::round(shift), 1e-6);
+                }
+            }
+        }
+    }
+    EXPECT_GT(compared, 0);
+}
+
+TEST(SunView, LeavesOutWhatCastsNothingIntoAPart)
+{
+    const Site site(20.0);
+    const SunView view = site.See({30, 20, 30}, {0, 0, 0});
+    const SunView::Tile& tile = view.GetTiles().front();
+    EXPECT_TRUE(view.Casts(site.boxes[1], tile));
+    EXPECT_FALSE(view.Casts(BoxAt({100, 0, 0}, {1, 1, 1}), tile));
+    // However far towards the sun.
+    EXPECT_TRUE(view.Casts(BoxAt(1000.0 * glm::normalize(glm::dvec3(0.4, 0.5, 0.3)), {1, 1, 1}), tile));
+}
+
+TEST(SunView, IsEmptyWhereNothingCastsOrNothingIsSeen)
+{
+    Site site(20.0);
+    EXPECT_TRUE(site.See({30, 20, 30}, {60, 40, 60}).GetTiles().empty());
+    site.boxes.clear();
+    const SunView view = site.See({30, 20, 30}, {0, 0, 0});
+    EXPECT_TRUE(view.GetTiles().empty());
+    EXPECT_EQ(view.GetSize(), glm::ivec2(0));
+}
+
+} // namespace OV::Host::Detail
