@@ -630,11 +630,6 @@ void Interpret(const Texts& texts, Options& options)
     {
         throw Bad("--view", texts.view, "one of iso, front, back, left, right, top, bottom");
     }
-    if (texts.upAxis != "y" && texts.upAxis != "z")
-    {
-        throw Bad("--up-axis", texts.upAxis, "y or z");
-    }
-    options.settings.view.upAxis = texts.upAxis == "z" ? Host::UpAxis::Z : Host::UpAxis::Y;
     options.nodes = InterpretNodes(texts.nodes);
     if (texts.eye)
     {
