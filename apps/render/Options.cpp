@@ -206,6 +206,7 @@ void DefineViewOptions(CLI::App& app, Options& options, Texts& texts)
         ->option_text("NAME")->group(group);
     app.add_option("--fov", options.settings.view.fov, "Full vertical angle of view; 35 if left out")
         ->option_text("DEG")->group(group);
+    app.add_flag("--fit-all", options.fitsAll, "Leave room for what is cut away too")->group(group);
     app.add_flag("--ortho", options.settings.view.orthographic, "Draw without perspective")->group(group);
 }
 

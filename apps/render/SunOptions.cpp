@@ -132,6 +132,11 @@ void InterpretSun(const SunTexts& texts, Options& options)
         options.settings.sun->place = ParsePlace(*texts.place);
     }
     options.settings.sun->north = options.settings.sheet.north;
+    if (options.study && options.study->hours.empty() && !options.settings.shadows)
+    {
+        // They are what a study is for.
+        options.settings.shadows.emplace();
+    }
 }
 
 void DefineShadowOptions(CLI::App& app, ShadowTexts& texts)
