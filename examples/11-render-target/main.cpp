@@ -2,11 +2,6 @@
 // another, and two effects put them together, with darkened corners and edges. Written to render-target.png.
 #include <orvane_host/orvane_host.h>
 #include <orvane/orvane.h>
-#include <orvane/effects/DepthIdPassEffectES20.h>
-#include <orvane/effects/LineFilterEffectES20.h>
-#include <orvane/effects/SSAOEffectES20.h>
-#include <orvane/renderdata/CameraNodeES20.h>
-#include <orvane/renderer/RenderTarget.h>
 
 #include <GL/gl.h>
 

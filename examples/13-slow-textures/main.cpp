@@ -2,7 +2,6 @@
 // on. Written to slow-textures-1.png, before, and slow-textures-2.png, after.
 #include <orvane_host/orvane_host.h>
 #include <orvane/orvane.h>
-#include <orvane/platform/ESTextureLoader.h>
 
 #include <chrono>
 #include <future>
@@ -17,14 +16,14 @@ class SlowTextures : public OV::Platform::Linux::ESTextureLoader
 public:
     using ESTextureLoader::CreateTexture;
 
-    explicit SlowTextures(std::shared_future<void> sign) : m_sign(std::move(sign)) {}
+    void GiveSign() { m_sign.set_value(); }
 
     unsigned int CreateTexture(const OV::FilePath& path, const std::string& name, int& width, int& height,
                                float& uScale, float& vScale, bool, float, int, bool& hasAlpha) override
     {
         constexpr unsigned int StillToCome = 0xFFFFFFFF; // the next frame asks again
         std::future<Picture>& answer = m_answers[name];
-        if (!answer.valid()) answer = std::async(std::launch::async, [=] { return Fetch(m_sign, path, name); });
+        if (!answer.valid()) answer = std::async(std::launch::async, &Fetch, m_signGiven, path, name);
         if (answer.wait_for(std::chrono::seconds(0)) != std::future_status::ready) return StillToCome;
         const Picture picture = answer.get();
         if (!picture) return 0; // there is no such picture: the material stays without
@@ -37,15 +36,16 @@ private:
     using Picture = std::shared_ptr<OV::Image>;
 
     /// Runs on a thread of its own.
-    static Picture Fetch(const std::shared_future<void>& sign, const OV::FilePath& path, const std::string& name)
+    static Picture Fetch(std::shared_future<void> signGiven, OV::FilePath path, std::string name)
     {
-        sign.wait();
+        signGiven.wait();
         constexpr bool BottomRowFirst = true;
         return Picture(OV::ImageCodec::LoadImageData(path, name, false, BottomRowFirst));
     }
 
-    std::shared_future<void> m_sign;
-    std::map<std::string, std::future<Picture>> m_answers;
+    std::map<std::string, std::future<Picture>> m_answers; // whose end waits for the threads
+    std::promise<void> m_sign;                             // gone before, so that none waits for it any longer
+    std::shared_future<void> m_signGiven{m_sign.get_future().share()};
 };
 
 /// The picture that is to come, of 256 by 256 pixels: red above blue.
@@ -97,8 +97,7 @@ int main()
     const auto gl = OV::Host::HeadlessContext::Create({Width, Height, 4}, error);
     if (!gl || !OV::Host::WritePNG(Halves(), 256, 256, "slow-texture.png", Opaque, error)) return 1;
 
-    std::promise<void> sign;
-    SlowTextures textures(sign.get_future().share());
+    SlowTextures textures;
     OV::AppContext app;
     app.GetContext()->SetScene(MakeScene());
     app.SetScreenSize(Width, Height);
@@ -108,7 +107,7 @@ int main()
     app.Update(0.0f);
     app.Render(&renderer, false);
     if (!OV::Host::WritePNG(*gl, "slow-textures-1.png", Opaque, error)) return 1;
-    sign.set_value();
+    textures.GiveSign();
     // A texture that is still to come keeps the scene dirty. In a window, the swap paces this loop.
     while (app.Update(0.0f))
     {
