@@ -1,5 +1,6 @@
 # Script: builds the reference, the guides and all public headers as static pages, into OUTPUT. Fails on any
 # warning of Doxygen, and on a link of a guide that leads nowhere. Sources that guides link to come along.
+cmake_policy(VERSION 3.25)
 get_filename_component(SOURCE_DIR ${CMAKE_CURRENT_LIST_DIR} DIRECTORY)
 find_program(DOXYGEN doxygen)
 if(NOT DOXYGEN)
