@@ -106,7 +106,7 @@ public:
     static std::string OptionsName(const std::string& baseName, std::uint64_t options,
                                    const OptionTable& table);
 
-    /// One #define line for each set option that the table knows, lowest bit first.
+    /// One line, `#define NAME`, for each set option that the table knows, lowest bit first.
     static std::string OptionsDefines(std::uint64_t options, const OptionTable& table);
 
     /// Puts texts in the place of markers, in the order of the markers. Only the first
