@@ -108,7 +108,7 @@ bool MaterialBuilder::SetTexture(const MaterialData& data, ImportedMaterial& mat
         ReportMissing(m_report, data.name, "picture", picture);
         return false;
     }
-    ++(picture.embedded ? m_report.embeddedTextures : m_report.fileTextures);
+    ++(picture.path.empty() ? m_report.embeddedTextures : m_report.fileTextures);
     return hasAlpha;
 }
 

@@ -54,7 +54,7 @@ struct PictureData
 {
     /// As the file has it; empty for none and for an embedded picture.
     std::string path;
-    /// Index into ModelData::textures, or -1.
+    /// Index into ModelData::textures, or -1. Beside a path: the texels of that file.
     std::int32_t embedded = -1;
 
     bool IsNone() const { return path.empty() && embedded < 0; }
