@@ -16,6 +16,7 @@ enum AdvancedOption : std::uint64_t
     AdvancedOptionCutout = 8,
     AdvancedOptionTexture = 16,
     AdvancedOptionNormalMap = 32,
+    AdvancedOptionVertexColors = 64,
 };
 
 inline constexpr OptionRow kAdvancedOptions[] = {
@@ -26,6 +27,7 @@ inline constexpr OptionRow kAdvancedOptions[] = {
     {AdvancedOptionCutout, "CUTOUT"},
     {AdvancedOptionTexture, "TEXTURE"},
     {AdvancedOptionNormalMap, "NORMALMAP"},
+    {AdvancedOptionVertexColors, "VERTEX_COLORS"},
 };
 
 /// The uniforms that both models have, at the same places.
@@ -135,12 +137,14 @@ enum AdvancedAttribute : unsigned
     AdvancedAttributePosition,
     AdvancedAttributeNormal,
     AdvancedAttributeTexture,
+    AdvancedAttributeColor,
 };
 
 inline constexpr IndexedName kAdvancedAttributes[] = {
     {AdvancedAttributePosition, "a_position"},
     {AdvancedAttributeNormal, "a_normal"},
     {AdvancedAttributeTexture, "a_texture"},
+    {AdvancedAttributeColor, "a_vcolor"},
 };
 
 } // namespace OV::Detail
