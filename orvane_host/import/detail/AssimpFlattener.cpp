@@ -232,11 +232,6 @@ MeshData Flattener::FlattenMesh(const aiMesh& mesh)
     MeshData data;
     data.name = mesh.mName.C_Str();
     data.material = mesh.mMaterialIndex;
-    if (mesh.mPrimitiveTypes & aiPrimitiveType_LINE)
-    {
-        m_model.skippedLines += mesh.mNumFaces;
-        return data;
-    }
     if (!mesh.HasPositions())
     {
         return data;
@@ -257,14 +252,16 @@ MeshData Flattener::FlattenMesh(const aiMesh& mesh)
         data.kind = PrimitiveKind::Points;
         return data;
     }
+    data.kind = mesh.mPrimitiveTypes & aiPrimitiveType_LINE ? PrimitiveKind::Lines : PrimitiveKind::Triangles;
+    const unsigned int corners = data.kind == PrimitiveKind::Lines ? 2 : 3;
     std::vector<std::uint32_t> indices;
-    indices.reserve(std::size_t(mesh.mNumFaces) * 3);
+    indices.reserve(std::size_t(mesh.mNumFaces) * corners);
     for (unsigned int i = 0; i < mesh.mNumFaces; ++i)
     {
         const aiFace& face = mesh.mFaces[i];
-        if (face.mNumIndices == 3)
+        if (face.mNumIndices == corners)
         {
-            indices.insert(indices.end(), face.mIndices, face.mIndices + 3);
+            indices.insert(indices.end(), face.mIndices, face.mIndices + corners);
         }
     }
     data.indices = Keep(std::move(indices));

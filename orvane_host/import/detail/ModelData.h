@@ -25,6 +25,7 @@ enum class PrimitiveKind : std::uint32_t
 {
     Triangles,
     Points,
+    Lines,
 };
 
 struct MeshData
@@ -37,7 +38,7 @@ struct MeshData
     ArrayView<float> normals;
     ArrayView<float> texCoords;
     ArrayView<float> colors;
-    /// Three to a triangle; empty for points.
+    /// Three to a triangle, two to a line; empty for points.
     ArrayView<std::uint32_t> indices;
 };
 

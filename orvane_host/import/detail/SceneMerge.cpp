@@ -2,6 +2,8 @@
 
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/LightNode.h"
+#include "orvane/scene/Line.h"
+#include "orvane/scene/LineStyle.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
@@ -151,7 +153,14 @@ std::vector<Node*> MoveInto(Scene& scene, ImportResult& model, double scale, std
         }
     }
     MoveMaterials(*from, scene);
-    const std::set<Mesh*> meshes = from->GetMeshes();
+    const std::vector<LineStyle*> styles = from->GetLineStyles();
+    for (LineStyle* const style : styles)
+    {
+        from->RemoveLineStyle(style);
+        scene.AddLineStyle(style);
+    }
+    std::set<Mesh*> meshes = from->GetMeshes();
+    meshes.insert(from->GetLines().begin(), from->GetLines().end());
     for (Mesh* const mesh : meshes)
     {
         const std::vector<MeshNode*> nodes = mesh->GetNodes();
@@ -191,6 +200,7 @@ void AddReport(ImportReport& sum, const ImportReport& more, double scale)
     sum.triangles += more.triangles;
     sum.drawnTriangles += more.drawnTriangles;
     sum.points += more.points;
+    sum.lines += more.lines;
     sum.skippedLines += more.skippedLines;
     sum.droppedTriangles += more.droppedTriangles;
     sum.materials += more.materials;

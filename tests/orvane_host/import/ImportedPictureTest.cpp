@@ -313,6 +313,28 @@ TEST_F(ImportedPictureTest, PointsShowTheirColours)
     EXPECT_EQ(points, 9);
 }
 
+TEST_F(ImportedPictureTest, LinesShowInTheColourOfTheirMaterial)
+{
+    AllowStateChange("blending");
+    AllowStateChange("polygon offset");
+    WriteFile(m_folder.Path("m.mtl"), std::string("newmtl m\nKd 1 0 0\n"));
+    Show(std::string("mtllib m.mtl\nusemtl m\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nv -1 0 0\nv 1 0 0\n"
+                     "l 1 2 3 4 1\nl 5 6\n"),
+         "lines.obj");
+    const Picture picture = DrawIn(Look::Advanced);
+    const Pixel background = picture.At(Width() / 4, Height() / 4);
+    for (int x = 4; x < Width() - 4; ++x)
+    {
+        // It looks 1.5 pixels wide, and fades from its middle, which is a rim of pixels.
+        const int half = Height() / 2;
+        const Pixel line = picture.At(x, half);
+        EXPECT_EQ(line.r, 255) << x;
+        EXPECT_NEAR(line.g, 85, 3) << x;
+        EXPECT_EQ(line.b, line.g) << x;
+        EXPECT_EQ(picture.At(x, half + 4), background) << x;
+    }
+}
+
 TEST_F(ImportedPictureTest, WithoutANormalMapTheSquareIsOfOneGrey)
 {
     Show(SquareGlb({}, std::string()));
