@@ -1,5 +1,5 @@
 # What an installation holds: the libraries, their headers with the folders kept, a CMake
-# package, a pkg-config file for each library, the programs and the package for Python. The components
+# package, a pkg-config file for each library, the programs with their manual, and the package for Python. The components
 # are those of the packages: liborvane, dev, tools, python.
 include(CMakePackageConfigHelpers)
 
@@ -36,6 +36,11 @@ foreach(program orvane-render orvane-view)
     if(TARGET ${program})
         _orvane_find_library_from(${program} ${CMAKE_INSTALL_BINDIR})
         install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+        get_target_property(manual ${program} ORVANE_MANUAL)
+        get_target_property(completion ${program} ORVANE_COMPLETION)
+        install(FILES ${manual} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+        install(FILES ${completion} DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+            RENAME ${program} COMPONENT tools)
     endif()
 endforeach()
 if(TARGET orvane_python)

@@ -1,10 +1,12 @@
 #include "apps/render/Options.h"
 
 #include "apps/render/CallerText.h"
+#include "apps/render/LineOptions.h"
 #include "apps/render/OptionText.h"
 #include "apps/render/PrintOptions.h"
 #include "apps/render/Report.h"
 #include "apps/render/SunOptions.h"
+#include "apps/render/SurfaceOptions.h"
 
 #include <CLI/CLI.hpp>
 
@@ -25,8 +27,6 @@ namespace
 
 constexpr int MostSamples = 64;
 constexpr int MostFrames = 1000000;
-constexpr std::size_t MostClips = 6;
-constexpr float WidestLine = 100.0f;
 
 /// The values as they were typed, where CLI11 has no type for them.
 struct Texts
@@ -41,18 +41,9 @@ struct Texts
     std::optional<std::string> fog;
     std::optional<std::string> ground;
     std::optional<float> edges;
-    std::optional<std::string> shadows;
-    Host::ShadowSettings shadowLook;
-    std::optional<std::string> edit;
     std::string edgeColor = "000000";
-    std::string look = "advanced";
-    std::vector<std::string> clips;
-    std::optional<std::string> poche;
-    std::string outlineColor = "000000";
-    bool lines = false;
-    std::string lineColor = "000000";
-    Host::LineSettings lineLook;
-    bool noCull = false;
+    SurfaceTexts surfaces;
+    LineTexts lines;
     std::optional<std::string> pick;
     std::string batches = "auto";
     std::vector<std::string> models;
@@ -61,6 +52,7 @@ struct Texts
     std::optional<std::string> listing;
     PrintTexts print;
     SunTexts sun;
+    ShadowTexts shadows;
 };
 
 struct NamedAntialiasing
@@ -141,13 +133,7 @@ Host::GroundSettings ParseGround(const std::string& text)
         ground.kind = Host::GroundKind::ShadowCatcher;
         return ground;
     }
-    const std::string digits = text.substr(text.rfind('#', 0) == 0 ? 1 : 0);
-    const auto value = ParseNumber<unsigned int>(digits, 16);
-    if (!value || digits.size() != 6)
-    {
-        throw Bad("--ground", text, "shadow or a colour #RRGGBB of six hexadecimal digits");
-    }
-    ground.color = ParseColor("--ground", digits);
+    ground.color = ParseColor("--ground", text);
     return ground;
 }
 
@@ -200,7 +186,7 @@ void DefinePictureOptions(CLI::App& app, Options& options, Texts& texts)
     app.add_option("--ground", texts.ground, "Draw a ground under the model: a colour that fades into\n"
                                              "the horizon, or shadow for shadows alone")
         ->option_text("shadow|#RRGGBB")->group(group);
-    app.add_flag("--no-cull", texts.noCull, "Draw the back of every face too")->group(group);
+    app.add_flag("--no-cull", texts.surfaces.noCull, "Draw the back of every face too")->group(group);
     DefinePrintOptions(app, texts.print, *size, options);
 }
 
@@ -220,29 +206,8 @@ void DefineViewOptions(CLI::App& app, Options& options, Texts& texts)
         ->option_text("NAME")->group(group);
     app.add_option("--fov", options.settings.view.fov, "Full vertical angle of view; 35 if left out")
         ->option_text("DEG")->group(group);
+    app.add_flag("--fit-all", options.fitsAll, "Leave room for what is cut away too")->group(group);
     app.add_flag("--ortho", options.settings.view.orthographic, "Draw without perspective")->group(group);
-}
-
-void DefineSurfaceOptions(CLI::App& app, Options& options, Texts& texts)
-{
-    const char* const group = "Surfaces";
-    app.add_option("--look", texts.look, "basic, advanced, phong, crosshatch, monotone or\n"
-                                         "vertex-color; advanced if left out")
-        ->option_text("NAME")->group(group);
-    auto* clip = app.add_option("--clip", texts.clips, "Cut away what lies on the side of a normal at a point;\n"
-                                                       "up to 6 times")
-        ->option_text("NX,NY,NZ,PX,PY,PZ")->allow_extra_args(false)->group(group);
-    app.add_option("--poche", texts.poche, "Colour of what is cut, or off; 333333 if left out")
-        ->option_text("RRGGBB|off")->needs(clip)->group(group);
-    app.add_option("--outline", options.settings.section.outlineWidth, "Width of the outline along a cut in units of the model,\n"
-                                                          "0 for none; a 500th of the model if left out")
-        ->option_text("WIDTH")->needs(clip)->group(group);
-    app.add_option("--outline-color", texts.outlineColor, "Colour of the outline; 000000 if left out")
-        ->option_text("RRGGBB")->needs(clip)->group(group);
-    app.add_option("--edit", texts.edit, "Draw all in grey but a node and what is below it, found\n"
-                                       "by its name or by names from a node down to it, with\n"
-                                       "slashes between them; advanced and phong only")
-        ->option_text("PATH")->group(group);
 }
 
 void DefineScreenOptions(CLI::App& app, Options& options, Texts& texts)
@@ -254,43 +219,6 @@ void DefineScreenOptions(CLI::App& app, Options& options, Texts& texts)
     app.add_option("--edge-color", texts.edgeColor, "Colour of edges; 000000 if left out")
         ->option_text("RRGGBB")->needs(edges)->group(group);
     app.add_flag("--ao", options.settings.occlusion, "Darken corners")->group(group);
-}
-
-void DefineShadowOptions(CLI::App& app, Texts& texts)
-{
-    const char* const group = "Shadows of the sun";
-    Host::ShadowSettings& look = texts.shadowLook;
-    auto* shadows = app.add_option("--shadows", texts.shadows, "Cast them, with hard rims or with soft ones")
-        ->option_text("hard|soft")->group(group);
-    app.add_option("--sun-width", look.sunWidth, "Width of the sun in the sky, for soft rims; 0.53 if left\n"
-                                                 "out")
-        ->option_text("DEG")->needs(shadows)->group(group);
-    app.add_option("--shadow-darkness", look.darkness, "Share of their colours that shadows take in crosshatch,\n"
-                                                       "monotone and vertex-color; 0.35 if left out")
-        ->option_text("SHARE")->needs(shadows)->group(group);
-    app.add_flag("--clipped-casts", look.clippedCasts, "Let what is cut away cast its shadow too")
-        ->needs(shadows)->group(group);
-}
-
-void DefineLineOptions(CLI::App& app, Texts& texts)
-{
-    const char* const group = "Lines";
-    Host::LineSettings& look = texts.lineLook;
-    auto* lines = app.add_flag("--lines", texts.lines, "Draw the edges of the model: where it bends or ends")
-        ->group(group);
-    app.add_option("--crease", look.crease, "Draw no edge that bends less; 30 if left out")
-        ->option_text("DEG")->needs(lines)->group(group);
-    app.add_option("--line-width", look.width, "Width of a line in pixels; 1 if left out")
-        ->option_text("PX")->needs(lines)->group(group);
-    app.add_option("--line-color", texts.lineColor, "Colour of lines; 000000 if left out")
-        ->option_text("RRGGBB")->needs(lines)->group(group);
-    app.add_option("--dash", look.dash, "Length of a dash and of a gap in pixels; no gaps if\n"
-                                        "left out")
-        ->option_text("FREQ")->needs(lines)->group(group);
-    app.add_option("--line-offset", look.offset, "Shift of lines towards the eye, in 1/500 of the depth of\n"
-                                                 "the view without perspective; 0 if left out, since faces\n"
-                                                 "make room for the lines on them")
-        ->option_text("VALUE")->needs(lines)->group(group);
 }
 
 void DefineSheetOptions(CLI::App& app, Options& options)
@@ -322,27 +250,6 @@ void DefineMeasuringOptions(CLI::App& app, Options& options, Texts& texts)
         ->option_text("N")->group(group);
 }
 
-/// Written so that what is not a number fails.
-void CheckLineLook(const Host::LineSettings& look)
-{
-    if (!(look.crease >= 0.0f && look.crease <= 180.0f))
-    {
-        throw CLI::ValidationError("--crease", "an angle of bending is 0 to 180 degrees");
-    }
-    if (!(look.width > 0.0f && look.width <= WidestLine))
-    {
-        throw CLI::ValidationError("--line-width", "a width is above 0 and at most 100 pixels");
-    }
-    if (look.dash && !(*look.dash > 0.0f && std::isfinite(*look.dash)))
-    {
-        throw CLI::ValidationError("--dash", "the length of a dash is above 0 pixels");
-    }
-    if (!std::isfinite(look.offset))
-    {
-        throw CLI::ValidationError("--line-offset", "an offset is a number");
-    }
-}
-
 void CheckRanges(const Options& options)
 {
     // Written so that what is not a number fails.
@@ -367,7 +274,7 @@ void CheckRanges(const Options& options)
 /// It is the shader that cuts, which the samples of msaa do not smooth.
 std::string UsualAntialiasing(const Texts& texts, const Options& options)
 {
-    return !texts.clips.empty() && !options.settings.samples ? "ssaa" : "msaa";
+    return !texts.surfaces.clips.empty() && !options.settings.samples ? "ssaa" : "msaa";
 }
 
 void InterpretBatches(const Texts& texts, Options& options)
@@ -413,28 +320,6 @@ void InterpretEdges(const Texts& texts, Options& options)
     options.settings.edges->color = ParseColor("--edge-color", texts.edgeColor);
 }
 
-void InterpretShadows(const Texts& texts, Options& options)
-{
-    if (texts.shadows)
-    {
-        if (*texts.shadows != "hard" && *texts.shadows != "soft")
-        {
-            throw CLI::ValidationError("--shadows", "shadows are hard or soft");
-        }
-        options.settings.shadows = texts.shadowLook;
-        options.settings.shadows->soft = *texts.shadows == "soft";
-        // Written so that what is not a number fails.
-        if (!(texts.shadowLook.sunWidth > 0.0f && texts.shadowLook.sunWidth <= 20.0f))
-        {
-            throw CLI::ValidationError("--sun-width", "a width is above 0 and at most 20");
-        }
-        if (!(texts.shadowLook.darkness >= 0.0f && texts.shadowLook.darkness <= 1.0f))
-        {
-            throw CLI::ValidationError("--shadow-darkness", "a share is 0 to 1");
-        }
-    }
-}
-
 /// CLI11 takes whatever follows for the value of an option. Here only a number is the one of
 /// --edges, and only a form that of --list-nodes, so that they may stand alone with the model behind.
 std::vector<std::string> CompleteWords(int argc, const char* const* argv)
@@ -470,21 +355,6 @@ void CheckSheet(const Options& options)
     }
 }
 
-Host::ClipPlane ParseClip(const std::string& text)
-{
-    const char* const form = "six numbers NX,NY,NZ,PX,PY,PZ, a normal and a point";
-    const std::vector<float> numbers = ParseNumbers("--clip", text, 6, form);
-    const Vector normal(numbers[0], numbers[1], numbers[2]);
-    const float length = std::hypot(normal.x, normal.y, normal.z);
-    if (!(length > 0.0f) || !std::isfinite(length))
-    {
-        throw Bad("--clip", text, "a plane: its normal has no direction");
-    }
-    // The width of the outline is measured in normals.
-    return {Vector(normal.x / length, normal.y / length, normal.z / length),
-            Vector(numbers[3], numbers[4], numbers[5])};
-}
-
 PickedPixel ParsePixel(const std::string& text, const Options& options)
 {
     const std::vector<std::string> parts = Split(text, ',');
@@ -502,49 +372,6 @@ PickedPixel ParsePixel(const std::string& text, const Options& options)
     return {*x, *y};
 }
 
-void InterpretSurfaces(const Texts& texts, Host::PresentationSettings& settings)
-{
-    settings.cullBacks = !texts.noCull;
-    if (!Host::ParseLook(texts.look, settings.look))
-    {
-        throw Bad("--look", texts.look, "one of basic, advanced, phong, crosshatch, monotone, vertex-color");
-    }
-    if (texts.clips.size() > MostClips)
-    {
-        throw CLI::ValidationError("--clip", "there are at most " + std::to_string(MostClips) + " planes");
-    }
-    for (const std::string& clip : texts.clips)
-    {
-        settings.section.planes.push_back(ParseClip(clip));
-    }
-    if (!texts.clips.empty() && settings.look == Host::Look::Crosshatch)
-    {
-        throw CLI::ValidationError("--clip", "the look crosshatch is not cut; use another");
-    }
-    if (texts.poche == "off")
-    {
-        settings.section.fill.reset();
-    }
-    else if (texts.poche)
-    {
-        settings.section.fill = ParseColor("--poche", *texts.poche);
-    }
-    if (settings.section.outlineWidth && !(*settings.section.outlineWidth >= 0.0f && std::isfinite(*settings.section.outlineWidth)))
-    {
-        throw CLI::ValidationError("--outline", "a width is 0 or more");
-    }
-    settings.section.outlineColor = ParseColor("--outline-color", texts.outlineColor);
-    if (texts.edit && texts.edit->empty())
-    {
-        throw Bad("--edit", *texts.edit, "the name of a node");
-    }
-    settings.editPath = texts.edit.value_or(std::string());
-    if (texts.edit && settings.look != Host::Look::Advanced && settings.look != Host::Look::Phong)
-    {
-        throw CLI::ValidationError("--edit", "the look " + texts.look + " shows no edit; use advanced or phong");
-    }
-}
-
 void Define(CLI::App& app, Options& options, Texts& texts, bool& listFormats)
 {
     app.name("orvane-render");
@@ -554,10 +381,10 @@ void Define(CLI::App& app, Options& options, Texts& texts, bool& listFormats)
     DefineGeneralOptions(app, options, texts, listFormats);
     DefinePictureOptions(app, options, texts);
     DefineViewOptions(app, options, texts);
-    DefineSurfaceOptions(app, options, texts);
+    DefineSurfaceOptions(app, texts.surfaces, options.settings);
     DefineScreenOptions(app, options, texts);
-    DefineShadowOptions(app, texts);
-    DefineLineOptions(app, texts);
+    DefineShadowOptions(app, texts.shadows);
+    DefineLineOptions(app, texts.lines);
     DefineSunOptions(app, texts.sun);
     DefineSheetOptions(app, options);
     DefineNodeOptions(app, texts.nodes);
@@ -656,16 +483,11 @@ void Interpret(const Texts& texts, Options& options)
         options.settings.ground = ParseGround(*texts.ground);
     }
     InterpretAntialiasing(texts, options);
-    InterpretSurfaces(texts, options.settings);
+    InterpretSurfaces(texts.surfaces, options.settings);
     InterpretEdges(texts, options);
-    InterpretShadows(texts, options);
+    InterpretShadows(texts.shadows, options.settings);
     InterpretSun(texts.sun, options);
-    if (texts.lines)
-    {
-        CheckLineLook(texts.lineLook);
-        options.settings.lines = texts.lineLook;
-        options.settings.lines->color = ParseColor("--line-color", texts.lineColor);
-    }
+    InterpretLines(texts.lines, options.settings);
 }
 
 } // namespace

@@ -50,6 +50,8 @@ struct Options
     /// Lengths in the world for one on paper.
     std::optional<double> scale;
 
+    /// The view has room for all of the model, also for what planes cut away.
+    bool fitsAll = false;
     bool quiet = false;
     bool failIfEmpty = false;
     NodeListing listing = NodeListing::None;

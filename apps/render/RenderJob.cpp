@@ -178,7 +178,7 @@ void RenderJob::Present()
     Require(m_presentation->Apply(m_options.settings, error), SubjectOf(m_options), error);
     ShowNodes(m_options.nodes, *m_presentation, m_options.model);
     m_presentation->Resize(m_options.width, m_options.height, m_options.picture.pixelRatio);
-    if (!m_options.settings.view.eye && !m_options.settings.section.planes.empty())
+    if (!m_options.settings.view.eye && !m_options.settings.section.planes.empty() && !m_options.fitsAll)
     {
         // What is cut away needs no room in the picture.
         m_presentation->FrameShown();

@@ -132,6 +132,49 @@ void InterpretSun(const SunTexts& texts, Options& options)
         options.settings.sun->place = ParsePlace(*texts.place);
     }
     options.settings.sun->north = options.settings.sheet.north;
+    if (options.study && options.study->hours.empty() && !options.settings.shadows)
+    {
+        // They are what a study is for.
+        options.settings.shadows.emplace();
+    }
+}
+
+void DefineShadowOptions(CLI::App& app, ShadowTexts& texts)
+{
+    const char* const group = "Shadows of the sun";
+    Host::ShadowSettings& look = texts.look;
+    auto* shadows = app.add_option("--shadows", texts.kind, "Cast them, with hard rims or with soft ones")
+        ->option_text("hard|soft")->group(group);
+    app.add_option("--sun-width", look.sunWidth, "Width of the sun in the sky, for soft rims; 0.53 if left\n"
+                                                 "out")
+        ->option_text("DEG")->needs(shadows)->group(group);
+    app.add_option("--shadow-darkness", look.darkness, "Share of their colours that shadows take in crosshatch,\n"
+                                                       "monotone and vertex-color; 0.35 if left out")
+        ->option_text("SHARE")->needs(shadows)->group(group);
+    app.add_flag("--clipped-casts", look.clippedCasts, "Let what is cut away cast its shadow too")
+        ->needs(shadows)->group(group);
+}
+
+void InterpretShadows(const ShadowTexts& texts, Host::PresentationSettings& settings)
+{
+    if (texts.kind)
+    {
+        if (*texts.kind != "hard" && *texts.kind != "soft")
+        {
+            throw CLI::ValidationError("--shadows", "shadows are hard or soft");
+        }
+        settings.shadows = texts.look;
+        settings.shadows->soft = *texts.kind == "soft";
+        // Written so that what is not a number fails.
+        if (!(texts.look.sunWidth > 0.0f && texts.look.sunWidth <= 20.0f))
+        {
+            throw CLI::ValidationError("--sun-width", "a width is above 0 and at most 20");
+        }
+        if (!(texts.look.darkness >= 0.0f && texts.look.darkness <= 1.0f))
+        {
+            throw CLI::ValidationError("--shadow-darkness", "a share is 0 to 1");
+        }
+    }
 }
 
 } // namespace OV::RenderApp

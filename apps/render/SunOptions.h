@@ -1,5 +1,7 @@
 #pragma once
 
+#include "orvane_host/present/PresentationSettings.h"
+
 #include <optional>
 #include <string>
 
@@ -25,6 +27,18 @@ struct SunTexts
 };
 
 void DefineSunOptions(CLI::App& app, SunTexts& texts);
+
+/// What it says of shadows.
+struct ShadowTexts
+{
+    std::optional<std::string> kind;
+    Host::ShadowSettings look;
+};
+
+void DefineShadowOptions(CLI::App& app, ShadowTexts& texts);
+
+/// Throws CLI::ValidationError.
+void InterpretShadows(const ShadowTexts& texts, Host::PresentationSettings& settings);
 
 /// Throws CLI::ValidationError. The north of the sheet must be known: the sun's is the same.
 void InterpretSun(const SunTexts& texts, Options& options);

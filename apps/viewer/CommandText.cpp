@@ -142,7 +142,7 @@ void AddView(Builder& command, const Host::ViewSettings& view)
     }
 }
 
-void AddSection(Builder& command, const Host::SectionSettings& section)
+void AddSection(Builder& command, const Host::SectionSettings& section, bool hasEye)
 {
     for (const Host::ClipPlane& plane : section.planes)
     {
@@ -151,6 +151,11 @@ void AddSection(Builder& command, const Host::SectionSettings& section)
     if (section.planes.empty())
     {
         return;
+    }
+    if (!hasEye)
+    {
+        // The window gives all of the model room, also what is cut away.
+        command.Add("--fit-all");
     }
     if (section.fill)
     {
@@ -393,7 +398,7 @@ RenderCommand MakeRenderCommand(const Host::PresentationSettings& settings, cons
     // What counts only beside another field may stay set without it, but not on a command line.
     if (settings.look != Host::Look::Crosshatch)
     {
-        AddSection(builder, settings.section);
+        AddSection(builder, settings.section, settings.view.eye.has_value());
     }
     builder.AddColor("--background", settings.background);
     if (settings.sky)

@@ -13,15 +13,16 @@ namespace
 enum Uniform : int
 {
     UniformMeshMonochrome = Detail::AdvancedUniformCount,
-    UniformReflectionTint,
+    UniformReflectionTint, ///< with OptionReflectAtPixels
 };
 
 constexpr IndexedName kOwnUniforms[] = {
     {UniformMeshMonochrome, "u_meshMonochrome"},
-    {UniformReflectionTint, "u_reflectionTint"},
 };
 constexpr auto kUniforms = Detail::WithAdvancedUniforms(kOwnUniforms);
 static_assert(IsDense(kUniforms.rows));
+
+constexpr IndexedName kPixelReflectionUniforms[] = {{UniformReflectionTint, "u_reflectionTint"}};
 
 constexpr ProgramTemplate kTemplate = {
     "AdvancedMaterialEffect",
@@ -38,7 +39,10 @@ AdvancedMaterialEffectES20::AdvancedMaterialEffectES20(EffectCache* cache) : Adv
 
 unsigned int AdvancedMaterialEffectES20::CreateProgramForOptions(std::uint64_t options, std::string& name)
 {
-    return CreateFromTemplate(kTemplate, options, name);
+    const ProgramTemplate source = Detail::AdvancedTemplate(kTemplate, options);
+    return (options & OptionReflectAtPixels) != 0
+        ? CreateFromTemplate(source, options, name, kPixelReflectionUniforms)
+        : CreateFromTemplate(source, options, name);
 }
 
 void AdvancedMaterialEffectES20::SetModelUniforms() {}

@@ -15,17 +15,18 @@ enum Uniform : int
     UniformIsShadow = Detail::AdvancedUniformCount,
     UniformSunShading,
     UniformMeshMonochrome,
-    UniformReflectionTint,
+    UniformReflectionTint, ///< with OptionReflectAtPixels
 };
 
 constexpr IndexedName kOwnUniforms[] = {
     {UniformIsShadow, "u_isShadow"},
     {UniformSunShading, "u_sunShading"},
     {UniformMeshMonochrome, "u_meshMonochrome"},
-    {UniformReflectionTint, "u_reflectionTint"},
 };
 constexpr auto kUniforms = Detail::WithAdvancedUniforms(kOwnUniforms);
 static_assert(IsDense(kUniforms.rows));
+
+constexpr IndexedName kPixelReflectionUniforms[] = {{UniformReflectionTint, "u_reflectionTint"}};
 
 // The two models share a name, which is diagnostic only, and the vertex shader.
 constexpr ProgramTemplate kTemplate = {
@@ -46,7 +47,10 @@ AdvancedMaterialPhongEffectES20::AdvancedMaterialPhongEffectES20(EffectCache* ca
 
 unsigned int AdvancedMaterialPhongEffectES20::CreateProgramForOptions(std::uint64_t options, std::string& name)
 {
-    return CreateFromTemplate(kTemplate, options, name);
+    const ProgramTemplate source = Detail::AdvancedTemplate(kTemplate, options);
+    return (options & OptionReflectAtPixels) != 0
+        ? CreateFromTemplate(source, options, name, kPixelReflectionUniforms)
+        : CreateFromTemplate(source, options, name);
 }
 
 void AdvancedMaterialPhongEffectES20::SetModelUniforms()

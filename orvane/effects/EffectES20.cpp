@@ -152,6 +152,7 @@ void EffectES20::RegisterProgram(unsigned int program, const std::string& name)
     // A second failed program finds the entry of the first and adds to its table: that is meant.
     ShaderProgram& table =
         m_programs.emplace(program, ShaderProgram(static_cast<int>(program), name)).first->second;
+    table.m_firstShareUniform = m_firstShareUniform;
     for (const auto& [index, uniformName] : m_uniformNames)
     {
         table.m_locations.push_back(-1);
@@ -228,7 +229,7 @@ void EffectES20::FeedLightShare(std::uint64_t options)
 {
     if ((options & OptionLightShares) != 0 && m_currentProgram != 0 && m_current->m_shareSince != s_lightSharesSet)
     {
-        s_lightShare->Feed(*m_current, m_firstShareUniform);
+        s_lightShare->Feed(*m_current, m_current->m_firstShareUniform);
         m_current->m_shareSince = s_lightSharesSet;
     }
 }
@@ -311,7 +312,7 @@ std::string EffectES20::ExpandTemplate(const std::string& source,
 }
 
 unsigned int EffectES20::CreateFromTemplate(const ProgramTemplate& source, std::uint64_t options,
-                                            std::string& name)
+                                            std::string& name, const NameTable& further)
 {
     name = OptionsName(source.baseName, options, source.options);
     const std::string defines = OptionsDefines(options, source.options);
@@ -331,7 +332,11 @@ unsigned int EffectES20::CreateFromTemplate(const ProgramTemplate& source, std::
     m_attributeNames = ToMap(source.attributes);
     std::string fragmentStart = (options & OptionNoClipPlanes) != 0 ? "#define NO_CLIP_PLANES\n" : "";
     fragmentStart += (options & OptionReflectAtPixels) != 0 ? "#define REFLECT_AT_PIXELS\n" : "";
-    m_firstShareUniform = static_cast<int>(source.uniforms.size());
+    for (const IndexedName& row : further)
+    {
+        m_uniformNames[row.index] = row.name;
+    }
+    m_firstShareUniform = static_cast<int>(source.uniforms.size() + further.size());
     if (isShared)
     {
         fragmentStart += "#extension GL_OES_standard_derivatives : enable\n#define LIGHT_SHARE\n";

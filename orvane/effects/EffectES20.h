@@ -106,7 +106,7 @@ public:
     static std::string OptionsName(const std::string& baseName, std::uint64_t options,
                                    const OptionTable& table);
 
-    /// One #define line for each set option that the table knows, lowest bit first.
+    /// One line, `#define NAME`, for each set option that the table knows, lowest bit first.
     static std::string OptionsDefines(std::uint64_t options, const OptionTable& table);
 
     /// Puts texts in the place of markers, in the order of the markers. Only the first
@@ -193,8 +193,9 @@ protected:
     EffectES20& operator=(const EffectES20& other);
 
     /// What CreateProgramForOptions of an effect with options comes down to.
+    /// @param further uniforms that only the program of these options has, behind those of the template.
     unsigned int CreateFromTemplate(const ProgramTemplate& source, std::uint64_t options,
-                                    std::string& name);
+                                    std::string& name, const NameTable& further = {});
 
     /// Links the one program of an effect without options, selects it and owns it. Its uniform
     /// table is empty.
@@ -375,7 +376,7 @@ private:
     static std::uint64_t s_lightSharesSet;   // so often
 
     // Where the uniforms of a light share begin: behind those of the class.
-    int m_firstShareUniform = 0;
+    int m_firstShareUniform = 0; ///< of the program that was made last
 
     // How many of the references belong to placeholders.
     int m_placeholders = 0;

@@ -16,28 +16,29 @@ enum Option : std::uint64_t
 {
     OptionMist = 1,
     OptionNoise = 2,
+    OptionPart = 4, ///< the pictures are a part of a larger one
 };
 
 constexpr OptionRow kOptions[] = {
     {0, "DEFAULT"},
     {OptionMist, "USE_MIST"},
     {OptionNoise, "USE_NOISE"},
+    {OptionPart, "PART"},
 };
 
 enum Uniform : int
 {
     UniformDepthTexture,
-    UniformPart,
     UniformRenderedTexture,
     UniformRenderedTextureHeight,
     UniformRenderedTextureWidth,
     UniformZFar,
     UniformZNear,
+    UniformPart, ///< with OptionPart
 };
 
 constexpr IndexedName kUniforms[] = {
     {UniformDepthTexture, "uDepthTexture"},
-    {UniformPart, "uPart"},
     {UniformRenderedTexture, "uRenderedTexture"},
     {UniformRenderedTextureHeight, "uRenderedTextureHeight"},
     {UniformRenderedTextureWidth, "uRenderedTextureWidth"},
@@ -45,6 +46,8 @@ constexpr IndexedName kUniforms[] = {
     {UniformZNear, "uZNear"},
 };
 static_assert(IsDense(kUniforms));
+
+constexpr IndexedName kPartUniforms[] = {{UniformPart, "uPart"}};
 
 enum Attribute : unsigned
 {
@@ -67,12 +70,13 @@ SSAOEffectES20::SSAOEffectES20(EffectCache* cache) : MaterialEffectES20(cache) {
 
 unsigned int SSAOEffectES20::CreateProgramForOptions(std::uint64_t options, std::string& name)
 {
-    return CreateFromTemplate(kTemplate, options, name);
+    return (options & OptionPart) != 0 ? CreateFromTemplate(kTemplate, options, name, kPartUniforms)
+                                       : CreateFromTemplate(kTemplate, options, name);
 }
 
 void SSAOEffectES20::Bind()
 {
-    UseOptions(OptionMist);
+    UseOptions(part == WholePart ? OptionMist : OptionMist | OptionPart);
     BindTexture(0, static_cast<GLuint>(depthTexture));
     BindTexture(1, static_cast<GLuint>(renderTexture));
     glActiveTexture(GL_TEXTURE0);
@@ -108,7 +112,10 @@ void SSAOEffectES20::BindMeshUniforms(MeshNode*)
     Set(UniformRenderedTexture, 1);
     Set(UniformZNear, zNear);
     Set(UniformZFar, zFar);
-    Set(UniformPart, part[0], part[1], part[2], part[3]);
+    if (part != WholePart)
+    {
+        Set(UniformPart, part[0], part[1], part[2], part[3]);
+    }
 }
 
 } // namespace OV

@@ -10,8 +10,9 @@ uniform float uRenderedTextureWidth;   // of the whole picture, pixels
 uniform float uRenderedTextureHeight;  // of the whole picture, pixels
 uniform HIGHP float uZNear;
 uniform HIGHP float uZFar;
+#ifdef PART
 uniform HIGHP vec4 uPart;              // of the whole picture: its coordinates to those of the textures
-
+#endif
 
 varying vec2 texCoord;                 // 0 to 1, in the textures
 
@@ -32,12 +33,20 @@ const float lumInfluence = 0.5;        // how much luminance reduces occlusion
 // Samples are placed in the whole picture, of which the textures may hold a part.
 vec2 toTexture(vec2 coord)
 {
+#ifdef PART
     return coord * uPart.xy + uPart.zw;
+#else
+    return coord;
+#endif
 }
 
 vec2 toWhole(vec2 coord)
 {
+#ifdef PART
     return (coord - uPart.zw) / uPart.xy;
+#else
+    return coord;
+#endif
 }
 
 vec2 rand(vec2 coord)

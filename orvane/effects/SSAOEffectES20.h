@@ -57,7 +57,9 @@ protected:
 
     explicit SSAOEffectES20(EffectCache* cache);
 
-    std::array<float, 4> part = {1.0f, 1.0f, 0.0f, 0.0f};
+    static constexpr std::array<float, 4> WholePart = {1.0f, 1.0f, 0.0f, 0.0f};
+
+    std::array<float, 4> part = WholePart;
     int width = 0;
     int height = 0;
     int renderTexture = 0;

@@ -292,6 +292,7 @@ private:
     KnownValues m_known;
     std::uint64_t m_knownSince = 0; ///< EffectES20::ForgetUniformValues has been called so often
     std::uint64_t m_shareSince = 0; ///< EffectES20::SetLightShare has been called so often
+    int m_firstShareUniform = 0;    ///< index of the first one of its light share
 };
 
 } // namespace OV

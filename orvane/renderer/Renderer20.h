@@ -51,7 +51,7 @@ class RenderCapabilities;
 /// Each pass sets what it depends on, so that a frame does not depend on the one before:
 /// depth writes are on for every clear, and blending is off when a pass begins and when it ends.
 /// What a host's own GL may have changed between two frames, and what it has to leave alone,
-/// stands in the README under "GL state".
+/// stands in docs/contract.md.
 class ORVANE_API Renderer20 : public Renderer
 {
 public:

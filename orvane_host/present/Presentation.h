@@ -113,8 +113,8 @@ public:
     /// What the settings of the sun come to; without any, nothing.
     const SunState& GetSun() const;
 
-    /// To be called after the host has changed the tree, the geometry or the materials of the
-    /// scene, before the next frame: works out anew what the settings make of them.
+    /// To be called after the host has changed the tree, places, the geometry or the materials of the
+    /// scene, before the next frame: works out anew what the settings make of them, and how deep it is.
     void Refresh();
 
     // Files beside each other. Settings, what is hidden and what is highlighted stay, as far as the nodes

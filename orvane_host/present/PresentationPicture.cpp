@@ -241,8 +241,10 @@ bool Presentation::Impl::TakePicture(std::vector<unsigned char>& rgba, const Pic
                                      std::string& error)
 {
     const PictureFormat format = FormatOf(options);
-    if (!PictureFile::CanHold(format, error))
+    if (format.width < 1 || format.height < 1 || std::max(format.width, format.height) > PictureFormat::MostPixels)
     {
+        error = "a picture of " + std::to_string(format.width) + "x" + std::to_string(format.height)
+            + " can't be made; a side has 1 to " + std::to_string(PictureFormat::MostPixels) + " pixels";
         return false;
     }
     try

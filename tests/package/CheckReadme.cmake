@@ -1,5 +1,5 @@
-# Script: the hosts shown in the README are the examples that are built and run, their bodies as short
-# as it says.
+# Script: the README lists every example, and the hosts that it shows are the examples that are built and
+# run, their bodies as short as it says.
 file(READ ${SOURCE_DIR}/README.md readme)
 function(check_example name most)
     file(READ ${SOURCE_DIR}/examples/${name}/main.cpp example)
@@ -14,5 +14,12 @@ function(check_example name most)
         message(FATAL_ERROR "the body of ${name} has ${count} lines")
     endif()
 endfunction()
+file(GLOB examples RELATIVE ${SOURCE_DIR}/examples ${SOURCE_DIR}/examples/*/main.cpp)
+foreach(example IN LISTS examples)
+    string(FIND "${readme}" "(examples/${example})" position)
+    if(position EQUAL -1)
+        message(FATAL_ERROR "README.md does not list examples/${example}")
+    endif()
+endforeach()
 check_example(01-first-picture 8)
 check_example(04-window 25)

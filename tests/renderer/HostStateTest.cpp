@@ -1,5 +1,5 @@
 // What a host's own GL may change between two frames, and what it finds changed after one: the
-// lists of the README, held to the truth in both directions.
+// lists of docs/contract.md, held to the truth in both directions.
 
 #include "orvane/overlay/Rect.h"
 #include "orvane/overlay/Scene2D.h"
@@ -31,20 +31,20 @@ namespace
 using Names = std::set<std::string>;
 using Values = std::vector<std::vector<double>>;
 
-/// The names in `code` of the README's paragraph that begins with these words.
-Names NamesInReadme(const std::string& heading)
+/// The names in `code` of the page's paragraph that begins with these words.
+Names NamesOnPage(const std::string& heading)
 {
-    std::ifstream file(ORVANE_README);
+    std::ifstream file(ORVANE_CONTRACT_PAGE);
     std::stringstream text;
     text << file.rdbuf();
-    const std::string readme = text.str();
-    const std::size_t begin = readme.find(heading);
+    const std::string page = text.str();
+    const std::size_t begin = page.find(heading);
     if (begin == std::string::npos)
     {
-        ADD_FAILURE() << "the README has no paragraph " << heading;
+        ADD_FAILURE() << "docs/contract.md has no paragraph " << heading;
         return {};
     }
-    const std::string paragraph = readme.substr(begin, readme.find("\n\n", begin) - begin);
+    const std::string paragraph = page.substr(begin, page.find("\n\n", begin) - begin);
     Names names;
     std::size_t from = paragraph.find('`');
     while (from != std::string::npos)
@@ -328,7 +328,7 @@ protected:
 
 } // namespace
 
-TEST_F(HostState, FramesNeedWhatTheReadmeSaysAndLeaveChangedWhatItSays)
+TEST_F(HostState, FramesNeedWhatThePageSaysAndLeaveChangedWhatItSays)
 {
     ASSERT_GT(GLStateTable().size(), 100u);
     Names needed;
@@ -343,8 +343,8 @@ TEST_F(HostState, FramesNeedWhatTheReadmeSaysAndLeaveChangedWhatItSays)
             Look(capture, needed, leaves);
         }
     }
-    EXPECT_THAT(needed, ::testing::ContainerEq(NamesInReadme("**What a frame needs.**")));
-    EXPECT_THAT(leaves, ::testing::ContainerEq(NamesInReadme("**What a frame leaves.**")));
+    EXPECT_THAT(needed, ::testing::ContainerEq(NamesOnPage("**What a frame needs.**")));
+    EXPECT_THAT(leaves, ::testing::ContainerEq(NamesOnPage("**What a frame leaves.**")));
 }
 
 TEST_F(HostState, AFrameHasThePictureInIt)

@@ -10,7 +10,7 @@ namespace OV::Test
 /// One piece of the state of GL that a host may have set otherwise than GL does at its start.
 struct GLStateRow
 {
-    /// As the README calls it.
+    /// As docs/contract.md calls it.
     std::string name;
 
     /// Gives it another value, one that shows where it is not looked after.

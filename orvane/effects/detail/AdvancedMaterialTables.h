@@ -137,14 +137,30 @@ enum AdvancedAttribute : unsigned
     AdvancedAttributePosition,
     AdvancedAttributeNormal,
     AdvancedAttributeTexture,
-    AdvancedAttributeColor,
+    AdvancedAttributeColor, ///< with AdvancedOptionVertexColors
 };
 
 inline constexpr IndexedName kAdvancedAttributes[] = {
     {AdvancedAttributePosition, "a_position"},
     {AdvancedAttributeNormal, "a_normal"},
     {AdvancedAttributeTexture, "a_texture"},
+};
+
+inline constexpr IndexedName kAdvancedColoredAttributes[] = {
+    {AdvancedAttributePosition, "a_position"},
+    {AdvancedAttributeNormal, "a_normal"},
+    {AdvancedAttributeTexture, "a_texture"},
     {AdvancedAttributeColor, "a_vcolor"},
 };
+
+/// A model's template with the attributes that programs of the options have.
+constexpr ProgramTemplate AdvancedTemplate(ProgramTemplate model, std::uint64_t options)
+{
+    if ((options & AdvancedOptionVertexColors) != 0)
+    {
+        model.attributes = kAdvancedColoredAttributes;
+    }
+    return model;
+}
 
 } // namespace OV::Detail

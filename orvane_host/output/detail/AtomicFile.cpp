@@ -94,6 +94,9 @@ bool FindTarget(const std::string& path, Target& target, std::string& error)
     return true;
 }
 
+/// The files that a process has open, by number.
+constexpr const char* kDescriptors = "/proc/self/fd/";
+
 /// A file that is gone at the end of its scope, and with the process, unless it was put in its place.
 ///
 /// It has no name before, where the file system can do that.
@@ -104,7 +107,11 @@ public:
     {
         m_folder = folder;
 #ifdef O_TMPFILE
-        m_descriptor = ::open(folder.c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, 0666);
+        // What a name is given by; a bare root has none.
+        if (::access(kDescriptors, X_OK) == 0)
+        {
+            m_descriptor = ::open(folder.c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, 0666);
+        }
         if (m_descriptor >= 0)
         {
             return;
@@ -158,7 +165,7 @@ private:
         {
             return true;
         }
-        const std::string self = "/proc/self/fd/" + std::to_string(m_descriptor);
+        const std::string self = kDescriptors + std::to_string(m_descriptor);
         do
         {
             m_path = NextName();

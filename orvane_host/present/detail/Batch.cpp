@@ -169,10 +169,17 @@ void BatchES20::WidenBoxes(std::size_t piece)
     m_box.Widen(m_pieces[piece].box);
 }
 
+std::uint64_t BatchES20::NextRevision()
+{
+    static std::uint64_t revision = 0;
+    return ++revision;
+}
+
 void BatchES20::Switch(std::size_t piece, bool on)
 {
     if (IsOn(piece) != on)
     {
+        m_revision = NextRevision();
         m_on[piece / kRow] ^= std::uint64_t{1} << (piece % kRow);
         m_onCount += on ? 1 : static_cast<std::size_t>(-1);
         m_whole.isValid = false;
@@ -195,6 +202,7 @@ bool BatchES20::Fits(std::size_t piece, const Mesh& other) const
 void BatchES20::Write(std::size_t index, const Piece& piece, const TextureFactors& factors, bool isReshaped)
 {
     const BatchLayout layout(m_kind.streams);
+    m_revision = NextRevision();
     Room& room = m_pieces[index];
     std::vector<float> vertices(room.vertices * static_cast<std::size_t>(layout.size));
     WriteVertices(*piece.mesh, piece.place, factors, layout, vertices.data());

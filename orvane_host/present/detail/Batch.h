@@ -71,6 +71,8 @@ public:
     /// Of the buffers, identifiers included.
     std::size_t GetBytes() const;
     const WorldBox& GetBox() const { return m_box; }
+    /// Another number, over all batches of the process, whenever something else is drawn.
+    std::uint64_t GetRevision() const { return m_revision; }
 
     void Switch(std::size_t piece, bool on);
     void SetUserData(std::size_t piece, int userData);
@@ -132,6 +134,8 @@ private:
         bool isValid = false;
     };
 
+    static std::uint64_t NextRevision();
+
     bool IsOn(std::size_t piece) const { return ((m_on[piece / kRow] >> (piece % kRow)) & 1u) != 0; }
     const Runs& RunsOf(const MeshNode* node);
     void MakeRuns(Runs& runs, const std::vector<std::uint64_t>& bits) const;
@@ -146,6 +150,7 @@ private:
     std::vector<std::uint64_t> m_on;
     std::vector<WorldBox> m_rowBoxes; ///< of kRow pieces each
     WorldBox m_box;
+    std::uint64_t m_revision = NextRevision();
     std::size_t m_onCount = 0;
     std::size_t m_vertexCount = 0;
     std::size_t m_allVertices = 0;

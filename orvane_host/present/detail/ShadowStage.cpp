@@ -8,6 +8,7 @@
 #include "orvane_host/present/detail/DrawIdKeeper.h"
 #include "orvane_host/present/detail/EffectInPlace.h"
 #include "orvane_host/present/detail/Effects.h"
+#include "orvane_host/present/detail/Batch.h"
 #include "orvane_host/present/detail/Fingerprint.h"
 #include "orvane_host/present/detail/SurfacePass.h"
 #include "orvane/math/Transform.h"
@@ -86,8 +87,26 @@ glm::dmat4 ToDouble(const Matrix& matrix)
     return glm::dmat4(glm::make_mat4(matrix.m));
 }
 
+CastBox BoxOf(const BatchES20& batch)
+{
+    const glm::dvec3 low = ToDouble(batch.GetBox().low);
+    const glm::dvec3 high = ToDouble(batch.GetBox().high);
+    CastBox box;
+    box.middle = 0.5 * (low + high);
+    for (int axis = 0; axis < 3; ++axis)
+    {
+        box.halves[static_cast<std::size_t>(axis)][axis] = 0.5 * (high[axis] - low[axis]);
+    }
+    return box;
+}
+
 CastBox BoxOf(const Mesh& mesh, const MeshNode& node)
 {
+    // What is drawn together has no geometry of its own.
+    if (const auto* const batch = dynamic_cast<const BatchES20*>(mesh.GetRenderData()))
+    {
+        return BoxOf(*batch);
+    }
     Vector low;
     Vector high;
     mesh.GetBBox(low, high);
@@ -298,14 +317,20 @@ std::uint64_t ShadowStage::FingerprintOf(const SunView& view) const
         const Caster& caster = m_casters[i];
         const auto* const data = static_cast<const MeshES20*>(caster.item.mesh->GetRenderData());
         const auto* const material = static_cast<const MaterialES20*>(caster.item.style);
-        const RawMesh& raw = *caster.item.mesh->GetRawMesh();
         print.Add(data);
         print.Add(data->vertexBufferId);
         print.Add(data->positionOffset);
         print.Add(data->indexOffset);
-        print.Add(raw.positions.data());
-        print.Add(raw.positions.size());
-        print.Add(raw.indices.size());
+        if (const auto* const batch = dynamic_cast<const BatchES20*>(data))
+        {
+            print.Add(batch->GetRevision());
+        }
+        else if (const std::shared_ptr<RawMesh> raw = caster.item.mesh->GetRawMesh())
+        {
+            print.Add(raw->positions.data());
+            print.Add(raw->positions.size());
+            print.Add(raw->indices.size());
+        }
         for (const auto& row : caster.item.node->GetGlobal().GetTransf3d().m)
         {
             std::for_each(std::begin(row), std::end(row), [&](double value) { print.Add(value); });

@@ -174,7 +174,9 @@ TEST_P(PageCommands, Runs)
 {
     const ProcessResult result = Type(GetParam().variables, GetParam().command);
     EXPECT_EQ(result.exitCode, 0) << GetParam().command.text << "\n" << result.errors;
-    EXPECT_EQ(result.errors, "");
+    // A model of the tests tells no unit, which a scale wants.
+    const bool mayWarn = GetParam().command.text.find("--scale ") != std::string::npos;
+    EXPECT_TRUE(result.errors.empty() || (mayWarn && result.errors.find("warning: ") != std::string::npos)) << result.errors;
 }
 
 INSTANTIATE_TEST_SUITE_P(Docs, PageCommands, ::testing::ValuesIn(ToolCommands(false)), LabelOf);

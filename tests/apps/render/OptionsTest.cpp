@@ -23,7 +23,7 @@ const std::vector<std::string> Known = {
     "--distance",   "--angle",   "--up-axis",      "--pixel-ratio", "--quiet",        "--fail-if-empty", "--paper",
     "--portrait",   "--dpi",     "--scale",        "--alpha",      "--depth",         "--list-nodes",
     "--surroundings", "--ground",    "--batches",
-    "--sun",        "--place",   "--sun-study",    "--sun-hours",
+    "--fit-all",    "--sun",        "--place",   "--sun-study",    "--sun-hours",
     "--shadows",    "--sun-width", "--shadow-darkness", "--clipped-casts",
 };
 

@@ -88,7 +88,7 @@ TEST_F(RenderLooks, ACutSolidIsFilledWithThePocheColour)
         EXPECT_LE(ChannelDifference(Middle(Front(cube, options)), Pixel{0x12, 0x34, 0x56, 255}), 1) << look;
         EXPECT_LE(ChannelDifference(Middle(Front(cube, cut)), Pixel{0x33, 0x33, 0x33, 255}), 1) << look;
         options = cut;
-        options.insert(options.end(), {"--poche", "off"});
+        options.insert(options.end(), {"--poche", "off", "--quiet"});
         EXPECT_GT(ChannelDifference(Middle(Front(cube, options)), Pixel{0x33, 0x33, 0x33, 255}), 30) << look;
     }
 }

@@ -39,9 +39,9 @@ TEST_F(RenderNodes, WhatIsHiddenIsNotDrawn)
     EXPECT_TRUE(left != Seen(pair));
     ExpectSame(Seen(pair, {"--hide", "right"}), left);
     ExpectSame(Seen(pair, {"--isolate", "pair.obj/left"}), left);
-    const Picture none = Seen(pair, {"--hide", "right", "--hide", "left"});
+    const Picture none = Seen(pair, {"--hide", "right", "--hide", "left", "--quiet"});
     EXPECT_TRUE(none != left);
-    ExpectSame(none, Seen(pair, {"--hide", "pair.obj"}));
+    ExpectSame(none, Seen(pair, {"--hide", "pair.obj", "--quiet"}));
 }
 
 TEST_F(RenderNodes, ANodeThatThereIsNotIsTold)

@@ -151,7 +151,7 @@ INSTANTIATE_TEST_SUITE_P(
         WrongUsage{"FogWithoutDepth", {"MODEL", "-o", "OUT", "--fog", "5,5"}, "the end beyond the start"},
         WrongUsage{"FogBackwards", {"MODEL", "-o", "OUT", "--fog", "6,5"}, "the end beyond the start"},
         WrongUsage{"FogNegative", {"MODEL", "-o", "OUT", "--fog=-1,5"}, "not negative"},
-        WrongUsage{"GroundWord", {"MODEL", "-o", "OUT", "--ground", "grass"}, "--ground: 'grass' is not shadow or a colour"},
+        WrongUsage{"GroundWord", {"MODEL", "-o", "OUT", "--ground", "grass"}, "--ground: 'grass' is not"},
         WrongUsage{"GroundShort", {"MODEL", "-o", "OUT", "--ground", "#FFF"}, "--ground"},
         WrongUsage{"GroundTwoSigns", {"MODEL", "-o", "OUT", "--ground", "##FFFFFF"}, "--ground"},
         WrongUsage{"GroundEmpty", {"MODEL", "-o", "OUT", "--ground", ""}, "--ground: ''"},

@@ -18,8 +18,9 @@ namespace
 
 using Host::PresentationSettings;
 
-/// The sanitizers look for faults of memory, which a tenth of the way has as well.
-constexpr int kSteps = isSanitized ? 100 : 1000;
+/// Each is drawn by two presentations, which takes its time. The sanitizers look for faults of memory,
+/// which a tenth of the way has as well.
+constexpr int kSteps = isSanitized ? 30 : 300;
 
 /// What a presentation holds, by kind.
 struct Held
