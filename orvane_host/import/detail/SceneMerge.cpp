@@ -136,6 +136,34 @@ void MoveMaterials(Scene& from, Scene& to)
     }
 }
 
+/// A line stays in the lines of its scene: those of the other one are made anew over the same points.
+void MoveLines(Scene& from, Scene& to, const Twins& twins)
+{
+    const std::set<Line*> lines = from.GetLines();
+    for (Line* const line : lines)
+    {
+        auto* const twin = new Line(*line, &to);
+        if (LineStyle* const style = line->GetStyle())
+        {
+            style->AddLine(twin);
+        }
+        for (MeshNode* const node : line->GetNodes())
+        {
+            if (twins.count(node) == 0)
+            {
+                twin->AddNode(node);
+            }
+        }
+        delete line;
+    }
+    const std::vector<LineStyle*> styles = from.GetLineStyles();
+    for (LineStyle* const style : styles)
+    {
+        from.RemoveLineStyle(style);
+        to.AddLineStyle(style);
+    }
+}
+
 } // namespace
 
 std::vector<Node*> MoveInto(Scene& scene, ImportResult& model, double scale, std::uint64_t number)
@@ -153,14 +181,8 @@ std::vector<Node*> MoveInto(Scene& scene, ImportResult& model, double scale, std
         }
     }
     MoveMaterials(*from, scene);
-    const std::vector<LineStyle*> styles = from->GetLineStyles();
-    for (LineStyle* const style : styles)
-    {
-        from->RemoveLineStyle(style);
-        scene.AddLineStyle(style);
-    }
-    std::set<Mesh*> meshes = from->GetMeshes();
-    meshes.insert(from->GetLines().begin(), from->GetLines().end());
+    MoveLines(*from, scene, twins);
+    const std::set<Mesh*> meshes = from->GetMeshes();
     for (Mesh* const mesh : meshes)
     {
         const std::vector<MeshNode*> nodes = mesh->GetNodes();
