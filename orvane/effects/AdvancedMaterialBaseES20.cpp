@@ -88,6 +88,7 @@ std::uint64_t AdvancedMaterialBaseES20::OptionsOf(MaterialES20* data) const
            OptionIf(data->GetOpacityMapID() != 0, AdvancedOptionCutout) |
            OptionIf(ColorTexture(data) != 0, AdvancedOptionTexture) |
            OptionIf(data->GetNormalMapID() != 0, AdvancedOptionNormalMap) |
+           OptionIf(m_takesVertexColors, AdvancedOptionVertexColors) |
            (m_reflectsAtPixels ? OptionReflectAtPixels : std::uint64_t(0));
 }
 
@@ -205,6 +206,10 @@ void AdvancedMaterialBaseES20::BindMeshAttributes(MeshES20* mesh)
     {
         EnableStream(AdvancedAttributeTexture, 2, stride, mesh->GetTextureOffset());
     }
+    if (HasAttribute(AdvancedAttributeColor))
+    {
+        EnableStream(AdvancedAttributeColor, 4, stride, mesh->GetColorOffset());
+    }
     const Mesh* const sceneMesh = mesh->GetMesh();
     const bool monochrome = sceneMesh && (sceneMesh->GetFlags() & MeshFlagMonochrome) != 0;
     Set(AdvancedUniformIsShowFaceSides, ShowsFaceSides(mesh) ? 1 : 0);
@@ -214,6 +219,10 @@ void AdvancedMaterialBaseES20::BindMeshAttributes(MeshES20* mesh)
 void AdvancedMaterialBaseES20::ReleaseMeshAttributes(MeshES20* mesh)
 {
     glFrontFace(GL_CCW);
+    if (HasAttribute(AdvancedAttributeColor))
+    {
+        DisableStream(AdvancedAttributeColor, mesh->GetColorOffset());
+    }
     if (HasAttribute(AdvancedAttributeTexture))
     {
         DisableStream(AdvancedAttributeTexture, mesh->GetTextureOffset());

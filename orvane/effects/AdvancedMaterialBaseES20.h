@@ -53,6 +53,13 @@ public:
         m_reflectsAtPixels = texture != 0;
     }
 
+    /// Whether the colours of the vertices multiply the surface's own, its opacity left alone, from the
+    /// next Apply on. Of a mesh without colours it is the attribute's current value that does.
+    void SetVertexColors(bool multiply)
+    {
+        m_takesVertexColors = multiply;
+    }
+
     /// True in the second, ambient pass. Set before Apply.
     bool passFlag = false;
 
@@ -93,6 +100,7 @@ private:
     void SetColors(Material* material);
     bool IsOutsideEdit(const Node& node) const;
 
+    bool m_takesVertexColors = false;
     bool m_reflectsAtPixels = false;
     Color m_reflectionTint;
     bool m_reflectionBound = false; ///< a cube map is bound, from Apply to Remove

@@ -39,9 +39,10 @@ AdvancedMaterialEffectES20::AdvancedMaterialEffectES20(EffectCache* cache) : Adv
 
 unsigned int AdvancedMaterialEffectES20::CreateProgramForOptions(std::uint64_t options, std::string& name)
 {
+    const ProgramTemplate source = Detail::AdvancedTemplate(kTemplate, options);
     return (options & OptionReflectAtPixels) != 0
-        ? CreateFromTemplate(kTemplate, options, name, kPixelReflectionUniforms)
-        : CreateFromTemplate(kTemplate, options, name);
+        ? CreateFromTemplate(source, options, name, kPixelReflectionUniforms)
+        : CreateFromTemplate(source, options, name);
 }
 
 void AdvancedMaterialEffectES20::SetModelUniforms() {}

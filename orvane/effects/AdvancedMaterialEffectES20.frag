@@ -53,6 +53,9 @@ varying vec3 v_viewvector;          // world space, towards the camera
 #ifndef NORMALMAP
 varying MEDIUMP vec3 v_cubeMapLookup;
 #endif
+#ifdef VERTEX_COLORS
+varying vec3 v_vcolor;
+#endif
 
 const vec4 minColor = vec4(0.0, 0.0, 0.0, 0.0);
 const vec4 maxColor = vec4(1.0, 1.0, 1.0, 1.0);
@@ -203,6 +206,16 @@ vec4 withReflection(vec3 surface, vec3 reflected, float share, float texelAlpha)
 }
 #endif
 
+// Alpha is the opacity, which colours of vertices leave alone.
+vec4 surfaceColor()
+{
+#ifdef VERTEX_COLORS
+    return vec4(u_color.rgb * v_vcolor, u_color.a);
+#else
+    return u_color;
+#endif
+}
+
 vec4 shadedColor()
 {
 #ifdef AMBIENT
@@ -223,21 +236,21 @@ vec4 shadedColor()
     vec4 fspec = mix(spec, sampleReflection(adjustedNormal), gloss) * reflectionShare(adjustedNormal);
 
     float ambientLum = dot(u_ambient.rgb, lumcoeff);
-    vec4 ambient_color = vec4(ambientLum * u_color.rgb, 1.0);
+    vec4 ambient_color = vec4(ambientLum * surfaceColor().rgb, 1.0);
 #ifdef TEXTURE
     vec4 s = texture2D(u_texture0, v_tc);
     if (s.a < 0.25)
     {
         discard;
     }
-    vec4 ls = mix(ambient_color * s, u_color * s, lightFactor);
+    vec4 ls = mix(ambient_color * s, surfaceColor() * s, lightFactor);
 #ifdef REFLECT_AT_PIXELS
     return withReflection(ls.rgb, fspec.rgb, gloss * reflectionShare(adjustedNormal), s.a);
 #else
     return vec4(clamp(ls + fspec, minColor, maxColor).rgb, s.a * u_color.a);
 #endif
 #else
-    vec4 ls = mix(ambient_color, u_color, lightFactor);
+    vec4 ls = mix(ambient_color, surfaceColor(), lightFactor);
 #ifdef REFLECT_AT_PIXELS
     return withReflection(ls.rgb, fspec.rgb, gloss * reflectionShare(adjustedNormal), 1.0);
 #else

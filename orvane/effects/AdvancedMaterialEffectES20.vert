@@ -5,6 +5,9 @@ PRECISION_DEFAULT_HIGHP(float)
 attribute vec3 a_position; // object space
 attribute vec3 a_normal;   // object space
 attribute vec2 a_texture;
+#ifdef VERTEX_COLORS
+attribute vec4 a_vcolor;
+#endif
 
 uniform mat4 u_worldTransform;      // object to world space
 uniform mat4 u_mvpMatrix;           // object to clip space
@@ -28,6 +31,9 @@ varying vec3 v_viewvector;          // world space, unit, towards the camera
 #ifndef NORMALMAP
 varying MEDIUMP vec3 v_cubeMapLookup;
 #endif
+#ifdef VERTEX_COLORS
+varying vec3 v_vcolor;
+#endif
 
 void main()
 {
@@ -36,6 +42,9 @@ void main()
     v_position = a_position;
     v_world_position = (u_worldTransform * vec4(a_position, 1.0)).xyz;
     v_tc = a_texture * u_scale;
+#ifdef VERTEX_COLORS
+    v_vcolor = a_vcolor.rgb;
+#endif
     v_viewvector = normalize(u_camera - v_world_position);
     if (u_enableLight == 1)
     {

@@ -47,9 +47,10 @@ AdvancedMaterialPhongEffectES20::AdvancedMaterialPhongEffectES20(EffectCache* ca
 
 unsigned int AdvancedMaterialPhongEffectES20::CreateProgramForOptions(std::uint64_t options, std::string& name)
 {
+    const ProgramTemplate source = Detail::AdvancedTemplate(kTemplate, options);
     return (options & OptionReflectAtPixels) != 0
-        ? CreateFromTemplate(kTemplate, options, name, kPixelReflectionUniforms)
-        : CreateFromTemplate(kTemplate, options, name);
+        ? CreateFromTemplate(source, options, name, kPixelReflectionUniforms)
+        : CreateFromTemplate(source, options, name);
 }
 
 void AdvancedMaterialPhongEffectES20::SetModelUniforms()

@@ -58,6 +58,9 @@ varying vec3 v_viewvector;          // world space, towards the camera
 #ifndef NORMALMAP
 varying MEDIUMP vec3 v_cubeMapLookup;
 #endif
+#ifdef VERTEX_COLORS
+varying vec3 v_vcolor;
+#endif
 
 const vec4 minColor = vec4(0.0, 0.0, 0.0, 0.0);
 const vec4 maxColor = vec4(1.0, 1.0, 1.0, 1.0);
@@ -205,6 +208,16 @@ vec4 withReflection(vec3 surface, vec3 reflected, float share, float texelAlpha)
 }
 #endif
 
+// Alpha is the opacity, which colours of vertices leave alone.
+vec4 surfaceColor()
+{
+#ifdef VERTEX_COLORS
+    return vec4(u_color.rgb * v_vcolor, u_color.a);
+#else
+    return u_color;
+#endif
+}
+
 vec4 shadedColor()
 {
     const float brightness = 1.0;
@@ -229,7 +242,7 @@ vec4 shadedColor()
     {
         discard;
     }
-    vec4 diffuse = (u_color * colorScale) * texColor;
+    vec4 diffuse = (surfaceColor() * colorScale) * texColor;
     vec4 ambient_color = 0.5 * vec4(ambientLum * diffuse.rgb, 1.0) * u_sunShading;
     float strength = lightFactor * u_ambientTextureIntensity;
 #ifdef REFLECT_AT_PIXELS
@@ -240,8 +253,8 @@ vec4 shadedColor()
     return vec4(clamp(c, minColor, maxColor).rgb, texColor.a * u_color.a);
 #endif
 #else
-    vec4 diffuse = u_color;
-    vec4 ambient_color = 0.5 * vec4(ambientLum * u_color.rgb, 1.0) * u_sunShading;
+    vec4 diffuse = surfaceColor();
+    vec4 ambient_color = 0.5 * vec4(ambientLum * surfaceColor().rgb, 1.0) * u_sunShading;
     float strength = lightFactor * u_ambientColorIntensity;
 #ifdef REFLECT_AT_PIXELS
     return withReflection(strength * (ambient_color + diffuse).rgb, strength * fspec.rgb,

@@ -75,6 +75,8 @@ struct ImportReport
     std::uint64_t triangles = 0;
     std::uint64_t drawnTriangles = 0;
     std::uint64_t points = 0;
+    /// Segments of lines, held once, and those of no use.
+    std::uint64_t lines = 0;
     std::uint64_t skippedLines = 0;
     std::uint64_t droppedTriangles = 0;
     std::uint64_t materials = 0;

@@ -4,6 +4,7 @@
 #include "orvane_host/import/detail/ImportSteps.h"
 #include "orvane_host/import/detail/IsolatedProcess.h"
 #include "orvane_host/import/detail/ModelArchive.h"
+#include "orvane_host/import/detail/PictureConverter.h"
 #include "orvane_host/import/detail/SceneBuilder.h"
 #include "orvane_host/import/detail/StepSchema.h"
 #include "orvane_host/import/detail/StepSite.h"
@@ -93,9 +94,11 @@ void Fail(ImportResult& result, ImportStatus status, const std::string& reason =
 /// Pictures would be taken for point clouds or worse by some parsers.
 bool IsPicture(const std::string& path)
 {
-    char start[4] = {};
+    char start[12] = {};
     std::ifstream(path, std::ios::in | std::ios::binary).read(start, sizeof(start));
-    return std::memcmp(start, "\x89PNG", 4) == 0 || std::memcmp(start, "\xFF\xD8\xFF", 3) == 0;
+    const auto has = [&start](const char* magic, int at)
+    { return std::memcmp(start + at, magic, std::strlen(magic)) == 0; };
+    return has("\x89PNG", 0) || has("\xFF\xD8\xFF", 0) || has("GIF8", 0) || (has("RIFF", 0) && has("WEBP", 8));
 }
 
 /// @return Done when the file can be handed to the parser.
@@ -165,10 +168,24 @@ ReadOutcome ReadGuarded(const std::string& path, const ImportOptions& options, c
 {
     try
     {
-        const ReadOutcome outcome = ReadWithAssimp(path, options, hooks, model);
+        std::uint64_t openedBytes = 0;
+        const auto opened = [&openedBytes, &hooks](std::uint64_t bytes)
+        {
+            openedBytes = bytes;
+            if (hooks.opened)
+            {
+                hooks.opened(bytes);
+            }
+        };
+        const ReadOutcome outcome = ReadWithAssimp(path, options, {hooks.progress, opened}, model);
         if (outcome.status == ImportStatus::Done)
         {
             ReadSite(path, model);
+            if (options.textures)
+            {
+                ConvertPictures(model, path, options,
+                                [&](std::uint64_t bytes) { opened(openedBytes + bytes); });
+            }
         }
         return outcome;
     }

@@ -19,9 +19,9 @@ class ModelImporter
 public:
     /// Reads one file. Throws nothing: whatever goes wrong is told in the result.
     ///
-    /// Pictures in files of their own are only located here; the renderer loads them.
-    /// Embedded ones are decoded into Material::pixels. Maps are loaded from files in any case:
-    /// an embedded one lies in a file in memory that lives as long as its material.
+    /// PNG and JPEG pictures in files of their own are only located here; the renderer loads them.
+    /// Embedded ones, and all of TGA, BMP, GIF and WebP, are decoded into Material::pixels. Maps are loaded from files in any case:
+    /// one that has none such lies in a file in memory that lives as long as its material.
     ///
     /// Maps are those that the file names for normals and for opacity. Where the format has one
     /// word for normals and heights, the picture's colours decide, and heights are left out. A

@@ -45,6 +45,29 @@ protected:
 
 } // namespace
 
+TEST_F(AdvancedPixels, ColoursOfTheVerticesMultiplyTheSurfaceOnRequestAlone)
+{
+    AddUsualLight();
+    Material& material = AddUsualMaterial();
+    for (const bool phong : {false, true})
+    {
+        AdvancedCase plain = Usual(phong);
+        plain.surface.rect = kLeft;
+        plain.surface.hasColors = true;
+        plain.surface.colors.fill(vec4(0.5f, 0.25f, 1.0f, 0.5f));
+        MeshNode& node = AddSurface(material, plain.surface);
+        ExpectCase(plain);
+
+        AdvancedCase colored = plain;
+        colored.look.color *= vec4(0.5f, 0.25f, 1.0f, 1.0f);
+        Effect(phong).SetVertexColors(true);
+        ExpectCase(colored);
+        Effect(phong).SetVertexColors(false);
+        ExpectCase(plain);
+        scene.DeleteSubtree(&node);
+    }
+}
+
 TEST_F(AdvancedPixels, AnEmptyEditPathGreysNodesWithoutAPathAndNoOther)
 {
     AddUsualLight();

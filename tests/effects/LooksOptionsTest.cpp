@@ -45,7 +45,8 @@ constexpr std::uint64_t kAmbient = 4;
 constexpr std::uint64_t kCutout = 8;
 constexpr std::uint64_t kTexture = 16;
 constexpr std::uint64_t kNormalMap = 32;
-constexpr std::uint64_t kMasks = 64;
+constexpr std::uint64_t kVertexColors = 64;
+constexpr std::uint64_t kMasks = 128;
 
 /// The uniforms that a program of the mask can't do without.
 Names AdvancedUniforms(bool phong, std::uint64_t mask)
@@ -160,6 +161,10 @@ TEST_F(LooksOptions, EveryMaskOfBothModelsLinksInSilenceWithItsUniformsAndNoOthe
             if (uniforms.count("u_scale") != 0)
             {
                 attributes.insert("a_texture");
+            }
+            if ((mask & kVertexColors) != 0)
+            {
+                attributes.insert("a_vcolor");
             }
             EXPECT_EQ(ActiveAttributes(program), attributes);
         }

@@ -1,5 +1,6 @@
 #include "tests/imaging/JpegFile.h"
 #include "tests/imaging/PngFile.h"
+#include "tests/orvane_host/import/ForeignPictures.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -94,6 +95,21 @@ bool WriteJpegs(const std::filesystem::path& directory)
     return written;
 }
 
+bool WriteForeign(const std::filesystem::path& directory)
+{
+    bool written = true;
+    for (const unsigned char alpha : {0, 255})
+    {
+        const OV::Test::FourPixels pixels = {{10, 20, 30, alpha}};
+        const std::string end = alpha ? "" : "-alpha";
+        written = Write(directory / ("plain" + end + ".tga"), OV::Test::Tga(pixels)) && written;
+        written = Write(directory / ("packed" + end + ".tga"), OV::Test::Tga(pixels, true, true)) && written;
+        written = Write(directory / ("palette" + end + ".gif"), OV::Test::Gif(pixels)) && written;
+        written = Write(directory / ("lossless" + end + ".webp"), OV::Test::Webp(pixels)) && written;
+    }
+    return Write(directory / "true.bmp", OV::Test::Bmp({})) && written;
+}
+
 }  // namespace
 
 // Writes the first inputs of the fuzz targets for pictures: one small file of each form.
@@ -105,7 +121,8 @@ int main(int argc, char** argv)
         return 2;
     }
     const std::filesystem::path directory = argv[1];
-    if (!WritePngs(directory / "png") || !WriteJpegs(directory / "jpeg"))
+    if (!WritePngs(directory / "png") || !WriteJpegs(directory / "jpeg") ||
+        !WriteForeign(directory / "foreign"))
     {
         std::fprintf(stderr, "make_image_corpus: cannot write to %s\n", argv[1]);
         return 1;

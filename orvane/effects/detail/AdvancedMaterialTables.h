@@ -16,6 +16,7 @@ enum AdvancedOption : std::uint64_t
     AdvancedOptionCutout = 8,
     AdvancedOptionTexture = 16,
     AdvancedOptionNormalMap = 32,
+    AdvancedOptionVertexColors = 64,
 };
 
 inline constexpr OptionRow kAdvancedOptions[] = {
@@ -26,6 +27,7 @@ inline constexpr OptionRow kAdvancedOptions[] = {
     {AdvancedOptionCutout, "CUTOUT"},
     {AdvancedOptionTexture, "TEXTURE"},
     {AdvancedOptionNormalMap, "NORMALMAP"},
+    {AdvancedOptionVertexColors, "VERTEX_COLORS"},
 };
 
 /// The uniforms that both models have, at the same places.
@@ -135,6 +137,7 @@ enum AdvancedAttribute : unsigned
     AdvancedAttributePosition,
     AdvancedAttributeNormal,
     AdvancedAttributeTexture,
+    AdvancedAttributeColor, ///< with AdvancedOptionVertexColors
 };
 
 inline constexpr IndexedName kAdvancedAttributes[] = {
@@ -142,5 +145,22 @@ inline constexpr IndexedName kAdvancedAttributes[] = {
     {AdvancedAttributeNormal, "a_normal"},
     {AdvancedAttributeTexture, "a_texture"},
 };
+
+inline constexpr IndexedName kAdvancedColoredAttributes[] = {
+    {AdvancedAttributePosition, "a_position"},
+    {AdvancedAttributeNormal, "a_normal"},
+    {AdvancedAttributeTexture, "a_texture"},
+    {AdvancedAttributeColor, "a_vcolor"},
+};
+
+/// A model's template with the attributes that programs of the options have.
+constexpr ProgramTemplate AdvancedTemplate(ProgramTemplate model, std::uint64_t options)
+{
+    if ((options & AdvancedOptionVertexColors) != 0)
+    {
+        model.attributes = kAdvancedColoredAttributes;
+    }
+    return model;
+}
 
 } // namespace OV::Detail

@@ -3,6 +3,7 @@
 #include "orvane_host/import/detail/AssimpMaterials.h"
 #include "orvane_host/import/detail/AssimpTextures.h"
 
+#include <assimp/material.h>
 #include <assimp/scene.h>
 
 #include <algorithm>
@@ -40,6 +41,7 @@ public:
         {
             m_model.meshes.push_back(FlattenMesh(*m_scene.mMeshes[i]));
         }
+        WhitenUnderColors();
         for (unsigned int i = 0; i < m_scene.mNumTextures; ++i)
         {
             m_model.textures.push_back(FlattenTexture(*m_scene.mTextures[i]));
@@ -75,6 +77,7 @@ private:
     NodeData FlattenNode(const aiNode& node, std::int32_t parent) const;
     MeshData FlattenMesh(const aiMesh& mesh);
     ArrayView<float> FlattenTexCoords(const aiMesh& mesh);
+    void WhitenUnderColors();
     TextureData FlattenTexture(const aiTexture& texture);
     CameraData FlattenCamera(const aiCamera& camera) const;
     void FlattenLight(const aiLight& light);
@@ -229,11 +232,6 @@ MeshData Flattener::FlattenMesh(const aiMesh& mesh)
     MeshData data;
     data.name = mesh.mName.C_Str();
     data.material = mesh.mMaterialIndex;
-    if (mesh.mPrimitiveTypes & aiPrimitiveType_LINE)
-    {
-        m_model.skippedLines += mesh.mNumFaces;
-        return data;
-    }
     if (!mesh.HasPositions())
     {
         return data;
@@ -254,18 +252,44 @@ MeshData Flattener::FlattenMesh(const aiMesh& mesh)
         data.kind = PrimitiveKind::Points;
         return data;
     }
+    data.kind = mesh.mPrimitiveTypes & aiPrimitiveType_LINE ? PrimitiveKind::Lines : PrimitiveKind::Triangles;
+    const unsigned int corners = data.kind == PrimitiveKind::Lines ? 2 : 3;
     std::vector<std::uint32_t> indices;
-    indices.reserve(std::size_t(mesh.mNumFaces) * 3);
+    indices.reserve(std::size_t(mesh.mNumFaces) * corners);
     for (unsigned int i = 0; i < mesh.mNumFaces; ++i)
     {
         const aiFace& face = mesh.mFaces[i];
-        if (face.mNumIndices == 3)
+        if (face.mNumIndices == corners)
         {
-            indices.insert(indices.end(), face.mIndices, face.mIndices + 3);
+            indices.insert(indices.end(), face.mIndices, face.mIndices + corners);
         }
     }
     data.indices = Keep(std::move(indices));
     return data;
+}
+
+/// The grey that the parser gives where a file has no materials would darken the colours of its vertices.
+void Flattener::WhitenUnderColors()
+{
+    std::vector<bool> isUnder(m_model.materials.size());
+    for (std::size_t i = 0; i < isUnder.size(); ++i)
+    {
+        isUnder[i] = m_model.materials[i].name == AI_DEFAULT_MATERIAL_NAME;
+    }
+    for (const MeshData& mesh : m_model.meshes)
+    {
+        if (mesh.material < isUnder.size() && !mesh.positions.IsEmpty() && mesh.colors.IsEmpty())
+        {
+            isUnder[mesh.material] = false;
+        }
+    }
+    for (const MeshData& mesh : m_model.meshes)
+    {
+        if (mesh.material < isUnder.size() && isUnder[mesh.material] && !mesh.colors.IsEmpty())
+        {
+            std::fill_n(m_model.materials[mesh.material].diffuse, 3, 1.0f);
+        }
+    }
 }
 
 TextureData Flattener::FlattenTexture(const aiTexture& texture)

@@ -1,5 +1,7 @@
 #include "orvane_host/import/detail/ImageProbe.h"
 
+#include "orvane_host/import/detail/ForeignPicture.h"
+
 #include <cstring>
 
 namespace OV::Host
@@ -134,8 +136,12 @@ ImageFacts ProbeImage(const ByteSource& source)
     }
     else
     {
-        facts.obstacle = "is neither PNG nor JPEG";
-        return facts;
+        facts = ProbeForeign(source);
+        facts.needsConversion = facts.isReadable;
+        if (!facts.isReadable && facts.obstacle.empty())
+        {
+            facts.obstacle = "is no PNG, JPEG, TGA, BMP, GIF or WebP";
+        }
     }
     if (facts.isReadable && facts.Pixels() == 0)
     {

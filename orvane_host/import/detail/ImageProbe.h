@@ -11,8 +11,10 @@ namespace OV::Host
 /// What the head of an image file says, without decoding it.
 struct ImageFacts
 {
-    /// Whether the engine decodes this kind of file.
+    /// Whether this kind of file is decoded.
     bool isReadable = false;
+    /// Whether it is not the engine that decodes it, which reads PNG and JPEG alone.
+    bool needsConversion = false;
     /// Why not, as the end of a sentence that begins "the picture".
     std::string obstacle;
     std::uint32_t width = 0;

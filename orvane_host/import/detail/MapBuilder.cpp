@@ -173,7 +173,7 @@ std::string MapBuilder::FileOf(FoundPicture& picture, const DecodedPicture& repl
         material.files.push_back(file);
         path = file->GetPath();
     }
-    ++(picture.embedded ? m_report.embeddedTextures : m_report.fileTextures);
+    ++(picture.path.empty() ? m_report.embeddedTextures : m_report.fileTextures);
     return path;
 }
 

@@ -1,5 +1,6 @@
 #include "orvane_host/import/detail/MaterialBuilder.h"
 
+#include "orvane/scene/LineStyle.h"
 #include "orvane/scene/Scene.h"
 
 #include <algorithm>
@@ -13,6 +14,8 @@ namespace
 {
 
 constexpr float kPointSize = 3.0f;
+/// Of a line that fades to nothing over it, to both sides.
+constexpr float kLineWidth = 1.5f;
 
 } // namespace
 
@@ -64,6 +67,23 @@ Material& MaterialBuilder::Get(std::uint32_t index, PrimitiveKind kind)
     return *known;
 }
 
+LineStyle& MaterialBuilder::GetStyle(std::uint32_t index)
+{
+    LineStyle*& known = m_styles[index];
+    if (!known)
+    {
+        const MaterialData plain;
+        const MaterialData& data = index < m_model.materials.size() ? m_model.materials[index] : plain;
+        auto style = std::make_unique<LineStyle>(data.name);
+        style->color = Color(data.diffuse[0], data.diffuse[1], data.diffuse[2], data.diffuse[3]);
+        style->secondColor = Color(0.0f, 0.0f, 0.0f, 1.0f);
+        style->width = kLineWidth;
+        m_scene.AddLineStyle(style.get());
+        known = style.release();
+    }
+    return *known;
+}
+
 void MaterialBuilder::SetColors(const MaterialData& data, Material& material) const
 {
     const float level = data.isUnlit ? 0.0f : std::clamp(m_options.ambientLevel, 0.0f, 1.0f);
@@ -108,7 +128,7 @@ bool MaterialBuilder::SetTexture(const MaterialData& data, ImportedMaterial& mat
         ReportMissing(m_report, data.name, "picture", picture);
         return false;
     }
-    ++(picture.embedded ? m_report.embeddedTextures : m_report.fileTextures);
+    ++(picture.path.empty() ? m_report.embeddedTextures : m_report.fileTextures);
     return hasAlpha;
 }
 

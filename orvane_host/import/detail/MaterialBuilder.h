@@ -13,6 +13,7 @@
 namespace OV
 {
 
+class LineStyle;
 class Material;
 
 } // namespace OV
@@ -31,6 +32,9 @@ public:
     /// @return a material of the scene. An index that the model lacks gives a plain grey.
     Material& Get(std::uint32_t index, PrimitiveKind kind);
 
+    /// @return a style of the scene for lines of a material, in its colour.
+    LineStyle& GetStyle(std::uint32_t index);
+
 private:
     void SetColors(const MaterialData& data, Material& material) const;
     /// @return whether pixels of the picture can be other than opaque.
@@ -44,6 +48,7 @@ private:
     PictureReader m_pictures;
     MapBuilder m_maps;
     std::map<std::pair<std::uint32_t, PrimitiveKind>, Material*> m_materials;
+    std::map<std::uint32_t, LineStyle*> m_styles;
 };
 
 } // namespace OV::Host

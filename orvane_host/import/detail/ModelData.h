@@ -25,6 +25,7 @@ enum class PrimitiveKind : std::uint32_t
 {
     Triangles,
     Points,
+    Lines,
 };
 
 struct MeshData
@@ -37,7 +38,7 @@ struct MeshData
     ArrayView<float> normals;
     ArrayView<float> texCoords;
     ArrayView<float> colors;
-    /// Three to a triangle; empty for points.
+    /// Three to a triangle, two to a line; empty for points.
     ArrayView<std::uint32_t> indices;
 };
 
@@ -54,7 +55,7 @@ struct PictureData
 {
     /// As the file has it; empty for none and for an embedded picture.
     std::string path;
-    /// Index into ModelData::textures, or -1.
+    /// Index into ModelData::textures, or -1. Beside a path: the texels of that file.
     std::int32_t embedded = -1;
 
     bool IsNone() const { return path.empty() && embedded < 0; }

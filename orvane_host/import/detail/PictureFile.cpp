@@ -1,16 +1,20 @@
 #include "orvane_host/import/detail/PictureFile.h"
 
+#include "orvane_host/import/detail/ForeignPicture.h"
 #include "orvane_host/import/detail/ImageProbe.h"
 #include "orvane/imaging/Image.h"
 #include "orvane/imaging/ImageCodec.h"
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
 #include <exception>
 #include <fstream>
 #include <memory>
+#include <utility>
 
 namespace OV::Host
 {
@@ -51,6 +55,49 @@ bool ReadFile(const std::string& path, std::uint64_t most, std::vector<unsigned 
     return true;
 }
 
+bool Decode(std::vector<unsigned char>& bytes, FirstRow first, PicturePixels& picture)
+{
+    std::unique_ptr<Image> image;
+    try
+    {
+        image.reset(ImageCodec::DecodeImage(bytes.data(), static_cast<int>(bytes.size()), false,
+                                            first == FirstRow::Bottom));
+    }
+    catch (const std::exception&)
+    {
+        image.reset();
+    }
+    if (!image || !image->data || image->width < 1 || image->height < 1)
+    {
+        return false;
+    }
+    picture.width = image->width;
+    picture.height = image->height;
+    picture.rgba.assign(image->data, image->data + static_cast<std::size_t>(image->width) * image->height * 4);
+    return true;
+}
+
+/// Decodes what the engine does not.
+bool Convert(const std::vector<unsigned char>& bytes, const ImageFacts& facts, FirstRow first,
+             PicturePixels& picture)
+{
+    std::vector<unsigned char> rgba = DecodeForeign(bytes.data(), bytes.size(), facts);
+    if (rgba.empty())
+    {
+        return false;
+    }
+    const auto row = static_cast<std::ptrdiff_t>(facts.width) * 4;
+    for (std::ptrdiff_t low = 0, high = static_cast<std::ptrdiff_t>(facts.height) - 1;
+         first == FirstRow::Bottom && low < high; ++low, --high)
+    {
+        std::swap_ranges(rgba.begin() + low * row, rgba.begin() + (low + 1) * row, rgba.begin() + high * row);
+    }
+    picture.width = static_cast<int>(facts.width);
+    picture.height = static_cast<int>(facts.height);
+    picture.rgba = std::move(rgba);
+    return true;
+}
+
 } // namespace
 
 bool ReadPictureFile(const std::string& path, FirstRow first, PicturePixels& picture, std::string& error,
@@ -72,24 +119,11 @@ bool ReadPictureFile(const std::string& path, FirstRow first, PicturePixels& pic
         error = "has more than " + std::to_string(limits.pixels / kMebi) + " megapixels; use a smaller picture";
         return false;
     }
-    std::unique_ptr<Image> image;
-    try
-    {
-        image.reset(ImageCodec::DecodeImage(bytes.data(), static_cast<int>(bytes.size()), false,
-                                            first == FirstRow::Bottom));
-    }
-    catch (const std::exception&)
-    {
-        image.reset();
-    }
-    if (!image || !image->data || image->width < 1 || image->height < 1)
+    if (!(facts.needsConversion ? Convert(bytes, facts, first, picture) : Decode(bytes, first, picture)))
     {
         error = "cannot be decoded; check that the file is whole";
         return false;
     }
-    picture.width = image->width;
-    picture.height = image->height;
-    picture.rgba.assign(image->data, image->data + static_cast<std::size_t>(image->width) * image->height * 4);
     return true;
 }
 

@@ -30,7 +30,7 @@ enum class FirstRow
     Bottom,
 };
 
-/// Reads a PNG or JPEG file whose head is looked at before anything is decoded.
+/// Reads a PNG, JPEG, TGA, BMP, GIF or WebP file whose head is looked at before anything is decoded.
 /// @param path UTF-8, or whatever bytes name the file.
 /// @param error on failure the reason and the remedy in one line, without the path.
 bool ReadPictureFile(const std::string& path, FirstRow first, PicturePixels& picture, std::string& error,

@@ -101,12 +101,23 @@ PictureReader::PictureReader(const ModelData& model, const std::string& modelPat
 
 FoundPicture PictureReader::Find(const PictureData& picture)
 {
+    FoundPicture found = Locate(picture);
+    if (found.IsUsable() && found.facts.needsConversion)
+    {
+        found.obstacle = kDamaged;
+    }
+    return found;
+}
+
+FoundPicture PictureReader::Locate(const PictureData& picture)
+{
     if (picture.embedded < 0)
     {
         return FindFile(picture.path);
     }
     FoundPicture found;
-    found.label = "embedded";
+    found.label = picture.path.empty() ? "embedded" : picture.path;
+    found.path = picture.path;
     const std::size_t index = static_cast<std::size_t>(picture.embedded);
     if (index >= m_model.textures.size())
     {

@@ -23,8 +23,9 @@ struct FoundPicture
     std::string obstacle;
     /// What to call it in a report.
     std::string label;
-    /// Of its file; empty for an embedded one.
+    /// Of its file, or of the one that its texels come from; empty for an embedded one.
     std::string path;
+    /// Set too for texels that come from a file.
     const TextureData* embedded = nullptr;
     ImageFacts facts;
 
@@ -56,8 +57,12 @@ public:
     /// The model and the limits must outlive the reader.
     PictureReader(const ModelData& model, const std::string& modelPath, const ImportLimits& limits);
 
-    /// Looks at no more than the head. Nothing is found for a picture that names none.
+    /// Looks at no more than the head. Nothing is found for a picture that names none. What had to be
+    /// converted and has not been by now is damaged.
     FoundPicture Find(const PictureData& picture);
+
+    /// The same before anything is converted.
+    FoundPicture Locate(const PictureData& picture);
 
     /// @return no pixels, with the obstacle set, where the picture is damaged.
     DecodedPicture Decode(FoundPicture& picture) const;

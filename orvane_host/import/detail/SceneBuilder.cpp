@@ -1,12 +1,16 @@
 #include "orvane_host/import/detail/SceneBuilder.h"
 
+#include "orvane_host/import/detail/LineSplitter.h"
 #include "orvane_host/import/detail/MaterialBuilder.h"
 #include "orvane_host/import/detail/MeshSplitter.h"
 #include "orvane_host/import/detail/ViewBuilder.h"
 
+#include "orvane/scene/Line.h"
+#include "orvane/scene/LineStyle.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
+#include "orvane/scene/RawLine.h"
 #include "orvane/scene/RawMesh.h"
 #include "orvane/scene/Scene.h"
 
@@ -74,6 +78,7 @@ private:
     void SetPath(std::size_t index, std::uint64_t childIndex);
     void HideUnusableNodes();
     void BuildMesh(const MeshData& data, const std::vector<MeshNode*>& nodes);
+    void BuildLines(const MeshData& data, const std::vector<MeshNode*>& nodes);
     void AddPart(MeshPart&& part, const MeshData& data, const std::vector<MeshNode*>& nodes);
     void CountPart(const MeshPart& part, PrimitiveKind kind, std::uint64_t instances);
     void WidenBox(const Mesh& mesh, const MeshNode& node);
@@ -220,12 +225,39 @@ void SceneBuilder::BuildMesh(const MeshData& data, const std::vector<MeshNode*>&
     {
         return;
     }
+    if (data.kind == PrimitiveKind::Lines)
+    {
+        BuildLines(data, nodes);
+        return;
+    }
     MeshParts split = SplitMesh(data);
     m_report.droppedTriangles += split.dropped;
     m_report.fileMeshes += split.parts.empty() ? 0 : 1;
     for (MeshPart& part : split.parts)
     {
         AddPart(std::move(part), data, nodes);
+    }
+}
+
+void SceneBuilder::BuildLines(const MeshData& data, const std::vector<MeshNode*>& nodes)
+{
+    const LineParts split = SplitLines(data);
+    m_report.lines += split.segments;
+    m_report.skippedLines += split.dropped;
+    m_report.fileMeshes += split.parts.empty() ? 0 : 1;
+    for (const std::shared_ptr<RawLine>& raw : split.parts)
+    {
+        // The scene owns it from here on.
+        auto* const line = new Line(raw, m_scene.get());
+        m_materials.GetStyle(data.material).AddLine(line);
+        for (MeshNode* const node : nodes)
+        {
+            line->AddNode(node);
+            if (!(node->GetFlags() & NodeFlagHidden))
+            {
+                WidenBox(*line, *node);
+            }
+        }
     }
 }
 
@@ -334,11 +366,11 @@ void SceneBuilder::Finish()
     {
         m_report.north = m_model.north;
     }
-    m_report.skippedLines = m_model.skippedLines;
+    m_report.skippedLines += m_model.skippedLines;
     m_report.warnings.insert(m_report.warnings.begin(), m_model.warnings.begin(), m_model.warnings.end());
     if (m_report.skippedLines > 0)
     {
-        Warn("Line segments left out", m_report.skippedLines, "only triangles and points are imported");
+        Warn("Line segments left out", m_report.skippedLines, "their coordinates or indices are invalid");
     }
     if (m_report.droppedTriangles > 0)
     {

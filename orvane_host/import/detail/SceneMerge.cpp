@@ -2,6 +2,8 @@
 
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/LightNode.h"
+#include "orvane/scene/Line.h"
+#include "orvane/scene/LineStyle.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
@@ -134,6 +136,34 @@ void MoveMaterials(Scene& from, Scene& to)
     }
 }
 
+/// A line stays in the lines of its scene: those of the other one are made anew over the same points.
+void MoveLines(Scene& from, Scene& to, const Twins& twins)
+{
+    const std::set<Line*> lines = from.GetLines();
+    for (Line* const line : lines)
+    {
+        auto* const twin = new Line(*line, &to);
+        if (LineStyle* const style = line->GetStyle())
+        {
+            style->AddLine(twin);
+        }
+        for (MeshNode* const node : line->GetNodes())
+        {
+            if (twins.count(node) == 0)
+            {
+                twin->AddNode(node);
+            }
+        }
+        delete line;
+    }
+    const std::vector<LineStyle*> styles = from.GetLineStyles();
+    for (LineStyle* const style : styles)
+    {
+        from.RemoveLineStyle(style);
+        to.AddLineStyle(style);
+    }
+}
+
 } // namespace
 
 std::vector<Node*> MoveInto(Scene& scene, ImportResult& model, double scale, std::uint64_t number)
@@ -151,6 +181,7 @@ std::vector<Node*> MoveInto(Scene& scene, ImportResult& model, double scale, std
         }
     }
     MoveMaterials(*from, scene);
+    MoveLines(*from, scene, twins);
     const std::set<Mesh*> meshes = from->GetMeshes();
     for (Mesh* const mesh : meshes)
     {
@@ -191,6 +222,7 @@ void AddReport(ImportReport& sum, const ImportReport& more, double scale)
     sum.triangles += more.triangles;
     sum.drawnTriangles += more.drawnTriangles;
     sum.points += more.points;
+    sum.lines += more.lines;
     sum.skippedLines += more.skippedLines;
     sum.droppedTriangles += more.droppedTriangles;
     sum.materials += more.materials;

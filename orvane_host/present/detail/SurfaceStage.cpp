@@ -1,5 +1,6 @@
 #include "orvane_host/present/detail/SurfaceStage.h"
 
+#include "orvane_host/import/detail/ImportedMaterial.h"
 #include "orvane_host/present/HatchTextures.h"
 #include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/StageAccess.h"
@@ -12,9 +13,11 @@
 #include "orvane/effects/AdvancedMaterialBaseES20.h"
 #include "orvane/math/Transform.h"
 #include "orvane/renderdata/MaterialES20.h"
+#include "orvane/renderdata/MeshES20.h"
 #include "orvane/renderdata/MeshStyleES20.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/Material.h"
+#include "orvane/scene/Mesh.h"
 #include "orvane/scene/Scene.h"
 
 #include <GL/gl.h>
@@ -57,6 +60,13 @@ bool SmoothsCuts(const CameraNode& camera)
         }
     }
     return true;
+}
+
+/// Once it is uploaded.
+bool HasColors(const RenderItemES20& item)
+{
+    const auto* const data = static_cast<const MeshES20*>(item.mesh->GetRenderData());
+    return data && data->GetColorOffset() >= 0;
 }
 
 } // namespace
@@ -211,6 +221,13 @@ void SurfaceStage::PrepareReflection()
     m_reflecting = m_reflectionMap == 0 ? nullptr : m_look == Look::Phong ? m_phong : m_advanced;
 }
 
+bool SurfaceStage::TakesVertexColors(const MeshStyleES20& style)
+{
+    // Those of a host are its own affair, and those of cuts are there for the look of that name alone.
+    const auto* const data = dynamic_cast<const MaterialES20*>(&style);
+    return data && dynamic_cast<const ImportedMaterial*>(data->GetMaterial());
+}
+
 void SurfaceStage::Reflect(const Reflection& reflection)
 {
     if (!m_reflecting)
@@ -289,29 +306,42 @@ void SurfaceStage::DrawItems(PresentationFrame& frame, const std::vector<RenderI
     const auto passOf = [pass](const RenderItemES20& item) {
         return item.style->GetShader(pass) ? pass : RenderPassDefault;
     };
+    AdvancedMaterialBaseES20* const shader =
+        m_look == Look::Advanced ? m_advanced : m_look == Look::Phong ? m_phong : nullptr;
     const MeshStyleES20* style = nullptr;
-    Reflection reflection;
+    Dress dress;
+    bool takesColors = false;
     // The meshes of a material stand in a row.
-    const auto reflectionOf = [&](const RenderItemES20& item) -> const Reflection& {
-        if (m_reflecting && item.style != style)
+    const auto dressOf = [&](const RenderItemES20& item) -> const Dress& {
+        if (shader && item.style != style)
         {
             style = item.style;
-            reflection = ReflectionOf(*style);
+            dress.reflection = m_reflecting ? ReflectionOf(*style) : Reflection();
+            takesColors = TakesVertexColors(*style);
         }
-        return reflection;
+        dress.isColored = takesColors && HasColors(item);
+        return dress;
     };
     auto begin = items.begin();
     while (begin != items.end())
     {
         const RenderPass own = passOf(*begin);
-        const Reflection shared = reflectionOf(*begin);
+        const Dress shared = dressOf(*begin);
         const auto end = std::find_if(begin, items.end(), [&](const RenderItemES20& item) {
-            return passOf(item) != own || !(reflectionOf(item) == shared);
+            return passOf(item) != own || !(dressOf(item) == shared);
         });
-        Reflect(shared);
+        Reflect(shared.reflection);
+        if (shader)
+        {
+            shader->SetVertexColors(shared.isColored);
+        }
         m_run.assign(begin, end);
         frame.renderer.Draw(frame.cameraData, m_run, own);
         begin = end;
+    }
+    if (shader)
+    {
+        shader->SetVertexColors(false);
     }
 }
 

@@ -78,7 +78,20 @@ private:
         bool operator==(const Reflection& other) const;
     };
 
+    /// What the effects of the advanced looks are told of meshes in a row.
+    struct Dress
+    {
+        Reflection reflection;
+        bool isColored = false; ///< by the colours of its vertices too
+
+        bool operator==(const Dress& other) const
+        {
+            return isColored == other.isColored && reflection == other.reflection;
+        }
+    };
+
     static Reflection ReflectionOf(const MeshStyleES20& style);
+    static bool TakesVertexColors(const MeshStyleES20& style);
     bool OverlaysLines() const { return m_linesOverlaid && m_linesShown; }
     RenderPass PassOfLook() const;
     void PrepareHatches(PresentationFrame& frame);

@@ -162,7 +162,7 @@ TEST(ImageProbe, EveryTruncationOfAHeadIsRefusedOrAgrees)
 TEST(ImageProbe, OtherFilesAreNoPictures)
 {
     for (const char* text :
-         {"", "x", "GIF89a..........", "BM..............", "DDS .............", "\x89PNX\r\n\x1a\n....."})
+         {"", "x", "GIF90a..........", "BM..............", "DDS .............", "\x89PNX\r\n\x1a\n....."})
     {
         const ImageFacts facts = Probe(Bytes(text, text + std::char_traits<char>::length(text)));
         EXPECT_FALSE(facts.isReadable) << text;

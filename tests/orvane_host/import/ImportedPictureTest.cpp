@@ -115,6 +115,20 @@ Bytes OneHole()
                    });
 }
 
+/// The square in one colour of its vertices, without a word on materials; else its corners and middle.
+std::string ColouredPly(bool hasFaces)
+{
+    std::string text = "ply\nformat ascii 1.0\nelement vertex 5\nproperty float x\nproperty float y\n"
+                       "property float z\nproperty float nx\nproperty float ny\nproperty float nz\n"
+                       "property uchar red\nproperty uchar green\nproperty uchar blue\n";
+    text += hasFaces ? "element face 1\nproperty list uchar int vertex_indices\nend_header\n" : "end_header\n";
+    for (const char* place : {"-1 -1", "1 -1", "1 1", "-1 1", "0 0"})
+    {
+        text += std::string(place) + " 0 0 0 1 255 128 0\n";
+    }
+    return text + (hasFaces ? "4 0 1 2 3\n" : "");
+}
+
 const std::string kUnlit = "\"extensions\":{\"KHR_materials_unlit\":{}},";
 
 /// A cube map that is red all around.
@@ -252,6 +266,73 @@ TEST_F(ImportedPictureTest, AmbientAndDefaultLightMakeUpTheColour)
     // The light meets the square at the angle of its direction (0.35, -0.6, -1).
     const float cosine = 1.0f / std::sqrt(0.35f * 0.35f + 0.6f * 0.6f + 1.0f);
     ExpectBlocks(Draw(), 0.3f + 0.7f * cosine);
+}
+
+TEST_F(ImportedPictureTest, ColoursOfTheVerticesShowInTheAdvancedLooks)
+{
+    Show(ColouredPly(true), "square.ply");
+    const Pixel white = WhiteSurface(0, 0, 1);
+    const Pixel expected{white.r, static_cast<int>(std::lround(white.g * 128.0 / 255.0)), 0, 255};
+    const PixelRect inner = Inset({0, 0, Width(), Height()}, 4);
+    ExpectColorInRect(DrawIn(Look::Advanced), inner, expected, 1);
+    const Pixel phong = DrawIn(Look::Phong).At(Width() / 2, Height() / 2);
+    EXPECT_GT(phong.r, 100);
+    EXPECT_NEAR(phong.g, phong.r * 128.0 / 255.0, 2.0);
+    EXPECT_EQ(phong.b, 0);
+    // Nothing of it stays behind for what is drawn next.
+    EXPECT_EQ(DrawIn(Look::Monotone).At(Width() / 2, Height() / 2), kWhite);
+    ExpectColorInRect(DrawIn(Look::Advanced), inner, expected, 1);
+}
+
+TEST_F(ImportedPictureTest, ColoursOfTheVerticesMultiplyTheColourOfTheMaterial)
+{
+    TinyGltf gltf;
+    gltf.AddFloats({-1, -1, 0, 1, -1, 0, 1, 1, 0, -1, 1, 0}, 3);
+    gltf.AddFloats({1, 0.5f, 0.5f, 1, 0.5f, 0.5f, 1, 0.5f, 0.5f, 1, 0.5f, 0.5f}, 3);
+    gltf.AddIndices({0, 1, 2, 0, 2, 3});
+    Show(gltf.Glb("\"extensionsUsed\":[\"KHR_materials_unlit\"],\"scene\":0,\"scenes\":[{\"nodes\":[0]}],"
+                  "\"nodes\":[{\"mesh\":0}],\"materials\":[{" + kUnlit +
+                  "\"pbrMetallicRoughness\":{\"baseColorFactor\":[0.4,0.8,0,1]}}],\"meshes\":[{\"primitives\":["
+                  "{\"attributes\":{\"POSITION\":0,\"COLOR_0\":1},\"indices\":2,\"material\":0}]}]"));
+    ExpectColorInRect(DrawIn(Look::Advanced), Inset({0, 0, Width(), Height()}, 4), Pixel{102, 102, 0, 255}, 1);
+}
+
+TEST_F(ImportedPictureTest, PointsShowTheirColours)
+{
+    Show(ColouredPly(false), "points.ply");
+    // Three pixels wide, about the corner that the four middle pixels share.
+    const Picture picture = DrawIn(Look::Advanced);
+    int points = 0;
+    for (int y = Height() / 2 - 4; y < Height() / 2 + 4; ++y)
+    {
+        for (int x = Width() / 2 - 4; x < Width() / 2 + 4; ++x)
+        {
+            points += picture.At(x, y) == Pixel{255, 128, 0, 255} ? 1 : 0;
+        }
+    }
+    EXPECT_EQ(points, 9);
+}
+
+TEST_F(ImportedPictureTest, LinesShowInTheColourOfTheirMaterial)
+{
+    AllowStateChange("blending");
+    AllowStateChange("polygon offset");
+    WriteFile(m_folder.Path("m.mtl"), std::string("newmtl m\nKd 1 0 0\n"));
+    Show(std::string("mtllib m.mtl\nusemtl m\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nv -1 0 0\nv 1 0 0\n"
+                     "l 1 2 3 4 1\nl 5 6\n"),
+         "lines.obj");
+    const Picture picture = DrawIn(Look::Advanced);
+    const Pixel background = picture.At(Width() / 4, Height() / 4);
+    for (int x = 4; x < Width() - 4; ++x)
+    {
+        // It looks 1.5 pixels wide, and fades from its middle, which is a rim of pixels.
+        const int half = Height() / 2;
+        const Pixel line = picture.At(x, half);
+        EXPECT_EQ(line.r, 255) << x;
+        EXPECT_NEAR(line.g, 85, 3) << x;
+        EXPECT_EQ(line.b, line.g) << x;
+        EXPECT_EQ(picture.At(x, half + 4), background) << x;
+    }
 }
 
 TEST_F(ImportedPictureTest, WithoutANormalMapTheSquareIsOfOneGrey)

@@ -2,6 +2,7 @@
 
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/LightNode.h"
+#include "orvane/scene/Line.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
@@ -382,7 +383,7 @@ TEST_F(ModelImporterTest, CamerasOfGltfComeIn)
                 1e-4f);
 }
 
-TEST_F(ModelImporterTest, PointsAreDrawnAsPointsAndLinesAreCounted)
+TEST_F(ModelImporterTest, PointsAreDrawnAsPointsAndLinesAsLines)
 {
     const ImportResult points = ImportAs("p.obj", std::string("v 0 0 0\nv 1 2 3\np 1 2\n"));
     EXPECT_EQ(points.report.points, 2u);
@@ -391,9 +392,13 @@ TEST_F(ModelImporterTest, PointsAreDrawnAsPointsAndLinesAreCounted)
     EXPECT_EQ(points.report.boxMax, Vector(1, 2, 3));
 
     const ImportResult lines = ImportAs("l.obj", std::string("v 0 0 0\nv 1 2 3\nv 4 5 6\nl 1 2 3\n"));
-    EXPECT_EQ(lines.report.skippedLines, 2u);
+    EXPECT_EQ(lines.report.lines, 2u);
+    EXPECT_EQ(lines.report.skippedLines, 0u);
+    EXPECT_EQ(lines.report.boxMax, Vector(4, 5, 6));
     EXPECT_TRUE(lines.scene->GetMeshes().empty());
-    EXPECT_FALSE(lines.report.warnings.empty());
+    ASSERT_EQ(lines.scene->GetLines().size(), 1u);
+    EXPECT_EQ((*lines.scene->GetLines().begin())->GetNodes().size(), 1u);
+    EXPECT_TRUE(lines.report.warnings.empty());
 }
 
 TEST_F(ModelImporterTest, InProcessAndIsolatedGiveTheSameScene)

@@ -82,6 +82,21 @@ TEST_F(PresentationFiles, StandBesideEachOtherWithPathsOfTheirOwn)
     EXPECT_EQ(both.GetReport().drawnTriangles, 3u);
 }
 
+TEST_F(PresentationFiles, LinesOfAFurtherFileComeWithIt)
+{
+    Host::Presentation both(Import("a.dae", Triangle(0, "house", "1")));
+    Draw(both);
+    Add(both, Import("b.obj", "v 3 0 0\nv 4 0 0\nv 4 1 0\nl 1 2 3\n"));
+    ASSERT_EQ(both.GetScene().GetLines().size(), 1u);
+    EXPECT_EQ(both.GetReport().lines, 2u);
+    EXPECT_FLOAT_EQ(both.GetModelBox()->high.x, 4.0f);
+    const Picture with = Draw(both);
+    both.Remove(1);
+    EXPECT_TRUE(both.GetScene().GetLines().empty());
+    EXPECT_FLOAT_EQ(both.GetModelBox()->high.x, 1.0f);
+    EXPECT_TRUE(Draw(both) != with);
+}
+
 TEST_F(PresentationFiles, OneFileTwiceHasTwoNames)
 {
     Host::Presentation both(Import("a.dae", Triangle(0, "house", "1")));
