@@ -51,10 +51,10 @@ set(CPACK_DEBIAN_DEV_PACKAGE_SHLIBDEPS OFF)
 set(dev_depends libglm-dev)
 if(ORVANE_BUILD_HOST)
     # The CMake files of libassimp-dev name zlib, which it does not depend on.
-    list(APPEND dev_depends libassimp-dev zlib1g-dev libegl-dev libopengl-dev libwebp-dev)
+    list(APPEND dev_depends libassimp-dev zlib1g-dev libegl-dev libopengl-dev libpng-dev libjpeg62-turbo-dev libwebp-dev)
 endif()
 if(NOT BUILD_SHARED_LIBS)
-    list(APPEND dev_depends libglew-dev libopengl-dev libpng-dev libjpeg62-turbo-dev libfontconfig-dev
+    list(APPEND dev_depends libglew-dev libfontconfig-dev
         libfreetype-dev libraqm-dev libharfbuzz-dev)
 endif()
 list(JOIN dev_depends ", " dev_depends)
