@@ -54,9 +54,10 @@ if(ORVANE_BUILD_HOST)
     list(APPEND dev_depends libassimp-dev zlib1g-dev libegl-dev libopengl-dev libpng-dev libjpeg62-turbo-dev libwebp-dev)
 endif()
 if(NOT BUILD_SHARED_LIBS)
-    list(APPEND dev_depends libglew-dev libfontconfig-dev
+    list(APPEND dev_depends libglew-dev libopengl-dev libpng-dev libjpeg62-turbo-dev libfontconfig-dev
         libfreetype-dev libraqm-dev libharfbuzz-dev)
 endif()
+list(REMOVE_DUPLICATES dev_depends)
 list(JOIN dev_depends ", " dev_depends)
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "${on_library}${dev_depends}")
 set(CPACK_COMPONENT_DEV_DESCRIPTION "Headers of the engine and of the host kit, the kit as a static library, and
