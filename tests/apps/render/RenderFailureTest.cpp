@@ -278,11 +278,11 @@ TEST_F(RenderFailure, AClosedStandardOutputIsAFailureAndThePictureStaysWhole)
     EXPECT_EQ(ReadWholeFile(output).substr(1, 3), "PNG");
 }
 
-TEST_F(RenderFailure, AModelOfNothingGivesABackgroundAndAWarning)
+TEST_F(RenderFailure, ALineThatIsSeenFromItsEndGivesABackgroundAndIsExplained)
 {
     const std::string lines = WriteObj("lines.obj", "v 0 0 0\nv 1 1 1\nl 1 2\n");
     const ProcessResult result = Run({lines, "-o", output, "--size", "8x8"});
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_EQ(result.errors.rfind("orvane-render: warning: " + lines + ": ", 0), 0u) << result.errors;
+    EXPECT_EQ(result.errors.rfind("orvane-render: " + output + ": nothing of the model is seen: ", 0), 0u) << result.errors;
     EXPECT_TRUE(fs::exists(output));
 }

@@ -210,7 +210,7 @@ TEST_F(RenderSheet, AWatermarkThatFailsIsNamedAndNothingIsWritten)
     ExpectFailure(folder.Path(""), output, folder.Path(""), "folder");
     WriteWholeFile(folder.Path("empty.png"), "");
     ExpectFailure(folder.Path("empty.png"), output, folder.Path("empty.png"), "empty");
-    ExpectFailure(square, output, square, "neither PNG nor JPEG");
+    ExpectFailure(square, output, square, "no PNG, JPEG, TGA, BMP, GIF or WebP");
     const std::string mark = WritePlainPicture(380, 40, {0, 0, 255, 255});
     const std::string whole = ReadWholeFile(mark);
     WriteWholeFile(folder.Path("cut.png"), whole.substr(0, whole.size() / 2));

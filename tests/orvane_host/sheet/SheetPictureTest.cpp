@@ -239,7 +239,7 @@ TEST_F(SheetPicture, AWatermarkThatCannotBeReadSaysWhy)
         return folder.Path(name);
     };
     expectError(write("empty.png", ""), "empty");
-    expectError(write("text.png", "no picture at all, but long enough to be looked at"), "neither PNG nor JPEG");
+    expectError(write("text.png", "no picture at all, but long enough to be looked at"), "no PNG, JPEG, TGA, BMP, GIF or WebP");
     const std::string whole = WritePicture("whole.png", std::vector<unsigned char>(64 * 64 * 4, 77), 64, 64);
     std::ifstream file(whole, std::ios::binary);
     std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
