@@ -87,7 +87,8 @@ def table(ratios, drawn, memory, counted):
         cells = [f"{values[name]:.2g}" if name in values else "" for values in (ratios, drawn)]
         lines.append(f"| {name} | {cells[0]} | {cells[1]} |")
     if memory:
-        lines += ["", "Bytes of the heap that a node takes besides its geometry arrays, with render data: "
+        lines += ["", "Bytes of the heap that a node takes besides its geometry arrays, with render data and, in a "
+                  "software renderer, the driver's copy of the geometry: "
                   + ", ".join(f"{value:.0f} at {name}" for name, value in memory.items()) + "."]
     if counted:
         lines += ["", "Instructions a node and frame at 1,000 nodes, drawing dropped: "
