@@ -95,6 +95,9 @@ private:
     using Index = std::uint32_t;
     static constexpr Index kNone = ~Index{0};
 
+    /// Beside those of NodeChange: the geometry of one of a node's meshes.
+    static constexpr unsigned int GeometryChange = 0x100;
+
     struct Batch
     {
         std::unique_ptr<BatchMesh> mesh;

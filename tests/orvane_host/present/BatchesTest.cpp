@@ -209,6 +209,37 @@ TEST_F(BatchesTest, WhatIsHiddenHighlightedOrIsolatedLeavesAndComesBack)
     ExpectSame(Draw(*together), first, "back");
 }
 
+TEST_F(BatchesTest, ShadowsFollowWhatIsHiddenWhileTheEyeRests)
+{
+    Host::SunSettings sun;
+    sun.direction = Vector(0.4f, 1.0f, 0.3f);
+    PresentationSettings lit;
+    lit.sun = sun;
+    lit.shadows.emplace();
+    lit.ground.emplace();
+    lit.view.eye = Vector(9.0f, 7.0f, 11.0f);
+    lit.view.target = Vector(3.0f, 0.5f, 3.0f);
+    Crowd crowd(40);
+    Crowd plainCrowd(40);
+    const auto together = Present(crowd, BatchUse::On, lit);
+    const auto plain = Present(plainCrowd, BatchUse::Off, lit);
+    ExpectAlike(Draw(*together), Draw(*plain), "at first");
+    const std::size_t chosen = FindTogether(crowd, *together);
+    const std::string name = "n" + std::to_string(chosen);
+    const Picture shown = Draw(*together);
+    for (Presentation* each : {together.get(), plain.get()})
+    {
+        each->Hide(name);
+    }
+    EXPECT_FALSE(Draw(*together) == shown);
+    ExpectAlike(Draw(*together), Draw(*plain), "hidden");
+    for (Presentation* each : {together.get(), plain.get()})
+    {
+        each->ShowAll();
+    }
+    ExpectAlike(Draw(*together), Draw(*plain), "shown");
+}
+
 TEST_F(BatchesTest, WhatMovesIsDrawnByItselfUntilItHasRested)
 {
     Crowd crowd(40);
