@@ -79,6 +79,7 @@
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/renderdata/MeshFormatKey.h"
 #include "orvane/renderdata/MeshStyleES20.h"
+#include "orvane/renderdata/RenderDataStandIn.h"
 #include "orvane/renderdata/RenderItemES20.h"
 #include "orvane/renderdata/RenderPass.h"
 #include "orvane/renderdata/SharedBuffer.h"

@@ -9,6 +9,7 @@
 #include "orvane/effects/MonotoneEffectES20.h"
 #include "orvane/imaging/TextureLoader.h"
 #include "orvane/renderdata/MeshES20.h"
+#include "orvane/renderdata/RenderDataStandIn.h"
 #include "orvane/renderdata/SharedBufferPool.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
@@ -359,7 +360,8 @@ MeshES20* MaterialES20::MeshDataOf(Mesh* mesh)
 {
     Object* const data = mesh->GetRenderData();
     MeshES20* const meshData = AsMeshData(data);
-    if ((data && !meshData) || (meshData && meshData->pool))
+    const bool isOthers = data && !meshData && !dynamic_cast<RenderDataStandIn*>(data);
+    if (isOthers || (meshData && meshData->pool))
     {
         return meshData;
     }

@@ -59,9 +59,16 @@ float ExtentOf(const WorldBox& box)
     return std::hypot(box.high.x - box.low.x, box.high.y - box.low.y, box.high.z - box.low.z);
 }
 
+std::size_t CountIndices(const Mesh& mesh)
+{
+    // Of whole triangles.
+    return mesh.GetIndices().size() / 3 * 3;
+}
+
 void CopyIndices(const Mesh& mesh, std::size_t firstVertex, unsigned short* out)
 {
-    std::transform(mesh.GetIndices().begin(), mesh.GetIndices().end(), out,
+    const auto begin = mesh.GetIndices().begin();
+    std::transform(begin, begin + static_cast<std::ptrdiff_t>(CountIndices(mesh)), out,
                    [&](unsigned short index) { return static_cast<unsigned short>(index + firstVertex); });
 }
 
@@ -91,46 +98,41 @@ BatchES20::BatchES20(Mesh* shown, SharedBufferPool* bufferPool, const BatchNodes
     colorOffset = offsetOf(layout.color);
     scalarOffset = -1;
 
-    m_pieces.reserve(pieces.size());
-    std::size_t firstIndex = 0;
+    m_pieces.reserve(pieces.size() + 1);
+    Room end{};
     for (const Piece& piece : pieces)
     {
-        const std::size_t vertices = piece.mesh->GetPositionBuffer().size();
-        const std::size_t indices = piece.mesh->GetIndices().size() / 3 * 3;
-        m_pieces.push_back({piece.box, static_cast<std::uint32_t>(m_allVertices), static_cast<std::uint32_t>(vertices),
-                            static_cast<std::uint32_t>(firstIndex), static_cast<std::uint32_t>(indices), piece.owner,
-                            piece.userData});
-        m_allVertices += vertices;
-        firstIndex += piece.mesh->GetIndices().size();
+        m_pieces.push_back({WorldBox(), end.firstVertex, end.firstIndex, piece.owner, piece.userData});
+        end.firstVertex += static_cast<std::uint32_t>(piece.mesh->GetPositionBuffer().size());
+        end.firstIndex += static_cast<std::uint32_t>(CountIndices(*piece.mesh));
     }
-    m_vertexCount = m_allVertices;
-    indexCount = static_cast<std::int64_t>(firstIndex);
+    m_pieces.push_back(end);
+    m_vertexCount = end.firstVertex;
+    indexCount = end.firstIndex;
     m_onCount = pieces.size();
     m_on.assign((pieces.size() + kRow - 1) / kRow, 0);
-    m_rowBoxes.assign(m_on.size(), WorldBox::Empty());
-    m_box = WorldBox::Empty();
 
-    const std::unique_ptr<float[]> vertices(new float[m_allVertices * static_cast<std::size_t>(layout.size)]);
-    const std::unique_ptr<unsigned short[]> indices(new unsigned short[firstIndex]);
+    const std::unique_ptr<float[]> vertices(new float[end.firstVertex * static_cast<std::size_t>(layout.size)]);
+    const std::unique_ptr<unsigned short[]> indices(new unsigned short[end.firstIndex]);
     for (std::size_t i = 0; i < pieces.size(); ++i)
     {
-        const Room& room = m_pieces[i];
-        WriteVertices(*pieces[i].mesh, pieces[i].place, factors, layout,
-                      vertices.get() + room.firstVertex * static_cast<std::size_t>(layout.size));
+        Room& room = m_pieces[i];
+        room.box = ToWorld(WriteVertices(*pieces[i].mesh, pieces[i].place, factors, layout,
+                                         vertices.get() + room.firstVertex * static_cast<std::size_t>(layout.size)));
         CopyIndices(*pieces[i].mesh, room.firstVertex, indices.get() + room.firstIndex);
         m_on[i / kRow] |= std::uint64_t{1} << (i % kRow);
-        WidenBoxes(i);
     }
     m_seenBits = m_on;
+    FitBoxes();
 
     glGenBuffers(1, &vertexBufferId);
     glGenBuffers(1, &indexBufferId);
     glBindBuffer(GL_ARRAY_BUFFER, vertexBufferId);
-    glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(m_allVertices * static_cast<std::size_t>(stride)),
+    glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(end.firstVertex * static_cast<std::size_t>(stride)),
                  vertices.get(), GL_STATIC_DRAW);
     glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indexBufferId);
-    glBufferData(GL_ELEMENT_ARRAY_BUFFER, static_cast<GLsizeiptr>(firstIndex * sizeof(unsigned short)), indices.get(),
-                 GL_STATIC_DRAW);
+    glBufferData(GL_ELEMENT_ARRAY_BUFFER, static_cast<GLsizeiptr>(end.firstIndex * sizeof(unsigned short)),
+                 indices.get(), GL_STATIC_DRAW);
     glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
     glBindBuffer(GL_ARRAY_BUFFER, 0);
     ResetBufferCache();
@@ -148,17 +150,17 @@ BatchES20::~BatchES20()
 
 std::size_t BatchES20::GetBytes() const
 {
-    const std::size_t identifiers = m_identifiers == 0 ? 0 : m_allVertices * sizeof(Rgba);
-    return m_allVertices * static_cast<std::size_t>(stride)
+    const std::size_t identifiers = m_identifiers == 0 ? 0 : m_pieces.back().firstVertex * sizeof(Rgba);
+    return m_pieces.back().firstVertex * static_cast<std::size_t>(stride)
         + static_cast<std::size_t>(indexCount) * sizeof(unsigned short) + identifiers;
 }
 
 std::size_t BatchES20::GetTriangleCount() const
 {
     std::size_t count = 0;
-    for (std::size_t i = 0; i < m_pieces.size(); ++i)
+    for (std::size_t i = 0; i < GetPieceCount(); ++i)
     {
-        count += IsOn(i) ? m_pieces[i].indices / 3 : 0;
+        count += IsOn(i) ? IndicesOf(i) / 3 : 0;
     }
     return count;
 }
@@ -167,6 +169,25 @@ void BatchES20::WidenBoxes(std::size_t piece)
 {
     m_rowBoxes[piece / kRow].Widen(m_pieces[piece].box);
     m_box.Widen(m_pieces[piece].box);
+}
+
+WorldBox BatchES20::ToWorld(const WorldBox& box) const
+{
+    return BoxAt(box, m_nodes.whole->GetGlobal());
+}
+
+void BatchES20::FitBoxes()
+{
+    m_writes = 0;
+    m_rowBoxes.assign(m_on.size(), WorldBox::Empty());
+    m_box = WorldBox::Empty();
+    for (std::size_t i = 0; i < GetPieceCount(); ++i)
+    {
+        if (m_pieces[i].owner != NoOwner)
+        {
+            WidenBoxes(i);
+        }
+    }
 }
 
 std::uint64_t BatchES20::NextRevision()
@@ -195,45 +216,63 @@ void BatchES20::SetUserData(std::size_t piece, int userData)
 
 bool BatchES20::Fits(std::size_t piece, const Mesh& other) const
 {
-    const Room& room = m_pieces[piece];
-    return other.GetPositionBuffer().size() == room.vertices && other.GetIndices().size() / 3 * 3 == room.indices;
+    return other.GetPositionBuffer().size() == VerticesOf(piece) && CountIndices(other) == IndicesOf(piece);
 }
 
-void BatchES20::Write(std::size_t index, const Piece& piece, const TextureFactors& factors, bool isReshaped)
+void BatchES20::Write(std::size_t index, const Piece& piece, const TextureFactors& factors, bool isReshaped,
+                      std::vector<float>& scratch)
 {
     const BatchLayout layout(m_kind.streams);
     m_revision = NextRevision();
     Room& room = m_pieces[index];
-    std::vector<float> vertices(room.vertices * static_cast<std::size_t>(layout.size));
-    WriteVertices(*piece.mesh, piece.place, factors, layout, vertices.data());
+    const std::size_t floats = VerticesOf(index) * static_cast<std::size_t>(layout.size);
+    if (scratch.size() < floats)
+    {
+        scratch.resize(floats);
+    }
+    room.box = ToWorld(WriteVertices(*piece.mesh, piece.place, factors, layout, scratch.data()));
     glBindBuffer(GL_ARRAY_BUFFER, vertexBufferId);
     glBufferSubData(GL_ARRAY_BUFFER,
                     static_cast<GLintptr>(room.firstVertex * static_cast<std::size_t>(stride)),
-                    static_cast<GLsizeiptr>(vertices.size() * sizeof(float)), vertices.data());
+                    static_cast<GLsizeiptr>(floats * sizeof(float)), scratch.data());
     if (isReshaped)
     {
-        std::vector<unsigned short> indices(piece.mesh->GetIndices().size());
+        std::vector<unsigned short> indices(IndicesOf(index));
         CopyIndices(*piece.mesh, room.firstVertex, indices.data());
         glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indexBufferId);
         glBufferSubData(GL_ELEMENT_ARRAY_BUFFER, static_cast<GLintptr>(room.firstIndex * sizeof(unsigned short)),
-                        static_cast<GLsizeiptr>(room.indices * sizeof(unsigned short)), indices.data());
+                        static_cast<GLsizeiptr>(indices.size() * sizeof(unsigned short)), indices.data());
         glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
     }
     glBindBuffer(GL_ARRAY_BUFFER, 0);
     ResetBufferCache();
-    room.box = piece.box;
     WidenBoxes(index);
+    if (++m_writes >= GetPieceCount())
+    {
+        FitBoxes();
+    }
     SetUserData(index, piece.userData);
 }
 
 void BatchES20::GiveUp(std::size_t piece)
 {
     Switch(piece, false);
-    m_vertexCount -= m_pieces[piece].vertices;
+    m_vertexCount -= VerticesOf(piece);
     m_pieces[piece].owner = NoOwner;
 }
 
-bool BatchES20::See(const ViewVolume& view, float leastShare)
+bool BatchES20::See(const ViewVolume& view, float leastShare, std::uint64_t look)
+{
+    if (m_look != look || m_lookRevision != m_revision)
+    {
+        m_look = look;
+        m_lookRevision = m_revision;
+        m_seesAny = Search(view, leastShare);
+    }
+    return m_seesAny;
+}
+
+bool BatchES20::Search(const ViewVolume& view, float leastShare)
 {
     const ViewVolume::Relation relation = view.RelationOf(m_box);
     if (relation == ViewVolume::Relation::Outside || m_onCount == 0)
@@ -284,7 +323,8 @@ void BatchES20::MakeRuns(Runs& runs, const std::vector<std::uint64_t>& bits) con
     runs.bits = bits;
     runs.isValid = true;
     std::size_t end = 0; // of the last run, in indices
-    for (std::size_t i = 0; i < m_pieces.size(); ++i)
+    const std::size_t count = GetPieceCount();
+    for (std::size_t i = 0; i < count; ++i)
     {
         // What a piece that was switched off since it was seen has is not to be drawn.
         const std::uint64_t row = bits[i / kRow] & m_on[i / kRow];
@@ -298,16 +338,17 @@ void BatchES20::MakeRuns(Runs& runs, const std::vector<std::uint64_t>& bits) con
             continue;
         }
         const Room& room = m_pieces[i];
+        const std::size_t indices = IndicesOf(i);
         if (!runs.counts.empty() && end == room.firstIndex)
         {
-            runs.counts.back() += static_cast<int>(room.indices);
+            runs.counts.back() += static_cast<int>(indices);
         }
         else
         {
-            runs.counts.push_back(static_cast<int>(room.indices));
+            runs.counts.push_back(static_cast<int>(indices));
             runs.offsets.push_back(OffsetOf(room.firstIndex));
         }
-        end = room.firstIndex + room.indices;
+        end = room.firstIndex + indices;
     }
 }
 
@@ -376,10 +417,10 @@ bool BatchES20::UploadIdentifiers()
     {
         return false;
     }
-    std::vector<Rgba> colors(m_allVertices);
-    for (const Room& room : m_pieces)
+    std::vector<Rgba> colors(m_pieces.back().firstVertex);
+    for (std::size_t i = 0; i < GetPieceCount(); ++i)
     {
-        std::fill_n(colors.begin() + room.firstVertex, room.vertices, IdentifierOf(room.userData));
+        std::fill_n(colors.begin() + m_pieces[i].firstVertex, VerticesOf(i), IdentifierOf(m_pieces[i].userData));
     }
     glBindBuffer(GL_ARRAY_BUFFER, m_identifiers);
     glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(colors.size() * sizeof(Rgba)), colors.data(),

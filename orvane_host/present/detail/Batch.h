@@ -44,7 +44,6 @@ public:
     {
         const Mesh* mesh;
         Transform place; ///< from the mesh's space to that of the batch
-        WorldBox box;
         int userData;
         std::uint32_t owner; ///< the caller's number for it
     };
@@ -61,7 +60,7 @@ public:
     void Render(EffectES20* effect, const std::vector<MeshNode*>& nodes, bool specificNode) override;
 
     const BatchKind& GetKind() const { return m_kind; }
-    std::size_t GetPieceCount() const { return m_pieces.size(); }
+    std::size_t GetPieceCount() const { return m_pieces.size() - 1; }
     std::uint32_t OwnerOf(std::size_t piece) const { return m_pieces[piece].owner; }
     std::size_t GetOnCount() const { return m_onCount; }
     /// Of the pieces that are on.
@@ -82,7 +81,9 @@ public:
 
     /// Writes a piece anew. GL. The mesh fits.
     /// @param isReshaped whether the geometry is another, not only its place.
-    void Write(std::size_t index, const Piece& piece, const TextureFactors& factors, bool isReshaped);
+    /// @param scratch keeps its room from one piece to the next.
+    void Write(std::size_t index, const Piece& piece, const TextureFactors& factors, bool isReshaped,
+               std::vector<float>& scratch);
 
     static constexpr std::uint32_t NoOwner = ~std::uint32_t{0};
 
@@ -91,14 +92,16 @@ public:
 
     /// Finds out what a view sees.
     /// @param leastShare of the height of the picture: pieces below it are left out.
+    /// @param look another number for every other view or share; what was found for one is kept.
     /// @return whether it sees anything.
-    bool See(const ViewVolume& view, float leastShare);
+    bool See(const ViewVolume& view, float leastShare, std::uint64_t look);
 
     /// Calls a function with the owner of each piece that is on and that a view may see.
     template <class Found>
     void Collect(const ViewVolume& view, Found found) const
     {
-        for (std::size_t i = 0; i < m_pieces.size(); ++i)
+        const std::size_t count = GetPieceCount();
+        for (std::size_t i = 0; i < count; ++i)
         {
             if (i % kRow == 0 && !view.Sees(m_rowBoxes[i / kRow]))
             {
@@ -114,13 +117,12 @@ public:
 private:
     static constexpr std::size_t kRow = 64; ///< pieces that are culled together, a bit each
 
+    /// It ends where the next one begins.
     struct Room
     {
         WorldBox box;
         std::uint32_t firstVertex;
-        std::uint32_t vertices;
         std::uint32_t firstIndex;
-        std::uint32_t indices;
         std::uint32_t owner;
         int userData;
     };
@@ -136,28 +138,42 @@ private:
 
     static std::uint64_t NextRevision();
 
+    std::size_t VerticesOf(std::size_t piece) const
+    {
+        return m_pieces[piece + 1].firstVertex - m_pieces[piece].firstVertex;
+    }
+    std::size_t IndicesOf(std::size_t piece) const
+    {
+        return m_pieces[piece + 1].firstIndex - m_pieces[piece].firstIndex;
+    }
+    WorldBox ToWorld(const WorldBox& box) const;
+    bool Search(const ViewVolume& view, float leastShare);
     bool IsOn(std::size_t piece) const { return ((m_on[piece / kRow] >> (piece % kRow)) & 1u) != 0; }
     const Runs& RunsOf(const MeshNode* node);
     void MakeRuns(Runs& runs, const std::vector<std::uint64_t>& bits) const;
     void WidenBoxes(std::size_t piece);
+    void FitBoxes();
     void DrawRuns(const Runs& runs) const;
     void DrawIdentifiers(DepthIdPassEffectES20& effect, MeshNode* node, const Runs& runs);
     bool UploadIdentifiers();
 
     BatchNodes m_nodes;
     BatchKind m_kind;
-    std::vector<Room> m_pieces;
+    std::vector<Room> m_pieces; ///< and the end of the last
     std::vector<std::uint64_t> m_on;
     std::vector<WorldBox> m_rowBoxes; ///< of kRow pieces each
     WorldBox m_box;
+    std::size_t m_writes = 0; ///< since the boxes were fitted: each may have left them too wide
     std::uint64_t m_revision = NextRevision();
     std::size_t m_onCount = 0;
     std::size_t m_vertexCount = 0;
-    std::size_t m_allVertices = 0;
     Runs m_whole;
     Runs m_seen;
     std::vector<std::uint64_t> m_seenBits;
     bool m_seesAll = true;
+    bool m_seesAny = false;
+    std::uint64_t m_look = 0;         ///< the one that was found out about; 0 for none
+    std::uint64_t m_lookRevision = 0; ///< of what was drawn then
     unsigned int m_identifiers = 0; ///< buffer of a colour for each vertex; 0 until it is needed
     bool m_identifiersHold = false;
 };

@@ -1,37 +1,46 @@
 #include "orvane_host/present/detail/BatchMark.h"
 
-#include "orvane/renderdata/SharedBufferPool.h"
-#include "orvane/scene/Mesh.h"
-
+#include <typeinfo>
 #include <utility>
 
 namespace OV::Host::Detail
 {
 
-BatchMark::BatchMark(Mesh* shown, Link owner) : MeshES20(nullptr, nullptr), m_owner(std::move(owner))
+void BatchMarkLink::Release()
 {
-    mesh = shown;
+    if (--m_holders == 0)
+    {
+        delete this;
+    }
 }
 
 BatchMark::~BatchMark()
 {
-    if (*m_owner)
+    BatchMarkOwner* const owner = m_link->GetOwner();
+    if (owner && first != kNone)
     {
-        (*m_owner)->MarkGone(*this);
+        owner->MarkGone(*this);
     }
+    m_link->Release();
 }
 
-void BatchMark::Join(SharedBufferPool& bufferPool)
+BatchMark* BatchMark::Of(Object* data, const BatchMarkLink& owner)
 {
-    if (pool)
+    BatchMark* mark = nullptr;
+    if (data && typeid(*data) == typeid(QuietMark))
     {
-        return;
+        mark = static_cast<QuietMark*>(data);
     }
-    pool = &bufferPool;
-    if (mesh->GetNumVertices() > 0)
+    else if (data && typeid(*data) == typeid(DrawnMark))
     {
-        sharedBuffer = bufferPool.AddMesh(this);
+        mark = static_cast<DrawnMark*>(data);
     }
+    return mark && mark->m_link == &owner ? mark : nullptr;
+}
+
+std::uint32_t BatchMark::HandOver()
+{
+    return std::exchange(first, kNone);
 }
 
 } // namespace OV::Host::Detail

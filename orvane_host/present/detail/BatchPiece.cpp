@@ -8,6 +8,8 @@
 #include "orvane/scene/Mesh.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstddef>
 
 namespace OV::Host::Detail
 {
@@ -38,6 +40,53 @@ void Put(float* out, const Vector& value)
     out[2] = value.z;
 }
 
+void Include(WorldBox& box, const Vector& p)
+{
+    box.low.x = p.x < box.low.x ? p.x : box.low.x;
+    box.low.y = p.y < box.low.y ? p.y : box.low.y;
+    box.low.z = p.z < box.low.z ? p.z : box.low.z;
+    box.high.x = p.x > box.high.x ? p.x : box.high.x;
+    box.high.y = p.y > box.high.y ? p.y : box.high.y;
+    box.high.z = p.z > box.high.z ? p.z : box.high.z;
+}
+
+/// Whether a place neither turns nor scales.
+bool IsShift(Rows m)
+{
+    return m[0][0] == 1.0 && m[1][1] == 1.0 && m[2][2] == 1.0 && m[0][1] == 0.0 && m[0][2] == 0.0 && m[1][0] == 0.0
+        && m[1][2] == 0.0 && m[2][0] == 0.0 && m[2][1] == 0.0;
+}
+
+WorldBox WriteShifted(Rows m, const std::vector<Vector>& positions, std::size_t size, float* out)
+{
+    const double x = m[0][3];
+    const double y = m[1][3];
+    const double z = m[2][3];
+    WorldBox box = WorldBox::Empty();
+    for (const Vector& position : positions)
+    {
+        const Vector place(static_cast<float>(position.x + x), static_cast<float>(position.y + y),
+                           static_cast<float>(position.z + z));
+        Put(out, place);
+        Include(box, place);
+        out += size;
+    }
+    return box;
+}
+
+WorldBox WriteCarried(Rows m, const std::vector<Vector>& positions, std::size_t size, float* out)
+{
+    WorldBox box = WorldBox::Empty();
+    for (const Vector& position : positions)
+    {
+        const Vector place = Carried(m, position);
+        Put(out, place);
+        Include(box, place);
+        out += size;
+    }
+    return box;
+}
+
 } // namespace
 
 BatchLayout::BatchLayout(const MeshFormatKey& streams)
@@ -52,37 +101,60 @@ BatchLayout::BatchLayout(const MeshFormatKey& streams)
     color = take(streams.hasColor, 4);
 }
 
-void WriteVertices(const Mesh& mesh, const Transform& place, const TextureFactors& factors,
-                   const BatchLayout& layout, float* out)
+WorldBox WriteVertices(const Mesh& mesh, const Transform& place, const TextureFactors& factors,
+                       const BatchLayout& layout, float* out)
 {
     const QGM::Transf3d& points = place.GetTransf3d();
-    // As long as the engine's matrix for normals makes them: shaders that weigh them by their
-    // length must find the same.
-    const QGM::Transf3d normals = points.affineInverseTranspose();
     const std::vector<Vector>& positions = mesh.GetPositionBuffer();
-    for (std::size_t i = 0; i < positions.size(); ++i, out += layout.size)
+    const std::size_t count = positions.size();
+    const auto size = static_cast<std::size_t>(layout.size);
+    const WorldBox box = IsShift(points.m) ? WriteShifted(points.m, positions, size, out)
+                                           : WriteCarried(points.m, positions, size, out);
+    if (layout.normal >= 0)
     {
-        Put(out, Carried(points.m, positions[i]));
-        if (layout.normal >= 0)
+        const std::vector<Vector>& normals = mesh.GetNormalBuffer();
+        float* at = out + layout.normal;
+        if (IsShift(points.m))
         {
-            Put(out + layout.normal, Turned(normals.m, mesh.GetNormalBuffer()[i]));
+            for (std::size_t i = 0; i < count; ++i, at += size)
+            {
+                Put(at, normals[i]);
+            }
         }
-        if (layout.texture >= 0)
+        else
         {
-            const TextureCoordinate uv = mesh.GetTextureBuffer()[i];
-            out[layout.texture] = uv.u * factors.u;
-            out[layout.texture + 1] = uv.v * factors.v;
-        }
-        if (layout.color >= 0)
-        {
-            const Color color = mesh.GetColorBuffer()[i];
-            float* const at = out + layout.color;
-            at[0] = color.r;
-            at[1] = color.g;
-            at[2] = color.b;
-            at[3] = color.a;
+            // As long as the engine's matrix for normals makes them: shaders that weigh them by
+            // their length must find the same.
+            const QGM::Transf3d turn = points.affineInverseTranspose();
+            for (std::size_t i = 0; i < count; ++i, at += size)
+            {
+                Put(at, Turned(turn.m, normals[i]));
+            }
         }
     }
+    if (layout.texture >= 0)
+    {
+        const std::vector<TextureCoordinate>& coordinates = mesh.GetTextureBuffer();
+        float* at = out + layout.texture;
+        for (std::size_t i = 0; i < count; ++i, at += size)
+        {
+            at[0] = coordinates[i].u * factors.u;
+            at[1] = coordinates[i].v * factors.v;
+        }
+    }
+    if (layout.color >= 0)
+    {
+        const std::vector<Color>& colors = mesh.GetColorBuffer();
+        float* at = out + layout.color;
+        for (std::size_t i = 0; i < count; ++i, at += size)
+        {
+            at[0] = colors[i].r;
+            at[1] = colors[i].g;
+            at[2] = colors[i].b;
+            at[3] = colors[i].a;
+        }
+    }
+    return box;
 }
 
 WorldBox BoxAt(const Mesh& mesh, const Transform& place)
@@ -90,9 +162,44 @@ WorldBox BoxAt(const Mesh& mesh, const Transform& place)
     WorldBox box = WorldBox::Empty();
     for (const Vector& position : mesh.GetPositionBuffer())
     {
-        box.Widen(Carried(place.GetTransf3d().m, position));
+        Include(box, Carried(place.GetTransf3d().m, position));
     }
     return box;
+}
+
+WorldBox BoxAt(const WorldBox& box, const Transform& place)
+{
+    Rows m = place.GetTransf3d().m;
+    const double middle[] = {0.5 * (static_cast<double>(box.low.x) + box.high.x),
+                             0.5 * (static_cast<double>(box.low.y) + box.high.y),
+                             0.5 * (static_cast<double>(box.low.z) + box.high.z)};
+    const double half[] = {box.high.x - middle[0], box.high.y - middle[1], box.high.z - middle[2]};
+    float low[3];
+    float high[3];
+    for (int row = 0; row < 3; ++row)
+    {
+        double center = m[row][3];
+        double reach = 0.0;
+        for (int i = 0; i < 3; ++i)
+        {
+            center += m[row][i] * middle[i];
+            reach += std::abs(m[row][i]) * half[i];
+        }
+        low[row] = static_cast<float>(center - reach);
+        high[row] = static_cast<float>(center + reach);
+    }
+    return {Vector(low[0], low[1], low[2]), Vector(high[0], high[1], high[2])};
+}
+
+bool IsBoxTrue(const Mesh& mesh)
+{
+    Vector low;
+    Vector high;
+    mesh.GetBBox(low, high);
+    const std::vector<Vector>& positions = mesh.GetPositionBuffer();
+    return std::all_of(positions.begin(), positions.end(), [&](const Vector& p) {
+        return p.x >= low.x && p.y >= low.y && p.z >= low.z && p.x <= high.x && p.y <= high.y && p.z <= high.z;
+    });
 }
 
 bool IsSound(const Mesh& mesh)

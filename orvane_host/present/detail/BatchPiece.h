@@ -60,11 +60,18 @@ struct TextureFactors
 /// double, the rest is copied.
 /// @param place from the mesh's space to that of the batch.
 /// @param out room for all of its vertices.
-void WriteVertices(const Mesh& mesh, const Transform& place, const TextureFactors& factors,
-                   const BatchLayout& layout, float* out);
+/// @return the box of the positions written.
+WorldBox WriteVertices(const Mesh& mesh, const Transform& place, const TextureFactors& factors,
+                       const BatchLayout& layout, float* out);
 
-/// The box of a mesh at a place.
+/// The box of a mesh at a place, around its vertices.
 WorldBox BoxAt(const Mesh& mesh, const Transform& place);
+
+/// A box that encloses another one at a place.
+WorldBox BoxAt(const WorldBox& box, const Transform& place);
+
+/// Whether the box that a mesh names encloses its vertices: a host may have set another.
+bool IsBoxTrue(const Mesh& mesh);
 
 /// Whether a mesh has a triangle, each index names a vertex, and each stream has one value for each.
 bool IsSound(const Mesh& mesh);

@@ -16,7 +16,8 @@ namespace OV::Host::Detail
 namespace
 {
 
-constexpr unsigned char kMostLosses = 4;
+/// Each doubles the time for which what has lost its mark rests.
+constexpr unsigned int kMostLosses = 4;
 
 bool Contains(const std::vector<Mesh*>& meshes, const Mesh* mesh)
 {
@@ -40,61 +41,80 @@ bool Batches::IsWorthwhile(const Scene& scene)
     return count >= kWorthwhile;
 }
 
-Batches::Batches(Scene& scene) : m_link(std::make_shared<BatchMarkOwner*>(static_cast<BatchMarkOwner*>(this)))
+Batches::Batches(Scene& scene) : m_link(new BatchMarkLink(*this))
 {
     scene.AddNodeListener(this);
 }
 
 Batches::~Batches()
 {
-    *m_link = nullptr;
+    m_link->Cut();
+    m_link->Release();
 }
 
 void Batches::SceneGone()
 {
     // What dies with it has nobody to tell.
-    *m_link = nullptr;
-    m_nodes.clear();
+    m_link->Cut();
+    m_table.Clear();
     m_changed.clear();
+    m_new.clear();
+    m_newPlaces.clear();
+}
+
+Batches::Index Batches::FirstOf(const Node& node) const
+{
+    return m_table.Find(&node, [&](Index index) { return m_members[index].node == &node; });
 }
 
 void Batches::NodeChanged(Node& node, NodeChange change)
 {
-    const auto known = m_nodes.find(&node);
-    if (known == m_nodes.end())
+    if (!m_hasStarted)
+    {
+        return;
+    }
+    const Index first = FirstOf(node);
+    if (first == kNone)
     {
         // Of the nodes that show no mesh nothing is drawn.
-        if ((change & NodeChangeMeshes) != 0 && m_hasStarted)
+        if ((change & NodeChangeMeshes) != 0)
         {
-            Note(static_cast<MeshNode&>(node), change);
+            NoteNew(static_cast<MeshNode&>(node));
         }
         return;
     }
-    auto& meshNode = static_cast<MeshNode&>(node);
     if ((change & NodeChangeMeshes) != 0)
     {
         // A mesh may be on its way out, and is not touched again.
-        for (Index i = known->second.first; i != kNone; i = m_members[i].nextOfNode)
+        for (Index i = first; i != kNone; i = m_members[i].nextOfNode)
         {
             Member& member = m_members[i];
-            if (!member.isGone && !Contains(meshNode.GetMeshes(), member.mesh))
+            if (!member.isGone && !Contains(member.node->GetMeshes(), member.mesh))
             {
                 member.isGone = true;
                 m_gone.push_back(i);
             }
         }
     }
-    Note(meshNode, change);
+    Note(first, change);
 }
 
 void Batches::NodeGone(const Node& node)
 {
-    const auto known = m_nodes.find(&node);
-    if (known == m_nodes.end())
+    const auto place = m_newPlaces.find(&node);
+    if (place != m_newPlaces.end())
+    {
+        m_new[place->second] = nullptr;
+        m_newPlaces.erase(place);
+    }
+    const Index first = FirstOf(node);
+    if (first == kNone)
     {
         return;
     }
-    for (Index i = known->second.first; i != kNone; i = m_members[i].nextOfNode)
+    m_table.Erase(&node, first);
+    m_members[first].changes = 0;
+    for (Index i = first; i != kNone; i = m_members[i].nextOfNode)
     {
         Member& member = m_members[i];
         if (!member.isGone)
@@ -107,7 +127,6 @@ void Batches::NodeGone(const Node& node)
             member.batch->Switch(member.piece, false);
         }
     }
-    m_nodes.erase(known);
 }
 
 void Batches::MarkGone(BatchMark& mark)
@@ -116,39 +135,56 @@ void Batches::MarkGone(BatchMark& mark)
     {
         Member& member = m_members[i];
         i = member.nextOfMark;
-        member.mark = nullptr;
+        member.hasMark = false;
         member.isReshaped = true;
         member.nextOfMark = kNone;
         member.previousOfMark = kNone;
-        member.losses = std::min<unsigned char>(static_cast<unsigned char>(member.losses + 1), kMostLosses);
+        member.losses = static_cast<unsigned char>(std::min(member.losses + 1u, kMostLosses)) & 0xFu;
         if (!member.isGone)
         {
-            Note(*member.node, GeometryChange);
+            Note(FirstOf(*member.node), GeometryChange);
         }
     }
 }
 
-void Batches::Note(MeshNode& node, unsigned int change)
+void Batches::Note(Index first, unsigned int change)
 {
-    NodeState& state = m_nodes[&node];
-    if (state.changes == 0)
+    Member& member = m_members[first];
+    if (member.changes == 0)
     {
-        m_changed.push_back(&node);
+        m_changed.emplace_back(member.node, first);
     }
-    state.changes |= change;
+    member.changes = static_cast<std::uint16_t>(member.changes | change);
+}
+
+void Batches::NoteNew(MeshNode& node)
+{
+    if (m_newPlaces.emplace(&node, m_new.size()).second)
+    {
+        m_new.push_back(&node);
+    }
 }
 
 void Batches::Start()
 {
     m_hasStarted = true;
+    ChooseAnchor();
+    std::size_t count = 0;
+    for (const Mesh* mesh : GetListenedScene()->GetMeshes())
+    {
+        count += mesh->GetNodes().size();
+    }
+    m_members.reserve(count);
     for (Mesh* mesh : GetListenedScene()->GetMeshes())
     {
         for (MeshNode* node : mesh->GetNodes())
         {
-            Note(*node, NodeChangeMeshes | NodeChangePlace);
+            if (FirstOf(*node) == kNone)
+            {
+                AddMeshes(*node);
+            }
         }
     }
-    ChooseAnchor();
 }
 
 void Batches::ChooseAnchor()
@@ -233,9 +269,9 @@ void Batches::KeepApart(const std::vector<const MeshNode*>& nodes)
         for (const Node* node : *set)
         {
             // One that is gone is no longer known.
-            if (m_nodes.count(node) != 0)
+            if (const Index first = FirstOf(*node); first != kNone)
             {
-                Note(*const_cast<MeshNode*>(static_cast<const MeshNode*>(node)), NodeChangeState);
+                Note(first, NodeChangeState);
             }
         }
     }
@@ -261,10 +297,13 @@ void Batches::KeepRigid(bool onlyRigid)
 
 void Batches::NoteAll()
 {
-    for (auto& [node, state] : m_nodes)
+    for (const Member& member : m_members)
     {
-        m_changed.push_back(const_cast<Node*>(node));
-        state.changes |= NodeChangeState;
+        const Index first = member.isGone ? kNone : FirstOf(*member.node);
+        if (first != kNone)
+        {
+            Note(first, NodeChangeState);
+        }
     }
 }
 
@@ -285,6 +324,7 @@ bool Batches::IsApart(const MeshNode& node) const
 void Batches::Update()
 {
     ++m_frame;
+    m_writable = kMostWritten;
     if (!m_hasStarted)
     {
         Start();
@@ -295,12 +335,24 @@ void Batches::Update()
         DropMember(m_gone[i]);
     }
     m_gone.clear();
+    for (std::size_t i = 0; i < m_new.size(); ++i)
+    {
+        MeshNode* const node = m_new[i];
+        if (node && FirstOf(*node) == kNone)
+        {
+            AddMeshes(*node);
+        }
+    }
+    m_new.clear();
+    m_newPlaces.clear();
     for (std::size_t i = 0; i < m_changed.size(); ++i)
     {
-        const auto known = m_nodes.find(m_changed[i]);
-        if (known != m_nodes.end() && known->second.changes != 0)
+        const auto [node, noted] = m_changed[i];
+        // Another of its members may be the first by now, and the node may be gone.
+        const Index first = m_members[noted].node == node && m_members[noted].changes != 0 ? noted : FirstOf(*node);
+        if (first != kNone && m_members[first].changes != 0)
         {
-            Sync(static_cast<MeshNode&>(*m_changed[i]), known->second);
+            Sync(first);
         }
     }
     m_changed.clear();

@@ -5,7 +5,9 @@
 #include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/detail/Batch.h"
 #include "orvane_host/present/detail/BatchMark.h"
+#include "orvane_host/present/detail/NodeTable.h"
 #include "orvane/base/WatchedPtr.h"
+#include "orvane/math/Matrix.h"
 #include "orvane/math/Vector3d.h"
 #include "orvane/scene/NodeListener.h"
 
@@ -33,10 +35,14 @@ namespace OV::Host::Detail
 
 /// Draws what stands still in a scene as few large meshes, and leaves out what a view doesn't see.
 ///
-/// The nodes of the scene stay what they are; they tell what changes. A mesh at a node leaves its
-/// batch when it moves, is hidden or gets another material or geometry, is drawn by itself from
-/// then on, and comes back when it has rested. One that was only hidden comes back at once, since
-/// its room in the batch still shows it.
+/// The nodes of the scene stay what they are; they tell what changes. A mesh at a node that moves
+/// once, or is described anew with as many vertices, is written anew where it is in its batch. When
+/// it moves on, is hidden or gets another material or other geometry, it leaves, is drawn by itself
+/// from then on, and comes back when it has rested. One that was only hidden comes back at once,
+/// since its room in the batch still shows it.
+///
+/// Of many that move or come back at once a frame writes only so many vertices; the others are
+/// drawn by themselves meanwhile.
 ///
 /// Not in batches: what is see-through or drawn as points, whatever its depth, or by draw IDs; what
 /// has a material of its node's; large meshes, which gain nothing, and those at many nodes that
@@ -48,6 +54,10 @@ public:
 
     /// Frames that a mesh at a node has to stand still before it is drawn with others again.
     static constexpr unsigned int kRest = 8;
+
+    /// That a frame writes into batches that are there, of what moves and what comes back: a fraction
+    /// of a millisecond.
+    static constexpr std::size_t kMostWritten = 65536;
 
     /// With so many meshes at nodes BatchUse::Auto draws them together.
     static constexpr std::size_t kWorthwhile = 400;
@@ -120,67 +130,87 @@ private:
         std::vector<RenderItemES20> items;
         std::vector<std::pair<Index, Index>> spans; ///< in singles: where those of each item begin and end
         std::uint64_t listing = 0;
-        MeshStyleES20* style = nullptr;
+        const MeshStyleES20* style = nullptr; ///< only to be compared
+        TextureFactors factors;
         bool itemsHold = false;
     };
 
-    /// A mesh at a node.
+    /// A mesh at a node. Every thing in a scene has one.
     struct Member
     {
         MeshNode* node;
         Mesh* mesh;
         Group* group;     ///< null without a material
         BatchES20* batch; ///< that it has room in; null for none
-        BatchMark* mark;
         Index piece;
         Index nextOfNode;
         Index nextOfMark;
         Index previousOfMark;
-        CullTree::Entry leaf;
-        unsigned int due;       ///< frame from which on it has rested
-        unsigned int seenFrame; ///< in which the camera saw it, by itself
-        unsigned char losses;   ///< how often its mark was taken away without need
-        bool isPlain;           ///< of the engine's own classes
-        bool isReshaped;        ///< the geometry is another than that of its room in the batch
-        bool isFresh;           ///< its room in the batch shows it as it is
-        bool isSingle;
-        bool isQueued;
-        bool isGone;
-        bool isRested; ///< among the group's rested
+        Index loose;           ///< among m_loose; kNone while it rests in a batch
+        std::uint16_t changes; ///< of the node, not yet taken in: at the first of its members
+        unsigned char losses : 4; ///< how often its mark was taken away
+        bool hasMark : 1;
+        bool isPlain : 1;    ///< of the engine's own classes
+        bool isReshaped : 1; ///< the geometry is another than that of its room in the batch
+        bool isFresh : 1;    ///< its room in the batch shows it as it is
+        bool isSingle : 1;
+        bool isQueued : 1;
+        bool isGone : 1;
+        bool isRested : 1; ///< among the group's rested
+        bool isNew : 1;    ///< it was never drawn
+        bool isBoxKnown : 1;
+        bool isBoxTrue : 1; ///< the box that the geometry names encloses it
     };
 
-    struct NodeState
+    /// What there is to know of a member besides while it is drawn by itself or has moved lately.
+    struct Loose
     {
-        Index first = kNone;
-        unsigned int changes = 0;
+        CullTree::Entry leaf = CullTree::NoEntry; ///< of what stands still and is drawn by itself
+        unsigned int due = 0;                     ///< frame from which on it has rested
+        std::uint64_t seenLook = 0;               ///< the last that saw the leaf
     };
 
     void MarkGone(BatchMark& mark) override;
 
-    void Note(MeshNode& node, unsigned int change);
+    Index FirstOf(const Node& node) const;
+    void Note(Index first, unsigned int change);
+    void NoteNew(MeshNode& node);
     void Start();
     void ChooseAnchor();
     void PlaceNodes();
     std::unique_ptr<BatchMesh> TakeMesh(Material& material, unsigned int flags);
     void GiveBack(std::unique_ptr<BatchMesh> mesh);
     void GiveBack(Group& group);
-    void Sync(MeshNode& node, NodeState& state);
+    void Sync(Index first);
+    void AddMeshes(MeshNode& node);
     Index AddMember(MeshNode& node, Mesh& mesh);
     void DropMember(Index index);
     void Place(Index index, unsigned int changes);
+    void Move(Index index);
+    bool WriteInPlace(Index index);
     void EnsureMark(Index index);
     void UnlinkMark(Member& member);
     void LeaveGroup(Index index);
     void LeaveBatch(Member& member);
-    void MakeSingle(Index index, bool isSingle);
+    bool MakeSingle(Index index, bool isSingle);
     void PutIntoTree(Index index);
+    void LeaveTree(Member& member);
+    Loose& LooseOf(Index index);
+    void FreeLoose(Member& member);
+    void Stir(Index index);
+    void Queue(Index index);
     void Rest(Index index, unsigned int frames);
+    void MakeRested(Index index);
     void WakeRested();
 
     Group* GroupOf(Material& material);
     bool IsPlain(const MeshNode& node, Mesh& mesh) const;
     bool IsApart(const MeshNode& node) const;
     bool CanBeTogether(const Member& member) const;
+    bool HasRested(const Member& member) const;
+    bool StandsAlone(const Member& member) const;
+    WorldBox BoxOf(Member& member) const;
+    bool Sees(const ViewVolume& view, float leastShare, Member& member) const;
     void NoteAll();
     static bool IsShown(const Member& member);
     BatchKind KindOf(const Member& member) const;
@@ -190,6 +220,10 @@ private:
     MeshStyleES20* Probe(PresentationFrame& frame, Group& group);
     void Build(StageAccess& renderer, Group& group);
     void Build(StageAccess& renderer, Group& group, const BatchKind& kind, std::vector<Index>& members);
+    bool Returns(Group& group, const BatchKind& kind, Index index, std::vector<Index>& later);
+    void KeepSingle(const Group& group, const std::vector<Index>& members);
+    void PutTogether(StageAccess& renderer, Group& group, const BatchKind& kind, std::vector<Index>& members);
+    static Vector MiddleOf(const Member& member);
     void Absorb(Group& group, const BatchKind& kind, std::vector<Index>& members);
     void MakeBatch(StageAccess& renderer, Group& group, const BatchKind& kind, const Index* first, const Index* last);
     void Show(Index index);
@@ -198,7 +232,8 @@ private:
     void ListGroup(PresentationFrame& frame, Group& group, const ViewVolume* view, float leastShare,
                    std::vector<RenderItemES20>& all, std::vector<RenderItemES20>* seen);
     void MakeItems(StageAccess& renderer, Group& group, MeshStyleES20& style);
-    void ListSeen(const Group& group, std::vector<RenderItemES20>& seen) const;
+    void ListSeen(const Group& group, const ViewVolume& view, float leastShare, std::vector<RenderItemES20>& seen);
+    void Look(const ViewVolume& view, const Matrix& worldToClip, float leastShare);
     bool HasData(StageAccess& renderer, const Member& member);
 
     template <class Lister>
@@ -206,14 +241,18 @@ private:
 
     std::vector<Member> m_members;
     std::vector<Index> m_freeMembers;
-    std::unordered_map<const Node*, NodeState> m_nodes;
-    std::vector<Node*> m_changed; ///< those that are still known are MeshNodes
+    std::vector<Loose> m_loose;
+    std::vector<Index> m_freeLoose;
+    NodeTable m_table; ///< gives the first member of a node
+    std::vector<std::pair<Node*, Index>> m_changed; ///< the first of its members at that time
+    std::vector<MeshNode*> m_new; ///< that may show meshes and have no member; null once they are gone
+    std::unordered_map<const Node*, std::size_t> m_newPlaces;
     std::vector<Index> m_gone;
     std::deque<std::pair<unsigned int, Index>> m_resting;
     std::unordered_map<const Material*, std::unique_ptr<Group>> m_groups;
     std::vector<std::unique_ptr<Group>> m_deadGroups;
     CullTree m_tree; ///< of what is drawn by itself
-    BatchMark::Link m_link;
+    BatchMarkLink* m_link;
     std::unordered_set<const Node*> m_apart;
     std::optional<Path> m_edited;
     QGM::Vector3d m_anchor{0.0, 0.0, 0.0}; ///< world space: where batches count from
@@ -224,6 +263,13 @@ private:
     std::vector<Material*> m_materials;
     std::vector<Index> m_found;
     std::vector<RenderItemES20> m_probed;
+    std::vector<float> m_scratch;
+    std::size_t m_writable = 0; ///< vertices that this frame may still write
+    Matrix m_lookMatrix;
+    float m_lookShare = -1.0f;
+    std::uint64_t m_look = 0;     ///< another number for each other view
+    std::uint64_t m_treeLook = 0; ///< and for each other tree
+    bool m_treeHolds = false;
     unsigned int m_frame = 0;
     bool m_onlyRigid = false;
     bool m_hasStarted = false;

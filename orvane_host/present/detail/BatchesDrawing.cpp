@@ -1,5 +1,6 @@
 #include "orvane_host/present/StageAccess.h"
 #include "orvane_host/present/detail/Batches.h"
+#include "orvane/math/Sphere.h"
 #include "orvane/math/Transform.h"
 #include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/renderdata/MaterialES20.h"
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <iterator>
 #include <utility>
 
@@ -29,22 +31,34 @@ std::uint64_t Spread(std::uint64_t bits)
     return (bits | bits << 2) & 0x1249249249249249ull;
 }
 
-/// Where the middle of a box lies along a curve that fills a larger one: what is near on the curve
-/// is near in space.
-std::uint64_t PlaceOnCurve(const WorldBox& box, const WorldBox& all)
+/// Where a place lies along a curve that fills a box: what is near on the curve is near in space.
+std::uint64_t PlaceOnCurve(const Vector& place, const WorldBox& all)
 {
-    const auto cell = [](float low, float high, float from, float to) {
-        const float share = (0.5f * (low + high) - from) / (to - from);
+    const auto cell = [](float at, float from, float to) {
+        const float share = (at - from) / (to - from);
         return static_cast<std::uint64_t>(share > 0.0f ? std::min(share, 1.0f) * 1048575.0f : 0.0f);
     };
-    return Spread(cell(box.low.x, box.high.x, all.low.x, all.high.x))
-        | Spread(cell(box.low.y, box.high.y, all.low.y, all.high.y)) << 1
-        | Spread(cell(box.low.z, box.high.z, all.low.z, all.high.z)) << 2;
+    return Spread(cell(place.x, all.low.x, all.high.x)) | Spread(cell(place.y, all.low.y, all.high.y)) << 1
+        | Spread(cell(place.z, all.low.z, all.high.z)) << 2;
 }
 
 bool StandsFor(const std::vector<Material*>& materials, const Material* material)
 {
     return std::find(materials.begin(), materials.end(), material) != materials.end();
+}
+
+bool IsTooSmall(const WorldBox& box, const ViewVolume& view, float leastShare)
+{
+    if (!(leastShare > 0.0f))
+    {
+        return false;
+    }
+    Vector size;
+    size.Subtract(box.high, box.low);
+    Vector middle;
+    middle.Add(box.low, box.high);
+    middle.Scale(0.5f);
+    return view.ShareOfHeight(middle, size.Magnitude()) < leastShare;
 }
 
 TextureFactors FactorsOf(const MeshStyleES20* style)
@@ -63,9 +77,7 @@ TextureFactors FactorsOf(const MeshStyleES20* style)
 BatchES20::Piece Batches::PieceOf(Index index) const
 {
     const Member& member = m_members[index];
-    BatchES20::Piece piece{member.mesh, PlaceOf(*member.node), BoxAt(*member.mesh, member.node->GetGlobal()),
-                           member.node->GetUserData(), index};
-    return piece;
+    return {member.mesh, PlaceOf(*member.node), member.node->GetUserData(), index};
 }
 
 template <class Lister>
@@ -88,23 +100,7 @@ void Batches::List(PresentationFrame& frame, float leastShare, std::vector<Rende
                    std::vector<RenderItemES20>& seen)
 {
     const ViewVolume view(frame.cameraData.GetMVP());
-    m_tree.Collect(view, [&](Index index) {
-        Member& member = m_members[index];
-        if (leastShare > 0.0f)
-        {
-            const WorldBox& box = m_tree.GetBox(member.leaf);
-            Vector size;
-            size.Subtract(box.high, box.low);
-            Vector middle;
-            middle.Add(box.low, box.high);
-            middle.Scale(0.5f);
-            if (view.ShareOfHeight(middle, size.Magnitude()) < leastShare)
-            {
-                return;
-            }
-        }
-        member.seenFrame = m_frame;
-    });
+    Look(view, frame.cameraData.GetMVP(), leastShare);
     ForEachMaterial(frame, frame.scene.GetOptimizedMaterials(), [&](Material& material, Group* group) {
         if (group)
         {
@@ -115,6 +111,30 @@ void Batches::List(PresentationFrame& frame, float leastShare, std::vector<Rende
         const std::size_t before = all.size();
         frame.renderer.List(material, frame.cameraData, all, true);
         seen.insert(seen.end(), all.begin() + static_cast<std::ptrdiff_t>(before), all.end());
+    });
+}
+
+void Batches::Look(const ViewVolume& view, const Matrix& worldToClip, float leastShare)
+{
+    if (m_lookShare != leastShare || std::memcmp(m_lookMatrix.m, worldToClip.m, sizeof(worldToClip.m)) != 0)
+    {
+        m_lookMatrix = worldToClip;
+        m_lookShare = leastShare;
+        ++m_look;
+        m_treeHolds = false;
+    }
+    if (m_treeHolds)
+    {
+        return;
+    }
+    m_treeHolds = true;
+    ++m_treeLook;
+    m_tree.Collect(view, [&](Index index) {
+        Loose& loose = m_loose[m_members[index].loose];
+        if (!IsTooSmall(m_tree.GetBox(loose.leaf), view, leastShare))
+        {
+            loose.seenLook = m_treeLook;
+        }
     });
 }
 
@@ -145,16 +165,25 @@ void Batches::ListSingly(PresentationFrame& frame, const ViewVolume& view, std::
                 batch.data->Collect(view, [&](Index index) { m_found.push_back(index); });
             }
         }
+        // Points reach beyond the box of their places.
+        const bool isPoints = group->material && (group->material->GetFlags() & MaterialFlagPoints) != 0;
         for (const Index index : group->singles)
         {
-            const Member& member = m_members[index];
-            const bool isPoints = group->material && (group->material->GetFlags() & MaterialFlagPoints) != 0;
-            // Points reach beyond the box of their places.
+            Member& member = m_members[index];
             if (member.isSingle && member.group == group.get()
-                && (member.leaf == CullTree::NoEntry || (isPoints && !view.Sees(m_tree.GetBox(member.leaf)))))
+                && (isPoints || (StandsAlone(member) && Sees(view, 0.0f, member))))
             {
                 m_found.push_back(index);
             }
+        }
+        // What came since the last frame.
+        for (const auto& [kind, members] : group->rested)
+        {
+            (void)kind;
+            std::copy_if(members.begin(), members.end(), std::back_inserter(m_found), [&](Index index) {
+                const Member& member = m_members[index];
+                return !member.isSingle && !member.batch && !member.isGone && member.group == group.get();
+            });
         }
     }
     const auto comesFirst = [this](Index left, Index right) {
@@ -239,6 +268,22 @@ void Batches::SetTogether(Group& group, bool together)
     }
 }
 
+void Batches::KeepSingle(const Group& group, const std::vector<Index>& members)
+{
+    for (const Index index : members)
+    {
+        Member& member = m_members[index];
+        if (!member.isGone && member.group == &group && member.isRested && !member.isFresh)
+        {
+            MakeSingle(index, true);
+            if (StandsAlone(member))
+            {
+                PutIntoTree(index);
+            }
+        }
+    }
+}
+
 void Batches::Dissolve(Group& group)
 {
     std::vector<Batch> batches;
@@ -255,6 +300,10 @@ void Batches::Dissolve(Group& group)
                 member.piece = kNone;
                 member.isFresh = false;
                 MakeSingle(index, true);
+                if (StandsAlone(member) && !member.isQueued)
+                {
+                    PutIntoTree(index);
+                }
             }
         }
         GiveBack(std::move(batch.mesh));
@@ -270,54 +319,91 @@ void Batches::Build(StageAccess& renderer, Group& group)
     }
 }
 
+bool Batches::Returns(Group& group, const BatchKind& kind, Index index, std::vector<Index>& later)
+{
+    Member& member = m_members[index];
+    if (member.isGone || !member.isRested || member.group != &group)
+    {
+        return false;
+    }
+    const bool isReady = HasRested(member) && !member.isFresh && IsShown(member) && CanBeTogether(member)
+        && !(KindOf(member) != kind) && IsSound(*member.mesh);
+    if (!isReady)
+    {
+        member.isRested = false;
+        if (!member.isFresh && !member.batch)
+        {
+            MakeSingle(index, true);
+        }
+        if (StandsAlone(member) && !member.isQueued)
+        {
+            PutIntoTree(index);
+        }
+        return false;
+    }
+    if (!member.batch || !member.batch->Fits(member.piece, *member.mesh))
+    {
+        LeaveBatch(member);
+        return true;
+    }
+    const std::size_t vertices = member.mesh->GetPositionBuffer().size();
+    if (vertices > m_writable)
+    {
+        later.push_back(index);
+        return false;
+    }
+    m_writable -= vertices;
+    member.batch->Write(member.piece, PieceOf(index), group.factors, member.isReshaped, m_scratch);
+    member.isReshaped = false;
+    member.isFresh = true;
+    member.isRested = false;
+    Show(index);
+    return false;
+}
+
 void Batches::Build(StageAccess& renderer, Group& group, const BatchKind& kind, std::vector<Index>& members)
 {
     std::sort(members.begin(), members.end());
     members.erase(std::unique(members.begin(), members.end()), members.end());
-    const TextureFactors factors = FactorsOf(group.style);
-    const auto leaves = [&](Index index) {
-        Member& member = m_members[index];
-        if (member.isGone || !member.isRested || member.group != &group)
-        {
-            return true;
-        }
-        const bool isReady = member.due <= m_frame && !member.isFresh && IsShown(member) && CanBeTogether(member)
-            && !(KindOf(member) != kind) && IsSound(*member.mesh);
-        if (!isReady)
-        {
-            member.isRested = false;
-            return true;
-        }
-        if (member.batch && member.batch->Fits(member.piece, *member.mesh))
-        {
-            member.batch->Write(member.piece, PieceOf(index), factors, std::exchange(member.isReshaped, false));
-            member.isFresh = true;
-            member.isRested = false;
-            Show(index);
-            return true;
-        }
-        LeaveBatch(member);
-        return false;
-    };
-    members.erase(std::remove_if(members.begin(), members.end(), leaves), members.end());
-    if (members.empty())
+    std::vector<Index> later;
+    const auto stays = [&](Index index) { return !Returns(group, kind, index, later); };
+    members.erase(std::remove_if(members.begin(), members.end(), stays), members.end());
+    // What was never drawn by itself has no other way to be drawn.
+    const auto canWait = [this](Index index) { return m_members[index].isSingle; };
+    if (members.empty() || (m_writable == 0 && std::all_of(members.begin(), members.end(), canWait)))
     {
+        members.insert(members.end(), later.begin(), later.end());
         return;
     }
+    PutTogether(renderer, group, kind, members);
+    members.insert(members.end(), later.begin(), later.end());
+}
+
+Vector Batches::MiddleOf(const Member& member)
+{
+    Vector middle;
+    middle.Multiply(member.node->GetGlobal(), member.mesh->GetSphere().center);
+    return middle;
+}
+
+void Batches::PutTogether(StageAccess& renderer, Group& group, const BatchKind& kind, std::vector<Index>& members)
+{
     Absorb(group, kind, members);
     if (members.size() < 2)
     {
+        KeepSingle(group, members);
         return;
     }
     WorldBox all = WorldBox::Empty();
     std::vector<std::pair<std::uint64_t, Index>> order;
+    order.reserve(members.size());
     for (const Index index : members)
     {
-        all.Widen(BoxAt(*m_members[index].mesh, m_members[index].node->GetGlobal()));
+        all.Widen(MiddleOf(m_members[index]));
     }
     for (const Index index : members)
     {
-        order.emplace_back(PlaceOnCurve(BoxAt(*m_members[index].mesh, m_members[index].node->GetGlobal()), all), index);
+        order.emplace_back(PlaceOnCurve(MiddleOf(m_members[index]), all), index);
     }
     std::sort(order.begin(), order.end());
     std::transform(order.begin(), order.end(), members.begin(), [](const auto& entry) { return entry.second; });
@@ -336,6 +422,7 @@ void Batches::Build(StageAccess& renderer, Group& group, const BatchKind& kind, 
             }
         }
         MakeBatch(renderer, group, kind, first, last);
+        m_writable -= std::min(vertices, m_writable);
         first = last;
     }
     members.clear();
@@ -392,7 +479,7 @@ void Batches::MakeBatch(StageAccess& renderer, Group& group, const BatchKind& ki
     Batch batch;
     batch.mesh = TakeMesh(*group.material, kind.meshFlags);
     batch.data = new BatchES20(batch.mesh.get(), &renderer.GetBufferPool(), {standIns[0].get(), standIns[1].get()},
-                               kind, pieces, FactorsOf(group.style));
+                               kind, pieces, group.factors);
     batch.mesh->SetRenderData(batch.data, false);
     group.batches.push_back(std::move(batch));
     for (const Index* index = first; index != last; ++index)
@@ -414,13 +501,23 @@ void Batches::Show(Index index)
     const bool isOn = isShown && !IsApart(*member.node);
     member.batch->Switch(member.piece, isOn);
     MakeSingle(index, isShown && !isOn);
+    if (StandsAlone(member))
+    {
+        PutIntoTree(index);
+    }
 }
 
 bool Batches::HasData(StageAccess& renderer, const Member& member)
 {
-    if (member.mark)
+    if (member.hasMark)
     {
-        member.mark->Join(renderer.GetBufferPool());
+        Object* const present = member.mesh->GetRenderData();
+        auto* const drawn = dynamic_cast<MeshES20*>(present);
+        if (!drawn || !drawn->pool)
+        {
+            BatchMark& mark = *BatchMark::Of(present, *m_link);
+            member.mesh->SetRenderData(new DrawnMark(member.mesh, &renderer.GetBufferPool(), *m_link, mark), true);
+        }
     }
     else if (!member.mesh->GetRenderData())
     {
@@ -454,7 +551,6 @@ void Batches::MakeItems(StageAccess& renderer, Group& group, MeshStyleES20& styl
     group.singles.erase(std::unique(group.singles.begin(), group.singles.end()), group.singles.end());
     group.items.clear();
     group.spans.clear();
-    group.style = &style;
     group.itemsHold = true;
     for (std::size_t i = 0; i < group.singles.size();)
     {
@@ -498,7 +594,21 @@ void Batches::ListGroup(PresentationFrame& frame, Group& group, const ViewVolume
     }
     const bool isOtherStyle = group.style != style;
     group.style = style;
-    if (group.isTogether && !group.rested.empty())
+    group.factors = FactorsOf(style);
+    if (!group.rested.empty() && !group.isTogether)
+    {
+        for (auto& [kind, members] : group.rested)
+        {
+            (void)kind;
+            KeepSingle(group, members);
+            for (const Index index : members)
+            {
+                m_members[index].isRested = m_members[index].isRested && m_members[index].group != &group;
+            }
+        }
+        group.rested.clear();
+    }
+    else if (!group.rested.empty())
     {
         Build(frame.renderer, group);
     }
@@ -517,7 +627,7 @@ void Batches::ListGroup(PresentationFrame& frame, Group& group, const ViewVolume
             continue;
         }
         all.push_back({batch.mesh.get(), style, true, standIns[0].get()});
-        if (seen && batch.data->See(*view, leastShare))
+        if (seen && batch.data->See(*view, leastShare, m_look))
         {
             seen->push_back({batch.mesh.get(), style, true, standIns[1].get()});
         }
@@ -533,17 +643,45 @@ void Batches::ListGroup(PresentationFrame& frame, Group& group, const ViewVolume
     all.insert(all.end(), group.items.begin(), group.items.end());
     if (seen)
     {
-        ListSeen(group, *seen);
+        ListSeen(group, *view, leastShare, *seen);
     }
 }
 
-void Batches::ListSeen(const Group& group, std::vector<RenderItemES20>& seen) const
+WorldBox Batches::BoxOf(Member& member) const
+{
+    if (!member.isBoxKnown)
+    {
+        member.isBoxKnown = true;
+        member.isBoxTrue = IsBoxTrue(*member.mesh);
+    }
+    if (!member.isBoxTrue)
+    {
+        return BoxAt(*member.mesh, member.node->GetGlobal());
+    }
+    WorldBox box;
+    member.mesh->GetBBox(box.low, box.high);
+    return BoxAt(box, member.node->GetGlobal());
+}
+
+bool Batches::Sees(const ViewVolume& view, float leastShare, Member& member) const
+{
+    if (!member.isPlain)
+    {
+        return true;
+    }
+    const WorldBox box = BoxOf(member);
+    return view.Sees(box) && !IsTooSmall(box, view, leastShare);
+}
+
+void Batches::ListSeen(const Group& group, const ViewVolume& view, float leastShare, std::vector<RenderItemES20>& seen)
 {
     // A point may reach beyond its place.
     const bool isPoints = (group.material->GetFlags() & MaterialFlagPoints) != 0;
     const auto isSeen = [&](Index index) {
-        const Member& member = m_members[index];
-        return isPoints || member.leaf == CullTree::NoEntry || member.seenFrame == m_frame;
+        Member& member = m_members[index];
+        return isPoints
+            || (StandsAlone(member) ? Sees(view, leastShare, member)
+                                    : m_loose[member.loose].seenLook == m_treeLook);
     };
     for (std::size_t i = 0; i < group.items.size(); ++i)
     {

@@ -36,6 +36,13 @@ bool IsDrawnTogether(Material& material)
         && !material.IsTransparent();
 }
 
+double Determinant(const QGM::Transf3d& place)
+{
+    const auto& m = place.m;
+    return m[0][0] * (m[1][1] * m[2][2] - m[1][2] * m[2][1]) + m[0][1] * (m[1][2] * m[2][0] - m[1][0] * m[2][2])
+        + m[0][2] * (m[1][0] * m[2][1] - m[1][1] * m[2][0]);
+}
+
 bool IsRigid(const QGM::Transf3d& place)
 {
     constexpr double most = 1e-5;
@@ -59,47 +66,63 @@ bool IsRigid(const QGM::Transf3d& place)
 
 } // namespace
 
-void Batches::Sync(MeshNode& node, NodeState& state)
+void Batches::AddMeshes(MeshNode& node)
 {
-    const unsigned int changes = std::exchange(state.changes, 0u);
-    Index* link = &state.first;
-    while (*link != kNone)
-    {
-        Member& member = m_members[*link];
-        if (member.isGone)
+    Index first = FirstOf(node);
+    const auto isKnown = [&](const Mesh* mesh) {
+        for (Index i = first; i != kNone; i = m_members[i].nextOfNode)
         {
-            *link = member.nextOfNode;
+            if (m_members[i].mesh == mesh && !m_members[i].isGone)
+            {
+                return true;
+            }
+        }
+        return false;
+    };
+    for (Mesh* mesh : node.GetMeshes())
+    {
+        if (mesh->Type() == NodeTypeLine || isKnown(mesh))
+        {
+            continue;
+        }
+        const Index index = AddMember(node, *mesh);
+        if (first == kNone)
+        {
+            m_table.Insert(&node, index);
+            first = index;
         }
         else
         {
-            link = &member.nextOfNode;
+            m_members[index].nextOfNode = m_members[first].nextOfNode;
+            m_members[first].nextOfNode = index;
+        }
+    }
+    for (Index i = first; i != kNone; i = m_members[i].nextOfNode)
+    {
+        if (m_members[i].isNew)
+        {
+            Place(i, NodeChangeMeshes);
+        }
+    }
+}
+
+void Batches::Sync(Index first)
+{
+    const unsigned int changes = std::exchange(m_members[first].changes, std::uint16_t{0});
+    for (Index i = first; i != kNone; i = m_members[i].nextOfNode)
+    {
+        if (changes == NodeChangePlace)
+        {
+            Move(i);
+        }
+        else
+        {
+            Place(i, changes);
         }
     }
     if ((changes & NodeChangeMeshes) != 0)
     {
-        const auto isKnown = [&](const Mesh* mesh) {
-            for (Index i = state.first; i != kNone; i = m_members[i].nextOfNode)
-            {
-                if (m_members[i].mesh == mesh)
-                {
-                    return true;
-                }
-            }
-            return false;
-        };
-        for (Mesh* mesh : node.GetMeshes())
-        {
-            if (mesh->Type() != NodeTypeLine && !isKnown(mesh))
-            {
-                const Index index = AddMember(node, *mesh);
-                m_members[index].nextOfNode = state.first;
-                state.first = index;
-            }
-        }
-    }
-    for (Index i = state.first; i != kNone; i = m_members[i].nextOfNode)
-    {
-        Place(i, changes);
+        AddMeshes(*m_members[first].node);
     }
 }
 
@@ -122,7 +145,8 @@ Batches::Index Batches::AddMember(MeshNode& node, Mesh& mesh)
     member.nextOfNode = kNone;
     member.nextOfMark = kNone;
     member.previousOfMark = kNone;
-    member.leaf = CullTree::NoEntry;
+    member.loose = kNone;
+    member.isNew = true;
     m_members[index] = member;
     return index;
 }
@@ -131,7 +155,40 @@ void Batches::DropMember(Index index)
 {
     LeaveGroup(index);
     UnlinkMark(m_members[index]);
-    m_members[index].isQueued = false;
+    Member& member = m_members[index];
+    FreeLoose(member);
+    member.isQueued = false;
+    const Index first = FirstOf(*member.node);
+    if (first == index)
+    {
+        const unsigned int changes = std::exchange(member.changes, std::uint16_t{0});
+        m_table.Erase(member.node, index);
+        if (member.nextOfNode != kNone)
+        {
+            m_table.Insert(member.node, member.nextOfNode);
+            if (changes != 0)
+            {
+                Note(member.nextOfNode, changes);
+            }
+        }
+        else if ((changes & NodeChangeMeshes) != 0)
+        {
+            NoteNew(*member.node);
+        }
+    }
+    else
+    {
+        // Of a node that is gone there is no list any more.
+        for (Index i = first; i != kNone; i = m_members[i].nextOfNode)
+        {
+            if (m_members[i].nextOfNode == index)
+            {
+                m_members[i].nextOfNode = member.nextOfNode;
+                break;
+            }
+        }
+    }
+    member.nextOfNode = kNone;
     m_freeMembers.push_back(index);
 }
 
@@ -169,7 +226,7 @@ bool Batches::IsShown(const Member& member)
 bool Batches::CanBeTogether(const Member& member) const
 {
     const Mesh& mesh = *member.mesh;
-    if (!member.isPlain || !member.mark || !member.group->isTogether || member.node->UsingDrawID() || mesh.UsingDrawID())
+    if (!member.isPlain || !member.hasMark || !member.group->isTogether || member.node->UsingDrawID() || mesh.UsingDrawID())
     {
         return false;
     }
@@ -179,10 +236,9 @@ bool Batches::CanBeTogether(const Member& member) const
         return false;
     }
     const std::size_t vertices = mesh.GetPositionBuffer().size();
-    const QGM::Transf3d normals = place.affineInverseTranspose();
-    // A transform that flattens has none.
+    // A transform that flattens has no matrix for normals.
     return vertices > 0 && vertices <= (mesh.GetNodes().size() > 1 ? kMostSharedVertices : kMostVertices)
-        && std::isfinite(normals.m[0][0]) && std::isfinite(normals.m[1][1]) && std::isfinite(normals.m[2][2]);
+        && std::isfinite(1.0 / Determinant(place));
 }
 
 BatchKind Batches::KindOf(const Member& member) const
@@ -218,48 +274,102 @@ Batches::Group* Batches::GroupOf(Material& material)
 
 void Batches::Place(Index index, unsigned int changes)
 {
-    Member& member = m_members[index];
-    Material* const material = member.mesh->GetMaterial();
+    Material* const material = m_members[index].mesh->GetMaterial();
     Group* const group = material ? GroupOf(*material) : nullptr;
-    if (group != member.group)
+    if (group != m_members[index].group)
     {
         LeaveGroup(index);
-        member.group = group;
+        m_members[index].group = group;
     }
-    if (!group)
+    Member& member = m_members[index];
+    if (member.isGone || !group)
     {
         return;
     }
     member.isPlain = IsPlain(*member.node, *member.mesh);
+    member.isBoxKnown = false;
     EnsureMark(index);
+    const bool isNew = member.isNew;
+    member.isNew = false;
     const bool hasMoved = (changes & (NodeChangePlace | GeometryChange)) != 0;
-    member.isFresh = member.isFresh && !hasMoved;
     const bool canBeTogether = CanBeTogether(member);
     if (member.batch && (!canBeTogether || KindOf(member) != member.batch->GetKind()))
     {
         LeaveBatch(member);
     }
     const bool isShown = IsShown(member);
-    const bool isOn = member.batch && member.isFresh && isShown && !IsApart(*member.node);
+    const bool isApart = IsApart(*member.node);
+    if (hasMoved && member.isFresh)
+    {
+        member.isFresh = isShown && !isApart && WriteInPlace(index);
+    }
+    if (isNew && canBeTogether && isShown)
+    {
+        // What nobody has drawn yet is put into a batch before it is drawn.
+        MakeRested(index);
+        return;
+    }
+    const bool isOn = member.batch && member.isFresh && isShown && !isApart;
     if (member.batch)
     {
         member.batch->SetUserData(member.piece, member.node->GetUserData());
         member.batch->Switch(member.piece, isOn);
     }
     // One that is hidden in its batch is drawn nowhere.
-    MakeSingle(index, !isOn && !(member.isFresh && !isShown));
+    const bool becameSingle = MakeSingle(index, !isOn && !(member.isFresh && !isShown));
     if (member.isSingle)
     {
         group->itemsHold = false;
         if (hasMoved)
+        {
+            Stir(index);
+        }
+        else if (becameSingle)
         {
             PutIntoTree(index);
         }
     }
     if (!member.isFresh && canBeTogether && isShown)
     {
-        Rest(index, m_frame > 1 ? kRest << member.losses : 0);
+        Rest(index, kRest << member.losses);
     }
+}
+
+void Batches::Move(Index index)
+{
+    Member& member = m_members[index];
+    if (member.isGone || !member.group)
+    {
+        return;
+    }
+    if (member.isSingle && !member.isFresh && !member.isNew)
+    {
+        if (member.batch && (!CanBeTogether(member) || KindOf(member) != member.batch->GetKind()))
+        {
+            LeaveBatch(member);
+        }
+        Stir(index);
+        return;
+    }
+    Place(index, NodeChangePlace);
+}
+
+bool Batches::WriteInPlace(Index index)
+{
+    Member& member = m_members[index];
+    const Mesh& mesh = *member.mesh;
+    const std::size_t vertices = mesh.GetPositionBuffer().size();
+    // What moves on and on would be written again and again.
+    if (member.loose != kNone || vertices > m_writable || !member.batch->Fits(member.piece, mesh)
+        || (member.isReshaped && !IsSound(mesh)))
+    {
+        return false;
+    }
+    m_writable -= vertices;
+    member.batch->Write(member.piece, PieceOf(index), member.group->factors, member.isReshaped, m_scratch);
+    member.isReshaped = false;
+    Stir(index);
+    return true;
 }
 
 void Batches::EnsureMark(Index index)
@@ -270,26 +380,27 @@ void Batches::EnsureMark(Index index)
         UnlinkMark(member);
         return;
     }
-    Object* const data = member.mesh->GetRenderData();
-    if (data && data == member.mark)
+    if (member.hasMark)
     {
+        // The mark ends, and tells, before anything else takes its place.
         return;
     }
-    UnlinkMark(member);
-    auto* mark = dynamic_cast<BatchMark*>(data);
-    if (!mark || !mark->IsOf(m_link))
+    Object* const data = member.mesh->GetRenderData();
+    BatchMark* mark = BatchMark::Of(data, *m_link);
+    if (!mark)
     {
-        const bool isOthers = data && !mark && typeid(*data) != typeid(MeshES20);
+        const bool isOthers = data && !dynamic_cast<BatchMark*>(data) && typeid(*data) != typeid(MeshES20);
         if (isOthers || (data && data != member.mesh->GetRawMesh()->GetRenderData()))
         {
             // Whoever puts an own object there draws it in an own way.
             member.isPlain = false;
             return;
         }
-        mark = new BatchMark(member.mesh, m_link);
-        member.mesh->SetRenderData(mark, true);
+        auto* const quiet = new QuietMark(*m_link);
+        member.mesh->SetRenderData(quiet, true);
+        mark = quiet;
     }
-    member.mark = mark;
+    member.hasMark = true;
     member.nextOfMark = mark->first;
     member.previousOfMark = kNone;
     if (mark->first != kNone)
@@ -301,27 +412,34 @@ void Batches::EnsureMark(Index index)
 
 void Batches::UnlinkMark(Member& member)
 {
-    if (!member.mark)
+    if (!member.hasMark)
     {
         return;
     }
-    (member.previousOfMark == kNone ? member.mark->first : m_members[member.previousOfMark].nextOfMark) =
-        member.nextOfMark;
+    if (member.previousOfMark == kNone)
+    {
+        // The mesh lives: its end would have been the mark's.
+        BatchMark::Of(member.mesh->GetRenderData(), *m_link)->first = member.nextOfMark;
+    }
+    else
+    {
+        m_members[member.previousOfMark].nextOfMark = member.nextOfMark;
+    }
     if (member.nextOfMark != kNone)
     {
         m_members[member.nextOfMark].previousOfMark = member.previousOfMark;
     }
-    member.mark = nullptr;
+    member.hasMark = false;
     member.nextOfMark = kNone;
     member.previousOfMark = kNone;
 }
 
-void Batches::MakeSingle(Index index, bool isSingle)
+bool Batches::MakeSingle(Index index, bool isSingle)
 {
     Member& member = m_members[index];
     if (member.isSingle == isSingle)
     {
-        return;
+        return false;
     }
     member.isSingle = isSingle;
     Group& group = *member.group;
@@ -329,15 +447,15 @@ void Batches::MakeSingle(Index index, bool isSingle)
     if (isSingle)
     {
         group.singles.push_back(index);
-        PutIntoTree(index);
-        return;
+        return true;
     }
     group.hasLeft = true;
-    if (member.leaf != CullTree::NoEntry)
+    LeaveTree(member);
+    if (!member.isQueued)
     {
-        m_tree.Remove(member.leaf);
-        member.leaf = CullTree::NoEntry;
+        FreeLoose(member);
     }
+    return true;
 }
 
 void Batches::PutIntoTree(Index index)
@@ -346,40 +464,95 @@ void Batches::PutIntoTree(Index index)
     if (!member.isPlain)
     {
         // What a host's own class shows, and where, only it knows.
-        if (member.leaf != CullTree::NoEntry)
-        {
-            m_tree.Remove(member.leaf);
-            member.leaf = CullTree::NoEntry;
-        }
+        LeaveTree(member);
         return;
     }
+    Loose& loose = LooseOf(index);
     // What comes after the tree was asked counts as seen.
-    member.seenFrame = m_frame;
+    loose.seenLook = m_treeLook;
+    m_treeHolds = false;
     const WorldBox box = BoxAt(*member.mesh, member.node->GetGlobal());
-    if (member.leaf == CullTree::NoEntry)
+    if (loose.leaf == CullTree::NoEntry)
     {
-        member.leaf = m_tree.Insert(box, index);
+        loose.leaf = m_tree.Insert(box, index);
     }
     else
     {
-        m_tree.Move(member.leaf, box);
+        m_tree.Move(loose.leaf, box);
+    }
+}
+
+void Batches::LeaveTree(Member& member)
+{
+    if (member.loose != kNone && m_loose[member.loose].leaf != CullTree::NoEntry)
+    {
+        m_tree.Remove(m_loose[member.loose].leaf);
+        m_loose[member.loose].leaf = CullTree::NoEntry;
+    }
+}
+
+Batches::Loose& Batches::LooseOf(Index index)
+{
+    Member& member = m_members[index];
+    if (member.loose == kNone)
+    {
+        if (m_freeLoose.empty())
+        {
+            m_freeLoose.push_back(static_cast<Index>(m_loose.size()));
+            m_loose.emplace_back();
+        }
+        member.loose = m_freeLoose.back();
+        m_freeLoose.pop_back();
+        m_loose[member.loose] = Loose();
+    }
+    return m_loose[member.loose];
+}
+
+void Batches::FreeLoose(Member& member)
+{
+    if (member.loose != kNone)
+    {
+        LeaveTree(member);
+        m_freeLoose.push_back(member.loose);
+        member.loose = kNone;
+    }
+}
+
+void Batches::Stir(Index index)
+{
+    LooseOf(index).due = m_frame + (kRest << m_members[index].losses);
+    LeaveTree(m_members[index]);
+    Queue(index);
+}
+
+void Batches::Queue(Index index)
+{
+    Member& member = m_members[index];
+    if (!member.isQueued)
+    {
+        member.isQueued = true;
+        m_resting.emplace_back(m_frame + kRest, index);
     }
 }
 
 void Batches::Rest(Index index, unsigned int frames)
 {
+    LooseOf(index).due = m_frame + frames;
+    Queue(index);
+}
+
+bool Batches::HasRested(const Member& member) const
+{
+    return member.loose == kNone || m_loose[member.loose].due <= m_frame;
+}
+
+void Batches::MakeRested(Index index)
+{
     Member& member = m_members[index];
-    member.due = m_frame + frames;
-    if (frames == 0)
+    if (!member.isRested)
     {
-        if (!std::exchange(member.isRested, true))
-        {
-            member.group->rested[KindOf(member)].push_back(index);
-        }
-    }
-    else if (!std::exchange(member.isQueued, true))
-    {
-        m_resting.emplace_back(m_frame + kRest, index);
+        member.isRested = true;
+        member.group->rested[KindOf(member)].push_back(index);
     }
 }
 
@@ -394,17 +567,35 @@ void Batches::WakeRested()
         {
             continue;
         }
-        if (member.due > m_frame)
+        if (!HasRested(member))
         {
             m_resting.emplace_back(m_frame + kRest, index);
             continue;
         }
         member.isQueued = false;
-        if (member.group && !member.isFresh && CanBeTogether(member))
+        if (!member.group || member.isFresh)
         {
-            Rest(index, 0);
+            if (!member.isSingle)
+            {
+                FreeLoose(member);
+                continue;
+            }
+        }
+        else if (CanBeTogether(member))
+        {
+            MakeRested(index);
+            continue;
+        }
+        if (StandsAlone(member))
+        {
+            PutIntoTree(index);
         }
     }
+}
+
+bool Batches::StandsAlone(const Member& member) const
+{
+    return member.isSingle && (member.loose == kNone || m_loose[member.loose].leaf == CullTree::NoEntry);
 }
 
 } // namespace OV::Host::Detail

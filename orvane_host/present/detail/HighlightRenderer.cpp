@@ -114,7 +114,8 @@ void HighlightRenderer::DrawScene(Scene& scene, CameraNode& camera)
     {
         for (Mesh* mesh : node->GetMeshes())
         {
-            if (mesh->Type() != NodeTypeLine && mesh->GetMaterial() && mesh->GetRenderData() && mesh->ReadyToDraw())
+            if (mesh->Type() != NodeTypeLine && mesh->GetMaterial() && mesh->ReadyToDraw()
+                && dynamic_cast<const MeshES20*>(mesh->GetRenderData()))
             {
                 Lay(color, *node, *mesh, *cameraData);
             }
