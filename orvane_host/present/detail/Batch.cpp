@@ -129,7 +129,7 @@ BatchES20::BatchES20(Mesh* shown, SharedBufferPool* bufferPool, const BatchNodes
     glGenBuffers(1, &indexBufferId);
     glBindBuffer(GL_ARRAY_BUFFER, vertexBufferId);
     glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(end.firstVertex * static_cast<std::size_t>(stride)),
-                 vertices.get(), GL_STATIC_DRAW);
+                 vertices.get(), GL_DYNAMIC_DRAW);
     glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indexBufferId);
     glBufferData(GL_ELEMENT_ARRAY_BUFFER, static_cast<GLsizeiptr>(end.firstIndex * sizeof(unsigned short)),
                  indices.get(), GL_STATIC_DRAW);

@@ -325,6 +325,7 @@ void Batches::Update()
 {
     ++m_frame;
     m_writable = kMostWritten;
+    m_isFull = false;
     if (!m_hasStarted)
     {
         Start();

@@ -123,6 +123,7 @@ private:
         bool isTogether = false;          ///< whether its meshes may be drawn together
         std::vector<Batch> batches;
         std::vector<Index> singles; ///< in the order of drawing, once sorted
+        bool hasNew = false;        ///< one of the rested was never drawn
         bool hasLeft = false;       ///< one of the singles is none any more
         std::map<BatchKind, std::vector<Index>> rested; ///< to be put into batches
 
@@ -220,7 +221,7 @@ private:
     MeshStyleES20* Probe(PresentationFrame& frame, Group& group);
     void Build(StageAccess& renderer, Group& group);
     void Build(StageAccess& renderer, Group& group, const BatchKind& kind, std::vector<Index>& members);
-    bool Returns(Group& group, const BatchKind& kind, Index index, std::vector<Index>& later);
+    bool Returns(Group& group, const BatchKind& kind, Index index);
     void KeepSingle(const Group& group, const std::vector<Index>& members);
     void PutTogether(StageAccess& renderer, Group& group, const BatchKind& kind, std::vector<Index>& members);
     static Vector MiddleOf(const Member& member);
@@ -262,9 +263,12 @@ private:
     std::vector<std::unique_ptr<BatchMesh>> m_spareMeshes;
     std::vector<Material*> m_materials;
     std::vector<Index> m_found;
+    std::vector<Index> m_later;
+    std::vector<Index> m_homeless;
     std::vector<RenderItemES20> m_probed;
     std::vector<float> m_scratch;
     std::size_t m_writable = 0; ///< vertices that this frame may still write
+    bool m_isFull = false;      ///< what comes back has to wait for the next frame
     Matrix m_lookMatrix;
     float m_lookShare = -1.0f;
     std::uint64_t m_look = 0;     ///< another number for each other view

@@ -312,14 +312,19 @@ void Batches::Dissolve(Group& group)
 
 void Batches::Build(StageAccess& renderer, Group& group)
 {
+    if (m_isFull && !group.hasNew)
+    {
+        return;
+    }
     for (auto entry = group.rested.begin(); entry != group.rested.end();)
     {
         Build(renderer, group, entry->first, entry->second);
         entry = entry->second.empty() ? group.rested.erase(entry) : std::next(entry);
     }
+    group.hasNew = false;
 }
 
-bool Batches::Returns(Group& group, const BatchKind& kind, Index index, std::vector<Index>& later)
+bool Batches::Returns(Group& group, const BatchKind& kind, Index index)
 {
     Member& member = m_members[index];
     if (member.isGone || !member.isRested || member.group != &group)
@@ -341,18 +346,20 @@ bool Batches::Returns(Group& group, const BatchKind& kind, Index index, std::vec
         }
         return false;
     }
+    const std::size_t vertices = member.mesh->GetPositionBuffer().size();
+    // What was never drawn by itself has no other way to be drawn.
+    if (member.isSingle && vertices > m_writable)
+    {
+        m_isFull = true;
+        m_later.push_back(index);
+        return false;
+    }
+    m_writable -= std::min(vertices, m_writable);
     if (!member.batch || !member.batch->Fits(member.piece, *member.mesh))
     {
         LeaveBatch(member);
         return true;
     }
-    const std::size_t vertices = member.mesh->GetPositionBuffer().size();
-    if (vertices > m_writable)
-    {
-        later.push_back(index);
-        return false;
-    }
-    m_writable -= vertices;
     member.batch->Write(member.piece, PieceOf(index), group.factors, member.isReshaped, m_scratch);
     member.isReshaped = false;
     member.isFresh = true;
@@ -363,20 +370,25 @@ bool Batches::Returns(Group& group, const BatchKind& kind, Index index, std::vec
 
 void Batches::Build(StageAccess& renderer, Group& group, const BatchKind& kind, std::vector<Index>& members)
 {
-    std::sort(members.begin(), members.end());
-    members.erase(std::unique(members.begin(), members.end()), members.end());
-    std::vector<Index> later;
-    const auto stays = [&](Index index) { return !Returns(group, kind, index, later); };
-    members.erase(std::remove_if(members.begin(), members.end(), stays), members.end());
-    // What was never drawn by itself has no other way to be drawn.
-    const auto canWait = [this](Index index) { return m_members[index].isSingle; };
-    if (members.empty() || (m_writable == 0 && std::all_of(members.begin(), members.end(), canWait)))
+    m_later.clear();
+    m_homeless.clear();
+    while (!members.empty() && (!m_isFull || group.hasNew))
     {
-        members.insert(members.end(), later.begin(), later.end());
-        return;
+        const Index index = members.back();
+        members.pop_back();
+        if (Returns(group, kind, index))
+        {
+            m_homeless.push_back(index);
+        }
     }
-    PutTogether(renderer, group, kind, members);
-    members.insert(members.end(), later.begin(), later.end());
+    members.insert(members.end(), m_later.begin(), m_later.end());
+    if (!m_homeless.empty())
+    {
+        std::sort(m_homeless.begin(), m_homeless.end());
+        m_homeless.erase(std::unique(m_homeless.begin(), m_homeless.end()), m_homeless.end());
+        PutTogether(renderer, group, kind, m_homeless);
+        members.insert(members.end(), m_homeless.begin(), m_homeless.end());
+    }
 }
 
 Vector Batches::MiddleOf(const Member& member)
@@ -422,7 +434,6 @@ void Batches::PutTogether(StageAccess& renderer, Group& group, const BatchKind& 
             }
         }
         MakeBatch(renderer, group, kind, first, last);
-        m_writable -= std::min(vertices, m_writable);
         first = last;
     }
     members.clear();

@@ -307,6 +307,7 @@ void Batches::Place(Index index, unsigned int changes)
     {
         // What nobody has drawn yet is put into a batch before it is drawn.
         MakeRested(index);
+        group->hasNew = true;
         return;
     }
     const bool isOn = member.batch && member.isFresh && isShown && !isApart;
@@ -342,16 +343,18 @@ void Batches::Move(Index index)
     {
         return;
     }
-    if (member.isSingle && !member.isFresh && !member.isNew)
+    if (member.isSingle && !member.isFresh)
     {
-        if (member.batch && (!CanBeTogether(member) || KindOf(member) != member.batch->GetKind()))
-        {
-            LeaveBatch(member);
-        }
+        // Whether it may come back is looked at once it has rested.
         Stir(index);
         return;
     }
-    Place(index, NodeChangePlace);
+    if (!(member.isFresh && !member.isSingle && CanBeTogether(member) && !IsApart(*member.node) && IsShown(member)
+          && member.node->GetGlobal().GetTransf3d().isMirror() == member.batch->GetKind().isMirrored
+          && WriteInPlace(index)))
+    {
+        Place(index, NodeChangePlace);
+    }
 }
 
 bool Batches::WriteInPlace(Index index)
@@ -549,10 +552,15 @@ bool Batches::HasRested(const Member& member) const
 void Batches::MakeRested(Index index)
 {
     Member& member = m_members[index];
+    const BatchKind kind = KindOf(member);
+    if (member.batch && kind != member.batch->GetKind())
+    {
+        LeaveBatch(member);
+    }
     if (!member.isRested)
     {
         member.isRested = true;
-        member.group->rested[KindOf(member)].push_back(index);
+        member.group->rested[kind].push_back(index);
     }
 }
 
@@ -585,6 +593,10 @@ void Batches::WakeRested()
         {
             MakeRested(index);
             continue;
+        }
+        else
+        {
+            LeaveBatch(member);
         }
         if (StandsAlone(member))
         {
