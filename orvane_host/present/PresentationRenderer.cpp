@@ -12,7 +12,9 @@
 #include "orvane_host/present/detail/GroundStage.h"
 #include "orvane_host/present/detail/IdentifierStage.h"
 #include "orvane_host/present/detail/ItemLister.h"
+#include "orvane_host/present/detail/LineDepthStage.h"
 #include "orvane_host/present/detail/LineSetup.h"
+#include "orvane_host/present/detail/LineStage.h"
 #include "orvane_host/present/detail/OcclusionStage.h"
 #include "orvane_host/present/detail/OcclusionView.h"
 #include "orvane_host/present/detail/ScreenBuffer.h"
@@ -97,12 +99,15 @@ PresentationRenderer::PresentationRenderer(TextureLoader* loader, RenderCapabili
     m_shadows = Append<Detail::ShadowStage>(Step::Shadows);
     Append<Detail::IdentifierStage>(Step::Identifiers);
     Append<Detail::DepthStage>(Step::Depth);
+    m_lineDepth = Append<Detail::LineDepthStage>(Step::LineDepth);
     m_ground = Append<Detail::GroundStage>(Step::Ground);
     m_sunPatch = Append<Detail::SunPatchStage>(Step::SunPatch, *m_shadows);
     m_surfaces = Append<Detail::SurfaceStage>(Step::Surfaces);
     m_surfaces->LightWith(*m_shadows);
     m_occlusion = Append<Detail::OcclusionStage>(Step::Occlusion);
     m_edges = Append<Detail::EdgeStage>(Step::Edges);
+    m_lines = Append<Detail::LineStage>(Step::Lines, *m_lineDepth);
+    m_surfaces->LeaveLinesTo(*m_lines);
 }
 
 PresentationRenderer::~PresentationRenderer()
@@ -200,16 +205,24 @@ void PresentationRenderer::SetGround(const std::optional<Detail::Ground>& ground
 void PresentationRenderer::ShowSurfaces(bool show)
 {
     m_surfaces->ShowSurfaces(show);
+    m_lineDepth->ShowSurfaces(show);
 }
 
 void PresentationRenderer::ShowLines(bool show)
 {
     m_surfaces->ShowLines(show);
+    m_lineDepth->ShowLines(show);
 }
 
 void PresentationRenderer::OverlayLines(bool overlay)
 {
     m_surfaces->OverlayLines(overlay);
+    m_lineDepth->OverlayLines(overlay);
+}
+
+void PresentationRenderer::SetHiddenLines(const std::optional<HiddenLineLook>& look)
+{
+    m_lines->SetHiddenLines(look);
 }
 
 void PresentationRenderer::EditInContext(std::vector<std::pair<std::uint64_t, std::uint64_t>> path)
@@ -237,6 +250,7 @@ const std::optional<EdgeLook>& PresentationRenderer::GetEdges() const
 void PresentationRenderer::ShowIdentifiers(bool show)
 {
     m_edges->ShowIdentifiers(show);
+    m_lineDepth->ShowIdentifiers(show);
 }
 
 void PresentationRenderer::ShowAmbientOcclusion(bool show)
@@ -352,6 +366,12 @@ void PresentationRenderer::ApplyCapture()
 {
     m_capturing = false;
     SceneRenderer::ApplyCapture();
+    if (!UseMSAA())
+    {
+        m_lines->LayOver();
+        // The next pass enables what it needs.
+        glDisable(GL_DEPTH_TEST);
+    }
 }
 
 PixelSize PresentationRenderer::TargetSize() const
@@ -427,6 +447,7 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
         m_lister->ListSurfaces(false);
         AskTarget(frame);
     }
+    m_lines->Begin(frame.multisampled || (m_capturing && CanSuperSample()), m_capturing && UseFXAA());
     bool begun = false;
     for (Entry& entry : m_stages)
     {

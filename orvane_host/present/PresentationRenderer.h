@@ -2,6 +2,7 @@
 
 #include "orvane_host/present/BatchSettings.h"
 #include "orvane_host/present/EdgeLook.h"
+#include "orvane_host/present/HiddenLineLook.h"
 #include "orvane_host/present/Look.h"
 #include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/PresentationStage.h"
@@ -32,7 +33,9 @@ class EdgeStage;
 class GroundStage;
 struct Ground;
 class ItemLister;
+class LineDepthStage;
 class LineSetup;
+class LineStage;
 class OcclusionStage;
 class ScreenBuffer;
 class ShadowStage;
@@ -98,6 +101,9 @@ public:
     /// either identity ends, and by the depth of its surroundings, so that neither hides half of
     /// a line on a rim. Off at first: they are drawn as all lines are.
     void OverlayLines(bool overlay);
+
+    /// Draws lines also where surfaces hide them. None at first.
+    void SetHiddenLines(const std::optional<HiddenLineLook>& look);
 
     /// Draws an edge of a screen pixel wherever one thing ends and another begins. None at first.
     void SetEdges(const std::optional<EdgeLook>& edges);
@@ -208,6 +214,7 @@ private:
         Shadows,
         Identifiers,
         Depth,
+        LineDepth,
         Ground, ///< from here on into the picture
         SunPatch,
         BeforeSurfaces,
@@ -215,6 +222,7 @@ private:
         AfterSurfaces,
         Occlusion,
         Edges,
+        Lines,
         OverPicture,
     };
 
@@ -246,6 +254,8 @@ private:
     Detail::GroundStage* m_ground = nullptr;
     Detail::OcclusionStage* m_occlusion = nullptr;
     Detail::EdgeStage* m_edges = nullptr;
+    Detail::LineDepthStage* m_lineDepth = nullptr;
+    Detail::LineStage* m_lines = nullptr;
 
     bool m_drawing = false;   ///< a scene, whose stages are not to change meanwhile
     bool m_capturing = false; ///< from BeginCapture to ApplyCapture, where there are buffers

@@ -8,6 +8,38 @@
 namespace OV::Host::Detail
 {
 
+namespace
+{
+
+std::uint64_t g_lines = 0;
+
+} // namespace
+
+LevelLineES20::LevelLineES20(Line* sceneLine, SharedBufferPool* bufferPool) :
+    LineES20(sceneLine, bufferPool), m_number(++g_lines)
+{
+}
+
+const LineShape& LevelLineES20::GetShape()
+{
+    if (!m_shape)
+    {
+        m_shape.emplace(*mesh);
+        unsigned char joints = 0;
+        if (m_shape->HasSameJoints(joints))
+        {
+            m_joints = joints;
+        }
+    }
+    return *m_shape;
+}
+
+std::optional<unsigned char> LevelLineES20::GetJoints()
+{
+    GetShape();
+    return m_joints;
+}
+
 void LevelLineES20::Render(EffectES20* effect, const std::vector<MeshNode*>& nodes, bool specificNode)
 {
     const int count = DrawnIndexCount(SolidLineEffectES20::VerticesPerPoint);

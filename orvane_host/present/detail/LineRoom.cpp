@@ -48,16 +48,14 @@ void LineRoom::Draw(const std::vector<RenderItemES20>& items, std::size_t firstL
     const auto lines = items.begin() + static_cast<std::ptrdiff_t>(firstLine);
     m_part.assign(items.begin(), lines);
     const bool hasLines = firstAlpha > firstLine;
-    KeepDrawIDs();
+    m_meshes.clear();
+    KeepDrawIDs(m_part);
     draw(m_part, false);
     GiveAgain();
     if (hasLines)
     {
         const DepthAnewScope depthAnew;
-        for (Mesh* mesh : m_meshes)
-        {
-            mesh->SetDrawID(mesh->GetScene()->GetUpdateID());
-        }
+        RestoreDrawIDs();
         draw(m_part, true);
     }
     m_part.assign(lines, items.end());
@@ -86,10 +84,30 @@ bool LineRoom::TakeBack(const std::vector<RenderItemES20>& items, std::size_t en
     return !m_materials.empty();
 }
 
-void LineRoom::KeepDrawIDs()
+void LineRoom::Without(const std::vector<RenderItemES20>& items, const std::vector<RenderItemES20>& more,
+                       const std::function<void()>& draw)
 {
+    TakeBack(items, items.size());
+    TakeBack(more, more.size());
     m_meshes.clear();
-    for (const RenderItemES20& item : m_part)
+    KeepDrawIDs(items);
+    KeepDrawIDs(more);
+    draw();
+    RestoreDrawIDs();
+    GiveAgain();
+}
+
+void LineRoom::RestoreDrawIDs()
+{
+    for (Mesh* mesh : m_meshes)
+    {
+        mesh->SetDrawID(mesh->GetScene()->GetUpdateID());
+    }
+}
+
+void LineRoom::KeepDrawIDs(const std::vector<RenderItemES20>& items)
+{
+    for (const RenderItemES20& item : items)
     {
         if (item.mesh->UsingDrawID() && item.mesh->ReadyToDraw())
         {

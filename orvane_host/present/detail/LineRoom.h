@@ -39,11 +39,16 @@ public:
     void Draw(const std::vector<RenderItemES20>& items, std::size_t firstLine, std::size_t firstAlpha, bool overDraw,
               const DrawItems& draw);
 
+    /// Draws items without their room besides the frame's own drawing: draw IDs are not used up. GL.
+    void Without(const std::vector<RenderItemES20>& items, const std::vector<RenderItemES20>& more,
+                 const std::function<void()>& draw);
+
 private:
     bool TakeBack(const std::vector<RenderItemES20>& items, std::size_t end);
     void GiveAgain();
 
-    void KeepDrawIDs();
+    void KeepDrawIDs(const std::vector<RenderItemES20>& items);
+    void RestoreDrawIDs();
 
     // They keep their memory from frame to frame.
     std::vector<Material*> m_materials; ///< without room for now

@@ -7,6 +7,7 @@
 #include "orvane_host/present/detail/ConstantColorScope.h"
 #include "orvane_host/present/detail/Effects.h"
 #include "orvane_host/present/detail/LightShareScope.h"
+#include "orvane_host/present/detail/LineStage.h"
 #include "orvane_host/present/detail/ObjectHatchEffect.h"
 #include "orvane_host/present/detail/SampleShadingScope.h"
 #include "orvane_host/present/detail/ShadowStage.h"
@@ -293,12 +294,31 @@ void SurfaceStage::DrawLook(PresentationFrame& frame)
             const bool cheap = depthOnly && m_look == Look::Crosshatch && EffectES20::GetClipPlaneNormals().empty();
             DrawItems(frame, part, cheap ? RenderPassMonotone : PassOfLook());
         };
+        if (m_lineStage && m_lineStage->IsActive())
+        {
+            DrawWithoutLines(frame, draw);
+            return;
+        }
         m_lineRoom.Draw(items.all, items.firstLine, items.firstAlpha, frame.overDraw, draw);
+        return;
+    }
+    if (m_lineStage && m_lineStage->IsActive())
+    {
         return;
     }
     m_lines.assign(items.all.begin() + static_cast<std::ptrdiff_t>(items.firstLine),
                    items.all.begin() + static_cast<std::ptrdiff_t>(items.firstAlpha));
     DrawItems(frame, m_lines, RenderPassDefault);
+}
+
+void SurfaceStage::DrawWithoutLines(PresentationFrame& frame, const LineRoom::DrawItems& draw)
+{
+    const FrameItems& items = frame.items.Seen();
+    m_part.assign(items.all.begin(), items.all.begin() + static_cast<std::ptrdiff_t>(items.firstLine));
+    m_lineRoom.Draw(m_part, m_part.size(), m_part.size(), false, draw);
+    m_lineStage->DrawThroughGlass(frame);
+    m_part.assign(items.all.begin() + static_cast<std::ptrdiff_t>(items.firstAlpha), items.all.end());
+    m_lineRoom.Draw(m_part, m_part.size(), m_part.size(), false, draw);
 }
 
 void SurfaceStage::DrawItems(PresentationFrame& frame, const std::vector<RenderItemES20>& items, RenderPass pass)

@@ -33,6 +33,7 @@ class HatchTextures;
 namespace OV::Host::Detail
 {
 
+class LineStage;
 class ObjectHatchEffect;
 class ShadowStage;
 
@@ -60,6 +61,9 @@ public:
 
     /// What tells how much light reaches the surfaces; outlives this.
     void LightWith(ShadowStage& shadows) { m_shadows = &shadows; }
+
+    /// What draws lines in frames in which it is active; outlives this.
+    void LeaveLinesTo(LineStage& lines) { m_lineStage = &lines; }
 
     int MarginOf(const PixelSize& whole) const override;
     FrameNeeds NeedsOf(const PresentationFrame& frame) const override;
@@ -98,12 +102,14 @@ private:
     void PrepareEdit(PresentationFrame& frame);
     void UseHatchEffect(Scene& scene);
     void DrawLook(PresentationFrame& frame);
+    void DrawWithoutLines(PresentationFrame& frame, const LineRoom::DrawItems& draw);
     void DrawItems(PresentationFrame& frame, const std::vector<RenderItemES20>& items, RenderPass pass);
     void PrepareReflection();
     void Reflect(const Reflection& reflection);
 
     Look m_look = Look::Advanced;
     ShadowStage* m_shadows = nullptr;
+    LineStage* m_lineStage = nullptr;
     bool m_surfacesShown = true;
     bool m_linesShown = true;
     bool m_linesOverlaid = false;
@@ -123,6 +129,7 @@ private:
     LineRoom m_lineRoom;
 
     std::vector<RenderItemES20> m_lines; ///< those of the frame, where they are drawn alone
+    std::vector<RenderItemES20> m_part;  ///< its surfaces, where lines are drawn elsewhere
     std::vector<RenderItemES20> m_run;   ///< those of the items that one pass draws in a row
 };
 

@@ -1,0 +1,288 @@
+#define GL_GLEXT_PROTOTYPES
+
+#include "orvane_host/present/detail/LineEffect.h"
+
+#include "orvane_host/present/detail/LineRuns.h"
+#include "orvane_host/present/shaders/LineEffect.frag.h"
+#include "orvane_host/present/shaders/LineEffect.vert.h"
+#include "orvane/effects/SkySettings.h"
+#include "orvane/effects/SolidLineEffectES20.h"
+#include "orvane/math/Quaternion.h"
+#include "orvane/math/Vector.h"
+#include "orvane/renderdata/CameraNodeES20.h"
+#include "orvane/renderdata/MeshES20.h"
+#include "orvane/scene/CameraNode.h"
+#include "orvane/scene/LineStyle.h"
+#include "orvane/scene/MeshNode.h"
+
+#include <GL/gl.h>
+#include <GL/glext.h>
+
+#include <algorithm>
+
+namespace OV::Host::Detail
+{
+
+namespace
+{
+
+enum Option : std::uint64_t
+{
+    OptionDepth = 1,
+    OptionGlass = 2,
+    OptionFog = 4,
+};
+
+constexpr OptionRow kOptions[] = {
+    {OptionDepth, "DEPTH"},
+    {OptionGlass, "GLASS"},
+    {OptionFog, "FOG"},
+};
+
+enum Uniform : int
+{
+    UniformMvpMatrix,
+    UniformVpMatrix,
+    UniformWorldTransform,
+    UniformOffsetToCameraPos,
+    UniformOrthoOffset,
+    UniformIsPerspCamera,
+    UniformWhole,
+    UniformPart,
+    UniformGuard,
+    UniformReach,
+    UniformOrigin,
+    UniformHalfWidth,
+    UniformSmooth,
+    UniformDash,
+    UniformHiddenHalf,
+    UniformHiddenDash,
+    UniformKind,
+    UniformCore,
+    UniformDepth,
+    UniformSlopes,
+    UniformSize,
+    UniformGlass,
+    UniformGlassSlopes,
+    UniformNumClipPlanes,
+    UniformClipPlaneNormals,
+    UniformClipPlanePositions,
+    UniformFogRange,
+};
+
+constexpr IndexedName kUniforms[] = {
+    {UniformMvpMatrix, "u_mvpMatrix"},
+    {UniformVpMatrix, "u_vpMatrix"},
+    {UniformWorldTransform, "u_worldTransform"},
+    {UniformOffsetToCameraPos, "u_offsetToCameraPos"},
+    {UniformOrthoOffset, "u_orthoOffset"},
+    {UniformIsPerspCamera, "u_isPerspCamera"},
+    {UniformWhole, "u_whole"},
+    {UniformPart, "u_part"},
+    {UniformGuard, "u_guard"},
+    {UniformReach, "u_reach"},
+    {UniformOrigin, "u_origin"},
+    {UniformHalfWidth, "u_halfWidth"},
+    {UniformSmooth, "u_smooth"},
+    {UniformDash, "u_dash"},
+    {UniformHiddenHalf, "u_hiddenHalf"},
+    {UniformHiddenDash, "u_hiddenDash"},
+    {UniformKind, "u_kind"},
+    {UniformCore, "u_core"},
+    {UniformDepth, "u_depth"},
+    {UniformSlopes, "u_slopes"},
+    {UniformSize, "u_size"},
+    {UniformGlass, "u_glass"},
+    {UniformGlassSlopes, "u_glassSlopes"},
+    {UniformNumClipPlanes, "u_numClipPlanes"},
+    {UniformClipPlaneNormals, "u_clipPlaneNormals"},
+    {UniformClipPlanePositions, "u_clipPlanePositions"},
+    {UniformFogRange, "u_fogRange"},
+};
+static_assert(IsDense(kUniforms));
+
+enum Attribute : unsigned
+{
+    AttributeStartPosition,
+    AttributeEndPosition,
+    AttributeChoiceDirNone,
+    AttributeRun,
+};
+
+constexpr IndexedName kAttributes[] = {
+    {AttributeStartPosition, "a_startPosition"},
+    {AttributeEndPosition, "a_endPosition"},
+    {AttributeChoiceDirNone, "a_choiceDirNone"},
+    {AttributeRun, "a_run"},
+};
+
+constexpr ProgramTemplate kTemplate = {
+    "LineEffect", Shaders::LineEffectVert, Shaders::LineEffectFrag, kOptions, kUniforms, kAttributes,
+};
+
+constexpr std::uint64_t OptionIf(bool condition, Option option)
+{
+    return condition ? option : std::uint64_t(0);
+}
+
+/// A style's offset of 1 is this part of the depth range, as the engine has it.
+constexpr float kOffsetsPerRange = 500.0f;
+
+/// Which of the shader's kinds draws what is hidden in place of what is seen.
+constexpr int kHiddenKind = 2;
+
+// Units of the textures.
+enum Unit : int
+{
+    UnitDepth,
+    UnitSlopes,
+    UnitGlass,
+    UnitGlassSlopes,
+};
+
+/// The first unit comes last and stays active.
+void BindTextures(const LineEffect::SurfaceDepth& depth, const LineEffect::SurfaceDepth& glass)
+{
+    const unsigned int textures[] = {depth.depth, depth.slopes, glass.depth, glass.slopes};
+    for (int unit = UnitGlassSlopes; unit >= UnitDepth; --unit)
+    {
+        glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
+        glBindTexture(GL_TEXTURE_2D, textures[unit]);
+    }
+}
+
+} // namespace
+
+LineEffect::LineEffect() : EffectES20(nullptr)
+{
+    m_discardsAtPlanes = true;
+}
+
+unsigned int LineEffect::CreateProgramForOptions(std::uint64_t options, std::string& name)
+{
+    return CreateFromTemplate(kTemplate, options, name);
+}
+
+void LineEffect::Show(const View& view, Kind kind, const LineRuns& runs)
+{
+    m_view = view;
+    m_kind = kind;
+    m_runs = &runs;
+}
+
+float LineEffect::ReachOf(const Pen& pen)
+{
+    // Half a pixel for smooth rims, and another for where the middles of pixels lie.
+    return std::max(pen.halfWidth, pen.hiddenHalfWidth) + 1.0f;
+}
+
+std::array<float, 2> LineEffect::GuardOf(const View& view, const Pen& pen)
+{
+    const float reach = 4.0f * ReachOf(pen);
+    return {1.0f + reach / static_cast<float>(view.whole.width), 1.0f + reach / static_cast<float>(view.whole.height)};
+}
+
+void LineEffect::Apply(const LineStyle& style, const Pen& pen, CameraNodeES20& camera, bool core)
+{
+    m_camera = &camera;
+    const bool isTested = m_view.depth && !style.noDepthTest;
+    const SkySettings& sky = SkySettings::inst();
+    UseOptions(OptionIf(isTested, OptionDepth) | OptionIf(isTested && m_view.glass, OptionGlass)
+               | OptionIf(style.fog && sky.UseFog(), OptionFog));
+    const bool turnsRound = isTested && (style.GetFlags() & LineStyleFlagDepthLessEqual) != 0;
+    Set(UniformKind, turnsRound ? kHiddenKind : static_cast<int>(m_kind));
+    Set(UniformCore, core ? 1 : 0);
+    Set(UniformWhole, static_cast<float>(m_view.whole.width), static_cast<float>(m_view.whole.height));
+    Set(UniformPart, m_view.x, m_view.y, static_cast<float>(m_view.target.width), static_cast<float>(m_view.target.height));
+    Set(UniformOrigin, m_view.x, m_view.y);
+    Set(UniformSize, static_cast<float>(m_view.target.width), static_cast<float>(m_view.target.height));
+    const std::array<float, 2> guard = GuardOf(m_view, pen);
+    Set(UniformGuard, guard[0], guard[1]);
+    Set(UniformReach, ReachOf(pen));
+    Set(UniformHalfWidth, pen.halfWidth);
+    Set(UniformSmooth, pen.isSmooth ? 1 : 0);
+    Set(UniformDash, pen.dashes.period, pen.dashes.length);
+    Set(UniformHiddenHalf, pen.hiddenHalfWidth);
+    Set(UniformHiddenDash, pen.hiddenDashes.period, pen.hiddenDashes.length);
+    Set(UniformFogRange, sky.GetFogStart(), sky.GetFogEnd());
+    SetOffset(style, camera);
+    Set(UniformDepth, static_cast<int>(UnitDepth));
+    Set(UniformSlopes, static_cast<int>(UnitSlopes));
+    Set(UniformGlass, static_cast<int>(UnitGlass));
+    Set(UniformGlassSlopes, static_cast<int>(UnitGlassSlopes));
+    BindTextures(m_view.depth, m_view.glass);
+}
+
+void LineEffect::SetOffset(const LineStyle& style, CameraNodeES20& camera)
+{
+    CameraNode* const node = camera.GetCameraNode();
+    m_isOffset = style.offset != 0.0f && node;
+    if (!m_isOffset)
+    {
+        Set(UniformOffsetToCameraPos, 0.0f);
+        return;
+    }
+    float nearest = 0.0f;
+    float farthest = 1.0f;
+    node->GetNearFar(nearest, farthest);
+    const float offset = style.offset * ((farthest - nearest) / kOffsetsPerRange);
+    Vector view;
+    view.Multiply(node->GetGlobal().GetRotation(), Vector(0.0f, 0.0f, -1.0f));
+    Set(UniformOffsetToCameraPos, offset);
+    Set(UniformOrthoOffset, -view.x * offset, -view.y * offset, -view.z * offset, 0.0f);
+    Set(UniformIsPerspCamera, node->GetProjection() == CameraNode::Perspective ? 1 : 0);
+    Set(UniformVpMatrix, m_view.worldToClip);
+}
+
+void LineEffect::Remove()
+{
+    EndUse();
+    glVertexAttrib4f(AttributeRun, 0.0f, 0.0f, 0.0f, 1.0f);
+    BindTextures({}, {});
+}
+
+void LineEffect::BindMeshAttributes(MeshES20* mesh)
+{
+    m_mesh = mesh;
+    const int stride = mesh->GetStride();
+    const int start = mesh->GetPositionOffset();
+    EnableAttribute(AttributeStartPosition, 3, stride, start);
+    EnableAttribute(AttributeEndPosition, 3, stride, start + SolidLineEffectES20::VerticesPerPoint * stride);
+    if (mesh->GetNormalOffset() >= 0)
+    {
+        EnableAttribute(AttributeChoiceDirNone, 3, stride, mesh->GetNormalOffset());
+    }
+}
+
+void LineEffect::ReleaseMeshAttributes(MeshES20*)
+{
+    DisableAttribute(AttributeStartPosition);
+    DisableAttribute(AttributeEndPosition);
+    DisableAttribute(AttributeChoiceDirNone);
+    DisableAttribute(AttributeRun);
+}
+
+void LineEffect::BindMeshUniforms(MeshNode* node)
+{
+    const Matrix& world = *node->GetGlobalMatrix();
+    if (m_isOffset)
+    {
+        Set(UniformMvpMatrix, world);
+    }
+    else
+    {
+        Matrix matrix;
+        matrix.Multiply(m_view.worldToClip, world);
+        Set(UniformMvpMatrix, matrix);
+    }
+    Set(UniformWorldTransform, world);
+    SetClipPlanes(UniformClipPlaneNormals, UniformClipPlanePositions, UniformNumClipPlanes, clipPlanesActive);
+    const int run = m_runs->Bind(*m_mesh, *node, AttributeRun);
+    if (run >= 0)
+    {
+        EnableAttribute(AttributeRun, 2, LineRuns::Stride, run);
+        LineRuns::Unbind(*m_mesh);
+    }
+}
+
+} // namespace OV::Host::Detail

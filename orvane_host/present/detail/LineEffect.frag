@@ -1,0 +1,168 @@
+PRECISION_DEFAULT_HIGHP(float)
+
+@OPTIONS@
+
+#define MAX_CLIP_PLANES 6
+
+uniform vec2 u_origin;       // of what is drawn in the whole picture, pixels
+uniform float u_halfWidth;   // pixels
+uniform bool u_smooth;       // rims, in place of whole pixels
+uniform vec2 u_dash;         // pixels from one dash to the next, 0 for none, and of a dash
+uniform float u_hiddenHalf;  // half the width of what is hidden, pixels; 0: it is not drawn
+uniform vec2 u_hiddenDash;   // as u_dash
+uniform int u_kind;          // 0: before all surfaces, 1: seen through glass alone, 2: hidden ones in place of seen ones
+uniform bool u_core;         // only where a line covers most of a pixel
+#ifdef DEPTH
+uniform sampler2D u_depth;   // of opaque surfaces
+uniform sampler2D u_slopes;  // as SlopeEffect paints them
+uniform vec2 u_size;         // of the depth pictures, pixels
+#endif
+#ifdef GLASS
+uniform sampler2D u_glass;   // the same of what is see-through
+uniform sampler2D u_glassSlopes;
+#endif
+uniform int u_numClipPlanes;
+uniform vec3 u_clipPlaneNormals[MAX_CLIP_PLANES];   // world space, to the side cut away
+uniform vec3 u_clipPlanePositions[MAX_CLIP_PLANES]; // world space
+#ifdef FOG
+uniform vec2 u_fogRange;     // where it begins and where it hides all
+#endif
+
+varying vec4 v_ends;
+varying vec4 v_depths;
+varying vec3 v_worldStart;
+varying vec3 v_worldEnd;
+varying vec2 v_run;
+
+// How much of a stretch about a place, a pixel long, lies between two others.
+float overlap(float place, float low, float high)
+{
+    if (!u_smooth)
+    {
+        return place >= low && place < high ? 1.0 : 0.0;
+    }
+    return max(min(place + 0.5, high) - max(place - 0.5, low), 0.0);
+}
+
+float dashAt(float place, vec2 dash)
+{
+    if (dash.x <= 0.0)
+    {
+        return 1.0;
+    }
+    float into = mod(place, dash.x);
+    // The dash before and the one after reach into this one's stretch too.
+    return min(overlap(into, 0.0, dash.y) + overlap(into - dash.x, 0.0, dash.y), 1.0);
+}
+
+#ifdef DEPTH
+float slopeOf(vec2 channels)
+{
+    vec2 bytes = floor(channels * 255.0 + 0.5);
+    float sign = bytes.x >= 128.0 ? -1.0 : 1.0;
+    float power = mod(bytes.x, 128.0) * 256.0 + bytes.y;
+    return power > 0.0 ? sign * exp2(power / 1024.0 - 32.0) : 0.0;
+}
+
+// Where a place lies by the surface of a pixel, which goes on level to beside the pixel: 1 before
+// it, 0 on it, -1 behind it. A share of its slope is left to what curves, and some rounding to all.
+float sideOf(sampler2D depths, sampler2D slopes, vec2 texel, vec2 place, float depth)
+{
+    vec2 middle = texel + 0.5;
+    float here = texture2D(depths, middle / u_size).x;
+    vec4 slopeBytes = texture2D(slopes, middle / u_size);
+    vec2 slope = vec2(slopeOf(slopeBytes.rg), slopeOf(slopeBytes.ba));
+    float room = 0.05 * (abs(slope.x) + abs(slope.y)) + 8.0 / 16777216.0;
+    float behind = depth - here - dot(slope, place - middle);
+    return here >= 1.0 || behind < -room ? 1.0 : behind <= room ? 0.0 : -1.0;
+}
+
+// By the nearest pixel; and what lies on the surface of one of the four about it is seen too, since
+// the other face of an edge may be nearer to the eye within a pixel. But not where all others of
+// the four are nearer: then it would be seen through a crack.
+bool isSeen(sampler2D depths, sampler2D slopes, vec2 place, float depth)
+{
+    vec2 first = clamp(floor(place - 0.5), vec2(0.0), u_size - 2.0);
+    vec2 nearest = step(0.5, place - first - 0.5);
+    float side = sideOf(depths, slopes, first + nearest, place, depth);
+    vec3 others = vec3(sideOf(depths, slopes, first + vec2(1.0 - nearest.x, nearest.y), place, depth),
+                       sideOf(depths, slopes, first + vec2(nearest.x, 1.0 - nearest.y), place, depth),
+                       sideOf(depths, slopes, first + 1.0 - nearest, place, depth));
+    float nearer = dot(vec3(lessThan(others, vec3(0.0))), vec3(1.0)) + (side < 0.0 ? 1.0 : 0.0);
+    return nearer < 2.5 && (side >= 0.0 || any(equal(others, vec3(0.0))));
+}
+#endif
+
+void discardClipped(vec3 world)
+{
+#ifndef NO_CLIP_PLANES
+    for (int i = 0; i < MAX_CLIP_PLANES; ++i)
+    {
+        if (i >= u_numClipPlanes)
+        {
+            break;
+        }
+        if (dot(u_clipPlaneNormals[i], world - u_clipPlanePositions[i]) > 0.0)
+        {
+            discard;
+        }
+    }
+#endif
+}
+
+void main()
+{
+    vec4 ends = floor(v_ends * 256.0 + 0.5) / 256.0;
+    vec2 start = ends.xy;
+    vec2 end = ends.zw;
+    vec2 pixel = gl_FragCoord.xy + u_origin;
+    float size = distance(start, end);
+    vec2 along = size > 0.0 ? (end - start) / size : vec2(1.0, 0.0);
+    float place = dot(pixel - start, along);
+    float away = dot(pixel - start, vec2(along.y, -along.x));
+
+    // Round where a line goes on, else straight.
+    bool startsJoined = mod(v_run.y + 0.5, 2.0) >= 1.0;
+    bool endsJoined = v_run.y >= 1.5;
+    away = startsJoined && place < 0.0 ? distance(pixel, start) : away;
+    away = endsJoined && place > size ? distance(pixel, end) : away;
+    float within = overlap(place, startsJoined ? -1e4 : 0.0, endsJoined ? 1e4 : size);
+
+    // Everything else is that of the middle of the line beside the pixel.
+    float middle = clamp(place, 0.0, size);
+    float share = size > 0.0 ? middle / size : 0.0;
+    float depth = mix(v_depths.x, v_depths.y, share);
+    float nearness = mix(v_depths.z, v_depths.w, share);
+    discardClipped(mix(v_worldStart, v_worldEnd, share * v_depths.w / nearness));
+
+    bool seen = true;
+    bool seenThroughGlass = true;
+#ifdef DEPTH
+    vec2 onPicture = start + along * middle - u_origin;
+    seenThroughGlass = isSeen(u_depth, u_slopes, onPicture, depth);
+    seen = seenThroughGlass;
+#ifdef GLASS
+    bool beforeGlass = isSeen(u_glass, u_glassSlopes, onPicture, depth);
+    seen = seen && beforeGlass;
+#endif
+#endif
+    bool hidden = !seenThroughGlass && u_kind == 0;
+    seen = u_kind == 0 ? seen : u_kind == 1 ? seenThroughGlass && !seen : !seen;
+
+    float run = v_run.x + middle;
+    float covered = seen ? overlap(away, -u_halfWidth, u_halfWidth) * within * dashAt(run, u_dash) : 0.0;
+    float coveredHidden = 0.0;
+    if (hidden && u_hiddenHalf > 0.0)
+    {
+        coveredHidden = overlap(away, -u_hiddenHalf, u_hiddenHalf) * within * dashAt(run, u_hiddenDash);
+    }
+    if (u_core ? covered < 0.5 : covered + coveredHidden <= 0.0)
+    {
+        discard;
+    }
+    float clear = 1.0;
+#ifdef FOG
+    clear = clamp((u_fogRange.y - depth / nearness) / (u_fogRange.y - u_fogRange.x), 0.0, 1.0);
+#endif
+    gl_FragColor = vec4(covered, covered * clear, coveredHidden, coveredHidden * clear);
+}

@@ -1,0 +1,93 @@
+#include "orvane_host/present/detail/LineLayEffect.h"
+
+#include "orvane_host/present/shaders/LineLayEffect.frag.h"
+#include "orvane_host/present/shaders/LineLayEffect.vert.h"
+#include "orvane/renderdata/MeshES20.h"
+
+namespace OV::Host::Detail
+{
+
+namespace
+{
+
+enum Option : std::uint64_t
+{
+    OptionFinished = 1,
+};
+
+constexpr OptionRow kOptions[] = {{OptionFinished, "FINISHED"}};
+
+enum Uniform : int
+{
+    UniformLines,
+    UniformColor,
+    UniformFogColor,
+};
+
+constexpr IndexedName kUniforms[] = {
+    {UniformLines, "u_lines"},
+    {UniformColor, "u_color"},
+    {UniformFogColor, "u_fogColor"},
+};
+static_assert(IsDense(kUniforms));
+
+enum Attribute : unsigned
+{
+    AttributePosition,
+};
+
+constexpr IndexedName kAttributes[] = {
+    {AttributePosition, "a_position"},
+};
+
+constexpr ProgramTemplate kTemplate = {
+    "LineLayEffect", Shaders::LineLayEffectVert, Shaders::LineLayEffectFrag, kOptions, kUniforms, kAttributes,
+};
+
+} // namespace
+
+void LineLayEffect::ShowLines(unsigned int lines, const Color& color, const Color& fogColor)
+{
+    m_texture = lines;
+    m_isFinished = false;
+    m_color = color;
+    m_fogColor = fogColor;
+}
+
+void LineLayEffect::ShowPicture(unsigned int picture)
+{
+    m_texture = picture;
+    m_isFinished = true;
+}
+
+unsigned int LineLayEffect::CreateProgramForOptions(std::uint64_t options, std::string& name)
+{
+    return CreateFromTemplate(kTemplate, options, name);
+}
+
+void LineLayEffect::Apply(MaterialES20*, CameraNodeES20*)
+{
+    UseOptions(m_isFinished ? OptionFinished : std::uint64_t(0));
+    Set(UniformLines, 0);
+    Set(UniformColor, m_color);
+    Set(UniformFogColor, m_fogColor);
+    BindTexture(0, m_texture);
+}
+
+void LineLayEffect::Remove()
+{
+    EndUse();
+    BindTexture(0, 0);
+}
+
+void LineLayEffect::BindMeshAttributes(MeshES20* mesh)
+{
+    EnableAttribute(AttributePosition, 3, mesh->GetStride(), mesh->GetPositionOffset());
+}
+
+void LineLayEffect::ReleaseMeshAttributes(MeshES20*)
+{
+    DisableAttribute(AttributePosition);
+}
+
+} // namespace OV::Host::Detail

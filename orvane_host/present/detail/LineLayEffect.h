@@ -1,0 +1,38 @@
+#pragma once
+
+#include "orvane/effects/MaterialEffectES20.h"
+#include "orvane/math/Color.h"
+
+#include <string>
+
+namespace OV::Host::Detail
+{
+
+/// Lays what LineEffect has drawn over a picture in the colour of the lines, wherever it covers a
+/// pixel, once. Its own colours are multiplied by their opacity.
+class LineLayEffect final : public MaterialEffectES20
+{
+public:
+    LineLayEffect() : MaterialEffectES20(nullptr) {}
+
+    /// The next Apply lays what LineEffect drew. @param lines a texture.
+    void ShowLines(unsigned int lines, const Color& color, const Color& fogColor);
+
+    /// The next Apply lays what was laid into another picture. @param picture a texture.
+    void ShowPicture(unsigned int picture);
+
+    unsigned int CreateProgramForOptions(std::uint64_t options, std::string& name) override;
+    void Apply(MaterialES20* material, CameraNodeES20* camera) override;
+    void Remove() override;
+    void BindMeshAttributes(MeshES20* mesh) override;
+    void ReleaseMeshAttributes(MeshES20* mesh) override;
+    void BindMeshUniforms(MeshNode*) override {}
+
+private:
+    unsigned int m_texture = 0;
+    bool m_isFinished = false;
+    Color m_color;
+    Color m_fogColor;
+};
+
+} // namespace OV::Host::Detail
