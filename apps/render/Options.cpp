@@ -2,6 +2,7 @@
 
 #include "apps/render/CallerText.h"
 #include "apps/render/LineOptions.h"
+#include "apps/render/OcclusionOptions.h"
 #include "apps/render/OptionText.h"
 #include "apps/render/PrintOptions.h"
 #include "apps/render/Report.h"
@@ -53,6 +54,7 @@ struct Texts
     PrintTexts print;
     SunTexts sun;
     ShadowTexts shadows;
+    OcclusionTexts occlusion;
 };
 
 struct NamedAntialiasing
@@ -210,7 +212,7 @@ void DefineViewOptions(CLI::App& app, Options& options, Texts& texts)
     app.add_flag("--ortho", options.settings.view.orthographic, "Draw without perspective")->group(group);
 }
 
-void DefineScreenOptions(CLI::App& app, Options& options, Texts& texts)
+void DefineScreenOptions(CLI::App& app, Texts& texts)
 {
     const char* const group = "Over the picture";
     auto* edges = app.add_option("--edges", texts.edges, "Draw an edge where one node ends and another begins, of\n"
@@ -218,7 +220,6 @@ void DefineScreenOptions(CLI::App& app, Options& options, Texts& texts)
         ->option_text("[WEIGHT]")->group(group);
     app.add_option("--edge-color", texts.edgeColor, "Colour of edges; 000000 if left out")
         ->option_text("RRGGBB")->needs(edges)->group(group);
-    app.add_flag("--ao", options.settings.occlusion, "Darken corners")->group(group);
 }
 
 void DefineSheetOptions(CLI::App& app, Options& options)
@@ -382,7 +383,8 @@ void Define(CLI::App& app, Options& options, Texts& texts, bool& listFormats)
     DefinePictureOptions(app, options, texts);
     DefineViewOptions(app, options, texts);
     DefineSurfaceOptions(app, texts.surfaces, options.settings);
-    DefineScreenOptions(app, options, texts);
+    DefineScreenOptions(app, texts);
+    DefineOcclusionOptions(app, texts.occlusion, options.settings);
     DefineShadowOptions(app, texts.shadows);
     DefineLineOptions(app, texts.lines);
     DefineSunOptions(app, texts.sun);
@@ -486,6 +488,7 @@ void Interpret(const Texts& texts, Options& options)
     InterpretSurfaces(texts.surfaces, options.settings);
     InterpretEdges(texts, options);
     InterpretShadows(texts.shadows, options.settings);
+    InterpretOcclusion(texts.occlusion, options.settings);
     InterpretSun(texts.sun, options);
     InterpretLines(texts.lines, options.settings);
 }

@@ -279,6 +279,29 @@ void AddSurroundings(Builder& command, const Host::PresentationSettings& setting
     }
 }
 
+void AddOcclusion(Builder& command, const Host::PresentationSettings& settings)
+{
+    if (!settings.occlusion)
+    {
+        return;
+    }
+    const Host::OcclusionLook usual;
+    const Host::OcclusionLook& look = settings.occlusionLook;
+    command.Add("--ao");
+    if (look.kind == Host::OcclusionKind::Spiral)
+    {
+        command.Add("--ao-kind", "spiral");
+    }
+    if (look.radius)
+    {
+        command.Add("--ao-radius", TextOf(*look.radius));
+    }
+    if (look.strength != usual.strength)
+    {
+        command.Add("--ao-strength", TextOf(look.strength));
+    }
+}
+
 void AddSurfaces(Builder& command, const Host::PresentationSettings& settings)
 {
     command.Add("--look", Host::NameOfLook(settings.look));
@@ -299,10 +322,7 @@ void AddSurfaces(Builder& command, const Host::PresentationSettings& settings)
             command.LeaveOut("edges are those between nodes");
         }
     }
-    if (settings.occlusion)
-    {
-        command.Add("--ao");
-    }
+    AddOcclusion(command, settings);
     AddShadows(command, settings);
 }
 

@@ -107,11 +107,34 @@ float ExtentOf(const Box& box)
     return std::max(size.Magnitude(), 1e-6f);
 }
 
-bool EditSurfaces(Settings& settings)
+bool EditOcclusion(Settings& settings, float extent)
+{
+    bool changed = ImGui::Checkbox("Dark corners", &settings.occlusion);
+    if (!settings.occlusion)
+    {
+        return changed;
+    }
+    Host::OcclusionLook& look = settings.occlusionLook;
+    ImGui::PushID("Dark corners");
+    ImGui::Indent();
+    changed = Choose("Kind", look.kind, {"As rays tell", "Of some pixels"}) || changed;
+    if (look.kind == Host::OcclusionKind::Horizon)
+    {
+        changed = EditOptional("Radius of its own", look.radius, 0.04f * extent,
+                               [&](float& radius) { return EditSlider("Radius", radius, 1e-3f * extent, 0.25f * extent); })
+            || changed;
+        changed = EditSlider("Strength", look.strength, 0.0f, 2.0f) || changed;
+    }
+    ImGui::Unindent();
+    ImGui::PopID();
+    return changed;
+}
+
+bool EditSurfaces(Settings& settings, const Box& box)
 {
     bool changed = Choose("Look", settings.look, {"Basic", "Advanced", "Phong", "Crosshatch", "Monotone", "Vertex color"});
     changed = ImGui::Checkbox("Leave out backs of faces", &settings.cullBacks) || changed;
-    changed = ImGui::Checkbox("Dark corners", &settings.occlusion) || changed;
+    changed = EditOcclusion(settings, ExtentOf(box)) || changed;
     changed = EditText<512>("Edit", settings.editPath) || changed;
     return changed;
 }
@@ -446,7 +469,7 @@ bool EditSettings(Settings& settings, const Box& box, const Host::SunState& sun)
     ImGui::PushItemWidth(ImGui::GetContentRegionAvail().x * 0.52f);
     const auto group = [](const char* label, bool open)
     { return ImGui::CollapsingHeader(label, open ? ImGuiTreeNodeFlags_DefaultOpen : 0); };
-    changed = (group("Surfaces", true) && EditSurfaces(settings)) || changed;
+    changed = (group("Surfaces", true) && EditSurfaces(settings, box)) || changed;
     changed = (group("Lines", true) && EditLines(settings)) || changed;
     changed = (group("Section", true) && EditSection(settings.section, box)) || changed;
     changed = (group("Surroundings", true) && EditSurroundings(settings, box)) || changed;

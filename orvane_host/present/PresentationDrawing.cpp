@@ -40,6 +40,9 @@ int StrokeDensityFor(float extent)
     return density;
 }
 
+/// Radius of occlusion, as a share of the model's extent.
+constexpr float UsualOcclusionShare = 0.04f;
+
 AAMode ModeOf(Antialiasing antialiasing)
 {
     switch (antialiasing)
@@ -109,7 +112,14 @@ void Presentation::Impl::ConfigureRenderer()
     renderer->SetSurroundings(m_surroundings);
     renderer->SetGround(MakeGround());
     renderer->SetEdges(settings.edges);
-    renderer->ShowAmbientOcclusion(settings.occlusion);
+    const OcclusionLook& occlusion = settings.occlusionLook;
+    const bool isSpiral = occlusion.kind == OcclusionKind::Spiral;
+    renderer->ShowAmbientOcclusion(settings.occlusion && isSpiral);
+    renderer->SetHorizonOcclusion(
+        settings.occlusion && !isSpiral
+            ? std::optional<PresentationRenderer::HorizonOcclusion>(
+                  {occlusion.radius.value_or(UsualOcclusionShare * Extent()), occlusion.strength})
+            : std::nullopt);
     renderer->SetBatches(settings.batches);
     if (renderer->SetAAMode(ModeOf(settings.antialiasing)))
     {

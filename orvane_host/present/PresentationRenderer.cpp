@@ -10,6 +10,7 @@
 #include "orvane_host/present/detail/EdgeStage.h"
 #include "orvane_host/present/detail/EffectInPlace.h"
 #include "orvane_host/present/detail/GroundStage.h"
+#include "orvane_host/present/detail/HorizonStage.h"
 #include "orvane_host/present/detail/IdentifierStage.h"
 #include "orvane_host/present/detail/ItemLister.h"
 #include "orvane_host/present/detail/LineDepthStage.h"
@@ -105,6 +106,7 @@ PresentationRenderer::PresentationRenderer(TextureLoader* loader, RenderCapabili
     m_surfaces = Append<Detail::SurfaceStage>(Step::Surfaces);
     m_surfaces->LightWith(*m_shadows);
     m_occlusion = Append<Detail::OcclusionStage>(Step::Occlusion);
+    m_horizon = Append<Detail::HorizonStage>(Step::Occlusion);
     m_edges = Append<Detail::EdgeStage>(Step::Edges);
     m_lines = Append<Detail::LineStage>(Step::Lines, *m_lineDepth);
     m_surfaces->LeaveLinesTo(*m_lines);
@@ -256,6 +258,12 @@ void PresentationRenderer::ShowIdentifiers(bool show)
 void PresentationRenderer::ShowAmbientOcclusion(bool show)
 {
     m_occlusion->Show(show);
+}
+
+void PresentationRenderer::SetHorizonOcclusion(const std::optional<HorizonOcclusion>& occlusion)
+{
+    m_horizon->Show(occlusion ? std::optional<Detail::HorizonStage::Look>({occlusion->radius, occlusion->strength})
+                              : std::nullopt);
 }
 
 void PresentationRenderer::SetSun(const std::optional<Vector>& towardSun)

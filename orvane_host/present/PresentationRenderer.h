@@ -32,6 +32,7 @@ class Batches;
 class EdgeStage;
 class GroundStage;
 struct Ground;
+class HorizonStage;
 class ItemLister;
 class LineDepthStage;
 class LineSetup;
@@ -113,9 +114,20 @@ public:
     /// first; without edges those of EdgeLook's identity.
     void ShowIdentifiers(bool show);
 
-    /// Darkens corners. Off at first. Within about 10 pixels of them where the camera's target lies
+    /// Darkens corners, by the engine's effect. Off at first. Within about 10 pixels of them where the camera's target lies
     /// as far away as what is looked at (CameraNode::SetDistanceToTarget), else within fewer.
     void ShowAmbientOcclusion(bool show);
+
+    /// How OcclusionKind::Horizon darkens corners.
+    struct HorizonOcclusion
+    {
+        float radius = 1.0f;   ///< world space, above 0
+        float strength = 1.0f; ///< as OcclusionLook::strength
+    };
+
+    /// Darkens corners by how much of its surroundings within a radius each place sees hidden. None at
+    /// first. The radius is a quarter of the shorter side of the picture at most.
+    void SetHorizonOcclusion(const std::optional<HorizonOcclusion>& occlusion);
 
     /// The direction towards the sun, in world space, of any length above 0: what casts shadows. The
     /// light itself is the first light of the scene, which shines from there. None at first.
@@ -253,6 +265,7 @@ private:
     Detail::SurfaceStage* m_surfaces = nullptr;
     Detail::GroundStage* m_ground = nullptr;
     Detail::OcclusionStage* m_occlusion = nullptr;
+    Detail::HorizonStage* m_horizon = nullptr;
     Detail::EdgeStage* m_edges = nullptr;
     Detail::LineDepthStage* m_lineDepth = nullptr;
     Detail::LineStage* m_lines = nullptr;

@@ -5,6 +5,7 @@
 #include "orvane_host/present/EdgeLook.h"
 #include "orvane_host/present/GroundSettings.h"
 #include "orvane_host/present/Look.h"
+#include "orvane_host/present/OcclusionLook.h"
 #include "orvane_host/present/ShadowSettings.h"
 #include "orvane_host/present/SunSettings.h"
 #include "orvane_host/view/ViewFit.h"
@@ -132,7 +133,9 @@ struct PresentationSettings
 
     std::optional<LineSettings> lines;
     std::optional<EdgeLook> edges;
+    /// Darkens corners.
     bool occlusion = false;
+    OcclusionLook occlusionLook;
     std::optional<SunSettings> sun;
     /// Of the sun, in every look; without a sun there are none.
     std::optional<ShadowSettings> shadows;

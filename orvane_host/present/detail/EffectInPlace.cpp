@@ -5,8 +5,11 @@
 namespace OV::Host::Detail
 {
 
-EffectInPlace::EffectInPlace(const std::vector<RenderItemES20>& items, RenderPass pass, EffectES20& effect)
+EffectInPlace::EffectInPlace(const std::vector<RenderItemES20>& items, RenderPass pass, EffectES20& effect,
+                             Replaced* scratch) :
+    m_replaced(scratch ? *scratch : m_own)
 {
+    m_replaced.clear();
     const MeshStyleES20* last = nullptr;
     for (const RenderItemES20& item : items)
     {

@@ -20,14 +20,20 @@ namespace OV::Host::Detail
 class EffectInPlace
 {
 public:
-    EffectInPlace(const std::vector<RenderItemES20>& items, RenderPass pass, EffectES20& effect);
+    using Replaced = std::vector<std::pair<EffectES20**, EffectES20*>>;
+
+    /// @param scratch where it is noted what was replaced, so that who draws each frame allocates
+    ///        nothing; none for a list of its own.
+    EffectInPlace(const std::vector<RenderItemES20>& items, RenderPass pass, EffectES20& effect,
+                  Replaced* scratch = nullptr);
     ~EffectInPlace();
 
     EffectInPlace(const EffectInPlace&) = delete;
     EffectInPlace& operator=(const EffectInPlace&) = delete;
 
 private:
-    std::vector<std::pair<EffectES20**, EffectES20*>> m_replaced;
+    Replaced m_own;
+    Replaced& m_replaced;
 };
 
 } // namespace OV::Host::Detail

@@ -4,13 +4,11 @@
 #include "orvane_host/present/StageAccess.h"
 #include "orvane_host/present/detail/Effects.h"
 #include "orvane_host/present/detail/OcclusionView.h"
+#include "orvane_host/present/detail/OverSceneScope.h"
 #include "orvane_host/present/detail/OverScreenScope.h"
 #include "orvane/effects/SSAOEffectES20.h"
 
-#include <GL/gl.h>
-
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 namespace OV::Host::Detail
@@ -18,36 +16,6 @@ namespace OV::Host::Detail
 
 namespace
 {
-
-/// Lets only what has something of the scene in it be drawn over, sample by sample, for the
-/// length of a scope. A background, which lies at the far plane, keeps its colour. The depth test
-/// is on, as the passes over a scene leave it.
-class OverSceneScope
-{
-public:
-    /// @param depthRange to have at the end.
-    explicit OverSceneScope(const std::array<float, 2>& depthRange) : m_range(depthRange)
-    {
-        glGetIntegerv(GL_DEPTH_FUNC, &m_function);
-        glDepthMask(GL_FALSE);
-        glDepthFunc(GL_GREATER);
-        glDepthRange(1.0, 1.0);
-    }
-
-    ~OverSceneScope()
-    {
-        glDepthRange(m_range[0], m_range[1]);
-        glDepthFunc(static_cast<GLenum>(m_function));
-        glDepthMask(GL_TRUE);
-    }
-
-    OverSceneScope(const OverSceneScope&) = delete;
-    OverSceneScope& operator=(const OverSceneScope&) = delete;
-
-private:
-    GLint m_function = GL_LESS;
-    std::array<float, 2> m_range;
-};
 
 float Share(int of, int whole)
 {

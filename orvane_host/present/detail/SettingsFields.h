@@ -24,6 +24,7 @@ constexpr Limits kAboveZero{0.0f, std::numeric_limits<float>::max(), true};
 constexpr Limits kShare{0.0f, 1.0f};
 constexpr Limits kCrease{0.0f, 180.0f};
 constexpr Limits kLineWidth{0.0f, 100.0f, true};
+constexpr Limits kOcclusionStrength{0.0f, 2.0f};
 constexpr Limits kSunWidth{0.0f, 20.0f, true};
 constexpr Limits kFov{1.0f, 170.0f};
 constexpr Limits kSamples{0.0f, static_cast<float>(PresentationSettings::MostSamples)};
@@ -95,6 +96,18 @@ struct Fields<EdgeLook>
         visit("weight", &EdgeLook::weight, kShare);
         visit("color", &EdgeLook::color, kShare);
         visit("identity", &EdgeLook::identity, kFinite);
+    }
+};
+
+template <>
+struct Fields<OcclusionLook>
+{
+    template <typename Visitor>
+    static void Visit(Visitor&& visit)
+    {
+        visit("kind", &OcclusionLook::kind, kFinite);
+        visit("radius", &OcclusionLook::radius, kAboveZero);
+        visit("strength", &OcclusionLook::strength, kOcclusionStrength);
     }
 };
 
@@ -205,6 +218,7 @@ struct Fields<PresentationSettings>
         visit("lines", &PresentationSettings::lines, kFinite);
         visit("edges", &PresentationSettings::edges, kFinite);
         visit("occlusion", &PresentationSettings::occlusion, kFinite);
+        visit("occlusionLook", &PresentationSettings::occlusionLook, kFinite);
         visit("sun", &PresentationSettings::sun, kFinite);
         visit("shadows", &PresentationSettings::shadows, kFinite);
         visit("antialiasing", &PresentationSettings::antialiasing, kFinite);
@@ -231,6 +245,7 @@ const char* NameOf(Antialiasing antialiasing);
 const char* NameOf(UpAxis axis);
 const char* NameOf(BatchUse use);
 const char* NameOf(GroundKind kind);
+const char* NameOf(OcclusionKind kind);
 
 /// The names of an enumeration, with commas between them.
 template <typename Enum>

@@ -55,6 +55,19 @@ TEST(CommandText, TellsWhatIsUnderAndAboutTheModel)
     EXPECT_THAT(command.leftOut, ElementsAre("the ground is as low as the model"));
 }
 
+TEST(CommandText, TellsHowCornersAreDark)
+{
+    Host::PresentationSettings settings;
+    settings.occlusionLook = {Host::OcclusionKind::Spiral, 0.5f, 1.25f};
+    EXPECT_THAT(MakeRenderCommand(settings, "a.obj", 1, 1, "out.png").arguments, Not(Contains("--ao-kind=spiral")));
+    settings.occlusion = true;
+    const RenderCommand command = MakeRenderCommand(settings, "a.obj", 1, 1, "out.png");
+    for (const char* argument : {"--ao", "--ao-kind=spiral", "--ao-radius=0.5", "--ao-strength=1.25"})
+    {
+        EXPECT_THAT(command.arguments, Contains(argument));
+    }
+}
+
 TEST(CommandText, LeavesOutWhatDoesNotCount)
 {
     Host::PresentationSettings settings;

@@ -53,6 +53,8 @@ TEST_F(PresentationAllocation, ASteadyFrameTakesNothingFromTheHeap)
             renderer->ShowSky(stages);
             renderer->SetEdges(stages ? std::optional<Host::EdgeLook>(Host::EdgeLook()) : std::nullopt);
             renderer->ShowAmbientOcclusion(stages);
+            renderer->SetHorizonOcclusion(stages ? std::optional<Host::PresentationRenderer::HorizonOcclusion>({0.5f, 1.0f})
+                                                  : std::nullopt);
             renderer->OverlayLines(stages);
             for (const bool capture : {false, true})
             {
@@ -84,6 +86,8 @@ TEST_F(PresentationAllocation, NeitherDoesOneThatDrawsTogetherWhatStandsStill)
     {
         renderer->SetEdges(stages ? std::optional<Host::EdgeLook>(Host::EdgeLook()) : std::nullopt);
         renderer->ShowAmbientOcclusion(stages);
+        renderer->SetHorizonOcclusion(stages ? std::optional<Host::PresentationRenderer::HorizonOcclusion>({0.5f, 1.0f})
+                                              : std::nullopt);
         EXPECT_EQ(AllocationsOfSteadyFrame(false), 0u) << stages;
         EXPECT_GT(renderer->CountBatches().batches, 0u);
     }

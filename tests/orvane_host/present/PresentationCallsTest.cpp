@@ -115,6 +115,11 @@ TEST_F(PresentationCalls, AStageOverTheScreenIsCheapAndAPassOverTheSceneIsNoDear
         renderer->ShowAmbientOcclusion(true);
         ExpectCheap("occlusion" + how, plain);
         renderer->ShowAmbientOcclusion(false);
+        renderer->SetHorizonOcclusion({{0.1f, 1.0f}});
+        const std::vector<GLCall> horizons = CallsOfScene();
+        EXPECT_EQ(PassesOf(horizons), 1u) << "the faces, between the scene and what is laid over it" << how;
+        EXPECT_LE(horizons.size(), 2 * plain.size() + 2 * kMostCalls) << "and two runs over the screen" << how;
+        renderer->SetHorizonOcclusion(std::nullopt);
         renderer->SetEdges(EdgesOf(Identity::Group));
         ExpectCheap("edges of groups" + how, plain);
         renderer->SetEdges(EdgesOf(Identity::Object));
@@ -166,6 +171,7 @@ TEST_F(PresentationCalls, ASteadyFrameAsksForNoBufferAndReadsNothingBack)
 {
     renderer->SetEdges(EdgesOf(Identity::Group));
     renderer->ShowAmbientOcclusion(true);
+    renderer->SetHorizonOcclusion({{0.1f, 1.0f}});
     renderer->OverlayLines(true);
     for (const int samples : {0, 4})
     {

@@ -88,23 +88,23 @@ protected:
     }
 
     /// Where two pictures differ by more than a rim moves that falls a 256th of a pixel beside.
-    void ExpectTilesMakeTheWhole(const PresentationSettings& wanted, const std::string& what)
+    void ExpectTilesMakeTheWhole(const PresentationSettings& wanted, const std::string& what,
+                                 PictureOptions options = Whole(), int longestTile = 192, int leastTiles = 6)
     {
         Apply(*presentation, wanted);
         Host::PictureFacts facts;
-        PictureOptions options = Whole();
         const Rows whole = Draw(options, facts);
         EXPECT_EQ(facts.tiles, 1) << what;
-        options.longestTile = 192;
+        options.longestTile = longestTile;
         const Rows tiled = Draw(options, facts);
-        EXPECT_GE(facts.tiles, 6) << what;
+        EXPECT_GE(facts.tiles, leastTiles) << what;
         ASSERT_EQ(whole.data.size(), tiled.data.size());
         int differing = 0;
         int broad = 0;
-        for (int y = 0; y < WholeHeight; ++y)
+        for (int y = 0; y < options.height; ++y)
         {
             int run = 0;
-            for (int x = 0; x < WholeWidth; ++x)
+            for (int x = 0; x < options.width; ++x)
             {
                 bool differs = false;
                 for (int channel = 0; channel < 3; ++channel)
@@ -117,7 +117,7 @@ protected:
             }
         }
         // The rasteriser rounds places in another way where they are counted from another corner.
-        EXPECT_LE(differing, WholeWidth * WholeHeight / 100) << what;
+        EXPECT_LE(differing, options.width * options.height / 100) << what;
         EXPECT_EQ(broad, 0) << what;
     }
 
@@ -148,6 +148,22 @@ TEST_F(PresentationPicture, TilesMakeTheWholeWithAnythingOn)
                                          Host::Antialiasing::Filter, Host::Antialiasing::Supersampling})
     {
         ExpectTilesMakeTheWhole(Everything(way), "way " + std::to_string(static_cast<int>(way)));
+    }
+}
+
+TEST_F(PresentationPicture, TilesMakeTheWholeWhereCornersAreDarkFartherThanTheyOverlap)
+{
+    PresentationSettings wanted;
+    wanted.antialiasing = Host::Antialiasing::None;
+    wanted.occlusion = true;
+    wanted.occlusionLook.radius = 2.0f;
+    PictureOptions options;
+    options.width = 900;
+    options.height = 640;
+    for (const bool orthographic : {false, true})
+    {
+        wanted.view.orthographic = orthographic;
+        ExpectTilesMakeTheWhole(wanted, orthographic ? "orthographic" : "perspective", options, 832, 3);
     }
 }
 

@@ -52,6 +52,7 @@ PresentationSettings Whole()
     settings.sun.emplace().direction = Vector(0.0f, 1.0f, 0.0f);
     settings.sun->place.emplace();
     settings.sun->north = 0.0f;
+    settings.occlusionLook.radius = 0.5f;
     settings.shadows.emplace();
     settings.samples = 4;
     settings.sheet.north = 0.0f;
@@ -102,6 +103,9 @@ const Change kChanges[] = {
     {"edges.color", [](auto& s) { s.edges->color = Color(0, 1, 1); }, "\"#00FFFF\""},
     {"edges.identity", [](auto& s) { s.edges->identity = Identity::Object; }, "\"object\""},
     {"occlusion", [](auto& s) { s.occlusion = true; }, "true"},
+    {"occlusionLook.kind", [](auto& s) { s.occlusionLook.kind = OcclusionKind::Spiral; }, "\"spiral\""},
+    {"occlusionLook.radius", [](auto& s) { s.occlusionLook.radius = 2.0f; }, "2.0"},
+    {"occlusionLook.strength", [](auto& s) { s.occlusionLook.strength = 1.5f; }, "1.5"},
     {"sun.direction", [](auto& s) { s.sun->direction->x = -2.5f; }, "[-2.5, 1.0, 0.0]"},
     {"sun.time", [](auto& s) { s.sun->time = "2026-06-21T15:00+02:00"; }, "\"2026-06-21T15:00+02:00\""},
     {"sun.place.latitude", [](auto& s) { s.sun->place->latitude = 52.52f; }, "52.52"},
@@ -234,14 +238,15 @@ TEST(PresentationSettings, EveryFieldIsNamed)
     [[maybe_unused]] const auto& [crease, width, color, dash, offset] = LineSettings();
     [[maybe_unused]] const auto& [weight, edgeColor, identity] = EdgeLook();
     [[maybe_unused]] const auto& [kind, groundColor, height] = GroundSettings();
+    [[maybe_unused]] const auto& [occlusionKind, radius, strength] = OcclusionLook();
     [[maybe_unused]] const auto& [latitude, longitude] = GeoPlace();
     [[maybe_unused]] const auto& [direction, time, place, sunNorth] = SunSettings();
     [[maybe_unused]] const auto& [soft, sunWidth, darkness, clippedCasts] = ShadowSettings();
     [[maybe_unused]] const auto& [named, eye, target, up, fov, orthographic, upAxis] = ViewSettings();
     [[maybe_unused]] const auto& [title, scaleBar, north, watermark] = SheetSettings();
     [[maybe_unused]] const auto& [look, cullBacks, section, editPath, background, sky, fog, surroundings, ground,
-                                  lines, edges, occlusion, sun, shadows, antialiasing, samples, sheet, view, batches] =
-        PresentationSettings();
+                                  lines, edges, occlusion, occlusionLook, sun, shadows, antialiasing, samples, sheet,
+                                  view, batches] = PresentationSettings();
     [[maybe_unused]] const auto& [use, smallestPixels] = BatchSettings();
     EXPECT_EQ(CountNamed<FogRange>(), 2);
     EXPECT_EQ(CountNamed<ClipPlane>(), 2);
@@ -249,13 +254,14 @@ TEST(PresentationSettings, EveryFieldIsNamed)
     EXPECT_EQ(CountNamed<LineSettings>(), 5);
     EXPECT_EQ(CountNamed<EdgeLook>(), 3);
     EXPECT_EQ(CountNamed<GroundSettings>(), 3);
+    EXPECT_EQ(CountNamed<OcclusionLook>(), 3);
     EXPECT_EQ(CountNamed<GeoPlace>(), 2);
     EXPECT_EQ(CountNamed<SunSettings>(), 4);
     EXPECT_EQ(CountNamed<ShadowSettings>(), 4);
     EXPECT_EQ(CountNamed<ViewSettings>(), 7);
     EXPECT_EQ(CountNamed<SheetSettings>(), 4);
     EXPECT_EQ(CountNamed<BatchSettings>(), 2);
-    EXPECT_EQ(CountNamed<PresentationSettings>(), 19);
+    EXPECT_EQ(CountNamed<PresentationSettings>(), 20);
 }
 
 TEST(PresentationSettings, JSONNamesTheFieldsOfTheTable)
@@ -820,6 +826,7 @@ TEST(PresentationSettings, AFileOfVersion1IsStillRead)
     expected.lines = LineSettings{25.0f, 1.5f, Color::GetRGB(0x20, 0x20, 0x20), 6.0f, 0.25f};
     expected.edges = EdgeLook{0.75f, Color::GetRGB(0, 0, 0x80), Identity::Object};
     expected.occlusion = true;
+    expected.occlusionLook = OcclusionLook{OcclusionKind::Spiral, 0.75f, 1.5f};
     expected.sun.emplace().time = "2026-06-21T15:00+02:00";
     expected.sun->place = GeoPlace{52.52f, 13.4f};
     expected.sun->north = 30.0f;

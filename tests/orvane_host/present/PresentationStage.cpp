@@ -181,12 +181,14 @@ std::vector<StageByStage::Stage> StageByStage::Stages()
         {"edges of objects", edges(Host::Identity::Object)},
         {"edges of groups", edges(Host::Identity::Group)},
         {"occlusion", [](auto& of) { of.ShowAmbientOcclusion(true); }},
+        {"occlusion by horizons", [](auto& of) { of.SetHorizonOcclusion({{20.0f, 1.0f}}); }},
         {"identifiers", [](auto& of) { of.ShowIdentifiers(true); }},
         {"overlaid lines", [](auto& of) { of.OverlayLines(true); }},
         {"all",
          [edges](auto& of) {
              edges(Host::Identity::Object)(of);
              of.ShowAmbientOcclusion(true);
+             of.SetHorizonOcclusion({{20.0f, 1.0f}});
              of.OverlayLines(true);
          }},
     };
@@ -201,6 +203,7 @@ void StageByStage::DropStages()
 {
     renderer->SetEdges(std::nullopt);
     renderer->ShowAmbientOcclusion(false);
+    renderer->SetHorizonOcclusion(std::nullopt);
     renderer->OverlayLines(false);
     renderer->ShowIdentifiers(false);
 }

@@ -33,7 +33,7 @@ enum Setting : std::size_t
     SettingSurfaces,
     SettingLines,
     SettingOverlay,
-    SettingOcclusion,
+    SettingOcclusion, ///< none, by horizons, the spiral
     SettingIdentifiers,
     SettingSamples,
     SettingCapture,
@@ -51,7 +51,7 @@ const std::vector<std::vector<std::string>> kValues = {
     {"", "NoSurfaces"},
     {"", "NoLines"},
     {"", "Overlay"},
-    {"", "Occlusion"},
+    {"", "Occlusion", "Spiral"},
     {"", "Identifiers"},
     {"", "FourSamples"},
     {"", "Captured"},
@@ -132,7 +132,10 @@ protected:
             renderer->SetEdges(look);
         }
         renderer->OverlayLines(Is(SettingOverlay));
-        renderer->ShowAmbientOcclusion(Is(SettingOcclusion));
+        const int occlusion = GetParam()[SettingOcclusion];
+        renderer->SetHorizonOcclusion(
+            occlusion == 1 ? std::optional<Host::PresentationRenderer::HorizonOcclusion>({0.5f, 1.0f}) : std::nullopt);
+        renderer->ShowAmbientOcclusion(occlusion == 2);
         renderer->ShowIdentifiers(Is(SettingIdentifiers));
     }
 
@@ -141,6 +144,7 @@ protected:
         renderer->SetEdges(std::nullopt);
         renderer->OverlayLines(false);
         renderer->ShowAmbientOcclusion(false);
+        renderer->SetHorizonOcclusion(std::nullopt);
         renderer->ShowIdentifiers(false);
     }
 

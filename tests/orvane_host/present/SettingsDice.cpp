@@ -115,6 +115,9 @@ void Change(PresentationSettings& settings, Dice& dice, const std::vector<std::s
         settings.edges = dice.Below(2) != 0 ? std::optional<Host::EdgeLook>({dice.Share(), AnyColor(dice), dice.Below(2) != 0 ? Host::Identity::Object : Host::Identity::Group})
                                             : std::nullopt;
         settings.occlusion = dice.Below(2) != 0;
+        settings.occlusionLook.kind = static_cast<Host::OcclusionKind>(dice.Below(2));
+        settings.occlusionLook.radius = dice.Below(2) != 0 ? std::optional<float>(0.05f + dice.Share()) : std::nullopt;
+        settings.occlusionLook.strength = 2.0f * dice.Share();
         break;
     case 11:
         settings.ground.reset();

@@ -1,0 +1,159 @@
+#include "orvane_host/present/detail/FaceEffect.h"
+
+#include "orvane_host/present/shaders/FaceEffect.frag.h"
+#include "orvane_host/present/shaders/FaceEffect.vert.h"
+#include "orvane/math/Matrix.h"
+#include "orvane/math/Transform.h"
+#include "orvane/renderdata/CameraNodeES20.h"
+#include "orvane/renderdata/MaterialES20.h"
+#include "orvane/renderdata/MeshES20.h"
+#include "orvane/scene/CameraNode.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/MeshNode.h"
+
+#include <GL/gl.h>
+
+namespace OV::Host::Detail
+{
+
+namespace
+{
+
+enum Option : std::uint64_t
+{
+    OptionHoles = 1,
+};
+
+constexpr OptionRow kOptions[] = {
+    {OptionHoles, "HOLES"},
+};
+
+enum Uniform : int
+{
+    UniformObjectToClip,
+    UniformObjectToView,
+    UniformWorldTransform,
+    UniformNumClipPlanes,
+    UniformClipPlaneNormals,
+    UniformClipPlanePositions,
+    UniformIsPerspective,
+    UniformMaps,
+    UniformTexture0,
+    UniformOpacityMap,
+    UniformScale,
+};
+
+constexpr IndexedName kUniforms[] = {
+    {UniformObjectToClip, "u_objectToClip"},
+    {UniformObjectToView, "u_objectToView"},
+    {UniformWorldTransform, "u_worldTransform"},
+    {UniformNumClipPlanes, "u_numClipPlanes"},
+    {UniformClipPlaneNormals, "u_clipPlaneNormals"},
+    {UniformClipPlanePositions, "u_clipPlanePositions"},
+    {UniformIsPerspective, "u_isPerspective"},
+    {UniformMaps, "u_maps"},
+    {UniformTexture0, "u_texture0"},
+    {UniformOpacityMap, "u_opacityMap"},
+    {UniformScale, "u_scale"},
+};
+static_assert(IsDense(kUniforms));
+
+enum Attribute : unsigned
+{
+    AttributePosition,
+    AttributeTexture,
+};
+
+constexpr IndexedName kAttributes[] = {
+    {AttributePosition, "a_position"},
+    {AttributeTexture, "a_texture"},
+};
+
+constexpr ProgramTemplate kTemplate = {
+    "FaceEffect", Shaders::FaceEffectVert, Shaders::FaceEffectFrag, kOptions, kUniforms, kAttributes,
+};
+
+constexpr int kOpacityUnit = 1;
+
+} // namespace
+
+FaceEffect::FaceEffect() : MaterialEffectES20(nullptr)
+{
+    m_discardsAtPlanes = true;
+}
+
+unsigned int FaceEffect::CreateProgramForOptions(std::uint64_t options, std::string& name)
+{
+    return CreateFromTemplate(kTemplate, options, name);
+}
+
+void FaceEffect::Apply(MaterialES20* data, CameraNodeES20* camera)
+{
+    m_camera = camera;
+    const unsigned int colors = data->GetMaterial()->hasAlpha ? ColorTexture(data) : 0;
+    const unsigned int holes = data->GetOpacityMapID();
+    m_boundTextures = colors != 0 || holes != 0;
+    UseOptions(m_boundTextures ? OptionHoles : std::uint64_t(0));
+    Set(UniformIsPerspective, camera->GetCameraNode()->GetProjection() == CameraNode::Perspective ? 1 : 0);
+    if (m_boundTextures)
+    {
+        Set(UniformMaps, (colors != 0 ? 1 : 0) + (holes != 0 ? 2 : 0));
+        Set(UniformTexture0, 0);
+        Set(UniformOpacityMap, kOpacityUnit);
+        Set(UniformScale, ShaderScale(data->GetUScale()), ShaderScale(data->GetVScale()));
+        BindTexture(kOpacityUnit, holes);
+        BindTexture(0, colors);
+    }
+    glDisable(GL_BLEND);
+}
+
+void FaceEffect::Remove()
+{
+    EndUse();
+    if (m_boundTextures)
+    {
+        BindTexture(kOpacityUnit, 0);
+        BindTexture(0, 0);
+        m_boundTextures = false;
+    }
+}
+
+void FaceEffect::BindMeshAttributes(MeshES20* mesh)
+{
+    EnableAttribute(AttributePosition, 3, mesh->GetStride(), mesh->GetPositionOffset());
+    if (HasAttribute(AttributeTexture))
+    {
+        EnableStream(AttributeTexture, 2, mesh->GetStride(), mesh->GetTextureOffset());
+    }
+}
+
+void FaceEffect::ReleaseMeshAttributes(MeshES20* mesh)
+{
+    if (HasAttribute(AttributeTexture))
+    {
+        DisableStream(AttributeTexture, mesh->GetTextureOffset());
+    }
+    DisableAttribute(AttributePosition);
+}
+
+void FaceEffect::BindMeshUniforms(MeshNode* node)
+{
+    // Multiplied in double: far from the origin nothing else leaves differences of pixels.
+    Transform toView;
+    toView.Multiply(m_camera->GetInvCamT(), node->GetGlobal());
+    const auto& rows = toView.GetTransf3d().m;
+    Matrix matrix;
+    for (int row = 0; row < 4; ++row)
+    {
+        for (int column = 0; column < 4; ++column)
+        {
+            matrix.m[column * 4 + row] = row < 3 ? static_cast<float>(rows[row][column]) : column == 3 ? 1.0f : 0.0f;
+        }
+    }
+    Set(UniformObjectToView, matrix);
+    Set(UniformObjectToClip, ModelViewProjection(node));
+    Set(UniformWorldTransform, *node->GetGlobalMatrix());
+    SetClipPlanes(UniformClipPlaneNormals, UniformClipPlanePositions, UniformNumClipPlanes, clipPlanesActive);
+}
+
+} // namespace OV::Host::Detail

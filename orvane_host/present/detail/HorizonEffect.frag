@@ -1,0 +1,302 @@
+// How much of its surroundings each pixel sees hidden, and the colour that this leaves.
+//
+// In planes through the line of sight it is looked up, to either side, how high what is near rises over
+// the place. Between these horizons light arrives: of each plane that share, counted as it lights the
+// face, is known exactly. Two runs: the first works out the share with other planes and steps in each of
+// 4 x 4 pixels, the second takes the mean of these along the face and darkens the picture by it.
+
+PRECISION_DEFAULT_HIGHP(float)
+
+@OPTIONS@
+
+#define PLANES 8
+#define MOST_STEPS 16
+#define RISE 3.0
+#define PI 3.14159265
+
+uniform HIGHP sampler2D u_depth;   // of the surfaces
+uniform sampler2D u_faces;         // which way they look, see FaceEffect
+#ifdef SHADE
+uniform sampler2D u_hidden;        // of the first run
+#endif
+uniform vec2 u_size;               // of the target, pixels
+uniform vec4 u_view;               // factors and offsets from a pixel to view space, with perspective at distance 1
+uniform vec2 u_distance;           // factor and offset from a depth to the distance, with perspective to 1 over it
+uniform float u_precision;         // of a distance, with perspective for its square
+uniform float u_radius;            // of what hides, units of the model
+uniform float u_reach;             // the same in pixels at most
+#ifdef FAR
+uniform HIGHP sampler2D u_farDepth; // of all of the picture, in coarser pixels
+uniform vec2 u_farSize;            // their number
+uniform vec4 u_farView;            // as u_view
+uniform vec4 u_toFar;              // factors and offsets from a pixel to those
+uniform float u_nearReach;         // pixels beyond which it is looked up there
+#endif
+#ifdef SHADE
+uniform float u_strength;
+uniform vec2 u_fog;                // factor and offset from a distance to what fog leaves
+#endif
+
+float depthAt(vec2 pixel)
+{
+    return texture2D(u_depth, pixel / u_size).r;
+}
+
+float distanceOf(float depth)
+{
+    float value = u_distance.x * depth + u_distance.y;
+#ifdef PERSPECTIVE
+    return 1.0 / value;
+#else
+    return value;
+#endif
+}
+
+// In view space, of the middle of a pixel.
+vec3 placeIn(vec4 view, vec2 pixel, float distance)
+{
+    vec2 place = pixel * view.xy + view.zw;
+#ifdef PERSPECTIVE
+    place *= distance;
+#endif
+    return vec3(place, -distance);
+}
+
+vec3 placeAt(vec2 pixel, float distance)
+{
+    return placeIn(u_view, pixel, distance);
+}
+
+float precisionAt(float distance)
+{
+#ifdef PERSPECTIVE
+    return u_precision * distance * distance;
+#else
+    return u_precision;
+#endif
+}
+
+vec3 faceAt(vec2 pixel)
+{
+    vec4 bytes = floor(texture2D(u_faces, pixel / u_size) * 255.0 + 0.5);
+    vec2 place = (bytes.xy * 256.0 + bytes.zw) / 65535.0 * 2.0 - 1.0;
+    vec3 v = vec3(place, 1.0 - abs(place.x) - abs(place.y));
+    float fold = max(-v.z, 0.0);
+    v.x += v.x < 0.0 ? fold : -fold;
+    v.y += v.y < 0.0 ? fold : -fold;
+    return normalize(v);
+}
+
+// The size of a pixel at a place.
+float pixelAt(float distance)
+{
+#ifdef PERSPECTIVE
+    return max(u_view.x, u_view.y) * distance;
+#else
+    return max(u_view.x, u_view.y);
+#endif
+}
+
+#ifndef SHADE
+// How far apart pixels of a group are in all that is looked up: 0 to 15 sixteenths.
+float orderInGroup(vec2 pixel)
+{
+    vec2 coarse = mod(floor(pixel * 0.5), 2.0);
+    vec2 fine = mod(floor(pixel), 2.0);
+    float inFine = fract(fine.x * 0.5 + fine.y * 0.75);
+    float inCoarse = fract(coarse.x * 0.5 + coarse.y * 0.75);
+    return inFine + inCoarse * 0.25;
+}
+
+// How high what is seen beside a place hides it, as the cosine of the angle to the eye. What rises out of
+// the radius is taken to go down into it, as walls do that are seen from above; the less so the farther
+// it is in front, where it may as well float.
+float heightOf(vec3 to, float away, vec3 towardEye, float lowest)
+{
+    float front = dot(to, towardEye);
+    if (away < u_radius)
+    {
+        return front / away;
+    }
+    float beside = 1.0 - (away * away - front * front) / (u_radius * u_radius);
+    float share = clamp((RISE - front / u_radius) / (RISE - 1.0), 0.0, 1.0);
+    return beside > 0.0 && front > 0.0 ? mix(lowest, max(sqrt(beside), lowest), share) : lowest;
+}
+
+// The cosine of the angle from the eye to the horizon on one side.
+float horizon(vec2 pixel, vec3 place, vec3 normal, vec3 towardEye, vec2 way, float start, float lowest)
+{
+    float highest = lowest;
+    float steps = clamp(length(way) / 8.0, 8.0, float(MOST_STEPS));
+    for (int i = 0; i < MOST_STEPS; ++i)
+    {
+        float along = (float(i) + start) / steps;
+        if (along >= 1.0)
+        {
+            break;
+        }
+        vec2 beside = way * along * along;
+        float least = float(i) + 1.0;
+        beside *= max(1.0, least / max(length(beside), 1.0e-6));
+        vec2 size = u_size;
+        vec2 other = floor(pixel + beside) + 0.5;
+#ifdef FAR
+        bool isFar = dot(beside, beside) > u_nearReach * u_nearReach;
+        if (isFar)
+        {
+            size = u_farSize;
+            other = floor((pixel + beside) * u_toFar.xy + u_toFar.zw) + 0.5;
+        }
+#endif
+        if (any(lessThan(other, vec2(0.0))) || any(greaterThan(other, size)))
+        {
+            break;
+        }
+#ifdef FAR
+        float depth = isFar ? texture2D(u_farDepth, other / size).r : depthAt(other);
+        float distance = distanceOf(depth);
+        vec3 to = (isFar ? placeIn(u_farView, other, distance) : placeAt(other, distance)) - place;
+#else
+        float depth = depthAt(other);
+        float distance = distanceOf(depth);
+        vec3 to = placeAt(other, distance) - place;
+#endif
+        float away = length(to);
+        // What rises less than depths are exact lies in the same plane.
+        float over = dot(to, normal) - 2.0 * precisionAt(distance) - 0.003 * away;
+        if (depth < 1.0 && over > 0.0)
+        {
+            highest = max(highest, heightOf(to, away, towardEye, lowest));
+        }
+    }
+    return highest;
+}
+
+// The light in a plane on one side of the direction to the eye, up to a horizon.
+float lightTo(float cosine, float side, float tilt)
+{
+    float angle = side * acos(clamp(cosine, -1.0, 1.0));
+    return 0.25 * (cos(tilt) + 2.0 * angle * sin(tilt) - cos(2.0 * angle - tilt));
+}
+
+float hiddenAt(vec2 pixel, float distance)
+{
+    vec3 place = placeAt(pixel, distance);
+    vec3 normal = faceAt(pixel);
+#ifdef PERSPECTIVE
+    vec3 towardEye = normalize(-place);
+#else
+    vec3 towardEye = vec3(0.0, 0.0, 1.0);
+#endif
+    vec3 right = normalize(cross(vec3(0.0, 1.0, 0.0), towardEye));
+    vec3 up = cross(towardEye, right);
+    float order = orderInGroup(pixel);
+    float start = fract(order * 16.0 * 0.618034 + 0.5);
+    float hidden = 0.0;
+    for (int i = 0; i < PLANES; ++i)
+    {
+        float turn = (float(i) + order) * (PI / float(PLANES));
+        vec3 across = cos(turn) * right + sin(turn) * up;
+#ifdef PERSPECTIVE
+        vec2 way = (across.xy + place.xy / distance * across.z) / distance / u_view.xy;
+#else
+        vec2 way = across.xy / u_view.xy;
+#endif
+        way *= u_radius;
+        way *= min(1.0, u_reach / length(way));
+
+        vec3 axis = cross(across, towardEye);
+        vec3 inPlane = normal - axis * dot(normal, axis);
+        float share = max(length(inPlane), 1.0e-6);
+        float tilt = acos(clamp(dot(inPlane, towardEye) / share, 0.0, 1.0));
+        tilt = dot(inPlane, across) < 0.0 ? -tilt : tilt;
+        vec2 lowest = vec2(cos(tilt + 0.5 * PI), cos(tilt - 0.5 * PI));
+        float ahead = horizon(pixel, place, normal, towardEye, way, start, lowest.x);
+        float behind = horizon(pixel, place, normal, towardEye, -way, start, lowest.y);
+        // As differences, so that nothing is lost where nothing rises.
+        hidden += share * (lightTo(lowest.x, 1.0, tilt) - lightTo(ahead, 1.0, tilt)
+                           + lightTo(lowest.y, -1.0, tilt) - lightTo(behind, -1.0, tilt));
+    }
+    return clamp(hidden / float(PLANES), 0.0, 1.0);
+}
+
+void main()
+{
+    float depth = depthAt(gl_FragCoord.xy);
+    float hidden = 0.0;
+    if (depth < 1.0)
+    {
+        hidden = hiddenAt(gl_FragCoord.xy, distanceOf(depth));
+    }
+    gl_FragColor = vec4(hidden);
+}
+#else
+// The mean over as many pixels as differ in what they looked up, each counted once, of those in the
+// same face. A face of but a few pixels is taken together with what is about it: where it is no wider
+// than a pixel, most of it is not even seen.
+float smoothHidden(vec2 pixel, float distance)
+{
+    vec3 place = placeAt(pixel, distance);
+    vec3 normal = faceAt(pixel);
+    float side = pixelAt(distance);
+    float room = side + 2.0 * precisionAt(distance);
+    vec2 same = vec2(0.0);  // sum and count
+    vec2 about = vec2(0.0);
+    for (int y = -2; y <= 2; ++y)
+    {
+        for (int x = -2; x <= 2; ++x)
+        {
+            vec2 other = pixel + vec2(float(x), float(y));
+            float weight = (x == -2 || x == 2 ? 0.5 : 1.0) * (y == -2 || y == 2 ? 0.5 : 1.0);
+            float depth = depthAt(other);
+            vec3 to = placeAt(other, distanceOf(depth)) - place;
+            vec2 counted = weight * vec2(texture2D(u_hidden, other / u_size).r, 1.0);
+            bool isAbout = depth < 1.0 && length(to) < 8.0 * side;
+            bool isSame = depth < 1.0 && abs(dot(to, normal)) < room && dot(faceAt(other), normal) > 0.9;
+            about += isAbout ? counted : vec2(0.0);
+            same += isSame ? counted : vec2(0.0);
+        }
+    }
+    float share = clamp((same.y - 4.0) * 0.5, 0.0, 1.0);
+    return mix(about.x / max(about.y, 1.0), same.x / max(same.y, 1.0), share);
+}
+
+// Of a pixel that something covers in part, without its middle.
+float hiddenBeside(vec2 pixel, out float distance)
+{
+    float sum = 0.0;
+    float count = 0.0;
+    distance = 0.0;
+    for (int y = -1; y <= 1; ++y)
+    {
+        for (int x = -1; x <= 1; ++x)
+        {
+            vec2 other = pixel + vec2(float(x), float(y));
+            float depth = depthAt(other);
+            float weight = depth < 1.0 ? 1.0 : 0.0;
+            sum += weight * texture2D(u_hidden, other / u_size).r;
+            distance += weight * distanceOf(depth);
+            count += weight;
+        }
+    }
+    distance /= max(count, 1.0);
+    return sum / max(count, 1.0);
+}
+
+void main()
+{
+    float depth = depthAt(gl_FragCoord.xy);
+    float distance = distanceOf(depth);
+    float hidden = 0.0;
+    if (depth < 1.0)
+    {
+        hidden = smoothHidden(gl_FragCoord.xy, distance);
+    }
+    else
+    {
+        hidden = hiddenBeside(gl_FragCoord.xy, distance);
+    }
+    hidden *= u_strength * clamp(u_fog.x * distance + u_fog.y, 0.0, 1.0);
+    gl_FragColor = vec4(vec3(1.0 - min(hidden, 1.0)), 1.0);
+}
+#endif

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "orvane_host/present/PresentationFrame.h"
+#include "orvane_host/present/PresentationStage.h"
+#include "orvane_host/present/detail/EffectInPlace.h"
+#include "orvane_host/present/detail/ScreenBuffer.h"
+
+#include <optional>
+#include <vector>
+
+namespace OV::Host::Detail
+{
+
+class FaceEffect;
+class HorizonEffect;
+
+/// Ambient occlusion as rays within a radius would tell it, from what the eye sees of the surfaces.
+class HorizonStage final : public PresentationStage
+{
+public:
+    struct Look
+    {
+        float radius = 1.0f; ///< world space, above 0
+        float strength = 1.0f;
+    };
+
+    HorizonStage() = default;
+
+    /// GL if anything was drawn.
+    ~HorizonStage() override;
+
+    /// None draws nothing.
+    void Show(const std::optional<Look>& look) { m_look = look; }
+
+    int MarginOf(const PixelSize& whole) const override;
+    FrameNeeds NeedsOf(const PresentationFrame& frame) const override;
+    void Draw(PresentationFrame& frame) override;
+    void ReleaseGL() override;
+
+private:
+    bool Prepare(const PresentationFrame& frame);
+    void SetValues(const PresentationFrame& frame);
+    void SetFar(const PresentationFrame& frame, double right, double top);
+    void DrawFaces(PresentationFrame& frame);
+    void DrawFar(PresentationFrame& frame);
+    void DrawSurfaces(PresentationFrame& frame, ScreenBuffer& buffer, const std::vector<RenderItemES20>& surfaces);
+
+    std::optional<Look> m_look;
+
+    // One reference each; null until something is drawn.
+    FaceEffect* m_faceEffect = nullptr;
+    HorizonEffect* m_effect = nullptr;
+    ScreenBuffer m_faces{RenderTargetProfileColorDepth};
+    ScreenBuffer m_far{RenderTargetProfileColorDepth};
+    ScreenBuffer m_hidden{RenderTargetProfileColor};
+    PixelSize m_farSize; ///< of the frame; none where all is near
+    EffectInPlace::Replaced m_replaced;
+};
+
+} // namespace OV::Host::Detail
