@@ -189,6 +189,9 @@ void DefinePictureOptions(CLI::App& app, Options& options, Texts& texts)
                                              "the horizon, or shadow for shadows alone")
         ->option_text("shadow|#RRGGBB")->group(group);
     app.add_flag("--no-cull", texts.surfaces.noCull, "Draw the back of every face too")->group(group);
+    app.add_flag("--keep-coplanar", options.keepsCoplanar, "Leave faces in one plane to show in turns; without this\n"
+                                                           "the thinner of two things is seen, of equals the later")
+        ->group(group);
     DefinePrintOptions(app, texts.print, *size, options);
 }
 

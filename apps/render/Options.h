@@ -52,6 +52,8 @@ struct Options
 
     /// The view has room for all of the model, also for what planes cut away.
     bool fitsAll = false;
+    /// Faces in one plane are left to the depths that rounding gives them.
+    bool keepsCoplanar = false;
     bool quiet = false;
     bool failIfEmpty = false;
     NodeListing listing = NodeListing::None;

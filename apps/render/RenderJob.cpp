@@ -125,6 +125,7 @@ Host::ImportResult RenderJob::Read(const std::string& file) const
 {
     ProgressBar bar("Loading");
     Host::ImportOptions importOptions;
+    importOptions.orderCoplanar = !m_options.keepsCoplanar;
     importOptions.progress = [&bar](float percent)
     {
         bar.Show(percent);

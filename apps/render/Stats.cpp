@@ -40,6 +40,7 @@ void Stats::AddTo(nlohmann::ordered_json& json) const
     json["nodes"] = presented.nodes;
     json["meshes"] = presented.meshes;
     json["triangles"] = presented.triangles;
+    json["coplanar_pairs"] = presented.coplanarPairs;
     json["draws"] = presented.drawn.draws;
     json["drawn_triangles"] = presented.drawn.drawnTriangles;
     json["batches"] = presented.batches.batches;

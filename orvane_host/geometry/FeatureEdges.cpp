@@ -1,6 +1,7 @@
 #include "orvane_host/geometry/FeatureEdges.h"
 
 #include "orvane_host/geometry/FeatureLines.h"
+#include "orvane_host/geometry/detail/DepthRank.h"
 #include "orvane_host/geometry/detail/EdgeFinder.h"
 #include "orvane_host/geometry/detail/MeshNodes.h"
 #include "orvane_host/geometry/detail/VertexWelder.h"
@@ -14,10 +15,6 @@ namespace OV::Host
 
 namespace
 {
-
-/// Units of depth that faces are moved besides: what the rounding of a depth may differ by. No
-/// round number, by which room is told from an offset that a host has set.
-constexpr float kDepthUnits = 4.0625f;
 
 /// The room that the axis of a line needs, in pixels.
 constexpr float kMostReach = 0.5f;
@@ -57,7 +54,7 @@ LineRoom FeatureEdges::RoomFor(float lineWidth, float scale)
     const float halfWidth = lineWidth / 2.0f;
     const float left = std::max(kMostStanding - halfWidth, 0.0f) / diagonal;
     const float reach = std::min({halfWidth, kMostReach, left}) * scale;
-    return {diagonal * reach, kDepthUnits};
+    return {diagonal * reach, Detail::DepthRank::RoomUnits};
 }
 
 void FeatureEdges::MakeRoom(Scene& scene, float lineWidth, float scale)
@@ -67,16 +64,15 @@ void FeatureEdges::MakeRoom(Scene& scene, float lineWidth, float scale)
     {
         for (Material* material : *list)
         {
-            material->SetFlags(MaterialFlagPolygonOffset);
-            material->polygonOffsetFactor = room.factor;
-            material->polygonOffsetUnits = room.units;
+            const int rank = Detail::DepthRank::Of(Detail::DepthRank::OffsetOf(*material));
+            Detail::DepthRank::Give(*material, Detail::DepthRank::WithRoom(rank, room.factor, room.units));
         }
     }
 }
 
 bool FeatureEdges::HasRoom(const Material& material)
 {
-    return (material.GetFlags() & MaterialFlagPolygonOffset) != 0 && material.polygonOffsetUnits == kDepthUnits;
+    return Detail::DepthRank::HasRoom(Detail::DepthRank::OffsetOf(material));
 }
 
 } // namespace OV::Host

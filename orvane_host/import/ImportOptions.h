@@ -56,6 +56,10 @@ struct ImportOptions
     /// Edges sharper than this stay sharp where normals have to be made, in degrees.
     float smoothingAngle = 35.0f;
 
+    /// Decides of surfaces with faces in one plane, which would show in turns, that the thinner one is seen, of
+    /// two as thick the later one of the file. What stands back has materials with a polygon offset.
+    bool orderCoplanar = true;
+
     /// Leaves all pictures aside when false.
     bool textures = true;
 };

@@ -79,6 +79,8 @@ struct ImportReport
     std::uint64_t lines = 0;
     std::uint64_t skippedLines = 0;
     std::uint64_t droppedTriangles = 0;
+    /// Pairs of surfaces with faces in one plane, in the same place, that were put in order.
+    std::uint64_t coplanarPairs = 0;
     std::uint64_t materials = 0;
     /// Pictures by where they are: of colours and in maps, once for each material.
     std::uint64_t fileTextures = 0;

@@ -1,6 +1,7 @@
 #include "orvane_host/import/ModelImporter.h"
 
 #include "orvane_host/import/detail/AssimpReader.h"
+#include "orvane_host/import/detail/CoplanarFaces.h"
 #include "orvane_host/import/detail/ImportSteps.h"
 #include "orvane_host/import/detail/IsolatedProcess.h"
 #include "orvane_host/import/detail/ModelArchive.h"
@@ -181,6 +182,10 @@ ReadOutcome ReadGuarded(const std::string& path, const ImportOptions& options, c
         if (outcome.status == ImportStatus::Done)
         {
             ReadSite(path, model);
+            if (options.orderCoplanar)
+            {
+                OrderCoplanarFaces(model);
+            }
             if (options.textures)
             {
                 ConvertPictures(model, path, options,

@@ -365,7 +365,7 @@ PresentationStatistics Presentation::GetStatistics() const
         scenes.push_back(sky);
     }
     PresentationStatistics statistics{m_impl->report.nodes, m_impl->report.meshes, m_impl->report.triangles,
-                                      CountDraws(scenes), m_impl->renderer->CountBatches()};
+                                      m_impl->report.coplanarPairs, CountDraws(scenes), m_impl->renderer->CountBatches()};
     // Of what is in a batch only the batch is drawn.
     DrawCounts& drawn = statistics.drawn;
     const BatchCounts& batches = statistics.batches;

@@ -44,6 +44,8 @@ struct PresentationStatistics
     std::uint64_t nodes = 0;
     std::uint64_t meshes = 0;
     std::uint64_t triangles = 0;
+    /// As ImportReport::coplanarPairs.
+    std::uint64_t coplanarPairs = 0;
     /// Of the last frame.
     DrawCounts drawn;
     BatchCounts batches;

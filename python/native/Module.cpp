@@ -182,10 +182,11 @@ void WaitFor(Host::ModelLoading& loading, const py::object& progress)
     }
 }
 
-std::unique_ptr<Handle> Open(const Name& path, bool textures, const py::object& progress)
+std::unique_ptr<Handle> Open(const Name& path, bool textures, bool keepCoplanar, const py::object& progress)
 {
     Host::ImportOptions options;
     options.textures = textures;
+    options.orderCoplanar = !keepCoplanar;
     auto loading = std::make_shared<Host::ModelLoading>(path.bytes, options);
     try
     {
@@ -259,6 +260,7 @@ py::dict ReportOf(const Host::ImportReport& report)
     told["vertices"] = report.vertices;
     told["triangles"] = report.triangles;
     told["materials"] = report.materials;
+    told["coplanar_pairs"] = report.coplanarPairs;
     told["lights"] = report.lights;
     told["cameras"] = report.cameras;
     told["metres_per_unit"] = report.metresPerUnit;
@@ -582,7 +584,8 @@ PYBIND11_MODULE(_native, module)
 
     py::class_<Handle> model(module, "Model");
     model.def(py::init([] { return MakeHandle([] { return std::make_shared<Model>(); }); }));
-    model.def_static("open", &Open, py::arg("path"), py::arg("textures"), py::arg("progress"));
+    model.def_static("open", &Open, py::arg("path"), py::arg("textures"), py::arg("keep_coplanar"),
+                     py::arg("progress"));
     BindView(model);
     BindScene(model);
 

@@ -26,17 +26,18 @@ _SHOWN_SIZE = (960, 600)
 
 
 def open(path: str | bytes | os.PathLike[Any], *, textures: bool = True,
-         progress: Callable[[float], object] | None = None, **settings: Unpack[Settings]) -> Model:
+         keep_coplanar: bool = False, progress: Callable[[float], object] | None = None, **settings: Unpack[Settings]) -> Model:
     """Opens a model file, in a process of its own, so that a damaged file harms nobody.
 
     :param path: a file of any of :func:`formats`.
     :param textures: whether pictures on surfaces are read.
+    :param keep_coplanar: leaves faces in one plane to show in turns, where else the thinner of two things is seen.
     :param progress: called now and then with the share that is read, 0 to 100; ``False`` as an answer ends it.
     :param settings: as for :meth:`Model.set`.
     :raises FileError: with the reason and the remedy.
     """
     model = Model.__new__(Model)
-    model._begin(_native.Model.open(os.fsdecode(path), bool(textures), progress))
+    model._begin(_native.Model.open(os.fsdecode(path), bool(textures), bool(keep_coplanar), progress))
     return model.set(**settings)
 
 

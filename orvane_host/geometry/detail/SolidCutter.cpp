@@ -1,6 +1,7 @@
 #include "orvane_host/geometry/detail/SolidCutter.h"
 
 #include "orvane_host/geometry/detail/ClosedShells.h"
+#include "orvane_host/geometry/detail/MaterialCopy.h"
 #include "orvane_host/geometry/detail/MeshNodes.h"
 #include "orvane_host/geometry/detail/PlaneSection.h"
 #include "orvane/math/Transf3d.h"
@@ -14,10 +15,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
-#include <iterator>
 #include <limits>
-#include <new>
 #include <utility>
 
 namespace OV::Host::Detail
@@ -266,37 +264,9 @@ bool IsCut(const Mesh& mesh, const std::vector<SectionPlane>& planes)
 /// The same surface, without meshes.
 Material* CopyOf(const Material& other)
 {
-    auto* const copy = new Material(other);
-    copy->flags = other.flags;
-    if (other.pixels)
-    {
-        const std::size_t bytes = std::size_t(4) * static_cast<std::size_t>(other.pixelWidth)
-            * static_cast<std::size_t>(other.pixelHeight);
-        copy->pixels = static_cast<unsigned char*>(std::malloc(bytes));
-        if (!copy->pixels)
-        {
-            delete copy;
-            throw std::bad_alloc();
-        }
-        std::copy(other.pixels, other.pixels + bytes, copy->pixels);
-    }
-    copy->pixelWidth = other.pixelWidth;
-    copy->pixelHeight = other.pixelHeight;
-    copy->pointSize = other.pointSize;
-    copy->polygonOffsetFactor = other.polygonOffsetFactor;
-    copy->polygonOffsetUnits = other.polygonOffsetUnits;
-    copy->clampTexture = other.clampTexture;
-    copy->uScale = other.uScale;
-    copy->vScale = other.vScale;
-    copy->stippleOffset = other.stippleOffset;
-    copy->stippleSize = other.stippleSize;
-    copy->hatchUScale = other.hatchUScale;
-    copy->hatchVScale = other.hatchVScale;
-    copy->normalMapName = other.normalMapName;
-    copy->opacityMapName = other.opacityMapName;
-    std::copy(std::begin(other.reflectionFactors), std::end(other.reflectionFactors), copy->reflectionFactors);
-    copy->noDepthWrite = other.noDepthWrite;
-    return copy;
+    auto copy = std::make_unique<Material>(other);
+    CompleteCopy(other, *copy);
+    return copy.release();
 }
 
 Material* MakeSectionMaterial(const Color& color)

@@ -1,5 +1,8 @@
 #include "orvane_host/import/detail/MaterialBuilder.h"
 
+#include "orvane_host/geometry/detail/DepthRank.h"
+#include "orvane_host/geometry/detail/MaterialCopy.h"
+
 #include "orvane/scene/LineStyle.h"
 #include "orvane/scene/Scene.h"
 
@@ -26,13 +29,32 @@ MaterialBuilder::MaterialBuilder(const ModelData& model, const std::string& mode
 {
 }
 
-Material& MaterialBuilder::Get(std::uint32_t index, PrimitiveKind kind)
+Material& MaterialBuilder::Get(std::uint32_t index, PrimitiveKind kind, int rank)
 {
-    Material*& known = m_materials[{index, kind}];
-    if (known)
+    ImportedMaterial*& known = m_materials[{index, kind, 0}];
+    if (!known)
+    {
+        known = &Make(index, kind);
+        ++m_report.materials;
+    }
+    if (rank == 0)
     {
         return *known;
     }
+    ImportedMaterial*& ranked = m_materials[{index, kind, rank}];
+    if (!ranked)
+    {
+        auto copy = std::make_unique<ImportedMaterial>(*known);
+        Detail::CompleteCopy(*known, *copy);
+        Detail::DepthRank::Give(*copy, Detail::DepthRank::Steps(rank));
+        m_scene.AddMaterial(copy.get());
+        ranked = copy.release();
+    }
+    return *ranked;
+}
+
+ImportedMaterial& MaterialBuilder::Make(std::uint32_t index, PrimitiveKind kind)
+{
     const MaterialData plain;
     const MaterialData& data = index < m_model.materials.size() ? m_model.materials[index] : plain;
     auto material = std::make_unique<ImportedMaterial>(data.name);
@@ -62,9 +84,7 @@ Material& MaterialBuilder::Get(std::uint32_t index, PrimitiveKind kind)
     }
 
     m_scene.AddMaterial(material.get());
-    known = material.release();
-    ++m_report.materials;
-    return *known;
+    return *material.release();
 }
 
 LineStyle& MaterialBuilder::GetStyle(std::uint32_t index)

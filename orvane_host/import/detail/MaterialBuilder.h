@@ -8,7 +8,7 @@
 
 #include <map>
 #include <string>
-#include <utility>
+#include <tuple>
 
 namespace OV
 {
@@ -30,12 +30,14 @@ public:
                     Scene& scene, ImportReport& report);
 
     /// @return a material of the scene. An index that the model lacks gives a plain grey.
-    Material& Get(std::uint32_t index, PrimitiveKind kind);
+    /// @param rank of what stands back behind others in one plane; see MeshData::standsBack.
+    Material& Get(std::uint32_t index, PrimitiveKind kind, int rank = 0);
 
     /// @return a style of the scene for lines of a material, in its colour.
     LineStyle& GetStyle(std::uint32_t index);
 
 private:
+    ImportedMaterial& Make(std::uint32_t index, PrimitiveKind kind);
     void SetColors(const MaterialData& data, Material& material) const;
     /// @return whether pixels of the picture can be other than opaque.
     bool SetTexture(const MaterialData& data, ImportedMaterial& material);
@@ -47,7 +49,7 @@ private:
     ImportReport& m_report;
     PictureReader m_pictures;
     MapBuilder m_maps;
-    std::map<std::pair<std::uint32_t, PrimitiveKind>, Material*> m_materials;
+    std::map<std::tuple<std::uint32_t, PrimitiveKind, int>, ImportedMaterial*> m_materials;
     std::map<std::uint32_t, LineStyle*> m_styles;
 };
 

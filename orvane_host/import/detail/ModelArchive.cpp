@@ -34,6 +34,8 @@ void Fields(Archive& archive, T& mesh, const MeshData*)
 {
     archive.Text(mesh.name);
     archive.Value(mesh.material);
+    archive.Value(mesh.pieceOf);
+    archive.Value(mesh.standsBack);
     archive.Value(mesh.kind);
     archive.Array(mesh.positions);
     archive.Array(mesh.normals);
@@ -102,6 +104,8 @@ void Fields(Archive& archive, T& model, const ModelData*)
     archive.Value(model.longitude);
     archive.Value(model.north);
     archive.Value(model.skippedLines);
+    archive.Value(model.coplanarPairs);
+    archive.Value(model.droppedTriangles);
     archive.List(model.nodes);
     archive.List(model.meshes);
     archive.List(model.materials);

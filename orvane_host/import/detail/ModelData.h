@@ -32,6 +32,10 @@ struct MeshData
 {
     std::string name;
     std::uint32_t material = 0;
+    /// The mesh of the file that it is a piece of, or -1.
+    std::int32_t pieceOf = -1;
+    /// How many surfaces, each before the next, lie before it in one plane: see OrderCoplanarFaces.
+    std::uint8_t standsBack = 0;
     PrimitiveKind kind = PrimitiveKind::Triangles;
     /// Three floats a vertex; the others are empty or hold 3, 2 and 4 floats a vertex.
     ArrayView<float> positions;
@@ -156,6 +160,9 @@ struct ModelData
     /// Where true north lies, in degrees clockwise from -Z.
     double north = std::numeric_limits<double>::quiet_NaN();
     std::uint64_t skippedLines = 0;
+    std::uint64_t coplanarPairs = 0;
+    /// Triangles of no use, of meshes that only pieces are left of.
+    std::uint64_t droppedTriangles = 0;
     std::vector<NodeData> nodes;
     std::vector<MeshData> meshes;
     std::vector<MaterialData> materials;

@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -80,6 +81,7 @@ private:
     void BuildMesh(const MeshData& data, const std::vector<MeshNode*>& nodes);
     void BuildLines(const MeshData& data, const std::vector<MeshNode*>& nodes);
     void AddPart(MeshPart&& part, const MeshData& data, const std::vector<MeshNode*>& nodes);
+    void CountSource(const MeshData& data, bool isDrawn);
     void CountPart(const MeshPart& part, PrimitiveKind kind, std::uint64_t instances);
     void WidenBox(const Mesh& mesh, const MeshNode& node);
     void WidenBox(const Transform& transform, const Vector& point);
@@ -94,6 +96,7 @@ private:
     MaterialBuilder m_materials;
     std::vector<Node*> m_nodes;
     std::vector<std::vector<MeshNode*>> m_nodesOfMesh;
+    std::unordered_set<std::int64_t> m_sources; ///< of the meshes that were built
     std::uint64_t m_boxedVertices = 0;
     std::uint64_t m_pathSteps = 0;
 };
@@ -232,7 +235,7 @@ void SceneBuilder::BuildMesh(const MeshData& data, const std::vector<MeshNode*>&
     }
     MeshParts split = SplitMesh(data);
     m_report.droppedTriangles += split.dropped;
-    m_report.fileMeshes += split.parts.empty() ? 0 : 1;
+    CountSource(data, !split.parts.empty());
     for (MeshPart& part : split.parts)
     {
         AddPart(std::move(part), data, nodes);
@@ -244,7 +247,7 @@ void SceneBuilder::BuildLines(const MeshData& data, const std::vector<MeshNode*>
     const LineParts split = SplitLines(data);
     m_report.lines += split.segments;
     m_report.skippedLines += split.dropped;
-    m_report.fileMeshes += split.parts.empty() ? 0 : 1;
+    CountSource(data, !split.parts.empty());
     for (const std::shared_ptr<RawLine>& raw : split.parts)
     {
         // The scene owns it from here on.
@@ -279,7 +282,7 @@ void SceneBuilder::AddPart(MeshPart&& part, const MeshData& data, const std::vec
     {
         m_result.meshes.push_back({data.name, mesh});
     }
-    m_materials.Get(data.material, data.kind).AddMesh(mesh);
+    m_materials.Get(data.material, data.kind, data.standsBack).AddMesh(mesh);
     bool isMirrored = false;
     for (MeshNode* node : nodes)
     {
@@ -295,6 +298,13 @@ void SceneBuilder::AddPart(MeshPart&& part, const MeshData& data, const std::vec
         // A mirror turns every front face into a back face, which would not be drawn.
         mesh->SetFlags(MeshFlagNoCull);
     }
+}
+
+/// Counts a mesh of the file once, of which there may be several pieces.
+void SceneBuilder::CountSource(const MeshData& data, bool isDrawn)
+{
+    const auto own = static_cast<std::int64_t>(&data - m_model.meshes.data());
+    m_report.fileMeshes += isDrawn && m_sources.insert(data.pieceOf >= 0 ? data.pieceOf : own).second ? 1 : 0;
 }
 
 void SceneBuilder::CountPart(const MeshPart& part, PrimitiveKind kind, std::uint64_t instances)
@@ -366,6 +376,8 @@ void SceneBuilder::Finish()
     {
         m_report.north = m_model.north;
     }
+    m_report.coplanarPairs = m_model.coplanarPairs;
+    m_report.droppedTriangles += m_model.droppedTriangles;
     m_report.skippedLines += m_model.skippedLines;
     m_report.warnings.insert(m_report.warnings.begin(), m_model.warnings.begin(), m_model.warnings.end());
     if (m_report.skippedLines > 0)

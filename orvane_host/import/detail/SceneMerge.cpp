@@ -220,6 +220,7 @@ void AddReport(ImportReport& sum, const ImportReport& more, double scale)
     sum.meshes += more.meshes;
     sum.vertices += more.vertices;
     sum.triangles += more.triangles;
+    sum.coplanarPairs += more.coplanarPairs;
     sum.drawnTriangles += more.drawnTriangles;
     sum.points += more.points;
     sum.lines += more.lines;

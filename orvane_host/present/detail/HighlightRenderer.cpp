@@ -1,6 +1,6 @@
 #include "orvane_host/present/detail/HighlightRenderer.h"
 
-#include "orvane_host/geometry/FeatureEdges.h"
+#include "orvane_host/geometry/detail/DepthRank.h"
 #include "orvane_host/present/detail/EffectInPlace.h"
 #include "orvane_host/present/detail/Effects.h"
 #include "orvane/effects/DepthIdPassEffectES20.h"
@@ -136,9 +136,13 @@ void HighlightRenderer::Lay(const Color& color, MeshNode& node, Mesh& mesh, Came
     m_material->pointSize = own.pointSize;
     // As deep as the surface, and a little nearer: the two are drawn by different programs.
     // The room for lines moves depth only, not what is seen.
-    const bool isMoved = (own.GetFlags() & MaterialFlagPolygonOffset) != 0 && !FeatureEdges::HasRoom(own);
-    m_material->polygonOffsetFactor = isMoved ? own.polygonOffsetFactor : 0.0f;
-    m_material->polygonOffsetUnits = (isMoved ? own.polygonOffsetUnits : 0.0f) - 1.0f;
+    DepthOffset offset = DepthRank::OffsetOf(own);
+    if (!offset.isOn || DepthRank::HasRoom(offset))
+    {
+        offset = DepthRank::Steps(DepthRank::Of(offset));
+    }
+    m_material->polygonOffsetFactor = offset.factor;
+    m_material->polygonOffsetUnits = offset.units - 1.0f;
     m_item.assign(1, {&mesh, static_cast<MaterialES20*>(m_material->GetRenderData()), true, &node});
     const EffectInPlace inPlace(m_item, RenderPassDepthId, *m_effect);
     RenderItemList(&camera, m_item, RenderPassDepthId);

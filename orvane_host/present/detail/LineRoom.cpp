@@ -1,6 +1,5 @@
 #include "orvane_host/present/detail/LineRoom.h"
 
-#include "orvane_host/geometry/FeatureEdges.h"
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
@@ -75,10 +74,11 @@ bool LineRoom::TakeBack(const std::vector<RenderItemES20>& items, std::size_t en
         style = items[i].style;
         const auto* const data = dynamic_cast<const MaterialES20*>(style);
         Material* const material = data ? data->GetMaterial() : nullptr;
-        if (material && FeatureEdges::HasRoom(*material))
+        const DepthOffset offset = material ? DepthRank::OffsetOf(*material) : DepthOffset();
+        if (DepthRank::HasRoom(offset))
         {
-            material->ClearFlags(MaterialFlagPolygonOffset);
-            m_materials.push_back(material);
+            DepthRank::Give(*material, DepthRank::Steps(DepthRank::Of(offset)));
+            m_materials.push_back({material, offset});
         }
     }
     return !m_materials.empty();
@@ -118,9 +118,9 @@ void LineRoom::KeepDrawIDs(const std::vector<RenderItemES20>& items)
 
 void LineRoom::GiveAgain()
 {
-    for (Material* material : m_materials)
+    for (const Moved& moved : m_materials)
     {
-        material->SetFlags(MaterialFlagPolygonOffset);
+        DepthRank::Give(*moved.material, moved.offset);
     }
     m_materials.clear();
 }

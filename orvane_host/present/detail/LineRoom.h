@@ -1,5 +1,6 @@
 #pragma once
 
+#include "orvane_host/geometry/detail/DepthRank.h"
 #include "orvane/renderdata/RenderItemES20.h"
 
 #include <cstddef>
@@ -44,6 +45,12 @@ public:
                  const std::function<void()>& draw);
 
 private:
+    struct Moved
+    {
+        Material* material;
+        DepthOffset offset; ///< with room
+    };
+
     bool TakeBack(const std::vector<RenderItemES20>& items, std::size_t end);
     void GiveAgain();
 
@@ -51,7 +58,7 @@ private:
     void RestoreDrawIDs();
 
     // They keep their memory from frame to frame.
-    std::vector<Material*> m_materials; ///< without room for now
+    std::vector<Moved> m_materials; ///< without room for now
     std::vector<Mesh*> m_meshes;        ///< of m_part, whose draw IDs drawing uses up
     std::vector<RenderItemES20> m_part;
 };

@@ -1,5 +1,6 @@
 #include "orvane_host/present/detail/MaterialSettings.h"
 
+#include "orvane_host/geometry/detail/DepthRank.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Scene.h"
 
@@ -77,9 +78,13 @@ MaterialSettings::State MaterialSettings::Want(const State& original, const Mate
     }
     if (wanted.room)
     {
+        // What stands back among faces in one plane does so by as much more.
+        const bool isOn = (original.flags & MaterialFlagPolygonOffset) != 0;
+        const int rank = DepthRank::Of({isOn, original.offsetFactor, original.offsetUnits});
+        const DepthOffset offset = DepthRank::WithRoom(rank, wanted.room->factor, wanted.room->units);
         state.flags |= MaterialFlagPolygonOffset;
-        state.offsetFactor = wanted.room->factor;
-        state.offsetUnits = wanted.room->units;
+        state.offsetFactor = offset.factor;
+        state.offsetUnits = offset.units;
     }
     return state;
 }

@@ -26,6 +26,7 @@ const std::vector<std::string> Known = {
     "--fit-all",    "--sun",        "--place",   "--sun-study",    "--sun-hours",
     "--ao-kind",    "--ao-radius", "--ao-strength",
     "--shadows",    "--sun-width", "--shadow-darkness", "--clipped-casts",
+    "--keep-coplanar", "--shadows",    "--sun-width", "--shadow-darkness", "--clipped-casts",
 };
 
 std::string Help()

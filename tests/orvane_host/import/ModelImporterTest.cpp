@@ -176,12 +176,12 @@ TEST_F(ModelImporterTest, InstancesShareOneMesh)
     const ImportResult result =
         ImportAs("instances.glb",
                  TriangleGlb("{\"children\":[1,2,3]},{\"mesh\":0},{\"mesh\":0,\"translation\":[5,0,0]},"
-                             "{\"mesh\":0,\"scale\":[2,2,2]}"));
+                             "{\"mesh\":0,\"scale\":[2,2,2],\"translation\":[0,5,0]}"));
     const Mesh& mesh = OnlyMesh(result);
     EXPECT_EQ(mesh.GetNodes().size(), 3u);
     EXPECT_EQ(mesh.GetRawMesh().use_count(), 1);
     EXPECT_EQ(result.report.drawnTriangles, 3u);
-    EXPECT_EQ(result.report.boxMax, Vector(6, 2, 0));
+    EXPECT_EQ(result.report.boxMax, Vector(6, 7, 0));
 }
 
 TEST_F(ModelImporterTest, NodesKeepNamesTreeAndTransforms)

@@ -314,7 +314,7 @@ TEST_F(ModelMapTest, AMapInAFileGoesWithAnEmbeddedPicture)
 
 TEST_F(ModelMapTest, MaterialsShareTheFileOfAnEmbeddedMap)
 {
-    const std::string nodes = "{\"mesh\":0},{\"mesh\":1}";
+    const std::string nodes = "{\"mesh\":0},{\"mesh\":1,\"translation\":[0,0,1]}";
     TinyGltf gltf;
     gltf.AddFloats({0, 0, 0, 1, 0, 0, 0, 1, 0}, 3);
     gltf.AddFloats({0, 0, 1, 0, 0, 1}, 2);
