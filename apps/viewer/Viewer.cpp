@@ -31,8 +31,6 @@ constexpr int FramesAfterEvent = 3;
 /// Points that a pointer may move between press and release of a click.
 constexpr double ClickReach = 3.0;
 constexpr double DoubleClickSeconds = 0.4;
-/// Samples of a picture where settings name none, as those of a saved picture.
-constexpr int UsualSamples = 4;
 /// Of a movement for a step of a trackpad.
 constexpr double PixelsPerScroll = 30.0;
 /// Scrolls that come sooner after each other are one movement.
@@ -40,11 +38,6 @@ constexpr double GestureSeconds = 0.3;
 constexpr double LoadingPoll = 0.05;
 constexpr double WatchPoll = 0.3;
 constexpr double CursorPoll = 0.25;
-
-int SamplesOf(const Host::PresentationSettings& settings)
-{
-    return settings.antialiasing == Host::Antialiasing::Multisampling ? settings.samples.value_or(UsualSamples) : 0;
-}
 
 std::string ReadFile(const std::string& path, const char* what)
 {
@@ -462,7 +455,9 @@ void Viewer::Frame(double seconds)
 void Viewer::DrawModel()
 {
     const Clock::time_point begin = Clock::now();
-    if (!m_picture.Begin(m_desk.GetWidth(), m_desk.GetHeight(), SamplesOf(m_desk.GetDrawn())))
+    // As many as a saved picture has; those that GL lacks are left out when the picture is made.
+    const int samples = Host::Presentation::SamplesFor(m_desk.GetDrawn(), Host::PresentationSettings::MostSamples);
+    if (!m_picture.Begin(m_desk.GetWidth(), m_desk.GetHeight(), samples))
     {
         m_desk.TellTrouble("GL can't make a picture of the size of the window; make the window smaller");
         return;
