@@ -191,6 +191,7 @@ void Viewer::Run()
     Clock::time_point last = Clock::now();
     while (!m_isClosing)
     {
+        ++m_wakes;
         const bool wasOpening = m_desk.IsOpening();
         for (const InputEvent& event : m_window->Wait(Timeout()))
         {
@@ -200,12 +201,16 @@ void Viewer::Run()
         {
             m_script->Step();
         }
+        if (std::exchange(m_isLosingContext, false))
+        {
+            ChangeContext();
+        }
         const Clock::time_point now = Clock::now();
         const double seconds = std::chrono::duration<double>(now - last).count();
         last = now;
-        if (m_desk.Update(seconds))
+        if (const std::string opened = m_desk.Update(seconds); !opened.empty())
         {
-            m_state.AddRecent(m_desk.GetOpeningPath());
+            m_state.AddRecent(opened);
             m_measure.Clear();
             UpdateTitle();
         }
@@ -267,8 +272,14 @@ void Viewer::Handle(const InputEvent& event)
                 (event.modifiers & ModifierShift) != 0 ? Desk::Opening::Beside : Desk::Opening::InPlace);
         break;
     case InputEvent::Kind::CloseAsked: Close(); break;
-    case InputEvent::Kind::KeyUp:
     case InputEvent::Kind::Typed:
+        // Which key has the sign, and with what held, is another thing on each keyboard.
+        if (event.codepoint == '?' && !m_gui->WantsKeys())
+        {
+            RunActionOf(*this, '?', ModifierNone);
+        }
+        break;
+    case InputEvent::Kind::KeyUp:
     case InputEvent::Kind::Refresh: break;
     }
 }
@@ -279,10 +290,7 @@ void Viewer::HandleKey(const InputEvent& event)
     {
         return;
     }
-    // The sign stands above another one on some keyboards, and beside it on others.
-    const bool asksForHelp = event.key == '?' || (event.key == '/' && (event.modifiers & ModifierShift) != 0)
-        || event.key == KeyF1;
-    RunActionOf(*this, asksForHelp ? '?' : event.key, asksForHelp ? 0u : event.modifiers);
+    RunActionOf(*this, event.key == KeyF1 ? '?' : event.key, event.key == KeyF1 ? 0u : event.modifiers);
 }
 
 void Viewer::HandlePointer(const InputEvent& event)
@@ -331,9 +339,9 @@ void Viewer::Scroll(const InputEvent& event, const glm::dvec2& pixel)
         m_isSwiping = std::abs(event.dx) > std::abs(event.dy);
     }
     m_lastScroll = event.time;
-    // With control held comes what spreads on a trackpad, as most systems tell it.
-    const bool isPinch = (event.modifiers & ModifierControl) != 0;
-    if (!isPinch && (m_isSwiping || (event.modifiers & ModifierShift) != 0))
+    // With control held it comes nearer whichever way it goes: some systems tell fingers that spread so.
+    const bool comesNearer = (event.modifiers & ModifierControl) != 0;
+    if (!comesNearer && (m_isSwiping || (event.modifiers & ModifierShift) != 0))
     {
         navigator.PanBy(glm::dvec2(event.dx, event.dy) * PixelsPerScroll);
     }
@@ -553,6 +561,13 @@ void Viewer::CopyCommand()
 }
 
 void Viewer::LoseContext()
+{
+    // A panel may ask for it in the middle of a frame.
+    m_isLosingContext = true;
+    Redraw();
+}
+
+void Viewer::ChangeContext()
 {
     m_desk.Suspend();
     m_picture.Release();
