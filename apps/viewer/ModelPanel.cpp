@@ -236,10 +236,13 @@ void Panels::DrawSelection()
         }
         DrawSelectionButtons(desk);
     }
-    if (desk.HasHidden() && ImGui::Button("Show all"))
+    // Always there: what comes and goes moves the tree under the pointer.
+    ImGui::BeginDisabled(!desk.HasHidden());
+    if (ImGui::Button("Show all"))
     {
         desk.ShowAll();
     }
+    ImGui::EndDisabled();
 }
 
 void Panels::DrawSelectionButtons(Desk& desk)

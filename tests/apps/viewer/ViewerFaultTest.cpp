@@ -55,11 +55,11 @@ TEST_F(ViewerFault, KeyAndMenuLoseTheContextToo)
 TEST_F(ViewerFault, AWindowOfNoPixelsTakesWhatComes)
 {
     const std::string pair = WritePair();
-    View(WriteCube(), "minimise\nwait\nopen " + pair + "\nkey f9\nview front\nclick 120,240\ndrag 300,240 340,200\n"
-                      "scroll 300,240 2\nscale 2\nscale 1\nkey ?\nkey escape\npicture-of 60x40 FOLDER/small.png\n"
+    View(WriteCube(), "minimise\nwait\npicture-of 60x40 FOLDER/small.png\nopen " + pair + "\nkey f9\nview front\nclick 120,240\ndrag 300,240 340,200\n"
+                      "scroll 300,240 2\nscale 2\nscale 1\nkey ?\nkey escape\n"
                       "lose-context\nresize 700x500\nresize 640x480\nview top\nview front\nkey escape\nwait\nrestore\nwait\n"
-                      "picture FOLDER/after.png");
-    View(pair, "view front\nwait\npicture FOLDER/straight.png");
+                      "move 1,1\nwait\nscreenshot FOLDER/after.png");
+    View(pair, "view front\nwait\nmove 1,1\nwait\nscreenshot FOLDER/straight.png");
     ExpectSame(PictureAt("after.png"), PictureAt("straight.png"));
     EXPECT_EQ(PictureAt("small.png").GetWidth(), 60);
 }
