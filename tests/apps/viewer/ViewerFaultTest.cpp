@@ -86,14 +86,14 @@ TEST_F(ViewerFault, AWindowMayBeResizedAgainAndAgain)
 TEST_F(ViewerFault, AWindowMayBeResizedInEveryFrame)
 {
     // In the middle of a turn, with buffers that are made for the size.
-    const std::string script = "set occlusion true\nset antialiasing \"ssaa\"\nset lines {}\nview top\n";
+    const std::string script = "set occlusion true\nset lines {}\nview top\n";
     const std::string told =
-        View(WriteCube(), script + "print statistics\nresize-often 40\nwait\nprint statistics\nmove 1,1\nwait\n"
+        View(WriteCube(), script + "print statistics\nresize-often 25\nwait\nprint statistics\nmove 1,1\nwait\n"
                                    "screenshot FOLDER/after.png");
     View(WriteCube(), script + "wait\nmove 1,1\nwait\nscreenshot FOLDER/straight.png");
     ExpectSame(PictureAt("after.png"), PictureAt("straight.png"));
     const auto frames = [&told](std::size_t from) { return std::stoi(told.substr(told.find("model frames ", from) + 13)); };
-    EXPECT_GE(frames(told.find('\n')) - frames(0), 20) << "they were drawn meanwhile";
+    EXPECT_GE(frames(told.find('\n')) - frames(0), 15) << "they were drawn meanwhile";
 }
 
 TEST_F(ViewerFault, AMinimisedWindowDrawsNothingAndComesBackAsItWas)

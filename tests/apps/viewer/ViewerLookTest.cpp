@@ -48,7 +48,7 @@ TEST_F(ViewerLook, AnIdleWindowSleeps)
     // The pause ends by itself; what else wakes the program would keep a processor busy.
     const auto wakesOf = [this](const std::string& script, const std::vector<std::string>& options)
     {
-        const std::string told = View(WriteCube(), script + "wait\npause 0.1\nprint wakes\npause 0.9\nprint wakes", options);
+        const std::string told = View(WriteCube(), script + "wait\npause 0.1\nprint wakes\npause 0.6\nprint wakes", options);
         return std::stoi(told.substr(told.find('\n') + 1)) - std::stoi(told);
     };
     EXPECT_LT(wakesOf("", {"--forget"}), 5);
