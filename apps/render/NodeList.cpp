@@ -76,6 +76,7 @@ std::string ListNodesAsText(const Scene& scene, const std::vector<Host::Imported
 
 std::string ListNodesAsJSON(const Scene& scene, const std::vector<Host::ImportedNode>& nodes)
 {
+    const Host::NodePaths paths(nodes);
     nlohmann::ordered_json top = nlohmann::ordered_json::array();
     // An object's place may move when it gets a neighbour: only what is above the present one is kept.
     std::vector<nlohmann::ordered_json*> above = {&top};
@@ -83,7 +84,7 @@ std::string ListNodesAsJSON(const Scene& scene, const std::vector<Host::Imported
     {
         above.resize(named.level + 1);
         nlohmann::ordered_json& siblings = *above.back();
-        siblings.push_back({{"name", named.name}, {"path", Host::PathOf(nodes, *named.node)}});
+        siblings.push_back({{"name", named.name}, {"path", paths.PathTo(*named.node)}});
         above.push_back(&siblings.back()["children"]);
     }
     return ToText(top);

@@ -57,10 +57,10 @@ nlohmann::ordered_json NameOrNull(const std::string& name)
 } // namespace
 
 void PickReport::Add(const Host::PickHit& hit, const CameraNode& camera,
-                     const std::vector<Host::ImportedNode>& nodes, const std::vector<Host::ImportedMesh>& meshes)
+                     const Host::NodePaths& paths, const std::vector<Host::ImportedMesh>& meshes)
 {
     Thing thing;
-    thing.node = Host::PathOf(nodes, *hit.node);
+    thing.node = paths.PathTo(*hit.node);
     thing.mesh = NameOf(*hit.mesh, meshes);
     thing.material = hit.mesh->GetMaterial() ? hit.mesh->GetMaterial()->GetName() : std::string();
     thing.distance = DistanceFrom(camera, hit.position);

@@ -11,6 +11,7 @@
 namespace OV::Host
 {
 
+class NodePaths;
 struct PickHit;
 
 } // namespace OV::Host
@@ -36,7 +37,7 @@ struct PickReport
     int y = 0;
     std::vector<Thing> things;
 
-    void Add(const Host::PickHit& hit, const CameraNode& camera, const std::vector<Host::ImportedNode>& nodes,
+    void Add(const Host::PickHit& hit, const CameraNode& camera, const Host::NodePaths& paths,
              const std::vector<Host::ImportedMesh>& meshes);
 
     /// Puts it into a JSON object, under a key of its own.

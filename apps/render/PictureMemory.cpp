@@ -71,8 +71,7 @@ void CheckSize(const Options& options, const Host::HeadlessContext& gl)
 
 bool FitsAtOnce(const Options& options, const Host::HeadlessContext& gl)
 {
-    const int samples = Host::Presentation::SamplesFor(options.settings, options.width, options.height,
-                                                       gl.GetMaxSamples());
+    const int samples = Host::Presentation::SamplesFor(options.settings, gl.GetMaxSamples());
     return options.width <= gl.GetMaxWidth() / ScaleOf(options.settings)
         && options.height <= gl.GetMaxHeight() / ScaleOf(options.settings)
         && BytesOf(options, samples) <= MostBytesAtOnce;

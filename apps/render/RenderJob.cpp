@@ -158,8 +158,7 @@ void RenderJob::Load()
 
 void RenderJob::MakeFramebuffer()
 {
-    const int samples = Host::Presentation::SamplesFor(m_options.settings, m_options.width, m_options.height,
-                                                       m_gl->GetMaxSamples());
+    const int samples = Host::Presentation::SamplesFor(m_options.settings, m_gl->GetMaxSamples());
     CheckMemory(m_options, samples);
     std::string error;
     Require(m_gl->Resize(m_options.width, m_options.height, samples, error), SubjectOf(m_options), error);
@@ -285,9 +284,10 @@ void RenderJob::Pick()
     }
     m_pick.x = m_options.pick->x;
     m_pick.y = m_options.pick->y;
+    const Host::NodePaths paths(m_presentation->GetNodes());
     for (const Host::PickHit& hit : m_presentation->PickThrough(m_pick.x, m_pick.y, MostPicked))
     {
-        m_pick.Add(hit, m_presentation->GetCamera(), m_presentation->GetNodes(), m_presentation->GetMeshes());
+        m_pick.Add(hit, m_presentation->GetCamera(), paths, m_presentation->GetMeshes());
     }
 }
 
@@ -322,8 +322,7 @@ void RenderJob::WriteTo(Host::PictureFile& file)
     if (m_options.stats && m_stats.frames.empty())
     {
         m_stats.frames.push_back(watch.Milliseconds());
-        m_stats.samples = Host::Presentation::SamplesFor(m_options.settings, picture.width, picture.height,
-                                                         m_gl->GetMaxSamples());
+        m_stats.samples = Host::Presentation::SamplesFor(m_options.settings, m_gl->GetMaxSamples());
         m_stats.presented = m_presentation->GetStatistics();
     }
     TellBlank(facts);

@@ -141,7 +141,7 @@ const std::vector<Action>& ListActions()
         {"Tools", "shift+delete", "Take measures and names away", [](Viewer& viewer) { viewer.GetDesk().ClearNotes(); }},
         {"Tools", "escape", "Leave a tool, a panel or the selection", Escape},
         {"Tools", "tab", "Panels on or off", [](Viewer& viewer) { viewer.GetPanels().ToggleSides(); }},
-        {"Tools", "f9", "Lose the GL context, for a test", [](Viewer& viewer) { viewer.LoseContext(); }},
+        {"Debug", "f9", "Lose the GL context", [](Viewer& viewer) { viewer.LoseContext(); }},
         {"Help", "?", "Keys", [](Viewer& viewer) { viewer.GetPanels().ToggleHelp(); }},
     };
     return actions;

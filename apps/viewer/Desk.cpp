@@ -40,14 +40,15 @@ Desk::Desk(std::function<void()> wake) : m_wake(std::move(wake))
 
 Desk::~Desk() = default;
 
-bool Desk::Update(double seconds)
+std::string Desk::Update(double seconds)
 {
-    bool isOpened = false;
+    std::string opened;
     if (m_loading && m_loading->IsReady())
     {
         Host::ImportResult result = m_loading->Take();
         m_loading.reset();
-        isOpened = static_cast<bool>(result);
+        // The next one begins before this one is told.
+        opened = result ? m_opened.path : std::string();
         TakeModel(std::move(result));
         BeginOpening();
     }
@@ -73,7 +74,7 @@ bool Desk::Update(double seconds)
             ApplyDrawn();
         }
     }
-    return isOpened;
+    return opened;
 }
 
 void Desk::ShowModel()

@@ -31,7 +31,10 @@ public:
         std::string material; ///< of the first mesh; may be empty
         std::size_t triangles = 0;
         Vector size; ///< along the axes of the world
-        std::optional<glm::dvec3> middle; ///< of its box; none without triangles
+
+        /// A line each: material, size and triangles.
+        /// @param unit behind the size, such as "m"; may be empty.
+        std::string Text(const std::string& unit) const;
     };
 
     /// What a file that is opened does to those that are there.
@@ -72,8 +75,8 @@ public:
 
     /// Takes over what was loaded, and moves on what moves.
     /// @param seconds since the last time.
-    /// @return whether a model was opened.
-    bool Update(double seconds);
+    /// @return the path of a model that was opened; empty for none.
+    std::string Update(double seconds);
 
     /// Null before a model was opened.
     Host::Presentation* GetModel() const { return m_model.get(); }

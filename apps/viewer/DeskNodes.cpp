@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iomanip>
+#include <sstream>
 #include <utility>
 
 namespace OV::ViewerApp
@@ -15,11 +17,6 @@ namespace
 {
 
 const Color SelectionColor(1.0f, 0.55f, 0.1f, 0.55f);
-
-glm::dvec3 ToGlm(const Vector& vector)
-{
-    return {vector.x, vector.y, vector.z};
-}
 
 void Widen(const Node& node, std::optional<Host::Presentation::Box>& box, Desk::Thing& thing)
 {
@@ -119,6 +116,14 @@ void Desk::ShowSelection()
     }
 }
 
+std::string Desk::Thing::Text(const std::string& unit) const
+{
+    std::ostringstream text;
+    text << std::setprecision(4) << "Material: " << (material.empty() ? "none" : material) << "\nSize: " << size.x << " x "
+         << size.y << " x " << size.z << (unit.empty() ? "" : " ") << unit << '\n' << triangles << (triangles == 1 ? " triangle" : " triangles");
+    return text.str();
+}
+
 std::optional<Desk::Thing> Desk::Describe(const std::string& path) const
 {
     const Node* const node = m_model ? m_model->FindNode(path) : nullptr;
@@ -134,7 +139,6 @@ std::optional<Desk::Thing> Desk::Describe(const std::string& path) const
     if (box)
     {
         thing.size.Subtract(box->high, box->low);
-        thing.middle = (ToGlm(box->low) + ToGlm(box->high)) / 2.0;
     }
     return thing;
 }

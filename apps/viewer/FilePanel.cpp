@@ -1,13 +1,20 @@
+#include "apps/viewer/FilePanel.h"
+
 #include "apps/viewer/Panels.h"
-#include "apps/viewer/Viewer.h"
 #include "orvane_host/import/ModelImporter.h"
 
 #include <imgui.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
 #include <filesystem>
+#include <iterator>
 #include <set>
+#include <utility>
 
 namespace OV::ViewerApp
 {
@@ -16,6 +23,19 @@ namespace
 {
 
 namespace fs = std::filesystem;
+
+// In points.
+constexpr float PanelWidth = 640.0f;
+constexpr float PanelHeight = 480.0f;
+constexpr float SizeWidth = 80.0f;
+constexpr float DateWidth = 130.0f;
+
+std::string Lower(std::string text)
+{
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    return text;
+}
 
 /// Whether the ending of a file is one of a format that can be read.
 bool IsModel(const std::string& name)
@@ -30,134 +50,267 @@ bool IsModel(const std::string& name)
         return found;
     }();
     const std::size_t dot = name.find_last_of('.');
-    std::string ending = dot == std::string::npos ? std::string() : name.substr(dot + 1);
-    std::transform(ending.begin(), ending.end(), ending.begin(),
-                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
-    return endings.count(ending) != 0;
+    return dot != std::string::npos && endings.count(Lower(name.substr(dot + 1))) != 0;
 }
 
-void PlaceInMiddle(float width, float height)
+std::string SizeText(long long bytes)
 {
-    const ImVec2 size = ImGui::GetIO().DisplaySize;
-    ImGui::SetNextWindowPos({size.x / 2.0f, size.y / 2.0f}, ImGuiCond_Always, {0.5f, 0.5f});
-    ImGui::SetNextWindowSize({std::min(width, size.x), std::min(height, size.y)});
+    static constexpr const char* units[] = {"B", "kB", "MB", "GB"};
+    auto size = static_cast<double>(bytes);
+    std::size_t unit = 0;
+    for (; size >= 999.5 && unit + 1 < std::size(units); ++unit)
+    {
+        size /= 1000.0;
+    }
+    char text[32];
+    std::snprintf(text, sizeof(text), size < 9.95 && unit > 0 ? "%.1f %s" : "%.0f %s", size, units[unit]);
+    return text;
+}
+
+std::string DateText(std::time_t time)
+{
+    std::tm local{};
+    char text[32] = "";
+    if (::localtime_r(&time, &local))
+    {
+        std::strftime(text, sizeof(text), "%Y-%m-%d %H:%M", &local);
+    }
+    return text;
+}
+
+std::string Home()
+{
+    const char* const home = std::getenv("HOME");
+    return home && home[0] == '/' ? home : "/";
+}
+
+bool IsPressed(ImGuiKey key)
+{
+    return ImGui::IsKeyPressed(ImGui::GetKeyIndex(key));
 }
 
 } // namespace
 
-void Panels::AskForFile(bool beside)
+void FilePanel::Ask(const std::string& folder, bool beside)
 {
-    m_isFileOpen = true;
-    m_isFileBeside = beside;
-    std::error_code ignored;
-    const std::string path = m_viewer.GetDesk().GetPath();
-    m_folder = path.empty() ? fs::current_path(ignored).string() : fs::path(path).parent_path().string();
-    ListFolder();
+    m_isOpen = true;
+    m_isNew = true;
+    m_isBeside = beside;
+    Enter(folder);
 }
 
-void Panels::ListFolder()
+void FilePanel::Enter(const std::string& folder)
 {
+    m_folder = folder;
+    m_typed[0] = '\0';
+    m_choice = 0;
+    m_isChoiceMoved = true;
     m_entries.clear();
-    m_fileTrouble.clear();
+    m_trouble.clear();
     std::error_code trouble;
     for (fs::directory_iterator entry(m_folder, trouble), end; !trouble && entry != end; entry.increment(trouble))
     {
-        std::error_code ignored;
         const std::string name = entry->path().filename().string();
-        const bool isFolder = entry->is_directory(ignored);
-        if (name[0] != '.' && (isFolder || IsModel(name)))
+        struct stat status{};
+        if (name[0] == '.' || ::stat(entry->path().c_str(), &status) != 0)
         {
-            m_entries.push_back({name, isFolder});
+            continue;
+        }
+        const bool isFolder = S_ISDIR(status.st_mode);
+        if (isFolder || IsModel(name))
+        {
+            m_entries.push_back({name, isFolder, isFolder ? std::string() : SizeText(status.st_size),
+                                 DateText(status.st_mtime)});
         }
     }
     if (trouble)
     {
-        m_fileTrouble = "This folder can't be read.";
+        m_trouble = "This folder can't be read.";
     }
     std::sort(m_entries.begin(), m_entries.end(), [](const Entry& left, const Entry& right)
-              { return left.isFolder != right.isFolder ? left.isFolder : left.name < right.name; });
+              {
+                  return left.isFolder != right.isFolder ? left.isFolder : Lower(left.name) < Lower(right.name);
+              });
 }
 
-void Panels::DrawFilePanel()
+std::vector<std::size_t> FilePanel::Shown() const
 {
-    if (!m_isFileOpen)
+    const std::string part = Lower(m_typed);
+    std::vector<std::size_t> shown;
+    for (std::size_t i = 0; i < m_entries.size(); ++i)
     {
-        return;
-    }
-    PlaceInMiddle(560.0f, 460.0f);
-    std::string wanted;
-    std::string folder;
-    if (ImGui::Begin(m_isFileBeside ? "Open a model beside what is there###Open" : "Open a model###Open", &m_isFileOpen, ImGuiWindowFlags_NoResize | ImGuiWindowFlags_NoCollapse))
-    {
-        ImGui::TextWrapped("%s", m_folder.c_str());
-        if (!m_fileTrouble.empty())
+        if (part.find('/') != std::string::npos || Lower(m_entries[i].name).find(part) != std::string::npos)
         {
-            ImGui::TextColored({0.75f, 0.1f, 0.05f, 1.0f}, "%s", m_fileTrouble.c_str());
+            shown.push_back(i);
         }
-        ImGui::BeginChild("files", {0.0f, -ImGui::GetFrameHeightWithSpacing()}, true);
-        if (ImGui::Selectable("..  the folder above"))
-        {
-            folder = fs::path(m_folder).parent_path().string();
-        }
-        for (const Entry& entry : m_entries)
-        {
-            const std::string path = (fs::path(m_folder) / entry.name).string();
-            if (ImGui::Selectable((entry.isFolder ? entry.name + "/" : entry.name).c_str()))
-            {
-                (entry.isFolder ? folder : wanted) = path;
-            }
-        }
-        ImGui::EndChild();
-        if (ImGui::Button("Cancel"))
-        {
-            m_isFileOpen = false;
-        }
-        ImGui::SameLine();
-        ImGui::TextDisabled("Files can also be dropped on the window; with Shift beside what is there.");
     }
-    ImGui::End();
-    if (!folder.empty())
-    {
-        m_folder = folder;
-        ListFolder();
-    }
-    if (!wanted.empty())
-    {
-        m_isFileOpen = false;
-        m_viewer.Open(wanted, m_isFileBeside ? Desk::Opening::Beside : Desk::Opening::InPlace);
-    }
+    return shown;
 }
 
-void Panels::AskForPicture()
+std::string FilePanel::Draw()
 {
-    m_isPictureOpen = m_viewer.GetDesk().GetModel() != nullptr;
-}
-
-void Panels::DrawPicturePanel()
-{
-    if (!m_isPictureOpen)
+    if (!m_isOpen)
     {
-        return;
+        return {};
     }
-    PlaceInMiddle(420.0f, 165.0f);
-    if (ImGui::Begin("Save a picture", &m_isPictureOpen, ImGuiWindowFlags_NoResize | ImGuiWindowFlags_NoCollapse))
+    PlaceInMiddle(PanelWidth, PanelHeight);
+    m_wanted.clear();
+    if (ImGui::Begin(m_isBeside ? "Open a model beside what is there###Open" : "Open a model###Open", &m_isOpen,
+                     ImGuiWindowFlags_NoResize | ImGuiWindowFlags_NoCollapse))
     {
-        ImGui::InputText("PNG or JPEG", m_pictureName, sizeof(m_pictureName));
-        ImGui::InputInt2("Pixels", m_pictureSize);
-        ImGui::Checkbox("Without background", &m_isPictureTransparent);
-        if (ImGui::Button("Save"))
+        DrawPlaces();
+        if (std::exchange(m_isNew, false))
         {
-            m_isPictureOpen = false;
-            m_viewer.TakePicture(m_pictureName, m_pictureSize[0], m_pictureSize[1], m_isPictureTransparent);
+            ImGui::SetKeyboardFocusHere();
         }
-        ImGui::SameLine();
-        if (ImGui::Button("As large as here"))
+        ImGui::PushItemWidth(-1.0f);
+        const bool isEntered = ImGui::InputTextWithHint("##typed", "Part of a name, or a path", m_typed, sizeof(m_typed),
+                                                        ImGuiInputTextFlags_EnterReturnsTrue);
+        ImGui::PopItemWidth();
+        const std::vector<std::size_t> shown = Shown();
+        m_choice = std::min(m_choice, shown.empty() ? 0 : shown.size() - 1);
+        DrawEntries(shown);
+        DrawButtons();
+        if (isEntered)
         {
-            m_pictureSize[0] = m_viewer.GetDesk().GetWidth();
-            m_pictureSize[1] = m_viewer.GetDesk().GetHeight();
+            TakeTyped(shown);
         }
     }
     ImGui::End();
+    if (!m_wanted.empty())
+    {
+        m_isOpen = false;
+    }
+    return m_wanted;
+}
+
+void FilePanel::DrawPlaces()
+{
+    const fs::path folder(m_folder);
+    if (ImGui::Button("Home"))
+    {
+        Enter(Home());
+    }
+    ImGui::SameLine();
+    if (ImGui::Button("Up"))
+    {
+        Enter(folder.parent_path().string());
+    }
+    ImGui::SameLine();
+    ImGui::AlignTextToFramePadding();
+    ImGui::TextUnformatted(m_folder.c_str());
+    if (!m_trouble.empty())
+    {
+        ImGui::TextColored({0.75f, 0.1f, 0.05f, 1.0f}, "%s", m_trouble.c_str());
+    }
+}
+
+void FilePanel::DrawEntries(const std::vector<std::size_t>& shown)
+{
+    ImGui::BeginChild("files", {0.0f, -ImGui::GetFrameHeightWithSpacing()}, true);
+    if (IsPressed(ImGuiKey_DownArrow) && m_choice + 1 < shown.size())
+    {
+        ++m_choice;
+        m_isChoiceMoved = true;
+    }
+    if (IsPressed(ImGuiKey_UpArrow) && m_choice > 0)
+    {
+        --m_choice;
+        m_isChoiceMoved = true;
+    }
+    const float width = ImGui::GetContentRegionAvail().x;
+    const Entry* taken = nullptr;
+    for (std::size_t i = 0; i < shown.size(); ++i)
+    {
+        const Entry& entry = m_entries[shown[i]];
+        ImGui::PushID(static_cast<int>(i));
+        if (ImGui::Selectable((entry.isFolder ? entry.name + "/" : entry.name).c_str(), i == m_choice,
+                              ImGuiSelectableFlags_AllowDoubleClick))
+        {
+            m_choice = i;
+            taken = ImGui::IsMouseDoubleClicked(0) ? &entry : taken;
+        }
+        if (i == m_choice && std::exchange(m_isChoiceMoved, false))
+        {
+            ImGui::SetScrollHereY();
+        }
+        if (width > 2.0f * (SizeWidth + DateWidth))
+        {
+            ImGui::SameLine(width - SizeWidth - DateWidth);
+            ImGui::TextDisabled("%s", entry.size.c_str());
+            ImGui::SameLine(width - DateWidth);
+            ImGui::TextDisabled("%s", entry.date.c_str());
+        }
+        ImGui::PopID();
+    }
+    if (shown.empty() && m_trouble.empty())
+    {
+        ImGui::TextDisabled(m_typed[0] == '\0' ? "There is no model here." : "No model here has that in its name.");
+    }
+    ImGui::EndChild();
+    if (taken)
+    {
+        // A copy: entering a folder forgets what was in the last one.
+        TakeEntry(Entry(*taken));
+    }
+}
+
+void FilePanel::DrawButtons()
+{
+    const std::vector<std::size_t> shown = Shown();
+    if (ImGui::Button("Open"))
+    {
+        TakeTyped(shown);
+    }
+    ImGui::SameLine();
+    if (ImGui::Button("Cancel"))
+    {
+        m_isOpen = false;
+    }
+    ImGui::SameLine();
+    ImGui::TextDisabled("Files can also be dropped on the window; with Shift beside what is there.");
+}
+
+void FilePanel::TakeTyped(const std::vector<std::size_t>& shown)
+{
+    std::string typed = m_typed;
+    if (typed.compare(0, 2, "~/") == 0 || typed == "~")
+    {
+        typed = Home() + typed.substr(1);
+    }
+    std::error_code ignored;
+    const fs::path path = fs::path(m_folder) / typed;
+    m_isNew = true;
+    if (!typed.empty() && fs::is_directory(path, ignored))
+    {
+        Enter(path.lexically_normal().string());
+    }
+    else if (!typed.empty() && fs::exists(path, ignored))
+    {
+        m_wanted = path.string();
+    }
+    else if (m_choice < shown.size() && typed.find('/') == std::string::npos)
+    {
+        TakeEntry(Entry(m_entries[shown[m_choice]]));
+    }
+    else
+    {
+        m_trouble = "There is no such file.";
+    }
+}
+
+void FilePanel::TakeEntry(const Entry& entry)
+{
+    const std::string path = (fs::path(m_folder) / entry.name).string();
+    if (entry.isFolder)
+    {
+        Enter(path);
+        m_isNew = true;
+    }
+    else
+    {
+        m_wanted = path;
+    }
 }
 
 } // namespace OV::ViewerApp

@@ -23,6 +23,11 @@ namespace
 /// Height of letters, in points.
 constexpr float FontSize = 15.0f;
 
+/// Ranges of those that names of files and nodes are written in and the font has: Latin, Greek and
+/// Cyrillic letters, signs, arrows and units.
+constexpr ImWchar Letters[] = {0x20,   0x24F,  0x370,  0x52F,  0x1E00, 0x1EFF, 0x2010, 0x205E,
+                               0x20A0, 0x20BF, 0x2100, 0x214F, 0x2190, 0x21FF, 0x2200, 0x22FF, 0};
+
 constexpr struct
 {
     ImGuiKey_ gui;
@@ -48,7 +53,7 @@ void MakeFont(float ratio)
         if (FILE* const file = std::fopen(path, "rb"))
         {
             std::fclose(file);
-            io.Fonts->AddFontFromFileTTF(path, FontSize * ratio);
+            io.Fonts->AddFontFromFileTTF(path, FontSize * ratio, nullptr, Letters);
             break;
         }
     }
@@ -93,8 +98,11 @@ Gui::Gui(Window& window) : m_window(window)
     style.FrameBorderSize = 1.0f;
     style.ItemSpacing = ImVec2(8.0f, 5.0f);
     style.Colors[ImGuiCol_WindowBg] = ImVec4(0.955f, 0.957f, 0.965f, 1.0f);
+    style.Colors[ImGuiCol_PopupBg] = ImVec4(0.985f, 0.986f, 0.99f, 1.0f);
     style.Colors[ImGuiCol_TitleBgActive] = ImVec4(0.86f, 0.88f, 0.91f, 1.0f);
     style.Colors[ImGuiCol_Border] = ImVec4(0.72f, 0.74f, 0.78f, 1.0f);
+    style.Colors[ImGuiCol_HeaderHovered] = ImVec4(0.80f, 0.86f, 0.94f, 1.0f);
+    style.Colors[ImGuiCol_HeaderActive] = ImVec4(0.72f, 0.81f, 0.93f, 1.0f);
     style.Colors[ImGuiCol_Header] = ImVec4(0.88f, 0.90f, 0.93f, 1.0f);
     style.Colors[ImGuiCol_Button] = ImVec4(0.88f, 0.90f, 0.93f, 1.0f);
     style.Colors[ImGuiCol_TextDisabled] = ImVec4(0.45f, 0.47f, 0.50f, 1.0f);

@@ -4,8 +4,7 @@
 #include <imgui.h>
 
 #include <algorithm>
-#include <cctype>
-#include <cstring>
+#include <utility>
 
 namespace OV::ViewerApp
 {
@@ -16,147 +15,260 @@ namespace
 /// Levels that a person sees at a glance; those below are indented no further.
 constexpr std::size_t MostIndents = 12;
 
-bool Contains(const std::string& text, const std::string& part)
+// In points.
+constexpr float Indent = 14.0f;
+/// Share of the side that the tree has at least.
+constexpr float LeastTree = 0.3f;
+
+/// What opens and closes what is below a row, as wide as an indent whether it is there or not.
+/// @return whether it was pressed.
+bool Opener(bool isThere, bool isOpen)
 {
-    const auto same = [](char a, char b)
-    { return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b)); };
-    return std::search(text.begin(), text.end(), part.begin(), part.end(), same) != text.end();
+    const float height = ImGui::GetFrameHeight();
+    const ImVec2 at = ImGui::GetCursorScreenPos();
+    if (!isThere)
+    {
+        ImGui::Dummy({Indent, height});
+        return false;
+    }
+    const bool isPressed = ImGui::InvisibleButton("open", {Indent, height});
+    const float reach = 4.0f;
+    const ImVec2 middle(at.x + Indent / 2.0f - 1.0f, at.y + height / 2.0f);
+    const ImU32 color = ImGui::GetColorU32(ImGui::IsItemHovered() ? ImGuiCol_ButtonActive : ImGuiCol_TextDisabled);
+    ImDrawList& list = *ImGui::GetWindowDrawList();
+    if (isOpen)
+    {
+        list.AddTriangleFilled({middle.x - reach, middle.y - reach / 2.0f}, {middle.x + reach, middle.y - reach / 2.0f},
+                               {middle.x, middle.y + reach}, color);
+    }
+    else
+    {
+        list.AddTriangleFilled({middle.x - reach / 2.0f, middle.y - reach}, {middle.x + reach, middle.y},
+                               {middle.x - reach / 2.0f, middle.y + reach}, color);
+    }
+    return isPressed;
 }
 
 } // namespace
 
 void Panels::DrawModelSide()
 {
-    const float height = ImGui::GetContentRegionAvail().y;
-    DrawTree();
-    ImGui::SetCursorPosY(std::max(ImGui::GetCursorPosY(), height * 0.56f));
+    ReadTree();
+    Desk& desk = m_viewer.GetDesk();
+    ImGui::PushItemWidth(-1.0f);
+    ImGui::InputTextWithHint("##search", "Search the model", m_search, sizeof(m_search));
+    ImGui::PopItemWidth();
+    // What stands below the tree is as high as it was in the last frame.
+    const float room = ImGui::GetContentRegionAvail().y;
+    const float below = m_belowTree > 0.0f ? m_belowTree : room * 0.4f;
+    ImGui::BeginChild("tree", {0.0f, std::max(room - below - ImGui::GetStyle().ItemSpacing.y, room * LeastTree)}, true,
+                      ImGuiWindowFlags_HorizontalScrollbar);
+    DrawTree(desk);
+    ImGui::EndChild();
+    const float from = ImGui::GetCursorPosY();
     DrawSelection();
     DrawSavedViews();
+    const float height = ImGui::GetCursorPosY() - from;
+    if (height != m_belowTree)
+    {
+        m_belowTree = height;
+        m_viewer.Redraw();
+    }
 }
 
-void Panels::ListNodes()
+void Panels::ReadTree()
 {
     const Desk& desk = m_viewer.GetDesk();
     if (m_listed != desk.GetRevision())
     {
         m_listed = desk.GetRevision();
-        m_nodes = m_viewer.GetDesk().GetModel()->ListNodes();
+        m_tree.Read(*m_viewer.GetDesk().GetModel());
+        m_isThingKnown = false;
+        m_revealed.clear();
     }
 }
 
-void Panels::DrawTree()
+void Panels::DrawTree(Desk& desk)
 {
-    ListNodes();
-    Desk& desk = m_viewer.GetDesk();
-    ImGui::PushItemWidth(-1.0f);
-    ImGui::InputTextWithHint("##search", "Search the model", m_search, sizeof(m_search));
-    ImGui::PopItemWidth();
-    ImGui::BeginChild("tree", {0.0f, ImGui::GetContentRegionAvail().y * 0.55f}, true,
-                      ImGuiWindowFlags_HorizontalScrollbar);
-    std::vector<std::size_t> shown;
-    for (std::size_t i = 0; i < m_nodes.size(); ++i)
+    const std::string selected = desk.GetSelection().empty() ? std::string() : desk.GetSelection().back();
+    std::optional<std::size_t> revealed;
+    if (selected != m_revealed)
     {
-        if (m_search[0] == '\0' || Contains(m_nodes[i], m_search))
+        // What is selected in the picture comes into sight; what is selected here is there.
+        m_revealed = selected;
+        revealed = m_search[0] == '\0' ? m_tree.Reveal(selected) : std::nullopt;
+    }
+    const std::vector<std::size_t>& shown = m_tree.List(m_search);
+    const float rowHeight = ImGui::GetFrameHeightWithSpacing();
+    if (revealed)
+    {
+        const auto place = std::lower_bound(shown.begin(), shown.end(), *revealed) - shown.begin();
+        const float top = static_cast<float>(place) * rowHeight;
+        const float height = ImGui::GetWindowHeight();
+        if (top < ImGui::GetScrollY() || top + rowHeight > ImGui::GetScrollY() + height)
         {
-            shown.push_back(i);
+            ImGui::SetScrollY(std::max(top - height / 3.0f, 0.0f));
+            m_viewer.Redraw();
         }
     }
+    std::optional<std::size_t> toggled;
     // A model may have very many; only those in sight are told.
     ImGuiListClipper clipper;
-    clipper.Begin(static_cast<int>(shown.size()));
+    clipper.Begin(static_cast<int>(shown.size()), rowHeight);
     while (clipper.Step())
     {
-        for (int row = clipper.DisplayStart; row < clipper.DisplayEnd; ++row)
+        for (int i = clipper.DisplayStart; i < clipper.DisplayEnd; ++i)
         {
-            const std::string& path = m_nodes[shown[static_cast<std::size_t>(row)]];
-            const auto level = static_cast<std::size_t>(std::count(path.begin(), path.end(), '/'));
-            ImGui::PushID(row);
-            bool isShown = !desk.IsHidden(path);
-            if (ImGui::Checkbox("##shown", &isShown))
+            const std::size_t row = shown[static_cast<std::size_t>(i)];
+            ImGui::PushID(static_cast<int>(row));
+            if (DrawTreeRow(desk, row))
             {
-                desk.SetHidden(path, !isShown);
-            }
-            ImGui::SameLine(0.0f, 6.0f + 12.0f * static_cast<float>(std::min(level, MostIndents)));
-            const std::vector<std::string>& selection = desk.GetSelection();
-            const bool isSelected = std::find(selection.begin(), selection.end(), path) != selection.end();
-            if (ImGui::Selectable(path.substr(path.find_last_of('/') + 1).c_str(), isSelected,
-                                  ImGuiSelectableFlags_AllowDoubleClick))
-            {
-                desk.Select({path});
-                if (ImGui::IsMouseDoubleClicked(0))
-                {
-                    desk.FitSelection();
-                }
-            }
-            if (ImGui::IsItemHovered())
-            {
-                ImGui::SetTooltip("%s", path.c_str());
+                toggled = row;
             }
             ImGui::PopID();
         }
     }
-    ImGui::EndChild();
+    if (toggled)
+    {
+        m_tree.Toggle(*toggled);
+    }
+}
+
+bool Panels::DrawTreeRow(Desk& desk, std::size_t index)
+{
+    const ModelTree::Row& row = m_tree.GetRows()[index];
+    bool isShown = !desk.IsHidden(row.path);
+    if (ImGui::Checkbox("##shown", &isShown))
+    {
+        desk.SetHidden(row.path, !isShown);
+    }
+    bool isSeen = isShown && row.isDrawn;
+    for (std::size_t above = row.parent; isSeen && above != ModelTree::Row::None; above = m_tree.GetRows()[above].parent)
+    {
+        isSeen = !desk.IsHidden(m_tree.GetRows()[above].path);
+    }
+    const bool isSearch = m_search[0] != '\0';
+    const std::size_t level = isSearch ? 0 : std::min(row.level, MostIndents);
+    ImGui::SameLine(0.0f, 6.0f + Indent * static_cast<float>(level));
+    const bool isToggled = Opener(!isSearch && m_tree.HasRowsBelow(index), m_tree.IsOpen(index));
+    ImGui::SameLine(0.0f, 4.0f);
+    std::vector<std::string> selection = desk.GetSelection();
+    const auto selected = std::find(selection.begin(), selection.end(), row.path);
+    const bool isSelected = selected != selection.end();
+    ImGui::PushStyleColor(ImGuiCol_Text, ImGui::GetStyleColorVec4(isSeen ? ImGuiCol_Text : ImGuiCol_TextDisabled));
+    ImGui::PushStyleColor(ImGuiCol_Header, ImGui::GetStyleColorVec4(ImGuiCol_HeaderActive));
+    ImGui::AlignTextToFramePadding();
+    const bool isClicked = ImGui::Selectable(row.name.c_str(), isSelected, ImGuiSelectableFlags_AllowDoubleClick);
+    ImGui::PopStyleColor(2);
+    if (ImGui::IsItemHovered())
+    {
+        ImGui::SetTooltip("%s%s%s", row.kind.c_str(), row.kind.empty() ? "" : "\n", row.path.c_str());
+    }
+    if (isClicked)
+    {
+        m_revealed = row.path;
+        const bool adds = ImGui::GetIO().KeyCtrl || ImGui::GetIO().KeyShift;
+        if (adds && isSelected)
+        {
+            selection.erase(selected);
+        }
+        else if (adds)
+        {
+            selection.push_back(row.path);
+        }
+        else
+        {
+            selection = {row.path};
+        }
+        m_revealed = selection.empty() ? std::string() : selection.back();
+        desk.Select(std::move(selection));
+        if (ImGui::IsMouseDoubleClicked(0))
+        {
+            desk.FitSelection();
+        }
+    }
+    return isToggled;
+}
+
+/// What there is to say about a large part takes a while to find out.
+const std::optional<Desk::Thing>& Panels::SelectedThing()
+{
+    const Desk& desk = m_viewer.GetDesk();
+    const std::string selected = desk.GetSelection().empty() ? std::string() : desk.GetSelection().back();
+    if (!m_isThingKnown || m_thingPath != selected)
+    {
+        m_isThingKnown = true;
+        m_thingPath = selected;
+        m_thing = selected.empty() ? std::nullopt : desk.Describe(selected);
+        m_isThingFile = m_thing && desk.IsFile(selected);
+    }
+    return m_thing;
 }
 
 void Panels::DrawSelection()
 {
     Desk& desk = m_viewer.GetDesk();
     ImGui::Separator();
-    const std::vector<std::string>& selection = desk.GetSelection();
-    const auto thing = selection.empty() ? std::nullopt : desk.Describe(selection.back());
-    if (!thing)
+    if (const std::optional<Desk::Thing>& thing = SelectedThing(); !thing)
     {
         ImGui::TextDisabled("Click something to select it.");
     }
     else
     {
-        ImGui::TextWrapped("%s", thing->name.c_str());
-        ImGui::PushStyleColor(ImGuiCol_Text, ImGui::GetStyleColorVec4(ImGuiCol_TextDisabled));
+        std::string name;
+        std::string kind;
+        ModelTree::DivideName(thing->name, name, kind);
+        ImGui::TextWrapped("%s", name.c_str());
+        if (!kind.empty())
+        {
+            ImGui::TextDisabled("%s", kind.c_str());
+        }
         // A path may be longer than all else together: its beginning, and all of it under the pointer.
-        ImGui::TextUnformatted(thing->path.c_str());
-        ImGui::PopStyleColor();
+        ImGui::TextDisabled("%s", thing->path.c_str());
         if (ImGui::IsItemHovered())
         {
             ImGui::SetTooltip("%s", thing->path.c_str());
         }
-        ImGui::TextWrapped("Material: %s", thing->material.empty() ? "none" : thing->material.c_str());
-        ImGui::TextWrapped("Size: %.4g x %.4g x %.4g", thing->size.x, thing->size.y, thing->size.z);
-        ImGui::TextWrapped("%zu triangles", thing->triangles);
-        if (selection.size() > 1)
+        ImGui::TextWrapped("%s", thing->Text(desk.GetModel()->GetUnit()).c_str());
+        if (desk.GetSelection().size() > 1)
         {
-            ImGui::Text("and %zu more", selection.size() - 1);
+            ImGui::Text("and %zu more", desk.GetSelection().size() - 1);
         }
-        if (ImGui::Button("Hide"))
-        {
-            desk.HideSelection();
-        }
-        ImGui::SameLine();
-        if (ImGui::Button("Alone"))
-        {
-            desk.IsolateSelection();
-        }
-        ImGui::SameLine();
-        if (ImGui::Button("Fit"))
-        {
-            desk.FitSelection();
-        }
-        ImGui::SameLine();
-        if (ImGui::Button("Edit"))
-        {
-            desk.EditSelection();
-        }
+        DrawSelectionButtons(desk);
     }
-    if (thing && desk.IsFile(thing->path))
-    {
-        ImGui::SameLine();
-        if (ImGui::Button("Take away"))
-        {
-            desk.TakeAway(std::string(thing->path));
-        }
-    }
-    if (desk.HasHidden() && ImGui::Button("Show all"))
+    // Always there: what comes and goes moves the tree under the pointer.
+    ImGui::BeginDisabled(!desk.HasHidden());
+    if (ImGui::Button("Show all"))
     {
         desk.ShowAll();
+    }
+    ImGui::EndDisabled();
+}
+
+void Panels::DrawSelectionButtons(Desk& desk)
+{
+    if (ImGui::Button("Hide"))
+    {
+        desk.HideSelection();
+    }
+    ImGui::SameLine();
+    if (ImGui::Button("Alone"))
+    {
+        desk.IsolateSelection();
+    }
+    ImGui::SameLine();
+    if (ImGui::Button("Fit"))
+    {
+        desk.FitSelection();
+    }
+    ImGui::SameLine();
+    if (ImGui::Button("Edit"))
+    {
+        desk.EditSelection();
+    }
+    if (m_isThingFile && ImGui::Button("Take the file away"))
+    {
+        desk.TakeAway(std::string(m_thingPath));
     }
 }
 

@@ -54,7 +54,7 @@ Command ParseCommandLine(int argc, const char* const* argv)
     app.add_option("--script", options.script, "Do what a file says, one action a line")->option_text("FILE");
     app.add_flag("--help-script", helpScript, "List the actions of a script");
     app.add_flag("--watch", options.watch, "Open a model again when its file changes");
-    app.add_flag("--forget", options.forget, "Keep neither settings nor views from one time to the next");
+    app.add_flag("--forget", options.forget, "Start with plain settings, and keep neither settings nor views from one time to the next");
     try
     {
         app.parse(argc, argv);

@@ -17,8 +17,8 @@ namespace
 {
 
 // In points.
-constexpr float CubeSide = 44.0f;
-constexpr float CubeInset = 62.0f;
+constexpr float CubeSide = 52.0f;
+constexpr float CubeInset = 64.0f;
 constexpr double ArrowLength = 60.0;
 constexpr double HandleReach = 10.0;
 
@@ -323,13 +323,21 @@ void Overlay::DrawCube(const PointRect& rect) const
         pen.List().AddConvexPolyFilled(points.data(), 4,
                                        isHovered ? IM_COL32(255, 214, 170, 245) : IM_COL32(shade, shade, shade + 4, 240));
         pen.List().AddPolyline(points.data(), 4, IM_COL32(90, 96, 105, 255), ImDrawFlags_Closed, 1.0f);
-        if (turned > 0.45)
+        if (turned > 0.3)
         {
             const float size = 12.0f;
             const ImVec2 extent = ImGui::GetFont()->CalcTextSizeA(size, 1e9f, 0.0f, face.name);
             const glm::dvec3 centre = normal * (CubeSide * m_ratio / 2.0);
-            const ImVec2 at =
-                pen.At(middle + glm::dvec2(glm::dot(centre, view.Right()), -glm::dot(centre, view.Up())));
+            const glm::dvec2 place(glm::dot(centre, view.Right()), -glm::dot(centre, view.Up()));
+            const glm::dvec2 reach = glm::dvec2(extent.x / 2.0, extent.y / 2.0 - 1.0) * static_cast<double>(m_ratio);
+            const bool fits = IsInside(corners, place + reach) && IsInside(corners, place - reach)
+                && IsInside(corners, place + glm::dvec2(reach.x, -reach.y))
+                && IsInside(corners, place - glm::dvec2(reach.x, -reach.y));
+            if (!fits)
+            {
+                continue;
+            }
+            const ImVec2 at = pen.At(middle + place);
             pen.List().AddText(ImGui::GetFont(), size,
                                {std::floor(at.x - extent.x / 2.0f), std::floor(at.y - extent.y / 2.0f)}, Ink, face.name);
         }

@@ -8,8 +8,9 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <filesystem>
 
 namespace OV::ViewerApp
 {
@@ -17,12 +18,14 @@ namespace OV::ViewerApp
 namespace
 {
 
+namespace fs = std::filesystem;
+
 // In points.
 constexpr float LeftWidth = 250.0f;
 constexpr float RightWidth = 290.0f;
 constexpr float StatusHeight = 26.0f;
-/// Below so much room for the picture the sides give way.
-constexpr float LeastPicture = 120.0f;
+/// Below so much room for the picture the sides give way, that of the model first.
+constexpr float LeastPicture = 360.0f;
 
 constexpr ImGuiWindowFlags FixedWindow = ImGuiWindowFlags_NoMove | ImGuiWindowFlags_NoResize
     | ImGuiWindowFlags_NoCollapse | ImGuiWindowFlags_NoSavedSettings | ImGuiWindowFlags_NoBringToFrontOnFocus;
@@ -50,7 +53,30 @@ void BeginFixed(const char* name, float x, float y, float width, float height, I
     ImGui::Begin(name, nullptr, FixedWindow | flags);
 }
 
+std::string FileNameOf(const std::string& path)
+{
+    return path.substr(path.find_last_of('/') + 1);
+}
+
+/// The folder of a file, from the person's own one where it is in there.
+std::string FolderOf(const std::string& path)
+{
+    const std::string folder = path.substr(0, path.find_last_of('/'));
+    const char* const home = std::getenv("HOME");
+    const std::string own = home ? home : "";
+    const bool isOwn = own.size() > 1 && folder.compare(0, own.size(), own) == 0
+        && (folder.size() == own.size() || folder[own.size()] == '/');
+    return isOwn ? "~" + folder.substr(own.size()) : folder;
+}
+
 } // namespace
+
+void PlaceInMiddle(float width, float height)
+{
+    const ImVec2 size = ImGui::GetIO().DisplaySize;
+    ImGui::SetNextWindowPos({size.x / 2.0f, size.y / 2.0f}, ImGuiCond_Always, {0.5f, 0.5f});
+    ImGui::SetNextWindowSize({std::min(width, size.x), std::min(height, size.y)});
+}
 
 void Panels::Draw()
 {
@@ -65,34 +91,50 @@ void Panels::Draw()
     }
     const float bottom = hasBars ? StatusHeight : 0.0f;
     const bool hasModel = m_viewer.GetDesk().GetModel() != nullptr;
-    const bool hasSides = hasBars && m_hasSides && hasModel && size.x > LeftWidth + RightWidth + LeastPicture;
-    m_picture.x = hasSides ? LeftWidth : 0.0f;
+    const bool hasSides = hasBars && m_hasSides && hasModel;
+    const bool hasRight = hasSides && size.x >= RightWidth + LeastPicture;
+    const bool hasLeft = hasSides && size.x >= LeftWidth + RightWidth + LeastPicture;
+    m_picture.x = hasLeft ? LeftWidth : 0.0f;
     m_picture.y = top;
-    m_picture.width = size.x - (hasSides ? LeftWidth + RightWidth : 0.0f);
+    m_picture.width = size.x - m_picture.x - (hasRight ? RightWidth : 0.0f);
     m_picture.height = size.y - top - bottom;
-    if (hasSides)
+    ImGui::PushStyleVar(ImGuiStyleVar_WindowRounding, 0.0f);
+    if (hasLeft)
     {
-        ImGui::PushStyleVar(ImGuiStyleVar_WindowRounding, 0.0f);
         BeginFixed("Model", 0.0f, top, LeftWidth, m_picture.height, ImGuiWindowFlags_NoTitleBar);
         DrawModelSide();
         ImGui::End();
+    }
+    if (hasRight)
+    {
         BeginFixed("Settings", size.x - RightWidth, top, RightWidth, m_picture.height, ImGuiWindowFlags_NoTitleBar);
         DrawSettingsSide();
         ImGui::End();
-        ImGui::PopStyleVar();
     }
+    ImGui::PopStyleVar();
     if (hasBars)
     {
         DrawStatus(size.x, size.y);
     }
-    if (!hasModel && !m_viewer.GetDesk().IsOpening() && !m_isFileOpen && hasBars)
+    if (!hasModel && !m_viewer.GetDesk().IsOpening() && !m_file.IsOpen() && hasBars)
     {
         DrawWelcome();
     }
     DrawOpening();
     DrawHelp();
-    DrawFilePanel();
+    const std::string wanted = m_file.Draw();
+    m_viewer.Open(wanted, m_file.IsBeside() ? Desk::Opening::Beside : Desk::Opening::InPlace);
     DrawPicturePanel();
+}
+
+void Panels::AskForFile(bool beside)
+{
+    std::error_code ignored;
+    const std::vector<std::string>& recent = m_viewer.GetState().recent;
+    const std::string path = m_viewer.GetDesk().GetPath();
+    const std::string last = !path.empty() || recent.empty() ? path : recent.front();
+    const fs::path folder = fs::path(last).parent_path();
+    m_file.Ask(fs::is_directory(folder, ignored) ? folder.string() : fs::current_path(ignored).string(), beside);
 }
 
 void Panels::DrawMenu()
@@ -113,17 +155,9 @@ void Panels::DrawMenu()
                 actions[i].run(m_viewer);
             }
         }
-        if (isOpen && std::strcmp(group, "File") == 0 && !m_viewer.GetState().recent.empty())
+        if (isOpen && std::strcmp(group, "File") == 0)
         {
-            ImGui::Separator();
-            const std::vector<std::string> recent = m_viewer.GetState().recent;
-            for (const std::string& path : recent)
-            {
-                if (ImGui::MenuItem(path.c_str()))
-                {
-                    m_viewer.Open(path);
-                }
-            }
+            DrawRecent();
         }
         if (isOpen)
         {
@@ -133,6 +167,24 @@ void Panels::DrawMenu()
     ImGui::EndMainMenuBar();
 }
 
+void Panels::DrawRecent()
+{
+    const std::vector<std::string> recent = m_viewer.GetState().recent;
+    if (!recent.empty())
+    {
+        ImGui::Separator();
+    }
+    for (const std::string& path : recent)
+    {
+        ImGui::PushID(path.c_str());
+        if (ImGui::MenuItem(FileNameOf(path).c_str(), FolderOf(path).c_str()))
+        {
+            m_viewer.Open(path);
+        }
+        ImGui::PopID();
+    }
+}
+
 void Panels::DrawStatus(float width, float height)
 {
     ImGui::PushStyleVar(ImGuiStyleVar_WindowRounding, 0.0f);
@@ -140,9 +192,8 @@ void Panels::DrawStatus(float width, float height)
     ImGui::PushStyleVar(ImGuiStyleVar_WindowMinSize, {1.0f, 1.0f});
     BeginFixed("Status", 0.0f, height - StatusHeight, width, StatusHeight,
                ImGuiWindowFlags_NoTitleBar | ImGuiWindowFlags_NoScrollbar);
-    const Desk& desk = m_viewer.GetDesk();
     const Measure& measure = m_viewer.GetMeasure();
-    const Desk::Message& message = desk.GetMessage();
+    const Desk::Message& message = m_viewer.GetDesk().GetMessage();
     if (message.isTrouble)
     {
         ImGui::TextColored({0.75f, 0.1f, 0.05f, 1.0f}, "%s", message.text.c_str());
@@ -154,6 +205,14 @@ void Panels::DrawStatus(float width, float height)
     else
     {
         ImGui::TextUnformatted(message.text.c_str());
+    }
+    static constexpr const char* hint = "? lists the keys";
+    const float begin = width - ImGui::CalcTextSize(hint).x - 8.0f;
+    ImGui::SameLine();
+    if (ImGui::GetCursorPosX() < begin)
+    {
+        ImGui::SetCursorPosX(begin);
+        ImGui::TextDisabled("%s", hint);
     }
     ImGui::End();
     ImGui::PopStyleVar(3);
@@ -177,42 +236,57 @@ void Panels::DrawHelp()
     {
         return;
     }
-    const ImVec2 size = ImGui::GetIO().DisplaySize;
-    ImGui::SetNextWindowPos({size.x / 2.0f, size.y / 2.0f}, ImGuiCond_Always, {0.5f, 0.5f});
-    ImGui::SetNextWindowSize({std::min(660.0f, size.x), std::min(530.0f, size.y)});
-    if (ImGui::Begin("Keys", &m_isHelpOpen, ImGuiWindowFlags_NoResize | ImGuiWindowFlags_NoCollapse))
+    // A line without a text is a heading.
+    struct Line
     {
-        static constexpr const char* pointer[][2] = {
-            {"Drag", "Turn about the point under the pointer"},
+        std::string key;
+        const char* text;
+    };
+    static const std::vector<Line> lines = []
+    {
+        std::vector<Line> all = {
+            {"Pointer", nullptr},
+            {"Drag", "Turn about what is under the pointer"},
             {"Shift or middle drag", "Move"},
-            {"Wheel", "Come nearer to the pointer; with Shift move"},
-            {"Swipe to the side", "Move"},
+            {"Wheel", "Come nearer to the pointer; with Shift, move"},
+            {"Two fingers", "Up and down as a wheel; to the side, move"},
             {"Click", "Select; with Shift another one too"},
             {"Double click", "Fit what is selected"},
             {"Ctrl drag", "Select all in a box"},
+            {"Drag an arrow", "Move the plane that cuts"},
         };
-        const auto line = [](const std::string& key, const char* text)
+        const char* group = "";
+        for (const Action& action : ListActions())
         {
-            ImGui::TextColored({0.75f, 0.35f, 0.05f, 1.0f}, "%s", key.c_str());
-            ImGui::SameLine(150.0f);
-            ImGui::TextUnformatted(text);
-        };
-        for (const auto& entry : pointer)
-        {
-            line(entry[0], entry[1]);
+            if (std::strcmp(group, action.group) != 0)
+            {
+                group = action.group;
+                all.push_back({group, nullptr});
+            }
+            all.push_back({KeyText(action.key), action.text});
         }
-        ImGui::Separator();
+        return all;
+    }();
+    const std::size_t half = (lines.size() + 1) / 2;
+    const float lineHeight = ImGui::GetTextLineHeightWithSpacing();
+    PlaceInMiddle(960.0f, static_cast<float>(half + 3) * lineHeight);
+    if (ImGui::Begin("Keys", &m_isHelpOpen, ImGuiWindowFlags_NoResize | ImGuiWindowFlags_NoCollapse))
+    {
         ImGui::Columns(2, "keys", false);
-        const std::vector<Action>& actions = ListActions();
-        for (std::size_t i = 0; i < actions.size(); ++i)
+        for (std::size_t i = 0; i < lines.size(); ++i)
         {
-            if (i == (actions.size() + 1) / 2)
+            if (i == half)
             {
                 ImGui::NextColumn();
             }
-            ImGui::TextColored({0.75f, 0.35f, 0.05f, 1.0f}, "%s", KeyText(actions[i].key).c_str());
-            ImGui::SameLine(96.0f);
-            ImGui::TextUnformatted(actions[i].text);
+            if (!lines[i].text)
+            {
+                ImGui::TextDisabled("%s", lines[i].key.c_str());
+                continue;
+            }
+            ImGui::TextColored({0.75f, 0.35f, 0.05f, 1.0f}, "%s", lines[i].key.c_str());
+            ImGui::SameLine(i < half ? 158.0f : 120.0f);
+            ImGui::TextUnformatted(lines[i].text);
         }
         ImGui::Columns(1);
     }
@@ -223,20 +297,33 @@ void Panels::DrawWelcome()
 {
     const ImVec2 size = ImGui::GetIO().DisplaySize;
     ImGui::SetNextWindowPos({size.x / 2.0f, size.y / 2.0f}, ImGuiCond_Always, {0.5f, 0.5f});
+    ImGui::PushStyleVar(ImGuiStyleVar_WindowPadding, {28.0f, 24.0f});
     ImGui::Begin("Welcome", nullptr, FixedWindow | ImGuiWindowFlags_NoTitleBar | ImGuiWindowFlags_AlwaysAutoResize);
-    ImGui::TextUnformatted("Drop a model here, or press Ctrl+O to open one.");
-    ImGui::TextDisabled("Press ? for the keys.");
+    ImGui::PopStyleVar();
+    ImGui::AlignTextToFramePadding();
+    ImGui::TextUnformatted("Drop a model here, or");
+    ImGui::SameLine();
+    if (ImGui::Button("Open a model..."))
+    {
+        AskForFile();
+    }
+    ImGui::TextDisabled("Ctrl+O does so too, and ? lists all keys.");
     const std::vector<std::string> recent = m_viewer.GetState().recent;
     if (!recent.empty())
     {
-        ImGui::Separator();
-        for (const std::string& path : recent)
+        ImGui::Dummy({0.0f, 6.0f});
+        ImGui::TextDisabled("Opened lately");
+    }
+    for (const std::string& path : recent)
+    {
+        ImGui::PushID(path.c_str());
+        if (ImGui::Selectable(FileNameOf(path).c_str(), false, 0, {160.0f, 0.0f}))
         {
-            if (ImGui::Selectable(path.c_str()))
-            {
-                m_viewer.Open(path);
-            }
+            m_viewer.Open(path);
         }
+        ImGui::SameLine(0.0f, 16.0f);
+        ImGui::TextDisabled("%s", FolderOf(path).c_str());
+        ImGui::PopID();
     }
     ImGui::End();
 }
@@ -248,11 +335,11 @@ void Panels::DrawOpening()
     {
         return;
     }
-    ImGui::SetNextWindowPos({m_picture.x + m_picture.width / 2.0f, m_picture.y + m_picture.height / 2.0f},
-                            ImGuiCond_Always, {0.5f, 0.5f});
+    // At the foot of the picture, where it is in nobody's way.
+    ImGui::SetNextWindowPos({m_picture.x + m_picture.width / 2.0f, m_picture.y + m_picture.height - 12.0f},
+                            ImGuiCond_Always, {0.5f, 1.0f});
     ImGui::Begin("Opening", nullptr, FixedWindow | ImGuiWindowFlags_NoTitleBar | ImGuiWindowFlags_AlwaysAutoResize);
-    const std::string& path = desk.GetOpeningPath();
-    ImGui::Text("Opening %s", path.substr(path.find_last_of('/') + 1).c_str());
+    ImGui::Text("Opening %s", FileNameOf(desk.GetOpeningPath()).c_str());
     ImGui::ProgressBar(desk.GetPercent() / 100.0f, {280.0f, 0.0f});
     ImGui::SameLine();
     if (ImGui::Button("Cancel"))
@@ -264,8 +351,9 @@ void Panels::DrawOpening()
 
 bool Panels::CloseTop()
 {
-    const bool hadOne = m_isHelpOpen || m_isFileOpen || m_isPictureOpen;
-    m_isHelpOpen = m_isFileOpen = m_isPictureOpen = false;
+    const bool hadOne = m_isHelpOpen || m_file.IsOpen() || m_isPictureOpen;
+    m_isHelpOpen = m_isPictureOpen = false;
+    m_file.Close();
     return hadOne;
 }
 

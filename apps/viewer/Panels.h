@@ -1,7 +1,12 @@
 #pragma once
 
+#include "apps/viewer/Desk.h"
+#include "apps/viewer/FilePanel.h"
+#include "apps/viewer/ModelTree.h"
 #include "apps/viewer/PointRect.h"
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,6 +14,10 @@ namespace OV::ViewerApp
 {
 
 class Viewer;
+
+/// Where the next panel stands, in points.
+/// @param height 0 for as much as it needs.
+void PlaceInMiddle(float width, float height);
 
 /// The panels about the picture: menus, the model's tree, settings, and what is asked now and then.
 class Panels
@@ -32,44 +41,43 @@ public:
 
 private:
     void DrawMenu();
+    void DrawRecent();
     void DrawStatus(float width, float height);
     void DrawModelSide();
     void DrawSettingsSide();
-    void DrawTree();
+    void DrawTree(Desk& desk);
+    bool DrawTreeRow(Desk& desk, std::size_t index);
     void DrawSelection();
+    void DrawSelectionButtons(Desk& desk);
+    const std::optional<Desk::Thing>& SelectedThing();
     void DrawSavedViews();
     void DrawHelp();
     void DrawWelcome();
     void DrawOpening();
-    void DrawFilePanel();
     void DrawPicturePanel();
-    void ListFolder();
-    void ListNodes();
+    void ReadTree();
 
     Viewer& m_viewer;
     PointRect m_picture;
     bool m_hasSides = true;
     bool m_isHelpOpen = false;
 
-    bool m_isFileOpen = false;
-    bool m_isFileBeside = false;
-    std::string m_folder;
-    std::string m_fileTrouble;
-    struct Entry
-    {
-        std::string name;
-        bool isFolder = false;
-    };
-    std::vector<Entry> m_entries;
-
+    FilePanel m_file;
     bool m_isPictureTransparent = false;
     bool m_isPictureOpen = false;
+    std::string m_pictureOf; ///< the model that the name was proposed for
     char m_pictureName[512] = "picture.png";
     int m_pictureSize[2] = {1920, 1080};
 
     char m_search[128] = "";
-    unsigned m_listed = 0; ///< revision that the nodes below are of
-    std::vector<std::string> m_nodes; ///< paths
+    unsigned m_listed = 0; ///< revision that the tree is of
+    ModelTree m_tree;
+    std::string m_revealed; ///< path that was brought into sight last
+    float m_belowTree = 0.0f; ///< height of what stands below it; 0 before it was drawn
+    bool m_isThingKnown = false; ///< the two below are of the selection of the path
+    std::string m_thingPath;
+    std::optional<Desk::Thing> m_thing;
+    bool m_isThingFile = false;
     char m_viewName[128] = "";
 };
 

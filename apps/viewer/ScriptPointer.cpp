@@ -111,9 +111,13 @@ bool ScriptRunner::BeginPointer(const ScriptAction& action)
         Then([this, event] { m_viewer.GetWindow().Push(event); });
         return true;
     }
-    if (action.name == "swipe" && hasPoint)
+    const bool isSwipe = action.name == "swipe" || action.name == "shift-swipe" || action.name == "ctrl-swipe";
+    if (isSwipe && hasPoint)
     {
-        InputEvent event = PointerEvent(InputEvent::Kind::Scrolled, x, y, 0, ModifierNone);
+        const unsigned held = action.name[0] == 'c'   ? ModifierControl
+                              : action.name[1] == 'h' ? ModifierShift
+                                                      : ModifierNone;
+        InputEvent event = PointerEvent(InputEvent::Kind::Scrolled, x, y, 0, held);
         if (!ParsePoint(action.words[1], event.dx, event.dy))
         {
             Fail(action, "'" + action.words[1] + "' is no pair of steps DX,DY");
@@ -124,7 +128,7 @@ bool ScriptRunner::BeginPointer(const ScriptAction& action)
         Then([this, event] { m_viewer.GetWindow().Push(event); });
         return true;
     }
-    if (action.name == "move" || action.name == "scroll" || action.name == "swipe")
+    if (action.name == "move" || action.name == "scroll" || isSwipe)
     {
         Fail(action, "'" + action.words[0] + "' is no point X,Y");
     }

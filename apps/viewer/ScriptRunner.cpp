@@ -1,5 +1,6 @@
 #include "apps/viewer/ScriptRunner.h"
 
+#include "apps/viewer/Actions.h"
 #include "apps/viewer/Viewer.h"
 
 #include <nlohmann/json.hpp>
@@ -21,6 +22,8 @@ namespace
 
 constexpr double LoadingPoll = 0.02;
 constexpr std::chrono::seconds AwaitTime(60);
+/// That the window system takes to give a window another size.
+constexpr std::chrono::milliseconds ResizeTime(100);
 
 std::string Lines(const std::vector<std::string>& texts)
 {
@@ -304,6 +307,24 @@ void ScriptRunner::Set(const ScriptAction& action)
     Fail(action, error);
 }
 
+void ScriptRunner::ResizeOften(int frames)
+{
+    int width = 0;
+    int height = 0;
+    m_viewer.GetWindow().GetSize(width, height);
+    for (int i = 1; i <= frames; ++i)
+    {
+        // Larger and smaller by turns; the last one is that of before.
+        const int other = i == frames ? 0 : (i % 2 == 0 ? -1 : 1) * (i * 37 % 150);
+        Then([this, width, height, other] { m_viewer.GetWindow().SetSize(width + other, height - other / 2); });
+    }
+    Then([this]
+         {
+             m_pausedUntil = Clock::now() + ResizeTime;
+             m_isWaiting = true;
+         });
+}
+
 bool ScriptRunner::BeginPicture(const ScriptAction& action)
 {
     if (action.name == "resize")
@@ -315,9 +336,12 @@ bool ScriptRunner::BeginPicture(const ScriptAction& action)
             Fail(action, "'" + action.words[0] + "' is no size WxH");
         }
         m_viewer.GetWindow().SetSize(width, height);
-        // The window system takes its time to do so.
-        m_pausedUntil = Clock::now() + std::chrono::milliseconds(100);
+        m_pausedUntil = Clock::now() + ResizeTime;
         m_isWaiting = true;
+    }
+    else if (action.name == "resize-often")
+    {
+        ResizeOften(static_cast<int>(NumberIn(action, 1.0, 1000.0)));
     }
     else if (action.name == "scale")
     {
@@ -372,6 +396,36 @@ std::string ScriptRunner::Print(const ScriptAction& action) const
         }
         return text;
     }
+    if (what == "thing")
+    {
+        const auto thing = desk.GetSelection().empty() ? std::nullopt : desk.Describe(desk.GetSelection().back());
+        return thing ? thing->name + '\n' + thing->path + '\n' + thing->Text(desk.GetModel()->GetUnit()) : std::string();
+    }
+    if (what == "clipboard")
+    {
+        return m_viewer.GetWindow().GetClipboard();
+    }
+    if (what == "opening")
+    {
+        return desk.IsOpening() ? desk.GetOpeningPath() : std::string();
+    }
+    if (what == "recent")
+    {
+        return Lines(m_viewer.GetState().recent);
+    }
+    if (what == "keys")
+    {
+        std::vector<std::string> keys;
+        for (const Action& key : ListActions())
+        {
+            keys.emplace_back(key.key);
+        }
+        return Lines(keys);
+    }
+    if (what == "wakes")
+    {
+        return std::to_string(m_viewer.GetWakes());
+    }
     if (what == "command")
     {
         return m_viewer.CommandLine();
@@ -408,7 +462,7 @@ std::string ScriptRunner::Print(const ScriptAction& action) const
     {
         return m_viewer.Statistics();
     }
-    Fail(action, "'" + what + "' is none of selection, command, settings, measure, message, model, models, nodes, labels, statistics");
+    Fail(action, "'" + what + "' is none of those that --help-script lists");
 }
 
 } // namespace OV::ViewerApp

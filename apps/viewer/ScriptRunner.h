@@ -39,6 +39,7 @@ private:
     void Press(const ScriptAction& action);
     void Type(const std::string& text);
     void Set(const ScriptAction& action);
+    void ResizeOften(int frames);
     bool BeginWords(const ScriptAction& action);
     void Await();
     void Try(const ScriptAction& action);

@@ -75,12 +75,22 @@ std::string State::UsualPath()
     return std::string(home ? home : "") + "/.config/orvane/view.json";
 }
 
+Host::PresentationSettings State::FirstSettings()
+{
+    Host::PresentationSettings settings;
+    settings.lines = Host::LineSettings();
+    settings.occlusion = true;
+    return settings;
+}
+
 State State::Read(const std::string& path, std::string& word)
 {
     std::error_code ignored;
+    State first;
+    first.settings = FirstSettings();
     if (!fs::exists(path, ignored))
     {
-        return {};
+        return first;
     }
     try
     {
@@ -98,7 +108,7 @@ State State::Read(const std::string& path, std::string& word)
         const std::string aside = path + ".damaged";
         fs::rename(path, aside, ignored);
         word = "What was kept from the last time is damaged; it was set aside as " + aside;
-        return {};
+        return first;
     }
 }
 

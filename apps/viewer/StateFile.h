@@ -26,6 +26,9 @@ struct State
     std::vector<SavedView> views;
     std::vector<std::string> recent; ///< paths, the last one first
 
+    /// Those of the first time: a model as it is drawn to be looked at, with its edges and dark corners.
+    static Host::PresentationSettings FirstSettings();
+
     /// Beside the user's configuration.
     static std::string UsualPath();
 

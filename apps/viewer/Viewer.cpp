@@ -31,8 +31,6 @@ constexpr int FramesAfterEvent = 3;
 /// Points that a pointer may move between press and release of a click.
 constexpr double ClickReach = 3.0;
 constexpr double DoubleClickSeconds = 0.4;
-/// Samples of a picture where settings name none, as those of a saved picture.
-constexpr int UsualSamples = 4;
 /// Of a movement for a step of a trackpad.
 constexpr double PixelsPerScroll = 30.0;
 /// Scrolls that come sooner after each other are one movement.
@@ -40,11 +38,6 @@ constexpr double GestureSeconds = 0.3;
 constexpr double LoadingPoll = 0.05;
 constexpr double WatchPoll = 0.3;
 constexpr double CursorPoll = 0.25;
-
-int SamplesOf(const Host::PresentationSettings& settings)
-{
-    return settings.antialiasing == Host::Antialiasing::Multisampling ? settings.samples.value_or(UsualSamples) : 0;
-}
 
 std::string ReadFile(const std::string& path, const char* what)
 {
@@ -198,6 +191,7 @@ void Viewer::Run()
     Clock::time_point last = Clock::now();
     while (!m_isClosing)
     {
+        ++m_wakes;
         const bool wasOpening = m_desk.IsOpening();
         for (const InputEvent& event : m_window->Wait(Timeout()))
         {
@@ -207,12 +201,16 @@ void Viewer::Run()
         {
             m_script->Step();
         }
+        if (std::exchange(m_isLosingContext, false))
+        {
+            ChangeContext();
+        }
         const Clock::time_point now = Clock::now();
         const double seconds = std::chrono::duration<double>(now - last).count();
         last = now;
-        if (m_desk.Update(seconds))
+        if (const std::string opened = m_desk.Update(seconds); !opened.empty())
         {
-            m_state.AddRecent(m_desk.GetOpeningPath());
+            m_state.AddRecent(opened);
             m_measure.Clear();
             UpdateTitle();
         }
@@ -274,8 +272,14 @@ void Viewer::Handle(const InputEvent& event)
                 (event.modifiers & ModifierShift) != 0 ? Desk::Opening::Beside : Desk::Opening::InPlace);
         break;
     case InputEvent::Kind::CloseAsked: Close(); break;
-    case InputEvent::Kind::KeyUp:
     case InputEvent::Kind::Typed:
+        // Which key has the sign, and with what held, is another thing on each keyboard.
+        if (event.codepoint == '?' && !m_gui->WantsKeys())
+        {
+            RunActionOf(*this, '?', ModifierNone);
+        }
+        break;
+    case InputEvent::Kind::KeyUp:
     case InputEvent::Kind::Refresh: break;
     }
 }
@@ -286,10 +290,7 @@ void Viewer::HandleKey(const InputEvent& event)
     {
         return;
     }
-    // The sign stands above another one on some keyboards, and beside it on others.
-    const bool asksForHelp = event.key == '?' || (event.key == '/' && (event.modifiers & ModifierShift) != 0)
-        || event.key == KeyF1;
-    RunActionOf(*this, asksForHelp ? '?' : event.key, asksForHelp ? 0u : event.modifiers);
+    RunActionOf(*this, event.key == KeyF1 ? '?' : event.key, event.key == KeyF1 ? 0u : event.modifiers);
 }
 
 void Viewer::HandlePointer(const InputEvent& event)
@@ -338,9 +339,9 @@ void Viewer::Scroll(const InputEvent& event, const glm::dvec2& pixel)
         m_isSwiping = std::abs(event.dx) > std::abs(event.dy);
     }
     m_lastScroll = event.time;
-    // With control held comes what spreads on a trackpad, as most systems tell it.
-    const bool isPinch = (event.modifiers & ModifierControl) != 0;
-    if (!isPinch && (m_isSwiping || (event.modifiers & ModifierShift) != 0))
+    // With control held it comes nearer whichever way it goes: some systems tell fingers that spread so.
+    const bool comesNearer = (event.modifiers & ModifierControl) != 0;
+    if (!comesNearer && (m_isSwiping || (event.modifiers & ModifierShift) != 0))
     {
         navigator.PanBy(glm::dvec2(event.dx, event.dy) * PixelsPerScroll);
     }
@@ -462,7 +463,9 @@ void Viewer::Frame(double seconds)
 void Viewer::DrawModel()
 {
     const Clock::time_point begin = Clock::now();
-    if (!m_picture.Begin(m_desk.GetWidth(), m_desk.GetHeight(), SamplesOf(m_desk.GetDrawn())))
+    // As many as a saved picture has; those that GL lacks are left out when the picture is made.
+    const int samples = Host::Presentation::SamplesFor(m_desk.GetDrawn(), Host::PresentationSettings::MostSamples);
+    if (!m_picture.Begin(m_desk.GetWidth(), m_desk.GetHeight(), samples))
     {
         m_desk.TellTrouble("GL can't make a picture of the size of the window; make the window smaller");
         return;
@@ -558,6 +561,13 @@ void Viewer::CopyCommand()
 }
 
 void Viewer::LoseContext()
+{
+    // A panel may ask for it in the middle of a frame.
+    m_isLosingContext = true;
+    Redraw();
+}
+
+void Viewer::ChangeContext()
 {
     m_desk.Suspend();
     m_picture.Release();

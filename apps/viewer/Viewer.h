@@ -69,7 +69,8 @@ public:
     void CopyCommand();
     std::string CommandLine() const { return Command().ToShell(); }
 
-    /// Ends the GL context and goes on in another one. Throws Failure where there is none.
+    /// Ends the GL context after the present frame and goes on in another one. Throws Failure where there is
+    /// none.
     void LoseContext();
 
     void SaveView(const std::string& name);
@@ -82,6 +83,9 @@ public:
     bool IsAtRest() const;
 
     std::string Statistics() const;
+
+    /// How often the program has looked for something to do, which an idle one doesn't.
+    std::uint64_t GetWakes() const { return m_wakes; }
 
 private:
     RenderCommand Command() const;
@@ -102,6 +106,7 @@ private:
     void DrawModel();
     void SaveScreenshot(int width, int height);
     void UpdateTitle();
+    void ChangeContext();
 
     Options m_options;
     std::unique_ptr<Window> m_window;
@@ -115,7 +120,9 @@ private:
     std::unique_ptr<ScriptRunner> m_script; ///< null without a script
 
     bool m_isClosing = false;
+    bool m_isLosingContext = false;
     int m_framesToDraw = 0;
+    std::uint64_t m_wakes = 0;
     std::uint64_t m_windowFrames = 0;
     std::uint64_t m_modelFrames = 0;
     std::string m_screenshot;

@@ -40,7 +40,8 @@ constexpr struct
     {GLFW_KEY_RIGHT_ALT, KeyAlt},
 };
 
-int KeyOf(int glfw)
+/// @param scancode of the key, for what is written on it.
+int KeyOf(int glfw, int scancode)
 {
     if (glfw >= GLFW_KEY_F1 && glfw <= GLFW_KEY_F12)
     {
@@ -51,6 +52,12 @@ int KeyOf(int glfw)
     if (found != std::end(kKeys))
     {
         return found->key;
+    }
+    // Letters are those of the person's keyboard, wherever they are on it.
+    const char* const name = glfw >= GLFW_KEY_SPACE && glfw <= GLFW_KEY_GRAVE_ACCENT ? glfwGetKeyName(glfw, scancode) : nullptr;
+    if (name && name[0] >= 'a' && name[0] <= 'z' && name[1] == '\0')
+    {
+        return name[0] - 'a' + 'A';
     }
     // The others are named by their characters on the usual keyboard.
     return glfw > 0 && glfw < 256 ? glfw : KeyNone;
@@ -131,10 +138,10 @@ void OnScroll(GLFWwindow* window, double dx, double dy)
     Of(window).Push(event);
 }
 
-void OnKey(GLFWwindow* window, int key, int, int action, int modifiers)
+void OnKey(GLFWwindow* window, int key, int scancode, int action, int modifiers)
 {
     InputEvent event = Made(action == GLFW_RELEASE ? InputEvent::Kind::KeyUp : InputEvent::Kind::KeyDown);
-    event.key = KeyOf(key);
+    event.key = KeyOf(key, scancode);
     event.modifiers = ModifiersOf(modifiers);
     Of(window).Push(event);
 }

@@ -2,10 +2,7 @@
 
 #include "orvane/scene/Node.h"
 
-#include <algorithm>
-#include <cstddef>
 #include <set>
-#include <unordered_map>
 
 namespace OV::Host
 {
@@ -16,26 +13,26 @@ namespace
 /// So many names tell what names look like.
 constexpr std::size_t MostNames = 8;
 
-using Names = std::unordered_map<const Node*, const std::string*>;
+} // namespace
 
-Names NamesOf(const std::vector<ImportedNode>& nodes)
+NodePaths::NodePaths(const std::vector<ImportedNode>& nodes) : m_nodes(nodes)
 {
-    Names names;
-    for (const ImportedNode& node : nodes)
+    m_names.reserve(nodes.size());
+    for (std::size_t i = 0; i < nodes.size(); ++i)
     {
-        names[node.node] = &node.name;
+        m_names[nodes[i].node] = &nodes[i].name;
+        m_places[nodes[i].name].push_back(i);
     }
-    return names;
 }
 
 /// Whether the path ends in the node's name, with those of its parents before it.
-bool Ends(const Node* node, const std::string& path, const Names& names)
+bool NodePaths::Ends(const Node* node, const std::string& path) const
 {
     std::size_t end = path.size();
     while (node)
     {
-        const auto found = names.find(node);
-        if (found == names.end())
+        const auto found = m_names.find(node);
+        if (found == m_names.end())
         {
             return false;
         }
@@ -59,13 +56,40 @@ bool Ends(const Node* node, const std::string& path, const Names& names)
     return false;
 }
 
-std::string PathIn(const Names& names, const Node& node)
+Node* NodePaths::Find(const std::string& path) const
+{
+    std::size_t first = m_nodes.size();
+    // The node's own name begins after some slash, or the path is nothing else.
+    for (std::size_t begin = 0; begin <= path.size(); ++begin)
+    {
+        const bool isBegin = begin == 0 || path[begin - 1] == '/';
+        const auto named = isBegin ? m_places.find(std::string_view(path).substr(begin)) : m_places.end();
+        if (named == m_places.end())
+        {
+            continue;
+        }
+        for (const std::size_t place : named->second)
+        {
+            if (place >= first)
+            {
+                break;
+            }
+            if (Ends(m_nodes[place].node, path))
+            {
+                first = place;
+            }
+        }
+    }
+    return first < m_nodes.size() ? m_nodes[first].node : nullptr;
+}
+
+std::string NodePaths::PathTo(const Node& node) const
 {
     std::string path;
     for (const Node* step = &node; step; step = step->GetParent())
     {
-        const auto found = names.find(step);
-        if (found == names.end())
+        const auto found = m_names.find(step);
+        if (found == m_names.end())
         {
             break;
         }
@@ -75,30 +99,25 @@ std::string PathIn(const Names& names, const Node& node)
     return begin == std::string::npos ? std::string() : path.substr(begin);
 }
 
-} // namespace
-
 Node* FindNode(const std::vector<ImportedNode>& nodes, const std::string& path)
 {
-    const Names names = NamesOf(nodes);
-    const auto found = std::find_if(nodes.begin(), nodes.end(),
-                                    [&](const ImportedNode& node) { return Ends(node.node, path, names); });
-    return found == nodes.end() ? nullptr : found->node;
+    return NodePaths(nodes).Find(path);
 }
 
 std::string PathOf(const std::vector<ImportedNode>& nodes, const Node& node)
 {
-    return PathIn(NamesOf(nodes), node);
+    return NodePaths(nodes).PathTo(node);
 }
 
 std::vector<std::string> ListNodePaths(const std::vector<ImportedNode>& nodes)
 {
-    const Names names = NamesOf(nodes);
+    const NodePaths known(nodes);
     std::vector<std::string> paths;
     for (const ImportedNode& node : nodes)
     {
         if (!node.name.empty())
         {
-            paths.push_back(PathIn(names, *node.node));
+            paths.push_back(known.PathTo(*node.node));
         }
     }
     return paths;

@@ -84,6 +84,7 @@ void Presentation::AddName(Node& node, const std::string& name)
     {
         known->name = name;
     }
+    m_impl->ForgetPaths();
 }
 
 bool Presentation::Add(ImportResult model, std::string& error)
@@ -118,7 +119,7 @@ Node* Presentation::FindNode(const std::string& path) const
 
 std::string Presentation::PathOf(const Node& node) const
 {
-    return Host::PathOf(m_impl->nodes, node);
+    return m_impl->Paths().PathTo(node);
 }
 
 const std::vector<ImportedNode>& Presentation::GetNodes() const

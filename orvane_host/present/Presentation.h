@@ -296,10 +296,10 @@ public:
     /// the framebuffer that is bound and the viewport stay.
     BlankPicture FindBlank(const PictureOptions& options);
 
-    /// Samples a pixel that a picture of a size gets by settings: none without multisampling, else as
+    /// Samples a pixel that a picture gets by settings: none without multisampling, else as
     /// many as they tell, or 4.
     /// @param most that GL has.
-    static int SamplesFor(const PresentationSettings& settings, int width, int height, int most);
+    static int SamplesFor(const PresentationSettings& settings, int most);
 
     /// What is seen nearest at a pixel of the last size, from the upper left corner. GL.
     std::optional<PickHit> Pick(int x, int y);

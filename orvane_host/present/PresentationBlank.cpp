@@ -160,7 +160,7 @@ BlankPicture Presentation::Impl::ExplainBacks(const std::vector<PickHit>& backs)
     const std::optional<Box> box = BoxOf(Detail::ShownPoints(nearest, isNearest, {}));
     if (Camera().GetProjection() == CameraNode::Perspective && box && IsInside(eye, *box))
     {
-        return {BlankReason::EyeInside, Host::PathOf(nodes, nearest)};
+        return {BlankReason::EyeInside, Paths().PathTo(nearest)};
     }
     return {BlankReason::OnlyBacks, {}};
 }

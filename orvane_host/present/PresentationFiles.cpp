@@ -179,6 +179,7 @@ void Presentation::Impl::PutFile(std::size_t place, ImportResult model)
     }
     Node* const top = model.nodes.front().node;
     nodes.insert(next, model.nodes.begin(), model.nodes.end());
+    ForgetPaths();
     meshes.insert(meshes.end(), model.meshes.begin(), model.meshes.end());
     files.insert(files.begin() + static_cast<std::ptrdiff_t>(place), {path, top});
     m_contents.insert(m_contents.begin() + static_cast<std::ptrdiff_t>(place), std::move(content));

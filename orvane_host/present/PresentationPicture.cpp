@@ -107,7 +107,7 @@ public:
     PictureDrawing(Impl& impl, const Detail::GLFunctions& gl, const Detail::FramebufferLimits& limits,
                    const PictureOptions& options) :
         m_impl(impl), m_options(options), m_whole{options.width, options.height},
-        m_samples(SamplesFor(impl.settings, options.width, options.height, limits.maxSamples)),
+        m_samples(SamplesFor(impl.settings, limits.maxSamples)),
         m_tiles(m_whole, SizeFor(limits), impl.renderer->GetMargin(m_whole) + ReachOfPoints(impl.World())),
         m_gl(gl), m_limits(limits)
     {
@@ -216,7 +216,7 @@ private:
     std::vector<unsigned char> m_readOnWhite;
 };
 
-int Presentation::SamplesFor(const PresentationSettings& settings, int, int, int most)
+int Presentation::SamplesFor(const PresentationSettings& settings, int most)
 {
     if (settings.antialiasing != Antialiasing::Multisampling)
     {

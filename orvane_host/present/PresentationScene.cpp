@@ -166,7 +166,16 @@ void Presentation::Impl::UpdateGlobals()
 
 Node* Presentation::Impl::FindNode(const std::string& path) const
 {
-    return path.empty() ? nullptr : Host::FindNode(nodes, path);
+    return path.empty() ? nullptr : Paths().Find(path);
+}
+
+const NodePaths& Presentation::Impl::Paths() const
+{
+    if (!m_paths)
+    {
+        m_paths = std::make_unique<NodePaths>(nodes);
+    }
+    return *m_paths;
 }
 
 bool Presentation::Impl::Check(const PresentationSettings& wanted, Brought& brought, std::string& error) const
@@ -408,6 +417,7 @@ void Presentation::Impl::ForgetGone()
     const auto isGone = [&](const Node* node) { return !std::binary_search(present.begin(), present.end(), node); };
     nodes.erase(std::remove_if(nodes.begin(), nodes.end(),
                                [&](const ImportedNode& node) { return isGone(node.node); }), nodes.end());
+    ForgetPaths();
     meshes.erase(std::remove_if(meshes.begin(), meshes.end(),
                                 [&](const ImportedMesh& mesh) { return World().GetMeshes().count(mesh.mesh) == 0; }),
                  meshes.end());

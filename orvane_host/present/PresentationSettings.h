@@ -140,8 +140,8 @@ struct PresentationSettings
     /// Of the sun, in every look; without a sun there are none.
     std::optional<ShadowSettings> shadows;
     Antialiasing antialiasing = Antialiasing::Multisampling;
-    /// Samples a pixel of pictures with multisampling, 0 to MostSamples; none means as many as suit
-    /// the size. A framebuffer of the host's has those that it has.
+    /// Samples a pixel of pictures with multisampling, 0 to MostSamples; none means 4, or as
+    /// many as GL has. A framebuffer of the host's has those that it has.
     std::optional<int> samples;
 
     SheetSettings sheet;

@@ -142,8 +142,7 @@ public:
         m_gl.getIntegerv(GL_VIEWPORT, m_viewport.data());
         m_isOpen = true;
         const Detail::FramebufferLimits limits = Detail::FramebufferLimits::Query(m_gl);
-        const int samples =
-            Presentation::SamplesFor(m_before, m_grid.cellWidth, m_grid.cellHeight, limits.maxSamples);
+        const int samples = Presentation::SamplesFor(m_before, limits.maxSamples);
         m_buffer =
             Detail::HeadlessFramebuffer::Create(m_gl, limits, m_grid.cellWidth, m_grid.cellHeight, samples, error);
         return m_buffer != nullptr;

@@ -2,6 +2,7 @@
 
 #include "orvane_host/geometry/FeatureLines.h"
 #include "orvane_host/geometry/SectionFaces.h"
+#include "orvane_host/import/NodePath.h"
 #include "orvane_host/output/PictureFile.h"
 #include "orvane_host/present/Picking.h"
 #include "orvane_host/present/Presentation.h"
@@ -56,6 +57,10 @@ public:
     bool Remove(std::size_t place);
 
     Node* FindNode(const std::string& path) const;
+    /// Of the nodes; made when it is asked for.
+    const NodePaths& Paths() const;
+    /// To be called whenever nodes come or go, or get other names.
+    void ForgetPaths() { m_paths.reset(); }
     void SetVisibility(bool hasChanged);
     bool SetDimensions(std::vector<Dimension> wanted);
     bool SetLabel(const Node* node, const std::string* text);
@@ -192,6 +197,7 @@ private:
     bool IsInFog(const std::vector<PickHit>& hits) const;
     void FollowFramebuffer();
 
+    mutable std::unique_ptr<NodePaths> m_paths; ///< null until it is asked for
     std::vector<Content> m_contents; ///< of each file
     std::uint64_t m_nextFile = 1;    ///< number of the next one that comes
     bool m_isHostsScene = false;     ///< it was not imported

@@ -1,8 +1,13 @@
 #include "tests/apps/viewer/RandomActions.h"
 
+#include "tests/orvane_host/present/SettingsDice.h"
+
+#include <nlohmann/json.hpp>
+
 #include <cstddef>
 #include <fstream>
-#include <random>
+#include <iterator>
+#include <utility>
 #include <vector>
 
 namespace OV::Test
@@ -12,12 +17,12 @@ namespace
 {
 
 /// Throws dice for the words of actions.
-class Dice
+class Words
 {
 public:
-    Dice(unsigned seed, std::string folder) : m_random(seed), m_folder(std::move(folder)) {}
+    Words(unsigned seed, std::string folder) : m_dice(seed), m_folder(std::move(folder)) {}
 
-    int Below(int end) { return static_cast<int>(m_random() % static_cast<unsigned>(end)); }
+    int Below(int end) { return m_dice.Below(end); }
 
     const char* One(const std::vector<const char*>& of)
     {
@@ -41,11 +46,53 @@ public:
     {
         return One({"1", "2", "3", "4", "5", "6", "7", "f", "shift+f", "p", "h", "i", "shift+h", "e", "l", "o", "m", "shift+m",
                     "w", "w", "s", "a", "d", "n", "escape", "tab", "?", "f1", "f9", "left", "right", "up", "down", "page-up",
-                    "page-down", "shift+right", "shift+up", "ctrl+o", "shift+ctrl+o", "ctrl+r", "ctrl+s", "ctrl+c", "delete",
+                    "page-down", "shift+left", "shift+right", "shift+up", "shift+down", "ctrl+o", "shift+ctrl+o", "ctrl+r", "ctrl+s", "ctrl+c", "delete",
                     "shift+delete", "backspace", "enter"});
     }
 
     std::string Setting()
+    {
+        switch (Below(4))
+        {
+        case 0:
+        case 1: return ChangedField();
+        case 2: return AnyField();
+        default: return KnownSetting();
+        }
+    }
+
+private:
+    /// One field of settings as other tests change them.
+    std::string ChangedField()
+    {
+        Host::PresentationSettings settings;
+        for (int i = 0; i < 3; ++i)
+        {
+            Change(settings, m_dice, {"left", "right", "one.obj"});
+        }
+        const auto json = nlohmann::ordered_json::parse(settings.ToJSON());
+        const auto field = std::next(json.begin(), Below(static_cast<int>(json.size())));
+        return field.key() + " " + field.value().dump();
+    }
+
+    /// Any field, or one of those in it, with a value that may be none of its kind.
+    std::string AnyField()
+    {
+        Host::PresentationSettings settings;
+        Change(settings, m_dice, {});
+        const auto json = nlohmann::ordered_json::parse(settings.ToJSON());
+        const auto field = std::next(json.begin(), Below(static_cast<int>(json.size())));
+        std::string name = field.key();
+        if (field.value().is_object() && !field.value().empty() && Below(4) != 0)
+        {
+            name += "." + std::next(field.value().begin(), Below(static_cast<int>(field.value().size()))).key();
+        }
+        return name + " "
+            + One({"true", "false", "null", "{}", "[]", "0", "1", "-1", "0.5", "45", "1e30", "\"\"", "\"sky\"", "\"soft\"",
+                   "\"left\"", "\"#336699\"", "[0, 1, 0]", "[1, 2, 3]"});
+    }
+
+    std::string KnownSetting()
     {
         return One({"sky true", "sky false", "occlusion true", "occlusion false", "lines {}", "lines null",
                     "lines {\"width\": 3, \"dash\": 5}", "edges {\"weight\": 0.8}", "edges null", "antialiasing \"ssaa\"",
@@ -58,12 +105,11 @@ public:
                     "sheet.title \"\"", "background \"#AABBCC\"", "background 3", "samples 2", "samples null"});
     }
 
-private:
-    std::mt19937 m_random;
+    Dice m_dice;
     std::string m_folder;
 };
 
-std::string Action(Dice& dice, const std::string& folder)
+std::string Action(Words& dice, const std::string& folder)
 {
     switch (dice.Below(34))
     {
@@ -77,7 +123,7 @@ std::string Action(Dice& dice, const std::string& folder)
     case 7:
     case 8:
     case 9: return "set " + dice.Setting();
-    case 10: return std::string("view ") + dice.One({"iso", "front", "left", "top", "bottom"});
+    case 10: return std::string("view ") + dice.One({"iso", "front", "back", "left", "right", "top", "bottom"});
     case 11: return "select " + dice.Path();
     case 12: return std::string(dice.One({"save-view ", "recall-view "})) + dice.One({"mine", "yours"});
     case 13:
@@ -89,9 +135,10 @@ std::string Action(Dice& dice, const std::string& folder)
             + dice.Point();
     case 18: return "move " + dice.Point();
     case 19: return "scroll " + dice.Point() + " " + dice.Steps();
-    case 20: return "swipe " + dice.Point() + " " + dice.Steps() + "," + dice.Steps();
-    case 21: return std::string("type ") + dice.One({"left", "7", "\u00B0", "x/y"});
-    case 22: return "resize " + dice.Size();
+    case 20:
+        return std::string(dice.One({"swipe ", "shift-swipe ", "ctrl-swipe "})) + dice.Point() + " " + dice.Steps() + "," + dice.Steps();
+    case 21: return std::string("type ") + dice.One({"left", "7", "\u00B0", "x/y", "?", "two.obj"});
+    case 22: return dice.Below(3) != 0 ? "resize " + dice.Size() : "resize-often " + std::to_string(1 + dice.Below(12));
     case 23: return std::string("scale ") + dice.One({"0.5", "1", "1.25", "2", "9"});
     case 24: return dice.One({"minimise", "restore", "restore", "restore"});
     case 25: return dice.One({"wait", "pause 0.01"});
@@ -99,7 +146,8 @@ std::string Action(Dice& dice, const std::string& folder)
     case 27: return "picture-of " + dice.Size() + " " + dice.Picture();
     case 28:
         return std::string("print ")
-            + dice.One({"selection", "command", "settings", "measure", "message", "model", "models", "nodes", "labels", "statistics"});
+            + dice.One({"selection", "thing", "command", "clipboard", "settings", "measure", "message", "opening", "model",
+                        "models", "recent", "nodes", "labels", "keys", "statistics", "wakes"});
     case 29:
         return "copy " + folder + "/" + dice.One({"one.obj", "two.obj", "broken.obj"}) + " " + folder + "/watched.obj";
     case 30: return "lose-context";
@@ -111,7 +159,7 @@ std::string Action(Dice& dice, const std::string& folder)
 
 std::string MakeRandomScript(unsigned seed, int actions, const std::string& folder)
 {
-    Dice dice(seed, folder);
+    Words dice(seed, folder);
     std::string script;
     for (int i = 0; i < actions; ++i)
     {

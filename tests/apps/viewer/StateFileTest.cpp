@@ -50,7 +50,8 @@ TEST(StateFile, IsThatOfTheFirstTimeWhereThereIsNone)
     std::string word;
     const State state = State::Read(folder.Path("none.json"), word);
     EXPECT_EQ(word, "");
-    EXPECT_TRUE(state.settings == Host::PresentationSettings());
+    EXPECT_TRUE(state.settings == State::FirstSettings());
+    EXPECT_TRUE(state.settings.lines && state.settings.occlusion);
 }
 
 TEST(StateFile, ADamagedOneIsSetAside)
@@ -64,7 +65,7 @@ TEST(StateFile, ADamagedOneIsSetAside)
         std::string word;
         const State state = State::Read(path, word);
         EXPECT_NE(word.find("set aside"), std::string::npos) << text;
-        EXPECT_TRUE(state.settings == Host::PresentationSettings());
+        EXPECT_TRUE(state.settings == State::FirstSettings());
         EXPECT_EQ(ReadAll(path + ".damaged"), text);
         EXPECT_FALSE(std::ifstream(path).good());
     }

@@ -52,6 +52,14 @@ TEST_F(ViewerCommand, TellsEverySettingThatTheToolHas)
     ExpectCommandDraws(cube, "set sheet {\"title\": \"It's a \\\"cube\\\"\", \"scaleBar\": true, \"north\": -30}");
 }
 
+TEST_F(ViewerCommand, GoesToTheClipboard)
+{
+    const std::string told = View(WriteCube(), "set sky true\nkey ctrl+c\nprint clipboard\nprint command\nexpect message Copied");
+    const std::size_t line = told.find('\n');
+    EXPECT_NE(told.find("orvane-render"), std::string::npos) << told;
+    EXPECT_EQ(told.substr(0, line), told.substr(line + 1, line));
+}
+
 TEST_F(ViewerCommand, LeavesTheSelectionOut)
 {
     ExpectCommandDraws(WriteCube(), "click 320,240\nexpect selection cube");

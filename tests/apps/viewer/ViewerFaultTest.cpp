@@ -1,6 +1,9 @@
 #include "tests/apps/viewer/ViewerTool.h"
 
+#include <cstddef>
 #include <filesystem>
+#include <string>
+#include <vector>
 
 using namespace OV::Test;
 
@@ -30,6 +33,37 @@ TEST_F(ViewerFault, ALostContextEndsInTheSamePicture)
     ExpectSame(PictureAt("before.png"), PictureAt("after.png"));
 }
 
+TEST_F(ViewerFault, KeyAndMenuLoseTheContextToo)
+{
+    const std::string told =
+        View(WriteCube(), "set lines {}\nset antialiasing \"ssaa\"\nwait\nscreenshot FOLDER/before.png\nprint statistics\n"
+                          "key f9\nwait\nscreenshot FOLDER/key.png\nprint statistics\n"
+                          "click 272,10\nwait\nclick 300,36\nmove 1,1\nwait\nscreenshot FOLDER/menu.png\nprint statistics");
+    ExpectSame(PictureAt("before.png"), PictureAt("key.png"));
+    ExpectSame(PictureAt("before.png"), PictureAt("menu.png"));
+    // Nothing else draws the model again.
+    std::vector<int> drawn;
+    for (std::size_t at = told.find("model frames "); at != std::string::npos; at = told.find("model frames ", at + 1))
+    {
+        drawn.push_back(std::stoi(told.substr(at + 13)));
+    }
+    ASSERT_EQ(drawn.size(), 3u) << told;
+    EXPECT_GT(drawn[1], drawn[0]);
+    EXPECT_GT(drawn[2], drawn[1]);
+}
+
+TEST_F(ViewerFault, AWindowOfNoPixelsTakesWhatComes)
+{
+    const std::string pair = WritePair();
+    View(WriteCube(), "minimise\nwait\npicture-of 60x40 FOLDER/small.png\nopen " + pair + "\nkey f9\nview front\nclick 120,240\ndrag 300,240 340,200\n"
+                      "scroll 300,240 2\nscale 2\nscale 1\nkey ?\nkey escape\n"
+                      "lose-context\nresize 700x500\nresize 640x480\nview top\nview front\nkey escape\nwait\nrestore\nwait\n"
+                      "move 1,1\nwait\nscreenshot FOLDER/after.png");
+    View(pair, "view front\nwait\nmove 1,1\nwait\nscreenshot FOLDER/straight.png");
+    ExpectSame(PictureAt("after.png"), PictureAt("straight.png"));
+    EXPECT_EQ(PictureAt("small.png").GetWidth(), 60);
+}
+
 TEST_F(ViewerFault, AWindowOfAPixelIsNoTrouble)
 {
     View(WriteCube(), "screenshot FOLDER/before.png\nresize 1x1\nwait\nkey f\nwait\nresize 3x200\nwait\nresize 640x480\n"
@@ -46,7 +80,20 @@ TEST_F(ViewerFault, AWindowMayBeResizedAgainAndAgain)
     }
     View(WriteCube(), script + "resize 640x480\nwait\nview iso\nwait\nscreenshot FOLDER/after.png\nexpect model cube.obj");
     View(WriteCube(), "screenshot FOLDER/straight.png");
-    EXPECT_EQ(PictureAt("after.png").GetHeight(), 480);
+    ExpectSame(PictureAt("after.png"), PictureAt("straight.png"));
+}
+
+TEST_F(ViewerFault, AWindowMayBeResizedInEveryFrame)
+{
+    // In the middle of a turn, with buffers that are made for the size.
+    const std::string script = "set occlusion true\nset lines {}\nview top\n";
+    const std::string told =
+        View(WriteCube(), script + "print statistics\nresize-often 25\nwait\nprint statistics\nmove 1,1\nwait\n"
+                                   "screenshot FOLDER/after.png");
+    View(WriteCube(), script + "wait\nmove 1,1\nwait\nscreenshot FOLDER/straight.png");
+    ExpectSame(PictureAt("after.png"), PictureAt("straight.png"));
+    const auto frames = [&told](std::size_t from) { return std::stoi(told.substr(told.find("model frames ", from) + 13)); };
+    EXPECT_GE(frames(told.find('\n')) - frames(0), 15) << "they were drawn meanwhile";
 }
 
 TEST_F(ViewerFault, AMinimisedWindowDrawsNothingAndComesBackAsItWas)
@@ -62,7 +109,26 @@ TEST_F(ViewerFault, AMinimisedWindowDrawsNothingAndComesBackAsItWas)
 
 TEST_F(ViewerFault, MayBeClosedWhileAFileIsRead)
 {
-    View("", "begin-open " + TestModel("IFC/AC14-FZK-Haus.ifc"));
+    View("", "begin-open " + TestModel("IFC/AC14-FZK-Haus.ifc") + "\nexpect opening AC14-FZK-Haus.ifc");
+}
+
+TEST_F(ViewerFault, WorkGoesOnWhileAFileIsRead)
+{
+    // So large that it is still read when the pointer has done its work.
+    std::string grid;
+    constexpr int side = 300;
+    for (int i = 0; i <= side * side; ++i)
+    {
+        grid += "v " + std::to_string(i % side) + " " + std::to_string(i % 7) + " " + std::to_string(i / side) + "\n";
+    }
+    for (int i = 1; i + side + 1 < side * side; ++i)
+    {
+        grid += "f " + std::to_string(i) + " " + std::to_string(i + 1) + " " + std::to_string(i + side + 1) + " "
+            + std::to_string(i + side) + "\n";
+    }
+    View(WriteCube(), "begin-open " + WriteObj("large.obj", grid) + "\nclick 320,240\nexpect selection cube\nkey p\n"
+                      "expect settings \"orthographic\": true\nexpect opening large.obj\nkey escape\nwait\n"
+                      "expect message cancelled\nexpect model cube.obj\nexpect selection cube");
 }
 
 TEST_F(ViewerFault, OpeningMayBeCancelled)

@@ -40,6 +40,21 @@ TEST_F(ViewerFiles, StandBesideEachOtherHoweverTheyCome)
     ExpectDifferent(words, PictureAt("alone.png"));
 }
 
+TEST_F(ViewerFiles, ThoseThatWereOpenedLastAreListedAndOpenedAgain)
+{
+    const std::string left = WriteLeft();
+    const std::string right = WriteRight();
+    // Each of several counts, and one that can't be read doesn't.
+    EXPECT_EQ(View(left, "open FOLDER/none.obj\nprint recent", {right}), right + "\n" + left + "\n");
+    // The menu lists them below what else it has, the last one first.
+    View("", "click 22,10\nwait\nclick 60,181\nwait\nexpect model left.obj\nprint recent", {});
+    EXPECT_EQ(View("", "click 22,10\nwait\nclick 60,181\nwait\nexpect model right.obj\nprint recent", {}),
+              right + "\n" + left + "\n");
+    // So does what stands in an empty window.
+    View("", "click 270,282\nwait\nexpect model left.obj", {});
+    EXPECT_EQ(View("", "print recent"), "\n") << "forgotten";
+}
+
 TEST_F(ViewerFiles, NodesOfOneNameAreToldApart)
 {
     const std::string told = View(WriteLeft(), "view front\nwait\nclick 120,240\nprint selection\nclick 520,240\n"

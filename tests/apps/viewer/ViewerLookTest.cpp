@@ -43,6 +43,28 @@ TEST_F(ViewerLook, AnIdleWindowDrawsNothing)
     EXPECT_NE(told.substr(0, first), told.substr(second + 1, first));
 }
 
+TEST_F(ViewerLook, AnIdleWindowSleeps)
+{
+    // The pause ends by itself; what else wakes the program would keep a processor busy.
+    const auto wakesOf = [this](const std::string& script, const std::vector<std::string>& options)
+    {
+        const std::string told = View(WriteCube(), script + "wait\npause 0.1\nprint wakes\npause 0.6\nprint wakes", options);
+        return std::stoi(told.substr(told.find('\n') + 1)) - std::stoi(told);
+    };
+    EXPECT_LT(wakesOf("", {"--forget"}), 5);
+    EXPECT_LT(wakesOf("drag 300,240 340,260\nkey ?\n", {"--forget"}), 5);
+    EXPECT_LT(wakesOf("key m\nclick 320,240\nmove 340,260\nset occlusion true\nset sky true\n", {"--forget"}), 5);
+    EXPECT_LT(wakesOf("minimise\nview top\nset sky true\n", {"--forget"}), 5);
+    // A watched file is looked at now and then, and nothing is drawn for that.
+    EXPECT_LT(wakesOf("", {"--forget", "--watch"}), 10);
+}
+
+TEST_F(ViewerLook, WhatIsSelectedIsDescribed)
+{
+    const std::string told = View(WritePair(), "view front\nwait\nclick 520,240\nprint thing\nkey escape\nprint thing");
+    EXPECT_EQ(told, "right\npair.obj/right\nMaterial: green\nSize: 2 x 2 x 0\n2 triangles\n\n");
+}
+
 TEST_F(ViewerLook, PanelsMoveWithoutTheModelBeingDrawn)
 {
     const std::string told = View(WriteCube(), "print statistics\nmove 20,10\nmove 60,10\nkey ?\nwait\nkey escape\n"

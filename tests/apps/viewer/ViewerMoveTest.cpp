@@ -1,7 +1,11 @@
 #include "tests/apps/viewer/RandomActions.h"
 #include "tests/apps/viewer/ViewerTool.h"
 
+#include <cmath>
+#include <sstream>
+#include <string>
 #include <utility>
+#include <vector>
 
 using namespace OV::Test;
 
@@ -141,6 +145,37 @@ TEST_F(ViewerMove, ASwipeMovesAndGoesOnMovingWhereItBegan)
     EXPECT_NEAR(scrolled.first, before.first, 0.02);
 }
 
+TEST_F(ViewerMove, WithControlAScrollComesNearerAndWithShiftItMovesWhicheverWayItGoes)
+{
+    const auto viewAfter = [this](const std::string& swipes)
+    {
+        const std::string told = View(WriteCube(), "set view.eye [0, 0, 8]\nset view.target [0, 0, 0]\n" + swipes
+                                                       + "wait\nprint settings");
+        const std::size_t eye = told.find('[', told.find("\"eye\""));
+        const std::size_t second = told.find(',', eye);
+        const std::size_t third = told.find(',', second + 1);
+        return std::vector<double>{std::stod(told.substr(eye + 1)), std::stod(told.substr(second + 1)),
+                                   std::stod(told.substr(third + 1))};
+    };
+    // However the fingers go to the side meanwhile, and however little a step is.
+    const auto spread = viewAfter("ctrl-swipe 320,237 2,0.25\nctrl-swipe 320,237 0,0.5\n");
+    EXPECT_LT(spread[2], 7.7);
+    EXPECT_NEAR(spread[0], 0.0, 0.05);
+    const auto moved = viewAfter("shift-swipe 320,237 0,2\n");
+    EXPECT_NEAR(moved[2], 8.0, 1e-4);
+    EXPECT_GT(std::abs(moved[1]), 0.1);
+    EXPECT_NEAR(moved[0], 0.0, 1e-4);
+}
+
+TEST_F(ViewerMove, TheSignOfHelpIsReadWhereverItIsOnTheKeyboard)
+{
+    View(WriteCube(), "screenshot FOLDER/plain.png\ntype ?\nwait\nscreenshot FOLDER/typed.png\nkey escape\nwait\n"
+                      "screenshot FOLDER/closed.png\nkey f1\nwait\nscreenshot FOLDER/key.png");
+    ExpectDifferent(PictureAt("plain.png"), PictureAt("typed.png"));
+    ExpectSame(PictureAt("plain.png"), PictureAt("closed.png"));
+    ExpectSame(PictureAt("typed.png"), PictureAt("key.png"));
+}
+
 TEST_F(ViewerMove, RandomActionsDoNoHarm)
 {
     WriteRandomModels(folder.Path());
@@ -148,4 +183,17 @@ TEST_F(ViewerMove, RandomActionsDoNoHarm)
     const std::string told = View(folder.Path("one.obj"), MakeRandomScript(11, 150, folder.Path()) + "print models",
                                   {"--forget", "--watch"});
     EXPECT_NE(told.find(".obj"), std::string::npos);
+}
+
+TEST_F(ViewerMove, RandomActionsPressEveryKeyThatDoesSomething)
+{
+    std::istringstream keys(View("", "print keys"));
+    const std::string actions = MakeRandomScript(3, 8000, folder.Path());
+    int count = 0;
+    for (std::string key; std::getline(keys, key); ++count)
+    {
+        // It ends the window.
+        EXPECT_TRUE(key == "ctrl+q" || actions.find("try key " + key + "\n") != std::string::npos) << key;
+    }
+    EXPECT_GT(count, 40);
 }

@@ -60,3 +60,37 @@ TEST_F(ViewerNotes, NamesAreSetAndTakenBackAndFollowTheirNodes)
     ExpectSame(PictureAt("plain.png"), PictureAt("back.png"));
     ExpectSame(PictureAt("hidden-named.png"), PictureAt("hidden.png"));
 }
+
+TEST_F(ViewerNotes, NamesMoveWithTheirNodesInThePicture)
+{
+    const std::string views[] = {"front", "back"};
+    std::string script = "set cullBacks false\n";
+    for (const std::string& view : views)
+    {
+        script += "view " + view + "\nwait\npicture FOLDER/" + view + "-plain.png\n";
+    }
+    script += "select left\nkey n\nkey escape\nwait\n";
+    for (const std::string& view : views)
+    {
+        script += "view " + view + "\nwait\npicture FOLDER/" + view + "-named.png\n";
+    }
+    View(WritePair(), script);
+    // Left as it is seen from the front.
+    for (const bool isFront : {true, false})
+    {
+        const std::string view = isFront ? "front" : "back";
+        const Picture plain = PictureAt(view + "-plain.png");
+        const Picture named = PictureAt(view + "-named.png");
+        int left = 0;
+        int right = 0;
+        for (int y = 0; y < plain.GetHeight(); ++y)
+        {
+            for (int x = 0; x < plain.GetWidth(); ++x)
+            {
+                (x < plain.GetWidth() / 2 ? left : right) += plain.At(x, y) != named.At(x, y) ? 1 : 0;
+            }
+        }
+        EXPECT_GT(isFront ? left : right, 0) << view;
+        EXPECT_EQ(isFront ? right : left, 0) << view;
+    }
+}

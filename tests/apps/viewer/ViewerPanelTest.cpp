@@ -1,5 +1,7 @@
 #include "tests/apps/viewer/ViewerTool.h"
 
+#include <filesystem>
+
 using namespace OV::Test;
 
 namespace
@@ -59,6 +61,75 @@ TEST_F(ViewerPanel, TheFilePanelOpensAModelOfTheFolder)
 {
     WriteWholeFile(folder.Path("notes.txt"), "no model");
     WritePair();
-    // Below the folder above and cube.obj comes pair.obj; others than models are not listed.
-    View(WriteCube(), "key ctrl+o\nwait\nclick 200,115\nwait\nexpect model pair.obj");
+    const std::string cube = WriteCube();
+    // Below cube.obj comes pair.obj; others than models are not listed. A click alone opens nothing.
+    View(cube, "key ctrl+o\nwait\nclick 100,116\nwait\nexpect model cube.obj\nclick 30,460\nwait\nexpect model pair.obj");
+    View(cube, "key ctrl+o\nwait\ndouble-click 100,116\nwait\nexpect model pair.obj");
+}
+
+TEST_F(ViewerPanel, TheFilePanelIsUsedByKeys)
+{
+    const std::string pair = WritePair();
+    const std::string cube = WriteCube();
+    std::filesystem::create_directory(folder.Path("deeper"));
+    std::filesystem::copy_file(pair, folder.Path("deeper/inside.obj"));
+    View(cube, "key ctrl+o\nwait\nkey down\nkey down\nkey enter\nwait\nexpect model pair.obj");
+    View(cube, "key ctrl+o\nwait\ntype AIR\nwait\nkey enter\nwait\nexpect model pair.obj");
+    // A folder is entered, and then what is in it is chosen.
+    View(cube, "key ctrl+o\nwait\nkey enter\nwait\nkey enter\nwait\nexpect model deeper/inside.obj");
+    View(cube, "key ctrl+o\nwait\ntype deeper/inside.obj\nkey enter\nwait\nexpect model deeper/inside.obj");
+    View(cube, "key ctrl+o\nwait\ntype " + pair + "\nkey enter\nwait\nexpect model pair.obj");
+    // What isn't there leaves the panel, and escape takes it away.
+    View(cube, "screenshot FOLDER/before.png\nkey ctrl+o\nwait\ntype nothing/there\nkey enter\nwait\nexpect model cube.obj\n"
+               "screenshot FOLDER/asked.png\nkey escape\nwait\nscreenshot FOLDER/after.png");
+    ExpectDifferent(PictureAt("before.png"), PictureAt("asked.png"));
+    ExpectSame(PictureAt("before.png"), PictureAt("after.png"));
+}
+
+TEST_F(ViewerPanel, ASavedPictureReplacesNoneInSilence)
+{
+    const std::string name = folder.Path("kept.png");
+    const std::string begin = "key ctrl+s\nwait\nclick 200,214\nkey ctrl+a\ntype " + name + "\nwait\nscreenshot FOLDER/";
+    View(WriteCube(), begin + "new.png\nclick 80,292\nwait\nexpect message Saved\nkey ctrl+s\nwait\nscreenshot FOLDER/there.png");
+    EXPECT_EQ(PictureAt("kept.png").GetWidth(), 1920);
+    // What stands beside the buttons then; rows are counted from below.
+    const Picture before = PictureAt("new.png");
+    const Picture there = PictureAt("there.png");
+    int different = 0;
+    for (int y = 175; y < 200; ++y)
+    {
+        for (int x = 240; x < 500; ++x)
+        {
+            different += before.At(x, y) != there.At(x, y) ? 1 : 0;
+        }
+    }
+    EXPECT_GT(different, 200);
+}
+
+TEST_F(ViewerPanel, WhatIsSelectedInThePictureComesIntoSightInTheTree)
+{
+    // So deep, and so many beside it, that its row is neither open nor in the first screen.
+    std::string nodes;
+    std::string children;
+    for (int i = 0; i < 60; ++i)
+    {
+        nodes += ", {\"name\": \"n" + std::to_string(i) + "\"" + (i == 59 ? ", \"mesh\": 0" : "") + "}";
+        children += (i == 0 ? "" : ", ") + std::to_string(i + 3);
+    }
+    WriteWholeFile(folder.Path("deep.gltf"),
+                   R"({"asset": {"version": "2.0"}, "scene": 0, "scenes": [{"nodes": [0]}],
+"nodes": [{"name": "a", "children": [1]}, {"name": "b", "children": [2]}, {"name": "c", "children": [)" + children + "]}"
+                       + nodes + R"(],
+"meshes": [{"primitives": [{"attributes": {"POSITION": 0}}]}],
+"accessors": [{"bufferView": 0, "componentType": 5126, "count": 3, "type": "VEC3", "min": [0, 0, 0], "max": [1, 1, 0]}],
+"bufferViews": [{"buffer": 0, "byteLength": 36}],
+"buffers": [{"byteLength": 36, "uri": "data:application/octet-stream;base64,AAAAAAAAAAAAAAAAAACAPwAAAAAAAAAAAAAAAAAAgD8AAAAA"}]})");
+    View(folder.Path("deep.gltf"), kWide + "view front\nwait\nclick 350,500\nexpect selection n59\n"
+                                           "wait\nscreenshot FOLDER/selected.png\nclick 120,464\nexpect selection n59\n"
+                                           "click 26,464\nwait\nscreenshot FOLDER/hidden.png");
+    // Its row, the last one, hides it.
+    const Picture selected = PictureAt("selected.png");
+    const Picture hidden = PictureAt("hidden.png");
+    EXPECT_NE(selected.At(300, 350), ToPixel(1, 1, 1));
+    EXPECT_EQ(hidden.At(300, 350), ToPixel(1, 1, 1));
 }

@@ -69,6 +69,36 @@ TEST_F(NodePathTest, NamesWithSlashesAreFoundToo)
     EXPECT_EQ(FindNode(nodes, PathOf(nodes, *leaf)), leaf);
 }
 
+TEST_F(NodePathTest, TheFirstInTheFileIsFoundHoweverItIsNamed)
+{
+    Node* const root = Add("file", scene.GetRoot());
+    Node* const whole = Add("a/b", root);
+    Node* const upper = Add("a", root);
+    Node* const lower = Add("b", upper);
+    Node* const again = Add("b", root);
+    EXPECT_EQ(FindNode(nodes, "a/b"), whole);
+    EXPECT_EQ(FindNode(nodes, "b"), lower);
+    EXPECT_EQ(FindNode(nodes, "file/b"), again);
+    EXPECT_EQ(FindNode(nodes, "file/a/b"), whole);
+    EXPECT_EQ(FindNode(nodes, "b/a"), nullptr);
+    EXPECT_EQ(FindNode(nodes, ""), nullptr);
+    EXPECT_EQ(FindNode(nodes, "/"), nullptr);
+}
+
+TEST_F(NodePathTest, PathsFollowNodesThatMove)
+{
+    Node* const left = Add("left", scene.GetRoot());
+    Node* const right = Add("right", scene.GetRoot());
+    Node* const leaf = Add("leaf", left);
+    const NodePaths paths(nodes);
+    EXPECT_EQ(paths.PathTo(*leaf), "left/leaf");
+    left->RemoveChild(leaf);
+    right->AddChild(leaf, false);
+    EXPECT_EQ(paths.PathTo(*leaf), "right/leaf");
+    EXPECT_EQ(paths.Find("right/leaf"), leaf);
+    EXPECT_EQ(paths.Find("left/leaf"), nullptr);
+}
+
 TEST_F(NodePathTest, ANodeThatIsNotListedHasNoPath)
 {
     auto* node = new Node(&scene);

@@ -2,6 +2,9 @@
 #include "tests/orvane_host/present/SettingsDice.h"
 #include "tests/support/HeapCount.h"
 
+#include "orvane/scene/MeshNode.h"
+#include "orvane/scene/Scene.h"
+
 #include <cstdlib>
 
 namespace OV::Test
@@ -46,6 +49,26 @@ TEST_F(PresentationHeap, IsWhatItWasAfterEachRoundOfChanges)
         bytes = round == 0 ? HeapBytes() : bytes;
         EXPECT_LE(HeapBytes(), bytes + bytes / 1000) << "round " << round;
     }
+}
+
+TEST_F(PresentationHeap, PathsAreLookedUpAndNotWorkedOutEachTime)
+{
+    const std::unique_ptr<Host::Presentation> walker = PresentBoxes();
+    Node* const twin = walker->FindNode("twin");
+    ASSERT_TRUE(twin);
+    for (int i = 0; i < 1000; ++i)
+    {
+        auto* const node = new MeshNode(&walker->GetScene());
+        twin->AddChild(node, false);
+        walker->AddName(*node, "n" + std::to_string(i));
+    }
+    const Node* const last = walker->FindNode("twin/n999");
+    ASSERT_TRUE(last);
+    const std::size_t before = HeapCount();
+    EXPECT_EQ(walker->FindNode("twin/n999"), last);
+    EXPECT_EQ(walker->PathOf(*last), "house/twin/n999");
+    EXPECT_EQ(walker->FindNode("n5/n999"), nullptr);
+    EXPECT_LT(HeapCount() - before, 50u);
 }
 
 } // namespace OV::Test
