@@ -24,9 +24,8 @@ const std::vector<std::string> Known = {
     "--portrait",   "--dpi",     "--scale",        "--alpha",      "--depth",         "--list-nodes",
     "--surroundings", "--ground",    "--batches",
     "--fit-all",    "--sun",        "--place",   "--sun-study",    "--sun-hours",
-    "--ao-kind",    "--ao-radius", "--ao-strength",
+    "--ao-kind",    "--ao-radius",  "--ao-strength",     "--keep-coplanar",
     "--shadows",    "--sun-width", "--shadow-darkness", "--clipped-casts",
-    "--keep-coplanar", "--shadows",    "--sun-width", "--shadow-darkness", "--clipped-casts",
 };
 
 std::string Help()
