@@ -4,14 +4,19 @@
 // it lies in. Each texel is compared with the depth of that plane at the middle of the texel, which
 // is what a texel of the surface itself holds: no surface darkens itself, however steep it is, and
 // nothing has to be moved from its place for it.
+//
+// Most fragments lie well within the light or the shadow. The four pixels of a quad, which
+// derivatives are taken over, look up different places, and only where they don't agree the share is
+// worked out. Looking up is what costs most, then reading uniforms.
 
 @SUN_OPTIONS@
 #define SUN_TILES 8
 // Of loops that end before. A compiler that unrolls a loop makes every fragment go through all of it;
-// this is more than any unrolls.
+// this is more than any unrolls. One that masks goes through the first round in any case, and through
+// all of the round that ends the loop: conditions stand at the end.
 #define SUN_ROUNDS 64
-#define SUN_SEARCH_TAPS 16
-#define SUN_SOFT_TAPS 32
+#define SUN_HARD_TAPS 8.0
+#define SUN_SOFT_TAPS 32.0
 
 uniform sampler2D u_sunDepth;            // lengths along the light, 0 to 1
 uniform sampler2D u_sunGlass;            // length of the first glass in red, green and blue, what all lets through in alpha
@@ -29,50 +34,63 @@ struct SunSpot
     vec3 across;   // to the pixel beside it
     vec3 up;       // to the pixel above it
     vec2 slope;    // of the length, a texel
+#ifdef SUN_PARTS
     vec4 rect;
+#endif
     vec2 step;     // edges of a texel as lengths along the light
     float room;    // what is no farther in front of the fragment is the surface itself
 };
 
-// The share of the light at a texel that lies beside the spot.
-float sunTap(SunSpot spot, vec2 beside)
+// The middle of the texel that lies beside the spot.
+vec2 sunTexelAt(SunSpot spot, vec2 beside)
 {
-    vec2 texel = clamp(floor(spot.place.xy + beside) + 0.5, spot.rect.xy, spot.rect.zw);
-    float depth = spot.place.z + dot(spot.slope, texel - spot.place.xy) - spot.room;
-    float share = texture2D(u_sunDepth, texel * u_sunTexel).r < depth ? 0.0 : 1.0;
+    vec2 texel = floor(spot.place.xy + beside) + 0.5;
+#ifdef SUN_PARTS
+    texel = clamp(texel, spot.rect.xy, spot.rect.zw);
+#endif
+    return texel;
+}
+
+// How far the surface lies behind what is nearest to the sun at a texel; 0 or less is the surface.
+float sunBehind(SunSpot spot, vec2 texel, float nearest)
+{
+    return spot.place.z + dot(spot.slope, texel - spot.place.xy) - spot.room - nearest;
+}
+
+float sunBehindSolid(SunSpot spot, vec2 texel)
+{
+    return sunBehind(spot, texel, texture2D(u_sunDepth, texel * u_sunTexel).r);
+}
+
+// How far it lies behind the first glass, and what all glass lets through.
+vec2 sunBehindGlass(SunSpot spot, vec2 texel)
+{
 #ifdef SUN_GLASS
     vec4 glass = texture2D(u_sunGlass, texel * u_sunTexel);
     float first = dot(glass.rgb, vec3(65536.0, 256.0, 1.0) * (255.0 / 16777215.0));
-    share *= first < depth ? glass.a : 1.0;
+    return vec2(sunBehind(spot, texel, first), glass.a);
+#else
+    return vec2(0.0, 1.0);
 #endif
-    return share;
 }
 
-// One of the places of a filter within a pixel, or a texel where that is larger.
-float sunTapWithin(SunSpot spot, vec2 at)
+// The share of the light at a texel.
+float sunTap(SunSpot spot, vec2 texel)
 {
-    vec2 spread = clamp(1.0 - max(abs(spot.across.xy), abs(spot.up.xy)), 0.0, 1.0);
-    return sunTap(spot, at.x * spot.across.xy + at.y * spot.up.xy + at * spread);
+    vec2 glass = sunBehindGlass(spot, texel);
+    return sunBehindSolid(spot, texel) > 0.0 ? 0.0 : glass.x > 0.0 ? glass.y : 1.0;
 }
 
-// Four places of a pixel, and on rims four more, no two of which lie in a row or column: rims are as
-// smooth as those of surfaces.
-float sunHard(SunSpot spot, bool wanted)
+// Texels to a place within the pixel, from its middle.
+vec2 sunWithin(SunSpot spot, vec2 at)
 {
-    vec2 at = vec2(0.4375, 0.1875);
-    float lit = 0.0;
-    float count = 0.0;
-    for (int i = 0; i < SUN_ROUNDS; ++i)
-    {
-        if (!wanted || i >= 8 || (i == 4 && (lit == 0.0 || lit == 4.0)))
-        {
-            break;
-        }
-        lit += sunTapWithin(spot, at);
-        count += 1.0;
-        at = i == 3 ? vec2(0.3125, -0.0625) : vec2(-at.y, at.x);
-    }
-    return lit / max(count, 1.0);
+    return at.x * spot.across.xy + at.y * spot.up.xy;
+}
+
+// Which pixel of its quad this is: -1 or 1 across and up.
+vec2 sunSide()
+{
+    return step(0.5, fract(0.5 * gl_FragCoord.xy)) * 2.0 - 1.0;
 }
 
 #ifdef SUN_SOFT
@@ -82,52 +100,90 @@ vec2 sunTurned(vec2 direction)
     return vec2(-0.7373688 * direction.x - 0.6754903 * direction.y, 0.6754903 * direction.x - 0.7373688 * direction.y);
 }
 
-// How far what hides the sun lies before the spot on average, along the light, and how much of the
-// sky about the sun it hides.
-vec2 sunHiding(SunSpot spot, bool wanted)
+// Of twelve places of a disc, of which each pixel of a quad looks up three: how many are hidden by
+// what is solid, and how far they lie behind it, summed up.
+vec2 sunHiding(SunSpot spot, vec2 radius)
 {
-    vec2 radius = max(u_sunLook.y * spot.place.z / spot.step, vec2(1.0));
-    vec2 direction = vec2(1.0, 0.0);
-    float sum = 0.0;
-    float count = 0.0;
-    for (int i = 0; i < SUN_ROUNDS; ++i)
-    {
-        if (!wanted || i >= SUN_SEARCH_TAPS)
-        {
-            break;
-        }
-        vec2 beside = direction * radius * sqrt((float(i) + 0.5) / float(SUN_SEARCH_TAPS));
-        vec2 texel = clamp(floor(spot.place.xy + beside) + 0.5, spot.rect.xy, spot.rect.zw);
-        float depth = spot.place.z + dot(spot.slope, texel - spot.place.xy);
-        float found = texture2D(u_sunDepth, texel * u_sunTexel).r;
-        float hides = found < depth - spot.room ? 1.0 : 0.0;
-        sum += hides * (depth - found);
-        count += hides;
-        direction = sunTurned(direction);
-    }
-    return vec2(sum / max(count, 1.0), count / float(SUN_SEARCH_TAPS));
+    vec2 side = sunSide();
+    vec2 turned = vec2(-side.y, side.x);
+    vec3 behind = vec3(sunBehindSolid(spot, sunTexelAt(spot, radius * (0.23 * side + 0.08 * turned))),
+                       sunBehindSolid(spot, sunTexelAt(spot, radius * (0.43 * side - 0.25 * turned))),
+                       sunBehindSolid(spot, sunTexelAt(spot, radius * (0.33 * side + 0.6 * turned))));
+    vec3 hidden = step(0.0, behind);
+    vec2 found = vec2(dot(hidden, vec3(1.0)), dot(hidden, min(behind, 1.0)));
+    // Of the pixel beside it and then of both above or below.
+    found += found - side.x * dFdx(found);
+    found += found - side.y * dFdy(found);
+    return found;
 }
 
-float sunSoft(SunSpot spot, bool wanted)
+float sunShare(SunSpot spot, bool wanted)
 {
     // No narrower than a pixel, nor than a texel.
     vec2 least = 0.5 * max(max(abs(spot.across.xy), abs(spot.up.xy)), vec2(1.0));
-    vec2 hiding = sunHiding(spot, wanted);
-    vec2 radius = max(u_sunLook.y * hiding.x / spot.step, least);
-    vec2 direction = vec2(1.0, 0.0);
+    vec2 widening = u_sunLook.y / spot.step;
+    vec2 hiding = sunHiding(spot, max(widening * spot.place.z, 2.0 * least));
+    vec2 radius = max(widening * (hiding.y / max(hiding.x, 1.0)), least);
+    bool isMixed = hiding.x > 0.5 && hiding.x < 11.5;
+#ifdef SUN_GLASS
+    float glass = sunBehindGlass(spot, sunTexelAt(spot, vec2(0.0))).x;
+    float isGlass = step(0.0, glass);
+    isMixed = isMixed || hiding.x < 11.5 && abs(dFdx(isGlass)) + abs(dFdy(isGlass)) > 0.5;
+#endif
+    isMixed = wanted && isMixed;
+    // As many as it takes for steps not to be seen.
+    float taps = isMixed ? floor(min(4.5 + 4.0 * max(radius.x, radius.y), SUN_SOFT_TAPS + 0.5)) : 1.0;
+    float share = 1.0 / taps;
+    vec2 direction = vec2(isMixed ? 1.0 : 0.0, 0.0);
     float sum = 0.0;
+    float count = 0.5;
     for (int i = 0; i < SUN_ROUNDS; ++i)
     {
-        if (!wanted || hiding.y == 0.0 || hiding.y == 1.0 || i >= SUN_SOFT_TAPS)
+        sum += share * sunTap(spot, sunTexelAt(spot, direction * radius * sqrt(count * share)));
+        count += 1.0;
+        direction = sunTurned(direction);
+        if (count >= taps)
         {
             break;
         }
-        sum += sunTap(spot, direction * radius * sqrt((float(i) + 0.5) / float(SUN_SOFT_TAPS)));
-        direction = sunTurned(direction);
     }
-    return hiding.y == 0.0 ? 1.0 : sum / float(SUN_SOFT_TAPS);
+    return sum;
 }
-
+#else
+float sunShare(SunSpot spot, bool wanted)
+{
+    // The outermost corner of the quad: of four that agree none is on a rim.
+    vec2 side = 0.5 * sunSide();
+    float lit = sunTap(spot, sunTexelAt(spot, sunWithin(spot, side)));
+    bool isMixed = abs(dFdx(lit)) + abs(dFdy(lit)) > 0.01;
+    float corner = lit;
+    // The middle of a side of the quad, and on rims eight places of a pixel, or of a texel where that
+    // is larger, no two of which lie in a row or column: rims are as smooth as those of surfaces.
+    vec2 spread = clamp(1.0 - max(abs(spot.across.xy), abs(spot.up.xy)), 0.0, 1.0);
+    vec2 at = vec2(-side.y, side.x);
+    float count = 1.0;
+    for (int i = 0; i < SUN_ROUNDS; ++i)
+    {
+        lit += sunTap(spot, sunTexelAt(spot, sunWithin(spot, at) + at * spread));
+        count += 1.0;
+        if (i == 0)
+        {
+            if (!wanted || (!isMixed && abs(lit - 2.0 * corner) < 0.01))
+            {
+                break;
+            }
+            lit = 0.0;
+            count = 0.0;
+            at = vec2(-0.1875, 0.4375);
+        }
+        if (count >= SUN_HARD_TAPS)
+        {
+            break;
+        }
+        at = i == 4 ? vec2(0.3125, -0.0625) : vec2(-at.y, at.x);
+    }
+    return lit / count;
+}
 #endif
 
 // The fragment in a part of the map. Of the view it has its pixel and its distance, which the
@@ -148,22 +204,27 @@ void sunSpotIn(int tile, inout SunSpot spot)
     spot.across = pixelAcross + deeper * dFdx(gl_FragCoord.z);
     spot.up = pixelUp + deeper * dFdy(gl_FragCoord.z);
 #endif
+#ifdef SUN_PARTS
     spot.rect = u_sunRects[tile];
+#endif
     spot.step = u_sunSteps[tile];
 }
 
+#ifdef SUN_PARTS
 bool isWithin(SunSpot spot)
 {
     vec2 inside = step(spot.rect.xy + 2.0, spot.place.xy) * step(spot.place.xy, spot.rect.zw - 2.0);
     return inside.x * inside.y > 0.5;
 }
+#endif
 
 float OVSL_LightShare(bool wanted)
 {
     SunSpot spot;
     sunSpotIn(0, spot);
-    bool found = isWithin(spot);
+    bool isOpen = wanted;
 #ifdef SUN_PARTS
+    bool found = isWithin(spot);
     for (int i = 1; i < SUN_TILES; ++i)
     {
         if (found || i >= u_sunTiles)
@@ -173,24 +234,19 @@ float OVSL_LightShare(bool wanted)
         sunSpotIn(i, spot);
         found = isWithin(spot);
     }
+    isOpen = isOpen && found;
 #endif
-
     // The plane turns the same side to the sun as to the eye if it looks the same way round to both.
     float area = spot.across.x * spot.up.y - spot.across.y * spot.up.x;
     spot.slope = vec2(spot.across.z * spot.up.y - spot.up.z * spot.across.y,
-                      spot.up.z * spot.across.x - spot.across.z * spot.up.x) / area;
+                      spot.up.z * spot.across.x - spot.across.z * spot.up.x) * (1.0 / area);
     // A corner that texels see from the other side, a pixel that reaches beyond its surface, and
     // what numbers leave.
     vec2 reach = max(abs(spot.across.xy), abs(spot.up.xy)) * spot.step;
     spot.room = 0.75 * max(spot.step.x, spot.step.y) + 0.5 * max(reach.x, reach.y)
               + 0.02 * (abs(spot.slope.x) + abs(spot.slope.y)) + 1.0e-6;
-    bool isOpen = found && wanted && area > 0.0;
-#ifdef SUN_SOFT
-    float share = sunSoft(spot, isOpen);
-#else
-    float share = sunHard(spot, isOpen);
-#endif
-    return isOpen ? share : area > 0.0 ? 1.0 : 0.0;
+    float share = sunShare(spot, isOpen && area > 0.0);
+    return area > 0.0 ? isOpen ? share : 1.0 : 0.0;
 }
 
 float OVSL_ShadowTone()
