@@ -112,10 +112,12 @@ public:
         m_camera = m_scene.GetCameraNode();
         LookAt(0.5f, 0.5f, 1.0f);
         m_renderer.Resize(kWidth, kHeight);
+        const std::size_t described = HeapInUse();
         const auto start = Clock::now();
         m_renderer.SetBatches({Host::BatchUse::On});
         Draw();
         m_openMilliseconds = MillisecondsSince(start);
+        m_heapOfFirstFrame = static_cast<double>(HeapInUse() - described) / m_count;
         m_heapOfNode = static_cast<double>(HeapInUse() - before) / m_count;
     }
 
@@ -153,6 +155,7 @@ private:
     int m_step = 0;
     double m_openMilliseconds = 0.0;
     double m_heapOfNode = 0.0;
+    double m_heapOfFirstFrame = 0.0;
     Host::BatchUse m_use = Host::BatchUse::On;
     std::vector<MeshNode*> m_nodes;
     std::vector<std::vector<FlatMesh>> m_flat;
@@ -364,6 +367,7 @@ void BatchBench::Print()
     const double geometry = (kCells + 1) * (kCells + 1) * 2.0 * sizeof(Vector) + 6.0 * kCells * kCells * 2.0;
     std::printf("heap of a node %.0f bytes, its geometry arrays %.0f; batches %.0f\n", m_heapOfNode, geometry,
                 static_cast<double>(counts.bytes) / m_count);
+    std::printf("of that the first frame added %.0f bytes\n", m_heapOfFirstFrame);
     std::printf("opened in %.1f ms\n", m_openMilliseconds);
     const int times = m_count > 20000 ? 15 : 61;
     for (const char* part : {"static", "orbit", "tenth", "pick", "edit", "edit-other", "edges", "single", "raw"})
