@@ -226,6 +226,8 @@ private:
     };
 
     static Step StepOf(StageSlot slot);
+    /// Whether AddStage took it.
+    static bool IsOutside(const Entry& entry);
     template <class Stage, class... Arguments>
     Stage* Append(Step step, Arguments&... arguments);
     void ReleaseHeld();
@@ -247,6 +249,7 @@ private:
     Detail::OcclusionStage* m_occlusion = nullptr;
     Detail::EdgeStage* m_edges = nullptr;
 
+    bool m_castsShadows = false;
     bool m_drawing = false;   ///< a scene, whose stages are not to change meanwhile
     bool m_capturing = false; ///< from BeginCapture to ApplyCapture, where there are buffers
     std::optional<float> m_layerRatio;

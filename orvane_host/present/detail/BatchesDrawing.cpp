@@ -96,7 +96,7 @@ void Batches::ForEachMaterial(PresentationFrame& frame, const std::vector<Materi
     }
 }
 
-void Batches::List(PresentationFrame& frame, float leastShare, std::vector<RenderItemES20>& all,
+void Batches::List(PresentationFrame& frame, float leastShare, bool isAllNeeded, std::vector<RenderItemES20>& all,
                    std::vector<RenderItemES20>& seen)
 {
     const ViewVolume view(frame.cameraData.GetMVP());
@@ -105,7 +105,7 @@ void Batches::List(PresentationFrame& frame, float leastShare, std::vector<Rende
         if (group)
         {
             SetTogether(*group, true);
-            ListGroup(frame, *group, &view, leastShare, all, &seen);
+            ListGroup(frame, *group, &view, leastShare, isAllNeeded, all, &seen);
             return;
         }
         const std::size_t before = all.size();
@@ -144,7 +144,7 @@ void Batches::ListAlpha(PresentationFrame& frame, std::vector<RenderItemES20>& i
         if (group)
         {
             SetTogether(*group, false);
-            ListGroup(frame, *group, nullptr, 0.0f, items, nullptr);
+            ListGroup(frame, *group, nullptr, 0.0f, true, items, nullptr);
             return;
         }
         frame.renderer.List(material, frame.cameraData, items, true);
@@ -595,9 +595,24 @@ void Batches::MakeItems(StageAccess& renderer, Group& group, MeshStyleES20& styl
     group.listing = MeshES20::GetListingRevision();
 }
 
-void Batches::ListGroup(PresentationFrame& frame, Group& group, const ViewVolume* view, float leastShare,
-                        std::vector<RenderItemES20>& all, std::vector<RenderItemES20>* seen)
+bool Batches::IsOutside(const Group& group, const ViewVolume& view, float leastShare) const
 {
+    // What is no longer used has to be given back.
+    const auto isSeenOrUnused = [&](const Batch& batch) {
+        return batch.data->GetVertexCount() == 0
+            || (batch.data->GetOnCount() > 0 && batch.data->See(view, leastShare, m_look));
+    };
+    return group.singles.empty() && group.rested.empty()
+        && std::none_of(group.batches.begin(), group.batches.end(), isSeenOrUnused);
+}
+
+void Batches::ListGroup(PresentationFrame& frame, Group& group, const ViewVolume* view, float leastShare,
+                        bool isAllNeeded, std::vector<RenderItemES20>& all, std::vector<RenderItemES20>* seen)
+{
+    if (seen && !isAllNeeded && IsOutside(group, *view, leastShare))
+    {
+        return;
+    }
     MeshStyleES20* const style = Probe(frame, group);
     if (!style)
     {
@@ -605,7 +620,10 @@ void Batches::ListGroup(PresentationFrame& frame, Group& group, const ViewVolume
     }
     const bool isOtherStyle = group.style != style;
     group.style = style;
-    group.factors = FactorsOf(style);
+    if (isOtherStyle || !group.rested.empty())
+    {
+        group.factors = FactorsOf(style);
+    }
     if (!group.rested.empty() && !group.isTogether)
     {
         for (auto& [kind, members] : group.rested)
