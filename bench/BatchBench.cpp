@@ -42,6 +42,9 @@ constexpr int kWidth = 1280;
 constexpr int kHeight = 720;
 /// So many frames bring back what has moved.
 constexpr int kSettled = 12;
+/// Frames that are drawn in any case, and milliseconds after which there are no more.
+constexpr int kFewest = 3;
+constexpr double kLongEnough = 3000.0;
 
 class BenchRenderer : public Host::PresentationRenderer
 {
@@ -72,6 +75,8 @@ public:
     ~BatchBench() { m_scene.Suspend(); }
 
     static const std::vector<std::string>& Parts();
+
+    void Repeat(const std::string& part, int times);
 
     /// Of a frame, in milliseconds: the median.
     double Time(const std::string& part, int times);
@@ -125,6 +130,7 @@ private:
     int m_count;
     int m_side;
     int m_step = 0;
+    bool m_isCounting = false; ///< the same frames each time, however long they take
     double m_openMilliseconds = 0.0;
     double m_heapOfNode = 0.0;
     double m_heapOfFirstFrame = 0.0;
@@ -385,32 +391,31 @@ void BatchBench::Prepare(const Part& part)
         Draw();
         Flatten();
     }
-    const bool rests = part.work == &BatchBench::Draw || isByHand;
-    // Also what the part before has left in motion.
-    for (int i = 0; i < (isByHand ? 2 : 2 * kSettled) && rests; ++i)
+    // Until what the part before has left in motion has come to rest, and what this one moves is drawn
+    // as it will be.
+    const bool rests = part.use == Host::BatchUse::On && part.work == &BatchBench::Draw;
+    const auto start = Clock::now();
+    for (int i = 0; i < 4 * kSettled; ++i)
     {
-        (this->*part.work)();
-    }
-    for (int i = 0; i < kSettled && !rests; ++i)
-    {
+        const bool isSettled = rests ? m_renderer.CountBatches().single == 0 : i >= kSettled;
+        const bool isLong = !m_isCounting && !rests && MillisecondsSince(start) > kLongEnough;
+        if (i >= kFewest && (isSettled || isLong))
+        {
+            break;
+        }
         (this->*part.work)();
     }
 }
 
-double BatchBench::Time(const std::string& name, int times)
+void BatchBench::Repeat(const std::string& name, int times)
 {
     const Part& part = Find(name);
+    m_isCounting = true;
     Prepare(part);
-    std::vector<double> taken;
     for (int i = 0; i < times; ++i)
     {
-        const auto start = Clock::now();
         (this->*part.work)();
-        m_context->Finish();
-        taken.push_back(MillisecondsSince(start));
     }
-    std::sort(taken.begin(), taken.end());
-    return taken[taken.size() / 2];
 }
 
 #ifdef ORVANE_COUNT_CALLS
@@ -434,6 +439,23 @@ void BatchBench::PrintCalls(const std::vector<std::string>& parts)
 }
 
 #else
+
+double BatchBench::Time(const std::string& name, int times)
+{
+    const Part& part = Find(name);
+    Prepare(part);
+    std::vector<double> taken;
+    const auto begin = Clock::now();
+    for (int i = 0; i < times && (i < kFewest || MillisecondsSince(begin) < kLongEnough); ++i)
+    {
+        const auto start = Clock::now();
+        (this->*part.work)();
+        m_context->Finish();
+        taken.push_back(MillisecondsSince(start));
+    }
+    std::sort(taken.begin(), taken.end());
+    return taken[taken.size() / 2];
+}
 
 void BatchBench::PrintScene() const
 {
@@ -481,7 +503,7 @@ int main(int argc, char** argv)
     BatchBench bench(words.empty() ? kPatches : std::atoi(words[0].c_str()));
     if (words.size() == 4 && words[1] == "--times")
     {
-        std::printf("%.4f ms\n", bench.Time(words[3], std::atoi(words[2].c_str())));
+        bench.Repeat(words[3], std::atoi(words[2].c_str()));
         return 0;
     }
     const std::vector<std::string> parts =
