@@ -1,4 +1,5 @@
 #include "bench/BenchSupport.h"
+#include "bench/FlatMesh.h"
 #include "bench/PatchScene.h"
 #include "orvane/effects/EffectES20.h"
 #include "orvane/effects/SkySettings.h"
@@ -33,29 +34,6 @@ class BenchRenderer : public Renderer20
 public:
     BenchRenderer() : Renderer20(nullptr, nullptr) {}
     EffectCache& Effects() { return effectCache; }
-};
-
-/// What changes from mesh to mesh, ready for GL.
-struct FlatMesh
-{
-    unsigned vertexBuffer;
-    unsigned indexBuffer;
-    int stride;
-    std::intptr_t positionOffset;
-    std::intptr_t normalOffset;
-    std::intptr_t indexOffset;
-    int indexCount;
-    Matrix mvp;
-};
-
-/// What moves with a node, for the scene that moves: worked out in double, as the engine does.
-struct FlatNode
-{
-    Transform local;
-    Transform global;
-    Matrix matrix;
-    float normalMatrix[9];
-    bool isMirror;
 };
 
 struct FlatMaterial
@@ -130,18 +108,8 @@ void FrameBench::Flatten()
         FlatMaterial flat{m_flatMeshes.size(), 0};
         for (Mesh* mesh : material->GetMeshes())
         {
-            const auto* data = static_cast<MeshES20*>(mesh->GetRenderData());
             MeshNode* node = mesh->GetNodes().front();
-            FlatMesh flatMesh;
-            flatMesh.vertexBuffer = data->vertexBufferId;
-            flatMesh.indexBuffer = data->indexBufferId;
-            flatMesh.stride = data->GetStride();
-            flatMesh.positionOffset = data->GetPositionOffset();
-            flatMesh.normalOffset = data->GetNormalOffset();
-            flatMesh.indexOffset = data->indexOffset;
-            flatMesh.indexCount = static_cast<int>(mesh->GetNumIndices());
-            flatMesh.mvp.Multiply(camera->GetMVP(), *node->GetGlobalMatrix());
-            m_flatMeshes.push_back(flatMesh);
+            m_flatMeshes.push_back(Bench::Flatten(*mesh, m_viewProjection));
             m_nodes.push_back(node);
             FlatNode flatNode{};
             flatNode.local = node->GetLocal();
@@ -159,15 +127,9 @@ void FrameBench::MoveByHand()
     {
         m_flatNodes[i].local = PatchPlace(m_nodes[i]->GetUserData(), m_lift);
     }
-    const Transform parent;
     for (std::size_t i = 0; i < m_flatNodes.size(); ++i)
     {
-        FlatNode& node = m_flatNodes[i];
-        node.global.Multiply(parent, node.local);
-        node.global.ExtractMatrix(node.matrix, true);
-        node.global.ExtractAffineInverseTranspose3x3(node.normalMatrix);
-        node.isMirror = node.global.GetTransf3d().isMirror();
-        m_flatMeshes[i].mvp.Multiply(m_viewProjection, node.matrix);
+        Compose(m_flatNodes[i], m_viewProjection, m_flatMeshes[i]);
     }
 }
 
@@ -189,12 +151,7 @@ void FrameBench::DrawByHand() const
         for (std::size_t i = material.first; i < material.last; ++i)
         {
             const FlatMesh& mesh = m_flatMeshes[i];
-            if (mesh.vertexBuffer != bound)
-            {
-                glBindBuffer(GL_ARRAY_BUFFER, mesh.vertexBuffer);
-                glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, mesh.indexBuffer);
-                bound = mesh.vertexBuffer;
-            }
+            BindFlat(mesh, bound);
             glVertexAttribPointer(0, 3, GL_FLOAT, GL_FALSE, mesh.stride, Pointer(mesh.positionOffset));
             if (i == material.first)
             {

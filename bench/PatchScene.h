@@ -27,6 +27,10 @@ struct PatchOptions
     int columns = kPatchCells; ///< of cells of two triangles
     int rows = kPatchCells;
     float spacing = 1.0f; ///< of the vertices, along X and Y
+    int side = 100;       ///< patches in a row
+    /// Squares of so many patches each way share a material, as neighbours in a building do; 0: the
+    /// materials take turns.
+    int block = 0;
 };
 
 inline std::shared_ptr<RawMesh> MakePatch(const PatchOptions& options)
@@ -68,16 +72,26 @@ inline std::shared_ptr<RawMesh> MakePatch(const PatchOptions& options)
 }
 
 /// The place of a patch, 50 units in front of the default camera.
-inline Transform PatchPlace(int index, float lift = 0.0f)
+inline Transform PatchPlace(int index, float lift = 0.0f, int side = 100)
 {
     Transform place;
-    place.SetPosition(Vector(static_cast<float>(index % 100), static_cast<float>(index / 100), lift - 50.0f));
+    place.SetPosition(Vector(static_cast<float>(index % side), static_cast<float>(index / side), lift - 50.0f));
     return place;
 }
 
-/// Fills a scene with one light and the patches.
-inline void AddPatches(Scene& scene, const PatchOptions& options)
+/// The material of a patch, by its number.
+inline std::size_t PatchMaterial(const PatchOptions& options, int index)
 {
+    const int square = options.block > 0 ? index / options.side / options.block + index % options.side / options.block
+                                         : index;
+    return static_cast<std::size_t>(square % options.materials);
+}
+
+/// Fills a scene with one light and the patches.
+/// @return their nodes; the user data of each is its index.
+inline std::vector<MeshNode*> AddPatches(Scene& scene, const PatchOptions& options)
+{
+    std::vector<MeshNode*> nodes;
     scene.GetRoot()->AddChild(new LightNode(&scene), false);
     std::vector<Material*> materials;
     for (int i = 0; i < options.materials; ++i)
@@ -89,12 +103,14 @@ inline void AddPatches(Scene& scene, const PatchOptions& options)
     {
         auto* mesh = new Mesh(MakePatch(options), &scene);
         auto* node = new MeshNode(&scene);
-        node->SetLocal(PatchPlace(i));
+        node->SetLocal(PatchPlace(i, 0.0f, options.side));
         mesh->AddNode(node);
         node->SetUserData(i);
         scene.GetRoot()->AddChild(node, false);
-        materials[static_cast<std::size_t>(i % options.materials)]->AddMesh(mesh);
+        materials[PatchMaterial(options, i)]->AddMesh(mesh);
+        nodes.push_back(node);
     }
+    return nodes;
 }
 
 } // namespace OV::Bench

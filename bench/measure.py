@@ -3,6 +3,7 @@
 Every ratio is of two figures of one run. scripts/bench calls this; see there for the options.
 """
 
+import argparse
 import json
 import os
 import re
@@ -16,22 +17,35 @@ KEPT = ROOT / "bench" / "ratios.json"
 PAGE = ROOT / "docs" / "performance.md"
 BEGIN, END = "<!-- scripts/bench: begin -->", "<!-- scripts/bench: end -->"
 TOLERANCE = 1.15
+SIZES = (1000, 10000, 30000, 100000)
+QUICK_SIZES = (1000, 10000)
+COUNTED_NODES = 1000
 
-BATCH_PARTS = {
-    "static": "static, batches",
-    "single": "static, node by node",
-    "orbit": "moving view, batches",
-    "tenth": "a tenth in view, batches",
-    "pick": "picking a pixel",
-    "edges": "edges, batches",
-    "edit": "the same 1 % moved each frame, batches",
-    "edit-other": "another 1 % moved each frame, batches",
+# Parts of batch_bench, and what each is measured against: the loop that draws, or the one that brings
+# matrices up to date besides.
+RAW, RAW_MOVING = "raw", "raw-moving"
+PARTS = {
+    "static": ("static, batches", RAW),
+    "static-single": ("static, node by node", RAW),
+    "one": ("one node moving, batches", RAW),
+    "one-single": ("one node moving, node by node", RAW),
+    "all": ("all moving, batches", RAW_MOVING),
+    "all-single": ("all moving, node by node", RAW_MOVING),
+    "half": ("half outside the view, batches", RAW),
+    "half-single": ("half outside the view, node by node", RAW),
+    "tenth": ("a tenth in view, batches", RAW),
+    "orbit": ("moving view, batches", RAW),
+    "edit": ("the same 1 % moved each frame, batches", RAW),
+    "edit-other": ("another 1 % moved each frame, batches", RAW),
+    "edges": ("edges, batches", RAW),
+    "pick": ("picking a pixel", RAW),
 }
+COUNTED = ("static", "static-single", "one", "all-single", "half", "tenth", "edit", "edit-other")
 
 
-def run(command, drawing):
+def run(command, drawing=False):
     environment = dict(os.environ, GALLIUM_NOOP="0" if drawing else "1", GALLIUM_THREAD="0")
-    done = subprocess.run(command, env=environment, capture_output=True, text=True, check=False)
+    done = subprocess.run(list(map(str, command)), env=environment, capture_output=True, text=True, check=False)
     if done.returncode != 0:
         sys.exit(f"error: {' '.join(map(str, command))} failed:\n{done.stderr}")
     return done.stdout
@@ -59,41 +73,82 @@ def frames(programs, drawing):
 
 
 def batches(programs, nodes, drawing):
-    """Each part of batch_bench over its loop, and what a node takes of memory."""
-    text = run([programs / "batch_bench", str(nodes)], drawing)
+    """Each part of batch_bench over its loop, and the bytes that a node takes."""
+    text = run([programs / "batch_bench", nodes], drawing)
     times = {part: float(time) for part, time in re.findall(r"^(\S+) +([\d.]+) ms$", text, re.MULTILINE)}
-    ratios = {f"{nodes} nodes, {words}": times[part] / times["raw"] for part, words in BATCH_PARTS.items()}
-    heap, arrays = map(float, re.search(r"heap of a node (\d+) bytes, its geometry arrays (\d+)", text).groups())
-    return ratios, {f"{nodes} nodes": heap - arrays}
+    ratios = {f"{nodes} nodes, {words}": times[part] / times[raw] for part, (words, raw) in PARTS.items()}
+    heap, arrays, buffers = map(float, re.search(
+        r"heap of a node (\d+) bytes, its geometry arrays (\d+), buffers of the batches (\d+)", text).groups())
+    return ratios, heap - arrays - buffers
 
 
 def instructions(programs, nodes):
-    """Instructions a node and frame, from two runs that differ by so many frames and nothing else."""
+    """Instructions of a frame, from two runs that differ by so many frames and nothing else."""
     def count(part, times):
         with tempfile.TemporaryDirectory() as folder:
             out = Path(folder) / "counts"
             run(["valgrind", "--tool=callgrind", f"--callgrind-out-file={out}", programs / "batch_bench",
-                 str(nodes), part, str(times)], False)
+                 nodes, "--times", times, part])
             return int(re.search(r"^(?:summary|totals): (\d+)", out.read_text(), re.MULTILINE).group(1))
 
-    fewer, more = 3, 13
-    return {part: (count(part, more) - count(part, fewer)) / (more - fewer) / nodes
-            for part in ("raw", "single", "static", "orbit")}
+    fewer, more = 3, 23
+    counted = {}
+    for part in (*COUNTED, RAW, RAW_MOVING):
+        print(f"instructions, {part}", flush=True)
+        counted[part] = (count(part, more) - count(part, fewer)) / (more - fewer)
+    return counted
 
 
-def table(ratios, drawn, memory, counted):
+def calls(programs, nodes):
+    """GL calls of a frame by kind."""
+    text = run([programs / "batch_calls", nodes, *COUNTED, RAW])
+    return {line.split()[0]: dict(zip(line.split()[1::2], map(int, line.split()[2::2])))
+            for line in text.strip().splitlines()}
+
+
+def words_of(part):
+    return PARTS[part][0] if part in PARTS else "hand-written loop"
+
+
+def frames_table(ratios, drawn):
     lines = ["| Scene | Drawing dropped | With drawing |", "|---|---|---|"]
     for name in dict.fromkeys([*ratios, *drawn]):
         cells = [f"{values[name]:.2g}" if name in values else "" for values in (ratios, drawn)]
         lines.append(f"| {name} | {cells[0]} | {cells[1]} |")
-    if memory:
-        lines += ["", "Bytes of the heap that a node takes besides its geometry arrays, with render data and, in a "
-                  "software renderer, the driver's copy of the geometry: "
-                  + ", ".join(f"{value:.0f} at {name}" for name, value in memory.items()) + "."]
-    if counted:
-        lines += ["", "Instructions a node and frame at 1,000 nodes, drawing dropped: "
-                  + ", ".join(f"{part} {value:.0f}" for part, value in counted.items()) + "."]
-    return "\n".join(lines)
+    return lines
+
+
+def batches_table(title, sizes, ratios):
+    lines = [f"| {title} | " + " | ".join(f"{nodes:,} nodes" for nodes in sizes) + " |",
+             "|---|" + "---|" * len(sizes)]
+    for words, _ in PARTS.values():
+        cells = [ratios.get(f"{nodes} nodes, {words}") for nodes in sizes]
+        lines.append(f"| {words} | " + " | ".join("" if cell is None else f"{cell:.2g}" for cell in cells) + " |")
+    return lines
+
+
+def counted_table(counted):
+    lines = [f"| {COUNTED_NODES:,} nodes, drawing dropped | Instructions | of the loop |", "|---|---|---|"]
+    for part in COUNTED:
+        raw = counted[PARTS[part][1]]
+        lines.append(f"| {words_of(part)} | {counted[part]:,.0f} | {counted[part] / raw:.2g} |")
+    return lines
+
+
+def calls_table(counts):
+    kinds = list(next(iter(counts.values())))
+    lines = [f"| GL calls of a frame, {COUNTED_NODES:,} nodes | " + " | ".join(kinds) + " |",
+             "|---|" + "---|" * len(kinds)]
+    for part, values in counts.items():
+        lines.append(f"| {words_of(part)} | " + " | ".join(str(values[kind]) for kind in kinds) + " |")
+    return lines
+
+
+def further_bytes(memory):
+    """What a scene takes that has no nodes is left out."""
+    least = min(memory)
+    return ", ".join(f"{(memory[nodes] * nodes - memory[least] * least) / (nodes - least):,.0f} up to {nodes:,} nodes"
+                     for nodes in memory if nodes != least)
 
 
 def check(ratios):
@@ -108,34 +163,73 @@ def check(ratios):
     print(f"{len(ratios) - len(missing)} ratios are within 15 % of what is kept")
 
 
+def keep(ratios):
+    """What was not measured this time stays as it is."""
+    kept = json.loads(KEPT.read_text(encoding="utf-8")) if KEPT.exists() else {}
+    kept.update({name: float(f"{ratio:.4g}") for name, ratio in ratios.items()})
+    KEPT.write_text(json.dumps(kept, indent=4) + "\n", encoding="utf-8")
+
+
+def write_page(text):
+    page = PAGE.read_text(encoding="utf-8")
+    before, after = page.split(BEGIN)[0], page.split(END)[1]
+    PAGE.write_text(f"{before}{BEGIN}\n{text}\n{END}{after}", encoding="utf-8")
+
+
+def parse(words):
+    parser = argparse.ArgumentParser(prog="scripts/bench")
+    parser.add_argument("programs", type=Path)
+    what = parser.add_mutually_exclusive_group()
+    what.add_argument("--check", action="store_true")
+    what.add_argument("--keep", action="store_true")
+    parser.add_argument("--drawing", action="store_true")
+    parser.add_argument("--instructions", action="store_true")
+    parser.add_argument("--quick", action="store_true")
+    parser.add_argument("--nodes", type=int)
+    return parser.parse_args(words)
+
+
 def main():
-    programs = Path(sys.argv[1])
-    words = set(sys.argv[2:])
-    sizes = [1000, 10000] if "--quick" in words else [1000, 10000, 30000, 100000]
-    ratios, drawn, memory, counted = {}, {}, {}, {}
-    for values, drawing in ((ratios, False), (drawn, True)):
-        if drawing and "--drawing" not in words:
-            continue
-        print(f"frames{', with drawing' if drawing else ''}", flush=True)
-        values.update(frames(programs, drawing))
+    options = parse(sys.argv[1:])
+    programs = options.programs
+    sizes = (options.nodes,) if options.nodes else QUICK_SIZES if options.quick else SIZES
+    engine, by_batches, memory = ({}, {}), ({}, {}), {}
+    for drawing in (False, True) if options.drawing else (False,):
+        how = ", with drawing" if drawing else ""
+        if not options.nodes:
+            print(f"frames{how}", flush=True)
+            engine[drawing].update(frames(programs, drawing))
         for nodes in sizes:
-            print(f"{nodes} nodes{', with drawing' if drawing else ''}", flush=True)
+            print(f"{nodes} nodes{how}", flush=True)
             some, bytes_of_a_node = batches(programs, nodes, drawing)
-            values.update(some)
-            memory.update(bytes_of_a_node)
-    if "--instructions" in words:
-        print("instructions", flush=True)
-        counted = instructions(programs, 1000)
-    text = table(ratios, drawn, memory, counted)
+            by_batches[drawing].update(some)
+            memory.setdefault(nodes, bytes_of_a_node)
+    counted = instructions(programs, COUNTED_NODES) if options.instructions else {}
+
+    parts = [frames_table(*engine)] if engine[False] else []
+    parts.append(batches_table("Drawing dropped", sizes, by_batches[False]))
+    if options.drawing:
+        parts.append(batches_table("With drawing", sizes, by_batches[True]))
+    if counted:
+        parts.append(counted_table(counted))
+    parts.append(calls_table(calls(programs, COUNTED_NODES)))
+    if len(sizes) > 1:
+        parts.append(["Bytes of the heap that a further node takes besides its geometry arrays and the driver's copy "
+                      "of them, with render data: " + further_bytes(memory) + "."])
+    text = "\n\n".join("\n".join(part) for part in parts)
     print(text)
-    if "--keep" in words:
-        KEPT.write_text(json.dumps(ratios, indent=4) + "\n", encoding="utf-8")
-    if "--check" in words:
+
+    ratios = {**engine[False], **by_batches[False]}
+    ratios.update({f"{name}, drawn": ratio for values in (engine[True], by_batches[True])
+                   for name, ratio in values.items()})
+    ratios.update({f"{COUNTED_NODES} nodes, {words_of(part)}, instructions": counted[part] / counted[PARTS[part][1]]
+                   for part in COUNTED if counted})
+    if options.keep:
+        keep(ratios)
+    if options.check:
         check(ratios)
-    else:
-        page = PAGE.read_text(encoding="utf-8")
-        before, after = page.split(BEGIN)[0], page.split(END)[1]
-        PAGE.write_text(f"{before}{BEGIN}\n{text}\n{END}{after}", encoding="utf-8")
+    elif not options.nodes and not options.quick:
+        write_page(text)
 
 
 main()

@@ -56,21 +56,26 @@ ViewVolume::ViewVolume(const Matrix& worldToClip, const Part& part)
 
 ViewVolume::Relation ViewVolume::RelationOf(const WorldBox& box) const
 {
+    const double x = 0.5 * (static_cast<double>(box.low.x) + box.high.x);
+    const double y = 0.5 * (static_cast<double>(box.low.y) + box.high.y);
+    const double z = 0.5 * (static_cast<double>(box.low.z) + box.high.z);
+    const double halfX = box.high.x - x;
+    const double halfY = box.high.y - y;
+    const double halfZ = box.high.z - z;
     Relation relation = Relation::Inside;
     for (const Plane& plane : m_planes)
     {
-        // The corners that lie farthest to the inside and to the outside.
-        const double inner = plane.x * (plane.x > 0.0 ? box.high.x : box.low.x)
-            + plane.y * (plane.y > 0.0 ? box.high.y : box.low.y) + plane.z * (plane.z > 0.0 ? box.high.z : box.low.z);
-        const double outer = plane.x * (plane.x > 0.0 ? box.low.x : box.high.x)
-            + plane.y * (plane.y > 0.0 ? box.low.y : box.high.y) + plane.z * (plane.z > 0.0 ? box.low.z : box.high.z);
-        const double slack = kRounding * (std::abs(inner) + std::abs(outer) + std::abs(plane.w));
-        if (inner + plane.w < -slack)
+        // Of the middle, and how far the corners lie to the inside and to the outside of it.
+        const double middle = plane.x * x + plane.y * y + plane.z * z;
+        const double reach =
+            std::abs(plane.x) * halfX + std::abs(plane.y) * halfY + std::abs(plane.z) * halfZ;
+        const double slack = kRounding * (2.0 * std::max(std::abs(middle), std::abs(reach)) + std::abs(plane.w));
+        if (middle + reach + plane.w < -slack)
         {
             return Relation::Outside;
         }
         // Also where a number is not finite.
-        if (!(outer + plane.w > slack))
+        if (!(middle - reach + plane.w > slack))
         {
             relation = Relation::Touches;
         }

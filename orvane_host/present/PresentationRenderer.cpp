@@ -138,6 +138,11 @@ PresentationRenderer::Step PresentationRenderer::StepOf(StageSlot slot)
     return Step::OverPicture;
 }
 
+bool PresentationRenderer::IsOutside(const Entry& entry)
+{
+    return entry.step == Step::BeforeSurfaces || entry.step == Step::AfterSurfaces || entry.step == Step::OverPicture;
+}
+
 PresentationStage* PresentationRenderer::AddStage(std::unique_ptr<PresentationStage> stage, StageSlot slot)
 {
     if (!stage || m_drawing)
@@ -152,11 +157,8 @@ PresentationStage* PresentationRenderer::AddStage(std::unique_ptr<PresentationSt
 
 std::unique_ptr<PresentationStage> PresentationRenderer::RemoveStage(const PresentationStage* stage)
 {
-    const auto isOutside = [](Step step) {
-        return step == Step::BeforeSurfaces || step == Step::AfterSurfaces || step == Step::OverPicture;
-    };
     const auto found = std::find_if(m_stages.begin(), m_stages.end(), [&](const Entry& entry) {
-        return entry.stage.get() == stage && isOutside(entry.step);
+        return entry.stage.get() == stage && IsOutside(entry);
     });
     if (found == m_stages.end() || m_drawing)
     {
@@ -274,6 +276,7 @@ void PresentationRenderer::SetSun(const std::optional<Vector>& towardSun)
 void PresentationRenderer::SetShadows(const std::optional<ShadowSettings>& shadows)
 {
     m_shadows->SetShadows(shadows);
+    m_castsShadows = shadows.has_value();
 }
 
 void PresentationRenderer::SetShadowGround(const std::optional<ShadowGround>& ground)
@@ -343,7 +346,7 @@ void PresentationRenderer::ListSurfaces(Scene& scene, CameraNode& camera, std::v
     if (Detail::Batches* const batches = cameraData ? BatchesOf(scene) : nullptr)
     {
         PresentationFrame frame = BeginFrame(scene, camera, *cameraData, m_lister->GetItems());
-        m_lister->List(frame, false, *batches, 0.0f);
+        m_lister->List(frame, false, *batches, 0.0f, true);
         m_lister->Clear();
         return;
     }
@@ -435,7 +438,8 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
     if (Detail::Batches* const batches = BatchesOf(scene))
     {
         const float leastShare = m_batchSettings.smallestPixels / static_cast<float>(std::max(frame.screen.height, 1));
-        m_lister->List(frame, m_surfaces->AreLinesShown(), *batches, leastShare);
+        const bool isAllNeeded = m_castsShadows || std::any_of(m_stages.begin(), m_stages.end(), IsOutside);
+        m_lister->List(frame, m_surfaces->AreLinesShown(), *batches, leastShare, isAllNeeded);
     }
     else
     {

@@ -246,6 +246,8 @@ private:
     };
 
     static Step StepOf(StageSlot slot);
+    /// Whether AddStage took it.
+    static bool IsOutside(const Entry& entry);
     template <class Stage, class... Arguments>
     Stage* Append(Step step, Arguments&... arguments);
     void ReleaseHeld();
@@ -270,6 +272,7 @@ private:
     Detail::LineDepthStage* m_lineDepth = nullptr;
     Detail::LineStage* m_lines = nullptr;
 
+    bool m_castsShadows = false;
     bool m_drawing = false;   ///< a scene, whose stages are not to change meanwhile
     bool m_capturing = false; ///< from BeginCapture to ApplyCapture, where there are buffers
     std::optional<float> m_layerRatio;

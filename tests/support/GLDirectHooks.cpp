@@ -8,7 +8,10 @@
 #undef glBindFramebuffer
 #undef glBindRenderbuffer
 #undef glBlitFramebuffer
+#undef glBufferData
+#undef glBufferSubData
 #undef glMinSampleShading
+#undef glMultiDrawElements
 #undef glVertexAttrib4f
 
 extern "C"
@@ -38,6 +41,22 @@ void GLAPIENTRY glBlitFramebuffer(GLint fromX0, GLint fromY0, GLint fromX1, GLin
                                   GLint toX1, GLint toY1, GLbitfield mask, GLenum filter)
 {
     __glewBlitFramebuffer(fromX0, fromY0, fromX1, fromY1, toX0, toY0, toX1, toY1, mask, filter);
+}
+
+void GLAPIENTRY glBufferData(GLenum target, GLsizeiptr size, const void* data, GLenum usage)
+{
+    __glewBufferData(target, size, data, usage);
+}
+
+void GLAPIENTRY glBufferSubData(GLenum target, GLintptr offset, GLsizeiptr size, const void* data)
+{
+    __glewBufferSubData(target, offset, size, data);
+}
+
+void GLAPIENTRY glMultiDrawElements(GLenum mode, const GLsizei* counts, GLenum type, const void* const* indices,
+                                    GLsizei drawCount)
+{
+    __glewMultiDrawElements(mode, counts, type, indices, drawCount);
 }
 
 void GLAPIENTRY glMinSampleShading(GLfloat share)

@@ -132,6 +132,7 @@
     X(IsRenderbuffer)             \
     X(IsShader)                   \
     X(LinkProgram)                \
+    X(MultiDrawElements)          \
     X(MinSampleShading)           \
     X(RenderbufferStorage)        \
     X(RenderbufferStorageMultisample) \

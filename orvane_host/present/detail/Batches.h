@@ -86,7 +86,9 @@ public:
     /// Lists the meshes of the scene's opaque materials, all of them and those that the camera may
     /// see. GL.
     /// @param leastShare see BatchES20::See.
-    void List(PresentationFrame& frame, float leastShare, std::vector<RenderItemES20>& all,
+    /// @param isAllNeeded whether somebody asks for all: materials of which the camera sees nothing are
+    ///        left out otherwise.
+    void List(PresentationFrame& frame, float leastShare, bool isAllNeeded, std::vector<RenderItemES20>& all,
               std::vector<RenderItemES20>& seen);
 
     /// Lists those of the scene's see-through materials. GL.
@@ -230,7 +232,8 @@ private:
     void Show(Index index);
     void SetTogether(Group& group, bool together);
     void Dissolve(Group& group);
-    void ListGroup(PresentationFrame& frame, Group& group, const ViewVolume* view, float leastShare,
+    bool IsOutside(const Group& group, const ViewVolume& view, float leastShare) const;
+    void ListGroup(PresentationFrame& frame, Group& group, const ViewVolume* view, float leastShare, bool isAllNeeded,
                    std::vector<RenderItemES20>& all, std::vector<RenderItemES20>* seen);
     void MakeItems(StageAccess& renderer, Group& group, MeshStyleES20& style);
     void ListSeen(const Group& group, const ViewVolume& view, float leastShare, std::vector<RenderItemES20>& seen);

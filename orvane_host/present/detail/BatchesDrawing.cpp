@@ -1,6 +1,7 @@
+// What a frame lists.
+
 #include "orvane_host/present/StageAccess.h"
 #include "orvane_host/present/detail/Batches.h"
-#include "orvane/math/Sphere.h"
 #include "orvane/math/Transform.h"
 #include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/renderdata/MaterialES20.h"
@@ -10,7 +11,6 @@
 #include "orvane/scene/Scene.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <iterator>
 #include <utility>
@@ -20,27 +20,6 @@ namespace OV::Host::Detail
 
 namespace
 {
-
-/// Lets bits stand three places apart.
-std::uint64_t Spread(std::uint64_t bits)
-{
-    bits = (bits | bits << 32) & 0x1F00000000FFFFull;
-    bits = (bits | bits << 16) & 0x1F0000FF0000FFull;
-    bits = (bits | bits << 8) & 0x100F00F00F00F00Full;
-    bits = (bits | bits << 4) & 0x10C30C30C30C30C3ull;
-    return (bits | bits << 2) & 0x1249249249249249ull;
-}
-
-/// Where a place lies along a curve that fills a box: what is near on the curve is near in space.
-std::uint64_t PlaceOnCurve(const Vector& place, const WorldBox& all)
-{
-    const auto cell = [](float at, float from, float to) {
-        const float share = (at - from) / (to - from);
-        return static_cast<std::uint64_t>(share > 0.0f ? std::min(share, 1.0f) * 1048575.0f : 0.0f);
-    };
-    return Spread(cell(place.x, all.low.x, all.high.x)) | Spread(cell(place.y, all.low.y, all.high.y)) << 1
-        | Spread(cell(place.z, all.low.z, all.high.z)) << 2;
-}
 
 bool StandsFor(const std::vector<Material*>& materials, const Material* material)
 {
@@ -74,12 +53,6 @@ TextureFactors FactorsOf(const MeshStyleES20* style)
 
 } // namespace
 
-BatchES20::Piece Batches::PieceOf(Index index) const
-{
-    const Member& member = m_members[index];
-    return {member.mesh, PlaceOf(*member.node), member.node->GetUserData(), index};
-}
-
 template <class Lister>
 void Batches::ForEachMaterial(PresentationFrame& frame, const std::vector<Material*>& materials, Lister list)
 {
@@ -96,7 +69,7 @@ void Batches::ForEachMaterial(PresentationFrame& frame, const std::vector<Materi
     }
 }
 
-void Batches::List(PresentationFrame& frame, float leastShare, std::vector<RenderItemES20>& all,
+void Batches::List(PresentationFrame& frame, float leastShare, bool isAllNeeded, std::vector<RenderItemES20>& all,
                    std::vector<RenderItemES20>& seen)
 {
     const ViewVolume view(frame.cameraData.GetMVP());
@@ -105,7 +78,7 @@ void Batches::List(PresentationFrame& frame, float leastShare, std::vector<Rende
         if (group)
         {
             SetTogether(*group, true);
-            ListGroup(frame, *group, &view, leastShare, all, &seen);
+            ListGroup(frame, *group, &view, leastShare, isAllNeeded, all, &seen);
             return;
         }
         const std::size_t before = all.size();
@@ -144,7 +117,7 @@ void Batches::ListAlpha(PresentationFrame& frame, std::vector<RenderItemES20>& i
         if (group)
         {
             SetTogether(*group, false);
-            ListGroup(frame, *group, nullptr, 0.0f, items, nullptr);
+            ListGroup(frame, *group, nullptr, 0.0f, true, items, nullptr);
             return;
         }
         frame.renderer.List(material, frame.cameraData, items, true);
@@ -242,282 +215,6 @@ MeshStyleES20* Batches::Probe(PresentationFrame& frame, Group& group)
     return m_probed.front().style;
 }
 
-void Batches::SetTogether(Group& group, bool together)
-{
-    constexpr unsigned int apart = MaterialFlagPoints | MaterialFlagAlwaysPass;
-    Material& material = *group.material;
-    together = together && (material.GetFlags() & apart) == 0 && !material.hasAlpha && !material.UsingDrawID()
-        && !material.IsTransparent();
-    if (group.isTogether == together)
-    {
-        return;
-    }
-    group.isTogether = together;
-    if (!together)
-    {
-        Dissolve(group);
-        return;
-    }
-    for (const Index index : group.singles)
-    {
-        Member& member = m_members[index];
-        if (member.group == &group && member.isSingle && !member.isGone && CanBeTogether(member) && IsShown(member))
-        {
-            Rest(index, kRest);
-        }
-    }
-}
-
-void Batches::KeepSingle(const Group& group, const std::vector<Index>& members)
-{
-    for (const Index index : members)
-    {
-        Member& member = m_members[index];
-        if (!member.isGone && member.group == &group && member.isRested && !member.isFresh)
-        {
-            MakeSingle(index, true);
-            if (StandsAlone(member))
-            {
-                PutIntoTree(index);
-            }
-        }
-    }
-}
-
-void Batches::Dissolve(Group& group)
-{
-    std::vector<Batch> batches;
-    batches.swap(group.batches);
-    for (Batch& batch : batches)
-    {
-        for (std::size_t i = 0; i < batch.data->GetPieceCount(); ++i)
-        {
-            const Index index = batch.data->OwnerOf(i);
-            Member& member = m_members[index];
-            if (index != kNone && member.batch == batch.data && member.piece == i && !member.isGone)
-            {
-                member.batch = nullptr;
-                member.piece = kNone;
-                member.isFresh = false;
-                MakeSingle(index, true);
-                if (StandsAlone(member) && !member.isQueued)
-                {
-                    PutIntoTree(index);
-                }
-            }
-        }
-        GiveBack(std::move(batch.mesh));
-    }
-}
-
-void Batches::Build(StageAccess& renderer, Group& group)
-{
-    if (m_isFull && !group.hasNew)
-    {
-        return;
-    }
-    for (auto entry = group.rested.begin(); entry != group.rested.end();)
-    {
-        Build(renderer, group, entry->first, entry->second);
-        entry = entry->second.empty() ? group.rested.erase(entry) : std::next(entry);
-    }
-    group.hasNew = false;
-}
-
-bool Batches::Returns(Group& group, const BatchKind& kind, Index index)
-{
-    Member& member = m_members[index];
-    if (member.isGone || !member.isRested || member.group != &group)
-    {
-        return false;
-    }
-    const bool isReady = HasRested(member) && !member.isFresh && IsShown(member) && CanBeTogether(member)
-        && !(KindOf(member) != kind) && IsSound(*member.mesh);
-    if (!isReady)
-    {
-        member.isRested = false;
-        if (!member.isFresh && !member.batch)
-        {
-            MakeSingle(index, true);
-        }
-        if (StandsAlone(member) && !member.isQueued)
-        {
-            PutIntoTree(index);
-        }
-        return false;
-    }
-    const std::size_t vertices = member.mesh->GetPositionBuffer().size();
-    // What was never drawn by itself has no other way to be drawn.
-    if (member.isSingle && vertices > m_writable)
-    {
-        m_isFull = true;
-        m_later.push_back(index);
-        return false;
-    }
-    m_writable -= std::min(vertices, m_writable);
-    if (!member.batch || !member.batch->Fits(member.piece, *member.mesh))
-    {
-        LeaveBatch(member);
-        return true;
-    }
-    member.batch->Write(member.piece, PieceOf(index), group.factors, member.isReshaped, m_scratch);
-    member.isReshaped = false;
-    member.isFresh = true;
-    member.isRested = false;
-    Show(index);
-    return false;
-}
-
-void Batches::Build(StageAccess& renderer, Group& group, const BatchKind& kind, std::vector<Index>& members)
-{
-    m_later.clear();
-    m_homeless.clear();
-    while (!members.empty() && (!m_isFull || group.hasNew))
-    {
-        const Index index = members.back();
-        members.pop_back();
-        if (Returns(group, kind, index))
-        {
-            m_homeless.push_back(index);
-        }
-    }
-    members.insert(members.end(), m_later.begin(), m_later.end());
-    if (!m_homeless.empty())
-    {
-        std::sort(m_homeless.begin(), m_homeless.end());
-        m_homeless.erase(std::unique(m_homeless.begin(), m_homeless.end()), m_homeless.end());
-        PutTogether(renderer, group, kind, m_homeless);
-        members.insert(members.end(), m_homeless.begin(), m_homeless.end());
-    }
-}
-
-Vector Batches::MiddleOf(const Member& member)
-{
-    Vector middle;
-    middle.Multiply(member.node->GetGlobal(), member.mesh->GetSphere().center);
-    return middle;
-}
-
-void Batches::PutTogether(StageAccess& renderer, Group& group, const BatchKind& kind, std::vector<Index>& members)
-{
-    Absorb(group, kind, members);
-    if (members.size() < 2)
-    {
-        KeepSingle(group, members);
-        return;
-    }
-    WorldBox all = WorldBox::Empty();
-    std::vector<std::pair<std::uint64_t, Index>> order;
-    order.reserve(members.size());
-    for (const Index index : members)
-    {
-        all.Widen(MiddleOf(m_members[index]));
-    }
-    for (const Index index : members)
-    {
-        order.emplace_back(PlaceOnCurve(MiddleOf(m_members[index]), all), index);
-    }
-    std::sort(order.begin(), order.end());
-    std::transform(order.begin(), order.end(), members.begin(), [](const auto& entry) { return entry.second; });
-    const Index* first = members.data();
-    const Index* const end = first + members.size();
-    while (first != end)
-    {
-        const Index* last = first;
-        std::size_t vertices = 0;
-        for (; last != end; ++last)
-        {
-            vertices += m_members[*last].mesh->GetPositionBuffer().size();
-            if (vertices > BatchES20::MostVertices)
-            {
-                break;
-            }
-        }
-        MakeBatch(renderer, group, kind, first, last);
-        first = last;
-    }
-    members.clear();
-}
-
-void Batches::Absorb(Group& group, const BatchKind& kind, std::vector<Index>& members)
-{
-    // Each piece is packed anew only into a batch twice as large, so that many small additions cost
-    // what they hold and little more.
-    std::size_t vertices = 0;
-    for (const Index index : members)
-    {
-        vertices += m_members[index].mesh->GetPositionBuffer().size();
-    }
-    for (std::size_t i = 0; i < group.batches.size();)
-    {
-        const BatchES20& batch = *group.batches[i].data;
-        if (batch.GetKind() != kind || batch.GetVertexCount() > vertices
-            || batch.GetVertexCount() + vertices > BatchES20::MostVertices)
-        {
-            ++i;
-            continue;
-        }
-        vertices += batch.GetVertexCount();
-        Batch absorbed = std::move(group.batches[i]);
-        group.batches.erase(group.batches.begin() + static_cast<std::ptrdiff_t>(i));
-        for (std::size_t piece = 0; piece < absorbed.data->GetPieceCount(); ++piece)
-        {
-            const Index index = absorbed.data->OwnerOf(piece);
-            if (index == kNone)
-            {
-                continue;
-            }
-            Member& member = m_members[index];
-            member.batch = nullptr;
-            member.piece = kNone;
-            if (member.isFresh && !member.isGone)
-            {
-                members.push_back(index);
-            }
-        }
-        GiveBack(std::move(absorbed.mesh));
-        i = 0;
-    }
-}
-
-void Batches::MakeBatch(StageAccess& renderer, Group& group, const BatchKind& kind, const Index* first,
-                        const Index* last)
-{
-    std::vector<BatchES20::Piece> pieces;
-    pieces.reserve(static_cast<std::size_t>(last - first));
-    std::transform(first, last, std::back_inserter(pieces), [this](Index index) { return PieceOf(index); });
-    const auto& standIns = m_standIns[kind.isMirrored ? 1 : 0];
-    Batch batch;
-    batch.mesh = TakeMesh(*group.material, kind.meshFlags);
-    batch.data = new BatchES20(batch.mesh.get(), &renderer.GetBufferPool(), {standIns[0].get(), standIns[1].get()},
-                               kind, pieces, group.factors);
-    batch.mesh->SetRenderData(batch.data, false);
-    group.batches.push_back(std::move(batch));
-    for (const Index* index = first; index != last; ++index)
-    {
-        Member& member = m_members[*index];
-        member.batch = group.batches.back().data;
-        member.piece = static_cast<Index>(index - first);
-        member.isFresh = true;
-        member.isReshaped = false;
-        member.isRested = false;
-        Show(*index);
-    }
-}
-
-void Batches::Show(Index index)
-{
-    const Member& member = m_members[index];
-    const bool isShown = IsShown(member);
-    const bool isOn = isShown && !IsApart(*member.node);
-    member.batch->Switch(member.piece, isOn);
-    MakeSingle(index, isShown && !isOn);
-    if (StandsAlone(member))
-    {
-        PutIntoTree(index);
-    }
-}
-
 bool Batches::HasData(StageAccess& renderer, const Member& member)
 {
     if (member.hasMark)
@@ -595,9 +292,24 @@ void Batches::MakeItems(StageAccess& renderer, Group& group, MeshStyleES20& styl
     group.listing = MeshES20::GetListingRevision();
 }
 
-void Batches::ListGroup(PresentationFrame& frame, Group& group, const ViewVolume* view, float leastShare,
-                        std::vector<RenderItemES20>& all, std::vector<RenderItemES20>* seen)
+bool Batches::IsOutside(const Group& group, const ViewVolume& view, float leastShare) const
 {
+    // What is no longer used has to be given back.
+    const auto isSeenOrUnused = [&](const Batch& batch) {
+        return batch.data->GetVertexCount() == 0
+            || (batch.data->GetOnCount() > 0 && batch.data->See(view, leastShare, m_look));
+    };
+    return group.singles.empty() && group.rested.empty()
+        && std::none_of(group.batches.begin(), group.batches.end(), isSeenOrUnused);
+}
+
+void Batches::ListGroup(PresentationFrame& frame, Group& group, const ViewVolume* view, float leastShare,
+                        bool isAllNeeded, std::vector<RenderItemES20>& all, std::vector<RenderItemES20>* seen)
+{
+    if (seen && !isAllNeeded && IsOutside(group, *view, leastShare))
+    {
+        return;
+    }
     MeshStyleES20* const style = Probe(frame, group);
     if (!style)
     {
@@ -605,7 +317,10 @@ void Batches::ListGroup(PresentationFrame& frame, Group& group, const ViewVolume
     }
     const bool isOtherStyle = group.style != style;
     group.style = style;
-    group.factors = FactorsOf(style);
+    if (isOtherStyle || !group.rested.empty())
+    {
+        group.factors = FactorsOf(style);
+    }
     if (!group.rested.empty() && !group.isTogether)
     {
         for (auto& [kind, members] : group.rested)

@@ -42,13 +42,13 @@ void ItemLister::List(PresentationFrame& frame, bool withLines)
     DropGone(frame.renderer, m_items);
 }
 
-void ItemLister::List(PresentationFrame& frame, bool withLines, Batches& batches, float leastShare)
+void ItemLister::List(PresentationFrame& frame, bool withLines, Batches& batches, float leastShare, bool isAllNeeded)
 {
     std::vector<RenderItemES20>& all = m_items.all;
     std::vector<RenderItemES20>& seen = m_seen.all;
     all.clear();
     seen.clear();
-    batches.List(frame, leastShare, all, seen);
+    batches.List(frame, leastShare, isAllNeeded, all, seen);
     m_items.firstLine = all.size();
     m_seen.firstLine = seen.size();
     if (withLines)

@@ -29,7 +29,8 @@ public:
 
     /// The same with what batches make of it, and besides what the camera sees of it, without what
     /// takes up a smaller share of the picture's height. GL.
-    void List(PresentationFrame& frame, bool withLines, Batches& batches, float leastShare);
+    /// @param isAllNeeded whether somebody asks for what the camera doesn't see.
+    void List(PresentationFrame& frame, bool withLines, Batches& batches, float leastShare, bool isAllNeeded);
 
     /// Lists surfaces that a view may see, each mesh at each node by itself. GL.
     void ListSingly(PresentationFrame& frame, Batches& batches, const ViewVolume& view);

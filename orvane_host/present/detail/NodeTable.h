@@ -20,9 +20,6 @@ class NodeTable
 public:
     static constexpr std::uint32_t None = ~std::uint32_t{0};
 
-    /// Makes room for so many.
-    void Reserve(std::size_t count);
-
     /// @return None where there is none.
     /// @param isOf called with a number: whether that belongs to the node.
     template <class IsOf>
@@ -46,8 +43,7 @@ public:
     /// The node must not have one yet.
     void Insert(const Node* node, std::uint32_t number);
 
-    /// The node must have the first of these numbers.
-    void Replace(const Node* node, std::uint32_t number, std::uint32_t next) { m_slots[PlaceOf(node, number)].number = next; }
+    /// The node must have that number.
     void Erase(const Node* node, std::uint32_t number);
 
     void Clear();
@@ -63,6 +59,7 @@ private:
 
     std::size_t HomeOf(std::uint32_t tag) const { return tag & (m_slots.size() - 1); }
     std::size_t PlaceOf(const Node* node, std::uint32_t number) const;
+    void Reserve(std::size_t count);
     void Grow(std::size_t size);
     void Put(Slot slot);
 

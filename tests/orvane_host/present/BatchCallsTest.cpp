@@ -1,0 +1,303 @@
+#include "orvane_host/present/BatchSettings.h"
+#include "orvane/math/Transform.h"
+#include "orvane/scene/CameraNode.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/MeshNode.h"
+#include "orvane/scene/RawMesh.h"
+#include "orvane/scene/Scene.h"
+#include "tests/orvane_host/present/PresentationStage.h"
+#include "tests/support/GLRecorder.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace OV::Test
+{
+
+namespace
+{
+
+using Host::BatchUse;
+
+/// The GL calls of a frame by kind.
+struct Calls
+{
+    std::size_t draws = 0;
+    std::size_t programs = 0;
+    std::size_t uniforms = 0;
+    std::size_t pointers = 0;
+    std::size_t switches = 0; ///< of attribute arrays
+    std::size_t uploads = 0;
+    std::int64_t uploaded = 0; ///< bytes
+
+    bool operator==(const Calls& other) const
+    {
+        return draws == other.draws && programs == other.programs && uniforms == other.uniforms
+            && pointers == other.pointers && switches == other.switches && uploads == other.uploads
+            && uploaded == other.uploaded;
+    }
+};
+
+std::ostream& operator<<(std::ostream& out, const Calls& calls)
+{
+    return out << calls.draws << " draws, " << calls.programs << " programs, " << calls.uniforms << " uniforms, "
+               << calls.pointers << " pointers, " << calls.switches << " switches, " << calls.uploads
+               << " uploads of " << calls.uploaded << " bytes";
+}
+
+/// Rectangles side by side in rows of one material each, every one a mesh at a node of its own.
+class BatchCalls : public FlatStage
+{
+protected:
+    static constexpr int Columns = 12;
+    static constexpr int Rows = 4;
+    static constexpr int Cell = 8;
+    static constexpr std::int64_t BytesOfRect = 4 * 6 * sizeof(float);
+
+    void Fill()
+    {
+        for (int row = 0; row < Rows; ++row)
+        {
+            Material& material = AddMaterial(Color(0.2f * static_cast<float>(row + 1), 0.5f, 0.0f));
+            for (int column = 0; column < Columns; ++column)
+            {
+                nodes.push_back(&AddRect(material, {column * Cell, row * Cell, Cell - 2, Cell - 2}, 0.0f,
+                                         static_cast<int>(nodes.size())));
+                // Each has a matrix of its own.
+                Move(nodes.size() - 1, 0.01f * static_cast<float>(nodes.size()));
+            }
+        }
+    }
+
+    void Move(std::size_t index, float lift)
+    {
+        Transform place;
+        place.SetPosition(Vector(0.0f, 0.0f, lift));
+        nodes[index]->SetLocal(place);
+    }
+
+    /// Shows a part of the picture's width, from the left.
+    void LookAt(float share)
+    {
+        const float height = static_cast<float>(Height());
+        Camera().SetDistanceToTarget(0.5f * share * height);
+        Transform place;
+        const float half = 0.5f * share;
+        place.SetPosition(Vector(half * static_cast<float>(Width()), half * height, 100.0f));
+        Camera().SetLocal(place);
+    }
+
+    /// The calls of the 3D part of the next frame.
+    std::vector<GLCall> RecordFrame()
+    {
+        World().MarkDirty();
+        app.Update(0.0f);
+        renderer->BeginRender(false, Color(1, 1, 1));
+        std::vector<GLCall> calls;
+        {
+            const GLRecorder recorder(GLRecorder::Mode::Forward);
+            renderer->Render3D(&World(), &Camera());
+            calls = recorder.Calls();
+        }
+        renderer->EndRender();
+        return calls;
+    }
+
+    Calls CallsOfFrame()
+    {
+        Calls counts;
+        for (const GLCall& call : RecordFrame())
+        {
+            const auto begins = [&](const char* text) { return call.name.rfind(text, 0) == 0; };
+            const bool isUpload = begins("glBufferData") || begins("glBufferSubData");
+            counts.draws += begins("glDrawElements") || begins("glMultiDrawElements") ? 1 : 0;
+            counts.programs += begins("glUseProgram") ? 1 : 0;
+            counts.uniforms += begins("glUniform") ? 1 : 0;
+            counts.pointers += begins("glVertexAttribPointer") ? 1 : 0;
+            counts.switches += begins("glEnableVertexAttrib") || begins("glDisableVertexAttrib") ? 1 : 0;
+            counts.uploads += isUpload ? 1 : 0;
+            counts.uploaded += begins("glBufferSubData") ? call.Int(2) : isUpload ? call.Int(1) : 0;
+        }
+        return counts;
+    }
+
+    Calls SteadyFrame(BatchUse use)
+    {
+        renderer->SetBatches({use});
+        Draw();
+        Draw();
+        return CallsOfFrame();
+    }
+
+    std::vector<MeshNode*> nodes;
+};
+
+} // namespace
+
+TEST_F(BatchCalls, AStaticSceneTakesAPointerAMatrixAndADrawForEachNode)
+{
+    Fill();
+    const Calls calls = SteadyFrame(BatchUse::Off);
+    EXPECT_EQ(calls.draws, nodes.size());
+    EXPECT_EQ(calls.programs, static_cast<std::size_t>(Rows));
+    EXPECT_EQ(calls.uploads, 0u);
+    // Unlit: no normals. The materials differ in a colour.
+    EXPECT_EQ(calls.pointers, nodes.size());
+    EXPECT_EQ(calls.switches, 2u * Rows);
+    EXPECT_EQ(calls.uniforms, nodes.size() + Rows);
+}
+
+TEST_F(BatchCalls, TogetherItTakesThemForEachMaterial)
+{
+    Fill();
+    const Calls calls = SteadyFrame(BatchUse::On);
+    EXPECT_EQ(calls.draws, static_cast<std::size_t>(Rows));
+    EXPECT_EQ(calls.programs, static_cast<std::size_t>(Rows));
+    EXPECT_EQ(calls.uploads, 0u);
+    EXPECT_EQ(calls.pointers, static_cast<std::size_t>(Rows));
+    EXPECT_EQ(calls.switches, 2u * Rows);
+    EXPECT_LE(calls.uniforms, 2u * Rows);
+    EXPECT_EQ(CallsOfFrame(), calls);
+}
+
+TEST_F(BatchCalls, ANodeThatMovesOnceTakesOneUploadMore)
+{
+    Fill();
+    const Calls still = SteadyFrame(BatchUse::On);
+    Move(5, 1.0f);
+    Calls expected = still;
+    expected.uploads = 1;
+    expected.uploaded = BytesOfRect;
+    EXPECT_EQ(CallsOfFrame(), expected);
+    EXPECT_EQ(CallsOfFrame(), still);
+}
+
+TEST_F(BatchCalls, ANodeThatMovesOnTakesADrawMore)
+{
+    Fill();
+    const Calls still = SteadyFrame(BatchUse::On);
+    Move(5, 1.0f);
+    CallsOfFrame();
+    Move(5, 2.0f);
+    // It gets buffers of its own.
+    EXPECT_GT(CallsOfFrame().uploads, 0u);
+    Move(5, 3.0f);
+    const Calls moving = CallsOfFrame();
+    EXPECT_EQ(moving.draws, still.draws + 1);
+    EXPECT_EQ(moving.programs, still.programs);
+    EXPECT_EQ(moving.uploads, 0u);
+    int frames = 0;
+    Calls calls;
+    for (calls = CallsOfFrame(); frames < 40 && calls.uploads == 0; ++frames)
+    {
+        calls = CallsOfFrame();
+    }
+    EXPECT_LT(frames, 20);
+    EXPECT_EQ(calls.uploaded, BytesOfRect) << "what comes back is written where its room is";
+    EXPECT_EQ(CallsOfFrame(), still);
+}
+
+TEST_F(BatchCalls, AViewThatSeesAQuarterOfAllTakesAQuarterOfTheCalls)
+{
+    Fill();
+    for (const BatchUse use : {BatchUse::Auto, BatchUse::On})
+    {
+        LookAt(1.0f);
+        const Calls whole = SteadyFrame(use);
+        // One of the four rows, since they lie above each other in half of the picture's height.
+        LookAt(0.12f);
+        Draw();
+        const Calls part = CallsOfFrame();
+        if (use == BatchUse::Auto)
+        {
+            EXPECT_EQ(part, whole) << "node by node nothing is left out";
+            continue;
+        }
+        EXPECT_EQ(part.draws, 1u);
+        EXPECT_EQ(part.programs, 1u);
+        EXPECT_LE(part.uniforms, whole.uniforms / Rows + 1);
+    }
+}
+
+TEST_F(BatchCalls, WhatIsTooLargeForABatchIsLeftOutOfAViewOneByOne)
+{
+    Material& material = AddMaterial(Color(0.2f, 0.5f, 0.0f));
+    constexpr int count = 10;
+    for (int i = 0; i < count; ++i)
+    {
+        const auto left = static_cast<float>(9 * i);
+        std::vector<Vector> positions(2100, Vector(left, 0.0f, 0.0f));
+        positions[1] = Vector(left + 6.0f, 0.0f, 0.0f);
+        positions[2] = Vector(left, 6.0f, 0.0f);
+        auto raw = std::make_shared<RawMesh>();
+        raw->SetPositionBuffer(std::move(positions));
+        raw->SetIndices({0, 1, 2});
+        raw->EndDescription(true);
+        auto* const mesh = new Mesh(raw, &World());
+        material.AddMesh(mesh);
+        nodes.push_back(new MeshNode(&World()));
+        World().GetRoot()->AddChild(nodes.back(), false);
+        mesh->AddNode(nodes.back());
+    }
+    EXPECT_EQ(SteadyFrame(BatchUse::On).draws, static_cast<std::size_t>(count));
+    LookAt(0.08f);
+    Draw();
+    EXPECT_EQ(CallsOfFrame().draws, 1u) << "standing still";
+    for (std::size_t i = 0; i < nodes.size(); ++i)
+    {
+        Move(i, 1.0f);
+    }
+    EXPECT_EQ(CallsOfFrame().draws, 1u) << "all moving";
+}
+
+TEST_F(BatchCalls, WhatMovesAllAtOnceIsWrittenOverSeveralFrames)
+{
+    Material& material = AddMaterial(Color(0.2f, 0.5f, 0.0f));
+    constexpr std::size_t count = 300;
+    constexpr std::size_t vertices = 1000;
+    constexpr std::int64_t mostBytes = 65536 * 3 * sizeof(float);
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        auto raw = std::make_shared<RawMesh>();
+        std::vector<Vector> positions(vertices, Vector(1.0f, 1.0f, 0.0f));
+        positions[1] = Vector(6.0f, 1.0f, 0.0f);
+        positions[2] = Vector(1.0f, 6.0f, 0.0f);
+        raw->SetPositionBuffer(std::move(positions));
+        raw->SetIndices({0, 1, 2});
+        raw->EndDescription(true);
+        auto* const mesh = new Mesh(raw, &World());
+        material.AddMesh(mesh);
+        nodes.push_back(new MeshNode(&World()));
+        World().GetRoot()->AddChild(nodes.back(), false);
+        mesh->AddNode(nodes.back());
+    }
+    SteadyFrame(BatchUse::On);
+    const std::size_t together = renderer->CountBatches().pieces;
+    EXPECT_EQ(together, count);
+    for (const float lift : {1.0f, 2.0f})
+    {
+        for (std::size_t i = 0; i < count; ++i)
+        {
+            Move(i, lift);
+        }
+        Draw();
+    }
+    EXPECT_EQ(renderer->CountBatches().pieces, 0u);
+    int uploads = 0;
+    for (int frame = 0; frame < 60; ++frame)
+    {
+        const Calls calls = CallsOfFrame();
+        EXPECT_LE(calls.uploaded, mostBytes) << "frame " << frame;
+        uploads += calls.uploaded > 0 ? 1 : 0;
+    }
+    EXPECT_EQ(renderer->CountBatches().pieces, count);
+    EXPECT_GE(uploads, 5);
+}
+
+} // namespace OV::Test
