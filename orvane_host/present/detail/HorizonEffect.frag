@@ -9,7 +9,7 @@ PRECISION_DEFAULT_HIGHP(float)
 
 @OPTIONS@
 
-#define PLANES 8
+#define PLANES 6
 #define MOST_STEPS 16
 #define RISE 3.0
 #define PI 3.14159265
@@ -228,20 +228,46 @@ void main()
     {
         hidden = hiddenAt(gl_FragCoord.xy, distanceOf(depth));
     }
-    gl_FragColor = vec4(hidden);
+    // The coarse half of which way the face looks comes along for the second run.
+    gl_FragColor = vec4(hidden, texture2D(u_faces, gl_FragCoord.xy / u_size).xy, 1.0);
 }
 #else
+// The mean of what is about a face of but a few pixels: where it is no wider than a pixel, most of it is
+// not even seen. One that lies in the plane of others is taken for a part of these: of a sliver it is
+// uncertain which way it looks. One that belongs to nothing about it is a crack.
+float hiddenAbout(vec2 pixel, vec3 place, vec3 normal, float side, float room)
+{
+    vec2 about = vec2(0.0);  // sum and count
+    vec2 within = vec2(0.0);
+    vec2 all = vec2(0.0);
+    for (int y = -2; y <= 2; ++y)
+    {
+        for (int x = -2; x <= 2; ++x)
+        {
+            vec2 other = pixel + vec2(float(x), float(y));
+            float depth = depthAt(other);
+            vec3 to = placeAt(other, distanceOf(depth)) - place;
+            vec3 facing = faceAt(other);
+            vec2 counted = depth < 1.0 ? vec2(texture2D(u_hidden, other / u_size).r, 1.0) : vec2(0.0);
+            all += counted;
+            about += dot(to, to) < 64.0 * side * side ? counted : vec2(0.0);
+            within += abs(dot(to, facing)) < room && dot(facing, normal) < 0.999 ? counted : vec2(0.0);
+        }
+    }
+    vec2 taken = within.y >= 6.0 ? within : about.y >= 3.0 ? about : all;
+    return taken.x / max(taken.y, 1.0);
+}
+
 // The mean over as many pixels as differ in what they looked up, each counted once, of those in the
-// same face. A face of but a few pixels is taken together with what is about it: where it is no wider
-// than a pixel, most of it is not even seen.
+// same face.
 float smoothHidden(vec2 pixel, float distance)
 {
     vec3 place = placeAt(pixel, distance);
     vec3 normal = faceAt(pixel);
+    vec2 facing = texture2D(u_hidden, pixel / u_size).yz;
     float side = pixelAt(distance);
     float room = side + 2.0 * precisionAt(distance);
     vec2 same = vec2(0.0);  // sum and count
-    vec2 about = vec2(0.0);
     for (int y = -2; y <= 2; ++y)
     {
         for (int x = -2; x <= 2; ++x)
@@ -250,15 +276,20 @@ float smoothHidden(vec2 pixel, float distance)
             float weight = (x == -2 || x == 2 ? 0.5 : 1.0) * (y == -2 || y == 2 ? 0.5 : 1.0);
             float depth = depthAt(other);
             vec3 to = placeAt(other, distanceOf(depth)) - place;
-            vec2 counted = weight * vec2(texture2D(u_hidden, other / u_size).r, 1.0);
-            bool isAbout = depth < 1.0 && length(to) < 8.0 * side;
-            bool isSame = depth < 1.0 && abs(dot(to, normal)) < room && dot(faceAt(other), normal) > 0.9;
-            about += isAbout ? counted : vec2(0.0);
+            vec3 found = texture2D(u_hidden, other / u_size).xyz;
+            vec2 counted = weight * vec2(found.x, 1.0);
+            vec2 turned = abs(found.yz - facing);
+            bool isSame = depth < 1.0 && abs(dot(to, normal)) < room && max(turned.x, turned.y) < 0.1;
             same += isSame ? counted : vec2(0.0);
         }
     }
+    float hidden = same.x / max(same.y, 1.0);
     float share = clamp((same.y - 4.0) * 0.5, 0.0, 1.0);
-    return mix(about.x / max(about.y, 1.0), same.x / max(same.y, 1.0), share);
+    if (share < 1.0)
+    {
+        hidden = mix(hiddenAbout(pixel, place, normal, side, room), hidden, share);
+    }
+    return hidden;
 }
 
 // Of a pixel that something covers in part, without its middle.

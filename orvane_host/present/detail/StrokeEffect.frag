@@ -27,8 +27,9 @@ varying vec2 v_tc;
 
 const float mostCoverage = 0.5;    // of a direction in strokes of that width; they get broader beyond
 const float leastCoverage = 0.06;  // they get paler below
-const float segment = 80.0;        // widths from gap to gap along a stroke, to twice as many
-const float gap = 6.0;             // widths
+const float segment = 110.0;       // widths from gap to gap along a stroke, to twice as many
+const float gap = 5.0;             // widths
+const float inGap = 0.5;           // ink that is left in the middle of a gap
 const float wave = 40.0;           // widths from bend to bend, to twice as many
 const float bend = 0.06;           // of the distance between strokes
 const float aside = 0.15;          // of the same, how far a stroke lies from its place in the row
@@ -103,13 +104,13 @@ vec2 lattice(float least)
     return vec2(spacing, spacing / least - 1.0);
 }
 
-// What of a stroke is there at a place along it: nothing in its gaps, to which it gets thinner.
+// What of the ink of a stroke is there at a place along it: less in gaps, where the pen was lifted.
 // @param pixels of a lattice of gaps
 float between(float along, float pixels, float width)
 {
     float part = fract(along);
     float away = min(part, 1.0 - part) * pixels;
-    return clamp(away / (0.5 * gap * width) - 0.5, 0.0, 1.0);
+    return mix(inGap, 1.0, clamp(away / (0.5 * gap * width) - 0.5, 0.0, 1.0));
 }
 
 // One stroke, by the distance from where it would be without bends.
@@ -144,7 +145,7 @@ float stroke(Pen pen, float place, float away)
 // The share of the paper that gaps and pale strokes leave inked of what strokes cover.
 float inked(vec2 gaps)
 {
-    float lost = gap * u_width / (segment * u_width * (1.0 + gaps.y));
+    float lost = (1.0 - inGap) * gap / (segment * (1.0 + gaps.y));
     return (1.0 - lost * mix(1.0, 2.0, gaps.y)) * 0.5 * (1.0 + palest);
 }
 
