@@ -35,8 +35,8 @@ int BytesPerPixel(const Options& options, int samples)
     const bool identified = options.settings.edges || (options.settings.occlusion && isSpiral);
     bytes += identified ? (4 + 2 + 4) * (options.settings.edges && samples > 1 ? 4 : drawn) : 0;
     bytes += options.settings.occlusion && isSpiral ? 4 * drawn : 0;
-    // Faces, their depth, and what is hidden.
-    bytes += options.settings.occlusion && !isSpiral ? (4 + 2 + 4 + 4) * drawn : 0;
+    // Faces and their depth, finer where there are samples, and what is hidden.
+    bytes += options.settings.occlusion && !isSpiral ? (4 + 2 + 4) * (samples > 1 ? 4 : drawn) + 4 * drawn : 0;
     // What the sun sees, in about as many texels for each pixel.
     bytes += options.settings.shadows ? (4 + 2) * 4 * drawn : 0;
     // Numbers and their depth.

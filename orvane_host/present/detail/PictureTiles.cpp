@@ -53,8 +53,8 @@ std::int64_t BytesPerPixel(const PresentationSettings& settings, int samples, in
     const bool isIdentified = settings.edges || isSpiral;
     bytes += isIdentified ? (4 + 4) * (settings.edges && samples > 1 ? 4 : drawn) : 0;
     bytes += isSpiral ? 4 * drawn : 0;
-    // Faces, their depth, and what is hidden.
-    bytes += settings.occlusion && !isSpiral ? (4 + 4 + 4) * drawn : 0;
+    // Faces and their depth, finer where there are samples, and what is hidden.
+    bytes += settings.occlusion && !isSpiral ? (4 + 4) * (samples > 1 ? 4 : drawn) + 4 * drawn : 0;
     return bytes;
 }
 
