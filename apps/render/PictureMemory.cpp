@@ -31,9 +31,12 @@ int BytesPerPixel(const Options& options, int samples)
     int bytes = 8 * std::max(samples, 1) + (samples > 1 ? 4 : 0) + 4 + 3 + 3;
     bytes += IsCaptured(options) ? drawn * (4 + 4 + 4) : 0;
     // Identifiers and their depth, finer where there are samples, and what is darkened.
-    const bool identified = options.settings.edges || options.settings.occlusion;
+    const bool isSpiral = options.settings.occlusionLook.kind == Host::OcclusionKind::Spiral;
+    const bool identified = options.settings.edges || (options.settings.occlusion && isSpiral);
     bytes += identified ? (4 + 2 + 4) * (options.settings.edges && samples > 1 ? 4 : drawn) : 0;
-    bytes += options.settings.occlusion ? 4 * drawn : 0;
+    bytes += options.settings.occlusion && isSpiral ? 4 * drawn : 0;
+    // Faces and their depth, finer where there are samples, and what is hidden.
+    bytes += options.settings.occlusion && !isSpiral ? (4 + 2 + 4) * (samples > 1 ? 4 : drawn) + 4 * drawn : 0;
     // What the sun sees, in about as many texels for each pixel.
     bytes += options.settings.shadows ? (4 + 2) * 4 * drawn : 0;
     // Numbers and their depth.

@@ -8,7 +8,8 @@
 namespace OV::Host
 {
 
-/// Four pictures of pen strokes for the crosshatch look, from a few strokes to many.
+/// Four pictures of pen strokes for hosts that draw with the engine's CrosshatchEffectES20, from a few strokes
+/// to many.
 ///
 /// Each has all the strokes of the lighter ones, so that a tone that darkens only gains strokes.
 /// They repeat without a seam, have mipmaps, and are the same in every process.

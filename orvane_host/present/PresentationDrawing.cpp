@@ -1,4 +1,3 @@
-#include "orvane_host/present/HatchTextures.h"
 #include "orvane_host/present/detail/PresentationImpl.h"
 #include "orvane_host/present/detail/ProcessSettings.h"
 #include "orvane_host/present/detail/SheetText.h"
@@ -25,20 +24,8 @@ namespace
 /// Side of a view that is picked in as a whole: of a larger one GL may have no buffers.
 constexpr int LargestPicked = 4096;
 
-/// Extent of a model that the strokes are drawn for.
-constexpr float HatchedExtent = 24.0f;
-
-/// How densely pen strokes lie on a model of an extent, so that a small one isn't drawn with a
-/// broad pen.
-int StrokeDensityFor(float extent)
-{
-    int density = 1;
-    while (density < HatchTextures::MostDensity && extent * static_cast<float>(density) < HatchedExtent / 2.0f)
-    {
-        density *= 2;
-    }
-    return density;
-}
+/// Of a pen stroke, in pixels that settings count.
+constexpr float UsualStrokeWidth = 1.2f;
 
 /// Radius of occlusion, as a share of the model's extent.
 constexpr float UsualOcclusionShare = 0.04f;
@@ -105,7 +92,7 @@ void Presentation::Impl::ConfigureRenderer()
 {
     renderer->ShowSky(settings.sky);
     renderer->SetLook(settings.look);
-    renderer->SetStrokeDensity(StrokeDensityFor(Extent()));
+    renderer->SetStrokeWidth(UsualStrokeWidth * m_ratio);
     renderer->SetSun(sun.direction);
     renderer->SetShadows(settings.shadows);
     renderer->SetShadowGround(ShadowGroundOfModel());

@@ -191,9 +191,9 @@ Look PresentationRenderer::GetLook() const
     return m_surfaces->GetLook();
 }
 
-void PresentationRenderer::SetStrokeDensity(int density)
+void PresentationRenderer::SetStrokeWidth(float pixels)
 {
-    m_surfaces->SetStrokeDensity(density);
+    m_surfaces->SetStrokeWidth(pixels);
 }
 
 void PresentationRenderer::SetSurroundings(std::shared_ptr<const Surroundings> surroundings)

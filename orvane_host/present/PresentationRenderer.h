@@ -82,9 +82,9 @@ public:
     void SetLook(Look look);
     Look GetLook() const;
 
-    /// How many strokes the look Crosshatch draws for a length, against those that suit a house in
-    /// metres, from the next frame on; 1 at first. See HatchTextures. GL if it has drawn.
-    void SetStrokeDensity(int density);
+    /// How wide the strokes of the look Crosshatch are, in pixels of the screen, above 0, from the next
+    /// frame on; 1.2 at first. Finer ones lie closer together: the tone stays.
+    void SetStrokeWidth(float pixels);
 
     /// What smooth materials (Material::reflectionFactors) reflect in the looks Advanced and Phong,
     /// from the next frame on; null, as at first, for nothing. A material's gloss is 1 less its

@@ -43,6 +43,8 @@ enum Uniform : int
     UniformFarView,
     UniformToFar,
     UniformNearReach,
+    UniformFiner,
+    UniformTargetSize,
 };
 
 constexpr IndexedName kUniforms[] = {
@@ -62,6 +64,8 @@ constexpr IndexedName kUniforms[] = {
     {UniformFarView, "u_farView"},
     {UniformToFar, "u_toFar"},
     {UniformNearReach, "u_nearReach"},
+    {UniformFiner, "u_finer"},
+    {UniformTargetSize, "u_targetSize"},
 };
 static_assert(IsDense(kUniforms));
 
@@ -107,6 +111,8 @@ void HorizonEffect::Apply(MaterialES20*, CameraNodeES20*)
     Set(UniformHidden, static_cast<int>(UnitOther));
     Set(UniformFarDepth, static_cast<int>(UnitOther));
     Set(UniformSize, values.size.x, values.size.y);
+    Set(UniformFiner, values.finer);
+    Set(UniformTargetSize, values.targetSize.x, values.targetSize.y);
     Set(UniformView, values.view.x, values.view.y, values.view.z, values.view.w);
     Set(UniformDistance, values.distance.x, values.distance.y);
     Set(UniformPrecision, values.precision);

@@ -9,7 +9,7 @@ PRECISION_DEFAULT_HIGHP(float)
 
 @OPTIONS@
 
-#define PLANES 8
+#define PLANES 6
 #define MOST_STEPS 16
 #define RISE 3.0
 #define PI 3.14159265
@@ -19,7 +19,9 @@ uniform sampler2D u_faces;         // which way they look, see FaceEffect
 #ifdef SHADE
 uniform sampler2D u_hidden;        // of the first run
 #endif
-uniform vec2 u_size;               // of the target, pixels
+uniform vec2 u_size;               // of both, in pixels, which may be finer than those of the target
+uniform float u_finer;             // so many for one of the target, along each edge
+uniform vec2 u_targetSize;
 uniform vec4 u_view;               // factors and offsets from a pixel to view space, with perspective at distance 1
 uniform vec2 u_distance;           // factor and offset from a depth to the distance, with perspective to 1 over it
 uniform float u_precision;         // of a distance, with perspective for its square
@@ -36,6 +38,12 @@ uniform float u_nearReach;         // pixels beyond which it is looked up there
 uniform float u_strength;
 uniform vec2 u_fog;                // factor and offset from a distance to what fog leaves
 #endif
+
+// The first of the pixels that a pixel of the target has, which stands for it.
+vec2 pixelHere()
+{
+    return floor(gl_FragCoord.xy) * u_finer + 0.5;
+}
 
 float depthAt(vec2 pixel)
 {
@@ -127,7 +135,7 @@ float heightOf(vec3 to, float away, vec3 towardEye, float lowest)
 float horizon(vec2 pixel, vec3 place, vec3 normal, vec3 towardEye, vec2 way, float start, float lowest)
 {
     float highest = lowest;
-    float steps = clamp(length(way) / 8.0, 8.0, float(MOST_STEPS));
+    float steps = clamp(length(way) / (8.0 * u_finer), 8.0, float(MOST_STEPS));
     for (int i = 0; i < MOST_STEPS; ++i)
     {
         float along = (float(i) + start) / steps;
@@ -190,7 +198,7 @@ float hiddenAt(vec2 pixel, float distance)
 #endif
     vec3 right = normalize(cross(vec3(0.0, 1.0, 0.0), towardEye));
     vec3 up = cross(towardEye, right);
-    float order = orderInGroup(pixel);
+    float order = orderInGroup(gl_FragCoord.xy);
     float start = fract(order * 16.0 * 0.618034 + 0.5);
     float hidden = 0.0;
     for (int i = 0; i < PLANES; ++i)
@@ -222,81 +230,154 @@ float hiddenAt(vec2 pixel, float distance)
 
 void main()
 {
-    float depth = depthAt(gl_FragCoord.xy);
+    vec2 pixel = pixelHere();
+    float depth = depthAt(pixel);
     float hidden = 0.0;
     if (depth < 1.0)
     {
-        hidden = hiddenAt(gl_FragCoord.xy, distanceOf(depth));
+        hidden = hiddenAt(pixel, distanceOf(depth));
     }
-    gl_FragColor = vec4(hidden);
+    // The coarse half of which way the face looks comes along for the second run.
+    gl_FragColor = vec4(hidden, texture2D(u_faces, pixel / u_size).xy, 1.0);
 }
 #else
-// The mean over as many pixels as differ in what they looked up, each counted once, of those in the
-// same face. A face of but a few pixels is taken together with what is about it: where it is no wider
-// than a pixel, most of it is not even seen.
-float smoothHidden(vec2 pixel, float distance)
+// What the first run found so many pixels of the target beside this one.
+vec4 foundBeside(vec2 offset)
 {
-    vec3 place = placeAt(pixel, distance);
-    vec3 normal = faceAt(pixel);
-    float side = pixelAt(distance);
-    float room = side + 2.0 * precisionAt(distance);
-    vec2 same = vec2(0.0);  // sum and count
-    vec2 about = vec2(0.0);
+    return texture2D(u_hidden, (gl_FragCoord.xy + offset) / u_targetSize);
+}
+
+// The mean of what is about a face of but a few pixels: where it is no wider than a pixel, most of it is
+// not even seen. One that lies in the plane of others is taken for a part of these: of a sliver it is
+// uncertain which way it looks. One that belongs to nothing about it is a crack.
+float hiddenAbout(vec2 pixel, vec3 place, vec3 normal, float side, float room)
+{
+    vec2 about = vec2(0.0);  // sum and count
+    vec2 within = vec2(0.0);
+    vec2 all = vec2(0.0);
     for (int y = -2; y <= 2; ++y)
     {
         for (int x = -2; x <= 2; ++x)
         {
-            vec2 other = pixel + vec2(float(x), float(y));
+            vec2 offset = vec2(float(x), float(y));
+            vec2 other = pixel + offset * u_finer;
+            float depth = depthAt(other);
+            vec3 to = placeAt(other, distanceOf(depth)) - place;
+            vec3 facing = faceAt(other);
+            vec2 counted = depth < 1.0 ? vec2(foundBeside(offset).r, 1.0) : vec2(0.0);
+            all += counted;
+            about += dot(to, to) < 64.0 * side * side ? counted : vec2(0.0);
+            within += abs(dot(to, facing)) < room && dot(facing, normal) < 0.999 ? counted : vec2(0.0);
+        }
+    }
+    vec2 taken = within.y >= 6.0 ? within : about.y >= 3.0 ? about : all;
+    return taken.x / max(taken.y, 1.0);
+}
+
+// The mean over as many pixels as differ in what they looked up, each counted once, of those in the
+// same face.
+float smoothHidden(vec2 pixel, float distance)
+{
+    vec3 place = placeAt(pixel, distance);
+    vec3 normal = faceAt(pixel);
+    vec2 facing = foundBeside(vec2(0.0)).yz;
+    float side = pixelAt(distance) * u_finer;
+    float room = side + 2.0 * precisionAt(distance);
+    vec2 same = vec2(0.0);  // sum and count
+    for (int y = -2; y <= 2; ++y)
+    {
+        for (int x = -2; x <= 2; ++x)
+        {
+            vec2 offset = vec2(float(x), float(y));
+            vec2 other = pixel + offset * u_finer;
             float weight = (x == -2 || x == 2 ? 0.5 : 1.0) * (y == -2 || y == 2 ? 0.5 : 1.0);
             float depth = depthAt(other);
             vec3 to = placeAt(other, distanceOf(depth)) - place;
-            vec2 counted = weight * vec2(texture2D(u_hidden, other / u_size).r, 1.0);
-            bool isAbout = depth < 1.0 && length(to) < 8.0 * side;
-            bool isSame = depth < 1.0 && abs(dot(to, normal)) < room && dot(faceAt(other), normal) > 0.9;
-            about += isAbout ? counted : vec2(0.0);
-            same += isSame ? counted : vec2(0.0);
+            vec3 found = foundBeside(offset).xyz;
+            vec2 turned = abs(found.yz - facing);
+            bool isSame = depth < 1.0 && abs(dot(to, normal)) < room && max(turned.x, turned.y) < 0.1;
+            same += isSame ? weight * vec2(found.x, 1.0) : vec2(0.0);
         }
     }
+    float hidden = same.x / max(same.y, 1.0);
     float share = clamp((same.y - 4.0) * 0.5, 0.0, 1.0);
-    return mix(about.x / max(about.y, 1.0), same.x / max(same.y, 1.0), share);
+    if (share < 1.0)
+    {
+        hidden = mix(hiddenAbout(pixel, place, normal, side, room), hidden, share);
+    }
+    return hidden;
 }
 
-// Of a pixel that something covers in part, without its middle.
-float hiddenBeside(vec2 pixel, out float distance)
+// Of a pixel that isn't the first of its pixel of the target: the mean of those about it in the same face,
+// or of all, where the face is no wider than a pixel.
+float hiddenBeside(vec2 pixel, vec2 first, float distance)
 {
-    float sum = 0.0;
-    float count = 0.0;
-    distance = 0.0;
+    vec3 place = placeAt(pixel, distance);
+    vec3 normal = faceAt(pixel);
+    float room = pixelAt(distance) * u_finer + 2.0 * precisionAt(distance);
+    vec2 same = vec2(0.0);  // sum and count
+    vec2 all = vec2(0.0);
     for (int y = -1; y <= 1; ++y)
     {
         for (int x = -1; x <= 1; ++x)
         {
-            vec2 other = pixel + vec2(float(x), float(y));
+            vec2 offset = vec2(float(x), float(y));
+            vec2 other = first + offset * u_finer;
             float depth = depthAt(other);
-            float weight = depth < 1.0 ? 1.0 : 0.0;
-            sum += weight * texture2D(u_hidden, other / u_size).r;
-            distance += weight * distanceOf(depth);
-            count += weight;
+            vec3 to = placeAt(other, distanceOf(depth)) - place;
+            vec2 counted = depth < 1.0 ? vec2(foundBeside(offset).r, 1.0) : vec2(0.0);
+            bool isSame = abs(dot(to, normal)) < room && dot(faceAt(other), normal) > 0.9;
+            same += isSame ? counted : vec2(0.0);
+            all += counted;
         }
     }
-    distance /= max(count, 1.0);
-    return sum / max(count, 1.0);
+    vec2 taken = same.y >= 3.0 ? same : all;
+    return taken.x / max(taken.y, 1.0);
+}
+
+// Of the finer pixels of a pixel of the target that have something of the scene, the mean; along rims of
+// faces they differ.
+vec2 hiddenHere(vec2 first)
+{
+    float depth = depthAt(first);
+    bool isThere = depth < 1.0;
+    float distance = distanceOf(depth);
+    vec3 place = placeAt(first, distance);
+    vec3 normal = faceAt(first);
+    float hidden = isThere ? smoothHidden(first, distance) : 0.0;
+    vec2 sum = isThere ? vec2(hidden, 1.0) : vec2(0.0);
+    float nearest = isThere ? distance : 0.0;
+    for (int i = 1; i < 4; ++i)
+    {
+        if (u_finer < 2.0)
+        {
+            break;
+        }
+        vec2 pixel = first + vec2(i == 2 ? 0.0 : 1.0, i == 1 ? 0.0 : 1.0);
+        float otherDepth = depthAt(pixel);
+        if (otherDepth >= 1.0)
+        {
+            continue;
+        }
+        float otherDistance = distanceOf(otherDepth);
+        vec3 to = placeAt(pixel, otherDistance) - place;
+        bool isSame = isThere && abs(dot(to, normal)) < pixelAt(distance) && dot(faceAt(pixel), normal) > 0.9;
+        sum += vec2(isSame ? hidden : hiddenBeside(pixel, first, otherDistance), 1.0);
+        nearest = nearest > 0.0 ? nearest : otherDistance;
+    }
+    if (sum.y == 0.0)
+    {
+        // Something covers less of it than the finest pixel.
+        sum = vec2(hiddenBeside(first, first, distance), 1.0);
+        nearest = distance;
+    }
+    return vec2(sum.x / sum.y, nearest);
 }
 
 void main()
 {
-    float depth = depthAt(gl_FragCoord.xy);
-    float distance = distanceOf(depth);
-    float hidden = 0.0;
-    if (depth < 1.0)
-    {
-        hidden = smoothHidden(gl_FragCoord.xy, distance);
-    }
-    else
-    {
-        hidden = hiddenBeside(gl_FragCoord.xy, distance);
-    }
-    hidden *= u_strength * clamp(u_fog.x * distance + u_fog.y, 0.0, 1.0);
+    vec2 here = hiddenHere(pixelHere());
+    float hidden = here.x * u_strength * clamp(u_fog.x * here.y + u_fog.y, 0.0, 1.0);
     gl_FragColor = vec4(vec3(1.0 - min(hidden, 1.0)), 1.0);
 }
 #endif

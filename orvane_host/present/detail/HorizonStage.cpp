@@ -99,7 +99,13 @@ bool HorizonStage::Prepare(const PresentationFrame& frame)
         m_effect = new HorizonEffect;
         m_faceEffect = new FaceEffect;
     }
-    return m_faces.Resize(frame.target.width, frame.target.height)
+    // Where the picture has samples, rims are to be as smooth as those of surfaces.
+    m_finer = frame.multisampled ? 2 : 1;
+    if (m_finer > 1 && !m_faces.Resize(2 * frame.target.width, 2 * frame.target.height))
+    {
+        m_finer = 1;
+    }
+    return (m_finer > 1 || m_faces.Resize(frame.target.width, frame.target.height))
         && m_hidden.Resize(frame.target.width, frame.target.height);
 }
 
@@ -141,7 +147,9 @@ void HorizonStage::SetValues(const PresentationFrame& frame)
     values.faces = m_faces.GetTarget().GetColorTexture();
     values.hidden = 0;
     values.perspective = frame.camera.GetProjection() == CameraNode::Perspective;
-    values.size = {frame.target.width, frame.target.height};
+    values.size = {m_finer * frame.target.width, m_finer * frame.target.height};
+    values.finer = static_cast<float>(m_finer);
+    values.targetSize = {frame.target.width, frame.target.height};
     float nearest = 0.0f;
     float farthest = 1.0f;
     frame.camera.GetNearFar(nearest, farthest);
@@ -167,9 +175,9 @@ void HorizonStage::SetValues(const PresentationFrame& frame)
         values.distance = {Narrow(f - n), Narrow(n)};
         values.precision = Narrow(kDepthStep * (f - n));
     }
-    // Pixels of the target may be finer than those of the picture.
+    // What is looked up may have finer pixels than the picture.
     const PicturePart& part = frame.part;
-    const double finer = static_cast<double>(frame.target.width) / frame.screen.width;
+    const double finer = FinerThanScreen(frame);
     const double factorX = 2.0 * right / (part.whole.width * finer);
     const double factorY = 2.0 * top / (part.whole.height * finer);
     values.view = {Narrow(factorX), Narrow(factorY), Narrow(factorX * part.x * finer - right),
@@ -181,11 +189,16 @@ void HorizonStage::SetValues(const PresentationFrame& frame)
     SetFar(frame, right, top);
 }
 
+double HorizonStage::FinerThanScreen(const PresentationFrame& frame) const
+{
+    return static_cast<double>(m_finer) * frame.target.width / frame.screen.width;
+}
+
 void HorizonStage::SetFar(const PresentationFrame& frame, double right, double top)
 {
     HorizonEffect::Values& values = m_effect->values;
     const PicturePart& part = frame.part;
-    const double finer = static_cast<double>(frame.target.width) / frame.screen.width;
+    const double finer = FinerThanScreen(frame);
     values.nearReach = Narrow(kNearReach * finer);
     values.farDepth = 0;
     m_farSize = {};

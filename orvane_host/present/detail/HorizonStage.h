@@ -40,6 +40,7 @@ public:
 private:
     bool Prepare(const PresentationFrame& frame);
     void SetValues(const PresentationFrame& frame);
+    double FinerThanScreen(const PresentationFrame& frame) const;
     void SetFar(const PresentationFrame& frame, double right, double top);
     void DrawFaces(PresentationFrame& frame);
     void DrawFar(PresentationFrame& frame);
@@ -53,6 +54,7 @@ private:
     ScreenBuffer m_faces{RenderTargetProfileColorDepth};
     ScreenBuffer m_far{RenderTargetProfileColorDepth};
     ScreenBuffer m_hidden{RenderTargetProfileColor};
+    int m_finer = 1; ///< pixels of the faces for one of the target, along each edge
     PixelSize m_farSize; ///< of the frame; none where all is near
     EffectInPlace::Replaced m_replaced;
 };

@@ -49,9 +49,12 @@ std::int64_t BytesPerPixel(const PresentationSettings& settings, int samples, in
     std::int64_t bytes = (color + 4) * std::max(samples, 1) + (samples > 1 ? color : 0) + color;
     bytes += isFiner || settings.antialiasing == Antialiasing::Filter ? drawn * (4 + 4 + 4) : 0;
     // Identifiers and their depth, finer where there are samples, and what is darkened.
-    const bool isIdentified = settings.edges || settings.occlusion;
+    const bool isSpiral = settings.occlusion && settings.occlusionLook.kind == OcclusionKind::Spiral;
+    const bool isIdentified = settings.edges || isSpiral;
     bytes += isIdentified ? (4 + 4) * (settings.edges && samples > 1 ? 4 : drawn) : 0;
-    bytes += settings.occlusion ? 4 * drawn : 0;
+    bytes += isSpiral ? 4 * drawn : 0;
+    // Faces and their depth, finer where there are samples, and what is hidden.
+    bytes += settings.occlusion && !isSpiral ? (4 + 4) * (samples > 1 ? 4 : drawn) + 4 * drawn : 0;
     return bytes;
 }
 

@@ -1,16 +1,15 @@
 #include "orvane_host/present/detail/SurfaceStage.h"
 
 #include "orvane_host/import/detail/ImportedMaterial.h"
-#include "orvane_host/present/HatchTextures.h"
 #include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/StageAccess.h"
 #include "orvane_host/present/detail/ConstantColorScope.h"
 #include "orvane_host/present/detail/Effects.h"
 #include "orvane_host/present/detail/LightShareScope.h"
 #include "orvane_host/present/detail/LineStage.h"
-#include "orvane_host/present/detail/ObjectHatchEffect.h"
 #include "orvane_host/present/detail/SampleShadingScope.h"
 #include "orvane_host/present/detail/ShadowStage.h"
+#include "orvane_host/present/detail/StrokeEffect.h"
 #include "orvane/effects/AdvancedMaterialBaseES20.h"
 #include "orvane/math/Transform.h"
 #include "orvane/renderdata/MaterialES20.h"
@@ -76,15 +75,6 @@ SurfaceStage::SurfaceStage() = default;
 
 SurfaceStage::~SurfaceStage() = default;
 
-void SurfaceStage::SetStrokeDensity(int density)
-{
-    if (m_strokeDensity != density)
-    {
-        m_strokeDensity = density;
-        m_hatches.reset();
-    }
-}
-
 FrameNeeds SurfaceStage::NeedsOf(const PresentationFrame&) const
 {
     FrameNeeds needs;
@@ -102,10 +92,9 @@ int SurfaceStage::MarginOf(const PixelSize&) const
 
 void SurfaceStage::ReleaseGL()
 {
-    Drop(m_hatchEffect);
+    Drop(m_strokes);
     Drop(m_advanced);
     Drop(m_phong);
-    m_hatches.reset();
     m_surroundings.ReleaseGL();
     m_lineSetup.ReleaseGL();
 }
@@ -142,30 +131,10 @@ void SurfaceStage::Prepare(PresentationFrame& frame)
         PrepareEdit(frame);
         break;
     case Look::Crosshatch:
-        PrepareHatches(frame);
-        break;
     case Look::Basic:
     case Look::Monotone:
     case Look::VertexColor:
         break;
-    }
-}
-
-void SurfaceStage::PrepareHatches(PresentationFrame& frame)
-{
-    if (!m_hatchEffect)
-    {
-        m_hatchEffect = new ObjectHatchEffect;
-    }
-    TextureLoader* const textures = frame.renderer.GetTextureLoader();
-    if (m_hatches || !textures)
-    {
-        return;
-    }
-    m_hatches = std::make_unique<HatchTextures>(*textures, m_strokeDensity);
-    for (int tone = 0; tone < HatchTextures::Tones; ++tone)
-    {
-        m_hatchEffect->SetHatchTexture(tone, m_hatches->GetTexture(tone));
     }
 }
 
@@ -244,20 +213,27 @@ void SurfaceStage::Reflect(const Reflection& reflection)
     m_reflecting->SetPixelReflection(m_reflectionMap, reflection.tint);
 }
 
-void SurfaceStage::UseHatchEffect(Scene& scene)
+void SurfaceStage::UseStrokes(const PresentationFrame& frame)
 {
-    for (const auto* list : {&scene.GetOptimizedMaterials(), &scene.GetAlphaMaterials()})
+    if (!m_strokes)
+    {
+        m_strokes = new StrokeEffect;
+    }
+    // A capture may be finer than the screen.
+    const float finer = static_cast<float>(frame.target.width) / static_cast<float>(std::max(frame.screen.width, 1));
+    m_strokes->SetWidth(m_strokeWidth * finer);
+    for (const auto* list : {&frame.scene.GetOptimizedMaterials(), &frame.scene.GetAlphaMaterials()})
     {
         for (Material* material : *list)
         {
             auto* const data = dynamic_cast<MaterialES20*>(material->GetRenderData());
             EffectES20** const slot = data ? &data->passEffects[RenderPassCrosshatch] : nullptr;
             // A kind of material that isn't drawn in this pass has no effect to replace.
-            if (slot && *slot && *slot != m_hatchEffect)
+            if (slot && *slot && *slot != m_strokes)
             {
                 (*slot)->Release();
-                *slot = m_hatchEffect;
-                m_hatchEffect->AddReference();
+                *slot = m_strokes;
+                m_strokes->AddReference();
             }
         }
     }
@@ -267,7 +243,7 @@ void SurfaceStage::Draw(PresentationFrame& frame)
 {
     if (m_look == Look::Crosshatch)
     {
-        UseHatchEffect(frame.scene);
+        UseStrokes(frame);
     }
     PrepareReflection();
     m_lineSetup.Begin(frame.renderer.GetEffects(), frame.target, frame.screen);

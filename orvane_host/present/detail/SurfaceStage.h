@@ -23,19 +23,12 @@ class MeshStyleES20;
 
 } // namespace OV
 
-namespace OV::Host
-{
-
-class HatchTextures;
-
-} // namespace OV::Host
-
 namespace OV::Host::Detail
 {
 
 class LineStage;
-class ObjectHatchEffect;
 class ShadowStage;
+class StrokeEffect;
 
 /// The surfaces of the scene in a look, and its lines.
 class SurfaceStage final : public PresentationStage
@@ -51,7 +44,7 @@ public:
     // See the operations of PresentationRenderer.
     void SetLook(Look look) { m_look = look; }
     Look GetLook() const { return m_look; }
-    void SetStrokeDensity(int density);
+    void SetStrokeWidth(float pixels) { m_strokeWidth = pixels; }
     void ShowSurfaces(bool show) { m_surfacesShown = show; }
     void ShowLines(bool show) { m_linesShown = show; }
     bool AreLinesShown() const { return m_linesShown; }
@@ -98,9 +91,8 @@ private:
     static bool TakesVertexColors(const MeshStyleES20& style);
     bool OverlaysLines() const { return m_linesOverlaid && m_linesShown; }
     RenderPass PassOfLook() const;
-    void PrepareHatches(PresentationFrame& frame);
     void PrepareEdit(PresentationFrame& frame);
-    void UseHatchEffect(Scene& scene);
+    void UseStrokes(const PresentationFrame& frame);
     void DrawLook(PresentationFrame& frame);
     void DrawWithoutLines(PresentationFrame& frame, const LineRoom::DrawItems& draw);
     void DrawItems(PresentationFrame& frame, const std::vector<RenderItemES20>& items, RenderPass pass);
@@ -117,11 +109,10 @@ private:
 
     // One counted reference each, so that what is set on them lasts; null until they are drawn
     // with.
-    ObjectHatchEffect* m_hatchEffect = nullptr;
+    StrokeEffect* m_strokes = nullptr;
     AdvancedMaterialBaseES20* m_advanced = nullptr;
     AdvancedMaterialBaseES20* m_phong = nullptr;
-    std::unique_ptr<HatchTextures> m_hatches;
-    int m_strokeDensity = 1;
+    float m_strokeWidth = 1.2f;
     SurroundingsMap m_surroundings;
     AdvancedMaterialBaseES20* m_reflecting = nullptr; ///< one of the two while it reflects
     unsigned int m_reflectionMap = 0;

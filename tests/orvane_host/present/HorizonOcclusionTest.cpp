@@ -447,6 +447,83 @@ TEST_F(HorizonOcclusion, OfAFinerPictureIsTheSame)
     EXPECT_LT(sum / (Width() * Height()), 3.0);
 }
 
+TEST_F(HorizonOcclusion, WithSamplesHasRimsAsSmoothAsThoseOfSurfaces)
+{
+    // The bright front of a slab before a wall that is dark below it, the rim between them slanted.
+    SolidScene scene;
+    scene.AddBox(Vector(-3, 0, -0.2f), Vector(3, 2, 0));
+    scene.AddBox(Vector(-3, 2, -0.2f), Vector(3, 2.2f, 0.6f));
+    Show(scene.Take(), Vector(0, 2.6f, 4), Vector(0, 1.6f, 0));
+    m_settings.view.up = Vector(0.2f, 1, 0);
+    const Picture plain = Redraw();
+    m_settings.antialiasing = Host::Antialiasing::Multisampling;
+    UseFramebuffer(Width(), Height(), 4);
+    const Picture smooth = Redraw();
+    // Columns in which it goes from one to the other between two pixels.
+    const auto hardSteps = [this](const Picture& picture) {
+        int count = 0;
+        for (int x = 60; x < 180; ++x)
+        {
+            int largest = 0;
+            int whole = 1;
+            for (int y = 40; y < 140; ++y)
+            {
+                const int step = picture.At(x, y + 1).g - picture.At(x, y).g;
+                if (IsOfTheModel(picture.At(x, y)) && IsOfTheModel(picture.At(x, y + 1)) && step > largest)
+                {
+                    largest = step;
+                    whole = picture.At(x, y + 2).g - picture.At(x, y - 1).g;
+                }
+            }
+            EXPECT_GT(whole, 40) << x;
+            count += largest > 0.9 * whole ? 1 : 0;
+        }
+        return count;
+    };
+    EXPECT_GT(hardSteps(plain), 100);
+    EXPECT_LT(hardSteps(smooth), 60) << "a rim falls between two pixels here and there";
+    double sum = 0.0;
+    for (int y = 0; y < Height(); ++y)
+    {
+        for (int x = 0; x < Width(); ++x)
+        {
+            sum += std::abs(smooth.At(x, y).g - plain.At(x, y).g);
+        }
+    }
+    EXPECT_LT(sum / (Width() * Height()), 4.0) << "the rest is as ever";
+}
+
+TEST_F(HorizonOcclusion, OfWhatIsNarrowerThanAPixelMakesNoSpecks)
+{
+    SolidScene scene;
+    scene.AddBox(Vector(-4, -4, -0.2f), Vector(4, 4, 0));
+    for (int i = -30; i < 30; ++i)
+    {
+        // Half a pixel high, at places between pixels that differ.
+        const float low = 0.1f * static_cast<float>(i) + 0.003f * static_cast<float>(i % 7);
+        scene.AddBox(Vector(-3, low, 0), Vector(3, low + 0.05f, 0.01f));
+    }
+    Show(scene.Take(), Vector(0.7f, 1.5f, 8.0f), Vector(0, 0, 0));
+    for (const int samples : {0, 4})
+    {
+        UseFramebuffer(Width(), Height(), samples);
+        m_settings.antialiasing = samples == 0 ? Host::Antialiasing::None : Host::Antialiasing::Multisampling;
+        const Picture picture = Redraw();
+        int specks = 0;
+        for (int y = 30; y < 130; ++y)
+        {
+            for (int x = 70; x < 170; ++x)
+            {
+                const int here = picture.At(x, y).g;
+                const int least = std::min({picture.At(x - 1, y).g, picture.At(x + 1, y).g, picture.At(x, y - 1).g,
+                                            picture.At(x, y + 1).g});
+                specks += least - here > 50 ? 1 : 0;
+            }
+        }
+        EXPECT_EQ(specks, 0) << samples;
+    }
+}
+
 TEST_F(HorizonOcclusion, HasNoNoise)
 {
     // From above, beside the middle of the box's side, pixels of a column are alike.

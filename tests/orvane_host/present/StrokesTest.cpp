@@ -1,0 +1,330 @@
+#include "orvane/scene/Material.h"
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/MeshNode.h"
+#include "orvane/scene/RawMesh.h"
+#include "orvane_host/geometry/Primitives.h"
+#include "tests/orvane_host/present/PresentationModels.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <iostream>
+#include <vector>
+
+namespace OV::Test
+{
+
+namespace
+{
+
+using Host::PresentationSettings;
+
+constexpr float kRadians = 3.14159265f / 180.0f;
+
+/// A flat square that faces the eye and fills the picture.
+class Strokes : public PresentationFixture
+{
+protected:
+    Strokes() : PresentationFixture(192, 192, 0)
+    {
+        m_settings.look = Host::Look::Crosshatch;
+        m_settings.antialiasing = Host::Antialiasing::None;
+    }
+
+    /// @param grey of the square in the light.
+    void Show(float size, float grey)
+    {
+        auto scene = std::make_unique<Scene>();
+        auto* const material = new Material("grey");
+        material->SetAmbient(Color(0.0f, 0.0f, 0.0f));
+        material->SetDiffuse(Color(grey, grey, grey));
+        scene->AddMaterial(material);
+        auto raw = std::make_shared<RawMesh>();
+        const float h = 4.0f * size;
+        raw->SetPositionBuffer({Vector(-h, -h, 0), Vector(h, -h, 0), Vector(h, h, 0), Vector(-h, h, 0)});
+        raw->SetNormalBuffer(std::vector<Vector>(4, Vector(0, 0, 1)));
+        raw->SetIndices({0, 1, 2, 0, 2, 3});
+        raw->EndDescription(true);
+        auto* const mesh = new Mesh(raw, scene.get());
+        material->AddMesh(mesh);
+        auto* const node = new MeshNode(scene.get());
+        scene->GetRoot()->AddChild(node, false);
+        mesh->AddNode(node);
+        m_model = std::make_unique<Host::Presentation>(std::move(scene));
+        m_size = size;
+        LookFrom(2.0f);
+    }
+
+    /// @param distance in sizes.
+    void LookFrom(float distance, float aside = 0.0f)
+    {
+        m_settings.view.eye = Vector(aside * m_size, 0, distance * m_size);
+        m_settings.view.target = Vector(aside * m_size, 0, 0);
+    }
+
+    Picture Redraw(float ratio = 1.0f)
+    {
+        Apply(*m_model, m_settings);
+        m_model->Draw(Width(), Height(), ratio);
+        return ReadPixels();
+    }
+
+    static double MeanOf(const Picture& picture)
+    {
+        double sum = 0.0;
+        for (int y = 0; y < picture.GetHeight(); ++y)
+        {
+            for (int x = 0; x < picture.GetWidth(); ++x)
+            {
+                sum += picture.At(x, y).g / 255.0;
+            }
+        }
+        return sum / (picture.GetWidth() * picture.GetHeight());
+    }
+
+    /// Widths of the strokes of the first direction in pixels, where half of the ink of each begins and
+    /// ends. Those that come in or end are left out.
+    std::vector<double> WidthsOf(const Picture& picture) const
+    {
+        std::vector<double> widths;
+        for (int y = 0; y < picture.GetHeight(); y += 3)
+        {
+            int begin = -1;
+            for (int x = 0; x < picture.GetWidth(); ++x)
+            {
+                const bool isInk = picture.At(x, y).g < 250;
+                if (isInk && begin < 0)
+                {
+                    begin = x;
+                }
+                if (!isInk && begin > 0)
+                {
+                    int darkest = 255;
+                    double ink = 0.0;
+                    for (int i = begin; i < x; ++i)
+                    {
+                        darkest = std::min(darkest, picture.At(i, y).g);
+                        ink += 255 - picture.At(i, y).g;
+                    }
+                    if (darkest < 125)
+                    {
+                        widths.push_back(ink / (255 - darkest));
+                    }
+                }
+                begin = isInk ? begin : -1;
+            }
+        }
+        std::sort(widths.begin(), widths.end());
+        return widths;
+    }
+
+    /// Turns the strokes of the first direction upright.
+    void StandUp() { m_settings.view.up = Vector(1, 1, 0); }
+
+    PresentationSettings m_settings;
+    std::unique_ptr<Host::Presentation> m_model;
+    float m_size = 1.0f;
+};
+
+double MeanDifference(const Picture& left, const Picture& right)
+{
+    double sum = 0.0;
+    for (int y = 0; y < left.GetHeight(); ++y)
+    {
+        for (int x = 0; x < left.GetWidth(); ++x)
+        {
+            sum += std::abs(left.At(x, y).g - right.At(x, y).g);
+        }
+    }
+    return sum / (255.0 * left.GetWidth() * left.GetHeight());
+}
+
+constexpr float kSizes[] = {1e-3f, 1.0f, 1e3f, 1e4f};
+
+} // namespace
+
+TEST_F(Strokes, HaveTheToneOfTheShadingAtAnySize)
+{
+    double worst = 0.0;
+    for (const float size : kSizes)
+    {
+        for (const float grey : {0.02f, 0.15f, 0.24f, 0.3f, 0.38f, 0.45f, 0.6f, 0.65f, 0.75f, 0.9f, 1.0f, 1.1f, 1.2f})
+        {
+            Show(size, grey);
+            m_settings.look = Host::Look::Basic;
+            const double shading = MeanOf(Redraw());
+            EXPECT_NEAR(shading, std::min(0.82 * grey, 1.0), 0.012) << "the light comes from beside the eye";
+            m_settings.look = Host::Look::Crosshatch;
+            for (const bool orthographic : {false, true})
+            {
+                m_settings.view.orthographic = orthographic;
+                const double tone = MeanOf(Redraw());
+                EXPECT_NEAR(tone, shading, 0.05) << size << ' ' << grey << ' ' << orthographic;
+                worst = std::max(worst, std::abs(tone - shading));
+            }
+        }
+    }
+    std::cout << "worst tone " << worst << '\n';
+}
+
+TEST_F(Strokes, AreAsWideAtAnySizeAndZoom)
+{
+    StandUp();
+    double narrowest = 1e9;
+    double widest = 0.0;
+    for (const float size : kSizes)
+    {
+        Show(size, 1.07f);
+        for (const bool orthographic : {false, true})
+        {
+            m_settings.view.orthographic = orthographic;
+            for (int i = 0; i < 12; ++i)
+            {
+                LookFrom(0.5f * std::pow(2.0f, static_cast<float>(i) / 4.0f));
+                // Four times as broad, so that a pixel more or less is little.
+                const std::vector<double> widths = WidthsOf(Redraw(4.0f));
+                ASSERT_GT(widths.size(), 60u) << size << ' ' << i;
+                const double middle = widths[widths.size() / 2] / 4.0;
+                narrowest = std::min(narrowest, middle);
+                widest = std::max(widest, middle);
+                EXPECT_GT(widths[widths.size() / 20] / 4.0, 0.8) << size << ' ' << i;
+            }
+        }
+    }
+    std::cout << "widths " << narrowest << " to " << widest << '\n';
+    EXPECT_NEAR(narrowest, 1.2, 0.2);
+    EXPECT_LT(widest / narrowest, 1.5);
+}
+
+TEST_F(Strokes, AreWrittenInPixelsOfTheScreen)
+{
+    StandUp();
+    Show(1.0f, 1.07f);
+    const std::vector<double> twice = WidthsOf(Redraw(2.0f));
+    const std::vector<double> fourTimes = WidthsOf(Redraw(4.0f));
+    EXPECT_NEAR(fourTimes[fourTimes.size() / 2] / twice[twice.size() / 2], 2.0, 0.3);
+    // A finer capture shows what the screen would.
+    m_settings.antialiasing = Host::Antialiasing::Supersampling;
+    const std::vector<double> fine = WidthsOf(Redraw(4.0f));
+    EXPECT_NEAR(fine[fine.size() / 2] / fourTimes[fourTimes.size() / 2], 1.0, 0.15);
+}
+
+TEST_F(Strokes, KeepToneAndChangeSmoothlyWhileZooming)
+{
+    for (const float grey : {0.8f, 0.3f})
+    {
+        Show(1.0f, grey);
+        m_settings.view.orthographic = true;
+        std::vector<double> steps;
+        double lightest = 0.0;
+        double darkest = 1.0;
+        Picture last;
+        // A little more than from one lattice to the next.
+        for (int i = 0; i <= 150; ++i)
+        {
+            LookFrom(2.0f * std::pow(2.0f, static_cast<float>(i) / 140.0f));
+            const Picture picture = Redraw();
+            const double tone = MeanOf(picture);
+            lightest = std::max(lightest, tone);
+            darkest = std::min(darkest, tone);
+            if (i > 0)
+            {
+                steps.push_back(MeanDifference(picture, last));
+            }
+            last = picture;
+        }
+        EXPECT_LT(lightest - darkest, 0.05) << grey;
+        std::vector<double> sorted = steps;
+        std::sort(sorted.begin(), sorted.end());
+        std::cout << "steps " << sorted.front() << ' ' << sorted[sorted.size() / 2] << ' ' << sorted.back() << '\n';
+        EXPECT_LT(sorted.back(), 1.5 * sorted[sorted.size() / 2]) << "a pop, for " << grey;
+    }
+}
+
+TEST_F(Strokes, AreAnchoredToTheObject)
+{
+    Show(1.0f, 0.5f);
+    m_settings.view.orthographic = true;
+    const Picture before = Redraw();
+    // Sixteen pixels to the side.
+    const float pixel = 2.0f * 2.0f * std::tan(17.5f * kRadians) / static_cast<float>(Height());
+    LookFrom(2.0f, 16.0f * pixel);
+    const Picture after = Redraw();
+    double sum = 0.0;
+    for (int y = 0; y < Height(); ++y)
+    {
+        for (int x = 0; x + 16 < Width(); ++x)
+        {
+            sum += std::abs(after.At(x, y).g - before.At(x + 16, y).g);
+        }
+    }
+    EXPECT_LT(sum / (Height() * (Width() - 16)), 2.0);
+    EXPECT_GT(MeanDifference(before, after), 0.1) << "they moved";
+}
+
+TEST_F(Strokes, AreLinesAndNoFlatGreyAtAnySize)
+{
+    for (const float size : kSizes)
+    {
+        for (const float grey : {0.2f, 0.5f, 0.8f})
+        {
+            Show(size, grey);
+            const Picture picture = Redraw();
+            double sum = 0.0;
+            for (int y = 0; y < Height(); ++y)
+            {
+                for (int x = 0; x + 2 < Width(); ++x)
+                {
+                    sum += std::abs(picture.At(x + 2, y).g - picture.At(x, y).g) / 255.0;
+                }
+            }
+            EXPECT_GT(sum / (Height() * (Width() - 2)), 0.12) << size << ' ' << grey;
+        }
+    }
+}
+
+TEST_F(Strokes, FollowTheShadingOfWhatIsRound)
+{
+    auto scene = std::make_unique<Scene>();
+    auto* const material = new Material("grey");
+    material->SetAmbient(Color(0.1f, 0.1f, 0.1f));
+    material->SetDiffuse(Color(0.8f, 0.8f, 0.8f));
+    scene->AddMaterial(material);
+    auto* const mesh = new Mesh(Host::Primitives::Sphere(1.0f, 96, 48), scene.get());
+    material->AddMesh(mesh);
+    auto* const node = new MeshNode(scene.get());
+    scene->GetRoot()->AddChild(node, false);
+    mesh->AddNode(node);
+    m_model = std::make_unique<Host::Presentation>(std::move(scene));
+    m_settings.view.eye = Vector(1.2f, 1.0f, 2.4f);
+    m_settings.view.target = Vector(0, 0, 0);
+    m_settings.look = Host::Look::Basic;
+    const Picture shading = Redraw();
+    m_settings.look = Host::Look::Crosshatch;
+    const Picture strokes = Redraw();
+    constexpr int edge = 24;
+    for (int top = 36; top + edge <= 156; top += edge)
+    {
+        for (int left = 36; left + edge <= 156; left += edge)
+        {
+            double expected = 0.0;
+            double actual = 0.0;
+            bool isInside = true;
+            for (int y = top; y < top + edge; ++y)
+            {
+                for (int x = left; x < left + edge; ++x)
+                {
+                    isInside = isInside && shading.At(x, y) != Pixel{255, 255, 255, 255};
+                    expected += shading.At(x, y).g / 255.0;
+                    actual += strokes.At(x, y).g / 255.0;
+                }
+            }
+            if (isInside)
+            {
+                EXPECT_NEAR(actual / (edge * edge), expected / (edge * edge), 0.05) << left << ", " << top;
+            }
+        }
+    }
+}
+
+} // namespace OV::Test
