@@ -10,7 +10,8 @@ uniform bool u_smooth;       // rims, in place of whole pixels
 uniform vec2 u_dash;         // pixels from one dash to the next, 0 for none, and of a dash
 uniform float u_hiddenHalf;  // half the width of what is hidden, pixels; 0: it is not drawn
 uniform vec2 u_hiddenDash;   // as u_dash
-uniform int u_kind;          // 0: before all surfaces, 1: seen through glass alone, 2: hidden ones in place of seen ones
+uniform int u_kind;          // 0: before all surfaces, 1: seen through glass alone, 2: hidden ones in place of seen ones,
+                             // 3: the first two, without fog
 uniform bool u_core;         // only where a line covers most of a pixel
 #ifdef DEPTH
 uniform sampler2D u_depth;   // of opaque surfaces
@@ -166,13 +167,15 @@ void main()
     seenThroughGlass = votes.x > 1.5;
     seen = votes.y > 1.5;
 #endif
-    bool hidden = !seenThroughGlass && u_kind == 0;
-    seen = u_kind == 0 ? seen : u_kind == 1 ? seenThroughGlass && !seen : !seen;
-
     float run = v_run.x + middle;
-    float covered = seen ? across * dashAt(run, u_dash) : 0.0;
+    bool throughGlass = seenThroughGlass && !seen;
+    bool hidden = !seenThroughGlass && (u_kind == 0 || u_kind == 3);
+    seen = u_kind == 1 ? throughGlass : u_kind == 2 ? !seen : seen;
+    float dashed = across * dashAt(run, u_dash);
+    float covered = seen ? dashed : 0.0;
     float coveredHidden = hidden ? acrossHidden * dashAt(run, u_hiddenDash) : 0.0;
-    if (u_core ? covered < 0.5 : covered + coveredHidden <= 0.0)
+    float coveredThrough = u_kind == 3 && throughGlass ? dashed : 0.0;
+    if (u_core ? covered < 0.5 : covered + coveredHidden + coveredThrough <= 0.0)
     {
         discard;
     }
@@ -180,5 +183,10 @@ void main()
 #ifdef FOG
     clear = clamp((u_fogRange.y - depth / nearness) / (u_fogRange.y - u_fogRange.x), 0.0, 1.0);
 #endif
+    if (u_kind == 3)
+    {
+        gl_FragColor = vec4(covered, coveredThrough, coveredHidden, 1.0);
+        return;
+    }
     gl_FragColor = vec4(covered, covered * clear, coveredHidden, coveredHidden * clear);
 }
