@@ -15,6 +15,7 @@ constexpr const char* kAntialiasings[] = {"none", "msaa", "fxaa", "ssaa"};
 constexpr const char* kUpAxes[] = {"y", "z"};
 constexpr const char* kBatchUses[] = {"auto", "on", "off"};
 constexpr const char* kGroundKinds[] = {"shadow", "plain"};
+constexpr const char* kHiddenLines[] = {"none", "dashed"};
 
 template <typename Enum, std::size_t Size>
 const char* NameIn(const char* const (&names)[Size], Enum value)
@@ -48,6 +49,11 @@ const char* NameOf(BatchUse use)
 const char* NameOf(GroundKind kind)
 {
     return NameIn(kGroundKinds, kind);
+}
+
+const char* NameOf(HiddenLines hidden)
+{
+    return NameIn(kHiddenLines, hidden);
 }
 
 } // namespace OV::Host::Detail

@@ -24,7 +24,7 @@ const std::vector<std::string> Known = {
     "--portrait",   "--dpi",     "--scale",        "--alpha",      "--depth",         "--list-nodes",
     "--surroundings", "--ground",    "--batches",
     "--fit-all",    "--sun",        "--place",   "--sun-study",    "--sun-hours",
-    "--shadows",    "--sun-width", "--shadow-darkness", "--clipped-casts",
+    "--hidden",     "--shadows",    "--sun-width", "--shadow-darkness", "--clipped-casts",
 };
 
 std::string Help()
