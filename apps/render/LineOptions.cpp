@@ -56,6 +56,9 @@ void DefineLineOptions(CLI::App& app, LineTexts& texts)
                                                  "the view without perspective; 0 if left out, since faces\n"
                                                  "make room for the lines on them")
         ->option_text("VALUE")->needs(lines)->group(group);
+    app.add_option("--hidden", texts.hidden, "What is drawn of lines behind surfaces: none, or dashed\n"
+                                             "and thinner; none if left out")
+        ->option_text("none|dashed")->needs(lines)->group(group);
 }
 
 void InterpretLines(const LineTexts& texts, Host::PresentationSettings& settings)
@@ -67,6 +70,11 @@ void InterpretLines(const LineTexts& texts, Host::PresentationSettings& settings
     CheckLineLook(texts.look);
     settings.lines = texts.look;
     settings.lines->color = ParseColor("--line-color", texts.color);
+    if (texts.hidden != "none" && texts.hidden != "dashed")
+    {
+        throw CLI::ValidationError("--hidden", "'" + texts.hidden + "' is neither none nor dashed");
+    }
+    settings.lines->hidden = texts.hidden == "dashed" ? Host::HiddenLines::Dashed : Host::HiddenLines::None;
 }
 
 } // namespace OV::RenderApp

@@ -19,6 +19,7 @@ struct LineTexts
 {
     bool wanted = false;
     std::string color = "000000";
+    std::string hidden = "none";
     Host::LineSettings look;
 };
 

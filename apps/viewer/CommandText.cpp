@@ -183,6 +183,10 @@ void AddLines(Builder& command, const Host::LineSettings& lines)
         command.Add("--dash", TextOf(*lines.dash));
     }
     command.Add("--line-offset", TextOf(lines.offset));
+    if (lines.hidden == Host::HiddenLines::Dashed)
+    {
+        command.Add("--hidden", "dashed");
+    }
 }
 
 void AddSun(Builder& command, const Host::PresentationSettings& settings)

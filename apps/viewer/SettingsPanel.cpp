@@ -150,7 +150,8 @@ bool EditLines(Settings& settings)
                                     edited = EditOptional("Dashes", lines.dash, 6.0f, [](float& dash)
                                                           { return EditSlider("Length", dash, 1.0f, 40.0f); })
                                         || edited;
-                                    return EditSlider("Offset", lines.offset, -2.0f, 2.0f) || edited;
+                                    edited = EditSlider("Offset", lines.offset, -2.0f, 2.0f) || edited;
+                                    return Choose("Hidden", lines.hidden, {"Not drawn", "Dashed"}) || edited;
                                 });
     changed = EditOptional("Outlines between parts", settings.edges, Host::EdgeLook(),
                            [](Host::EdgeLook& edges)

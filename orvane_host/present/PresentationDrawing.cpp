@@ -88,6 +88,19 @@ void Presentation::Impl::Resize(int newWidth, int newHeight, float newRatio)
     app.SetScreenSize(m_width, m_height);
 }
 
+std::optional<HiddenLineLook> Presentation::Impl::HiddenLook() const
+{
+    if (!settings.lines || settings.lines->hidden == HiddenLines::None)
+    {
+        return std::nullopt;
+    }
+    // Longer dashes suit wider lines; and twice as long as the gaps they look like one line.
+    HiddenLineLook look;
+    look.dash = (4.0f + 2.0f * settings.lines->width) * m_ratio;
+    look.gap = look.dash / 2.0f;
+    return look;
+}
+
 void Presentation::Impl::ConfigureRenderer()
 {
     renderer->ShowSky(settings.sky);
@@ -99,6 +112,7 @@ void Presentation::Impl::ConfigureRenderer()
     renderer->SetSurroundings(m_surroundings);
     renderer->SetGround(MakeGround());
     renderer->SetEdges(settings.edges);
+    renderer->SetHiddenLines(HiddenLook());
     const OcclusionLook& occlusion = settings.occlusionLook;
     const bool isSpiral = occlusion.kind == OcclusionKind::Spiral;
     renderer->ShowAmbientOcclusion(settings.occlusion && isSpiral);

@@ -6,6 +6,7 @@
 #include "orvane_host/present/detail/PresentationImpl.h"
 #include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/scene/CameraNode.h"
+#include "orvane/scene/LineStyle.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Scene.h"
 
@@ -98,6 +99,18 @@ int ReachOfPoints(const Scene& scene)
     return static_cast<int>(std::ceil(std::min(largest, 1024.0f) / 2.0f));
 }
 
+/// Pixels about one that lines of the scene reach, and that it takes to tell whether they are seen.
+int ReachOfLines(const Scene& scene)
+{
+    constexpr float looksAt = 4.0f;
+    float widest = 0.0f;
+    for (const LineStyle* style : scene.GetLineStyles())
+    {
+        widest = style->GetLines().empty() ? widest : std::max(widest, style->width + looksAt);
+    }
+    return static_cast<int>(std::ceil(std::min(widest, 1024.0f)));
+}
+
 } // namespace
 
 /// Draws a picture tile by tile and hands out its rows.
@@ -108,7 +121,8 @@ public:
                    const PictureOptions& options) :
         m_impl(impl), m_options(options), m_whole{options.width, options.height},
         m_samples(SamplesFor(impl.settings, limits.maxSamples)),
-        m_tiles(m_whole, SizeFor(limits), impl.renderer->GetMargin(m_whole) + ReachOfPoints(impl.World())),
+        m_tiles(m_whole, SizeFor(limits),
+                impl.renderer->GetMargin(m_whole) + ReachOfPoints(impl.World()) + ReachOfLines(impl.World())),
         m_gl(gl), m_limits(limits)
     {
     }

@@ -47,6 +47,13 @@ struct SectionSettings
     Color outlineColor{0.0f, 0.0f, 0.0f};
 };
 
+/// What is drawn of lines where surfaces hide them.
+enum class HiddenLines
+{
+    None,
+    Dashed, ///< thinner, with dashes, as in a technical drawing
+};
+
 /// How the edges of the model are drawn as lines.
 struct LineSettings
 {
@@ -59,6 +66,8 @@ struct LineSettings
     std::optional<float> dash;
     /// As LineStyle::offset.
     float offset = 0.0f;
+    /// Of all lines of the scene.
+    HiddenLines hidden = HiddenLines::None;
 };
 
 /// How rims are smoothed.

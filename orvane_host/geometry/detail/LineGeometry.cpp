@@ -1,5 +1,6 @@
 #include "orvane_host/geometry/detail/LineGeometry.h"
 
+#include "orvane_host/geometry/detail/EdgeChains.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
@@ -59,11 +60,12 @@ std::vector<std::shared_ptr<RawMesh>> EdgeParts(const MeshNode& node)
 
 std::vector<std::shared_ptr<RawLine>> MakeRawLines(const std::vector<FeatureEdge>& edges)
 {
+    const std::vector<FeatureEdge> chained = ChainEdges(edges);
     std::vector<std::shared_ptr<RawLine>> lines;
-    for (std::size_t first = 0; first < edges.size(); first += kMostSegments)
+    for (std::size_t first = 0; first < chained.size(); first += kMostSegments)
     {
-        const std::size_t last = std::min(first + kMostSegments, edges.size());
-        lines.push_back(MakeRawLine(edges.data() + first, edges.data() + last));
+        const std::size_t last = std::min(first + kMostSegments, chained.size());
+        lines.push_back(MakeRawLine(chained.data() + first, chained.data() + last));
     }
     return lines;
 }

@@ -2,6 +2,7 @@
 
 #include "orvane_host/present/StageAccess.h"
 #include "orvane_host/present/detail/EffectInPlace.h"
+#include "orvane_host/present/detail/FarthestEffect.h"
 #include "orvane_host/present/detail/ScreenBuffer.h"
 #include "orvane_host/present/detail/SlopeEffect.h"
 #include "orvane_host/present/detail/SurfacePass.h"
@@ -12,6 +13,7 @@
 #include "orvane/scene/Scene.h"
 
 #include <GL/gl.h>
+#include <GL/glext.h>
 
 #include <cstddef>
 
@@ -39,6 +41,9 @@ LineDepthStage::~LineDepthStage() = default;
 void LineDepthStage::ReleaseGL()
 {
     m_effect.reset();
+    m_farthestEffect.reset();
+    m_blockBuffer.reset();
+    m_farthestBuffer.reset();
     m_opaqueBuffer.reset();
     m_glassBuffer.reset();
     m_isReady = false;
@@ -119,7 +124,42 @@ LineEffect::SurfaceDepth LineDepthStage::DrawInto(PresentationFrame& frame, std:
     const EffectInPlace inPlace(plain, RenderPassDepthId, *m_effect);
     frame.renderer.Draw(frame.cameraData, plain, RenderPassDepthId);
     target.EndCapture();
-    return {target.GetDepthTexture(), target.GetColorTexture()};
+    return {target.GetDepthTexture(), target.GetColorTexture(), 0};
+}
+
+void LineDepthStage::FindFarthest(PresentationFrame& frame)
+{
+    GLint units = 0;
+    glGetIntegerv(GL_MAX_VERTEX_TEXTURE_IMAGE_UNITS, &units);
+    if (units == 0)
+    {
+        return;
+    }
+    if (!m_farthestEffect)
+    {
+        m_farthestEffect = std::make_unique<FarthestEffect>();
+        m_blockBuffer = std::make_unique<ScreenBuffer>(RenderTargetProfileColor);
+        m_farthestBuffer = std::make_unique<ScreenBuffer>(RenderTargetProfileColor);
+    }
+    const int width = (frame.target.width + FarthestEffect::Block - 1) / FarthestEffect::Block;
+    const int height = (frame.target.height + FarthestEffect::Block - 1) / FarthestEffect::Block;
+    if (!m_blockBuffer->Resize(width, height) || !m_farthestBuffer->Resize(width, height))
+    {
+        return;
+    }
+    const auto drawInto = [&](ScreenBuffer& buffer) {
+        buffer.GetTarget().BeginCapture(GL_COLOR_BUFFER_BIT);
+        frame.renderer.DrawOverScreen(*m_farthestEffect);
+        buffer.GetTarget().EndCapture();
+    };
+    glDisable(GL_DEPTH_TEST);
+    glDisable(GL_CULL_FACE);
+    m_farthestEffect->ShowBlocks(m_depth.depth, frame.target.width, frame.target.height);
+    drawInto(*m_blockBuffer);
+    m_farthestEffect->ShowNeighbours(m_blockBuffer->GetTarget().GetColorTexture(), width, height);
+    drawInto(*m_farthestBuffer);
+    SurfacePass::SetState();
+    m_depth.farthest = m_farthestBuffer->GetTarget().GetColorTexture();
 }
 
 void LineDepthStage::Draw(PresentationFrame& frame)
@@ -141,6 +181,10 @@ void LineDepthStage::Draw(PresentationFrame& frame)
     const OffscreenScope offscreen(frame);
     m_room.Without(m_opaque, m_shaped, [&] { m_depth = DrawInto(frame, m_opaqueBuffer, m_shaped, m_opaque); });
     m_isReady = static_cast<bool>(m_depth);
+    if (m_isReady)
+    {
+        FindFarthest(frame);
+    }
     if (m_isReady && !m_seeThrough.empty())
     {
         m_room.Without(m_seeThrough, m_none, [&] { m_glass = DrawInto(frame, m_glassBuffer, m_none, m_seeThrough); });

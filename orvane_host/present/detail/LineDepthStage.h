@@ -12,6 +12,7 @@
 namespace OV::Host::Detail
 {
 
+class FarthestEffect;
 class ScreenBuffer;
 class SlopeEffect;
 
@@ -53,6 +54,8 @@ private:
                                       const std::vector<RenderItemES20>& shaped,
                                       const std::vector<RenderItemES20>& plain);
 
+    void FindFarthest(PresentationFrame& frame);
+
     bool m_surfacesShown = true;
     bool m_linesShown = true;
     bool m_linesOverlaid = false;
@@ -60,10 +63,13 @@ private:
     bool m_isReady = false;
     LineEffect::SurfaceDepth m_depth;
     LineEffect::SurfaceDepth m_glass;
-    std::unique_ptr<SlopeEffect> m_effect; ///< null until drawn with
+    std::unique_ptr<SlopeEffect> m_effect; ///< null until drawn with, as the next
+    std::unique_ptr<FarthestEffect> m_farthestEffect;
     LineRoom m_room;
     std::unique_ptr<ScreenBuffer> m_opaqueBuffer; ///< null until needed, as the next
     std::unique_ptr<ScreenBuffer> m_glassBuffer;
+    std::unique_ptr<ScreenBuffer> m_blockBuffer;
+    std::unique_ptr<ScreenBuffer> m_farthestBuffer;
 
     // They keep their memory from frame to frame.
     std::vector<RenderItemES20> m_opaque;

@@ -2,6 +2,7 @@
 
 #include "orvane_host/present/detail/LineEffect.h"
 
+#include "orvane_host/present/detail/FarthestEffect.h"
 #include "orvane_host/present/detail/LineRuns.h"
 #include "orvane_host/present/shaders/LineEffect.frag.h"
 #include "orvane_host/present/shaders/LineEffect.vert.h"
@@ -31,12 +32,14 @@ enum Option : std::uint64_t
     OptionDepth = 1,
     OptionGlass = 2,
     OptionFog = 4,
+    OptionFarthest = 8,
 };
 
 constexpr OptionRow kOptions[] = {
     {OptionDepth, "DEPTH"},
     {OptionGlass, "GLASS"},
     {OptionFog, "FOG"},
+    {OptionFarthest, "FARTHEST"},
 };
 
 enum Uniform : int
@@ -68,6 +71,8 @@ enum Uniform : int
     UniformClipPlaneNormals,
     UniformClipPlanePositions,
     UniformFogRange,
+    UniformFarthest,
+    UniformBlocks,
 };
 
 constexpr IndexedName kUniforms[] = {
@@ -98,6 +103,8 @@ constexpr IndexedName kUniforms[] = {
     {UniformClipPlaneNormals, "u_clipPlaneNormals"},
     {UniformClipPlanePositions, "u_clipPlanePositions"},
     {UniformFogRange, "u_fogRange"},
+    {UniformFarthest, "u_farthest"},
+    {UniformBlocks, "u_blocks"},
 };
 static_assert(IsDense(kUniforms));
 
@@ -138,13 +145,14 @@ enum Unit : int
     UnitSlopes,
     UnitGlass,
     UnitGlassSlopes,
+    UnitFarthest,
 };
 
 /// The first unit comes last and stays active.
 void BindTextures(const LineEffect::SurfaceDepth& depth, const LineEffect::SurfaceDepth& glass)
 {
-    const unsigned int textures[] = {depth.depth, depth.slopes, glass.depth, glass.slopes};
-    for (int unit = UnitGlassSlopes; unit >= UnitDepth; --unit)
+    const unsigned int textures[] = {depth.depth, depth.slopes, glass.depth, glass.slopes, depth.farthest};
+    for (int unit = UnitFarthest; unit >= UnitDepth; --unit)
     {
         glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
         glBindTexture(GL_TEXTURE_2D, textures[unit]);
@@ -187,9 +195,10 @@ void LineEffect::Apply(const LineStyle& style, const Pen& pen, CameraNodeES20& c
     m_camera = &camera;
     const bool isTested = m_view.depth && !style.noDepthTest;
     const SkySettings& sky = SkySettings::inst();
-    UseOptions(OptionIf(isTested, OptionDepth) | OptionIf(isTested && m_view.glass, OptionGlass)
-               | OptionIf(style.fog && sky.UseFog(), OptionFog));
     const bool turnsRound = isTested && (style.GetFlags() & LineStyleFlagDepthLessEqual) != 0;
+    const bool leavesOut = isTested && m_view.depth.farthest != 0 && !turnsRound && pen.hiddenHalfWidth <= 0.0f;
+    UseOptions(OptionIf(leavesOut, OptionFarthest) | OptionIf(isTested, OptionDepth) | OptionIf(isTested && m_view.glass, OptionGlass)
+               | OptionIf(style.fog && sky.UseFog(), OptionFog));
     Set(UniformKind, turnsRound ? kHiddenKind : static_cast<int>(m_kind));
     Set(UniformCore, core ? 1 : 0);
     Set(UniformWhole, static_cast<float>(m_view.whole.width), static_cast<float>(m_view.whole.height));
@@ -210,6 +219,9 @@ void LineEffect::Apply(const LineStyle& style, const Pen& pen, CameraNodeES20& c
     Set(UniformSlopes, static_cast<int>(UnitSlopes));
     Set(UniformGlass, static_cast<int>(UnitGlass));
     Set(UniformGlassSlopes, static_cast<int>(UnitGlassSlopes));
+    Set(UniformFarthest, static_cast<int>(UnitFarthest));
+    Set(UniformBlocks, static_cast<float>((m_view.target.width + FarthestEffect::Block - 1) / FarthestEffect::Block),
+        static_cast<float>((m_view.target.height + FarthestEffect::Block - 1) / FarthestEffect::Block));
     BindTextures(m_view.depth, m_view.glass);
 }
 

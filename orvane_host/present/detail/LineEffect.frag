@@ -10,7 +10,8 @@ uniform bool u_smooth;       // rims, in place of whole pixels
 uniform vec2 u_dash;         // pixels from one dash to the next, 0 for none, and of a dash
 uniform float u_hiddenHalf;  // half the width of what is hidden, pixels; 0: it is not drawn
 uniform vec2 u_hiddenDash;   // as u_dash
-uniform int u_kind;          // 0: before all surfaces, 1: seen through glass alone, 2: hidden ones in place of seen ones
+uniform int u_kind;          // 0: before all surfaces, 1: seen through glass alone, 2: hidden ones in place of seen ones,
+                             // 3: the first two, without fog
 uniform bool u_core;         // only where a line covers most of a pixel
 #ifdef DEPTH
 uniform sampler2D u_depth;   // of opaque surfaces
@@ -65,31 +66,35 @@ float slopeOf(vec2 channels)
 }
 
 // Where a place lies by the surface of a pixel, which goes on level to beside the pixel: 1 before
-// it, 0 on it, -1 behind it. A share of its slope is left to what curves, and some rounding to all.
+// it, 0 on it, -0.5 behind it by less than it falls away in 0.7 pixels, -1 farther behind. A share of
+// that is on it, for what curves, and some rounding.
 float sideOf(sampler2D depths, sampler2D slopes, vec2 texel, vec2 place, float depth)
 {
     vec2 middle = texel + 0.5;
     float here = texture2D(depths, middle / u_size).x;
     vec4 slopeBytes = texture2D(slopes, middle / u_size);
     vec2 slope = vec2(slopeOf(slopeBytes.rg), slopeOf(slopeBytes.ba));
-    float room = 0.05 * (abs(slope.x) + abs(slope.y)) + 8.0 / 16777216.0;
+    float fall = abs(slope.x) + abs(slope.y);
+    float room = 0.05 * fall + 8.0 / 16777216.0;
     float behind = depth - here - dot(slope, place - middle);
-    return here >= 1.0 || behind < -room ? 1.0 : behind <= room ? 0.0 : -1.0;
+    return here >= 1.0 || behind < -room ? 1.0 : behind <= room ? 0.0 : behind <= room + 0.7 * fall ? -0.5 : -1.0;
 }
 
-// By the nearest pixel; and what lies on the surface of one of the four about it is seen too, since
-// the other face of an edge may be nearer to the eye within a pixel. But not where all others of
-// the four are nearer: then it would be seen through a crack.
+// By the nearest pixel. What lies on the surface of one of the four about it is seen too, since the
+// other face of an edge may be nearer to the eye within a pixel, and so is what lies just behind a
+// rim, as the edges of round ones do. But not where the other three are nearer by far: then it would
+// be seen through a crack.
 bool isSeen(sampler2D depths, sampler2D slopes, vec2 place, float depth)
 {
     vec2 first = clamp(floor(place - 0.5), vec2(0.0), u_size - 2.0);
     vec2 nearest = step(0.5, place - first - 0.5);
-    float side = sideOf(depths, slopes, first + nearest, place, depth);
-    vec3 others = vec3(sideOf(depths, slopes, first + vec2(1.0 - nearest.x, nearest.y), place, depth),
-                       sideOf(depths, slopes, first + vec2(nearest.x, 1.0 - nearest.y), place, depth),
-                       sideOf(depths, slopes, first + 1.0 - nearest, place, depth));
-    float nearer = dot(vec3(lessThan(others, vec3(0.0))), vec3(1.0)) + (side < 0.0 ? 1.0 : 0.0);
-    return nearer < 2.5 && (side >= 0.0 || any(equal(others, vec3(0.0))));
+    vec4 sides = vec4(sideOf(depths, slopes, first + nearest, place, depth),
+                      sideOf(depths, slopes, first + vec2(1.0 - nearest.x, nearest.y), place, depth),
+                      sideOf(depths, slopes, first + vec2(nearest.x, 1.0 - nearest.y), place, depth),
+                      sideOf(depths, slopes, first + 1.0 - nearest, place, depth));
+    bool atRim = any(equal(sides, vec4(-0.5))) && any(equal(sides, vec4(1.0)));
+    bool inCrack = dot(vec4(equal(sides, vec4(-1.0))), vec4(1.0)) > 2.5;
+    return !inCrack && (sides.x >= 0.0 || any(equal(sides, vec4(0.0))) || atRim);
 }
 #endif
 
@@ -135,28 +140,42 @@ void main()
     float nearness = mix(v_depths.z, v_depths.w, share);
     discardClipped(mix(v_worldStart, v_worldEnd, share * v_depths.w / nearness));
 
+    float across = overlap(away, -u_halfWidth, u_halfWidth) * within;
+    float acrossHidden = u_hiddenHalf > 0.0 ? overlap(away, -u_hiddenHalf, u_hiddenHalf) * within : 0.0;
     bool seen = true;
     bool seenThroughGlass = true;
 #ifdef DEPTH
-    vec2 onPicture = start + along * middle - u_origin;
-    seenThroughGlass = isSeen(u_depth, u_slopes, onPicture, depth);
-    seen = seenThroughGlass;
-#ifdef GLASS
-    bool beforeGlass = isSeen(u_glass, u_glassSlopes, onPicture, depth);
-    seen = seen && beforeGlass;
-#endif
-#endif
-    bool hidden = !seenThroughGlass && u_kind == 0;
-    seen = u_kind == 0 ? seen : u_kind == 1 ? seenThroughGlass && !seen : !seen;
-
-    float run = v_run.x + middle;
-    float covered = seen ? overlap(away, -u_halfWidth, u_halfWidth) * within * dashAt(run, u_dash) : 0.0;
-    float coveredHidden = 0.0;
-    if (hidden && u_hiddenHalf > 0.0)
+    // By two of three places along the line: neither gaps nor dots of a pixel come of how the rims of
+    // surfaces lie to the middles of pixels. A third is asked only where two differ.
+    vec2 votes = vec2(0.0);
+    for (int i = 0; i < 3; ++i)
     {
-        coveredHidden = overlap(away, -u_hiddenHalf, u_hiddenHalf) * within * dashAt(run, u_hiddenDash);
+        if (across + acrossHidden <= 0.0 || (i == 2 && mod(votes, 2.0) == vec2(0.0)))
+        {
+            break;
+        }
+        float asked = clamp(place + (i == 0 ? 0.0 : i == 1 ? -1.25 : 1.25), 0.0, size);
+        vec2 onPicture = start + along * asked - u_origin;
+        float depthThere = size > 0.0 ? mix(v_depths.x, v_depths.y, asked / size) : depth;
+        bool first = isSeen(u_depth, u_slopes, onPicture, depthThere);
+        bool second = first;
+#ifdef GLASS
+        second = first && isSeen(u_glass, u_glassSlopes, onPicture, depthThere);
+#endif
+        votes += vec2(first, second);
     }
-    if (u_core ? covered < 0.5 : covered + coveredHidden <= 0.0)
+    seenThroughGlass = votes.x > 1.5;
+    seen = votes.y > 1.5;
+#endif
+    float run = v_run.x + middle;
+    bool throughGlass = seenThroughGlass && !seen;
+    bool hidden = !seenThroughGlass && (u_kind == 0 || u_kind == 3);
+    seen = u_kind == 1 ? throughGlass : u_kind == 2 ? !seen : seen;
+    float dashed = across * dashAt(run, u_dash);
+    float covered = seen ? dashed : 0.0;
+    float coveredHidden = hidden ? acrossHidden * dashAt(run, u_hiddenDash) : 0.0;
+    float coveredThrough = u_kind == 3 && throughGlass ? dashed : 0.0;
+    if (u_core ? covered < 0.5 : covered + coveredHidden + coveredThrough <= 0.0)
     {
         discard;
     }
@@ -164,5 +183,10 @@ void main()
 #ifdef FOG
     clear = clamp((u_fogRange.y - depth / nearness) / (u_fogRange.y - u_fogRange.x), 0.0, 1.0);
 #endif
+    if (u_kind == 3)
+    {
+        gl_FragColor = vec4(covered, coveredThrough, coveredHidden, 1.0);
+        return;
+    }
     gl_FragColor = vec4(covered, covered * clear, coveredHidden, coveredHidden * clear);
 }

@@ -20,7 +20,8 @@ namespace OV::Host::Detail
 class LineRuns;
 
 /// Draws how much lines cover of each pixel, in red where they are seen and in blue where they are
-/// hidden; green and alpha hold what of that is clear of fog.
+/// hidden; green and alpha hold what of that is clear of fog. Without fog green may hold what is seen
+/// through glass.
 ///
 /// Whether a line is seen is found at the middle of it, in pictures of the depth of the surfaces,
 /// and holds for all of its width: it neither comes through what is before it nor is it cut where
@@ -32,13 +33,15 @@ public:
     {
         BeforeAll,    ///< what no surface hides
         ThroughGlass, ///< what is seen through glass alone
+        Both = 3,     ///< without fog
     };
 
     /// Where surfaces lie, in textures as large as the target; 0 where there are none.
     struct SurfaceDepth
     {
         unsigned int depth = 0;
-        unsigned int slopes = 0; ///< see SlopeEffect
+        unsigned int slopes = 0;   ///< see SlopeEffect
+        unsigned int farthest = 0; ///< see FarthestEffect; one of its blocks for each texel
 
         explicit operator bool() const { return depth != 0; }
     };

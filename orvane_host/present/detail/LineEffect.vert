@@ -1,5 +1,7 @@
 PRECISION_DEFAULT_HIGHP(float)
 
+@OPTIONS@
+
 attribute vec3 a_startPosition; // object space
 attribute vec3 a_endPosition;   // object space
 attribute vec3 a_choiceDirNone; // x: 0 at the start of the segment, else at its end; y: side, 1 or -1
@@ -15,6 +17,10 @@ uniform vec2 u_whole;           // pixels, of the whole picture
 uniform vec4 u_part;            // pixels, of the part that is drawn: its lower left corner and its size
 uniform vec2 u_guard;           // how far segments are followed, in normalised device coordinates
 uniform float u_reach;          // pixels to each side
+#ifdef FARTHEST
+uniform sampler2D u_farthest;   // as FarthestEffect draws it
+uniform vec2 u_blocks;          // its size
+#endif
 
 varying vec4 v_ends;    // pixels of the whole picture, start and end
 varying vec4 v_depths;  // of the window, then 1 over the distance, each at start and end
@@ -73,6 +79,38 @@ vec2 toPixels(vec4 clip)
     return floor((clip.xy / clip.w * 0.5 + 0.5) * u_whole * 256.0 + 0.5) / 256.0;
 }
 
+#ifdef FARTHEST
+// Whether all of a segment is behind what is farthest about it. Of long ones it isn't asked.
+bool isBehindAll(vec2 start, vec2 end, vec2 depths)
+{
+    // Blocks know a block about them, which the steps and what is looked at beside the line stay in.
+    const float pixels = 2.0;
+    float steps = ceil(distance(start, end) / pixels);
+    if (steps > 128.0)
+    {
+        return false;
+    }
+    float perStep = (depths.y - depths.x) / max(steps, 1.0);
+    // What lies beside the line is looked at less than two steps farther along.
+    float room = 2.0 * abs(perStep) + 1e-6;
+    for (int i = 0; i <= 128; ++i)
+    {
+        if (float(i) > steps)
+        {
+            break;
+        }
+        vec2 place = mix(start, end, float(i) / max(steps, 1.0)) - u_part.xy;
+        vec2 block = clamp(floor(place / 4.0), vec2(0.0), u_blocks - 1.0);
+        vec3 bytes = floor(texture2D(u_farthest, (block + 0.5) / u_blocks).rgb * 255.0 + 0.5);
+        if (depths.x + float(i) * perStep - room <= (bytes.r * 65536.0 + bytes.g * 256.0 + bytes.b) / 16777215.0)
+        {
+            return false;
+        }
+    }
+    return true;
+}
+#endif
+
 void main()
 {
     vec4 first = toClip(a_startPosition);
@@ -95,6 +133,13 @@ void main()
     v_worldStart = (u_worldTransform * vec4(mix(a_startPosition, a_endPosition, range.x), 1.0)).xyz;
     v_worldEnd = (u_worldTransform * vec4(mix(a_startPosition, a_endPosition, range.y), 1.0)).xyz;
     v_run = a_run;
+#ifdef FARTHEST
+    if (isBehindAll(v_ends.xy, v_ends.zw, v_depths.xy))
+    {
+        gl_Position = vec4(2.0, 2.0, 2.0, 1.0);
+        return;
+    }
+#endif
 
     vec2 along = v_ends.zw - v_ends.xy;
     float size = length(along);

@@ -20,12 +20,14 @@ constexpr OptionRow kOptions[] = {{OptionFinished, "FINISHED"}};
 enum Uniform : int
 {
     UniformLines,
+    UniformChannels,
     UniformColor,
     UniformFogColor,
 };
 
 constexpr IndexedName kUniforms[] = {
     {UniformLines, "u_lines"},
+    {UniformChannels, "u_channels"},
     {UniformColor, "u_color"},
     {UniformFogColor, "u_fogColor"},
 };
@@ -46,10 +48,11 @@ constexpr ProgramTemplate kTemplate = {
 
 } // namespace
 
-void LineLayEffect::ShowLines(unsigned int lines, const Color& color, const Color& fogColor)
+void LineLayEffect::ShowLines(unsigned int lines, Channels channels, const Color& color, const Color& fogColor)
 {
     m_texture = lines;
     m_isFinished = false;
+    m_channels = channels;
     m_color = color;
     m_fogColor = fogColor;
 }
@@ -69,6 +72,7 @@ void LineLayEffect::Apply(MaterialES20*, CameraNodeES20*)
 {
     UseOptions(m_isFinished ? OptionFinished : std::uint64_t(0));
     Set(UniformLines, 0);
+    Set(UniformChannels, static_cast<int>(m_channels));
     Set(UniformColor, m_color);
     Set(UniformFogColor, m_fogColor);
     BindTexture(0, m_texture);

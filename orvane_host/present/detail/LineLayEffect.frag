@@ -3,6 +3,7 @@ PRECISION_DEFAULT_HIGHP(float)
 @OPTIONS@
 
 uniform sampler2D u_lines; // as LineEffect leaves them, or with FINISHED what this effect leaves
+uniform int u_channels;    // 0: all, 1: red and blue, without fog, 2: green alone, without fog
 uniform vec4 u_color;
 uniform vec4 u_fogColor;
 
@@ -25,6 +26,7 @@ void main()
 #ifdef FINISHED
     gl_FragColor = lines;
 #else
+    lines = u_channels == 1 ? lines.rrbb : u_channels == 2 ? vec4(lines.gg, 0.0, 0.0) : lines;
     vec4 seen = inColor(lines.r, lines.g);
     gl_FragColor = seen + (1.0 - seen.a) * inColor(lines.b, lines.a);
 #endif

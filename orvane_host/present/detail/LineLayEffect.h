@@ -15,8 +15,16 @@ class LineLayEffect final : public MaterialEffectES20
 public:
     LineLayEffect() : MaterialEffectES20(nullptr) {}
 
+    /// What of the channels is laid.
+    enum class Channels
+    {
+        Fogged,       ///< all, green and alpha for what is clear of fog
+        Clear,        ///< red and blue
+        ThroughGlass, ///< green
+    };
+
     /// The next Apply lays what LineEffect drew. @param lines a texture.
-    void ShowLines(unsigned int lines, const Color& color, const Color& fogColor);
+    void ShowLines(unsigned int lines, Channels channels, const Color& color, const Color& fogColor);
 
     /// The next Apply lays what was laid into another picture. @param picture a texture.
     void ShowPicture(unsigned int picture);
@@ -31,6 +39,7 @@ public:
 private:
     unsigned int m_texture = 0;
     bool m_isFinished = false;
+    Channels m_channels = Channels::Fogged;
     Color m_color;
     Color m_fogColor;
 };

@@ -4,7 +4,6 @@
 
 #include "orvane_host/present/StageAccess.h"
 #include "orvane_host/present/detail/LineDepthStage.h"
-#include "orvane_host/present/detail/LineLayEffect.h"
 #include "orvane_host/present/detail/ScreenBuffer.h"
 #include "orvane_host/present/detail/SurfacePass.h"
 #include "orvane/effects/SkySettings.h"
@@ -85,6 +84,7 @@ void LineStage::Begin(bool isSmooth, bool isDeferred)
     m_isSmooth = isSmooth;
     m_isDeferred = isDeferred;
     m_isPrepared = false;
+    m_isCovered = false;
     m_isKept = false;
 }
 
@@ -195,19 +195,47 @@ bool LineStage::PrepareFrame(PresentationFrame& frame)
     return true;
 }
 
+bool LineStage::DrawsAtOnce() const
+{
+    const bool isFogged = SkySettings::inst().UseFog() && m_groups.front().style->fog;
+    const bool turnsRound = (m_groups.front().style->GetFlags() & LineStyleFlagDepthLessEqual) != 0;
+    return m_groups.size() == 1 && !isFogged && !turnsRound;
+}
+
 void LineStage::DrawThroughGlass(PresentationFrame& frame)
 {
-    if (IsActive() && m_depth.GetGlass() && PrepareFrame(frame))
+    if (!IsActive() || !m_depth.GetGlass() || !PrepareFrame(frame))
+    {
+        return;
+    }
+    if (!DrawsAtOnce())
     {
         Paint(frame, LineEffect::Kind::ThroughGlass);
+        return;
     }
+    m_effect->Show(ViewOf(frame), LineEffect::Kind::Both, m_runs);
+    DrawCoverage(frame, m_groups.front(), true, true);
+    Lay(frame, m_groups.front(), LineLayEffect::Channels::ThroughGlass);
+    m_isCovered = true;
 }
 
 void LineStage::Draw(PresentationFrame& frame)
 {
-    if (IsActive() && PrepareFrame(frame))
+    if (!IsActive() || !PrepareFrame(frame))
+    {
+        return;
+    }
+    if (!m_isCovered)
     {
         Paint(frame, LineEffect::Kind::BeforeAll);
+    }
+    else if (m_isDeferred)
+    {
+        KeepLines(frame, m_groups.front(), LineLayEffect::Channels::Clear, true);
+    }
+    else
+    {
+        Lay(frame, m_groups.front(), LineLayEffect::Channels::Clear);
     }
 }
 
@@ -226,11 +254,11 @@ void LineStage::Paint(PresentationFrame& frame, LineEffect::Kind kind)
         DrawCoverage(frame, group, isFirst, isLast);
         if (m_isDeferred && kind == LineEffect::Kind::BeforeAll)
         {
-            KeepLines(frame, group, isFirst);
+            KeepLines(frame, group, LineLayEffect::Channels::Fogged, isFirst);
         }
         else
         {
-            Lay(frame, group);
+            Lay(frame, group, LineLayEffect::Channels::Fogged);
         }
         isFirst = false;
     }
@@ -293,14 +321,14 @@ void LineStage::DrawLines(PresentationFrame& frame, const Group& group, bool cor
     m_effect->Remove();
 }
 
-void LineStage::Lay(PresentationFrame& frame, const Group& group)
+void LineStage::Lay(PresentationFrame& frame, const Group& group, LineLayEffect::Channels channels)
 {
     const OverlayScope overlay;
-    m_layEffect->ShowLines(m_coverage->GetTarget().GetColorTexture(), ColorOf(*group.style), FogColor());
+    m_layEffect->ShowLines(m_coverage->GetTarget().GetColorTexture(), channels, ColorOf(*group.style), FogColor());
     frame.renderer.DrawOverScreen(*m_layEffect);
 }
 
-void LineStage::KeepLines(PresentationFrame& frame, const Group& group, bool isFirst)
+void LineStage::KeepLines(PresentationFrame& frame, const Group& group, LineLayEffect::Channels channels, bool isFirst)
 {
     if (!m_kept)
     {
@@ -309,7 +337,7 @@ void LineStage::KeepLines(PresentationFrame& frame, const Group& group, bool isF
     if (!m_kept->Resize(frame.target.width, frame.target.height))
     {
         // Filtered lines are better than none.
-        Lay(frame, group);
+        Lay(frame, group, channels);
         return;
     }
     const OffscreenScope offscreen(frame);
@@ -322,7 +350,7 @@ void LineStage::KeepLines(PresentationFrame& frame, const Group& group, bool isF
     {
         target.ResumeCapture();
     }
-    Lay(frame, group);
+    Lay(frame, group, channels);
     target.EndCapture();
     m_isKept = true;
 }

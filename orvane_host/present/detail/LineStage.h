@@ -4,6 +4,7 @@
 #include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/PresentationStage.h"
 #include "orvane_host/present/detail/LineEffect.h"
+#include "orvane_host/present/detail/LineLayEffect.h"
 #include "orvane_host/present/detail/LineRuns.h"
 
 #include <memory>
@@ -14,7 +15,6 @@ namespace OV::Host::Detail
 {
 
 class LineDepthStage;
-class LineLayEffect;
 class ScreenBuffer;
 
 /// The lines of the scene over the picture of its surfaces, style by style.
@@ -67,16 +67,18 @@ private:
     LineEffect::View ViewOf(PresentationFrame& frame) const;
     bool PrepareFrame(PresentationFrame& frame);
     void Paint(PresentationFrame& frame, LineEffect::Kind kind);
+    bool DrawsAtOnce() const;
     void DrawCoverage(PresentationFrame& frame, const Group& group, bool isFirst, bool isLast);
     void DrawLines(PresentationFrame& frame, const Group& group, bool core);
-    void Lay(PresentationFrame& frame, const Group& group);
-    void KeepLines(PresentationFrame& frame, const Group& group, bool isFirst);
+    void Lay(PresentationFrame& frame, const Group& group, LineLayEffect::Channels channels);
+    void KeepLines(PresentationFrame& frame, const Group& group, LineLayEffect::Channels channels, bool isFirst);
 
     LineDepthStage& m_depth;
     std::optional<HiddenLineLook> m_hidden;
     bool m_isSmooth = false;
     bool m_isDeferred = false;
     bool m_isPrepared = false; ///< for the frame
+    bool m_isCovered = false;  ///< what all lines of the frame cover is drawn
     bool m_isKept = false;     ///< lines of the last frame are in m_kept
     StageAccess* m_access = nullptr; ///< of the last frame
     LineRuns m_runs;

@@ -181,6 +181,7 @@ private:
     float Aspect() const;
     void PlaceCamera();
     void ConfigureRenderer();
+    std::optional<HiddenLineLook> HiddenLook() const;
     std::optional<float> NorthInPicture() const;
     void LayOut();
     void LayOutNotes();

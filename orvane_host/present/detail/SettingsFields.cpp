@@ -16,6 +16,7 @@ constexpr const char* kUpAxes[] = {"y", "z"};
 constexpr const char* kBatchUses[] = {"auto", "on", "off"};
 constexpr const char* kGroundKinds[] = {"shadow", "plain"};
 constexpr const char* kOcclusionKinds[] = {"horizon", "spiral"};
+constexpr const char* kHiddenLines[] = {"none", "dashed"};
 
 template <typename Enum, std::size_t Size>
 const char* NameIn(const char* const (&names)[Size], Enum value)
@@ -54,6 +55,11 @@ const char* NameOf(GroundKind kind)
 const char* NameOf(OcclusionKind kind)
 {
     return NameIn(kOcclusionKinds, kind);
+}
+
+const char* NameOf(HiddenLines hidden)
+{
+    return NameIn(kHiddenLines, hidden);
 }
 
 } // namespace OV::Host::Detail

@@ -84,6 +84,7 @@ struct Fields<LineSettings>
         visit("color", &LineSettings::color, kShare);
         visit("dash", &LineSettings::dash, kAboveZero);
         visit("offset", &LineSettings::offset, kFinite);
+        visit("hidden", &LineSettings::hidden, kFinite);
     }
 };
 
@@ -246,6 +247,7 @@ const char* NameOf(UpAxis axis);
 const char* NameOf(BatchUse use);
 const char* NameOf(GroundKind kind);
 const char* NameOf(OcclusionKind kind);
+const char* NameOf(HiddenLines hidden);
 
 /// The names of an enumeration, with commas between them.
 template <typename Enum>

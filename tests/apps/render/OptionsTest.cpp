@@ -24,7 +24,7 @@ const std::vector<std::string> Known = {
     "--portrait",   "--dpi",     "--scale",        "--alpha",      "--depth",         "--list-nodes",
     "--surroundings", "--ground",    "--batches",
     "--fit-all",    "--sun",        "--place",   "--sun-study",    "--sun-hours",
-    "--ao-kind",    "--ao-radius",  "--ao-strength",     "--keep-coplanar",
+    "--ao-kind",    "--ao-radius",  "--ao-strength",     "--keep-coplanar", "--hidden",
     "--shadows",    "--sun-width", "--shadow-darkness", "--clipped-casts",
 };
 

@@ -155,6 +155,8 @@ TEST_F(RenderLines, WrongOptionsEndWithStatusTwoAndOneLineThatNamesThem)
         {"colour without lines", {"--line-color", "000000"}, "--lines"},
         {"dash without lines", {"--dash", "2"}, "--lines"},
         {"offset without lines", {"--line-offset", "2"}, "--lines"},
+        {"hidden without lines", {"--hidden", "dashed"}, "--lines"},
+        {"hidden in another word", {"--lines", "--hidden", "dotted"}, "--hidden"},
         {"crease below 0", {"--lines", "--crease", "-1"}, "--crease"},
         {"crease above 180", {"--lines", "--crease", "181"}, "--crease"},
         {"crease that is no number", {"--lines", "--crease", "nan"}, "--crease"},

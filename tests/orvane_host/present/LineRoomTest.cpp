@@ -82,6 +82,8 @@ TEST_F(LineRoomTest, AFaceHidesWhatEndsUnderIt)
 
 TEST_F(LineRoomTest, LinesHaveTheirRoomAllTheSame)
 {
+    // So that lines are compared with the depth buffer.
+    renderer->OverlayLines(true);
     const Picture picture = Draw();
     const int black = picture.Count(kBlack);
     EXPECT_GT(black, 0);

@@ -99,6 +99,7 @@ const Change kChanges[] = {
     {"lines.color", [](auto& s) { s.lines->color = Color(0, 1, 0); }, "\"#00FF00\""},
     {"lines.dash", [](auto& s) { s.lines->dash = 3.0f; }, "3.0"},
     {"lines.offset", [](auto& s) { s.lines->offset = -1.0f; }, "-1.0"},
+    {"lines.hidden", [](auto& s) { s.lines->hidden = HiddenLines::Dashed; }, "\"dashed\""},
     {"edges.weight", [](auto& s) { s.edges->weight = 0.25f; }, "0.25"},
     {"edges.color", [](auto& s) { s.edges->color = Color(0, 1, 1); }, "\"#00FFFF\""},
     {"edges.identity", [](auto& s) { s.edges->identity = Identity::Object; }, "\"object\""},
@@ -235,7 +236,7 @@ TEST(PresentationSettings, EveryFieldIsNamed)
     [[maybe_unused]] const auto& [start, end] = FogRange();
     [[maybe_unused]] const auto& [normal, position] = ClipPlane();
     [[maybe_unused]] const auto& [planes, fill, outlineWidth, outlineColor] = SectionSettings();
-    [[maybe_unused]] const auto& [crease, width, color, dash, offset] = LineSettings();
+    [[maybe_unused]] const auto& [crease, width, color, dash, offset, hidden] = LineSettings();
     [[maybe_unused]] const auto& [weight, edgeColor, identity] = EdgeLook();
     [[maybe_unused]] const auto& [kind, groundColor, height] = GroundSettings();
     [[maybe_unused]] const auto& [occlusionKind, radius, strength] = OcclusionLook();
@@ -251,7 +252,7 @@ TEST(PresentationSettings, EveryFieldIsNamed)
     EXPECT_EQ(CountNamed<FogRange>(), 2);
     EXPECT_EQ(CountNamed<ClipPlane>(), 2);
     EXPECT_EQ(CountNamed<SectionSettings>(), 4);
-    EXPECT_EQ(CountNamed<LineSettings>(), 5);
+    EXPECT_EQ(CountNamed<LineSettings>(), 6);
     EXPECT_EQ(CountNamed<EdgeLook>(), 3);
     EXPECT_EQ(CountNamed<GroundSettings>(), 3);
     EXPECT_EQ(CountNamed<OcclusionLook>(), 3);
@@ -332,6 +333,7 @@ TEST(PresentationSettings, EveryEnumeratorComesBackByItsName)
         settings.view.upAxis = static_cast<UpAxis>(i % 2);
         settings.batches.use = static_cast<BatchUse>(i % 3);
         settings.ground->kind = static_cast<GroundKind>(i % 2);
+        settings.lines->hidden = static_cast<HiddenLines>(i % 2);
         EXPECT_EQ(settings.Trouble(), "");
         EXPECT_EQ(Read(settings.ToJSON()), settings) << i;
         texts.insert(settings.ToJSON());
@@ -568,6 +570,7 @@ TEST(PresentationSettings, EnumeratorsAreOfTheirEnumeration)
         {"view.named", [](auto& s, int n) { s.view.named = static_cast<NamedView>(n); }},
         {"view.upAxis", [](auto& s, int n) { s.view.upAxis = static_cast<UpAxis>(n); }},
         {"ground.kind", [](auto& s, int n) { s.ground->kind = static_cast<GroundKind>(n); }},
+        {"lines.hidden", [](auto& s, int n) { s.lines->hidden = static_cast<HiddenLines>(n); }},
     };
     for (const auto& [field, set] : enumerations)
     {

@@ -48,6 +48,7 @@ void ChangeLines(PresentationSettings& settings, Dice& dice)
     lines.color = AnyColor(dice);
     lines.dash = dice.Below(3) == 0 ? std::optional<float>(3.0f) : std::nullopt;
     lines.offset = dice.Of(std::array<float, 2>{0.0f, 2.0f});
+    lines.hidden = static_cast<Host::HiddenLines>(dice.Below(2));
     settings.lines = lines;
 }
 
