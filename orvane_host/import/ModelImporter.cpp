@@ -330,7 +330,9 @@ std::shared_ptr<const MemoryFile> ReadStream(int descriptor, std::uint64_t most,
     }
     else if (!file)
     {
-        outcome = {ImportStatus::NotReadable, std::strerror(trouble)};
+        const bool hasNoNames = trouble == ENOENT;
+        outcome = {ImportStatus::NotReadable,
+                   hasNoNames ? "there is no /proc here, by which a stream is read" : std::strerror(trouble)};
     }
     return file;
 }
