@@ -6,6 +6,8 @@
 #include "orvane_host/present/Surroundings.h"
 #include "orvane_host/sheet/Watermark.h"
 
+#include <cstddef>
+
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -23,10 +25,15 @@ bool IsSameFile(const std::string& left, const std::string& right)
         && a.st_ino == b.st_ino;
 }
 
+/// Without what comes from standard input.
 std::vector<std::string> ModelsOf(const Options& options)
 {
     std::vector<std::string> models = {options.model};
     models.insert(models.end(), options.besides.begin(), options.besides.end());
+    if (options.piped)
+    {
+        models.erase(models.begin() + static_cast<std::ptrdiff_t>(options.piped->index));
+    }
     return models;
 }
 
@@ -82,6 +89,8 @@ void CheckFiles(const Options& options)
         struct stat model{};
         Require(::stat(file.c_str(), &model) == 0, file, "there is no such file; check the name");
     }
+    Require(!options.piped || ::isatty(STDIN_FILENO) == 0, "standard input",
+            "no model comes from a terminal; send one by < or |");
     if (!options.output.empty())
     {
         CheckOutput(options);

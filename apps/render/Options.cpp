@@ -47,7 +47,7 @@ struct Texts
     LineTexts lines;
     std::optional<std::string> pick;
     std::string batches = "auto";
-    std::vector<std::string> models;
+    ModelTexts models;
     std::optional<std::string> upAxis;
     NodeTexts nodes;
     std::optional<std::string> listing;
@@ -144,9 +144,7 @@ void DefineGeneralOptions(CLI::App& app, Options& options, Texts& texts, bool& l
     app.set_help_flag("-h,--help", "Show this text and leave");
     app.set_version_flag("--version", "orvane-render " ORVANE_VERSION, "Show the version and leave");
     app.add_flag("--list-formats", listFormats, "Show the file formats that can be read and leave");
-    app.add_option("MODEL", texts.models, "Model file to draw; several are drawn in one scene,\n"
-                                          "brought to the unit of the first where they tell theirs")
-        ->option_text(" ");
+    DefineModelOptions(app, texts.models);
     app.add_option("-o,--output", options.output, "PNG or JPEG file to write; - for standard output")
         ->option_text("OUT.png");
     app.add_flag("--quiet", options.quiet, "Write no warnings; failures are told all the same");
@@ -441,12 +439,7 @@ void InterpretTasks(const Texts& texts, Options& options)
 
 void Interpret(const Texts& texts, Options& options)
 {
-    if (texts.models.empty() || texts.models.front().empty())
-    {
-        throw CLI::RequiredError("MODEL");
-    }
-    options.model = texts.models.front();
-    options.besides.assign(texts.models.begin() + 1, texts.models.end());
+    InterpretModels(texts.models, options);
     InterpretTasks(texts, options);
     CheckRanges(options);
     CheckSheet(options);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "apps/render/ModelOptions.h"
 #include "apps/render/NodeOptions.h"
 #include "orvane_host/present/PictureOptions.h"
 #include "orvane_host/present/PresentationSettings.h"
@@ -36,8 +37,10 @@ struct SunStudyRequest
 /// What the command line asks for.
 struct Options
 {
+    /// What people are told it is called.
     std::string model;
     std::vector<std::string> besides; ///< further models in the same scene
+    std::optional<PipedModel> piped;
     /// "-" for standard output; may be empty where something else is asked for.
     std::string output;
     int width = 1280;

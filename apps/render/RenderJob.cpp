@@ -22,6 +22,8 @@
 #include <optional>
 #include <utility>
 
+#include <unistd.h>
+
 namespace OV::RenderApp
 {
 
@@ -121,8 +123,10 @@ void RenderJob::OpenContext()
     m_stats.height = m_options.height;
 }
 
-Host::ImportResult RenderJob::Read(const std::string& file) const
+Host::ImportResult RenderJob::Read(std::size_t index) const
 {
+    const std::string& file = index == 0 ? m_options.model : m_options.besides[index - 1];
+    const bool isPiped = m_options.piped && m_options.piped->index == index;
     ProgressBar bar("Loading");
     Host::ImportOptions importOptions;
     importOptions.orderCoplanar = !m_options.keepsCoplanar;
@@ -131,7 +135,9 @@ Host::ImportResult RenderJob::Read(const std::string& file) const
         bar.Show(percent);
         return true;
     };
-    Host::ImportResult model = Host::ModelImporter::Import(file, importOptions);
+    Host::ImportResult model =
+        isPiped ? Host::ModelImporter::ImportStream(STDIN_FILENO, m_options.piped->format, importOptions)
+                : Host::ModelImporter::Import(file, importOptions);
     bar.Clear();
     if (!model)
     {
@@ -147,11 +153,11 @@ Host::ImportResult RenderJob::Read(const std::string& file) const
 void RenderJob::Load()
 {
     const Stopwatch watch;
-    m_presentation = std::make_unique<Host::Presentation>(Read(m_options.model));
-    for (const std::string& file : m_options.besides)
+    m_presentation = std::make_unique<Host::Presentation>(Read(0));
+    for (std::size_t i = 0; i < m_options.besides.size(); ++i)
     {
         std::string error;
-        Require(m_presentation->Add(Read(file), error), file, error);
+        Require(m_presentation->Add(Read(i + 1), error), m_options.besides[i], error);
     }
     m_stats.load = watch.Milliseconds();
 }

@@ -4,6 +4,7 @@
 #include "apps/render/PickReport.h"
 #include "apps/render/Stats.h"
 
+#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -52,7 +53,7 @@ private:
     void Warn(const std::string& text) const;
     void OpenContext();
     void Load();
-    Host::ImportResult Read(const std::string& file) const;
+    Host::ImportResult Read(std::size_t index) const;
     void Present();
     void MakeFramebuffer();
     void Draw();

@@ -2,8 +2,10 @@
 
 #include "orvane_host/import/detail/AssimpReader.h"
 #include "orvane_host/import/detail/CoplanarFaces.h"
+#include "orvane_host/import/detail/FormatGuess.h"
 #include "orvane_host/import/detail/ImportSteps.h"
 #include "orvane_host/import/detail/IsolatedProcess.h"
+#include "orvane_host/import/detail/MemoryFile.h"
 #include "orvane_host/import/detail/ModelArchive.h"
 #include "orvane_host/import/detail/PictureConverter.h"
 #include "orvane_host/import/detail/SceneBuilder.h"
@@ -18,6 +20,7 @@
 #include <cstring>
 #include <exception>
 #include <fstream>
+#include <memory>
 #include <new>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -164,7 +167,7 @@ void ReadSite(const std::string& path, ModelData& model)
 }
 
 /// Reads without an exception getting out of it.
-ReadOutcome ReadGuarded(const std::string& path, const ImportOptions& options, const ReadHooks& hooks,
+ReadOutcome ReadGuarded(const ModelSource& source, const ImportOptions& options, const ReadHooks& hooks,
                         ModelData& model)
 {
     try
@@ -178,17 +181,17 @@ ReadOutcome ReadGuarded(const std::string& path, const ImportOptions& options, c
                 hooks.opened(bytes);
             }
         };
-        const ReadOutcome outcome = ReadWithAssimp(path, options, {hooks.progress, opened}, model);
+        const ReadOutcome outcome = ReadWithAssimp(source, options, {hooks.progress, opened}, model);
         if (outcome.status == ImportStatus::Done)
         {
-            ReadSite(path, model);
+            ReadSite(source.content, model);
             if (options.orderCoplanar)
             {
                 OrderCoplanarFaces(model);
             }
             if (options.textures)
             {
-                ConvertPictures(model, path, options,
+                ConvertPictures(model, source.name, options,
                                 [&](std::uint64_t bytes) { opened(openedBytes + bytes); });
             }
         }
@@ -284,10 +287,10 @@ ReadOutcome ReadArchive(const IsolationOutcome& isolated, ModelData& model)
     return outcome;
 }
 
-ReadOutcome ReadIsolated(const std::string& path, const ImportOptions& options,
+ReadOutcome ReadIsolated(const ModelSource& source, const ImportOptions& options,
                          const std::function<bool(float)>& progress, ModelData& model)
 {
-    const auto work = [&path, &options](IsolatedWork& side)
+    const auto work = [&source, &options](IsolatedWork& side)
     {
         ReadHooks hooks;
         hooks.progress = [&side](float share)
@@ -299,7 +302,7 @@ ReadOutcome ReadIsolated(const std::string& path, const ImportOptions& options,
         hooks.opened = [&side, &options](std::uint64_t bytes)
         { side.AllowSeconds(kFirstSeconds + bytes * options.limits.cpuSecondsPerMegabyte / 1'000'000); };
         ModelData parsed;
-        const ReadOutcome outcome = ReadGuarded(path, options, hooks, parsed);
+        const ReadOutcome outcome = ReadGuarded(source, options, hooks, parsed);
         ArchiveWriter archive(side.Output());
         archive.Value(outcome.status);
         archive.Text(outcome.reason);
@@ -317,6 +320,28 @@ ReadOutcome ReadIsolated(const std::string& path, const ImportOptions& options,
     return outcome.status == ImportStatus::Done ? ReadArchive(isolated, model) : outcome;
 }
 
+/// Takes a stream in to its end, which may be long in coming.
+std::shared_ptr<const MemoryFile> ReadStream(int descriptor, std::uint64_t most, ReadOutcome& outcome)
+{
+    int trouble = 0;
+    auto file = MemoryFile::Read(descriptor, most, trouble);
+    if (!file && trouble == EFBIG)
+    {
+        outcome = {ImportStatus::TooLarge, "it has more than " + std::to_string(most) + " bytes"};
+    }
+    else if (!file && (trouble == ENOMEM || trouble == ENOSPC))
+    {
+        outcome = {ImportStatus::OutOfMemory, std::string()};
+    }
+    else if (!file)
+    {
+        const bool hasNoNames = trouble == ENOENT;
+        outcome = {ImportStatus::NotReadable,
+                   hasNoNames ? "there is no /proc here, by which a stream is read" : std::strerror(trouble)};
+    }
+    return file;
+}
+
 void LimitWarnings(std::vector<std::string>& warnings)
 {
     if (warnings.size() > kMaxWarnings)
@@ -329,10 +354,10 @@ void LimitWarnings(std::vector<std::string>& warnings)
 
 } // namespace
 
-FileContents ReadModelFile(const std::string& path, const ImportOptions& options, ImportProgress& progress)
+FileContents ReadModelFile(const ModelSource& source, const ImportOptions& options, ImportProgress& progress)
 {
     FileContents contents;
-    contents.outcome = CheckFile(path, options.limits, contents.fileBytes);
+    contents.outcome = CheckFile(source.content, options.limits, contents.fileBytes);
     if (contents.outcome.status != ImportStatus::Done)
     {
         return contents;
@@ -351,17 +376,17 @@ FileContents ReadModelFile(const std::string& path, const ImportOptions& options
             return false;
         }
     };
-    contents.outcome = options.isolate ? ReadIsolated(path, options, reading, contents.model)
-                                       : ReadGuarded(path, options, {reading, nullptr}, contents.model);
+    contents.outcome = options.isolate ? ReadIsolated(source, options, reading, contents.model)
+                                       : ReadGuarded(source, options, {reading, nullptr}, contents.model);
     if (thrown)
     {
         std::rethrow_exception(thrown);
     }
-    NameSchema(path, contents.outcome, contents.model);
+    NameSchema(source.content, contents.outcome, contents.model);
     return contents;
 }
 
-void BuildResult(const FileContents& contents, const std::string& path, const ImportOptions& options,
+void BuildResult(const FileContents& contents, const std::string& name, const ImportOptions& options,
                  ImportProgress& progress, ImportResult& result)
 {
     if (contents.outcome.status != ImportStatus::Done)
@@ -372,7 +397,7 @@ void BuildResult(const FileContents& contents, const std::string& path, const Im
     result.report.fileBytes = contents.fileBytes;
     const auto building = [&progress](float share)
     { return progress(kReadingShare + share * (1.0f - kReadingShare)); };
-    BuildScene(contents.model, path, options, building, result);
+    BuildScene(contents.model, name, options, building, result);
     if (!result.scene)
     {
         Fail(result, result.status, result.error.reason);
@@ -412,8 +437,33 @@ ImportResult ModelImporter::Import(const std::string& path, const ImportOptions&
                          [&](ImportResult& result)
                          {
                              ImportProgress progress(options.progress);
-                             const FileContents contents = ReadModelFile(path, options, progress);
+                             const FileContents contents = ReadModelFile(ModelSource(path), options, progress);
                              BuildResult(contents, path, options, progress, result);
+                         });
+}
+
+ImportResult ModelImporter::ImportStream(int descriptor, const std::string& format, const ImportOptions& options)
+{
+    const std::string name = "standard input";
+    return ImportGuarded(name,
+                         [&](ImportResult& result)
+                         {
+                             ImportProgress progress(options.progress);
+                             ReadOutcome outcome;
+                             const auto file = ReadStream(descriptor, options.limits.fileBytes, outcome);
+                             if (!file)
+                             {
+                                 Fail(result, outcome.status, outcome.reason);
+                                 return;
+                             }
+                             const std::string ending = format.empty() ? GuessFormat(file->GetPath()) : format;
+                             const ModelSource source(ending.empty() ? name : name + "." + ending, file->GetPath());
+                             const FileContents contents = ReadModelFile(source, options, progress);
+                             BuildResult(contents, source.name, options, progress, result);
+                             if (ending.empty() && result.status == ImportStatus::Unsupported)
+                             {
+                                 result.error.remedy = "Name its format, such as obj, or convert it to glTF";
+                             }
                          });
 }
 

@@ -30,6 +30,14 @@ public:
     /// @param path UTF-8, or whatever bytes name the file.
     static ImportResult Import(const std::string& path, const ImportOptions& options = ImportOptions());
 
+    /// Reads a model from a stream, such as standard input, to its end. What the model refers to is looked
+    /// for in the working folder, and messages call it "standard input".
+    ///
+    /// @param descriptor open for reading; stays open.
+    /// @param format the ending that a file would have, such as "obj"; empty to go by what it holds.
+    static ImportResult ImportStream(int descriptor, const std::string& format,
+                                     const ImportOptions& options = ImportOptions());
+
     /// All formats that can be read, by name.
     static std::vector<ImportFormat> ListFormats();
 

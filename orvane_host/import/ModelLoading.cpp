@@ -71,7 +71,7 @@ private:
     {
         try
         {
-            m_contents = ReadModelFile(m_path, m_options, m_progress);
+            m_contents = ReadModelFile(ModelSource(m_path), m_options, m_progress);
         }
         catch (...)
         {

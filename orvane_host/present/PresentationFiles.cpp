@@ -194,17 +194,36 @@ void Presentation::Impl::CountFiles()
     if (m_contents.empty() || m_isHostsScene)
     {
         CountModel();
+        TellPlace();
         return;
     }
     ImportReport sum;
     sum.format = m_contents.front().report.format;
-    // Units stay, also where the file that brought them has gone.
+    // These stay, also where the file that brought them has gone.
     sum.metresPerUnit = report.metresPerUnit;
+    sum.place = report.place;
+    sum.north = report.north;
     for (const Content& content : m_contents)
     {
         AddReport(sum, content.report, content.scale);
     }
     report = std::move(sum);
+    TellPlace();
+}
+
+void Presentation::Impl::TellPlace()
+{
+    const auto tells = [&](auto what)
+    {
+        const auto found = std::find_if(m_contents.begin(), m_contents.end(),
+                                        [&](const Content& content) { return (content.report.*what).has_value(); });
+        if (found != m_contents.end())
+        {
+            report.*what = found->report.*what;
+        }
+    };
+    tells(&ImportReport::place);
+    tells(&ImportReport::north);
 }
 
 } // namespace OV::Host

@@ -4,6 +4,8 @@
 #include "python/native/Engine.h"
 #include "python/native/Refused.h"
 #include "orvane_host/import/NodePath.h"
+#include "orvane_host/present/PictureOptions.h"
+#include "orvane_host/present/SunHoursMap.h"
 #include "orvane/math/Transform.h"
 #include "orvane/overlay/Text.h"
 #include "orvane/scene/CameraNode.h"
@@ -39,7 +41,8 @@ std::set<Model*>& OpenModels()
     return *models;
 }
 
-/// Closes the gaps that the fourth channel leaves.
+} // namespace
+
 void DropAlpha(std::vector<unsigned char>& pixels)
 {
     std::size_t to = 0;
@@ -61,16 +64,10 @@ void NeedSize(PictureSize size)
     }
 }
 
-} // namespace
-
 Model::Model(Host::ImportResult model) : m_presentation(std::make_unique<Host::Presentation>(std::move(model)))
 {
     OpenModels().insert(this);
-    for (const Host::ImportedNode& node : m_presentation->GetNodes())
-    {
-        m_names.insert(node.name);
-    }
-    m_nextNumber = static_cast<int>(m_names.size());
+    TakeNames();
 }
 
 Model::Model() : m_presentation(std::make_unique<Host::Presentation>(std::make_unique<Scene>()))
@@ -90,6 +87,7 @@ void Model::Close()
 {
     OpenModels().erase(this);
     m_texts.clear();
+    m_map.reset();
     m_presentation.reset();
     m_meshes.clear();
 }
@@ -239,7 +237,7 @@ std::vector<unsigned char> Model::TakePicture(PictureSize size)
 {
     Host::Presentation& presentation = Fresh();
     Engine::Get().NeedContext();
-    LayOutTexts(size);
+    LayOut(size);
     std::vector<unsigned char> pixels;
     std::string error;
     if (!presentation.TakePicture(pixels, size.width, size.height, error))
@@ -254,9 +252,12 @@ void Model::SavePicture(const std::string& path, PictureSize size)
 {
     Host::Presentation& presentation = Fresh();
     Engine::Get().NeedContext();
-    LayOutTexts(size);
+    LayOut(size);
     std::string error;
-    if (!presentation.SavePicture(path, size.width, size.height, error))
+    Host::PictureOptions options;
+    options.width = size.width;
+    options.height = size.height;
+    if (!presentation.SavePicture(path, options, error))
     {
         throw Refused(Trouble::File, path + ": " + error);
     }

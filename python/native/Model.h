@@ -1,6 +1,9 @@
 #pragma once
 
 #include "orvane_host/present/Presentation.h"
+#include "orvane_host/present/SunSettings.h"
+#include "orvane_host/present/SunStudy.h"
+#include "orvane_host/sheet/Notes.h"
 #include "orvane/base/WatchedPtr.h"
 #include "orvane/math/Color.h"
 #include "orvane/math/Vector.h"
@@ -13,6 +16,7 @@
 #include <set>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace OV
@@ -27,6 +31,13 @@ class Text;
 class Transform;
 
 } // namespace OV
+
+namespace OV::Host
+{
+
+class SunHoursMap;
+
+} // namespace OV::Host
 
 namespace OV::Python
 {
@@ -124,6 +135,20 @@ struct PictureSize
     int height = 0;
 };
 
+/// How long the sun shines on pieces of a surface.
+struct SunHours
+{
+    std::vector<QGM::Point3d> places; ///< the middle of each piece, in the world
+    std::vector<float> hours;
+    double most = 0.0; ///< of the whole time
+};
+
+/// Refuses a picture without pixels.
+void NeedSize(PictureSize size);
+
+/// Closes the gaps that the fourth channel leaves.
+void DropAlpha(std::vector<unsigned char>& pixels);
+
 using NodeId = std::uint64_t;
 using MaterialId = std::uint64_t;
 using TextId = std::uint64_t;
@@ -172,6 +197,26 @@ public:
     std::vector<Hit> PickThrough(int x, int y, int most, PictureSize size);
     Host::ImportReport Report();
     Host::PresentationStatistics Statistics();
+
+    /// Where the files were read, in their order.
+    std::vector<std::string> Files();
+    void AddFile(Host::ImportResult file);
+    void ReplaceFile(std::size_t place, Host::ImportResult file);
+    void RemoveFile(std::size_t place);
+
+    void SetDimensions(std::vector<Host::Dimension> dimensions);
+    /// Each with its value as people read it.
+    std::vector<std::pair<Host::Dimension, std::string>> Dimensions();
+    void Label(const std::string& path, const std::string& text);
+    void ClearLabel(const std::optional<std::string>& path);
+
+    Host::SunState Sun();
+    /// R, G, B, the top row first.
+    /// @param times as Host::SunStudyTimes reads them.
+    std::vector<unsigned char> SunStudy(const std::string& times, PictureSize size);
+    /// Shows the map until ClearSunHours.
+    SunHours ShowSunHours(const std::string& times, const std::string& surface);
+    void ClearSunHours();
 
     MaterialId AddMaterial(const std::string& name, MaterialValues values);
     MaterialId FindMaterial(const std::string& name);
@@ -222,11 +267,19 @@ private:
     /// @return whether there was something.
     bool RemoveOrphans();
     std::string FreeName(const std::string& wanted);
-    void LayOutTexts(PictureSize size);
+    /// Puts what has its place in the picture there.
+    void LayOut(PictureSize size);
+    Node* FileAt(std::size_t place);
+    /// Of those that were put below a file's node alone, which go with it.
+    void ForgetMeshesOf(const Node* top);
+    /// Takes the names of a file that has come.
+    void TakeNames();
+    Host::SunStudyTimes TimesOf(const std::string& text);
     std::vector<Hit> Told(const std::vector<Host::PickHit>& hits);
     void Give(Material& material, MaterialValues& values);
 
     std::unique_ptr<Host::Presentation> m_presentation;
+    std::unique_ptr<Host::SunHoursMap> m_map;
     bool m_isStale = false; ///< the presentation does not know of all changes
     std::uint64_t m_lastId = 0;
     int m_nextNumber = 0; ///< by which edges part the nodes that are added

@@ -5,6 +5,7 @@
 #include "python/native/Refused.h"
 #include "orvane_host/geometry/Polyline.h"
 #include "orvane_host/import/ImportOptions.h"
+#include "orvane_host/present/SunHoursMap.h"
 #include "orvane/math/Transform.h"
 #include "orvane/overlay/Scene2D.h"
 #include "orvane/overlay/Shape2DNode.h"
@@ -466,8 +467,12 @@ void Model::RemoveText(TextId id)
     m_texts.erase(id);
 }
 
-void Model::LayOutTexts(PictureSize size)
+void Model::LayOut(PictureSize size)
 {
+    if (m_map)
+    {
+        m_map->Layout(size.width, size.height);
+    }
     for (auto& [id, placed] : m_texts)
     {
         Shape2DNode* const node = placed.text->GetInstance(0);

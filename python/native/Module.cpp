@@ -1,20 +1,11 @@
 // The module orvane._native: what orvane/_model.py stands on. It takes arguments in one form each; the
 // package brings what people write into that form.
 #include "python/native/Arrays.h"
-#include "python/native/Engine.h"
-#include "python/native/Model.h"
+#include "python/native/Binding.h"
 #include "python/native/Refused.h"
-#include "orvane_host/import/ModelImporter.h"
-#include "orvane_host/import/ModelLoading.h"
 #include "orvane/imaging/ImageCodec.h"
 #include "orvane/math/Transform.h"
 
-#include <pybind11/functional.h>
-#include <pybind11/stl.h>
-
-#include <array>
-#include <chrono>
-#include <thread>
 #include <utility>
 
 namespace py = pybind11;
@@ -24,192 +15,6 @@ namespace OV::Python
 
 namespace
 {
-
-/// Text that comes back as it went, whatever bytes a file has for a name.
-struct Name
-{
-    std::string bytes;
-};
-
-} // namespace
-
-} // namespace OV::Python
-
-namespace pybind11::detail
-{
-
-template <>
-struct type_caster<OV::Python::Name>
-{
-    PYBIND11_TYPE_CASTER(OV::Python::Name, const_name("str"));
-
-    bool load(handle source, bool)
-    {
-        if (!PyUnicode_Check(source.ptr()))
-        {
-            return false;
-        }
-        const auto bytes = reinterpret_steal<object>(PyUnicode_AsEncodedString(source.ptr(), "utf-8", "surrogateescape"));
-        if (!bytes)
-        {
-            throw error_already_set();
-        }
-        value.bytes.assign(PyBytes_AS_STRING(bytes.ptr()), static_cast<std::size_t>(PyBytes_GET_SIZE(bytes.ptr())));
-        return true;
-    }
-
-    static handle cast(const OV::Python::Name& name, return_value_policy, handle)
-    {
-        return PyUnicode_DecodeUTF8(name.bytes.data(), static_cast<Py_ssize_t>(name.bytes.size()), "surrogateescape");
-    }
-};
-
-} // namespace pybind11::detail
-
-namespace OV::Python
-{
-
-namespace
-{
-
-using Triple = std::array<float, 3>;
-using Quadruple = std::array<float, 4>;
-
-Vector ToVector(const Triple& t)
-{
-    return Vector(t[0], t[1], t[2]);
-}
-
-Triple FromVector(const Vector& v)
-{
-    return {v.x, v.y, v.z};
-}
-
-Color ToColor(const Quadruple& c)
-{
-    return Color(c[0], c[1], c[2], c[3]);
-}
-
-Quadruple FromColor(const Color& c)
-{
-    return {c.r, c.g, c.b, c.a};
-}
-
-/// A model in the hands of Python, which lets go of it on whatever thread.
-class Handle
-{
-public:
-    explicit Handle(std::shared_ptr<Model> model) : m_model(std::move(model)) {}
-
-    ~Handle()
-    {
-        Engine::Get().RunLater([model = std::move(m_model)]() mutable { model.reset(); });
-    }
-
-    Handle(const Handle&) = delete;
-    Handle& operator=(const Handle&) = delete;
-
-    const std::shared_ptr<Model>& Get() const { return m_model; }
-
-private:
-    std::shared_ptr<Model> m_model;
-};
-
-/// Runs an operation of a model on the engine's thread.
-template <typename Work>
-auto On(const Handle& handle, Work work)
-{
-    return Engine::Get().Run([model = handle.Get(), work = std::move(work)]() mutable { return work(*model); });
-}
-
-/// A binding of an operation that takes and gives plain values.
-template <typename Result, typename... Given>
-auto Bound(Result (Model::*operation)(Given...))
-{
-    return [operation](const Handle& handle, std::decay_t<Given>... given)
-    {
-        return On(handle, [operation, values = std::make_tuple(std::move(given)...)](Model& model) mutable
-                  { return std::apply([&](auto&... value) { return (model.*operation)(std::move(value)...); }, values); });
-    };
-}
-
-/// The same for one that takes a path of a node.
-template <typename Result>
-auto BoundPath(Result (Model::*operation)(const std::string&))
-{
-    return [operation](const Handle& handle, const Name& path)
-    { return On(handle, [operation, path](Model& model) { return (model.*operation)(path.bytes); }); };
-}
-
-std::unique_ptr<Handle> MakeHandle(std::function<std::shared_ptr<Model>()> make)
-{
-    return std::make_unique<Handle>(Engine::Get().Run(std::move(make)));
-}
-
-/// Waits for a file while others run, and asks now and then whether to go on.
-void WaitFor(Host::ModelLoading& loading, const py::object& progress)
-{
-    auto pause = std::chrono::milliseconds(1);
-    float told = -1.0f;
-    for (;;)
-    {
-        bool isReady = loading.IsReady();
-        if (!isReady)
-        {
-            const WithoutInterpreter scope;
-            std::this_thread::sleep_for(pause);
-            isReady = loading.IsReady();
-        }
-        pause = std::min(pause * 2, std::chrono::milliseconds(50));
-        if (PyErr_CheckSignals() != 0)
-        {
-            throw py::error_already_set();
-        }
-        const float percent = loading.GetPercent();
-        if (!progress.is_none() && percent > told)
-        {
-            told = percent;
-            const py::object answer = progress(percent);
-            if (answer.ptr() == Py_False)
-            {
-                loading.Cancel();
-            }
-        }
-        if (isReady)
-        {
-            return;
-        }
-    }
-}
-
-std::unique_ptr<Handle> Open(const Name& path, bool textures, bool keepCoplanar, const py::object& progress)
-{
-    Host::ImportOptions options;
-    options.textures = textures;
-    options.orderCoplanar = !keepCoplanar;
-    auto loading = std::make_shared<Host::ModelLoading>(path.bytes, options);
-    try
-    {
-        WaitFor(*loading, progress);
-    }
-    catch (...)
-    {
-        loading->Cancel();
-        const WithoutInterpreter scope;
-        loading.reset();
-        throw;
-    }
-    return MakeHandle(
-        [loading]
-        {
-            Host::ImportResult result = loading->Take();
-            if (!result)
-            {
-                throw Refused(Trouble::File, result.error.Line());
-            }
-            return std::make_shared<Model>(std::move(result));
-        });
-}
 
 py::object BoxArray(const std::optional<Host::Presentation::Box>& box)
 {
@@ -227,16 +32,6 @@ py::object BoxArray(const std::optional<Host::Presentation::Box>& box)
         }
     }
     return std::move(array);
-}
-
-py::list NamesOf(const std::vector<std::string>& names)
-{
-    py::list list;
-    for (const std::string& name : names)
-    {
-        list.append(Name{name});
-    }
-    return list;
 }
 
 py::list HitsOf(const std::vector<Hit>& hits)
@@ -584,10 +379,9 @@ PYBIND11_MODULE(_native, module)
 
     py::class_<Handle> model(module, "Model");
     model.def(py::init([] { return MakeHandle([] { return std::make_shared<Model>(); }); }));
-    model.def_static("open", &Open, py::arg("path"), py::arg("textures"), py::arg("keep_coplanar"),
-                     py::arg("progress"));
     BindView(model);
     BindScene(model);
+    BindFiles(module, model);
 
     module.def("pack_png", &PackPNG, py::arg("picture"));
     module.def("default_settings", [] { return Name{OV::Host::PresentationSettings().ToJSON()}; });
@@ -603,16 +397,6 @@ PYBIND11_MODULE(_native, module)
                    return Name{settings->ToJSON()};
                },
                py::arg("json"));
-    module.def("formats",
-               []
-               {
-                   py::dict formats;
-                   for (const OV::Host::ImportFormat& format : OV::Host::ModelImporter::ListFormats())
-                   {
-                       formats[py::str(format.name)] = format.extensions;
-                   }
-                   return formats;
-               });
     module.attr("version") = ORVANE_VERSION;
 
     py::module_::import("atexit").attr("register")(py::cpp_function([] { Engine::Get().Stop(); }));

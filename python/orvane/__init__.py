@@ -13,10 +13,10 @@ that is forked after the first use cannot go on using it: start processes by the
 from ._errors import ClosedError, ContextError, Error, FileError, NodeError, SettingsError
 from ._model import Model, formats, open
 from ._native import version as __version__
-from ._scene import Camera, Geometry, Hit, Material, Node, Text
+from ._scene import Camera, Dimension, Geometry, Hit, Material, Node, Sun, SunHours, Text
 from ._settings import Settings
 
 __all__ = [
-    "Camera", "ClosedError", "ContextError", "Error", "FileError", "Geometry", "Hit", "Material", "Model", "Node",
-    "NodeError", "Settings", "SettingsError", "Text", "formats", "open", "__version__",
+    "Camera", "ClosedError", "ContextError", "Dimension", "Error", "FileError", "Geometry", "Hit", "Material", "Model",
+    "Node", "NodeError", "Settings", "SettingsError", "Sun", "SunHours", "Text", "formats", "open", "__version__",
 ]

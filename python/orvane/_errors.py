@@ -14,7 +14,7 @@ class FileError(Error, OSError):
 
 
 class NodeError(Error, LookupError):
-    """A node or material that there isn't."""
+    """A node, a material or a file of a model that there isn't."""
 
 
 class ContextError(Error, RuntimeError):

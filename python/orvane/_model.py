@@ -13,23 +13,28 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from . import _arrays, _native, _words
+from ._errors import NodeError
 from ._native import Model as _NativeModel
-from ._scene import Camera, ColorLike, Geometry, Hit, Material, Node, Text, material_values
+from ._scene import (Camera, ColorLike, Dimension, Geometry, Hit, Material, Node, Sun, SunHours, Text,
+                     material_values)
 
 if TYPE_CHECKING:
     from typing import Unpack
 
     from ._settings import Settings
 
+PathLike = str | bytes | os.PathLike[Any]
+
 #: Of a picture that a notebook shows.
 _SHOWN_SIZE = (960, 600)
 
 
-def open(path: str | bytes | os.PathLike[Any], *, textures: bool = True,
-         keep_coplanar: bool = False, progress: Callable[[float], object] | None = None, **settings: Unpack[Settings]) -> Model:
+def open(path: PathLike, *more: PathLike, textures: bool = True, keep_coplanar: bool = False,
+         progress: Callable[[float], object] | None = None, **settings: Unpack[Settings]) -> Model:
     """Opens a model file, in a process of its own, so that a damaged file harms nobody.
 
     :param path: a file of any of :func:`formats`.
+    :param more: further files, which stand beside it as by :meth:`Model.add_file`.
     :param textures: whether pictures on surfaces are read.
     :param keep_coplanar: leaves faces in one plane to show in turns, where else the thinner of two things is seen.
     :param progress: called now and then with the share that is read, 0 to 100; ``False`` as an answer ends it.
@@ -38,6 +43,8 @@ def open(path: str | bytes | os.PathLike[Any], *, textures: bool = True,
     """
     model = Model.__new__(Model)
     model._begin(_native.Model.open(os.fsdecode(path), bool(textures), bool(keep_coplanar), progress))
+    for other in more:
+        model.add_file(other, textures=textures, keep_coplanar=keep_coplanar, progress=progress)
     return model.set(**settings)
 
 
@@ -66,6 +73,59 @@ class Model:
         # Reading, changing and writing settings is one step for other threads.
         self._lock = threading.RLock()
         self._default: Material | None = None
+
+    # Files
+
+    @property
+    def files(self) -> list[str]:
+        """The files that stand beside each other in the model, as they were opened, in their order."""
+        return self._native.files()
+
+    def add_file(self, path: PathLike, *, textures: bool = True, keep_coplanar: bool = False,
+                 progress: Callable[[float], object] | None = None) -> Model:
+        """Puts another file beside what is there, brought to the same unit where both tell theirs.
+
+        The node at its top keeps its name, or takes that of the file. A view without an eye has room for all.
+
+        :param textures: as for :func:`open`, as are ``keep_coplanar`` and ``progress``.
+        :raises FileError: with the reason and the remedy; the model stays as it was.
+        """
+        self._native.add_file(os.fsdecode(path), bool(textures), bool(keep_coplanar), progress)
+        return self
+
+    def replace_file(self, file: int | PathLike, path: PathLike | None = None, *, textures: bool = True,
+                     keep_coplanar: bool = False, progress: Callable[[float], object] | None = None) -> Model:
+        """Puts a file in the place of one of :attr:`files`. What was added below the nodes of that one goes.
+
+        :param file: its place, or the path that it was opened by.
+        :param path: the same file, as it is now, if not given.
+        :raises FileError: with the reason and the remedy; the model stays as it was.
+        """
+        place = self._file(file)
+        new = self.files[place] if path is None else os.fsdecode(path)
+        self._native.replace_file(place, new, bool(textures), bool(keep_coplanar), progress)
+        return self
+
+    def remove_file(self, file: int | PathLike) -> Model:
+        """Takes one of :attr:`files` out, with what was added below its nodes.
+
+        :param file: as for :meth:`replace_file`.
+        """
+        self._native.remove_file(self._file(file))
+        return self
+
+    def _file(self, file: int | PathLike) -> int:
+        files = self.files
+        if isinstance(file, (str, bytes, os.PathLike)):
+            path = os.fsdecode(file)
+            if path not in files:
+                raise NodeError(f"there is no file {path!r} in the model; those that there are: "
+                                + (", ".join(files) or "none"))
+            return files.index(path)
+        place = _words.whole(file, "file")
+        if not -len(files) <= place < len(files):
+            raise ValueError(f"file is {place}; the model has {len(files)} files")
+        return place % len(files)
 
     # Settings
 
@@ -365,8 +425,9 @@ class Model:
         return _native.pack_png(self.picture(width, height))
 
     def save(self, path: str | bytes | os.PathLike[Any], width: int = 1280, height: int = 720) -> Model:
-        """Draws a picture into a file, which is complete or not there.
+        """Draws a picture into a PNG or JPEG file, by its ending, which is complete or not there.
 
+        :param width: up to 65535 pixels, as is ``height``; what GL cannot draw at once is drawn in tiles.
         :raises FileError: with the reason and the remedy.
         """
         self._native.save(os.fsdecode(path), _words.whole(width, "width"), _words.whole(height, "height"))
@@ -400,6 +461,88 @@ class Model:
     def _hits(self, found: list[Any]) -> list[Hit]:
         return [Hit(Node(self, node), path, mesh, depth, (position[0], position[1], position[2]), x, y)
                 for node, path, mesh, depth, position, x, y in found]
+
+    # Notes on the picture
+
+    def add_distance(self, start: ArrayLike, end: ArrayLike) -> Model:
+        """Draws the distance of two places as a dimension line.
+
+        :param start: shape (3,) in world space, as is ``end``.
+        """
+        return self._dimension(start, end)
+
+    def add_angle(self, start: ArrayLike, at: ArrayLike, end: ArrayLike) -> Model:
+        """Draws the angle between two places as it is seen from a third.
+
+        :param start: shape (3,) in world space, as are ``at`` and ``end``.
+        """
+        return self._dimension(start, at, end)
+
+    def _dimension(self, *points: ArrayLike) -> Model:
+        new = np.array([_words.triple(point, "a point of the dimension") for point in points], np.float64)
+        with self._lock:
+            self._native.set_dimensions([known.points for known in self.dimensions] + [new])
+        return self
+
+    @property
+    def dimensions(self) -> list[Dimension]:
+        """The distances and angles that stand on the picture, in the order of their adding."""
+        return [Dimension(points, value, text) for points, value, text in self._native.dimensions()]
+
+    def clear_dimensions(self) -> Model:
+        """Takes every :meth:`add_distance` and :meth:`add_angle` back."""
+        self._native.set_dimensions([])
+        return self
+
+    def label(self, node: str | Node, text: str = "") -> Model:
+        """Writes a text at a node with what is below it, which follows it; not while all of that is hidden.
+
+        :param text: the name of the node if not given. A second one takes the place of the first.
+        """
+        self._native.label(self._path(node), _word(text, "text"))
+        return self
+
+    def clear_label(self, node: str | Node | None = None) -> Model:
+        """Takes :meth:`label` back, for one node or for all."""
+        self._native.clear_label(None if node is None else self._path(node))
+        return self
+
+    # The sun
+
+    @property
+    def sun(self) -> Sun | None:
+        """Where the sun of the settings stands; None without one."""
+        found = self._native.sun()
+        if found is None:
+            return None
+        direction, azimuth, elevation = found
+        return Sun(None if direction is None else (direction[0], direction[1], direction[2]), azimuth, elevation)
+
+    def sun_study(self, times: str, width: int = 1280, height: int = 720) -> NDArray[np.uint8]:
+        """Draws a sheet of pictures, one for each time. The settings need a sun by time.
+
+        :param times: first, last and step, such as ``"2026-03-20T09:00+01:00/17:00/1h"``.
+        :param width: of the whole sheet, as is ``height``.
+        :returns: as :meth:`picture`.
+        """
+        return self._native.sun_study(_word(times, "times"), _words.whole(width, "width"),
+                                      _words.whole(height, "height"))
+
+    def sun_hours(self, times: str, surface: str | Node = "ground") -> SunHours:
+        """Counts how long the sun shines, and shows it as a coloured map until :meth:`clear_sun_hours`.
+
+        The map is of the model as it is now. The settings need a sun by time.
+
+        :param times: as for :meth:`sun_study`.
+        :param surface: ``"ground"`` for a plane under the model, or a node with what is below it.
+        """
+        positions, hours, most = self._native.sun_hours(_word(times, "times"), self._path(surface))
+        return SunHours(positions, hours, most)
+
+    def clear_sun_hours(self) -> Model:
+        """Takes the map of :meth:`sun_hours` away."""
+        self._native.clear_sun_hours()
+        return self
 
     # The rest
 

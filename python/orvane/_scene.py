@@ -242,3 +242,39 @@ class Camera:
     target: tuple[float, float, float]
     #: The upper edge of the picture, of length 1.
     up: tuple[float, float, float]
+
+
+@dataclass(frozen=True)
+class Dimension:
+    """A distance or an angle that stands on the picture."""
+
+    #: Shape (2, 3) for a distance; (3, 3) for an angle, which is at the second.
+    points: NDArray[np.float64]
+    #: In the units of the model, or in degrees.
+    value: float
+    #: As it is written, with the unit where the model has one.
+    text: str
+
+
+@dataclass(frozen=True)
+class Sun:
+    """Where the sun stands."""
+
+    #: From the model to the sun in world space, of length 1; None while it is below the horizon.
+    direction: tuple[float, float, float] | None
+    #: Degrees clockwise from true north; None for a sun that was given by its direction.
+    azimuth: float | None
+    #: Degrees above the horizon; None likewise.
+    elevation: float | None
+
+
+@dataclass(frozen=True)
+class SunHours:
+    """How long the sun shines on the pieces of a surface."""
+
+    #: Shape (n, 3), the middles in world space.
+    positions: NDArray[np.float64]
+    #: Shape (n,).
+    hours: NDArray[np.float32]
+    #: The hours from the first to the last of the times.
+    most: float

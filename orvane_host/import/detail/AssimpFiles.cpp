@@ -51,15 +51,15 @@ private:
 
 } // namespace
 
-AssimpFiles::AssimpFiles(const std::string& modelPath, std::uint64_t maxBytes,
+AssimpFiles::AssimpFiles(const ModelSource& model, std::uint64_t maxBytes,
                          std::function<void(std::uint64_t)> opened)
-    : m_finder(modelPath), m_maxBytes(maxBytes), m_opened(std::move(opened))
+    : m_model(model), m_finder(model.name), m_maxBytes(maxBytes), m_opened(std::move(opened))
 {
 }
 
 bool AssimpFiles::Exists(const char* file) const
 {
-    return IsRegularFile(file) || !m_finder.Find(file).empty();
+    return !Find(file).empty();
 }
 
 Assimp::IOStream* AssimpFiles::Open(const char* file, const char* mode)
@@ -68,7 +68,7 @@ Assimp::IOStream* AssimpFiles::Open(const char* file, const char* mode)
     {
         return nullptr;
     }
-    const std::string path = IsRegularFile(file) ? std::string(file) : m_finder.Find(file);
+    const std::string path = Find(file);
     struct stat info = {};
     if (path.empty() || stat(path.c_str(), &info) != 0 ||
         static_cast<std::uint64_t>(info.st_size) > m_maxBytes)
@@ -82,6 +82,15 @@ Assimp::IOStream* AssimpFiles::Open(const char* file, const char* mode)
     }
     Assimp::IOStream* stream = DefaultIOSystem::Open(path.c_str(), mode);
     return stream ? new GuardedStream(stream) : nullptr;
+}
+
+std::string AssimpFiles::Find(const char* file) const
+{
+    if (m_model.name == file)
+    {
+        return m_model.content;
+    }
+    return IsRegularFile(file) ? std::string(file) : m_finder.Find(file);
 }
 
 } // namespace OV::Host

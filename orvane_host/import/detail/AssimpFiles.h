@@ -1,6 +1,7 @@
 #pragma once
 
 #include "orvane_host/import/detail/FileFinder.h"
+#include "orvane_host/import/detail/ModelSource.h"
 
 #include <assimp/DefaultIOSystem.h>
 
@@ -17,14 +18,19 @@ namespace OV::Host
 class AssimpFiles : public Assimp::DefaultIOSystem
 {
 public:
+    /// @param model its content is opened by its name.
     /// @param opened called with the size of all files opened so far, each time one is.
-    AssimpFiles(const std::string& modelPath, std::uint64_t maxBytes,
+    AssimpFiles(const ModelSource& model, std::uint64_t maxBytes,
                 std::function<void(std::uint64_t)> opened);
 
     bool Exists(const char* file) const override;
     Assimp::IOStream* Open(const char* file, const char* mode) override;
 
 private:
+    /// The path of a regular file, or empty.
+    std::string Find(const char* file) const;
+
+    ModelSource m_model;
     /// Caches listings, which does not show.
     mutable FileFinder m_finder;
     std::uint64_t m_maxBytes;

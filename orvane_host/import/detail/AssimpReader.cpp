@@ -222,18 +222,18 @@ std::string FormatOf(const Assimp::Importer& importer)
 
 } // namespace
 
-ReadOutcome ReadWithAssimp(const std::string& path, const ImportOptions& options, const ReadHooks& hooks,
+ReadOutcome ReadWithAssimp(const ModelSource& source, const ImportOptions& options, const ReadHooks& hooks,
                            ModelData& model)
 {
     auto importer = std::make_shared<Assimp::Importer>();
     auto* relay = new ProgressRelay(hooks.progress);
     importer->SetProgressHandler(relay);
-    importer->SetIOHandler(new AssimpFiles(path, options.limits.fileBytes, hooks.opened));
+    importer->SetIOHandler(new AssimpFiles(source, options.limits.fileBytes, hooks.opened));
     importer->SetPropertyInteger(AI_CONFIG_PP_RVC_FLAGS, static_cast<int>(kUnwanted));
     importer->SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, options.smoothingAngle);
     const ReadOutcome cancelled = {ImportStatus::Cancelled, std::string()};
 
-    const aiScene* scene = importer->ReadFile(path, 0);
+    const aiScene* scene = importer->ReadFile(source.name, 0);
     if (relay->IsCancelled())
     {
         return cancelled;

@@ -3,6 +3,7 @@
 #include "orvane_host/import/ImportOptions.h"
 #include "orvane_host/import/ImportResult.h"
 #include "orvane_host/import/detail/ModelData.h"
+#include "orvane_host/import/detail/ModelSource.h"
 
 #include <cstdint>
 #include <functional>
@@ -31,7 +32,7 @@ struct ReadHooks
 /// Parses a file and flattens what it holds, triangulated and with normals, Y up.
 ///
 /// Indices, numbers and references of the result are as the parser left them: not checked.
-ReadOutcome ReadWithAssimp(const std::string& path, const ImportOptions& options, const ReadHooks& hooks,
+ReadOutcome ReadWithAssimp(const ModelSource& source, const ImportOptions& options, const ReadHooks& hooks,
                            ModelData& model);
 
 /// See ModelImporter::ListFormats.

@@ -40,10 +40,10 @@ struct FileContents
 };
 
 /// Checks and reads a file. May throw what the callback of the progress throws.
-FileContents ReadModelFile(const std::string& path, const ImportOptions& options, ImportProgress& progress);
+FileContents ReadModelFile(const ModelSource& source, const ImportOptions& options, ImportProgress& progress);
 
-/// Builds the scene of what was read. May throw, as ReadModelFile.
-void BuildResult(const FileContents& contents, const std::string& path, const ImportOptions& options,
+/// Builds the scene of what was read of a source with this name. May throw, as ReadModelFile.
+void BuildResult(const FileContents& contents, const std::string& name, const ImportOptions& options,
                  ImportProgress& progress, ImportResult& result);
 
 /// Carries out what may throw, and tells what it throws in the result.

@@ -158,6 +158,8 @@ private:
     void PutFile(std::size_t place, ImportResult model);
     void TakeFileOut(std::size_t place);
     void CountFiles();
+    /// The first file that tells where it stands counts, and so for the north.
+    void TellPlace();
     void MakeLight();
     float Extent() const;
     float OutlineWidth() const;

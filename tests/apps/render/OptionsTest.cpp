@@ -21,7 +21,7 @@ const std::vector<std::string> Known = {
     "--line-width", "--line-color", "--dash",      "--line-offset", "--title",        "--scale-bar",  "--north",
     "--watermark",  "--pick",    "--stats",        "--frames",     "--hide",          "--isolate",    "--label",
     "--distance",   "--angle",   "--up-axis",      "--pixel-ratio", "--quiet",        "--fail-if-empty", "--paper",
-    "--portrait",   "--dpi",     "--scale",        "--alpha",      "--depth",         "--list-nodes",
+    "--portrait",   "--dpi",     "--scale",        "--alpha",      "--depth",         "--list-nodes",  "--format",
     "--surroundings", "--ground",    "--batches",
     "--fit-all",    "--sun",        "--place",   "--sun-study",    "--sun-hours",
     "--ao-kind",    "--ao-radius",  "--ao-strength",     "--keep-coplanar", "--hidden",

@@ -97,6 +97,34 @@ TEST_F(PresentationFiles, LinesOfAFurtherFileComeWithIt)
     EXPECT_TRUE(Draw(both) != with);
 }
 
+TEST_F(PresentationFiles, TheFirstFileThatTellsItsPlaceAndNorthGivesThem)
+{
+    const auto standing = [&](double latitude, double north)
+    {
+        Host::ImportResult model = Import("b.dae", Triangle(3, "house", "1"));
+        model.report.place = Host::ImportedPlace{latitude, 13.0};
+        model.report.north = north;
+        return model;
+    };
+    Host::Presentation files(Import("a.dae", Triangle(0, "house", "1")));
+    EXPECT_FALSE(files.GetReport().place);
+    Add(files, standing(52.0, 30.0));
+    Add(files, standing(10.0, 40.0));
+    ASSERT_TRUE(files.GetReport().place && files.GetReport().north);
+    EXPECT_EQ(files.GetReport().place->latitude, 52.0);
+    EXPECT_EQ(*files.GetReport().north, 30.0);
+    std::string error;
+    ASSERT_TRUE(files.Replace(1, standing(53.0, -5.0), error)) << error;
+    EXPECT_EQ(files.GetReport().place->latitude, 53.0);
+    EXPECT_EQ(*files.GetReport().north, -5.0);
+    files.Remove(1);
+    EXPECT_EQ(files.GetReport().place->latitude, 10.0);
+    // A sun of the settings may go by it.
+    files.Remove(1);
+    ASSERT_TRUE(files.GetReport().place);
+    EXPECT_EQ(files.GetReport().place->latitude, 10.0);
+}
+
 TEST_F(PresentationFiles, OneFileTwiceHasTwoNames)
 {
     Host::Presentation both(Import("a.dae", Triangle(0, "house", "1")));
