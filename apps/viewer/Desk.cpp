@@ -123,6 +123,7 @@ bool Desk::Apply(const Host::PresentationSettings& settings)
     }
     const bool isOtherView = settings.view != m_settings.view;
     m_settings = settings;
+    m_frameTime = 0.0;
     m_stepsBack = false;
     if (isOtherView)
     {
@@ -274,7 +275,11 @@ const Host::PresentationSettings& Desk::GetDrawn() const
 
 void Desk::TellFrameTime(double seconds)
 {
-    m_frameTime = seconds;
+    // What a frame takes without the stages says nothing about one with them.
+    if (!m_stepsBack)
+    {
+        m_frameTime = seconds;
+    }
 }
 
 bool Desk::Walk(double forward)

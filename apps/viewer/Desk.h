@@ -130,6 +130,7 @@ public:
     bool NeedsDraw() const;
     /// What is drawn with at the moment: while something moves, stages that take too long step back.
     const Host::PresentationSettings& GetDrawn() const;
+    /// @param seconds that the frame which was drawn last took.
     void TellFrameTime(double seconds);
 
     // Nodes
@@ -225,7 +226,7 @@ private:
 
     double m_restIn = 0.0;     ///< seconds until what steps back comes back
     bool m_stepsBack = false;
-    double m_frameTime = 0.0;
+    double m_frameTime = 0.0;  ///< of the last one with all stages
 
     std::vector<std::string> m_selection;
     std::vector<std::string> m_hidden;

@@ -24,7 +24,8 @@ void Widen(const Node& node, std::optional<Host::Presentation::Box>& box, Desk::
     {
         for (const Mesh* const mesh : place->GetMeshes())
         {
-            thing.triangles += mesh->GetIndices().size() / 3;
+            // Lines are drawn of triangles that nobody has modelled.
+            thing.triangles += mesh->Type() == NodeTypeLine ? 0 : mesh->GetIndices().size() / 3;
             if (thing.material.empty() && mesh->GetMaterial())
             {
                 thing.material = mesh->GetMaterial()->GetName();

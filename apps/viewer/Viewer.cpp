@@ -472,11 +472,8 @@ void Viewer::DrawModel()
     }
     m_desk.Draw();
     ++m_modelFrames;
-    if (m_desk.IsMoving())
-    {
-        glFinish();
-        m_desk.TellFrameTime(std::chrono::duration<double>(Clock::now() - begin).count());
-    }
+    glFinish();
+    m_desk.TellFrameTime(std::chrono::duration<double>(Clock::now() - begin).count());
 }
 
 void Viewer::SaveScreenshot(int width, int height)

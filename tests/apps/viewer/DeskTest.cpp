@@ -74,6 +74,45 @@ TEST_F(DeskTest, WhatDoesNotFitTheTimeOfAFrameStepsBackWhileMovingAndComesBack)
     EXPECT_FALSE(desk.IsMoving());
 }
 
+TEST_F(DeskTest, WhatTookTooLongOnceStepsBackFromTheFirstFrameOfTheNextMovement)
+{
+    desk.Open(Write("a.obj", "wall"));
+    Wait();
+    Host::PresentationSettings settings;
+    settings.occlusion = true;
+    ASSERT_TRUE(desk.Apply(settings));
+    const auto move = [this]
+    {
+        desk.GetNavigator().OrbitBy({5.0, 0.0});
+        desk.FollowNavigator();
+    };
+    const auto rest = [this]
+    {
+        for (int i = 0; i < 6; ++i)
+        {
+            desk.Update(0.05);
+        }
+    };
+    desk.TellFrameTime(0.2);
+    move();
+    EXPECT_FALSE(desk.GetDrawn().occlusion);
+    desk.TellFrameTime(0.001);
+    rest();
+    EXPECT_TRUE(desk.GetDrawn().occlusion);
+    move();
+    EXPECT_FALSE(desk.GetDrawn().occlusion) << "the frame without it was the fast one";
+    rest();
+    desk.TellFrameTime(0.001);
+    move();
+    EXPECT_TRUE(desk.GetDrawn().occlusion) << "there was time for it at rest";
+    // Other settings may be fast ones.
+    desk.TellFrameTime(0.2);
+    settings.sky = true;
+    ASSERT_TRUE(desk.Apply(settings));
+    move();
+    EXPECT_TRUE(desk.GetDrawn().occlusion);
+}
+
 TEST_F(DeskTest, FilesComeOneAfterAnotherAndOneInPlaceOfAllComesAlone)
 {
     const std::string a = Write("a.obj", "wall");

@@ -61,7 +61,7 @@ TEST_F(ViewerLook, AnIdleWindowSleeps)
 
 TEST_F(ViewerLook, WhatIsSelectedIsDescribed)
 {
-    const std::string told = View(WritePair(), "view front\nwait\nclick 520,240\nprint thing\nkey escape\nprint thing");
+    const std::string told = View(WritePair(), "set lines {}\nview front\nwait\nclick 520,240\nprint thing\nkey escape\nprint thing");
     EXPECT_EQ(told, "right\npair.obj/right\nMaterial: green\nSize: 2 x 2 x 0\n2 triangles\n\n");
 }
 
