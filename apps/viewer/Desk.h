@@ -97,6 +97,10 @@ public:
     /// @return false, with a message, where they can't be applied.
     bool Apply(const Host::PresentationSettings& settings);
 
+    /// The same for what a hand drags other than the view: what takes too long steps back meanwhile, as
+    /// when that moves.
+    bool ApplyInMotion(const Host::PresentationSettings& settings);
+
     /// Keeps what belongs to one model alone, such as the eye and planes, with the next one too.
     void KeepAllSettings() { m_keepsAll = true; }
 

@@ -79,6 +79,8 @@ Gui::Gui(Window& window) : m_window(window)
     // Where panels stand is kept with the other settings of the program, or not at all.
     io.IniFilename = nullptr;
     io.LogFilename = nullptr;
+    // A window in which nobody does anything draws nothing.
+    io.ConfigInputTextCursorBlink = false;
     for (const auto& key : kKeys)
     {
         io.KeyMap[key.gui] = key.key;
@@ -200,7 +202,7 @@ void Gui::Suspend()
 
 bool Gui::IsAnimated() const
 {
-    return ImGui::GetIO().WantTextInput || ImGui::IsAnyMouseDown();
+    return ImGui::IsAnyMouseDown();
 }
 
 } // namespace OV::ViewerApp
