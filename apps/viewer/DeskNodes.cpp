@@ -126,8 +126,9 @@ void Desk::ShowSelection()
 std::string Desk::Thing::Text(const std::string& unit) const
 {
     std::ostringstream text;
-    text << std::setprecision(4) << "Material: " << (material.empty() ? "none" : material) << "\nSize: " << size.x << " x "
-         << size.y << " x " << size.z << (unit.empty() ? "" : " ") << unit << '\n' << triangles << (triangles == 1 ? " triangle" : " triangles");
+    text << std::setprecision(4) << "Material: " << (material.empty() ? "none" : material) << "\nSize: " << size.x
+         << " x " << size.y << " x " << size.z << (unit.empty() ? "" : " ") << unit << '\n'
+         << triangles << (triangles == 1 ? " triangle" : " triangles");
     return text.str();
 }
 
