@@ -66,8 +66,9 @@ std::string Desk::Update(double seconds)
             m_navigator.Follow(*m_model);
         }
     }
-    else if (m_restIn > 0.0 && m_navigator.GetDrag() == Navigator::Drag::None)
+    else if (m_restIn > 0.0)
     {
+        // Also while a button is held: a hand that stands still looks.
         m_restIn -= seconds;
         if (m_restIn <= 0.0 && std::exchange(m_stepsBack, false))
         {
@@ -123,6 +124,7 @@ bool Desk::Apply(const Host::PresentationSettings& settings)
     }
     const bool isOtherView = settings.view != m_settings.view;
     m_settings = settings;
+    m_frameTime = 0.0;
     m_stepsBack = false;
     if (isOtherView)
     {
@@ -130,6 +132,24 @@ bool Desk::Apply(const Host::PresentationSettings& settings)
         m_navigator.Stop();
         m_navigator.Follow(*m_model);
     }
+    return true;
+}
+
+bool Desk::ApplyInMotion(const Host::PresentationSettings& settings)
+{
+    if (!m_model || m_frameTime <= SlowFrame)
+    {
+        return Apply(settings);
+    }
+    std::string error;
+    if (!m_model->Apply(SteppedBack(settings), error))
+    {
+        TellTrouble(error);
+        return false;
+    }
+    m_settings = settings;
+    m_stepsBack = true;
+    m_restIn = RestSeconds;
     return true;
 }
 
@@ -274,7 +294,11 @@ const Host::PresentationSettings& Desk::GetDrawn() const
 
 void Desk::TellFrameTime(double seconds)
 {
-    m_frameTime = seconds;
+    // What a frame takes without the stages says nothing about one with them.
+    if (!m_stepsBack)
+    {
+        m_frameTime = seconds;
+    }
 }
 
 bool Desk::Walk(double forward)

@@ -97,6 +97,10 @@ public:
     /// @return false, with a message, where they can't be applied.
     bool Apply(const Host::PresentationSettings& settings);
 
+    /// The same for what a hand drags other than the view: what takes too long steps back meanwhile, as
+    /// when that moves.
+    bool ApplyInMotion(const Host::PresentationSettings& settings);
+
     /// Keeps what belongs to one model alone, such as the eye and planes, with the next one too.
     void KeepAllSettings() { m_keepsAll = true; }
 
@@ -130,6 +134,7 @@ public:
     bool NeedsDraw() const;
     /// What is drawn with at the moment: while something moves, stages that take too long step back.
     const Host::PresentationSettings& GetDrawn() const;
+    /// @param seconds that the frame which was drawn last took.
     void TellFrameTime(double seconds);
 
     // Nodes
@@ -225,7 +230,7 @@ private:
 
     double m_restIn = 0.0;     ///< seconds until what steps back comes back
     bool m_stepsBack = false;
-    double m_frameTime = 0.0;
+    double m_frameTime = 0.0;  ///< of the last one with all stages
 
     std::vector<std::string> m_selection;
     std::vector<std::string> m_hidden;

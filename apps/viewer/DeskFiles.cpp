@@ -144,7 +144,8 @@ void Desk::TakeModel(Host::ImportResult result)
         {
             words = "Read again: " + words;
         }
-        Tell(words + ", " + std::to_string(triangles) + (triangles == 1 ? " triangle" : " triangles") + (warnings.empty() ? std::string() : "; " + warnings.front()));
+        words += ", " + std::to_string(triangles) + (triangles == 1 ? " triangle" : " triangles");
+        Tell(words + (warnings.empty() ? std::string() : "; " + warnings.front()));
     }
     // What comes after a file that can't be read doesn't hide that.
     if (!m_openingTrouble.empty())

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <iomanip>
 #include <sstream>
+#include <unordered_set>
 #include <utility>
 
 namespace OV::ViewerApp
@@ -24,7 +25,8 @@ void Widen(const Node& node, std::optional<Host::Presentation::Box>& box, Desk::
     {
         for (const Mesh* const mesh : place->GetMeshes())
         {
-            thing.triangles += mesh->GetIndices().size() / 3;
+            // Lines are drawn of triangles that nobody has modelled.
+            thing.triangles += mesh->Type() == NodeTypeLine ? 0 : mesh->GetIndices().size() / 3;
             if (thing.material.empty() && mesh->GetMaterial())
             {
                 thing.material = mesh->GetMaterial()->GetName();
@@ -80,18 +82,23 @@ void Desk::SelectIn(const Host::PickArea& area, bool adds)
         return;
     }
     std::vector<std::string> paths = adds ? m_selection : std::vector<std::string>();
+    const std::unordered_set<std::string> before(paths.begin(), paths.end());
+    std::unordered_set<std::string> seen; // a node may be hit by several of its meshes
     for (const Host::PickHit& hit : m_model->Pick(area))
     {
         const std::string path = PathOf(hit.node);
-        const auto found = std::find(paths.begin(), paths.end(), path);
-        if (!path.empty() && found == paths.end())
+        if (path.empty() || !seen.insert(path).second)
+        {
+            continue;
+        }
+        if (before.count(path) == 0)
         {
             paths.push_back(path);
         }
-        else if (adds && area.width == 1 && found != paths.end())
+        else if (area.width == 1)
         {
             // A second click takes it out again.
-            paths.erase(found);
+            paths.erase(std::find(paths.begin(), paths.end(), path));
         }
     }
     Select(std::move(paths));
@@ -119,8 +126,9 @@ void Desk::ShowSelection()
 std::string Desk::Thing::Text(const std::string& unit) const
 {
     std::ostringstream text;
-    text << std::setprecision(4) << "Material: " << (material.empty() ? "none" : material) << "\nSize: " << size.x << " x "
-         << size.y << " x " << size.z << (unit.empty() ? "" : " ") << unit << '\n' << triangles << (triangles == 1 ? " triangle" : " triangles");
+    text << std::setprecision(4) << "Material: " << (material.empty() ? "none" : material) << "\nSize: " << size.x
+         << " x " << size.y << " x " << size.z << (unit.empty() ? "" : " ") << unit << '\n'
+         << triangles << (triangles == 1 ? " triangle" : " triangles");
     return text.str();
 }
 

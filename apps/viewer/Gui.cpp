@@ -24,9 +24,11 @@ namespace
 constexpr float FontSize = 15.0f;
 
 /// Ranges of those that names of files and nodes are written in and the font has: Latin, Greek and
-/// Cyrillic letters, signs, arrows and units.
-constexpr ImWchar Letters[] = {0x20,   0x24F,  0x370,  0x52F,  0x1E00, 0x1EFF, 0x2010, 0x205E,
-                               0x20A0, 0x20BF, 0x2100, 0x214F, 0x2190, 0x21FF, 0x2200, 0x22FF, 0};
+/// Cyrillic letters, dashes and quotes, and signs of money.
+constexpr ImWchar Letters[] = {0x20, 0x24F, 0x370, 0x52F, 0x2010, 0x205E, 0x20A0, 0x20BF, 0};
+
+/// From so many pixels per point on, letters are sharp without being drawn finer than those.
+constexpr float FineRatio = 1.5f;
 
 constexpr struct
 {
@@ -48,18 +50,24 @@ void MakeFont(float ratio)
 {
     ImGuiIO& io = ImGui::GetIO();
     io.Fonts->Clear();
+    ImFontConfig config;
+    if (ratio >= FineRatio)
+    {
+        config.OversampleH = 1;
+    }
     for (const char* path : {"/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf", "/usr/share/fonts/TTF/DejaVuSans.ttf"})
     {
         if (FILE* const file = std::fopen(path, "rb"))
         {
             std::fclose(file);
-            io.Fonts->AddFontFromFileTTF(path, FontSize * ratio, nullptr, Letters);
+            io.Fonts->AddFontFromFileTTF(path, FontSize * ratio, &config, Letters);
             break;
         }
     }
     if (io.Fonts->Fonts.empty())
     {
-        io.Fonts->AddFontDefault();
+        config.SizePixels = FontSize * ratio;
+        io.Fonts->AddFontDefault(&config);
     }
     io.FontGlobalScale = 1.0f / ratio;
 }
@@ -79,6 +87,8 @@ Gui::Gui(Window& window) : m_window(window)
     // Where panels stand is kept with the other settings of the program, or not at all.
     io.IniFilename = nullptr;
     io.LogFilename = nullptr;
+    // A window in which nobody does anything draws nothing.
+    io.ConfigInputTextCursorBlink = false;
     for (const auto& key : kKeys)
     {
         io.KeyMap[key.gui] = key.key;
@@ -200,7 +210,7 @@ void Gui::Suspend()
 
 bool Gui::IsAnimated() const
 {
-    return ImGui::GetIO().WantTextInput || ImGui::IsAnyMouseDown();
+    return ImGui::IsAnyMouseDown();
 }
 
 } // namespace OV::ViewerApp

@@ -152,9 +152,8 @@ bool Panels::DrawTreeRow(Desk& desk, std::size_t index)
     ImGui::SameLine(0.0f, 6.0f + Indent * static_cast<float>(level));
     const bool isToggled = Opener(!isSearch && m_tree.HasRowsBelow(index), m_tree.IsOpen(index));
     ImGui::SameLine(0.0f, 4.0f);
-    std::vector<std::string> selection = desk.GetSelection();
-    const auto selected = std::find(selection.begin(), selection.end(), row.path);
-    const bool isSelected = selected != selection.end();
+    const std::vector<std::string>& before = desk.GetSelection();
+    const bool isSelected = std::find(before.begin(), before.end(), row.path) != before.end();
     ImGui::PushStyleColor(ImGuiCol_Text, ImGui::GetStyleColorVec4(isSeen ? ImGuiCol_Text : ImGuiCol_TextDisabled));
     ImGui::PushStyleColor(ImGuiCol_Header, ImGui::GetStyleColorVec4(ImGuiCol_HeaderActive));
     ImGui::AlignTextToFramePadding();
@@ -166,11 +165,11 @@ bool Panels::DrawTreeRow(Desk& desk, std::size_t index)
     }
     if (isClicked)
     {
-        m_revealed = row.path;
+        std::vector<std::string> selection = before;
         const bool adds = ImGui::GetIO().KeyCtrl || ImGui::GetIO().KeyShift;
         if (adds && isSelected)
         {
-            selection.erase(selected);
+            selection.erase(std::find(selection.begin(), selection.end(), row.path));
         }
         else if (adds)
         {

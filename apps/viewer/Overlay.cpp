@@ -240,7 +240,7 @@ bool Overlay::DragTo(const glm::dvec2& pixel)
     Host::PresentationSettings settings = m_desk.GetSettings();
     settings.section.planes[*m_held].position =
         Vector(static_cast<float>(position.x), static_cast<float>(position.y), static_cast<float>(position.z));
-    m_desk.Apply(settings);
+    m_desk.ApplyInMotion(settings);
     return true;
 }
 

@@ -46,6 +46,7 @@ private:
     void DrawModelSide();
     void DrawSettingsSide();
     void DrawTree(Desk& desk);
+    /// @return whether it is to be opened, or closed.
     bool DrawTreeRow(Desk& desk, std::size_t index);
     void DrawSelection();
     void DrawSelectionButtons(Desk& desk);

@@ -37,7 +37,8 @@ constexpr double PixelsPerScroll = 30.0;
 constexpr double GestureSeconds = 0.3;
 constexpr double LoadingPoll = 0.05;
 constexpr double WatchPoll = 0.3;
-constexpr double CursorPoll = 0.25;
+/// Of what goes on in a panel while a button is held.
+constexpr double HeldPoll = 0.25;
 
 std::string ReadFile(const std::string& path, const char* what)
 {
@@ -177,7 +178,7 @@ double Viewer::Timeout() const
     }
     if (m_gui->IsAnimated())
     {
-        atMost(CursorPoll);
+        atMost(HeldPoll);
     }
     if (m_script)
     {
@@ -472,11 +473,8 @@ void Viewer::DrawModel()
     }
     m_desk.Draw();
     ++m_modelFrames;
-    if (m_desk.IsMoving())
-    {
-        glFinish();
-        m_desk.TellFrameTime(std::chrono::duration<double>(Clock::now() - begin).count());
-    }
+    glFinish();
+    m_desk.TellFrameTime(std::chrono::duration<double>(Clock::now() - begin).count());
 }
 
 void Viewer::SaveScreenshot(int width, int height)

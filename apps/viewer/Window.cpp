@@ -54,7 +54,8 @@ int KeyOf(int glfw, int scancode)
         return found->key;
     }
     // Letters are those of the person's keyboard, wherever they are on it.
-    const char* const name = glfw >= GLFW_KEY_SPACE && glfw <= GLFW_KEY_GRAVE_ACCENT ? glfwGetKeyName(glfw, scancode) : nullptr;
+    const bool isWritten = glfw >= GLFW_KEY_SPACE && glfw <= GLFW_KEY_GRAVE_ACCENT;
+    const char* const name = isWritten ? glfwGetKeyName(glfw, scancode) : nullptr;
     if (name && name[0] >= 'a' && name[0] <= 'z' && name[1] == '\0')
     {
         return name[0] - 'a' + 'A';

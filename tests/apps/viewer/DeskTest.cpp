@@ -74,6 +74,97 @@ TEST_F(DeskTest, WhatDoesNotFitTheTimeOfAFrameStepsBackWhileMovingAndComesBack)
     EXPECT_FALSE(desk.IsMoving());
 }
 
+TEST_F(DeskTest, AHandThatHoldsStillSeesAll)
+{
+    desk.Open(Write("a.obj", "wall"));
+    Wait();
+    Host::PresentationSettings settings;
+    settings.occlusion = true;
+    ASSERT_TRUE(desk.Apply(settings));
+    desk.TellFrameTime(0.2);
+    desk.GetNavigator().BeginDrag(Navigator::Drag::Orbit, {400.0, 300.0}, std::nullopt);
+    desk.GetNavigator().DragTo({410.0, 300.0});
+    desk.FollowNavigator();
+    EXPECT_FALSE(desk.GetDrawn().occlusion);
+    for (int i = 0; i < 6; ++i)
+    {
+        desk.Update(0.05);
+    }
+    EXPECT_TRUE(desk.GetDrawn().occlusion);
+    EXPECT_FALSE(desk.IsMoving());
+    desk.GetNavigator().DragTo({420.0, 300.0});
+    desk.FollowNavigator();
+    EXPECT_FALSE(desk.GetDrawn().occlusion);
+}
+
+TEST_F(DeskTest, WhatIsDraggedOtherThanTheViewMovesToo)
+{
+    desk.Open(Write("a.obj", "wall"));
+    Wait();
+    Host::PresentationSettings settings;
+    settings.occlusion = true;
+    ASSERT_TRUE(desk.Apply(settings));
+    settings.section.planes = {{Vector(0, 0, 1), Vector(0, 0, 0)}};
+    desk.TellFrameTime(0.01);
+    ASSERT_TRUE(desk.ApplyInMotion(settings));
+    EXPECT_TRUE(desk.GetDrawn().occlusion) << "there is time for all";
+    desk.TellFrameTime(0.2);
+    settings.section.planes.front().position.z = 0.5f;
+    ASSERT_TRUE(desk.ApplyInMotion(settings));
+    EXPECT_FALSE(desk.GetDrawn().occlusion);
+    EXPECT_EQ(desk.GetDrawn().section.planes.front().position.z, 0.5f);
+    EXPECT_TRUE(desk.GetSettings().occlusion);
+    for (int i = 0; i < 6; ++i)
+    {
+        desk.Update(0.05);
+    }
+    EXPECT_TRUE(desk.GetDrawn().occlusion);
+    settings.section.planes.front().normal = Vector(0, 0, 0);
+    desk.TellFrameTime(0.2);
+    EXPECT_FALSE(desk.ApplyInMotion(settings));
+    EXPECT_EQ(desk.GetSettings().section.planes.front().position.z, 0.5f);
+    EXPECT_TRUE(desk.GetDrawn().occlusion);
+}
+
+TEST_F(DeskTest, WhatTookTooLongOnceStepsBackFromTheFirstFrameOfTheNextMovement)
+{
+    desk.Open(Write("a.obj", "wall"));
+    Wait();
+    Host::PresentationSettings settings;
+    settings.occlusion = true;
+    ASSERT_TRUE(desk.Apply(settings));
+    const auto move = [this]
+    {
+        desk.GetNavigator().OrbitBy({5.0, 0.0});
+        desk.FollowNavigator();
+    };
+    const auto rest = [this]
+    {
+        for (int i = 0; i < 6; ++i)
+        {
+            desk.Update(0.05);
+        }
+    };
+    desk.TellFrameTime(0.2);
+    move();
+    EXPECT_FALSE(desk.GetDrawn().occlusion);
+    desk.TellFrameTime(0.001);
+    rest();
+    EXPECT_TRUE(desk.GetDrawn().occlusion);
+    move();
+    EXPECT_FALSE(desk.GetDrawn().occlusion) << "the frame without it was the fast one";
+    rest();
+    desk.TellFrameTime(0.001);
+    move();
+    EXPECT_TRUE(desk.GetDrawn().occlusion) << "there was time for it at rest";
+    // Other settings may be fast ones.
+    desk.TellFrameTime(0.2);
+    settings.sky = true;
+    ASSERT_TRUE(desk.Apply(settings));
+    move();
+    EXPECT_TRUE(desk.GetDrawn().occlusion);
+}
+
 TEST_F(DeskTest, FilesComeOneAfterAnotherAndOneInPlaceOfAllComesAlone)
 {
     const std::string a = Write("a.obj", "wall");

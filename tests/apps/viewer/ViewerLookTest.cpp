@@ -59,9 +59,16 @@ TEST_F(ViewerLook, AnIdleWindowSleeps)
     EXPECT_LT(wakesOf("", {"--forget", "--watch"}), 10);
 }
 
+TEST_F(ViewerLook, AFieldThatWaitsForLettersDrawsNothing)
+{
+    const std::string told = View(WriteCube(), "key ctrl+o\nwait\npause 0.1\nprint statistics\npause 0.8\nprint statistics");
+    const std::size_t line = told.find('\n');
+    EXPECT_EQ(told.substr(0, line), told.substr(line + 1, line)) << told;
+}
+
 TEST_F(ViewerLook, WhatIsSelectedIsDescribed)
 {
-    const std::string told = View(WritePair(), "view front\nwait\nclick 520,240\nprint thing\nkey escape\nprint thing");
+    const std::string told = View(WritePair(), "set lines {}\nview front\nwait\nclick 520,240\nprint thing\nkey escape\nprint thing");
     EXPECT_EQ(told, "right\npair.obj/right\nMaterial: green\nSize: 2 x 2 x 0\n2 triangles\n\n");
 }
 
@@ -104,6 +111,13 @@ TEST_F(ViewerLook, ABoxSelectsAllThatIsInIt)
     const ProcessResult other = RunScript(WritePair(), "view front\nwait\nctrl-drag 10,60 300,440\n"
                                                        "expect selection right");
     EXPECT_EQ(other.exitCode, 1);
+}
+
+TEST_F(ViewerLook, ASecondClickWithShiftTakesOutAgain)
+{
+    EXPECT_EQ(View(WritePair(), "view front\nwait\nclick 120,240\nshift-click 520,240\nshift-click 120,240\nprint selection\n"
+                                "shift-click 520,240\nprint selection\nshift-click 520,240\nprint selection"),
+              "pair.obj/right (green)\n\npair.obj/right (green)\n");
 }
 
 TEST_F(ViewerLook, EditGreysAllElse)
