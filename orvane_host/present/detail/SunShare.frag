@@ -132,7 +132,8 @@ float sunShare(SunSpot spot, bool wanted)
 #endif
     isMixed = wanted && isMixed;
     // As many as it takes for steps not to be seen.
-    float taps = isMixed ? floor(min(4.5 + 4.0 * max(radius.x, radius.y), SUN_SOFT_TAPS + 0.5)) : 1.0;
+    vec2 width = radius / least;
+    float taps = isMixed ? floor(min(4.5 + 2.0 * max(width.x, width.y), SUN_SOFT_TAPS + 0.5)) : 1.0;
     float share = 1.0 / taps;
     vec2 direction = vec2(isMixed ? 1.0 : 0.0, 0.0);
     float sum = 0.0;
