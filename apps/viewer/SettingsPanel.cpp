@@ -431,7 +431,8 @@ bool EditSun(std::optional<Host::SunSettings>& sun, const Host::SunState& state)
                             { return EditSlider("Clockwise of -Z", north, -180.0f, 180.0f, "%.0f deg"); })
             || changed;
     };
-    const bool changed = EditOptional("Sun", sun, usual, edit);
+    // The heading has the same name; what comes behind the signs tells the two apart for clicks.
+    const bool changed = EditOptional("Sun##box", sun, usual, edit);
     if (sun && state.position)
     {
         ImGui::TextWrapped("Azimuth %.1f, elevation %.1f deg", state.position->azimuth, state.position->elevation);

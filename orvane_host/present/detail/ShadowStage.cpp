@@ -296,6 +296,8 @@ void ShadowStage::FindPatch(const glm::dvec3& towardSun, glm::dvec3& low, glm::d
 std::uint64_t ShadowStage::FingerprintOf(const SunView& view) const
 {
     Fingerprint print;
+    // A mesh that was changed in place may come back with the buffer and the place that it had.
+    print.Add(MeshES20::GetListingRevision());
     for (const SunView::Tile& tile : view.GetTiles())
     {
         print.Add(tile.low);

@@ -110,7 +110,7 @@ vec2 sunHiding(SunSpot spot, vec2 radius)
                        sunBehindSolid(spot, sunTexelAt(spot, radius * (0.43 * side - 0.25 * turned))),
                        sunBehindSolid(spot, sunTexelAt(spot, radius * (0.33 * side + 0.6 * turned))));
     vec3 hidden = step(0.0, behind);
-    vec2 found = vec2(dot(hidden, vec3(1.0)), dot(hidden, min(behind, 1.0)));
+    vec2 found = vec2(dot(hidden, vec3(1.0)), dot(hidden, clamp(behind, 0.0, 1.0)));
     // Of the pixel beside it and then of both above or below.
     found += found - side.x * dFdx(found);
     found += found - side.y * dFdy(found);
@@ -126,13 +126,16 @@ float sunShare(SunSpot spot, bool wanted)
     vec2 radius = max(widening * (hiding.y / max(hiding.x, 1.0)), least);
     bool isMixed = hiding.x > 0.5 && hiding.x < 11.5;
 #ifdef SUN_GLASS
+    // The rims of glass are as narrow as they may be: to look for them farther off would cost as much
+    // as the solid does.
     float glass = sunBehindGlass(spot, sunTexelAt(spot, vec2(0.0))).x;
     float isGlass = step(0.0, glass);
-    isMixed = isMixed || hiding.x < 11.5 && abs(dFdx(isGlass)) + abs(dFdy(isGlass)) > 0.5;
+    isMixed = isMixed || (hiding.x < 11.5 && abs(dFdx(isGlass)) + abs(dFdy(isGlass)) > 0.5);
 #endif
     isMixed = wanted && isMixed;
     // As many as it takes for steps not to be seen.
-    float taps = isMixed ? floor(min(4.5 + 4.0 * max(radius.x, radius.y), SUN_SOFT_TAPS + 0.5)) : 1.0;
+    vec2 width = radius / least;
+    float taps = isMixed ? floor(min(4.5 + 2.0 * max(width.x, width.y), SUN_SOFT_TAPS + 0.5)) : 1.0;
     float share = 1.0 / taps;
     vec2 direction = vec2(isMixed ? 1.0 : 0.0, 0.0);
     float sum = 0.0;
@@ -222,6 +225,7 @@ float OVSL_LightShare(bool wanted)
 {
     SunSpot spot;
     sunSpotIn(0, spot);
+    // About the only part the map is empty, so that what lies beyond it is lit.
     bool isOpen = wanted;
 #ifdef SUN_PARTS
     bool found = isWithin(spot);

@@ -239,6 +239,38 @@ TEST_F(BatchesTest, ShadowsFollowWhatIsHiddenWhileTheEyeRests)
     }
 }
 
+TEST_F(BatchesTest, ShadowsFollowWhatMovesAndRests)
+{
+    PresentationSettings lit;
+    lit.sun.emplace().direction = Vector(0.4f, 1.0f, 0.3f);
+    lit.shadows.emplace();
+    lit.ground.emplace();
+    lit.view.eye = Vector(9.0f, 7.0f, 11.0f);
+    lit.view.target = Vector(3.0f, 0.5f, 3.0f);
+    Crowd crowd(40);
+    Crowd plainCrowd(40);
+    const auto together = Present(crowd, BatchUse::On, lit);
+    const auto plain = Present(plainCrowd, BatchUse::Off, lit);
+    const Picture first = Draw(*together);
+    ExpectAlike(first, Draw(*plain), "at first");
+    const std::size_t chosen = FindTogether(crowd, *together);
+    for (const float height : {0.5f, 1.5f})
+    {
+        for (Crowd* each : {&crowd, &plainCrowd})
+        {
+            Transform place = each->GetNode(chosen).GetLocal();
+            place.SetPosition(Vector(3.0f, height, 3.0f));
+            each->GetNode(chosen).SetLocal(place);
+        }
+        const Picture moved = Draw(*together);
+        ExpectAlike(moved, Draw(*plain), "moved");
+        // It is drawn together with the others again.
+        DrawOften(*together, 20);
+        DrawOften(*plain, 20);
+        ExpectAlike(Draw(*together), Draw(*plain), "rested");
+    }
+}
+
 TEST_F(BatchesTest, WhatMovesOnceStaysInItsBatch)
 {
     Crowd crowd(40);

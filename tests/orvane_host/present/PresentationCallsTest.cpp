@@ -1,3 +1,5 @@
+#include "orvane_host/present/ShadowSettings.h"
+#include "orvane/math/Vector.h"
 #include "orvane/renderer/AAMode.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/Scene.h"
@@ -189,6 +191,39 @@ TEST_F(PresentationCalls, ASteadyFrameAsksForNoBufferAndReadsNothingBack)
             }
         }
     }
+}
+
+TEST_F(PresentationCalls, WhatTheSunSeesIsDrawnOnlyWhereItHasChanged)
+{
+    const std::vector<GLCall> plain = CallsOfScene();
+    renderer->SetSun(Vector(0.3f, 0.8f, 0.5f));
+    renderer->SetShadows(Host::ShadowSettings());
+    const std::vector<GLCall> steady = CallsOfScene();
+    EXPECT_EQ(PassesOf(steady), 0u);
+    // Each program is told once what the sun's view is: eight uniforms at most.
+    const auto isProgram = [](const GLCall& call) { return call.name == "glUseProgram"; };
+    const auto programs = static_cast<std::size_t>(std::count_if(steady.begin(), steady.end(), isProgram));
+    ASSERT_GT(steady.size(), plain.size());
+    EXPECT_LE(steady.size() - plain.size(), 8 * programs + kMostCalls);
+    RecordProperty("steady", static_cast<int>(steady.size() - plain.size()));
+
+    // What is solid and what is glass.
+    const auto passesAfter = [this](const auto& change) {
+        Draw();
+        change();
+        World().MarkDirty();
+        app.Update(0.0f);
+        renderer->BeginRender(false, Color(1, 1, 1));
+        const GLRecorder recorder(GLRecorder::Mode::Forward);
+        renderer->Render3D(&World(), &Camera());
+        const std::size_t passes = PassesOf(recorder.Calls());
+        renderer->EndRender();
+        return passes;
+    };
+    EXPECT_EQ(passesAfter([] {}), 0u);
+    EXPECT_EQ(passesAfter([this] { renderer->SetSun(Vector(0.4f, 0.8f, 0.5f)); }), 2u);
+    EXPECT_EQ(passesAfter([this] { renderer->SetShadows(std::nullopt); }), 0u);
+    EXPECT_EQ(CallsOfScene().size(), plain.size()) << "what is off costs nothing";
 }
 
 TEST_F(PresentationCalls, AnAddedStageCostsWhatItNeedsAndNoMore)

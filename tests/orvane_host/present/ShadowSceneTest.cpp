@@ -1,0 +1,328 @@
+#include "tests/imaging/TextureFiles.h"
+#include "tests/orvane_host/present/PresentationStage.h"
+#include "tests/orvane_host/present/ShadowStageModels.h"
+
+#include "orvane_host/output/PictureFile.h"
+#include "orvane_host/present/PictureOptions.h"
+#include "orvane/math/TextureCoordinate.h"
+#include "orvane/scene/LightNode.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/MeshNode.h"
+#include "orvane/scene/RawMesh.h"
+#include "orvane/scene/Scene.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+namespace OV::Test
+{
+
+namespace
+{
+
+using Host::Antialiasing;
+using Host::Look;
+using Host::Presentation;
+using Host::PresentationSettings;
+
+constexpr int kSize = 120;
+
+const Pixel kWhite{255, 255, 255, 255};
+/// 1 - 0.6 of white.
+const Pixel kShade{102, 102, 102, 255};
+
+/// A rectangle of the floor in the picture of LookingDown: x and z in units.
+PixelRect OnFloor(float x0, float x1, float z0, float z1)
+{
+    return Inset({static_cast<int>(60 + 10 * x0), static_cast<int>(60 - 10 * z1), static_cast<int>(10 * (x1 - x0)),
+                  static_cast<int>(10 * (z1 - z0))});
+}
+
+/// Keeps rows as they come, without their alpha.
+class RowsFile : public Host::PictureFile
+{
+public:
+    explicit RowsFile(const Host::PictureFormat& format) : PictureFile(format) {}
+
+    bool WriteRow(const void* row, std::string&) override
+    {
+        const auto* const begin = static_cast<const unsigned char*>(row);
+        for (int x = 0; x < m_format.width; ++x)
+        {
+            const unsigned char* const at = begin + x * m_format.Channels();
+            pixels.push_back({at[0], at[1], at[2], 255});
+        }
+        return true;
+    }
+
+    bool Finish(std::string&) override { return true; }
+
+    std::vector<Pixel> pixels;
+};
+
+class ShadowScene : public PresentationFixture
+{
+protected:
+    ShadowScene() : PresentationFixture(kSize, kSize, 4) {}
+
+    Picture Draw(FloorAndCube& made, const PresentationSettings& wanted)
+    {
+        Apply(*made.presentation, wanted);
+        return PresentationFixture::Draw(*made.presentation);
+    }
+
+    /// A level square of two units over the floor, with texture coordinates that go from 0 to 1
+    /// along x and towards -z.
+    static Material& AddSheet(FloorAndCube& made, float height)
+    {
+        Scene& scene = made.presentation->GetScene();
+        auto raw = std::make_shared<RawMesh>();
+        raw->SetPositionBuffer({{-1, height, 1}, {1, height, 1}, {1, height, -1}, {-1, height, -1}});
+        raw->SetNormalBuffer(std::vector<Vector>(4, Vector(0, 1, 0)));
+        raw->SetTextureBuffer({{0, 0}, {1, 0}, {1, 1}, {0, 1}});
+        raw->SetIndices({0, 1, 2, 0, 2, 3});
+        raw->EndDescription(true);
+        auto* const material = new Material("sheet");
+        material->SetDiffuse(Color(0.8f, 0.8f, 0.8f));
+        scene.AddMaterial(material);
+        auto* const mesh = new Mesh(raw, &scene);
+        material->AddMesh(mesh);
+        auto* const node = new MeshNode(&scene);
+        scene.GetRoot()->AddChild(node, false);
+        mesh->AddNode(node);
+        made.presentation->Refresh();
+        return *material;
+    }
+
+    /// A picture of its own size, in tiles of at most that side.
+    static std::vector<Pixel> Write(FloorAndCube& made, int side, int longestTile, int& tiles)
+    {
+        Host::PictureOptions options;
+        options.width = side;
+        options.height = side;
+        options.longestTile = longestTile;
+        Host::PictureFormat format;
+        format.width = side;
+        format.height = side;
+        RowsFile file(format);
+        std::string error;
+        Host::PictureFacts facts;
+        EXPECT_TRUE(made.presentation->WritePicture(file, options, error, &facts)) << error;
+        tiles = facts.tiles;
+        return file.pixels;
+    }
+};
+
+/// Opaque where x is below 0.
+Pixels HalfOpaque()
+{
+    Pixels pixels;
+    for (int i = 0; i < 64; ++i)
+    {
+        const auto value = static_cast<unsigned char>(i % 8 < 4 ? 255 : 0);
+        pixels.insert(pixels.end(), {value, value, value, 255});
+    }
+    return pixels;
+}
+
+TEST_F(ShadowScene, OpacityMapsCastTheirCutOuts)
+{
+    TextureFiles files;
+    FloorAndCube made = MakeFloorAndCube(20.0f);
+    Material& sheet = AddSheet(made, 2.0f);
+    sheet.texturePath = files.Path();
+    sheet.opacityMapName = files.Write("half.png", HalfOpaque(), 8, 8);
+    made.presentation->Hide("cube");
+    const Picture picture = Draw(made, LookingDown());
+    // Without its map it would cast a square of two units, of which one side is under it.
+    ExpectColorInRect(picture, OnFloor(-3.0f, -2.1f, -1.0f, 1.0f), kShade, 1);
+    ExpectColorInRect(picture, OnFloor(-1.9f, -1.0f, -1.0f, 1.0f), kWhite);
+    ExpectColorInRect(picture, OnFloor(-6.0f, -3.0f, -6.0f, 6.0f), kWhite);
+}
+
+TEST_F(ShadowScene, OfGlassIsThereInSoftLightToo)
+{
+    FloorAndCube made = MakeFloorAndCube(2.0f, Color(0.8f, 0.8f, 0.8f, 0.25f));
+    PresentationSettings settings = LookingDown();
+    settings.shadows->soft = true;
+    const Picture picture = Draw(made, settings);
+    // 1 - 0.6 * 0.25 of white.
+    ExpectColorInRect(picture, OnFloor(-3.5f, -1.5f, -0.5f, 0.5f), Pixel{217, 217, 217, 255});
+    ExpectColorInRect(picture, OnFloor(-6.0f, -3.5f, -6.0f, 6.0f), kWhite);
+}
+
+TEST_F(ShadowScene, IsInPicturesWithSamplesAndInTiles)
+{
+    for (const Antialiasing antialiasing : {Antialiasing::None, Antialiasing::Multisampling})
+    {
+        SCOPED_TRACE(antialiasing == Antialiasing::None ? "without samples" : "with samples");
+        FloorAndCube made = MakeFloorAndCube(2.0f);
+        PresentationSettings settings = LookingDown();
+        settings.antialiasing = antialiasing;
+        Apply(*made.presentation, settings);
+        // Four times as large as LookingDown has it: forty pixels are a unit.
+        constexpr int side = 4 * kSize;
+        int tiles = 0;
+        const std::vector<Pixel> whole = Write(made, side, 0, tiles);
+        EXPECT_EQ(tiles, 1);
+        const std::vector<Pixel> tiled = Write(made, side, 128, tiles);
+        EXPECT_GE(tiles, 9);
+        ASSERT_EQ(tiled.size(), whole.size());
+        int wrong = 0;
+        int rims = 0;
+        for (int y = 0; y < side; ++y)
+        {
+            for (int x = 0; x < side; ++x)
+            {
+                const double u = (x - side / 2) / 40.0;
+                const double v = (y - side / 2) / 40.0;
+                if (std::abs(u) < 0.8 && std::abs(v) < 0.8)
+                {
+                    continue; // the cube hides it
+                }
+                const double outside = std::max(std::max(-3.5 - u, u + 1.5), std::abs(v) - 0.5);
+                const std::size_t i = static_cast<std::size_t>(y * side + x);
+                if (std::abs(outside) < 0.06)
+                {
+                    ++rims;
+                    continue;
+                }
+                const int expected = outside > 0.0 ? 255 : 102;
+                wrong += std::abs(whole[i].r - expected) > 1 ? 1 : 0;
+                wrong += std::abs(tiled[i].r - expected) > 1 ? 1 : 0;
+            }
+        }
+        EXPECT_EQ(wrong, 0);
+        EXPECT_LT(rims, side * side / 50);
+    }
+}
+
+TEST_F(ShadowScene, OfWhatIsHighlightedStays)
+{
+    FloorAndCube made = MakeFloorAndCube(2.0f);
+    const Picture before = Draw(made, LookingDown());
+    ASSERT_TRUE(made.presentation->Highlight("cube", Color(1.0f, 0.0f, 0.0f, 0.5f)));
+    const Picture marked = PresentationFixture::Draw(*made.presentation);
+    ExpectColorInRect(marked, OnFloor(-3.5f, -1.5f, -0.5f, 0.5f), kShade, 1);
+    EXPECT_NE(marked.At(60, 60), before.At(60, 60)) << "the cube itself is marked";
+    made.presentation->ClearHighlights();
+    ExpectSame(PresentationFixture::Draw(*made.presentation), before, "no longer marked");
+}
+
+TEST_F(ShadowScene, FollowsVerticesThatAreMovedInPlace)
+{
+    // Alone, so that buffers come back with the names that they had.
+    FloorAndCube made = MakeFloorAndCube(2.0f, Color(0.8f, 0.8f, 0.8f), 1.0f, false);
+    PresentationSettings settings = LookingDown();
+    settings.background = Color(1, 1, 1);
+    settings.ground.emplace().kind = Host::GroundKind::ShadowCatcher;
+    settings.ground->height = 0.0f;
+    Draw(made, settings);
+    // Box, arrays and their sizes stay.
+    Mesh* const mesh = made.cube->GetMeshes().front();
+    for (int step = 0; step < 6; ++step)
+    {
+        SCOPED_TRACE(step);
+        const bool isNarrow = step % 2 == 0;
+        for (Vector& position : mesh->GetRawMesh()->positions)
+        {
+            position.z *= isNarrow ? 0.5f : 2.0f;
+        }
+        mesh->SetRenderData(nullptr, true);
+        made.presentation->GetScene().MarkDirty();
+        const Picture picture = PresentationFixture::Draw(*made.presentation);
+        ExpectColorInRect(picture, OnFloor(-3.5f, -1.5f, -0.25f, 0.25f), kShade, 1);
+        ExpectColorInRect(picture, {27, 66, 10, 1}, kWhite);
+        ExpectColorInRect(picture, {27, 63, 10, 1}, isNarrow ? kWhite : kShade, 1);
+        ExpectColorInRect(picture, {27, 56, 10, 1}, isNarrow ? kWhite : kShade, 1);
+    }
+}
+
+// So close that the map is but of what is seen. A rim may lie a texel from where it should, but stays
+// there.
+TEST_F(ShadowScene, DoesNotCrawlWhileTheEyeMoves)
+{
+    for (const bool orthographic : {false, true})
+    {
+        SCOPED_TRACE(orthographic ? "orthographic" : "perspective");
+        FloorAndCube made = MakeFloorAndCube(2.0f);
+        PresentationSettings settings = LookingDown();
+        settings.view.orthographic = orthographic;
+        // The rim of the shadow is in the middle of the picture.
+        settings.view.fov = 1.0f;
+        const double pixel = 2.0 * 20.0 * std::tan(0.5 * 3.14159265358979 / 180.0) / kSize;
+        double least = 1e9;
+        double most = -1e9;
+        for (int step = 0; step < 24; ++step)
+        {
+            const float place = static_cast<float>(-3.5 + 0.37 * pixel * step);
+            settings.view.eye = Vector(place, 20.0f, 0.0f);
+            settings.view.target = Vector(place, 0.0f, 0.0f);
+            const Picture picture = Draw(made, settings);
+            double lit = 0.0;
+            for (int x = 0; x < kSize; ++x)
+            {
+                for (int y = 40; y < 80; ++y)
+                {
+                    lit += (picture.At(x, y).r - 102.0) / 153.0 / 40.0;
+                }
+            }
+            const double rim = lit + 0.37 * step;
+            least = std::min(least, rim);
+            most = std::max(most, rim);
+        }
+        EXPECT_NEAR(least, 0.5 * kSize, 1.5);
+        EXPECT_NEAR(most, 0.5 * kSize, 1.5);
+        EXPECT_LT(most - least, 0.4);
+    }
+}
+
+/// A square over a ground that is lit from above.
+class ShadowOfStage : public FlatStage
+{
+protected:
+    ShadowOfStage()
+    {
+        renderer->SetLook(Look::Advanced);
+        auto* const lit = new Material("lit");
+        lit->SetDiffuse(Color(0.9f, 0.5f, 0.2f));
+        lit->SetAmbient(Color(0.1f, 0.1f, 0.1f));
+        World().AddMaterial(lit);
+        AddRect(*lit, {0, 0, SmallWidth, SmallHeight}, 0.0f, 1);
+        AddRect(Color(0.2f, 0.6f, 0.9f), {56, 24, 16, 16}, 20.0f, 2);
+        auto* const light = new LightNode(&World());
+        light->SetLocalDirection(Vector(0, 0, -1));
+        World().GetRoot()->AddChild(light, false);
+        FitCamera();
+    }
+};
+
+TEST_F(ShadowOfStage, IsTheSameWhereANodeIsEditedInItsContext)
+{
+    const Picture plain = Draw();
+    renderer->SetSun(Vector(1, 0, 1));
+    renderer->SetShadows(Host::ShadowSettings());
+    const Picture shadow = Draw();
+    // Below the square and 20 units beside it.
+    const PixelRect dark = Inset({36, 24, 16, 16});
+    const PixelRect lit = Inset({4, 4, 28, 56});
+    ExpectColorInRect(shadow, lit, plain.At(10, 10));
+    ExpectColorInRect(shadow, dark, shadow.At(44, 32));
+    EXPECT_LT(shadow.At(44, 32).r + 20, plain.At(44, 32).r);
+
+    renderer->EditInContext({{7, 7}});
+    const Picture edited = Draw();
+    EXPECT_NE(edited.At(10, 10), shadow.At(10, 10)) << "what is not edited is grey";
+    ExpectColorInRect(edited, lit, edited.At(10, 10));
+    ExpectColorInRect(edited, dark, edited.At(44, 32));
+    EXPECT_EQ(edited.At(44, 32).r, edited.At(44, 32).g);
+    EXPECT_LT(edited.At(44, 32).r + 10, edited.At(10, 10).r);
+    renderer->LeaveEdit();
+    ExpectSame(Draw(), shadow, "no longer edited");
+}
+
+} // namespace
+
+} // namespace OV::Test
