@@ -92,7 +92,7 @@ int HorizonStage::MarginOf(const PixelSize& whole) const
     return m_look ? static_cast<int>(std::ceil(std::min<double>(ReachIn(whole), kNearReach))) + kSmoothed + 1 : 0;
 }
 
-bool HorizonStage::Prepare(const PresentationFrame& frame)
+bool HorizonStage::MakeBuffers(const PresentationFrame& frame)
 {
     if (!m_effect)
     {
@@ -229,7 +229,7 @@ void HorizonStage::SetFar(const PresentationFrame& frame, double right, double t
 
 void HorizonStage::Draw(PresentationFrame& frame)
 {
-    if (!m_look || !Prepare(frame))
+    if (!m_look || !MakeBuffers(frame))
     {
         return;
     }

@@ -38,7 +38,7 @@ public:
     void ReleaseGL() override;
 
 private:
-    bool Prepare(const PresentationFrame& frame);
+    bool MakeBuffers(const PresentationFrame& frame);
     void SetValues(const PresentationFrame& frame);
     double FinerThanScreen(const PresentationFrame& frame) const;
     void SetFar(const PresentationFrame& frame, double right, double top);
