@@ -10,6 +10,7 @@
 #include <QVBoxLayout>
 
 #include <cmath>
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -41,7 +42,9 @@ protected:
     void initializeGL() override
     {
         m_model = OV::Host::Presentation::Open(m_file, m_trouble);
-        if (m_model) m_camera.ReadFrom(m_model->GetCamera());
+        if (!m_model) return;
+        m_model->Resize(width(), height());
+        m_camera.ReadFrom(m_model->GetCamera());
     }
 
     void paintGL() override

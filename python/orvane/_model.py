@@ -62,6 +62,7 @@ class Model:
 
     _native: _NativeModel
     _lock: threading.RLock
+    _files_lock: threading.RLock
 
     def __init__(self, **settings: Unpack[Settings]) -> None:
         """Makes an empty model, to be filled by :meth:`add_mesh` and its like."""
@@ -72,6 +73,8 @@ class Model:
         self._native = native
         # Reading, changing and writing settings is one step for other threads.
         self._lock = threading.RLock()
+        # And so is finding a file and putting another one in its place.
+        self._files_lock = threading.RLock()
         self._default: Material | None = None
 
     # Files
@@ -90,7 +93,8 @@ class Model:
         :param textures: as for :func:`open`, as are ``keep_coplanar`` and ``progress``.
         :raises FileError: with the reason and the remedy; the model stays as it was.
         """
-        self._native.add_file(os.fsdecode(path), bool(textures), bool(keep_coplanar), progress)
+        with self._files_lock:
+            self._native.add_file(os.fsdecode(path), bool(textures), bool(keep_coplanar), progress)
         return self
 
     def replace_file(self, file: int | PathLike, path: PathLike | None = None, *, textures: bool = True,
@@ -101,9 +105,10 @@ class Model:
         :param path: the same file, as it is now, if not given.
         :raises FileError: with the reason and the remedy; the model stays as it was.
         """
-        place = self._file(file)
-        new = self.files[place] if path is None else os.fsdecode(path)
-        self._native.replace_file(place, new, bool(textures), bool(keep_coplanar), progress)
+        with self._files_lock:
+            place = self._file(file)
+            new = self.files[place] if path is None else os.fsdecode(path)
+            self._native.replace_file(place, new, bool(textures), bool(keep_coplanar), progress)
         return self
 
     def remove_file(self, file: int | PathLike) -> Model:
@@ -111,7 +116,8 @@ class Model:
 
         :param file: as for :meth:`replace_file`.
         """
-        self._native.remove_file(self._file(file))
+        with self._files_lock:
+            self._native.remove_file(self._file(file))
         return self
 
     def _file(self, file: int | PathLike) -> int:

@@ -1,5 +1,7 @@
 """Several files in one model, what stands on its picture, and what its sun does."""
 
+import threading
+
 import numpy as np
 import pytest
 from conftest import CORNERS, FACES, OBJ, WHITE
@@ -81,6 +83,25 @@ def test_what_was_added_below_a_file_goes_with_it(files):
     kept.remove()
     model.picture(64, 64)
     assert model.files == []
+
+
+def test_threads_take_turns_with_files(files):
+    model = orvane.open(files[0])
+    trouble = []
+
+    def work(path):
+        try:
+            for _ in range(3):
+                model.add_file(path).replace_file(0).remove_file(-1)
+        except Exception as error:
+            trouble.append(error)
+
+    threads = [threading.Thread(target=work, args=(path,)) for path in files]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join()
+    assert not trouble and len(model.files) == 1
 
 
 def test_files_come_to_a_scene_of_arrays(cube, files):
