@@ -395,7 +395,7 @@ void BatchBench::Prepare(const Part& part)
     // as it will be.
     const bool rests = part.use == Host::BatchUse::On && part.work == &BatchBench::Draw;
     const auto start = Clock::now();
-    for (int i = 0; i < 4 * kSettled; ++i)
+    for (int i = 0; i < 8 * kSettled; ++i)
     {
         const bool isSettled = rests ? m_renderer.CountBatches().single == 0 : i >= kSettled;
         const bool isLong = !m_isCounting && !rests && MillisecondsSince(start) > kLongEnough;

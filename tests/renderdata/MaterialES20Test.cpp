@@ -3,6 +3,7 @@
 #include "orvane/effects/BasicMaterialAmbientPassEffectES20.h"
 #include "orvane/effects/BasicMaterialEffectES20.h"
 #include "orvane/effects/SkyEffectES20.h"
+#include "orvane/renderdata/RenderDataStandIn.h"
 #include "orvane/renderdata/SharedBuffer.h"
 #include "orvane/renderdata/SharedBufferPool.h"
 #include "orvane/scene/NodeMaterial.h"
@@ -441,6 +442,28 @@ TEST_F(MaterialES20Test, AMeshWithAForeignObjectInItsSlotIsLeftOutAndKeepsTheObj
     mesh.SetRenderData(nullptr, true);
     data.Prepare(camera, items, false);
     EXPECT_EQ(items.size(), 1u) << "drawn again once the slot is free";
+}
+
+TEST_F(MaterialES20Test, AStandInIsReplacedOnceTheMeshIsDrawn)
+{
+    struct StandIn : RenderDataStandIn
+    {
+        explicit StandIn(int& ends) : m_ends(ends) {}
+        ~StandIn() override { ++m_ends; }
+        int& m_ends;
+    };
+    OpenMaterialES20 data(&material, nullptr, &pool, nullptr);
+    int ends = 0;
+    for (const bool onRawMesh : {true, false})
+    {
+        ends = 0;
+        mesh.SetRenderData(new StandIn(ends), onRawMesh);
+        items.clear();
+        data.Prepare(camera, items, false);
+        EXPECT_EQ(items.size(), 1u);
+        EXPECT_EQ(ends, 1);
+        EXPECT_NE(DataOf(mesh), nullptr);
+    }
 }
 
 TEST_F(MaterialES20Test, RenderDataOfADerivedClassAreDrawn)

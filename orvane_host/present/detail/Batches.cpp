@@ -324,7 +324,7 @@ bool Batches::IsApart(const MeshNode& node) const
 void Batches::Update()
 {
     ++m_frame;
-    m_writable = kMostWritten;
+    m_writable = std::max(kMostWritten, kWrittenForSingle * m_singleCount);
     m_isFull = false;
     if (!m_hasStarted)
     {

@@ -55,9 +55,12 @@ public:
     /// Frames that a mesh at a node has to stand still before it is drawn with others again.
     static constexpr unsigned int kRest = 8;
 
-    /// That a frame writes into batches that are there, of what moves and what comes back: a fraction
-    /// of a millisecond.
+    /// Vertices that a frame writes of what moves and what comes back: a fraction of a millisecond.
     static constexpr std::size_t kMostWritten = 65536;
+
+    /// Or so many for each mesh at a node that is drawn by itself, where that is more: a part of what
+    /// drawing it takes.
+    static constexpr std::size_t kWrittenForSingle = 16;
 
     /// With so many meshes at nodes BatchUse::Auto draws them together.
     static constexpr std::size_t kWorthwhile = 400;
@@ -270,6 +273,7 @@ private:
     std::vector<Index> m_homeless;
     std::vector<RenderItemES20> m_probed;
     std::vector<float> m_scratch;
+    std::size_t m_singleCount = 0;
     std::size_t m_writable = 0; ///< vertices that this frame may still write
     bool m_isFull = false;      ///< what comes back has to wait for the next frame
     Matrix m_lookMatrix;

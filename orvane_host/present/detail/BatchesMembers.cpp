@@ -445,6 +445,7 @@ bool Batches::MakeSingle(Index index, bool isSingle)
         return false;
     }
     member.isSingle = isSingle;
+    m_singleCount += isSingle ? 1 : static_cast<std::size_t>(-1);
     Group& group = *member.group;
     group.itemsHold = false;
     if (isSingle)

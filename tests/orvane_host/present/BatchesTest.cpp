@@ -239,6 +239,33 @@ TEST_F(BatchesTest, ShadowsFollowWhatIsHiddenWhileTheEyeRests)
     }
 }
 
+TEST_F(BatchesTest, WhatLiesOutsideTheViewCastsItsShadowIntoIt)
+{
+    PresentationSettings lit;
+    lit.sun.emplace();
+    lit.sun->direction = Vector(0.4f, 1.0f, 0.3f);
+    lit.shadows.emplace();
+    lit.ground.emplace();
+    Crowd crowd(40);
+    Crowd plainCrowd(40);
+    const auto together = Present(crowd, BatchUse::On, lit);
+    const auto plain = Present(plainCrowd, BatchUse::Off, lit);
+    for (int corner = 0; corner < 4; ++corner)
+    {
+        const float x = corner % 2 == 0 ? -2.0f : 8.0f;
+        const float z = corner / 2 == 0 ? -2.0f : 8.0f;
+        // Nothing but the ground is in sight, and shadows that fall on it.
+        lit.view.eye = Vector(x, 4.0f, z);
+        lit.view.target = Vector(x + 0.01f, 0.0f, z);
+        lit.sun->direction = Vector(3.0f - x, 2.0f, 3.0f - z);
+        lit.batches.use = BatchUse::Off;
+        Apply(*plain, lit);
+        lit.batches.use = BatchUse::On;
+        Apply(*together, lit);
+        ExpectAlike(Draw(*together), Draw(*plain), "corner " + std::to_string(corner));
+    }
+}
+
 TEST_F(BatchesTest, ShadowsFollowWhatMovesAndRests)
 {
     PresentationSettings lit;
