@@ -34,6 +34,8 @@ int BytesPerPixel(const Options& options, int samples)
     const bool identified = options.settings.edges || options.settings.occlusion;
     bytes += identified ? (4 + 2 + 4) * (options.settings.edges && samples > 1 ? 4 : drawn) : 0;
     bytes += options.settings.occlusion ? 4 * drawn : 0;
+    // Depth and slope of surfaces and of glass, what lines cover and its depth, and lines kept.
+    bytes += options.settings.lines ? 7 * 4 * drawn : 0;
     // What the sun sees, in about as many texels for each pixel.
     bytes += options.settings.shadows ? (4 + 2) * 4 * drawn : 0;
     // Numbers and their depth.

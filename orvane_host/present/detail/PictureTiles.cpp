@@ -52,6 +52,8 @@ std::int64_t BytesPerPixel(const PresentationSettings& settings, int samples, in
     const bool isIdentified = settings.edges || settings.occlusion;
     bytes += isIdentified ? (4 + 4) * (settings.edges && samples > 1 ? 4 : drawn) : 0;
     bytes += settings.occlusion ? 4 * drawn : 0;
+    // Depth and slope of surfaces and of glass, what lines cover and its depth, and lines kept.
+    bytes += settings.lines ? 7 * 4 * drawn : 0;
     return bytes;
 }
 
