@@ -37,6 +37,8 @@ int BytesPerPixel(const Options& options, int samples)
     bytes += options.settings.occlusion && isSpiral ? 4 * drawn : 0;
     // Faces and their depth, finer where there are samples, and what is hidden.
     bytes += options.settings.occlusion && !isSpiral ? (4 + 2 + 4) * (samples > 1 ? 4 : drawn) + 4 * drawn : 0;
+    // Depth and slope of surfaces and of glass, what lines cover and its depth, and lines kept.
+    bytes += options.settings.lines ? 7 * 4 * drawn : 0;
     // What the sun sees, in about as many texels for each pixel.
     bytes += options.settings.shadows ? (4 + 2) * 4 * drawn : 0;
     // Numbers and their depth.

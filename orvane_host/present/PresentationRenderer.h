@@ -52,16 +52,22 @@ struct PickArea;
 class Surroundings;
 
 /// A renderer that puts a presentation together, each frame in this order: sky; shadows, identifiers
-/// and depth, off screen; surfaces in a look and lines; ambient occlusion; edges. Each is on or off by
-/// itself; a captured frame is antialiased after them, and the layer above comes last.
+/// and depth, off screen; surfaces in a look; ambient occlusion; edges; lines. Each is on or off by
+/// itself; a captured frame is antialiased after them, and the layer above comes last. The filter of
+/// AAModeFXAA comes before the lines.
 ///
-/// Lines and 2D layers are as ever, and so are materials that know no other pass than the default
+/// Whether a line is seen is found at the middle of it, from pictures of the surfaces alone, and holds for
+/// all of its width. Joints are round and covered once, and dashes run on over them. Of lines of
+/// different styles the nearer one is on top. Over another frame, and where GL can't make the
+/// pictures, lines are drawn as the engine has them, by the depth buffer.
+///
+/// 2D layers are as ever, and so are materials that know no other pass than the default
 /// one. The global clip planes cut the surfaces in every look but Crosshatch. To see the section fill,
 /// materials must show their back faces.
 ///
-/// Lines are as wide as their styles say in pixels of the screen, also in a finer capture. Where
-/// FeatureEdges::MakeRoom gave them room, surfaces have their colours from where they are, and
-/// their depth is drawn a second time for the lines.
+/// Lines are as wide as their styles say in pixels of the screen, also in a finer capture. The room of
+/// FeatureEdges::MakeRoom counts only where lines are compared with the depth buffer; surfaces have
+/// their colours from where they are.
 ///
 /// Edges and ambient occlusion see surfaces, not lines or points, and need depth in the framebuffer
 /// that they are drawn over. They are left out of a frame that is drawn over another, and where GL
@@ -92,7 +98,7 @@ public:
     void SetSurroundings(std::shared_ptr<const Surroundings> surroundings);
 
     /// Whether materials are drawn. On at first. Edges come from the surfaces all the same;
-    /// ambient occlusion has only lines left to darken.
+    /// nothing hides lines then.
     void ShowSurfaces(bool show);
 
     /// Whether lines are drawn. On at first.

@@ -12,8 +12,8 @@ struct PresentationFrame;
 enum class StageSlot
 {
     BeforeSurfaces, ///< after the sky, on a cleared depth: it can hide surfaces
-    AfterSurfaces,  ///< on surfaces and lines; occlusion and edges come over it
-    OverPicture,    ///< on everything but the layer above
+    AfterSurfaces,  ///< on surfaces; occlusion, edges and lines come over it
+    OverPicture,    ///< on everything but the layer above, and lines where the picture is filtered
 };
 
 /// One step of a presented frame, such as the edges. A host adds its own with

@@ -1,7 +1,6 @@
 #include "orvane_host/present/detail/LineDepthStage.h"
 
 #include "orvane_host/present/StageAccess.h"
-#include "orvane_host/present/detail/EffectInPlace.h"
 #include "orvane_host/present/detail/FarthestEffect.h"
 #include "orvane_host/present/detail/ScreenBuffer.h"
 #include "orvane_host/present/detail/SlopeEffect.h"
@@ -99,6 +98,32 @@ void LineDepthStage::Sort(const FrameItems& items)
     }
 }
 
+void LineDepthStage::UseEffect(const std::vector<RenderItemES20>& items)
+{
+    const MeshStyleES20* last = nullptr;
+    m_replaced.clear();
+    for (const RenderItemES20& item : items)
+    {
+        auto* const material = item.style == last ? nullptr : dynamic_cast<MaterialES20*>(item.style);
+        last = item.style;
+        if (material)
+        {
+            EffectES20*& slot = material->passEffects[RenderPassDepthId];
+            m_replaced.emplace_back(&slot, slot);
+            slot = m_effect.get();
+        }
+    }
+}
+
+void LineDepthStage::PutEffectsBack()
+{
+    // Backwards: a style that is listed twice was replaced twice.
+    for (auto it = m_replaced.rbegin(); it != m_replaced.rend(); ++it)
+    {
+        *it->first = it->second;
+    }
+}
+
 LineEffect::SurfaceDepth LineDepthStage::DrawInto(PresentationFrame& frame, std::unique_ptr<ScreenBuffer>& buffer,
                                                   const std::vector<RenderItemES20>& shaped,
                                                   const std::vector<RenderItemES20>& plain)
@@ -121,8 +146,9 @@ LineEffect::SurfaceDepth LineDepthStage::DrawInto(PresentationFrame& frame, std:
         glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
         SurfacePass::SetState();
     }
-    const EffectInPlace inPlace(plain, RenderPassDepthId, *m_effect);
+    UseEffect(plain);
     frame.renderer.Draw(frame.cameraData, plain, RenderPassDepthId);
+    PutEffectsBack();
     target.EndCapture();
     return {target.GetDepthTexture(), target.GetColorTexture(), 0};
 }

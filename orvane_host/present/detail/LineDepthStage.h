@@ -7,6 +7,7 @@
 #include "orvane/renderdata/RenderItemES20.h"
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace OV::Host::Detail
@@ -54,6 +55,8 @@ private:
                                       const std::vector<RenderItemES20>& shaped,
                                       const std::vector<RenderItemES20>& plain);
 
+    void UseEffect(const std::vector<RenderItemES20>& items);
+    void PutEffectsBack();
     void FindFarthest(PresentationFrame& frame);
 
     bool m_surfacesShown = true;
@@ -76,6 +79,7 @@ private:
     std::vector<RenderItemES20> m_seeThrough;
     std::vector<RenderItemES20> m_shaped; ///< opaque ones with a shape of their own: points, holes
     const std::vector<RenderItemES20> m_none;
+    std::vector<std::pair<EffectES20**, EffectES20*>> m_replaced;
 };
 
 } // namespace OV::Host::Detail

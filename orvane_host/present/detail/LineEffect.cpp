@@ -20,6 +20,7 @@
 #include <GL/glext.h>
 
 #include <algorithm>
+#include <cstddef>
 
 namespace OV::Host::Detail
 {
@@ -146,16 +147,17 @@ enum Unit : int
     UnitGlass,
     UnitGlassSlopes,
     UnitFarthest,
+    UnitCount,
 };
 
 /// The first unit comes last and stays active.
-void BindTextures(const LineEffect::SurfaceDepth& depth, const LineEffect::SurfaceDepth& glass)
+template <class TextureOf>
+void BindTextures(TextureOf textureOf)
 {
-    const unsigned int textures[] = {depth.depth, depth.slopes, glass.depth, glass.slopes, depth.farthest};
-    for (int unit = UnitFarthest; unit >= UnitDepth; --unit)
+    for (int unit = UnitCount; unit-- > 0;)
     {
         glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
-        glBindTexture(GL_TEXTURE_2D, textures[unit]);
+        glBindTexture(GL_TEXTURE_2D, textureOf(unit));
     }
 }
 
@@ -222,7 +224,15 @@ void LineEffect::Apply(const LineStyle& style, const Pen& pen, CameraNodeES20& c
     Set(UniformFarthest, static_cast<int>(UnitFarthest));
     Set(UniformBlocks, static_cast<float>((m_view.target.width + FarthestEffect::Block - 1) / FarthestEffect::Block),
         static_cast<float>((m_view.target.height + FarthestEffect::Block - 1) / FarthestEffect::Block));
-    BindTextures(m_view.depth, m_view.glass);
+    const unsigned int textures[] = {m_view.depth.depth, m_view.depth.slopes, m_view.glass.depth, m_view.glass.slopes,
+                                     m_view.depth.farthest};
+    static_assert(sizeof(textures) / sizeof(textures[0]) == UnitCount);
+    BindTextures([&](int unit) {
+        GLint bound = 0;
+        glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
+        m_boundBefore[static_cast<std::size_t>(unit)] = static_cast<unsigned int>(bound);
+        return textures[unit];
+    });
 }
 
 void LineEffect::SetOffset(const LineStyle& style, CameraNodeES20& camera)
@@ -250,7 +260,8 @@ void LineEffect::Remove()
 {
     EndUse();
     glVertexAttrib4f(AttributeRun, 0.0f, 0.0f, 0.0f, 1.0f);
-    BindTextures({}, {});
+    // Looks leave theirs for the next frame.
+    BindTextures([&](int unit) { return m_boundBefore[static_cast<std::size_t>(unit)]; });
 }
 
 void LineEffect::BindMeshAttributes(MeshES20* mesh)

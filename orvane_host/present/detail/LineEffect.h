@@ -104,6 +104,7 @@ private:
     const LineRuns* m_runs = nullptr;
     MeshES20* m_mesh = nullptr; ///< whose attributes are bound
     bool m_isOffset = false;
+    std::array<unsigned int, 5> m_boundBefore{}; ///< by unit
 };
 
 } // namespace OV::Host::Detail

@@ -55,6 +55,8 @@ std::int64_t BytesPerPixel(const PresentationSettings& settings, int samples, in
     bytes += isSpiral ? 4 * drawn : 0;
     // Faces and their depth, finer where there are samples, and what is hidden.
     bytes += settings.occlusion && !isSpiral ? (4 + 4) * (samples > 1 ? 4 : drawn) + 4 * drawn : 0;
+    // Depth and slope of surfaces and of glass, what lines cover and its depth, and lines kept.
+    bytes += settings.lines ? 7 * 4 * drawn : 0;
     return bytes;
 }
 

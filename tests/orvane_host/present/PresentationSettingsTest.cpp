@@ -826,7 +826,7 @@ TEST(PresentationSettings, AFileOfVersion1IsStillRead)
     expected.fog = FogRange{10.5f, 250.0f};
     expected.surroundings = "Himmel.jpg";
     expected.ground = GroundSettings{GroundKind::ShadowCatcher, Color::GetRGB(0xC8, 0xBE, 0xAA), -0.25f};
-    expected.lines = LineSettings{25.0f, 1.5f, Color::GetRGB(0x20, 0x20, 0x20), 6.0f, 0.25f};
+    expected.lines = LineSettings{25.0f, 1.5f, Color::GetRGB(0x20, 0x20, 0x20), 6.0f, 0.25f, HiddenLines::Dashed};
     expected.edges = EdgeLook{0.75f, Color::GetRGB(0, 0, 0x80), Identity::Object};
     expected.occlusion = true;
     expected.occlusionLook = OcclusionLook{OcclusionKind::Spiral, 0.75f, 1.5f};
