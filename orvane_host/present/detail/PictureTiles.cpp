@@ -52,6 +52,10 @@ std::int64_t BytesPerPixel(const PresentationSettings& settings, int samples, in
     const bool isIdentified = settings.edges || settings.occlusion;
     bytes += isIdentified ? (4 + 4) * (settings.edges && samples > 1 ? 4 : drawn) : 0;
     bytes += settings.occlusion ? 4 * drawn : 0;
+    // Three depths, a layer and two sums, finer where there are samples.
+    const bool isLayered = settings.glass.order != GlassOrder::Scene;
+    const bool isFine = settings.glass.order == GlassOrder::Exact && samples > 1;
+    bytes += isLayered ? (3 * 4 + 4 + 2 * 8) * (isFine ? 4 : drawn) : 0;
     return bytes;
 }
 

@@ -24,7 +24,7 @@ const std::vector<std::string> Known = {
     "--portrait",   "--dpi",     "--scale",        "--alpha",      "--depth",         "--list-nodes",
     "--surroundings", "--ground",    "--batches",
     "--fit-all",    "--sun",        "--place",   "--sun-study",    "--sun-hours",
-    "--keep-coplanar", "--shadows",    "--sun-width", "--shadow-darkness", "--clipped-casts",
+    "--keep-coplanar", "--glass", "--glass-layers", "--shadows",    "--sun-width", "--shadow-darkness", "--clipped-casts",
 };
 
 std::string Help()
