@@ -820,6 +820,7 @@ TEST(PresentationSettings, AFileOfVersion1IsStillRead)
     expected.sky = true;
     expected.fog = FogRange{10.5f, 250.0f};
     expected.surroundings = "Himmel.jpg";
+    expected.glass = GlassSettings{GlassOrder::Weighted, 3};
     expected.ground = GroundSettings{GroundKind::ShadowCatcher, Color::GetRGB(0xC8, 0xBE, 0xAA), -0.25f};
     expected.lines = LineSettings{25.0f, 1.5f, Color::GetRGB(0x20, 0x20, 0x20), 6.0f, 0.25f};
     expected.edges = EdgeLook{0.75f, Color::GetRGB(0, 0, 0x80), Identity::Object};
