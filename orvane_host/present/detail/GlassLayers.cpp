@@ -49,7 +49,12 @@ public:
 class OwnBlendingScope
 {
 public:
-    OwnBlendingScope() { EffectES20::LeaveBlending(true); }
+    OwnBlendingScope()
+    {
+        EffectES20::LeaveBlending(true);
+        // Lines leave it on.
+        glDisable(GL_BLEND);
+    }
 
     ~OwnBlendingScope()
     {

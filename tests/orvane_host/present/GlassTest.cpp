@@ -210,6 +210,19 @@ TEST_F(SampledGlass, IsAsRightAndHasSmoothRims)
     EXPECT_GT(between, 60) << "pixels that the rims cross";
 }
 
+TEST_F(Glass, HasItsColorsBesideLines)
+{
+    const auto presentation = Present(sheets);
+    PresentationSettings wanted = FromTheFront(GlassOrder::Exact);
+    wanted.lines.emplace();
+    Apply(*presentation, wanted);
+    const Picture picture = Draw(*presentation);
+    for (const float x : kPlaces)
+    {
+        ExpectNear(At(picture, x), Over(sheets, x), std::to_string(x));
+    }
+}
+
 TEST_F(Glass, BeyondTheLayersIsMixed)
 {
     const std::vector<Sheet> three = {sheets[1], {Color(0.0f, 1.0f, 0.0f, 0.3f), 1.5f}, sheets[3]};
