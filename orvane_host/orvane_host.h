@@ -25,6 +25,7 @@
 #include "orvane_host/present/BlankPicture.h"
 #include "orvane_host/present/DrawCounts.h"
 #include "orvane_host/present/EdgeLook.h"
+#include "orvane_host/present/GlassSettings.h"
 #include "orvane_host/present/GroundSettings.h"
 #include "orvane_host/present/HatchTextures.h"
 #include "orvane_host/present/Look.h"

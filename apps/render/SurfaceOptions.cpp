@@ -36,6 +36,13 @@ void DefineSurfaceOptions(CLI::App& app, SurfaceTexts& texts, Host::Presentation
     app.add_option("--look", texts.look, "basic, advanced, phong, crosshatch, monotone or\n"
                                          "vertex-color; advanced if left out")
         ->option_text("NAME")->group(group);
+    app.add_option("--glass", texts.glass, "How see-through surfaces lie over each other: exact, the\n"
+                                           "nearer over the farther at every pixel; weighted, mixed;\n"
+                                           "scene, in the order of the file; exact if left out")
+        ->option_text("ORDER")->group(group);
+    app.add_option("--glass-layers", settings.glass.layers, "How many come in exact order, one behind the other, 1 to\n"
+                                                            "64; what lies behind them is mixed; 8 if left out")
+        ->option_text("N")->check(CLI::Range(1, Host::GlassSettings::MostLayers))->group(group);
     auto* clip = app.add_option("--clip", texts.clips, "Cut away what lies on the side of a normal at a point;\n"
                                                        "up to 6 times")
         ->option_text("NX,NY,NZ,PX,PY,PZ")->allow_extra_args(false)->group(group);
@@ -55,6 +62,18 @@ void DefineSurfaceOptions(CLI::App& app, SurfaceTexts& texts, Host::Presentation
 void InterpretSurfaces(const SurfaceTexts& texts, Host::PresentationSettings& settings)
 {
     settings.cullBacks = !texts.noCull;
+    if (texts.glass == "exact")
+    {
+        settings.glass.order = Host::GlassOrder::Exact;
+    }
+    else if (texts.glass == "weighted" || texts.glass == "scene")
+    {
+        settings.glass.order = texts.glass == "scene" ? Host::GlassOrder::Scene : Host::GlassOrder::Weighted;
+    }
+    else
+    {
+        throw Bad("--glass", texts.glass, "one of exact, weighted, scene");
+    }
     if (!Host::ParseLook(texts.look, settings.look))
     {
         throw Bad("--look", texts.look, "one of basic, advanced, phong, crosshatch, monotone, vertex-color");

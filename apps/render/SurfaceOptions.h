@@ -29,6 +29,7 @@ struct SurfaceTexts
     std::optional<std::string> poche;
     std::string outlineColor = "000000";
     std::optional<std::string> edit;
+    std::string glass = "exact";
     bool noCull = false;
 };
 

@@ -313,6 +313,14 @@ void AddSurfaces(Builder& command, const Host::PresentationSettings& settings)
     {
         command.Add("--no-cull");
     }
+    if (settings.glass.order != Host::GlassOrder::Exact)
+    {
+        command.Add("--glass", settings.glass.order == Host::GlassOrder::Scene ? "scene" : "weighted");
+    }
+    else if (settings.glass.layers != Host::GlassSettings().layers)
+    {
+        command.Add("--glass-layers", std::to_string(settings.glass.layers));
+    }
     if (!settings.editPath.empty() && (settings.look == Host::Look::Advanced || settings.look == Host::Look::Phong))
     {
         command.Add("--edit", settings.editPath);

@@ -278,12 +278,18 @@ void Desk::Draw()
 {
     if (m_model)
     {
+        m_model->Hurry(IsMoving());
         m_model->Draw(m_width, m_height, m_ratio);
     }
 }
 
 bool Desk::NeedsDraw() const
 {
+    if (m_model)
+    {
+        // The first frame at rest is drawn with care.
+        m_model->Hurry(IsMoving());
+    }
     return m_model && m_model->NeedsDraw();
 }
 

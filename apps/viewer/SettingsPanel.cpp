@@ -134,6 +134,12 @@ bool EditSurfaces(Settings& settings, const Box& box)
 {
     bool changed = Choose("Look", settings.look, {"Basic", "Advanced", "Phong", "Crosshatch", "Monotone", "Vertex color"});
     changed = ImGui::Checkbox("Leave out backs of faces", &settings.cullBacks) || changed;
+    changed = Choose("Glass over glass", settings.glass.order, {"As in the file", "Mixed", "Exact"}) || changed;
+    if (settings.glass.order == Host::GlassOrder::Exact)
+    {
+        changed = ImGui::SliderInt("Layers of glass", &settings.glass.layers, 1, 16, "%d", ImGuiSliderFlags_AlwaysClamp)
+            || changed;
+    }
     changed = EditOcclusion(settings, ExtentOf(box)) || changed;
     changed = EditText<512>("Edit", settings.editPath) || changed;
     return changed;

@@ -337,8 +337,14 @@ unsigned int EffectES20::CreateFromTemplate(const ProgramTemplate& source, std::
         m_uniformNames[row.index] = row.name;
     }
     m_firstShareUniform = static_cast<int>(source.uniforms.size() + further.size());
+    std::string fragmentEnd;
     if (isShared)
     {
+        if (const char* const enclosure = s_lightShare->Enclosure())
+        {
+            fragmentStart += "#define main OVSL_Main\n";
+            fragmentEnd = std::string("\n#undef main\n") + enclosure;
+        }
         fragmentStart += "#extension GL_OES_standard_derivatives : enable\n#define LIGHT_SHARE\n";
         for (const IndexedName& row : s_lightShare->Uniforms())
         {
@@ -347,7 +353,8 @@ unsigned int EffectES20::CreateFromTemplate(const ProgramTemplate& source, std::
     }
     m_currentProgram = static_cast<unsigned int>(
         LoadProgram(name, ExpandTemplate(source.vertexSource, replacements),
-                    fragmentStart + ExpandTemplate(source.fragmentSource, replacements), m_attributeNames));
+                    fragmentStart + ExpandTemplate(source.fragmentSource, replacements) + fragmentEnd,
+                    m_attributeNames));
     return m_currentProgram;
 }
 

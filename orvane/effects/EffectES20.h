@@ -160,6 +160,10 @@ public:
     static bool SetLightShare(LightShare* share);
     static LightShare* GetLightShare();
 
+    /// Whether see-through surfaces are drawn with the blending that a host has set, or has left out, in
+    /// place of that over what is behind them. Off at first; to be put back after what it is for.
+    static void LeaveBlending(bool leave);
+
     /// Disables the attributes that were enabled for an earlier mesh and not again for the one at
     /// hand, between BindMeshAttributes and a draw. GL.
     static void DisableSpareAttributes()
@@ -319,6 +323,7 @@ protected:
     static bool s_isShadow;
     static EffectCache::EffectType s_advancedMaterialShaderType;
     static LightShare* s_lightShare;
+    static bool s_leavesBlending;
 
 private:
     friend class EffectCache;

@@ -25,6 +25,7 @@ std::uint32_t EffectES20::s_spareAttributes = 0;
 std::uint32_t EffectES20::s_disabledAttributes = 0;
 std::uint64_t EffectES20::s_valuesForgotten = 0;
 LightShare* EffectES20::s_lightShare = nullptr;
+bool EffectES20::s_leavesBlending = false;
 std::uint64_t EffectES20::s_lightShareOption = 0;
 std::uint64_t EffectES20::s_lightSharesSet = 0;
 
@@ -32,14 +33,23 @@ namespace
 {
 
 /// The number of a text of GLSL, from 1 in the order in which they are met.
-std::size_t NumberOf(const char* source)
+std::size_t NumberOf(const LightShare& share)
 {
-    static std::vector<std::string> known;
-    const auto found = std::find(known.begin(), known.end(), source);
+    struct Text
+    {
+        std::string source;
+        std::string enclosure;
+    };
+    static std::vector<Text> known;
+    const char* const source = share.Source();
+    const char* const enclosure = share.Enclosure() ? share.Enclosure() : "";
+    const auto found = std::find_if(known.begin(), known.end(), [&](const Text& text) {
+        return text.source == source && text.enclosure == enclosure;
+    });
     const auto number = static_cast<std::size_t>(found - known.begin()) + 1;
     if (found == known.end())
     {
-        known.emplace_back(source);
+        known.push_back({source, enclosure});
     }
     return number;
 }
@@ -48,16 +58,26 @@ std::size_t NumberOf(const char* source)
 
 LightShare::~LightShare() = default;
 
+const char* LightShare::Enclosure() const
+{
+    return nullptr;
+}
+
 bool EffectES20::SetLightShare(LightShare* share)
 {
     constexpr int shift = 56;
     static_assert(OptionLightShares == std::uint64_t{0x3F} << shift);
-    const std::uint64_t number = share ? NumberOf(share->Source()) : 0;
+    const std::uint64_t number = share ? NumberOf(*share) : 0;
     const bool isTaken = number <= OptionLightShares >> shift;
     s_lightShare = isTaken ? share : nullptr;
     s_lightShareOption = isTaken ? number << shift : 0;
     ++s_lightSharesSet;
     return isTaken;
+}
+
+void EffectES20::LeaveBlending(bool leave)
+{
+    s_leavesBlending = leave;
 }
 
 LightShare* EffectES20::GetLightShare()

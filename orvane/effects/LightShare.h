@@ -36,6 +36,11 @@ public:
     /// each set of options that it is drawn with.
     virtual const char* Source() const = 0;
 
+    /// GLSL behind the shader, with a `main` that calls that of the effect, by the name `OVSL_Main`, once
+    /// and in uniform control flow, and does with gl_FragColor what it likes. Null, as here, for none.
+    /// Constant as Source is.
+    virtual const char* Enclosure() const;
+
     /// Names of its uniforms, dense from 0.
     virtual NameTable Uniforms() const = 0;
 

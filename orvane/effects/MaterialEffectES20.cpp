@@ -46,7 +46,7 @@ bool MaterialEffectES20::EnableBlendingIfNeeded(MaterialES20* data)
 {
     const Material* material = data->GetMaterial();
     const bool seeThroughTexture = ColorTexture(data) != 0 && material->hasAlpha;
-    if (!seeThroughTexture && !(material->GetOpacity() < 1.0f))
+    if (s_leavesBlending || (!seeThroughTexture && !(material->GetOpacity() < 1.0f)))
     {
         return false;
     }

@@ -19,6 +19,11 @@ public:
     {
     }
 
+    constexpr ConstantTable(const Row* rows, std::size_t size) :
+        m_rows(rows), m_size(size)
+    {
+    }
+
     constexpr const Row* begin() const
     {
         return m_rows;

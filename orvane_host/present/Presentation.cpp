@@ -293,6 +293,11 @@ void Presentation::Draw(int width, int height, float pixelRatio)
     m_impl->Draw(width, height, pixelRatio);
 }
 
+void Presentation::Hurry(bool hurry)
+{
+    m_impl->Hurry(hurry);
+}
+
 bool Presentation::NeedsDraw() const
 {
     return m_impl->NeedsDraw();

@@ -256,6 +256,11 @@ public:
     /// Draws a frame over all of the framebuffer that is bound. GL.
     void Draw(int width, int height, float pixelRatio = 1.0f);
 
+    /// Whether frames are drawn quickly from the next one on rather than as they are meant, as while the view
+    /// moves: see-through surfaces are then mixed where they are meant to be in exact order. Pictures that
+    /// are saved are as they are meant. Off at first.
+    void Hurry(bool hurry);
+
     /// Whether the next frame differs from the last one, as far as this object and the dirty flags
     /// of the scene and its layers know. Where a capture serves (Antialiasing::Filter and
     /// Supersampling) a frame in which only the layer above changed is drawn from it.

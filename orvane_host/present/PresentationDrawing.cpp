@@ -108,6 +108,12 @@ void Presentation::Impl::ConfigureRenderer()
     renderer->SetStrokeWidth(UsualStrokeWidth * m_ratio);
     renderer->SetSun(sun.direction);
     renderer->SetShadows(settings.shadows);
+    GlassSettings glass = settings.glass;
+    if (m_hurries && glass.order == GlassOrder::Exact && !renderer->GetPart())
+    {
+        glass.order = GlassOrder::Weighted;
+    }
+    renderer->SetGlass(glass);
     renderer->SetShadowGround(ShadowGroundOfModel());
     renderer->SetSurroundings(m_surroundings);
     renderer->SetGround(MakeGround());
@@ -237,6 +243,14 @@ void Presentation::Impl::Draw(int newWidth, int newHeight, float newRatio)
     }
     app.Render(renderer.get(), IsCaptured());
     m_holdsCapture = IsCaptured();
+}
+
+void Presentation::Impl::Hurry(bool hurry)
+{
+    const bool isOther = m_hurries != hurry && settings.glass.order == GlassOrder::Exact
+        && !World().GetAlphaMaterials().empty();
+    m_hurries = hurry;
+    m_isPictureChanged = m_isPictureChanged || isOther;
 }
 
 bool Presentation::Impl::NeedsDraw() const

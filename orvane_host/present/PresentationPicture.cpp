@@ -153,7 +153,13 @@ private:
     PixelSize SizeFor(const Detail::FramebufferLimits& limits) const
     {
         const int finer = static_cast<int>(m_impl.LineScale());
-        return Detail::TileSizeFor(m_impl.settings, m_whole, m_samples, m_options.bits,
+        PresentationSettings drawn = m_impl.settings;
+        if (m_impl.World().GetAlphaMaterials().empty())
+        {
+            // There is no glass that would take buffers.
+            drawn.glass.order = GlassOrder::Scene;
+        }
+        return Detail::TileSizeFor(drawn, m_whole, m_samples, m_options.bits,
                                    {limits.maxWidth / finer, limits.maxHeight / finer}, m_options.longestTile);
     }
 

@@ -201,6 +201,11 @@ void PresentationRenderer::SetSurroundings(std::shared_ptr<const Surroundings> s
     m_surfaces->SetSurroundings(std::move(surroundings));
 }
 
+void PresentationRenderer::SetGlass(const GlassSettings& glass)
+{
+    m_surfaces->SetGlass(glass);
+}
+
 void PresentationRenderer::SetGround(const std::optional<Detail::Ground>& ground)
 {
     m_ground->SetGround(ground);

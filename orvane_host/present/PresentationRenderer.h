@@ -2,6 +2,7 @@
 
 #include "orvane_host/present/BatchSettings.h"
 #include "orvane_host/present/EdgeLook.h"
+#include "orvane_host/present/GlassSettings.h"
 #include "orvane_host/present/HiddenLineLook.h"
 #include "orvane_host/present/Look.h"
 #include "orvane_host/present/PresentationFrame.h"
@@ -96,6 +97,10 @@ public:
     /// from the next frame on; null, as at first, for nothing. A material's gloss is 1 less its
     /// roughness; what it reflects has the hue of its specular colour. GL if it has drawn.
     void SetSurroundings(std::shared_ptr<const Surroundings> surroundings);
+
+    /// In which order see-through surfaces are drawn over each other from the next frame on; that of the
+    /// scene at first, and where GL can't make the buffers for another.
+    void SetGlass(const GlassSettings& glass);
 
     /// Whether materials are drawn. On at first. Edges come from the surfaces all the same;
     /// nothing hides lines then.

@@ -3,6 +3,7 @@
 #include "orvane_host/geometry/FeatureEdges.h"
 #include "orvane_host/present/BatchSettings.h"
 #include "orvane_host/present/EdgeLook.h"
+#include "orvane_host/present/GlassSettings.h"
 #include "orvane_host/present/GroundSettings.h"
 #include "orvane_host/present/Look.h"
 #include "orvane_host/present/OcclusionLook.h"
@@ -126,6 +127,8 @@ struct PresentationSettings
     Look look = Look::Advanced;
     /// Leaves the backs of faces out, as materials want it; false shows all of them.
     bool cullBacks = true;
+    /// How see-through surfaces lie over each other.
+    GlassSettings glass;
     /// Without planes in the look Crosshatch, which is not cut.
     SectionSettings section;
     /// Names from a node down, with slashes between them: everything else is grey in the looks

@@ -25,7 +25,7 @@ struct DepthOffset
 /// a fraction of a pixel, which counts with the slope, and that of the depth itself.
 struct DepthRank
 {
-    static constexpr float Factor = 0.5f;
+    static constexpr float Factor = 0.0625f;
     static constexpr float Units = 8.0f;
 
     /// What room for lines comes with, besides its factor. No round number, by which it is told from an offset that

@@ -57,6 +57,10 @@ std::int64_t BytesPerPixel(const PresentationSettings& settings, int samples, in
     bytes += settings.occlusion && !isSpiral ? (4 + 4) * (samples > 1 ? 4 : drawn) + 4 * drawn : 0;
     // Depth and slope of surfaces and of glass, what lines cover and its depth, and lines kept.
     bytes += settings.lines ? 7 * 4 * drawn : 0;
+    // Three depths, a layer and two sums, finer where there are samples.
+    const bool isLayered = settings.glass.order != GlassOrder::Scene;
+    const bool isFine = settings.glass.order == GlassOrder::Exact && samples > 1;
+    bytes += isLayered ? (3 * 4 + 4 + 2 * 8) * (isFine ? 4 : drawn) : 0;
     return bytes;
 }
 

@@ -81,6 +81,7 @@ public:
     void Resize(int newWidth, int newHeight, float newRatio);
     void Prepare();
     void Draw(int newWidth, int newHeight, float newRatio);
+    void Hurry(bool hurry);
     bool NeedsDraw() const;
     void Suspend();
     void Resume();
@@ -229,6 +230,7 @@ private:
     bool m_holdsCapture = false;      ///< of all but the layer above
     bool m_isPictureChanged = true;   ///< since the last frame, behind the layer above
     bool m_isForegroundChanged = true;
+    bool m_hurries = false;
 };
 
 } // namespace OV::Host

@@ -13,6 +13,7 @@ namespace
 constexpr const char* kIdentities[] = {"object", "group"};
 constexpr const char* kAntialiasings[] = {"none", "msaa", "fxaa", "ssaa"};
 constexpr const char* kUpAxes[] = {"y", "z"};
+constexpr const char* kGlassOrders[] = {"scene", "weighted", "exact"};
 constexpr const char* kBatchUses[] = {"auto", "on", "off"};
 constexpr const char* kGroundKinds[] = {"shadow", "plain"};
 constexpr const char* kOcclusionKinds[] = {"horizon", "spiral"};
@@ -40,6 +41,11 @@ const char* NameOf(Antialiasing antialiasing)
 const char* NameOf(UpAxis axis)
 {
     return NameIn(kUpAxes, axis);
+}
+
+const char* NameOf(GlassOrder order)
+{
+    return NameIn(kGlassOrders, order);
 }
 
 const char* NameOf(BatchUse use)

@@ -27,6 +27,7 @@ constexpr Limits kLineWidth{0.0f, 100.0f, true};
 constexpr Limits kOcclusionStrength{0.0f, 2.0f};
 constexpr Limits kSunWidth{0.0f, 20.0f, true};
 constexpr Limits kFov{1.0f, 170.0f};
+constexpr Limits kLayers{1.0f, static_cast<float>(GlassSettings::MostLayers)};
 constexpr Limits kSamples{0.0f, static_cast<float>(PresentationSettings::MostSamples)};
 /// Beyond it ViewFit takes no eye.
 constexpr Limits kPlace{-1e15f, 1e15f};
@@ -202,6 +203,17 @@ struct Fields<BatchSettings>
 };
 
 template <>
+struct Fields<GlassSettings>
+{
+    template <typename Visitor>
+    static void Visit(Visitor&& visit)
+    {
+        visit("order", &GlassSettings::order, kFinite);
+        visit("layers", &GlassSettings::layers, kLayers);
+    }
+};
+
+template <>
 struct Fields<PresentationSettings>
 {
     template <typename Visitor>
@@ -209,6 +221,7 @@ struct Fields<PresentationSettings>
     {
         visit("look", &PresentationSettings::look, kFinite);
         visit("cullBacks", &PresentationSettings::cullBacks, kFinite);
+        visit("glass", &PresentationSettings::glass, kFinite);
         visit("section", &PresentationSettings::section, kFinite);
         visit("editPath", &PresentationSettings::editPath, kFinite);
         visit("background", &PresentationSettings::background, kShare);
@@ -245,6 +258,7 @@ const char* NameOf(Identity identity);
 const char* NameOf(Antialiasing antialiasing);
 const char* NameOf(UpAxis axis);
 const char* NameOf(BatchUse use);
+const char* NameOf(GlassOrder order);
 const char* NameOf(GroundKind kind);
 const char* NameOf(OcclusionKind kind);
 const char* NameOf(HiddenLines hidden);

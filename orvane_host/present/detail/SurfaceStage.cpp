@@ -4,6 +4,7 @@
 #include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/StageAccess.h"
 #include "orvane_host/present/detail/ConstantColorScope.h"
+#include "orvane_host/present/detail/DrawIdKeeper.h"
 #include "orvane_host/present/detail/Effects.h"
 #include "orvane_host/present/detail/LightShareScope.h"
 #include "orvane_host/present/detail/LineStage.h"
@@ -11,6 +12,7 @@
 #include "orvane_host/present/detail/ShadowStage.h"
 #include "orvane_host/present/detail/StrokeEffect.h"
 #include "orvane/effects/AdvancedMaterialBaseES20.h"
+#include "orvane/effects/BasicMaterialEffectES20.h"
 #include "orvane/math/Transform.h"
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshES20.h"
@@ -62,6 +64,25 @@ bool SmoothsCuts(const CameraNode& camera)
     return true;
 }
 
+/// Draws depths alone, for the length of a scope.
+class NoColorScope
+{
+public:
+    NoColorScope()
+    {
+        glGetBooleanv(GL_COLOR_WRITEMASK, m_before);
+        glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_FALSE);
+    }
+
+    ~NoColorScope() { glColorMask(m_before[0], m_before[1], m_before[2], m_before[3]); }
+
+    NoColorScope(const NoColorScope&) = delete;
+    NoColorScope& operator=(const NoColorScope&) = delete;
+
+private:
+    GLboolean m_before[4] = {};
+};
+
 /// Once it is uploaded.
 bool HasColors(const RenderItemES20& item)
 {
@@ -75,9 +96,18 @@ SurfaceStage::SurfaceStage() = default;
 
 SurfaceStage::~SurfaceStage() = default;
 
-FrameNeeds SurfaceStage::NeedsOf(const PresentationFrame&) const
+bool SurfaceStage::WantsLayers(const PresentationFrame& frame) const
+{
+    const bool isShown = m_look == Look::Basic || m_look == Look::Advanced || m_look == Look::Phong;
+    const FrameItems& items = frame.items.Seen();
+    return m_glass.order != GlassOrder::Scene && isShown && m_surfacesShown && !frame.overDraw
+        && items.firstAlpha < items.all.size();
+}
+
+FrameNeeds SurfaceStage::NeedsOf(const PresentationFrame& frame) const
 {
     FrameNeeds needs;
+    needs.target = WantsLayers(frame);
     needs.objectIdentifiers = OverlaysLines();
     needs.groupIdentifiers = OverlaysLines();
     needs.optional = true;
@@ -96,6 +126,7 @@ void SurfaceStage::ReleaseGL()
     Drop(m_advanced);
     Drop(m_phong);
     m_surroundings.ReleaseGL();
+    m_layers.ReleaseGL();
     m_lineSetup.ReleaseGL();
 }
 
@@ -263,6 +294,10 @@ void SurfaceStage::DrawLook(PresentationFrame& frame)
     const SeamlessScope seamless(m_reflecting != nullptr);
     const ConstantColorScope plainColors(kColorAttribute, m_look == Look::VertexColor);
     const FrameItems& items = frame.items.Seen();
+    if (WantsLayers(frame) && frame.served && DrawLayers(frame))
+    {
+        return;
+    }
     if (m_surfacesShown)
     {
         const auto draw = [&](const std::vector<RenderItemES20>& part, bool depthOnly) {
@@ -295,6 +330,72 @@ void SurfaceStage::DrawWithoutLines(PresentationFrame& frame, const LineRoom::Dr
     m_lineStage->DrawThroughGlass(frame);
     m_part.assign(items.all.begin() + static_cast<std::ptrdiff_t>(items.firstAlpha), items.all.end());
     m_lineRoom.Draw(m_part, m_part.size(), m_part.size(), false, draw);
+}
+
+/// Whether a see-through surface is drawn with an effect that knows layers.
+bool SurfaceStage::IsLayered(const RenderItemES20& item) const
+{
+    const auto* const data = dynamic_cast<const MaterialES20*>(item.style);
+    const Material* const material = data ? data->GetMaterial() : nullptr;
+    if (!material || (material->GetFlags() & (MaterialFlagAlwaysPass | MaterialFlagPoints)) != 0)
+    {
+        return false;
+    }
+    EffectES20* const own = item.style->GetShader(PassOfLook());
+    const EffectES20* const effect = own ? own : item.style->GetShader(RenderPassDefault);
+    return dynamic_cast<const AdvancedMaterialBaseES20*>(effect) || dynamic_cast<const BasicMaterialEffectES20*>(effect);
+}
+
+/// Draws surfaces and lines, those that are see-through in layers.
+/// @return false, with nothing drawn, where that can't be had.
+bool SurfaceStage::DrawLayers(PresentationFrame& frame)
+{
+    const FrameItems& items = frame.items.Seen();
+    const auto alpha = items.all.begin() + static_cast<std::ptrdiff_t>(items.firstAlpha);
+    m_panes.clear();
+    m_others.clear();
+    const MeshStyleES20* style = nullptr;
+    bool isLayered = false;
+    for (auto item = alpha; item != items.all.end(); ++item)
+    {
+        // The meshes of a material stand in a row.
+        isLayered = item->style == style ? isLayered : IsLayered(*item);
+        style = item->style;
+        (isLayered ? m_panes : m_others).push_back(*item);
+    }
+    if (m_panes.empty() || !m_layers.Prepare(frame, m_glass))
+    {
+        return false;
+    }
+    const bool linesElsewhere = m_lineStage && m_lineStage->IsActive();
+    const std::size_t solids = linesElsewhere ? items.firstLine : items.firstAlpha;
+    m_solids.assign(items.all.begin(), items.all.begin() + static_cast<std::ptrdiff_t>(solids));
+    const RenderPass pass = PassOfLook();
+    const auto drawAgain = [&](const std::vector<RenderItemES20>& part) {
+        DrawIdKeeper drawIds(frame.scene);
+        drawIds.Keep(part);
+        DrawItems(frame, part, pass);
+    };
+    // They come first, while draw IDs are as they were.
+    m_lineSetup.Begin(frame.renderer.GetEffects(), m_layers.Size(), frame.screen);
+    const auto drawSolids = [&] { drawAgain(m_solids); };
+    const auto drawPanes = [&] { drawAgain(m_panes); };
+    m_layers.Gather(frame, EffectES20::GetLightShare(), drawSolids, drawPanes);
+    m_lineSetup.Begin(frame.renderer.GetEffects(), frame.target, frame.screen);
+    m_lineRoom.Draw(m_solids, items.firstLine, solids, frame.overDraw,
+                    [&](const std::vector<RenderItemES20>& part, bool) { DrawItems(frame, part, pass); });
+    if (linesElsewhere)
+    {
+        m_lineStage->DrawThroughGlass(frame);
+    }
+    m_layers.Lay(frame);
+    {
+        // What comes later finds the depths of all surfaces.
+        const NoColorScope depthOnly;
+        DrawItems(frame, m_panes, pass);
+    }
+    DrawItems(frame, m_others, pass);
+    return true;
 }
 
 void SurfaceStage::DrawItems(PresentationFrame& frame, const std::vector<RenderItemES20>& items, RenderPass pass)

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "orvane_host/present/GlassSettings.h"
 #include "orvane_host/present/Look.h"
 #include "orvane_host/present/PresentationStage.h"
+#include "orvane_host/present/detail/GlassLayers.h"
 #include "orvane_host/present/detail/LineRoom.h"
 #include "orvane_host/present/detail/LineSetup.h"
 #include "orvane_host/present/detail/SurroundingsMap.h"
@@ -50,6 +52,7 @@ public:
     bool AreLinesShown() const { return m_linesShown; }
     void OverlayLines(bool overlay) { m_linesOverlaid = overlay; }
     void SetSurroundings(std::shared_ptr<const Surroundings> surroundings) { m_surroundings.Set(std::move(surroundings)); }
+    void SetGlass(const GlassSettings& glass) { m_glass = glass; }
     void SetEditPath(std::optional<Path> path) { m_editPath = std::move(path); }
 
     /// What tells how much light reaches the surfaces; outlives this.
@@ -93,8 +96,11 @@ private:
     RenderPass PassOfLook() const;
     void PrepareEdit(PresentationFrame& frame);
     void UseStrokes(const PresentationFrame& frame);
+    bool WantsLayers(const PresentationFrame& frame) const;
+    bool IsLayered(const RenderItemES20& item) const;
     void DrawLook(PresentationFrame& frame);
     void DrawWithoutLines(PresentationFrame& frame, const LineRoom::DrawItems& draw);
+    bool DrawLayers(PresentationFrame& frame);
     void DrawItems(PresentationFrame& frame, const std::vector<RenderItemES20>& items, RenderPass pass);
     void PrepareReflection();
     void Reflect(const Reflection& reflection);
@@ -116,12 +122,17 @@ private:
     SurroundingsMap m_surroundings;
     AdvancedMaterialBaseES20* m_reflecting = nullptr; ///< one of the two while it reflects
     unsigned int m_reflectionMap = 0;
+    GlassSettings m_glass{GlassOrder::Scene, GlassSettings().layers};
+    GlassLayers m_layers;
     LineSetup m_lineSetup;
     LineRoom m_lineRoom;
 
-    std::vector<RenderItemES20> m_lines; ///< those of the frame, where they are drawn alone
-    std::vector<RenderItemES20> m_part;  ///< its surfaces, where lines are drawn elsewhere
-    std::vector<RenderItemES20> m_run;   ///< those of the items that one pass draws in a row
+    std::vector<RenderItemES20> m_lines;  ///< those of the frame, where they are drawn alone
+    std::vector<RenderItemES20> m_part;   ///< its surfaces, where lines are drawn elsewhere
+    std::vector<RenderItemES20> m_solids; ///< what is drawn before the see-through surfaces
+    std::vector<RenderItemES20> m_panes;  ///< see-through surfaces that are drawn in layers
+    std::vector<RenderItemES20> m_others; ///< and those that are not
+    std::vector<RenderItemES20> m_run;    ///< those of the items that one pass draws in a row
 };
 
 } // namespace OV::Host::Detail

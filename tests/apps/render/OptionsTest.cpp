@@ -24,7 +24,7 @@ const std::vector<std::string> Known = {
     "--portrait",   "--dpi",     "--scale",        "--alpha",      "--depth",         "--list-nodes",  "--format",
     "--surroundings", "--ground",    "--batches",
     "--fit-all",    "--sun",        "--place",   "--sun-study",    "--sun-hours",
-    "--ao-kind",    "--ao-radius",  "--ao-strength",     "--keep-coplanar", "--hidden",
+    "--ao-kind",    "--ao-radius",  "--ao-strength",     "--keep-coplanar", "--hidden", "--glass", "--glass-layers",
     "--shadows",    "--sun-width", "--shadow-darkness", "--clipped-casts",
 };
 

@@ -129,6 +129,8 @@ const Change kChanges[] = {
     {"view.fov", [](auto& s) { s.view.fov = 60.0f; }, "60.0"},
     {"view.orthographic", [](auto& s) { s.view.orthographic = true; }, "true"},
     {"view.upAxis", [](auto& s) { s.view.upAxis = UpAxis::Z; }, "\"z\""},
+    {"glass.order", [](auto& s) { s.glass.order = GlassOrder::Weighted; }, "\"weighted\""},
+    {"glass.layers", [](auto& s) { s.glass.layers = 64; }, "64"},
     {"batches.use", [](auto& s) { s.batches.use = BatchUse::Off; }, "\"off\""},
     {"batches.smallestPixels", [](auto& s) { s.batches.smallestPixels = 1.5f; }, "1.5"},
 };
@@ -245,7 +247,8 @@ TEST(PresentationSettings, EveryFieldIsNamed)
     [[maybe_unused]] const auto& [soft, sunWidth, darkness, clippedCasts] = ShadowSettings();
     [[maybe_unused]] const auto& [named, eye, target, up, fov, orthographic, upAxis] = ViewSettings();
     [[maybe_unused]] const auto& [title, scaleBar, north, watermark] = SheetSettings();
-    [[maybe_unused]] const auto& [look, cullBacks, section, editPath, background, sky, fog, surroundings, ground,
+    [[maybe_unused]] const auto& [order, layers] = GlassSettings();
+    [[maybe_unused]] const auto& [look, cullBacks, glass, section, editPath, background, sky, fog, surroundings, ground,
                                   lines, edges, occlusion, occlusionLook, sun, shadows, antialiasing, samples, sheet,
                                   view, batches] = PresentationSettings();
     [[maybe_unused]] const auto& [use, smallestPixels] = BatchSettings();
@@ -262,7 +265,8 @@ TEST(PresentationSettings, EveryFieldIsNamed)
     EXPECT_EQ(CountNamed<ViewSettings>(), 7);
     EXPECT_EQ(CountNamed<SheetSettings>(), 4);
     EXPECT_EQ(CountNamed<BatchSettings>(), 2);
-    EXPECT_EQ(CountNamed<PresentationSettings>(), 20);
+    EXPECT_EQ(CountNamed<GlassSettings>(), 2);
+    EXPECT_EQ(CountNamed<PresentationSettings>(), 21);
 }
 
 TEST(PresentationSettings, JSONNamesTheFieldsOfTheTable)
@@ -825,6 +829,7 @@ TEST(PresentationSettings, AFileOfVersion1IsStillRead)
     expected.sky = true;
     expected.fog = FogRange{10.5f, 250.0f};
     expected.surroundings = "Himmel.jpg";
+    expected.glass = GlassSettings{GlassOrder::Weighted, 3};
     expected.ground = GroundSettings{GroundKind::ShadowCatcher, Color::GetRGB(0xC8, 0xBE, 0xAA), -0.25f};
     expected.lines = LineSettings{25.0f, 1.5f, Color::GetRGB(0x20, 0x20, 0x20), 6.0f, 0.25f, HiddenLines::Dashed};
     expected.edges = EdgeLook{0.75f, Color::GetRGB(0, 0, 0x80), Identity::Object};
