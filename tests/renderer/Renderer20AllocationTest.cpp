@@ -162,7 +162,7 @@ TEST(NodesWithMeshesOfTheirOwn, TakeFewBlocksAndBytes)
     RecordProperty("bytes", std::to_string(PerNode(empty.bytes, drawn.bytes, count)));
     EXPECT_LE(PerNode(empty.blocks, built.blocks, count), 11.1) << "four of them geometry, two the host's own";
     EXPECT_LE(PerNode(built.blocks, drawn.blocks, count), 1.1) << "the render data of the mesh";
-    EXPECT_LE(PerNode(empty.bytes, drawn.bytes, count) - arrays, 1460.0);
+    EXPECT_LE(PerNode(empty.bytes, drawn.bytes, count) - arrays, 1216.0);
 }
 
 TEST_F(SteadyFrame, PackingTakesOneStagingCopyOfTheBufferInHand)
