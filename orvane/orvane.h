@@ -84,6 +84,7 @@
 #include "orvane/renderdata/RenderPass.h"
 #include "orvane/renderdata/SharedBuffer.h"
 #include "orvane/renderdata/SharedBufferPool.h"
+#include "orvane/renderdata/SharedBufferPoolPtr.h"
 #include "orvane/renderer/AAMode.h"
 #include "orvane/renderer/RenderTarget.h"
 #include "orvane/renderer/Renderer20.h"

@@ -19,6 +19,9 @@
 
 #include <GL/glew.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
 #include <typeinfo>
 #include <utility>
 
@@ -76,7 +79,7 @@ MeshES20* AsMeshData(Object* data)
 MaterialES20::MaterialES20(Material* sceneMaterial, TextureLoader* loader, SharedBufferPool* pool,
                            EffectCache* cache) :
     material(sceneMaterial),
-    textureLoader(loader), bufferPool(pool), effectCache(cache)
+    bufferPool(pool), effectCache(cache), textureLoader(loader)
 {
     WatchMaterial();
     WatchCache();
@@ -164,12 +167,23 @@ void MaterialES20::ListMeshes(std::vector<RenderItemES20>& items, bool clippingP
     {
         MakeList(clippingPlane);
     }
-    items.insert(items.end(), m_list.items.begin(), m_list.items.end());
+    const std::size_t needed = items.size() + m_list.items.size();
+    if (items.capacity() < needed)
+    {
+        // Less room to spare than the vector would take by itself, since the list of a large scene
+        // stays.
+        items.reserve(needed + needed / 8);
+    }
+    for (Mesh* mesh : m_list.items)
+    {
+        items.push_back({mesh, this, false, nullptr});
+    }
 }
 
 void MaterialES20::MakeList(bool clippingPlane)
 {
     m_list.items.clear();
+    m_list.items.reserve(material->GetMeshes().size());
     m_list.holds = true;
     for (Mesh* mesh : material->GetMeshes())
     {
@@ -191,7 +205,7 @@ void MaterialES20::MakeList(bool clippingPlane)
                 // What is new stands in no other list.
                 meshData->clippingPlaneEnabled = clippingPlane;
             }
-            m_list.items.push_back({mesh, this, false, nullptr});
+            m_list.items.push_back(mesh);
         }
         else
         {
@@ -293,7 +307,7 @@ void MaterialES20::FollowShaderType(unsigned int pass)
     }
     // The replaced one is kept, to the end of this object, so that going back and forth between
     // the models neither compiles anything anew nor piles up references.
-    EffectES20*& replaced = m_replacedEffects[pass];
+    EffectES20*& replaced = m_replacedEffects[pass - RenderPassAdvanced];
     EffectES20* const effect =
         IsOfModel(replaced, wanted) ? std::exchange(replaced, nullptr) : effectCache->GetEffect(wanted);
     if (!effect)
@@ -411,16 +425,15 @@ void MaterialES20::TakeEffect(unsigned int pass, int effectType)
 void MaterialES20::ReleaseEffects()
 {
     currentEffect = nullptr;
-    for (auto* slots : {&m_replacedEffects, &passEffects})
+    const auto release = [](EffectES20*& slot)
     {
-        for (EffectES20*& slot : *slots)
+        if (EffectES20* effect = std::exchange(slot, nullptr))
         {
-            if (EffectES20* effect = std::exchange(slot, nullptr))
-            {
-                effect->Release();
-            }
+            effect->Release();
         }
-    }
+    };
+    std::for_each(std::begin(m_replacedEffects), std::end(m_replacedEffects), release);
+    std::for_each(std::begin(passEffects), std::end(passEffects), release);
 }
 
 void MaterialES20::WatchMaterial()

@@ -5,6 +5,7 @@
 #include "orvane/imaging/TextureLoaderPtr.h"
 #include "orvane/renderdata/MeshStyleES20.h"
 #include "orvane/renderdata/RenderItemES20.h"
+#include "orvane/renderdata/SharedBufferPoolPtr.h"
 
 #include <cstdint>
 #include <string>
@@ -97,9 +98,11 @@ public:
     /// False once the pool or the cache is gone, or if there never was one.
     bool IsConnected() const { return bufferPool && effectCache; }
 
+    // What every frame reads stands first and together, as in a mesh.
     Material* material = nullptr;   ///< not owned; null once it is gone
-    TextureLoaderPtr textureLoader; ///< not owned; reads null once it is gone
-    WatchedPtr<SharedBufferPool> bufferPool; ///< likewise
+    SharedBufferPoolPtr bufferPool; ///< not owned; reads null once it is gone
+    EffectCache* effectCache = nullptr; ///< not owned; null once it is gone
+    EffectES20* currentEffect = nullptr; ///< of the running Apply; null outside one
     unsigned int textureId = 0;
     unsigned int normalMapId = 0;
     unsigned int opacityMapId = 0;
@@ -107,11 +110,24 @@ public:
     float vScale = 1.0f;
     float materialUScale = 1.0f; ///< the material's own scale alone; the packer reads it
     float materialVScale = 1.0f;
-    EffectES20* currentEffect = nullptr; ///< of the running Apply; null outside one
 
+private:
+    /// The meshes that were listed last, and under what that holds: in a steady frame none is looked
+    /// at.
+    struct List
+    {
+        std::vector<Mesh*> items;
+        bool holds = false;
+        bool clippingPlane = false;
+        std::uint64_t meshes = 0;  ///< revision of the material's set of meshes
+        std::uint64_t listing = 0; ///< revision of all meshes' render data
+    };
+    List m_list;
+
+public:
     /// By RenderPass, one counted reference each. All are MaterialEffectES20.
     EffectES20* passEffects[kRenderPassCount] = {};
-    EffectCache* effectCache = nullptr; ///< not owned; null once it is gone
+    TextureLoaderPtr textureLoader; ///< not owned; reads null once it is gone
 
 protected:
     /// Asks again for a base texture that is still to come.
@@ -145,21 +161,13 @@ private:
     void MakeList(bool clippingPlane);
     MeshES20* MeshDataOf(Mesh* mesh);
 
-    /// What a change of the shader type took out of each slot, with the slot's reference.
-    EffectES20* m_replacedEffects[kRenderPassCount] = {};
+    /// The slots that follow the shader type: the two advanced passes.
+    static constexpr unsigned int kModelSlots = 2;
+
+    /// What a change of the shader type took out of each of them, with the slot's reference.
+    EffectES20* m_replacedEffects[kModelSlots] = {};
     LifetimeWatch m_cacheWatch;
     LifetimeWatch m_materialWatch;
-
-    /// What was listed last, and under what it holds: in a steady frame it is copied.
-    struct List
-    {
-        std::vector<RenderItemES20> items;
-        bool holds = false;
-        bool clippingPlane = false;
-        std::uint64_t meshes = 0;  ///< revision of the material's set of meshes
-        std::uint64_t listing = 0; ///< revision of all meshes' render data
-    };
-    List m_list;
 };
 
 } // namespace OV

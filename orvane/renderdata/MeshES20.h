@@ -2,7 +2,7 @@
 
 #include "orvane/Export.h"
 #include "orvane/base/Object.h"
-#include "orvane/base/WatchedPtr.h"
+#include "orvane/renderdata/SharedBufferPoolPtr.h"
 
 #include <cstdint>
 #include <vector>
@@ -103,11 +103,11 @@ public:
 
     /// Vertices uploaded beyond the one that the largest index names; negative when that index
     /// leads out of the mesh, which is then not drawn.
-    std::int64_t spareVertices = 0;
+    int spareVertices = 0;
     bool clippingPlaneEnabled = false;
 
     /// Placed this mesh; reads null once it is gone, and the next frame replaces this object.
-    WatchedPtr<SharedBufferPool> pool;
+    SharedBufferPoolPtr pool;
     SharedBuffer* sharedBuffer = nullptr; ///< null for a mesh that had no vertices
 
 protected:

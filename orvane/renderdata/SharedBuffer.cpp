@@ -12,6 +12,7 @@
 #include <GL/glew.h>
 
 #include <algorithm>
+#include <limits>
 #include <memory>
 
 namespace OV
@@ -161,6 +162,8 @@ void SharedBuffer::GenerateBuffers()
     glBindBuffer(GL_ARRAY_BUFFER, 0);
     MeshES20::ResetBufferCache();
     OV_GL_CHECKPOINT();
+    // No further mesh comes.
+    meshes.shrink_to_fit();
 }
 
 void SharedBuffer::Pack(float* vertices, unsigned short* indices)
@@ -184,7 +187,8 @@ void SharedBuffer::Pack(float* vertices, unsigned short* indices)
 
         const std::vector<unsigned short>& meshIndices = mesh.GetIndices();
         const int largest = CopyIndices(meshIndices, indices + firstIndex);
-        meshData->spareVertices = static_cast<std::int64_t>(mesh.GetNumVertices()) - 1 - largest;
+        const std::int64_t spare = static_cast<std::int64_t>(mesh.GetNumVertices()) - 1 - largest;
+        meshData->spareVertices = static_cast<int>(std::min<std::int64_t>(spare, std::numeric_limits<int>::max()));
         meshData->indexOffset = firstIndex * static_cast<std::int64_t>(sizeof(unsigned short));
         meshData->indexCount = static_cast<std::int64_t>(meshIndices.size());
         firstIndex += meshData->indexCount;

@@ -70,7 +70,37 @@ SharedBufferPool& SharedBufferPool::operator=(SharedBufferPool&& other)
 SharedBufferPool::~SharedBufferPool()
 {
     ++MeshES20::s_listingRevision;
+    if (m_self.m_word)
+    {
+        m_self.m_word->pool = nullptr;
+    }
     UnlistAll();
+}
+
+SharedBufferPoolPtr::SharedBufferPoolPtr(SharedBufferPool* pool)
+{
+    if (!pool)
+    {
+        return;
+    }
+    SharedBufferPoolPtr& shared = pool->m_self;
+    if (!shared.m_word)
+    {
+        shared.m_word = new Word{pool, 1};
+    }
+    *this = shared;
+}
+
+SharedBufferPoolPtr& SharedBufferPoolPtr::operator=(const SharedBufferPoolPtr& other)
+{
+    Word* const taken = other.m_word;
+    if (taken)
+    {
+        ++taken->holders;
+    }
+    LetGo();
+    m_word = taken;
+    return *this;
 }
 
 SharedBuffer* SharedBufferPool::AddMesh(MeshES20* meshData)

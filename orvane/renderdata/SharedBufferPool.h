@@ -3,6 +3,7 @@
 #include "orvane/Export.h"
 #include "orvane/base/Lifetime.h"
 #include "orvane/renderdata/MeshFormatKey.h"
+#include "orvane/renderdata/SharedBufferPoolPtr.h"
 
 #include <map>
 
@@ -41,6 +42,7 @@ public:
 
 protected:
     friend class SharedBuffer;
+    friend class SharedBufferPoolPtr;
 
     /// Takes the buffer out of the open ones, if it is there.
     void RemoveSharedBuffer(SharedBuffer* buffer);
@@ -53,6 +55,8 @@ private:
     void UnlistAll();
 
     OpenBuffers m_openBuffers;
+    /// What those share that point here; empty before the first.
+    SharedBufferPoolPtr m_self;
     Lifetime m_lifetime;
 };
 

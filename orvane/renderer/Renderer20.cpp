@@ -104,9 +104,9 @@ constexpr std::size_t kForItsParts = 16;
 constexpr std::size_t kForDataAndNode = 8;
 
 /// How far into a style's render data drawing reads, and listing.
-constexpr std::size_t kStyleLines = 6;
-constexpr std::size_t kListLines = 10;
-constexpr std::size_t kMaterialLines = 8;
+constexpr std::size_t kStyleLines = 4;
+constexpr std::size_t kListLines = 3;
+constexpr std::size_t kMaterialLines = 3;
 
 /// The node that an item draws first, or null.
 const MeshNode* FirstNode(const RenderItemES20& item)

@@ -5,6 +5,7 @@
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/Scene.h"
 
+#include <cstddef>
 #include <cstdlib>
 #include <utility>
 
@@ -24,15 +25,15 @@ Material::Material() :
 Material::Material(const Material& other) :
     diffuse(other.diffuse),
     ambient(other.ambient),
-    emissive(other.emissive),
-    specular(other.specular),
-    shininess(other.shininess),
-    texturePath(other.texturePath),
-    textureName(other.textureName),
     hasAlpha(other.hasAlpha),
     ignoreLightColor(other.ignoreLightColor),
     stippling(other.stippling),
+    emissive(other.emissive),
+    specular(other.specular),
+    shininess(other.shininess),
     stippleColor(other.stippleColor),
+    texturePath(other.texturePath),
+    textureName(other.textureName),
     name(other.name)
 {
 }
@@ -79,7 +80,10 @@ bool Material::AddMesh(Mesh* mesh)
     {
         mesh->material->RemoveMesh(mesh);
     }
-    if (meshes.insert(mesh).second)
+    const std::size_t count = meshes.size();
+    // Most often the mesh is the newest.
+    meshes.insert(meshes.end(), mesh);
+    if (meshes.size() != count)
     {
         mesh->material = this;
         ++m_meshesRevision;

@@ -228,20 +228,28 @@ public:
     /// Does nothing.
     void Resume();
 
+protected:
+    /// A material without a name, stippled in transparent black.
+    Material();
+
+    // What a frame reads of each material stands first and together: a scene may have thousands.
+    std::unique_ptr<Object> renderData;
+    Scene* scene = nullptr;
+    unsigned int drawID = 0;
+
+public:
+    unsigned int flags = 0;
+
+private:
+    std::uint64_t m_meshesRevision = 0;
+
+protected:
+    std::set<Mesh*, CompareMeshPointers> meshes;
+
+public:
     /// Its alpha is the opacity.
     Color diffuse = Color(1.0f, 1.0f, 1.0f, 1.0f);
     Color ambient = Color(1.0f, 1.0f, 1.0f, 1.0f);
-    Color emissive = Color(0.0f, 0.0f, 0.0f, 1.0f);
-    Color specular = Color(1.0f, 1.0f, 1.0f, 1.0f);
-    float shininess = -1.0f;
-    /// Directory of all the texture files.
-    FilePath texturePath;
-    std::string textureName;
-    /// Raw RGBA pixels in place of a texture file, rows tight; owned, and released with free.
-    unsigned char* pixels = nullptr;
-    int pixelWidth = 0;
-    int pixelHeight = 0;
-    unsigned int flags = 0;
     float pointSize = 1.0f;
     float polygonOffsetFactor = 0.0f;
     float polygonOffsetUnits = 0.0f;
@@ -249,30 +257,31 @@ public:
     bool hasAlpha = false;
     /// Whether a texture of raw pixels ends at its edges or repeats.
     bool clampTexture = false;
-    float uScale = 1.0f;
-    float vScale = 1.0f;
     bool ignoreLightColor = true;
     bool stippling = false;
+    bool noDepthWrite = false;
+    Color emissive = Color(0.0f, 0.0f, 0.0f, 1.0f);
+    Color specular = Color(1.0f, 1.0f, 1.0f, 1.0f);
+    float shininess = -1.0f;
+    float uScale = 1.0f;
+    float vScale = 1.0f;
     Color stippleColor = Color(1.0f, 1.0f, 1.0f, 1.0f);
     float stippleOffset = 10.0f;
     float stippleSize = 1.0f;
     float hatchUScale = 1.0f;
     float hatchVScale = 1.0f;
-    std::string normalMapName;
-    std::string opacityMapName;
     /// Reflection straight on, reflection at a grazing angle, gloss.
     float reflectionFactors[3] = {0.0f, 0.0f, 0.0f};
-    bool noDepthWrite = false;
+    /// Directory of all the texture files.
+    FilePath texturePath;
+    std::string textureName;
+    /// Raw RGBA pixels in place of a texture file, rows tight; owned, and released with free.
+    unsigned char* pixels = nullptr;
+    int pixelWidth = 0;
+    int pixelHeight = 0;
+    std::string normalMapName;
+    std::string opacityMapName;
     std::string name;
-
-protected:
-    /// A material without a name, stippled in transparent black.
-    Material();
-
-    std::set<Mesh*, CompareMeshPointers> meshes;
-    std::unique_ptr<Object> renderData;
-    Scene* scene = nullptr;
-    unsigned int drawID = 0;
 
 private:
     friend class Mesh;
@@ -280,7 +289,6 @@ private:
 
     bool MatchesUpdateID() const;
 
-    std::uint64_t m_meshesRevision = 0;
     Lifetime m_lifetime;
 };
 

@@ -6,8 +6,8 @@
 #include "orvane/scene/NodeListener.h"
 #include "orvane/scene/RawMesh.h"
 #include "orvane/scene/Scene.h"
-#include "orvane/scene/detail/DrawItemPlace.h"
 #include "orvane/scene/detail/Erase.h"
+#include "orvane/scene/detail/MeshExtras.h"
 
 #include <algorithm>
 #include <atomic>
@@ -49,7 +49,8 @@ bool CompareMeshPointers::operator()(const Mesh* a, const Mesh* b) const
 
 Mesh::Mesh(const std::shared_ptr<RawMesh>& geometry) :
     rawMesh(geometry ? geometry : std::make_shared<RawMesh>()),
-    sortID(nextSortID++)
+    sortID(nextSortID++),
+    renderDataOnRawMesh(1)
 {
 }
 
@@ -68,8 +69,8 @@ Mesh::Mesh(const Mesh& other) :
     rawMesh(other.rawMesh),
     drawID(other.drawID),
     flags(other.flags),
-    renderDataOnRawMesh(other.renderDataOnRawMesh),
-    sortID(other.sortID)
+    sortID(other.sortID),
+    renderDataOnRawMesh(other.renderDataOnRawMesh)
 {
 }
 
@@ -103,7 +104,10 @@ Mesh& Mesh::operator=(const Mesh& other)
 Mesh::~Mesh()
 {
     detail::Walk::Tell(this);
-    Scene::RemoveDrawItemsOf(m_drawItems);
+    if (m_extras)
+    {
+        Scene::RemoveDrawItemsOf(m_extras->drawItems);
+    }
     SetRenderData(nullptr, true);
     if (scene)
     {
@@ -219,17 +223,17 @@ bool Mesh::AddNode(MeshNode* node)
     {
         return false;
     }
-    if (nodes.size() == 1 && m_nodeRanks.empty())
+    if (nodes.size() == 1 && !HasRanks())
     {
-        m_nodeRanks.push_back(0);
+        MakeExtras().nodeRanks.push_back(0);
     }
-    const std::uint64_t rank = m_nodeRanks.empty() ? 0 : m_nodeRanks.back() + 1;
+    const std::uint64_t rank = HasRanks() ? m_extras->nodeRanks.back() + 1 : 0;
     nodes.push_back(node);
     try
     {
         if (nodes.size() > 1)
         {
-            m_nodeRanks.push_back(rank);
+            m_extras->nodeRanks.push_back(rank);
         }
         node->AddMesh(this, rank);
     }
@@ -237,7 +241,11 @@ bool Mesh::AddNode(MeshNode* node)
     {
         // Without memory for both sides there is no link.
         nodes.pop_back();
-        m_nodeRanks.resize(std::min(m_nodeRanks.size(), nodes.size()));
+        if (HasRanks())
+        {
+            std::vector<std::uint64_t>& ranks = m_extras->nodeRanks;
+            ranks.resize(std::min(ranks.size(), nodes.size()));
+        }
         throw;
     }
     return true;
@@ -257,25 +265,26 @@ bool Mesh::RemoveNode(MeshNode* node)
 
 void Mesh::DropNode(std::uint64_t rank)
 {
-    if (m_nodeRanks.empty())
+    if (!HasRanks())
     {
         nodes.clear();
         return;
     }
-    const auto found = std::lower_bound(m_nodeRanks.begin(), m_nodeRanks.end(), rank);
-    const auto index = found - m_nodeRanks.begin();
+    std::vector<std::uint64_t>& ranks = m_extras->nodeRanks;
+    const auto found = std::lower_bound(ranks.begin(), ranks.end(), rank);
+    const auto index = found - ranks.begin();
     const auto entry = nodes.begin() + index;
     if (nodes.end() - entry <= detail::shortList)
     {
-        m_nodeRanks.erase(found);
+        ranks.erase(found);
         nodes.erase(entry);
     }
     else
     {
         *entry = nullptr;
-        ++m_goneNodes;
+        ++m_extras->goneNodes;
     }
-    if (m_goneNodes > nodes.size() / 2)
+    if (m_extras->goneNodes > nodes.size() / 2)
     {
         CloseNodeGaps();
     }
@@ -283,20 +292,25 @@ void Mesh::DropNode(std::uint64_t rank)
 
 void Mesh::CloseNodeGaps() const
 {
+    std::uint32_t& gone = m_extras->goneNodes;
+    if (gone == 0)
+    {
+        return;
+    }
     // What stands between two gaps moves in one piece, so that a reader after each removal pays
     // little more than for taking the entry out at once.
     const auto begin = nodes.begin();
     auto gap = std::find(begin, nodes.end(), nullptr);
     auto kept = gap;
-    for (; m_goneNodes > 0; --m_goneNodes)
+    for (; gone > 0; --gone)
     {
-        const auto next = m_goneNodes > 1 ? std::find(gap + 1, nodes.end(), nullptr) : nodes.end();
-        const auto ranks = m_nodeRanks.begin();
+        const auto next = gone > 1 ? std::find(gap + 1, nodes.end(), nullptr) : nodes.end();
+        const auto ranks = m_extras->nodeRanks.begin();
         std::move(ranks + (gap + 1 - begin), ranks + (next - begin), ranks + (kept - begin));
         kept = std::move(gap + 1, next, kept);
         gap = next;
     }
-    m_nodeRanks.resize(static_cast<std::size_t>(kept - begin));
+    m_extras->nodeRanks.resize(static_cast<std::size_t>(kept - begin));
     nodes.erase(kept, nodes.end());
 }
 
@@ -323,17 +337,39 @@ Mesh* Mesh::InvertOrder(Mesh* mesh, bool makeCopy)
 
 Object* Mesh::GetRenderData() const
 {
-    return (renderDataOnRawMesh ? rawMesh->renderData : renderData).get();
+    return renderDataOnRawMesh ? rawMesh->renderData.get() : GetOwnRenderData();
+}
+
+Object* Mesh::GetOwnRenderData() const
+{
+    return m_extras ? m_extras->renderData.get() : nullptr;
+}
+
+Mesh::Extras& Mesh::MakeExtras()
+{
+    if (!m_extras)
+    {
+        m_extras = std::make_unique<Extras>();
+    }
+    return *m_extras;
+}
+
+bool Mesh::HasRanks() const
+{
+    return m_extras && !m_extras->nodeRanks.empty();
 }
 
 void Mesh::SetRenderData(Object* data, bool onRawMesh)
 {
-    std::unique_ptr<Object>& present = renderDataOnRawMesh ? rawMesh->renderData : renderData;
+    // A mesh that never had a slot of its own has an empty one for the length of this.
+    std::unique_ptr<Object> noSlot;
+    std::unique_ptr<Object>& own = onRawMesh && !m_extras ? noSlot : MakeExtras().renderData;
+    std::unique_ptr<Object>& present = renderDataOnRawMesh ? rawMesh->renderData : own;
     // Taken out first: what dies may look back at this mesh.
     std::unique_ptr<Object> taken = std::move(present);
-    std::unique_ptr<Object>& target = onRawMesh ? rawMesh->renderData : renderData;
-    std::unique_ptr<Object>& other = onRawMesh ? renderData : rawMesh->renderData;
-    renderDataOnRawMesh = onRawMesh;
+    std::unique_ptr<Object>& target = onRawMesh ? rawMesh->renderData : own;
+    std::unique_ptr<Object>& other = onRawMesh ? own : rawMesh->renderData;
+    renderDataOnRawMesh = onRawMesh ? 1 : 0;
     // The object that is in a slot already stays alive and moves, if it has to.
     for (std::unique_ptr<Object>* slot : {&taken, &other})
     {

@@ -20,7 +20,6 @@ class Scene;
 class Sphere;
 class TextureCoordinate;
 class Vector;
-struct DrawItemPlace;
 
 /// What the engine reads of a mesh; all other bits are the host's.
 enum MeshFlags : unsigned
@@ -83,7 +82,7 @@ public:
     /// entry reads null until the next call closes the gap.
     const std::vector<MeshNode*>& GetNodes() const
     {
-        if (m_goneNodes != 0)
+        if (m_extras)
         {
             CloseNodeGaps();
         }
@@ -200,19 +199,16 @@ protected:
     Material* material = nullptr;
     unsigned int drawID = 0;
     unsigned int flags = 0;
-    bool renderDataOnRawMesh = true;
-
-private:
-    /// How many entries of the nodes are null.
-    mutable std::uint32_t m_goneNodes = 0;
-
-protected:
-    std::unique_ptr<Object> renderData;
     Scene* scene = nullptr;
-    std::uint64_t sortID;
+    // In one word: a large scene has many meshes.
+    std::uint64_t sortID : 63;
+    std::uint64_t renderDataOnRawMesh : 1;
 
     /// The one taken last, over all meshes of the process.
     static std::uint64_t LastSortID();
+
+    /// What stands in the slot of this mesh alone, whether that counts or not.
+    Object* GetOwnRenderData() const;
 
 private:
     friend class Material;
@@ -231,11 +227,13 @@ private:
     /// Tells who listens to the nodes that they show another mesh now.
     void TellNodes() const;
 
-    /// One for each entry of the nodes, rising, and kept where the node has left: a node that
-    /// knows its own is found by bisection, however many stand before it. None for a node that
-    /// is, and was, the only one: its rank is 0.
-    mutable std::vector<std::uint64_t> m_nodeRanks;
-    std::vector<DrawItemPlace> m_drawItems;
+    /// What few meshes have.
+    struct Extras;
+
+    Extras& MakeExtras();
+    bool HasRanks() const;
+
+    std::unique_ptr<Extras> m_extras;
 };
 
 } // namespace OV

@@ -43,19 +43,20 @@ void MeshNode::LeaveMeshes()
 MeshNode::~MeshNode()
 {
     LeaveMeshes();
-    for (NodeMaterial* material : std::exchange(nodeMaterials, {}))
+    if (!m_links)
+    {
+        return;
+    }
+    for (NodeMaterial* material : std::exchange(m_links->nodeMaterials, {}))
     {
         material->RemoveNode(this);
     }
-    if (m_links)
+    for (NodeLineStyle* style : m_links->lineStyles)
     {
-        for (NodeLineStyle* style : m_links->lineStyles)
-        {
-            style->node = nullptr;
-        }
+        style->node = nullptr;
     }
-    renderData.reset();
-    collisionData.reset();
+    m_links->renderData.reset();
+    m_links->collisionData.reset();
 }
 
 void MeshNode::UpdateGraph()
@@ -175,21 +176,50 @@ void MeshNode::ChangeFlags(unsigned int kept, unsigned int added, bool recursive
     }
 }
 
+Object* MeshNode::GetRenderData() const
+{
+    return m_links ? m_links->renderData.get() : nullptr;
+}
+
 void MeshNode::SetRenderData(Object* data)
 {
-    detail::ReplaceObject(renderData, data);
+    if (m_links || data)
+    {
+        detail::ReplaceObject(MakeLinks().renderData, data);
+    }
+}
+
+Object* MeshNode::GetCollisonData() const
+{
+    return m_links ? m_links->collisionData.get() : nullptr;
 }
 
 void MeshNode::SetCollisionData(Object* data)
 {
-    detail::ReplaceObject(collisionData, data);
+    if (m_links || data)
+    {
+        detail::ReplaceObject(MakeLinks().collisionData, data);
+    }
+}
+
+const std::vector<NodeMaterial*>& MeshNode::GetNodeMaterials() const
+{
+    static const std::vector<NodeMaterial*> none;
+    return m_links ? m_links->nodeMaterials : none;
+}
+
+NodeMaterial* MeshNode::FirstNodeMaterial() const
+{
+    const std::vector<NodeMaterial*>& materials = m_links->nodeMaterials;
+    return materials.empty() ? nullptr : materials.front();
 }
 
 void MeshNode::PushNodeMaterial(NodeMaterial* material)
 {
-    if (!detail::Contains(nodeMaterials, material))
+    std::vector<NodeMaterial*>& materials = MakeLinks().nodeMaterials;
+    if (!detail::Contains(materials, material))
     {
-        nodeMaterials.push_back(material);
+        materials.push_back(material);
         flags |= NodeFlagHasNodeMaterial;
         TellStateChange();
     }
@@ -197,8 +227,11 @@ void MeshNode::PushNodeMaterial(NodeMaterial* material)
 
 void MeshNode::RemoveNodeMaterial(NodeMaterial* material)
 {
-    detail::EraseFirst(nodeMaterials, material);
-    if (nodeMaterials.empty())
+    if (m_links)
+    {
+        detail::EraseFirst(m_links->nodeMaterials, material);
+    }
+    if (GetNodeMaterials().empty())
     {
         flags &= ~NodeFlagHasNodeMaterial;
     }

@@ -101,23 +101,17 @@ public:
     /// The node material that was added first of those present, or null.
     NodeMaterial* CurrentNodeMaterial() const
     {
-        return nodeMaterials.empty() ? nullptr : nodeMaterials.front();
+        return m_links ? FirstNodeMaterial() : nullptr;
     }
 
-    Object* GetRenderData() const
-    {
-        return renderData.get();
-    }
+    Object* GetRenderData() const;
 
     /// Takes the object over and deletes the present one, even where they are the same: then
     /// none is left.
     void SetRenderData(Object* data);
 
     /// Held for the host alone. The name is spelled so.
-    Object* GetCollisonData() const
-    {
-        return collisionData.get();
-    }
+    Object* GetCollisonData() const;
 
     /// As SetRenderData.
     void SetCollisionData(Object* data);
@@ -130,10 +124,10 @@ protected:
     /// there.
     void RemoveNodeMaterial(NodeMaterial* material);
 
-    std::unique_ptr<Object> renderData;
-    std::unique_ptr<Object> collisionData;
+    /// In the order of PushNodeMaterial.
+    const std::vector<NodeMaterial*>& GetNodeMaterials() const;
+
     std::vector<Mesh*> meshes;
-    std::vector<NodeMaterial*> nodeMaterials;
 
 private:
     friend class Mesh;
@@ -144,6 +138,8 @@ private:
     struct Links;
 
     Links& MakeLinks();
+
+    NodeMaterial* FirstNodeMaterial() const;
 
     void TellStateChange();
 

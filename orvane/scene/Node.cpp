@@ -23,8 +23,16 @@ constexpr unsigned int kDeepestRecursion = 256;
 
 } // namespace
 
+struct Node::Extras
+{
+    std::unique_ptr<Object> animationData;
+    Path path;
+};
+
 Node::Node(Scene* ownScene) :
-    scene(ownScene)
+    scene(ownScene),
+    m_kind(KindNotYetKnown),
+    m_isGlobalMirror(false)
 {
     if (scene)
     {
@@ -40,7 +48,7 @@ Node::~Node()
     {
         parent->RemoveChild(this);
     }
-    for (Node* child : children)
+    for (Node* child : GetChildren())
     {
         child->parent = nullptr;
         child->m_markedAt = 0;
@@ -49,8 +57,11 @@ Node::~Node()
     {
         scene->Unregister(this);
     }
-    // The slot is empty while the object dies, as at every other death of one.
-    animationData.reset();
+    if (m_extras)
+    {
+        // The slot is empty while the object dies, as at every other death of one.
+        m_extras->animationData.reset();
+    }
 }
 
 void Node::SetLocal(const Transform& t)
@@ -107,12 +118,12 @@ void Node::UpdateGraph()
         }
         TellChange(NodeChangePlace);
     }
-    if (!m_marked || children.empty())
+    if (!HasChildren())
     {
         return;
     }
     scene->MarkVisitedNodes();
-    if (updateID == current || m_marked->HasAny(current))
+    if (updateID == current || m_children->marked.HasAny(current))
     {
         WalkChildren(TreeWalkUpdate, [](Node* child) { child->UpdateGraph(); });
     }
@@ -196,7 +207,7 @@ detail::TreeWalks& Node::Walks() const
 template <class Visit>
 void Node::WalkChildren(TreeWalk walk, Visit visit)
 {
-    if (children.empty())
+    if (!HasChildren())
     {
         return;
     }
@@ -213,7 +224,7 @@ void Node::WalkChildren(TreeWalk walk, Visit visit)
     {
         // Where this node has moved, all below it move along.
         const bool isOfSome = walk == TreeWalkUpdate && updateID != scene->GetUpdateID();
-        for (detail::ChildCursor cursor(this, walks, isOfSome ? m_marked.get() : nullptr);
+        for (detail::ChildCursor cursor(this, walks, isOfSome ? &m_children->marked : nullptr);
              Node* child = cursor.Next();)
         {
             visit(child);
@@ -228,14 +239,14 @@ void Node::WalkChildren(TreeWalk walk, Visit visit)
 
 Node* Node::NextInTree(const Node* node, const Node* top, bool intoChildren)
 {
-    if (intoChildren && !node->children.empty())
+    if (intoChildren && node->HasChildren())
     {
-        return node->children.front();
+        return node->ListOfChildren().front();
     }
     for (; node != top && node->parent; node = node->parent)
     {
         const auto next = std::next(node->m_entry);
-        if (next != node->parent->children.end())
+        if (next != node->parent->ListOfChildren().end())
         {
             return *next;
         }
@@ -268,19 +279,20 @@ void Node::AddChild(Node* child, bool keepGlobal)
     {
         return;
     }
-    if (!m_marked)
+    if (!m_children)
     {
-        m_marked = std::make_unique<detail::MarkedChildren>();
+        m_children = std::make_unique<detail::Children>();
     }
+    std::list<Node*>& list = m_children->list;
     if (child->parent)
     {
         detail::TreeCursor::ChildLeaves(Walks(), child->parent, child);
         child->Unmark();
-        children.splice(children.end(), child->parent->children, child->m_entry);
+        list.splice(list.end(), child->parent->m_children->list, child->m_entry);
     }
     else
     {
-        child->m_entry = children.insert(children.end(), child);
+        child->m_entry = list.insert(list.end(), child);
     }
     child->parent = this;
     child->TakeRank();
@@ -303,7 +315,7 @@ void Node::RemoveChild(Node* child)
     }
     detail::TreeCursor::ChildLeaves(Walks(), this, child);
     child->Unmark();
-    children.erase(child->m_entry);
+    m_children->list.erase(child->m_entry);
     child->parent = nullptr;
 }
 
@@ -327,21 +339,64 @@ Matrix* Node::UpdateGlobalMatrix()
     return &m_globalMatrix;
 }
 
-const Node::GlobalMatrix& Node::UpdateNormals()
+const Matrix3x3& Node::UpdateNormals()
 {
     if (!m_hasGlobalMatrix)
     {
         UpdateGlobalMatrix();
     }
-    global.ExtractAffineInverseTranspose3x3(m_globalMatrix.normalMatrix.m);
-    m_globalMatrix.isMirror = global.GetTransf3d().isMirror();
+    global.ExtractAffineInverseTranspose3x3(m_globalNormals.m);
+    m_isGlobalMirror = global.GetTransf3d().isMirror();
     globalNormalsDirty = false;
-    return m_globalMatrix;
+    return m_globalNormals;
+}
+
+const Node::Path& Node::GetPath() const
+{
+    static const Path none;
+    return m_extras ? m_extras->path : none;
+}
+
+void Node::SetPath(const Path& newPath)
+{
+    if (m_extras || !newPath.empty())
+    {
+        MakeExtras().path = newPath;
+    }
+    TellIdentityChange();
+}
+
+Object* Node::GetAnimationData() const
+{
+    return m_extras ? m_extras->animationData.get() : nullptr;
 }
 
 void Node::SetAnimationData(Object* data)
 {
-    detail::ReplaceObject(animationData, data);
+    if (m_extras || data)
+    {
+        detail::ReplaceObject(MakeExtras().animationData, data);
+    }
+}
+
+Node::Extras& Node::MakeExtras()
+{
+    if (!m_extras)
+    {
+        m_extras = std::make_unique<Extras>();
+    }
+    return *m_extras;
+}
+
+const std::list<Node*>& Node::ListOfChildren() const
+{
+    return m_children->list;
+}
+
+const std::list<Node*>& Node::NoChildren()
+{
+    static const std::list<Node*> none;
+    return none;
 }
 
 bool Node::IsSameOrAbove(const Node* other) const
@@ -390,17 +445,17 @@ void Node::MarkUpwards(unsigned int current)
     for (Node* node = this; node->parent && node->m_markedAt != current; node = node->parent)
     {
         node->m_markedAt = current;
-        node->parent->m_marked->Add(node, current);
+        node->parent->m_children->marked.Add(node, current);
     }
 }
 
 void Node::TakeRank()
 {
-    const Node* const before = parent->children.size() > 1 ? *std::prev(m_entry) : nullptr;
+    const Node* const before = parent->ListOfChildren().size() > 1 ? *std::prev(m_entry) : nullptr;
     if (before && before->m_rank == std::numeric_limits<std::uint32_t>::max())
     {
         m_rank = 0;
-        for (Node* child : parent->children)
+        for (Node* child : parent->ListOfChildren())
         {
             child->m_rank = m_rank++;
         }
@@ -412,9 +467,10 @@ void Node::TakeRank()
 
 void Node::Unmark()
 {
-    if (m_markedAt == parent->m_marked->updateID)
+    detail::MarkedChildren& marked = parent->m_children->marked;
+    if (m_markedAt == marked.updateID)
     {
-        parent->m_marked->Lose();
+        marked.Lose();
     }
     m_markedAt = 0;
 }

@@ -24,6 +24,7 @@ namespace detail
 {
 
 class ChildCursor;
+struct Children;
 struct MarkedChildren;
 struct TreeWalks;
 
@@ -115,10 +116,11 @@ public:
         return parent;
     }
 
-    /// The children in the order of AddChild.
+    /// The children in the order of AddChild. The list of a node that never had a child is not yet
+    /// its own: ask again after the first AddChild.
     const std::list<Node*>& GetChildren() const
     {
-        return children;
+        return m_children ? ListOfChildren() : NoChildren();
     }
 
     const Transform& GetLocal() const
@@ -144,13 +146,14 @@ public:
     /// which keeps no length. Computed once per change; the node's own.
     const Matrix3x3& GetGlobalNormalMatrix()
     {
-        return Normals().normalMatrix;
+        return Normals();
     }
 
     /// Whether GetGlobal turns right-handed into left-handed. Computed once per change.
     bool IsGlobalMirror()
     {
-        return Normals().isMirror;
+        Normals();
+        return m_isGlobalMirror;
     }
 
     /// What GetGlobalMatrix gave last, without bringing it up to date; null before the first
@@ -185,35 +188,18 @@ public:
     }
 
     /// The host's identification of this place, compared with the path of the part of the
-    /// model that is being edited.
-    const Path& GetPath() const
-    {
-        return path;
-    }
+    /// model that is being edited. Ask again after the first SetPath.
+    const Path& GetPath() const;
 
-    void SetPath(const Path& newPath)
-    {
-        path = newPath;
-        TellIdentityChange();
-    }
+    void SetPath(const Path& newPath);
 
-    Object* GetAnimationData() const
-    {
-        return animationData.get();
-    }
+    Object* GetAnimationData() const;
 
     /// Takes the object over and deletes the present one, even where they are the same: then
     /// none is left.
     void SetAnimationData(Object* data);
 
 protected:
-    /// The global transform in the form that rendering takes, all in one place.
-    struct GlobalMatrix : Matrix
-    {
-        Matrix3x3 normalMatrix;
-        bool isMirror;
-    };
-
     /// A flag for the derived class that reads and writes it. Within, it also knows of a walk
     /// that raised it and has converted the matrix already.
     class MatrixFlag
@@ -282,25 +268,25 @@ private:
     };
 
     bool m_hasGlobalMatrix = false;
-    Kind m_kind = KindNotYetKnown;
+    Kind m_kind : 4;
+    bool m_isGlobalMirror : 1;
     /// The update ID under which this node stands among the marked children of its parent; 0 for
     /// never.
     unsigned int m_markedAt = 0;
     /// Rises from child to child.
     std::uint32_t m_rank = 0;
     Node* m_nextMarked = nullptr;
-    /// Of a node that ever had a child.
-    std::unique_ptr<detail::MarkedChildren> m_marked;
-    GlobalMatrix m_globalMatrix;
+    /// Of a node that ever had a child. AddChild and RemoveChild alone put entries in and take them
+    /// out: each child knows its own.
+    std::unique_ptr<detail::Children> m_children;
+    /// The global transform in the form that rendering takes, all in one place.
+    Matrix m_globalMatrix;
+    Matrix3x3 m_globalNormals;
 
 protected:
+    int userData = 0;
     Transform local;
     Transform global;
-    /// AddChild and RemoveChild alone put entries in and take them out: each child knows its own.
-    std::list<Node*> children;
-    int userData = 0;
-    std::unique_ptr<Object> animationData;
-    Path path;
 
 private:
     friend class Scene;
@@ -309,6 +295,19 @@ private:
 
     /// Whether this node is the other one or stands above it.
     bool IsSameOrAbove(const Node* other) const;
+
+    /// What few nodes have.
+    struct Extras;
+
+    Extras& MakeExtras();
+
+    bool HasChildren() const
+    {
+        return m_children && !ListOfChildren().empty();
+    }
+
+    const std::list<Node*>& ListOfChildren() const;
+    static const std::list<Node*>& NoChildren();
 
     void MarkMoved();
     void TellIdentityChange();
@@ -347,13 +346,14 @@ private:
 
     Matrix* UpdateGlobalMatrix();
 
-    const GlobalMatrix& Normals()
+    const Matrix3x3& Normals()
     {
-        return m_hasGlobalMatrix && !globalNormalsDirty ? m_globalMatrix : UpdateNormals();
+        return m_hasGlobalMatrix && !globalNormalsDirty ? m_globalNormals : UpdateNormals();
     }
 
-    const GlobalMatrix& UpdateNormals();
+    const Matrix3x3& UpdateNormals();
 
+    std::unique_ptr<Extras> m_extras;
     Lifetime m_lifetime;
     /// All nodes of a scene, attached or not, so that it can tell them that it is gone.
     Node* m_previousOfScene = nullptr;

@@ -151,7 +151,8 @@ bool Scene::AddMesh(Mesh* mesh)
         return false;
     }
     LeaveOtherScene(mesh);
-    meshes.insert(mesh);
+    // Most often the newest mesh lies behind the others.
+    meshes.insert(meshes.end(), mesh);
     mesh->scene = this;
     MarkDirty();
     return true;

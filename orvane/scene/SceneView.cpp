@@ -10,8 +10,8 @@
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/Scene.h"
 #include "orvane/scene/detail/Box.h"
-#include "orvane/scene/detail/DrawItemPlace.h"
 #include "orvane/scene/detail/Erase.h"
+#include "orvane/scene/detail/MeshExtras.h"
 #include "orvane/scene/detail/MeshNodeLinks.h"
 #include "orvane/scene/detail/Subtree.h"
 
@@ -137,7 +137,7 @@ void Scene::AppendDrawItem(MeshNode* node, Mesh* mesh)
     }
     *item = {node, mesh, 0.0f};
     std::vector<DrawItemPlace>& ofNode = node->MakeLinks().drawItems;
-    std::vector<DrawItemPlace>& ofMesh = mesh->m_drawItems;
+    std::vector<DrawItemPlace>& ofMesh = mesh->MakeExtras().drawItems;
     const DrawItemPlace place{this, m_drawItemLinks.size()};
     m_drawItemLinks.push_back({item.get(), node, mesh, ofNode.size(), ofMesh.size()});
     ofNode.push_back(place);
@@ -154,7 +154,7 @@ void Scene::UnlinkDrawItem(DrawItemLink& link)
     lastOfNode.scene->m_drawItemLinks[lastOfNode.number].placeAtNode = link.placeAtNode;
     ofNode.pop_back();
 
-    std::vector<DrawItemPlace>& ofMesh = link.mesh->m_drawItems;
+    std::vector<DrawItemPlace>& ofMesh = link.mesh->m_extras->drawItems;
     const DrawItemPlace lastOfMesh = ofMesh.back();
     ofMesh[link.placeAtMesh] = lastOfMesh;
     lastOfMesh.scene->m_drawItemLinks[lastOfMesh.number].placeAtMesh = link.placeAtMesh;

@@ -785,4 +785,23 @@ TEST(SharedBufferPool, RandomOperationsKeepTheAccountsRight)
     EXPECT_TRUE(recorder.StrayDeletes().empty());
 }
 
+TEST(SharedBufferPoolPtr, ReadsNullOnceThePoolIsGone)
+{
+    SharedBufferPoolPtr first;
+    EXPECT_EQ(first.Get(), nullptr);
+    {
+        SharedBufferPool pool;
+        first = &pool;
+        SharedBufferPoolPtr second = first;
+        EXPECT_EQ(second.Get(), &pool);
+        SharedBufferPool copy = pool;
+        SharedBufferPoolPtr third(&copy);
+        EXPECT_EQ(third.Get(), &copy) << "a copy of a pool is another one";
+        second = nullptr;
+        EXPECT_EQ(second.Get(), nullptr);
+        EXPECT_EQ(first.Get(), &pool);
+    }
+    EXPECT_EQ(first.Get(), nullptr);
+}
+
 } // namespace OV::Test

@@ -9,19 +9,19 @@ namespace
 /// Reaches what is kept from hosts.
 struct NodeSlots : Node
 {
-    static Object* Animation(const Node& node) { return (node.*&NodeSlots::animationData).get(); }
+    static Object* Animation(const Node& node) { return node.GetAnimationData(); }
 };
 
 struct MeshSlots : Mesh
 {
-    static Object* Own(const Mesh& mesh) { return (mesh.*&MeshSlots::renderData).get(); }
+    static Object* Own(const Mesh& mesh) { return (mesh.*&MeshSlots::GetOwnRenderData)(); }
 };
 
 struct MeshNodeLists : MeshNode
 {
     static const std::vector<NodeMaterial*>& Materials(const MeshNode& node)
     {
-        return node.*&MeshNodeLists::nodeMaterials;
+        return (node.*&MeshNodeLists::GetNodeMaterials)();
     }
 };
 

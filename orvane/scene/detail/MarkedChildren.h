@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <list>
 
 namespace OV::detail
 {
@@ -70,6 +71,13 @@ struct MarkedChildren
 private:
     static Node* Merged(Node* a, Node* b);
     static Node* Sorted(Node* list, std::uint32_t length);
+};
+
+/// The children of a node, and which of them are marked.
+struct Children
+{
+    std::list<Node*> list;
+    MarkedChildren marked;
 };
 
 } // namespace OV::detail

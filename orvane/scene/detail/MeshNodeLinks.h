@@ -4,6 +4,7 @@
 #include "orvane/scene/detail/DrawItemPlace.h"
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace OV
@@ -16,6 +17,9 @@ struct MeshNode::Links
     std::vector<std::uint64_t> laterRanks;
     std::vector<NodeLineStyle*> lineStyles;
     std::vector<DrawItemPlace> drawItems;
+    std::vector<NodeMaterial*> nodeMaterials;
+    std::unique_ptr<Object> renderData;
+    std::unique_ptr<Object> collisionData;
 };
 
 } // namespace OV

@@ -151,7 +151,7 @@ private:
         }
         else if (const Node* const ahead = m_node->m_nextMarked)
         {
-            Prefetch(ahead, &ahead->children);
+            Prefetch(ahead, &ahead->m_extras);
         }
         return m_node;
     }
