@@ -132,7 +132,6 @@ const std::map<std::string, std::function<void(World&)>> kCalls = {
     {"CoreContext::SetScene", [](World& w) {
          w.app.GetContext()->SetScene(std::make_unique<Scene>());
          w.scene = w.app.GetContext()->GetScene();
-         w.loose = nullptr; // a node outlives its scene, and nothing else frees it
      }},
     {"CameraNode::SetFOV", [](World& w) { w.scene->GetCameraNode()->SetFOV(0.2f); }},
     {"CameraNode::SetProjection", [](World& w) { w.scene->GetCameraNode()->SetProjection(CameraNode::Orthographic); }},
