@@ -28,6 +28,7 @@
 #include "orvane_host/present/GlassSettings.h"
 #include "orvane_host/present/GroundSettings.h"
 #include "orvane_host/present/HatchTextures.h"
+#include "orvane_host/present/HiddenLineLook.h"
 #include "orvane_host/present/Look.h"
 #include "orvane_host/present/OrbitView.h"
 #include "orvane_host/present/Picking.h"
