@@ -13,10 +13,10 @@ void DefineOcclusionOptions(CLI::App& app, OcclusionTexts& texts, Host::Presenta
 {
     const char* const group = "Dark corners";
     auto* ao = app.add_flag("--ao", settings.occlusion, "Darken corners")->group(group);
-    app.add_option("--ao-kind", texts.kind, "horizon, by how much of its surroundings each place sees\n"
-                                            "hidden, or spiral, the engine's effect of some pixels;\n"
-                                            "horizon if left out")
-        ->option_text("NAME")->needs(ao)->group(group);
+    app.add_option("--ao-kind", texts.kind, "By how much of its surroundings each place sees hidden,\n"
+                                            "or by the engine's effect of some pixels; horizon if left\n"
+                                            "out")
+        ->option_text("horizon|spiral")->needs(ao)->group(group);
     app.add_option("--ao-radius", texts.look.radius, "How far what hides something may be, in units of the\n"
                                                      "model; what suits the model if left out")
         ->option_text("LENGTH")->needs(ao)->group(group);

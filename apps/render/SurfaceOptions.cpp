@@ -39,7 +39,7 @@ void DefineSurfaceOptions(CLI::App& app, SurfaceTexts& texts, Host::Presentation
     app.add_option("--glass", texts.glass, "How see-through surfaces lie over each other: exact, the\n"
                                            "nearer over the farther at every pixel; weighted, mixed;\n"
                                            "scene, in the order of the file; exact if left out")
-        ->option_text("ORDER")->group(group);
+        ->option_text("exact|weighted|scene")->group(group);
     app.add_option("--glass-layers", settings.glass.layers, "How many come in exact order, one behind the other, 1 to\n"
                                                             "64; what lies behind them is mixed; 8 if left out")
         ->option_text("N")->check(CLI::Range(1, Host::GlassSettings::MostLayers))->group(group);

@@ -43,6 +43,20 @@ protected:
         return presentation;
     }
 
+    /// Shadows on things and on the ground, seen from above a corner.
+    static PresentationSettings InTheSun()
+    {
+        Host::SunSettings sun;
+        sun.direction = Vector(0.4f, 1.0f, 0.3f);
+        PresentationSettings lit;
+        lit.sun = sun;
+        lit.shadows.emplace();
+        lit.ground.emplace();
+        lit.view.eye = Vector(9.0f, 7.0f, 11.0f);
+        lit.view.target = Vector(3.0f, 0.5f, 3.0f);
+        return lit;
+    }
+
     static BatchCounts CountsOf(const Presentation& presentation)
     {
         return presentation.GetRenderer().CountBatches();
@@ -211,14 +225,7 @@ TEST_F(BatchesTest, WhatIsHiddenHighlightedOrIsolatedLeavesAndComesBack)
 
 TEST_F(BatchesTest, ShadowsFollowWhatIsHiddenWhileTheEyeRests)
 {
-    Host::SunSettings sun;
-    sun.direction = Vector(0.4f, 1.0f, 0.3f);
-    PresentationSettings lit;
-    lit.sun = sun;
-    lit.shadows.emplace();
-    lit.ground.emplace();
-    lit.view.eye = Vector(9.0f, 7.0f, 11.0f);
-    lit.view.target = Vector(3.0f, 0.5f, 3.0f);
+    const PresentationSettings lit = InTheSun();
     Crowd crowd(40);
     Crowd plainCrowd(40);
     const auto together = Present(crowd, BatchUse::On, lit);
@@ -241,11 +248,7 @@ TEST_F(BatchesTest, ShadowsFollowWhatIsHiddenWhileTheEyeRests)
 
 TEST_F(BatchesTest, WhatLiesOutsideTheViewCastsItsShadowIntoIt)
 {
-    PresentationSettings lit;
-    lit.sun.emplace();
-    lit.sun->direction = Vector(0.4f, 1.0f, 0.3f);
-    lit.shadows.emplace();
-    lit.ground.emplace();
+    PresentationSettings lit = InTheSun();
     Crowd crowd(40);
     Crowd plainCrowd(40);
     const auto together = Present(crowd, BatchUse::On, lit);
@@ -268,12 +271,7 @@ TEST_F(BatchesTest, WhatLiesOutsideTheViewCastsItsShadowIntoIt)
 
 TEST_F(BatchesTest, ShadowsFollowWhatMovesAndRests)
 {
-    PresentationSettings lit;
-    lit.sun.emplace().direction = Vector(0.4f, 1.0f, 0.3f);
-    lit.shadows.emplace();
-    lit.ground.emplace();
-    lit.view.eye = Vector(9.0f, 7.0f, 11.0f);
-    lit.view.target = Vector(3.0f, 0.5f, 3.0f);
+    const PresentationSettings lit = InTheSun();
     Crowd crowd(40);
     Crowd plainCrowd(40);
     const auto together = Present(crowd, BatchUse::On, lit);
