@@ -198,9 +198,16 @@ bool PickDrawing::Draw(Scene& scene, CameraNode& camera, const PickArea& area)
     glDepthMask(GL_TRUE);
     glClearColor(0.0f, 0.0f, 0.0f, 0.0f);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    m_effect->Begin();
+    m_effect->Begin(PickEffect::Depths::Offset);
     m_renderer.DrawSurfaces(scene, camera, *m_effect, &m_area);
-    Read();
+    ReadNumbers();
+    if (m_effect->HasOffsets())
+    {
+        glClear(GL_DEPTH_BUFFER_BIT);
+        m_effect->Begin(PickEffect::Depths::InPlace);
+        m_renderer.DrawSurfaces(scene, camera, *m_effect, &m_area);
+    }
+    ReadDepths();
     if (const auto* const data = dynamic_cast<const CameraNodeES20*>(camera.GetRenderData()))
     {
         const glm::dmat4 toWorld = glm::inverse(glm::dmat4(glm::make_mat4(data->GetMVP().m)));
@@ -209,15 +216,28 @@ bool PickDrawing::Draw(Scene& scene, CameraNode& camera, const PickArea& area)
     return true;
 }
 
-void PickDrawing::Read()
+void PickDrawing::ReadNumbers()
 {
-    const std::size_t pixels = static_cast<std::size_t>(m_area.width) * static_cast<std::size_t>(m_area.height);
-    m_colors.resize(4 * pixels);
-    m_depths.resize(pixels);
-    const int bottom = m_height - m_area.y - m_area.height;
+    m_colors.resize(4 * PixelsOfArea());
     const PackScope pack;
-    glReadPixels(m_area.x, bottom, m_area.width, m_area.height, GL_RGBA, GL_UNSIGNED_BYTE, m_colors.data());
-    glReadPixels(m_area.x, bottom, m_area.width, m_area.height, GL_DEPTH_COMPONENT, GL_FLOAT, m_depths.data());
+    glReadPixels(m_area.x, BottomOfArea(), m_area.width, m_area.height, GL_RGBA, GL_UNSIGNED_BYTE, m_colors.data());
+}
+
+void PickDrawing::ReadDepths()
+{
+    m_depths.resize(PixelsOfArea());
+    const PackScope pack;
+    glReadPixels(m_area.x, BottomOfArea(), m_area.width, m_area.height, GL_DEPTH_COMPONENT, GL_FLOAT, m_depths.data());
+}
+
+std::size_t PickDrawing::PixelsOfArea() const
+{
+    return static_cast<std::size_t>(m_area.width) * static_cast<std::size_t>(m_area.height);
+}
+
+int PickDrawing::BottomOfArea() const
+{
+    return m_height - m_area.y - m_area.height;
 }
 
 std::size_t PickDrawing::IndexOf(int x, int y) const

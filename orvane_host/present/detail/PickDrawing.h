@@ -49,7 +49,10 @@ public:
 private:
     std::size_t IndexOf(int x, int y) const;
     PickArea Inside(const PickArea& area) const;
-    void Read();
+    void ReadNumbers();
+    void ReadDepths();
+    std::size_t PixelsOfArea() const;
+    int BottomOfArea() const;
     Vector ToWorld(int x, int y) const;
 
     PresentationRenderer& m_renderer;

@@ -28,8 +28,10 @@ PickEffect::PickEffect() : DepthIdPassEffectES20(nullptr)
     SetIdMode(1);
 }
 
-void PickEffect::Begin()
+void PickEffect::Begin(Depths depths)
 {
+    m_depths = depths;
+    m_hasOffsets = false;
     m_drawn.clear();
 }
 
@@ -121,6 +123,14 @@ void PickEffect::BindMeshUniforms(MeshNode* node)
     if (m_leftOut.count(number) > 0)
     {
         Set(UniformObjectToClip, kOutside);
+    }
+    if ((m_material->GetFlags() & MaterialFlagPolygonOffset) != 0)
+    {
+        m_hasOffsets = true;
+        if (m_depths == Depths::InPlace)
+        {
+            glDisable(GL_POLYGON_OFFSET_FILL);
+        }
     }
     if ((m_material->GetFlags() & MaterialFlagPoints) != 0)
     {

@@ -30,8 +30,18 @@ public:
 
     PickEffect();
 
+    /// Which depths surfaces have.
+    enum class Depths
+    {
+        Offset,  ///< those that they are drawn with, by which the right one of several in one plane is found
+        InPlace, ///< of where they are
+    };
+
     /// Forgets what was drawn. Before each drawing.
-    void Begin();
+    void Begin(Depths depths);
+
+    /// Whether anything that was drawn stands off its place in depth.
+    bool HasOffsets() const { return m_hasOffsets; }
 
     /// Draws what has this number outside the view from now on.
     void LeaveOut(unsigned int number);
@@ -71,6 +81,8 @@ private:
     std::unordered_set<unsigned int> m_leftOut;
     const MeshES20* m_mesh = nullptr;
     const Material* m_material = nullptr;
+    Depths m_depths = Depths::Offset;
+    bool m_hasOffsets = false;
 };
 
 } // namespace OV::Host::Detail

@@ -12,7 +12,7 @@ namespace
 {
 
 /// Of the buffers of a tile, and of the rows of a picture that wait for their tiles.
-constexpr std::int64_t MostTileBytes = 256 << 20;
+constexpr std::int64_t MostTileBytes = 320 << 20;
 constexpr std::int64_t MostRowBytes = 160 << 20;
 
 /// Wider than high: there are fewer overlaps beside than above each other.

@@ -21,16 +21,16 @@ const std::string kHigh = "resize 1000x1100\nwait\n";
 
 TEST_F(ViewerPanel, SettingsAreTicked)
 {
-    View(WriteCube(), kWide + "expect settings \"occlusion\": false\nclick 728,117\nexpect settings \"occlusion\": true\n"
-                              "click 728,117\nexpect settings \"occlusion\": false\n"
-                              "expect settings \"lines\": null\nclick 728,195\nexpect settings \"crease\"");
+    View(WriteCube(), kWide + "expect settings \"occlusion\": false\nclick 728,169\nexpect settings \"occlusion\": true\n"
+                              "click 728,169\nexpect settings \"occlusion\": false\n"
+                              "expect settings \"lines\": null\nclick 728,247\nexpect settings \"crease\"");
 }
 
 TEST_F(ViewerPanel, GroundAndReflectedSkyAreTicked)
 {
-    View(WriteCube(), kHigh + "expect settings \"ground\": null\nclick 728,533\nwait\nexpect settings \"kind\": \"plain\"\n"
-                              "expect settings \"surroundings\": \"\"\nclick 728,481\nwait\n"
-                              "expect settings \"surroundings\": \"sky\"\nclick 728,481\nclick 728,533\nwait\n"
+    View(WriteCube(), kHigh + "expect settings \"ground\": null\nclick 728,585\nwait\nexpect settings \"kind\": \"plain\"\n"
+                              "expect settings \"surroundings\": \"\"\nclick 728,533\nwait\n"
+                              "expect settings \"surroundings\": \"sky\"\nclick 728,533\nclick 728,585\nwait\n"
                               "expect settings \"ground\": null\nexpect settings \"surroundings\": \"\"");
 }
 
@@ -38,20 +38,20 @@ TEST_F(ViewerPanel, SunTimePlaceAndShadowsAreSet)
 {
     View(WriteCube(), kHigh + "picture FOLDER/before.png\n"
                               // The headings of sun and shadows, and then what they hold.
-                              "click 850,611\nwait\nclick 850,585\nwait\n"
-                              "expect settings \"shadows\": null\nclick 728,611\nwait\n"
+                              "click 850,663\nwait\nclick 850,637\nwait\n"
+                              "expect settings \"shadows\": null\nclick 728,663\nwait\n"
                               "expect settings \"soft\": false\n"
-                              "expect settings \"sun\": null\nclick 728,767\nwait\n"
+                              "expect settings \"sun\": null\nclick 728,819\nwait\n"
                               "expect settings \"direction\": [0.5, 1.0, 0.3]\npicture FOLDER/direction.png\n"
-                              "click 845,793\nwait\nexpect settings \"latitude\": 52.52\n"
-                              "double-click 790,819\nkey ctrl+a\ntype 2026-12-21T10:00Z\nkey enter\nwait\n"
+                              "click 845,845\nwait\nexpect settings \"latitude\": 52.52\n"
+                              "double-click 790,871\nkey ctrl+a\ntype 2026-12-21T10:00Z\nkey enter\nwait\n"
                               "expect settings \"time\": \"2026-12-21T10:00Z\"\n"
-                              "click 750,949\nwait\nexpect settings \"north\": 0.0\n"
+                              "click 750,1001\nwait\nexpect settings \"north\": 0.0\n"
                               // Near the left end of the slider.
-                              "click 778,897\nwait\nexpect settings \"latitude\": -7\n"
-                              "click 750,637\nwait\nexpect settings \"soft\": true\n"
-                              "click 728,767\nwait\nexpect settings \"sun\": null\n"
-                              "click 728,611\nwait\nexpect settings \"shadows\": null\npicture FOLDER/after.png");
+                              "click 778,949\nwait\nexpect settings \"latitude\": -7\n"
+                              "click 750,689\nwait\nexpect settings \"soft\": true\n"
+                              "click 728,819\nwait\nexpect settings \"sun\": null\n"
+                              "click 728,663\nwait\nexpect settings \"shadows\": null\npicture FOLDER/after.png");
     ExpectDifferent(PictureAt("before.png"), PictureAt("direction.png"));
     ExpectSame(PictureAt("before.png"), PictureAt("after.png"));
 }
