@@ -30,6 +30,7 @@
 #include "orvane_host/present/HatchTextures.h"
 #include "orvane_host/present/HiddenLineLook.h"
 #include "orvane_host/present/Look.h"
+#include "orvane_host/present/OcclusionLook.h"
 #include "orvane_host/present/OrbitView.h"
 #include "orvane_host/present/Picking.h"
 #include "orvane_host/present/PictureOptions.h"

@@ -10,8 +10,7 @@ namespace
 
 /// Shows a line of a style of its own.
 /// @param width of the line in all, in pixels.
-/// @param dash length of a dash and of the gap after it, in pixels; 0 for a line without gaps. Dashes begin
-///        anew at each point, so they suit long segments.
+/// @param dash length of a dash and of the gap after it, in pixels; 0 for a line without gaps.
 void Show(OV::Scene& scene, const std::vector<OV::Vector>& points, bool closed, const OV::Color& color, float width,
           float dash)
 {
@@ -19,7 +18,7 @@ void Show(OV::Scene& scene, const std::vector<OV::Vector>& points, bool closed, 
     style->color = color;
     style->secondColor = OV::Color(0.0f, 0.0f, 0.0f); // it is added, and white unless told otherwise
     style->width = width / 2.0f; // to each side
-    style->antialias = false;    // for a picture of one sample a pixel, where nothing else smooths it
+    style->antialias = false;    // it would fade over all of its width; the picture is smoothed
     style->SetDashed(dash > 0.0f);
     style->SetDashFrequency(dash);
     scene.AddLineStyle(style); // the scene owns it, as all that follows
