@@ -39,6 +39,10 @@ int BytesPerPixel(const Options& options, int samples)
     bytes += options.settings.occlusion && !isSpiral ? (4 + 2 + 4) * (samples > 1 ? 4 : drawn) + 4 * drawn : 0;
     // Depth and slope of surfaces and of glass, what lines cover and its depth, and lines kept.
     bytes += options.settings.lines ? 7 * 4 * drawn : 0;
+    // Three depths, a layer and two sums of glass, finer where there are samples.
+    const bool isLayered = options.settings.glass.order != Host::GlassOrder::Scene;
+    const bool isFine = options.settings.glass.order == Host::GlassOrder::Exact && samples > 1;
+    bytes += isLayered ? (3 * 4 + 4 + 2 * 8) * (isFine ? 4 : drawn) : 0;
     // What the sun sees, in about as many texels for each pixel.
     bytes += options.settings.shadows ? (4 + 2) * 4 * drawn : 0;
     // Numbers and their depth.
