@@ -7,7 +7,6 @@
 #include "orvane/math/Matrix.h"
 #include "orvane/math/Transform.h"
 #include "orvane/renderdata/MaterialES20.h"
-#include "orvane/renderdata/MeshES20.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/MeshNode.h"
 
@@ -63,29 +62,15 @@ constexpr IndexedName kUniforms[] = {
 };
 static_assert(IsDense(kUniforms));
 
-enum Attribute : unsigned
-{
-    AttributePosition,
-    AttributeTexture,
-};
-
-constexpr IndexedName kAttributes[] = {
-    {AttributePosition, "a_position"},
-    {AttributeTexture, "a_texture"},
-};
-
 constexpr ProgramTemplate kTemplate = {
-    "CasterEffect", Shaders::CasterEffectVert, Shaders::CasterEffectFrag, kOptions, kUniforms, kAttributes,
+    "CasterEffect", Shaders::CasterEffectVert, Shaders::CasterEffectFrag, kOptions, kUniforms, HoleAttributes,
 };
 
-constexpr int kOpacityUnit = 1;
+constexpr HoleUniforms kHoles = {UniformMaps, UniformTexture0, UniformOpacityMap, UniformScale};
 
 } // namespace
 
-CasterEffect::CasterEffect() : MaterialEffectES20(nullptr)
-{
-    m_discardsAtPlanes = true;
-}
+CasterEffect::CasterEffect() : HoleEffect(kHoles) {}
 
 void CasterEffect::Clip(bool clip)
 {
@@ -100,53 +85,19 @@ unsigned int CasterEffect::CreateProgramForOptions(std::uint64_t options, std::s
 void CasterEffect::Apply(MaterialES20* data, CameraNodeES20*)
 {
     const Material& material = *data->GetMaterial();
-    const unsigned int colors = material.hasAlpha ? ColorTexture(data) : 0;
-    const unsigned int holes = data->GetOpacityMapID();
-    m_boundTextures = colors != 0 || holes != 0;
-    UseOptions((m_boundTextures ? OptionHoles : std::uint64_t(0)) | (m_glass ? OptionGlass : std::uint64_t(0)));
+    const bool hasHoles = FindHoles(data);
+    UseOptions((hasHoles ? OptionHoles : std::uint64_t(0)) | (m_glass ? OptionGlass : std::uint64_t(0)));
     Set(UniformOpacity, material.GetOpacity());
-    if (m_boundTextures)
-    {
-        Set(UniformMaps, (colors != 0 ? 1 : 0) + (holes != 0 ? 2 : 0));
-        Set(UniformTexture0, 0);
-        Set(UniformOpacityMap, kOpacityUnit);
-        Set(UniformScale, ShaderScale(data->GetUScale()), ShaderScale(data->GetVScale()));
-        BindTexture(kOpacityUnit, holes);
-        BindTexture(0, colors);
-    }
+    BindHoles(data);
     // The sun sees surfaces where they are, whatever the material moves them by for the eye.
     glDisable(GL_POLYGON_OFFSET_FILL);
-}
-
-void CasterEffect::Remove()
-{
-    EndUse();
-    if (m_boundTextures)
-    {
-        BindTexture(kOpacityUnit, 0);
-        BindTexture(0, 0);
-        m_boundTextures = false;
-    }
 }
 
 void CasterEffect::BindMeshAttributes(MeshES20* mesh)
 {
     // Meshes and materials switch culling back on.
     glDisable(GL_CULL_FACE);
-    EnableAttribute(AttributePosition, 3, mesh->GetStride(), mesh->GetPositionOffset());
-    if (HasAttribute(AttributeTexture))
-    {
-        EnableStream(AttributeTexture, 2, mesh->GetStride(), mesh->GetTextureOffset());
-    }
-}
-
-void CasterEffect::ReleaseMeshAttributes(MeshES20* mesh)
-{
-    if (HasAttribute(AttributeTexture))
-    {
-        DisableStream(AttributeTexture, mesh->GetTextureOffset());
-    }
-    DisableAttribute(AttributePosition);
+    HoleEffect::BindMeshAttributes(mesh);
 }
 
 void CasterEffect::BindMeshUniforms(MeshNode* node)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "orvane/effects/MaterialEffectES20.h"
+#include "orvane_host/present/detail/HoleEffect.h"
 
 #include <glm/mat4x4.hpp>
 
@@ -10,7 +10,7 @@ namespace OV::Host::Detail
 /// Draws what casts shadows as the sun sees it, from either side: solid surfaces for their depth,
 /// glass for what it lets through. What opacity maps, see-through texels and clip planes leave out
 /// of the looks is left out here.
-class CasterEffect final : public MaterialEffectES20
+class CasterEffect final : public HoleEffect
 {
 public:
     CasterEffect();
@@ -26,16 +26,13 @@ public:
 
     unsigned int CreateProgramForOptions(std::uint64_t options, std::string& name) override;
     void Apply(MaterialES20* material, CameraNodeES20* camera) override;
-    void Remove() override;
     void BindMeshAttributes(MeshES20* mesh) override;
-    void ReleaseMeshAttributes(MeshES20* mesh) override;
     void BindMeshUniforms(MeshNode* node) override;
 
 private:
     glm::dmat4 m_worldToClip{1.0};
     bool m_glass = false;
     bool m_clip = true;
-    bool m_boundTextures = false;
 };
 
 } // namespace OV::Host::Detail

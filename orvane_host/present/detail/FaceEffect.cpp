@@ -6,7 +6,6 @@
 #include "orvane/math/Transform.h"
 #include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/renderdata/MaterialES20.h"
-#include "orvane/renderdata/MeshES20.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/MeshNode.h"
@@ -58,29 +57,15 @@ constexpr IndexedName kUniforms[] = {
 };
 static_assert(IsDense(kUniforms));
 
-enum Attribute : unsigned
-{
-    AttributePosition,
-    AttributeTexture,
-};
-
-constexpr IndexedName kAttributes[] = {
-    {AttributePosition, "a_position"},
-    {AttributeTexture, "a_texture"},
-};
-
 constexpr ProgramTemplate kTemplate = {
-    "FaceEffect", Shaders::FaceEffectVert, Shaders::FaceEffectFrag, kOptions, kUniforms, kAttributes,
+    "FaceEffect", Shaders::FaceEffectVert, Shaders::FaceEffectFrag, kOptions, kUniforms, HoleAttributes,
 };
 
-constexpr int kOpacityUnit = 1;
+constexpr HoleUniforms kHoles = {UniformMaps, UniformTexture0, UniformOpacityMap, UniformScale};
 
 } // namespace
 
-FaceEffect::FaceEffect() : MaterialEffectES20(nullptr)
-{
-    m_discardsAtPlanes = true;
-}
+FaceEffect::FaceEffect() : HoleEffect(kHoles) {}
 
 unsigned int FaceEffect::CreateProgramForOptions(std::uint64_t options, std::string& name)
 {
@@ -90,50 +75,11 @@ unsigned int FaceEffect::CreateProgramForOptions(std::uint64_t options, std::str
 void FaceEffect::Apply(MaterialES20* data, CameraNodeES20* camera)
 {
     m_camera = camera;
-    const unsigned int colors = data->GetMaterial()->hasAlpha ? ColorTexture(data) : 0;
-    const unsigned int holes = data->GetOpacityMapID();
-    m_boundTextures = colors != 0 || holes != 0;
-    UseOptions(m_boundTextures ? OptionHoles : std::uint64_t(0));
+    const bool hasHoles = FindHoles(data);
+    UseOptions(hasHoles ? OptionHoles : std::uint64_t(0));
     Set(UniformIsPerspective, camera->GetCameraNode()->GetProjection() == CameraNode::Perspective ? 1 : 0);
-    if (m_boundTextures)
-    {
-        Set(UniformMaps, (colors != 0 ? 1 : 0) + (holes != 0 ? 2 : 0));
-        Set(UniformTexture0, 0);
-        Set(UniformOpacityMap, kOpacityUnit);
-        Set(UniformScale, ShaderScale(data->GetUScale()), ShaderScale(data->GetVScale()));
-        BindTexture(kOpacityUnit, holes);
-        BindTexture(0, colors);
-    }
+    BindHoles(data);
     glDisable(GL_BLEND);
-}
-
-void FaceEffect::Remove()
-{
-    EndUse();
-    if (m_boundTextures)
-    {
-        BindTexture(kOpacityUnit, 0);
-        BindTexture(0, 0);
-        m_boundTextures = false;
-    }
-}
-
-void FaceEffect::BindMeshAttributes(MeshES20* mesh)
-{
-    EnableAttribute(AttributePosition, 3, mesh->GetStride(), mesh->GetPositionOffset());
-    if (HasAttribute(AttributeTexture))
-    {
-        EnableStream(AttributeTexture, 2, mesh->GetStride(), mesh->GetTextureOffset());
-    }
-}
-
-void FaceEffect::ReleaseMeshAttributes(MeshES20* mesh)
-{
-    if (HasAttribute(AttributeTexture))
-    {
-        DisableStream(AttributeTexture, mesh->GetTextureOffset());
-    }
-    DisableAttribute(AttributePosition);
 }
 
 void FaceEffect::BindMeshUniforms(MeshNode* node)

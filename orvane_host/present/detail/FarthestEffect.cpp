@@ -2,7 +2,6 @@
 
 #include "orvane_host/present/shaders/FarthestEffect.frag.h"
 #include "orvane_host/present/shaders/FarthestEffect.vert.h"
-#include "orvane/renderdata/MeshES20.h"
 
 namespace OV::Host::Detail
 {
@@ -29,17 +28,8 @@ constexpr IndexedName kUniforms[] = {
 };
 static_assert(IsDense(kUniforms));
 
-enum Attribute : unsigned
-{
-    AttributePosition,
-};
-
-constexpr IndexedName kAttributes[] = {
-    {AttributePosition, "a_position"},
-};
-
 constexpr ProgramTemplate kTemplate = {
-    "FarthestEffect", Shaders::FarthestEffectVert, Shaders::FarthestEffectFrag, kOptions, kUniforms, kAttributes,
+    "FarthestEffect", Shaders::FarthestEffectVert, Shaders::FarthestEffectFrag, kOptions, kUniforms, ScreenAttributes,
 };
 
 } // namespace
@@ -72,22 +62,6 @@ void FarthestEffect::Apply(MaterialES20*, CameraNodeES20*)
     Set(UniformFrom, 0);
     Set(UniformSize, static_cast<float>(m_width), static_cast<float>(m_height));
     BindTexture(0, m_texture);
-}
-
-void FarthestEffect::Remove()
-{
-    EndUse();
-    BindTexture(0, 0);
-}
-
-void FarthestEffect::BindMeshAttributes(MeshES20* mesh)
-{
-    EnableAttribute(AttributePosition, 3, mesh->GetStride(), mesh->GetPositionOffset());
-}
-
-void FarthestEffect::ReleaseMeshAttributes(MeshES20*)
-{
-    DisableAttribute(AttributePosition);
 }
 
 } // namespace OV::Host::Detail

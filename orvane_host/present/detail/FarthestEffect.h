@@ -1,6 +1,6 @@
 #pragma once
 
-#include "orvane/effects/MaterialEffectES20.h"
+#include "orvane_host/present/detail/ScreenEffect.h"
 
 #include <string>
 
@@ -9,13 +9,11 @@ namespace OV::Host::Detail
 
 /// Draws the largest depth of blocks of pixels over all of a target, for LineEffect, which leaves out
 /// what is behind all of it.
-class FarthestEffect final : public MaterialEffectES20
+class FarthestEffect final : public ScreenEffect
 {
 public:
     /// Pixels along a side of a block.
     static constexpr int Block = 4;
-
-    FarthestEffect() : MaterialEffectES20(nullptr) {}
 
     /// The next Apply draws the blocks of a picture of depth. @param depth a texture.
     void ShowBlocks(unsigned int depth, int width, int height);
@@ -25,10 +23,6 @@ public:
 
     unsigned int CreateProgramForOptions(std::uint64_t options, std::string& name) override;
     void Apply(MaterialES20* material, CameraNodeES20* camera) override;
-    void Remove() override;
-    void BindMeshAttributes(MeshES20* mesh) override;
-    void ReleaseMeshAttributes(MeshES20* mesh) override;
-    void BindMeshUniforms(MeshNode*) override {}
 
 private:
     unsigned int m_texture = 0;

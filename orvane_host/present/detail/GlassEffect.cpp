@@ -2,7 +2,6 @@
 
 #include "orvane_host/present/shaders/GlassEffect.frag.h"
 #include "orvane_host/present/shaders/GlassEffect.vert.h"
-#include "orvane/renderdata/MeshES20.h"
 
 namespace OV::Host::Detail
 {
@@ -28,17 +27,8 @@ constexpr OptionRow kOptions[] = {
     {GlassEffect::Lay, "LAY"},
 };
 
-enum Attribute : unsigned
-{
-    AttributePosition,
-};
-
-constexpr IndexedName kAttributes[] = {
-    {AttributePosition, "a_position"},
-};
-
 constexpr ProgramTemplate kTemplate = {
-    "GlassEffect", Shaders::GlassEffectVert, Shaders::GlassEffectFrag, kOptions, kUniforms, kAttributes,
+    "GlassEffect", Shaders::GlassEffectVert, Shaders::GlassEffectFrag, kOptions, kUniforms, ScreenAttributes,
 };
 
 } // namespace
@@ -62,22 +52,6 @@ void GlassEffect::Apply(MaterialES20*, CameraNodeES20*)
     Set(UniformLayer, 0);
     Set(UniformPixel, m_pixel[0], m_pixel[1]);
     BindTexture(0, m_texture);
-}
-
-void GlassEffect::Remove()
-{
-    EndUse();
-    BindTexture(0, 0);
-}
-
-void GlassEffect::BindMeshAttributes(MeshES20* mesh)
-{
-    EnableAttribute(AttributePosition, 3, mesh->GetStride(), mesh->GetPositionOffset());
-}
-
-void GlassEffect::ReleaseMeshAttributes(MeshES20*)
-{
-    DisableAttribute(AttributePosition);
 }
 
 } // namespace OV::Host::Detail

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "orvane/effects/MaterialEffectES20.h"
+#include "orvane_host/present/detail/ScreenEffect.h"
 
 #include <string>
 
@@ -8,7 +8,7 @@ namespace OV::Host::Detail
 {
 
 /// Puts layers of glass together, over all of the target. How it is blended is the caller's.
-class GlassEffect final : public MaterialEffectES20
+class GlassEffect final : public ScreenEffect
 {
 public:
     enum Step : unsigned
@@ -18,18 +18,12 @@ public:
         Lay = 4,   ///< what was put together: its colour, and what it lets through
     };
 
-    GlassEffect() : MaterialEffectES20(nullptr) {}
-
     /// @param texture what is read.
     /// @param width, height of what is drawn into.
     void Show(Step step, unsigned int texture, int width, int height);
 
     unsigned int CreateProgramForOptions(std::uint64_t options, std::string& name) override;
     void Apply(MaterialES20* material, CameraNodeES20* camera) override;
-    void Remove() override;
-    void BindMeshAttributes(MeshES20* mesh) override;
-    void ReleaseMeshAttributes(MeshES20* mesh) override;
-    void BindMeshUniforms(MeshNode*) override {}
 
 private:
     Step m_step = Layer;

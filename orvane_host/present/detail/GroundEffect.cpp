@@ -2,7 +2,6 @@
 
 #include "orvane_host/present/shaders/GroundEffect.frag.h"
 #include "orvane_host/present/shaders/GroundEffect.vert.h"
-#include "orvane/renderdata/MeshES20.h"
 
 #include <GL/gl.h>
 
@@ -50,24 +49,11 @@ static_assert(IsDense(kUniforms));
 
 constexpr OptionRow kOptions[] = {{0, "DEFAULT"}};
 
-enum Attribute : unsigned
-{
-    AttributePosition,
-};
-
-constexpr IndexedName kAttributes[] = {
-    {AttributePosition, "a_position"},
-};
-
 constexpr ProgramTemplate kTemplate = {
-    "GroundEffect", Shaders::GroundEffectVert, Shaders::GroundEffectFrag, kOptions, kUniforms, kAttributes,
+    "GroundEffect", Shaders::GroundEffectVert, Shaders::GroundEffectFrag, kOptions, kUniforms, ScreenAttributes,
 };
 
 } // namespace
-
-GroundEffect::GroundEffect() : MaterialEffectES20(nullptr)
-{
-}
 
 unsigned int GroundEffect::CreateProgramForOptions(std::uint64_t options, std::string& name)
 {
@@ -94,22 +80,6 @@ void GroundEffect::Apply(MaterialES20*, CameraNodeES20*)
     const glm::vec4& depth = m_look.depth;
     Set(UniformDepth, depth.x, depth.y, depth.z, depth.w);
     BindTexture(0, m_look.shadow);
-}
-
-void GroundEffect::Remove()
-{
-    EndUse();
-    BindTexture(0, 0);
-}
-
-void GroundEffect::BindMeshAttributes(MeshES20* mesh)
-{
-    EnableAttribute(AttributePosition, 3, mesh->GetStride(), mesh->GetPositionOffset());
-}
-
-void GroundEffect::ReleaseMeshAttributes(MeshES20*)
-{
-    DisableAttribute(AttributePosition);
 }
 
 } // namespace OV::Host::Detail

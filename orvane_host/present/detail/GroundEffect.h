@@ -1,6 +1,6 @@
 #pragma once
 
-#include "orvane/effects/MaterialEffectES20.h"
+#include "orvane_host/present/detail/ScreenEffect.h"
 #include "orvane/math/Color.h"
 #include "orvane/math/Vector.h"
 
@@ -14,7 +14,7 @@ namespace OV::Host::Detail
 
 /// A level ground over all of the screen: each pixel's ray is met with it, so that it ends nowhere
 /// and no plane of the view cuts it.
-class GroundEffect final : public MaterialEffectES20
+class GroundEffect final : public ScreenEffect
 {
 public:
     /// A value in the middle of the screen and how it changes up to the right and the upper edge.
@@ -41,16 +41,10 @@ public:
         glm::vec4 depth{0, 1, 0, 1}; ///< a, b, c, d of the depth (a z + b) / (c z + d) at a distance z
     };
 
-    GroundEffect();
-
     void Show(const Look& look) { m_look = look; }
 
     unsigned int CreateProgramForOptions(std::uint64_t options, std::string& name) override;
     void Apply(MaterialES20* material, CameraNodeES20* camera) override;
-    void Remove() override;
-    void BindMeshAttributes(MeshES20* mesh) override;
-    void ReleaseMeshAttributes(MeshES20* mesh) override;
-    void BindMeshUniforms(MeshNode*) override {}
 
 private:
     Look m_look;

@@ -2,7 +2,6 @@
 
 #include "orvane_host/present/shaders/HorizonEffect.frag.h"
 #include "orvane_host/present/shaders/HorizonEffect.vert.h"
-#include "orvane/renderdata/MeshES20.h"
 
 #include <GL/gl.h>
 
@@ -69,17 +68,8 @@ constexpr IndexedName kUniforms[] = {
 };
 static_assert(IsDense(kUniforms));
 
-enum Attribute : unsigned
-{
-    AttributePosition,
-};
-
-constexpr IndexedName kAttributes[] = {
-    {AttributePosition, "a_position"},
-};
-
 constexpr ProgramTemplate kTemplate = {
-    "HorizonEffect", Shaders::HorizonEffectVert, Shaders::HorizonEffectFrag, kOptions, kUniforms, kAttributes,
+    "HorizonEffect", Shaders::HorizonEffectVert, Shaders::HorizonEffectFrag, kOptions, kUniforms, ScreenAttributes,
 };
 
 enum TextureUnit : int
@@ -90,10 +80,6 @@ enum TextureUnit : int
 };
 
 } // namespace
-
-HorizonEffect::HorizonEffect() : MaterialEffectES20(nullptr)
-{
-}
 
 unsigned int HorizonEffect::CreateProgramForOptions(std::uint64_t options, std::string& name)
 {
@@ -135,16 +121,6 @@ void HorizonEffect::Remove()
     BindTexture(UnitOther, 0);
     BindTexture(UnitFaces, 0);
     BindTexture(UnitDepth, 0);
-}
-
-void HorizonEffect::BindMeshAttributes(MeshES20* mesh)
-{
-    EnableAttribute(AttributePosition, 3, mesh->GetStride(), mesh->GetPositionOffset());
-}
-
-void HorizonEffect::ReleaseMeshAttributes(MeshES20*)
-{
-    DisableAttribute(AttributePosition);
 }
 
 } // namespace OV::Host::Detail

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "orvane/effects/MaterialEffectES20.h"
+#include "orvane_host/present/detail/ScreenEffect.h"
 
 #include <glm/vec2.hpp>
 #include <glm/vec4.hpp>
@@ -10,7 +10,7 @@ namespace OV::Host::Detail
 
 /// Ambient occlusion over all of the screen, in two runs: how much each pixel sees hidden, and from it
 /// what to multiply the picture by.
-class HorizonEffect final : public MaterialEffectES20
+class HorizonEffect final : public ScreenEffect
 {
 public:
     /// As the uniforms of HorizonEffect.frag.
@@ -37,16 +37,11 @@ public:
         glm::vec2 fog{0, 1};
     };
 
-    HorizonEffect();
-
     Values values;
 
     unsigned int CreateProgramForOptions(std::uint64_t options, std::string& name) override;
     void Apply(MaterialES20* material, CameraNodeES20* camera) override;
     void Remove() override;
-    void BindMeshAttributes(MeshES20* mesh) override;
-    void ReleaseMeshAttributes(MeshES20* mesh) override;
-    void BindMeshUniforms(MeshNode*) override {}
 };
 
 } // namespace OV::Host::Detail

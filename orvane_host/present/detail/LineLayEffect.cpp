@@ -2,7 +2,6 @@
 
 #include "orvane_host/present/shaders/LineLayEffect.frag.h"
 #include "orvane_host/present/shaders/LineLayEffect.vert.h"
-#include "orvane/renderdata/MeshES20.h"
 
 namespace OV::Host::Detail
 {
@@ -33,17 +32,8 @@ constexpr IndexedName kUniforms[] = {
 };
 static_assert(IsDense(kUniforms));
 
-enum Attribute : unsigned
-{
-    AttributePosition,
-};
-
-constexpr IndexedName kAttributes[] = {
-    {AttributePosition, "a_position"},
-};
-
 constexpr ProgramTemplate kTemplate = {
-    "LineLayEffect", Shaders::LineLayEffectVert, Shaders::LineLayEffectFrag, kOptions, kUniforms, kAttributes,
+    "LineLayEffect", Shaders::LineLayEffectVert, Shaders::LineLayEffectFrag, kOptions, kUniforms, ScreenAttributes,
 };
 
 } // namespace
@@ -76,22 +66,6 @@ void LineLayEffect::Apply(MaterialES20*, CameraNodeES20*)
     Set(UniformColor, m_color);
     Set(UniformFogColor, m_fogColor);
     BindTexture(0, m_texture);
-}
-
-void LineLayEffect::Remove()
-{
-    EndUse();
-    BindTexture(0, 0);
-}
-
-void LineLayEffect::BindMeshAttributes(MeshES20* mesh)
-{
-    EnableAttribute(AttributePosition, 3, mesh->GetStride(), mesh->GetPositionOffset());
-}
-
-void LineLayEffect::ReleaseMeshAttributes(MeshES20*)
-{
-    DisableAttribute(AttributePosition);
 }
 
 } // namespace OV::Host::Detail

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "orvane/effects/MaterialEffectES20.h"
+#include "orvane_host/present/detail/ScreenEffect.h"
 #include "orvane/math/Color.h"
 
 #include <string>
@@ -10,11 +10,9 @@ namespace OV::Host::Detail
 
 /// Lays what LineEffect has drawn over a picture in the colour of the lines, wherever it covers a
 /// pixel, once. Its own colours are multiplied by their opacity.
-class LineLayEffect final : public MaterialEffectES20
+class LineLayEffect final : public ScreenEffect
 {
 public:
-    LineLayEffect() : MaterialEffectES20(nullptr) {}
-
     /// What of the channels is laid.
     enum class Channels
     {
@@ -31,10 +29,6 @@ public:
 
     unsigned int CreateProgramForOptions(std::uint64_t options, std::string& name) override;
     void Apply(MaterialES20* material, CameraNodeES20* camera) override;
-    void Remove() override;
-    void BindMeshAttributes(MeshES20* mesh) override;
-    void ReleaseMeshAttributes(MeshES20* mesh) override;
-    void BindMeshUniforms(MeshNode*) override {}
 
 private:
     unsigned int m_texture = 0;
