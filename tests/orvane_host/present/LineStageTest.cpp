@@ -359,8 +359,10 @@ TEST_F(LineStageTest, GlassTintsWhatIsBehindItAndNotWhatIsBefore)
         EXPECT_EQ(picture.At(50, 40), styles == 3 ? kBlack : picture.At(50, 45)) << styles;
         EXPECT_EQ(picture.At(50, 50), picture.At(50, 55)) << "hidden behind the wall";
         // One style alone goes another way.
-        World().RemoveLineStyle(World().GetLineStyles().back());
-        World().RemoveLineStyle(World().GetLineStyles().back());
+        while (World().GetLineStyles().size() > 1)
+        {
+            delete World().GetLineStyles().back();
+        }
     }
 }
 
