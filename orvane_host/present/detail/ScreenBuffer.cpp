@@ -27,6 +27,21 @@ void DropErrors()
     }
 }
 
+/// Gives a depth texture 24 bits in place of as many as GL likes.
+///
+/// Mesa's software renderer makes 32 of them. A unit of a polygon offset is then a 256th of what depths worked out in
+/// float differ by, and faces in one plane that are kept apart by units show in turns.
+void HoldOffsets(GLuint depthTexture, int width, int height)
+{
+    if (depthTexture == 0)
+    {
+        return;
+    }
+    glBindTexture(GL_TEXTURE_2D, depthTexture);
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_DEPTH_COMPONENT24, width, height, 0, GL_DEPTH_COMPONENT, GL_UNSIGNED_INT, nullptr);
+    glBindTexture(GL_TEXTURE_2D, 0);
+}
+
 } // namespace
 
 ScreenBuffer::~ScreenBuffer()
@@ -61,8 +76,10 @@ bool ScreenBuffer::Resize(int width, int height)
         glBindRenderbuffer(GL_RENDERBUFFER, static_cast<GLuint>(renderbuffer));
         m_target.SetDimensions(0, 0);
         DropErrors();
+        return false;
     }
-    return m_usable;
+    HoldOffsets(m_target.GetDepthTexture(), width, height);
+    return true;
 }
 
 void ScreenBuffer::SmoothDepth(bool smooth)

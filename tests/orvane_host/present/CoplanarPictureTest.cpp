@@ -134,6 +134,45 @@ TEST_F(CoplanarPicture, BatchesChangeNothingInIt)
     EXPECT_GT(presentation->GetStatistics().batches.batches, 0u);
 }
 
+TEST_F(CoplanarPicture, EdgesAreDrawnWhereOneEndsAndNowhereElse)
+{
+    const auto presentation = Present();
+    for (const double distance : kDistances)
+    {
+        for (const double tilt : kTilts)
+        {
+            PresentationSettings wanted = From(distance, tilt, false);
+            Apply(*presentation, wanted);
+            const Picture plain = Draw(*presentation);
+            wanted.edges = Host::EdgeLook();
+            Apply(*presentation, wanted);
+            const Picture edged = Draw(*presentation);
+            const auto isInside = [&](int x, int y) {
+                for (int i = -2; i <= 2; ++i)
+                {
+                    for (int j = -2; j <= 2; ++j)
+                    {
+                        if (!(plain.At(x + i, y + j) == plain.At(x, y)))
+                        {
+                            return false;
+                        }
+                    }
+                }
+                return true;
+            };
+            int wrong = 0;
+            for (int y = 2; y + 2 < Height(); ++y)
+            {
+                for (int x = 2; x + 2 < Width(); ++x)
+                {
+                    wrong += isInside(x, y) && !(edged.At(x, y) == plain.At(x, y)) ? 1 : 0;
+                }
+            }
+            EXPECT_EQ(wrong, 0) << distance << " away, " << tilt << " degrees";
+        }
+    }
+}
+
 TEST_F(CoplanarPicture, LinesLeaveItInOrder)
 {
     const auto presentation = Present();
