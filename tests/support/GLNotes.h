@@ -110,6 +110,11 @@ void NoteValues(GLCall& call, VertexAttrib4fvTag, GLuint, const GLfloat* values)
     call.floats.assign(values, values + 4);
 }
 
+void NoteValues(GLCall& call, MultiDrawElementsTag, GLenum, const GLsizei* counts, GLenum, const void* const*, GLsizei n)
+{
+    KeepNames(call, n, counts);
+}
+
 std::string JoinSource(GLsizei count, const GLchar* const* strings, const GLint* lengths)
 {
     std::string text;

@@ -123,6 +123,7 @@ BatchES20::BatchES20(Mesh* shown, SharedBufferPool* bufferPool, const BatchNodes
         m_on[i / kRow] |= std::uint64_t{1} << (i % kRow);
     }
     m_seenBits = m_on;
+    m_seenHolds.assign(m_on.size(), false);
     FitBoxes();
 
     glGenBuffers(1, &vertexBufferId);
@@ -167,6 +168,7 @@ std::size_t BatchES20::GetTriangleCount() const
 
 void BatchES20::WidenBoxes(std::size_t piece)
 {
+    m_partBoxes[piece / kPart].Widen(m_pieces[piece].box);
     m_rowBoxes[piece / kRow].Widen(m_pieces[piece].box);
     m_box.Widen(m_pieces[piece].box);
 }
@@ -180,6 +182,7 @@ void BatchES20::FitBoxes()
 {
     m_writes = 0;
     m_rowBoxes.assign(m_on.size(), WorldBox::Empty());
+    m_partBoxes.assign((GetPieceCount() + kPart - 1) / kPart, WorldBox::Empty());
     m_box = WorldBox::Empty();
     for (std::size_t i = 0; i < GetPieceCount(); ++i)
     {
@@ -203,6 +206,7 @@ void BatchES20::Switch(std::size_t piece, bool on)
         m_revision = NextRevision();
         m_on[piece / kRow] ^= std::uint64_t{1} << (piece % kRow);
         m_onCount += on ? 1 : static_cast<std::size_t>(-1);
+        m_seenHolds[piece / kRow] = false;
         m_whole.isValid = false;
         m_seen.isValid = false;
     }
@@ -246,6 +250,7 @@ void BatchES20::Write(std::size_t index, const Piece& piece, const TextureFactor
     }
     glBindBuffer(GL_ARRAY_BUFFER, 0);
     ResetBufferCache();
+    m_seenHolds[index / kRow] = false;
     WidenBoxes(index);
     if (++m_writes >= GetPieceCount())
     {
@@ -265,11 +270,45 @@ bool BatchES20::See(const ViewVolume& view, float leastShare, std::uint64_t look
 {
     if (m_look != look || m_lookRevision != m_revision)
     {
+        if (m_look != look)
+        {
+            m_seenHolds.assign(m_on.size(), false);
+        }
         m_look = look;
         m_lookRevision = m_revision;
         m_seesAny = Search(view, leastShare);
     }
     return m_seesAny;
+}
+
+std::uint64_t BatchES20::BitsSeen(const ViewVolume& view, float leastShare, std::size_t row) const
+{
+    const std::uint64_t on = m_on[row];
+    const ViewVolume::Relation relation = on == 0 ? ViewVolume::Relation::Outside : view.RelationOf(m_rowBoxes[row]);
+    std::uint64_t seen = relation == ViewVolume::Relation::Inside ? on : 0;
+    if (relation == ViewVolume::Relation::Touches)
+    {
+        constexpr std::uint64_t whole = (std::uint64_t{1} << kPart) - 1;
+        for (std::size_t i = 0; i < kRow; i += kPart)
+        {
+            const std::uint64_t part = on & whole << i;
+            seen |= part != 0 && view.Sees(m_partBoxes[(row * kRow + i) / kPart]) ? part : 0;
+        }
+    }
+    if (!(leastShare > 0.0f))
+    {
+        return seen;
+    }
+    for (std::size_t i = 0; i < kRow && seen != 0; ++i)
+    {
+        const std::uint64_t bit = std::uint64_t{1} << i;
+        if ((seen & bit) != 0)
+        {
+            const WorldBox& box = m_pieces[row * kRow + i].box;
+            seen = view.ShareOfHeight(MiddleOf(box), ExtentOf(box)) < leastShare ? seen & ~bit : seen;
+        }
+    }
+    return seen;
 }
 
 bool BatchES20::Search(const ViewVolume& view, float leastShare)
@@ -279,8 +318,7 @@ bool BatchES20::Search(const ViewVolume& view, float leastShare)
     {
         return false;
     }
-    const bool keepsSmall = !(leastShare > 0.0f);
-    m_seesAll = relation == ViewVolume::Relation::Inside && keepsSmall;
+    m_seesAll = relation == ViewVolume::Relation::Inside && !(leastShare > 0.0f);
     if (m_seesAll)
     {
         return true;
@@ -288,18 +326,12 @@ bool BatchES20::Search(const ViewVolume& view, float leastShare)
     bool seesAny = false;
     for (std::size_t row = 0; row < m_on.size(); ++row)
     {
-        std::uint64_t bits = view.Sees(m_rowBoxes[row]) ? m_on[row] : 0;
-        for (std::size_t i = 0; i < kRow && bits != 0 && !keepsSmall; ++i)
+        if (!m_seenHolds[row])
         {
-            const std::uint64_t bit = std::uint64_t{1} << i;
-            if ((bits & bit) != 0)
-            {
-                const WorldBox& box = m_pieces[row * kRow + i].box;
-                bits = view.ShareOfHeight(MiddleOf(box), ExtentOf(box)) < leastShare ? bits & ~bit : bits;
-            }
+            m_seenBits[row] = BitsSeen(view, leastShare, row);
+            m_seenHolds[row] = true;
         }
-        m_seenBits[row] = bits;
-        seesAny = seesAny || bits != 0;
+        seesAny = seesAny || m_seenBits[row] != 0;
     }
     m_seen.isValid = m_seen.isValid && m_seen.bits == m_seenBits;
     return seesAny;

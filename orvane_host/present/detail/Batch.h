@@ -107,6 +107,10 @@ public:
             {
                 i += kRow - 1;
             }
+            else if (i % kPart == 0 && !view.Sees(m_partBoxes[i / kPart]))
+            {
+                i += kPart - 1;
+            }
             else if (IsOn(i) && view.Sees(m_pieces[i].box))
             {
                 found(m_pieces[i].owner);
@@ -115,7 +119,10 @@ public:
     }
 
 private:
-    static constexpr std::size_t kRow = 64; ///< pieces that are culled together, a bit each
+    static constexpr std::size_t kRow = 64; ///< pieces that are looked at together, a bit each
+    /// Pieces of a row that are culled together: so few that little of what lies outside is drawn, and
+    /// so many that what is drawn is few ranges.
+    static constexpr std::size_t kPart = 8;
 
     /// It ends where the next one begins.
     struct Room
@@ -148,6 +155,7 @@ private:
     }
     WorldBox ToWorld(const WorldBox& box) const;
     bool Search(const ViewVolume& view, float leastShare);
+    std::uint64_t BitsSeen(const ViewVolume& view, float leastShare, std::size_t row) const;
     bool IsOn(std::size_t piece) const { return ((m_on[piece / kRow] >> (piece % kRow)) & 1u) != 0; }
     const Runs& RunsOf(const MeshNode* node);
     void MakeRuns(Runs& runs, const std::vector<std::uint64_t>& bits) const;
@@ -161,7 +169,8 @@ private:
     BatchKind m_kind;
     std::vector<Room> m_pieces; ///< and the end of the last
     std::vector<std::uint64_t> m_on;
-    std::vector<WorldBox> m_rowBoxes; ///< of kRow pieces each
+    std::vector<WorldBox> m_rowBoxes;  ///< of kRow pieces each
+    std::vector<WorldBox> m_partBoxes; ///< of kPart pieces each
     WorldBox m_box;
     std::size_t m_writes = 0; ///< since the boxes were fitted: each may have left them too wide
     std::uint64_t m_revision = NextRevision();
@@ -170,6 +179,7 @@ private:
     Runs m_whole;
     Runs m_seen;
     std::vector<std::uint64_t> m_seenBits;
+    std::vector<bool> m_seenHolds; ///< for each row, while it is looked at as before and nothing in it has changed
     bool m_seesAll = true;
     bool m_seesAny = false;
     std::uint64_t m_look = 0;         ///< the one that was found out about; 0 for none

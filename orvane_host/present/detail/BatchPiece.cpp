@@ -7,9 +7,14 @@
 #include "orvane/math/Vector.h"
 #include "orvane/scene/Mesh.h"
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstring>
 
 namespace OV::Host::Detail
 {
@@ -63,13 +68,40 @@ WorldBox WriteShifted(Rows m, const std::vector<Vector>& positions, std::size_t 
     const double y = m[1][3];
     const double z = m[2][3];
     WorldBox box = WorldBox::Empty();
-    for (const Vector& position : positions)
+    const Vector* position = positions.data();
+    const Vector* const end = position + positions.size();
+#ifdef __SSE2__
+    // The same sums as below, of a vertex at once. The fourth lane is a neighbour's: it is read where there is
+    // one, and what it writes is written over by what comes after.
+    static_assert(sizeof(Vector) == 3 * sizeof(float));
+    const auto four = [](const Vector& from) { return _mm_set_ps(from.z, from.z, from.y, from.x); };
+    const __m128d firstShift = _mm_set_pd(y, x);
+    const __m128d secondShift = _mm_set_pd(0.0, z);
+    __m128 low = four(box.low);
+    __m128 high = four(box.high);
+    for (; end - position > 1; ++position, out += size)
     {
-        const Vector place(static_cast<float>(position.x + x), static_cast<float>(position.y + y),
-                           static_cast<float>(position.z + z));
+        const __m128 point = _mm_loadu_ps(&position->x);
+        const __m128 first = _mm_cvtpd_ps(_mm_add_pd(_mm_cvtps_pd(point), firstShift));
+        const __m128 second = _mm_cvtpd_ps(_mm_add_pd(_mm_cvtps_pd(_mm_movehl_ps(point, point)), secondShift));
+        const __m128 place = _mm_movelh_ps(first, second);
+        _mm_storeu_ps(out, place);
+        // In this order what is no number is left out.
+        low = _mm_min_ps(place, low);
+        high = _mm_max_ps(place, high);
+    }
+    float lanes[4];
+    _mm_storeu_ps(lanes, low);
+    box.low = Vector(lanes[0], lanes[1], lanes[2]);
+    _mm_storeu_ps(lanes, high);
+    box.high = Vector(lanes[0], lanes[1], lanes[2]);
+#endif
+    for (; position != end; ++position, out += size)
+    {
+        const Vector place(static_cast<float>(position->x + x), static_cast<float>(position->y + y),
+                           static_cast<float>(position->z + z));
         Put(out, place);
         Include(box, place);
-        out += size;
     }
     return box;
 }
@@ -112,13 +144,13 @@ WorldBox WriteVertices(const Mesh& mesh, const Transform& place, const TextureFa
                                            : WriteCarried(points.m, positions, size, out);
     if (layout.normal >= 0)
     {
-        const std::vector<Vector>& normals = mesh.GetNormalBuffer();
+        const Vector* const normals = mesh.GetNormalBuffer().data();
         float* at = out + layout.normal;
         if (IsShift(points.m))
         {
             for (std::size_t i = 0; i < count; ++i, at += size)
             {
-                Put(at, normals[i]);
+                std::memcpy(at, &normals[i], sizeof(Vector));
             }
         }
         else

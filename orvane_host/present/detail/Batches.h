@@ -187,6 +187,7 @@ private:
     std::unique_ptr<BatchMesh> TakeMesh(Material& material, unsigned int flags);
     void GiveBack(std::unique_ptr<BatchMesh> mesh);
     void GiveBack(Group& group);
+    void FetchAhead(std::size_t changed) const;
     void Sync(Index first);
     void AddMeshes(MeshNode& node);
     Index AddMember(MeshNode& node, Mesh& mesh);

@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <numeric>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -107,6 +108,18 @@ protected:
         }
         renderer->EndRender();
         return calls;
+    }
+
+    static std::int64_t CountIndices(const std::vector<GLCall>& calls)
+    {
+        std::int64_t count = 0;
+        for (const GLCall& call : calls)
+        {
+            const bool isOne = call.name.rfind("glDrawElements", 0) == 0;
+            const bool isMany = call.name.rfind("glMultiDrawElements", 0) == 0;
+            count += isOne ? call.Int(1) : isMany ? std::accumulate(call.ints.begin(), call.ints.end(), std::int64_t{0}) : 0;
+        }
+        return count;
     }
 
     Calls CallsOfFrame()
@@ -223,6 +236,25 @@ TEST_F(BatchCalls, AViewThatSeesAQuarterOfAllTakesAQuarterOfTheCalls)
         EXPECT_EQ(part.programs, 1u);
         EXPECT_LE(part.uniforms, whole.uniforms / Rows + 1);
     }
+}
+
+TEST_F(BatchCalls, AViewThatSeesATenthOfABatchDrawsAFifthOfItAtMost)
+{
+    Material& material = AddMaterial(Color(0.2f, 0.5f, 0.0f));
+    constexpr int count = 100;
+    for (int i = 0; i < count; ++i)
+    {
+        nodes.push_back(&AddRect(material, {9 * (i % 10), 6 * (i / 10), 6, 4}, 0.0f, i));
+    }
+    SteadyFrame(BatchUse::On);
+    constexpr std::int64_t rect = 6;
+    EXPECT_EQ(CountIndices(RecordFrame()), count * rect);
+    // Three columns and three rows.
+    LookAt(0.2f);
+    Draw();
+    const std::int64_t seen = CountIndices(RecordFrame());
+    EXPECT_GE(seen, 9 * rect);
+    EXPECT_LE(seen, count * rect / 5);
 }
 
 TEST_F(BatchCalls, WhatIsTooLargeForABatchIsLeftOutOfAViewOneByOne)
