@@ -59,7 +59,7 @@ ScreenBuffer* IdentifierStage::Resized(const PresentationFrame& frame, Identity 
     std::unique_ptr<ScreenBuffer>& buffer = m_buffers[static_cast<int>(identity)];
     if (!buffer)
     {
-        buffer = std::make_unique<ScreenBuffer>(RenderTargetProfileColorDepth);
+        buffer = std::make_unique<ScreenBuffer>(RenderTargetProfileColorDepth, ScreenBuffer::Depths::Offsets);
     }
     if (finer && !buffer->Resize(2 * frame.target.width, 2 * frame.target.height))
     {

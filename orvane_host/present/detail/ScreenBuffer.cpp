@@ -27,21 +27,6 @@ void DropErrors()
     }
 }
 
-/// Gives a depth texture 24 bits in place of as many as GL likes.
-///
-/// Mesa's software renderer makes 32 of them. A unit of a polygon offset is then a 256th of what depths worked out in
-/// float differ by, and faces in one plane that are kept apart by units show in turns.
-void HoldOffsets(GLuint depthTexture, int width, int height)
-{
-    if (depthTexture == 0)
-    {
-        return;
-    }
-    glBindTexture(GL_TEXTURE_2D, depthTexture);
-    glTexImage2D(GL_TEXTURE_2D, 0, GL_DEPTH_COMPONENT24, width, height, 0, GL_DEPTH_COMPONENT, GL_UNSIGNED_INT, nullptr);
-    glBindTexture(GL_TEXTURE_2D, 0);
-}
-
 } // namespace
 
 ScreenBuffer::~ScreenBuffer()
@@ -78,8 +63,22 @@ bool ScreenBuffer::Resize(int width, int height)
         DropErrors();
         return false;
     }
-    HoldOffsets(m_target.GetDepthTexture(), width, height);
+    if (m_depths == Depths::Offsets)
+    {
+        HoldOffsets();
+    }
     return true;
+}
+
+void ScreenBuffer::HoldOffsets()
+{
+    // Mesa's software renderer gives depths 32 bits where it is not asked for a number. A unit of a polygon offset
+    // is then a 256th of what depths worked out in float differ by, and faces in one plane that are kept apart by
+    // units show in turns.
+    glBindTexture(GL_TEXTURE_2D, m_target.GetDepthTexture());
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_DEPTH_COMPONENT24, m_width, m_height, 0, GL_DEPTH_COMPONENT, GL_UNSIGNED_INT,
+                 nullptr);
+    glBindTexture(GL_TEXTURE_2D, 0);
 }
 
 void ScreenBuffer::SmoothDepth(bool smooth)

@@ -9,8 +9,18 @@ namespace OV::Host::Detail
 class ScreenBuffer
 {
 public:
+    /// How finely a depth texture tells depths apart.
+    enum class Depths
+    {
+        Finest,  ///< as GL likes
+        Offsets, ///< so that a unit of a polygon offset counts
+    };
+
     /// Not GL.
-    explicit ScreenBuffer(eRenderTargetProfile profile) : m_target(profile) {}
+    explicit ScreenBuffer(eRenderTargetProfile profile, Depths depths = Depths::Finest) :
+        m_target(profile), m_depths(depths)
+    {
+    }
 
     /// GL if there are buffers.
     ~ScreenBuffer();
@@ -43,7 +53,10 @@ private:
         unsigned int GetFramebuffer() const { return framebuffer; }
     };
 
+    void HoldOffsets();
+
     Target m_target;
+    Depths m_depths;
     int m_width = 0;
     int m_height = 0;
     bool m_usable = false;

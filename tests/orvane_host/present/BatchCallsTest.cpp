@@ -7,6 +7,7 @@
 #include "orvane/scene/RawMesh.h"
 #include "orvane/scene/Scene.h"
 #include "tests/orvane_host/present/PresentationStage.h"
+#include "tests/orvane_host/present/SettingsDice.h"
 #include "tests/support/GLRecorder.h"
 
 #include <algorithm>
@@ -255,6 +256,57 @@ TEST_F(BatchCalls, AViewThatSeesATenthOfABatchDrawsAFifthOfItAtMost)
     const std::int64_t seen = CountIndices(RecordFrame());
     EXPECT_GE(seen, 9 * rect);
     EXPECT_LE(seen, count * rect / 5);
+}
+
+TEST_F(BatchCalls, NothingThatTouchesAViewIsLeftOut)
+{
+    constexpr int count = 400;
+    constexpr int extent = 600;
+    Dice dice(21);
+    Material* const materials[] = {&AddMaterial(Color(0.8f, 0.5f, 0.0f)), &AddMaterial(Color(0.2f, 0.9f, 0.0f))};
+    for (int i = 0; i < count; ++i)
+    {
+        const PixelRect rect{dice.Below(extent), dice.Below(extent), 3 + dice.Below(20), 3 + dice.Below(20)};
+        // Each at a height of its own.
+        nodes.push_back(&AddRect(*materials[i % 2], rect, 0.05f * static_cast<float>(i), i));
+    }
+    const auto walk = [&](BatchUse use) {
+        Dice steps(7);
+        std::vector<Picture> pictures;
+        for (MeshNode* const node : nodes)
+        {
+            node->SetLocal(Transform());
+        }
+        LookAt(1.0f);
+        renderer->SetBatches({use});
+        for (int step = 0; step < 400; ++step)
+        {
+            if (steps.Below(3) == 0)
+            {
+                // Into the view, out of it or along it, while that rests.
+                Transform place;
+                place.SetPosition(Vector(static_cast<float>(steps.Below(extent) - extent / 2), 0.0f, 0.0f));
+                nodes[static_cast<std::size_t>(steps.Below(count))]->SetLocal(place);
+            }
+            else
+            {
+                Transform place;
+                place.SetPosition(Vector(static_cast<float>(steps.Below(extent)), static_cast<float>(steps.Below(extent)),
+                                         100.0f));
+                Camera().SetLocal(place);
+                Camera().SetDistanceToTarget(10.0f + static_cast<float>(steps.Below(extent / 2)));
+            }
+            pictures.push_back(Draw());
+        }
+        return pictures;
+    };
+    const std::vector<Picture> expected = walk(BatchUse::Off);
+    const std::vector<Picture> actual = walk(BatchUse::On);
+    EXPECT_GT(renderer->CountBatches().pieces, std::size_t{count / 2});
+    for (std::size_t i = 0; i < expected.size(); ++i)
+    {
+        ExpectSame(actual[i], expected[i], ("step " + std::to_string(i)).c_str());
+    }
 }
 
 TEST_F(BatchCalls, WhatIsTooLargeForABatchIsLeftOutOfAViewOneByOne)
