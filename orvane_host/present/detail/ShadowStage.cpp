@@ -43,6 +43,11 @@ namespace
 /// ends in sight.
 constexpr double kLowest = 0.01;
 
+/// Edges of texels in pixels of the picture. Rims stay within 1.5 pixels, and looking them up takes less time
+/// than with texels of a pixel, since fewer of them lie in memory: 0.85 of the frame of a house.
+constexpr double kHardTexel = 1.4142135623730950;
+constexpr double kSoftTexel = 2.0;
+
 /// Parts of a map that are drawn, without the rest of it.
 class PartScope
 {
@@ -241,6 +246,7 @@ std::optional<SunView> ShadowStage::LayOut(const PresentationFrame& frame, const
     request.pixels = {frame.target.width, frame.target.height};
     GLint limit = 0;
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &limit);
+    request.texel = m_settings->soft ? kSoftTexel : kHardTexel;
     request.mostTexels = std::min(limit / 2, 4096);
     request.low = m_boxes.front().middle;
     request.high = m_boxes.front().middle;
