@@ -113,8 +113,8 @@ double SunHours::At(const SunSpot& spot) const
         if (between > 0.0 && isLit != wasLit)
         {
             // The sun's way is all but straight over so short a time.
-            Vector3d start = before->towardSun;
-            Vector3d end = moment.towardSun;
+            Vector3d start = Vector3d(before->towardSun).normalize();
+            Vector3d end = Vector3d(moment.towardSun).normalize();
             double change = 0.5;
             for (double half = 0.25; half >= kFinestShare; half *= 0.5)
             {
