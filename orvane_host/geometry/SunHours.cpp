@@ -26,6 +26,12 @@ using QGM::Vector3d;
 /// each other only where they are meant to.
 constexpr double kLiftShare = 1e-5;
 
+/// Of the time between two moments: how closely a change is looked for.
+constexpr double kFinestShare = 1.0 / 16.0;
+
+/// Of that time: how far hours may be from those of the moments alone. A trace less than all of it, for rounding.
+constexpr double kMostBeside = 0.999;
+
 /// Fewer are counted in less time than threads take to start.
 constexpr std::size_t kSpotsOfAThread = 64;
 
@@ -85,17 +91,46 @@ bool SunHours::IsShaded(const Point3d& from, const Vector3d& towardSun) const
                        });
 }
 
+bool SunHours::IsLit(const SunSpot& spot, const Point3d& from, const Vector3d& towardSun) const
+{
+    return Dot(spot.normal, towardSun) > 0.0 && !IsShaded(from, towardSun);
+}
+
 double SunHours::At(const SunSpot& spot) const
 {
     const Point3d from(spot.place.x + m_lift * spot.normal.x, spot.place.y + m_lift * spot.normal.y,
                        spot.place.z + m_lift * spot.normal.z);
     double hours = 0.0;
+    double beside = 0.0;
+    double longest = 0.0;
+    bool wasLit = false;
+    const SunMoment* before = nullptr;
     for (const SunMoment& moment : m_moments)
     {
-        const bool isFacing = Dot(spot.normal, moment.towardSun) > 0.0;
-        hours += isFacing && !IsShaded(from, moment.towardSun) ? moment.hours : 0.0;
+        const bool isLit = IsLit(spot, from, moment.towardSun);
+        hours += isLit ? moment.hours : 0.0;
+        const double between = before ? before->toNext : 0.0;
+        if (between > 0.0 && isLit != wasLit)
+        {
+            // The sun's way is all but straight over so short a time.
+            Vector3d start = Vector3d(before->towardSun).normalize();
+            Vector3d end = Vector3d(moment.towardSun).normalize();
+            double change = 0.5;
+            for (double half = 0.25; half >= kFinestShare; half *= 0.5)
+            {
+                const Vector3d middle = Vector3d(start.x + end.x, start.y + end.y, start.z + end.z).normalize();
+                const bool isAfter = IsLit(spot, from, middle) == wasLit;
+                (isAfter ? start : end) = middle;
+                change += isAfter ? half : -half;
+            }
+            // The moments had the change halfway.
+            beside += (wasLit ? change - 0.5 : 0.5 - change) * between;
+            longest = std::max(longest, between);
+        }
+        wasLit = isLit;
+        before = &moment;
     }
-    return hours;
+    return std::max(0.0, hours + std::clamp(beside, -kMostBeside * longest, kMostBeside * longest));
 }
 
 std::vector<float> SunHours::At(const std::vector<SunSpot>& spots) const

@@ -22,6 +22,7 @@ struct SunMoment
 {
     QGM::Vector3d towardSun; ///< world space, of any length above 0
     double hours = 0.0;      ///< that it stands for
+    double toNext = 0.0;     ///< hours to the next of the moments; 0 where the sun isn't followed to it
 };
 
 /// A place on a surface, in world space.
@@ -32,6 +33,10 @@ struct SunSpot
 };
 
 /// Counts how long the sun shines on places of a scene, without GL.
+///
+/// Where it shines at one moment and not at the next, the time between is halved again and again in search of
+/// the change, so that hours go up and down evenly along a surface: what is counted stays within the
+/// longest time between moments of what the moments alone come to.
 ///
 /// The sun shines on a place where it stands on the side of its normal and no triangle of what is
 /// drawn stands between the two. What is see-through as a whole (Material::GetOpacity below 1) and
@@ -53,6 +58,7 @@ public:
     double GetLift() const { return m_lift; }
 
 private:
+    bool IsLit(const SunSpot& spot, const QGM::Point3d& from, const QGM::Vector3d& towardSun) const;
     bool IsShaded(const QGM::Point3d& from, const QGM::Vector3d& towardSun) const;
     bool IsCutAway(const QGM::Point3d& place) const;
 

@@ -247,8 +247,9 @@ void Presentation::Impl::Draw(int newWidth, int newHeight, float newRatio)
 
 void Presentation::Impl::Hurry(bool hurry)
 {
-    const bool isOther = m_hurries != hurry && settings.glass.order == GlassOrder::Exact
-        && !World().GetAlphaMaterials().empty();
+    const bool isGlassOther = settings.glass.order == GlassOrder::Exact && !World().GetAlphaMaterials().empty();
+    const bool isShadowOther = settings.ground && m_contactShadow && m_isContactShadowStale;
+    const bool isOther = m_hurries != hurry && (isGlassOther || isShadowOther);
     m_hurries = hurry;
     m_isPictureChanged = m_isPictureChanged || isOther;
 }

@@ -48,6 +48,12 @@ bool Presentation::Impl::ReadSurroundings(const PresentationSettings& wanted, Br
     return true;
 }
 
+bool Presentation::Impl::KeepsContactShadow() const
+{
+    // It takes longer than the frames of a section that is dragged.
+    return m_hurries && !renderer->GetPart();
+}
+
 std::optional<Detail::Ground> Presentation::Impl::MakeGround()
 {
     if (!settings.ground)
@@ -69,8 +75,9 @@ std::optional<Detail::Ground> Presentation::Impl::MakeGround()
         // The sun tells where things stand.
         return ground;
     }
-    if (!m_contactShadow)
+    if (!m_contactShadow || (m_isContactShadowStale && !KeepsContactShadow()))
     {
+        m_isContactShadowStale = false;
         UpdateGlobals();
         // Lines cast none.
         const auto isShown = [this](const MeshNode& place, const Mesh& mesh)

@@ -285,7 +285,7 @@ void Presentation::Impl::UpdateScene(const Changes& changes)
     {
         CutSection();
         m_areNotesStale = true;
-        m_contactShadow.reset();
+        m_isContactShadowStale = true;
     }
     m_sunLight.GiveBack(World());
     if (changes.section || changes.materials)

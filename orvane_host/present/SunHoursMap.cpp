@@ -3,6 +3,7 @@
 #include "orvane_host/geometry/RayCaster.h"
 #include "orvane_host/present/PresentationRenderer.h"
 #include "orvane_host/present/detail/SectionPlanes.h"
+#include "orvane_host/present/detail/SunHoursMesh.h"
 #include "orvane_host/present/detail/SunMapStage.h"
 #include "orvane_host/sheet/ColorScale.h"
 #include "orvane_host/view/SceneFit.h"
@@ -27,11 +28,12 @@ namespace
 using QGM::Point3d;
 using QGM::Vector3d;
 
-/// Pieces of a map that is one rectangle, along its longer side.
-constexpr int kPiecesAcross = 160;
-/// Pieces that the faces of a node are to come to, and may come to at most.
-constexpr double kWantedPieces = 40000.0;
-constexpr std::size_t kMostPieces = 400000;
+/// Squares of a map of the ground, along its longer side.
+constexpr int kSquaresAcross = 128;
+/// Pieces that the faces of a node are to come to before those on rims are made smaller, and that a map
+/// may come to at most.
+constexpr double kWantedPieces = 30000.0;
+constexpr std::size_t kMostPieces = 300000;
 /// Of the scene's size: how far a map lies off what it is about, so that it is seen.
 constexpr double kOffShare = 5e-4;
 
@@ -45,16 +47,10 @@ Vector3d Cross(const Vector3d& a, const Vector3d& b)
     return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
 }
 
-Vector At(const Point3d& point, const Vector3d& normal, double off)
+/// Twice that of a triangle.
+double AreaOf(const Point3d (&corners)[3])
 {
-    return Vector(static_cast<float>(point.x + off * normal.x), static_cast<float>(point.y + off * normal.y),
-                  static_cast<float>(point.z + off * normal.z));
-}
-
-/// As long as twice the area of the triangle of the first three corners.
-Vector3d NormalOf(const Point3d (&corners)[4])
-{
-    return Cross(Between(corners[0], corners[1]), Between(corners[0], corners[2]));
+    return Cross(Between(corners[0], corners[1]), Between(corners[0], corners[2])).length();
 }
 
 double SizeOf(const Presentation::Box& box)
@@ -65,11 +61,10 @@ double SizeOf(const Presentation::Box& box)
 
 } // namespace
 
-/// A piece of a surface before its hours are known.
-struct SunHoursMap::Cell
+/// A triangle of a surface.
+struct SunHoursMap::Face : Detail::SunHoursMesh::Face
 {
-    Point3d corners[4];
-    int count;
+    Face(const Point3d& a, const Point3d& b, const Point3d& c) : Detail::SunHoursMesh::Face{{a, b, c}} {}
 };
 
 SunHoursMap::SunHoursMap(Presentation& presentation) : m_presentation(presentation)
@@ -81,7 +76,7 @@ SunHoursMap::~SunHoursMap()
     Hide();
 }
 
-std::vector<SunHoursMap::Cell> SunHoursMap::GroundCells() const
+std::vector<SunHoursMap::Face> SunHoursMap::FacesOfGround() const
 {
     const std::optional<Presentation::Box> box = m_presentation.GetModelBox();
     if (!box)
@@ -96,7 +91,7 @@ std::vector<SunHoursMap::Cell> SunHoursMap::GroundCells() const
     const double beyond = 0.5 * std::max({width, depth, height});
     const double across = width + 2.0 * beyond;
     const double along = depth + 2.0 * beyond;
-    const double piece = std::max(across, along) / kPiecesAcross;
+    const double piece = std::max(across, along) / kSquaresAcross;
     const auto pieces = [&](double length) { return std::max(1, static_cast<int>(std::lround(length / piece))); };
     const int columns = pieces(across);
     const int rows = pieces(along);
@@ -106,73 +101,65 @@ std::vector<SunHoursMap::Cell> SunHoursMap::GroundCells() const
         const double b = along * row / rows - beyond;
         return isUpY ? Point3d(a, box->low.y, box->high.z - b) : Point3d(a, box->low.y + b, box->low.z);
     };
-    std::vector<Cell> cells;
+    std::vector<Face> faces;
     for (int row = 0; row < rows; ++row)
     {
         for (int column = 0; column < columns; ++column)
         {
-            cells.push_back({{at(column, row), at(column + 1, row), at(column + 1, row + 1), at(column, row + 1)}, 4});
+            faces.emplace_back(at(column, row), at(column + 1, row), at(column + 1, row + 1));
+            faces.emplace_back(at(column, row), at(column + 1, row + 1), at(column, row + 1));
         }
     }
-    return cells;
+    return faces;
 }
 
-std::vector<SunHoursMap::Cell> SunHoursMap::CellsBelow(Node& node) const
+/// Halves triangles across their longest sides, which keeps them in shape, until none is longer than
+/// it takes for so many as are wanted. Sides that they share stay shared, since each that is too long is halved
+/// on both of its sides.
+std::vector<SunHoursMap::Face> SunHoursMap::Divide(const std::vector<Face>& faces)
 {
-    const std::vector<Cell> faces = FacesBelow(node);
     double area = 0.0;
-    for (const Cell& face : faces)
+    for (const Face& face : faces)
     {
-        area += NormalOf(face.corners).length() / 2.0;
+        area += AreaOf(face.corners) / 2.0;
     }
+    const std::size_t most = std::max(kMostPieces / 2, faces.size());
+    std::vector<Face> pieces;
     // Coarser, until there are few enough.
     for (double longest = std::sqrt(4.0 * area / kWantedPieces);; longest *= 1.5)
     {
-        const std::vector<Cell> cells = Divide(faces, longest);
-        if (cells.size() <= kMostPieces || cells.size() == faces.size())
+        pieces.clear();
+        std::vector<Face> pending = faces;
+        while (!pending.empty() && pieces.size() <= most)
         {
-            return cells;
-        }
-    }
-}
-
-/// Halves triangles across their longest sides, which keeps them in shape, until none is longer; stops
-/// early where there are too many.
-std::vector<SunHoursMap::Cell> SunHoursMap::Divide(const std::vector<Cell>& faces, double longest)
-{
-    std::vector<Cell> cells;
-    std::vector<Cell> pending;
-    for (const Cell& face : faces)
-    {
-        pending.push_back(face);
-        while (!pending.empty() && cells.size() <= std::max(kMostPieces, faces.size()))
-        {
-            Cell cell = pending.back();
+            const Face face = pending.back();
             pending.pop_back();
             const auto length = [&](int side)
-            { return Between(cell.corners[side], cell.corners[(side + 1) % 3]).length(); };
+            { return Between(face.corners[side], face.corners[(side + 1) % 3]).length(); };
             int side = length(1) > length(0) ? 1 : 0;
             side = length(2) > length(side) ? 2 : side;
             if (!(length(side) > longest))
             {
-                cells.push_back(cell);
+                pieces.push_back(face);
                 continue;
             }
-            const Point3d& a = cell.corners[side];
-            const Point3d& b = cell.corners[(side + 1) % 3];
-            const Point3d& opposite = cell.corners[(side + 2) % 3];
+            const Point3d& a = face.corners[side];
+            const Point3d& b = face.corners[(side + 1) % 3];
+            const Point3d& opposite = face.corners[(side + 2) % 3];
             const Point3d middle(0.5 * (a.x + b.x), 0.5 * (a.y + b.y), 0.5 * (a.z + b.z));
-            pending.push_back({{middle, b, opposite, {}}, 3});
-            pending.push_back({{a, middle, opposite, {}}, 3});
+            pending.emplace_back(middle, b, opposite);
+            pending.emplace_back(a, middle, opposite);
         }
-        pending.clear();
+        if (pending.empty())
+        {
+            return pieces;
+        }
     }
-    return cells;
 }
 
-std::vector<SunHoursMap::Cell> SunHoursMap::FacesBelow(Node& node) const
+std::vector<SunHoursMap::Face> SunHoursMap::FacesBelow(Node& node) const
 {
-    std::vector<Cell> faces;
+    std::vector<Face> faces;
     std::vector<Node*> pending{&node};
     while (!pending.empty())
     {
@@ -192,7 +179,7 @@ std::vector<SunHoursMap::Cell> SunHoursMap::FacesBelow(Node& node) const
     return faces;
 }
 
-void SunHoursMap::AddFaces(const Mesh& mesh, const QGM::Transf3d& global, std::vector<Cell>& faces)
+void SunHoursMap::AddFaces(const Mesh& mesh, const QGM::Transf3d& global, std::vector<Face>& faces)
 {
     const std::vector<Vector>& positions = mesh.GetPositionBuffer();
     const std::vector<unsigned short>& indices = mesh.GetIndices();
@@ -202,15 +189,16 @@ void SunHoursMap::AddFaces(const Mesh& mesh, const QGM::Transf3d& global, std::v
         {
             continue;
         }
-        Cell face{{}, 3};
+        Point3d corners[3];
         for (std::size_t k = 0; k < 3; ++k)
         {
             // What a mirror turns round shows its front as before.
             const Vector& p = positions[indices[i + (global.isMirror() ? 2 - k : k)]];
-            Point3d corner(p.x, p.y, p.z);
-            face.corners[k] = corner *= global;
+            corners[k] = Point3d(p.x, p.y, p.z);
+            corners[k] *= global;
         }
-        const double twice = NormalOf(face.corners).length();
+        const Face face(corners[0], corners[1], corners[2]);
+        const double twice = AreaOf(face.corners);
         if (twice > 0.0 && std::isfinite(twice))
         {
             faces.push_back(face);
@@ -234,9 +222,9 @@ bool SunHoursMap::Show(const SunStudyTimes& times, const std::string& surface, s
         error = "there is no node '" + surface + "' to count the hours of sun on";
         return false;
     }
-    const std::vector<Cell> pieces = isGround ? GroundCells() : CellsBelow(*node);
+    const std::vector<Face> faces = isGround ? FacesOfGround() : Divide(FacesBelow(*node));
     const std::optional<Presentation::Box> modelBox = m_presentation.GetModelBox();
-    if (pieces.empty() || !modelBox)
+    if (faces.empty() || !modelBox)
     {
         error = isGround ? "the model is empty; there is no ground to count the hours of sun on"
                          : "'" + surface + "' shows no faces to count the hours of sun on";
@@ -244,36 +232,20 @@ bool SunHoursMap::Show(const SunStudyTimes& times, const std::string& surface, s
     }
     const SunHours hours(m_presentation.GetScene(), *moments,
                          Detail::SectionPlanesOf(m_presentation.GetSettings().section));
-    const double off = kOffShare * SizeOf(*modelBox);
-    std::vector<Detail::SunMapCell> cells;
-    std::vector<SunSpot> spots;
-    for (const Cell& piece : pieces)
-    {
-        const Vector3d normal = NormalOf(piece.corners).normalize();
-        Detail::SunMapCell cell;
-        cell.count = piece.count;
-        Point3d sum;
-        for (int i = 0; i < piece.count; ++i)
-        {
-            const Point3d& corner = piece.corners[i];
-            cell.corners[i] = At(corner, normal, off);
-            sum = Point3d(sum.x + corner.x, sum.y + corner.y, sum.z + corner.z);
-        }
-        const double share = 1.0 / piece.count;
-        spots.push_back({Point3d(sum.x * share, sum.y * share, sum.z * share), normal});
-        cells.push_back(cell);
-    }
-    const std::vector<float> counted = hours.At(spots);
+    const Detail::SunHoursMesh map({faces.begin(), faces.end()}, hours, times.stepSeconds / 3600.0, kMostPieces);
     Hide();
     m_most = times.Hours();
-    m_box = {cells.front().corners[0], cells.front().corners[0]};
-    for (std::size_t i = 0; i < cells.size(); ++i)
+    for (const Detail::SunHoursMesh::Triangle& triangle : map.GetTriangles())
     {
-        m_pieces.push_back({spots[i], counted[i]});
-        cells[i].value = static_cast<float>(counted[i] / m_most);
-        for (int corner = 0; corner < cells[i].count; ++corner)
+        m_pieces.push_back({map.MiddleOf(triangle), triangle.hours});
+    }
+    const std::vector<Detail::SunMapCell> cells = map.Cells(kOffShare * SizeOf(*modelBox), m_most);
+    m_box = {cells.front().corners[0], cells.front().corners[0]};
+    for (const Detail::SunMapCell& cell : cells)
+    {
+        for (int corner = 0; corner < cell.count; ++corner)
         {
-            const Vector& p = cells[i].corners[corner];
+            const Vector& p = cell.corners[corner];
             m_box.low = Vector(std::min(m_box.low.x, p.x), std::min(m_box.low.y, p.y), std::min(m_box.low.z, p.z));
             m_box.high = Vector(std::max(m_box.high.x, p.x), std::max(m_box.high.y, p.y), std::max(m_box.high.z, p.z));
         }

@@ -19,12 +19,12 @@ class PresentationStage;
 /// The hours of sun on the ground under a presented model, or on a part of it, as a coloured map over
 /// the picture, with its scale.
 ///
-/// Each piece of the map has the colour of its middle. It shows what the scene was when it was made:
-/// make it anew after a change.
+/// Colours go evenly from piece to piece, and change at once along the rims of shadows, about which the
+/// pieces are smaller. It shows what the scene was when it was made: make it anew after a change.
 class SunHoursMap
 {
 public:
-    /// A piece of the map: SunHours tells the hours of its middle.
+    /// A triangle of the map: SunHours tells the hours of its middle.
     struct Piece
     {
         SunSpot middle;
@@ -63,13 +63,12 @@ public:
     double GetMostHours() const { return m_most; }
 
 private:
-    struct Cell;
+    struct Face;
 
-    std::vector<Cell> GroundCells() const;
-    std::vector<Cell> CellsBelow(Node& node) const;
-    std::vector<Cell> FacesBelow(Node& node) const;
-    static void AddFaces(const Mesh& mesh, const QGM::Transf3d& global, std::vector<Cell>& faces);
-    static std::vector<Cell> Divide(const std::vector<Cell>& faces, double longest);
+    std::vector<Face> FacesOfGround() const;
+    std::vector<Face> FacesBelow(Node& node) const;
+    static void AddFaces(const Mesh& mesh, const QGM::Transf3d& global, std::vector<Face>& faces);
+    static std::vector<Face> Divide(const std::vector<Face>& faces);
 
     Presentation& m_presentation;
     std::vector<Piece> m_pieces;

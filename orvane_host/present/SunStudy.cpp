@@ -28,6 +28,9 @@ constexpr int kSmallestCell = 48;
 /// Of the shorter side of the sheet, between pictures.
 constexpr int kGapShare = 200;
 
+/// Hours between moments over which the sun's way is all but straight.
+constexpr double kLongestFollowed = 3.0;
+
 constexpr const char* kForm = "it has to be FIRST/LAST/STEP, such as 2026-03-20T09:00+01:00/17:00/1h";
 
 /// "1h", "30m", "1h30m" or "30min"; 0 for anything else.
@@ -276,10 +279,15 @@ std::optional<std::vector<SunMoment>> SunStudy::MomentsOf(const Presentation& pr
             return std::nullopt;
         }
         const double share = (i > 0 ? 0.5 : 0.0) + (i + 1 < all.size() ? 0.5 : 0.0);
+        const double step = times.stepSeconds / 3600.0;
         if (state->direction)
         {
             const Vector& d = *state->direction;
-            moments.push_back({QGM::Vector3d(d.x, d.y, d.z), share * times.stepSeconds / 3600.0});
+            moments.push_back({QGM::Vector3d(d.x, d.y, d.z), share * step, step <= kLongestFollowed ? step : 0.0});
+        }
+        else if (!moments.empty())
+        {
+            moments.back().toNext = 0.0;
         }
     }
     return moments;

@@ -43,7 +43,7 @@ class SunStudy
 {
 public:
     /// The moments at which the sun is up, each with the hours that it stands for: a step, and half of
-    /// one at either end.
+    /// one at either end. Up to steps of three hours the sun is followed between them.
     /// @param error on failure one sentence. Untouched otherwise.
     static std::optional<std::vector<SunMoment>> MomentsOf(const Presentation& presentation,
                                                            const SunStudyTimes& times, std::string& error);

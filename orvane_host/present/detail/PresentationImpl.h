@@ -174,6 +174,7 @@ private:
     std::optional<PresentationRenderer::ShadowGround> ShadowGroundOfModel() const;
     void ReachShadows();
     void UpdateEdit();
+    bool KeepsContactShadow() const;
     std::optional<Detail::Ground> MakeGround();
     void UpdateHighlights();
     std::vector<const Node*> AllNodes() const;
@@ -216,6 +217,7 @@ private:
     bool m_isWatermarkLaid = false;
     std::shared_ptr<const Surroundings> m_surroundings;
     std::shared_ptr<const Detail::ContactShadow> m_contactShadow; ///< null until it is needed
+    bool m_isContactShadowStale = false; ///< the section has moved since
     std::unique_ptr<Sheet> m_sheet;
     std::unique_ptr<Notes> m_notes;
     std::vector<NodeLabel> m_labels;

@@ -32,8 +32,9 @@ SunMapStage::SunMapStage(const std::vector<SunMapCell>& cells) : m_scene(std::ma
 {
     auto* const material = new SimMaterial("map");
     material->flags = MaterialFlagUnlit | MaterialFlagNoCull;
-    material->rangeLower = 0.0f;
-    material->rangeUpper = 1.0f;
+    // A trace more than the values take, which are rounded between corners: what is out of the range is grey.
+    material->rangeLower = -0.01f;
+    material->rangeUpper = 1.01f;
     m_scene->AddMaterial(material);
     for (std::size_t first = 0; first < cells.size(); first += kCellsOfAMesh)
     {
@@ -55,8 +56,7 @@ void SunMapStage::AddMesh(const SunMapCell* cells, std::size_t count)
         for (int corner = 0; corner < cell.count; ++corner)
         {
             positions.push_back(cell.corners[corner]);
-            // The ends of the range belong to it: rounding must not lead out.
-            coordinates.emplace_back(std::clamp(cell.value, 0.0f, 1.0f), 0.0f);
+            coordinates.emplace_back(std::clamp(cell.values[corner], 0.0f, 1.0f), 0.0f);
         }
         for (int corner = 1; corner + 1 < cell.count; ++corner)
         {

@@ -17,12 +17,13 @@ class Scene;
 namespace OV::Host::Detail
 {
 
-/// A flat piece of a map in one colour, in world space: three corners, or four in a row about it.
+/// A flat piece of a map in world space: three corners, or four in a row about it, with colours
+/// between theirs.
 struct SunMapCell
 {
     Vector corners[4];
     int count = 4;
-    float value = 0.0f; ///< 0 to 1
+    float values[4] = {}; ///< of the corners, 0 to 1
 };
 
 /// Draws a map in the colours of scalar materials, unlit, over the surfaces.

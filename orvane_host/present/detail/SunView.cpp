@@ -20,9 +20,6 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 /// Texels around a part that filters may read.
 constexpr int kMargin = 4;
 
-/// Edge of a texel in pixels of the picture, at most where the map is large enough.
-constexpr double kFineness = 1.0;
-
 /// Light that comes in flat draws texels out on the ground: up to so much they are made finer.
 constexpr double kFlattest = 0.6;
 
@@ -187,7 +184,7 @@ SunView::SunView(const Request& request, const std::vector<CastBox>& casters)
     const glm::dvec2 pixel(2.0 / (request.pixels.x * glm::length(glm::dvec3(RowOf(request.worldToClip, 0)))),
                            2.0 / (request.pixels.y * glm::length(glm::dvec3(RowOf(request.worldToClip, 1)))));
     const double flat = std::clamp(std::abs(sun.y), kFlattest, 1.0);
-    const glm::dvec2 wanted = kFineness * std::min(pixel.x, pixel.y) * glm::dvec2(1.0, flat);
+    const glm::dvec2 wanted = request.texel * std::min(pixel.x, pixel.y) * glm::dvec2(1.0, flat);
     const int most = std::max(request.mostTexels, 64);
 
     Area whole;

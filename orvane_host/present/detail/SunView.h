@@ -21,11 +21,11 @@ struct CastBox
 /// Where the sun's light is followed to: the parts of a map of depths seen from the sun, each laid
 /// over what is seen of the scene at some distance from the eye, nearest first.
 ///
-/// Each part is a rectangle of as many texels as it takes for them to be finer than the pixels of
-/// the picture, up to a limit. Sizes of texels are steps of a ladder, and texels lie on a grid about
+/// Each part is a rectangle of as many texels as it takes for them to be as fine against the pixels of
+/// the picture as is wanted, up to a limit. Sizes of texels are steps of a ladder, and texels lie on a grid about
 /// the origin of the world, so that the same texels come again while the eye moves. Where one part of
-/// all that casts shadows is fine enough, it is the only one, and stays as it is. Lengths along the light are counted from what lies nearest to the sun, 0, to what lies
-/// farthest from it, 1.
+/// all that casts shadows is fine enough, it is the only one, and stays as it is. Lengths along the light
+/// are counted from what lies nearest to the sun, 0, to what lies farthest from it, 1.
 class SunView
 {
 public:
@@ -56,6 +56,7 @@ public:
         glm::dmat4 worldToClip{1.0};         ///< of the eye
         bool perspective = true;
         glm::ivec2 pixels{1};   ///< of the picture
+        double texel = 1.0;     ///< edge of one in pixels of the picture, at most where the map is large enough
         int mostTexels = 4096;  ///< of a side of a part that is alone, of which the map has at most two
         glm::dvec3 low{0.0};    ///< of the box of all that may catch shadows
         glm::dvec3 high{0.0};

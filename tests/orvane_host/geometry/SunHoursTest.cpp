@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <vector>
@@ -100,6 +101,45 @@ TEST_F(SunHoursScene, LetsTheSunThroughWhatIsSeeThroughHiddenOrCutAway)
     const SunHours beside(scene, kMoments, {{Vector(1, 0, 0), Vector(1, 0, 0)}});
     EXPECT_EQ(beside.At({{1.5, 0, 2}, kUp}), 1.75);
     EXPECT_EQ(beside.At({{0.5, 0, 2}, kUp}), 1.25);
+}
+
+TEST_F(SunHoursScene, FollowsTheSunBetweenMomentsWhereItIsTold)
+{
+    // The sun goes over the middle of the wall, from low in the west to low in the east. Before the wall
+    // its light arrives when it stands lower than the line to the wall's upper rim.
+    std::vector<SunMoment> moments;
+    std::vector<SunMoment> many;
+    constexpr int steps = 8;
+    constexpr int finer = 256;
+    const auto at = [](double angle) { return Vector3d(0, std::sin(angle), std::cos(angle)); };
+    for (int i = 0; i <= steps * finer; ++i)
+    {
+        const double share = i == 0 || i == steps * finer ? 0.5 : 1.0;
+        many.push_back({at(0.3 + 2.5 * i / (steps * finer)), share / finer});
+        if (i % finer == 0)
+        {
+            // Directions are of any length.
+            const Vector3d d = at(0.3 + 2.5 * i / (steps * finer));
+            moments.push_back({Vector3d(3 * i * d.x + d.x, 3 * i * d.y + d.y, 3 * i * d.z + d.z), share, 1.0});
+        }
+    }
+    const SunHours hours(scene, moments);
+    const SunHours fine(scene, many);
+    std::vector<SunMoment> still = moments;
+    for (SunMoment& moment : still)
+    {
+        moment.toNext = 0.0;
+    }
+    const SunHours coarse(scene, still);
+    double most = 0.0;
+    for (double z = -9.0; z <= 9.0; z += 0.37)
+    {
+        const SunSpot spot{{0, 0, z}, kUp};
+        EXPECT_NEAR(hours.At(spot), fine.At(spot), 0.07) << z;
+        EXPECT_LE(std::abs(hours.At(spot) - coarse.At(spot)), 1.0) << z;
+        most = std::max(most, std::abs(fine.At(spot) - coarse.At(spot)));
+    }
+    EXPECT_GT(most, 0.3) << "what the moments alone are off";
 }
 
 TEST_F(SunHoursScene, CountsManyPlacesAsItCountsEachOfThem)

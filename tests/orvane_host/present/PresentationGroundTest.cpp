@@ -217,6 +217,31 @@ TEST_F(PresentationGround, TheShadowFollowsWhatIsHiddenAndCut)
     ExpectSame(Redraw(), all, "whole again");
 }
 
+TEST_F(PresentationGround, TheShadowWaitsForTheEndOfAHurry)
+{
+    m_settings.ground->kind = GroundKind::ShadowCatcher;
+    m_settings.view.orthographic = true;
+    From(Vector(0, 20, 0.1f), Vector(0, -1.5f, 0));
+    const int x = BesideTheLeftBox();
+    const int before = Redraw().At(x, Height() / 2).r;
+    m_settings.section.planes = {{Vector(-1, 0, 0), Vector(0, 0, 0)}};
+    m_presentation->Hurry(true);
+    EXPECT_EQ(Redraw().At(x, Height() / 2).r, before) << "while the section moves";
+    EXPECT_FALSE(m_presentation->NeedsDraw());
+    std::string error;
+    std::vector<unsigned char> saved;
+    ASSERT_TRUE(m_presentation->TakePicture(saved, Width(), Height(), error)) << error;
+    const auto middle = static_cast<std::size_t>((Height() / 2 * Width() + x) * 4);
+    EXPECT_GT(saved[middle], before + 25) << "in a picture that is saved";
+
+    // What was saved tells nothing of the end of the next one.
+    m_settings.section.planes.clear();
+    EXPECT_GT(Redraw().At(x, Height() / 2).r, before + 25) << "while it moves back";
+    m_presentation->Hurry(false);
+    EXPECT_TRUE(m_presentation->NeedsDraw());
+    EXPECT_EQ(Draw(*m_presentation).At(x, Height() / 2).r, before) << "at rest";
+}
+
 TEST_F(PresentationGround, FogLiesOverItAsOverTheModel)
 {
     m_settings.background = Color(1, 0, 0);

@@ -128,11 +128,14 @@ TEST_F(SunStudyPicture, MomentsStandForTheirTimeWhileTheSunIsUp)
     EXPECT_EQ(day->front().hours, 0.5);
     EXPECT_EQ((*day)[1].hours, 1.0);
     EXPECT_EQ(day->back().hours, 0.5);
+    EXPECT_EQ(day->front().toNext, 1.0);
     EXPECT_GT(day->front().towardSun.x, 0.0) << "in the east";
     EXPECT_LT(day->back().towardSun.x, 0.0) << "in the west";
     const auto night = Host::SunStudy::MomentsOf(*presentation, Times("2026-12-21T00:00+01:00/23:00/1h"), error);
     ASSERT_TRUE(night) << error;
     EXPECT_EQ(night->size(), 7u) << "from 09:00 to 15:00";
+    EXPECT_EQ(night->front().toNext, 1.0);
+    EXPECT_EQ(night->back().toNext, 0.0) << "the sun has gone down";
     wanted.sun.reset();
     Apply(*presentation, wanted);
     EXPECT_FALSE(Host::SunStudy::MomentsOf(*presentation, Times("2026-03-20T09:00Z/17:00/1h"), error));

@@ -132,6 +132,30 @@ TEST(SunView, HasTexelsNoLargerThanPixelsOnASmallSite)
     EXPECT_GT(PixelsBetween(site.worldToClip, middle, across), 0.2);
 }
 
+TEST(SunView, TellsPixelsApartBesideAWallOfALargeSite)
+{
+    // The wall stands two metres before the eye.
+    const Site site(500.0);
+    const SunView view = site.See({6, 1.7, 0}, {4, 1.7, 0});
+    for (const glm::dvec3 place : {glm::dvec3(4, 1.7, 0), glm::dvec3(4, 2.2, 0.7), glm::dvec3(4, 1.1, -0.9)})
+    {
+        const auto tile = std::find_if(view.GetTiles().begin(), view.GetTiles().end(),
+                                       [&](const SunView::Tile& one) { return IsIn(one, place); });
+        ASSERT_NE(tile, view.GetTiles().end());
+        // The wall's own texels: along the light to the wall.
+        const glm::dmat3 toMap(tile->toMap);
+        const glm::dmat3 back = glm::inverse(toMap);
+        for (int axis = 0; axis < 2; ++axis)
+        {
+            const glm::dvec3 light = back[2];
+            const glm::dvec3 edge = back[axis] - light * (back[axis].x / light.x);
+            const double pixels = PixelsBetween(site.worldToClip, place, place + edge);
+            EXPECT_LE(pixels, 1.0);
+            EXPECT_GT(pixels, 0.1);
+        }
+    }
+}
+
 TEST(SunView, HasItsTexelsOnAGridThatStays)
 {
     const Site site(2000.0);
