@@ -100,13 +100,13 @@ LineEffect::SurfaceDepth LineDepthStage::DrawInto(PresentationFrame& frame, std:
     {
         // Without slopes, and first: what is drawn over them has its own.
         glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_FALSE);
-        frame.renderer.Draw(frame.cameraData, shaped, RenderPassDefault);
+        frame.renderer.DrawInPicture(frame, shaped, RenderPassDefault);
         glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
         SurfacePass::SetState();
     }
     {
         const EffectInPlace inPlace(plain, RenderPassDepthId, *m_effect, &m_replaced);
-        frame.renderer.Draw(frame.cameraData, plain, RenderPassDepthId);
+        frame.renderer.DrawInPicture(frame, plain, RenderPassDepthId);
     }
     target.EndCapture();
     return {target.GetDepthTexture(), target.GetColorTexture(), 0};

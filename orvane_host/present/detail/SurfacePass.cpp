@@ -47,7 +47,7 @@ void SurfacePass::Draw(PresentationFrame& frame, ScreenBuffer& buffer, unsigned 
         glDepthRange(0.0, frame.depthShare);
     }
     buffer.GetTarget().BeginCapture(clearMask);
-    frame.renderer.Draw(frame.cameraData, frame.items.Seen().surfaces, RenderPassDepthId);
+    frame.renderer.DrawInPicture(frame, frame.items.Seen().surfaces, RenderPassDepthId);
     buffer.GetTarget().EndCapture();
     if (asDepth)
     {

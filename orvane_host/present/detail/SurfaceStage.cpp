@@ -414,7 +414,7 @@ void SurfaceStage::DrawDepth(PresentationFrame& frame, const std::vector<RenderI
     {
         (SurfacePass::KnowsShapeOf(*item.style) ? m_part : m_shaped).push_back(item);
     }
-    frame.renderer.Draw(frame.cameraData, m_part, RenderPassDepthId);
+    frame.renderer.DrawInPicture(frame, m_part, RenderPassDepthId);
     DrawItems(frame, m_shaped, PassOfLook());
 }
 
@@ -453,7 +453,14 @@ void SurfaceStage::DrawItems(PresentationFrame& frame, const std::vector<RenderI
             shader->SetVertexColors(shared.isColored);
         }
         m_run.assign(begin, end);
-        frame.renderer.Draw(frame.cameraData, m_run, own);
+        if (dynamic_cast<const MaterialES20*>(m_run.front().style))
+        {
+            frame.renderer.DrawInPicture(frame, m_run, own);
+        }
+        else
+        {
+            frame.renderer.Draw(frame.cameraData, m_run, own);
+        }
         begin = end;
     }
     if (shader)
