@@ -6,7 +6,6 @@
 #include "orvane_host/context/HeadlessContext.h"
 #include "orvane_host/present/Presentation.h"
 
-#include <algorithm>
 #include <cstdint>
 
 namespace OV::RenderApp
@@ -18,32 +17,12 @@ namespace
 /// A larger picture is drawn in tiles alone.
 constexpr std::uint64_t MostBytesAtOnce = std::uint64_t(512) << 20;
 
-bool IsCaptured(const Options& options)
-{
-    return options.settings.antialiasing == Host::Antialiasing::Filter
-        || options.settings.antialiasing == Host::Antialiasing::Supersampling;
-}
-
 int BytesPerPixel(const Options& options, int samples)
 {
-    const int drawn = ScaleOf(options.settings) * ScaleOf(options.settings);
-    // Colour and depth of each sample, the resolved picture, its two copies and the file.
-    int bytes = 8 * std::max(samples, 1) + (samples > 1 ? 4 : 0) + 4 + 3 + 3;
-    bytes += IsCaptured(options) ? drawn * (4 + 4 + 4) : 0;
-    // Identifiers and their depth, finer where there are samples, and what is darkened.
-    const bool isSpiral = options.settings.occlusionLook.kind == Host::OcclusionKind::Spiral;
-    const bool identified = options.settings.edges || (options.settings.occlusion && isSpiral);
-    bytes += identified ? (4 + 2 + 4) * (options.settings.edges && samples > 1 ? 4 : drawn) : 0;
-    bytes += options.settings.occlusion && isSpiral ? 4 * drawn : 0;
-    // Faces and their depth, finer where there are samples, and what is hidden.
-    bytes += options.settings.occlusion && !isSpiral ? (4 + 2 + 4) * (samples > 1 ? 4 : drawn) + 4 * drawn : 0;
-    // Depth and slope of surfaces and of glass, what lines cover and its depth, and lines kept.
-    bytes += options.settings.lines ? 7 * 4 * drawn : 0;
-    // Three depths, a layer and two sums of glass, finer where there are samples.
-    const bool isLayered = options.settings.glass.order != Host::GlassOrder::Scene;
-    const bool isFine = options.settings.glass.order == Host::GlassOrder::Exact && samples > 1;
-    bytes += isLayered ? (3 * 4 + 4 + 2 * 8) * (isFine ? 4 : drawn) : 0;
+    // What is read of it, a copy and the file.
+    int bytes = Host::Presentation::BytesPerPixel(options.settings, samples) + 3 + 3;
     // What the sun sees, in about as many texels for each pixel.
+    const int drawn = ScaleOf(options.settings) * ScaleOf(options.settings);
     bytes += options.settings.shadows ? (4 + 2) * 4 * drawn : 0;
     // Numbers and their depth.
     bytes += options.pick ? 4 + 2 + 4 : 0;

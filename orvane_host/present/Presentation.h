@@ -307,6 +307,11 @@ public:
     /// @param most that GL has.
     static int SamplesFor(const PresentationSettings& settings, int most);
 
+    /// What GL takes by settings for each pixel of a picture that is drawn at once, about. What the sun
+    /// sees comes on top.
+    /// @param bits of a channel, 8 or 16.
+    static int BytesPerPixel(const PresentationSettings& settings, int samples, int bits = 8);
+
     /// What is seen nearest at a pixel of the last size, from the upper left corner. GL.
     std::optional<PickHit> Pick(int x, int y);
 

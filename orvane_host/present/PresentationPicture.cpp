@@ -245,6 +245,11 @@ int Presentation::SamplesFor(const PresentationSettings& settings, int most)
     return settings.samples.value_or(std::min(UsualSamples, most));
 }
 
+int Presentation::BytesPerPixel(const PresentationSettings& settings, int samples, int bits)
+{
+    return Detail::BytesPerPixel(settings, samples, bits);
+}
+
 bool Presentation::Impl::SavePicture(const std::string& path, const PictureOptions& options, PictureFacts& facts,
                                      std::string& error)
 {

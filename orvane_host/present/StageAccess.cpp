@@ -1,13 +1,75 @@
 #include "orvane_host/present/StageAccess.h"
 
+#include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/SceneRenderer.h"
 #include "orvane/effects/MaterialEffectES20.h"
 #include "orvane/imaging/TextureLoader.h"
+#include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/scene/Mesh.h"
 
+#include <GL/gl.h>
+
 namespace OV::Host
 {
+
+namespace
+{
+
+/// Draws with the camera of the whole picture, in a viewport of which a part lies on the target, for the
+/// length of a scope.
+///
+/// A camera of the part alone would give corners other numbers, which the rasteriser rounds in another way. It
+/// is left as it is where a viewport can't be so large.
+class WholeViewportScope
+{
+public:
+    explicit WholeViewportScope(PresentationFrame& frame) : m_frame(frame), m_part(frame.cameraData.GetPart())
+    {
+        if (m_part.scaleX == 1.0 && m_part.scaleY == 1.0)
+        {
+            return;
+        }
+        const PicturePart& part = frame.part;
+        GLint most[2] = {0, 0};
+        glGetIntegerv(GL_VIEWPORT, m_viewport);
+        glGetIntegerv(GL_MAX_VIEWPORT_DIMS, most);
+        // A target may be finer than the picture.
+        const int finer = m_viewport[2] / part.size.width;
+        m_isMoved = part.whole.width <= most[0] / finer && part.whole.height <= most[1] / finer;
+        if (m_isMoved)
+        {
+            SetPart(ViewPart());
+            glViewport(-part.x * finer, -part.y * finer, part.whole.width * finer, part.whole.height * finer);
+        }
+    }
+
+    ~WholeViewportScope()
+    {
+        if (m_isMoved)
+        {
+            SetPart(m_part);
+            glViewport(m_viewport[0], m_viewport[1], m_viewport[2], m_viewport[3]);
+        }
+    }
+
+    WholeViewportScope(const WholeViewportScope&) = delete;
+    WholeViewportScope& operator=(const WholeViewportScope&) = delete;
+
+private:
+    void SetPart(const ViewPart& part)
+    {
+        m_frame.cameraData.SetPart(part);
+        m_frame.cameraData.UpdateMVP(m_frame.view.width, m_frame.view.height, false);
+    }
+
+    PresentationFrame& m_frame;
+    ViewPart m_part;
+    GLint m_viewport[4] = {0, 0, 0, 0};
+    bool m_isMoved = false;
+};
+
+} // namespace
 
 EffectCache& StageAccess::GetEffects()
 {
@@ -74,6 +136,12 @@ void StageAccess::Upload()
 void StageAccess::Draw(CameraNodeES20& cameraData, const std::vector<RenderItemES20>& items, RenderPass pass)
 {
     m_renderer.RenderItemList(&cameraData, items, pass);
+}
+
+void StageAccess::DrawInPicture(PresentationFrame& frame, const std::vector<RenderItemES20>& items, RenderPass pass)
+{
+    const WholeViewportScope whole(frame);
+    m_renderer.RenderItemList(&frame.cameraData, items, pass);
 }
 
 bool StageAccess::PrepareScreen()

@@ -25,6 +25,8 @@ namespace OV::Host
 
 class SceneRenderer;
 
+struct PresentationFrame;
+
 /// What a stage may use of the renderer that draws its frame.
 class StageAccess
 {
@@ -70,6 +72,11 @@ public:
 
     /// Draws items in order. GL.
     void Draw(CameraNodeES20& cameraData, const std::vector<RenderItemES20>& items, RenderPass pass);
+
+    /// Draws surfaces of a frame's scene into a target that lies over the picture, or over its part that is
+    /// drawn, from its lower left corner to its upper right one. In a part they come to lie, to the bit,
+    /// where they lie in the whole, as far as GL's viewports reach. GL.
+    void DrawInPicture(PresentationFrame& frame, const std::vector<RenderItemES20>& items, RenderPass pass);
 
     /// Makes what DrawOverScreen draws with, if there is none yet, to be uploaded. GL.
     /// @return false where it can't be had.

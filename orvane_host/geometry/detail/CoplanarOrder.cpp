@@ -184,6 +184,9 @@ private:
         return a != b && m_solids[a].family != m_solids[b].family;
     }
 
+    /// Of an open surface they are seen as soon as a host asks for backs; those of closed ones never are.
+    static bool MayShowBacks(const PlacedSolid& solid) { return solid.showsBacks || solid.thickness <= 0.0; }
+
     /// Finds the faces that come near another solid.
     bool Gather(const SolidFaces& faces)
     {
@@ -195,9 +198,14 @@ private:
         }
         const BoxSearch search(boxes);
         bool isRoom = true;
+        std::size_t comparisons = 0;
         for (std::uint32_t solid = 0; solid < m_solids.size() && isRoom; ++solid)
         {
-            const auto meetsNone = [&](std::uint32_t other) { return !MayFight(solid, other); };
+            // Of a family whose boxes all meet, each is looked at from each.
+            const auto meetsNone = [&](std::uint32_t other) {
+                isRoom = ++comparisons <= m_limits.comparisons;
+                return isRoom && !MayFight(solid, other);
+            };
             if (search.Each(boxes[solid], meetsNone))
             {
                 continue;
@@ -208,7 +216,7 @@ private:
                 {
                     return;
                 }
-                isRoom = m_faces.size() < m_limits.faces;
+                isRoom = isRoom && m_faces.size() < m_limits.faces;
                 m_faces.push_back(face);
             });
         }
@@ -245,7 +253,7 @@ private:
     void Note(const Face& a, const Face& b)
     {
         const double facing = Dot(a.normal, b.normal);
-        const bool isSeen = facing > 0.0 || m_solids[a.solid].showsBacks || m_solids[b.solid].showsBacks;
+        const bool isSeen = facing > 0.0 || MayShowBacks(m_solids[a.solid]) || MayShowBacks(m_solids[b.solid]);
         // What is no plane of both is told apart by the distances of corners; this only saves work.
         constexpr double nearlyOne = 0.99;
         if (!isSeen || std::abs(facing) < nearlyOne)

@@ -18,7 +18,7 @@ struct PlacedSolid
 {
     Box box = {};             ///< around all of its faces
     double thickness = 0.0;   ///< of an open surface 0
-    bool showsBacks = false;  ///< whether its faces are seen from behind too
+    bool showsBacks = false;  ///< whether its faces are seen from behind too, though it is no open surface
     std::uint32_t family = 0; ///< those of one family look the same where they overlap, and need no order
 };
 
@@ -39,15 +39,16 @@ constexpr std::uint8_t kMostRank = 15;
 struct CoplanarLimits
 {
     std::size_t faces = 2'000'000;        ///< near the boxes of other solids
-    std::size_t comparisons = 50'000'000; ///< of two faces
+    std::size_t comparisons = 50'000'000; ///< of two faces, and of boxes about them
 };
 
 /// Hands each face of a solid, by the solid's number, to a function. Faces are seen from where their corners go
 /// round counter-clockwise.
 using SolidFaces = std::function<void(std::uint32_t, const std::function<void(const FaceCorners&)>&)>;
 
-/// Orders solids that have faces in one plane, looking one way, of which parts lie in the same place: there the
-/// depths are the same but for rounding, and what is seen would differ from pixel to pixel.
+/// Orders solids that have faces in one plane of which parts lie in the same place: there the depths are the same but
+/// for rounding, and what is seen would differ from pixel to pixel. Faces that look opposite ways count only where
+/// the back of one may be seen.
 ///
 /// The thinner solid lies before the other, so that a board before a wall and a picture before a board
 /// is seen; of two as thick the later one. That is one order for all, so that no ring of solids, each before the

@@ -141,6 +141,7 @@ private:
     void Place()
     {
         std::vector<std::optional<Detail::Box>> boxes(m_model.meshes.size());
+        std::vector<std::size_t> lastNodes(m_model.meshes.size(), m_model.nodes.size());
         Detail::Box whole = {{1, 1, 1}, {-1, -1, -1}};
         double reach = 0.0;
         for (std::size_t node = 0; node < m_model.nodes.size(); ++node)
@@ -149,10 +150,10 @@ private:
             for (std::size_t slot = 0; slot < meshes.size(); ++slot)
             {
                 const std::uint32_t mesh = meshes[slot];
-                const bool isRepeated = std::find(meshes.begin(), meshes.begin() + std::ptrdiff_t(slot), mesh)
-                    != meshes.begin() + std::ptrdiff_t(slot);
-                if (mesh >= m_model.meshes.size() || isRepeated || m_model.meshes[mesh].kind != PrimitiveKind::Triangles)
+                if (mesh >= m_model.meshes.size() || m_model.meshes[mesh].kind != PrimitiveKind::Triangles
+                    || std::exchange(lastNodes[mesh], node) == node)
                 {
+                    // Among others one that the node shows twice.
                     continue;
                 }
                 if (!boxes[mesh])
@@ -286,13 +287,22 @@ private:
                 pieces[{placement.node, placement.slot}].push_back(PieceOf(placement.mesh, rank, parts));
             }
         }
-        for (auto piece = pieces.rbegin(); piece != pieces.rend(); ++piece)
+        for (auto piece = pieces.begin(); piece != pieces.end();)
         {
-            // The later slots of a node come first, so that the others stay where they are.
-            std::vector<std::uint32_t>& meshes = m_model.nodes[piece->first.first].meshes;
-            const auto at = meshes.begin() + std::ptrdiff_t(piece->first.second);
-            *at = piece->second.front();
-            meshes.insert(at + 1, piece->second.begin() + 1, piece->second.end());
+            const std::size_t node = piece->first.first;
+            std::vector<std::uint32_t>& meshes = m_model.nodes[node].meshes;
+            std::vector<std::uint32_t> divided;
+            for (std::size_t slot = 0; slot < meshes.size(); ++slot)
+            {
+                if (piece == pieces.end() || piece->first != std::pair(node, slot))
+                {
+                    divided.push_back(meshes[slot]);
+                    continue;
+                }
+                divided.insert(divided.end(), piece->second.begin(), piece->second.end());
+                ++piece;
+            }
+            meshes = std::move(divided);
         }
         CountDropped();
     }

@@ -1,7 +1,7 @@
 #include "orvane_host/present/detail/FarthestEffect.h"
 
 #include "orvane_host/present/shaders/FarthestEffect.frag.h"
-#include "orvane_host/present/shaders/FarthestEffect.vert.h"
+#include "orvane_host/present/shaders/ScreenEffect.vert.h"
 
 namespace OV::Host::Detail
 {
@@ -29,7 +29,7 @@ constexpr IndexedName kUniforms[] = {
 static_assert(IsDense(kUniforms));
 
 constexpr ProgramTemplate kTemplate = {
-    "FarthestEffect", Shaders::FarthestEffectVert, Shaders::FarthestEffectFrag, kOptions, kUniforms, ScreenAttributes,
+    "FarthestEffect", Shaders::ScreenEffectVert, Shaders::FarthestEffectFrag, kOptions, kUniforms, ScreenAttributes,
 };
 
 } // namespace

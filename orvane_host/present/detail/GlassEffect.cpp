@@ -1,7 +1,7 @@
 #include "orvane_host/present/detail/GlassEffect.h"
 
 #include "orvane_host/present/shaders/GlassEffect.frag.h"
-#include "orvane_host/present/shaders/GlassEffect.vert.h"
+#include "orvane_host/present/shaders/ScreenEffect.vert.h"
 
 namespace OV::Host::Detail
 {
@@ -28,7 +28,7 @@ constexpr OptionRow kOptions[] = {
 };
 
 constexpr ProgramTemplate kTemplate = {
-    "GlassEffect", Shaders::GlassEffectVert, Shaders::GlassEffectFrag, kOptions, kUniforms, ScreenAttributes,
+    "GlassEffect", Shaders::ScreenEffectVert, Shaders::GlassEffectFrag, kOptions, kUniforms, ScreenAttributes,
 };
 
 } // namespace

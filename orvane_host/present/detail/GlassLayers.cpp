@@ -204,7 +204,8 @@ void GlassLayers::Begin(Framebuffer into, float depth) const
     glClearDepth(1.0);
 }
 
-void GlassLayers::Gather(PresentationFrame& frame, LightShare* light, const Drawing& solid, const Drawing& glass)
+void GlassLayers::Gather(PresentationFrame& frame, LightShare* light, unsigned int solidDepth, const Drawing& solid,
+                         const Drawing& glass)
 {
     if (!m_effect)
     {
@@ -213,12 +214,13 @@ void GlassLayers::Gather(PresentationFrame& frame, LightShare* light, const Draw
     {
         const OffscreenScope offscreen(frame);
         glViewport(0, 0, m_size.width, m_size.height);
-        Begin(IntoSolid, 1.0f);
+        if (solidDepth == 0)
         {
+            Begin(IntoSolid, 1.0f);
             const DepthOnlyScope depthOnly;
             solid();
         }
-        BindAt(GlassShare::SolidUnit, m_textures[Solid]);
+        BindAt(GlassShare::SolidUnit, solidDepth != 0 ? solidDepth : m_textures[Solid]);
         frame.usedUnits[GlassShare::SolidUnit] = true;
         frame.usedUnits[GlassShare::LastUnit] = true;
         // Before the first layer lies nothing.

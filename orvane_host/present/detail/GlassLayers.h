@@ -37,9 +37,11 @@ public:
 
     /// Puts the layers of a frame together, after Prepare, in a frame that is served. What is bound stays. GL.
     /// @param light in force, or null.
+    /// @param solidDepth of what hides glass, a texture of Size(); 0 where that is yet to be drawn.
     /// @param solid draws what hides glass.
     /// @param glass draws the surfaces.
-    void Gather(PresentationFrame& frame, LightShare* light, const Drawing& solid, const Drawing& glass);
+    void Gather(PresentationFrame& frame, LightShare* light, unsigned int solidDepth, const Drawing& solid,
+                const Drawing& glass);
 
     /// Lays them over the picture. GL.
     void Lay(PresentationFrame& frame);

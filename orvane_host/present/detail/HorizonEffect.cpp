@@ -1,7 +1,7 @@
 #include "orvane_host/present/detail/HorizonEffect.h"
 
 #include "orvane_host/present/shaders/HorizonEffect.frag.h"
-#include "orvane_host/present/shaders/HorizonEffect.vert.h"
+#include "orvane_host/present/shaders/ScreenEffect.vert.h"
 
 #include <GL/gl.h>
 
@@ -69,7 +69,7 @@ constexpr IndexedName kUniforms[] = {
 static_assert(IsDense(kUniforms));
 
 constexpr ProgramTemplate kTemplate = {
-    "HorizonEffect", Shaders::HorizonEffectVert, Shaders::HorizonEffectFrag, kOptions, kUniforms, ScreenAttributes,
+    "HorizonEffect", Shaders::ScreenEffectVert, Shaders::HorizonEffectFrag, kOptions, kUniforms, ScreenAttributes,
 };
 
 enum TextureUnit : int

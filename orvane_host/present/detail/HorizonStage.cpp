@@ -116,7 +116,7 @@ void HorizonStage::DrawSurfaces(PresentationFrame& frame, ScreenBuffer& buffer,
     glDisable(GL_DITHER);
     glDepthRange(0.0, 1.0);
     buffer.GetTarget().BeginCapture(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    frame.renderer.Draw(frame.cameraData, surfaces, RenderPassDepthId);
+    frame.renderer.DrawInPicture(frame, surfaces, RenderPassDepthId);
     buffer.GetTarget().EndCapture();
     glDepthRange(frame.depthRange[0], frame.depthRange[1]);
 }

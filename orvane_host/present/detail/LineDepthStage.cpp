@@ -5,9 +5,7 @@
 #include "orvane_host/present/detail/ScreenBuffer.h"
 #include "orvane_host/present/detail/SlopeEffect.h"
 #include "orvane_host/present/detail/SurfacePass.h"
-#include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshStyleES20.h"
-#include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/Scene.h"
 
@@ -18,20 +16,6 @@
 
 namespace OV::Host::Detail
 {
-
-namespace
-{
-
-/// What the pass of identifiers doesn't know the shape of.
-bool HasShape(MeshStyleES20& style)
-{
-    const auto* const data = dynamic_cast<const MaterialES20*>(&style);
-    const Material* const material = data ? data->GetMaterial() : nullptr;
-    return !style.GetShader(RenderPassDepthId)
-        || (material && ((material->GetFlags() & MaterialFlagPoints) != 0 || data->GetOpacityMapID() != 0));
-}
-
-} // namespace
 
 LineDepthStage::LineDepthStage() = default;
 
@@ -88,39 +72,13 @@ void LineDepthStage::Sort(const FrameItems& items)
         if (item.style != style)
         {
             style = item.style;
-            isShaped = HasShape(*item.style);
+            isShaped = !SurfacePass::KnowsShapeOf(*item.style);
         }
         const bool isOpaque = i < items.firstLine;
         if (isOpaque || !isShaped)
         {
             (!isOpaque ? m_seeThrough : isShaped ? m_shaped : m_opaque).push_back(item);
         }
-    }
-}
-
-void LineDepthStage::UseEffect(const std::vector<RenderItemES20>& items)
-{
-    const MeshStyleES20* last = nullptr;
-    m_replaced.clear();
-    for (const RenderItemES20& item : items)
-    {
-        auto* const material = item.style == last ? nullptr : dynamic_cast<MaterialES20*>(item.style);
-        last = item.style;
-        if (material)
-        {
-            EffectES20*& slot = material->passEffects[RenderPassDepthId];
-            m_replaced.emplace_back(&slot, slot);
-            slot = m_effect.get();
-        }
-    }
-}
-
-void LineDepthStage::PutEffectsBack()
-{
-    // Backwards: a style that is listed twice was replaced twice.
-    for (auto it = m_replaced.rbegin(); it != m_replaced.rend(); ++it)
-    {
-        *it->first = it->second;
     }
 }
 
@@ -142,13 +100,14 @@ LineEffect::SurfaceDepth LineDepthStage::DrawInto(PresentationFrame& frame, std:
     {
         // Without slopes, and first: what is drawn over them has its own.
         glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_FALSE);
-        frame.renderer.Draw(frame.cameraData, shaped, RenderPassDefault);
+        frame.renderer.DrawInPicture(frame, shaped, RenderPassDefault);
         glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
         SurfacePass::SetState();
     }
-    UseEffect(plain);
-    frame.renderer.Draw(frame.cameraData, plain, RenderPassDepthId);
-    PutEffectsBack();
+    {
+        const EffectInPlace inPlace(plain, RenderPassDepthId, *m_effect, &m_replaced);
+        frame.renderer.DrawInPicture(frame, plain, RenderPassDepthId);
+    }
     target.EndCapture();
     return {target.GetDepthTexture(), target.GetColorTexture(), 0};
 }

@@ -2,12 +2,12 @@
 
 #include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/PresentationStage.h"
+#include "orvane_host/present/detail/EffectInPlace.h"
 #include "orvane_host/present/detail/LineEffect.h"
 #include "orvane_host/present/detail/LineRoom.h"
 #include "orvane/renderdata/RenderItemES20.h"
 
 #include <memory>
-#include <utility>
 #include <vector>
 
 namespace OV::Host::Detail
@@ -55,8 +55,6 @@ private:
                                       const std::vector<RenderItemES20>& shaped,
                                       const std::vector<RenderItemES20>& plain);
 
-    void UseEffect(const std::vector<RenderItemES20>& items);
-    void PutEffectsBack();
     void FindFarthest(PresentationFrame& frame);
 
     bool m_surfacesShown = true;
@@ -79,7 +77,7 @@ private:
     std::vector<RenderItemES20> m_seeThrough;
     std::vector<RenderItemES20> m_shaped; ///< opaque ones with a shape of their own: points, holes
     const std::vector<RenderItemES20> m_none;
-    std::vector<std::pair<EffectES20**, EffectES20*>> m_replaced;
+    EffectInPlace::Replaced m_replaced;
 };
 
 } // namespace OV::Host::Detail

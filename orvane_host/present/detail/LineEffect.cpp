@@ -186,10 +186,10 @@ float LineEffect::ReachOf(const Pen& pen)
     return std::max(pen.halfWidth, pen.hiddenHalfWidth) + 1.0f;
 }
 
-std::array<float, 2> LineEffect::GuardOf(const View& view, const Pen& pen)
+std::array<float, 2> LineEffect::GuardOf(const PixelSize& whole, float reach)
 {
-    const float reach = 4.0f * ReachOf(pen);
-    return {1.0f + reach / static_cast<float>(view.whole.width), 1.0f + reach / static_cast<float>(view.whole.height)};
+    const float about = 4.0f * reach;
+    return {1.0f + about / static_cast<float>(whole.width), 1.0f + about / static_cast<float>(whole.height)};
 }
 
 void LineEffect::Apply(const LineStyle& style, const Pen& pen, CameraNodeES20& camera, bool core)
@@ -207,9 +207,10 @@ void LineEffect::Apply(const LineStyle& style, const Pen& pen, CameraNodeES20& c
     Set(UniformPart, m_view.x, m_view.y, static_cast<float>(m_view.target.width), static_cast<float>(m_view.target.height));
     Set(UniformOrigin, m_view.x, m_view.y);
     Set(UniformSize, static_cast<float>(m_view.target.width), static_cast<float>(m_view.target.height));
-    const std::array<float, 2> guard = GuardOf(m_view, pen);
+    const float reach = ReachOf(pen);
+    const std::array<float, 2> guard = GuardOf(m_view.whole, reach);
     Set(UniformGuard, guard[0], guard[1]);
-    Set(UniformReach, ReachOf(pen));
+    Set(UniformReach, reach);
     Set(UniformHalfWidth, pen.halfWidth);
     Set(UniformSmooth, pen.isSmooth ? 1 : 0);
     Set(UniformDash, pen.dashes.period, pen.dashes.length);

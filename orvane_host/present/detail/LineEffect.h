@@ -93,8 +93,8 @@ public:
     /// Pixels about a line that its pixels are looked for in.
     static float ReachOf(const Pen& pen);
 
-    /// How far segments are followed, in normalised device coordinates.
-    static std::array<float, 2> GuardOf(const View& view, const Pen& pen);
+    /// How far segments are followed, in normalised device coordinates. @param whole see View.
+    static std::array<float, 2> GuardOf(const PixelSize& whole, float reach);
 
 private:
     void SetOffset(const LineStyle& style, CameraNodeES20& camera);

@@ -1,7 +1,7 @@
 #include "orvane_host/present/detail/LineLayEffect.h"
 
 #include "orvane_host/present/shaders/LineLayEffect.frag.h"
-#include "orvane_host/present/shaders/LineLayEffect.vert.h"
+#include "orvane_host/present/shaders/ScreenEffect.vert.h"
 
 namespace OV::Host::Detail
 {
@@ -33,7 +33,7 @@ constexpr IndexedName kUniforms[] = {
 static_assert(IsDense(kUniforms));
 
 constexpr ProgramTemplate kTemplate = {
-    "LineLayEffect", Shaders::LineLayEffectVert, Shaders::LineLayEffectFrag, kOptions, kUniforms, ScreenAttributes,
+    "LineLayEffect", Shaders::ScreenEffectVert, Shaders::LineLayEffectFrag, kOptions, kUniforms, ScreenAttributes,
 };
 
 } // namespace

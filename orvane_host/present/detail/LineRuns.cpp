@@ -194,8 +194,7 @@ void LineRuns::Fill(const Entry& entry)
     const LineShape& shape = entry.line->GetShape();
     const std::vector<Vector>& positions = entry.line->GetMesh()->GetRawMesh()->positions;
     m_values.resize(entry.offset + shape.CountPoints() * kVertices * kFloats, 0.0f);
-    const std::array<float, 2> guard = {1.0f + 4.0f * entry.reach / static_cast<float>(m_view.whole.width),
-                                        1.0f + 4.0f * entry.reach / static_cast<float>(m_view.whole.height)};
+    const std::array<float, 2> guard = LineEffect::GuardOf(m_view.whole, entry.reach);
     double run = 0.0;
     for (const LineShape::Segment& segment : shape.GetSegments())
     {

@@ -93,6 +93,11 @@ bool LineStage::IsActive() const
     return m_depth.IsReady();
 }
 
+unsigned int LineStage::GetSolidDepth() const
+{
+    return m_depth.GetDepth().depth;
+}
+
 LineEffect::Pen LineStage::PenOf(const LineStyle& style, float scale) const
 {
     LineEffect::Pen pen;

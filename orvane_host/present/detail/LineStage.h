@@ -42,6 +42,9 @@ public:
     /// Whether the lines of this frame are drawn here.
     bool IsActive() const;
 
+    /// Of the opaque surfaces of this frame, as large as the target; 0 where there are none. A texture.
+    unsigned int GetSolidDepth() const;
+
     /// Draws what is seen through glass, before that is drawn. GL.
     void DrawThroughGlass(PresentationFrame& frame);
 

@@ -11,7 +11,9 @@ namespace OV::Host::Detail
 namespace
 {
 
-/// Of the buffers of a tile, and of the rows of a picture that wait for their tiles.
+/// Of the buffers of a picture that is drawn at once, of those of a tile, and of the rows of a picture that
+/// wait for their tiles. At once is better: a rasteriser rounds in another way in a tile.
+constexpr std::int64_t MostWholeBytes = 640 << 20;
 constexpr std::int64_t MostTileBytes = 320 << 20;
 constexpr std::int64_t MostRowBytes = 160 << 20;
 
@@ -39,14 +41,15 @@ int CountOf(int whole, int kept)
     return (whole + kept - 1) / kept;
 }
 
-/// Of what is drawn for a pixel of a tile.
-std::int64_t BytesPerPixel(const PresentationSettings& settings, int samples, int bits)
+} // namespace
+
+int BytesPerPixel(const PresentationSettings& settings, int samples, int bits)
 {
     const bool isFiner = settings.antialiasing == Antialiasing::Supersampling;
     const int drawn = isFiner ? 4 : 1;
     const int color = bits / 2;
     // Colour and depth of each sample, what they are resolved into, and what is read.
-    std::int64_t bytes = (color + 4) * std::max(samples, 1) + (samples > 1 ? color : 0) + color;
+    int bytes = (color + 4) * std::max(samples, 1) + (samples > 1 ? color : 0) + color;
     bytes += isFiner || settings.antialiasing == Antialiasing::Filter ? drawn * (4 + 4 + 4) : 0;
     // Identifiers and their depth, finer where there are samples, and what is darkened.
     const bool isSpiral = settings.occlusion && settings.occlusionLook.kind == OcclusionKind::Spiral;
@@ -63,8 +66,6 @@ std::int64_t BytesPerPixel(const PresentationSettings& settings, int samples, in
     bytes += isLayered ? (3 * 4 + 4 + 2 * 8) * (isFine ? 4 : drawn) : 0;
     return bytes;
 }
-
-} // namespace
 
 PictureTiles::PictureTiles(const PixelSize& whole, const PixelSize& most, int margin) :
     m_whole(whole), m_kept{KeptOf(whole.width, most.width, UpToStep(margin)),
@@ -100,11 +101,12 @@ PixelSize PictureTiles::GetLargest() const
 PixelSize TileSizeFor(const PresentationSettings& settings, const PixelSize& whole, int samples, int bits,
                       const PixelSize& limit, int longest)
 {
-    const std::int64_t pixels = MostTileBytes / BytesPerPixel(settings, samples, bits);
+    const std::int64_t bytes = BytesPerPixel(settings, samples, bits);
+    const std::int64_t pixels = MostTileBytes / bytes;
     const std::int64_t rows = MostRowBytes / (static_cast<std::int64_t>(whole.width) * bits / 2);
     const int side = longest > 0 ? longest : std::max(limit.width, limit.height);
     PixelSize size;
-    if (static_cast<std::int64_t>(whole.width) * whole.height <= pixels)
+    if (static_cast<std::int64_t>(whole.width) * whole.height <= MostWholeBytes / bytes)
     {
         size = whole;
     }

@@ -53,6 +53,9 @@ private:
     int m_rows = 1;
 };
 
+/// What GL takes for each pixel that is drawn of a picture, about. What the sun sees comes on top.
+int BytesPerPixel(const PresentationSettings& settings, int samples, int bits);
+
 /// The size of tiles that keeps drawing a picture within some hundred megabytes.
 /// @param limit of a side, of GL.
 /// @param longest side, or 0.

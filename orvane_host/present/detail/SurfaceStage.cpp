@@ -11,6 +11,7 @@
 #include "orvane_host/present/detail/SampleShadingScope.h"
 #include "orvane_host/present/detail/ShadowStage.h"
 #include "orvane_host/present/detail/StrokeEffect.h"
+#include "orvane_host/present/detail/SurfacePass.h"
 #include "orvane/effects/AdvancedMaterialBaseES20.h"
 #include "orvane/effects/BasicMaterialEffectES20.h"
 #include "orvane/math/Transform.h"
@@ -378,9 +379,13 @@ bool SurfaceStage::DrawLayers(PresentationFrame& frame)
     };
     // They come first, while draw IDs are as they were.
     m_lineSetup.Begin(frame.renderer.GetEffects(), m_layers.Size(), frame.screen);
-    const auto drawSolids = [&] { drawAgain(m_solids); };
+    const unsigned int solidDepth =
+        linesElsewhere && m_layers.Size() == frame.target ? m_lineStage->GetSolidDepth() : 0;
+    const auto drawSolids = [&] { DrawDepth(frame, m_solids); };
     const auto drawPanes = [&] { drawAgain(m_panes); };
-    m_layers.Gather(frame, EffectES20::GetLightShare(), drawSolids, drawPanes);
+    // With room a wall would hide glass by half a pixel less than its colours do.
+    m_lineRoom.Without(m_solids, m_panes, [&]
+                       { m_layers.Gather(frame, EffectES20::GetLightShare(), solidDepth, drawSolids, drawPanes); });
     m_lineSetup.Begin(frame.renderer.GetEffects(), frame.target, frame.screen);
     m_lineRoom.Draw(m_solids, items.firstLine, solids, frame.overDraw,
                     [&](const std::vector<RenderItemES20>& part, bool) { DrawItems(frame, part, pass); });
@@ -396,6 +401,21 @@ bool SurfaceStage::DrawLayers(PresentationFrame& frame)
     }
     DrawItems(frame, m_others, pass);
     return true;
+}
+
+/// Draws items for their depth, once more than the frame.
+void SurfaceStage::DrawDepth(PresentationFrame& frame, const std::vector<RenderItemES20>& items)
+{
+    DrawIdKeeper drawIds(frame.scene);
+    drawIds.Keep(items);
+    m_part.clear();
+    m_shaped.clear();
+    for (const RenderItemES20& item : items)
+    {
+        (SurfacePass::KnowsShapeOf(*item.style) ? m_part : m_shaped).push_back(item);
+    }
+    frame.renderer.DrawInPicture(frame, m_part, RenderPassDepthId);
+    DrawItems(frame, m_shaped, PassOfLook());
 }
 
 void SurfaceStage::DrawItems(PresentationFrame& frame, const std::vector<RenderItemES20>& items, RenderPass pass)
@@ -433,7 +453,14 @@ void SurfaceStage::DrawItems(PresentationFrame& frame, const std::vector<RenderI
             shader->SetVertexColors(shared.isColored);
         }
         m_run.assign(begin, end);
-        frame.renderer.Draw(frame.cameraData, m_run, own);
+        if (dynamic_cast<const MaterialES20*>(m_run.front().style))
+        {
+            frame.renderer.DrawInPicture(frame, m_run, own);
+        }
+        else
+        {
+            frame.renderer.Draw(frame.cameraData, m_run, own);
+        }
         begin = end;
     }
     if (shader)

@@ -119,6 +119,19 @@ TEST(CoplanarOrder, HeedsBacksThatAreSeen)
     EXPECT_THAT(sheets.Find().ranks, ElementsAre(0, 1));
 }
 
+TEST(CoplanarOrder, HeedsOpenSurfacesWhoseBacksMayBeSeen)
+{
+    // A host may ask for backs at any time.
+    Sheets sheets;
+    sheets.Add(0.0, 0.0, 0.0);
+    sheets.Add(0.5, 0.0, 0.0, -1);
+    EXPECT_THAT(sheets.Find().ranks, ElementsAre(1, 0));
+    Sheets onSolid;
+    onSolid.Add(0.0, 0.0, 0.0, -1);
+    onSolid.Add(0.5, 0.0, 0.5);
+    EXPECT_THAT(onSolid.Find().ranks, ElementsAre(0, 1));
+}
+
 TEST(CoplanarOrder, LetsAFamilyBe)
 {
     Sheets sheets;
@@ -173,11 +186,28 @@ TEST(CoplanarOrder, GivesUpAtItsLimits)
     limits.faces = 3;
     EXPECT_FALSE(sheets.Find(limits).isComplete);
     limits = {};
-    limits.comparisons = 3;
+    // Four faces, each of which meets all of them.
+    limits.comparisons = 16;
+    EXPECT_TRUE(sheets.Find(limits).isComplete);
+    limits.comparisons = 15;
     const CoplanarOrder order = sheets.Find(limits);
     EXPECT_FALSE(order.isComplete);
     EXPECT_EQ(order.pairs, 0u);
     EXPECT_THAT(order.ranks, Each(0));
+}
+
+TEST(CoplanarOrder, GivesUpOnManyOfOneFamilyToo)
+{
+    Sheets sheets;
+    for (int i = 0; i < 100; ++i)
+    {
+        sheets.Add(0.0, 0.0, 0.1).family = 0;
+    }
+    CoplanarLimits limits;
+    limits.comparisons = 100 * 100;
+    EXPECT_TRUE(sheets.Find(limits).isComplete);
+    limits.comparisons -= 1;
+    EXPECT_FALSE(sheets.Find(limits).isComplete);
 }
 
 } // namespace

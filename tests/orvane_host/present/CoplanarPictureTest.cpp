@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <string>
 
 namespace OV::Test
@@ -81,8 +82,35 @@ protected:
         return wrong;
     }
 
+    /// Pixels in the middle of one colour that have another one in another picture.
+    int CountOther(const Picture& actual, const Picture& expected) const
+    {
+        int wrong = 0;
+        for (int y = 2; y + 2 < Height(); ++y)
+        {
+            for (int x = 2; x + 2 < Width(); ++x)
+            {
+                const Pixel& middle = expected.At(x, y);
+                bool isInside = true;
+                for (int i = 0; i < 25; ++i)
+                {
+                    isInside = isInside && expected.At(x - 2 + i % 5, y - 2 + i / 5) == middle;
+                }
+                const Pixel& own = actual.At(x, y);
+                const int most = std::max({std::abs(own.r - middle.r), std::abs(own.g - middle.g), std::abs(own.b - middle.b)});
+                wrong += isInside && most > 2 ? 1 : 0;
+            }
+        }
+        return wrong;
+    }
+
+    static BoxObj NewBoxes()
+    {
+        return BoxObj(Vector(12, 3, -40), Vector(0.6f, 0.8f, 0.0f), Vector(-0.48f, 0.36f, 0.8f), Vector(0.64f, -0.48f, 0.6f));
+    }
+
     TemporaryFolder folder;
-    BoxObj boxes{Vector(12, 3, -40), Vector(0.6f, 0.8f, 0.0f), Vector(-0.48f, 0.36f, 0.8f), Vector(0.64f, -0.48f, 0.6f)};
+    BoxObj boxes = NewBoxes();
 };
 
 constexpr double kDistances[] = {2.5, 7.0, 20.0, 61.0, 190.0, 700.0};
@@ -113,6 +141,64 @@ TEST_F(CoplanarPicture, WithoutAnOrderBothAreSeen)
         wrong += CountWrong(*presentation, From(distance, 31.0, false));
     }
     EXPECT_GT(wrong, 0);
+}
+
+TEST_F(CoplanarPicture, SheetsThatLookOppositeWaysAreInOrderWhereBacksAreSeen)
+{
+    for (const bool boardLooksBack : {false, true})
+    {
+        boxes = NewBoxes();
+        boxes.AddSheet("wall", "wall", Vector(-5.3f, -5.1f, 0), Vector(5.7f, 5.9f, 0), !boardLooksBack);
+        boxes.AddSheet("board", "board", Vector(-1.1f, -1.3f, 0), Vector(1.7f, 0.9f, 0), boardLooksBack);
+        WriteFile(folder.Path("boxes.obj"), boxes.Text("colors.mtl"));
+        for (const bool isOrdered : {true, false})
+        {
+            const auto presentation = Present(isOrdered);
+            int wrong = 0;
+            for (const double distance : kDistances)
+            {
+                for (const double tilt : {0.0, 31.0, 62.0, 149.0, 180.0, 211.0})
+                {
+                    PresentationSettings wanted = From(distance, tilt, false);
+                    wanted.cullBacks = false;
+                    wrong += CountWrong(*presentation, wanted);
+                }
+            }
+            EXPECT_EQ(wrong == 0, isOrdered) << wrong << " pixels, board looks back " << boardLooksBack;
+        }
+    }
+}
+
+TEST_F(CoplanarPicture, GlassIsInOrderToo)
+{
+    for (const char* const glass : {"wall", "board", "both"})
+    {
+        const std::string which = glass;
+        WriteFile(folder.Path("colors.mtl"),
+                  std::string("newmtl wall\nKd 0 0 1\n") + (which != "board" ? "d 0.5\n" : "") + "newmtl board\nKd 1 0 0\n"
+                      + (which != "wall" ? "d 0.5\n" : ""));
+        for (const bool isOrdered : {true, false})
+        {
+            int wrong = 0;
+            const auto presentation = Present(isOrdered);
+            // The same with the board clear of the wall.
+            BoxObj clear = NewBoxes();
+            clear.Add("wall", "wall", Vector(-5.3f, -5.1f, -2), Vector(5.7f, 5.9f, 0));
+            clear.Add("board", "board", Vector(-1.1f, -1.3f, -0.25f), Vector(1.7f, 0.9f, 0.02f));
+            WriteFile(folder.Path("clear.obj"), clear.Text("colors.mtl"));
+            Host::Presentation apart(Host::ModelImporter::Import(folder.Path("clear.obj"), Host::ImportOptions()));
+            for (const double distance : {7.0, 20.0, 61.0})
+            {
+                for (const double tilt : {0.0, 31.0, 62.0})
+                {
+                    Apply(*presentation, From(distance, tilt, false));
+                    Apply(apart, From(distance, tilt, false));
+                    wrong += CountOther(Draw(*presentation), Draw(apart));
+                }
+            }
+            EXPECT_EQ(wrong == 0, isOrdered) << wrong << " pixels, glass is " << which;
+        }
+    }
 }
 
 TEST_F(CoplanarPicture, BatchesChangeNothingInIt)

@@ -1,3 +1,4 @@
+#include "tests/orvane_host/present/PictureRows.h"
 #include "tests/orvane_host/present/PresentationModels.h"
 
 #include "orvane/scene/Material.h"
@@ -8,7 +9,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdlib>
 #include <memory>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace OV::Test
@@ -76,13 +80,13 @@ protected:
         return wanted;
     }
 
-    /// Over the background, the nearest last.
-    static std::array<float, 3> Over(std::vector<Sheet> sheets, float x)
+    /// Over a background, the nearest last.
+    static std::array<float, 3> Over(std::vector<Sheet> sheets, float x, float background = kBackground)
     {
         const auto depthOf = [x](const Sheet& sheet) { return sheet.z - x * sheet.tilt; };
         std::sort(sheets.begin(), sheets.end(),
                   [&](const Sheet& a, const Sheet& b) { return depthOf(a) < depthOf(b); });
-        std::array<float, 3> seen = {kBackground, kBackground, kBackground};
+        std::array<float, 3> seen = {background, background, background};
         for (const Sheet& sheet : sheets)
         {
             const float channels[] = {sheet.color.r, sheet.color.g, sheet.color.b};
@@ -102,12 +106,32 @@ protected:
         EXPECT_NEAR(actual.b, 255.0f * expected[2], most) << what;
     }
 
-    /// At a share of the sheets' half width.
-    static Pixel At(const Picture& picture, float x)
+    /// The column at a share of the sheets' half width.
+    static int ColumnAt(float x, int width, int height)
     {
         // Half the view's height is tan(2.85 degrees) of the distance, which the sheets fill.
-        const float half = static_cast<float>(kHeight) / 2.0f / (20.0f * std::tan(2.85f * std::acos(-1.0f) / 180.0f));
-        return picture.At(static_cast<int>(static_cast<float>(kWidth) / 2.0f + x * half), kHeight / 2);
+        const float half = static_cast<float>(height) / 2.0f / (20.0f * std::tan(2.85f * std::acos(-1.0f) / 180.0f));
+        return static_cast<int>(static_cast<float>(width) / 2.0f + x * half);
+    }
+
+    static Pixel At(const Picture& picture, float x)
+    {
+        return picture.At(ColumnAt(x, kWidth, kHeight), kHeight / 2);
+    }
+
+    static Rows Write(Host::Presentation& presentation, const Host::PictureOptions& options, int leastTiles)
+    {
+        Host::PictureFormat format;
+        format.width = options.width;
+        format.height = options.height;
+        format.alpha = options.transparent;
+        format.bits = options.bits;
+        RowsFile file(format);
+        std::string error;
+        Host::PictureFacts facts;
+        EXPECT_TRUE(presentation.WritePicture(file, options, error, &facts)) << error;
+        EXPECT_GE(facts.tiles, leastTiles);
+        return file.rows;
     }
 
     Picture DrawWith(Host::Presentation& presentation, const PresentationSettings& wanted) const
@@ -220,6 +244,112 @@ TEST_F(Glass, HasItsColorsBesideLines)
     for (const float x : kPlaces)
     {
         ExpectNear(At(picture, x), Over(sheets, x), std::to_string(x));
+    }
+}
+
+TEST_F(Glass, HasItsColorsWhereRimsAreFilteredAndWherePixelsAreFiner)
+{
+    const auto presentation = Present(sheets);
+    for (const Host::Antialiasing way : {Host::Antialiasing::Filter, Host::Antialiasing::Supersampling})
+    {
+        for (const bool lines : {false, true})
+        {
+            PresentationSettings wanted = FromTheFront(GlassOrder::Exact);
+            wanted.antialiasing = way;
+            wanted.lines = lines ? std::optional<Host::LineSettings>(Host::LineSettings()) : std::nullopt;
+            const Picture picture = DrawWith(*presentation, wanted);
+            for (const float x : kPlaces)
+            {
+                ExpectNear(At(picture, x), Over(sheets, x),
+                           std::to_string(static_cast<int>(way)) + (lines ? " with lines at " : " at ") + std::to_string(x));
+            }
+        }
+    }
+}
+
+TEST_F(Glass, HasStraightAlphaOverNothing)
+{
+    const std::vector<Sheet> panes(sheets.begin() + 1, sheets.end());
+    float through = 1.0f;
+    for (const Sheet& pane : panes)
+    {
+        through *= 1.0f - pane.color.a;
+    }
+    const auto presentation = Present(panes);
+    for (const Host::Antialiasing way : {Host::Antialiasing::None, Host::Antialiasing::Multisampling})
+    {
+        PresentationSettings wanted = FromTheFront(GlassOrder::Exact);
+        wanted.antialiasing = way;
+        // Nothing of it is to be seen.
+        wanted.background = Color(0.2f, 0.9f, 0.4f);
+        Apply(*presentation, wanted);
+        for (const int bits : {8, 16})
+        {
+            for (const int tile : {0, 64})
+            {
+                Host::PictureOptions options;
+                options.width = 256;
+                options.height = 192;
+                options.transparent = true;
+                options.bits = bits;
+                options.longestTile = tile;
+                const Rows rows = Write(*presentation, options, tile > 0 ? 12 : 1);
+                const double unit = bits == 16 ? 257.0 : 1.0;
+                for (const float x : kPlaces)
+                {
+                    const std::string what = std::to_string(bits) + " bits in tiles of " + std::to_string(tile) + " at "
+                        + std::to_string(x);
+                    const int column = ColumnAt(x, options.width, options.height);
+                    const std::array<float, 3> light = Over(panes, x, 0.0f);
+                    for (int channel = 0; channel < 3; ++channel)
+                    {
+                        const float straight = light[static_cast<std::size_t>(channel)] / (1.0f - through);
+                        EXPECT_NEAR(rows.At(column, options.height / 2, channel) / unit, 255.0f * straight, 2.0f) << what;
+                    }
+                    EXPECT_NEAR(rows.At(column, options.height / 2, 3) / unit, 255.0f * (1.0f - through), 2.0f) << what;
+                }
+                for (int channel = 0; channel < 4; ++channel)
+                {
+                    EXPECT_EQ(rows.At(2, 100, channel), 0) << "beside the panes";
+                }
+            }
+        }
+    }
+}
+
+TEST_F(Glass, IsTheSameInTiles)
+{
+    const auto presentation = Present(sheets);
+    for (const Host::Antialiasing way : {Host::Antialiasing::None, Host::Antialiasing::Multisampling,
+                                         Host::Antialiasing::Filter, Host::Antialiasing::Supersampling})
+    {
+        for (const GlassOrder order : {GlassOrder::Exact, GlassOrder::Weighted})
+        {
+            PresentationSettings wanted = FromTheFront(order);
+            wanted.antialiasing = way;
+            wanted.lines.emplace();
+            wanted.view.orthographic = false;
+            wanted.view.up = Vector(0.3f, 1.0f, 0.0f);
+            wanted.view.eye = Vector(3, 2, 20);
+            Apply(*presentation, wanted);
+            Host::PictureOptions options;
+            options.width = 400;
+            options.height = 300;
+            const Rows whole = Write(*presentation, options, 1);
+            options.longestTile = 128;
+            const Rows tiled = Write(*presentation, options, 6);
+            int differing = 0;
+            for (std::size_t i = 0; i < whole.data.size(); ++i)
+            {
+                differing += std::abs(int(whole.data[i]) - int(tiled.data[i])) > 1 ? 1 : 0;
+            }
+            // The filter looks between texels, which it finds by shares of the tile.
+            EXPECT_LE(differing, way == Host::Antialiasing::Filter ? 3 * 400 * 300 / 200 : 0)
+                << "way " << static_cast<int>(way) << ", order " << static_cast<int>(order);
+            std::vector<unsigned char> colors(whole.data);
+            std::sort(colors.begin(), colors.end());
+            EXPECT_GT(std::unique(colors.begin(), colors.end()) - colors.begin(), 10) << "there is something to see";
+        }
     }
 }
 
