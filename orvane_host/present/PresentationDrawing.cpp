@@ -25,7 +25,7 @@ namespace
 constexpr int LargestPicked = 4096;
 
 /// Of a pen stroke, in pixels that settings count.
-constexpr float UsualStrokeWidth = 1.2f;
+constexpr float UsualStrokeWidth = 1.1f;
 
 /// Radius of occlusion, as a share of the model's extent.
 constexpr float UsualOcclusionShare = 0.04f;

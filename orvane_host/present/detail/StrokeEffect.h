@@ -28,6 +28,7 @@ public:
 private:
     float m_width = 1.0f;
     bool m_hasTexture = false;
+    bool m_blends = false;
     bool m_hasNormals = false; ///< the mesh being drawn
 };
 
