@@ -50,9 +50,12 @@ const float inked = 0.5 * (1.0 + palest) * (1.0 - (1.0 - inGap) * gap / segment)
 const float waves = 1.0;           // bends in a segment
 const float bend = 0.05;           // of the distance between strokes
 const float aside = 0.16;          // of the same, how far a stroke lies from its place in the row
-const vec2 firstWay = vec2(0.6428, 0.7660); // of the first set, unit, in a plane of two axes of the object
-const vec2 shadowWay = vec2(0.9397, 0.3420);
-const vec2 turn = vec2(0.5000, 0.8660);     // cosine and sine of the angle from set to set
+// Object space, unit, at right angles to each other: strokes of the first set lie across the first.
+const vec3 firstSide = vec3(0.5002, -0.6603, 0.5602);
+const vec3 otherSide = vec3(0.1728, -0.5579, -0.8117);
+const vec3 thirdSide = vec3(0.8485, 0.5028, -0.1650);
+const vec2 setTurn = vec2(0.5000, 0.8660);     // cosine and sine of the angle from set to set
+const vec2 shadowTurn = vec2(0.8660, 0.5000);  // and on to the strokes of a shadow
 const float sharpness = 64.0;      // of the change from one plane to the next on what is round
 
 #ifdef LIGHT_SHARE
@@ -114,6 +117,29 @@ float toneOf(Surface surface, Light light)
     return u_opacity < 1.0 ? mix(glass, light.facing, u_opacity) : light.facing * tint;
 }
 
+// Where rows of strokes lie: across the strokes and along them, in units.
+struct Rows
+{
+    vec2 place;
+    vec2 right;  // a pixel to the right
+    vec2 up;     // a pixel up
+};
+
+// @param across, along: directions of object space, unit, at right angles
+Rows rowsOf(Surface surface, vec3 across, vec3 along)
+{
+    Rows rows;
+    rows.place = vec2(dot(v_position, across), dot(v_position, along));
+    rows.right = vec2(dot(surface.across, across), dot(surface.across, along));
+    rows.up = vec2(dot(surface.up, across), dot(surface.up, along));
+    return rows;
+}
+
+vec2 turned(vec2 way, vec2 turn)
+{
+    return vec2(turn.x * way.x - turn.y * way.y, turn.x * way.y + turn.y * way.x);
+}
+
 vec2 hash(vec2 x)
 {
     x = fract(x * 0.1031);
@@ -150,73 +176,92 @@ vec2 between(vec2 along, float pixels)
 }
 
 // Ink of one set of strokes.
-// @param place in the plane of the strokes; across, up: of it, a pixel to the right and up; way: theirs
 // @param coverage share of the paper that they are to cover
-float inkOf(vec2 place, vec2 across, vec2 up, vec2 way, float coverage)
+float inkOf(Rows rows, float coverage)
 {
-    vec2 side = vec2(-way.y, way.x);
-    // Units a pixel: across the strokes and along them.
-    vec2 pixel = max(vec2(length(vec2(dot(across, side), dot(up, side))), length(vec2(dot(across, way), dot(up, way)))),
-                     1.0e-30);
+    vec2 across = vec2(rows.right.x, rows.up.x);
+    vec2 along = vec2(rows.right.y, rows.up.y);
+    // Units a pixel: across the strokes and along them; and how far places along move aside a unit.
+    float pixel = max(length(across), 1.0e-30);
+    float pixelAlong = max(abs(across.x * along.y - across.y * along.x) / pixel, 0.1 * length(along) + 1.0e-30);
+    float skew = dot(across, along) / (pixel * pixel);
     // Where nearly all is black, gaps and pale strokes are filled in.
     float solid = clamp(2.0 * coverage - 1.0, 0.0, 1.0);
     coverage /= mix(inked, 1.0, solid);
     // From stroke to stroke and from gap to gap: the smallest powers of two that aren't below the lengths
     // asked for, and by how much they are above, 0 to 1.
-    vec2 asked = pixel * u_width * vec2(1.0 / clamp(coverage, leastCoverage, mostCoverage), segment);
+    vec2 asked = u_width * vec2(pixel / clamp(coverage, leastCoverage, mostCoverage), pixelAlong * segment);
     vec2 lattice = exp2(ceil(log2(asked)));
     vec2 halfway = lattice / asked - 1.0;
 
     // The nearest stroke of the lattice and the nearest one halfway between two of them.
-    float position = dot(place, side);
-    float row = position / lattice.x;
-    vec2 rows = vec2(floor(row + 0.5), floor(row) + 0.5) * lattice.x;
-    vec2 numbers = numbersOf(rows);
-    vec2 phase = hash(numbers);
-    vec2 along = dot(place, way) / lattice.y + 7.0 * phase;
-    vec2 bent = mix(bendAt(along), bendAt(2.0 * along), halfway.y) * bend
+    float row = rows.place.x / lattice.x;
+    vec2 places = vec2(floor(row + 0.5), floor(row) + 0.5) * lattice.x;
+    vec2 beside = rows.place.x - places;
+    vec2 numbers = numbersOf(places);
+    vec2 phase = 7.0 * hash(numbers);
+    vec2 segments = (rows.place.y - skew * beside) / lattice.y;
+    vec2 bent = mix(bendAt(segments + phase), bendAt(2.0 * segments + phase), halfway.y) * bend
               + (2.0 * hash(numbers + 0.71) - 1.0) * aside;
-    vec2 away = abs(position - rows - bent * asked.x) / pixel.x;
+    vec2 away = abs(beside - bent * asked.x) / pixel;
     float width = u_width * max(coverage / mostCoverage, 1.0);
     vec2 ink = clamp(0.5 * width + 0.5 - away, 0.0, 1.0);
-    float pixels = lattice.y / pixel.y;
-    vec2 there = mix(between(along, pixels), between(2.0 * along, 0.5 * pixels), halfway.y);
+    float pixels = lattice.y / pixelAlong;
+    vec2 there = mix(between(segments + phase, pixels), between(2.0 * segments + phase, 0.5 * pixels), halfway.y);
     ink *= mix(there * mix(vec2(palest), vec2(1.0), hash(numbers + 0.37)), vec2(1.0), solid);
     return min(ink.x + halfway.x * ink.y, 1.0) * min(coverage / leastCoverage, 1.0);
 }
 
-// A place of object space in a plane of two of its axes.
-// @param plane 1 for the axis that it faces, 0 for the others
-vec2 inPlane(vec3 plane, vec3 place)
+// The share of what a set finds white that stays white.
+// @param tone that is to be left; begins: where the set does, which the tone is below or not
+float leftBy(Rows rows, float tone, float begins)
 {
-    return plane.x * place.zy + plane.y * place.xz + plane.z * place.xy;
-}
-
-// The paper that the sets of strokes leave in a plane.
-float paperIn(vec3 plane, Surface surface, float tone, float shadow)
-{
-    vec2 place = inPlane(plane, v_position);
-    vec2 across = inPlane(plane, surface.across);
-    vec2 up = inPlane(plane, surface.up);
     // Sets take it in turns, and beyond the last one all get denser.
     float least = min(1.0 - setCoverage, pow(tone, 1.0 / float(SETS)));
-    vec2 way = firstWay;
-    float coverage = 1.0 - max(tone, least);
-    float begins = 1.0;
-    float paper = 1.0;
-    for (int i = 1; i < ROUNDS; ++i)
+    return 1.0 - inkOf(rows, 1.0 - clamp(tone / begins, least, 1.0));
+}
+
+// Rows across one direction of the object: on what is round they follow it without a seam. About the two
+// places that face that way they would get lost, and take another direction.
+float paperOfFirstSet(Surface surface, float tone)
+{
+    float facing = abs(dot(surface.normal, firstSide)) / max(length(surface.normal), 1.0e-30);
+    float other = smoothstep(0.98, 0.99, facing);
+    float paper = 0.0;
+    for (int i = 0; i < ROUNDS; ++i)
     {
-        paper *= 1.0 - inkOf(place, across, up, way, coverage);
-        begins *= 1.0 - setCoverage;
-        bool isLast = tone >= begins || i >= SETS;
-        if (isLast && shadow >= 1.0)
+        bool isOther = other > 0.5;
+        float weight = isOther ? other : 1.0 - other;
+        paper += weight * leftBy(rowsOf(surface, isOther ? otherSide : firstSide, thirdSide), tone, 1.0);
+        other = isOther ? 0.0 : 1.0;
+        if (weight > 0.99 || i == 1)
         {
             break;
         }
-        way = isLast ? shadowWay : mat2(turn.x, turn.y, -turn.y, turn.x) * way;
-        coverage = 1.0 - (isLast ? shadow : max(tone / begins, least));
-        shadow = isLast ? 1.0 : shadow;
-        tone = isLast ? 1.0 : tone;
+    }
+    return paper;
+}
+
+// The paper that the sets after the first, and shadow, leave in a plane of two axes of the object.
+// @param plane 1 for the axis that it faces, 0 for the others
+float paperInPlane(vec3 plane, Surface surface, float tone, float shadow)
+{
+    vec3 ahead = plane.yzx;
+    vec3 aside = plane.zxy;
+    vec2 side = normalize(vec2(dot(firstSide, ahead), dot(firstSide, aside)));
+    float begins = 1.0 - setCoverage;
+    float paper = 1.0;
+    for (int i = 2; i < ROUNDS; ++i)
+    {
+        bool isShadow = tone >= begins || i > SETS;
+        side = turned(side, isShadow ? shadowTurn : setTurn);
+        Rows rows = rowsOf(surface, side.x * ahead + side.y * aside, side.x * aside - side.y * ahead);
+        paper *= isShadow ? 1.0 - inkOf(rows, 1.0 - shadow) : leftBy(rows, tone, begins);
+        begins *= 1.0 - setCoverage;
+        if (isShadow || (shadow >= 1.0 && (tone >= begins || i == SETS)))
+        {
+            break;
+        }
     }
     return paper;
 }
@@ -226,8 +271,8 @@ float largestOf(vec3 v)
     return max(max(v.x, v.y), v.z);
 }
 
-// The paper in the plane that the surface faces, and in two only where it bends from one to the other.
-float paperOn(Surface surface, float tone, float shadow)
+// In the plane that the surface faces, and in two only where it bends from one to the other.
+float paperOfOtherSets(Surface surface, float tone, float shadow)
 {
     // Factors settle it for what faces two alike.
     vec3 weights = abs(surface.normal) * vec3(1.0, 1.16, 1.07);
@@ -240,7 +285,7 @@ float paperOn(Surface surface, float tone, float shadow)
         vec3 plane = step(weight, weights);
         plane.yz *= 1.0 - plane.x;
         plane.z *= 1.0 - plane.y;
-        paper += weight * paperIn(plane, surface, tone, shadow);
+        paper += weight * paperInPlane(plane, surface, tone, shadow);
         sum += weight;
         weights *= 1.0 - plane;
         if (largestOf(weights) < 0.02)
@@ -255,7 +300,8 @@ void main()
 {
     Surface surface = surfaceHere();
     Light light = lightOn(surface);
-    float paper = paperOn(surface, toneOf(surface, light), light.shadow);
+    float tone = toneOf(surface, light);
+    float paper = paperOfFirstSet(surface, tone) * paperOfOtherSets(surface, tone, light.shadow);
     // A pane is a veil of paper with the strokes on it.
     float veiled = mix(veil, 1.0, u_opacity);
     float covered = 1.0 - (1.0 - veiled) * paper;
