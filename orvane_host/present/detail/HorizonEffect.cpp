@@ -16,12 +16,14 @@ enum Option : std::uint64_t
     OptionPerspective = 1,
     OptionShade = 2, ///< the second run
     OptionFar = 4,
+    OptionFiner = 8,
 };
 
 constexpr OptionRow kOptions[] = {
     {OptionPerspective, "PERSPECTIVE"},
     {OptionShade, "SHADE"},
     {OptionFar, "FAR"},
+    {OptionFiner, "FINER"},
 };
 
 enum Uniform : int
@@ -43,7 +45,8 @@ enum Uniform : int
     UniformToFar,
     UniformNearReach,
     UniformFiner,
-    UniformTargetSize,
+    UniformApart,
+    UniformHiddenSize,
 };
 
 constexpr IndexedName kUniforms[] = {
@@ -64,7 +67,8 @@ constexpr IndexedName kUniforms[] = {
     {UniformToFar, "u_toFar"},
     {UniformNearReach, "u_nearReach"},
     {UniformFiner, "u_finer"},
-    {UniformTargetSize, "u_targetSize"},
+    {UniformApart, "u_apart"},
+    {UniformHiddenSize, "u_hiddenSize"},
 };
 static_assert(IsDense(kUniforms));
 
@@ -91,14 +95,16 @@ void HorizonEffect::Apply(MaterialES20*, CameraNodeES20*)
     const bool isFirst = values.hidden == 0;
     const unsigned int other = isFirst ? values.farDepth : values.hidden;
     UseOptions((values.perspective ? OptionPerspective : std::uint64_t(0)) | (isFirst ? std::uint64_t(0) : OptionShade)
-               | (isFirst && values.farDepth != 0 ? OptionFar : std::uint64_t(0)));
+               | (isFirst && values.farDepth != 0 ? OptionFar : std::uint64_t(0))
+               | (!isFirst && values.finer > 1.0f ? OptionFiner : std::uint64_t(0)));
     Set(UniformDepth, static_cast<int>(UnitDepth));
     Set(UniformFaces, static_cast<int>(UnitFaces));
     Set(UniformHidden, static_cast<int>(UnitOther));
     Set(UniformFarDepth, static_cast<int>(UnitOther));
     Set(UniformSize, values.size.x, values.size.y);
     Set(UniformFiner, values.finer);
-    Set(UniformTargetSize, values.targetSize.x, values.targetSize.y);
+    Set(UniformApart, values.apart);
+    Set(UniformHiddenSize, values.hiddenSize.x, values.hiddenSize.y);
     Set(UniformView, values.view.x, values.view.y, values.view.z, values.view.w);
     Set(UniformDistance, values.distance.x, values.distance.y);
     Set(UniformPrecision, values.precision);

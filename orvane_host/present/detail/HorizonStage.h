@@ -54,7 +54,9 @@ private:
     ScreenBuffer m_faces{RenderTargetProfileColorDepth};
     ScreenBuffer m_far{RenderTargetProfileColorDepth};
     ScreenBuffer m_hidden{RenderTargetProfileColor};
+    int m_apart = 1; ///< pixels of the target for one of what is hidden, along each edge
     int m_finer = 1; ///< pixels of the faces for one of the target, along each edge
+    PixelSize m_hiddenSize;
     PixelSize m_farSize; ///< of the frame; none where all is near
     EffectInPlace::Replaced m_replaced;
 };
