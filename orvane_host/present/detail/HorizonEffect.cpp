@@ -36,6 +36,7 @@ enum Uniform : int
     UniformDistance,
     UniformPrecision,
     UniformRadius,
+    UniformPerRadius,
     UniformReach,
     UniformStrength,
     UniformFog,
@@ -58,6 +59,7 @@ constexpr IndexedName kUniforms[] = {
     {UniformDistance, "u_distance"},
     {UniformPrecision, "u_precision"},
     {UniformRadius, "u_radius"},
+    {UniformPerRadius, "u_perRadius"},
     {UniformReach, "u_reach"},
     {UniformStrength, "u_strength"},
     {UniformFog, "u_fog"},
@@ -109,6 +111,7 @@ void HorizonEffect::Apply(MaterialES20*, CameraNodeES20*)
     Set(UniformDistance, values.distance.x, values.distance.y);
     Set(UniformPrecision, values.precision);
     Set(UniformRadius, values.radius);
+    Set(UniformPerRadius, 1.0f / values.radius);
     Set(UniformReach, values.reach);
     Set(UniformStrength, values.strength);
     Set(UniformFog, values.fog.x, values.fog.y);

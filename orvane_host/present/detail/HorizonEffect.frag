@@ -14,8 +14,9 @@ PRECISION_DEFAULT_HIGHP(float)
 
 #define PLANES 2                   // through the line of sight at each pixel; other ones at each of a group
 #define LEAST_STEPS 8.0            // to either side in a plane
-#define MOST_STEPS 16
+#define MOST_STEPS 16.0
 #define RISE 3.0                   // radii in front beyond which what is seen floats
+#define LEVEL 0.003                // what rises no steeper lies in the plane of the face
 #define PI 3.14159265
 #define ROUNDS 64                  // of loops that end before; more than any compiler unrolls
 
@@ -34,6 +35,7 @@ uniform vec4 u_view;               // factors and offsets from a pixel to view s
 uniform vec2 u_distance;           // factor and offset from a depth to the distance, with perspective to 1 over it
 uniform float u_precision;         // of a distance, with perspective for its square
 uniform float u_radius;            // of what hides, units of the model
+uniform float u_perRadius;         // 1 over it
 uniform float u_reach;             // the same in pixels at most
 #ifdef FAR
 uniform HIGHP sampler2D u_farDepth; // of all of the picture, in coarser pixels
@@ -124,67 +126,112 @@ float orderInGroup(vec2 pixel)
     return inFine + inCoarse * 0.25;
 }
 
+// A place and what is looked for about it.
+struct Search
+{
+    vec2 pixel;
+    vec3 place;
+    vec3 normal;
+    vec3 towardEye;
+    vec2 way;        // unit, in pixels
+    float reach;     // pixels
+    float lowest;    // cosine of the angle from the eye to the plane of the face
+};
+
 // How high what is seen beside a place hides it, as the cosine of the angle to the eye. What rises out of
 // the radius is taken to go down into it, as walls do that are seen from above; the less so the farther
 // it is in front, where it may as well float.
-float heightOf(vec3 to, float away, vec3 towardEye, float lowest)
+// @param to from the place; precision of distances there
+float heightOf(Search search, vec3 to, float precision)
 {
-    float front = dot(to, towardEye);
-    if (away < u_radius)
-    {
-        return front / away;
-    }
-    float beside = 1.0 - (away * away - front * front) / (u_radius * u_radius);
-    float share = clamp((RISE - front / u_radius) / (RISE - 1.0), 0.0, 1.0);
-    return beside > 0.0 && front > 0.0 ? mix(lowest, max(sqrt(beside), lowest), share) : lowest;
+    float square = dot(to, to);
+    float front = dot(to, search.towardEye);
+    // Counted in radii.
+    float away = square * u_perRadius * u_perRadius;
+    float ahead = front * u_perRadius;
+    float beside = 1.0 - (away - ahead * ahead);
+    float share = clamp((RISE - ahead) / (RISE - 1.0), 0.0, 1.0);
+    float wall = beside > 0.0 && ahead > 0.0
+               ? mix(search.lowest, max(sqrt(max(beside, 0.0)), search.lowest), share) : search.lowest;
+    float perAway = inversesqrt(max(square, 1.0e-37));
+    // What rises less than depths are exact lies in the same plane.
+    float over = dot(to, search.normal) - 2.0 * precision - LEVEL * square * perAway;
+    return over <= 0.0 ? search.lowest : away < 1.0 ? front * perAway : wall;
+}
+
+// Pixels to what a step looks at: the farther the longer, and each at another pixel.
+float besideAt(Search search, float number, float start, float steps)
+{
+    float along = (number + start) / steps;
+    return along < 1.0 ? max(search.reach * along * along, number + 1.0) : 1.0e9;
+}
+
+float heightAt(Search search, float beside)
+{
+    vec2 other = floor(search.pixel + search.way * beside) + 0.5;
+    float depth = depthAt(other);
+    float distance = distanceOf(depth);
+    float height = heightOf(search, placeAt(other, distance) - search.place, precisionAt(distance));
+    return depth < 1.0 ? height : search.lowest;
+}
+
+#ifdef FAR
+float heightFar(Search search, float beside)
+{
+    vec2 other = floor((search.pixel + search.way * beside) * u_toFar.xy + u_toFar.zw) + 0.5;
+    float depth = texture2D(u_farDepth, other / u_farSize).r;
+    float distance = distanceOf(depth);
+    float height = heightOf(search, placeIn(u_farView, other, distance) - search.place, precisionAt(distance));
+    return depth < 1.0 ? height : search.lowest;
+}
+#endif
+
+// How far a way leads until it leaves the picture.
+float lengthWithin(vec2 from, vec2 way, vec2 size)
+{
+    vec2 lengths = (mix(vec2(0.0), size, step(0.0, way)) - from) / (way + vec2(equal(way, vec2(0.0))) * 1.0e-9);
+    return min(lengths.x, lengths.y);
 }
 
 // The cosine of the angle from the eye to the horizon on one side.
-float horizon(vec2 pixel, vec3 place, vec3 normal, vec3 towardEye, vec2 way, float start, float lowest)
+// @param start of the first step, 0 to 1 of it; wanted: whether the result is of use
+float horizon(Search search, float start, bool wanted)
 {
-    float highest = lowest;
-    float steps = clamp(length(way) / (8.0 * u_finer), LEAST_STEPS, float(MOST_STEPS));
-    for (int i = 0; i < MOST_STEPS; ++i)
-    {
-        float along = (float(i) + start) / steps;
-        if (along >= 1.0)
-        {
-            break;
-        }
-        vec2 beside = way * along * along;
-        float least = float(i) + 1.0;
-        beside *= max(1.0, least / max(length(beside), 1.0e-6));
-        vec2 size = u_size;
-        vec2 other = floor(pixel + beside) + 0.5;
+    float highest = search.lowest;
+    float steps = clamp(search.reach / (8.0 * u_finer), LEAST_STEPS, MOST_STEPS);
+    float inside = lengthWithin(search.pixel, search.way, u_size);
 #ifdef FAR
-        bool isFar = dot(beside, beside) > u_nearReach * u_nearReach;
-        if (isFar)
-        {
-            size = u_farSize;
-            other = floor((pixel + beside) * u_toFar.xy + u_toFar.zw) + 0.5;
-        }
-#endif
-        if (any(lessThan(other, vec2(0.0))) || any(greaterThan(other, size)))
-        {
-            break;
-        }
-#ifdef FAR
-        float depth = isFar ? texture2D(u_farDepth, other / size).r : depthAt(other);
-        float distance = distanceOf(depth);
-        vec3 to = (isFar ? placeIn(u_farView, other, distance) : placeAt(other, distance)) - place;
+    float nearInside = min(inside, u_nearReach);
 #else
-        float depth = depthAt(other);
-        float distance = distanceOf(depth);
-        vec3 to = placeAt(other, distance) - place;
+    float nearInside = inside;
 #endif
-        float away = length(to);
-        // What rises less than depths are exact lies in the same plane.
-        float over = dot(to, normal) - 2.0 * precisionAt(distance) - 0.003 * away;
-        if (depth < 1.0 && over > 0.0)
+    float number = 0.0;
+    float beside = besideAt(search, number, start, steps);
+    for (int i = 0; i < ROUNDS; ++i)
+    {
+        highest = beside < nearInside ? max(highest, heightAt(search, beside)) : highest;
+        number += beside < nearInside ? 1.0 : 0.0;
+        float next = besideAt(search, number, start, steps);
+        bool isDone = beside >= nearInside || next >= nearInside;
+        beside = next;
+        if (isDone || !wanted)
         {
-            highest = max(highest, heightOf(to, away, towardEye, lowest));
+            break;
         }
     }
+#ifdef FAR
+    inside = lengthWithin(search.pixel * u_toFar.xy + u_toFar.zw, search.way * u_toFar.xy, u_farSize);
+    for (int i = 0; i < ROUNDS; ++i)
+    {
+        highest = beside < inside ? max(highest, heightFar(search, beside)) : highest;
+        number += 1.0;
+        beside = besideAt(search, number, start, steps);
+        if (beside >= inside || !wanted)
+        {
+            break;
+        }
+    }
+#endif
     return highest;
 }
 
@@ -219,8 +266,6 @@ float hiddenAt(vec2 pixel, float distance, bool wanted)
 #else
         vec2 way = across.xy / u_view.xy;
 #endif
-        way *= u_radius;
-        way *= min(1.0, u_reach / length(way));
 
         vec3 axis = cross(across, towardEye);
         vec3 inPlane = normal - axis * dot(normal, axis);
@@ -228,8 +273,10 @@ float hiddenAt(vec2 pixel, float distance, bool wanted)
         float tilt = acos(clamp(dot(inPlane, towardEye) / share, 0.0, 1.0));
         tilt = dot(inPlane, across) < 0.0 ? -tilt : tilt;
         vec2 lowest = vec2(cos(tilt + 0.5 * PI), cos(tilt - 0.5 * PI));
-        float ahead = horizon(pixel, place, normal, towardEye, way, start, lowest.x);
-        float behind = horizon(pixel, place, normal, towardEye, -way, start, lowest.y);
+        float reach = min(length(way) * u_radius, u_reach);
+        way = normalize(way);
+        float ahead = horizon(Search(pixel, place, normal, towardEye, way, reach, lowest.x), start, wanted);
+        float behind = horizon(Search(pixel, place, normal, towardEye, -way, reach, lowest.y), start, wanted);
         // As differences, so that nothing is lost where nothing rises.
         hidden += share * (lightTo(lowest.x, 1.0, tilt) - lightTo(ahead, 1.0, tilt)
                            + lightTo(lowest.y, -1.0, tilt) - lightTo(behind, -1.0, tilt));
