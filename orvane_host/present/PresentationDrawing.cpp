@@ -109,7 +109,8 @@ void Presentation::Impl::ConfigureRenderer()
     renderer->SetSun(sun.direction);
     renderer->SetShadows(settings.shadows);
     GlassSettings glass = settings.glass;
-    if (m_hurries && glass.order == GlassOrder::Exact && !renderer->GetPart())
+    const bool hurries = m_hurries && !renderer->GetPart();
+    if (hurries && glass.order == GlassOrder::Exact)
     {
         glass.order = GlassOrder::Weighted;
     }
@@ -125,7 +126,7 @@ void Presentation::Impl::ConfigureRenderer()
     renderer->SetHorizonOcclusion(
         settings.occlusion && !isSpiral
             ? std::optional<PresentationRenderer::HorizonOcclusion>(
-                  {occlusion.radius.value_or(UsualOcclusionShare * Extent()), occlusion.strength})
+                  {occlusion.radius.value_or(UsualOcclusionShare * Extent()), occlusion.strength, hurries})
             : std::nullopt);
     renderer->SetBatches(settings.batches);
     if (renderer->SetAAMode(ModeOf(settings.antialiasing)))
@@ -247,8 +248,9 @@ void Presentation::Impl::Draw(int newWidth, int newHeight, float newRatio)
 
 void Presentation::Impl::Hurry(bool hurry)
 {
-    const bool isOther = m_hurries != hurry && settings.glass.order == GlassOrder::Exact
-        && !World().GetAlphaMaterials().empty();
+    const bool mixesGlass = settings.glass.order == GlassOrder::Exact && !World().GetAlphaMaterials().empty();
+    const bool coarsens = settings.occlusion && settings.occlusionLook.kind == OcclusionKind::Horizon;
+    const bool isOther = m_hurries != hurry && (mixesGlass || coarsens);
     m_hurries = hurry;
     m_isPictureChanged = m_isPictureChanged || isOther;
 }

@@ -105,6 +105,7 @@ bool HorizonStage::MakeBuffers(const PresentationFrame& frame)
     {
         m_finer = 1;
     }
+    m_apart = m_look->coarse ? 2 : 1;
     m_hiddenSize = {(frame.target.width + m_apart - 1) / m_apart, (frame.target.height + m_apart - 1) / m_apart};
     return (m_finer > 1 || m_faces.Resize(frame.target.width, frame.target.height))
         && m_hidden.Resize(m_hiddenSize.width, m_hiddenSize.height);

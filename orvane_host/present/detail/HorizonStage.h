@@ -22,6 +22,7 @@ public:
     {
         float radius = 1.0f; ///< world space, above 0
         float strength = 1.0f;
+        bool coarse = false; ///< looked up at every other pixel along each edge
     };
 
     HorizonStage() = default;
