@@ -45,6 +45,36 @@ constexpr double NearShare = 1e-4;
 /// No picture is as large; farther away lines would lose their direction in floats.
 constexpr double FarPixels = 1e5;
 
+/// Decimals that make a millimetre in units that plans are drawn in.
+constexpr std::pair<const char*, int> MillimetreDecimals[] = {{"m", 3}, {"cm", 1}, {"mm", 0}};
+constexpr int OtherDigits = 5;
+constexpr int LeastDigits = 4;
+constexpr int AngleDecimals = 2;
+/// Beyond these a number is written with an exponent.
+constexpr int MostDecimals = 9;
+constexpr double LargestPlain = 1e12;
+
+/// Without zeros at the end.
+std::string RoundedText(double value, int decimals)
+{
+    const bool isPlain = decimals <= MostDecimals && std::abs(value) < LargestPlain;
+    char text[32];
+    const auto end = (isPlain ? std::to_chars(std::begin(text), std::end(text), value, std::chars_format::fixed,
+                                              std::max(decimals, 0))
+                              : std::to_chars(std::begin(text), std::end(text), value, std::chars_format::general,
+                                              LeastDigits)).ptr;
+    std::string number(text, end);
+    if (isPlain && number.find('.') != std::string::npos)
+    {
+        number.erase(number.find_last_not_of('0') + 1);
+        if (number.back() == '.')
+        {
+            number.pop_back();
+        }
+    }
+    return number;
+}
+
 glm::dvec3 ToGlm(const QGM::Point3d& point)
 {
     return {point.x, point.y, point.z};
@@ -165,10 +195,16 @@ double Dimension::Value() const
 
 std::string Dimension::Text(const std::string& unit) const
 {
-    char number[32];
-    const auto end = std::to_chars(number, number + sizeof(number), Value(), std::chars_format::general, 6).ptr;
-    const std::string behind = points.size() == 3 ? "\u00B0" : unit.empty() ? "" : " " + unit;
-    return std::string(number, end) + behind;
+    if (points.size() == 3)
+    {
+        return RoundedText(Value(), AngleDecimals) + "\u00B0";
+    }
+    const double value = Value();
+    const int leading = value > 0.0 ? static_cast<int>(std::floor(std::log10(value))) : 0;
+    const auto named = std::find_if(std::begin(MillimetreDecimals), std::end(MillimetreDecimals),
+                                    [&](const auto& entry) { return unit == entry.first; });
+    const int wanted = named != std::end(MillimetreDecimals) ? named->second : OtherDigits - 1 - leading;
+    return RoundedText(value, std::max(wanted, LeastDigits - 1 - leading)) + (unit.empty() ? "" : " " + unit);
 }
 
 /// Lists what is drawn in a picture.

@@ -30,7 +30,8 @@ struct Dimension
     /// of points.
     double Value() const;
 
-    /// The value as people read it, of six digits at most. UTF-8.
+    /// The value as people read it: to the millimetre where the unit is "m", "cm" or "mm", else of five
+    /// digits; what is small keeps four digits, and a hundredth of a degree is the least. UTF-8.
     /// @param unit behind a distance, such as "m"; may be empty.
     std::string Text(const std::string& unit) const;
 };

@@ -104,15 +104,42 @@ TEST(Dimension, IsADistanceOfTwoPointsAndAnAngleOfThree)
     EXPECT_EQ(Dimension().Value(), 0.0);
 }
 
-TEST(Dimension, ItsTextHasSixDigitsAndTheUnit)
+TEST(Dimension, ItsTextIsRoundedToWhatIsBuilt)
 {
-    const Dimension distance{{{0, 0, 0}, {1.0 / 3.0, 0, 0}}};
-    EXPECT_EQ(distance.Text(""), "0.333333");
-    EXPECT_EQ(distance.Text("m"), "0.333333 m");
-    EXPECT_EQ((Dimension{{{0, 0, 0}, {0, 2, 0}}}).Text("mm"), "2 mm");
-    EXPECT_EQ((Dimension{{{2, 0, 0}, {0, 0, 0}, {0, 3, 0}}}).Text("m"), "90\u00B0");
+    const auto text = [](double length, const char* unit)
+    { return Dimension{{{0, 0, 0}, {length, 0, 0}}}.Text(unit); };
+    EXPECT_EQ(text(7.02466, "m"), "7.025 m");
+    EXPECT_EQ(text(702.466, "cm"), "702.5 cm");
+    EXPECT_EQ(text(7024.66, "mm"), "7025 mm");
+    EXPECT_EQ(text(1234567.8, "mm"), "1234568 mm");
+    EXPECT_EQ(text(123.45678, "m"), "123.457 m");
+    EXPECT_EQ(text(2.0, "mm"), "2 mm");
+    EXPECT_EQ(text(2.5, "m"), "2.5 m");
+    EXPECT_EQ(text(1000.0, "m"), "1000 m");
+    // A small part in large units.
+    EXPECT_EQ(text(0.00123456, "m"), "0.001235 m");
+    EXPECT_EQ(text(24.6612, "mm"), "24.66 mm");
+    // A unit of its own, or none.
+    EXPECT_EQ(text(1.0 / 3.0, ""), "0.33333");
+    EXPECT_EQ(text(23.04567, "ft"), "23.046 ft");
+    EXPECT_EQ(text(1234567.0, "ft"), "1234567 ft");
     // Far from the origin as well, where floats have no such digits.
     EXPECT_EQ((Dimension{{{5e6, 0, 0}, {5e6 + 0.125, 0, 0}}}).Text("m"), "0.125 m");
+}
+
+TEST(Dimension, ItsTextNeverRunsLong)
+{
+    const auto text = [](double length) { return Dimension{{{0, 0, 0}, {length, 0, 0}}}.Text("m"); };
+    EXPECT_EQ(text(0.0), "0 m");
+    EXPECT_EQ(text(1.23456e-8), "1.235e-08 m");
+    EXPECT_EQ(text(4e15), "4e+15 m");
+    EXPECT_EQ(Dimension().Text("m"), "0 m");
+}
+
+TEST(Dimension, AnglesAreToldToAHundredthOfADegree)
+{
+    EXPECT_EQ((Dimension{{{2, 0, 0}, {0, 0, 0}, {0, 3, 0}}}).Text("m"), "90\u00B0");
+    EXPECT_EQ((Dimension{{{3, 1, 0}, {0, 0, 0}, {3, 0, 0}}}).Text("m"), "18.43\u00B0");
 }
 
 TEST_F(NotesTest, AFinishedDimensionStandsWhereItsPointsAre)
