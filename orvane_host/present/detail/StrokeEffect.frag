@@ -6,8 +6,9 @@
 // these come in by as much as they are too far apart: the tone stays, and where one lattice gives way to
 // the next one they show the same.
 //
-// A light tone takes one set, a dark one three. Loops go through what is drawn alone and end as soon as it
-// is: where conditions only mask what they skip, on the software renderer, it would cost as much.
+// A light tone takes one set, a dark one three, and shadow one more. Loops go through what is drawn alone and
+// end as soon as it is: where conditions only mask what they skip, on the software renderer, it would cost as
+// much.
 
 PRECISION_DEFAULT_HIGHP(float)
 
@@ -18,7 +19,7 @@ uniform vec4 u_ambient;
 uniform vec4 u_color;              // in the light
 uniform vec3 u_lightDir;           // world space, unit, towards the light
 uniform float u_width;             // of a stroke, in pixels of what is drawn into
-uniform float u_opacity;           // 0 to 1; below 1 it is a pane
+uniform float u_opacity;           // of the material, 0 to 1; below 1 it is a pane
 uniform LOWP int u_enableLight;
 uniform LOWP int u_enableTexture;
 uniform LOWP int u_enableNormals;
@@ -30,7 +31,7 @@ varying vec3 v_normal;             // object space
 varying vec3 v_world_normal;       // not of unit length
 varying vec2 v_tc;
 
-// The tone, which is the share of the paper that stays white.
+// The tone, which is the share of the paper that stays white; see StrokeEffect.
 const float shade = 0.74;          // of white that is turned away from the light
 const float fullLight = 0.75;      // cosine to the light from which on white stays paper
 const float colorShare = 0.28;     // how much of what a colour is darker than white counts
@@ -42,14 +43,12 @@ const float coarser = 2.0;         // levels of textures: what is finer than str
 const float setCoverage = 0.15;    // of a set, where the next one begins
 const float mostCoverage = 0.5;    // they get broader beyond
 const float leastCoverage = 0.06;  // they get paler below
-const float segment = 96.0;        // from gap to gap along a stroke, to twice as long
+const float segment = 96.0;        // from gap to gap along a stroke, where the pen was lifted, to twice as long
 const float gap = 5.0;
-const float inGap = 0.0;           // ink that is left in the middle of a gap
-const float palest = 0.55;          // ink of the palest stroke
-const float inked = 0.5 * (1.0 + palest) * (1.0 - (1.0 - inGap) * gap / segment); // what both leave
-const float waves = 1.0;           // bends in a segment
-const float bend = 0.05;           // of the distance between strokes
-const float aside = 0.16;          // of the same, how far a stroke lies from its place in the row
+const float palest = 0.55;         // ink of the palest stroke
+const float inked = 0.5 * (1.0 + palest) * (1.0 - gap / segment); // what pale strokes and gaps leave
+const float bend = 0.05;           // how far strokes go to and fro, of the distance between them
+const float aside = 0.16;          // how far at most a stroke lies from its place in the row, of the same
 // Object space, unit, at right angles to each other: strokes of the first set lie across the first.
 const vec3 firstSide = vec3(0.5002, -0.6603, 0.5602);
 const vec3 otherSide = vec3(0.1728, -0.5579, -0.8117);
@@ -68,7 +67,7 @@ struct Surface
     vec3 up;        // a pixel up
     vec3 normal;    // object space
     vec3 shading;   // normal in world space
-    vec4 texel;
+    vec4 texel;     // white, opaque without a texture
 };
 
 Surface surfaceHere()
@@ -161,9 +160,11 @@ vec2 waveAt(vec2 x)
     return 4.0 * part * (1.0 - abs(part));
 }
 
+// @param along in segments
 vec2 bendAt(vec2 along)
 {
-    return waveAt(waves * along) + waveAt(1.618 * waves * along);
+    // Two whose bends never meet twice alike.
+    return waveAt(along) + waveAt(1.618 * along);
 }
 
 // What of the ink of a stroke is there at a place along it: less in gaps, where the pen was lifted.
@@ -172,7 +173,7 @@ vec2 between(vec2 along, float pixels)
 {
     vec2 part = fract(along);
     vec2 away = min(part, 1.0 - part) * pixels;
-    return mix(vec2(inGap), vec2(1.0), clamp(away / (0.5 * gap * u_width) - 0.5, 0.0, 1.0));
+    return clamp(away / (0.5 * gap * u_width) - 0.5, 0.0, 1.0);
 }
 
 // Ink of one set of strokes.
