@@ -257,8 +257,9 @@ public:
     void Draw(int width, int height, float pixelRatio = 1.0f);
 
     /// Whether frames are drawn quickly from the next one on rather than as they are meant, as while the view
-    /// moves: see-through surfaces are then mixed where they are meant to be in exact order, and while a section
-    /// moves the ground keeps the contact shadow that it had. Pictures that are saved are as they are meant.
+    /// moves: see-through surfaces are then mixed where they are meant to be in exact order, occlusion by
+    /// horizons is looked up at a quarter of the pixels, and while a section moves the ground keeps the contact
+    /// shadow that it had. Pictures that are saved are as they are meant.
     /// Off at first.
     void Hurry(bool hurry);
 

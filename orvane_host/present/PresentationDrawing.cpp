@@ -25,7 +25,7 @@ namespace
 constexpr int LargestPicked = 4096;
 
 /// Of a pen stroke, in pixels that settings count.
-constexpr float UsualStrokeWidth = 1.2f;
+constexpr float UsualStrokeWidth = 1.1f;
 
 /// Radius of occlusion, as a share of the model's extent.
 constexpr float UsualOcclusionShare = 0.04f;
@@ -109,7 +109,8 @@ void Presentation::Impl::ConfigureRenderer()
     renderer->SetSun(sun.direction);
     renderer->SetShadows(settings.shadows);
     GlassSettings glass = settings.glass;
-    if (m_hurries && glass.order == GlassOrder::Exact && !renderer->GetPart())
+    const bool hurries = m_hurries && !renderer->GetPart();
+    if (hurries && glass.order == GlassOrder::Exact)
     {
         glass.order = GlassOrder::Weighted;
     }
@@ -125,7 +126,7 @@ void Presentation::Impl::ConfigureRenderer()
     renderer->SetHorizonOcclusion(
         settings.occlusion && !isSpiral
             ? std::optional<PresentationRenderer::HorizonOcclusion>(
-                  {occlusion.radius.value_or(UsualOcclusionShare * Extent()), occlusion.strength})
+                  {occlusion.radius.value_or(UsualOcclusionShare * Extent()), occlusion.strength, hurries})
             : std::nullopt);
     renderer->SetBatches(settings.batches);
     if (renderer->SetAAMode(ModeOf(settings.antialiasing)))
@@ -247,9 +248,10 @@ void Presentation::Impl::Draw(int newWidth, int newHeight, float newRatio)
 
 void Presentation::Impl::Hurry(bool hurry)
 {
-    const bool isGlassOther = settings.glass.order == GlassOrder::Exact && !World().GetAlphaMaterials().empty();
-    const bool isShadowOther = settings.ground && m_contactShadow && m_isContactShadowStale;
-    const bool isOther = m_hurries != hurry && (isGlassOther || isShadowOther);
+    const bool mixesGlass = settings.glass.order == GlassOrder::Exact && !World().GetAlphaMaterials().empty();
+    const bool coarsens = settings.occlusion && settings.occlusionLook.kind == OcclusionKind::Horizon;
+    const bool keepsShadow = settings.ground && m_contactShadow && m_isContactShadowStale;
+    const bool isOther = m_hurries != hurry && (mixesGlass || coarsens || keepsShadow);
     m_hurries = hurry;
     m_isPictureChanged = m_isPictureChanged || isOther;
 }

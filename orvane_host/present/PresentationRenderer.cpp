@@ -269,7 +269,8 @@ void PresentationRenderer::ShowAmbientOcclusion(bool show)
 
 void PresentationRenderer::SetHorizonOcclusion(const std::optional<HorizonOcclusion>& occlusion)
 {
-    m_horizon->Show(occlusion ? std::optional<Detail::HorizonStage::Look>({occlusion->radius, occlusion->strength})
+    m_horizon->Show(occlusion ? std::optional<Detail::HorizonStage::Look>(
+                                    {occlusion->radius, occlusion->strength, occlusion->coarse})
                               : std::nullopt);
 }
 

@@ -134,6 +134,7 @@ public:
     {
         float radius = 1.0f;   ///< world space, above 0
         float strength = 1.0f; ///< as OcclusionLook::strength
+        bool coarse = false;   ///< looked up at a quarter of the pixels, as while the view moves
     };
 
     /// Darkens corners by how much of its surroundings within a radius each place sees hidden. None at

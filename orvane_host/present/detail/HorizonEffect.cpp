@@ -16,12 +16,14 @@ enum Option : std::uint64_t
     OptionPerspective = 1,
     OptionShade = 2, ///< the second run
     OptionFar = 4,
+    OptionFiner = 8,
 };
 
 constexpr OptionRow kOptions[] = {
     {OptionPerspective, "PERSPECTIVE"},
     {OptionShade, "SHADE"},
     {OptionFar, "FAR"},
+    {OptionFiner, "FINER"},
 };
 
 enum Uniform : int
@@ -34,6 +36,7 @@ enum Uniform : int
     UniformDistance,
     UniformPrecision,
     UniformRadius,
+    UniformPerRadius,
     UniformReach,
     UniformStrength,
     UniformFog,
@@ -43,7 +46,8 @@ enum Uniform : int
     UniformToFar,
     UniformNearReach,
     UniformFiner,
-    UniformTargetSize,
+    UniformApart,
+    UniformHiddenSize,
 };
 
 constexpr IndexedName kUniforms[] = {
@@ -55,6 +59,7 @@ constexpr IndexedName kUniforms[] = {
     {UniformDistance, "u_distance"},
     {UniformPrecision, "u_precision"},
     {UniformRadius, "u_radius"},
+    {UniformPerRadius, "u_perRadius"},
     {UniformReach, "u_reach"},
     {UniformStrength, "u_strength"},
     {UniformFog, "u_fog"},
@@ -64,7 +69,8 @@ constexpr IndexedName kUniforms[] = {
     {UniformToFar, "u_toFar"},
     {UniformNearReach, "u_nearReach"},
     {UniformFiner, "u_finer"},
-    {UniformTargetSize, "u_targetSize"},
+    {UniformApart, "u_apart"},
+    {UniformHiddenSize, "u_hiddenSize"},
 };
 static_assert(IsDense(kUniforms));
 
@@ -91,18 +97,21 @@ void HorizonEffect::Apply(MaterialES20*, CameraNodeES20*)
     const bool isFirst = values.hidden == 0;
     const unsigned int other = isFirst ? values.farDepth : values.hidden;
     UseOptions((values.perspective ? OptionPerspective : std::uint64_t(0)) | (isFirst ? std::uint64_t(0) : OptionShade)
-               | (isFirst && values.farDepth != 0 ? OptionFar : std::uint64_t(0)));
+               | (isFirst && values.farDepth != 0 ? OptionFar : std::uint64_t(0))
+               | (!isFirst && values.finer > 1.0f ? OptionFiner : std::uint64_t(0)));
     Set(UniformDepth, static_cast<int>(UnitDepth));
     Set(UniformFaces, static_cast<int>(UnitFaces));
     Set(UniformHidden, static_cast<int>(UnitOther));
     Set(UniformFarDepth, static_cast<int>(UnitOther));
     Set(UniformSize, values.size.x, values.size.y);
     Set(UniformFiner, values.finer);
-    Set(UniformTargetSize, values.targetSize.x, values.targetSize.y);
+    Set(UniformApart, values.apart);
+    Set(UniformHiddenSize, values.hiddenSize.x, values.hiddenSize.y);
     Set(UniformView, values.view.x, values.view.y, values.view.z, values.view.w);
     Set(UniformDistance, values.distance.x, values.distance.y);
     Set(UniformPrecision, values.precision);
     Set(UniformRadius, values.radius);
+    Set(UniformPerRadius, 1.0f / values.radius);
     Set(UniformReach, values.reach);
     Set(UniformStrength, values.strength);
     Set(UniformFog, values.fog.x, values.fog.y);

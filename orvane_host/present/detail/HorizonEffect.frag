@@ -4,15 +4,21 @@
 // the place. Between these horizons light arrives: of each plane that share, counted as it lights the
 // face, is known exactly. Two runs: the first works out the share with other planes and steps in each of
 // 4 x 4 pixels, the second takes the mean of these along the face and darkens the picture by it.
+//
+// Where little is needed, loops end early: where conditions only mask what they skip, on the software
+// renderer, it would cost as much as all of it.
 
 PRECISION_DEFAULT_HIGHP(float)
 
 @OPTIONS@
 
-#define PLANES 6
-#define MOST_STEPS 16
-#define RISE 3.0
+#define PLANES 3                   // through the line of sight at each pixel; other ones at each of a group
+#define LEAST_STEPS 8.0            // to either side in a plane
+#define MOST_STEPS 16.0
+#define RISE 3.0                   // radii in front beyond which what is seen floats
+#define LEVEL 0.003                // what rises no steeper lies in the plane of the face
 #define PI 3.14159265
+#define ROUNDS 64                  // of loops that end before; more than any compiler unrolls
 
 uniform HIGHP sampler2D u_depth;   // of the surfaces
 uniform sampler2D u_faces;         // which way they look, see FaceEffect
@@ -21,11 +27,15 @@ uniform sampler2D u_hidden;        // of the first run
 #endif
 uniform vec2 u_size;               // of both, in pixels, which may be finer than those of the target
 uniform float u_finer;             // so many for one of the target, along each edge
-uniform vec2 u_targetSize;
+uniform float u_apart;             // so many for one of those that the first run draws, along each edge
+#ifdef SHADE
+uniform vec2 u_hiddenSize;         // of what the first run has drawn
+#endif
 uniform vec4 u_view;               // factors and offsets from a pixel to view space, with perspective at distance 1
 uniform vec2 u_distance;           // factor and offset from a depth to the distance, with perspective to 1 over it
 uniform float u_precision;         // of a distance, with perspective for its square
 uniform float u_radius;            // of what hides, units of the model
+uniform float u_perRadius;         // 1 over it
 uniform float u_reach;             // the same in pixels at most
 #ifdef FAR
 uniform HIGHP sampler2D u_farDepth; // of all of the picture, in coarser pixels
@@ -39,10 +49,10 @@ uniform float u_strength;
 uniform vec2 u_fog;                // factor and offset from a distance to what fog leaves
 #endif
 
-// The first of the pixels that a pixel of the target has, which stands for it.
-vec2 pixelHere()
+// The first of the pixels that one of the first run has, which stands for it.
+vec2 standingFor(vec2 drawn)
 {
-    return floor(gl_FragCoord.xy) * u_finer + 0.5;
+    return floor(drawn) * u_apart + 0.5;
 }
 
 float depthAt(vec2 pixel)
@@ -116,67 +126,112 @@ float orderInGroup(vec2 pixel)
     return inFine + inCoarse * 0.25;
 }
 
+// A place and what is looked for about it.
+struct Search
+{
+    vec2 pixel;
+    vec3 place;
+    vec3 normal;
+    vec3 towardEye;
+    vec2 way;        // unit, in pixels
+    float reach;     // pixels
+    float lowest;    // cosine of the angle from the eye to the plane of the face
+};
+
 // How high what is seen beside a place hides it, as the cosine of the angle to the eye. What rises out of
 // the radius is taken to go down into it, as walls do that are seen from above; the less so the farther
 // it is in front, where it may as well float.
-float heightOf(vec3 to, float away, vec3 towardEye, float lowest)
+// @param to from the place; precision of distances there
+float heightOf(Search search, vec3 to, float precision)
 {
-    float front = dot(to, towardEye);
-    if (away < u_radius)
-    {
-        return front / away;
-    }
-    float beside = 1.0 - (away * away - front * front) / (u_radius * u_radius);
-    float share = clamp((RISE - front / u_radius) / (RISE - 1.0), 0.0, 1.0);
-    return beside > 0.0 && front > 0.0 ? mix(lowest, max(sqrt(beside), lowest), share) : lowest;
+    float square = dot(to, to);
+    float front = dot(to, search.towardEye);
+    // Counted in radii.
+    float away = square * u_perRadius * u_perRadius;
+    float ahead = front * u_perRadius;
+    float beside = 1.0 - (away - ahead * ahead);
+    float share = clamp((RISE - ahead) / (RISE - 1.0), 0.0, 1.0);
+    float wall = beside > 0.0 && ahead > 0.0
+               ? mix(search.lowest, max(sqrt(max(beside, 0.0)), search.lowest), share) : search.lowest;
+    float perAway = inversesqrt(max(square, 1.0e-37));
+    // What rises less than depths are exact lies in the same plane.
+    float over = dot(to, search.normal) - 2.0 * precision - LEVEL * square * perAway;
+    return over <= 0.0 ? search.lowest : away < 1.0 ? front * perAway : wall;
+}
+
+// Pixels to what a step looks at: the farther the longer, and each at another pixel.
+float besideAt(Search search, float number, float start, float steps)
+{
+    float along = (number + start) / steps;
+    return along < 1.0 ? max(search.reach * along * along, number + 1.0) : 1.0e9;
+}
+
+float heightAt(Search search, float beside)
+{
+    vec2 other = floor(search.pixel + search.way * beside) + 0.5;
+    float depth = depthAt(other);
+    float distance = distanceOf(depth);
+    float height = heightOf(search, placeAt(other, distance) - search.place, precisionAt(distance));
+    return depth < 1.0 ? height : search.lowest;
+}
+
+#ifdef FAR
+float heightFar(Search search, float beside)
+{
+    vec2 other = floor((search.pixel + search.way * beside) * u_toFar.xy + u_toFar.zw) + 0.5;
+    float depth = texture2D(u_farDepth, other / u_farSize).r;
+    float distance = distanceOf(depth);
+    float height = heightOf(search, placeIn(u_farView, other, distance) - search.place, precisionAt(distance));
+    return depth < 1.0 ? height : search.lowest;
+}
+#endif
+
+// How far a way leads until it leaves the picture.
+float lengthWithin(vec2 from, vec2 way, vec2 size)
+{
+    vec2 lengths = (mix(vec2(0.0), size, step(0.0, way)) - from) / (way + vec2(equal(way, vec2(0.0))) * 1.0e-9);
+    return min(lengths.x, lengths.y);
 }
 
 // The cosine of the angle from the eye to the horizon on one side.
-float horizon(vec2 pixel, vec3 place, vec3 normal, vec3 towardEye, vec2 way, float start, float lowest)
+// @param start of the first step, 0 to 1 of it; wanted: whether the result is of use
+float horizon(Search search, float start, bool wanted)
 {
-    float highest = lowest;
-    float steps = clamp(length(way) / (8.0 * u_finer), 8.0, float(MOST_STEPS));
-    for (int i = 0; i < MOST_STEPS; ++i)
-    {
-        float along = (float(i) + start) / steps;
-        if (along >= 1.0)
-        {
-            break;
-        }
-        vec2 beside = way * along * along;
-        float least = float(i) + 1.0;
-        beside *= max(1.0, least / max(length(beside), 1.0e-6));
-        vec2 size = u_size;
-        vec2 other = floor(pixel + beside) + 0.5;
+    float highest = search.lowest;
+    float steps = clamp(search.reach / (8.0 * u_finer), LEAST_STEPS, MOST_STEPS);
+    float inside = lengthWithin(search.pixel, search.way, u_size);
 #ifdef FAR
-        bool isFar = dot(beside, beside) > u_nearReach * u_nearReach;
-        if (isFar)
-        {
-            size = u_farSize;
-            other = floor((pixel + beside) * u_toFar.xy + u_toFar.zw) + 0.5;
-        }
-#endif
-        if (any(lessThan(other, vec2(0.0))) || any(greaterThan(other, size)))
-        {
-            break;
-        }
-#ifdef FAR
-        float depth = isFar ? texture2D(u_farDepth, other / size).r : depthAt(other);
-        float distance = distanceOf(depth);
-        vec3 to = (isFar ? placeIn(u_farView, other, distance) : placeAt(other, distance)) - place;
+    float nearInside = min(inside, u_nearReach);
 #else
-        float depth = depthAt(other);
-        float distance = distanceOf(depth);
-        vec3 to = placeAt(other, distance) - place;
+    float nearInside = inside;
 #endif
-        float away = length(to);
-        // What rises less than depths are exact lies in the same plane.
-        float over = dot(to, normal) - 2.0 * precisionAt(distance) - 0.003 * away;
-        if (depth < 1.0 && over > 0.0)
+    float number = 0.0;
+    float beside = besideAt(search, number, start, steps);
+    for (int i = 0; i < ROUNDS; ++i)
+    {
+        highest = beside < nearInside ? max(highest, heightAt(search, beside)) : highest;
+        number += beside < nearInside ? 1.0 : 0.0;
+        float next = besideAt(search, number, start, steps);
+        bool isDone = beside >= nearInside || next >= nearInside;
+        beside = next;
+        if (isDone || !wanted)
         {
-            highest = max(highest, heightOf(to, away, towardEye, lowest));
+            break;
         }
     }
+#ifdef FAR
+    inside = lengthWithin(search.pixel * u_toFar.xy + u_toFar.zw, search.way * u_toFar.xy, u_farSize);
+    for (int i = 0; i < ROUNDS; ++i)
+    {
+        highest = beside < inside ? max(highest, heightFar(search, beside)) : highest;
+        number += 1.0;
+        beside = besideAt(search, number, start, steps);
+        if (beside >= inside || !wanted)
+        {
+            break;
+        }
+    }
+#endif
     return highest;
 }
 
@@ -187,7 +242,8 @@ float lightTo(float cosine, float side, float tilt)
     return 0.25 * (cos(tilt) + 2.0 * angle * sin(tilt) - cos(2.0 * angle - tilt));
 }
 
-float hiddenAt(vec2 pixel, float distance)
+// @param wanted whether the result is of use
+float hiddenAt(vec2 pixel, float distance, bool wanted)
 {
     vec3 place = placeAt(pixel, distance);
     vec3 normal = faceAt(pixel);
@@ -201,7 +257,7 @@ float hiddenAt(vec2 pixel, float distance)
     float order = orderInGroup(gl_FragCoord.xy);
     float start = fract(order * 16.0 * 0.618034 + 0.5);
     float hidden = 0.0;
-    for (int i = 0; i < PLANES; ++i)
+    for (int i = 0; i < ROUNDS; ++i)
     {
         float turn = (float(i) + order) * (PI / float(PLANES));
         vec3 across = cos(turn) * right + sin(turn) * up;
@@ -210,8 +266,6 @@ float hiddenAt(vec2 pixel, float distance)
 #else
         vec2 way = across.xy / u_view.xy;
 #endif
-        way *= u_radius;
-        way *= min(1.0, u_reach / length(way));
 
         vec3 axis = cross(across, towardEye);
         vec3 inPlane = normal - axis * dot(normal, axis);
@@ -219,55 +273,88 @@ float hiddenAt(vec2 pixel, float distance)
         float tilt = acos(clamp(dot(inPlane, towardEye) / share, 0.0, 1.0));
         tilt = dot(inPlane, across) < 0.0 ? -tilt : tilt;
         vec2 lowest = vec2(cos(tilt + 0.5 * PI), cos(tilt - 0.5 * PI));
-        float ahead = horizon(pixel, place, normal, towardEye, way, start, lowest.x);
-        float behind = horizon(pixel, place, normal, towardEye, -way, start, lowest.y);
+        float reach = min(length(way) * u_radius, u_reach);
+        way = normalize(way);
+        float ahead = horizon(Search(pixel, place, normal, towardEye, way, reach, lowest.x), start, wanted);
+        float behind = horizon(Search(pixel, place, normal, towardEye, -way, reach, lowest.y), start, wanted);
         // As differences, so that nothing is lost where nothing rises.
         hidden += share * (lightTo(lowest.x, 1.0, tilt) - lightTo(ahead, 1.0, tilt)
                            + lightTo(lowest.y, -1.0, tilt) - lightTo(behind, -1.0, tilt));
+        if (!wanted || i == PLANES - 1)
+        {
+            break;
+        }
     }
     return clamp(hidden / float(PLANES), 0.0, 1.0);
 }
 
 void main()
 {
-    vec2 pixel = pixelHere();
+    vec2 pixel = standingFor(gl_FragCoord.xy);
     float depth = depthAt(pixel);
-    float hidden = 0.0;
-    if (depth < 1.0)
-    {
-        hidden = hiddenAt(pixel, distanceOf(depth));
-    }
+    bool isThere = depth < 1.0;
+    float hidden = hiddenAt(pixel, distanceOf(depth), isThere);
     // The coarse half of which way the face looks comes along for the second run.
-    gl_FragColor = vec4(hidden, texture2D(u_faces, pixel / u_size).xy, 1.0);
+    gl_FragColor = vec4(isThere ? hidden : 0.0, texture2D(u_faces, pixel / u_size).xy, 1.0);
 }
 #else
-// What the first run found so many pixels of the target beside this one.
-vec4 foundBeside(vec2 offset)
+// A pixel of the surfaces as the second run compares it with those of the first.
+struct Spot
 {
-    return texture2D(u_hidden, (gl_FragCoord.xy + offset) / u_targetSize);
+    vec2 drawn;      // the one of the first run that it lies in
+    float distance;
+    vec3 place;
+    vec3 normal;
+    vec2 facing;     // coarse, as the first run leaves it
+    float side;      // of a pixel of the first run there
+    float room;      // what lies no farther from the plane of the face lies in it
+};
+
+Spot spotAt(vec2 pixel, vec2 drawn, float distance)
+{
+    Spot spot;
+    spot.drawn = drawn;
+    spot.distance = distance;
+    spot.place = placeAt(pixel, distance);
+    spot.normal = faceAt(pixel);
+    spot.facing = texture2D(u_faces, pixel / u_size).xy;
+    spot.side = pixelAt(distance) * u_apart;
+    spot.room = spot.side + 2.0 * precisionAt(distance);
+    return spot;
+}
+
+// What the first run found at a pixel of its own.
+vec4 foundAt(vec2 drawn)
+{
+    return texture2D(u_hidden, drawn / u_hiddenSize);
 }
 
 // The mean of what is about a face of but a few pixels: where it is no wider than a pixel, most of it is
 // not even seen. One that lies in the plane of others is taken for a part of these: of a sliver it is
 // uncertain which way it looks. One that belongs to nothing about it is a crack.
-float hiddenAbout(vec2 pixel, vec3 place, vec3 normal, float side, float room)
+// @param wanted whether the result is of use
+float hiddenAbout(Spot spot, bool wanted)
 {
     vec2 about = vec2(0.0);  // sum and count
     vec2 within = vec2(0.0);
     vec2 all = vec2(0.0);
-    for (int y = -2; y <= 2; ++y)
+    for (int y = -2; y < ROUNDS; ++y)
     {
         for (int x = -2; x <= 2; ++x)
         {
-            vec2 offset = vec2(float(x), float(y));
-            vec2 other = pixel + offset * u_finer;
+            vec2 drawn = spot.drawn + vec2(float(x), float(y));
+            vec2 other = standingFor(drawn);
             float depth = depthAt(other);
-            vec3 to = placeAt(other, distanceOf(depth)) - place;
+            vec3 to = placeAt(other, distanceOf(depth)) - spot.place;
             vec3 facing = faceAt(other);
-            vec2 counted = depth < 1.0 ? vec2(foundBeside(offset).r, 1.0) : vec2(0.0);
+            vec2 counted = depth < 1.0 ? vec2(foundAt(drawn).r, 1.0) : vec2(0.0);
             all += counted;
-            about += dot(to, to) < 64.0 * side * side ? counted : vec2(0.0);
-            within += abs(dot(to, facing)) < room && dot(facing, normal) < 0.999 ? counted : vec2(0.0);
+            about += dot(to, to) < 64.0 * spot.side * spot.side ? counted : vec2(0.0);
+            within += abs(dot(to, facing)) < spot.room && dot(facing, spot.normal) < 0.999 ? counted : vec2(0.0);
+        }
+        if (!wanted || y == 2)
+        {
+            break;
         }
     }
     vec2 taken = within.y >= 6.0 ? within : about.y >= 3.0 ? about : all;
@@ -276,59 +363,57 @@ float hiddenAbout(vec2 pixel, vec3 place, vec3 normal, float side, float room)
 
 // The mean over as many pixels as differ in what they looked up, each counted once, of those in the
 // same face.
-float smoothHidden(vec2 pixel, float distance)
+// @param wanted whether the result is of use
+float smoothHidden(Spot spot, bool wanted)
 {
-    vec3 place = placeAt(pixel, distance);
-    vec3 normal = faceAt(pixel);
-    vec2 facing = foundBeside(vec2(0.0)).yz;
-    float side = pixelAt(distance) * u_finer;
-    float room = side + 2.0 * precisionAt(distance);
     vec2 same = vec2(0.0);  // sum and count
-    for (int y = -2; y <= 2; ++y)
+    for (int y = -2; y < ROUNDS; ++y)
     {
         for (int x = -2; x <= 2; ++x)
         {
-            vec2 offset = vec2(float(x), float(y));
-            vec2 other = pixel + offset * u_finer;
+            vec2 drawn = spot.drawn + vec2(float(x), float(y));
+            vec2 other = standingFor(drawn);
             float weight = (x == -2 || x == 2 ? 0.5 : 1.0) * (y == -2 || y == 2 ? 0.5 : 1.0);
             float depth = depthAt(other);
-            vec3 to = placeAt(other, distanceOf(depth)) - place;
-            vec3 found = foundBeside(offset).xyz;
-            vec2 turned = abs(found.yz - facing);
-            bool isSame = depth < 1.0 && abs(dot(to, normal)) < room && max(turned.x, turned.y) < 0.1;
+            vec3 to = placeAt(other, distanceOf(depth)) - spot.place;
+            vec3 found = foundAt(drawn).xyz;
+            vec2 turned = abs(found.yz - spot.facing);
+            bool isSame = depth < 1.0 && abs(dot(to, spot.normal)) < spot.room && max(turned.x, turned.y) < 0.1;
             same += isSame ? weight * vec2(found.x, 1.0) : vec2(0.0);
         }
+        if (!wanted || y == 2)
+        {
+            break;
+        }
     }
-    float hidden = same.x / max(same.y, 1.0);
     float share = clamp((same.y - 4.0) * 0.5, 0.0, 1.0);
-    if (share < 1.0)
-    {
-        hidden = mix(hiddenAbout(pixel, place, normal, side, room), hidden, share);
-    }
-    return hidden;
+    float hidden = same.x / max(same.y, 1.0);
+    return mix(hiddenAbout(spot, wanted && share < 1.0), hidden, share);
 }
 
-// Of a pixel that isn't the first of its pixel of the target: the mean of those about it in the same face,
-// or of all, where the face is no wider than a pixel.
-float hiddenBeside(vec2 pixel, vec2 first, float distance)
+// Of a pixel that isn't the one that the first run has looked at: the mean of those about it in the same
+// face, or of all, where the face is no wider than a pixel.
+// @param wanted whether the result is of use
+float hiddenBeside(Spot spot, bool wanted)
 {
-    vec3 place = placeAt(pixel, distance);
-    vec3 normal = faceAt(pixel);
-    float room = pixelAt(distance) * u_finer + 2.0 * precisionAt(distance);
     vec2 same = vec2(0.0);  // sum and count
     vec2 all = vec2(0.0);
-    for (int y = -1; y <= 1; ++y)
+    for (int y = -1; y < ROUNDS; ++y)
     {
         for (int x = -1; x <= 1; ++x)
         {
-            vec2 offset = vec2(float(x), float(y));
-            vec2 other = first + offset * u_finer;
+            vec2 drawn = spot.drawn + vec2(float(x), float(y));
+            vec2 other = standingFor(drawn);
             float depth = depthAt(other);
-            vec3 to = placeAt(other, distanceOf(depth)) - place;
-            vec2 counted = depth < 1.0 ? vec2(foundBeside(offset).r, 1.0) : vec2(0.0);
-            bool isSame = abs(dot(to, normal)) < room && dot(faceAt(other), normal) > 0.9;
+            vec3 to = placeAt(other, distanceOf(depth)) - spot.place;
+            vec2 counted = depth < 1.0 ? vec2(foundAt(drawn).r, 1.0) : vec2(0.0);
+            bool isSame = abs(dot(to, spot.normal)) < spot.room && dot(faceAt(other), spot.normal) > 0.9;
             same += isSame ? counted : vec2(0.0);
             all += counted;
+        }
+        if (!wanted || y == 1)
+        {
+            break;
         }
     }
     vec2 taken = same.y >= 3.0 ? same : all;
@@ -337,46 +422,43 @@ float hiddenBeside(vec2 pixel, vec2 first, float distance)
 
 // Of the finer pixels of a pixel of the target that have something of the scene, the mean; along rims of
 // faces they differ.
-vec2 hiddenHere(vec2 first)
+// @return what is hidden and a distance
+vec2 hiddenHere()
 {
+    vec2 drawn = floor(floor(gl_FragCoord.xy) * u_finer / u_apart) + 0.5;
+    vec2 first = floor(gl_FragCoord.xy) * u_finer + 0.5;
     float depth = depthAt(first);
     bool isThere = depth < 1.0;
-    float distance = distanceOf(depth);
-    vec3 place = placeAt(first, distance);
-    vec3 normal = faceAt(first);
-    float hidden = isThere ? smoothHidden(first, distance) : 0.0;
+    Spot spot = spotAt(first, drawn, distanceOf(depth));
+    float hidden = smoothHidden(spot, isThere);
     vec2 sum = isThere ? vec2(hidden, 1.0) : vec2(0.0);
-    float nearest = isThere ? distance : 0.0;
-    for (int i = 1; i < 4; ++i)
+    float nearest = isThere ? spot.distance : 0.0;
+#ifdef FINER
+    for (int i = 1; i < ROUNDS; ++i)
     {
-        if (u_finer < 2.0)
+        vec2 pixel = first + vec2(i == 2 ? 0.0 : 1.0, i == 1 ? 0.0 : 1.0);
+        float otherDepth = depthAt(pixel);
+        bool isOther = otherDepth < 1.0;
+        Spot other = spotAt(pixel, drawn, distanceOf(otherDepth));
+        bool isSame = isThere && abs(dot(other.place - spot.place, spot.normal)) < pixelAt(spot.distance)
+                   && dot(other.normal, spot.normal) > 0.9;
+        float beside = hiddenBeside(other, isOther && !isSame);
+        sum += isOther ? vec2(isSame ? hidden : beside, 1.0) : vec2(0.0);
+        nearest = isOther && nearest == 0.0 ? other.distance : nearest;
+        if (i == 3)
         {
             break;
         }
-        vec2 pixel = first + vec2(i == 2 ? 0.0 : 1.0, i == 1 ? 0.0 : 1.0);
-        float otherDepth = depthAt(pixel);
-        if (otherDepth >= 1.0)
-        {
-            continue;
-        }
-        float otherDistance = distanceOf(otherDepth);
-        vec3 to = placeAt(pixel, otherDistance) - place;
-        bool isSame = isThere && abs(dot(to, normal)) < pixelAt(distance) && dot(faceAt(pixel), normal) > 0.9;
-        sum += vec2(isSame ? hidden : hiddenBeside(pixel, first, otherDistance), 1.0);
-        nearest = nearest > 0.0 ? nearest : otherDistance;
     }
-    if (sum.y == 0.0)
-    {
-        // Something covers less of it than the finest pixel.
-        sum = vec2(hiddenBeside(first, first, distance), 1.0);
-        nearest = distance;
-    }
-    return vec2(sum.x / sum.y, nearest);
+#endif
+    // Something may cover less of it than the finest pixel.
+    float about = hiddenBeside(spot, sum.y == 0.0);
+    return sum.y == 0.0 ? vec2(about, spot.distance) : vec2(sum.x / sum.y, nearest);
 }
 
 void main()
 {
-    vec2 here = hiddenHere(pixelHere());
+    vec2 here = hiddenHere();
     float hidden = here.x * u_strength * clamp(u_fog.x * here.y + u_fog.y, 0.0, 1.0);
     gl_FragColor = vec4(vec3(1.0 - min(hidden, 1.0)), 1.0);
 }

@@ -22,7 +22,8 @@ public:
         bool perspective = false;
         glm::vec2 size{1, 1};
         float finer = 1.0f;
-        glm::vec2 targetSize{1, 1};
+        float apart = 1.0f;
+        glm::vec2 hiddenSize{1, 1};
         glm::vec4 view{1, 1, 0, 0};
         glm::vec2 distance{1, 0};
         float precision = 0.0f;

@@ -105,8 +105,10 @@ bool HorizonStage::MakeBuffers(const PresentationFrame& frame)
     {
         m_finer = 1;
     }
+    m_apart = m_look->coarse ? 2 : 1;
+    m_hiddenSize = {(frame.target.width + m_apart - 1) / m_apart, (frame.target.height + m_apart - 1) / m_apart};
     return (m_finer > 1 || m_faces.Resize(frame.target.width, frame.target.height))
-        && m_hidden.Resize(frame.target.width, frame.target.height);
+        && m_hidden.Resize(m_hiddenSize.width, m_hiddenSize.height);
 }
 
 void HorizonStage::DrawSurfaces(PresentationFrame& frame, ScreenBuffer& buffer,
@@ -149,7 +151,8 @@ void HorizonStage::SetValues(const PresentationFrame& frame)
     values.perspective = frame.camera.GetProjection() == CameraNode::Perspective;
     values.size = {m_finer * frame.target.width, m_finer * frame.target.height};
     values.finer = static_cast<float>(m_finer);
-    values.targetSize = {frame.target.width, frame.target.height};
+    values.apart = static_cast<float>(m_finer * m_apart);
+    values.hiddenSize = {m_hiddenSize.width, m_hiddenSize.height};
     float nearest = 0.0f;
     float farthest = 1.0f;
     frame.camera.GetNearFar(nearest, farthest);

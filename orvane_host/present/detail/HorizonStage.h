@@ -22,6 +22,7 @@ public:
     {
         float radius = 1.0f; ///< world space, above 0
         float strength = 1.0f;
+        bool coarse = false; ///< looked up at every other pixel along each edge
     };
 
     HorizonStage() = default;
@@ -54,7 +55,9 @@ private:
     ScreenBuffer m_faces{RenderTargetProfileColorDepth};
     ScreenBuffer m_far{RenderTargetProfileColorDepth};
     ScreenBuffer m_hidden{RenderTargetProfileColor};
+    int m_apart = 1; ///< pixels of the target for one of what is hidden, along each edge
     int m_finer = 1; ///< pixels of the faces for one of the target, along each edge
+    PixelSize m_hiddenSize;
     PixelSize m_farSize; ///< of the frame; none where all is near
     EffectInPlace::Replaced m_replaced;
 };

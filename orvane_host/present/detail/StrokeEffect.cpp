@@ -10,6 +10,10 @@
 #include "orvane/scene/LightNode.h"
 #include "orvane/scene/Material.h"
 
+#include <GL/gl.h>
+
+#include <algorithm>
+
 namespace OV::Host::Detail
 {
 
@@ -22,6 +26,7 @@ enum Uniform : int
     UniformColor,
     UniformLight,
     UniformWidth,
+    UniformOpacity,
     UniformEnableLight,
     UniformEnableTexture,
     UniformEnableNormals,
@@ -37,6 +42,7 @@ constexpr IndexedName kUniforms[] = {
     {UniformColor, "u_color"},
     {UniformLight, "u_lightDir"},
     {UniformWidth, "u_width"},
+    {UniformOpacity, "u_opacity"},
     {UniformEnableLight, "u_enableLight"},
     {UniformEnableTexture, "u_enableTexture"},
     {UniformEnableNormals, "u_enableNormals"},
@@ -84,7 +90,9 @@ void StrokeEffect::Apply(MaterialES20* data, CameraNodeES20* camera)
     const unsigned int texture = ColorTexture(data);
     m_hasTexture = texture != 0;
     UseOptions(0);
+    m_blends = EnableBlendingIfNeeded(data);
     Set(UniformWidth, m_width);
+    Set(UniformOpacity, std::clamp(material->GetOpacity(), 0.0f, 1.0f));
     Set(UniformAmbient, material->GetAmbient());
     const bool isLit = IsLit(material);
     LightNode* const light = isLit ? FirstLight(material) : nullptr;
@@ -108,6 +116,11 @@ void StrokeEffect::Apply(MaterialES20* data, CameraNodeES20* camera)
 void StrokeEffect::Remove()
 {
     EndUse();
+    if (m_blends)
+    {
+        glDisable(GL_BLEND);
+        m_blends = false;
+    }
     if (m_hasTexture)
     {
         BindTexture(0, 0);

@@ -1,19 +1,25 @@
-// Shading in strokes of a pen, as wide on the screen whatever the size of the object and the distance
-// of the eye.
+// Shading in strokes of a pen on white paper, as wide on the screen whatever the size of the object and the
+// distance of the eye.
 //
-// Strokes lie on lattices in object space whose spacings are powers of two. Of each direction the lattice
-// counts whose strokes are once to twice as far apart as the tone asks for, and strokes halfway between
+// Strokes lie in rows in object space, on lattices whose spacings are powers of two. Of each set of rows the
+// lattice counts whose strokes are once to twice as far apart as the tone asks for, and strokes halfway between
 // these come in by as much as they are too far apart: the tone stays, and where one lattice gives way to
 // the next one they show the same.
+//
+// A light tone takes one set, a dark one three, and shadow one more. Loops go through what is drawn alone and
+// end as soon as it is: where conditions only mask what they skip, on the software renderer, it would cost as
+// much.
 
 PRECISION_DEFAULT_HIGHP(float)
 
-#define DIRECTIONS 4
+#define SETS 3
+#define ROUNDS 64                  // of loops that end before; more than any compiler unrolls
 
 uniform vec4 u_ambient;
-uniform vec4 u_color;
+uniform vec4 u_color;              // in the light
 uniform vec3 u_lightDir;           // world space, unit, towards the light
 uniform float u_width;             // of a stroke, in pixels of what is drawn into
+uniform float u_opacity;           // of the material, 0 to 1; below 1 it is a pane
 uniform LOWP int u_enableLight;
 uniform LOWP int u_enableTexture;
 uniform LOWP int u_enableNormals;
@@ -25,15 +31,31 @@ varying vec3 v_normal;             // object space
 varying vec3 v_world_normal;       // not of unit length
 varying vec2 v_tc;
 
-const float mostCoverage = 0.5;    // of a direction in strokes of that width; they get broader beyond
+// The tone, which is the share of the paper that stays white; see StrokeEffect.
+const float shade = 0.74;          // of white that is turned away from the light
+const float fullLight = 0.75;      // cosine to the light from which on white stays paper
+const float colorShare = 0.28;     // how much of what a colour is darker than white counts
+const float glass = 0.92;          // of the clearest pane
+const float veil = 0.6;            // how much of what lies behind it the clearest pane covers
+const float coarser = 2.0;         // levels of textures: what is finer than strokes would only fray them
+
+// Strokes; lengths count widths of them.
+const float setCoverage = 0.15;    // of a set, where the next one begins
+const float mostCoverage = 0.5;    // they get broader beyond
 const float leastCoverage = 0.06;  // they get paler below
-const float segment = 110.0;       // widths from gap to gap along a stroke, to twice as many
-const float gap = 5.0;             // widths
-const float inGap = 0.5;           // ink that is left in the middle of a gap
-const float wave = 40.0;           // widths from bend to bend, to twice as many
-const float bend = 0.06;           // of the distance between strokes
-const float aside = 0.15;          // of the same, how far a stroke lies from its place in the row
-const float palest = 0.6;          // ink of the palest stroke
+const float segment = 96.0;        // from gap to gap along a stroke, where the pen was lifted, to twice as long
+const float gap = 5.0;
+const float palest = 0.55;         // ink of the palest stroke
+const float inked = 0.5 * (1.0 + palest) * (1.0 - gap / segment); // what pale strokes and gaps leave
+const float bend = 0.05;           // how far strokes go to and fro, of the distance between them
+const float aside = 0.16;          // how far at most a stroke lies from its place in the row, of the same
+// Object space, unit, at right angles to each other: strokes of the first set lie across the first.
+const vec3 firstSide = vec3(0.5002, -0.6603, 0.5602);
+const vec3 otherSide = vec3(0.1728, -0.5579, -0.8117);
+const vec3 thirdSide = vec3(0.8485, 0.5028, -0.1650);
+const vec2 setTurn = vec2(0.5000, 0.8660);     // cosine and sine of the angle from set to set
+const vec2 shadowTurn = vec2(0.8660, 0.5000);  // and on to the strokes of a shadow
+const float sharpness = 64.0;      // of the change from one plane to the next on what is round
 
 #ifdef LIGHT_SHARE
 @LIGHT_SHARE@
@@ -45,6 +67,7 @@ struct Surface
     vec3 up;        // a pixel up
     vec3 normal;    // object space
     vec3 shading;   // normal in world space
+    vec4 texel;     // white, opaque without a texture
 };
 
 Surface surfaceHere()
@@ -55,175 +78,233 @@ Surface surfaceHere()
     vec3 face = cross(surface.across, surface.up);
     surface.normal = u_enableNormals == 1 ? v_normal : face;
     surface.shading = u_enableNormals == 1 ? v_world_normal : u_faceMatrix * face;
+    vec4 texel = texture2D(u_baseTexture, v_tc, coarser);
+    surface.texel = u_enableTexture == 1 ? texel : vec4(1.0);
     return surface;
 }
 
-float luminance(Surface surface)
+// What light and shadow leave of white, 1 each where there is all the light.
+struct Light
 {
-    vec4 lit = u_ambient + u_color;
-    if (u_enableLight == 1)
-    {
-        float facing = dot(surface.shading, u_lightDir) / max(length(surface.shading), 1.0e-30);
-        // Of a face alone it is not known which side is its front.
-        lit = u_ambient + u_color * (u_enableNormals == 1 ? max(facing, 0.0) : abs(facing));
-    }
-    vec3 color = clamp(lit.rgb, 0.0, 1.0);
-    if (u_enableTexture == 1)
-    {
-        color *= texture2D(u_baseTexture, v_tc).rgb;
-    }
-    return dot(color, vec3(0.299, 0.587, 0.114));
+    float facing;
+    float shadow;
+};
+
+Light lightOn(Surface surface)
+{
+#ifdef LIGHT_SHARE
+    float direct = OVSL_ShadowTone();
+#else
+    float direct = 1.0;
+#endif
+    float facing = dot(surface.shading, u_lightDir) / max(length(surface.shading), 1.0e-30);
+    // Of a face alone it is not known which side is its front.
+    facing = u_enableNormals == 1 ? max(facing, 0.0) : abs(facing);
+    float arrives = u_enableLight == 1 ? min(facing / fullLight, 1.0) : 1.0;
+    Light light;
+    light.facing = mix(shade, 1.0, arrives);
+    // What faces away from the light lies in no other's shadow.
+    light.shadow = mix(shade, direct, arrives) / light.facing;
+    return light;
 }
 
-float hash(float x)
+// The share of the paper that is to stay white outside of shadows.
+float toneOf(Surface surface, Light light)
+{
+    vec3 color = clamp(u_enableLight == 1 ? u_ambient.rgb + u_color.rgb : u_color.rgb, 0.0, 1.0) * surface.texel.rgb;
+    float tint = 1.0 - colorShare * (1.0 - dot(color, vec3(0.299, 0.587, 0.114)));
+    return u_opacity < 1.0 ? mix(glass, light.facing, u_opacity) : light.facing * tint;
+}
+
+// Where rows of strokes lie: across the strokes and along them, in units.
+struct Rows
+{
+    vec2 place;
+    vec2 right;  // a pixel to the right
+    vec2 up;     // a pixel up
+};
+
+// @param across, along: directions of object space, unit, at right angles
+Rows rowsOf(Surface surface, vec3 across, vec3 along)
+{
+    Rows rows;
+    rows.place = vec2(dot(v_position, across), dot(v_position, along));
+    rows.right = vec2(dot(surface.across, across), dot(surface.across, along));
+    rows.up = vec2(dot(surface.up, across), dot(surface.up, along));
+    return rows;
+}
+
+vec2 turned(vec2 way, vec2 turn)
+{
+    return vec2(turn.x * way.x - turn.y * way.y, turn.x * way.y + turn.y * way.x);
+}
+
+vec2 hash(vec2 x)
 {
     x = fract(x * 0.1031);
     x *= x + 33.33;
     return fract(x * (x + x));
 }
 
-// A number of a stroke by its place, the same in each lattice that has it and of any magnitude.
-float numberOf(float place)
+// Numbers of strokes by their places, the same in each lattice that has them and of any magnitude.
+vec2 numbersOf(vec2 places)
 {
-    float size = abs(place);
-    return size > 0.0 ? place * exp2(-floor(log2(size))) * 4093.0 : 0.0;
+    vec2 sizes = max(abs(places), 1.0e-30);
+    return places * exp2(-floor(log2(sizes))) * 4093.0;
 }
 
-float waveAt(float x)
+// As sin(2 pi x), nearly.
+vec2 waveAt(vec2 x)
 {
-    float whole = floor(x);
-    float part = x - whole;
-    part *= part * (3.0 - 2.0 * part);
-    return mix(hash(whole), hash(whole + 1.0), part) * 2.0 - 1.0;
+    vec2 part = 2.0 * fract(x) - 1.0;
+    return 4.0 * part * (1.0 - abs(part));
 }
 
-// The smallest power of two that isn't below a length, and by how much it is above: 0 to 1.
-vec2 lattice(float least)
+// @param along in segments
+vec2 bendAt(vec2 along)
 {
-    float spacing = exp2(ceil(log2(least)));
-    return vec2(spacing, spacing / least - 1.0);
+    // Two whose bends never meet twice alike.
+    return waveAt(along) + waveAt(1.618 * along);
 }
 
 // What of the ink of a stroke is there at a place along it: less in gaps, where the pen was lifted.
-// @param pixels of a lattice of gaps
-float between(float along, float pixels, float width)
+// @param pixels of a segment
+vec2 between(vec2 along, float pixels)
 {
-    float part = fract(along);
-    float away = min(part, 1.0 - part) * pixels;
-    return mix(inGap, 1.0, clamp(away / (0.5 * gap * width) - 0.5, 0.0, 1.0));
+    vec2 part = fract(along);
+    vec2 away = min(part, 1.0 - part) * pixels;
+    return clamp(away / (0.5 * gap * u_width) - 0.5, 0.0, 1.0);
 }
 
-// One stroke, by the distance from where it would be without bends.
-struct Pen
+// Ink of one set of strokes.
+// @param coverage share of the paper that they are to cover
+float inkOf(Rows rows, float coverage)
 {
-    float width;       // pixels
-    float along;       // units
-    float pixel;       // units across
-    float pixelAlong;  // units along
-    float spacing;     // units between strokes, as the tone asks for
-    vec2 gaps;         // lattices along a stroke
-    vec2 bends;
-    float solid;       // 0 to 1: how far gaps and pale strokes are filled in, where nearly all is black
-};
+    vec2 across = vec2(rows.right.x, rows.up.x);
+    vec2 along = vec2(rows.right.y, rows.up.y);
+    // Units a pixel: across the strokes and along them; and how far places along move aside a unit.
+    float pixel = max(length(across), 1.0e-30);
+    float pixelAlong = max(abs(across.x * along.y - across.y * along.x) / pixel, 0.1 * length(along) + 1.0e-30);
+    float skew = dot(across, along) / (pixel * pixel);
+    // Where nearly all is black, gaps and pale strokes are filled in.
+    float solid = clamp(2.0 * coverage - 1.0, 0.0, 1.0);
+    coverage /= mix(inked, 1.0, solid);
+    // From stroke to stroke and from gap to gap: the smallest powers of two that aren't below the lengths
+    // asked for, and by how much they are above, 0 to 1.
+    vec2 asked = u_width * vec2(pixel / clamp(coverage, leastCoverage, mostCoverage), pixelAlong * segment);
+    vec2 lattice = exp2(ceil(log2(asked)));
+    vec2 halfway = lattice / asked - 1.0;
 
-float stroke(Pen pen, float place, float away)
-{
-    float number = numberOf(place);
-    float phase = hash(number);
-    vec2 bends = pen.along / pen.bends.x * vec2(1.0, 2.0) + 97.0 * phase;
-    float bent = (mix(waveAt(bends.x), waveAt(bends.y), pen.bends.y) * bend + (2.0 * hash(number + 0.71) - 1.0) * aside)
-        * pen.spacing;
-    float reach = abs(away - bent) / pen.pixel;
-    float ink = clamp(0.5 * pen.width + 0.5 - reach, 0.0, 1.0);
-
-    vec2 along = pen.along / pen.gaps.x * vec2(1.0, 2.0) + 7.0 * phase;
-    float pixels = pen.gaps.x / pen.pixelAlong;
-    float there = mix(between(along.x, pixels, u_width), between(along.y, 0.5 * pixels, u_width), pen.gaps.y);
-    return ink * mix(there * mix(palest, 1.0, hash(number + 0.37)), 1.0, pen.solid);
+    // The nearest stroke of the lattice and the nearest one halfway between two of them.
+    float row = rows.place.x / lattice.x;
+    vec2 places = vec2(floor(row + 0.5), floor(row) + 0.5) * lattice.x;
+    vec2 beside = rows.place.x - places;
+    vec2 numbers = numbersOf(places);
+    vec2 phase = 7.0 * hash(numbers);
+    vec2 segments = (rows.place.y - skew * beside) / lattice.y;
+    vec2 bent = mix(bendAt(segments + phase), bendAt(2.0 * segments + phase), halfway.y) * bend
+              + (2.0 * hash(numbers + 0.71) - 1.0) * aside;
+    vec2 away = abs(beside - bent * asked.x) / pixel;
+    float width = u_width * max(coverage / mostCoverage, 1.0);
+    vec2 ink = clamp(0.5 * width + 0.5 - away, 0.0, 1.0);
+    float pixels = lattice.y / pixelAlong;
+    vec2 there = mix(between(segments + phase, pixels), between(2.0 * segments + phase, 0.5 * pixels), halfway.y);
+    ink *= mix(there * mix(vec2(palest), vec2(1.0), hash(numbers + 0.37)), vec2(1.0), solid);
+    return min(ink.x + halfway.x * ink.y, 1.0) * min(coverage / leastCoverage, 1.0);
 }
 
-// The share of the paper that gaps and pale strokes leave inked of what strokes cover.
-float inked(vec2 gaps)
+// The share of what a set finds white that stays white.
+// @param tone that is to be left; begins: where the set does, which the tone is below or not
+float leftBy(Rows rows, float tone, float begins)
 {
-    float lost = (1.0 - inGap) * gap / (segment * (1.0 + gaps.y));
-    return (1.0 - lost * mix(1.0, 2.0, gaps.y)) * 0.5 * (1.0 + palest);
+    // Sets take it in turns, and beyond the last one all get denser.
+    float least = min(1.0 - setCoverage, pow(tone, 1.0 / float(SETS)));
+    return 1.0 - inkOf(rows, 1.0 - clamp(tone / begins, least, 1.0));
 }
 
-// Ink of the strokes of one direction.
-// @param direction of the strokes, in object space; side: across them, in the same plane
-float inkOf(Surface surface, vec3 direction, vec3 side, float coverage)
+// Rows across one direction of the object: on what is round they follow it without a seam. About the two
+// places that face that way they would get lost, and take another direction.
+float paperOfFirstSet(Surface surface, float tone)
 {
-    Pen pen;
-    pen.along = dot(v_position, direction);
-    pen.pixel = max(length(vec2(dot(surface.across, side), dot(surface.up, side))), 1.0e-30);
-    pen.pixelAlong = max(length(vec2(dot(surface.across, direction), dot(surface.up, direction))), 1.0e-30);
-    pen.gaps = lattice(segment * u_width * pen.pixelAlong);
-    pen.bends = lattice(wave * u_width * pen.pixelAlong);
-    pen.solid = clamp(2.0 * coverage - 1.0, 0.0, 1.0);
-    coverage /= mix(inked(pen.gaps), 1.0, pen.solid);
-    float drawn = clamp(coverage, leastCoverage, mostCoverage);
-    pen.width = u_width * max(coverage / mostCoverage, 1.0);
-    pen.spacing = pen.pixel * u_width / drawn;
-    vec2 rows = lattice(pen.spacing);
-
-    float place = dot(v_position, side);
-    float row = floor(place / rows.x + 0.5) * rows.x;
-    float other = (floor(place / rows.x) + 0.5) * rows.x;
-    float ink = stroke(pen, row, place - row) + rows.y * stroke(pen, other, place - other);
-    return min(ink, 1.0) * min(coverage / leastCoverage, 1.0);
-}
-
-// The light that strokes of all directions leave of a plane of object space.
-float paperIn(Surface surface, vec3 right, vec3 up, float tone)
-{
-    float paper = 1.0;
-    // How much light is left when a direction begins, and which way it goes.
-    vec4 begins = vec4(1.0, 0.62, 0.4, 0.25);
-    vec4 ends = vec4(0.62, 0.4, 0.25, 0.0);
-    for (int i = 0; i < DIRECTIONS; ++i)
+    float facing = abs(dot(surface.normal, firstSide)) / max(length(surface.normal), 1.0e-30);
+    float other = smoothstep(0.98, 0.99, facing);
+    float paper = 0.0;
+    for (int i = 0; i < ROUNDS; ++i)
     {
-        float first = i == 0 ? begins.x : i == 1 ? begins.y : i == 2 ? begins.z : begins.w;
-        float last = i == 0 ? ends.x : i == 1 ? ends.y : i == 2 ? ends.z : ends.w;
-        if (tone >= first)
+        bool isOther = other > 0.5;
+        float weight = isOther ? other : 1.0 - other;
+        paper += weight * leftBy(rowsOf(surface, isOther ? otherSide : firstSide, thirdSide), tone, 1.0);
+        other = isOther ? 0.0 : 1.0;
+        if (weight > 0.99 || i == 1)
         {
             break;
         }
-        vec2 way = i == 0 ? vec2(0.7071, 0.7071) : i == 1 ? vec2(-0.7071, 0.7071)
-                 : i == 2 ? vec2(0.9397, 0.3420) : vec2(-0.3420, 0.9397);
-        float coverage = 1.0 - max(tone, last) / first;
-        vec3 direction = way.x * right + way.y * up;
-        vec3 side = way.x * up - way.y * right;
-        paper *= 1.0 - inkOf(surface, direction, side, coverage);
     }
     return paper;
+}
+
+// The paper that the sets after the first, and shadow, leave in a plane of two axes of the object.
+// @param plane 1 for the axis that it faces, 0 for the others
+float paperInPlane(vec3 plane, Surface surface, float tone, float shadow)
+{
+    vec3 ahead = plane.yzx;
+    vec3 aside = plane.zxy;
+    vec2 side = normalize(vec2(dot(firstSide, ahead), dot(firstSide, aside)));
+    float begins = 1.0 - setCoverage;
+    float paper = 1.0;
+    for (int i = 2; i < ROUNDS; ++i)
+    {
+        bool isShadow = tone >= begins || i > SETS;
+        side = turned(side, isShadow ? shadowTurn : setTurn);
+        Rows rows = rowsOf(surface, side.x * ahead + side.y * aside, side.x * aside - side.y * ahead);
+        paper *= isShadow ? 1.0 - inkOf(rows, 1.0 - shadow) : leftBy(rows, tone, begins);
+        begins *= 1.0 - setCoverage;
+        if (isShadow || (shadow >= 1.0 && (tone >= begins || i == SETS)))
+        {
+            break;
+        }
+    }
+    return paper;
+}
+
+float largestOf(vec3 v)
+{
+    return max(max(v.x, v.y), v.z);
+}
+
+// In the plane that the surface faces, and in two only where it bends from one to the other.
+float paperOfOtherSets(Surface surface, float tone, float shadow)
+{
+    // Factors settle it for what faces two alike.
+    vec3 weights = abs(surface.normal) * vec3(1.0, 1.16, 1.07);
+    weights = pow(weights / max(largestOf(weights), 1.0e-30), vec3(sharpness));
+    float sum = 0.0;
+    float paper = 0.0;
+    for (int i = 0; i < ROUNDS; ++i)
+    {
+        float weight = largestOf(weights);
+        vec3 plane = step(weight, weights);
+        plane.yz *= 1.0 - plane.x;
+        plane.z *= 1.0 - plane.y;
+        paper += weight * paperInPlane(plane, surface, tone, shadow);
+        sum += weight;
+        weights *= 1.0 - plane;
+        if (largestOf(weights) < 0.02)
+        {
+            break;
+        }
+    }
+    return paper / sum;
 }
 
 void main()
 {
     Surface surface = surfaceHere();
-    float tone = luminance(surface);
-#ifdef LIGHT_SHARE
-    tone *= OVSL_ShadowTone();
-#endif
-    // Drawn in the plane of the axes that the surface faces, and in two only where it bends from one to
-    // the other. Factors settle it for what faces two alike.
-    vec3 weights = abs(surface.normal) / max(length(surface.normal), 1.0e-30) * vec3(1.0, 1.16, 1.07);
-    weights = pow(weights, vec3(24.0));
-    weights /= max(weights.x + weights.y + weights.z, 1.0e-30);
-    float paper = 0.0;
-    if (weights.x > 0.01)
-    {
-        paper += weights.x * paperIn(surface, vec3(0.0, 0.0, 1.0), vec3(0.0, 1.0, 0.0), tone);
-    }
-    if (weights.y > 0.01)
-    {
-        paper += weights.y * paperIn(surface, vec3(1.0, 0.0, 0.0), vec3(0.0, 0.0, 1.0), tone);
-    }
-    if (weights.z > 0.01)
-    {
-        paper += weights.z * paperIn(surface, vec3(1.0, 0.0, 0.0), vec3(0.0, 1.0, 0.0), tone);
-    }
-    vec3 drawn = step(vec3(0.01), weights) * weights;
-    paper /= max(drawn.x + drawn.y + drawn.z, 0.01);
-    gl_FragColor = vec4(vec3(paper), 1.0);
+    Light light = lightOn(surface);
+    float tone = toneOf(surface, light);
+    float paper = paperOfFirstSet(surface, tone) * paperOfOtherSets(surface, tone, light.shadow);
+    // A pane is a veil of paper with the strokes on it.
+    float veiled = mix(veil, 1.0, u_opacity);
+    float covered = 1.0 - (1.0 - veiled) * paper;
+    gl_FragColor = vec4(vec3(veiled * paper / covered), covered * surface.texel.a);
 }

@@ -524,6 +524,45 @@ TEST_F(HorizonOcclusion, OfWhatIsNarrowerThanAPixelMakesNoSpecks)
     }
 }
 
+TEST_F(HorizonOcclusion, IsCoarseInAHurryAndFullAtRest)
+{
+    Show(MakeBoxOnPlane(), Vector(3.2f, 2.6f, 4.0f), Vector(0, 0.5f, 0));
+    for (const int samples : {0, 4})
+    {
+        UseFramebuffer(Width(), Height(), samples);
+        m_settings.antialiasing = samples == 0 ? Host::Antialiasing::None : Host::Antialiasing::Multisampling;
+        const Picture full = Redraw();
+        m_model->Hurry(true);
+        EXPECT_TRUE(m_model->NeedsDraw());
+        const Picture coarse = Draw(*m_model);
+        EXPECT_NE(coarse, full);
+        double sum = 0.0;
+        for (int y = 0; y < Height(); ++y)
+        {
+            for (int x = 0; x < Width(); ++x)
+            {
+                sum += std::abs(coarse.At(x, y).g - full.At(x, y).g) / 255.0;
+            }
+        }
+        EXPECT_LT(sum / (Width() * Height()), 0.01) << samples;
+        m_model->Hurry(false);
+        EXPECT_TRUE(m_model->NeedsDraw());
+        ExpectSame(Draw(*m_model), full, "at rest");
+    }
+}
+
+TEST_F(HorizonOcclusion, InAHurryLeavesFlatFacesAndConvexEdgesAsTheyAre)
+{
+    for (const bool orthographic : {false, true})
+    {
+        m_settings.view.orthographic = orthographic;
+        Show(MakeBox(1.0f), Vector(3, 2, 4), Vector(0, 0, 0));
+        m_settings.occlusionLook.radius = 1.0f;
+        m_model->Hurry(true);
+        EXPECT_EQ(MostHidden(Redraw(), Anywhere), 0.0);
+    }
+}
+
 TEST_F(HorizonOcclusion, HasNoNoise)
 {
     // From above, beside the middle of the box's side, pixels of a column are alike.
