@@ -216,7 +216,7 @@ protected:
             return;
         }
         const std::common_type_t<Values...> row[] = {values...};
-        if (!Holds(index, row, sizeof(row)))
+        if (!Holds<sizeof(row)>(index, row))
         {
             m_current->SetUniform(index, values...);
             Keep(index, row, sizeof(row));
@@ -356,6 +356,13 @@ private:
     bool Holds(int index, const void* value, std::size_t bytes) const
     {
         return ShaderProgram::s_fed == m_current && m_current->m_known.Holds(index, value, bytes);
+    }
+
+    /// The same for a size that is known, which takes a few comparisons in place of a call.
+    template <std::size_t Bytes>
+    bool Holds(int index, const void* value) const
+    {
+        return ShaderProgram::s_fed == m_current && m_current->m_known.template Holds<Bytes>(index, value);
     }
 
     void Keep(int index, const void* value, std::size_t bytes)

@@ -199,6 +199,15 @@ private:
                    std::memcmp(m_values[place].words.data(), value, bytes) == 0;
         }
 
+        /// The same for a size that is known.
+        template <std::size_t Bytes>
+        bool Holds(int index, const void* value) const
+        {
+            const auto place = static_cast<std::size_t>(index);
+            return place < m_values.size() && m_values[place].bytes == Bytes &&
+                   IsSame<Bytes / sizeof(std::uint32_t)>(m_values[place].words.data(), value);
+        }
+
         /// Whether a value of this size has to be sent. It then is kept.
         template <std::size_t Bytes>
         bool Renew(int index, const void* value)

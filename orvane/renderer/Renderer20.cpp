@@ -161,7 +161,7 @@ void ForEachLiving(const std::vector<Entry*>& list, std::vector<Entry*>& scratch
     {
         if (!walk.HasLosses() && i + forEntry < count)
         {
-            detail::Prefetch((*present)[i + forEntry]);
+            detail::PrefetchHead((*present)[i + forEntry]);
             detail::PrefetchLines<kListLines>((*present)[i + forData]->GetRenderData());
         }
         Entry* const entry = (*present)[i];

@@ -32,7 +32,8 @@ struct Node::Extras
 Node::Node(Scene* ownScene) :
     scene(ownScene),
     m_kind(KindNotYetKnown),
-    m_isGlobalMirror(false)
+    m_isGlobalMirror(false),
+    m_hasGlobalNormals(false)
 {
     if (scene)
     {
@@ -109,12 +110,10 @@ void Node::UpdateGraph()
         }
         globalMatrixDirty = true;
         globalNormalsDirty = true;
-        if (m_hasGlobalMatrix)
+        // A host's class may go on to write the transform.
+        if (m_hasGlobalMatrix && m_kind == KindOfEngine)
         {
-            // At once, while the transform is in the cache: to come back for it makes 10,000
-            // moving nodes a third slower.
-            global.ExtractMatrix(m_globalMatrix, true);
-            globalMatrixDirty.m_state = MatrixFlag::UpAhead;
+            ConvertAhead();
         }
         TellChange(NodeChangePlace);
     }
@@ -339,6 +338,18 @@ Matrix* Node::UpdateGlobalMatrix()
     return &m_globalMatrix;
 }
 
+void Node::ConvertAhead()
+{
+    // At once, while the transform is in the cache: to come back for it makes 10,000 moving nodes a
+    // third slower.
+    global.ExtractMatrix(m_globalMatrix, true);
+    globalMatrixDirty.m_state = MatrixFlag::UpAhead;
+    if (m_hasGlobalNormals)
+    {
+        UpdateNormals();
+    }
+}
+
 const Matrix3x3& Node::UpdateNormals()
 {
     if (!m_hasGlobalMatrix)
@@ -347,6 +358,7 @@ const Matrix3x3& Node::UpdateNormals()
     }
     global.ExtractAffineInverseTranspose3x3(m_globalNormals.m);
     m_isGlobalMirror = global.GetTransf3d().isMirror();
+    m_hasGlobalNormals = true;
     globalNormalsDirty = false;
     return m_globalNormals;
 }

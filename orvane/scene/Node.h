@@ -270,6 +270,7 @@ private:
     bool m_hasGlobalMatrix = false;
     Kind m_kind : 4;
     bool m_isGlobalMirror : 1;
+    bool m_hasGlobalNormals : 1; ///< whether anybody ever asked for them
     /// The update ID under which this node stands among the marked children of its parent; 0 for
     /// never.
     unsigned int m_markedAt = 0;
@@ -352,6 +353,9 @@ private:
     }
 
     const Matrix3x3& UpdateNormals();
+
+    /// Brings up to date what rendering takes, in the walk that has composed the global transform.
+    void ConvertAhead();
 
     std::unique_ptr<Extras> m_extras;
     Lifetime m_lifetime;

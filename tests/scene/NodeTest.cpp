@@ -502,6 +502,34 @@ TEST_F(NodeInScene, AMatrixThatWasAskedForIsConvertedByTheWalkAndNotAgain)
     EXPECT_EQ(child->PeekGlobalMatrix(), nullptr) << "nobody asked for this one";
 }
 
+TEST_F(NodeInScene, WhatAHostsClassMakesOfItsPlaceAfterTheWalkIsWhatIsRendered)
+{
+    class Mirrored : public Node
+    {
+    public:
+        using Node::Node;
+
+        void UpdateGraph() override
+        {
+            Node::UpdateGraph();
+            Transform mirror;
+            mirror.SetScale(Vector(-2.0f, 1.0f, 1.0f));
+            global.Multiply(global, mirror);
+        }
+    };
+    auto* const node = new Mirrored(&scene);
+    scene.GetRoot()->AddChild(node, false);
+    for (const float x : {1.0f, 5.0f})
+    {
+        node->SetLocal(At(x, 0, 0));
+        Update();
+        EXPECT_EQ(node->GetGlobalMatrix()->m[0], -2.0f);
+        EXPECT_EQ(node->GetGlobalMatrix()->m[12], x);
+        EXPECT_EQ(node->GetGlobalNormalMatrix().m[0], -0.5f);
+        EXPECT_TRUE(node->IsGlobalMirror());
+    }
+}
+
 TEST_F(NodeInScene, TheMatrixFlagStandsAfterEachComposingWalkUntilTheMatrixIsAskedFor)
 {
     const Matrix* const matrix = parent->GetGlobalMatrix();
