@@ -36,7 +36,7 @@ public:
         glGetIntegerv(GL_MAX_VIEWPORT_DIMS, most);
         // A target may be finer than the picture.
         const int finer = m_viewport[2] / part.size.width;
-        m_isMoved = part.whole.width <= most[0] / finer && part.whole.height <= most[1] / finer;
+        m_isMoved = finer > 0 && part.whole.width <= most[0] / finer && part.whole.height <= most[1] / finer;
         if (m_isMoved)
         {
             SetPart(ViewPart());

@@ -5,7 +5,9 @@
 #include "orvane_host/present/detail/ScreenBuffer.h"
 #include "orvane_host/present/detail/SlopeEffect.h"
 #include "orvane_host/present/detail/SurfacePass.h"
+#include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshStyleES20.h"
+#include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/Scene.h"
 
@@ -16,6 +18,20 @@
 
 namespace OV::Host::Detail
 {
+
+namespace
+{
+
+/// What the pass of identifiers doesn't know the shape of.
+bool HasShape(MeshStyleES20& style)
+{
+    const auto* const data = dynamic_cast<const MaterialES20*>(&style);
+    const Material* const material = data ? data->GetMaterial() : nullptr;
+    return !style.GetShader(RenderPassDepthId)
+        || (material && ((material->GetFlags() & MaterialFlagPoints) != 0 || data->GetOpacityMapID() != 0));
+}
+
+} // namespace
 
 LineDepthStage::LineDepthStage() = default;
 
@@ -72,7 +88,7 @@ void LineDepthStage::Sort(const FrameItems& items)
         if (item.style != style)
         {
             style = item.style;
-            isShaped = !SurfacePass::KnowsShapeOf(*item.style);
+            isShaped = HasShape(*item.style);
         }
         const bool isOpaque = i < items.firstLine;
         if (isOpaque || !isShaped)

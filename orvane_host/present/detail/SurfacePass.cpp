@@ -5,9 +5,6 @@
 #include "orvane_host/present/detail/Effects.h"
 #include "orvane_host/present/detail/ScreenBuffer.h"
 #include "orvane/effects/DepthIdPassEffectES20.h"
-#include "orvane/renderdata/MaterialES20.h"
-#include "orvane/renderdata/MeshStyleES20.h"
-#include "orvane/scene/Material.h"
 
 #include <GL/gl.h>
 
@@ -20,14 +17,6 @@ void SurfacePass::SetState()
     glDepthMask(GL_TRUE);
     glEnable(GL_CULL_FACE);
     glEnable(GL_DEPTH_TEST);
-}
-
-bool SurfacePass::KnowsShapeOf(MeshStyleES20& style)
-{
-    const auto* const data = dynamic_cast<const MaterialES20*>(&style);
-    const Material* const material = data ? data->GetMaterial() : nullptr;
-    return style.GetShader(RenderPassDepthId)
-        && (!material || ((material->GetFlags() & MaterialFlagPoints) == 0 && data->GetOpacityMapID() == 0));
 }
 
 bool SurfacePass::Fetch(PresentationFrame& frame)

@@ -4,7 +4,6 @@ namespace OV
 {
 
 class DepthIdPassEffectES20;
-class MeshStyleES20;
 
 } // namespace OV
 
@@ -30,9 +29,6 @@ public:
 
     /// The state that surfaces are drawn with, where none is blended. GL.
     static void SetState();
-
-    /// Whether the pass that this draws knows the shape of what has a style: not that of points and holes.
-    static bool KnowsShapeOf(MeshStyleES20& style);
 
     /// Fetches the effect, if there is none yet. GL.
     /// @return false where there is no such effect.

@@ -11,7 +11,6 @@
 #include "orvane_host/present/detail/SampleShadingScope.h"
 #include "orvane_host/present/detail/ShadowStage.h"
 #include "orvane_host/present/detail/StrokeEffect.h"
-#include "orvane_host/present/detail/SurfacePass.h"
 #include "orvane/effects/AdvancedMaterialBaseES20.h"
 #include "orvane/effects/BasicMaterialEffectES20.h"
 #include "orvane/math/Transform.h"
@@ -30,6 +29,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <functional>
 
 namespace OV::Host::Detail
 {
@@ -381,11 +381,12 @@ bool SurfaceStage::DrawLayers(PresentationFrame& frame)
     m_lineSetup.Begin(frame.renderer.GetEffects(), m_layers.Size(), frame.screen);
     const unsigned int solidDepth =
         linesElsewhere && m_layers.Size() == frame.target ? m_lineStage->GetSolidDepth() : 0;
-    const auto drawSolids = [&] { DrawDepth(frame, m_solids); };
+    const auto drawSolids = [&] { drawAgain(m_solids); };
     const auto drawPanes = [&] { drawAgain(m_panes); };
-    // With room a wall would hide glass by half a pixel less than its colours do.
-    m_lineRoom.Without(m_solids, m_panes, [&]
-                       { m_layers.Gather(frame, EffectES20::GetLightShare(), solidDepth, drawSolids, drawPanes); });
+    const auto gather = [&] { m_layers.Gather(frame, EffectES20::GetLightShare(), solidDepth, drawSolids, drawPanes); };
+    // All without room, as in that depth: else a pane close before a wall could be behind it. By reference,
+    // which allocates nothing.
+    m_lineRoom.Without(m_solids, m_panes, std::cref(gather));
     m_lineSetup.Begin(frame.renderer.GetEffects(), frame.target, frame.screen);
     m_lineRoom.Draw(m_solids, items.firstLine, solids, frame.overDraw,
                     [&](const std::vector<RenderItemES20>& part, bool) { DrawItems(frame, part, pass); });
@@ -401,21 +402,6 @@ bool SurfaceStage::DrawLayers(PresentationFrame& frame)
     }
     DrawItems(frame, m_others, pass);
     return true;
-}
-
-/// Draws items for their depth, once more than the frame.
-void SurfaceStage::DrawDepth(PresentationFrame& frame, const std::vector<RenderItemES20>& items)
-{
-    DrawIdKeeper drawIds(frame.scene);
-    drawIds.Keep(items);
-    m_part.clear();
-    m_shaped.clear();
-    for (const RenderItemES20& item : items)
-    {
-        (SurfacePass::KnowsShapeOf(*item.style) ? m_part : m_shaped).push_back(item);
-    }
-    frame.renderer.DrawInPicture(frame, m_part, RenderPassDepthId);
-    DrawItems(frame, m_shaped, PassOfLook());
 }
 
 void SurfaceStage::DrawItems(PresentationFrame& frame, const std::vector<RenderItemES20>& items, RenderPass pass)

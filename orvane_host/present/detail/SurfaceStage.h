@@ -101,7 +101,6 @@ private:
     void DrawLook(PresentationFrame& frame);
     void DrawWithoutLines(PresentationFrame& frame, const LineRoom::DrawItems& draw);
     bool DrawLayers(PresentationFrame& frame);
-    void DrawDepth(PresentationFrame& frame, const std::vector<RenderItemES20>& items);
     void DrawItems(PresentationFrame& frame, const std::vector<RenderItemES20>& items, RenderPass pass);
     void PrepareReflection();
     void Reflect(const Reflection& reflection);
@@ -132,7 +131,6 @@ private:
     std::vector<RenderItemES20> m_part;   ///< its surfaces, where lines are drawn elsewhere
     std::vector<RenderItemES20> m_solids; ///< what is drawn before the see-through surfaces
     std::vector<RenderItemES20> m_panes;  ///< see-through surfaces that are drawn in layers
-    std::vector<RenderItemES20> m_shaped; ///< those of the solids that only their look knows the shape of
     std::vector<RenderItemES20> m_others; ///< and those that are not
     std::vector<RenderItemES20> m_run;    ///< those of the items that one pass draws in a row
 };

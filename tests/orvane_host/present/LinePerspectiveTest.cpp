@@ -224,6 +224,47 @@ protected:
         return here;
     }
 
+    double Random(double low, double high)
+    {
+        return low + (high - low) * static_cast<double>(random() % 10000) / 10000.0;
+    }
+
+    Point3d RandomPlace() { return {Random(-14, 14), Random(-10, 10), Random(-20, 15)}; }
+
+    /// One with lines along its edges.
+    void AddEdgedBox()
+    {
+        // Turned about the line of sight and then about the height.
+        const double roll = Random(0, 3);
+        const double turn = Random(0, 3);
+        const double size[] = {Random(1, 5), Random(1, 4), Random(1, 4)};
+        const std::array<std::array<double, 3>, 3> turned = {{{std::cos(roll) * std::cos(turn), std::sin(roll), -std::cos(roll) * std::sin(turn)},
+                                                              {-std::sin(roll) * std::cos(turn), std::cos(roll), std::sin(roll) * std::sin(turn)},
+                                                              {std::sin(turn), 0.0, std::cos(turn)}}};
+        std::array<std::array<double, 3>, 3> sides = turned;
+        for (std::size_t axis = 0; axis < 3; ++axis)
+        {
+            for (double& part : sides[axis])
+            {
+                part *= size[axis];
+            }
+        }
+        const Solid box = BoxOf(RandomPlace(), sides);
+        AddSolid(box);
+        const double width = std::floor(Random(3, 9));
+        for (unsigned int corner = 0; corner < 8; ++corner)
+        {
+            for (unsigned int bit = 1; bit < 8; bit *= 2)
+            {
+                if ((corner & bit) == 0)
+                {
+                    AddSegment(box.corners[corner], box.corners[corner | bit], width);
+                }
+            }
+        }
+    }
+
+    std::mt19937 random{11};
     std::vector<DrawnSegment> segments;
     std::vector<Point3d> points; ///< of all solids
     std::vector<std::uint32_t> indices;
@@ -231,9 +272,6 @@ protected:
 
 TEST_F(PerspectiveLines, AreAsRaysHaveThem)
 {
-    std::mt19937 random(11);
-    const auto of = [&](double low, double high) { return low + (high - low) * static_cast<double>(random() % 10000) / 10000.0; };
-    const auto place = [&] { return Point3d{of(-14, 14), of(-10, 10), of(-20, 15)}; };
     int lines = 0;
     int beside = 0;
     for (int round = 0; round < 3; ++round)
@@ -247,41 +285,14 @@ TEST_F(PerspectiveLines, AreAsRaysHaveThem)
         indices.clear();
         for (int i = 0; i < 6; ++i)
         {
-            // Turned about the line of sight and then about the height.
-            const double roll = of(0, 3);
-            const double turn = of(0, 3);
-            const double size[] = {of(1, 5), of(1, 4), of(1, 4)};
-            const std::array<std::array<double, 3>, 3> turned = {{{std::cos(roll) * std::cos(turn), std::sin(roll), -std::cos(roll) * std::sin(turn)},
-                                                                  {-std::sin(roll) * std::cos(turn), std::cos(roll), std::sin(roll) * std::sin(turn)},
-                                                                  {std::sin(turn), 0.0, std::cos(turn)}}};
-            std::array<std::array<double, 3>, 3> sides = turned;
-            for (std::size_t axis = 0; axis < 3; ++axis)
-            {
-                for (double& part : sides[axis])
-                {
-                    part *= size[axis];
-                }
-            }
-            const Solid box = BoxOf(place(), sides);
-            AddSolid(box);
-            const double width = std::floor(of(3, 9));
-            for (unsigned int corner = 0; corner < 8; ++corner)
-            {
-                for (unsigned int bit = 1; bit < 8; bit *= 2)
-                {
-                    if ((corner & bit) == 0)
-                    {
-                        AddSegment(box.corners[corner], box.corners[corner | bit], width);
-                    }
-                }
-            }
+            AddEdgedBox();
         }
         for (int i = 0; i < 4; ++i)
         {
-            AddSegment(place(), place(), std::floor(of(3, 9)));
+            AddSegment(RandomPlace(), RandomPlace(), std::floor(Random(3, 9)));
         }
         // From behind the eye.
-        AddSegment({of(-3, 3), of(-3, 3), 40.0}, place(), 5.0);
+        AddSegment({Random(-3, 3), Random(-3, 3), 40.0}, RandomPlace(), 5.0);
         const RayCaster caster(points, indices);
         const Picture picture = Draw();
         for (int y = 0; y < kHeight; ++y)
