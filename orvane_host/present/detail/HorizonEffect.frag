@@ -12,7 +12,7 @@ PRECISION_DEFAULT_HIGHP(float)
 
 @OPTIONS@
 
-#define PLANES 3                   // through the line of sight at each pixel; other ones at each of a group
+#define PLANES 4                   // through the line of sight at each pixel; other ones at each of a group
 #define LEAST_STEPS 8.0            // to either side in a plane
 #define MOST_STEPS 16.0
 #define RISE 3.0                   // radii in front beyond which what is seen floats
