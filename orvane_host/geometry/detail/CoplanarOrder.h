@@ -18,7 +18,7 @@ struct PlacedSolid
 {
     Box box = {};             ///< around all of its faces
     double thickness = 0.0;   ///< of an open surface 0
-    bool showsBacks = false;  ///< whether its faces are seen from behind too
+    bool showsBacks = false;  ///< whether its faces are seen from behind too, though it is no open surface
     std::uint32_t family = 0; ///< those of one family look the same where they overlap, and need no order
 };
 
@@ -46,8 +46,9 @@ struct CoplanarLimits
 /// round counter-clockwise.
 using SolidFaces = std::function<void(std::uint32_t, const std::function<void(const FaceCorners&)>&)>;
 
-/// Orders solids that have faces in one plane, looking one way, of which parts lie in the same place: there the
-/// depths are the same but for rounding, and what is seen would differ from pixel to pixel.
+/// Orders solids that have faces in one plane of which parts lie in the same place: there the depths are the same but
+/// for rounding, and what is seen would differ from pixel to pixel. Faces that look opposite ways count only where
+/// the back of one may be seen.
 ///
 /// The thinner solid lies before the other, so that a board before a wall and a picture before a board
 /// is seen; of two as thick the later one. That is one order for all, so that no ring of solids, each before the

@@ -42,6 +42,22 @@ public:
         m_first += 8;
     }
 
+    /// A sheet across the third axis, that looks along it or back.
+    void AddSheet(const std::string& name, const std::string& material, const Vector& low, const Vector& high,
+                  bool looksBack)
+    {
+        m_text << "o " << name << "\nusemtl " << material << "\n";
+        for (unsigned int corner = 0; corner < 4; ++corner)
+        {
+            const Vector point = At({(corner & 1) != 0 ? high.x : low.x, (corner & 2) != 0 ? high.y : low.y, low.z});
+            m_text << "v " << point.x << ' ' << point.y << ' ' << point.z << '\n';
+        }
+        const int first = m_first;
+        m_text << "f " << first << ' ' << first + (looksBack ? 2 : 1) << ' ' << first + 3 << ' '
+               << first + (looksBack ? 1 : 2) << '\n';
+        m_first += 4;
+    }
+
     Vector At(const Vector& local) const
     {
         const float parts[] = {local.x, local.y, local.z};

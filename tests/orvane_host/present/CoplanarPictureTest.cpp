@@ -143,6 +143,32 @@ TEST_F(CoplanarPicture, WithoutAnOrderBothAreSeen)
     EXPECT_GT(wrong, 0);
 }
 
+TEST_F(CoplanarPicture, SheetsThatLookOppositeWaysAreInOrderWhereBacksAreSeen)
+{
+    for (const bool boardLooksBack : {false, true})
+    {
+        boxes = NewBoxes();
+        boxes.AddSheet("wall", "wall", Vector(-5.3f, -5.1f, 0), Vector(5.7f, 5.9f, 0), !boardLooksBack);
+        boxes.AddSheet("board", "board", Vector(-1.1f, -1.3f, 0), Vector(1.7f, 0.9f, 0), boardLooksBack);
+        WriteFile(folder.Path("boxes.obj"), boxes.Text("colors.mtl"));
+        for (const bool isOrdered : {true, false})
+        {
+            const auto presentation = Present(isOrdered);
+            int wrong = 0;
+            for (const double distance : kDistances)
+            {
+                for (const double tilt : {0.0, 31.0, 62.0, 149.0, 180.0, 211.0})
+                {
+                    PresentationSettings wanted = From(distance, tilt, false);
+                    wanted.cullBacks = false;
+                    wrong += CountWrong(*presentation, wanted);
+                }
+            }
+            EXPECT_EQ(wrong == 0, isOrdered) << wrong << " pixels, board looks back " << boardLooksBack;
+        }
+    }
+}
+
 TEST_F(CoplanarPicture, GlassIsInOrderToo)
 {
     for (const char* const glass : {"wall", "board", "both"})
