@@ -216,7 +216,7 @@ struct KnownModel
 };
 
 const KnownModel kKnown[] = {
-    {"IFC/AC14-FZK-Haus.ifc", 216, 67, 31'235, 0, 0},
+    {"IFC/AC14-FZK-Haus.ifc", 216, 73, 31'293, 0, 0},
     {"OBJ/spider.obj", 20, 19, 1'368, 4, 0},
     {"glTF2/BoxTextured-glTF/BoxTextured.gltf", 2, 1, 12, 1, 0},
     {"glTF2/BoxTextured-glTF-Binary/BoxTextured.glb", 2, 1, 12, 0, 1},

@@ -361,17 +361,17 @@ TEST_F(PresentationRendererTest, TheToneOfStrokesFollowsTheLightHoweverTheObject
         node->SetLocal(place);
         const Picture picture = Draw(Look::Crosshatch);
         double sum = 0.0;
-        for (int y = 50; y < 78; ++y)
+        for (int y = 44; y < 84; ++y)
         {
             for (int x = 60; x < 68; ++x)
             {
                 sum += picture.At(x, y).r;
             }
         }
-        return sum / (28.0 * 8.0);
+        return sum / (40.0 * 8.0);
     };
     const double facing = tone(0.0f);
-    const double slanted = tone(0.9f);
+    const double slanted = tone(1.0f);
     const double away = tone(1.35f);
     EXPECT_GT(facing, slanted + 10.0);
     EXPECT_GT(slanted, away + 10.0);
