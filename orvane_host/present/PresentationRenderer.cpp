@@ -105,6 +105,7 @@ PresentationRenderer::PresentationRenderer(TextureLoader* loader, RenderCapabili
     m_sunPatch = Append<Detail::SunPatchStage>(Step::SunPatch, *m_shadows);
     m_surfaces = Append<Detail::SurfaceStage>(Step::Surfaces);
     m_surfaces->LightWith(*m_shadows);
+    m_sunPatch->TakeStrokesOf(*m_surfaces);
     m_occlusion = Append<Detail::OcclusionStage>(Step::Occlusion);
     m_horizon = Append<Detail::HorizonStage>(Step::Occlusion);
     m_edges = Append<Detail::EdgeStage>(Step::Edges);

@@ -20,6 +20,9 @@ namespace OV::Host::Detail
 namespace
 {
 
+/// How much of what lies behind it the clearest pane covers.
+constexpr float kClearestVeil = 0.6f;
+
 enum Uniform : int
 {
     UniformAmbient,
@@ -27,6 +30,7 @@ enum Uniform : int
     UniformLight,
     UniformWidth,
     UniformOpacity,
+    UniformVeil,
     UniformEnableLight,
     UniformEnableTexture,
     UniformEnableNormals,
@@ -43,6 +47,7 @@ constexpr IndexedName kUniforms[] = {
     {UniformLight, "u_lightDir"},
     {UniformWidth, "u_width"},
     {UniformOpacity, "u_opacity"},
+    {UniformVeil, "u_veil"},
     {UniformEnableLight, "u_enableLight"},
     {UniformEnableTexture, "u_enableTexture"},
     {UniformEnableNormals, "u_enableNormals"},
@@ -92,7 +97,9 @@ void StrokeEffect::Apply(MaterialES20* data, CameraNodeES20* camera)
     UseOptions(0);
     m_blends = EnableBlendingIfNeeded(data);
     Set(UniformWidth, m_width);
-    Set(UniformOpacity, std::clamp(material->GetOpacity(), 0.0f, 1.0f));
+    const float opacity = std::clamp(material->GetOpacity(), 0.0f, 1.0f);
+    Set(UniformOpacity, opacity);
+    Set(UniformVeil, kClearestVeil + (1.0f - kClearestVeil) * opacity);
     Set(UniformAmbient, material->GetAmbient());
     const bool isLit = IsLit(material);
     LightNode* const light = isLit ? FirstLight(material) : nullptr;

@@ -20,6 +20,7 @@ uniform vec4 u_color;              // in the light
 uniform vec3 u_lightDir;           // world space, unit, towards the light
 uniform float u_width;             // of a stroke, in pixels of what is drawn into
 uniform float u_opacity;           // of the material, 0 to 1; below 1 it is a pane
+uniform float u_veil;              // how much of what lies behind it the paper covers, 0 to 1
 uniform LOWP int u_enableLight;
 uniform LOWP int u_enableTexture;
 uniform LOWP int u_enableNormals;
@@ -36,7 +37,6 @@ const float shade = 0.74;          // of white that is turned away from the ligh
 const float fullLight = 0.75;      // cosine to the light from which on white stays paper
 const float colorShare = 0.28;     // how much of what a colour is darker than white counts
 const float glass = 0.92;          // of the clearest pane
-const float veil = 0.6;            // how much of what lies behind it the clearest pane covers
 const float coarser = 2.0;         // levels of textures: what is finer than strokes would only fray them
 
 // Strokes; lengths count widths of them.
@@ -304,7 +304,6 @@ void main()
     float tone = toneOf(surface, light);
     float paper = paperOfFirstSet(surface, tone) * paperOfOtherSets(surface, tone, light.shadow);
     // A pane is a veil of paper with the strokes on it.
-    float veiled = mix(veil, 1.0, u_opacity);
-    float covered = 1.0 - (1.0 - veiled) * paper;
-    gl_FragColor = vec4(vec3(veiled * paper / covered), covered * surface.texel.a);
+    float covered = 1.0 - (1.0 - u_veil) * paper;
+    gl_FragColor = vec4(vec3(u_veil * paper / max(covered, 1.0e-6)), covered * surface.texel.a);
 }

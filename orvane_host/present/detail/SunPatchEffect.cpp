@@ -33,14 +33,8 @@ constexpr IndexedName kUniforms[] = {
 };
 static_assert(IsDense(kUniforms));
 
-constexpr unsigned AttributeTexture = 0;
-
-constexpr IndexedName kAttributes[] = {
-    {AttributeTexture, "a_texture"},
-};
-
 constexpr ProgramTemplate kTemplate = {
-    "SunPatchEffect", Shaders::SunPatchEffectVert, Shaders::SunPatchEffectFrag, kOptions, kUniforms, kAttributes,
+    "SunPatchEffect", Shaders::SunPatchEffectVert, Shaders::SunPatchEffectFrag, kOptions, kUniforms, kPatchAttributes,
 };
 
 } // namespace
@@ -68,12 +62,12 @@ void SunPatchEffect::Remove()
 
 void SunPatchEffect::BindMeshAttributes(MeshES20* mesh)
 {
-    EnableAttribute(AttributeTexture, 2, mesh->GetStride(), mesh->GetTextureOffset());
+    EnableAttribute(AttributePatchPlace, 2, mesh->GetStride(), mesh->GetTextureOffset());
 }
 
 void SunPatchEffect::ReleaseMeshAttributes(MeshES20*)
 {
-    DisableAttribute(AttributeTexture);
+    DisableAttribute(AttributePatchPlace);
 }
 
 void SunPatchEffect::BindMeshUniforms(MeshNode*)

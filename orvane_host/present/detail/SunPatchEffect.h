@@ -6,9 +6,16 @@
 namespace OV::Host::Detail
 {
 
+constexpr unsigned AttributePatchPlace = 0;
+
+/// Of what lays the screen's quad on a patch.
+constexpr IndexedName kPatchAttributes[] = {
+    {AttributePatchPlace, "a_texture"},
+};
+
 /// Darkens a patch of a plane where shadows fall on it. Drawn over the screen's quad, which it lays
 /// on the patch.
-class SunPatchEffect final : public MaterialEffectES20
+class SunPatchEffect : public MaterialEffectES20
 {
 public:
     SunPatchEffect();

@@ -3,9 +3,10 @@
 #include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/StageAccess.h"
 #include "orvane_host/present/detail/Effects.h"
-#include "orvane_host/present/detail/SunPatchEffect.h"
 #include "orvane_host/present/detail/LightShareScope.h"
 #include "orvane_host/present/detail/ShadowStage.h"
+#include "orvane_host/present/detail/SunStrokeEffect.h"
+#include "orvane_host/present/detail/SurfaceStage.h"
 #include "orvane/renderdata/CameraNodeES20.h"
 
 #include <GL/gl.h>
@@ -58,16 +59,43 @@ bool IsSeenFromAbove(const glm::dmat4& patchToClip)
     return glm::determinant(corners) > 0.0;
 }
 
+Vector ToVector(const glm::dvec3& vector)
+{
+    return {static_cast<float>(vector.x), static_cast<float>(vector.y), static_cast<float>(vector.z)};
+}
+
 } // namespace
 
 SunPatchStage::~SunPatchStage()
 {
-    Drop(m_effect);
+    ReleaseGL();
 }
 
 void SunPatchStage::ReleaseGL()
 {
     Drop(m_effect);
+    Drop(m_strokes);
+}
+
+SunPatchEffect& SunPatchStage::EffectFor(const PresentationFrame& frame)
+{
+    if (const std::optional<float> width = m_surfaces ? m_surfaces->GetStrokeWidth(frame) : std::nullopt)
+    {
+        if (!m_strokes)
+        {
+            m_strokes = new SunStrokeEffect;
+        }
+        m_strokes->width = *width;
+        m_strokes->across = ToVector(m_shadows.GetPatch()->across);
+        m_strokes->along = ToVector(m_shadows.GetPatch()->along);
+        return *m_strokes;
+    }
+    if (!m_effect)
+    {
+        m_effect = new SunPatchEffect;
+    }
+    m_effect->darkness = m_darkness;
+    return *m_effect;
 }
 
 void SunPatchStage::Draw(PresentationFrame& frame)
@@ -86,16 +114,12 @@ void SunPatchStage::Draw(PresentationFrame& frame)
     {
         return;
     }
-    if (!m_effect)
-    {
-        m_effect = new SunPatchEffect;
-    }
-    std::transform(glm::value_ptr(toClip), glm::value_ptr(toClip) + 16, m_effect->patchToClip.m,
+    SunPatchEffect& effect = EffectFor(frame);
+    std::transform(glm::value_ptr(toClip), glm::value_ptr(toClip) + 16, effect.patchToClip.m,
                    [](double value) { return static_cast<float>(value); });
-    m_effect->darkness = m_darkness;
     const LightShareScope light(m_shadows.GetShare());
     const StainScope stain;
-    frame.renderer.DrawOverScreen(*m_effect);
+    frame.renderer.DrawOverScreen(effect);
 }
 
 } // namespace OV::Host::Detail

@@ -245,15 +245,24 @@ void SurfaceStage::Reflect(const Reflection& reflection)
     m_reflecting->SetPixelReflection(m_reflectionMap, reflection.tint);
 }
 
+std::optional<float> SurfaceStage::GetStrokeWidth(const PresentationFrame& frame) const
+{
+    if (m_look != Look::Crosshatch)
+    {
+        return std::nullopt;
+    }
+    // A capture may be finer than the screen.
+    const float finer = static_cast<float>(frame.target.width) / static_cast<float>(std::max(frame.screen.width, 1));
+    return m_strokeWidth * finer;
+}
+
 void SurfaceStage::UseStrokes(const PresentationFrame& frame)
 {
     if (!m_strokes)
     {
         m_strokes = new StrokeEffect;
     }
-    // A capture may be finer than the screen.
-    const float finer = static_cast<float>(frame.target.width) / static_cast<float>(std::max(frame.screen.width, 1));
-    m_strokes->SetWidth(m_strokeWidth * finer);
+    m_strokes->SetWidth(*GetStrokeWidth(frame));
     for (const auto* list : {&frame.scene.GetOptimizedMaterials(), &frame.scene.GetAlphaMaterials()})
     {
         for (Material* material : *list)

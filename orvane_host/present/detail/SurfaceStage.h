@@ -47,6 +47,9 @@ public:
     void SetLook(Look look) { m_look = look; }
     Look GetLook() const { return m_look; }
     void SetStrokeWidth(float pixels) { m_strokeWidth = pixels; }
+
+    /// The same in pixels of what is drawn into; none in looks without strokes.
+    std::optional<float> GetStrokeWidth(const PresentationFrame& frame) const;
     void ShowSurfaces(bool show) { m_surfacesShown = show; }
     void ShowLines(bool show) { m_linesShown = show; }
     bool AreLinesShown() const { return m_linesShown; }

@@ -5,6 +5,8 @@
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/Scene.h"
 
+#include <algorithm>
+
 namespace OV::Test
 {
 
@@ -30,6 +32,31 @@ PixelRect OnFloor(float x0, float x1, float z0, float z1)
 
 /// Where the cube's shadow lies with its lower face two units up and the sun half way up from +x.
 const PixelRect kShadow = OnFloor(-3.5f, -1.5f, -0.5f, 0.5f);
+
+/// How light a part of a picture is, 0 to 255.
+struct Tones
+{
+    double mean = 0.0;
+    int darkest = 255;
+    int lightest = 0;
+
+    static Tones In(const Picture& picture, const PixelRect& rect)
+    {
+        Tones tones;
+        for (int y = rect.y; y < rect.y + rect.height; ++y)
+        {
+            for (int x = rect.x; x < rect.x + rect.width; ++x)
+            {
+                const int red = picture.At(x, y).r;
+                tones.mean += red;
+                tones.darkest = std::min(tones.darkest, red);
+                tones.lightest = std::max(tones.lightest, red);
+            }
+        }
+        tones.mean /= rect.width * rect.height;
+        return tones;
+    }
+};
 
 class ShadowStage : public PresentationFixture
 {
@@ -219,23 +246,12 @@ TEST_F(ShadowStage, MakesStrokesDenser)
     FloorAndCube made = MakeFloorAndCube(2.0f);
     PresentationSettings settings = LookingDown();
     settings.look = Look::Crosshatch;
-    const auto mean = [](const Picture& picture, const PixelRect& rect) {
-        double sum = 0.0;
-        for (int y = rect.y; y < rect.y + rect.height; ++y)
-        {
-            for (int x = rect.x; x < rect.x + rect.width; ++x)
-            {
-                sum += picture.At(x, y).r;
-            }
-        }
-        return sum / (rect.width * rect.height);
-    };
     const Picture shadows = Draw(made, settings);
     settings.shadows.reset();
     const Picture lit = Draw(made, settings);
-    EXPECT_LT(mean(shadows, kShadow), 0.8 * mean(lit, kShadow));
+    EXPECT_LT(Tones::In(shadows, kShadow).mean, 0.8 * Tones::In(lit, kShadow).mean);
     const PixelRect elsewhere = OnFloor(1, 5, -5, 5);
-    EXPECT_EQ(mean(shadows, elsewhere), mean(lit, elsewhere));
+    EXPECT_EQ(Tones::In(shadows, elsewhere).mean, Tones::In(lit, elsewhere).mean);
 }
 
 TEST_F(ShadowStage, HasWiderRimsWhereTheSunIsWide)
@@ -272,6 +288,27 @@ TEST_F(ShadowStage, IsCaughtByAGround)
     const Picture below = Draw(made, settings);
     settings.ground.reset();
     ExpectSame(below, Draw(made, settings), "from below");
+}
+
+TEST_F(ShadowStage, IsCaughtInStrokesWhereSurfacesAreDrawnInThem)
+{
+    FloorAndCube made = MakeFloorAndCube(2.0f, Color(0.8f, 0.8f, 0.8f), 1.0f, false);
+    PresentationSettings settings = LookingDown();
+    settings.look = Look::Crosshatch;
+    settings.background = Color(1, 1, 1);
+    settings.ground.emplace().kind = Host::GroundKind::ShadowCatcher;
+    settings.ground->height = 0.0f;
+    const Picture picture = Draw(made, settings);
+    const Tones shadow = Tones::In(picture, kShadow);
+    EXPECT_LT(shadow.darkest, 60) << "strokes";
+    EXPECT_GT(shadow.lightest, 200) << "paper between them";
+    EXPECT_NEAR(shadow.mean, kShade.r, 20.0) << "as dark as elsewhere";
+    ExpectColorInRect(picture, OnFloor(-6, -3.5f, -6, 6), kWhite);
+    ExpectColorInRect(picture, OnFloor(-3.5f, -1.5f, -6, -0.5f), kWhite);
+    ExpectColorInRect(picture, OnFloor(-3.5f, -1.5f, 0.5f, 6), kWhite);
+    // And flat again in another look.
+    settings.look = Look::Advanced;
+    ExpectColorInRect(Draw(made, settings), kShadow, kShade, 1);
 }
 
 TEST_F(ShadowStage, LiesOnAGroundAtTheModelsLowestPoint)
