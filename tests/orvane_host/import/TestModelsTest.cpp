@@ -221,7 +221,7 @@ const KnownModel kKnown[] = {
     {"glTF2/BoxTextured-glTF/BoxTextured.gltf", 2, 1, 12, 1, 0},
     {"glTF2/BoxTextured-glTF-Binary/BoxTextured.glb", 2, 1, 12, 0, 1},
     {"glTF2/BoxTextured-glTF-Embedded/BoxTextured.gltf", 2, 1, 12, 0, 1},
-    {"glTF2/2CylinderEngine-glTF-Binary/2CylinderEngine.glb", 83, 34, 75'730, 0, 0},
+    {"glTF2/2CylinderEngine-glTF-Binary/2CylinderEngine.glb", 83, 43, 90'256, 0, 0},
     {"Collada/duck.zae", 4, 1, 4'212, 0, 1},
     {"3DS/cube_with_diffuse_texture.3DS", 2, 1, 12, 1, 0},
     {"RAW/WithColor.raw", 2, 2, 4, 0, 0},
