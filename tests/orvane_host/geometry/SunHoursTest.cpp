@@ -6,6 +6,7 @@
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/RawMesh.h"
 #include "orvane/scene/Scene.h"
+#include "tests/support/ShowMesh.h"
 
 #include <gtest/gtest.h>
 
@@ -47,12 +48,7 @@ struct SunHoursScene : ::testing::Test
         raw->SetPositionBuffer(std::move(corners));
         raw->SetIndices({0, 1, 2, 0, 2, 3});
         raw->EndDescription(true);
-        auto* const mesh = new Mesh(raw, &scene);
-        material.AddMesh(mesh);
-        auto* const node = new MeshNode(&scene);
-        scene.GetRoot()->AddChild(node, false);
-        mesh->AddNode(node);
-        return node;
+        return &OV::Test::ShowMesh(raw, material, scene);
     }
 };
 

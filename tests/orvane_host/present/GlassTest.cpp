@@ -1,5 +1,6 @@
 #include "tests/orvane_host/present/PictureRows.h"
 #include "tests/orvane_host/present/PresentationModels.h"
+#include "tests/support/ShowMesh.h"
 
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
@@ -57,11 +58,7 @@ protected:
             material->SetAmbient(Color(0, 0, 0));
             material->SetFlags(MaterialFlagUnlit);
             scene->AddMaterial(material);
-            auto* const mesh = new Mesh(raw, scene.get());
-            material->AddMesh(mesh);
-            auto* const node = new MeshNode(scene.get());
-            scene->GetRoot()->AddChild(node, false);
-            mesh->AddNode(node);
+            ShowMesh(raw, *material, *scene);
         }
         return std::make_unique<Host::Presentation>(std::move(scene));
     }
@@ -121,17 +118,10 @@ protected:
 
     static Rows Write(Host::Presentation& presentation, const Host::PictureOptions& options, int leastTiles)
     {
-        Host::PictureFormat format;
-        format.width = options.width;
-        format.height = options.height;
-        format.alpha = options.transparent;
-        format.bits = options.bits;
-        RowsFile file(format);
-        std::string error;
         Host::PictureFacts facts;
-        EXPECT_TRUE(presentation.WritePicture(file, options, error, &facts)) << error;
+        const Rows rows = WriteRows(presentation, options, facts);
         EXPECT_GE(facts.tiles, leastTiles);
-        return file.rows;
+        return rows;
     }
 
     Picture DrawWith(Host::Presentation& presentation, const PresentationSettings& wanted) const

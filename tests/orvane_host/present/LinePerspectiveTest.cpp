@@ -5,6 +5,7 @@
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/RawMesh.h"
 #include "tests/orvane_host/present/LineFixture.h"
+#include "tests/support/ShowMesh.h"
 
 #include <algorithm>
 #include <array>
@@ -167,11 +168,7 @@ protected:
         raw->SetPositionBuffer(std::move(corners));
         raw->SetIndices(std::vector<unsigned short>(solid.indices.begin(), solid.indices.end()));
         raw->EndDescription(true);
-        auto* const mesh = new Mesh(raw, &World());
-        AddMaterial(Color(0.5f, 0.5f, 0.5f)).AddMesh(mesh);
-        auto* const node = new MeshNode(&World());
-        World().GetRoot()->AddChild(node, false);
-        mesh->AddNode(node);
+        ShowMesh(raw, AddMaterial(Color(0.5f, 0.5f, 0.5f)), World());
         const auto first = static_cast<std::uint32_t>(points.size());
         points.insert(points.end(), solid.corners.begin(), solid.corners.end());
         for (const std::uint32_t index : solid.indices)

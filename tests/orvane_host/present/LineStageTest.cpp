@@ -4,6 +4,7 @@
 #include "orvane/scene/RawMesh.h"
 #include "orvane/scene/Scene.h"
 #include "tests/orvane_host/present/LineFixture.h"
+#include "tests/support/ShowMesh.h"
 
 #include <algorithm>
 #include <array>
@@ -111,11 +112,7 @@ struct LineStageTest : LineFixture
         raw->SetNormalBuffer(std::vector<Vector>(4, Vector(0, 0, 1)));
         raw->SetIndices({0, 1, 2, 0, 2, 3});
         raw->EndDescription(true);
-        auto* const mesh = new Mesh(raw, &World());
-        AddMaterial(Color(0.5f, 0.5f, 0.5f)).AddMesh(mesh);
-        auto* const node = new MeshNode(&World());
-        World().GetRoot()->AddChild(node, false);
-        mesh->AddNode(node);
+        ShowMesh(raw, AddMaterial(Color(0.5f, 0.5f, 0.5f)), World());
     }
 };
 

@@ -1,6 +1,9 @@
 #pragma once
 
 #include "orvane_host/output/PictureFile.h"
+#include "orvane_host/present/Presentation.h"
+
+#include <gtest/gtest.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -47,5 +50,20 @@ public:
 
     Rows rows;
 };
+
+/// A picture as its file gets it.
+/// @param facts what is told of it.
+inline Rows WriteRows(Host::Presentation& presentation, const Host::PictureOptions& options, Host::PictureFacts& facts)
+{
+    Host::PictureFormat format;
+    format.width = options.width;
+    format.height = options.height;
+    format.alpha = options.transparent;
+    format.bits = options.bits;
+    RowsFile file(format);
+    std::string error;
+    EXPECT_TRUE(presentation.WritePicture(file, options, error, &facts)) << error;
+    return file.rows;
+}
 
 } // namespace OV::Test

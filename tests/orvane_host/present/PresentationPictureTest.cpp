@@ -1,5 +1,6 @@
 #include "tests/orvane_host/present/PictureRows.h"
 #include "tests/orvane_host/present/PresentationModels.h"
+#include "tests/support/ShowMesh.h"
 
 #include "orvane_host/present/BlankPicture.h"
 #include "orvane/scene/Material.h"
@@ -33,15 +34,7 @@ protected:
 
     Rows Draw(const PictureOptions& options, Host::PictureFacts& facts)
     {
-        Host::PictureFormat format;
-        format.width = options.width;
-        format.height = options.height;
-        format.alpha = options.transparent;
-        format.bits = options.bits;
-        RowsFile file(format);
-        std::string error;
-        EXPECT_TRUE(presentation->WritePicture(file, options, error, &facts)) << error;
-        return file.rows;
+        return WriteRows(*presentation, options, facts);
     }
 
     static PictureOptions Whole()
@@ -197,6 +190,19 @@ TEST_F(PresentationPicture, TilesMakeTheWholeInEachKindOfView)
     wanted.look = Host::Look::Phong;
     wanted.section.planes = {{Vector(0, 1, 0), Vector(0, 0.3f, 0)}};
     ExpectTilesMakeTheWhole(wanted, "cut");
+}
+
+TEST_F(PresentationPicture, TilesMakeTheWholeOfAGroundThatCatchesShadowsInStrokes)
+{
+    PresentationSettings wanted;
+    wanted.look = Host::Look::Crosshatch;
+    wanted.background = Color(1, 1, 1);
+    wanted.ground.emplace().kind = Host::GroundKind::ShadowCatcher;
+    ExpectTilesMakeTheWhole(wanted, "without sun");
+    wanted.sun = Host::SunSettings();
+    wanted.sun->direction = Vector(1, 1, 0.6f);
+    wanted.shadows.emplace();
+    ExpectTilesMakeTheWhole(wanted, "strokes");
 }
 
 TEST_F(PresentationPicture, WhatFollowsIsTheSameAfterTiles)
@@ -363,11 +369,7 @@ TEST_F(PresentationPicture, WhatHasTheColourOfTheBackgroundIsTold)
     material->SetAmbient(Color(0, 0, 0));
     material->SetFlags(MaterialFlagUnlit);
     scene->AddMaterial(material);
-    auto* const mesh = new Mesh(raw, scene.get());
-    material->AddMesh(mesh);
-    auto* const node = new MeshNode(scene.get());
-    scene->GetRoot()->AddChild(node, false);
-    mesh->AddNode(node);
+    ShowMesh(raw, *material, *scene);
     presentation = std::make_unique<Host::Presentation>(std::move(scene));
     PresentationSettings wanted;
     wanted.view.named = Host::NamedView::Front;

@@ -1,4 +1,5 @@
 #include "tests/orvane_host/present/PresentationStage.h"
+#include "tests/support/ShowMesh.h"
 
 #include "orvane/effects/DepthIdPassEffectES20.h"
 #include "orvane/math/Transform.h"
@@ -135,13 +136,9 @@ MeshNode& FlatStage::AddRect(Material& material, const PixelRect& rect, float z,
     }
     raw->SetIndices({0, 1, 2, 0, 2, 3});
     raw->EndDescription(true);
-    auto* const mesh = new Mesh(raw, &World());
-    material.AddMesh(mesh);
-    auto* const node = new MeshNode(&World());
-    node->SetUserData(userData);
-    World().GetRoot()->AddChild(node, false);
-    mesh->AddNode(node);
-    return *node;
+    MeshNode& node = ShowMesh(raw, material, World());
+    node.SetUserData(userData);
+    return node;
 }
 
 MeshNode& FlatStage::AddRect(const Color& color, const PixelRect& rect, float z, int userData)

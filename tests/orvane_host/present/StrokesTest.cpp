@@ -4,6 +4,7 @@
 #include "orvane/scene/RawMesh.h"
 #include "orvane_host/geometry/Primitives.h"
 #include "tests/orvane_host/present/PresentationModels.h"
+#include "tests/support/ShowMesh.h"
 
 #include <algorithm>
 #include <cmath>
@@ -63,11 +64,7 @@ protected:
         material->SetAmbient(Color(0.0f, 0.0f, 0.0f));
         material->SetDiffuse(Color(grey, grey, grey));
         scene->AddMaterial(material);
-        auto* const mesh = new Mesh(Host::Primitives::Sphere(1.0f, 96, 48), scene.get());
-        material->AddMesh(mesh);
-        auto* const node = new MeshNode(scene.get());
-        scene->GetRoot()->AddChild(node, false);
-        mesh->AddNode(node);
+        ShowMesh(Host::Primitives::Sphere(1.0f, 96, 48), *material, *scene);
         m_model = std::make_unique<Host::Presentation>(std::move(scene));
     }
 
@@ -81,11 +78,7 @@ protected:
         raw->SetNormalBuffer(std::vector<Vector>(4, Vector(0, -std::sin(turned), std::cos(turned))));
         raw->SetIndices({0, 1, 2, 0, 2, 3});
         raw->EndDescription(true);
-        auto* const mesh = new Mesh(raw, &scene);
-        material.AddMesh(mesh);
-        auto* const node = new MeshNode(&scene);
-        scene.GetRoot()->AddChild(node, false);
-        mesh->AddNode(node);
+        ShowMesh(raw, material, scene);
     }
 
     /// @param distance in sizes.
