@@ -49,13 +49,13 @@ const float palest = 0.55;         // ink of the palest stroke
 const float inked = 0.5 * (1.0 + palest) * (1.0 - gap / segment); // what pale strokes and gaps leave
 const float bend = 0.05;           // how far strokes go to and fro, of the distance between them
 const float aside = 0.16;          // how far at most a stroke lies from its place in the row, of the same
-// Object space, unit, at right angles to each other: strokes of the first set lie across the first.
+// Strokes of a set lie across one direction of the object, unit, wherever they are: on what is round they follow it
+// without a seam. In planes of two axes those of different sets cross at 36 degrees or more, and those of a shadow
+// at 26 or more; no direction is close to one that faces of buildings often look in.
 const vec3 firstSide = vec3(0.5002, -0.6603, 0.5602);
-const vec3 otherSide = vec3(0.1728, -0.5579, -0.8117);
-const vec3 thirdSide = vec3(0.8485, 0.5028, -0.1650);
-const vec2 setTurn = vec2(0.5000, 0.8660);     // cosine and sine of the angle from set to set
-const vec2 shadowTurn = vec2(0.8660, 0.5000);  // and on to the strokes of a shadow
-const float sharpness = 64.0;      // of the change from one plane to the next on what is round
+const vec3 secondSide = vec3(0.9388, -0.2401, -0.2469);
+const vec3 thirdSide = vec3(0.3668, 0.2133, -0.9055);
+const vec3 shadowSide = vec3(0.2752, 0.9312, -0.2392);
 
 #ifdef LIGHT_SHARE
 @LIGHT_SHARE@
@@ -134,11 +134,6 @@ Rows rowsOf(Surface surface, vec3 across, vec3 along)
     return rows;
 }
 
-vec2 turned(vec2 way, vec2 turn)
-{
-    return vec2(turn.x * way.x - turn.y * way.y, turn.x * way.y + turn.y * way.x);
-}
-
 vec2 hash(vec2 x)
 {
     x = fract(x * 0.1031);
@@ -177,7 +172,7 @@ vec2 between(vec2 along, float pixels)
 }
 
 // Ink of one set of strokes.
-// @param coverage share of the paper that they are to cover
+// @param coverage share of the paper that they are to cover, up to a half
 float inkOf(Rows rows, float coverage)
 {
     vec2 across = vec2(rows.right.x, rows.up.x);
@@ -186,9 +181,7 @@ float inkOf(Rows rows, float coverage)
     float pixel = max(length(across), 1.0e-30);
     float pixelAlong = max(abs(across.x * along.y - across.y * along.x) / pixel, 0.1 * length(along) + 1.0e-30);
     float skew = dot(across, along) / (pixel * pixel);
-    // Where nearly all is black, gaps and pale strokes are filled in.
-    float solid = clamp(2.0 * coverage - 1.0, 0.0, 1.0);
-    coverage /= mix(inked, 1.0, solid);
+    coverage /= inked;
     // From stroke to stroke and from gap to gap: the smallest powers of two that aren't below the lengths
     // asked for, and by how much they are above, 0 to 1.
     vec2 asked = u_width * vec2(pixel / clamp(coverage, leastCoverage, mostCoverage), pixelAlong * segment);
@@ -209,92 +202,61 @@ float inkOf(Rows rows, float coverage)
     vec2 ink = clamp(0.5 * width + 0.5 - away, 0.0, 1.0);
     float pixels = lattice.y / pixelAlong;
     vec2 there = mix(between(segments + phase, pixels), between(2.0 * segments + phase, 0.5 * pixels), halfway.y);
-    ink *= mix(there * mix(vec2(palest), vec2(1.0), hash(numbers + 0.37)), vec2(1.0), solid);
+    ink *= there * mix(vec2(palest), vec2(1.0), hash(numbers + 0.37));
     return min(ink.x + halfway.x * ink.y, 1.0) * min(coverage / leastCoverage, 1.0);
 }
 
-// The share of what a set finds white that stays white.
-// @param tone that is to be left; begins: where the set does, which the tone is below or not
-float leftBy(Rows rows, float tone, float begins)
+vec3 sideOf(int set)
 {
-    // Sets take it in turns, and beyond the last one all get denser.
-    float least = min(1.0 - setCoverage, pow(tone, 1.0 / float(SETS)));
-    return 1.0 - inkOf(rows, 1.0 - clamp(tone / begins, least, 1.0));
+    return set == 1 ? firstSide : set == 2 ? secondSide : thirdSide;
 }
 
-// Rows across one direction of the object: on what is round they follow it without a seam. About the two
-// places that face that way they would get lost, and take another direction.
-float paperOfFirstSet(Surface surface, float tone)
+// Ink of a set across a direction of the object. About the two places that face that way strokes would get lost,
+// and lie across another direction.
+float inkAcross(vec3 side, Surface surface, float coverage)
 {
-    float facing = abs(dot(surface.normal, firstSide)) / max(length(surface.normal), 1.0e-30);
-    float other = smoothstep(0.98, 0.99, facing);
-    float paper = 0.0;
+    float facing = abs(dot(surface.normal, side)) / max(length(surface.normal), 1.0e-30);
+    float other = smoothstep(0.9990, 0.9996, facing);
+    vec3 aside = normalize(vec3(-side.y, side.x, 0.0));
+    vec3 across = cross(side, aside);
+    // Where most is black, what is left of the paper lies between the strokes as these lie on it.
+    bool isMostBlack = coverage > 0.5;
+    float drawn = isMostBlack ? 1.0 - coverage : coverage;
+    float ink = 0.0;
     for (int i = 0; i < ROUNDS; ++i)
     {
         bool isOther = other > 0.5;
         float weight = isOther ? other : 1.0 - other;
-        paper += weight * leftBy(rowsOf(surface, isOther ? otherSide : firstSide, thirdSide), tone, 1.0);
+        ink += weight * inkOf(rowsOf(surface, isOther ? across : side, aside), drawn);
         other = isOther ? 0.0 : 1.0;
         if (weight > 0.99 || i == 1)
         {
             break;
         }
     }
-    return paper;
+    return isMostBlack ? 1.0 - ink : ink;
 }
 
-// The paper that the sets after the first, and shadow, leave in a plane of two axes of the object.
-// @param plane 1 for the axis that it faces, 0 for the others
-float paperInPlane(vec3 plane, Surface surface, float tone, float shadow)
+// The share of the paper that all strokes leave white.
+// @param tone that is to be left outside of shadows; shadow: what these leave of it
+float paperOf(Surface surface, float tone, float shadow)
 {
-    vec3 ahead = plane.yzx;
-    vec3 aside = plane.zxy;
-    vec2 side = normalize(vec2(dot(firstSide, ahead), dot(firstSide, aside)));
-    float begins = 1.0 - setCoverage;
+    // Sets take it in turns, and beyond the last one all get denser.
+    float least = min(1.0 - setCoverage, pow(tone, 1.0 / float(SETS)));
+    float begins = 1.0;
     float paper = 1.0;
-    for (int i = 2; i < ROUNDS; ++i)
+    for (int set = 1; set < ROUNDS; ++set)
     {
-        bool isShadow = tone >= begins || i > SETS;
-        side = turned(side, isShadow ? shadowTurn : setTurn);
-        Rows rows = rowsOf(surface, side.x * ahead + side.y * aside, side.x * aside - side.y * ahead);
-        paper *= isShadow ? 1.0 - inkOf(rows, 1.0 - shadow) : leftBy(rows, tone, begins);
+        bool isShadow = set > SETS || tone >= begins;
+        float left = isShadow ? shadow : clamp(tone / begins, least, 1.0);
+        paper *= 1.0 - inkAcross(isShadow ? shadowSide : sideOf(set), surface, 1.0 - left);
         begins *= 1.0 - setCoverage;
-        if (isShadow || (shadow >= 1.0 && (tone >= begins || i == SETS)))
+        if (isShadow || (shadow >= 1.0 && (set == SETS || tone >= begins)))
         {
             break;
         }
     }
     return paper;
-}
-
-float largestOf(vec3 v)
-{
-    return max(max(v.x, v.y), v.z);
-}
-
-// In the plane that the surface faces, and in two only where it bends from one to the other.
-float paperOfOtherSets(Surface surface, float tone, float shadow)
-{
-    // Factors settle it for what faces two alike.
-    vec3 weights = abs(surface.normal) * vec3(1.0, 1.16, 1.07);
-    weights = pow(weights / max(largestOf(weights), 1.0e-30), vec3(sharpness));
-    float sum = 0.0;
-    float paper = 0.0;
-    for (int i = 0; i < ROUNDS; ++i)
-    {
-        float weight = largestOf(weights);
-        vec3 plane = step(weight, weights);
-        plane.yz *= 1.0 - plane.x;
-        plane.z *= 1.0 - plane.y;
-        paper += weight * paperInPlane(plane, surface, tone, shadow);
-        sum += weight;
-        weights *= 1.0 - plane;
-        if (largestOf(weights) < 0.02)
-        {
-            break;
-        }
-    }
-    return paper / sum;
 }
 
 void main()
@@ -302,7 +264,7 @@ void main()
     Surface surface = surfaceHere();
     Light light = lightOn(surface);
     float tone = toneOf(surface, light);
-    float paper = paperOfFirstSet(surface, tone) * paperOfOtherSets(surface, tone, light.shadow);
+    float paper = paperOf(surface, tone, light.shadow);
     // A pane is a veil of paper with the strokes on it.
     float covered = 1.0 - (1.0 - u_veil) * paper;
     gl_FragColor = vec4(vec3(u_veil * paper / max(covered, 1.0e-6)), covered * surface.texel.a);

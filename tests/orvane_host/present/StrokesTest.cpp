@@ -433,4 +433,67 @@ TEST_F(Strokes, FollowTheShadingOfWhatIsRound)
     EXPECT_GT(counted, 10);
 }
 
+TEST_F(Strokes, BendWithWhatIsRoundWithoutASeam)
+{
+    // Normals of a flat square that are those of something round tell where strokes change their direction.
+    const auto draw = [this](float mostTurned)
+    {
+        auto scene = std::make_unique<Scene>();
+        auto* const material = new Material("dark");
+        material->SetDiffuse(Color(0.0f, 0.0f, 0.0f));
+        material->SetFlags(MaterialFlagUnlit);
+        scene->AddMaterial(material);
+        auto raw = std::make_shared<RawMesh>();
+        raw->SetPositionBuffer({Vector(-4, -4, 0), Vector(4, -4, 0), Vector(4, 4, 0), Vector(-4, 4, 0)});
+        const Vector left(-std::sin(mostTurned), -std::sin(mostTurned), std::cos(mostTurned));
+        const Vector right(std::sin(mostTurned), std::sin(mostTurned), std::cos(mostTurned));
+        raw->SetNormalBuffer({left, right, right, left});
+        raw->SetIndices({0, 1, 2, 0, 2, 3});
+        raw->EndDescription(true);
+        ShowMesh(raw, *material, *scene);
+        m_model = std::make_unique<Host::Presentation>(std::move(scene));
+        LookFrom(12.0f);
+        return Redraw();
+    };
+    const Picture flat = draw(0.0f);
+    EXPECT_LT(MeanOf(flat), 0.74) << "two sets at least";
+    ExpectSame(draw(1.4f), flat, "round");
+}
+
+TEST_F(Strokes, HaveTheToneOfShadowsOfAnyDarkness)
+{
+    // Throws a shadow on all that is in the picture from behind the eye.
+    const Vector sun(0.7f, 0.0f, 1.0f);
+    double worst = 0.0;
+    for (const float grey : {0.0f, 0.4f, 1.0f})
+    {
+        auto scene = std::make_unique<Scene>();
+        auto* const material = new Material("grey");
+        material->SetAmbient(Color(0.0f, 0.0f, 0.0f));
+        material->SetDiffuse(Color(grey, grey, grey));
+        scene->AddMaterial(material);
+        AddSquare(*scene, *material, 1.0f, 0.0f, 0.0f);
+        auto raw = std::make_shared<RawMesh>();
+        raw->SetPositionBuffer({Vector(0.6f, -1.5f, 3), Vector(3.6f, -1.5f, 3), Vector(3.6f, 1.5f, 3), Vector(0.6f, 1.5f, 3)});
+        raw->SetNormalBuffer(std::vector<Vector>(4, Vector(0, 0, 1)));
+        raw->SetIndices({0, 1, 2, 0, 2, 3});
+        raw->EndDescription(true);
+        ShowMesh(raw, *material, *scene);
+        m_model = std::make_unique<Host::Presentation>(std::move(scene));
+        LookFrom(2.0f);
+        m_settings.sun.emplace().direction = sun;
+        m_settings.shadows.reset();
+        const double lit = MeanOf(Redraw());
+        EXPECT_NEAR(lit, ToneFor(grey, 1.0), 0.05) << "full light";
+        for (const float darkness : {0.0f, 0.05f, 0.1f, 0.2f, 0.35f, 0.5f, 0.65f, 0.8f, 0.9f, 0.95f, 1.0f})
+        {
+            m_settings.shadows.emplace().darkness = darkness;
+            const double tone = MeanOf(Redraw());
+            EXPECT_NEAR(tone, (1.0 - darkness) * ToneFor(grey, 1.0), 0.05) << grey << ' ' << darkness;
+            worst = std::max(worst, std::abs(tone - (1.0 - darkness) * ToneFor(grey, 1.0)));
+        }
+    }
+    std::cout << "worst tone of a shadow " << worst << '\n';
+}
+
 } // namespace OV::Test
