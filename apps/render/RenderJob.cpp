@@ -130,6 +130,7 @@ Host::ImportResult RenderJob::Read(std::size_t index) const
     ProgressBar bar("Loading");
     Host::ImportOptions importOptions;
     importOptions.orderCoplanar = !m_options.keepsCoplanar;
+    importOptions.showBacks = !m_options.settings.cullBacks || !m_options.settings.section.planes.empty();
     importOptions.progress = [&bar](float percent)
     {
         bar.Show(percent);

@@ -60,6 +60,8 @@ void Desk::BeginOpening()
         return;
     }
     Host::ImportOptions options;
+    // A person may ask for backs, and for clip planes, after the model has come.
+    options.showBacks = true;
     options.progress = [wake = m_wake](float)
     {
         wake();

@@ -60,6 +60,11 @@ struct ImportOptions
     /// two as thick the later one of the file. What stands back has materials with a polygon offset.
     bool orderCoplanar = true;
 
+    /// Whether the backs of open surfaces may be drawn: those of all by PresentationSettings::cullBacks, those of
+    /// what is cut open by clip planes. A host that never does either leaves faces that look opposite ways in one
+    /// plane as they are, which divides fewer meshes; what has a two-sided material is put in order in any case.
+    bool showBacks = true;
+
     /// Leaves all pictures aside when false.
     bool textures = true;
 };

@@ -187,7 +187,7 @@ ReadOutcome ReadGuarded(const ModelSource& source, const ImportOptions& options,
             ReadSite(source.content, model);
             if (options.orderCoplanar)
             {
-                OrderCoplanarFaces(model);
+                OrderCoplanarFaces(model, options.showBacks);
             }
             if (options.textures)
             {

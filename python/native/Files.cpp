@@ -19,6 +19,15 @@ namespace OV::Python
 namespace
 {
 
+/// How a file is read.
+struct Reading
+{
+    bool textures;
+    bool keepCoplanar;
+    bool showBacks;
+    py::object progress; ///< a function, or none
+};
+
 /// Waits for a file while others run, and asks now and then whether to go on.
 void WaitFor(Host::ModelLoading& loading, const py::object& progress)
 {
@@ -57,15 +66,16 @@ void WaitFor(Host::ModelLoading& loading, const py::object& progress)
 
 /// Reads a file on a thread of its own.
 /// @return what has its scene still to be taken.
-std::shared_ptr<Host::ModelLoading> Read(const Name& path, bool textures, bool keepCoplanar, const py::object& progress)
+std::shared_ptr<Host::ModelLoading> Read(const Name& path, const Reading& how)
 {
     Host::ImportOptions options;
-    options.textures = textures;
-    options.orderCoplanar = !keepCoplanar;
+    options.textures = how.textures;
+    options.orderCoplanar = !how.keepCoplanar;
+    options.showBacks = how.showBacks;
     auto loading = std::make_shared<Host::ModelLoading>(path.bytes, options);
     try
     {
-        WaitFor(*loading, progress);
+        WaitFor(*loading, how.progress);
     }
     catch (...)
     {
@@ -88,9 +98,9 @@ Host::ImportResult Take(Host::ModelLoading& loading)
     return result;
 }
 
-std::unique_ptr<Handle> Open(const Name& path, bool textures, bool keepCoplanar, const py::object& progress)
+std::unique_ptr<Handle> Open(const Name& path, const Reading& how)
 {
-    return MakeHandle([loading = Read(path, textures, keepCoplanar, progress)] { return std::make_shared<Model>(Take(*loading)); });
+    return MakeHandle([loading = Read(path, how)] { return std::make_shared<Model>(Take(*loading)); });
 }
 
 /// @param points rows of three.
@@ -142,18 +152,15 @@ void BindFileList(py::class_<Handle>& model)
     model
         .def("files", [](const Handle& handle) { return NamesOf(On(handle, [](Model& of) { return of.Files(); })); })
         .def("add_file",
-             [](const Handle& handle, const Name& path, bool textures, bool keepCoplanar, const py::object& progress)
-             {
-                 On(handle, [loading = Read(path, textures, keepCoplanar, progress)](Model& to) { to.AddFile(Take(*loading)); });
-             },
-             py::arg("path"), py::arg("textures"), py::arg("keep_coplanar"), py::arg("progress"))
+             [](const Handle& handle, const Name& path, const Reading& how)
+             { On(handle, [loading = Read(path, how)](Model& to) { to.AddFile(Take(*loading)); }); },
+             py::arg("path"), py::arg("how"))
         .def("replace_file",
-             [](const Handle& handle, std::size_t place, const Name& path, bool textures, bool keepCoplanar, const py::object& progress)
+             [](const Handle& handle, std::size_t place, const Name& path, const Reading& how)
              {
-                 On(handle, [place, loading = Read(path, textures, keepCoplanar, progress)](Model& in)
-                    { in.ReplaceFile(place, Take(*loading)); });
+                 On(handle, [place, loading = Read(path, how)](Model& in) { in.ReplaceFile(place, Take(*loading)); });
              },
-             py::arg("place"), py::arg("path"), py::arg("textures"), py::arg("keep_coplanar"), py::arg("progress"))
+             py::arg("place"), py::arg("path"), py::arg("how"))
         .def("remove_file", Bound(&Model::RemoveFile), py::arg("place"));
 }
 
@@ -218,7 +225,11 @@ void BindSun(py::class_<Handle>& model)
 
 void BindFiles(py::module_& module, py::class_<Handle>& model)
 {
-    model.def_static("open", &Open, py::arg("path"), py::arg("textures"), py::arg("keep_coplanar"), py::arg("progress"));
+    py::class_<Reading>(module, "Reading")
+        .def(py::init([](bool textures, bool keepCoplanar, bool showBacks, py::object progress)
+                      { return Reading{textures, keepCoplanar, showBacks, std::move(progress)}; }),
+             py::kw_only(), py::arg("textures"), py::arg("keep_coplanar"), py::arg("show_backs"), py::arg("progress"));
+    model.def_static("open", &Open, py::arg("path"), py::arg("how"));
     BindFileList(model);
     BindNotes(model);
     BindSun(model);

@@ -270,8 +270,9 @@ private:
     /// Puts what has its place in the picture there.
     void LayOut(PictureSize size);
     Node* FileAt(std::size_t place);
-    /// Of those that were put below a file's node alone, which go with it.
-    void ForgetMeshesOf(const Node* top);
+    /// Those that were put below a file's node alone, which go with it.
+    std::vector<Mesh*> MeshesOf(const Node* top) const;
+    void Forget(const std::vector<Mesh*>& meshes);
     /// Takes the names of a file that has come.
     void TakeNames();
     Host::SunStudyTimes TimesOf(const std::string& text);

@@ -9,6 +9,7 @@
 #include "orvane/scene/MeshNode.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace OV::Python
@@ -52,20 +53,22 @@ void Model::AddFile(Host::ImportResult file)
 void Model::ReplaceFile(std::size_t place, Host::ImportResult file)
 {
     Host::Presentation& presentation = Fresh();
-    ForgetMeshesOf(FileAt(place));
+    const std::vector<Mesh*> gone = MeshesOf(FileAt(place));
     std::string error;
     if (!presentation.Replace(place, std::move(file), error))
     {
         throw Refused(Trouble::File, error);
     }
+    Forget(gone);
     TakeNames();
 }
 
 void Model::RemoveFile(std::size_t place)
 {
     Host::Presentation& presentation = Fresh();
-    ForgetMeshesOf(FileAt(place));
+    const std::vector<Mesh*> gone = MeshesOf(FileAt(place));
     presentation.Remove(place);
+    Forget(gone);
 }
 
 Node* Model::FileAt(std::size_t place)
@@ -79,14 +82,24 @@ Node* Model::FileAt(std::size_t place)
     return files[place].top;
 }
 
-void Model::ForgetMeshesOf(const Node* top)
+std::vector<Mesh*> Model::MeshesOf(const Node* top) const
 {
-    for (auto entry = m_meshes.begin(); top && entry != m_meshes.end();)
+    std::vector<Mesh*> found;
+    std::copy_if(m_meshes.begin(), m_meshes.end(), std::back_inserter(found),
+                 [top](const Mesh* mesh)
+                 {
+                     const std::vector<MeshNode*>& nodes = mesh->GetNodes();
+                     return top && !nodes.empty() && std::all_of(nodes.begin(), nodes.end(),
+                                               [top](const MeshNode* node) { return IsBelow(node, *top); });
+                 });
+    return found;
+}
+
+void Model::Forget(const std::vector<Mesh*>& meshes)
+{
+    for (Mesh* const mesh : meshes)
     {
-        const std::vector<MeshNode*>& nodes = (*entry)->GetNodes();
-        const bool goes = std::all_of(nodes.begin(), nodes.end(),
-                                      [top](const MeshNode* node) { return IsBelow(node, *top); });
-        entry = goes ? m_meshes.erase(entry) : std::next(entry);
+        m_meshes.erase(mesh);
     }
 }
 

@@ -29,7 +29,13 @@ PathLike = str | bytes | os.PathLike[Any]
 _SHOWN_SIZE = (960, 600)
 
 
-def open(path: PathLike, *more: PathLike, textures: bool = True, keep_coplanar: bool = False,
+def _reading(textures: bool, keep_coplanar: bool, show_backs: bool,
+             progress: Callable[[float], object] | None) -> _native.Reading:
+    return _native.Reading(textures=bool(textures), keep_coplanar=bool(keep_coplanar), show_backs=bool(show_backs),
+                           progress=progress)
+
+
+def open(path: PathLike, *more: PathLike, textures: bool = True, keep_coplanar: bool = False, show_backs: bool = True,
          progress: Callable[[float], object] | None = None, **settings: Unpack[Settings]) -> Model:
     """Opens a model file, in a process of its own, so that a damaged file harms nobody.
 
@@ -37,14 +43,17 @@ def open(path: PathLike, *more: PathLike, textures: bool = True, keep_coplanar: 
     :param more: further files, which stand beside it as by :meth:`Model.add_file`.
     :param textures: whether pictures on surfaces are read.
     :param keep_coplanar: leaves faces in one plane to show in turns, where else the thinner of two things is seen.
+    :param show_backs: whether backs of faces may be drawn, by ``cull_backs=False`` or clip planes. Where they never
+        are, ``False`` leaves faces that look opposite ways in one plane alone, which divides fewer meshes.
     :param progress: called now and then with the share that is read, 0 to 100; ``False`` as an answer ends it.
     :param settings: as for :meth:`Model.set`.
     :raises FileError: with the reason and the remedy.
     """
     model = Model.__new__(Model)
-    model._begin(_native.Model.open(os.fsdecode(path), bool(textures), bool(keep_coplanar), progress))
+    how = _reading(textures, keep_coplanar, show_backs, progress)
+    model._begin(_native.Model.open(os.fsdecode(path), how))
     for other in more:
-        model.add_file(other, textures=textures, keep_coplanar=keep_coplanar, progress=progress)
+        model.add_file(other, textures=textures, keep_coplanar=keep_coplanar, show_backs=show_backs, progress=progress)
     return model.set(**settings)
 
 
@@ -84,21 +93,22 @@ class Model:
         """The files that stand beside each other in the model, as they were opened, in their order."""
         return self._native.files()
 
-    def add_file(self, path: PathLike, *, textures: bool = True, keep_coplanar: bool = False,
+    def add_file(self, path: PathLike, *, textures: bool = True, keep_coplanar: bool = False, show_backs: bool = True,
                  progress: Callable[[float], object] | None = None) -> Model:
         """Puts another file beside what is there, brought to the same unit where both tell theirs.
 
         The node at its top keeps its name, or takes that of the file. A view without an eye has room for all.
 
-        :param textures: as for :func:`open`, as are ``keep_coplanar`` and ``progress``.
+        :param textures: as for :func:`open`, as are ``keep_coplanar``, ``show_backs`` and ``progress``.
         :raises FileError: with the reason and the remedy; the model stays as it was.
         """
         with self._files_lock:
-            self._native.add_file(os.fsdecode(path), bool(textures), bool(keep_coplanar), progress)
+            self._native.add_file(os.fsdecode(path), _reading(textures, keep_coplanar, show_backs, progress))
         return self
 
     def replace_file(self, file: int | PathLike, path: PathLike | None = None, *, textures: bool = True,
-                     keep_coplanar: bool = False, progress: Callable[[float], object] | None = None) -> Model:
+                     keep_coplanar: bool = False, show_backs: bool = True,
+                     progress: Callable[[float], object] | None = None) -> Model:
         """Puts a file in the place of one of :attr:`files`. What was added below the nodes of that one goes.
 
         :param file: its place, or the path that it was opened by.
@@ -108,7 +118,7 @@ class Model:
         with self._files_lock:
             place = self._file(file)
             new = self.files[place] if path is None else os.fsdecode(path)
-            self._native.replace_file(place, new, bool(textures), bool(keep_coplanar), progress)
+            self._native.replace_file(place, new, _reading(textures, keep_coplanar, show_backs, progress))
         return self
 
     def remove_file(self, file: int | PathLike) -> Model:

@@ -184,9 +184,6 @@ private:
         return a != b && m_solids[a].family != m_solids[b].family;
     }
 
-    /// Of an open surface they are seen as soon as a host asks for backs; those of closed ones never are.
-    static bool MayShowBacks(const PlacedSolid& solid) { return solid.showsBacks || solid.thickness <= 0.0; }
-
     /// Finds the faces that come near another solid.
     bool Gather(const SolidFaces& faces)
     {
@@ -253,7 +250,7 @@ private:
     void Note(const Face& a, const Face& b)
     {
         const double facing = Dot(a.normal, b.normal);
-        const bool isSeen = facing > 0.0 || MayShowBacks(m_solids[a.solid]) || MayShowBacks(m_solids[b.solid]);
+        const bool isSeen = facing > 0.0 || m_solids[a.solid].showsBacks || m_solids[b.solid].showsBacks;
         // What is no plane of both is told apart by the distances of corners; this only saves work.
         constexpr double nearlyOne = 0.99;
         if (!isSeen || std::abs(facing) < nearlyOne)

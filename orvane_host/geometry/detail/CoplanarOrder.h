@@ -18,7 +18,7 @@ struct PlacedSolid
 {
     Box box = {};             ///< around all of its faces
     double thickness = 0.0;   ///< of an open surface 0
-    bool showsBacks = false;  ///< whether its faces are seen from behind too, though it is no open surface
+    bool showsBacks = false;  ///< whether its faces are seen from behind too
     std::uint32_t family = 0; ///< those of one family look the same where they overlap, and need no order
 };
 

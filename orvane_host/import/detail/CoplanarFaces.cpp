@@ -103,7 +103,7 @@ struct Placement
 class Order
 {
 public:
-    explicit Order(ModelData& model) : m_model(model), m_parts(model.meshes.size()) {}
+    Order(ModelData& model, bool showsBacks) : m_model(model), m_showsBacks(showsBacks), m_parts(model.meshes.size()) {}
 
     void Run()
     {
@@ -220,7 +220,7 @@ private:
                 WarnOfSize();
                 return false;
             }
-            const bool showsBacks =
+            const bool isTwoSided =
                 mesh.material < m_model.materials.size() && m_model.materials[mesh.material].isTwoSided;
             const bool isPlain = IsPlain(mesh);
             for (const SurfacePart& part : parts->parts)
@@ -229,7 +229,8 @@ private:
                 solid.box = BoxAt(m_places[placement.node], part.box);
                 Widen(solid.box, m_tolerance);
                 solid.thickness = part.thickness * ScaleAt(placement.node);
-                solid.showsBacks = showsBacks;
+                // Those of what is closed are seen by nobody.
+                solid.showsBacks = isTwoSided || (m_showsBacks && solid.thickness <= 0.0);
                 solid.family = family;
                 family += isPlain ? 0 : 1;
                 m_solids.push_back(solid);
@@ -349,6 +350,7 @@ private:
     }
 
     ModelData& m_model;
+    const bool m_showsBacks;
     std::vector<Matrix4> m_places;
     std::vector<Placement> m_placements;
     std::vector<std::optional<SurfaceParts>> m_parts; ///< of each mesh of the file
@@ -359,9 +361,9 @@ private:
 
 } // namespace
 
-void OrderCoplanarFaces(ModelData& model)
+void OrderCoplanarFaces(ModelData& model, bool showsBacks)
 {
-    Order(model).Run();
+    Order(model, showsBacks).Run();
 }
 
 } // namespace OV::Host

@@ -11,6 +11,7 @@ namespace OV::Host
 /// Meshes some of whose surfaces stand back further than others are divided between them; no surface is cut, so
 /// that edges, sections and what hides a node find what the file has. Trusts that the indices of nodes and meshes
 /// can be followed where they are in range, and nothing else.
-void OrderCoplanarFaces(ModelData& model);
+/// @param showsBacks as ImportOptions::showBacks.
+void OrderCoplanarFaces(ModelData& model, bool showsBacks);
 
 } // namespace OV::Host

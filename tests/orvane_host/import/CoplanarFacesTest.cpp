@@ -149,6 +149,47 @@ TEST_F(CoplanarFaces, AreLeftAsTheyAreOnRequest)
     EXPECT_THAT(RanksOf(result), UnorderedElementsAre(std::pair("wall/wall", 0), std::pair("board/board", 0)));
 }
 
+TEST_F(CoplanarFaces, OfSheetsThatLookOppositeWaysAreInOrderWhereBacksMayBeSeenAlone)
+{
+    boxes.AddSheet("wall", "wall", Vector(-5, -5, 0), Vector(5, 5, 0), true);
+    boxes.AddSheet("board", "board", Vector(-1, -1, 0), Vector(1, 1, 0), false);
+    ImportOptions options;
+    EXPECT_THAT(RanksOf(Import(boxes, options)), UnorderedElementsAre(std::pair("wall/wall", 1), std::pair("board/board", 0)));
+    options.showBacks = false;
+    const ImportResult alone = Import(boxes, options);
+    EXPECT_EQ(alone.report.coplanarPairs, 0u);
+    EXPECT_THAT(RanksOf(alone), UnorderedElementsAre(std::pair("wall/wall", 0), std::pair("board/board", 0)));
+}
+
+TEST_F(CoplanarFaces, OfASheetThatLooksAtASolidAreInOrderWhereBacksMayBeSeenAlone)
+{
+    boxes.Add("wall", "wall", Vector(-5, -5, -2), Vector(5, 5, 0));
+    boxes.AddSheet("board", "board", Vector(-1, -1, 0), Vector(1, 1, 0), true);
+    ImportOptions options;
+    EXPECT_THAT(RanksOf(Import(boxes, options)), UnorderedElementsAre(std::pair("wall/wall", 1), std::pair("board/board", 0)));
+    options.showBacks = false;
+    EXPECT_EQ(Import(boxes, options).report.coplanarPairs, 0u);
+}
+
+TEST_F(CoplanarFaces, OfTwoSidedMaterialsAreInOrderWhateverElseShowsBacks)
+{
+    for (const bool isTwoSided : {false, true})
+    {
+        BoxModel solids;
+        solids.model.materials.resize(2);
+        solids.model.materials[0].isTwoSided = isTwoSided;
+        const std::uint32_t wall = solids.AddMesh({{-5, -5, -2, 5, 5, 0}});
+        const std::uint32_t board = solids.AddMesh({{-1, -1, 0, 1, 1, 0.25f}});
+        solids.model.meshes[wall].material = 0;
+        solids.model.meshes[board].material = 1;
+        solids.AddNode({wall});
+        solids.AddNode({board});
+        OrderCoplanarFaces(solids.model, false);
+        EXPECT_EQ(solids.model.coplanarPairs, isTwoSided ? 1u : 0u);
+        EXPECT_THAT(solids.RanksAt(1), ElementsAre(isTwoSided ? 1 : 0));
+    }
+}
+
 TEST_F(CoplanarFaces, AreFoundOnSlopes)
 {
     boxes = BoxObj(Vector(12, 3, -40), Vector(0.6f, 0.8f, 0.0f), Vector(-0.48f, 0.36f, 0.8f), Vector(0.64f, -0.48f, 0.6f));
@@ -162,7 +203,7 @@ TEST_F(CoplanarFaces, OfTheSameLookInOneMeshStayTogether)
     boxes.Add("wall", "wall", Vector(-5, -5, -2), Vector(5, 5, 0));
     BoxModel solids;
     solids.AddNode({solids.AddMesh({{-5, -5, -2, 5, 5, 0}, {-1, -1, -0.25f, 1, 1, 0}})});
-    OrderCoplanarFaces(solids.model);
+    OrderCoplanarFaces(solids.model, true);
     EXPECT_THAT(solids.model.nodes[1].meshes, ElementsAre(0u));
 }
 
@@ -172,7 +213,7 @@ TEST_F(CoplanarFaces, DivideATexturedMeshBetweenSolids)
     solids.model.materials.emplace_back();
     solids.model.materials[0].texture.path = "bricks.png";
     solids.AddNode({solids.AddMesh({{-5, -5, -2, 5, 5, 0}, {-1, -1, -0.25f, 1, 1, 0}})});
-    OrderCoplanarFaces(solids.model);
+    OrderCoplanarFaces(solids.model, true);
     EXPECT_THAT(solids.RanksAt(1), ElementsAre(0, 1));
     std::vector<float> corners;
     for (const std::uint32_t index : solids.model.nodes[1].meshes)
@@ -197,7 +238,7 @@ TEST_F(CoplanarFaces, KnowASolidWhoseFacesAreApart)
     BoxModel solids;
     solids.AddNode({solids.AddMesh({{-5, -5, -2, 5, 5, 0}}, true)});
     solids.AddNode({solids.AddMesh({{-1, -1, -0.25f, 1, 1, 0}})});
-    OrderCoplanarFaces(solids.model);
+    OrderCoplanarFaces(solids.model, true);
     EXPECT_THAT(solids.RanksAt(1), ElementsAre(1));
     EXPECT_THAT(solids.RanksAt(2), ElementsAre(0));
 }
@@ -210,7 +251,7 @@ TEST_F(CoplanarFaces, StandBackOnlyWhereTheyLieBehindOthers)
     solids.AddNode({wall});
     solids.AddNode({wall}, 20.0);
     solids.AddNode({solids.AddMesh({{-1, -1, -0.25f, 1, 1, 0}})}, 20.0);
-    OrderCoplanarFaces(solids.model);
+    OrderCoplanarFaces(solids.model, true);
     EXPECT_EQ(solids.model.coplanarPairs, 1u);
     EXPECT_THAT(solids.RanksAt(1), ElementsAre(0));
     EXPECT_THAT(solids.RanksAt(2), ElementsAre(1));
@@ -226,7 +267,7 @@ TEST_F(CoplanarFaces, LookOutOfAMirrorToo)
     // The wall looks along -Z there, where its front is, and the board looks back at it.
     solids.AddNode({solids.AddMesh({{-1, -1, 0, 1, 1, 0.25f}})});
     solids.AddNode({solids.AddMesh({{-1, -1, -0.25f, 1, 1, 0}})});
-    OrderCoplanarFaces(solids.model);
+    OrderCoplanarFaces(solids.model, true);
     EXPECT_EQ(solids.model.coplanarPairs, 1u);
     EXPECT_THAT(solids.RanksAt(1), ElementsAre(1));
     EXPECT_THAT(solids.RanksAt(2), ElementsAre(0));
@@ -248,7 +289,7 @@ TEST_F(CoplanarFaces, AreLookedForInWhatIsOfUseAlone)
         solids.model.meshes.push_back(mesh);
     }
     solids.AddNode({0, 1, 9});
-    OrderCoplanarFaces(solids.model);
+    OrderCoplanarFaces(solids.model, true);
     EXPECT_EQ(solids.model.coplanarPairs, 1u);
     EXPECT_THAT(solids.model.nodes[1].meshes, ElementsAre(2u, 1u, 9u));
     EXPECT_EQ(solids.model.meshes[2].indices.count, 3u);

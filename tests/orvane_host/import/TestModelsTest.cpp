@@ -228,6 +228,33 @@ const KnownModel kKnown[] = {
     {"BLEND/BlenderDefault_276.blend", 4, 1, 12, 0, 0},
 };
 
+/// Of hosts that draw no backs fewer meshes are divided.
+struct KnownWithoutBacks
+{
+    const char* path;
+    std::uint64_t meshes;
+    std::uint64_t triangles;
+};
+
+const KnownWithoutBacks kKnownWithoutBacks[] = {
+    {"IFC/AC14-FZK-Haus.ifc", 67, 31'235},
+    {"glTF2/2CylinderEngine-glTF-Binary/2CylinderEngine.glb", 34, 75'730},
+};
+
+TEST(TestModelsCollection, KnownModelsAreDividedLessWhereNoBacksShow)
+{
+    ImportOptions options;
+    options.showBacks = false;
+    for (const KnownWithoutBacks& known : kKnownWithoutBacks)
+    {
+        SCOPED_TRACE(known.path);
+        const ImportResult result = ModelImporter::Import(kTestModels + known.path, options);
+        ASSERT_TRUE(result) << result.error.Line();
+        EXPECT_EQ(result.report.meshes, known.meshes);
+        EXPECT_EQ(result.report.triangles, known.triangles);
+    }
+}
+
 TEST(TestModelsCollection, KnownModelsComeInWhole)
 {
     for (const KnownModel& known : kKnown)
