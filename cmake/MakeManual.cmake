@@ -1,5 +1,5 @@
-# Script: makes a page of the manual and a completion for bash out of what PROGRAM says of its options.
-# Takes PROGRAM, NAME, SUMMARY, VERSION, and where to write: MANUAL and COMPLETION.
+# Script: makes a page of the manual and completions for bash and zsh out of what PROGRAM says of its options.
+# Takes PROGRAM, NAME, SUMMARY, VERSION, and where to write: MANUAL, COMPLETION and ZSH_COMPLETION.
 cmake_policy(VERSION 3.25)
 
 string(ASCII 10 newline)
@@ -46,6 +46,7 @@ ask(help --help)
 set(manual)
 set(flags)
 set(cases)
+set(zsh_cases)
 set(usage "${NAME} [options]")
 set(part BEFORE)
 string(APPEND help "${newline}")
@@ -104,8 +105,10 @@ while(NOT help STREQUAL "")
                     set(files " files=yes")
                 endif()
                 string(APPEND cases "    ${pattern}) words='${words}'${files} ;;${newline}")
+                string(APPEND zsh_cases "    ${pattern}) names='${words}'${files} ;;${newline}")
             elseif(NOT value STREQUAL "" AND NOT value MATCHES "FILE|OUT|^\\[")
                 string(APPEND cases "    ${pattern}) return ;;${newline}")
+                string(APPEND zsh_cases "    ${pattern}) return 1 ;;${newline}")
             endif()
         endif()
     elseif(line MATCHES "^ +(.*)$")
@@ -148,4 +151,15 @@ ${cases}    esac
         [[ -n \$words && -z \$files ]] || compgen -f -- \"\$word\")
 }
 complete -o filenames -F ${function} ${NAME}
+")
+file(WRITE ${ZSH_COMPLETION} "#compdef ${NAME}
+# What zsh offers after ${NAME}, made out of its options.
+local names= files=
+case \$words[CURRENT-1] in
+${zsh_cases}esac
+[[ -z \$names && \$PREFIX == -* ]] && names='${flags}'
+local ret=1
+[[ -n \$names ]] && compadd -- \${=names} && ret=0
+[[ -n \$names && -z \$files ]] || { _files && ret=0 }
+return ret
 ")

@@ -38,9 +38,12 @@ foreach(program orvane-render orvane-view)
         install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
         get_target_property(manual ${program} ORVANE_MANUAL)
         get_target_property(completion ${program} ORVANE_COMPLETION)
+        get_target_property(zsh_completion ${program} ORVANE_ZSH_COMPLETION)
         install(FILES ${manual} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
         install(FILES ${completion} DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
             RENAME ${program} COMPONENT tools)
+        # Where Debian's zsh looks for what packages bring.
+        install(FILES ${zsh_completion} DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT tools)
     endif()
 endforeach()
 if(TARGET orvane_python)

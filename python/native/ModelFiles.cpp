@@ -89,8 +89,9 @@ std::vector<Mesh*> Model::MeshesOf(const Node* top) const
                  [top](const Mesh* mesh)
                  {
                      const std::vector<MeshNode*>& nodes = mesh->GetNodes();
-                     return top && !nodes.empty() && std::all_of(nodes.begin(), nodes.end(),
-                                               [top](const MeshNode* node) { return IsBelow(node, *top); });
+                     return top && !nodes.empty()
+                         && std::all_of(nodes.begin(), nodes.end(),
+                                        [top](const MeshNode* node) { return IsBelow(node, *top); });
                  });
     return found;
 }

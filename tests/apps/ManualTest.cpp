@@ -28,6 +28,7 @@ struct Program
     std::string path;
     std::string manual;
     std::string completion;
+    std::string zshCompletion;
 };
 
 std::ostream& operator<<(std::ostream& stream, const Program& program)
@@ -121,11 +122,12 @@ TEST_P(Manual, BashOffersFilesWhereNoOptionBegins)
     EXPECT_THAT(Complete({name.substr(0, name.size() - 1)}), ElementsAre(name));
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, Manual,
-                         testing::Values(Program{"orvane-render", ORVANE_RENDER_PROGRAM, ORVANE_RENDER_MANUAL,
-                                                 ORVANE_RENDER_COMPLETION},
-                                         Program{"orvane-view", ORVANE_VIEW_PROGRAM, ORVANE_VIEW_MANUAL,
-                                                 ORVANE_VIEW_COMPLETION}),
+const Program kRender{"orvane-render", ORVANE_RENDER_PROGRAM, ORVANE_RENDER_MANUAL, ORVANE_RENDER_COMPLETION,
+                      ORVANE_RENDER_ZSH_COMPLETION};
+const Program kView{"orvane-view", ORVANE_VIEW_PROGRAM, ORVANE_VIEW_MANUAL, ORVANE_VIEW_COMPLETION,
+                    ORVANE_VIEW_ZSH_COMPLETION};
+
+INSTANTIATE_TEST_SUITE_P(Of, Manual, testing::Values(kRender, kView),
                          [](const auto& info) { return info.param.name.substr(7); });
 
 using RenderManual = Manual;
@@ -139,8 +141,59 @@ TEST_P(RenderManual, BashOffersTheNamesThatAnOptionTakes)
     EXPECT_THAT(Complete({"--fov", ""}), UnorderedElementsAre(""));
 }
 
-INSTANTIATE_TEST_SUITE_P(Tool, RenderManual,
-                         testing::Values(Program{"orvane-render", ORVANE_RENDER_PROGRAM, ORVANE_RENDER_MANUAL,
-                                                 ORVANE_RENDER_COMPLETION}));
+INSTANTIATE_TEST_SUITE_P(Tool, RenderManual, testing::Values(kRender));
+
+#ifdef ORVANE_ZSH
+
+/// What zsh makes of a line at a terminal.
+class ZshCompletion : public testing::TestWithParam<Program>
+{
+protected:
+    /// @param typed after the name of the program, tabs and all.
+    /// @return the words that the program would get, between angle brackets.
+    static std::string Type(const std::string& typed)
+    {
+        const std::string& file = GetParam().zshCompletion;
+        const ProcessResult result = RunProcess(
+            {ORVANE_ZSH, "-f", "-c",
+             "zmodload zsh/zpty; zpty shell $1 -f -i\n"
+             "zpty -w shell \"PS1=; fpath=(${2:h} \\$fpath); autoload -U compinit; compinit -D -u\"\n"
+             "zpty -w shell \"$3() { print -r -- \\\"<\\$*>\\\" }\"\n"
+             "zpty -w shell \"$3 $4\"; zpty -w shell exit\n"
+             "while zpty -r shell line; do print -r -- $line; done",
+             "zsh", ORVANE_ZSH, file, GetParam().name, typed});
+        const std::size_t begin = result.output.rfind('<');
+        const std::size_t end = result.output.find('>', begin);
+        return begin == std::string::npos || end == std::string::npos ? result.output + result.errors
+                                                                      : result.output.substr(begin, end + 1 - begin);
+    }
+};
+
+TEST_P(ZshCompletion, TypesTheRestOfAnOption)
+{
+    EXPECT_EQ(Type("--vers\t"), "<--version>");
+}
+
+TEST_P(ZshCompletion, TypesTheRestOfAFileWhereNoOptionBegins)
+{
+    const std::string& name = GetParam().completion;
+    EXPECT_EQ(Type(name.substr(0, name.size() - 2) + "\t"), "<" + name + ">");
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, ZshCompletion, testing::Values(kRender, kView),
+                         [](const auto& info) { return info.param.name.substr(7); });
+
+using RenderZshCompletion = ZshCompletion;
+
+TEST_P(RenderZshCompletion, TypesTheRestOfANameThatAnOptionTakes)
+{
+    EXPECT_EQ(Type("--look ph\t"), "<--look phong>");
+    EXPECT_EQ(Type("--shadows s\t"), "<--shadows soft>");
+    EXPECT_EQ(Type("--fov s\t"), "<--fov s>");
+}
+
+INSTANTIATE_TEST_SUITE_P(Tool, RenderZshCompletion, testing::Values(kRender));
+
+#endif
 
 } // namespace OV::Test

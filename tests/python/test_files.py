@@ -62,6 +62,17 @@ def test_a_file_that_is_refused_changes_nothing(files, tmp_path):
         model.remove_file(None)
 
 
+def test_faces_that_look_opposite_ways_are_left_alone_where_no_backs_show(tmp_path):
+    path = tmp_path / "sheets.obj"
+    path.write_text("o wall\nv -5 -5 0\nv 5 -5 0\nv 0 5 0\nf 1 2 3\no board\nv -1 -1 0\nv 1 -1 0\nv 0 1 0\nf 4 6 5\n")
+    for model in (orvane.open(path, path), orvane.open(path).add_file(path), orvane.open(path, path).replace_file(0)):
+        assert model.report["coplanar_pairs"] == 2
+    for model in (orvane.open(path, path, show_backs=False), orvane.open(path, show_backs=False).add_file(path, show_backs=False),
+                  orvane.open(path, path, show_backs=False).replace_file(0, show_backs=False)):
+        assert model.report["coplanar_pairs"] == 0
+    assert orvane.open(path, keep_coplanar=True).report["coplanar_pairs"] == 0
+
+
 def test_what_was_added_below_a_file_goes_with_it(files):
     model = orvane.open(files[0], files[1], view={"named": "front"})
     top = model.node(model.nodes[0])

@@ -80,9 +80,10 @@ float sideOf(sampler2D depths, sampler2D slopes, vec2 texel, vec2 place, float d
     return here >= 1.0 || behind < -room ? 1.0 : behind <= room ? 0.0 : behind <= room + 0.7 * fall ? -0.5 : -1.0;
 }
 
-// By the nearest pixel. What lies on the surface of one of the four about it is seen too, since the
-// other face of an edge may be nearer to the eye within a pixel, and so is what lies just behind a
-// rim, as the edges of round ones do. But not where the other three are nearer by far: then it would
+// By the nearest pixel. What lies on the surface of those of the four about it that count for enough is
+// seen too, by how close they are, since the other face of an edge may be nearer to the eye within a
+// pixel; were one enough, lines would go on by more than a pixel behind rims. So is what lies just behind
+// a rim, as the edges of round ones do. But not where the other three are nearer by far: then it would
 // be seen through a crack.
 bool isSeen(sampler2D depths, sampler2D slopes, vec2 place, float depth)
 {
@@ -92,9 +93,14 @@ bool isSeen(sampler2D depths, sampler2D slopes, vec2 place, float depth)
                       sideOf(depths, slopes, first + vec2(1.0 - nearest.x, nearest.y), place, depth),
                       sideOf(depths, slopes, first + vec2(nearest.x, 1.0 - nearest.y), place, depth),
                       sideOf(depths, slopes, first + 1.0 - nearest, place, depth));
+    // Beyond the rims of the picture these count as at it.
+    vec2 farther = min(abs(place - first - 0.5 - nearest), 0.5);
+    vec4 shares = vec4((1.0 - farther.x) * (1.0 - farther.y), farther.x * (1.0 - farther.y),
+                       (1.0 - farther.x) * farther.y, farther.x * farther.y);
+    float onSurface = dot(shares, vec4(equal(sides, vec4(0.0))));
     bool atRim = any(equal(sides, vec4(-0.5))) && any(equal(sides, vec4(1.0)));
     bool inCrack = dot(vec4(equal(sides, vec4(-1.0))), vec4(1.0)) > 2.5;
-    return !inCrack && (sides.x >= 0.0 || any(equal(sides, vec4(0.0))) || atRim);
+    return !inCrack && (sides.x >= 0.0 || onSurface > 0.4 || atRim);
 }
 #endif
 

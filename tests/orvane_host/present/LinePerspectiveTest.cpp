@@ -270,8 +270,7 @@ protected:
 TEST_F(PerspectiveLines, AreAsRaysHaveThem)
 {
     int lines = 0;
-    int beside = 0;
-    for (int round = 0; round < 3; ++round)
+    for (int round = 0; round < 12; ++round)
     {
         NewRenderer();
         app.GetContext()->SetScene(std::make_unique<Scene>());
@@ -298,20 +297,14 @@ TEST_F(PerspectiveLines, AreAsRaysHaveThem)
             {
                 const std::optional<bool> expected = Certain(caster, x + 0.5, y + 0.5, 1.0);
                 lines += expected && *expected ? 1 : 0;
-                if (!expected || IsBlack(picture.At(x, y)) == *expected)
+                if (expected)
                 {
-                    continue;
+                    EXPECT_EQ(IsBlack(picture.At(x, y)), *expected) << x << ", " << y << " of round " << round;
                 }
-                // Two of three places along a line tell whether it is seen.
-                ++beside;
-                EXPECT_FALSE(Certain(caster, x + 0.5, y + 0.5, 2.0))
-                    << "at " << x << ", " << y << " of round " << round << " " << picture.At(x, y)
-                    << (*expected ? " is to be a line" : " is to be none");
             }
         }
     }
-    EXPECT_LE(beside, lines / 1000) << "an end of what is seen of a line is more than a pixel off";
-    EXPECT_GT(lines, 4000) << "the lines are to be looked at, not their rims alone";
+    EXPECT_GT(lines, 16000) << "the lines are to be looked at, not their rims alone";
 }
 
 TEST_F(PerspectiveLines, AreDashedAndThinnerWhereRaysFindThemHidden)
