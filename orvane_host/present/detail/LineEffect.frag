@@ -66,8 +66,8 @@ float slopeOf(vec2 channels)
 }
 
 // Where a place lies by the surface of a pixel, which goes on level to beside the pixel: 1 before
-// it, 0 on it, -0.5 behind it by less than it falls away in 0.7 pixels, -1 farther behind. A share of
-// that is on it, for what curves, and some rounding.
+// it, 0 on it, -0.5 behind it by less than it falls away in 0.7 pixels, -0.75 in 3, -1 farther behind. A
+// share of that is on it, for what curves, and some rounding.
 float sideOf(sampler2D depths, sampler2D slopes, vec2 texel, vec2 place, float depth)
 {
     vec2 middle = texel + 0.5;
@@ -77,14 +77,15 @@ float sideOf(sampler2D depths, sampler2D slopes, vec2 texel, vec2 place, float d
     float fall = abs(slope.x) + abs(slope.y);
     float room = 0.05 * fall + 8.0 / 16777216.0;
     float behind = depth - here - dot(slope, place - middle);
-    return here >= 1.0 || behind < -room ? 1.0 : behind <= room ? 0.0 : behind <= room + 0.7 * fall ? -0.5 : -1.0;
+    return here >= 1.0 || behind < -room ? 1.0 : behind <= room ? 0.0 : behind <= room + 0.7 * fall ? -0.5
+         : behind <= room + 3.0 * fall ? -0.75 : -1.0;
 }
 
-// By the nearest pixel. What lies on the surface of those of the four about it that count for enough is
-// seen too, by how close they are, since the other face of an edge may be nearer to the eye within a
-// pixel; were one enough, lines would go on by more than a pixel behind rims. So is what lies just behind
-// a rim, as the edges of round ones do. But not where the other three are nearer by far: then it would
-// be seen through a crack.
+// By the nearest pixel. What lies on the surface of one of the four about it is seen too, since the
+// other face of an edge may be nearer to the eye within a pixel. Far behind the nearest one those on
+// whose surface it lies have to be close enough: there a line goes behind the rim of another thing, and
+// would go on for more than a pixel. And so is seen what lies just behind a rim, as the edges of round
+// ones do. But not where the other three are nearer: then it would be seen through a crack.
 bool isSeen(sampler2D depths, sampler2D slopes, vec2 place, float depth)
 {
     vec2 first = clamp(floor(place - 0.5), vec2(0.0), u_size - 2.0);
@@ -99,8 +100,8 @@ bool isSeen(sampler2D depths, sampler2D slopes, vec2 place, float depth)
                        (1.0 - farther.x) * farther.y, farther.x * farther.y);
     float onSurface = dot(shares, vec4(equal(sides, vec4(0.0))));
     bool atRim = any(equal(sides, vec4(-0.5))) && any(equal(sides, vec4(1.0)));
-    bool inCrack = dot(vec4(equal(sides, vec4(-1.0))), vec4(1.0)) > 2.5;
-    return !inCrack && (sides.x >= 0.0 || onSurface > 0.4 || atRim);
+    bool inCrack = dot(vec4(lessThan(sides, vec4(-0.6))), vec4(1.0)) > 2.5;
+    return !inCrack && (sides.x >= 0.0 || onSurface > (sides.x > -0.9 ? 0.0 : 0.4) || atRim);
 }
 #endif
 
