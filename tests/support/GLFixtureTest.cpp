@@ -4,6 +4,8 @@
 #include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "orvane/platform/detail/EntryPoints.h"
 
 using namespace OV::Test;
@@ -117,6 +119,20 @@ TEST(GLFixture, AnotherFramebufferHidesNoLeftOverRenderbuffer)
         },
         "is left over");
     glDeleteRenderbuffers(1, &name);
+}
+
+TEST(GLFixture, FindsObjectsHoweverManyWereMadeBefore)
+{
+    Probe probe;
+    for (int round = 0; round < 4; ++round)
+    {
+        std::vector<GLuint> names(700);
+        glGenRenderbuffers(static_cast<GLsizei>(names.size()), names.data());
+        glBindRenderbuffer(GL_RENDERBUFFER, names.back());
+        EXPECT_EQ(GLState::CaptureObjects().at("renderbuffer").count(names.back()), 1u) << names.back();
+        glBindRenderbuffer(GL_RENDERBUFFER, 0);
+        glDeleteRenderbuffers(static_cast<GLsizei>(names.size()), names.data());
+    }
 }
 
 TEST(GLFixture, ColourInARectangleIsExact)

@@ -5,7 +5,10 @@
 #include <GL/gl.h>
 #include <GL/glext.h>
 
+#include <algorithm>
+#include <map>
 #include <stdexcept>
+#include <string>
 #include <type_traits>
 
 namespace OV::Test
@@ -264,20 +267,23 @@ void GLState::Unbind()
 
 GLObjects GLState::CaptureObjects()
 {
-    // Drivers hand out the lowest free name, so that names lie close together: a gap this long
-    // ends the search.
+    // Drivers hand out the lowest free name, so that names lie close together, or, as Mesa does for
+    // renderbuffers, one above all there ever were. A gap this long after the last one that was ever
+    // found ends the search.
     constexpr unsigned int longestGap = 1024;
+    static std::map<std::string, unsigned int> lastOfKind;
     const Functions& gl = GL();
     GLObjects objects;
     const auto collect = [&](const char* kind, GLboolean (APIENTRYP isObject)(GLuint))
     {
         std::set<unsigned int>& names = objects[kind];
-        for (unsigned int name = 1, last = 0; name - last <= longestGap; ++name)
+        unsigned int& last = lastOfKind[kind];
+        for (unsigned int name = 1; name <= last + longestGap; ++name)
         {
             if (isObject(name))
             {
                 names.insert(name);
-                last = name;
+                last = std::max(last, name);
             }
         }
     };
