@@ -49,6 +49,10 @@ constexpr double kLowest = 0.01;
 constexpr double kHardTexel = 1.4142135623730950;
 constexpr double kSoftTexel = 1.0;
 
+/// Of a side of a map's part: of a view, and of a tile of a poster, beside whose buffers the map has to find room.
+constexpr int kMostTexels = 4096;
+constexpr int kMostTexelsOfPart = 2048;
+
 /// Parts of a map that are drawn, without the rest of it.
 class PartScope
 {
@@ -169,13 +173,14 @@ void ShadowStage::Draw(PresentationFrame& frame)
     }
     const glm::dvec3 towardSun = ToDouble(*m_towardSun) / length;
     ListCasters(frame);
-    const std::optional<SunView> view = LayOut(frame, towardSun);
+    const Seen seen = SeenIn(frame);
+    const std::optional<SunView> view = LayOut(frame, seen, towardSun);
     if (!view || !DrawMaps(frame, *view))
     {
         m_patch.reset();
         return;
     }
-    SetValues(frame, *view);
+    SetValues(frame, seen, *view);
     BindMaps(frame);
     m_inForce = true;
 }
@@ -234,7 +239,26 @@ void ShadowStage::AddCaster(const RenderItemES20& item, MeshNode& node, bool isG
     m_hasGlass = m_hasGlass || isGlass;
 }
 
-std::optional<SunView> ShadowStage::LayOut(const PresentationFrame& frame, const glm::dvec3& towardSun)
+ShadowStage::Seen ShadowStage::SeenIn(PresentationFrame& frame)
+{
+    const PicturePart& part = frame.part;
+    if (part.size == part.whole || part.ofPoster)
+    {
+        return {ToDouble(frame.cameraData.GetMVP()), frame.target, {}};
+    }
+    const ViewPart before = frame.cameraData.GetPart();
+    frame.cameraData.SetPart(ViewPart());
+    frame.cameraData.UpdateMVP(frame.view.width, frame.view.height, false);
+    const glm::dmat4 worldToClip = ToDouble(frame.cameraData.GetMVP());
+    frame.cameraData.SetPart(before);
+    frame.cameraData.UpdateMVP(frame.view.width, frame.view.height, false);
+    // A capture may be finer than the screen.
+    const int finer = std::max(frame.target.width / std::max(part.size.width, 1), 1);
+    return {worldToClip, {part.whole.width * finer, part.whole.height * finer}, {part.x * finer, part.y * finer}};
+}
+
+std::optional<SunView> ShadowStage::LayOut(const PresentationFrame& frame, const Seen& seen,
+                                           const glm::dvec3& towardSun)
 {
     if (m_boxes.empty())
     {
@@ -242,13 +266,13 @@ std::optional<SunView> ShadowStage::LayOut(const PresentationFrame& frame, const
     }
     SunView::Request request;
     request.towardSun = towardSun;
-    request.worldToClip = ToDouble(frame.cameraData.GetMVP());
+    request.worldToClip = seen.worldToClip;
     request.perspective = frame.camera.GetProjection() == CameraNode::Perspective;
-    request.pixels = {frame.target.width, frame.target.height};
+    request.pixels = {seen.pixels.width, seen.pixels.height};
     GLint limit = 0;
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &limit);
     request.texel = m_settings->soft ? kSoftTexel : kHardTexel;
-    request.mostTexels = std::min(limit / 2, 4096);
+    request.mostTexels = std::min(limit / 2, frame.part.ofPoster ? kMostTexelsOfPart : kMostTexels);
     request.low = m_boxes.front().middle;
     request.high = m_boxes.front().middle;
     for (const CastBox& box : m_boxes)
@@ -446,7 +470,7 @@ void ShadowStage::DrawPart(PresentationFrame& frame, const SunView& view, const 
     glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
 }
 
-void ShadowStage::SetValues(const PresentationFrame& frame, const SunView& view)
+void ShadowStage::SetValues(const PresentationFrame& frame, const Seen& seen, const SunView& view)
 {
     static_assert(SunShare::MostTiles == SunView::MostTiles);
     SunShare::Values& values = m_share.values;
@@ -457,7 +481,7 @@ void ShadowStage::SetValues(const PresentationFrame& frame, const SunView& view)
     values.tiles = static_cast<int>(view.GetTiles().size());
     // Backwards from what a pixel tells: its place times the distance and the distance, or place and
     // depth.
-    const glm::dmat4 toClip = ToDouble(frame.cameraData.GetMVP());
+    const glm::dmat4& toClip = seen.worldToClip;
     const int rows[3] = {0, 1, isPerspective ? 3 : 2};
     glm::dmat3 turned(1.0);
     glm::dvec3 moved(0.0);
@@ -472,7 +496,8 @@ void ShadowStage::SetValues(const PresentationFrame& frame, const SunView& view)
     const glm::dmat3 back = glm::inverse(turned);
     glm::dmat4 toWorld(back);
     toWorld[3] = glm::dvec4(-(back * moved), 1.0);
-    const glm::dvec2 pixel(2.0 / frame.target.width, 2.0 / frame.target.height);
+    const glm::dvec2 pixel(2.0 / seen.pixels.width, 2.0 / seen.pixels.height);
+    values.first = {static_cast<float>(seen.first.width), static_cast<float>(seen.first.height)};
     for (std::size_t i = 0; i < view.GetTiles().size(); ++i)
     {
         const SunView::Tile& tile = view.GetTiles()[i];

@@ -27,6 +27,7 @@ public:
         std::array<std::array<float, 4>, MostTiles> rects{};
         std::array<std::array<float, 2>, MostTiles> steps{};
         std::array<float, 2> look{};
+        std::array<float, 2> first{};
     };
 
     /// As the options of SunShare.frag.
