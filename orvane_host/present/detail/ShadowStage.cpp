@@ -5,6 +5,7 @@
 #include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/StageAccess.h"
 #include "orvane_host/present/detail/CasterEffect.h"
+#include "orvane_host/present/detail/WholeView.h"
 #include "orvane_host/present/detail/DrawIdKeeper.h"
 #include "orvane_host/present/detail/EffectInPlace.h"
 #include "orvane_host/present/detail/Effects.h"
@@ -173,7 +174,7 @@ void ShadowStage::Draw(PresentationFrame& frame)
     }
     const glm::dvec3 towardSun = ToDouble(*m_towardSun) / length;
     ListCasters(frame);
-    const Seen seen = SeenIn(frame);
+    const WholeView seen = SeenIn(frame);
     const std::optional<SunView> view = LayOut(frame, seen, towardSun);
     if (!view || !DrawMaps(frame, *view))
     {
@@ -239,25 +240,19 @@ void ShadowStage::AddCaster(const RenderItemES20& item, MeshNode& node, bool isG
     m_hasGlass = m_hasGlass || isGlass;
 }
 
-ShadowStage::Seen ShadowStage::SeenIn(PresentationFrame& frame)
+WholeView ShadowStage::SeenIn(PresentationFrame& frame)
 {
-    const PicturePart& part = frame.part;
-    if (part.size == part.whole || part.ofPoster)
+    WholeView seen(frame);
+    if (frame.part.ofPoster)
     {
-        return {ToDouble(frame.cameraData.GetMVP()), frame.target, {}};
+        seen.size = frame.target;
+        seen.first = {};
+        seen.worldToClip = frame.cameraData.GetMVP();
     }
-    const ViewPart before = frame.cameraData.GetPart();
-    frame.cameraData.SetPart(ViewPart());
-    frame.cameraData.UpdateMVP(frame.view.width, frame.view.height, false);
-    const glm::dmat4 worldToClip = ToDouble(frame.cameraData.GetMVP());
-    frame.cameraData.SetPart(before);
-    frame.cameraData.UpdateMVP(frame.view.width, frame.view.height, false);
-    // A capture may be finer than the screen.
-    const int finer = std::max(frame.target.width / std::max(part.size.width, 1), 1);
-    return {worldToClip, {part.whole.width * finer, part.whole.height * finer}, {part.x * finer, part.y * finer}};
+    return seen;
 }
 
-std::optional<SunView> ShadowStage::LayOut(const PresentationFrame& frame, const Seen& seen,
+std::optional<SunView> ShadowStage::LayOut(const PresentationFrame& frame, const WholeView& seen,
                                            const glm::dvec3& towardSun)
 {
     if (m_boxes.empty())
@@ -266,9 +261,9 @@ std::optional<SunView> ShadowStage::LayOut(const PresentationFrame& frame, const
     }
     SunView::Request request;
     request.towardSun = towardSun;
-    request.worldToClip = seen.worldToClip;
+    request.worldToClip = ToDouble(seen.worldToClip);
     request.perspective = frame.camera.GetProjection() == CameraNode::Perspective;
-    request.pixels = {seen.pixels.width, seen.pixels.height};
+    request.pixels = {seen.size.width, seen.size.height};
     GLint limit = 0;
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &limit);
     request.texel = m_settings->soft ? kSoftTexel : kHardTexel;
@@ -470,7 +465,7 @@ void ShadowStage::DrawPart(PresentationFrame& frame, const SunView& view, const 
     glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
 }
 
-void ShadowStage::SetValues(const PresentationFrame& frame, const Seen& seen, const SunView& view)
+void ShadowStage::SetValues(const PresentationFrame& frame, const WholeView& seen, const SunView& view)
 {
     static_assert(SunShare::MostTiles == SunView::MostTiles);
     SunShare::Values& values = m_share.values;
@@ -481,7 +476,7 @@ void ShadowStage::SetValues(const PresentationFrame& frame, const Seen& seen, co
     values.tiles = static_cast<int>(view.GetTiles().size());
     // Backwards from what a pixel tells: its place times the distance and the distance, or place and
     // depth.
-    const glm::dmat4& toClip = seen.worldToClip;
+    const glm::dmat4 toClip = ToDouble(seen.worldToClip);
     const int rows[3] = {0, 1, isPerspective ? 3 : 2};
     glm::dmat3 turned(1.0);
     glm::dvec3 moved(0.0);
@@ -496,7 +491,7 @@ void ShadowStage::SetValues(const PresentationFrame& frame, const Seen& seen, co
     const glm::dmat3 back = glm::inverse(turned);
     glm::dmat4 toWorld(back);
     toWorld[3] = glm::dvec4(-(back * moved), 1.0);
-    const glm::dvec2 pixel(2.0 / seen.pixels.width, 2.0 / seen.pixels.height);
+    const glm::dvec2 pixel(2.0 / seen.size.width, 2.0 / seen.size.height);
     values.first = {static_cast<float>(seen.first.width), static_cast<float>(seen.first.height)};
     for (std::size_t i = 0; i < view.GetTiles().size(); ++i)
     {

@@ -17,6 +17,8 @@ class Scene;
 namespace OV::Host::Detail
 {
 
+class DomeEffect;
+
 /// The sky: a dome of a scene of its own about the eye.
 ///
 /// It lists and uploads by itself, since it is drawn before the scene's own meshes are listed.
@@ -37,9 +39,11 @@ public:
 private:
     void MakeScene();
     void MoveTo(const PresentationFrame& frame);
+    void LookFrom(PresentationFrame& frame);
 
     std::unique_ptr<Scene> m_scene;
     MeshNode* m_node = nullptr; ///< lives in m_scene
+    DomeEffect* m_effect = nullptr; ///< one reference; null until it is drawn
     std::vector<RenderItemES20> m_items;
 };
 
