@@ -65,7 +65,7 @@ int BytesPerPixel(const PresentationSettings& settings, int samples, int bits)
     // Faces, and what is hidden.
     bytes += settings.occlusion && !isSpiral ? (4 + 6) * (samples > 1 ? 4 : drawn) + 4 * drawn : 0;
     // Depth and slope of surfaces and of glass, what lines cover and its depth, and lines kept.
-    bytes += settings.lines ? (7 * 4 + 2 * 2) * drawn : 0;
+    bytes += settings.lines ? (7 * 4 + 3 * 2) * drawn : 0;
     // Three depths, a layer and two sums.
     const bool isLayered = settings.glass.order != GlassOrder::Scene;
     const bool isFine = settings.glass.order == GlassOrder::Exact && samples > 1;

@@ -492,7 +492,6 @@ void ShadowStage::SetValues(const PresentationFrame& frame, const WholeView& see
     glm::dmat4 toWorld(back);
     toWorld[3] = glm::dvec4(-(back * moved), 1.0);
     const glm::dvec2 pixel(2.0 / seen.size.width, 2.0 / seen.size.height);
-    values.first = {static_cast<float>(seen.first.width), static_cast<float>(seen.first.height)};
     for (std::size_t i = 0; i < view.GetTiles().size(); ++i)
     {
         const SunView::Tile& tile = view.GetTiles()[i];
@@ -512,7 +511,8 @@ void ShadowStage::SetValues(const PresentationFrame& frame, const WholeView& see
     }
     constexpr double radians = 3.14159265358979323846 / 180.0;
     const double halfWidth = m_settings->soft ? std::tan(0.5 * m_settings->sunWidth * radians) : 0.0;
-    values.look = {m_settings->darkness, narrow(halfWidth)};
+    values.look = {m_settings->darkness, narrow(halfWidth), static_cast<float>(seen.first.width),
+                   static_cast<float>(seen.first.height)};
     const auto optionIf = [](bool condition, SunShare::Option option) { return condition ? unsigned(option) : 0u; };
     m_share.SetOptions(optionIf(isPerspective, SunShare::OptionPerspective)
                        | optionIf(values.tiles > 1, SunShare::OptionParts)

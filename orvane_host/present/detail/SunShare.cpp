@@ -20,14 +20,12 @@ enum Uniform : int
     UniformRects,
     UniformSteps,
     UniformLook,
-    UniformFirst,
 };
 
 constexpr IndexedName kUniforms[] = {
     {UniformDepth, "u_sunDepth"}, {UniformGlass, "u_sunGlass"}, {UniformTexel, "u_sunTexel"},
     {UniformTiles, "u_sunTiles"}, {UniformToMap, "u_sunToMap"},
     {UniformRects, "u_sunRects"}, {UniformSteps, "u_sunSteps"}, {UniformLook, "u_sunLook"},
-    {UniformFirst, "u_sunFirst"},
 };
 static_assert(IsDense(kUniforms));
 
@@ -74,8 +72,7 @@ void SunShare::Feed(ShaderProgram& program, int first)
     {
         program.Uniform1i(first + UniformTiles, tiles);
     }
-    program.Uniform2fv(first + UniformLook, 1, values.look.data());
-    program.Uniform2fv(first + UniformFirst, 1, values.first.data());
+    program.Uniform4fv(first + UniformLook, 1, values.look.data());
     if (tiles > 0)
     {
         program.Uniform3fv(first + UniformToMap, 4 * tiles, values.toMap.front().data());
