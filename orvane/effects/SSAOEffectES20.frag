@@ -31,12 +31,12 @@ const float lumInfluence = 0.5;        // how much luminance reduces occlusion
 #define znear uZNear
 #define zfar uZFar
 
-// Samples are placed in the whole picture, of which the textures may hold a part. They are found by whole
-// pixels: shares of a part would round in another way than shares of the whole.
+// Samples are placed in the whole picture, of which the textures may hold a part. They are counted in pixels:
+// shares of a part would round in another way than shares of the whole.
 vec2 toTexture(vec2 coord)
 {
 #ifdef PART
-    return (floor(coord * uWhole) - uPart.xy + 0.5) / uPart.zw;
+    return (coord * uWhole - uPart.xy) / uPart.zw;
 #else
     return coord;
 #endif

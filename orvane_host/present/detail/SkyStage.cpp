@@ -3,7 +3,6 @@
 #include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/StageAccess.h"
 #include "orvane_host/present/detail/DomeEffect.h"
-#include "orvane_host/present/detail/EffectInPlace.h"
 #include "orvane_host/present/detail/Effects.h"
 #include "orvane_host/present/detail/WholeView.h"
 #include "orvane/math/TextureCoordinate.h"
@@ -200,7 +199,7 @@ void SkyStage::Draw(PresentationFrame& frame)
     }
     frame.renderer.Upload();
     glDisable(GL_BLEND);
-    const EffectInPlace inPlace(m_items, RenderPassSky, *m_effect);
+    const EffectInPlace inPlace(m_items, RenderPassSky, *m_effect, &m_replaced);
     frame.renderer.Draw(frame.cameraData, m_items, RenderPassSky);
     MeshES20::ResetBufferCache();
 }

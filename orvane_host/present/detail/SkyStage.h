@@ -1,6 +1,7 @@
 #pragma once
 
 #include "orvane_host/present/PresentationStage.h"
+#include "orvane_host/present/detail/EffectInPlace.h"
 #include "orvane/renderdata/RenderItemES20.h"
 
 #include <memory>
@@ -45,6 +46,7 @@ private:
     MeshNode* m_node = nullptr; ///< lives in m_scene
     DomeEffect* m_effect = nullptr; ///< one reference; null until it is drawn
     std::vector<RenderItemES20> m_items;
+    EffectInPlace::Replaced m_replaced;
 };
 
 } // namespace OV::Host::Detail
