@@ -34,7 +34,8 @@ enum Uniform : int
     UniformRenderedTextureWidth,
     UniformZFar,
     UniformZNear,
-    UniformPart, ///< with OptionPart
+    UniformPart, ///< this and the next with OptionPart
+    UniformWhole,
 };
 
 constexpr IndexedName kUniforms[] = {
@@ -47,7 +48,7 @@ constexpr IndexedName kUniforms[] = {
 };
 static_assert(IsDense(kUniforms));
 
-constexpr IndexedName kPartUniforms[] = {{UniformPart, "uPart"}};
+constexpr IndexedName kPartUniforms[] = {{UniformPart, "uPart"}, {UniformWhole, "uWhole"}};
 
 enum Attribute : unsigned
 {
@@ -76,7 +77,7 @@ unsigned int SSAOEffectES20::CreateProgramForOptions(std::uint64_t options, std:
 
 void SSAOEffectES20::Bind()
 {
-    UseOptions(part == WholePart ? OptionMist : OptionMist | OptionPart);
+    UseOptions(isPart ? OptionMist | OptionPart : OptionMist);
     BindTexture(0, static_cast<GLuint>(depthTexture));
     BindTexture(1, static_cast<GLuint>(renderTexture));
     glActiveTexture(GL_TEXTURE0);
@@ -112,9 +113,10 @@ void SSAOEffectES20::BindMeshUniforms(MeshNode*)
     Set(UniformRenderedTexture, 1);
     Set(UniformZNear, zNear);
     Set(UniformZFar, zFar);
-    if (part != WholePart)
+    if (isPart)
     {
         Set(UniformPart, part[0], part[1], part[2], part[3]);
+        Set(UniformWhole, whole[0], whole[1]);
     }
 }
 

@@ -11,7 +11,8 @@ uniform float uRenderedTextureHeight;  // of the whole picture, pixels
 uniform HIGHP float uZNear;
 uniform HIGHP float uZFar;
 #ifdef PART
-uniform HIGHP vec4 uPart;              // of the whole picture: its coordinates to those of the textures
+uniform HIGHP vec4 uPart;              // lower left pixel of the textures in the whole picture, and their size
+uniform HIGHP vec2 uWhole;             // size of the whole picture, in pixels as fine as those
 #endif
 
 varying vec2 texCoord;                 // 0 to 1, in the textures
@@ -30,22 +31,24 @@ const float lumInfluence = 0.5;        // how much luminance reduces occlusion
 #define znear uZNear
 #define zfar uZFar
 
-// Samples are placed in the whole picture, of which the textures may hold a part.
+// Samples are placed in the whole picture, of which the textures may hold a part. They are counted in pixels:
+// shares of a part would round in another way than shares of the whole.
 vec2 toTexture(vec2 coord)
 {
 #ifdef PART
-    return coord * uPart.xy + uPart.zw;
+    return (coord * uWhole - uPart.xy) / uPart.zw;
 #else
     return coord;
 #endif
 }
 
-vec2 toWhole(vec2 coord)
+// The pixel's own place in the whole picture.
+vec2 placeInWhole()
 {
 #ifdef PART
-    return (coord - uPart.zw) / uPart.xy;
+    return (gl_FragCoord.xy + uPart.xy) / uWhole;
 #else
-    return coord;
+    return texCoord;
 #endif
 }
 
@@ -100,7 +103,7 @@ float compareDepths(float depth1, float depth2, inout int far)
 float calAO(float depth, float dw, float dh)
 {
     float dd = (1.0 - depth) * radius;
-    vec2 place = toWhole(texCoord);
+    vec2 place = placeInWhole();
     vec2 coord = place + vec2(dw, dh) * dd;
     vec2 coord2 = place - vec2(dw, dh) * dd;
     int far = 0;
@@ -116,8 +119,8 @@ float calAO(float depth, float dw, float dh)
 
 void main()
 {
-    vec2 noise = rand(toWhole(texCoord));
-    float depth = readDepth(toWhole(texCoord));
+    vec2 noise = rand(placeInWhole());
+    float depth = readDepth(placeInWhole());
     float w = (1.0 / width) / clamp(depth, aoclamp, 1.0) + noise.x * (1.0 - noise.x);
     float h = (1.0 / height) / clamp(depth, aoclamp, 1.0) + noise.y * (1.0 - noise.y);
 

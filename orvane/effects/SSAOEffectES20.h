@@ -30,9 +30,17 @@ public:
     /// What Apply does: program, with mist, and textures, depth on unit 0, picture on 1.
     void Bind();
 
-    /// Where the pictures are a part of a larger one, whose size SetDimensions tells: coordinates of
-    /// the larger one, 0 to 1, become those of the part by a scale and then a shift. All of it at first.
-    void SetPart(float scaleX, float scaleY, float shiftX, float shiftY) { part = {scaleX, scaleY, shiftX, shiftY}; }
+    /// Where the pictures are a part of a larger one, whose size SetDimensions tells: its lower left pixel
+    /// in the larger one, its size, and that of the larger one in as fine pixels, which may be finer
+    /// than those of SetDimensions. It is drawn at the origin of the target. All of it at first; every part of a
+    /// picture, all of it as well, is drawn alike once this was called.
+    void SetPart(int x, int y, int partWidth, int partHeight, int wholeWidth, int wholeHeight)
+    {
+        isPart = true;
+        part = {static_cast<float>(x), static_cast<float>(y), static_cast<float>(partWidth),
+                static_cast<float>(partHeight)};
+        whole = {static_cast<float>(wholeWidth), static_cast<float>(wholeHeight)};
+    }
 
     /// Size of the pictures, in pixels.
     void SetDimensions(int newWidth, int newHeight)
@@ -57,9 +65,9 @@ protected:
 
     explicit SSAOEffectES20(EffectCache* cache);
 
-    static constexpr std::array<float, 4> WholePart = {1.0f, 1.0f, 0.0f, 0.0f};
-
-    std::array<float, 4> part = WholePart;
+    bool isPart = false;
+    std::array<float, 4> part{};
+    std::array<float, 2> whole{};
     int width = 0;
     int height = 0;
     int renderTexture = 0;

@@ -39,9 +39,14 @@ struct PicturePart
     int x = 0;       ///< of its lower left corner in the whole
     int y = 0;
 
+    /// Whether the whole could not be drawn at once. What is laid out for a view, as shadows are, is then laid
+    /// out for the part, finer than for all of it; else the part is as in the whole.
+    bool ofPoster = false;
+
     bool operator==(const PicturePart& other) const
     {
-        return whole == other.whole && size == other.size && x == other.x && y == other.y;
+        return whole == other.whole && size == other.size && x == other.x && y == other.y
+            && ofPoster == other.ofPoster;
     }
     bool operator!=(const PicturePart& other) const { return !(*this == other); }
 };

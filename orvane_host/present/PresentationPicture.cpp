@@ -121,7 +121,8 @@ public:
                    const PictureOptions& options) :
         m_impl(impl), m_options(options), m_whole{options.width, options.height},
         m_samples(SamplesFor(impl.settings, limits.maxSamples)),
-        m_tiles(m_whole, SizeFor(limits),
+        m_isPoster(SizeFor(limits, 0) != m_whole),
+        m_tiles(m_whole, SizeFor(limits, options.longestTile),
                 impl.renderer->GetMargin(m_whole) + ReachOfPoints(impl.World()) + ReachOfLines(impl.World())),
         m_gl(gl), m_limits(limits)
     {
@@ -150,7 +151,7 @@ public:
     }
 
 private:
-    PixelSize SizeFor(const Detail::FramebufferLimits& limits) const
+    PixelSize SizeFor(const Detail::FramebufferLimits& limits, int longest) const
     {
         const int finer = static_cast<int>(m_impl.LineScale());
         PresentationSettings drawn = m_impl.settings;
@@ -160,7 +161,7 @@ private:
             drawn.glass.order = GlassOrder::Scene;
         }
         return Detail::TileSizeFor(drawn, m_whole, m_samples, m_options.bits,
-                                   {limits.maxWidth / finer, limits.maxHeight / finer}, m_options.longestTile);
+                                   {limits.maxWidth / finer, limits.maxHeight / finer}, longest);
     }
 
     bool DrawRow(int row, Detail::PicturePixels& pixels, PictureFacts& facts, std::string& error)
@@ -184,10 +185,11 @@ private:
         return true;
     }
 
-    bool DrawTile(const Detail::PictureTile& tile, Detail::PicturePixels& pixels)
+    bool DrawTile(Detail::PictureTile tile, Detail::PicturePixels& pixels)
     {
         const int width = tile.kept.width;
         const int height = tile.kept.height;
+        tile.part.ofPoster = m_isPoster;
         if (!m_options.transparent)
         {
             const bool isRead = DrawOn(m_impl.settings.background, tile, m_read);
@@ -228,6 +230,7 @@ private:
     const PictureOptions& m_options;
     PixelSize m_whole;
     int m_samples;
+    bool m_isPoster; ///< whether it is too large to be drawn at once
     Detail::PictureTiles m_tiles;
     const Detail::GLFunctions& m_gl;
     const Detail::FramebufferLimits& m_limits;

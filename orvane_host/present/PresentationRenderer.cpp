@@ -9,6 +9,8 @@
 #include "orvane_host/present/detail/DrawIdKeeper.h"
 #include "orvane_host/present/detail/EdgeStage.h"
 #include "orvane_host/present/detail/EffectInPlace.h"
+#include "orvane_host/present/detail/Effects.h"
+#include "orvane_host/present/detail/FilterEffect.h"
 #include "orvane_host/present/detail/GroundStage.h"
 #include "orvane_host/present/detail/HorizonStage.h"
 #include "orvane_host/present/detail/IdentifierStage.h"
@@ -35,6 +37,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 
 namespace OV::Host
 {
@@ -305,6 +308,7 @@ void PresentationRenderer::ReleaseHeld()
         entry.stage->ReleaseGL();
     }
     m_layerLines->ReleaseGL();
+    Detail::Drop(m_filter);
     m_picture.reset();
     m_batches.reset();
 }
@@ -383,12 +387,40 @@ void PresentationRenderer::BeginCapture()
 void PresentationRenderer::ApplyCapture()
 {
     m_capturing = false;
-    SceneRenderer::ApplyCapture();
+    LayCapture();
     if (!UseMSAA())
     {
         m_lines->LayOver();
         // The next pass enables what it needs.
         glDisable(GL_DEPTH_TEST);
+    }
+}
+
+void PresentationRenderer::LayCapture()
+{
+    const bool isScreenSized = PixelSize{offscreenWidth, offscreenHeight} == PixelSize{width, height};
+    if (!UseFXAA() || !screenEffect || !isScreenSized)
+    {
+        SceneRenderer::ApplyCapture();
+        return;
+    }
+    if (!m_filter)
+    {
+        m_filter = new Detail::FilterEffect;
+    }
+    m_filter->SetSize(width, height);
+    EffectES20* const before = std::exchange(screenEffect, m_filter);
+    m_filter->AddReference();
+    SceneRenderer::ApplyCapture();
+    // Without a mesh to draw with the renderer lets go of the effect.
+    if (EffectES20* const after = std::exchange(screenEffect, before))
+    {
+        after->Release();
+    }
+    else
+    {
+        screenEffect = nullptr;
+        before->Release();
     }
 }
 

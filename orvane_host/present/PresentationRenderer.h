@@ -33,6 +33,7 @@ class Batches;
 class EdgeStage;
 class GroundStage;
 struct Ground;
+class FilterEffect;
 class HorizonStage;
 class ItemLister;
 class LineDepthStage;
@@ -266,6 +267,7 @@ private:
     Detail::Batches* BatchesOf(Scene& scene);
 
     PixelSize TargetSize() const;
+    void LayCapture();
     void GatherNeeds(PresentationFrame& frame);
     static void AskTarget(PresentationFrame& frame);
     void BeginScene() const;
@@ -292,6 +294,7 @@ private:
     float m_raisedRatio = 1.0f; ///< what it was raised to; the same where it was not
     std::unique_ptr<Detail::LineSetup> m_layerLines;
     std::unique_ptr<Detail::ScreenBuffer> m_picture; ///< what stages read of it; null until needed
+    Detail::FilterEffect* m_filter = nullptr; ///< one reference; null until a picture is filtered
     std::unique_ptr<Detail::ItemLister> m_lister;
     BatchSettings m_batchSettings{BatchUse::Off};
     std::unique_ptr<Detail::Batches> m_batches; ///< null where everything is drawn node by node

@@ -139,10 +139,11 @@ TEST_F(SSAO, HandsItsSettingsToTheProgram)
     EXPECT_THAT(gl.Uniform("uZNear"), ElementsAre(2.0f));
     EXPECT_THAT(gl.Uniform("uZFar"), ElementsAre(9.0f));
     EXPECT_TRUE(gl.Uniform("uPart").empty()) << "a whole picture has none";
-    effect.SetPart(2.0f, 3.0f, -1.0f, -2.0f);
+    effect.SetPart(64, 128, 32, 16, 640, 480);
     effect.Bind();
     effect.BindMeshUniforms(nullptr);
-    EXPECT_THAT(gl.Uniform("uPart"), ElementsAre(2.0f, 3.0f, -1.0f, -2.0f));
+    EXPECT_THAT(gl.Uniform("uPart"), ElementsAre(64.0f, 128.0f, 32.0f, 16.0f));
+    EXPECT_THAT(gl.Uniform("uWhole"), ElementsAre(640.0f, 480.0f));
 }
 
 TEST_F(SSAO, TextureCoordinatesAreReadWhereTheMeshHasThemAndDisabledInAnyCase)

@@ -27,6 +27,8 @@ enum Uniform : int
     UniformShadowPlace,
     UniformShadowStrength,
     UniformDepth,
+    UniformFirst,
+    UniformSize,
 };
 
 constexpr IndexedName kUniforms[] = {
@@ -44,6 +46,8 @@ constexpr IndexedName kUniforms[] = {
     {UniformShadowPlace, "u_shadowPlace"},
     {UniformShadowStrength, "u_shadowStrength"},
     {UniformDepth, "u_depth"},
+    {UniformFirst, "u_first"},
+    {UniformSize, "u_size"},
 };
 static_assert(IsDense(kUniforms));
 
@@ -79,6 +83,8 @@ void GroundEffect::Apply(MaterialES20*, CameraNodeES20*)
     Set(UniformShadowStrength, m_look.shadow != 0 ? m_look.shadowStrength : 0.0f);
     const glm::vec4& depth = m_look.depth;
     Set(UniformDepth, depth.x, depth.y, depth.z, depth.w);
+    Set(UniformFirst, m_look.first.x, m_look.first.y);
+    Set(UniformSize, m_look.size.x, m_look.size.y);
     BindTexture(0, m_look.shadow);
 }
 

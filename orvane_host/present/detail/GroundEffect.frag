@@ -1,7 +1,8 @@
 PRECISION_DEFAULT_HIGHP(float)
 
-// The ray of a pixel, as a value in the middle of the screen and its change to the right and
-// upward. Along the ground in x and y, from the middle of the model; above the ground in z. A ray
+// The ray of a pixel, as a value in the middle of the picture and its change to the right and
+// upward. It follows from the number of the pixel in all of the picture: from corner to corner of a part it would
+// round in another way. Along the ground in x and y, from the middle of the model; above the ground in z. A ray
 // is as long as a unit along the line of sight.
 uniform vec3 u_start;
 uniform vec3 u_startRight;
@@ -19,11 +20,13 @@ uniform vec4 u_shadowPlace;   // factor and offset from the ground to the textur
 uniform float u_shadowStrength;
 uniform vec4 u_depth;         // factors a, b, c, d of the depth (a z + b) / (c z + d)
 
-varying vec2 v_screen;
+uniform vec2 u_first;         // the lower left pixel of the target in all of the picture
+uniform vec2 u_size;          // of all of it
 
 vec3 along(vec3 middle, vec3 right, vec3 up)
 {
-    return middle + v_screen.x * right + v_screen.y * up;
+    vec2 place = (gl_FragCoord.xy + u_first) / u_size * 2.0 - 1.0;
+    return middle + place.x * right + place.y * up;
 }
 
 // How much of the ground's light is kept off.

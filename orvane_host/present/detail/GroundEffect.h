@@ -17,7 +17,7 @@ namespace OV::Host::Detail
 class GroundEffect final : public ScreenEffect
 {
 public:
-    /// A value in the middle of the screen and how it changes up to the right and the upper edge.
+    /// A value in the middle of the picture and how it changes up to the right and the upper edge.
     struct OverScreen
     {
         Vector middle;
@@ -29,6 +29,8 @@ public:
     /// model, and above the ground in z.
     struct Look
     {
+        glm::vec2 first{0, 0}; ///< pixel of the picture at the lower left corner of the target
+        glm::vec2 size{1, 1};  ///< of the picture, in pixels of the target
         OverScreen start;
         OverScreen ray; ///< as long as a unit along the line of sight
         Color color;            ///< alpha: 1 for a plain, 0 for shadows alone

@@ -8,6 +8,7 @@
 #include "orvane_host/present/detail/Effects.h"
 #include "orvane_host/present/detail/GroundEffect.h"
 #include "orvane_host/present/detail/UploadScope.h"
+#include "orvane_host/present/detail/WholeView.h"
 #include "orvane/effects/SkySettings.h"
 #include "orvane/math/Matrix.h"
 #include "orvane/math/Transform.h"
@@ -60,8 +61,7 @@ struct Eye
     Direction position{};
 };
 
-/// The first two rows of a projection, of which a ray of a pixel comes; whatever part of the view
-/// is drawn, they are of it.
+/// The first two rows of a projection, of which a ray of a pixel comes.
 struct Projection
 {
     /// The matrix is of single precision: only its last column, which counts without perspective, is
@@ -214,7 +214,10 @@ void GroundStage::Draw(PresentationFrame& frame)
     const bool isPerspective = frame.camera.GetProjection() == CameraNode::Perspective;
     const Eye eye(frame.camera);
     GroundEffect::Look look;
-    SetRays(ground, eye, Projection(frame.cameraData.GetMVP(), eye), isPerspective, look);
+    const WholeView whole(frame);
+    look.first = {whole.first.width, whole.first.height};
+    look.size = {whole.size.width, whole.size.height};
+    SetRays(ground, eye, Projection(whole.worldToClip, eye), isPerspective, look);
     SetDistances(frame.camera, isPerspective, look);
     look.color = Color(ground.color.r, ground.color.g, ground.color.b, ground.kind == GroundKind::Plain ? 1.0f : 0.0f);
     const Vector& start = look.start.middle;

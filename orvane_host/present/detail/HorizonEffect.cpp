@@ -48,6 +48,7 @@ enum Uniform : int
     UniformFiner,
     UniformApart,
     UniformHiddenSize,
+    UniformFirst,
 };
 
 constexpr IndexedName kUniforms[] = {
@@ -71,6 +72,7 @@ constexpr IndexedName kUniforms[] = {
     {UniformFiner, "u_finer"},
     {UniformApart, "u_apart"},
     {UniformHiddenSize, "u_hiddenSize"},
+    {UniformFirst, "u_first"},
 };
 static_assert(IsDense(kUniforms));
 
@@ -103,6 +105,7 @@ void HorizonEffect::Apply(MaterialES20*, CameraNodeES20*)
     Set(UniformFaces, static_cast<int>(UnitFaces));
     Set(UniformHidden, static_cast<int>(UnitOther));
     Set(UniformFarDepth, static_cast<int>(UnitOther));
+    Set(UniformFirst, values.first.x, values.first.y);
     Set(UniformSize, values.size.x, values.size.y);
     Set(UniformFiner, values.finer);
     Set(UniformApart, values.apart);
@@ -117,7 +120,7 @@ void HorizonEffect::Apply(MaterialES20*, CameraNodeES20*)
     Set(UniformFog, values.fog.x, values.fog.y);
     Set(UniformFarSize, values.farSize.x, values.farSize.y);
     Set(UniformFarView, values.farView.x, values.farView.y, values.farView.z, values.farView.w);
-    Set(UniformToFar, values.toFar.x, values.toFar.y, values.toFar.z, values.toFar.w);
+    Set(UniformToFar, values.toFar.x, values.toFar.y);
     Set(UniformNearReach, values.nearReach);
     BindTexture(UnitOther, other);
     BindTexture(UnitFaces, values.faces);

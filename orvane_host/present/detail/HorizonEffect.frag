@@ -25,6 +25,9 @@ uniform sampler2D u_faces;         // which way they look, see FaceEffect
 #ifdef SHADE
 uniform sampler2D u_hidden;        // of the first run
 #endif
+// Pixels are counted in all of the picture, of which these may hold a part: what follows from the number of
+// a pixel is the same in each part, to the bit.
+uniform vec2 u_first;              // the lower left one of both
 uniform vec2 u_size;               // of both, in pixels, which may be finer than those of the target
 uniform float u_finer;             // so many for one of the target, along each edge
 uniform float u_apart;             // so many for one of those that the first run draws, along each edge
@@ -41,7 +44,7 @@ uniform float u_reach;             // the same in pixels at most
 uniform HIGHP sampler2D u_farDepth; // of all of the picture, in coarser pixels
 uniform vec2 u_farSize;            // their number
 uniform vec4 u_farView;            // as u_view
-uniform vec4 u_toFar;              // factors and offsets from a pixel to those
+uniform vec2 u_toFar;              // factors from a pixel to those
 uniform float u_nearReach;         // pixels beyond which it is looked up there
 #endif
 #ifdef SHADE
@@ -52,12 +55,17 @@ uniform vec2 u_fog;                // factor and offset from a distance to what 
 // The first of the pixels that one of the first run has, which stands for it.
 vec2 standingFor(vec2 drawn)
 {
-    return floor(drawn) * u_apart + 0.5;
+    return floor(drawn) * u_apart + u_first + 0.5;
+}
+
+vec2 shareOf(vec2 pixel)
+{
+    return (pixel - u_first) / u_size;
 }
 
 float depthAt(vec2 pixel)
 {
-    return texture2D(u_depth, pixel / u_size).r;
+    return texture2D(u_depth, shareOf(pixel)).r;
 }
 
 float distanceOf(float depth)
@@ -96,7 +104,7 @@ float precisionAt(float distance)
 
 vec3 faceAt(vec2 pixel)
 {
-    vec4 bytes = floor(texture2D(u_faces, pixel / u_size) * 255.0 + 0.5);
+    vec4 bytes = floor(texture2D(u_faces, shareOf(pixel)) * 255.0 + 0.5);
     vec2 place = (bytes.xy * 256.0 + bytes.zw) / 65535.0 * 2.0 - 1.0;
     vec3 v = vec3(place, 1.0 - abs(place.x) - abs(place.y));
     float fold = max(-v.z, 0.0);
@@ -178,7 +186,7 @@ float heightAt(Search search, float beside)
 #ifdef FAR
 float heightFar(Search search, float beside)
 {
-    vec2 other = floor((search.pixel + search.way * beside) * u_toFar.xy + u_toFar.zw) + 0.5;
+    vec2 other = floor((search.pixel + search.way * beside) * u_toFar) + 0.5;
     float depth = texture2D(u_farDepth, other / u_farSize).r;
     float distance = distanceOf(depth);
     float height = heightOf(search, placeIn(u_farView, other, distance) - search.place, precisionAt(distance));
@@ -186,10 +194,10 @@ float heightFar(Search search, float beside)
 }
 #endif
 
-// How far a way leads until it leaves the picture.
-float lengthWithin(vec2 from, vec2 way, vec2 size)
+// How far a way leads until it leaves what lies between two corners.
+float lengthWithin(vec2 from, vec2 way, vec2 low, vec2 high)
 {
-    vec2 lengths = (mix(vec2(0.0), size, step(0.0, way)) - from) / (way + vec2(equal(way, vec2(0.0))) * 1.0e-9);
+    vec2 lengths = (mix(low, high, step(0.0, way)) - from) / (way + vec2(equal(way, vec2(0.0))) * 1.0e-9);
     return min(lengths.x, lengths.y);
 }
 
@@ -199,7 +207,7 @@ float horizon(Search search, float start, bool wanted)
 {
     float highest = search.lowest;
     float steps = clamp(search.reach / (8.0 * u_finer), LEAST_STEPS, MOST_STEPS);
-    float inside = lengthWithin(search.pixel, search.way, u_size);
+    float inside = lengthWithin(search.pixel, search.way, u_first, u_first + u_size);
 #ifdef FAR
     float nearInside = min(inside, u_nearReach);
 #else
@@ -220,7 +228,7 @@ float horizon(Search search, float start, bool wanted)
         }
     }
 #ifdef FAR
-    inside = lengthWithin(search.pixel * u_toFar.xy + u_toFar.zw, search.way * u_toFar.xy, u_farSize);
+    inside = lengthWithin(search.pixel * u_toFar, search.way * u_toFar, vec2(0.0), u_farSize);
     for (int i = 0; i < ROUNDS; ++i)
     {
         highest = beside < inside ? max(highest, heightFar(search, beside)) : highest;
@@ -295,7 +303,7 @@ void main()
     bool isThere = depth < 1.0;
     float hidden = hiddenAt(pixel, distanceOf(depth), isThere);
     // The coarse half of which way the face looks comes along for the second run.
-    gl_FragColor = vec4(isThere ? hidden : 0.0, texture2D(u_faces, pixel / u_size).xy, 1.0);
+    gl_FragColor = vec4(isThere ? hidden : 0.0, texture2D(u_faces, shareOf(pixel)).xy, 1.0);
 }
 #else
 // A pixel of the surfaces as the second run compares it with those of the first.
@@ -317,7 +325,7 @@ Spot spotAt(vec2 pixel, vec2 drawn, float distance)
     spot.distance = distance;
     spot.place = placeAt(pixel, distance);
     spot.normal = faceAt(pixel);
-    spot.facing = texture2D(u_faces, pixel / u_size).xy;
+    spot.facing = texture2D(u_faces, shareOf(pixel)).xy;
     spot.side = pixelAt(distance) * u_apart;
     spot.room = spot.side + 2.0 * precisionAt(distance);
     return spot;
@@ -426,7 +434,7 @@ float hiddenBeside(Spot spot, bool wanted)
 vec2 hiddenHere()
 {
     vec2 drawn = floor(floor(gl_FragCoord.xy) * u_finer / u_apart) + 0.5;
-    vec2 first = floor(gl_FragCoord.xy) * u_finer + 0.5;
+    vec2 first = floor(gl_FragCoord.xy) * u_finer + u_first + 0.5;
     float depth = depthAt(first);
     bool isThere = depth < 1.0;
     Spot spot = spotAt(first, drawn, distanceOf(depth));

@@ -20,6 +20,7 @@ public:
         unsigned int faces = 0;
         unsigned int hidden = 0; ///< of the first run, for the second; 0 in the first
         bool perspective = false;
+        glm::vec2 first{0, 0};
         glm::vec2 size{1, 1};
         float finer = 1.0f;
         float apart = 1.0f;
@@ -32,7 +33,7 @@ public:
         unsigned int farDepth = 0; ///< texture; 0 where all is near
         glm::vec2 farSize{1, 1};
         glm::vec4 farView{1, 1, 0, 0};
-        glm::vec4 toFar{1, 1, 0, 0};
+        glm::vec2 toFar{1, 1};
         float nearReach = 1.0f;
         float strength = 1.0f;
         glm::vec2 fog{0, 1};

@@ -183,8 +183,8 @@ void HorizonStage::SetValues(const PresentationFrame& frame)
     const double finer = FinerThanScreen(frame);
     const double factorX = 2.0 * right / (part.whole.width * finer);
     const double factorY = 2.0 * top / (part.whole.height * finer);
-    values.view = {Narrow(factorX), Narrow(factorY), Narrow(factorX * part.x * finer - right),
-                   Narrow(factorY * part.y * finer - top)};
+    values.first = {Narrow(part.x * finer), Narrow(part.y * finer)};
+    values.view = {Narrow(factorX), Narrow(factorY), Narrow(-right), Narrow(-top)};
     values.radius = m_look->radius;
     values.reach = Narrow(ReachIn(part.whole) * finer);
     values.strength = m_look->strength;
@@ -225,9 +225,7 @@ void HorizonStage::SetFar(const PresentationFrame& frame, double right, double t
     values.farDepth = m_far.GetTarget().GetDepthTexture();
     values.farSize = {size.width, size.height};
     values.farView = {Narrow(2.0 * right / size.width), Narrow(2.0 * top / size.height), Narrow(-right), Narrow(-top)};
-    const double acrossX = size.width / (part.whole.width * finer);
-    const double acrossY = size.height / (part.whole.height * finer);
-    values.toFar = {Narrow(acrossX), Narrow(acrossY), Narrow(acrossX * part.x * finer), Narrow(acrossY * part.y * finer)};
+    values.toFar = {Narrow(size.width / (part.whole.width * finer)), Narrow(size.height / (part.whole.height * finer))};
 }
 
 void HorizonStage::Draw(PresentationFrame& frame)

@@ -6,6 +6,7 @@
 #include "orvane_host/present/detail/OcclusionView.h"
 #include "orvane_host/present/detail/OverSceneScope.h"
 #include "orvane_host/present/detail/OverScreenScope.h"
+#include "orvane_host/present/detail/WholeView.h"
 #include "orvane/effects/SSAOEffectES20.h"
 
 #include <algorithm>
@@ -13,16 +14,6 @@
 
 namespace OV::Host::Detail
 {
-
-namespace
-{
-
-float Share(int of, int whole)
-{
-    return static_cast<float>(of) / static_cast<float>(whole);
-}
-
-} // namespace
 
 FrameNeeds OcclusionStage::NeedsOf(const PresentationFrame&) const
 {
@@ -55,8 +46,9 @@ void OcclusionStage::Draw(PresentationFrame& frame)
     m_effect->SetNearFar(view.nearDistance, view.farDistance);
     const PicturePart& part = frame.part;
     m_effect->SetDimensions(part.whole.width, part.whole.height);
-    m_effect->SetPart(Share(part.whole.width, part.size.width), Share(part.whole.height, part.size.height),
-                      -Share(part.x, part.size.width), -Share(part.y, part.size.height));
+    const WholeView whole(frame);
+    m_effect->SetPart(whole.first.width, whole.first.height, frame.target.width, frame.target.height,
+                      whole.size.width, whole.size.height);
     m_effect->SetDepthTexture(static_cast<int>(frame.depth));
     m_effect->SetRenderTexture(static_cast<int>(frame.picture));
     const OverScreenScope overScreen;

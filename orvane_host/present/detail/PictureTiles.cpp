@@ -3,6 +3,7 @@
 #include "orvane_host/present/PresentationSettings.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 
 namespace OV::Host::Detail
@@ -17,8 +18,12 @@ constexpr std::int64_t MostWholeBytes = 640 << 20;
 constexpr std::int64_t MostTileBytes = 320 << 20;
 constexpr std::int64_t MostRowBytes = 160 << 20;
 
-/// Wider than high: there are fewer overlaps beside than above each other.
-constexpr int UsualWidth = 4096;
+/// Of a tile that little is drawn for.
+constexpr int MostSide = 4096;
+
+/// Of a tile that shadows are cast in: the map of what the sun sees, which is laid out for each tile, has texels
+/// for no more.
+constexpr int MostShadowedSide = 1536;
 
 int UpToStep(int pixels)
 {
@@ -51,19 +56,20 @@ int BytesPerPixel(const PresentationSettings& settings, int samples, int bits)
     // Colour and depth of each sample, what they are resolved into, and what is read.
     int bytes = (color + 4) * std::max(samples, 1) + (samples > 1 ? color : 0) + color;
     bytes += isFiner || settings.antialiasing == Antialiasing::Filter ? drawn * (4 + 4 + 4) : 0;
-    // Identifiers and their depth, finer where there are samples, and what is darkened.
+    // Where there are samples the following are finer. A target of colours has a depth of 4 bytes to be read and
+    // one of 2 that nobody reads. Identifiers, and what is darkened.
     const bool isSpiral = settings.occlusion && settings.occlusionLook.kind == OcclusionKind::Spiral;
     const bool isIdentified = settings.edges || isSpiral;
-    bytes += isIdentified ? (4 + 4) * (settings.edges && samples > 1 ? 4 : drawn) : 0;
+    bytes += isIdentified ? (4 + 6) * (settings.edges && samples > 1 ? 4 : drawn) : 0;
     bytes += isSpiral ? 4 * drawn : 0;
-    // Faces and their depth, finer where there are samples, and what is hidden.
-    bytes += settings.occlusion && !isSpiral ? (4 + 4) * (samples > 1 ? 4 : drawn) + 4 * drawn : 0;
+    // Faces, and what is hidden.
+    bytes += settings.occlusion && !isSpiral ? (4 + 6) * (samples > 1 ? 4 : drawn) + 4 * drawn : 0;
     // Depth and slope of surfaces and of glass, what lines cover and its depth, and lines kept.
-    bytes += settings.lines ? 7 * 4 * drawn : 0;
-    // Three depths, a layer and two sums, finer where there are samples.
+    bytes += settings.lines ? (7 * 4 + 3 * 2) * drawn : 0;
+    // Three depths, a layer and two sums.
     const bool isLayered = settings.glass.order != GlassOrder::Scene;
     const bool isFine = settings.glass.order == GlassOrder::Exact && samples > 1;
-    bytes += isLayered ? (3 * 4 + 4 + 2 * 8) * (isFine ? 4 : drawn) : 0;
+    bytes += isLayered ? (3 * 4 + 2 + 4 + 2 * 8) * (isFine ? 4 : drawn) : 0;
     return bytes;
 }
 
@@ -112,8 +118,11 @@ PixelSize TileSizeFor(const PresentationSettings& settings, const PixelSize& who
     }
     else
     {
-        size.width = std::min(whole.width, UsualWidth);
-        size.height = DownToStep(std::min(pixels / size.width, rows));
+        // About square: then least of it is overlaps.
+        const int most = settings.shadows ? MostShadowedSide : MostSide;
+        const auto square = static_cast<std::int64_t>(std::sqrt(static_cast<double>(pixels)));
+        size.height = std::min({whole.height, DownToStep(std::min(square, rows)), most});
+        size.width = std::min({whole.width, DownToStep(pixels / size.height), most});
     }
     size.width = std::min({size.width, limit.width, side});
     size.height = std::min({size.height, limit.height, side});

@@ -5,6 +5,7 @@
 #include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/StageAccess.h"
 #include "orvane_host/present/detail/CasterEffect.h"
+#include "orvane_host/present/detail/WholeView.h"
 #include "orvane_host/present/detail/DrawIdKeeper.h"
 #include "orvane_host/present/detail/EffectInPlace.h"
 #include "orvane_host/present/detail/Effects.h"
@@ -48,6 +49,10 @@ constexpr double kLowest = 0.01;
 /// get teeth, for next to no time.
 constexpr double kHardTexel = 1.4142135623730950;
 constexpr double kSoftTexel = 1.0;
+
+/// Of a side of a map's part: of a view, and of a tile of a poster, beside whose buffers the map has to find room.
+constexpr int kMostTexels = 4096;
+constexpr int kMostTexelsOfPart = 2048;
 
 /// Parts of a map that are drawn, without the rest of it.
 class PartScope
@@ -169,13 +174,14 @@ void ShadowStage::Draw(PresentationFrame& frame)
     }
     const glm::dvec3 towardSun = ToDouble(*m_towardSun) / length;
     ListCasters(frame);
-    const std::optional<SunView> view = LayOut(frame, towardSun);
+    const WholeView seen = SeenIn(frame);
+    const std::optional<SunView> view = LayOut(frame, seen, towardSun);
     if (!view || !DrawMaps(frame, *view))
     {
         m_patch.reset();
         return;
     }
-    SetValues(frame, *view);
+    SetValues(frame, seen, *view);
     BindMaps(frame);
     m_inForce = true;
 }
@@ -234,7 +240,20 @@ void ShadowStage::AddCaster(const RenderItemES20& item, MeshNode& node, bool isG
     m_hasGlass = m_hasGlass || isGlass;
 }
 
-std::optional<SunView> ShadowStage::LayOut(const PresentationFrame& frame, const glm::dvec3& towardSun)
+WholeView ShadowStage::SeenIn(PresentationFrame& frame)
+{
+    WholeView seen(frame);
+    if (frame.part.ofPoster)
+    {
+        seen.size = frame.target;
+        seen.first = {};
+        seen.worldToClip = frame.cameraData.GetMVP();
+    }
+    return seen;
+}
+
+std::optional<SunView> ShadowStage::LayOut(const PresentationFrame& frame, const WholeView& seen,
+                                           const glm::dvec3& towardSun)
 {
     if (m_boxes.empty())
     {
@@ -242,13 +261,13 @@ std::optional<SunView> ShadowStage::LayOut(const PresentationFrame& frame, const
     }
     SunView::Request request;
     request.towardSun = towardSun;
-    request.worldToClip = ToDouble(frame.cameraData.GetMVP());
+    request.worldToClip = ToDouble(seen.worldToClip);
     request.perspective = frame.camera.GetProjection() == CameraNode::Perspective;
-    request.pixels = {frame.target.width, frame.target.height};
+    request.pixels = {seen.size.width, seen.size.height};
     GLint limit = 0;
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &limit);
     request.texel = m_settings->soft ? kSoftTexel : kHardTexel;
-    request.mostTexels = std::min(limit / 2, 4096);
+    request.mostTexels = std::min(limit / 2, frame.part.ofPoster ? kMostTexelsOfPart : kMostTexels);
     request.low = m_boxes.front().middle;
     request.high = m_boxes.front().middle;
     for (const CastBox& box : m_boxes)
@@ -446,7 +465,7 @@ void ShadowStage::DrawPart(PresentationFrame& frame, const SunView& view, const 
     glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
 }
 
-void ShadowStage::SetValues(const PresentationFrame& frame, const SunView& view)
+void ShadowStage::SetValues(const PresentationFrame& frame, const WholeView& seen, const SunView& view)
 {
     static_assert(SunShare::MostTiles == SunView::MostTiles);
     SunShare::Values& values = m_share.values;
@@ -457,7 +476,7 @@ void ShadowStage::SetValues(const PresentationFrame& frame, const SunView& view)
     values.tiles = static_cast<int>(view.GetTiles().size());
     // Backwards from what a pixel tells: its place times the distance and the distance, or place and
     // depth.
-    const glm::dmat4 toClip = ToDouble(frame.cameraData.GetMVP());
+    const glm::dmat4 toClip = ToDouble(seen.worldToClip);
     const int rows[3] = {0, 1, isPerspective ? 3 : 2};
     glm::dmat3 turned(1.0);
     glm::dvec3 moved(0.0);
@@ -472,7 +491,7 @@ void ShadowStage::SetValues(const PresentationFrame& frame, const SunView& view)
     const glm::dmat3 back = glm::inverse(turned);
     glm::dmat4 toWorld(back);
     toWorld[3] = glm::dvec4(-(back * moved), 1.0);
-    const glm::dvec2 pixel(2.0 / frame.target.width, 2.0 / frame.target.height);
+    const glm::dvec2 pixel(2.0 / seen.size.width, 2.0 / seen.size.height);
     for (std::size_t i = 0; i < view.GetTiles().size(); ++i)
     {
         const SunView::Tile& tile = view.GetTiles()[i];
@@ -492,7 +511,8 @@ void ShadowStage::SetValues(const PresentationFrame& frame, const SunView& view)
     }
     constexpr double radians = 3.14159265358979323846 / 180.0;
     const double halfWidth = m_settings->soft ? std::tan(0.5 * m_settings->sunWidth * radians) : 0.0;
-    values.look = {m_settings->darkness, narrow(halfWidth)};
+    values.look = {m_settings->darkness, narrow(halfWidth), static_cast<float>(seen.first.width),
+                   static_cast<float>(seen.first.height)};
     const auto optionIf = [](bool condition, SunShare::Option option) { return condition ? unsigned(option) : 0u; };
     m_share.SetOptions(optionIf(isPerspective, SunShare::OptionPerspective)
                        | optionIf(values.tiles > 1, SunShare::OptionParts)

@@ -26,6 +26,7 @@ namespace OV::Host::Detail
 {
 
 class CasterEffect;
+struct WholeView;
 
 /// What the sun sees of the surfaces of a frame, and from it the share of its light that reaches
 /// each fragment of the looks.
@@ -84,12 +85,14 @@ private:
     void ListCasters(const PresentationFrame& frame);
     void ListCasters(const PresentationFrame& frame, std::size_t first, std::size_t end);
     void AddCaster(const RenderItemES20& item, MeshNode& node, bool isGlass);
-    std::optional<SunView> LayOut(const PresentationFrame& frame, const glm::dvec3& towardSun);
+    /// What shadows are laid out for: all of the picture, or a part of one that is too large for it.
+    static WholeView SeenIn(PresentationFrame& frame);
+    std::optional<SunView> LayOut(const PresentationFrame& frame, const WholeView& seen, const glm::dvec3& towardSun);
     void FindPatch(const glm::dvec3& towardSun, glm::dvec3& low, glm::dvec3& high);
     std::uint64_t FingerprintOf(const SunView& view) const;
     bool DrawMaps(PresentationFrame& frame, const SunView& view);
     void DrawPart(PresentationFrame& frame, const SunView& view, const SunView::Tile& tile, bool glass);
-    void SetValues(const PresentationFrame& frame, const SunView& view);
+    void SetValues(const PresentationFrame& frame, const WholeView& seen, const SunView& view);
     void BindMaps(PresentationFrame& frame);
 
     std::optional<Vector> m_towardSun;

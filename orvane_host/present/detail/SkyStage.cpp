@@ -2,6 +2,9 @@
 
 #include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/StageAccess.h"
+#include "orvane_host/present/detail/DomeEffect.h"
+#include "orvane_host/present/detail/Effects.h"
+#include "orvane_host/present/detail/WholeView.h"
 #include "orvane/math/TextureCoordinate.h"
 #include "orvane/math/Transform.h"
 #include "orvane/math/Vector.h"
@@ -15,7 +18,10 @@
 #include "orvane/scene/Scene.h"
 
 #include <GL/gl.h>
+#include <glm/mat3x3.hpp>
+#include <glm/matrix.hpp>
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -96,10 +102,14 @@ private:
 
 SkyStage::SkyStage() = default;
 
-SkyStage::~SkyStage() = default;
+SkyStage::~SkyStage()
+{
+    Drop(m_effect);
+}
 
 void SkyStage::ReleaseGL()
 {
+    Drop(m_effect);
     if (m_scene)
     {
         m_scene->Suspend();
@@ -141,18 +151,47 @@ void SkyStage::MoveTo(const PresentationFrame& frame)
     m_scene->UpdateGraph(static_cast<float>(frame.screen.width), static_cast<float>(frame.screen.height));
 }
 
+/// Aims the matrices of the frame and the rays of its pixels.
+void SkyStage::LookFrom(PresentationFrame& frame)
+{
+    // The sky comes before the frame knows what it is drawn into.
+    GLint viewport[4] = {};
+    glGetIntegerv(GL_VIEWPORT, viewport);
+    frame.target = {std::max(viewport[2], 1), std::max(viewport[3], 1)};
+    const WholeView whole(frame);
+    float nearDistance = 0.0f;
+    float farDistance = 0.0f;
+    frame.camera.GetNearFar(nearDistance, farDistance);
+    const PerspectiveGuard guard(frame.camera);
+    const auto aim = [&](const ViewPart& part) {
+        frame.cameraData.SetPart(part);
+        frame.cameraData.UpdateInfiniteMVP(frame.view.width, frame.view.height, 1.0f - nearDistance);
+    };
+    const ViewPart part = frame.cameraData.GetPart();
+    aim(ViewPart());
+    // Of a direction a pixel tells its places times the distance and the distance.
+    const float* const m = frame.cameraData.GetMVP().m;
+    glm::dmat3 toClip(1.0);
+    for (int column = 0; column < 3; ++column)
+    {
+        toClip[column] = {m[4 * column], m[4 * column + 1], m[4 * column + 3]};
+    }
+    const glm::dmat3 back = glm::inverse(toClip);
+    aim(part);
+    const glm::dmat3 toRay(back[0] * (2.0 / whole.size.width), back[1] * (2.0 / whole.size.height),
+                           back[2] - back[0] - back[1]);
+    m_effect->Show(glm::mat3(toRay), {whole.first.width, whole.first.height});
+}
+
 void SkyStage::Draw(PresentationFrame& frame)
 {
     MakeScene();
     MoveTo(frame);
-
-    float nearDistance = 0.0f;
-    float farDistance = 0.0f;
-    frame.camera.GetNearFar(nearDistance, farDistance);
+    if (!m_effect)
     {
-        const PerspectiveGuard guard(frame.camera);
-        frame.cameraData.UpdateInfiniteMVP(frame.view.width, frame.view.height, 1.0f - nearDistance);
+        m_effect = new DomeEffect;
     }
+    LookFrom(frame);
     m_items.clear();
     for (Material* material : m_scene->GetOptimizedMaterials())
     {
@@ -160,6 +199,7 @@ void SkyStage::Draw(PresentationFrame& frame)
     }
     frame.renderer.Upload();
     glDisable(GL_BLEND);
+    const EffectInPlace inPlace(m_items, RenderPassSky, *m_effect, &m_replaced);
     frame.renderer.Draw(frame.cameraData, m_items, RenderPassSky);
     MeshES20::ResetBufferCache();
 }

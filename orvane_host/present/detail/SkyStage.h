@@ -1,6 +1,7 @@
 #pragma once
 
 #include "orvane_host/present/PresentationStage.h"
+#include "orvane_host/present/detail/EffectInPlace.h"
 #include "orvane/renderdata/RenderItemES20.h"
 
 #include <memory>
@@ -16,6 +17,8 @@ class Scene;
 
 namespace OV::Host::Detail
 {
+
+class DomeEffect;
 
 /// The sky: a dome of a scene of its own about the eye.
 ///
@@ -37,10 +40,13 @@ public:
 private:
     void MakeScene();
     void MoveTo(const PresentationFrame& frame);
+    void LookFrom(PresentationFrame& frame);
 
     std::unique_ptr<Scene> m_scene;
     MeshNode* m_node = nullptr; ///< lives in m_scene
+    DomeEffect* m_effect = nullptr; ///< one reference; null until it is drawn
     std::vector<RenderItemES20> m_items;
+    EffectInPlace::Replaced m_replaced;
 };
 
 } // namespace OV::Host::Detail

@@ -72,7 +72,7 @@ void SunShare::Feed(ShaderProgram& program, int first)
     {
         program.Uniform1i(first + UniformTiles, tiles);
     }
-    program.Uniform2fv(first + UniformLook, 1, values.look.data());
+    program.Uniform4fv(first + UniformLook, 1, values.look.data());
     if (tiles > 0)
     {
         program.Uniform3fv(first + UniformToMap, 4 * tiles, values.toMap.front().data());

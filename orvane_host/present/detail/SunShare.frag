@@ -25,7 +25,8 @@ uniform int u_sunTiles;                  // in use
 uniform vec3 u_sunToMap[4 * SUN_TILES];  // what a pixel across, a pixel up, the distance and the rest add, see sunSpotIn
 uniform vec4 u_sunRects[SUN_TILES];      // texels that may be read: the middles of the first and the last
 uniform vec2 u_sunSteps[SUN_TILES];      // edges of a texel as lengths along the light
-uniform vec2 u_sunLook;                  // darkness of flat tones; half the sun's width over its distance
+uniform vec4 u_sunLook;                  // darkness of flat tones; half the sun's width over its distance; and the
+                                         // pixel at the lower left corner of the target, of those that are counted
 
 // A fragment as the sun sees it.
 struct SunSpot
@@ -195,7 +196,8 @@ void sunSpotIn(int tile, inout SunSpot spot)
 {
     vec3 pixelAcross = u_sunToMap[4 * tile];
     vec3 pixelUp = u_sunToMap[4 * tile + 1];
-    vec3 ahead = pixelAcross * gl_FragCoord.x + pixelUp * gl_FragCoord.y + u_sunToMap[4 * tile + 2];
+    vec2 pixel = gl_FragCoord.xy + u_sunLook.zw;
+    vec3 ahead = pixelAcross * pixel.x + pixelUp * pixel.y + u_sunToMap[4 * tile + 2];
 #ifdef SUN_PERSPECTIVE
     float away = 1.0 / gl_FragCoord.w;
     spot.place = u_sunToMap[4 * tile + 3] + ahead * away;

@@ -26,7 +26,7 @@ public:
         std::array<std::array<float, 3>, 4 * MostTiles> toMap{};
         std::array<std::array<float, 4>, MostTiles> rects{};
         std::array<std::array<float, 2>, MostTiles> steps{};
-        std::array<float, 2> look{};
+        std::array<float, 4> look{};
     };
 
     /// As the options of SunShare.frag.

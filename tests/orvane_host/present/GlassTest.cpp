@@ -333,9 +333,7 @@ TEST_F(Glass, IsTheSameInTiles)
             {
                 differing += std::abs(int(whole.data[i]) - int(tiled.data[i])) > 1 ? 1 : 0;
             }
-            // The filter looks between texels, which it finds by shares of the tile.
-            EXPECT_LE(differing, way == Host::Antialiasing::Filter ? 3 * 400 * 300 / 200 : 0)
-                << "way " << static_cast<int>(way) << ", order " << static_cast<int>(order);
+            EXPECT_EQ(differing, 0) << "way " << static_cast<int>(way) << ", order " << static_cast<int>(order);
             std::vector<unsigned char> colors(whole.data);
             std::sort(colors.begin(), colors.end());
             EXPECT_GT(std::unique(colors.begin(), colors.end()) - colors.begin(), 10) << "there is something to see";
