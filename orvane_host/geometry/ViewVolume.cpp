@@ -48,9 +48,16 @@ ViewVolume::ViewVolume(const Matrix& worldToClip, const Part& part)
     const Plane y = row(1);
     const Plane z = row(2);
     m_depth = row(3);
-    m_planes = {sum(x, -part.left, m_depth), negative(sum(x, -part.right, m_depth)),
-                sum(y, -part.bottom, m_depth), negative(sum(y, -part.top, m_depth)),
-                sum(z, 1.0, m_depth), negative(sum(z, -1.0, m_depth))};
+    const Plane planes[kPlanes] = {sum(x, -part.left, m_depth), negative(sum(x, -part.right, m_depth)),
+                                   sum(y, -part.bottom, m_depth), negative(sum(y, -part.top, m_depth)),
+                                   sum(z, 1.0, m_depth), negative(sum(z, -1.0, m_depth))};
+    for (std::size_t i = 0; i < kPlanes; ++i)
+    {
+        m_planes.x[i] = planes[i].x;
+        m_planes.y[i] = planes[i].y;
+        m_planes.z[i] = planes[i].z;
+        m_planes.w[i] = planes[i].w;
+    }
     m_lengthScale = std::sqrt(std::max(x.x * x.x + x.y * x.y + x.z * x.z, y.x * y.x + y.y * y.y + y.z * y.z));
 }
 
@@ -62,25 +69,28 @@ ViewVolume::Relation ViewVolume::RelationOf(const WorldBox& box) const
     const double halfX = box.high.x - x;
     const double halfY = box.high.y - y;
     const double halfZ = box.high.z - z;
-    Relation relation = Relation::Inside;
-    for (const Plane& plane : m_planes)
+    Numbers farthest;
+    Numbers nearest;
+    for (std::size_t i = 0; i < kPlanes; ++i)
     {
         // Of the middle, and how far the corners lie to the inside and to the outside of it.
-        const double middle = plane.x * x + plane.y * y + plane.z * z;
+        const double middle = m_planes.x[i] * x + m_planes.y[i] * y + m_planes.z[i] * z;
         const double reach =
-            std::abs(plane.x) * halfX + std::abs(plane.y) * halfY + std::abs(plane.z) * halfZ;
-        const double slack = kRounding * (2.0 * std::max(std::abs(middle), std::abs(reach)) + std::abs(plane.w));
-        if (middle + reach + plane.w < -slack)
-        {
-            return Relation::Outside;
-        }
-        // Also where a number is not finite.
-        if (!(middle - reach + plane.w > slack))
-        {
-            relation = Relation::Touches;
-        }
+            std::abs(m_planes.x[i]) * halfX + std::abs(m_planes.y[i]) * halfY + std::abs(m_planes.z[i]) * halfZ;
+        const double slack =
+            kRounding * (2.0 * std::max(std::abs(middle), std::abs(reach)) + std::abs(m_planes.w[i]));
+        farthest[i] = middle + reach + m_planes.w[i] + slack;
+        nearest[i] = middle - reach + m_planes.w[i] - slack;
     }
-    return relation;
+    // Of numbers that are not finite neither holds.
+    bool isOutside = false;
+    bool isInside = true;
+    for (std::size_t i = 0; i < kPlanes; ++i)
+    {
+        isOutside |= farthest[i] < 0.0;
+        isInside &= nearest[i] > 0.0;
+    }
+    return isOutside ? Relation::Outside : isInside ? Relation::Inside : Relation::Touches;
 }
 
 float ViewVolume::ShareOfHeight(const Vector& place, float length) const

@@ -3,6 +3,7 @@
 #include "orvane/math/Vector.h"
 
 #include <array>
+#include <cstddef>
 
 namespace OV
 {
@@ -67,7 +68,16 @@ private:
         double x, y, z, w; ///< inside where x * X + y * Y + z * Z + w >= 0
     };
 
-    std::array<Plane, 6> m_planes;
+    static constexpr std::size_t kPlanes = 6;
+    using Numbers = std::array<double, kPlanes>;
+
+    /// A number of each plane beside those of the others, so that several are worked out at once.
+    struct Planes
+    {
+        Numbers x, y, z, w;
+    };
+
+    Planes m_planes;
     Plane m_depth;          ///< gives clip W
     double m_lengthScale;   ///< of the rows that give clip X and Y
 };

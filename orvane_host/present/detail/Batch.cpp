@@ -354,33 +354,31 @@ void BatchES20::MakeRuns(Runs& runs, const std::vector<std::uint64_t>& bits) con
     runs.offsets.clear();
     runs.bits = bits;
     runs.isValid = true;
-    std::size_t end = 0; // of the last run, in indices
-    const std::size_t count = GetPieceCount();
-    for (std::size_t i = 0; i < count; ++i)
+    std::uint32_t end = 0; // of the last run, in indices
+    for (std::size_t row = 0; row < bits.size(); ++row)
     {
         // What a piece that was switched off since it was seen has is not to be drawn.
-        const std::uint64_t row = bits[i / kRow] & m_on[i / kRow];
-        if (row == 0)
+        std::uint64_t left = bits[row] & m_on[row];
+        while (left != 0)
         {
-            i += kRow - 1 - i % kRow;
-            continue;
+            // From one range of pieces to the next, however many each has.
+            const auto first = static_cast<std::size_t>(__builtin_ctzll(left));
+            const std::uint64_t gaps = ~(left >> first);
+            const std::size_t length = gaps == 0 ? kRow : static_cast<std::size_t>(__builtin_ctzll(gaps));
+            const std::uint32_t firstIndex = m_pieces[row * kRow + first].firstIndex;
+            const std::uint32_t nextIndex = m_pieces[row * kRow + first + length].firstIndex;
+            if (!runs.counts.empty() && end == firstIndex)
+            {
+                runs.counts.back() += static_cast<int>(nextIndex - firstIndex);
+            }
+            else
+            {
+                runs.counts.push_back(static_cast<int>(nextIndex - firstIndex));
+                runs.offsets.push_back(OffsetOf(firstIndex));
+            }
+            end = nextIndex;
+            left = first + length < kRow ? left & ~std::uint64_t{0} << (first + length) : 0;
         }
-        if (((row >> (i % kRow)) & 1u) == 0)
-        {
-            continue;
-        }
-        const Room& room = m_pieces[i];
-        const std::size_t indices = IndicesOf(i);
-        if (!runs.counts.empty() && end == room.firstIndex)
-        {
-            runs.counts.back() += static_cast<int>(indices);
-        }
-        else
-        {
-            runs.counts.push_back(static_cast<int>(indices));
-            runs.offsets.push_back(OffsetOf(room.firstIndex));
-        }
-        end = room.firstIndex + indices;
     }
 }
 

@@ -97,6 +97,13 @@ void Batches::NodeChanged(Node& node, NodeChange change)
         }
         return;
     }
+    const Member& only = m_members[first];
+    if (change == NodeChangePlace && only.movesOn && only.changes == 0)
+    {
+        // Nothing else is to be done about it, however many move in every frame.
+        m_loose[only.loose].due = m_frame + 1 + (kRest << only.losses);
+        return;
+    }
     if ((change & NodeChangeMeshes) != 0)
     {
         // A mesh may be on its way out, and is not touched again.
@@ -153,7 +160,7 @@ void Batches::MarkGone(BatchMark& mark)
         member.isReshaped = true;
         member.nextOfMark = kNone;
         member.previousOfMark = kNone;
-        member.losses = static_cast<unsigned char>(std::min(member.losses + 1u, kMostLosses)) & 0xFu;
+        member.losses = static_cast<unsigned char>(std::min(member.losses + 1u, kMostLosses)) & 0x7u;
         if (!member.isGone)
         {
             Note(FirstOf(*member.node), GeometryChange);

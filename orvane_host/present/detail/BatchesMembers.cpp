@@ -95,6 +95,7 @@ void Batches::AddMeshes(MeshNode& node)
         {
             m_members[index].nextOfNode = m_members[first].nextOfNode;
             m_members[first].nextOfNode = index;
+            m_members[first].movesOn = false;
         }
     }
     for (Index i = first; i != kNone; i = m_members[i].nextOfNode)
@@ -347,6 +348,7 @@ void Batches::Move(Index index)
     {
         // Whether it may come back is looked at once it has rested.
         Stir(index);
+        member.movesOn = member.nextOfNode == kNone;
         return;
     }
     if (!(member.isFresh && !member.isSingle && CanBeTogether(member) && !IsApart(*member.node) && IsShown(member)
@@ -445,14 +447,17 @@ bool Batches::MakeSingle(Index index, bool isSingle)
         return false;
     }
     member.isSingle = isSingle;
+    member.movesOn = false;
     m_singleCount += isSingle ? 1 : static_cast<std::size_t>(-1);
     Group& group = *member.group;
     group.itemsHold = false;
     if (isSingle)
     {
+        ++group.singleCount;
         group.singles.push_back(index);
         return true;
     }
+    --group.singleCount;
     group.hasLeft = true;
     LeaveTree(member);
     if (!member.isQueued)
@@ -465,6 +470,7 @@ bool Batches::MakeSingle(Index index, bool isSingle)
 void Batches::PutIntoTree(Index index)
 {
     Member& member = m_members[index];
+    member.movesOn = false;
     if (!member.isPlain)
     {
         // What a host's own class shows, and where, only it knows.
@@ -474,11 +480,13 @@ void Batches::PutIntoTree(Index index)
     Loose& loose = LooseOf(index);
     // What comes after the tree was asked counts as seen.
     loose.seenLook = m_treeLook;
+    member.group->seenLook = m_treeLook;
     m_treeHolds = false;
     const WorldBox box = BoxAt(*member.mesh, member.node->GetGlobal());
     if (loose.leaf == CullTree::NoEntry)
     {
         loose.leaf = m_tree.Insert(box, index);
+        ++member.group->treeCount;
     }
     else
     {
@@ -492,6 +500,7 @@ void Batches::LeaveTree(Member& member)
     {
         m_tree.Remove(m_loose[member.loose].leaf);
         m_loose[member.loose].leaf = CullTree::NoEntry;
+        --member.group->treeCount;
     }
 }
 
@@ -514,6 +523,7 @@ Batches::Loose& Batches::LooseOf(Index index)
 
 void Batches::FreeLoose(Member& member)
 {
+    member.movesOn = false;
     if (member.loose != kNone)
     {
         LeaveTree(member);
@@ -582,6 +592,7 @@ void Batches::WakeRested()
             continue;
         }
         member.isQueued = false;
+        member.movesOn = false;
         if (!member.group || member.isFresh)
         {
             if (!member.isSingle)
