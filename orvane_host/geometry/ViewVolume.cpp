@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 
 namespace OV::Host
@@ -48,20 +49,13 @@ ViewVolume::ViewVolume(const Matrix& worldToClip, const Part& part)
     const Plane y = row(1);
     const Plane z = row(2);
     m_depth = row(3);
-    const Plane planes[kPlanes] = {sum(x, -part.left, m_depth), negative(sum(x, -part.right, m_depth)),
-                                   sum(y, -part.bottom, m_depth), negative(sum(y, -part.top, m_depth)),
-                                   sum(z, 1.0, m_depth), negative(sum(z, -1.0, m_depth))};
-    for (std::size_t i = 0; i < kPlanes; ++i)
-    {
-        m_planes.x[i] = planes[i].x;
-        m_planes.y[i] = planes[i].y;
-        m_planes.z[i] = planes[i].z;
-        m_planes.w[i] = planes[i].w;
-    }
+    m_planes = {sum(x, -part.left, m_depth), negative(sum(x, -part.right, m_depth)),
+                sum(y, -part.bottom, m_depth), negative(sum(y, -part.top, m_depth)),
+                sum(z, 1.0, m_depth), negative(sum(z, -1.0, m_depth))};
     m_lengthScale = std::sqrt(std::max(x.x * x.x + x.y * x.y + x.z * x.z, y.x * y.x + y.y * y.y + y.z * y.z));
 }
 
-ViewVolume::Relation ViewVolume::RelationOf(const WorldBox& box) const
+ViewVolume::PlaneSet ViewVolume::PlanesAcross(const WorldBox& box, PlaneSet planes) const
 {
     const double x = 0.5 * (static_cast<double>(box.low.x) + box.high.x);
     const double y = 0.5 * (static_cast<double>(box.low.y) + box.high.y);
@@ -69,28 +63,23 @@ ViewVolume::Relation ViewVolume::RelationOf(const WorldBox& box) const
     const double halfX = box.high.x - x;
     const double halfY = box.high.y - y;
     const double halfZ = box.high.z - z;
-    Numbers farthest;
-    Numbers nearest;
-    for (std::size_t i = 0; i < kPlanes; ++i)
+    PlaneSet across = 0;
+    for (PlaneSet left = planes; left != 0; left &= left - 1)
     {
+        const Plane& plane = m_planes[static_cast<std::size_t>(__builtin_ctz(left))];
         // Of the middle, and how far the corners lie to the inside and to the outside of it.
-        const double middle = m_planes.x[i] * x + m_planes.y[i] * y + m_planes.z[i] * z;
+        const double middle = plane.x * x + plane.y * y + plane.z * z;
         const double reach =
-            std::abs(m_planes.x[i]) * halfX + std::abs(m_planes.y[i]) * halfY + std::abs(m_planes.z[i]) * halfZ;
-        const double slack =
-            kRounding * (2.0 * std::max(std::abs(middle), std::abs(reach)) + std::abs(m_planes.w[i]));
-        farthest[i] = middle + reach + m_planes.w[i] + slack;
-        nearest[i] = middle - reach + m_planes.w[i] - slack;
+            std::abs(plane.x) * halfX + std::abs(plane.y) * halfY + std::abs(plane.z) * halfZ;
+        const double slack = kRounding * (2.0 * std::max(std::abs(middle), std::abs(reach)) + std::abs(plane.w));
+        if (middle + reach + plane.w < -slack)
+        {
+            return NoneSeen;
+        }
+        // Also where a number is not finite.
+        across |= middle - reach + plane.w > slack ? 0 : left & ~(left - 1);
     }
-    // Of numbers that are not finite neither holds.
-    bool isOutside = false;
-    bool isInside = true;
-    for (std::size_t i = 0; i < kPlanes; ++i)
-    {
-        isOutside |= farthest[i] < 0.0;
-        isInside &= nearest[i] > 0.0;
-    }
-    return isOutside ? Relation::Outside : isInside ? Relation::Inside : Relation::Touches;
+    return across;
 }
 
 float ViewVolume::ShareOfHeight(const Vector& place, float length) const

@@ -281,18 +281,21 @@ bool BatchES20::See(const ViewVolume& view, float leastShare, std::uint64_t look
     return m_seesAny;
 }
 
-std::uint64_t BatchES20::BitsSeen(const ViewVolume& view, float leastShare, std::size_t row) const
+std::uint64_t BatchES20::BitsSeen(const ViewVolume& view, ViewVolume::PlaneSet planes, float leastShare,
+                                  std::size_t row) const
 {
     const std::uint64_t on = m_on[row];
-    const ViewVolume::Relation relation = on == 0 ? ViewVolume::Relation::Outside : view.RelationOf(m_rowBoxes[row]);
-    std::uint64_t seen = relation == ViewVolume::Relation::Inside ? on : 0;
-    if (relation == ViewVolume::Relation::Touches)
+    planes = on == 0 ? ViewVolume::NoneSeen : view.PlanesAcross(m_rowBoxes[row], planes);
+    std::uint64_t seen = planes == 0 ? on : 0;
+    if (planes != 0 && planes != ViewVolume::NoneSeen)
     {
         constexpr std::uint64_t whole = (std::uint64_t{1} << kPart) - 1;
         for (std::size_t i = 0; i < kRow; i += kPart)
         {
             const std::uint64_t part = on & whole << i;
-            seen |= part != 0 && view.Sees(m_partBoxes[(row * kRow + i) / kPart]) ? part : 0;
+            const bool isSeen =
+                part != 0 && view.PlanesAcross(m_partBoxes[(row * kRow + i) / kPart], planes) != ViewVolume::NoneSeen;
+            seen |= isSeen ? part : 0;
         }
     }
     if (!(leastShare > 0.0f))
@@ -313,12 +316,12 @@ std::uint64_t BatchES20::BitsSeen(const ViewVolume& view, float leastShare, std:
 
 bool BatchES20::Search(const ViewVolume& view, float leastShare)
 {
-    const ViewVolume::Relation relation = view.RelationOf(m_box);
-    if (relation == ViewVolume::Relation::Outside || m_onCount == 0)
+    const ViewVolume::PlaneSet planes = view.PlanesAcross(m_box);
+    if (planes == ViewVolume::NoneSeen || m_onCount == 0)
     {
         return false;
     }
-    m_seesAll = relation == ViewVolume::Relation::Inside && !(leastShare > 0.0f);
+    m_seesAll = planes == 0 && !(leastShare > 0.0f);
     if (m_seesAll)
     {
         return true;
@@ -328,7 +331,7 @@ bool BatchES20::Search(const ViewVolume& view, float leastShare)
     {
         if (!m_seenHolds[row])
         {
-            m_seenBits[row] = BitsSeen(view, leastShare, row);
+            m_seenBits[row] = BitsSeen(view, planes, leastShare, row);
             m_seenHolds[row] = true;
         }
         seesAny = seesAny || m_seenBits[row] != 0;
