@@ -87,6 +87,11 @@ void Batches::NodeChanged(Node& node, NodeChange change)
     {
         return;
     }
+    if (m_isDeaf && change == NodeChangePlace)
+    {
+        ++m_movedCount;
+        return;
+    }
     const Index first = FirstOf(node);
     if (first == kNone)
     {
@@ -101,6 +106,7 @@ void Batches::NodeChanged(Node& node, NodeChange change)
     if (change == NodeChangePlace && only.movesOn && only.changes == 0)
     {
         // Nothing else is to be done about it, however many move in every frame.
+        ++m_movedCount;
         m_loose[only.loose].due = m_frame + 1 + (kRest << only.losses);
         return;
     }
@@ -379,7 +385,11 @@ void Batches::Update()
         }
     }
     m_changed.clear();
-    WakeRested();
+    ListenOrNot();
+    if (!m_isDeaf)
+    {
+        WakeRested();
+    }
     for (const std::unique_ptr<Group>& group : m_deadGroups)
     {
         GiveBack(*group);

@@ -66,6 +66,9 @@ public:
     /// costs a tenth of its draw.
     static constexpr unsigned int kSeenFor = 32;
 
+    /// Frames for which it isn't asked which nodes move, while as many do as there are.
+    static constexpr unsigned int kDeafFor = 64;
+
     /// With so many meshes at nodes BatchUse::Auto draws them together.
     static constexpr std::size_t kWorthwhile = 400;
 
@@ -225,6 +228,9 @@ private:
     bool IsApart(const MeshNode& node) const;
     bool CanBeTogether(const Member& member) const;
     bool HasRested(const Member& member) const;
+    void SetMovesOn(Member& member, bool movesOn);
+    bool DoAllMoveOn() const;
+    void ListenOrNot();
     bool StandsAlone(const Member& member) const;
     WorldBox BoxOf(Member& member) const;
     bool Sees(const ViewVolume& view, float leastShare, Member& member) const;
@@ -294,6 +300,11 @@ private:
     std::vector<RenderItemES20> m_probed;
     std::vector<float> m_scratch;
     std::size_t m_singleCount = 0;
+    std::size_t m_movesOnCount = 0;
+    std::size_t m_movedCount = 0; ///< of those that move on, in this frame
+    bool m_isDeaf = false;        ///< whether it isn't noted of each node that it moves on, since all do
+    bool m_wasDeaf = false;       ///< it wasn't noted since the frame before
+    unsigned int m_deafEnd = 0;   ///< frame in which it is noted again
     std::size_t m_writable = 0; ///< vertices that this frame may still write
     bool m_isFull = false;      ///< what comes back has to wait for the next frame
     Matrix m_lookMatrix;

@@ -315,7 +315,7 @@ void Batches::MakeBatch(StageAccess& renderer, Group& group, const BatchKind& ki
 void Batches::Show(Index index)
 {
     Member& member = m_members[index];
-    member.movesOn = false;
+    SetMovesOn(member, false);
     const bool isShown = IsShown(member);
     const bool isOn = isShown && !IsApart(*member.node);
     member.batch->Switch(member.piece, isOn);

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cmath>
 #include <typeinfo>
+#include <utility>
 
 namespace OV::Host::Detail
 {
@@ -95,7 +96,7 @@ void Batches::AddMeshes(MeshNode& node)
         {
             m_members[index].nextOfNode = m_members[first].nextOfNode;
             m_members[first].nextOfNode = index;
-            m_members[first].movesOn = false;
+            SetMovesOn(m_members[first], false);
         }
     }
     for (Index i = first; i != kNone; i = m_members[i].nextOfNode)
@@ -149,6 +150,7 @@ Batches::Index Batches::AddMember(MeshNode& node, Mesh& mesh)
     member.loose = kNone;
     member.isNew = true;
     m_members[index] = member;
+    m_isDeaf = false;
     return index;
 }
 
@@ -348,7 +350,7 @@ void Batches::Move(Index index)
     {
         // Whether it may come back is looked at once it has rested.
         Stir(index);
-        member.movesOn = member.nextOfNode == kNone;
+        SetMovesOn(member, member.nextOfNode == kNone);
         return;
     }
     if (!(member.isFresh && !member.isSingle && CanBeTogether(member) && !IsApart(*member.node) && IsShown(member)
@@ -447,7 +449,7 @@ bool Batches::MakeSingle(Index index, bool isSingle)
         return false;
     }
     member.isSingle = isSingle;
-    member.movesOn = false;
+    SetMovesOn(member, false);
     m_singleCount += isSingle ? 1 : static_cast<std::size_t>(-1);
     Group& group = *member.group;
     group.itemsHold = false;
@@ -470,7 +472,7 @@ bool Batches::MakeSingle(Index index, bool isSingle)
 void Batches::PutIntoTree(Index index)
 {
     Member& member = m_members[index];
-    member.movesOn = false;
+    SetMovesOn(member, false);
     if (!member.isPlain)
     {
         // What a host's own class shows, and where, only it knows.
@@ -523,7 +525,7 @@ Batches::Loose& Batches::LooseOf(Index index)
 
 void Batches::FreeLoose(Member& member)
 {
-    member.movesOn = false;
+    SetMovesOn(member, false);
     if (member.loose != kNone)
     {
         LeaveTree(member);
@@ -553,6 +555,40 @@ void Batches::Rest(Index index, unsigned int frames)
 {
     LooseOf(index).due = m_frame + frames;
     Queue(index);
+}
+
+void Batches::SetMovesOn(Member& member, bool movesOn)
+{
+    m_movesOnCount += static_cast<std::size_t>(movesOn) - static_cast<std::size_t>(member.movesOn);
+    member.movesOn = movesOn;
+    m_isDeaf = m_isDeaf && movesOn;
+}
+
+bool Batches::DoAllMoveOn() const
+{
+    return m_movesOnCount == m_members.size() - m_freeMembers.size();
+}
+
+void Batches::ListenOrNot()
+{
+    // While all move, looking each up to note that costs more than all else that is done about them. With the few
+    // that rest among them nothing is lost. What moves may also be nodes that show nothing, which is seen now and
+    // then.
+    const std::size_t moved = std::exchange(m_movedCount, 0);
+    m_deafEnd = m_wasDeaf ? m_deafEnd : m_frame + kDeafFor;
+    m_isDeaf = moved > 0 && DoAllMoveOn() && 8 * moved >= 7 * m_movesOnCount && m_frame < m_deafEnd;
+    const bool wasDeaf = std::exchange(m_wasDeaf, m_isDeaf);
+    if (!wasDeaf || m_isDeaf)
+    {
+        return;
+    }
+    for (const Member& member : m_members)
+    {
+        if (member.movesOn)
+        {
+            m_loose[member.loose].due = m_frame + (kRest << member.losses);
+        }
+    }
 }
 
 bool Batches::HasRested(const Member& member) const
@@ -592,7 +628,7 @@ void Batches::WakeRested()
             continue;
         }
         member.isQueued = false;
-        member.movesOn = false;
+        SetMovesOn(member, false);
         if (!member.group || member.isFresh)
         {
             if (!member.isSingle)

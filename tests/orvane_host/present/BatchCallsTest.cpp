@@ -391,6 +391,59 @@ TEST_F(BatchCalls, WhatMovesOnIsFollowedIntoTheViewAtOnceAndOutOfItSoon)
     EXPECT_EQ(CallsOfFrame().draws, nodes.size()) << "and back";
 }
 
+TEST_F(BatchCalls, WhereAllMovedWhatRestsComesBack)
+{
+    Fill();
+    SteadyFrame(BatchUse::On);
+    int frame = 0;
+    const auto run = [&](int frames, std::size_t first) {
+        for (const int end = frame + frames; frame < end; ++frame)
+        {
+            for (std::size_t i = first; i < nodes.size(); ++i)
+            {
+                Move(i, 0.02f * static_cast<float>(frame % 2 + 1));
+            }
+            Draw();
+        }
+    };
+    run(40, 0);
+    EXPECT_EQ(renderer->CountBatches().single, nodes.size());
+    run(20, nodes.size() / 2);
+    EXPECT_EQ(renderer->CountBatches().single, nodes.size() / 2) << "half of them";
+    EXPECT_EQ(renderer->CountBatches().pieces, nodes.size() / 2);
+    run(40, 0);
+    EXPECT_EQ(renderer->CountBatches().single, nodes.size()) << "all again";
+    run(20, nodes.size());
+    EXPECT_EQ(renderer->CountBatches().pieces, nodes.size()) << "none any more";
+    run(40, 0);
+    std::vector<Node*> empty;
+    for (std::size_t i = 0; i < 2 * nodes.size(); ++i)
+    {
+        empty.push_back(new Node(&World()));
+        World().GetRoot()->AddChild(empty.back(), false);
+    }
+    for (int i = 0; i < 100; ++i)
+    {
+        Transform place;
+        place.SetPosition(Vector(static_cast<float>(i), 0.0f, 0.0f));
+        for (Node* const node : empty)
+        {
+            node->SetLocal(place);
+        }
+        Draw();
+    }
+    EXPECT_EQ(renderer->CountBatches().pieces, nodes.size()) << "none but what shows nothing";
+    // What one does besides is seen in the frame after.
+    run(40, 0);
+    const std::size_t shown = CallsOfFrame().draws;
+    nodes[3]->SetFlags(NodeFlagHidden, false);
+    EXPECT_EQ(CallsOfFrame().draws, shown - 1);
+    run(5, 0);
+    nodes[3]->ClearFlags(NodeFlagHidden, false);
+    run(1, 0);
+    EXPECT_EQ(CallsOfFrame().draws, shown);
+}
+
 TEST_F(BatchCalls, WhereAllMovesNothingThatTouchesAViewIsLeftOut)
 {
     constexpr int count = 100;
