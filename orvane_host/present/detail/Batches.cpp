@@ -422,7 +422,8 @@ void Batches::FetchAhead(std::size_t changed) const
         const auto& [node, noted] = m_changed[changed + ahead];
         const Member& member = m_members[noted];
         // Another may have taken its place in the list, and the mesh of one that is gone may be deleted.
-        const bool isWritten = member.node == node && !member.isGone && member.isFresh && !member.isSingle && member.batch;
+        const bool isWritten =
+            member.node == node && !member.isGone && member.isFresh && !member.isSingle && member.batch;
         return isWritten ? &member : nullptr;
     };
     if (const Member* const member = memberAt(meshes))
