@@ -41,7 +41,7 @@ public:
     {
         if (m_root != NoEntry)
         {
-            Collect(m_root, view, false, found);
+            Collect(m_root, view, ViewVolume::AllPlanes, found);
         }
     }
 
@@ -59,25 +59,21 @@ private:
     const TreeNode& At(Entry entry) const { return m_nodes[static_cast<std::size_t>(entry)]; }
 
     template <class Found>
-    void Collect(Entry entry, const ViewVolume& view, bool isInside, Found& found) const
+    void Collect(Entry entry, const ViewVolume& view, ViewVolume::PlaneSet planes, Found& found) const
     {
         const TreeNode& node = At(entry);
-        if (!isInside)
+        planes = planes == 0 ? 0 : view.PlanesAcross(node.box, planes);
+        if (planes == ViewVolume::NoneSeen)
         {
-            const ViewVolume::Relation relation = view.RelationOf(node.box);
-            if (relation == ViewVolume::Relation::Outside)
-            {
-                return;
-            }
-            isInside = relation == ViewVolume::Relation::Inside;
+            return;
         }
         if (node.height == 0)
         {
             found(node.value);
             return;
         }
-        Collect(node.children[0], view, isInside, found);
-        Collect(node.children[1], view, isInside, found);
+        Collect(node.children[0], view, planes, found);
+        Collect(node.children[1], view, planes, found);
     }
 
     Entry Allocate();

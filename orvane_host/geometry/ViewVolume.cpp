@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 
 namespace OV::Host
@@ -54,7 +55,7 @@ ViewVolume::ViewVolume(const Matrix& worldToClip, const Part& part)
     m_lengthScale = std::sqrt(std::max(x.x * x.x + x.y * x.y + x.z * x.z, y.x * y.x + y.y * y.y + y.z * y.z));
 }
 
-ViewVolume::Relation ViewVolume::RelationOf(const WorldBox& box) const
+ViewVolume::PlaneSet ViewVolume::PlanesAcross(const WorldBox& box, PlaneSet planes) const
 {
     const double x = 0.5 * (static_cast<double>(box.low.x) + box.high.x);
     const double y = 0.5 * (static_cast<double>(box.low.y) + box.high.y);
@@ -62,9 +63,10 @@ ViewVolume::Relation ViewVolume::RelationOf(const WorldBox& box) const
     const double halfX = box.high.x - x;
     const double halfY = box.high.y - y;
     const double halfZ = box.high.z - z;
-    Relation relation = Relation::Inside;
-    for (const Plane& plane : m_planes)
+    PlaneSet across = 0;
+    for (PlaneSet left = planes; left != 0; left &= left - 1)
     {
+        const Plane& plane = m_planes[static_cast<std::size_t>(__builtin_ctz(left))];
         // Of the middle, and how far the corners lie to the inside and to the outside of it.
         const double middle = plane.x * x + plane.y * y + plane.z * z;
         const double reach =
@@ -72,15 +74,12 @@ ViewVolume::Relation ViewVolume::RelationOf(const WorldBox& box) const
         const double slack = kRounding * (2.0 * std::max(std::abs(middle), std::abs(reach)) + std::abs(plane.w));
         if (middle + reach + plane.w < -slack)
         {
-            return Relation::Outside;
+            return NoneSeen;
         }
         // Also where a number is not finite.
-        if (!(middle - reach + plane.w > slack))
-        {
-            relation = Relation::Touches;
-        }
+        across |= middle - reach + plane.w > slack ? 0 : left & ~(left - 1);
     }
-    return relation;
+    return across;
 }
 
 float ViewVolume::ShareOfHeight(const Vector& place, float length) const

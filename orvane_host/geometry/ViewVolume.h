@@ -54,8 +54,23 @@ public:
     /// What is seen in a part of the picture.
     ViewVolume(const Matrix& worldToClip, const Part& part);
 
-    Relation RelationOf(const WorldBox& box) const;
-    bool Sees(const WorldBox& box) const { return RelationOf(box) != Relation::Outside; }
+    /// Planes of the view, a bit each.
+    using PlaneSet = unsigned int;
+    static constexpr PlaneSet AllPlanes = 0x3F;
+    /// In place of a set: the box lies outside.
+    static constexpr PlaneSet NoneSeen = 0x40;
+
+    /// Which planes a box may lie across; none where it lies inside.
+    /// @param planes those to be looked at: what lies across another box, of which this is a part. Inside the others
+    ///        it lies as that does.
+    PlaneSet PlanesAcross(const WorldBox& box, PlaneSet planes = AllPlanes) const;
+
+    Relation RelationOf(const WorldBox& box) const
+    {
+        const PlaneSet across = PlanesAcross(box);
+        return across == NoneSeen ? Relation::Outside : across == 0 ? Relation::Inside : Relation::Touches;
+    }
+    bool Sees(const WorldBox& box) const { return PlanesAcross(box) != NoneSeen; }
 
     /// How many times the height of the picture a length at a place takes up at most; infinite at
     /// and behind the eye.

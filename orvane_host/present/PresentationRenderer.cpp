@@ -477,7 +477,10 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
     if (Detail::Batches* const batches = BatchesOf(scene))
     {
         const float leastShare = m_batchSettings.smallestPixels / static_cast<float>(std::max(frame.screen.height, 1));
-        const bool isAllNeeded = m_castsShadows || std::any_of(m_stages.begin(), m_stages.end(), IsOutside);
+        // Of a larger picture what lies beside the part darkens corners in it.
+        const bool isPart = !(frame.part.size == frame.part.whole);
+        const bool isAllNeeded =
+            m_castsShadows || isPart || std::any_of(m_stages.begin(), m_stages.end(), IsOutside);
         m_lister->List(frame, m_surfaces->AreLinesShown(), *batches, leastShare, isAllNeeded);
     }
     else

@@ -281,18 +281,21 @@ bool BatchES20::See(const ViewVolume& view, float leastShare, std::uint64_t look
     return m_seesAny;
 }
 
-std::uint64_t BatchES20::BitsSeen(const ViewVolume& view, float leastShare, std::size_t row) const
+std::uint64_t BatchES20::BitsSeen(const ViewVolume& view, ViewVolume::PlaneSet planes, float leastShare,
+                                  std::size_t row) const
 {
     const std::uint64_t on = m_on[row];
-    const ViewVolume::Relation relation = on == 0 ? ViewVolume::Relation::Outside : view.RelationOf(m_rowBoxes[row]);
-    std::uint64_t seen = relation == ViewVolume::Relation::Inside ? on : 0;
-    if (relation == ViewVolume::Relation::Touches)
+    planes = on == 0 ? ViewVolume::NoneSeen : view.PlanesAcross(m_rowBoxes[row], planes);
+    std::uint64_t seen = planes == 0 ? on : 0;
+    if (planes != 0 && planes != ViewVolume::NoneSeen)
     {
         constexpr std::uint64_t whole = (std::uint64_t{1} << kPart) - 1;
         for (std::size_t i = 0; i < kRow; i += kPart)
         {
             const std::uint64_t part = on & whole << i;
-            seen |= part != 0 && view.Sees(m_partBoxes[(row * kRow + i) / kPart]) ? part : 0;
+            const bool isSeen =
+                part != 0 && view.PlanesAcross(m_partBoxes[(row * kRow + i) / kPart], planes) != ViewVolume::NoneSeen;
+            seen |= isSeen ? part : 0;
         }
     }
     if (!(leastShare > 0.0f))
@@ -313,12 +316,12 @@ std::uint64_t BatchES20::BitsSeen(const ViewVolume& view, float leastShare, std:
 
 bool BatchES20::Search(const ViewVolume& view, float leastShare)
 {
-    const ViewVolume::Relation relation = view.RelationOf(m_box);
-    if (relation == ViewVolume::Relation::Outside || m_onCount == 0)
+    const ViewVolume::PlaneSet planes = view.PlanesAcross(m_box);
+    if (planes == ViewVolume::NoneSeen || m_onCount == 0)
     {
         return false;
     }
-    m_seesAll = relation == ViewVolume::Relation::Inside && !(leastShare > 0.0f);
+    m_seesAll = planes == 0 && !(leastShare > 0.0f);
     if (m_seesAll)
     {
         return true;
@@ -328,7 +331,7 @@ bool BatchES20::Search(const ViewVolume& view, float leastShare)
     {
         if (!m_seenHolds[row])
         {
-            m_seenBits[row] = BitsSeen(view, leastShare, row);
+            m_seenBits[row] = BitsSeen(view, planes, leastShare, row);
             m_seenHolds[row] = true;
         }
         seesAny = seesAny || m_seenBits[row] != 0;
@@ -354,33 +357,31 @@ void BatchES20::MakeRuns(Runs& runs, const std::vector<std::uint64_t>& bits) con
     runs.offsets.clear();
     runs.bits = bits;
     runs.isValid = true;
-    std::size_t end = 0; // of the last run, in indices
-    const std::size_t count = GetPieceCount();
-    for (std::size_t i = 0; i < count; ++i)
+    std::uint32_t end = 0; // of the last run, in indices
+    for (std::size_t row = 0; row < bits.size(); ++row)
     {
         // What a piece that was switched off since it was seen has is not to be drawn.
-        const std::uint64_t row = bits[i / kRow] & m_on[i / kRow];
-        if (row == 0)
+        std::uint64_t left = bits[row] & m_on[row];
+        while (left != 0)
         {
-            i += kRow - 1 - i % kRow;
-            continue;
+            // From one range of pieces to the next, however many each has.
+            const auto first = static_cast<std::size_t>(__builtin_ctzll(left));
+            const std::uint64_t gaps = ~(left >> first);
+            const std::size_t length = gaps == 0 ? kRow : static_cast<std::size_t>(__builtin_ctzll(gaps));
+            const std::uint32_t firstIndex = m_pieces[row * kRow + first].firstIndex;
+            const std::uint32_t nextIndex = m_pieces[row * kRow + first + length].firstIndex;
+            if (!runs.counts.empty() && end == firstIndex)
+            {
+                runs.counts.back() += static_cast<int>(nextIndex - firstIndex);
+            }
+            else
+            {
+                runs.counts.push_back(static_cast<int>(nextIndex - firstIndex));
+                runs.offsets.push_back(OffsetOf(firstIndex));
+            }
+            end = nextIndex;
+            left = first + length < kRow ? left & ~std::uint64_t{0} << (first + length) : 0;
         }
-        if (((row >> (i % kRow)) & 1u) == 0)
-        {
-            continue;
-        }
-        const Room& room = m_pieces[i];
-        const std::size_t indices = IndicesOf(i);
-        if (!runs.counts.empty() && end == room.firstIndex)
-        {
-            runs.counts.back() += static_cast<int>(indices);
-        }
-        else
-        {
-            runs.counts.push_back(static_cast<int>(indices));
-            runs.offsets.push_back(OffsetOf(room.firstIndex));
-        }
-        end = room.firstIndex + indices;
     }
 }
 

@@ -76,6 +76,9 @@ public:
     void Switch(std::size_t piece, bool on);
     void SetUserData(std::size_t piece, int userData);
 
+    /// Asks the processor for what is kept of a piece, which is about to be looked at.
+    void FetchAhead(std::size_t piece) const { __builtin_prefetch(&m_pieces[piece]); }
+
     /// Whether a mesh fits into the room of a piece.
     bool Fits(std::size_t piece, const Mesh& mesh) const;
 
@@ -155,7 +158,8 @@ private:
     }
     WorldBox ToWorld(const WorldBox& box) const;
     bool Search(const ViewVolume& view, float leastShare);
-    std::uint64_t BitsSeen(const ViewVolume& view, float leastShare, std::size_t row) const;
+    std::uint64_t BitsSeen(const ViewVolume& view, ViewVolume::PlaneSet planes, float leastShare,
+                           std::size_t row) const;
     bool IsOn(std::size_t piece) const { return ((m_on[piece / kRow] >> (piece % kRow)) & 1u) != 0; }
     const Runs& RunsOf(const MeshNode* node);
     void MakeRuns(Runs& runs, const std::vector<std::uint64_t>& bits) const;

@@ -87,6 +87,11 @@ void Batches::NodeChanged(Node& node, NodeChange change)
     {
         return;
     }
+    if (m_isDeaf && change == NodeChangePlace)
+    {
+        ++m_movedCount;
+        return;
+    }
     const Index first = FirstOf(node);
     if (first == kNone)
     {
@@ -95,6 +100,14 @@ void Batches::NodeChanged(Node& node, NodeChange change)
         {
             NoteNew(static_cast<MeshNode&>(node));
         }
+        return;
+    }
+    const Member& only = m_members[first];
+    if (change == NodeChangePlace && only.movesOn && only.changes == 0)
+    {
+        // Nothing else is to be done about it, however many move in every frame.
+        ++m_movedCount;
+        m_loose[only.loose].due = m_frame + 1 + (kRest << only.losses);
         return;
     }
     if ((change & NodeChangeMeshes) != 0)
@@ -153,7 +166,7 @@ void Batches::MarkGone(BatchMark& mark)
         member.isReshaped = true;
         member.nextOfMark = kNone;
         member.previousOfMark = kNone;
-        member.losses = static_cast<unsigned char>(std::min(member.losses + 1u, kMostLosses)) & 0xFu;
+        member.losses = static_cast<unsigned char>(std::min(member.losses + 1u, kMostLosses)) & 0x7u;
         if (!member.isGone)
         {
             Note(FirstOf(*member.node), GeometryChange);
@@ -372,7 +385,11 @@ void Batches::Update()
         }
     }
     m_changed.clear();
-    WakeRested();
+    ListenOrNot();
+    if (!m_isDeaf)
+    {
+        WakeRested();
+    }
     for (const std::unique_ptr<Group>& group : m_deadGroups)
     {
         GiveBack(*group);
@@ -397,7 +414,7 @@ void Batches::FetchAhead(std::size_t changed) const
     constexpr std::size_t arrays = 2;
     constexpr std::size_t heads = 4;
     constexpr std::size_t meshes = 6;
-    const auto meshAt = [&](std::size_t ahead) -> const Mesh* {
+    const auto memberAt = [&](std::size_t ahead) -> const Member* {
         if (m_changed.size() - changed <= ahead)
         {
             return nullptr;
@@ -405,24 +422,27 @@ void Batches::FetchAhead(std::size_t changed) const
         const auto& [node, noted] = m_changed[changed + ahead];
         const Member& member = m_members[noted];
         // Another may have taken its place in the list, and the mesh of one that is gone may be deleted.
-        const bool isWritten = member.node == node && !member.isGone && member.isFresh && !member.isSingle;
-        return isWritten ? member.mesh : nullptr;
+        const bool isWritten =
+            member.node == node && !member.isGone && member.isFresh && !member.isSingle && member.batch;
+        return isWritten ? &member : nullptr;
     };
-    if (const Mesh* const mesh = meshAt(meshes))
+    if (const Member* const member = memberAt(meshes))
     {
-        __builtin_prefetch(mesh);
-        __builtin_prefetch(reinterpret_cast<const char*>(mesh) + kCacheLine);
+        __builtin_prefetch(member->mesh);
+        __builtin_prefetch(reinterpret_cast<const char*>(member->mesh) + kCacheLine);
+        __builtin_prefetch(member->batch);
     }
-    if (const Mesh* const mesh = meshAt(heads))
+    if (const Member* const member = memberAt(heads))
     {
-        __builtin_prefetch(&mesh->GetPositionBuffer());
-        __builtin_prefetch(&mesh->GetNormalBuffer());
-        __builtin_prefetch(&mesh->GetIndices());
+        __builtin_prefetch(&member->mesh->GetPositionBuffer());
+        __builtin_prefetch(&member->mesh->GetNormalBuffer());
+        __builtin_prefetch(&member->mesh->GetIndices());
+        member->batch->FetchAhead(member->piece);
     }
-    if (const Mesh* const mesh = meshAt(arrays))
+    if (const Member* const member = memberAt(arrays))
     {
-        FetchBegin(mesh->GetPositionBuffer());
-        FetchBegin(mesh->GetNormalBuffer());
+        FetchBegin(member->mesh->GetPositionBuffer());
+        FetchBegin(member->mesh->GetNormalBuffer());
     }
 }
 

@@ -62,6 +62,13 @@ public:
     /// drawing it takes.
     static constexpr std::size_t kWrittenForSingle = 16;
 
+    /// Frames at most for which what moves, and was seen, is drawn without being looked at again: a look
+    /// costs a tenth of its draw.
+    static constexpr unsigned int kSeenFor = 32;
+
+    /// Frames for which it isn't asked which nodes move, while as many do as there are.
+    static constexpr unsigned int kDeafFor = 64;
+
     /// With so many meshes at nodes BatchUse::Auto draws them together.
     static constexpr std::size_t kWorthwhile = 400;
 
@@ -89,13 +96,14 @@ public:
     /// Lists the meshes of the scene's opaque materials, all of them and those that the camera may
     /// see. GL.
     /// @param leastShare see BatchES20::See.
-    /// @param isAllNeeded whether somebody asks for all: materials of which the camera sees nothing are
+    /// @param isAllNeeded whether somebody asks for all: materials of which the camera sees nothing may be
     ///        left out otherwise.
     void List(PresentationFrame& frame, float leastShare, bool isAllNeeded, std::vector<RenderItemES20>& all,
               std::vector<RenderItemES20>& seen);
 
-    /// Lists those of the scene's see-through materials. GL.
-    void ListAlpha(PresentationFrame& frame, std::vector<RenderItemES20>& items);
+    /// Lists likewise those of the scene's see-through materials. GL.
+    void ListAlpha(PresentationFrame& frame, float leastShare, bool isAllNeeded, std::vector<RenderItemES20>& all,
+                   std::vector<RenderItemES20>& seen);
 
     /// Lists the meshes of all materials node by node that a view may see. GL.
     void ListSingly(PresentationFrame& frame, const ViewVolume& view, std::vector<RenderItemES20>& items);
@@ -135,6 +143,10 @@ private:
         // The singles ready to be drawn, while nothing has changed.
         std::vector<RenderItemES20> items;
         std::vector<std::pair<Index, Index>> spans; ///< in singles: where those of each item begin and end
+        std::vector<unsigned int> lookDue; ///< for each item the frame in which it is looked at again
+        std::size_t singleCount = 0;  ///< of singles those that are
+        std::size_t treeCount = 0;    ///< of these those in the tree
+        std::uint64_t seenLook = 0;   ///< the last that saw one of those in the tree
         std::uint64_t listing = 0;
         const MeshStyleES20* style = nullptr; ///< only to be compared
         TextureFactors factors;
@@ -154,7 +166,8 @@ private:
         Index previousOfMark;
         Index loose;           ///< among m_loose; kNone while it rests in a batch
         std::uint16_t changes; ///< of the node, not yet taken in: at the first of its members
-        unsigned char losses : 4; ///< how often its mark was taken away
+        unsigned char losses : 3; ///< how often its mark was taken away
+        bool movesOn : 1; ///< it is drawn by itself, is in no tree, and waits for its node, which has no other, to rest
         bool hasMark : 1;
         bool isPlain : 1;    ///< of the engine's own classes
         bool isReshaped : 1; ///< the geometry is another than that of its room in the batch
@@ -215,6 +228,9 @@ private:
     bool IsApart(const MeshNode& node) const;
     bool CanBeTogether(const Member& member) const;
     bool HasRested(const Member& member) const;
+    void SetMovesOn(Member& member, bool movesOn);
+    bool DoAllMoveOn() const;
+    void ListenOrNot();
     bool StandsAlone(const Member& member) const;
     WorldBox BoxOf(Member& member) const;
     bool Sees(const ViewVolume& view, float leastShare, Member& member) const;
@@ -237,10 +253,19 @@ private:
     void SetTogether(Group& group, bool together);
     void Dissolve(Group& group);
     bool IsOutside(const Group& group, const ViewVolume& view, float leastShare) const;
-    void ListGroup(PresentationFrame& frame, Group& group, const ViewVolume* view, float leastShare, bool isAllNeeded,
-                   std::vector<RenderItemES20>& all, std::vector<RenderItemES20>* seen);
+    bool AreSinglesOutside(const Group& group) const;
+    void ListGroups(PresentationFrame& frame, const std::vector<Material*>& materials, bool areTogether,
+                    float leastShare, bool isAllNeeded, std::vector<RenderItemES20>& all,
+                    std::vector<RenderItemES20>& seen);
+    void ListGroup(PresentationFrame& frame, Group& group, const ViewVolume& view, float leastShare, bool isAllNeeded,
+                   std::vector<RenderItemES20>& all, std::vector<RenderItemES20>& seen);
     void MakeItems(StageAccess& renderer, Group& group, MeshStyleES20& style);
-    void ListSeen(const Group& group, const ViewVolume& view, float leastShare, std::vector<RenderItemES20>& seen);
+    void ListSeen(Group& group, const ViewVolume& view, float leastShare, std::vector<RenderItemES20>& seen);
+    void ListIfSeen(Group& group, std::size_t item, const ViewVolume& view, float leastShare,
+                    std::vector<RenderItemES20>& seen);
+    void ListSeenOneByOne(const Group& group, std::size_t item, const ViewVolume& view, float leastShare,
+                          std::vector<RenderItemES20>& seen);
+    bool IsSeen(Member& member, const ViewVolume& view, float leastShare) const;
     void Look(const ViewVolume& view, const Matrix& worldToClip, float leastShare);
     bool HasData(StageAccess& renderer, const Member& member);
 
@@ -275,6 +300,11 @@ private:
     std::vector<RenderItemES20> m_probed;
     std::vector<float> m_scratch;
     std::size_t m_singleCount = 0;
+    std::size_t m_movesOnCount = 0;
+    std::size_t m_movedCount = 0; ///< of those that move on, in this frame
+    bool m_isDeaf = false;        ///< whether it isn't noted of each node that it moves on, since all do
+    bool m_wasDeaf = false;       ///< it wasn't noted since the frame before
+    unsigned int m_deafEnd = 0;   ///< frame in which it is noted again
     std::size_t m_writable = 0; ///< vertices that this frame may still write
     bool m_isFull = false;      ///< what comes back has to wait for the next frame
     Matrix m_lookMatrix;

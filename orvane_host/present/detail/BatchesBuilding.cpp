@@ -314,7 +314,8 @@ void Batches::MakeBatch(StageAccess& renderer, Group& group, const BatchKind& ki
 
 void Batches::Show(Index index)
 {
-    const Member& member = m_members[index];
+    Member& member = m_members[index];
+    SetMovesOn(member, false);
     const bool isShown = IsShown(member);
     const bool isOn = isShown && !IsApart(*member.node);
     member.batch->Switch(member.piece, isOn);

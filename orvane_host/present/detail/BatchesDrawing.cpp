@@ -72,13 +72,26 @@ void Batches::ForEachMaterial(PresentationFrame& frame, const std::vector<Materi
 void Batches::List(PresentationFrame& frame, float leastShare, bool isAllNeeded, std::vector<RenderItemES20>& all,
                    std::vector<RenderItemES20>& seen)
 {
+    ListGroups(frame, frame.scene.GetOptimizedMaterials(), true, leastShare, isAllNeeded, all, seen);
+}
+
+void Batches::ListAlpha(PresentationFrame& frame, float leastShare, bool isAllNeeded, std::vector<RenderItemES20>& all,
+                        std::vector<RenderItemES20>& seen)
+{
+    ListGroups(frame, frame.scene.GetAlphaMaterials(), false, leastShare, isAllNeeded, all, seen);
+}
+
+void Batches::ListGroups(PresentationFrame& frame, const std::vector<Material*>& materials, bool areTogether,
+                         float leastShare, bool isAllNeeded, std::vector<RenderItemES20>& all,
+                         std::vector<RenderItemES20>& seen)
+{
     const ViewVolume view(frame.cameraData.GetMVP());
     Look(view, frame.cameraData.GetMVP(), leastShare);
-    ForEachMaterial(frame, frame.scene.GetOptimizedMaterials(), [&](Material& material, Group* group) {
+    ForEachMaterial(frame, materials, [&](Material& material, Group* group) {
         if (group)
         {
-            SetTogether(*group, true);
-            ListGroup(frame, *group, &view, leastShare, isAllNeeded, all, &seen);
+            SetTogether(*group, areTogether);
+            ListGroup(frame, *group, view, leastShare, isAllNeeded, all, seen);
             return;
         }
         const std::size_t before = all.size();
@@ -103,24 +116,13 @@ void Batches::Look(const ViewVolume& view, const Matrix& worldToClip, float leas
     m_treeHolds = true;
     ++m_treeLook;
     m_tree.Collect(view, [&](Index index) {
-        Loose& loose = m_loose[m_members[index].loose];
+        const Member& member = m_members[index];
+        Loose& loose = m_loose[member.loose];
         if (!IsTooSmall(m_tree.GetBox(loose.leaf), view, leastShare))
         {
             loose.seenLook = m_treeLook;
+            member.group->seenLook = m_treeLook;
         }
-    });
-}
-
-void Batches::ListAlpha(PresentationFrame& frame, std::vector<RenderItemES20>& items)
-{
-    ForEachMaterial(frame, frame.scene.GetAlphaMaterials(), [&](Material& material, Group* group) {
-        if (group)
-        {
-            SetTogether(*group, false);
-            ListGroup(frame, *group, nullptr, 0.0f, true, items, nullptr);
-            return;
-        }
-        frame.renderer.List(material, frame.cameraData, items, true);
     });
 }
 
@@ -289,6 +291,7 @@ void Batches::MakeItems(StageAccess& renderer, Group& group, MeshStyleES20& styl
         }
         i = end;
     }
+    group.lookDue.assign(group.items.size(), 0);
     group.listing = MeshES20::GetListingRevision();
 }
 
@@ -299,14 +302,25 @@ bool Batches::IsOutside(const Group& group, const ViewVolume& view, float leastS
         return batch.data->GetVertexCount() == 0
             || (batch.data->GetOnCount() > 0 && batch.data->See(view, leastShare, m_look));
     };
-    return group.singles.empty() && group.rested.empty()
+    return group.rested.empty() && AreSinglesOutside(group)
         && std::none_of(group.batches.begin(), group.batches.end(), isSeenOrUnused);
 }
 
-void Batches::ListGroup(PresentationFrame& frame, Group& group, const ViewVolume* view, float leastShare,
-                        bool isAllNeeded, std::vector<RenderItemES20>& all, std::vector<RenderItemES20>* seen)
+bool Batches::AreSinglesOutside(const Group& group) const
 {
-    if (seen && !isAllNeeded && IsOutside(group, *view, leastShare))
+    if (group.singleCount == 0)
+    {
+        return true;
+    }
+    // A point may reach beyond its place, and whether something with a draw ID is drawn is to be asked in every frame.
+    return group.itemsHold && group.listing == MeshES20::GetListingRevision() && group.treeCount == group.singleCount
+        && group.seenLook != m_treeLook && (group.material->GetFlags() & MaterialFlagPoints) == 0;
+}
+
+void Batches::ListGroup(PresentationFrame& frame, Group& group, const ViewVolume& view, float leastShare,
+                        bool isAllNeeded, std::vector<RenderItemES20>& all, std::vector<RenderItemES20>& seen)
+{
+    if (!isAllNeeded && IsOutside(group, view, leastShare))
     {
         return;
     }
@@ -353,9 +367,9 @@ void Batches::ListGroup(PresentationFrame& frame, Group& group, const ViewVolume
             continue;
         }
         all.push_back({batch.mesh.get(), style, true, standIns[0].get()});
-        if (seen && batch.data->See(*view, leastShare, m_look))
+        if (batch.data->See(view, leastShare, m_look))
         {
-            seen->push_back({batch.mesh.get(), style, true, standIns[1].get()});
+            seen.push_back({batch.mesh.get(), style, true, standIns[1].get()});
         }
     }
     if (group.singles.empty())
@@ -367,10 +381,7 @@ void Batches::ListGroup(PresentationFrame& frame, Group& group, const ViewVolume
         MakeItems(frame.renderer, group, *style);
     }
     all.insert(all.end(), group.items.begin(), group.items.end());
-    if (seen)
-    {
-        ListSeen(group, *view, leastShare, *seen);
-    }
+    ListSeen(group, view, leastShare, seen);
 }
 
 WorldBox Batches::BoxOf(Member& member) const
@@ -399,41 +410,74 @@ bool Batches::Sees(const ViewVolume& view, float leastShare, Member& member) con
     return view.Sees(box) && !IsTooSmall(box, view, leastShare);
 }
 
-void Batches::ListSeen(const Group& group, const ViewVolume& view, float leastShare, std::vector<RenderItemES20>& seen)
+bool Batches::IsSeen(Member& member, const ViewVolume& view, float leastShare) const
 {
-    // A point may reach beyond its place.
-    const bool isPoints = (group.material->GetFlags() & MaterialFlagPoints) != 0;
-    const auto isSeen = [&](Index index) {
-        Member& member = m_members[index];
-        return isPoints
-            || (StandsAlone(member) ? Sees(view, leastShare, member)
-                                    : m_loose[member.loose].seenLook == m_treeLook);
-    };
+    return StandsAlone(member) ? Sees(view, leastShare, member) : m_loose[member.loose].seenLook == m_treeLook;
+}
+
+void Batches::ListSeen(Group& group, const ViewVolume& view, float leastShare, std::vector<RenderItemES20>& seen)
+{
+    if ((group.material->GetFlags() & MaterialFlagPoints) != 0)
+    {
+        // A point may reach beyond its place.
+        seen.insert(seen.end(), group.items.begin(), group.items.end());
+        return;
+    }
+    // What gets too small has to leave the picture at once.
+    const bool mayWait = !(leastShare > 0.0f);
     for (std::size_t i = 0; i < group.items.size(); ++i)
     {
-        const RenderItemES20& item = group.items[i];
-        const auto [begin, end] = group.spans[i];
-        if (item.specificNode)
+        const std::size_t first = i;
+        while (mayWait && i < group.items.size() && group.lookDue[i] > m_frame)
         {
-            if (isSeen(group.singles[begin]))
-            {
-                seen.push_back(item);
-            }
-            continue;
+            ++i;
         }
-        const auto first = group.singles.begin() + begin;
-        const auto last = group.singles.begin() + end;
-        if (std::all_of(first, last, isSeen))
+        const auto begin = group.items.begin();
+        seen.insert(seen.end(), begin + static_cast<std::ptrdiff_t>(first), begin + static_cast<std::ptrdiff_t>(i));
+        if (i < group.items.size())
         {
-            seen.push_back(item);
-            continue;
+            ListIfSeen(group, i, view, leastShare, seen);
         }
-        for (auto index = first; index != last; ++index)
+    }
+}
+
+void Batches::ListIfSeen(Group& group, std::size_t item, const ViewVolume& view, float leastShare,
+                         std::vector<RenderItemES20>& seen)
+{
+    const auto [begin, end] = group.spans[item];
+    bool areAllSeen = true;
+    bool doesOneMove = false;
+    for (Index at = begin; areAllSeen && at < end; ++at)
+    {
+        Member& member = m_members[group.singles[at]];
+        areAllSeen = IsSeen(member, view, leastShare);
+        doesOneMove = doesOneMove || (member.isQueued && StandsAlone(member));
+    }
+    if (areAllSeen)
+    {
+        // Not all in the same frame, and neighbours together, which are then copied together.
+        constexpr unsigned int half = kSeenFor / 2;
+        constexpr std::size_t neighbours = 64;
+        seen.push_back(group.items[item]);
+        group.lookDue[item] =
+            doesOneMove ? m_frame + half + static_cast<unsigned int>(item / neighbours % (half + 1)) : 0;
+    }
+    else if (!group.items[item].specificNode)
+    {
+        ListSeenOneByOne(group, item, view, leastShare, seen);
+    }
+}
+
+void Batches::ListSeenOneByOne(const Group& group, std::size_t item, const ViewVolume& view, float leastShare,
+                               std::vector<RenderItemES20>& seen)
+{
+    const RenderItemES20& all = group.items[item];
+    for (Index at = group.spans[item].first; at < group.spans[item].second; ++at)
+    {
+        Member& member = m_members[group.singles[at]];
+        if (IsSeen(member, view, leastShare) && IsShown(member))
         {
-            if (isSeen(*index) && IsShown(m_members[*index]))
-            {
-                seen.push_back({item.mesh, item.style, true, m_members[*index].node});
-            }
+            seen.push_back({all.mesh, all.style, true, member.node});
         }
     }
 }

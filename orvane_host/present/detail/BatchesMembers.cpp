@@ -1,5 +1,5 @@
-// The life of a mesh at a node: it joins the group of its material, is put into a batch or drawn by
-// itself, and rests before it comes back.
+// The life of a mesh at a node: it joins the group of its material, and is put into a batch or drawn by
+// itself.
 
 #include "orvane_host/present/detail/Batches.h"
 
@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cmath>
 #include <typeinfo>
+#include <utility>
 
 namespace OV::Host::Detail
 {
@@ -95,6 +96,7 @@ void Batches::AddMeshes(MeshNode& node)
         {
             m_members[index].nextOfNode = m_members[first].nextOfNode;
             m_members[first].nextOfNode = index;
+            SetMovesOn(m_members[first], false);
         }
     }
     for (Index i = first; i != kNone; i = m_members[i].nextOfNode)
@@ -148,6 +150,7 @@ Batches::Index Batches::AddMember(MeshNode& node, Mesh& mesh)
     member.loose = kNone;
     member.isNew = true;
     m_members[index] = member;
+    m_isDeaf = false;
     return index;
 }
 
@@ -347,6 +350,7 @@ void Batches::Move(Index index)
     {
         // Whether it may come back is looked at once it has rested.
         Stir(index);
+        SetMovesOn(member, member.nextOfNode == kNone);
         return;
     }
     if (!(member.isFresh && !member.isSingle && CanBeTogether(member) && !IsApart(*member.node) && IsShown(member)
@@ -445,14 +449,17 @@ bool Batches::MakeSingle(Index index, bool isSingle)
         return false;
     }
     member.isSingle = isSingle;
+    SetMovesOn(member, false);
     m_singleCount += isSingle ? 1 : static_cast<std::size_t>(-1);
     Group& group = *member.group;
     group.itemsHold = false;
     if (isSingle)
     {
+        ++group.singleCount;
         group.singles.push_back(index);
         return true;
     }
+    --group.singleCount;
     group.hasLeft = true;
     LeaveTree(member);
     if (!member.isQueued)
@@ -465,6 +472,7 @@ bool Batches::MakeSingle(Index index, bool isSingle)
 void Batches::PutIntoTree(Index index)
 {
     Member& member = m_members[index];
+    SetMovesOn(member, false);
     if (!member.isPlain)
     {
         // What a host's own class shows, and where, only it knows.
@@ -474,11 +482,13 @@ void Batches::PutIntoTree(Index index)
     Loose& loose = LooseOf(index);
     // What comes after the tree was asked counts as seen.
     loose.seenLook = m_treeLook;
+    member.group->seenLook = m_treeLook;
     m_treeHolds = false;
     const WorldBox box = BoxAt(*member.mesh, member.node->GetGlobal());
     if (loose.leaf == CullTree::NoEntry)
     {
         loose.leaf = m_tree.Insert(box, index);
+        ++member.group->treeCount;
     }
     else
     {
@@ -492,6 +502,7 @@ void Batches::LeaveTree(Member& member)
     {
         m_tree.Remove(m_loose[member.loose].leaf);
         m_loose[member.loose].leaf = CullTree::NoEntry;
+        --member.group->treeCount;
     }
 }
 
@@ -514,95 +525,12 @@ Batches::Loose& Batches::LooseOf(Index index)
 
 void Batches::FreeLoose(Member& member)
 {
+    SetMovesOn(member, false);
     if (member.loose != kNone)
     {
         LeaveTree(member);
         m_freeLoose.push_back(member.loose);
         member.loose = kNone;
-    }
-}
-
-void Batches::Stir(Index index)
-{
-    LooseOf(index).due = m_frame + (kRest << m_members[index].losses);
-    LeaveTree(m_members[index]);
-    Queue(index);
-}
-
-void Batches::Queue(Index index)
-{
-    Member& member = m_members[index];
-    if (!member.isQueued)
-    {
-        member.isQueued = true;
-        m_resting.emplace_back(m_frame + kRest, index);
-    }
-}
-
-void Batches::Rest(Index index, unsigned int frames)
-{
-    LooseOf(index).due = m_frame + frames;
-    Queue(index);
-}
-
-bool Batches::HasRested(const Member& member) const
-{
-    return member.loose == kNone || m_loose[member.loose].due <= m_frame;
-}
-
-void Batches::MakeRested(Index index)
-{
-    Member& member = m_members[index];
-    const BatchKind kind = KindOf(member);
-    if (member.batch && kind != member.batch->GetKind())
-    {
-        LeaveBatch(member);
-    }
-    if (!member.isRested)
-    {
-        member.isRested = true;
-        member.group->rested[kind].push_back(index);
-    }
-}
-
-void Batches::WakeRested()
-{
-    while (!m_resting.empty() && m_resting.front().first <= m_frame)
-    {
-        const Index index = m_resting.front().second;
-        m_resting.pop_front();
-        Member& member = m_members[index];
-        if (member.isGone || !member.isQueued)
-        {
-            continue;
-        }
-        if (!HasRested(member))
-        {
-            m_resting.emplace_back(m_frame + kRest, index);
-            continue;
-        }
-        member.isQueued = false;
-        if (!member.group || member.isFresh)
-        {
-            if (!member.isSingle)
-            {
-                FreeLoose(member);
-                continue;
-            }
-        }
-        else if (CanBeTogether(member))
-        {
-            MakeRested(index);
-            continue;
-        }
-        else
-        {
-            LeaveBatch(member);
-        }
-        if (StandsAlone(member))
-        {
-            PutIntoTree(index);
-        }
     }
 }
 

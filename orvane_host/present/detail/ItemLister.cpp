@@ -56,10 +56,10 @@ void ItemLister::List(PresentationFrame& frame, bool withLines, Batches& batches
         frame.renderer.List(frame.scene.GetLineStyles(), frame.cameraData, all, true);
     }
     m_items.firstAlpha = all.size();
-    batches.ListAlpha(frame, all);
-    // Lines and what is see-through are seen as they are.
+    // Lines are seen as they are.
     seen.insert(seen.end(), all.begin() + static_cast<std::ptrdiff_t>(m_items.firstLine), all.end());
-    m_seen.firstAlpha = m_seen.firstLine + (m_items.firstAlpha - m_items.firstLine);
+    m_seen.firstAlpha = seen.size();
+    batches.ListAlpha(frame, leastShare, isAllNeeded, all, seen);
     DropGone(frame.renderer, m_items);
     DropGone(frame.renderer, m_seen);
     m_items.seen = &m_seen;

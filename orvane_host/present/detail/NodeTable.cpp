@@ -16,14 +16,6 @@ bool HasRoom(std::size_t size, std::size_t count)
 
 } // namespace
 
-std::uint32_t NodeTable::TagOf(const Node* node)
-{
-    // Addresses are multiples; the product carries what differs into the bits that count.
-    auto bits = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(node));
-    bits = (bits ^ bits >> 32) * 0x9E3779B97F4A7C15ull;
-    return static_cast<std::uint32_t>(bits >> 32);
-}
-
 void NodeTable::Reserve(std::size_t count)
 {
     std::size_t size = m_slots.empty() ? kLeast : m_slots.size();

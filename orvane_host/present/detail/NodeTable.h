@@ -55,7 +55,13 @@ private:
         std::uint32_t number;
     };
 
-    static std::uint32_t TagOf(const Node* node);
+    static std::uint32_t TagOf(const Node* node)
+    {
+        // Addresses are multiples; the product carries what differs into the bits that count.
+        auto bits = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(node));
+        bits = (bits ^ bits >> 32) * 0x9E3779B97F4A7C15ull;
+        return static_cast<std::uint32_t>(bits >> 32);
+    }
 
     std::size_t HomeOf(std::uint32_t tag) const { return tag & (m_slots.size() - 1); }
     std::size_t PlaceOf(const Node* node, std::uint32_t number) const;

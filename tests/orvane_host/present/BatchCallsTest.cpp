@@ -340,6 +340,163 @@ TEST_F(BatchCalls, WhatIsTooLargeForABatchIsLeftOutOfAViewOneByOne)
     EXPECT_EQ(CallsOfFrame().draws, 1u) << "all moving";
 }
 
+TEST_F(BatchCalls, SeeThroughThingsOutsideTheViewAreLeftOut)
+{
+    // One row above the other.
+    constexpr int count = 10;
+    for (const int bottom : {0, 40})
+    {
+        Material& material = AddMaterial(Color(0.2f, 0.5f, 0.0f, 0.5f));
+        for (int i = 0; i < count; ++i)
+        {
+            nodes.push_back(&AddRect(material, {9 * i, bottom, 6, 6}, 0.0f, i));
+        }
+    }
+    EXPECT_EQ(SteadyFrame(BatchUse::On).draws, nodes.size());
+    LookAt(0.08f);
+    Draw();
+    EXPECT_EQ(CallsOfFrame().draws, 1u) << "standing still";
+    for (std::size_t i = 0; i < nodes.size(); ++i)
+    {
+        Move(i, 1.0f);
+    }
+    EXPECT_EQ(CallsOfFrame().draws, 1u) << "all moving";
+}
+
+TEST_F(BatchCalls, WhatMovesOnIsFollowedIntoTheViewAtOnceAndOutOfItSoon)
+{
+    Fill();
+    SteadyFrame(BatchUse::On);
+    const auto moveAll = [&](int frame) {
+        for (std::size_t i = 0; i < nodes.size(); ++i)
+        {
+            Move(i, 0.02f * static_cast<float>(frame % 2 + 1));
+        }
+    };
+    int frame = 0;
+    for (; frame < 40; ++frame)
+    {
+        moveAll(frame);
+        EXPECT_EQ(CallsOfFrame().draws, frame == 0 ? std::size_t{Rows} : nodes.size()) << "frame " << frame;
+    }
+    LookAt(0.08f);
+    for (const int end = frame + 40; frame < end; ++frame)
+    {
+        moveAll(frame);
+        Draw();
+    }
+    EXPECT_EQ(CallsOfFrame().draws, 1u) << "away from all but one";
+    LookAt(1.0f);
+    moveAll(frame);
+    EXPECT_EQ(CallsOfFrame().draws, nodes.size()) << "and back";
+}
+
+TEST_F(BatchCalls, WhereAllMovedWhatRestsComesBack)
+{
+    Fill();
+    SteadyFrame(BatchUse::On);
+    int frame = 0;
+    const auto run = [&](int frames, std::size_t first) {
+        for (const int end = frame + frames; frame < end; ++frame)
+        {
+            for (std::size_t i = first; i < nodes.size(); ++i)
+            {
+                Move(i, 0.02f * static_cast<float>(frame % 2 + 1));
+            }
+            Draw();
+        }
+    };
+    run(40, 0);
+    EXPECT_EQ(renderer->CountBatches().single, nodes.size());
+    run(20, nodes.size() / 2);
+    EXPECT_EQ(renderer->CountBatches().single, nodes.size() / 2) << "half of them";
+    EXPECT_EQ(renderer->CountBatches().pieces, nodes.size() / 2);
+    run(40, 0);
+    EXPECT_EQ(renderer->CountBatches().single, nodes.size()) << "all again";
+    run(20, nodes.size());
+    EXPECT_EQ(renderer->CountBatches().pieces, nodes.size()) << "none any more";
+    run(40, 0);
+    std::vector<Node*> empty;
+    for (std::size_t i = 0; i < 2 * nodes.size(); ++i)
+    {
+        empty.push_back(new Node(&World()));
+        World().GetRoot()->AddChild(empty.back(), false);
+    }
+    for (int i = 0; i < 100; ++i)
+    {
+        Transform place;
+        place.SetPosition(Vector(static_cast<float>(i), 0.0f, 0.0f));
+        for (Node* const node : empty)
+        {
+            node->SetLocal(place);
+        }
+        Draw();
+    }
+    EXPECT_EQ(renderer->CountBatches().pieces, nodes.size()) << "none but what shows nothing";
+    // What one does besides is seen in the frame after.
+    run(40, 0);
+    const std::size_t shown = CallsOfFrame().draws;
+    nodes[3]->SetFlags(NodeFlagHidden, false);
+    EXPECT_EQ(CallsOfFrame().draws, shown - 1);
+    run(5, 0);
+    nodes[3]->ClearFlags(NodeFlagHidden, false);
+    run(1, 0);
+    EXPECT_EQ(CallsOfFrame().draws, shown);
+}
+
+TEST_F(BatchCalls, WhereAllMovesNothingThatTouchesAViewIsLeftOut)
+{
+    constexpr int count = 100;
+    constexpr int extent = 300;
+    Dice dice(5);
+    Material* const materials[] = {&AddMaterial(Color(0.8f, 0.5f, 0.0f)), &AddMaterial(Color(0.2f, 0.9f, 0.0f, 0.5f))};
+    for (int i = 0; i < count; ++i)
+    {
+        const PixelRect rect{dice.Below(extent), dice.Below(extent), 3 + dice.Below(20), 3 + dice.Below(20)};
+        nodes.push_back(&AddRect(*materials[i % 2], rect, 0.05f * static_cast<float>(i), i));
+    }
+    const auto walk = [&](BatchUse use) {
+        Dice steps(9);
+        std::vector<Picture> pictures;
+        for (MeshNode* const node : nodes)
+        {
+            node->SetLocal(Transform());
+        }
+        LookAt(1.0f);
+        renderer->SetBatches({use});
+        for (int step = 0; step < 200; ++step)
+        {
+            for (int i = 0; i < count; ++i)
+            {
+                // Some rest now and then, and come back to batches.
+                if ((i + step / 20) % 5 != 0)
+                {
+                    Transform place;
+                    place.SetPosition(Vector(static_cast<float>(steps.Below(extent) - extent / 2), 0.0f, 0.0f));
+                    nodes[static_cast<std::size_t>(i)]->SetLocal(place);
+                }
+            }
+            if (step % 3 == 0)
+            {
+                Transform place;
+                place.SetPosition(Vector(static_cast<float>(steps.Below(extent)), static_cast<float>(steps.Below(extent)),
+                                         100.0f));
+                Camera().SetLocal(place);
+                Camera().SetDistanceToTarget(10.0f + static_cast<float>(steps.Below(extent / 2)));
+            }
+            pictures.push_back(Draw());
+        }
+        return pictures;
+    };
+    const std::vector<Picture> expected = walk(BatchUse::Off);
+    const std::vector<Picture> actual = walk(BatchUse::On);
+    EXPECT_GT(renderer->CountBatches().single, std::size_t{count / 2});
+    for (std::size_t i = 0; i < expected.size(); ++i)
+    {
+        ExpectSame(actual[i], expected[i], ("step " + std::to_string(i)).c_str());
+    }
+}
+
 TEST_F(BatchCalls, WhatMovesAllAtOnceIsWrittenOverSeveralFrames)
 {
     Material& material = AddMaterial(Color(0.2f, 0.5f, 0.0f));

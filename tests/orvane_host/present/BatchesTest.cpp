@@ -1,4 +1,5 @@
 #include "tests/orvane_host/present/Crowd.h"
+#include "tests/orvane_host/present/PictureRows.h"
 #include "tests/orvane_host/present/PresentationModels.h"
 #include "tests/orvane_host/present/SettingsDice.h"
 
@@ -493,6 +494,72 @@ TEST_F(BatchesTest, OffAndOnAgainIsTheSamePicture)
     Apply(*together, wanted);
     ExpectSame(Draw(*together), before, "on");
     EXPECT_EQ(CountsOf(*together).pieces, counts.pieces);
+}
+
+TEST_F(BatchesTest, CornersAreDarkenedByWhatLiesInOtherTiles)
+{
+    // Seen from above, 71 pixels a unit: floors all over, and walls of a material of their own across them.
+    constexpr int kWidth = 1400;
+    constexpr int kHeight = 900;
+    auto scene = std::make_unique<Scene>();
+    Material* materials[2] = {};
+    for (Material*& material : materials)
+    {
+        material = new Material("material");
+        material->SetFlags(MaterialFlagUnlit | MaterialFlagNoCull);
+        material->SetDiffuse(Color(1.0f, 1.0f, 1.0f));
+        scene->AddMaterial(material);
+    }
+    const auto add = [&](Material& material, std::vector<Vector> corners) {
+        auto raw = std::make_shared<RawMesh>();
+        raw->SetPositionBuffer(std::move(corners));
+        raw->SetIndices({0, 1, 2, 0, 2, 3});
+        raw->EndDescription(true);
+        auto* const mesh = new Mesh(raw, scene.get());
+        auto* const node = new MeshNode(scene.get());
+        mesh->AddNode(node);
+        scene->GetRoot()->AddChild(node, false);
+        material.AddMesh(mesh);
+    };
+    for (const float z : {-7.0f, 0.0f})
+    {
+        add(*materials[0], {{-10, 0, z}, {-10, 0, z + 7}, {10, 0, z + 7}, {10, 0, z}});
+        add(*materials[1], {{-4.7f, 4, z}, {-4.7f, 4, z + 7}, {-4.54f, 4, z + 7}, {-4.54f, 4, z}});
+    }
+    Presentation presentation(std::move(scene));
+    PresentationSettings wanted;
+    wanted.view.orthographic = true;
+    wanted.view.up = Vector(0, 0, -1);
+    wanted.view.eye = Vector(0, 20, 0);
+    wanted.view.target = Vector(0, 0, 0);
+    wanted.antialiasing = Host::Antialiasing::None;
+    wanted.occlusion = true;
+    wanted.occlusionLook.radius = 4.0f;
+    Host::PictureOptions options;
+    options.width = kWidth;
+    options.height = kHeight;
+    std::vector<Rows> pictures;
+    for (const BatchUse use : {BatchUse::Off, BatchUse::On})
+    {
+        wanted.batches.use = use;
+        Apply(presentation, wanted);
+        // The second tile from the left, with what is drawn about it, begins behind the walls.
+        options.longestTile = use == BatchUse::On ? 1000 : 0;
+        Host::PictureFacts facts;
+        pictures.push_back(WriteRows(presentation, options, facts));
+        EXPECT_EQ(facts.tiles, use == BatchUse::On ? 3 : 1);
+    }
+    EXPECT_EQ(CountsOf(presentation).batches, 2u);
+    int darkened = 0;
+    int differing = 0;
+    for (int x = 0; x < kWidth; ++x)
+    {
+        const int expected = pictures.front().At(x, kHeight / 2, 0);
+        darkened += x >= 576 && expected < 254 ? 1 : 0;
+        differing += std::abs(pictures.back().At(x, kHeight / 2, 0) - expected) > 2 ? 1 : 0;
+    }
+    EXPECT_GT(darkened, 10) << "in the second tile";
+    EXPECT_EQ(differing, 0);
 }
 
 TEST_F(BatchesTest, TwoMaterialsOfOneFormatAreTwoBatchesWithNothingBesides)
