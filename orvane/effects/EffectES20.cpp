@@ -21,6 +21,12 @@ namespace OV
 namespace
 {
 
+/// Puts a text behind a shader that calls its main by another name.
+std::string Enclosed(const std::string& shader, const char* enclosure)
+{
+    return enclosure ? "#define main OVSL_Main\n" + shader + "\n#undef main\n" + enclosure : shader;
+}
+
 std::map<unsigned int, std::string> ToMap(const NameTable& table)
 {
     std::map<unsigned int, std::string> names;
@@ -337,24 +343,20 @@ unsigned int EffectES20::CreateFromTemplate(const ProgramTemplate& source, std::
         m_uniformNames[row.index] = row.name;
     }
     m_firstShareUniform = static_cast<int>(source.uniforms.size() + further.size());
-    std::string fragmentEnd;
+    std::string vertex = ExpandTemplate(source.vertexSource, replacements);
+    std::string fragment = ExpandTemplate(source.fragmentSource, replacements);
     if (isShared)
     {
-        if (const char* const enclosure = s_lightShare->Enclosure())
-        {
-            fragmentStart += "#define main OVSL_Main\n";
-            fragmentEnd = std::string("\n#undef main\n") + enclosure;
-        }
+        vertex = Enclosed(vertex, s_lightShare->VertexEnclosure());
+        fragment = Enclosed(fragment, s_lightShare->Enclosure());
         fragmentStart += "#extension GL_OES_standard_derivatives : enable\n#define LIGHT_SHARE\n";
         for (const IndexedName& row : s_lightShare->Uniforms())
         {
             m_uniformNames[static_cast<unsigned int>(m_firstShareUniform) + row.index] = row.name;
         }
     }
-    m_currentProgram = static_cast<unsigned int>(
-        LoadProgram(name, ExpandTemplate(source.vertexSource, replacements),
-                    fragmentStart + ExpandTemplate(source.fragmentSource, replacements) + fragmentEnd,
-                    m_attributeNames));
+    m_currentProgram =
+        static_cast<unsigned int>(LoadProgram(name, vertex, fragmentStart + fragment, m_attributeNames));
     return m_currentProgram;
 }
 

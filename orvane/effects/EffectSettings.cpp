@@ -39,17 +39,19 @@ std::size_t NumberOf(const LightShare& share)
     {
         std::string source;
         std::string enclosure;
+        std::string vertexEnclosure;
     };
     static std::vector<Text> known;
     const char* const source = share.Source();
     const char* const enclosure = share.Enclosure() ? share.Enclosure() : "";
+    const char* const vertexEnclosure = share.VertexEnclosure() ? share.VertexEnclosure() : "";
     const auto found = std::find_if(known.begin(), known.end(), [&](const Text& text) {
-        return text.source == source && text.enclosure == enclosure;
+        return text.source == source && text.enclosure == enclosure && text.vertexEnclosure == vertexEnclosure;
     });
     const auto number = static_cast<std::size_t>(found - known.begin()) + 1;
     if (found == known.end())
     {
-        known.push_back({source, enclosure});
+        known.push_back({source, enclosure, vertexEnclosure});
     }
     return number;
 }
@@ -59,6 +61,11 @@ std::size_t NumberOf(const LightShare& share)
 LightShare::~LightShare() = default;
 
 const char* LightShare::Enclosure() const
+{
+    return nullptr;
+}
+
+const char* LightShare::VertexEnclosure() const
 {
     return nullptr;
 }

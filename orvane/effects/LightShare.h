@@ -41,6 +41,10 @@ public:
     /// Constant as Source is.
     virtual const char* Enclosure() const;
 
+    /// GLSL behind the vertex shader, with a `main` that calls that of the effect, by the name `OVSL_Main`, and
+    /// may hand on to Source what follows from gl_Position. Null, as here, for none. Constant as Source is.
+    virtual const char* VertexEnclosure() const;
+
     /// Names of its uniforms, dense from 0.
     virtual NameTable Uniforms() const = 0;
 

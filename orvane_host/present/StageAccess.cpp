@@ -2,6 +2,7 @@
 
 #include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/SceneRenderer.h"
+#include "orvane/effects/EffectES20.h"
 #include "orvane/effects/MaterialEffectES20.h"
 #include "orvane/imaging/TextureLoader.h"
 #include "orvane/renderdata/CameraNodeES20.h"
@@ -61,6 +62,8 @@ private:
     {
         m_frame.cameraData.SetPart(part);
         m_frame.cameraData.UpdateMVP(m_frame.view.width, m_frame.view.height, false);
+        // What is fed of the light may follow from the matrix.
+        EffectES20::SetLightShare(EffectES20::GetLightShare());
     }
 
     PresentationFrame& m_frame;

@@ -1,5 +1,6 @@
 #include "tests/effects/SurfaceStage.h"
 
+#include "orvane/effects/LightShare.h"
 #include "orvane/math/Quaternion.h"
 #include "orvane/platform/detail/EntryPoints.h"
 #include "orvane/renderdata/MaterialES20.h"
@@ -430,6 +431,64 @@ TEST_F(ScalarPixels, ASeeThroughMaterialIsBlendedAndTheNextOneIsNot)
     const Picture picture = DrawFrame();
     ExpectShade(picture, kLeft, BlendOver(vec4(0.75f, 0.75f, 0.75f, 0.5f), Background));
     ExpectShade(picture, kRight, vec4(0.75f, 0.75f, 0.75f, 0.5f));
+}
+
+namespace
+{
+
+/// A tone for each side of the view, told by the place of the corners.
+class TonesOfSides : public LightShare
+{
+public:
+    TonesOfSides(const char* left, const char* right) :
+        m_enclosure(std::string("varying float v_tone;\nvoid main() { OVSL_Main(); v_tone = gl_Position.x < 0.0 ? ")
+                    + left + " : " + right + "; }\n")
+    {
+    }
+
+    const char* Source() const override
+    {
+        return "varying float v_tone;\n"
+               "float OVSL_LightShare(bool wanted) { return v_tone; }\n"
+               "float OVSL_ShadowTone() { return v_tone; }\n";
+    }
+    const char* VertexEnclosure() const override { return m_enclosure.c_str(); }
+    NameTable Uniforms() const override { return NameTable(nullptr, 0); }
+    void Feed(ShaderProgram&, int) override {}
+
+private:
+    std::string m_enclosure;
+};
+
+class LightSharePixels : public SurfaceStage
+{
+protected:
+    ~LightSharePixels() override { EffectES20::SetLightShare(nullptr); }
+};
+
+} // namespace
+
+TEST_F(LightSharePixels, TakeWhatTheVertexShaderHandsOn)
+{
+    Material& material = AddMaterial(vec4(0.2f, 0.3f, 0.4f, 1.0f), vec4(1.0f));
+    for (const PixelRect& rect : {kLeft, kRight})
+    {
+        Surface surface;
+        surface.rect = rect;
+        AddSurface(material, surface);
+    }
+    TonesOfSides tones("0.25", "0.75");
+    // Of the same text but for the vertex shader.
+    TonesOfSides others("0.5", "1.0");
+    DrawFrame();
+    EffectES20::SetLightShare(&tones);
+    const Picture first = DrawPass(RenderPassMonotone);
+    ExpectShade(first, kLeft, vec4(0.25f, 0.25f, 0.25f, 1.0f));
+    ExpectShade(first, kRight, vec4(0.75f, 0.75f, 0.75f, 1.0f));
+    EffectES20::SetLightShare(&others);
+    const Picture second = DrawPass(RenderPassMonotone);
+    ExpectShade(second, kLeft, vec4(0.5f, 0.5f, 0.5f, 1.0f));
+    ExpectShade(second, kRight, vec4(1.0f));
 }
 
 } // namespace OV::Test

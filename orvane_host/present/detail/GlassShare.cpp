@@ -105,6 +105,11 @@ const char* GlassShare::Enclosure() const
     return (m_form == Form::Sum ? sum : layer).c_str();
 }
 
+const char* GlassShare::VertexEnclosure() const
+{
+    return m_light ? m_light->VertexEnclosure() : nullptr;
+}
+
 NameTable GlassShare::Uniforms() const
 {
     return NameTable(m_text.uniforms.data(), m_text.uniforms.size());

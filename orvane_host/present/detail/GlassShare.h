@@ -33,6 +33,7 @@ public:
 
     const char* Source() const override;
     const char* Enclosure() const override;
+    const char* VertexEnclosure() const override;
     NameTable Uniforms() const override;
     void Feed(ShaderProgram& program, int first) override;
 

@@ -65,18 +65,31 @@ bool ScreenBuffer::Resize(int width, int height)
     }
     if (m_depths == Depths::Offsets)
     {
-        HoldOffsets();
+        // Mesa's software renderer gives depths 32 bits where it is not asked for a number. A unit of a polygon
+        // offset is then a 256th of what depths worked out in float differ by, and faces in one plane that are
+        // kept apart by units show in turns.
+        HoldDepths(GL_DEPTH_COMPONENT24);
+    }
+    else if (m_depths == Depths::Short)
+    {
+        HoldDepths(GL_DEPTH_COMPONENT16);
     }
     return true;
 }
 
-void ScreenBuffer::HoldOffsets()
+void ScreenBuffer::SetDepths(Depths depths)
 {
-    // Mesa's software renderer gives depths 32 bits where it is not asked for a number. A unit of a polygon offset
-    // is then a 256th of what depths worked out in float differ by, and faces in one plane that are kept apart by
-    // units show in turns.
+    if (depths != m_depths)
+    {
+        m_depths = depths;
+        Resize(0, 0);
+    }
+}
+
+void ScreenBuffer::HoldDepths(unsigned int format)
+{
     glBindTexture(GL_TEXTURE_2D, m_target.GetDepthTexture());
-    glTexImage2D(GL_TEXTURE_2D, 0, GL_DEPTH_COMPONENT24, m_width, m_height, 0, GL_DEPTH_COMPONENT, GL_UNSIGNED_INT,
+    glTexImage2D(GL_TEXTURE_2D, 0, static_cast<GLint>(format), m_width, m_height, 0, GL_DEPTH_COMPONENT, GL_UNSIGNED_INT,
                  nullptr);
     glBindTexture(GL_TEXTURE_2D, 0);
 }

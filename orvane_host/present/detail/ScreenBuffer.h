@@ -14,6 +14,7 @@ public:
     {
         Finest,  ///< as GL likes
         Offsets, ///< so that a unit of a polygon offset counts
+        Short,   ///< in 16 bits, for those that are looked up here and there: fewer lie in memory
     };
 
     /// Not GL.
@@ -34,6 +35,9 @@ public:
     ///         again in this size.
     bool Resize(int width, int height);
 
+    /// Where depths are to be others than before, lets go of the buffers, for Resize to make them anew. GL.
+    void SetDepths(Depths depths);
+
     /// Copies the colours of a framebuffer, samples resolved, from its lower left corner. GL.
     /// @param framebuffer that is bound, for drawing and for reading.
     void CopyFrom(unsigned int framebuffer, bool multisampled);
@@ -53,7 +57,7 @@ private:
         unsigned int GetFramebuffer() const { return framebuffer; }
     };
 
-    void HoldOffsets();
+    void HoldDepths(unsigned int format);
 
     Target m_target;
     Depths m_depths;

@@ -28,8 +28,6 @@
 
 #include <glm/geometric.hpp>
 #include <glm/gtc/type_ptr.hpp>
-#include <glm/mat3x3.hpp>
-#include <glm/matrix.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -53,6 +51,19 @@ constexpr double kSoftTexel = 1.0;
 /// Of a side of a map's part: of a view, and of a tile of a poster, beside whose buffers the map has to find room.
 constexpr int kMostTexels = 4096;
 constexpr int kMostTexelsOfPart = 2048;
+
+/// Steps of a depth that the edge of a texel has at least, for rounding to count for nothing against what
+/// surfaces are allowed to lie behind themselves, which is most of an edge.
+constexpr double kStepsOfEdge = 16.0;
+
+/// Whether 16 bits tell the lengths of a map apart.
+bool IsShortEnough(const SunView& view)
+{
+    const auto& tiles = view.GetTiles();
+    return std::all_of(tiles.begin(), tiles.end(), [](const SunView::Tile& tile) {
+        return std::max(tile.step.x, tile.step.y) * 65535.0 >= kStepsOfEdge;
+    });
+}
 
 /// Parts of a map that are drawn, without the rest of it.
 class PartScope
@@ -385,6 +396,7 @@ bool ShadowStage::DrawMaps(PresentationFrame& frame, const SunView& view)
     const std::uint64_t print = FingerprintOf(view);
     const bool isDrawn = m_drawn == print;
     m_drawn.reset();
+    m_depth.SetDepths(IsShortEnough(view) ? ScreenBuffer::Depths::Short : ScreenBuffer::Depths::Finest);
     if (!m_depth.Resize(size.x, size.y))
     {
         return false;
@@ -473,49 +485,31 @@ void ShadowStage::SetValues(const PresentationFrame& frame, const WholeView& see
     const bool isPerspective = frame.camera.GetProjection() == CameraNode::Perspective;
     const glm::ivec2 size = view.GetSize();
     values.texel = {narrow(1.0 / size.x), narrow(1.0 / size.y)};
-    values.tiles = static_cast<int>(view.GetTiles().size());
-    // Backwards from what a pixel tells: its place times the distance and the distance, or place and
-    // depth.
-    const glm::dmat4 toClip = ToDouble(seen.worldToClip);
-    const int rows[3] = {0, 1, isPerspective ? 3 : 2};
-    glm::dmat3 turned(1.0);
-    glm::dvec3 moved(0.0);
-    for (int row = 0; row < 3; ++row)
+    const std::vector<SunView::Tile>& tiles = view.GetTiles();
+    values.tiles = static_cast<int>(tiles.size());
+    const glm::dmat4 toWorld = SunShare::ToWorld(seen.worldToClip, isPerspective);
+    const bool hasParts = tiles.size() > 1;
+    m_share.frame = {&frame.cameraData, isPerspective, tiles.front().toMap, glm::dvec2(0.0)};
+    if (hasParts)
     {
-        for (int column = 0; column < 3; ++column)
-        {
-            turned[column][row] = toClip[column][rows[row]];
-        }
-        moved[row] = toClip[3][rows[row]];
+        // From the eye, near which what is small shows most.
+        m_share.frame.start = glm::dvec2(tiles.front().toMap * toWorld[3]);
     }
-    const glm::dmat3 back = glm::inverse(turned);
-    glm::dmat4 toWorld(back);
-    toWorld[3] = glm::dvec4(-(back * moved), 1.0);
-    const glm::dvec2 pixel(2.0 / seen.size.width, 2.0 / seen.size.height);
-    for (std::size_t i = 0; i < view.GetTiles().size(); ++i)
+    for (std::size_t i = 0; i < tiles.size(); ++i)
     {
-        const SunView::Tile& tile = view.GetTiles()[i];
-        const glm::dmat4 toMap = tile.toMap * toWorld;
-        // Pixels count from the lower left corner, and depths from 0.
-        const glm::dvec4 middle = isPerspective ? toMap[2] - toMap[0] - toMap[1] : toMap[3] - toMap[0] - toMap[1] - toMap[2];
-        const glm::dvec4 columns[4] = {toMap[0] * pixel.x, toMap[1] * pixel.y, middle,
-                                       isPerspective ? toMap[3] : 2.0 * toMap[2]};
-        for (std::size_t column = 0; column < 4; ++column)
-        {
-            values.toMap[4 * i + column] = {narrow(columns[column].x), narrow(columns[column].y),
-                                            narrow(columns[column].z)};
-        }
+        const SunView::Tile& tile = tiles[i];
+        const glm::dvec2 finer = tiles.front().step / tile.step;
+        const glm::dvec4 eye = tile.toMap * toWorld[3];
+        values.parts[i] = {narrow(finer.x), narrow(finer.y), narrow(eye.x), narrow(eye.y)};
         values.rects[i] = {narrow(tile.low.x + 0.5), narrow(tile.low.y + 0.5), narrow(tile.high.x - 0.5),
                            narrow(tile.high.y - 0.5)};
         values.steps[i] = {narrow(tile.step.x), narrow(tile.step.y)};
     }
     constexpr double radians = 3.14159265358979323846 / 180.0;
     const double halfWidth = m_settings->soft ? std::tan(0.5 * m_settings->sunWidth * radians) : 0.0;
-    values.look = {m_settings->darkness, narrow(halfWidth), static_cast<float>(seen.first.width),
-                   static_cast<float>(seen.first.height)};
+    values.look = {m_settings->darkness, narrow(halfWidth)};
     const auto optionIf = [](bool condition, SunShare::Option option) { return condition ? unsigned(option) : 0u; };
-    m_share.SetOptions(optionIf(isPerspective, SunShare::OptionPerspective)
-                       | optionIf(values.tiles > 1, SunShare::OptionParts)
+    m_share.SetOptions(optionIf(hasParts, SunShare::OptionParts)
                        | optionIf(m_settings->soft, SunShare::OptionSoft)
                        | optionIf(m_hasGlass, SunShare::OptionGlass));
 }

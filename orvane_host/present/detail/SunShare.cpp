@@ -1,8 +1,18 @@
 #include "orvane_host/present/detail/SunShare.h"
 
 #include "orvane_host/present/shaders/SunShare.frag.h"
+#include "orvane_host/present/shaders/SunShare.vert.h"
 #include "orvane/effects/EffectES20.h"
 #include "orvane/effects/ShaderProgram.h"
+#include "orvane/math/Matrix.h"
+#include "orvane/renderdata/CameraNodeES20.h"
+
+#include <glm/gtc/type_ptr.hpp>
+#include <glm/mat3x3.hpp>
+#include <glm/matrix.hpp>
+
+#include <algorithm>
+#include <iterator>
 
 namespace OV::Host::Detail
 {
@@ -16,7 +26,8 @@ enum Uniform : int
     UniformGlass,
     UniformTexel,
     UniformTiles,
-    UniformToMap,
+    UniformPlace,
+    UniformParts,
     UniformRects,
     UniformSteps,
     UniformLook,
@@ -24,13 +35,12 @@ enum Uniform : int
 
 constexpr IndexedName kUniforms[] = {
     {UniformDepth, "u_sunDepth"}, {UniformGlass, "u_sunGlass"}, {UniformTexel, "u_sunTexel"},
-    {UniformTiles, "u_sunTiles"}, {UniformToMap, "u_sunToMap"},
+    {UniformTiles, "u_sunTiles"}, {UniformPlace, "u_sunPlace"}, {UniformParts, "u_sunParts"},
     {UniformRects, "u_sunRects"}, {UniformSteps, "u_sunSteps"}, {UniformLook, "u_sunLook"},
 };
 static_assert(IsDense(kUniforms));
 
 constexpr OptionRow kOptions[] = {
-    {SunShare::OptionPerspective, "SUN_PERSPECTIVE"},
     {SunShare::OptionParts, "SUN_PARTS"},
     {SunShare::OptionSoft, "SUN_SOFT"},
     {SunShare::OptionGlass, "SUN_GLASS"},
@@ -54,9 +64,47 @@ const char* SunShare::Source() const
     return m_sources[m_options].c_str();
 }
 
+const char* SunShare::VertexEnclosure() const
+{
+    return Shaders::SunShareVert;
+}
+
 NameTable SunShare::Uniforms() const
 {
     return kUniforms;
+}
+
+glm::dmat4 SunShare::ToWorld(const Matrix& worldToClip, bool isPerspective)
+{
+    const glm::dmat4 toClip(glm::make_mat4(worldToClip.m));
+    const int rows[3] = {0, 1, isPerspective ? 3 : 2};
+    glm::dmat3 turned(1.0);
+    glm::dvec3 moved(0.0);
+    for (int row = 0; row < 3; ++row)
+    {
+        for (int column = 0; column < 3; ++column)
+        {
+            turned[column][row] = toClip[column][rows[row]];
+        }
+        moved[row] = toClip[3][rows[row]];
+    }
+    const glm::dmat3 back = glm::inverse(turned);
+    glm::dmat4 toWorld(back);
+    toWorld[3] = glm::dvec4(-(back * moved), 1.0);
+    return toWorld;
+}
+
+void SunShare::FeedPlace(ShaderProgram& program, int uniform) const
+{
+    const glm::dmat4 toMap = frame.toMap * ToWorld(frame.camera->GetMVP(), frame.isPerspective);
+    const glm::dvec3 farther(toMap[2]);
+    const glm::dvec3 none(0.0);
+    const glm::dvec3 adds[] = {glm::dvec3(toMap[0]), glm::dvec3(toMap[1]), frame.isPerspective ? none : farther,
+                               frame.isPerspective ? farther : none,
+                               glm::dvec3(toMap[3]) - glm::dvec3(frame.start, 0.0)};
+    glm::vec3 rows[std::size(adds)];
+    std::copy(std::begin(adds), std::end(adds), rows);
+    program.Uniform3fv(uniform, static_cast<int>(std::size(rows)), glm::value_ptr(rows[0]));
 }
 
 void SunShare::Feed(ShaderProgram& program, int first)
@@ -71,12 +119,13 @@ void SunShare::Feed(ShaderProgram& program, int first)
     if ((m_options & OptionParts) != 0)
     {
         program.Uniform1i(first + UniformTiles, tiles);
+        program.Uniform4fv(first + UniformParts, tiles, values.parts.front().data());
+        program.Uniform4fv(first + UniformRects, tiles, values.rects.front().data());
     }
-    program.Uniform4fv(first + UniformLook, 1, values.look.data());
+    program.Uniform2fv(first + UniformLook, 1, values.look.data());
     if (tiles > 0)
     {
-        program.Uniform3fv(first + UniformToMap, 4 * tiles, values.toMap.front().data());
-        program.Uniform4fv(first + UniformRects, tiles, values.rects.front().data());
+        FeedPlace(program, first + UniformPlace);
         program.Uniform2fv(first + UniformSteps, tiles, values.steps.front().data());
     }
 }

@@ -1,7 +1,7 @@
 // How much of the sun's light reaches a fragment, looked up in a map of depths seen from the sun.
 //
-// Where the fragment lies follows from its pixel and its distance alone, and so does the plane that
-// it lies in. Each texel is compared with the depth of that plane at the middle of the texel, which
+// Where the fragment lies and the plane that it lies in follow from its place in the view alone, see
+// SunShare.vert. Each texel is compared with the depth of that plane at the middle of the texel, which
 // is what a texel of the surface itself holds: no surface darkens itself, however steep it is, and
 // nothing has to be moved from its place for it.
 //
@@ -22,11 +22,12 @@ uniform sampler2D u_sunDepth;            // lengths along the light, 0 to 1
 uniform sampler2D u_sunGlass;            // length of the first glass in red, green and blue, what all lets through in alpha
 uniform vec2 u_sunTexel;                 // of the map, its width and height counted 1
 uniform int u_sunTiles;                  // in use
-uniform vec3 u_sunToMap[4 * SUN_TILES];  // what a pixel across, a pixel up, the distance and the rest add, see sunSpotIn
+uniform vec4 u_sunParts[SUN_TILES];      // factors and offsets, across and up, to texels of the part
 uniform vec4 u_sunRects[SUN_TILES];      // texels that may be read: the middles of the first and the last
 uniform vec2 u_sunSteps[SUN_TILES];      // edges of a texel as lengths along the light
-uniform vec4 u_sunLook;                  // darkness of flat tones; half the sun's width over its distance; and the
-                                         // pixel at the lower left corner of the target, of those that are counted
+uniform vec2 u_sunLook;                  // darkness of flat tones; half the sun's width over its distance
+
+varying vec3 v_sunPlace;                 // see SunShare.vert; where there are parts, across and up from the eye
 
 // A fragment as the sun sees it.
 struct SunSpot
@@ -129,11 +130,16 @@ float sunShare(SunSpot spot, bool wanted)
 #ifdef SUN_GLASS
     // The rims of glass are as narrow as they may be: to look for them farther off would cost as much
     // as the solid does.
-    float glass = sunBehindGlass(spot, sunTexelAt(spot, vec2(0.0))).x;
-    float isGlass = step(0.0, glass);
+    vec2 glass = sunBehindGlass(spot, sunTexelAt(spot, vec2(0.0)));
+    float isGlass = step(0.0, glass.x);
     isMixed = isMixed || (hiding.x < 11.5 && abs(dFdx(isGlass)) + abs(dFdy(isGlass)) > 0.5);
+    float open = glass.x > 0.0 ? glass.y : 1.0;
+#else
+    float open = 1.0;
 #endif
     isMixed = wanted && isMixed;
+    // The first round of the loop is for all. Those that don't need it look up what is at hand.
+    spot.place.xy = isMixed ? spot.place.xy : vec2(0.0);
     // As many as it takes for steps not to be seen.
     vec2 width = radius / least;
     float taps = isMixed ? floor(min(4.5 + 2.0 * max(width.x, width.y), SUN_SOFT_TAPS + 0.5)) : 1.0;
@@ -151,7 +157,7 @@ float sunShare(SunSpot spot, bool wanted)
             break;
         }
     }
-    return sum;
+    return isMixed ? sum : hiding.x > 6.0 ? 0.0 : open;
 }
 #else
 float sunShare(SunSpot spot, bool wanted)
@@ -190,26 +196,18 @@ float sunShare(SunSpot spot, bool wanted)
 }
 #endif
 
-// The fragment in a part of the map. Of the view it has its pixel and its distance, which the
-// numbers of the part carry there: with perspective the distance multiplies the pixel.
-void sunSpotIn(int tile, inout SunSpot spot)
+// The fragment in a part of the map.
+// across, up: from its place to those of the pixels beside and above it.
+void sunSpotIn(int tile, vec3 across, vec3 up, inout SunSpot spot)
 {
-    vec3 pixelAcross = u_sunToMap[4 * tile];
-    vec3 pixelUp = u_sunToMap[4 * tile + 1];
-    vec2 pixel = gl_FragCoord.xy + u_sunLook.zw;
-    vec3 ahead = pixelAcross * pixel.x + pixelUp * pixel.y + u_sunToMap[4 * tile + 2];
-#ifdef SUN_PERSPECTIVE
-    float away = 1.0 / gl_FragCoord.w;
-    spot.place = u_sunToMap[4 * tile + 3] + ahead * away;
-    spot.across = (pixelAcross - ahead * (dFdx(gl_FragCoord.w) * away)) * away;
-    spot.up = (pixelUp - ahead * (dFdy(gl_FragCoord.w) * away)) * away;
-#else
-    vec3 deeper = u_sunToMap[4 * tile + 3];
-    spot.place = ahead + deeper * gl_FragCoord.z;
-    spot.across = pixelAcross + deeper * dFdx(gl_FragCoord.z);
-    spot.up = pixelUp + deeper * dFdy(gl_FragCoord.z);
-#endif
+    spot.place = v_sunPlace;
+    spot.across = across;
+    spot.up = up;
 #ifdef SUN_PARTS
+    vec4 part = u_sunParts[tile];
+    spot.place.xy = spot.place.xy * part.xy + part.zw;
+    spot.across.xy *= part.xy;
+    spot.up.xy *= part.xy;
     spot.rect = u_sunRects[tile];
 #endif
     spot.step = u_sunSteps[tile];
@@ -225,8 +223,10 @@ bool isWithin(SunSpot spot)
 
 float OVSL_LightShare(bool wanted)
 {
+    vec3 across = dFdx(v_sunPlace);
+    vec3 up = dFdy(v_sunPlace);
     SunSpot spot;
-    sunSpotIn(0, spot);
+    sunSpotIn(0, across, up, spot);
     // About the only part the map is empty, so that what lies beyond it is lit.
     bool isOpen = wanted;
 #ifdef SUN_PARTS
@@ -237,7 +237,7 @@ float OVSL_LightShare(bool wanted)
         {
             break;
         }
-        sunSpotIn(i, spot);
+        sunSpotIn(i, across, up, spot);
         found = isWithin(spot);
     }
     isOpen = isOpen && found;

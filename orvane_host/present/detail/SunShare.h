@@ -2,8 +2,19 @@
 
 #include "orvane/effects/LightShare.h"
 
+#include <glm/mat4x4.hpp>
+#include <glm/vec2.hpp>
+
 #include <array>
 #include <string>
+
+namespace OV
+{
+
+class CameraNodeES20;
+class Matrix;
+
+} // namespace OV
 
 namespace OV::Host::Detail
 {
@@ -18,37 +29,53 @@ public:
     static constexpr int DepthUnit = 6;
     static constexpr int GlassUnit = 7;
 
-    /// As the uniforms of SunShare.frag.
+    /// As the uniforms of SunShare.vert and SunShare.frag.
     struct Values
     {
         std::array<float, 2> texel{};
         int tiles = 0;
-        std::array<std::array<float, 3>, 4 * MostTiles> toMap{};
+        std::array<std::array<float, 4>, MostTiles> parts{};
         std::array<std::array<float, 4>, MostTiles> rects{};
         std::array<std::array<float, 2>, MostTiles> steps{};
-        std::array<float, 4> look{};
+        std::array<float, 2> look{};
     };
 
     /// As the options of SunShare.frag.
     enum Option : unsigned
     {
-        OptionPerspective = 1,
-        OptionParts = 2, ///< of the map there are several
-        OptionSoft = 4,
-        OptionGlass = 8,
-        EndOfOptions = 16,
+        OptionParts = 1, ///< of the map there are several
+        OptionSoft = 2,
+        OptionGlass = 4,
+        EndOfOptions = 8,
     };
 
     Values values;
+
+    /// Where places are counted from. The matrices of the camera are read whenever a program is fed, since
+    /// the parts of a picture may be drawn with others than those of the frame.
+    struct Frame
+    {
+        const CameraNodeES20* camera = nullptr;
+        bool isPerspective = true;
+        glm::dmat4 toMap{1.0};  ///< world space to texels of the first part of the map, and lengths along the light
+        glm::dvec2 start{0.0};  ///< texels of it, across and up, that are counted from
+    };
+    Frame frame;
+
+    /// World space from what a place in the view tells in clip space: x, y, and w with perspective, else z.
+    static glm::dmat4 ToWorld(const Matrix& worldToClip, bool isPerspective);
 
     /// Each set of options has a text of its own, made when it is first wanted.
     void SetOptions(unsigned options);
 
     const char* Source() const override;
+    const char* VertexEnclosure() const override;
     NameTable Uniforms() const override;
     void Feed(ShaderProgram& program, int first) override;
 
 private:
+    void FeedPlace(ShaderProgram& program, int uniform) const;
+
     std::array<std::string, EndOfOptions> m_sources; ///< empty until wanted
     unsigned m_options = 0;
 };

@@ -153,6 +153,25 @@ TEST_F(ShadowScene, OfGlassIsThereInSoftLightToo)
     ExpectColorInRect(picture, OnFloor(-6.0f, -3.5f, -6.0f, 6.0f), kWhite);
 }
 
+// What is seen through is put together off screen, in light of the same sun.
+TEST_F(ShadowScene, LeavesGlassThatNothingShadesAsItIs)
+{
+    for (const Host::GlassOrder order : {Host::GlassOrder::Exact, Host::GlassOrder::Weighted})
+    {
+        FloorAndCube made = MakeFloorAndCube(2.0f, Color(0.1f, 0.3f, 0.8f, 0.5f));
+        PresentationSettings settings = LookingDown();
+        settings.look = Look::Advanced;
+        settings.glass.order = order;
+        const PixelRect cube = OnFloor(-0.5f, 0.5f, -0.5f, 0.5f);
+        const Picture shadows = Draw(made, settings);
+        settings.shadows.reset();
+        const Picture lit = Draw(made, settings);
+        const Pixel glass = lit.At(kSize / 2, kSize / 2);
+        ExpectColorInRect(shadows, cube, glass, 1);
+        EXPECT_GT(glass.b, glass.r + 20);
+    }
+}
+
 TEST_F(ShadowScene, IsInPicturesWithSamplesAndInTiles)
 {
     for (const Antialiasing antialiasing : {Antialiasing::None, Antialiasing::Multisampling})

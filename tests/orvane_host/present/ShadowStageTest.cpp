@@ -2,6 +2,7 @@
 
 #include "orvane/math/Transform.h"
 #include "orvane/scene/Material.h"
+#include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/Scene.h"
 
@@ -105,6 +106,25 @@ TEST_F(ShadowStage, IsTheSameFromAMillimetreToTenKilometres)
         FloorAndCube made = MakeFloorAndCube(2.0f, Color(0.8f, 0.8f, 0.8f), scale);
         ExpectShadow(Draw(made, LookingDown(scale)), kShade);
     }
+}
+
+// Against so long a way of the light, 16 bits of depth are more than a unit each.
+TEST_F(ShadowStage, IsTheSameWhereAnotherThingLiesFarAway)
+{
+    FloorAndCube made = MakeFloorAndCube(2.0f);
+    Scene& scene = made.presentation->GetScene();
+    auto* const other = new MeshNode(&scene);
+    scene.GetRoot()->AddChild(other, false);
+    made.cube->GetMeshes().front()->AddNode(other);
+    Transform place;
+    place.SetPosition(Vector(-60000, -60000, 0));
+    other->SetLocal(place);
+    made.presentation->Refresh();
+    ExpectShadow(Draw(made, LookingDown()), kShade);
+    // And back, in buffers that were there.
+    other->SetFlags(NodeFlagHidden, false);
+    scene.MarkDirty();
+    ExpectShadow(PresentationFixture::Draw(*made.presentation), kShade);
 }
 
 TEST_F(ShadowStage, IsTheSameInPerspective)
