@@ -83,7 +83,7 @@ void Model::ForgetMeshesOf(const Node* top)
 {
     for (auto entry = m_meshes.begin(); top && entry != m_meshes.end();)
     {
-        const std::vector<MeshNode*>& nodes = (*entry)->GetNodes();
+        const PointerSpan<MeshNode> nodes = (*entry)->EachNode();
         const bool goes = std::all_of(nodes.begin(), nodes.end(),
                                       [top](const MeshNode* node) { return IsBelow(node, *top); });
         entry = goes ? m_meshes.erase(entry) : std::next(entry);
