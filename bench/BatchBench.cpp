@@ -268,11 +268,11 @@ void BatchBench::Flatten()
         m_flat.emplace_back();
         m_flatNodes.emplace_back();
         m_flatIndices.emplace_back();
-        for (const Mesh* mesh : material->GetMeshes())
+        for (const Mesh* mesh : material->EachMesh())
         {
             m_flat.back().push_back(Bench::Flatten(*mesh, m_viewProjection));
             m_flatNodes.back().emplace_back();
-            m_flatIndices.back().push_back(mesh->GetNodes().front()->GetUserData());
+            m_flatIndices.back().push_back(mesh->EachNode().front()->GetUserData());
         }
     }
 }

@@ -49,7 +49,7 @@ inline FlatMesh Flatten(const Mesh& mesh, const Matrix& viewProjection)
     flat.normalOffset = data->GetNormalOffset();
     flat.indexOffset = data->indexOffset;
     flat.indexCount = static_cast<int>(mesh.GetNumIndices());
-    flat.mvp.Multiply(viewProjection, *mesh.GetNodes().front()->GetGlobalMatrix());
+    flat.mvp.Multiply(viewProjection, *mesh.EachNode().front()->GetGlobalMatrix());
     return flat;
 }
 

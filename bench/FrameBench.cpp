@@ -106,9 +106,9 @@ void FrameBench::Flatten()
     for (Material* material : m_scene.GetOptimizedMaterials())
     {
         FlatMaterial flat{m_flatMeshes.size(), 0};
-        for (Mesh* mesh : material->GetMeshes())
+        for (Mesh* mesh : material->EachMesh())
         {
-            MeshNode* node = mesh->GetNodes().front();
+            MeshNode* node = mesh->EachNode().front();
             m_flatMeshes.push_back(Bench::Flatten(*mesh, m_viewProjection));
             m_nodes.push_back(node);
             FlatNode flatNode{};

@@ -47,7 +47,8 @@ std::vector<NamedNode> Named(const Scene& scene, const std::vector<Host::Importe
             found.push_back({node, name->second, level});
         }
         const std::size_t below = level + (name != names.end() ? 1 : 0);
-        for (auto child = node->GetChildren().rbegin(); child != node->GetChildren().rend(); ++child)
+        const NodeChildren children = node->EachChild();
+        for (auto child = children.rbegin(); child != children.rend(); ++child)
         {
             pending.emplace_back(*child, below);
         }

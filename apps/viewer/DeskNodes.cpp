@@ -23,7 +23,7 @@ void Widen(const Node& node, std::optional<Host::Presentation::Box>& box, Desk::
 {
     if (const auto* const place = dynamic_cast<const MeshNode*>(&node))
     {
-        for (const Mesh* const mesh : place->GetMeshes())
+        for (const Mesh* const mesh : place->EachMesh())
         {
             // Lines are drawn of triangles that nobody has modelled.
             thing.triangles += mesh->Type() == NodeTypeLine ? 0 : mesh->GetIndices().size() / 3;
@@ -47,7 +47,7 @@ void Widen(const Node& node, std::optional<Host::Presentation::Box>& box, Desk::
             }
         }
     }
-    for (const Node* const child : node.GetChildren())
+    for (const Node* const child : node.EachChild())
     {
         Widen(*child, box, thing);
     }

@@ -45,9 +45,9 @@ std::unordered_set<const Node*> DrawnNodes(const Node& root)
     {
         const Node* const node = left.back();
         left.pop_back();
-        left.insert(left.end(), node->GetChildren().begin(), node->GetChildren().end());
+        left.insert(left.end(), node->EachChild().begin(), node->EachChild().end());
         const auto* const place = dynamic_cast<const MeshNode*>(node);
-        if (place && !place->GetMeshes().empty())
+        if (place && !place->EachMesh().empty())
         {
             for (const Node* step = node; step && drawn.insert(step).second;)
             {

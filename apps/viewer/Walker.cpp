@@ -115,7 +115,7 @@ void VisitShown(const Node& model, const Box& within, Visit&& visit)
         const auto* const place = dynamic_cast<const MeshNode*>(next);
         if (place && (place->GetFlags() & NodeFlagHidden) == 0)
         {
-            for (const Mesh* const mesh : place->GetMeshes())
+            for (const Mesh* const mesh : place->EachMesh())
             {
                 if (BoxOf(*mesh, *place).Meets(within))
                 {
@@ -123,7 +123,7 @@ void VisitShown(const Node& model, const Box& within, Visit&& visit)
                 }
             }
         }
-        left.insert(left.end(), next->GetChildren().begin(), next->GetChildren().end());
+        left.insert(left.end(), next->EachChild().begin(), next->EachChild().end());
     }
 }
 

@@ -90,11 +90,11 @@ void StartPointSize(unsigned int program)
 
 bool DrawsPoints(const MeshNode& node)
 {
-    if (node.GetMeshes().empty())
+    if (node.EachMesh().empty())
     {
         return false;
     }
-    const Material* const material = node.GetMeshes().front()->GetMaterial();
+    const Material* const material = node.EachMesh().front()->GetMaterial();
     return material && (material->GetFlags() & MaterialFlagPoints) != 0;
 }
 

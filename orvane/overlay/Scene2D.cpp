@@ -48,9 +48,9 @@ void ResetPickingOf(const std::vector<Material*>& materials)
 {
     for (const Material* material : materials)
     {
-        for (const Mesh* mesh : material->GetMeshes())
+        for (const Mesh* mesh : material->EachMesh())
         {
-            for (MeshNode* node : mesh->GetNodes())
+            for (MeshNode* node : mesh->EachNode())
             {
                 if (node->HasType(NodeTypeShape2DNode))
                 {

@@ -45,6 +45,8 @@ Shape2DNode::Shape2DNode(Scene2D* scene)
     : MeshNode(scene)
     , scene2D(scene)
 {
+    // Here, since each update watches it, which is to take nothing from the heap.
+    GetLifetime();
 }
 
 Shape2DNode::~Shape2DNode()
@@ -154,7 +156,7 @@ bool Shape2DNode::IsInside(float x, float y)
     }
     Vector point;
     point.Multiply(inverseGlobal, Vector(x, y, 0.0f));
-    for (Mesh* mesh : meshes)
+    for (Mesh* mesh : EachMesh())
     {
         auto* const shape = dynamic_cast<Shape2D*>(mesh);
         if (shape && shape->IsInside(point.x, point.y))
@@ -203,7 +205,7 @@ void Shape2DNode::UpdateCulling(float& nearValue, float& farValue)
         const float farBefore = farValue;
         const float z = -global.GetPosition().z;
         bool offScreen = false;
-        for (const Mesh* mesh : meshes)
+        for (const Mesh* mesh : EachMesh())
         {
             // The last mesh alone decides, whatever the others found.
             offScreen = GetScene2D() && IsOffScreen(*mesh);

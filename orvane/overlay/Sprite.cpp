@@ -154,7 +154,7 @@ void Sprite::IgnorePick(bool ignore)
     {
         return;
     }
-    for (MeshNode* shown : shape->GetNodes())
+    for (MeshNode* shown : shape->EachNode())
     {
         if (ignore)
         {
@@ -183,12 +183,12 @@ void Sprite::SetClipRegion(int x, int y, int width, int height)
 
 bool Sprite::UpdateToClipRegion()
 {
-    if (!clipped || !shape || !shape->HasType(NodeTypeRect) || shape->GetNodes().size() != 1)
+    if (!clipped || !shape || !shape->HasType(NodeTypeRect) || shape->EachNode().size() != 1)
     {
         return true;
     }
     auto* const rect = static_cast<Rect*>(shape.Get());
-    MeshNode* const shown = shape->GetNodes().front();
+    MeshNode* const shown = shape->EachNode().front();
     Vector lower;
     lower.Multiply(shown->GetGlobal(), Vector(rect->GetMinX(), rect->GetMinY(), 0.0f));
     Vector upper;

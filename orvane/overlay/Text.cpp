@@ -194,7 +194,7 @@ void Text::DeleteBackdrop(Rect* backdrop, Material2D* backdropMaterial)
 {
     delete backdrop;
     // A host may have found it in the layer and shown something else with it.
-    if (backdropMaterial && backdropMaterial->GetMeshes().empty())
+    if (backdropMaterial && backdropMaterial->EachMesh().empty())
     {
         delete backdropMaterial;
     }
@@ -205,7 +205,7 @@ void Text::PlaceBackdrop(Rect* backdrop, Material2D* backdropMaterial, float y)
     backdrop->ShiftY(y);
     backdrop->ShiftZ(kBackdropDepth);
     backdropMaterial->AddMesh(backdrop);
-    for (MeshNode* node : rect->GetNodes())
+    for (MeshNode* node : rect->EachNode())
     {
         backdrop->AddNode(node);
     }
@@ -293,11 +293,11 @@ void Text::GetTextSize(const std::string& font, int size, const std::string& tex
 
 Shape2DNode* Text::GetInstance(int index)
 {
-    if (!rect || index < 0 || static_cast<std::size_t>(index) >= rect->GetNodes().size())
+    if (!rect || index < 0 || static_cast<std::size_t>(index) >= rect->EachNode().size())
     {
         return nullptr;
     }
-    return dynamic_cast<Shape2DNode*>(rect->GetNodes()[static_cast<std::size_t>(index)]);
+    return dynamic_cast<Shape2DNode*>(rect->EachNode()[static_cast<std::size_t>(index)]);
 }
 
 void Text::Show(bool show)
@@ -306,7 +306,7 @@ void Text::Show(bool show)
     {
         return;
     }
-    for (MeshNode* node : rect->GetNodes())
+    for (MeshNode* node : rect->EachNode())
     {
         if (!show)
         {
@@ -327,7 +327,7 @@ void Text::IgnorePick(bool ignore)
     {
         return;
     }
-    for (MeshNode* node : rect->GetNodes())
+    for (MeshNode* node : rect->EachNode())
     {
         if (ignore)
         {
@@ -356,11 +356,11 @@ void Text::SetClipRegion(int x, int y, int regionWidth, int regionHeight)
 
 bool Text::UpdateToClipRegion()
 {
-    if (!clipped || !rect || rect->GetNodes().size() != 1)
+    if (!clipped || !rect || rect->EachNode().size() != 1)
     {
         return true;
     }
-    MeshNode* const node = rect->GetNodes().front();
+    MeshNode* const node = rect->EachNode().front();
     Vector a;
     a.Multiply(node->GetGlobal(), Vector(rect->minX, rect->minY, 0.0f));
     Vector b;

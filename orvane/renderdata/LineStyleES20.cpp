@@ -88,7 +88,7 @@ void LineStyleES20::Prepare(CameraNodeES20*, std::vector<RenderItemES20>& items,
         {
             return;
         }
-        for (Mesh* mesh : node->GetMeshes())
+        for (Mesh* mesh : node->EachMesh())
         {
             if (auto* const line = dynamic_cast<Line*>(mesh))
             {

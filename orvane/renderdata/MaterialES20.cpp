@@ -148,7 +148,7 @@ void MaterialES20::Prepare(CameraNodeES20* camera, std::vector<RenderItemES20>& 
             {
                 continue;
             }
-            for (Mesh* mesh : node->GetMeshes())
+            for (Mesh* mesh : node->EachMesh())
             {
                 PrepareSpecificNode(camera, mesh, node, items, clippingPlane);
             }
@@ -183,38 +183,54 @@ void MaterialES20::ListMeshes(std::vector<RenderItemES20>& items, bool clippingP
 void MaterialES20::MakeList(bool clippingPlane)
 {
     m_list.items.clear();
-    m_list.items.reserve(material->GetMeshes().size());
+    const OrderedMeshes& meshes = material->EachMesh();
+    m_list.items.reserve(meshes.size());
     m_list.holds = true;
-    for (Mesh* mesh : material->GetMeshes())
+    for (auto place = meshes.begin(); place != meshes.end();)
     {
-        // Whether a mesh with a draw ID is drawn is decided anew in every frame.
-        m_list.holds = m_list.holds && !mesh->UsingDrawID();
-        if (!mesh->ReadyToDraw())
+        const std::uint64_t revision = material->GetMeshesRevision();
+        const std::uint64_t sortID = (*place)->GetSortID();
+        ListMesh(*place, clippingPlane);
+        if (material->GetMeshesRevision() == revision)
         {
-            continue;
-        }
-        const Object* const present = mesh->GetRenderData();
-        if (MeshES20* meshData = MeshDataOf(mesh))
-        {
-            if (meshData == present)
-            {
-                meshData->EnableClippingPlane(clippingPlane);
-            }
-            else
-            {
-                // What is new stands in no other list.
-                meshData->clippingPlaneEnabled = clippingPlane;
-            }
-            m_list.items.push_back(mesh);
+            ++place;
         }
         else
         {
-            m_list.holds = false;
+            // What the end of a host's render data has led to.
+            place = meshes.Behind(sortID);
         }
     }
     m_list.meshes = material->GetMeshesRevision();
     m_list.listing = MeshES20::GetListingRevision();
     m_list.clippingPlane = clippingPlane;
+}
+
+void MaterialES20::ListMesh(Mesh* mesh, bool clippingPlane)
+{
+    // Whether a mesh with a draw ID is drawn is decided anew in every frame.
+    m_list.holds = m_list.holds && !mesh->UsingDrawID();
+    if (!mesh->ReadyToDraw())
+    {
+        return;
+    }
+    const Object* const present = mesh->GetRenderData();
+    MeshES20* const meshData = MeshDataOf(mesh);
+    if (!meshData)
+    {
+        m_list.holds = false;
+        return;
+    }
+    if (meshData == present)
+    {
+        meshData->EnableClippingPlane(clippingPlane);
+    }
+    else
+    {
+        // What is new stands in no other list.
+        meshData->clippingPlaneEnabled = clippingPlane;
+    }
+    m_list.items.push_back(mesh);
 }
 
 void MaterialES20::PrepareSpecificNode(CameraNodeES20*, Mesh* mesh, MeshNode* node,
@@ -238,7 +254,7 @@ void MaterialES20::PrepareSpecificNode(CameraNodeES20*, Mesh* mesh, MeshNode* no
 
 bool MaterialES20::Apply(CameraNodeES20* camera, RenderPass pass)
 {
-    if (!material || (material->GetMeshes().empty() && !IsNodeMaterial(*material)) || !material)
+    if (!material || (material->EachMesh().empty() && !IsNodeMaterial(*material)) || !material)
     {
         return false;
     }

@@ -159,6 +159,7 @@ private:
     unsigned int LoadMap(std::string Material::*name);
     void ListMeshes(std::vector<RenderItemES20>& items, bool clippingPlane);
     void MakeList(bool clippingPlane);
+    void ListMesh(Mesh* mesh, bool clippingPlane);
     MeshES20* MeshDataOf(Mesh* mesh);
 
     /// The slots that follow the shader type: the two advanced passes.

@@ -142,7 +142,7 @@ void MaterialES20::LoadPixels(detail::LoadedScale& scale, bool clamp)
 void MaterialES20::LoadText(Material2D& flat)
 {
     const bool drawn =
-        !flat.text.empty() && !flat.fontName.empty() && flat.fontSize > 0 && flat.GetMeshes().size() == 1;
+        !flat.text.empty() && !flat.fontName.empty() && flat.fontSize > 0 && flat.EachMesh().size() == 1;
     if (!drawn)
     {
         return;

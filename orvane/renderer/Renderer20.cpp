@@ -115,7 +115,7 @@ const MeshNode* FirstNode(const RenderItemES20& item)
     {
         return item.node;
     }
-    const std::vector<MeshNode*>& nodes = item.mesh->GetNodes();
+    const PointerSpan<MeshNode> nodes = item.mesh->EachNode();
     return nodes.empty() ? nullptr : nodes.front();
 }
 
@@ -129,9 +129,7 @@ void PrefetchAhead(const RenderItemES20* items)
         detail::PrefetchLines<kStyleLines>(items[kForMesh].style);
     }
 
-    const Mesh& mesh = *items[kForItsParts].mesh;
-    detail::PrefetchHead(mesh.GetRawMesh().get());
-    detail::PrefetchBegin(mesh.GetNodes().data());
+    detail::PrefetchHead(items[kForItsParts].mesh->GetRawMesh().get());
 
     const RenderItemES20& item = items[kForDataAndNode];
     detail::PrefetchHead(item.mesh->GetRawMesh()->GetRenderData());
@@ -403,10 +401,12 @@ void Renderer20::RenderItemList(CameraNodeES20* cameraData, std::vector<RenderIt
         {
             continue;
         }
-        if (item.specificNode)
+        // One node needs no list of the mesh's own.
+        const PointerSpan<MeshNode> nodes = item.mesh->EachNode();
+        if (item.specificNode || nodes.size() == 1)
         {
-            (*singleNode)[0] = item.node;
-            meshData->Render(current->GetShader(pass), *singleNode, true);
+            (*singleNode)[0] = item.specificNode ? item.node : nodes.front();
+            meshData->Render(current->GetShader(pass), *singleNode, item.specificNode);
         }
         else
         {

@@ -66,6 +66,8 @@ Vector Unit(float x, float y, float z)
 CameraNode::CameraNode(Scene* ownScene) :
     Node(ownScene)
 {
+    // Here, since each update watches it, which is to take nothing from the heap.
+    GetLifetime();
 }
 
 CameraNode::~CameraNode()

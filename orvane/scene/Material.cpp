@@ -5,7 +5,6 @@
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/Scene.h"
 
-#include <cstddef>
 #include <cstdlib>
 #include <utility>
 
@@ -47,8 +46,12 @@ Material::~Material()
     {
         scene->RemoveMaterial(this);
     }
-    for (Mesh* mesh : meshes)
+    m_meshSet.reset();
+    // One by one: who is told may delete others.
+    while (!m_meshes.empty())
     {
+        Mesh* const mesh = *m_meshes.begin();
+        m_meshes.Remove(mesh);
         mesh->material = nullptr;
         mesh->TellNodes();
     }
@@ -80,11 +83,20 @@ bool Material::AddMesh(Mesh* mesh)
     {
         mesh->material->RemoveMesh(mesh);
     }
-    const std::size_t count = meshes.size();
-    // Most often the mesh is the newest.
-    meshes.insert(meshes.end(), mesh);
-    if (meshes.size() != count)
+    if (m_meshes.Insert(mesh))
     {
+        try
+        {
+            if (m_meshSet)
+            {
+                m_meshSet->insert(mesh);
+            }
+        }
+        catch (...)
+        {
+            m_meshes.Remove(mesh);
+            throw;
+        }
         mesh->material = this;
         ++m_meshesRevision;
         mesh->TellNodes();
@@ -94,15 +106,18 @@ bool Material::AddMesh(Mesh* mesh)
 
 bool Material::RemoveMesh(Mesh* mesh)
 {
-    const auto found = meshes.find(mesh);
-    if (found == meshes.end())
+    // A copy of a mesh stands for it here: it is the entry that leaves.
+    Mesh* const leaving = m_meshes.Find(mesh);
+    if (!leaving)
     {
         return false;
     }
-    // A copy of a mesh stands for it here: it is the entry that leaves.
-    Mesh* const leaving = *found;
     leaving->material = nullptr;
-    meshes.erase(found);
+    if (m_meshSet)
+    {
+        m_meshSet->erase(leaving);
+    }
+    m_meshes.Remove(leaving);
     ++m_meshesRevision;
     leaving->TellNodes();
     return true;
@@ -110,9 +125,9 @@ bool Material::RemoveMesh(Mesh* mesh)
 
 bool Material::HasVisibleItems() const
 {
-    for (const Mesh* mesh : meshes)
+    for (const Mesh* mesh : m_meshes)
     {
-        for (const MeshNode* node : mesh->GetNodes())
+        for (const MeshNode* node : mesh->EachNode())
         {
             if (!(node->GetFlags() & (NodeFlagHidden | NodeFlagCulled)))
             {
@@ -121,6 +136,15 @@ bool Material::HasVisibleItems() const
         }
     }
     return false;
+}
+
+const std::set<Mesh*, CompareMeshPointers>& Material::GetMeshes() const
+{
+    if (!m_meshSet)
+    {
+        m_meshSet = std::make_unique<std::set<Mesh*, CompareMeshPointers>>(m_meshes.begin(), m_meshes.end());
+    }
+    return *m_meshSet;
 }
 
 void Material::SetRenderData(Object* data)

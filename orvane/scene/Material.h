@@ -8,6 +8,7 @@
 #include "orvane/scene/BitSet.h"
 #include "orvane/scene/CompareMeshPointers.h"
 #include "orvane/scene/NodeType.h"
+#include "orvane/scene/OrderedMeshes.h"
 
 #include <cstdint>
 #include <memory>
@@ -154,10 +155,14 @@ public:
         flags &= ~bits;
     }
 
-    /// In order of creation.
-    const std::set<Mesh*, CompareMeshPointers>& GetMeshes() const
+    /// In order of creation, as a set that the material keeps from now on: EachMesh needs none.
+    const std::set<Mesh*, CompareMeshPointers>& GetMeshes() const;
+
+    /// The same meshes in the same order, for whoever goes through them at once: a way through them
+    /// ends when a mesh comes or leaves.
+    const OrderedMeshes& EachMesh() const
     {
-        return meshes;
+        return m_meshes;
     }
 
     /// Another number after every change of the set of meshes, or of a draw ID of one of them,
@@ -242,9 +247,8 @@ public:
 
 private:
     std::uint64_t m_meshesRevision = 0;
-
-protected:
-    std::set<Mesh*, CompareMeshPointers> meshes;
+    OrderedMeshes m_meshes;
+    mutable std::unique_ptr<std::set<Mesh*, CompareMeshPointers>> m_meshSet; ///< null until it is asked for
 
 public:
     /// Its alpha is the opacity.

@@ -104,9 +104,9 @@ Mesh& Mesh::operator=(const Mesh& other)
 Mesh::~Mesh()
 {
     detail::Walk::Tell(this);
-    if (m_extras)
+    if (Extras* const extras = m_nodes.GetExtras())
     {
-        Scene::RemoveDrawItemsOf(m_extras->drawItems);
+        Scene::RemoveDrawItemsOf(extras->drawItems);
     }
     SetRenderData(nullptr, true);
     if (scene)
@@ -117,10 +117,11 @@ Mesh::~Mesh()
     {
         material->RemoveMesh(this);
     }
-    for (MeshNode* node : GetNodes())
+    for (MeshNode* node : EachNode())
     {
-        node->RemoveMeshAt(detail::IndexOf(node->meshes, this));
+        node->RemoveMeshAt(detail::IndexOf(node->EachMesh(), this));
     }
+    m_nodes.Delete();
 }
 
 std::uint64_t Mesh::LastSortID()
@@ -219,21 +220,37 @@ float Mesh::GetRefSize() const
 
 bool Mesh::AddNode(MeshNode* node)
 {
-    if (!node || detail::Contains(node->meshes, this))
+    if (!node || detail::Contains(node->EachMesh(), this))
     {
         return false;
     }
-    if (nodes.size() == 1 && !HasRanks())
+    if (!m_nodes.HasExtras() && m_nodes.GetOne().empty())
     {
-        MakeExtras().nodeRanks.push_back(0);
+        m_nodes.SetOne(node);
+        try
+        {
+            node->AddMesh(this, 0);
+        }
+        catch (...)
+        {
+            m_nodes.SetOne(nullptr);
+            throw;
+        }
+        return true;
     }
-    const std::uint64_t rank = HasRanks() ? m_extras->nodeRanks.back() + 1 : 0;
+    std::vector<MeshNode*>& nodes = MakeExtras().nodes;
+    std::vector<std::uint64_t>& ranks = m_nodes.GetExtras()->nodeRanks;
+    if (nodes.size() == 1 && ranks.empty())
+    {
+        ranks.push_back(0);
+    }
+    const std::uint64_t rank = ranks.empty() ? 0 : ranks.back() + 1;
     nodes.push_back(node);
     try
     {
         if (nodes.size() > 1)
         {
-            m_extras->nodeRanks.push_back(rank);
+            ranks.push_back(rank);
         }
         node->AddMesh(this, rank);
     }
@@ -241,11 +258,7 @@ bool Mesh::AddNode(MeshNode* node)
     {
         // Without memory for both sides there is no link.
         nodes.pop_back();
-        if (HasRanks())
-        {
-            std::vector<std::uint64_t>& ranks = m_extras->nodeRanks;
-            ranks.resize(std::min(ranks.size(), nodes.size()));
-        }
+        ranks.resize(std::min(ranks.size(), nodes.size()));
         throw;
     }
     return true;
@@ -253,8 +266,8 @@ bool Mesh::AddNode(MeshNode* node)
 
 bool Mesh::RemoveNode(MeshNode* node)
 {
-    const std::size_t index = node ? detail::IndexOf(node->meshes, this) : 0;
-    if (!node || index == node->meshes.size())
+    const std::size_t index = node ? detail::IndexOf(node->EachMesh(), this) : 0;
+    if (!node || index == node->EachMesh().size())
     {
         return false;
     }
@@ -265,12 +278,19 @@ bool Mesh::RemoveNode(MeshNode* node)
 
 void Mesh::DropNode(std::uint64_t rank)
 {
-    if (!HasRanks())
+    Extras* const extras = m_nodes.GetExtras();
+    if (!extras)
+    {
+        m_nodes.SetOne(nullptr);
+        return;
+    }
+    std::vector<MeshNode*>& nodes = extras->nodes;
+    std::vector<std::uint64_t>& ranks = extras->nodeRanks;
+    if (ranks.empty())
     {
         nodes.clear();
         return;
     }
-    std::vector<std::uint64_t>& ranks = m_extras->nodeRanks;
     const auto found = std::lower_bound(ranks.begin(), ranks.end(), rank);
     const auto index = found - ranks.begin();
     const auto entry = nodes.begin() + index;
@@ -282,9 +302,9 @@ void Mesh::DropNode(std::uint64_t rank)
     else
     {
         *entry = nullptr;
-        ++m_extras->goneNodes;
+        ++extras->goneNodes;
     }
-    if (m_extras->goneNodes > nodes.size() / 2)
+    if (extras->goneNodes > nodes.size() / 2)
     {
         CloseNodeGaps();
     }
@@ -292,7 +312,9 @@ void Mesh::DropNode(std::uint64_t rank)
 
 void Mesh::CloseNodeGaps() const
 {
-    std::uint32_t& gone = m_extras->goneNodes;
+    Extras& extras = *m_nodes.GetExtras();
+    std::vector<MeshNode*>& nodes = extras.nodes;
+    std::uint32_t& gone = extras.goneNodes;
     if (gone == 0)
     {
         return;
@@ -305,12 +327,12 @@ void Mesh::CloseNodeGaps() const
     for (; gone > 0; --gone)
     {
         const auto next = gone > 1 ? std::find(gap + 1, nodes.end(), nullptr) : nodes.end();
-        const auto ranks = m_extras->nodeRanks.begin();
+        const auto ranks = extras.nodeRanks.begin();
         std::move(ranks + (gap + 1 - begin), ranks + (next - begin), ranks + (kept - begin));
         kept = std::move(gap + 1, next, kept);
         gap = next;
     }
-    m_extras->nodeRanks.resize(static_cast<std::size_t>(kept - begin));
+    extras.nodeRanks.resize(static_cast<std::size_t>(kept - begin));
     nodes.erase(kept, nodes.end());
 }
 
@@ -342,28 +364,34 @@ Object* Mesh::GetRenderData() const
 
 Object* Mesh::GetOwnRenderData() const
 {
-    return m_extras ? m_extras->renderData.get() : nullptr;
+    const Extras* const extras = m_nodes.GetExtras();
+    return extras ? extras->renderData.get() : nullptr;
 }
 
-Mesh::Extras& Mesh::MakeExtras()
+Mesh::Extras& Mesh::MakeExtras() const
 {
-    if (!m_extras)
-    {
-        m_extras = std::make_unique<Extras>();
-    }
-    return *m_extras;
+    return m_nodes.Make([](Extras& extras, MeshNode* node) { extras.nodes.push_back(node); });
 }
 
-bool Mesh::HasRanks() const
+const std::vector<MeshNode*>& Mesh::GetNodes() const
 {
-    return m_extras && !m_extras->nodeRanks.empty();
+    const std::vector<MeshNode*>& nodes = MakeExtras().nodes;
+    CloseNodeGaps();
+    return nodes;
+}
+
+PointerSpan<MeshNode> Mesh::ListedNodes() const
+{
+    CloseNodeGaps();
+    const std::vector<MeshNode*>& nodes = m_nodes.GetExtras()->nodes;
+    return PointerSpan<MeshNode>(nodes.data(), nodes.size());
 }
 
 void Mesh::SetRenderData(Object* data, bool onRawMesh)
 {
     // A mesh that never had a slot of its own has an empty one for the length of this.
     std::unique_ptr<Object> noSlot;
-    std::unique_ptr<Object>& own = onRawMesh && !m_extras ? noSlot : MakeExtras().renderData;
+    std::unique_ptr<Object>& own = onRawMesh && !m_nodes.HasExtras() ? noSlot : MakeExtras().renderData;
     std::unique_ptr<Object>& present = renderDataOnRawMesh ? rawMesh->renderData : own;
     // Taken out first: what dies may look back at this mesh.
     std::unique_ptr<Object> taken = std::move(present);
@@ -401,6 +429,10 @@ void Mesh::TellNodes() const
     {
         return;
     }
+    // With the gaps as they are: this may be called while one is being made.
+    const Extras* const extras = m_nodes.GetExtras();
+    const PointerSpan<MeshNode> nodes =
+        extras ? PointerSpan<MeshNode>(extras->nodes.data(), extras->nodes.size()) : m_nodes.GetOne();
     for (MeshNode* node : nodes)
     {
         if (node)

@@ -4,6 +4,8 @@
 #include "orvane/base/Object.h"
 #include "orvane/scene/BitSet.h"
 #include "orvane/scene/NodeType.h"
+#include "orvane/scene/OneOrExtras.h"
+#include "orvane/scene/PointerSpan.h"
 
 #include <cstdint>
 #include <memory>
@@ -76,17 +78,18 @@ public:
         return material;
     }
 
-    /// The nodes that show this mesh, in the order of AddNode.
+    /// The nodes that show this mesh, in the order of AddNode, as a list that the mesh keeps from
+    /// now on: EachNode needs none.
     ///
     /// Ask again once a node has left: where several hundred stand behind it in the list, its
     /// entry reads null until the next call closes the gap.
-    const std::vector<MeshNode*>& GetNodes() const
+    const std::vector<MeshNode*>& GetNodes() const;
+
+    /// The same nodes, for whoever goes through them at once: good until a node comes or leaves, or
+    /// GetNodes is called.
+    PointerSpan<MeshNode> EachNode() const
     {
-        if (m_extras)
-        {
-            CloseNodeGaps();
-        }
-        return nodes;
+        return m_nodes.HasExtras() ? ListedNodes() : m_nodes.GetOne();
     }
 
     Scene* GetScene() const
@@ -194,8 +197,16 @@ public:
 protected:
     // What a draw reads stands first and together: a frame walks every mesh.
     std::shared_ptr<RawMesh> rawMesh;
-    /// AddNode and RemoveNode alone put entries in and take them out. Read through GetNodes.
-    mutable std::vector<MeshNode*> nodes;
+
+private:
+    /// What few meshes have.
+    struct Extras;
+
+    /// The only node, or the extras with the list of nodes. AddNode and RemoveNode alone put nodes in
+    /// and take them out.
+    mutable OneOrExtras<MeshNode, Extras> m_nodes;
+
+protected:
     Material* material = nullptr;
     unsigned int drawID = 0;
     unsigned int flags = 0;
@@ -227,13 +238,11 @@ private:
     /// Tells who listens to the nodes that they show another mesh now.
     void TellNodes() const;
 
-    /// What few meshes have.
-    struct Extras;
+    Extras& MakeExtras() const;
+    PointerSpan<MeshNode> ListedNodes() const;
 
-    Extras& MakeExtras();
-    bool HasRanks() const;
-
-    std::unique_ptr<Extras> m_extras;
+    /// Among the meshes of its scene.
+    std::uint32_t m_placeInScene = 0;
 };
 
 } // namespace OV

@@ -25,38 +25,46 @@ MeshNode::MeshNode(Scene* ownScene) :
 
 void MeshNode::LeaveMeshes()
 {
-    if (m_links)
+    Links* const links = GetLinks();
+    if (links)
     {
-        Scene::RemoveDrawItemsOf(m_links->drawItems);
+        Scene::RemoveDrawItemsOf(links->drawItems);
     }
+    const PointerSpan<Mesh> meshes = EachMesh();
     for (std::size_t i = 0; i < meshes.size(); ++i)
     {
         meshes[i]->DropNode(RankAt(i));
     }
-    meshes.clear();
-    if (m_links)
+    if (links)
     {
-        m_links->laterRanks.clear();
+        links->meshes.clear();
+        links->laterRanks.clear();
+    }
+    else
+    {
+        m_meshes.SetOne(nullptr);
     }
 }
 
 MeshNode::~MeshNode()
 {
     LeaveMeshes();
-    if (!m_links)
+    Links* const links = GetLinks();
+    if (!links)
     {
         return;
     }
-    for (NodeMaterial* material : std::exchange(m_links->nodeMaterials, {}))
+    for (NodeMaterial* material : std::exchange(links->nodeMaterials, {}))
     {
         material->RemoveNode(this);
     }
-    for (NodeLineStyle* style : m_links->lineStyles)
+    for (NodeLineStyle* style : links->lineStyles)
     {
         style->node = nullptr;
     }
-    m_links->renderData.reset();
-    m_links->collisionData.reset();
+    links->renderData.reset();
+    links->collisionData.reset();
+    m_meshes.Delete();
 }
 
 void MeshNode::UpdateGraph()
@@ -75,7 +83,7 @@ void MeshNode::ComputeBoundingBox(Vector& boxMin, Vector& boxMax)
     if (!(flags & NodeFlagHidden))
     {
         const float scale = global.GetMaxScale();
-        for (Mesh* mesh : meshes)
+        for (const Mesh* mesh : EachMesh())
         {
             const Sphere& sphere = mesh->GetSphere();
             const float radius = scale * sphere.radius;
@@ -112,7 +120,7 @@ bool MeshNode::FrustumCulling(float& nearValue, float& farValue)
 
     const float scale = global.GetMaxScale();
     bool culled = true;
-    for (Mesh* mesh : meshes)
+    for (const Mesh* mesh : EachMesh())
     {
         const Sphere& sphere = mesh->GetSphere();
         const float radius = scale * sphere.radius;
@@ -178,12 +186,13 @@ void MeshNode::ChangeFlags(unsigned int kept, unsigned int added, bool recursive
 
 Object* MeshNode::GetRenderData() const
 {
-    return m_links ? m_links->renderData.get() : nullptr;
+    const Links* const links = GetLinks();
+    return links ? links->renderData.get() : nullptr;
 }
 
 void MeshNode::SetRenderData(Object* data)
 {
-    if (m_links || data)
+    if (m_meshes.HasExtras() || data)
     {
         detail::ReplaceObject(MakeLinks().renderData, data);
     }
@@ -191,12 +200,13 @@ void MeshNode::SetRenderData(Object* data)
 
 Object* MeshNode::GetCollisonData() const
 {
-    return m_links ? m_links->collisionData.get() : nullptr;
+    const Links* const links = GetLinks();
+    return links ? links->collisionData.get() : nullptr;
 }
 
 void MeshNode::SetCollisionData(Object* data)
 {
-    if (m_links || data)
+    if (m_meshes.HasExtras() || data)
     {
         detail::ReplaceObject(MakeLinks().collisionData, data);
     }
@@ -205,12 +215,13 @@ void MeshNode::SetCollisionData(Object* data)
 const std::vector<NodeMaterial*>& MeshNode::GetNodeMaterials() const
 {
     static const std::vector<NodeMaterial*> none;
-    return m_links ? m_links->nodeMaterials : none;
+    const Links* const links = GetLinks();
+    return links ? links->nodeMaterials : none;
 }
 
 NodeMaterial* MeshNode::FirstNodeMaterial() const
 {
-    const std::vector<NodeMaterial*>& materials = m_links->nodeMaterials;
+    const std::vector<NodeMaterial*>& materials = GetLinks()->nodeMaterials;
     return materials.empty() ? nullptr : materials.front();
 }
 
@@ -227,9 +238,9 @@ void MeshNode::PushNodeMaterial(NodeMaterial* material)
 
 void MeshNode::RemoveNodeMaterial(NodeMaterial* material)
 {
-    if (m_links)
+    if (Links* const links = GetLinks())
     {
-        detail::EraseFirst(m_links->nodeMaterials, material);
+        detail::EraseFirst(links->nodeMaterials, material);
     }
     if (GetNodeMaterials().empty())
     {
@@ -238,22 +249,38 @@ void MeshNode::RemoveNodeMaterial(NodeMaterial* material)
     TellStateChange();
 }
 
-MeshNode::Links& MeshNode::MakeLinks()
+MeshNode::Links& MeshNode::MakeLinks() const
 {
-    if (!m_links)
-    {
-        m_links = std::make_unique<Links>();
-    }
-    return *m_links;
+    return m_meshes.Make([](Links& links, Mesh* mesh) { links.meshes.push_back(mesh); });
+}
+
+const std::vector<Mesh*>& MeshNode::GetMeshes() const
+{
+    return MakeLinks().meshes;
+}
+
+PointerSpan<Mesh> MeshNode::ListedMeshes() const
+{
+    const std::vector<Mesh*>& meshes = GetLinks()->meshes;
+    return PointerSpan<Mesh>(meshes.data(), meshes.size());
 }
 
 std::uint64_t MeshNode::RankAt(std::size_t index) const
 {
-    return index == 0 ? m_firstRank : m_links->laterRanks[index - 1];
+    return index == 0 ? m_firstRank : GetLinks()->laterRanks[index - 1];
 }
 
 void MeshNode::AddMesh(Mesh* mesh, std::uint64_t rank)
 {
+    if (!m_meshes.HasExtras() && m_meshes.GetOne().empty())
+    {
+        m_meshes.SetOne(mesh);
+        m_firstRank = rank;
+        TellChange(NodeChangeMeshes);
+        return;
+    }
+    Links& links = MakeLinks();
+    std::vector<Mesh*>& meshes = links.meshes;
     meshes.push_back(mesh);
     if (meshes.size() == 1)
     {
@@ -263,7 +290,7 @@ void MeshNode::AddMesh(Mesh* mesh, std::uint64_t rank)
     }
     try
     {
-        MakeLinks().laterRanks.push_back(rank);
+        links.laterRanks.push_back(rank);
     }
     catch (...)
     {
@@ -275,13 +302,21 @@ void MeshNode::AddMesh(Mesh* mesh, std::uint64_t rank)
 
 void MeshNode::RemoveMeshAt(std::size_t index)
 {
+    Links* const links = GetLinks();
+    if (!links)
+    {
+        m_meshes.SetOne(nullptr);
+        TellChange(NodeChangeMeshes);
+        return;
+    }
+    std::vector<Mesh*>& meshes = links->meshes;
     meshes.erase(meshes.begin() + static_cast<std::ptrdiff_t>(index));
     TellChange(NodeChangeMeshes);
     if (meshes.empty())
     {
         return;
     }
-    std::vector<std::uint64_t>& later = m_links->laterRanks;
+    std::vector<std::uint64_t>& later = links->laterRanks;
     if (index == 0)
     {
         m_firstRank = later.front();

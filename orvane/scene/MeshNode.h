@@ -2,6 +2,8 @@
 
 #include "orvane/scene/BitSet.h"
 #include "orvane/scene/Node.h"
+#include "orvane/scene/OneOrExtras.h"
+#include "orvane/scene/PointerSpan.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -56,9 +58,14 @@ public:
     /// @return whether the node is culled, as one without meshes always is.
     bool FrustumCulling(float& nearValue, float& farValue);
 
-    const std::vector<Mesh*>& GetMeshes() const
+    /// In the order of Mesh::AddNode, as a list that the node keeps from now on: EachMesh needs none.
+    const std::vector<Mesh*>& GetMeshes() const;
+
+    /// The same meshes, for whoever goes through them at once: good until a mesh comes or leaves, or
+    /// GetMeshes is called.
+    PointerSpan<Mesh> EachMesh() const
     {
-        return meshes;
+        return m_meshes.HasExtras() ? ListedMeshes() : m_meshes.GetOne();
     }
 
     /// NodeFlags and the host's own bits.
@@ -101,7 +108,7 @@ public:
     /// The node material that was added first of those present, or null.
     NodeMaterial* CurrentNodeMaterial() const
     {
-        return m_links ? FirstNodeMaterial() : nullptr;
+        return m_meshes.HasExtras() ? FirstNodeMaterial() : nullptr;
     }
 
     Object* GetRenderData() const;
@@ -127,8 +134,6 @@ protected:
     /// In the order of PushNodeMaterial.
     const std::vector<NodeMaterial*>& GetNodeMaterials() const;
 
-    std::vector<Mesh*> meshes;
-
 private:
     friend class Mesh;
     friend class NodeLineStyle;
@@ -137,7 +142,13 @@ private:
 
     struct Links;
 
-    Links& MakeLinks();
+    Links* GetLinks() const
+    {
+        return m_meshes.GetExtras();
+    }
+
+    Links& MakeLinks() const;
+    PointerSpan<Mesh> ListedMeshes() const;
 
     NodeMaterial* FirstNodeMaterial() const;
 
@@ -158,7 +169,9 @@ private:
 
     /// Of the first mesh.
     std::uint64_t m_firstRank = 0;
-    std::unique_ptr<Links> m_links;
+    /// The only mesh, or what few nodes have, the list of meshes among it. Mesh::AddNode and
+    /// RemoveNode alone put meshes in and take them out.
+    mutable OneOrExtras<Mesh, Links> m_meshes;
 };
 
 } // namespace OV

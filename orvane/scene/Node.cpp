@@ -3,12 +3,14 @@
 #include "orvane/base/detail/Walk.h"
 #include "orvane/scene/NodeListener.h"
 #include "orvane/scene/Scene.h"
-#include "orvane/scene/detail/MarkedChildren.h"
+#include "orvane/scene/detail/Children.h"
 #include "orvane/scene/detail/OwnedObject.h"
 #include "orvane/scene/detail/TreeCursor.h"
 
 #include <iterator>
 #include <limits>
+#include <memory>
+#include <utility>
 
 namespace OV
 {
@@ -27,6 +29,8 @@ struct Node::Extras
 {
     std::unique_ptr<Object> animationData;
     Path path;
+    std::unique_ptr<detail::Children> children;
+    Lifetime lifetime;
 };
 
 Node::Node(Scene* ownScene) :
@@ -49,19 +53,27 @@ Node::~Node()
     {
         parent->RemoveChild(this);
     }
-    for (Node* child : GetChildren())
+    for (Node* child = GetFirstChild(); child;)
     {
         child->parent = nullptr;
         child->m_markedAt = 0;
+        child->m_previousSibling = nullptr;
+        child = std::exchange(child->m_nextSibling, nullptr);
     }
     if (scene)
     {
         scene->Unregister(this);
     }
-    if (m_extras)
+    if (Extras* const extras = m_more.GetExtras())
     {
         // The slot is empty while the object dies, as at every other death of one.
-        m_extras->animationData.reset();
+        extras->animationData.reset();
+        extras->lifetime.End();
+        m_more.Delete();
+    }
+    else
+    {
+        delete m_more.GetPointer();
     }
 }
 
@@ -117,12 +129,12 @@ void Node::UpdateGraph()
         }
         TellChange(NodeChangePlace);
     }
-    if (!HasChildren())
+    if (!GetFirstChild())
     {
         return;
     }
     scene->MarkVisitedNodes();
-    if (updateID == current || m_children->marked.HasAny(current))
+    if (updateID == current || OwnChildren()->marked.HasAny(current))
     {
         WalkChildren(TreeWalkUpdate, [](Node* child) { child->UpdateGraph(); });
     }
@@ -206,7 +218,7 @@ detail::TreeWalks& Node::Walks() const
 template <class Visit>
 void Node::WalkChildren(TreeWalk walk, Visit visit)
 {
-    if (!HasChildren())
+    if (!GetFirstChild())
     {
         return;
     }
@@ -223,7 +235,7 @@ void Node::WalkChildren(TreeWalk walk, Visit visit)
     {
         // Where this node has moved, all below it move along.
         const bool isOfSome = walk == TreeWalkUpdate && updateID != scene->GetUpdateID();
-        for (detail::ChildCursor cursor(this, walks, isOfSome ? &m_children->marked : nullptr);
+        for (detail::ChildCursor cursor(this, walks, isOfSome);
              Node* child = cursor.Next();)
         {
             visit(child);
@@ -238,16 +250,15 @@ void Node::WalkChildren(TreeWalk walk, Visit visit)
 
 Node* Node::NextInTree(const Node* node, const Node* top, bool intoChildren)
 {
-    if (intoChildren && node->HasChildren())
+    if (Node* const child = intoChildren ? node->GetFirstChild() : nullptr)
     {
-        return node->ListOfChildren().front();
+        return child;
     }
     for (; node != top && node->parent; node = node->parent)
     {
-        const auto next = std::next(node->m_entry);
-        if (next != node->parent->ListOfChildren().end())
+        if (node->m_nextSibling)
         {
-            return *next;
+            return node->m_nextSibling;
         }
     }
     return nullptr;
@@ -278,21 +289,25 @@ void Node::AddChild(Node* child, bool keepGlobal)
     {
         return;
     }
-    if (!m_children)
+    detail::Children& children = MakeChildren();
+    Node* const former = child->parent;
+    if (children.list)
     {
-        m_children = std::make_unique<detail::Children>();
+        // First, since it may fail.
+        former == this ? children.list->MoveToEnd(child) : children.list->Append(child);
     }
-    std::list<Node*>& list = m_children->list;
-    if (child->parent)
+    if (former)
     {
-        detail::TreeCursor::ChildLeaves(Walks(), child->parent, child);
+        detail::TreeCursor::ChildLeaves(Walks(), former, child);
         child->Unmark();
-        list.splice(list.end(), child->parent->m_children->list, child->m_entry);
+        detail::Children& formerOnes = *former->OwnChildren();
+        formerOnes.Unlink(child);
+        if (former != this && formerOnes.list)
+        {
+            formerOnes.list->Remove(child);
+        }
     }
-    else
-    {
-        child->m_entry = list.insert(list.end(), child);
-    }
+    children.Link(child);
     child->parent = this;
     child->TakeRank();
     if (scene)
@@ -314,7 +329,12 @@ void Node::RemoveChild(Node* child)
     }
     detail::TreeCursor::ChildLeaves(Walks(), this, child);
     child->Unmark();
-    m_children->list.erase(child->m_entry);
+    detail::Children& children = *OwnChildren();
+    children.Unlink(child);
+    if (children.list)
+    {
+        children.list->Remove(child);
+    }
     child->parent = nullptr;
 }
 
@@ -366,12 +386,13 @@ const Matrix3x3& Node::UpdateNormals()
 const Node::Path& Node::GetPath() const
 {
     static const Path none;
-    return m_extras ? m_extras->path : none;
+    const Extras* const extras = m_more.GetExtras();
+    return extras ? extras->path : none;
 }
 
 void Node::SetPath(const Path& newPath)
 {
-    if (m_extras || !newPath.empty())
+    if (m_more.HasExtras() || !newPath.empty())
     {
         MakeExtras().path = newPath;
     }
@@ -380,12 +401,13 @@ void Node::SetPath(const Path& newPath)
 
 Object* Node::GetAnimationData() const
 {
-    return m_extras ? m_extras->animationData.get() : nullptr;
+    const Extras* const extras = m_more.GetExtras();
+    return extras ? extras->animationData.get() : nullptr;
 }
 
 void Node::SetAnimationData(Object* data)
 {
-    if (m_extras || data)
+    if (m_more.HasExtras() || data)
     {
         detail::ReplaceObject(MakeExtras().animationData, data);
     }
@@ -393,22 +415,49 @@ void Node::SetAnimationData(Object* data)
 
 Node::Extras& Node::MakeExtras()
 {
-    if (!m_extras)
-    {
-        m_extras = std::make_unique<Extras>();
-    }
-    return *m_extras;
+    return m_more.Make([](Extras& extras, detail::Children* children) { extras.children.reset(children); });
 }
 
-const std::list<Node*>& Node::ListOfChildren() const
+detail::Children* Node::OwnChildren() const
 {
-    return m_children->list;
+    const Extras* const extras = m_more.GetExtras();
+    return extras ? extras->children.get() : m_more.GetPointer();
 }
 
-const std::list<Node*>& Node::NoChildren()
+detail::Children& Node::MakeChildren()
+{
+    if (detail::Children* const present = OwnChildren())
+    {
+        return *present;
+    }
+    auto made = std::make_unique<detail::Children>();
+    if (Extras* const extras = m_more.GetExtras())
+    {
+        extras->children = std::move(made);
+    }
+    else
+    {
+        m_more.SetOne(made.release());
+    }
+    return *OwnChildren();
+}
+
+Lifetime& Node::GetLifetime()
+{
+    return MakeExtras().lifetime;
+}
+
+Node* Node::EndChild(bool last) const
+{
+    const detail::Children* const children = OwnChildren();
+    return !children ? nullptr : last ? children->last : children->first;
+}
+
+const std::list<Node*>& Node::GetChildren() const
 {
     static const std::list<Node*> none;
-    return none;
+    detail::Children* const children = OwnChildren();
+    return children ? children->List() : none;
 }
 
 bool Node::IsSameOrAbove(const Node* other) const
@@ -457,17 +506,17 @@ void Node::MarkUpwards(unsigned int current)
     for (Node* node = this; node->parent && node->m_markedAt != current; node = node->parent)
     {
         node->m_markedAt = current;
-        node->parent->m_children->marked.Add(node, current);
+        node->parent->OwnChildren()->marked.Add(node, current);
     }
 }
 
 void Node::TakeRank()
 {
-    const Node* const before = parent->ListOfChildren().size() > 1 ? *std::prev(m_entry) : nullptr;
+    const Node* const before = m_previousSibling;
     if (before && before->m_rank == std::numeric_limits<std::uint32_t>::max())
     {
         m_rank = 0;
-        for (Node* child : parent->ListOfChildren())
+        for (Node* child : parent->EachChild())
         {
             child->m_rank = m_rank++;
         }
@@ -479,7 +528,7 @@ void Node::TakeRank()
 
 void Node::Unmark()
 {
-    detail::MarkedChildren& marked = parent->m_children->marked;
+    detail::MarkedChildren& marked = parent->OwnChildren()->marked;
     if (m_markedAt == marked.updateID)
     {
         marked.Lose();

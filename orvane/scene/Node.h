@@ -7,16 +7,19 @@
 #include "orvane/math/Matrix3x3.h"
 #include "orvane/math/Transform.h"
 #include "orvane/scene/NodeType.h"
+#include "orvane/scene/OneOrExtras.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <list>
-#include <memory>
 #include <utility>
 #include <vector>
 
 namespace OV
 {
 
+class NodeChildren;
 class Scene;
 enum NodeChange : unsigned;
 
@@ -116,11 +119,35 @@ public:
         return parent;
     }
 
-    /// The children in the order of AddChild. The list of a node that never had a child is not yet
-    /// its own: ask again after the first AddChild.
-    const std::list<Node*>& GetChildren() const
+    /// The children in the order of AddChild, as a list that the node keeps from now on: EachChild
+    /// needs none. The list of a node that never had a child is not yet its own: ask again after the
+    /// first AddChild.
+    const std::list<Node*>& GetChildren() const;
+
+    /// The same children, for whoever goes through them. One that leaves its parent ends the way
+    /// through them that stands on it.
+    NodeChildren EachChild() const;
+
+    /// Null without children.
+    Node* GetFirstChild() const
     {
-        return m_children ? ListOfChildren() : NoChildren();
+        return m_more.IsEmpty() ? nullptr : EndChild(false);
+    }
+
+    Node* GetLastChild() const
+    {
+        return m_more.IsEmpty() ? nullptr : EndChild(true);
+    }
+
+    /// The next child of the same parent; null for the last one, and without a parent.
+    Node* GetNextSibling() const
+    {
+        return m_nextSibling;
+    }
+
+    Node* GetPreviousSibling() const
+    {
+        return m_previousSibling;
     }
 
     const Transform& GetLocal() const
@@ -170,10 +197,7 @@ public:
     }
 
     /// Ends with the node.
-    Lifetime& GetLifetime()
-    {
-        return m_lifetime;
-    }
+    Lifetime& GetLifetime();
 
     /// A number that is the host's alone.
     int GetUserData() const
@@ -277,9 +301,12 @@ private:
     /// Rises from child to child.
     std::uint32_t m_rank = 0;
     Node* m_nextMarked = nullptr;
-    /// Of a node that ever had a child. AddChild and RemoveChild alone put entries in and take them
-    /// out: each child knows its own.
-    std::unique_ptr<detail::Children> m_children;
+
+    /// What few nodes have.
+    struct Extras;
+
+    /// The children of a node that ever had one, or the extras, which have them then.
+    OneOrExtras<detail::Children, Extras> m_more;
     /// The global transform in the form that rendering takes, all in one place.
     Matrix m_globalMatrix;
     Matrix3x3 m_globalNormals;
@@ -292,23 +319,21 @@ protected:
 private:
     friend class Scene;
     friend class detail::ChildCursor;
+    friend struct detail::Children;
     friend struct detail::MarkedChildren;
 
     /// Whether this node is the other one or stands above it.
     bool IsSameOrAbove(const Node* other) const;
 
-    /// What few nodes have.
-    struct Extras;
-
     Extras& MakeExtras();
 
-    bool HasChildren() const
-    {
-        return m_children && !ListOfChildren().empty();
-    }
+    /// Null for a node that never had a child.
+    detail::Children* OwnChildren() const;
 
-    const std::list<Node*>& ListOfChildren() const;
-    static const std::list<Node*>& NoChildren();
+    detail::Children& MakeChildren();
+
+    /// The last or the first of a node that ever had one.
+    Node* EndChild(bool last) const;
 
     void MarkMoved();
     void TellIdentityChange();
@@ -357,13 +382,115 @@ private:
     /// Brings up to date what rendering takes, in the walk that has composed the global transform.
     void ConvertAhead();
 
-    std::unique_ptr<Extras> m_extras;
-    Lifetime m_lifetime;
     /// All nodes of a scene, attached or not, so that it can tell them that it is gone.
     Node* m_previousOfScene = nullptr;
     Node* m_nextOfScene = nullptr;
-    /// The parent's entry for this node; without a parent it means nothing.
-    std::list<Node*>::iterator m_entry;
+    // Among the children of the parent.
+    Node* m_previousSibling = nullptr;
+    Node* m_nextSibling = nullptr;
 };
+
+/// The children of a node, in the order of Node::AddChild.
+class NodeChildren
+{
+public:
+    class Iterator
+    {
+    public:
+        using iterator_category = std::bidirectional_iterator_tag;
+        using value_type = Node*;
+        using difference_type = std::ptrdiff_t;
+        using pointer = Node* const*;
+        using reference = Node*;
+
+        Iterator() = default;
+
+        Iterator(const Node* parentNode, Node* child) : m_parent(parentNode), m_child(child)
+        {
+        }
+
+        Node* operator*() const
+        {
+            return m_child;
+        }
+
+        Iterator& operator++()
+        {
+            m_child = m_child->GetNextSibling();
+            return *this;
+        }
+
+        Iterator operator++(int)
+        {
+            const Iterator before = *this;
+            ++*this;
+            return before;
+        }
+
+        Iterator& operator--()
+        {
+            m_child = m_child ? m_child->GetPreviousSibling() : m_parent->GetLastChild();
+            return *this;
+        }
+
+        Iterator operator--(int)
+        {
+            const Iterator before = *this;
+            --*this;
+            return before;
+        }
+
+        bool operator==(const Iterator& other) const
+        {
+            return m_child == other.m_child;
+        }
+
+        bool operator!=(const Iterator& other) const
+        {
+            return m_child != other.m_child;
+        }
+
+    private:
+        const Node* m_parent = nullptr;
+        Node* m_child = nullptr; ///< null behind the last
+    };
+
+    explicit NodeChildren(const Node& parentNode) : m_parent(&parentNode)
+    {
+    }
+
+    Iterator begin() const
+    {
+        return Iterator(m_parent, m_parent->GetFirstChild());
+    }
+
+    Iterator end() const
+    {
+        return Iterator(m_parent, nullptr);
+    }
+
+    std::reverse_iterator<Iterator> rbegin() const
+    {
+        return std::make_reverse_iterator(end());
+    }
+
+    std::reverse_iterator<Iterator> rend() const
+    {
+        return std::make_reverse_iterator(begin());
+    }
+
+    bool empty() const
+    {
+        return !m_parent->GetFirstChild();
+    }
+
+private:
+    const Node* m_parent;
+};
+
+inline NodeChildren Node::EachChild() const
+{
+    return NodeChildren(*this);
+}
 
 } // namespace OV

@@ -11,6 +11,9 @@
 #include "orvane/scene/detail/Erase.h"
 #include "orvane/scene/detail/TreeCursor.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -151,8 +154,26 @@ bool Scene::AddMesh(Mesh* mesh)
         return false;
     }
     LeaveOtherScene(mesh);
-    // Most often the newest mesh lies behind the others.
-    meshes.insert(meshes.end(), mesh);
+    if (!IsAmong(m_meshes, mesh))
+    {
+        m_meshes.push_back(mesh);
+        try
+        {
+            if (m_meshSet)
+            {
+                m_meshSet->insert(mesh);
+            }
+        }
+        catch (...)
+        {
+            m_meshes.pop_back();
+            throw;
+        }
+        // What a Clear has put aside is not deleted any more.
+        TakeBack(mesh);
+        mesh->m_placeInScene = static_cast<std::uint32_t>(m_meshes.size() - 1);
+        ++m_meshesRevision;
+    }
     mesh->scene = this;
     MarkDirty();
     return true;
@@ -160,13 +181,52 @@ bool Scene::AddMesh(Mesh* mesh)
 
 bool Scene::RemoveMesh(Mesh* mesh)
 {
-    if (meshes.erase(mesh) == 0 && !TakeBack(mesh))
+    if (mesh && IsAmong(m_meshes, mesh))
+    {
+        TakeOut(m_meshes, mesh);
+        ++m_meshesRevision;
+        if (m_meshSet)
+        {
+            m_meshSet->erase(mesh);
+        }
+    }
+    else if (!mesh || !TakeBack(mesh))
     {
         return false;
     }
     ReleaseMesh(mesh);
     MarkDirty();
     return true;
+}
+
+bool Scene::IsAmong(const std::vector<Mesh*>& list, const Mesh* mesh)
+{
+    return mesh->m_placeInScene < list.size() && list[mesh->m_placeInScene] == mesh;
+}
+
+void Scene::TakeOut(std::vector<Mesh*>& list, const Mesh* mesh)
+{
+    list.back()->m_placeInScene = mesh->m_placeInScene;
+    list[mesh->m_placeInScene] = list.back();
+    list.pop_back();
+}
+
+void Scene::SortMeshes()
+{
+    std::sort(m_meshes.begin(), m_meshes.end(), std::less<>());
+    for (std::size_t i = 0; i < m_meshes.size(); ++i)
+    {
+        m_meshes[i]->m_placeInScene = static_cast<std::uint32_t>(i);
+    }
+}
+
+const std::set<Mesh*>& Scene::GetMeshes() const
+{
+    if (!m_meshSet)
+    {
+        m_meshSet = std::make_unique<std::set<Mesh*>>(m_meshes.begin(), m_meshes.end());
+    }
+    return *m_meshSet;
 }
 
 bool Scene::AddLine(Line* line)
@@ -212,7 +272,7 @@ void Scene::ReleaseMesh(Mesh* mesh)
     // A line that was also given to SetScene stands among the meshes as well, and has to be
     // able to leave both.
     const bool isLine = mesh->HasType(NodeTypeLine);
-    if (meshes.count(mesh) == 0 && !(isLine && lines.count(static_cast<Line*>(mesh)) != 0))
+    if (!IsAmong(m_meshes, mesh) && !(isLine && lines.count(static_cast<Line*>(mesh)) != 0))
     {
         mesh->scene = nullptr;
     }
@@ -259,7 +319,26 @@ void Scene::Suspend()
     SuspendAll(lines, walk, this);
     SuspendAll(optimizedMaterials, walk, this);
     SuspendAll(alphaMaterials, walk, this);
-    SuspendAll(meshes, walk, this);
+    // By address, whatever the end of render data leads to meanwhile.
+    Mesh* last = nullptr;
+    std::size_t next = 0;
+    for (bool isInOrder = false; !walk.IsGone(this);)
+    {
+        if (!isInOrder)
+        {
+            SortMeshes();
+            const auto behind = std::upper_bound(m_meshes.begin(), m_meshes.end(), last, std::less<>());
+            next = static_cast<std::size_t>(behind - m_meshes.begin());
+        }
+        if (next == m_meshes.size())
+        {
+            return;
+        }
+        last = m_meshes[next++];
+        const std::uint64_t revision = m_meshesRevision;
+        last->Suspend();
+        isInOrder = !walk.IsGone(this) && m_meshesRevision == revision;
+    }
 }
 
 void Scene::Resume()
@@ -280,7 +359,7 @@ void Scene::Resume()
     {
         material->Resume();
     }
-    for (Mesh* mesh : meshes)
+    for (Mesh* mesh : m_meshes)
     {
         mesh->Resume();
     }

@@ -2,8 +2,10 @@
 
 #include "orvane/Export.h"
 #include "orvane/scene/AlphaMeshNode.h"
+#include "orvane/scene/PointerSpan.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <set>
 #include <string>
@@ -203,10 +205,15 @@ public:
         return lines;
     }
 
-    /// Ordered by address. Lines are not among them.
-    const std::set<Mesh*>& GetMeshes() const
+    /// Ordered by address, as a set that the scene keeps from now on: EachMesh needs none. Lines are
+    /// not among them.
+    const std::set<Mesh*>& GetMeshes() const;
+
+    /// The same meshes in no order, for whoever goes through them at once: good until a mesh comes or
+    /// leaves.
+    PointerSpan<Mesh> EachMesh() const
     {
-        return meshes;
+        return PointerSpan<Mesh>(m_meshes.data(), m_meshes.size());
     }
 
     const std::vector<LineStyle*>& GetLineStyles() const
@@ -318,7 +325,6 @@ protected:
     CameraNode* defaultCamera = nullptr;
     std::vector<Material*> alphaMaterials;
     std::vector<Material*> optimizedMaterials;
-    std::set<Mesh*> meshes;
     std::vector<LineStyle*> lineStyles;
     std::set<Line*> lines;
     /// A derived class may reorder the items and write their z, but not add or remove any.
@@ -347,7 +353,7 @@ private:
     struct Contents
     {
         Node* root = nullptr;
-        std::set<Mesh*> meshes;
+        std::vector<Mesh*> meshes;
         std::set<Line*> lines;
         std::vector<LineStyle*> lineStyles;
         std::vector<Material*> optimizedMaterials;
@@ -396,6 +402,15 @@ private:
     void PostponeDeletion(Node* top);
     static void DeleteDetached(Node* top);
 
+    /// Whether a mesh stands in a list of meshes of this scene: it knows its place there.
+    static bool IsAmong(const std::vector<Mesh*>& list, const Mesh* mesh);
+
+    /// Takes out a mesh that is there; the last one takes its place.
+    static void TakeOut(std::vector<Mesh*>& list, const Mesh* mesh);
+
+    /// Brings the meshes into the order of their addresses.
+    void SortMeshes();
+
     /// Takes a mesh or line out of the registries of any other scene.
     void LeaveOtherScene(Mesh* mesh);
 
@@ -425,6 +440,9 @@ private:
     void DropGoneDrawItems() const;
     void ClearDrawItems();
 
+    std::vector<Mesh*> m_meshes; ///< in no order
+    std::uint64_t m_meshesRevision = 0;
+    mutable std::unique_ptr<std::set<Mesh*>> m_meshSet; ///< null until it is asked for
     /// Out of the scene by a Clear, and to be deleted when the walks are over.
     std::vector<Contents> m_setAside;
     /// Heads of the lists of all nodes of this scene, attached or not: of those that every walk has

@@ -13,6 +13,8 @@
 #include "orvane/scene/detail/Subtree.h"
 #include "orvane/scene/detail/TreeCursor.h"
 
+#include <algorithm>
+#include <functional>
 #include <memory>
 #include <new>
 #include <utility>
@@ -30,9 +32,9 @@ void DeleteNodesFromBelow(Node* top)
 {
     for (Node* node = top; node;)
     {
-        if (!node->GetChildren().empty())
+        if (Node* const child = node->GetFirstChild())
         {
-            node = node->GetChildren().front();
+            node = child;
             continue;
         }
         Node* const next = node == top ? nullptr : node->GetParent();
@@ -124,7 +126,12 @@ Scene::Contents Scene::TakeContents()
     Contents taken;
     taken.root = std::exchange(root, nullptr);
     defaultCamera = nullptr;
-    taken.meshes.swap(meshes);
+    taken.meshes.swap(m_meshes);
+    ++m_meshesRevision;
+    if (m_meshSet)
+    {
+        m_meshSet->clear();
+    }
     taken.lines.swap(lines);
     taken.lineStyles.swap(lineStyles);
     taken.optimizedMaterials.swap(optimizedMaterials);
@@ -135,6 +142,8 @@ Scene::Contents Scene::TakeContents()
 void Scene::Delete(Contents& contents)
 {
     DeleteDetached(contents.root);
+    // By address, as ever since they stood in a set.
+    std::sort(contents.meshes.begin(), contents.meshes.end(), std::less<>());
     for (Mesh* mesh : contents.meshes)
     {
         // A line that was also given to SetScene stands in both.
@@ -226,8 +235,9 @@ bool Scene::TakeBack(Mesh* mesh)
 {
     for (Contents& contents : m_setAside)
     {
-        if (contents.meshes.erase(mesh) != 0)
+        if (IsAmong(contents.meshes, mesh))
         {
+            TakeOut(contents.meshes, mesh);
             return true;
         }
     }

@@ -113,11 +113,12 @@ void Scene::PopulateZOrderedDrawItems()
     ClearDrawItems();
     for (const Material* material : alphaMaterials)
     {
-        for (Mesh* mesh : material->GetMeshes())
+        for (Mesh* mesh : material->EachMesh())
         {
-            for (MeshNode* node : mesh->GetNodes())
+            // By number: the first item makes the mesh keep a list.
+            for (std::size_t i = 0; i < mesh->EachNode().size(); ++i)
             {
-                AppendDrawItem(node, mesh);
+                AppendDrawItem(mesh->EachNode()[i], mesh);
             }
         }
     }
@@ -148,13 +149,13 @@ void Scene::AppendDrawItem(MeshNode* node, Mesh* mesh)
 void Scene::UnlinkDrawItem(DrawItemLink& link)
 {
     // The last place of each list takes that of the one which leaves.
-    std::vector<DrawItemPlace>& ofNode = link.node->m_links->drawItems;
+    std::vector<DrawItemPlace>& ofNode = link.node->GetLinks()->drawItems;
     const DrawItemPlace lastOfNode = ofNode.back();
     ofNode[link.placeAtNode] = lastOfNode;
     lastOfNode.scene->m_drawItemLinks[lastOfNode.number].placeAtNode = link.placeAtNode;
     ofNode.pop_back();
 
-    std::vector<DrawItemPlace>& ofMesh = link.mesh->m_extras->drawItems;
+    std::vector<DrawItemPlace>& ofMesh = link.mesh->m_nodes.GetExtras()->drawItems;
     const DrawItemPlace lastOfMesh = ofMesh.back();
     ofMesh[link.placeAtMesh] = lastOfMesh;
     lastOfMesh.scene->m_drawItemLinks[lastOfMesh.number].placeAtMesh = link.placeAtMesh;
@@ -305,7 +306,7 @@ void Scene::GetBoundingBox(Vector& boxMin, Vector& boxMax)
         {
             continue;
         }
-        for (const Mesh* mesh : static_cast<MeshNode*>(node)->GetMeshes())
+        for (const Mesh* mesh : static_cast<MeshNode*>(node)->EachMesh())
         {
             for (const Vector& position : mesh->GetPositionBuffer())
             {

@@ -197,7 +197,7 @@ RayCaster::RayCaster(const Scene& scene, const Choice& choice)
     std::vector<Point3d> points;
     for (MeshNode* node : Detail::MeshNodesOf(scene))
     {
-        for (Mesh* mesh : node->GetMeshes())
+        for (Mesh* mesh : node->EachMesh())
         {
             const Faces faces = choice ? choice(*node, *mesh) : ShownFaces(*node, *mesh);
             if (faces == Faces::None)

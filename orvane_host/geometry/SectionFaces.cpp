@@ -74,14 +74,14 @@ void SectionFaces::Open(const std::vector<SectionPlane>& planes)
     for (Material* material : materials)
     {
         std::vector<Mesh*> cut;
-        std::copy_if(material->GetMeshes().begin(), material->GetMeshes().end(), std::back_inserter(cut),
+        std::copy_if(material->EachMesh().begin(), material->EachMesh().end(), std::back_inserter(cut),
                      [&](const Mesh* mesh) { return Detail::IsCut(*mesh, planes); });
         if (cut.empty())
         {
             continue;
         }
         // A copy has the fields of a plain material only.
-        if (cut.size() == material->GetMeshes().size() || material->Type() != NodeTypeMaterial)
+        if (cut.size() == material->EachMesh().size() || material->Type() != NodeTypeMaterial)
         {
             m_opened.push_back(material);
             continue;
@@ -122,9 +122,9 @@ void SectionFaces::Heal()
     {
         m_scene.RemoveMaterial(copy.material);
         // The order of the meshes is that of their creation, whoever had them meanwhile.
-        while (!copy.material->GetMeshes().empty())
+        while (!copy.material->EachMesh().empty())
         {
-            Mesh* const mesh = *copy.material->GetMeshes().begin();
+            Mesh* const mesh = *copy.material->EachMesh().begin();
             copy.material->RemoveMesh(mesh);
             if (IsIn(m_scene, copy.original))
             {

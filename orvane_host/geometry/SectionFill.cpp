@@ -46,10 +46,10 @@ void SectionFill::ShowInsides(Scene& scene, const std::vector<SectionPlane>& pla
     for (Material* material : materials)
     {
         std::vector<Mesh*> cut;
-        std::copy_if(material->GetMeshes().begin(), material->GetMeshes().end(), std::back_inserter(cut),
+        std::copy_if(material->EachMesh().begin(), material->EachMesh().end(), std::back_inserter(cut),
                      [&](const Mesh* mesh) { return Detail::IsCut(*mesh, planes); });
         Material* open = material;
-        if (!cut.empty() && cut.size() < material->GetMeshes().size())
+        if (!cut.empty() && cut.size() < material->EachMesh().size())
         {
             open = Detail::CopyOf(*material);
             scene.AddMaterial(open);

@@ -63,7 +63,7 @@ private:
 std::uint64_t CountNodes(const Mesh& mesh)
 {
     constexpr unsigned int excluded = NodeFlagHidden | NodeFlagCulled | NodeFlagHasNodeMaterial;
-    const std::vector<MeshNode*>& nodes = mesh.GetNodes();
+    const PointerSpan<MeshNode> nodes = mesh.EachNode();
     return static_cast<std::uint64_t>(
         std::count_if(nodes.begin(), nodes.end(), [](const MeshNode* node)
                       { return (node->GetFlags() & excluded) == 0 && node->ReadyToDraw(); }));
@@ -71,7 +71,7 @@ std::uint64_t CountNodes(const Mesh& mesh)
 
 void CountMaterial(const Material& material, DrawCounts& counts, std::set<unsigned int>& buffers)
 {
-    for (const Mesh* mesh : material.GetMeshes())
+    for (const Mesh* mesh : material.EachMesh())
     {
         const auto* data = dynamic_cast<const MeshES20*>(mesh->GetRenderData());
         if (!data || data->vertexBufferId == 0 || data->indexCount == 0 || !mesh->ReadyToDraw())

@@ -24,7 +24,8 @@ std::vector<const Node*> NodesOf(const std::vector<Node*>& tops)
     std::vector<const Node*> found(tops.begin(), tops.end());
     for (std::size_t i = 0; i < found.size(); ++i)
     {
-        found.insert(found.end(), found[i]->GetChildren().begin(), found[i]->GetChildren().end());
+        const NodeChildren children = found[i]->EachChild();
+        found.insert(found.end(), children.begin(), children.end());
     }
     return found;
 }
@@ -35,7 +36,7 @@ void DeleteUnused(const std::set<Mesh*>& meshes, Scene& scene)
     std::set<Material*> materials;
     for (Mesh* const mesh : meshes)
     {
-        if (mesh->GetNodes().empty())
+        if (mesh->EachNode().empty())
         {
             materials.insert(mesh->GetMaterial());
             delete mesh;
@@ -43,7 +44,7 @@ void DeleteUnused(const std::set<Mesh*>& meshes, Scene& scene)
     }
     for (Material* const material : materials)
     {
-        if (material && material->GetMeshes().empty() && scene.RemoveMaterial(material))
+        if (material && material->EachMesh().empty() && scene.RemoveMaterial(material))
         {
             delete material;
         }
@@ -72,7 +73,7 @@ void Presentation::Impl::TakeFirstFile(const std::string& path)
         return;
     }
     Content content;
-    for (Node* const top : World().GetRoot()->GetChildren())
+    for (Node* const top : World().GetRoot()->EachChild())
     {
         if (top != &Camera())
         {
@@ -137,7 +138,8 @@ void Presentation::Impl::TakeFileOut(std::size_t place)
     {
         if (const auto* const meshNode = dynamic_cast<const MeshNode*>(node))
         {
-            shown.insert(meshNode->GetMeshes().begin(), meshNode->GetMeshes().end());
+            const PointerSpan<Mesh> meshes = meshNode->EachMesh();
+            shown.insert(meshes.begin(), meshes.end());
         }
     }
     for (Node* const top : m_contents[place].tops)

@@ -58,7 +58,8 @@ std::uint64_t CountNodes(const Node& top)
         const Node* const node = pending.back();
         pending.pop_back();
         ++count;
-        pending.insert(pending.end(), node->GetChildren().begin(), node->GetChildren().end());
+        const NodeChildren children = node->EachChild();
+        pending.insert(pending.end(), children.begin(), children.end());
     }
     return count;
 }
@@ -125,9 +126,9 @@ Presentation::Impl::~Impl()
 void Presentation::Impl::CountModel()
 {
     report.nodes = CountNodes(*World().GetRoot());
-    report.meshes = World().GetMeshes().size();
+    report.meshes = World().EachMesh().size();
     report.triangles = 0;
-    for (const Mesh* mesh : World().GetMeshes())
+    for (const Mesh* mesh : World().EachMesh())
     {
         const bool isPoints = mesh->GetMaterial() && (mesh->GetMaterial()->GetFlags() & MaterialFlagPoints) != 0;
         report.triangles += isPoints ? 0 : mesh->GetNumIndices() / 3;
@@ -418,8 +419,12 @@ void Presentation::Impl::ForgetGone()
     nodes.erase(std::remove_if(nodes.begin(), nodes.end(),
                                [&](const ImportedNode& node) { return isGone(node.node); }), nodes.end());
     ForgetPaths();
+    const PointerSpan<Mesh> all = World().EachMesh();
+    std::vector<const Mesh*> known(all.begin(), all.end());
+    std::sort(known.begin(), known.end());
     meshes.erase(std::remove_if(meshes.begin(), meshes.end(),
-                                [&](const ImportedMesh& mesh) { return World().GetMeshes().count(mesh.mesh) == 0; }),
+                                [&](const ImportedMesh& mesh)
+                                { return !std::binary_search(known.begin(), known.end(), mesh.mesh); }),
                  meshes.end());
     for (auto entry = m_highlights.begin(); entry != m_highlights.end();)
     {
@@ -452,7 +457,8 @@ std::vector<const Node*> Presentation::Impl::AllNodes() const
     std::vector<const Node*> found = {World().GetRoot()};
     for (std::size_t i = 0; i < found.size(); ++i)
     {
-        found.insert(found.end(), found[i]->GetChildren().begin(), found[i]->GetChildren().end());
+        const NodeChildren children = found[i]->EachChild();
+        found.insert(found.end(), children.begin(), children.end());
     }
     std::sort(found.begin(), found.end());
     return found;

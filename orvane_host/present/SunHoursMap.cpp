@@ -165,9 +165,9 @@ std::vector<SunHoursMap::Face> SunHoursMap::FacesBelow(Node& node) const
     {
         Node* const place = pending.back();
         pending.pop_back();
-        pending.insert(pending.end(), place->GetChildren().rbegin(), place->GetChildren().rend());
+        pending.insert(pending.end(), place->EachChild().rbegin(), place->EachChild().rend());
         const auto* const meshNode = dynamic_cast<MeshNode*>(place);
-        for (const Mesh* mesh : meshNode ? meshNode->GetMeshes() : std::vector<Mesh*>())
+        for (const Mesh* mesh : meshNode ? meshNode->EachMesh() : PointerSpan<Mesh>())
         {
             const bool isPoints = mesh->GetMaterial() && (mesh->GetMaterial()->GetFlags() & MaterialFlagPoints) != 0;
             if (!isPoints && RayCaster::ShownFaces(*meshNode, *mesh) != RayCaster::Faces::None)

@@ -144,13 +144,13 @@ void VisitScene(const Scene& scene, const SceneFit::Filter& counts, const Axes& 
     {
         Node* node = open.back();
         open.pop_back();
-        open.insert(open.end(), node->GetChildren().begin(), node->GetChildren().end());
+        open.insert(open.end(), node->EachChild().begin(), node->EachChild().end());
         const auto* meshNode = dynamic_cast<const MeshNode*>(node);
         if (!meshNode)
         {
             continue;
         }
-        for (const Mesh* mesh : meshNode->GetMeshes())
+        for (const Mesh* mesh : meshNode->EachMesh())
         {
             if (counts(*meshNode, *mesh))
             {

@@ -88,7 +88,7 @@ std::vector<Mesh*> Model::MeshesOf(const Node* top) const
     std::copy_if(m_meshes.begin(), m_meshes.end(), std::back_inserter(found),
                  [top](const Mesh* mesh)
                  {
-                     const std::vector<MeshNode*>& nodes = mesh->GetNodes();
+                     const PointerSpan<MeshNode> nodes = mesh->EachNode();
                      return top && !nodes.empty()
                          && std::all_of(nodes.begin(), nodes.end(),
                                         [top](const MeshNode* node) { return IsBelow(node, *top); });

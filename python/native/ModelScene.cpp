@@ -214,7 +214,8 @@ NodeId Model::AddMesh(const std::vector<std::shared_ptr<Geometry>>& parts, Mater
 NodeId Model::AddCopy(NodeId of, const std::string& name, std::optional<NodeId> parent, const Transform& place)
 {
     auto* const source = dynamic_cast<MeshNode*>(&NodeOf(of));
-    std::vector<Mesh*> shown = source ? source->GetMeshes() : std::vector<Mesh*>();
+    const PointerSpan<Mesh> meshes = source ? source->EachMesh() : PointerSpan<Mesh>();
+    std::vector<Mesh*> shown(meshes.begin(), meshes.end());
     shown.erase(std::remove_if(shown.begin(), shown.end(), [&](Mesh* mesh) { return m_meshes.count(mesh) == 0; }),
                 shown.end());
     if (shown.empty())
@@ -282,7 +283,7 @@ bool Model::RemoveOrphans()
     for (auto entry = m_meshes.begin(); entry != m_meshes.end();)
     {
         Mesh* const mesh = *entry;
-        if (!mesh->GetNodes().empty())
+        if (!mesh->EachNode().empty())
         {
             ++entry;
             continue;

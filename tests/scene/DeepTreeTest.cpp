@@ -200,14 +200,19 @@ TEST(DeepTree, GrowsWithoutALookAtAllThatIsAbove)
 {
     Scene scene;
     const std::vector<Node*> chain = MakeChain<Node>(scene, levels);
-    const auto forbid = [&] { return Forbid(chain[100], chain[levels - 100]); };
+    const auto forbid = [&] { return ForbidRun(chain, 100, levels - 100); };
     Node* const leaf = new Node(&scene);
+    Node* const top = new Node(&scene);
+    // What a first child takes from the heap may come from between the nodes.
+    for (Node* const parent : {chain.back(), top})
+    {
+        parent->AddChild(new Node(&scene), false);
+    }
     ExpectUntouched(forbid, [&] { chain.back()->AddChild(leaf, false); });
     Node* const pair = new Node(&scene);
     pair->AddChild(new Node(&scene), false);
     ExpectUntouched(forbid, [&] { chain.back()->AddChild(pair, false); });
     // The whole chain below something new.
-    Node* const top = new Node(&scene);
     ExpectUntouched(forbid, [&] { top->AddChild(chain[0], false); });
     // Another process has put them into its tree.
     for (Node* made : {leaf, pair, top})

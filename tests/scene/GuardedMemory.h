@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <sys/mman.h>
 #include <unistd.h>
+#include <vector>
 
 namespace OV::Test
 {
@@ -27,6 +29,27 @@ inline std::size_t Forbid(const void* from, const void* to)
         return 0;
     }
     return high - low;
+}
+
+/// Forbids what lies between the objects of a list that were made one right after the other, as far
+/// as no others came to lie between them: of the longest such run.
+template <class T>
+std::size_t ForbidRun(const std::vector<T*>& objects, std::size_t first, std::size_t last)
+{
+    const auto address = [&](std::size_t i) { return reinterpret_cast<std::uintptr_t>(objects[i]); };
+    std::size_t longest = 0;
+    std::size_t begin = first;
+    std::size_t run = first;
+    for (std::size_t i = first + 1; i < last; ++i)
+    {
+        run = address(i) > address(i - 1) && address(i) - address(i - 1) < 2 * sizeof(T) ? run : i;
+        if (i - run > longest)
+        {
+            longest = i - run;
+            begin = run;
+        }
+    }
+    return Forbid(objects[begin], objects[begin + longest]);
 }
 
 /// Expects work to end well in a process of its own in which prepare has forbidden memory.

@@ -33,7 +33,7 @@ protected:
         {
             nodes.push_back(new MeshNode(&scene));
         }
-        // Apart from the nodes, so that the entries of the lists lie together.
+        // Apart from the nodes, which lie together.
         for (MeshNode* const node : nodes)
         {
             parent->AddChild(node, false);
@@ -45,14 +45,10 @@ protected:
         scene.PopulateZOrderedDrawItems();
     }
 
-    /// What lies between the entries of the parent's list, and the nodes themselves.
+    /// Nodes far from both ends.
     std::size_t ForbidSiblings() const
     {
-        const auto first = std::next(parent->GetChildren().begin(), 1000);
-        const auto last = std::next(first, many - 2000);
-        const Node* const* const firstEntry = &*first;
-        const Node* const* const lastEntry = &*last;
-        return Forbid(firstEntry, lastEntry);
+        return ForbidRun(nodes, 1000, many - 1000);
     }
 
     /// What lies between two entries of a vector.

@@ -10,9 +10,9 @@ namespace OV::Detail
 /// below another and go with it; the last first, which moves no others.
 inline void DeleteNodes(Scene& scene, const Mesh& mesh)
 {
-    while (!mesh.GetNodes().empty())
+    while (!mesh.EachNode().empty())
     {
-        scene.DeleteSubtree(mesh.GetNodes().back());
+        scene.DeleteSubtree(mesh.EachNode().back());
     }
 }
 

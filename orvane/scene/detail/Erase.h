@@ -1,5 +1,7 @@
 #pragma once
 
+#include "orvane/scene/PointerSpan.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <vector>
@@ -13,7 +15,7 @@ constexpr int shortList = 256;
 
 /// The place of the first such entry, or the length of the list.
 template <class T>
-std::size_t IndexOf(const std::vector<T*>& list, const T* entry)
+std::size_t IndexOf(const PointerSpan<T>& list, const T* entry)
 {
     return static_cast<std::size_t>(std::find(list.begin(), list.end(), entry) - list.begin());
 }
@@ -52,6 +54,12 @@ void EraseAll(std::vector<T*>& list, const T* entry)
 
 template <class T>
 bool Contains(const std::vector<T*>& list, const T* entry)
+{
+    return std::find(list.begin(), list.end(), entry) != list.end();
+}
+
+template <class T>
+bool Contains(const PointerSpan<T>& list, const T* entry)
 {
     return std::find(list.begin(), list.end(), entry) != list.end();
 }

@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <list>
 
 namespace OV::detail
 {
@@ -71,13 +70,6 @@ struct MarkedChildren
 private:
     static Node* Merged(Node* a, Node* b);
     static Node* Sorted(Node* list, std::uint32_t length);
-};
-
-/// The children of a node, and which of them are marked.
-struct Children
-{
-    std::list<Node*> list;
-    MarkedChildren marked;
 };
 
 } // namespace OV::detail

@@ -14,6 +14,7 @@ namespace OV
 /// What few meshes have.
 struct Mesh::Extras
 {
+    std::vector<MeshNode*> nodes;
     /// The slot of the mesh alone.
     std::unique_ptr<Object> renderData;
     /// One for each entry of the nodes, rising, and kept where the node has left: a node that

@@ -13,6 +13,7 @@ namespace OV
 /// What few mesh nodes have.
 struct MeshNode::Links
 {
+    std::vector<Mesh*> meshes;
     /// Of the meshes after the first.
     std::vector<std::uint64_t> laterRanks;
     std::vector<NodeLineStyle*> lineStyles;

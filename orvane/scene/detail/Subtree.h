@@ -22,7 +22,7 @@ inline std::vector<Node*> CollectSubtree(Node* top)
         Node* const node = pending.back();
         pending.pop_back();
         subtree.push_back(node);
-        const auto& children = node->GetChildren();
+        const NodeChildren children = node->EachChild();
         pending.insert(pending.end(), children.rbegin(), children.rend());
     }
     return subtree;

@@ -2,9 +2,7 @@
 
 #include "orvane/base/detail/Prefetch.h"
 #include "orvane/scene/Node.h"
-#include "orvane/scene/detail/MarkedChildren.h"
-
-#include <list>
+#include "orvane/scene/detail/Children.h"
 
 namespace OV::detail
 {
@@ -95,16 +93,15 @@ private:
 class ChildCursor final : public TreeCursor
 {
 public:
-    /// @param marked those of the children that are walked as long as they stand in order; null for
-    /// all children.
-    ChildCursor(const Node* parent, TreeWalks& walks, MarkedChildren* marked) :
+    /// @param marked whether those alone are walked that are marked, as long as they stand in order.
+    ChildCursor(const Node* parent, TreeWalks& walks, bool marked) :
         TreeCursor(parent, walks),
-        m_children(parent->GetChildren()), m_next(m_children.begin()), m_marked(marked)
+        m_next(parent->GetFirstChild()), m_marked(marked ? &parent->OwnChildren()->marked : nullptr)
     {
         ++walks.depth;
         if (m_marked)
         {
-            m_marked->Sort(m_children.size());
+            m_marked->Sort(parent->OwnChildren()->count);
             m_updateID = m_marked->updateID;
         }
     }
@@ -135,10 +132,10 @@ public:
         }
         if (m_isOnChild)
         {
-            ++m_next;
+            m_next = m_next->GetNextSibling();
         }
-        m_isOnChild = m_next != m_children.end();
-        return m_isOnChild ? *m_next : nullptr;
+        m_isOnChild = m_next != nullptr;
+        return m_next;
     }
 
 private:
@@ -147,11 +144,11 @@ private:
         m_node = m_node ? m_node->m_nextMarked : m_marked->first;
         if (!m_node)
         {
-            m_next = m_children.end();
+            m_next = nullptr;
         }
         else if (const Node* const ahead = m_node->m_nextMarked)
         {
-            Prefetch(ahead, &ahead->m_extras);
+            Prefetch(ahead, &ahead->m_previousOfScene);
         }
         return m_node;
     }
@@ -162,7 +159,7 @@ private:
         m_marked = nullptr;
         if (m_node)
         {
-            m_next = m_node->m_entry;
+            m_next = m_node;
             m_isOnChild = true;
         }
     }
@@ -177,15 +174,14 @@ private:
         {
             WalkAllTheRest();
         }
-        if (m_next != m_children.end() && *m_next == child)
+        if (m_next == child)
         {
-            ++m_next;
+            m_next = child->GetNextSibling();
             m_isOnChild = false;
         }
     }
 
-    const std::list<Node*>& m_children;
-    std::list<Node*>::const_iterator m_next;
+    Node* m_next; ///< the child that it is on or that is next; null at the end
     bool m_isOnChild = false;
     MarkedChildren* m_marked;
     unsigned int m_updateID = 0;

@@ -48,7 +48,7 @@ std::shared_ptr<RawLine> MakeRawLine(const FeatureEdge* first, const FeatureEdge
 std::vector<std::shared_ptr<RawMesh>> EdgeParts(const MeshNode& node)
 {
     std::vector<std::shared_ptr<RawMesh>> parts;
-    for (Mesh* mesh : node.GetMeshes())
+    for (Mesh* mesh : node.EachMesh())
     {
         if (HasEdges(*mesh))
         {

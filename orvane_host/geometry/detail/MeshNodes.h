@@ -26,7 +26,7 @@ inline std::vector<MeshNode*> MeshNodesOf(const Scene& scene)
         {
             found.push_back(meshNode);
         }
-        pending.insert(pending.end(), node->GetChildren().rbegin(), node->GetChildren().rend());
+        pending.insert(pending.end(), node->EachChild().rbegin(), node->EachChild().rend());
     }
     return found;
 }

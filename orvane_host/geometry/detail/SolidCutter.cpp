@@ -177,7 +177,7 @@ bool MayCut(const Vector& low, const Vector& high, const Transform& toWorld, con
 const SolidCutter::Shells& SolidCutter::ShellsOf(const MeshNode& node)
 {
     Geometry parts;
-    for (const Mesh* mesh : node.GetMeshes())
+    for (const Mesh* mesh : node.EachMesh())
     {
         if (CanBeSolid(*mesh))
         {
@@ -254,7 +254,7 @@ std::vector<MeshNode*> ShownMeshNodes(const Scene& scene)
 
 bool IsCut(const Mesh& mesh, const std::vector<SectionPlane>& planes)
 {
-    const std::vector<MeshNode*>& nodes = mesh.GetNodes();
+    const PointerSpan<MeshNode> nodes = mesh.EachNode();
     return std::any_of(nodes.begin(), nodes.end(), [&](const MeshNode* node) {
         return std::any_of(planes.begin(), planes.end(),
                            [&](const SectionPlane& plane) { return IsCut(mesh, *node, plane); });

@@ -76,7 +76,7 @@ Node* NewNode(Node& node, Scene& scene, float scale)
     {
         return NewLight(*light, scene);
     }
-    const auto* const place = dynamic_cast<const MeshNode*>(&node);
+    auto* const place = dynamic_cast<MeshNode*>(&node);
     if (!place)
     {
         return new Node(&scene);
@@ -84,9 +84,11 @@ Node* NewNode(Node& node, Scene& scene, float scale)
     auto* const twin = new MeshNode(&scene);
     twin->SetFlags(static_cast<NodeFlags>(place->GetFlags()), false);
     // The meshes are on their way to the other scene themselves.
-    const std::vector<Mesh*> meshes = place->GetMeshes();
+    const std::vector<Mesh*> meshes(place->EachMesh().begin(), place->EachMesh().end());
     for (Mesh* const mesh : meshes)
     {
+        // First, so that the mesh of one node never has two: it would keep a list.
+        mesh->RemoveNode(place);
         mesh->AddNode(twin);
     }
     return twin;
@@ -113,7 +115,7 @@ Node* MoveTree(Node& top, Scene& scene, double scale, std::uint64_t number, Twin
             path.front().second = number;
             twin->SetPath(path);
         }
-        const std::list<Node*>& children = node->GetChildren();
+        const NodeChildren children = node->EachChild();
         for (auto child = children.rbegin(); child != children.rend(); ++child)
         {
             left.emplace_back(*child, twin);
@@ -147,7 +149,7 @@ void MoveLines(Scene& from, Scene& to, const Twins& twins)
         {
             style->AddLine(twin);
         }
-        for (MeshNode* const node : line->GetNodes())
+        for (MeshNode* const node : line->EachNode())
         {
             if (twins.count(node) == 0)
             {
@@ -172,7 +174,7 @@ std::vector<Node*> MoveInto(Scene& scene, ImportResult& model, double scale, std
     from->GetRoot()->UpdateGraph();
     Twins twins;
     std::vector<Node*> tops;
-    for (Node* const top : from->GetRoot()->GetChildren())
+    for (Node* const top : from->GetRoot()->EachChild())
     {
         // The camera of a new scene is none of the file's.
         if (top != from->GetCameraNode())
@@ -182,18 +184,9 @@ std::vector<Node*> MoveInto(Scene& scene, ImportResult& model, double scale, std
     }
     MoveMaterials(*from, scene);
     MoveLines(*from, scene, twins);
-    const std::set<Mesh*> meshes = from->GetMeshes();
-    for (Mesh* const mesh : meshes)
+    while (!from->EachMesh().empty())
     {
-        const std::vector<MeshNode*> nodes = mesh->GetNodes();
-        for (MeshNode* const node : nodes)
-        {
-            if (twins.count(node) != 0)
-            {
-                mesh->RemoveNode(node);
-            }
-        }
-        mesh->SetScene(&scene);
+        from->EachMesh().back()->SetScene(&scene);
     }
     for (ImportedNode& node : model.nodes)
     {

@@ -33,7 +33,7 @@ void FetchBegin(const std::vector<Vector>& values)
     }
 }
 
-bool Contains(const std::vector<Mesh*>& meshes, const Mesh* mesh)
+bool Contains(const PointerSpan<Mesh>& meshes, const Mesh* mesh)
 {
     return std::find(meshes.begin(), meshes.end(), mesh) != meshes.end();
 }
@@ -42,15 +42,15 @@ bool Contains(const std::vector<Mesh*>& meshes, const Mesh* mesh)
 
 bool Batches::IsWorthwhile(const Scene& scene)
 {
-    std::size_t count = scene.GetMeshes().size();
+    std::size_t count = scene.EachMesh().size();
     if (count >= kWorthwhile)
     {
         return true;
     }
     count = 0;
-    for (const Mesh* mesh : scene.GetMeshes())
+    for (const Mesh* mesh : scene.EachMesh())
     {
-        count += mesh->GetNodes().size();
+        count += mesh->EachNode().size();
     }
     return count >= kWorthwhile;
 }
@@ -116,7 +116,7 @@ void Batches::NodeChanged(Node& node, NodeChange change)
         for (Index i = first; i != kNone; i = m_members[i].nextOfNode)
         {
             Member& member = m_members[i];
-            if (!member.isGone && !Contains(member.node->GetMeshes(), member.mesh))
+            if (!member.isGone && !Contains(member.node->EachMesh(), member.mesh))
             {
                 member.isGone = true;
                 m_gone.push_back(i);
@@ -197,14 +197,14 @@ void Batches::Start()
     m_hasStarted = true;
     ChooseAnchor();
     std::size_t count = 0;
-    for (const Mesh* mesh : GetListenedScene()->GetMeshes())
+    for (const Mesh* mesh : GetListenedScene()->EachMesh())
     {
-        count += mesh->GetNodes().size();
+        count += mesh->EachNode().size();
     }
     m_members.reserve(count);
-    for (Mesh* mesh : GetListenedScene()->GetMeshes())
+    for (Mesh* mesh : GetListenedScene()->EachMesh())
     {
-        for (MeshNode* node : mesh->GetNodes())
+        for (MeshNode* node : mesh->EachNode())
         {
             if (FirstOf(*node) == kNone)
             {
@@ -217,9 +217,9 @@ void Batches::Start()
 void Batches::ChooseAnchor()
 {
     WorldBox box = WorldBox::Empty();
-    for (const Mesh* mesh : GetListenedScene()->GetMeshes())
+    for (const Mesh* mesh : GetListenedScene()->EachMesh())
     {
-        for (const MeshNode* node : mesh->GetNodes())
+        for (const MeshNode* node : mesh->EachNode())
         {
             Vector center;
             center.Multiply(node->GetGlobal(), mesh->GetSphere().center);

@@ -273,7 +273,7 @@ void Batches::MakeItems(StageAccess& renderer, Group& group, MeshStyleES20& styl
         // Whether one with a draw ID is drawn is decided anew in every frame.
         group.itemsHold = group.itemsHold && !mesh->UsingDrawID();
         const bool isDrawn = mesh->ReadyToDraw() && HasData(renderer, m_members[group.singles[i]]);
-        if (isDrawn && end - i == mesh->GetNodes().size())
+        if (isDrawn && end - i == mesh->EachNode().size())
         {
             group.items.push_back({mesh, &style, false, nullptr});
             group.spans.emplace_back(static_cast<Index>(i), static_cast<Index>(end));

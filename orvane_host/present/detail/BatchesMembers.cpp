@@ -80,7 +80,7 @@ void Batches::AddMeshes(MeshNode& node)
         }
         return false;
     };
-    for (Mesh* mesh : node.GetMeshes())
+    for (Mesh* mesh : node.EachMesh())
     {
         if (mesh->Type() == NodeTypeLine || isKnown(mesh))
         {
@@ -240,7 +240,7 @@ bool Batches::CanBeTogether(const Member& member) const
     }
     const std::size_t vertices = mesh.GetPositionBuffer().size();
     // A transform that flattens has no matrix for normals.
-    return vertices > 0 && vertices <= (mesh.GetNodes().size() > 1 ? kMostSharedVertices : kMostVertices)
+    return vertices > 0 && vertices <= (mesh.EachNode().size() > 1 ? kMostSharedVertices : kMostVertices)
         && std::isfinite(1.0 / Determinant(place));
 }
 

@@ -112,7 +112,7 @@ void HighlightRenderer::DrawScene(Scene& scene, CameraNode& camera)
     glEnable(GL_CULL_FACE);
     for (const auto& [node, color] : m_colors)
     {
-        for (Mesh* mesh : node->GetMeshes())
+        for (Mesh* mesh : node->EachMesh())
         {
             if (mesh->Type() != NodeTypeLine && mesh->GetMaterial() && mesh->ReadyToDraw()
                 && dynamic_cast<const MeshES20*>(mesh->GetRenderData()))

@@ -139,7 +139,7 @@ void LineRuns::Add(const RenderItemES20& item, const LineEffect::Pen& pen, const
         AddAt(*line, item.node, pen, toClip);
         return;
     }
-    for (const MeshNode* node : item.mesh->GetNodes())
+    for (const MeshNode* node : item.mesh->EachNode())
     {
         AddAt(*line, node, pen, toClip);
     }

@@ -317,11 +317,13 @@ void LineStage::DrawLines(PresentationFrame& frame, const Group& group, bool cor
         {
             continue;
         }
-        if (item.specificNode)
+        const PointerSpan<MeshNode> nodes = item.mesh->EachNode();
+        const bool isOne = item.specificNode || nodes.size() == 1;
+        if (isOne)
         {
-            m_node.assign(1, item.node);
+            m_node.assign(1, item.specificNode ? item.node : nodes.front());
         }
-        data->Render(m_effect.get(), item.specificNode ? m_node : item.mesh->GetNodes(), item.specificNode);
+        data->Render(m_effect.get(), isOne ? m_node : item.mesh->GetNodes(), item.specificNode);
     }
     m_effect->Remove();
 }

@@ -60,7 +60,7 @@ Mesh* PickEffect::MeshOf(unsigned int number) const
     // Render data are shared by all meshes of the same geometry and name one of them only, which
     // may be at another node.
     Mesh* found = nullptr;
-    for (Mesh* mesh : drawn->node->GetMeshes())
+    for (Mesh* mesh : drawn->node->EachMesh())
     {
         if (mesh->GetRenderData() != drawn->mesh)
         {

@@ -223,7 +223,7 @@ void ShadowStage::ListCasters(const PresentationFrame& frame, std::size_t first,
             AddCaster(item, *item.node, isGlass);
             continue;
         }
-        for (MeshNode* node : item.mesh->GetNodes())
+        for (MeshNode* node : item.mesh->EachNode())
         {
             if ((node->GetFlags() & NodeFlagHasNodeMaterial) == 0)
             {

@@ -160,13 +160,13 @@ void VisitShown(const Node& node, const SceneFit::Filter& counts, const std::vec
     {
         const Node* const next = open.back();
         open.pop_back();
-        open.insert(open.end(), next->GetChildren().begin(), next->GetChildren().end());
+        open.insert(open.end(), next->EachChild().begin(), next->EachChild().end());
         const auto* const meshNode = dynamic_cast<const MeshNode*>(next);
         if (!meshNode)
         {
             continue;
         }
-        for (const Mesh* mesh : meshNode->GetMeshes())
+        for (const Mesh* mesh : meshNode->EachMesh())
         {
             if (counts(*meshNode, *mesh))
             {

@@ -87,7 +87,7 @@ void SunMapStage::Draw(PresentationFrame& frame)
         frame.renderer.List(*material, frame.cameraData, m_items, false);
     }
     frame.renderer.Upload();
-    for (Mesh* mesh : m_scene->GetMeshes())
+    for (Mesh* mesh : m_scene->EachMesh())
     {
         // No stream of scalars is packed: the first texture coordinate is one.
         if (auto* const data = dynamic_cast<MeshES20*>(mesh->GetRenderData()))

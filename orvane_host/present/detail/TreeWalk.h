@@ -20,7 +20,7 @@ void WalkTree(Node& root, const State& state, Visit visit)
         const auto [node, above] = pending.back();
         pending.pop_back();
         const State own = visit(*node, above);
-        const auto& children = node->GetChildren();
+        const NodeChildren children = node->EachChild();
         for (auto child = children.rbegin(); child != children.rend(); ++child)
         {
             pending.emplace_back(*child, own);
