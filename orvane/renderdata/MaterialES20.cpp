@@ -11,6 +11,7 @@
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/renderdata/RenderDataStandIn.h"
 #include "orvane/renderdata/SharedBufferPool.h"
+#include "orvane/renderdata/detail/PlainDraw.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/NodeMaterial.h"
@@ -61,6 +62,15 @@ bool IsOfModel(const EffectES20* effect, EffectCache::EffectType model)
 bool IsNodeMaterial(Material& material)
 {
     return material.HasType(NodeTypeNodeMaterial);
+}
+
+detail::PlainDraw DrawOf(Mesh* mesh, MeshES20* data)
+{
+    const std::vector<MeshNode*>& nodes = mesh->GetNodes();
+    // A class of the host's may change without a word what it has inherited.
+    const bool isPlain = typeid(*mesh) == typeid(Mesh) && typeid(*data) == typeid(MeshES20) &&
+                         data->mesh == mesh && nodes.size() == 1 && mesh->GetFlags() == 0;
+    return {mesh, data, mesh->GetRawMesh().get(), isPlain ? nodes.front() : nullptr};
 }
 
 /// Null for what is none, as a host may have put into the slot. The cast, which searches the
@@ -161,9 +171,7 @@ void MaterialES20::Prepare(CameraNodeES20* camera, std::vector<RenderItemES20>& 
 void MaterialES20::ListMeshes(std::vector<RenderItemES20>& items, bool clippingPlane)
 {
     // A large scene is bound by memory: where nothing has changed, no mesh is looked at.
-    const bool holds = m_list.holds && m_list.meshes == material->GetMeshesRevision() &&
-                       m_list.listing == MeshES20::GetListingRevision() && m_list.clippingPlane == clippingPlane;
-    if (!holds)
+    if (!ListHolds() || m_list.clippingPlane != clippingPlane)
     {
         MakeList(clippingPlane);
     }
@@ -174,11 +182,18 @@ void MaterialES20::ListMeshes(std::vector<RenderItemES20>& items, bool clippingP
         // stays.
         items.reserve(needed + needed / 8);
     }
-    for (Mesh* mesh : m_list.items)
+    for (const detail::PlainDraw& listed : m_list.items)
     {
-        items.push_back({mesh, this, false, nullptr});
+        items.push_back({listed.mesh, this, false, nullptr});
     }
 }
+
+bool MaterialES20::ListHolds() const
+{
+    return m_list.holds && material && m_list.meshes == material->GetMeshesRevision() &&
+           m_list.listing == MeshES20::GetListingRevision();
+}
+
 
 void MaterialES20::MakeList(bool clippingPlane)
 {
@@ -205,7 +220,7 @@ void MaterialES20::MakeList(bool clippingPlane)
                 // What is new stands in no other list.
                 meshData->clippingPlaneEnabled = clippingPlane;
             }
-            m_list.items.push_back(mesh);
+            m_list.items.push_back(DrawOf(mesh, meshData));
         }
         else
         {

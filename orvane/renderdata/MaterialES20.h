@@ -17,6 +17,9 @@ namespace OV
 namespace detail
 {
 
+struct PlainDraw;
+class PlainDraws;
+
 /// The factors of a texture, as a loader gives them.
 struct LoadedScale;
 
@@ -112,14 +115,16 @@ public:
     float materialVScale = 1.0f;
 
 private:
+    friend class detail::PlainDraws;
+
     /// The meshes that were listed last, and under what that holds: in a steady frame none is looked
     /// at.
     struct List
     {
-        std::vector<Mesh*> items;
+        std::vector<detail::PlainDraw> items;
         bool holds = false;
         bool clippingPlane = false;
-        std::uint64_t meshes = 0;  ///< revision of the material's set of meshes
+        std::uint64_t meshes = 0;  ///< revision of the material's meshes
         std::uint64_t listing = 0; ///< revision of all meshes' render data
     };
     List m_list;
@@ -159,6 +164,9 @@ private:
     unsigned int LoadMap(std::string Material::*name);
     void ListMeshes(std::vector<RenderItemES20>& items, bool clippingPlane);
     void MakeList(bool clippingPlane);
+
+    /// Whether the list made last still says what is drawn, and how.
+    bool ListHolds() const;
     MeshES20* MeshDataOf(Mesh* mesh);
 
     /// The slots that follow the shader type: the two advanced passes.

@@ -13,6 +13,7 @@
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/renderer/detail/BorrowedVector.h"
 #include "orvane/renderer/detail/FrameState.h"
+#include "orvane/renderer/detail/PlainDraws.h"
 #include "orvane/scene/AlphaMeshNode.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/LineStyle.h"
@@ -375,6 +376,7 @@ void Renderer20::RenderItemList(CameraNodeES20* cameraData, std::vector<RenderIt
     Detail::BorrowedVector<MeshNode*> singleNode(m_singleNode);
     (*singleNode).resize(1);
     MeshStyleES20* current = nullptr;
+    detail::PlainDraws plain;
     const std::size_t prefetchEnd = items.size() > kForMesh ? items.size() - kForMesh : 0;
     for (std::size_t i = 0; i < items.size(); ++i)
     {
@@ -391,6 +393,15 @@ void Renderer20::RenderItemList(CameraNodeES20* cameraData, std::vector<RenderIt
             }
             item.style->Apply(cameraData, pass);
             current = item.style;
+            plain.Begin(current, pass);
+        }
+        if (!walk.HasLosses())
+        {
+            if (const std::size_t drawn = plain.Draw(&item, items.data() + items.size()))
+            {
+                i += drawn - 1;
+                continue;
+            }
         }
         // A host that was called since the item was listed may have deleted what it names.
         if (walk.HasLosses() && (walk.IsGone(item.mesh) || walk.IsGone(item.node)))

@@ -248,6 +248,7 @@ bool Mesh::AddNode(MeshNode* node)
         }
         throw;
     }
+    TellMaterial();
     return true;
 }
 
@@ -265,6 +266,7 @@ bool Mesh::RemoveNode(MeshNode* node)
 
 void Mesh::DropNode(std::uint64_t rank)
 {
+    TellMaterial();
     if (!HasRanks())
     {
         nodes.clear();
@@ -386,13 +388,18 @@ void Mesh::SetRenderData(Object* data, bool onRawMesh)
     }
 }
 
-void Mesh::DrawIDChanged()
+void Mesh::DrawChanged()
+{
+    TellMaterial();
+    TellNodes();
+}
+
+void Mesh::TellMaterial() const
 {
     if (material)
     {
         ++material->m_meshesRevision;
     }
-    TellNodes();
 }
 
 void Mesh::TellNodes() const
