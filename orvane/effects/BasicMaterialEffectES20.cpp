@@ -1,7 +1,6 @@
 #include "orvane/effects/BasicMaterialEffectES20.h"
 
 #include "orvane/base/GLCheckpoint.h"
-#include "orvane/base/detail/Prefetch.h"
 #include "orvane/effects/detail/BasicMaterialOptions.h"
 #include "orvane/effects/detail/RepeatedUniform.h"
 #include "orvane/effects/shaders/BasicMaterialEffectES20.frag.h"
@@ -23,6 +22,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
 namespace OV
 {
@@ -105,15 +105,6 @@ constexpr ProgramTemplate kTemplate = {
 
 /// How many draws ahead their memory is asked for.
 constexpr std::ptrdiff_t kAhead = 8;
-
-/// Asks for all that a draw touches.
-void Prefetch(const detail::PlainDraw& draw)
-{
-    detail::PrefetchHead(draw.data);
-    detail::PrefetchHead(draw.geometry);
-    // Flags, draw ID, matrix and normals stand first in it.
-    detail::PrefetchLines<4>(draw.node);
-}
 
 void PointAttribute(unsigned int attribute, int components, int stride, int offset)
 {
@@ -242,6 +233,12 @@ void BasicMaterialEffectES20::Remove()
 
 void BasicMaterialEffectES20::BindMeshAttributes(MeshES20* mesh)
 {
+    BindStreams(mesh);
+    Set(UniformIsShowFaceSides, ShowsFaceSides(mesh) ? 1 : 0);
+}
+
+void BasicMaterialEffectES20::BindStreams(MeshES20* mesh)
+{
     const int stride = mesh->GetStride();
     EnableAttribute(AttributePosition, 3, stride, mesh->GetPositionOffset());
     if (lit)
@@ -256,7 +253,6 @@ void BasicMaterialEffectES20::BindMeshAttributes(MeshES20* mesh)
     {
         EnableStream(AttributeTexture, 2, stride, mesh->GetTextureOffset());
     }
-    Set(UniformIsShowFaceSides, ShowsFaceSides(mesh) ? 1 : 0);
 }
 
 void BasicMaterialEffectES20::ReleaseMeshAttributes(MeshES20* mesh)
@@ -298,9 +294,10 @@ void BasicMaterialEffectES20::BindMeshUniforms(MeshNode* node)
 
 void BasicMaterialEffectES20::DrawPlain(const detail::PlainDraw* draw, const detail::PlainDraw* end)
 {
-    for (std::ptrdiff_t i = 0; i < std::min(kAhead, end - draw); ++i)
+    // The first was asked for with its material.
+    for (std::ptrdiff_t i = 1; i < std::min(kAhead, end - draw); ++i)
     {
-        Prefetch(draw[i]);
+        detail::Prefetch(draw[i]);
     }
     meshNodeFlag = false;
     while (draw != end)
@@ -316,7 +313,9 @@ const detail::PlainDraw* BasicMaterialEffectES20::DrawBuffer(const detail::Plain
     MeshES20::ApplyBuffer(first->vertexBufferId, first->indexBufferId);
     OV_GL_CHECKPOINT();
     clipPlanesActive = first->clippingPlaneEnabled;
-    BasicMaterialEffectES20::BindMeshAttributes(first);
+    // As BindMeshAttributes for a mesh without flags, which is not looked at.
+    BindStreams(first);
+    Set(UniformIsShowFaceSides, 0);
     DisableSpareAttributes();
     OV_GL_CHECKPOINT();
 
@@ -325,13 +324,14 @@ const detail::PlainDraw* BasicMaterialEffectES20::DrawBuffer(const detail::Plain
     const bool canRepeat = (isShaded || !lit) && !Has(UniformNumClipPlanes);
     const bool hasTexture = HasAttribute(AttributeTexture) && first->textureOffset >= 0;
     const int stride = first->stride;
-    NodeUniforms uniforms(*this);
     bool isFirstNode = true;
+    // Not made for a mesh that is alone.
+    std::optional<NodeUniforms> uniforms;
     for (;;)
     {
         if (end - draw > kAhead)
         {
-            Prefetch(draw[kAhead]);
+            detail::Prefetch(draw[kAhead]);
         }
         MeshNode& node = *draw->node;
         const int count = detail::DrawnIndexCount(*draw->data, *draw->geometry);
@@ -344,10 +344,14 @@ const detail::PlainDraw* BasicMaterialEffectES20::DrawBuffer(const detail::Plain
             }
             else
             {
-                uniforms.SendProduct(node);
+                if (!uniforms)
+                {
+                    uniforms.emplace(*this);
+                }
+                uniforms->SendProduct(node);
                 if (isShaded)
                 {
-                    m_mirrorLeft = uniforms.SendShading(node);
+                    m_mirrorLeft = uniforms->SendShading(node);
                 }
             }
             glDrawElements(GL_TRIANGLES, count, GL_UNSIGNED_SHORT, detail::FirstIndex(*draw->data));

@@ -51,6 +51,7 @@ private:
 
     void SetColors(Material* material);
     void ClearLeftovers();
+    void BindStreams(MeshES20* mesh);
 
     /// Draws the first, and those after it that lie in the same buffer.
     /// @return the first that does not.

@@ -152,29 +152,57 @@ void MaterialES20::Prepare(CameraNodeES20* camera, std::vector<RenderItemES20>& 
     }
     if (isOfNodes)
     {
-        for (MeshNode* node : static_cast<NodeMaterial*>(material)->GetNodes())
-        {
-            if (node->CurrentNodeMaterial() != material)
-            {
-                continue;
-            }
-            for (Mesh* mesh : node->GetMeshes())
-            {
-                PrepareSpecificNode(camera, mesh, node, items, clippingPlane);
-            }
-        }
+        PrepareNodes(camera, items, clippingPlane);
         return;
     }
-    ListMeshes(items, clippingPlane);
+    UpdateList(clippingPlane);
+    ListMeshes(items);
 }
 
-void MaterialES20::ListMeshes(std::vector<RenderItemES20>& items, bool clippingPlane)
+void MaterialES20::PrepareWhole(CameraNodeES20* camera, std::vector<RenderItemES20>& items, bool clippingPlane)
+{
+    // A class of the host's may say that it is something else.
+    const bool isPlain = material && textureId != PendingTexture && typeid(*material) == typeid(Material);
+    if (isPlain)
+    {
+        UpdateList(clippingPlane);
+    }
+    if (!isPlain || !m_list.arePlain || !m_list.holds)
+    {
+        Prepare(camera, items, clippingPlane);
+    }
+    else if (!m_list.items.empty())
+    {
+        items.push_back({nullptr, this, false, nullptr});
+    }
+}
+
+void MaterialES20::PrepareNodes(CameraNodeES20* camera, std::vector<RenderItemES20>& items, bool clippingPlane)
+{
+    for (MeshNode* node : static_cast<NodeMaterial*>(material)->GetNodes())
+    {
+        if (node->CurrentNodeMaterial() != material)
+        {
+            continue;
+        }
+        for (Mesh* mesh : node->GetMeshes())
+        {
+            PrepareSpecificNode(camera, mesh, node, items, clippingPlane);
+        }
+    }
+}
+
+void MaterialES20::UpdateList(bool clippingPlane)
 {
     // A large scene is bound by memory: where nothing has changed, no mesh is looked at.
     if (!ListHolds() || m_list.clippingPlane != clippingPlane)
     {
         MakeList(clippingPlane);
     }
+}
+
+void MaterialES20::ListMeshes(std::vector<RenderItemES20>& items)
+{
     const std::size_t needed = items.size() + m_list.items.size();
     if (items.capacity() < needed)
     {
@@ -200,6 +228,7 @@ void MaterialES20::MakeList(bool clippingPlane)
     m_list.items.clear();
     m_list.items.reserve(material->GetMeshes().size());
     m_list.holds = true;
+    m_list.arePlain = true;
     for (Mesh* mesh : material->GetMeshes())
     {
         // Whether a mesh with a draw ID is drawn is decided anew in every frame.
@@ -221,6 +250,7 @@ void MaterialES20::MakeList(bool clippingPlane)
                 meshData->clippingPlaneEnabled = clippingPlane;
             }
             m_list.items.push_back(DrawOf(mesh, meshData));
+            m_list.arePlain = m_list.arePlain && m_list.items.back().node;
         }
         else
         {

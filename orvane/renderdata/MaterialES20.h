@@ -116,6 +116,7 @@ public:
 
 private:
     friend class detail::PlainDraws;
+    friend class Renderer20;
 
     /// The meshes that were listed last, and under what that holds: in a steady frame none is looked
     /// at.
@@ -123,6 +124,7 @@ private:
     {
         std::vector<detail::PlainDraw> items;
         bool holds = false;
+        bool arePlain = false; ///< all of them
         bool clippingPlane = false;
         std::uint64_t meshes = 0;  ///< revision of the material's meshes
         std::uint64_t listing = 0; ///< revision of all meshes' render data
@@ -162,7 +164,13 @@ private:
     void LoadBase(detail::LoadedScale& scale, bool flag);
     void LoadPixels(detail::LoadedScale& scale, bool clamp);
     unsigned int LoadMap(std::string Material::*name);
-    void ListMeshes(std::vector<RenderItemES20>& items, bool clippingPlane);
+
+    /// Prepare, which lists meshes that all are plain as one item: it has the style and no mesh, and
+    /// stands for the list of this material.
+    void PrepareWhole(CameraNodeES20* camera, std::vector<RenderItemES20>& items, bool clippingPlane);
+    void PrepareNodes(CameraNodeES20* camera, std::vector<RenderItemES20>& items, bool clippingPlane);
+    void ListMeshes(std::vector<RenderItemES20>& items);
+    void UpdateList(bool clippingPlane);
     void MakeList(bool clippingPlane);
 
     /// Whether the list made last still says what is drawn, and how.

@@ -62,4 +62,15 @@ std::size_t PlainDraws::Draw(const RenderItemES20* items, const RenderItemES20* 
     return static_cast<std::size_t>(draw - first);
 }
 
+bool PlainDraws::DrawAll()
+{
+    if (!m_material || !m_material->m_list.arePlain || !m_material->ListHolds())
+    {
+        return false;
+    }
+    const std::vector<PlainDraw>& list = m_material->m_list.items;
+    m_effect->DrawPlain(list.data(), list.data() + list.size());
+    return true;
+}
+
 } // namespace OV::detail

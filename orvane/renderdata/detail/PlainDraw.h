@@ -1,5 +1,6 @@
 #pragma once
 
+#include "orvane/base/detail/Prefetch.h"
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/RawMesh.h"
@@ -24,6 +25,15 @@ struct PlainDraw
     /// Whether it is uploaded and has a vertex.
     bool HasVertices() const { return data->vertexBufferId != 0 && !geometry->positions.empty(); }
 };
+
+/// Asks for all that a draw touches.
+inline void Prefetch(const PlainDraw& draw)
+{
+    PrefetchHead(draw.data);
+    PrefetchHead(draw.geometry);
+    // Flags, draw ID, matrix and normals stand first in it.
+    PrefetchLines<4>(draw.node);
+}
 
 /// See MeshES20::DrawnIndexCount.
 inline int DrawnIndexCount(const MeshES20& data, const RawMesh& geometry, int reach = 0)

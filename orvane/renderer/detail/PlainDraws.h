@@ -30,6 +30,10 @@ public:
     /// @return how many.
     std::size_t Draw(const RenderItemES20* items, const RenderItemES20* end);
 
+    /// Draws the whole list.
+    /// @return false, with nothing done, where its meshes have to be drawn one by one.
+    bool DrawAll();
+
 private:
     MaterialES20* m_material = nullptr; ///< null where there is no list that holds for what comes
     BasicMaterialEffectES20* m_effect = nullptr;
