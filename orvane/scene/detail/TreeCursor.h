@@ -149,9 +149,14 @@ private:
         {
             m_next = m_children.end();
         }
-        else if (const Node* const ahead = m_node->m_nextMarked)
+        else if (const Node* const next = m_node->m_nextMarked)
         {
-            Prefetch(ahead, &ahead->m_extras);
+            // The one after the next, since a node's work is done before its memory is there. The next
+            // was asked for by the one before.
+            if (const Node* const ahead = next->m_nextMarked)
+            {
+                Prefetch(ahead, &ahead->m_extras);
+            }
         }
         return m_node;
     }
