@@ -320,8 +320,10 @@ const detail::PlainDraw* BasicMaterialEffectES20::DrawBuffer(const detail::Plain
     OV_GL_CHECKPOINT();
 
     const bool isShaded = lit && hasNormals;
-    // A mesh without normals turns the light off and on again, and clip planes are taken back.
-    const bool canRepeat = (isShaded || !lit) && !Has(UniformNumClipPlanes);
+    // A mesh without normals turns the light off and on again, and clip planes are taken back. Where others have
+    // drawn since Apply, nothing is known of the program.
+    const bool canRepeat = (isShaded || !lit) && !Has(UniformNumClipPlanes) &&
+                           detail::RepeatedUniform::AreFollowed(m_current);
     const bool hasTexture = HasAttribute(AttributeTexture) && first->textureOffset >= 0;
     const int stride = first->stride;
     bool isFirstNode = true;
@@ -355,13 +357,13 @@ const detail::PlainDraw* BasicMaterialEffectES20::DrawBuffer(const detail::Plain
                 }
             }
             glDrawElements(GL_TRIANGLES, count, GL_UNSIGNED_SHORT, detail::FirstIndex(*draw->data));
-            ClearLeftovers();
         }
         ++draw;
         if (!canRepeat || draw == end || !draw->HasVertices() || !IsOfLayout(*first, *draw->data))
         {
             break;
         }
+        ClearLeftovers();
         const MeshES20& data = *draw->data;
         PointAttribute(AttributePosition, 3, stride, data.positionOffset);
         if (isShaded)

@@ -1,4 +1,5 @@
 #include "orvane/effects/EffectES20.h"
+#include "orvane/renderdata/MeshES20.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/LightNode.h"
 #include "orvane/scene/Material.h"
@@ -135,6 +136,22 @@ struct Stage
     std::vector<MeshNode*> nodes;
 };
 
+/// Render data of a host's class that draws something else, after which nothing is known of a program.
+class NestingData : public MeshES20
+{
+public:
+    NestingData(Mesh* mesh, OpenRenderer20& drawnBy) : MeshES20(mesh, &drawnBy.bufferPool), m_renderer(drawnBy) {}
+
+    void Render(EffectES20* effect, const std::vector<MeshNode*>& nodes, bool specificNode) override
+    {
+        MeshES20::Render(effect, nodes, specificNode);
+        m_renderer.RenderItemList(nullptr, {}, RenderPassDefault);
+    }
+
+private:
+    OpenRenderer20& m_renderer;
+};
+
 struct Change
 {
     const char* label;
@@ -196,6 +213,8 @@ const Change kChanges[] = {
     {"a mesh loses its render data", [](Stage& s) { s.meshes[1]->Suspend(); }},
     {"a mesh has the render data in its own slot",
      [](Stage& s) { s.meshes[1]->SetRenderData(new MeshES20(s.meshes[1], &s.renderer.bufferPool), false); }},
+    {"a mesh draws something else in between",
+     [](Stage& s) { s.meshes[0]->SetRenderData(new NestingData(s.meshes[0], s.renderer), true); }},
     {"fewer indices", [](Stage& s) { s.meshes[1]->GetRawMesh()->indices.resize(3); }},
     {"no indices", [](Stage& s) { s.meshes[1]->GetRawMesh()->indices.clear(); }},
     {"no positions", [](Stage& s) { s.meshes[1]->GetRawMesh()->positions.clear(); }},

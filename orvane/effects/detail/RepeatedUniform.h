@@ -24,7 +24,10 @@ public:
     {
     }
 
-    bool Exists() const { return m_known; }
+    bool Exists() const { return m_location != -1; }
+
+    /// Whether the values of a program are followed.
+    static bool AreFollowed(const ShaderProgram* program) { return ShaderProgram::s_fed == program; }
 
     void Send(const Matrix& value)
     {
@@ -54,7 +57,7 @@ private:
     template <std::size_t Bytes>
     bool Renew(const void* value)
     {
-        if (!m_known || m_known->template Is<Bytes>(value))
+        if (!Exists() || (m_known && m_known->template Is<Bytes>(value)))
         {
             return false;
         }
@@ -65,7 +68,7 @@ private:
         return true;
     }
 
-    ShaderProgram::KnownValues::Value* m_known; ///< null without the uniform
+    ShaderProgram::KnownValues::Value* m_known; ///< null where there is no room for it
     bool m_keeps;
     int m_location;
 };
