@@ -1,19 +1,28 @@
 #include "orvane/effects/BasicMaterialEffectES20.h"
 
+#include "orvane/base/GLCheckpoint.h"
 #include "orvane/effects/detail/BasicMaterialOptions.h"
+#include "orvane/effects/detail/RepeatedUniform.h"
 #include "orvane/effects/shaders/BasicMaterialEffectES20.frag.h"
 #include "orvane/effects/shaders/BasicMaterialEffectES20.vert.h"
 #include "orvane/math/Color.h"
 #include "orvane/math/Matrix.h"
 #include "orvane/math/Vector.h"
+#include "orvane/math/detail/MatrixProduct.h"
 #include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshES20.h"
+#include "orvane/renderdata/detail/PlainDraw.h"
 #include "orvane/scene/LightNode.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/MeshNode.h"
 
 #include <GL/glew.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
 
 namespace OV
 {
@@ -94,7 +103,67 @@ constexpr ProgramTemplate kTemplate = {
     kUniforms,                      kAttributes,
 };
 
+/// How many draws ahead their memory is asked for.
+constexpr std::ptrdiff_t kAhead = 8;
+
+void PointAttribute(unsigned int attribute, int components, int stride, int offset)
+{
+    glVertexAttribPointer(attribute, components, GL_FLOAT, GL_FALSE, stride,
+                          reinterpret_cast<const void*>(static_cast<std::intptr_t>(offset)));
+}
+
+/// Whether the second mesh is drawn as the first was but for where it begins.
+bool IsOfLayout(const MeshES20& first, const MeshES20& second)
+{
+    return second.vertexBufferId == first.vertexBufferId && second.stride == first.stride &&
+           second.clippingPlaneEnabled == first.clippingPlaneEnabled &&
+           (second.normalOffset < 0) == (first.normalOffset < 0) &&
+           (second.textureOffset < 0) == (first.textureOffset < 0);
+}
+
 } // namespace
+
+/// What BindMeshUniforms sends for each of many nodes.
+class BasicMaterialEffectES20::NodeUniforms
+{
+public:
+    explicit NodeUniforms(const BasicMaterialEffectES20& effect) :
+        m_viewProjection(effect.m_camera->GetMVP()),
+        m_product(effect.m_current, UniformMvpMatrix, effect.Has(UniformMvpMatrix)),
+        m_normals(effect.m_current, UniformNormalMatrix, effect.Has(UniformNormalMatrix)),
+        m_mirrored(effect.m_current, UniformIsMirrored, effect.Has(UniformIsMirrored)),
+        m_world(effect.m_current, UniformWorldTransform, effect.Has(UniformWorldTransform))
+    {
+    }
+
+    void SendProduct(MeshNode& node)
+    {
+        Matrix product;
+        detail::Multiply(product.m, m_viewProjection.m, node.GetGlobalMatrix()->m);
+        m_product.Send(product);
+    }
+
+    /// What the light takes.
+    /// @return whether the node is a mirror.
+    bool SendShading(MeshNode& node)
+    {
+        m_normals.Send(node.GetGlobalNormalMatrix());
+        const bool isMirror = node.IsGlobalMirror();
+        m_mirrored.Send(isMirror ? 1 : 0);
+        if (m_world.Exists())
+        {
+            m_world.Send(*node.GetGlobalMatrix());
+        }
+        return isMirror;
+    }
+
+private:
+    const Matrix& m_viewProjection;
+    detail::RepeatedUniform m_product;
+    detail::RepeatedUniform m_normals;
+    detail::RepeatedUniform m_mirrored;
+    detail::RepeatedUniform m_world;
+};
 
 BasicMaterialEffectES20::BasicMaterialEffectES20(EffectCache* cache, bool isAdditive) :
     MaterialEffectES20(cache), additive(isAdditive)
@@ -164,6 +233,12 @@ void BasicMaterialEffectES20::Remove()
 
 void BasicMaterialEffectES20::BindMeshAttributes(MeshES20* mesh)
 {
+    BindStreams(mesh);
+    Set(UniformIsShowFaceSides, ShowsFaceSides(mesh) ? 1 : 0);
+}
+
+void BasicMaterialEffectES20::BindStreams(MeshES20* mesh)
+{
     const int stride = mesh->GetStride();
     EnableAttribute(AttributePosition, 3, stride, mesh->GetPositionOffset());
     if (lit)
@@ -178,7 +253,6 @@ void BasicMaterialEffectES20::BindMeshAttributes(MeshES20* mesh)
     {
         EnableStream(AttributeTexture, 2, stride, mesh->GetTextureOffset());
     }
-    Set(UniformIsShowFaceSides, ShowsFaceSides(mesh) ? 1 : 0);
 }
 
 void BasicMaterialEffectES20::ReleaseMeshAttributes(MeshES20* mesh)
@@ -216,6 +290,93 @@ void BasicMaterialEffectES20::BindMeshUniforms(MeshNode* node)
                                      UniformNumClipPlanes, clipPlanesActive) > 0;
     Set(UniformPocheColor, s_pocheColor);
     Set(UniformPocheColorEnabled, s_pocheColorEnabled ? 1 : 0);
+}
+
+void BasicMaterialEffectES20::DrawPlain(const detail::PlainDraw* draw, const detail::PlainDraw* end)
+{
+    // The first was asked for with its material.
+    for (std::ptrdiff_t i = 1; i < std::min(kAhead, end - draw); ++i)
+    {
+        detail::Prefetch(draw[i]);
+    }
+    meshNodeFlag = false;
+    while (draw != end)
+    {
+        draw = draw->HasVertices() ? DrawBuffer(draw, end) : draw + 1;
+    }
+}
+
+const detail::PlainDraw* BasicMaterialEffectES20::DrawBuffer(const detail::PlainDraw* draw,
+                                                             const detail::PlainDraw* end)
+{
+    MeshES20* const first = draw->data;
+    MeshES20::ApplyBuffer(first->vertexBufferId, first->indexBufferId);
+    OV_GL_CHECKPOINT();
+    clipPlanesActive = first->clippingPlaneEnabled;
+    // As BindMeshAttributes for a mesh without flags, which is not looked at.
+    BindStreams(first);
+    Set(UniformIsShowFaceSides, 0);
+    DisableSpareAttributes();
+    OV_GL_CHECKPOINT();
+
+    const bool isShaded = lit && hasNormals;
+    // A mesh without normals turns the light off and on again, and clip planes are taken back. Where others have
+    // drawn since Apply, nothing is known of the program.
+    const bool canRepeat = (isShaded || !lit) && !Has(UniformNumClipPlanes) &&
+                           detail::RepeatedUniform::AreFollowed(m_current);
+    const bool hasTexture = HasAttribute(AttributeTexture) && first->textureOffset >= 0;
+    const int stride = first->stride;
+    bool isFirstNode = true;
+    // Not made for a mesh that is alone.
+    std::optional<NodeUniforms> uniforms;
+    for (;;)
+    {
+        if (end - draw > kAhead)
+        {
+            detail::Prefetch(draw[kAhead]);
+        }
+        MeshNode& node = *draw->node;
+        const int count = detail::DrawnIndexCount(*draw->data, *draw->geometry);
+        if (count != 0 && detail::IsDrawn(node, false))
+        {
+            if (isFirstNode)
+            {
+                BasicMaterialEffectES20::BindMeshUniforms(&node);
+                isFirstNode = false;
+            }
+            else
+            {
+                if (!uniforms)
+                {
+                    uniforms.emplace(*this);
+                }
+                uniforms->SendProduct(node);
+                if (isShaded)
+                {
+                    m_mirrorLeft = uniforms->SendShading(node);
+                }
+            }
+            glDrawElements(GL_TRIANGLES, count, GL_UNSIGNED_SHORT, detail::FirstIndex(*draw->data));
+        }
+        ++draw;
+        if (!canRepeat || draw == end || !draw->HasVertices() || !IsOfLayout(*first, *draw->data))
+        {
+            break;
+        }
+        ClearLeftovers();
+        const MeshES20& data = *draw->data;
+        PointAttribute(AttributePosition, 3, stride, data.positionOffset);
+        if (isShaded)
+        {
+            PointAttribute(AttributeNormal, 3, stride, data.normalOffset);
+        }
+        if (hasTexture)
+        {
+            PointAttribute(AttributeTexture, 2, stride, data.textureOffset);
+        }
+    }
+    BasicMaterialEffectES20::ReleaseMeshAttributes(first);
+    return draw;
 }
 
 void BasicMaterialEffectES20::ClearLeftovers()

@@ -6,6 +6,13 @@
 namespace OV
 {
 
+namespace detail
+{
+
+struct PlainDraw;
+
+} // namespace detail
+
 /// The standard look: light from one direction computed at the vertices, texture, fog, stipple,
 /// clip planes and a mark on back faces.
 class ORVANE_API BasicMaterialEffectES20 : public MaterialEffectES20
@@ -21,6 +28,12 @@ public:
     void Apply(MaterialES20* material, CameraNodeES20* camera) override;
     void Remove() override;
 
+    /// Draws meshes one after another as MeshES20::Render does each, with the same calls. GL.
+    ///
+    /// Between Apply and Remove, and on an effect of this very class: a derived one is asked for each
+    /// mesh.
+    void DrawPlain(const detail::PlainDraw* draws, const detail::PlainDraw* end);
+
 protected:
     /// Apply turned blending on.
     bool blendEnabled = false;
@@ -34,8 +47,15 @@ protected:
     bool additive;
 
 private:
+    class NodeUniforms;
+
     void SetColors(Material* material);
     void ClearLeftovers();
+    void BindStreams(MeshES20* mesh);
+
+    /// Draws the first, and those after it that lie in the same buffer.
+    /// @return the first that does not.
+    const detail::PlainDraw* DrawBuffer(const detail::PlainDraw* draw, const detail::PlainDraw* end);
 
     // What the lit nodes of a mesh left in the program.
     bool m_clipPlanesLeft = false;

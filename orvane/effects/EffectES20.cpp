@@ -404,15 +404,17 @@ void EffectES20::DisableAttributeNow(unsigned int attribute)
 
 void EffectES20::DisableAttributesNow()
 {
-    for (unsigned int attribute = 0; s_spareAttributes != 0; ++attribute)
+    const std::uint32_t spare = s_spareAttributes;
+    for (unsigned int attribute = 0; (spare >> attribute) != 0; ++attribute)
     {
-        const std::uint32_t bit = 1u << attribute;
-        if ((s_spareAttributes & bit) != 0)
+        if (((spare >> attribute) & 1u) != 0)
         {
-            DisableAttributeNow(attribute);
-            s_disabledAttributes |= bit;
+            glDisableVertexAttribArray(attribute);
         }
     }
+    s_enabledAttributes &= ~spare;
+    s_spareAttributes = 0;
+    s_disabledAttributes |= spare;
 }
 
 void EffectES20::EndUse()

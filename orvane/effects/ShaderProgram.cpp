@@ -130,7 +130,7 @@ void ShaderProgram::KnownValues::Reserve(std::size_t count)
 void ShaderProgram::KnownValues::Keep(int index, const void* value, std::size_t bytes)
 {
     Value& known = At(index);
-    if (!m_isCopied && !known.isGivenAway && bytes <= sizeof(known.words))
+    if (Keeps(known) && bytes <= sizeof(known.words))
     {
         std::memcpy(known.words.data(), value, bytes);
         known.bytes = bytes;

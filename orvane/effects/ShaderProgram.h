@@ -24,6 +24,13 @@ class Matrix3x3;
 class ShaderProgram;
 class Vector;
 
+namespace detail
+{
+
+class RepeatedUniform;
+
+} // namespace detail
+
 /// Text that goes before every vertex and fragment source.
 ///
 /// The sources spell precision with these macros; desktop GL has no use for it.
@@ -179,6 +186,26 @@ private:
     class KnownValues
     {
     public:
+        struct Value
+        {
+            std::size_t bytes = 0; ///< 0 where nothing is known
+            bool isGivenAway = false;
+            std::array<std::uint32_t, 18> words;
+
+            template <std::size_t Bytes>
+            bool Is(const void* value) const
+            {
+                return bytes == Bytes && IsSame<Bytes / sizeof(std::uint32_t)>(words.data(), value);
+            }
+
+            template <std::size_t Bytes>
+            void Keep(const void* value)
+            {
+                std::memcpy(words.data(), value, Bytes);
+                bytes = Bytes;
+            }
+        };
+
         KnownValues() = default;
         KnownValues(const KnownValues& other) : m_isCopied(true)
         {
@@ -204,8 +231,7 @@ private:
         bool Holds(int index, const void* value) const
         {
             const auto place = static_cast<std::size_t>(index);
-            return place < m_values.size() && m_values[place].bytes == Bytes &&
-                   IsSame<Bytes / sizeof(std::uint32_t)>(m_values[place].words.data(), value);
+            return place < m_values.size() && m_values[place].template Is<Bytes>(value);
         }
 
         /// Whether a value of this size has to be sent. It then is kept.
@@ -219,17 +245,26 @@ private:
                 return true;
             }
             Value& known = m_values[place];
-            if (known.bytes == Bytes && IsSame<Bytes / sizeof(std::uint32_t)>(known.words.data(), value))
+            if (known.template Is<Bytes>(value))
             {
                 return false;
             }
-            if (!m_isCopied && !known.isGivenAway)
+            if (Keeps(known))
             {
-                std::memcpy(known.words.data(), value, Bytes);
-                known.bytes = Bytes;
+                known.template Keep<Bytes>(value);
             }
             return true;
         }
+
+        /// The place of a value, good until room is made for more; null where there is none.
+        Value* Find(int index)
+        {
+            const auto place = static_cast<std::size_t>(index);
+            return place < m_values.size() ? &m_values[place] : nullptr;
+        }
+
+        /// Whether what is sent to a uniform is known from then on.
+        bool Keeps(const Value& value) const { return !m_isCopied && !value.isGivenAway; }
 
         /// Makes room for the values of this many uniforms.
         void Reserve(std::size_t count);
@@ -243,13 +278,6 @@ private:
         void GiveAway(int index);
 
     private:
-        struct Value
-        {
-            std::size_t bytes = 0; ///< 0 where nothing is known
-            bool isGivenAway = false;
-            std::array<std::uint32_t, 18> words;
-        };
-
         Value& At(int index);
 
         /// As memcmp, in place. The translation of a matrix comes first, by which most differ.
@@ -291,6 +319,7 @@ private:
     // The effects seed the table themselves, skip, on the draw path, what a program lacks, and leave
     // out what it holds.
     friend class EffectES20;
+    friend class detail::RepeatedUniform;
 
     int AskLocation(int index);
 

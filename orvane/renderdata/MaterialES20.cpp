@@ -11,6 +11,7 @@
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/renderdata/RenderDataStandIn.h"
 #include "orvane/renderdata/SharedBufferPool.h"
+#include "orvane/renderdata/detail/PlainDraw.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/NodeMaterial.h"
@@ -61,6 +62,15 @@ bool IsOfModel(const EffectES20* effect, EffectCache::EffectType model)
 bool IsNodeMaterial(Material& material)
 {
     return material.HasType(NodeTypeNodeMaterial);
+}
+
+detail::PlainDraw DrawOf(Mesh* mesh, MeshES20* data)
+{
+    const PointerSpan<MeshNode> nodes = mesh->EachNode();
+    // A class of the host's may change without a word what it has inherited.
+    const bool isPlain = typeid(*mesh) == typeid(Mesh) && typeid(*data) == typeid(MeshES20) &&
+                         data->mesh == mesh && nodes.size() == 1 && mesh->GetFlags() == 0;
+    return {mesh, data, mesh->GetRawMesh().get(), isPlain ? nodes.front() : nullptr};
 }
 
 /// Null for what is none, as a host may have put into the slot. The cast, which searches the
@@ -142,31 +152,57 @@ void MaterialES20::Prepare(CameraNodeES20* camera, std::vector<RenderItemES20>& 
     }
     if (isOfNodes)
     {
-        for (MeshNode* node : static_cast<NodeMaterial*>(material)->GetNodes())
-        {
-            if (node->CurrentNodeMaterial() != material)
-            {
-                continue;
-            }
-            for (Mesh* mesh : node->EachMesh())
-            {
-                PrepareSpecificNode(camera, mesh, node, items, clippingPlane);
-            }
-        }
+        PrepareNodes(camera, items, clippingPlane);
         return;
     }
-    ListMeshes(items, clippingPlane);
+    UpdateList(clippingPlane);
+    ListMeshes(items);
 }
 
-void MaterialES20::ListMeshes(std::vector<RenderItemES20>& items, bool clippingPlane)
+void MaterialES20::PrepareWhole(CameraNodeES20* camera, std::vector<RenderItemES20>& items, bool clippingPlane)
+{
+    // A class of the host's may say that it is something else.
+    const bool isPlain = material && textureId != PendingTexture && typeid(*material) == typeid(Material);
+    if (isPlain)
+    {
+        UpdateList(clippingPlane);
+    }
+    if (!isPlain || !m_list.arePlain || !m_list.holds)
+    {
+        Prepare(camera, items, clippingPlane);
+    }
+    else if (!m_list.items.empty())
+    {
+        items.push_back({nullptr, this, false, nullptr});
+    }
+}
+
+void MaterialES20::PrepareNodes(CameraNodeES20* camera, std::vector<RenderItemES20>& items, bool clippingPlane)
+{
+    for (MeshNode* node : static_cast<NodeMaterial*>(material)->GetNodes())
+    {
+        if (node->CurrentNodeMaterial() != material)
+        {
+            continue;
+        }
+        for (Mesh* mesh : node->EachMesh())
+        {
+            PrepareSpecificNode(camera, mesh, node, items, clippingPlane);
+        }
+    }
+}
+
+void MaterialES20::UpdateList(bool clippingPlane)
 {
     // A large scene is bound by memory: where nothing has changed, no mesh is looked at.
-    const bool holds = m_list.holds && m_list.meshes == material->GetMeshesRevision() &&
-                       m_list.listing == MeshES20::GetListingRevision() && m_list.clippingPlane == clippingPlane;
-    if (!holds)
+    if (!ListHolds() || m_list.clippingPlane != clippingPlane)
     {
         MakeList(clippingPlane);
     }
+}
+
+void MaterialES20::ListMeshes(std::vector<RenderItemES20>& items)
+{
     const std::size_t needed = items.size() + m_list.items.size();
     if (items.capacity() < needed)
     {
@@ -174,10 +210,16 @@ void MaterialES20::ListMeshes(std::vector<RenderItemES20>& items, bool clippingP
         // stays.
         items.reserve(needed + needed / 8);
     }
-    for (Mesh* mesh : m_list.items)
+    for (const detail::PlainDraw& listed : m_list.items)
     {
-        items.push_back({mesh, this, false, nullptr});
+        items.push_back({listed.mesh, this, false, nullptr});
     }
+}
+
+bool MaterialES20::ListHolds() const
+{
+    return m_list.holds && material && m_list.meshes == material->GetMeshesRevision() &&
+           m_list.listing == MeshES20::GetListingRevision();
 }
 
 void MaterialES20::MakeList(bool clippingPlane)
@@ -186,6 +228,7 @@ void MaterialES20::MakeList(bool clippingPlane)
     const OrderedMeshes& meshes = material->EachMesh();
     m_list.items.reserve(meshes.size());
     m_list.holds = true;
+    m_list.arePlain = true;
     for (auto place = meshes.begin(); place != meshes.end();)
     {
         const std::uint64_t revision = material->GetMeshesRevision();
@@ -230,7 +273,8 @@ void MaterialES20::ListMesh(Mesh* mesh, bool clippingPlane)
         // What is new stands in no other list.
         meshData->clippingPlaneEnabled = clippingPlane;
     }
-    m_list.items.push_back(mesh);
+    m_list.items.push_back(DrawOf(mesh, meshData));
+    m_list.arePlain = m_list.arePlain && m_list.items.back().node;
 }
 
 void MaterialES20::PrepareSpecificNode(CameraNodeES20*, Mesh* mesh, MeshNode* node,

@@ -17,6 +17,9 @@ namespace OV
 namespace detail
 {
 
+struct PlainDraw;
+class PlainDraws;
+
 /// The factors of a texture, as a loader gives them.
 struct LoadedScale;
 
@@ -112,14 +115,18 @@ public:
     float materialVScale = 1.0f;
 
 private:
+    friend class detail::PlainDraws;
+    friend class Renderer20;
+
     /// The meshes that were listed last, and under what that holds: in a steady frame none is looked
     /// at.
     struct List
     {
-        std::vector<Mesh*> items;
+        std::vector<detail::PlainDraw> items;
         bool holds = false;
+        bool arePlain = false; ///< all of them
         bool clippingPlane = false;
-        std::uint64_t meshes = 0;  ///< revision of the material's set of meshes
+        std::uint64_t meshes = 0;  ///< revision of the material's meshes
         std::uint64_t listing = 0; ///< revision of all meshes' render data
     };
     List m_list;
@@ -157,9 +164,18 @@ private:
     void LoadBase(detail::LoadedScale& scale, bool flag);
     void LoadPixels(detail::LoadedScale& scale, bool clamp);
     unsigned int LoadMap(std::string Material::*name);
-    void ListMeshes(std::vector<RenderItemES20>& items, bool clippingPlane);
+
+    /// Prepare, which lists meshes that all are plain as one item: it has the style and no mesh, and
+    /// stands for the list of this material.
+    void PrepareWhole(CameraNodeES20* camera, std::vector<RenderItemES20>& items, bool clippingPlane);
+    void PrepareNodes(CameraNodeES20* camera, std::vector<RenderItemES20>& items, bool clippingPlane);
+    void ListMeshes(std::vector<RenderItemES20>& items);
+    void UpdateList(bool clippingPlane);
     void MakeList(bool clippingPlane);
     void ListMesh(Mesh* mesh, bool clippingPlane);
+
+    /// Whether the list made last still says what is drawn, and how.
+    bool ListHolds() const;
     MeshES20* MeshDataOf(Mesh* mesh);
 
     /// The slots that follow the shader type: the two advanced passes.

@@ -4,6 +4,7 @@
 #include "orvane/base/GLCheckpoint.h"
 #include "orvane/renderdata/SharedBuffer.h"
 #include "orvane/renderdata/SharedBufferPool.h"
+#include "orvane/renderdata/detail/PlainDraw.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
@@ -11,8 +12,6 @@
 
 #include <GL/glew.h>
 
-#include <algorithm>
-#include <limits>
 
 namespace OV
 {
@@ -124,27 +123,17 @@ int MeshES20::PassAlways()
 
 int MeshES20::DrawnIndexCount(int reach) const
 {
-    if (spareVertices < reach)
-    {
-        return 0;
-    }
-    // The mesh's own list may have changed since the upload.
-    const auto present = static_cast<std::int64_t>(mesh->GetRawMesh()->indices.size());
-    const std::int64_t drawn = std::min(present, indexCount);
-    constexpr std::int64_t most = std::numeric_limits<int>::max();
-    return static_cast<int>(std::min(drawn, most));
+    return detail::DrawnIndexCount(*this, *mesh->GetRawMesh(), reach);
 }
 
 const void* MeshES20::FirstIndex() const
 {
-    return reinterpret_cast<const void*>(static_cast<std::intptr_t>(indexOffset));
+    return detail::FirstIndex(*this);
 }
 
 bool MeshES20::IsDrawn(const MeshNode& node, bool specificNode)
 {
-    constexpr unsigned int invisible = NodeFlagHidden | NodeFlagCulled;
-    const unsigned int excluded = specificNode ? invisible : invisible | NodeFlagHasNodeMaterial;
-    return (node.GetFlags() & excluded) == 0 && node.ReadyToDraw();
+    return detail::IsDrawn(node, specificNode);
 }
 
 void MeshES20::BindBuffer(unsigned int vertexBuffer, unsigned int indexBuffer)

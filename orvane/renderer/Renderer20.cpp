@@ -11,8 +11,10 @@
 #include "orvane/renderdata/LineStyleES20.h"
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshES20.h"
+#include "orvane/renderdata/detail/PlainDraw.h"
 #include "orvane/renderer/detail/BorrowedVector.h"
 #include "orvane/renderer/detail/FrameState.h"
+#include "orvane/renderer/detail/PlainDraws.h"
 #include "orvane/scene/AlphaMeshNode.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/LineStyle.h"
@@ -119,18 +121,28 @@ const MeshNode* FirstNode(const RenderItemES20& item)
     return nodes.empty() ? nullptr : nodes.front();
 }
 
-/// Asks for what drawing the items after this one will touch. One stage reads what the stage
-/// before it has asked for.
-void PrefetchAhead(const RenderItemES20* items)
+/// Asks for what the item of that place touches, a few items ahead of its draw. One stage reads what
+/// the stage before it has asked for.
+void PrefetchStyle(const RenderItemES20* items)
 {
-    detail::PrefetchHead(items[kForMesh].mesh);
-    if (items[kForMesh].style != items[kForMesh - 1].style)
+    const RenderItemES20& item = items[kForMesh];
+    if (item.mesh)
     {
-        detail::PrefetchLines<kStyleLines>(items[kForMesh].style);
+        detail::PrefetchHead(item.mesh);
     }
+    if (item.style != items[kForMesh - 1].style)
+    {
+        detail::PrefetchLines<kStyleLines>(item.style);
+    }
+}
 
-    detail::PrefetchHead(items[kForItsParts].mesh->GetRawMesh().get());
+void PrefetchParts(const RenderItemES20& item)
+{
+    detail::PrefetchHead(item.mesh->GetRawMesh().get());
+}
 
+void PrefetchDataAndNode(const RenderItemES20* items)
+{
     const RenderItemES20& item = items[kForDataAndNode];
     detail::PrefetchHead(item.mesh->GetRawMesh()->GetRenderData());
     if (const MeshNode* node = FirstNode(item))
@@ -297,14 +309,14 @@ void Renderer20::Render3D(Scene* scene, CameraNode* camera)
     glBlendEquation(GL_FUNC_ADD);
 
     Detail::BorrowedVector<RenderItemES20> items(m_items);
-    PrepareOptimizedMaterials(scene->GetOptimizedMaterials(), cameraData, *items, false);
+    PrepareWhole(scene->GetOptimizedMaterials(), cameraData, *items);
     if (!walk.IsGone(scene))
     {
         PrepareLineStyles(scene->GetLineStyles(), cameraData, *items, false);
     }
     if (!walk.IsGone(scene))
     {
-        PrepareOptimizedMaterials(scene->GetAlphaMaterials(), cameraData, *items, false);
+        PrepareWhole(scene->GetAlphaMaterials(), cameraData, *items);
     }
     DrawItems(cameraData, *items);
 }
@@ -373,6 +385,7 @@ void Renderer20::RenderItemList(CameraNodeES20* cameraData, std::vector<RenderIt
     Detail::BorrowedVector<MeshNode*> singleNode(m_singleNode);
     (*singleNode).resize(1);
     MeshStyleES20* current = nullptr;
+    detail::PlainDraws plain;
     const std::size_t prefetchEnd = items.size() > kForMesh ? items.size() - kForMesh : 0;
     for (std::size_t i = 0; i < items.size(); ++i)
     {
@@ -389,29 +402,25 @@ void Renderer20::RenderItemList(CameraNodeES20* cameraData, std::vector<RenderIt
             }
             item.style->Apply(cameraData, pass);
             current = item.style;
+            plain.Begin(current, pass);
         }
-        // A host that was called since the item was listed may have deleted what it names.
-        if (walk.HasLosses() && (walk.IsGone(item.mesh) || walk.IsGone(item.node)))
+        if (!item.mesh)
         {
+            if (walk.HasLosses() || !plain.DrawAll())
+            {
+                DrawWhole(static_cast<MaterialES20&>(*current), pass, walk, *singleNode);
+            }
             continue;
         }
-        // Only Prepare puts a mesh on the list, and it has seen to the render data.
-        auto* meshData = static_cast<MeshES20*>(item.mesh->GetRenderData());
-        if (!meshData)
+        if (!walk.HasLosses())
         {
-            continue;
+            if (const std::size_t drawn = plain.Draw(&item, items.data() + items.size()))
+            {
+                i += drawn - 1;
+                continue;
+            }
         }
-        // One node needs no list of the mesh's own.
-        const PointerSpan<MeshNode> nodes = item.mesh->EachNode();
-        if (item.specificNode || nodes.size() == 1)
-        {
-            (*singleNode)[0] = item.specificNode ? item.node : nodes.front();
-            meshData->Render(current->GetShader(pass), *singleNode, item.specificNode);
-        }
-        else
-        {
-            meshData->Render(current->GetShader(pass), item.mesh->GetNodes(), false);
-        }
+        DrawItem(item, pass, walk, *singleNode);
     }
     if (current)
     {
@@ -421,8 +430,70 @@ void Renderer20::RenderItemList(CameraNodeES20* cameraData, std::vector<RenderIt
     EffectES20::EndUse();
 }
 
-void Renderer20::PrepareOptimizedMaterial(Material* material, CameraNodeES20* cameraData,
-                                          std::vector<RenderItemES20>& items, bool clippingPlane)
+void Renderer20::PrefetchAhead(const RenderItemES20* items)
+{
+    PrefetchStyle(items);
+    const RenderItemES20& forParts = items[kForItsParts];
+    if (forParts.mesh)
+    {
+        PrefetchParts(forParts);
+    }
+    else
+    {
+        const auto& material = static_cast<const MaterialES20&>(*forParts.style);
+        detail::PrefetchLines<kMaterialLines>(material.material);
+        detail::PrefetchBegin(material.m_list.items.data());
+    }
+    const RenderItemES20& forData = items[kForDataAndNode];
+    if (forData.mesh)
+    {
+        PrefetchDataAndNode(items);
+    }
+    else if (const auto& list = static_cast<const MaterialES20&>(*forData.style).m_list.items; !list.empty())
+    {
+        detail::Prefetch(list.front());
+    }
+}
+
+void Renderer20::DrawItem(const RenderItemES20& item, RenderPass pass, const detail::Walk& walk,
+                          std::vector<MeshNode*>& singleNode)
+{
+    // A host that was called since the item was listed may have deleted what it names.
+    if (walk.HasLosses() && (walk.IsGone(item.mesh) || walk.IsGone(item.node)))
+    {
+        return;
+    }
+    // Only Prepare puts a mesh on the list, and it has seen to the render data.
+    auto* meshData = static_cast<MeshES20*>(item.mesh->GetRenderData());
+    if (!meshData)
+    {
+        return;
+    }
+    // One node needs no list of the mesh's own.
+    const PointerSpan<MeshNode> nodes = item.mesh->EachNode();
+    if (item.specificNode || nodes.size() == 1)
+    {
+        singleNode[0] = item.specificNode ? item.node : nodes.front();
+        meshData->Render(item.style->GetShader(pass), singleNode, item.specificNode);
+    }
+    else
+    {
+        meshData->Render(item.style->GetShader(pass), item.mesh->GetNodes(), false);
+    }
+}
+
+void Renderer20::DrawWhole(MaterialES20& material, RenderPass pass, const detail::Walk& walk,
+                           std::vector<MeshNode*>& singleNode)
+{
+    // A frame within this one, of a host's effect, may list anew.
+    for (std::size_t i = 0; i < material.m_list.items.size(); ++i)
+    {
+        DrawItem({material.m_list.items[i].mesh, &material, false, nullptr}, pass, walk, singleNode);
+    }
+}
+
+template <class Prepare>
+void Renderer20::PrepareBy(Material* material, Prepare prepare)
 {
     if (!material || !material->ReadyToDraw())
     {
@@ -431,8 +502,24 @@ void Renderer20::PrepareOptimizedMaterial(Material* material, CameraNodeES20* ca
     const detail::Walk walk(material, detail::Walk::Other);
     if (MaterialES20* materialData = MaterialDataOf(*material))
     {
-        materialData->Prepare(cameraData, items, clippingPlane);
+        prepare(*materialData);
     }
+}
+
+void Renderer20::PrepareWhole(const std::vector<Material*>& materials, CameraNodeES20* cameraData,
+                              std::vector<RenderItemES20>& items)
+{
+    ForEachLiving(materials, m_materials,
+                  [&](Material* material)
+                  {
+                      PrepareBy(material, [&](MaterialES20& data) { data.PrepareWhole(cameraData, items, false); });
+                  });
+}
+
+void Renderer20::PrepareOptimizedMaterial(Material* material, CameraNodeES20* cameraData,
+                                          std::vector<RenderItemES20>& items, bool clippingPlane)
+{
+    PrepareBy(material, [&](MaterialES20& data) { data.Prepare(cameraData, items, clippingPlane); });
 }
 
 void Renderer20::PrepareLineStyle(LineStyle* lineStyle, CameraNodeES20* cameraData,

@@ -227,6 +227,20 @@ protected:
 
 private:
     MaterialES20* MaterialDataOf(Material& material);
+
+    /// PrepareOptimizedMaterials for lists that RenderItemList alone reads: an item without a mesh
+    /// stands for all that its style lists.
+    void PrepareWhole(const std::vector<Material*>& materials, CameraNodeES20* cameraData,
+                      std::vector<RenderItemES20>& items);
+
+    /// Does something with the render data of a material, if it is ready.
+    template <class Prepare>
+    void PrepareBy(Material* material, Prepare prepare);
+    static void PrefetchAhead(const RenderItemES20* items);
+    void DrawItem(const RenderItemES20& item, RenderPass pass, const detail::Walk& walk,
+                  std::vector<MeshNode*>& singleNode);
+    void DrawWhole(MaterialES20& material, RenderPass pass, const detail::Walk& walk,
+                   std::vector<MeshNode*>& singleNode);
     void ListZOrdered(Scene& layer, std::vector<RenderItemES20>& items, const detail::Walk& walk);
     void DrawItems(CameraNodeES20* cameraData, std::vector<RenderItemES20> const& items);
     int ToPoints(int pixels) const;

@@ -165,8 +165,8 @@ public:
         return m_meshes;
     }
 
-    /// Another number after every change of the set of meshes, or of a draw ID of one of them,
-    /// for whoever keeps a list of it.
+    /// Another number after every change of the set of meshes, or of flags, draw ID or nodes of one of
+    /// them, for whoever keeps a list of it.
     std::uint64_t GetMeshesRevision() const
     {
         return m_meshesRevision;

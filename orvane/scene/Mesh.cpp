@@ -236,6 +236,7 @@ bool Mesh::AddNode(MeshNode* node)
             m_nodes.SetOne(nullptr);
             throw;
         }
+        TellMaterial();
         return true;
     }
     std::vector<MeshNode*>& nodes = MakeExtras().nodes;
@@ -261,6 +262,7 @@ bool Mesh::AddNode(MeshNode* node)
         ranks.resize(std::min(ranks.size(), nodes.size()));
         throw;
     }
+    TellMaterial();
     return true;
 }
 
@@ -278,6 +280,7 @@ bool Mesh::RemoveNode(MeshNode* node)
 
 void Mesh::DropNode(std::uint64_t rank)
 {
+    TellMaterial();
     Extras* const extras = m_nodes.GetExtras();
     if (!extras)
     {
@@ -414,13 +417,18 @@ void Mesh::SetRenderData(Object* data, bool onRawMesh)
     }
 }
 
-void Mesh::DrawIDChanged()
+void Mesh::DrawChanged()
+{
+    TellMaterial();
+    TellNodes();
+}
+
+void Mesh::TellMaterial() const
 {
     if (material)
     {
         ++material->m_meshesRevision;
     }
-    TellNodes();
 }
 
 void Mesh::TellNodes() const

@@ -109,13 +109,13 @@ public:
     void SetFlags(MeshFlags bits)
     {
         flags |= bits;
-        TellNodes();
+        DrawChanged();
     }
 
     void ClearFlags(MeshFlags bits)
     {
         flags &= ~bits;
-        TellNodes();
+        DrawChanged();
     }
 
     /// Rises in order of creation, over all meshes of the process.
@@ -160,7 +160,7 @@ public:
     void SetDrawID(unsigned int id)
     {
         drawID = id;
-        DrawIDChanged();
+        DrawChanged();
     }
 
     bool UsingDrawID() const
@@ -232,8 +232,11 @@ private:
     void DropNode(std::uint64_t rank);
     void CloseNodeGaps() const;
 
+    /// Tells the material and who listens to the nodes that the mesh is drawn in another way now.
+    void DrawChanged();
+
     /// Tells the material, so that nobody goes by an older list of its meshes.
-    void DrawIDChanged();
+    void TellMaterial() const;
 
     /// Tells who listens to the nodes that they show another mesh now.
     void TellNodes() const;

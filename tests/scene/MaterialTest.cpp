@@ -342,7 +342,7 @@ TEST(Material, AMeshOfASortIDThatIsThereIsNotTaken)
     EXPECT_TRUE(material.GetMeshes().empty());
 }
 
-TEST(Material, MeshesRevisionChangesWithEveryChangeOfTheSetAndOfADrawIDInIt)
+TEST(Material, MeshesRevisionChangesWithEveryChangeOfTheSetAndOfWhatADrawReadsInIt)
 {
     Material material("a");
     Mesh first(nullptr);
@@ -369,6 +369,23 @@ TEST(Material, MeshesRevisionChangesWithEveryChangeOfTheSetAndOfADrawIDInIt)
     EXPECT_TRUE(isNew());
     second.InvalidateDrawID();
     EXPECT_TRUE(isNew());
+    second.SetFlags(MeshFlagNoCull);
+    EXPECT_TRUE(isNew());
+    second.ClearFlags(MeshFlagNoCull);
+    EXPECT_TRUE(isNew());
+    {
+        MeshNode node(nullptr);
+        MeshNode another(nullptr);
+        second.AddNode(&node);
+        EXPECT_TRUE(isNew());
+        second.AddNode(&node);
+        EXPECT_FALSE(isNew()) << "it is there already";
+        second.AddNode(&another);
+        EXPECT_TRUE(isNew());
+        second.RemoveNode(&node);
+        EXPECT_TRUE(isNew());
+    }
+    EXPECT_TRUE(isNew()) << "a node has died";
 }
 
 TEST(Material, RemoveMeshOfAStrangerIsRefused)

@@ -146,9 +146,14 @@ private:
         {
             m_next = nullptr;
         }
-        else if (const Node* const ahead = m_node->m_nextMarked)
+        else if (const Node* const next = m_node->m_nextMarked)
         {
-            Prefetch(ahead, &ahead->m_previousOfScene);
+            // The one after the next, since a node's work is done before its memory is there. The next
+            // was asked for by the one before.
+            if (const Node* const ahead = next->m_nextMarked)
+            {
+                Prefetch(ahead, &ahead->m_previousOfScene);
+            }
         }
         return m_node;
     }

@@ -1,0 +1,76 @@
+#include "orvane/renderer/detail/PlainDraws.h"
+
+#include "orvane/effects/BasicMaterialEffectES20.h"
+#include "orvane/renderdata/MaterialES20.h"
+#include "orvane/renderdata/RenderItemES20.h"
+#include "orvane/renderdata/detail/PlainDraw.h"
+#include "orvane/scene/Material.h"
+
+#include <typeinfo>
+#include <vector>
+
+namespace OV::detail
+{
+
+void PlainDraws::Begin(MeshStyleES20* style, RenderPass pass)
+{
+    m_material = nullptr;
+    m_place = 0;
+    // A class of the host's may draw in another way.
+    if (!style || typeid(*style) != typeid(MaterialES20))
+    {
+        return;
+    }
+    auto* const material = static_cast<MaterialES20*>(style);
+    EffectES20* const effect = material->GetShader(pass);
+    constexpr unsigned int special = MaterialFlagAlwaysPass | MaterialFlagPoints;
+    if (effect && typeid(*effect) == typeid(BasicMaterialEffectES20) && material->currentEffect == effect &&
+        material->ListHolds() && (material->material->GetFlags() & special) == 0)
+    {
+        m_material = material;
+        m_effect = static_cast<BasicMaterialEffectES20*>(effect);
+    }
+}
+
+std::size_t PlainDraws::Draw(const RenderItemES20* items, const RenderItemES20* end)
+{
+    if (!m_material || !m_material->ListHolds())
+    {
+        return 0;
+    }
+    const std::vector<PlainDraw>& list = m_material->m_list.items;
+    const PlainDraw* const first = list.data() + m_place;
+    const PlainDraw* const last = list.data() + list.size();
+    const PlainDraw* draw = first;
+    const RenderItemES20* item = items;
+    while (draw != last && draw->node && item != end && item->mesh == draw->mesh && item->style == m_material &&
+           !item->specificNode)
+    {
+        ++draw;
+        ++item;
+    }
+    if (draw == first)
+    {
+        // Where the item is the next of the list after all, those behind it may be drawn from it.
+        const bool isListed = draw != last && item->mesh == draw->mesh && !item->specificNode;
+        m_place += isListed ? 1 : 0;
+        m_material = isListed ? m_material : nullptr;
+        return 0;
+    }
+    m_place += static_cast<std::size_t>(draw - first);
+    m_effect->DrawPlain(first, draw);
+    return static_cast<std::size_t>(draw - first);
+}
+
+bool PlainDraws::DrawAll()
+{
+    if (!m_material || !m_material->m_list.arePlain || !m_material->ListHolds())
+    {
+        return false;
+    }
+    const std::vector<PlainDraw>& list = m_material->m_list.items;
+    m_effect->DrawPlain(list.data(), list.data() + list.size());
+    return true;
+}
+
+} // namespace OV::detail

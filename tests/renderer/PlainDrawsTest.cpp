@@ -1,0 +1,305 @@
+#include "orvane/effects/EffectES20.h"
+#include "orvane/renderdata/MeshES20.h"
+#include "orvane/scene/CameraNode.h"
+#include "orvane/scene/LightNode.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/MeshNode.h"
+#include "orvane/scene/NodeMaterial.h"
+#include "orvane/scene/RawMesh.h"
+#include "orvane/scene/Scene.h"
+#include "tests/renderer/RendererDoubles.h"
+#include "tests/support/GLRecorder.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+// A frame draws plain meshes of the engine's own class in one loop over what a list has kept of them, and
+// those of a host's class by looking at each. Whatever changes between two frames, both make the same calls.
+namespace OV::Test
+{
+
+namespace
+{
+
+using MakeMesh = std::function<Mesh*(const std::shared_ptr<RawMesh>&, Scene*)>;
+
+class HostMesh : public Mesh
+{
+public:
+    using Mesh::Mesh;
+};
+
+Mesh* MakeOwn(const std::shared_ptr<RawMesh>& geometry, Scene* scene)
+{
+    return new Mesh(geometry, scene);
+}
+
+Mesh* MakeHosts(const std::shared_ptr<RawMesh>& geometry, Scene* scene)
+{
+    return new HostMesh(geometry, scene);
+}
+
+/// What changes how all meshes of a stage are drawn.
+struct Kind
+{
+    const char* label;
+    Format format = {true, false, false};
+    bool isLit = true;
+    bool isMirrored = false; ///< every second node
+    bool hasPlanes = false;  ///< the program has the uniforms of clip planes
+    bool hasTexture = false; ///< likewise an attribute of texture coordinates
+};
+
+const Kind kKinds[] = {
+    {"plain"},
+    {"without normals", {false, false, false}},
+    {"with texture coordinates", {true, true, false}},
+    {"with a texture", {true, true, false}, true, false, false, true},
+    {"a texture without coordinates", {true, false, false}, true, false, false, true},
+    {"with colours", {true, false, true}},
+    {"unlit", {true, false, false}, false},
+    {"unlit, without normals", {false, false, false}, false},
+    {"mirrored", {true, false, false}, true, true},
+    {"mirrored, with clip planes", {true, false, false}, true, true, true},
+    {"with clip planes", {true, false, false}, true, false, true},
+};
+
+/// Three meshes of one material, then one of another, each at a node of its own.
+struct Stage
+{
+    Stage(MakeMesh makeMesh, const Kind& meshKind) : make(std::move(makeMesh)), kind(meshKind)
+    {
+        if (!kind.hasPlanes)
+        {
+            recorder.SetUniformLocation("u_numClipPlanes", -1);
+        }
+        recorder.SetAttribLocation("a_texture", kind.hasTexture ? 2 : -1);
+        if (kind.isLit)
+        {
+            scene.GetRoot()->AddChild(new LightNode(&scene), false);
+        }
+        material = AddMaterial(scene, "first");
+        other = AddMaterial(scene, "second");
+        for (int i = 0; i < 4; ++i)
+        {
+            AddMesh(i < 3 ? *material : *other);
+        }
+        renderer.Resize(64, 64);
+    }
+
+    void AddMesh(Material& to)
+    {
+        auto* const mesh = make(MakeRawMesh(3, {0, 1, 2, 2, 1, 0}, kind.format), &scene);
+        auto* const node = new MeshNode(&scene);
+        Transform place;
+        place.SetPosition(Vector(static_cast<float>(nodes.size()), 0.0f, -5.0f));
+        if (kind.isMirrored && nodes.size() % 2 == 0)
+        {
+            place.SetScale(Vector(-1.0f, 1.0f, 1.0f));
+        }
+        node->SetLocal(place);
+        mesh->AddNode(node);
+        scene.GetRoot()->AddChild(node, false);
+        to.AddMesh(mesh);
+        meshes.push_back(mesh);
+        nodes.push_back(node);
+    }
+
+    /// The calls of a frame.
+    std::vector<std::string> Frame()
+    {
+        recorder.Clear();
+        scene.UpdateGraph(64.0f, 64.0f);
+        renderer.Render3D(&scene, scene.GetCameraNode());
+        std::vector<std::string> calls;
+        for (const GLCall& call : recorder.Calls())
+        {
+            calls.push_back(call.ToString());
+        }
+        return calls;
+    }
+
+    GLRecorder recorder;
+    Scene scene;
+    OpenRenderer20 renderer{nullptr, nullptr};
+    MakeMesh make;
+    Kind kind;
+    Material* material = nullptr;
+    Material* other = nullptr;
+    std::vector<Mesh*> meshes;
+    std::vector<MeshNode*> nodes;
+};
+
+/// Render data of a host's class that draws something else, after which nothing is known of a program.
+class NestingData : public MeshES20
+{
+public:
+    NestingData(Mesh* mesh, OpenRenderer20& drawnBy) : MeshES20(mesh, &drawnBy.bufferPool), m_renderer(drawnBy) {}
+
+    void Render(EffectES20* effect, const std::vector<MeshNode*>& nodes, bool specificNode) override
+    {
+        MeshES20::Render(effect, nodes, specificNode);
+        m_renderer.RenderItemList(nullptr, {}, RenderPassDefault);
+    }
+
+private:
+    OpenRenderer20& m_renderer;
+};
+
+struct Change
+{
+    const char* label;
+    std::function<void(Stage&)> make;
+};
+
+const Change kChanges[] = {
+    {"nothing", [](Stage&) {}},
+    {"a node moves", [](Stage& s) { s.nodes[1]->SetLocal(Transform()); }},
+    {"the first node is hidden", [](Stage& s) { s.nodes[0]->SetFlags(NodeFlagHidden, false); }},
+    {"a node is hidden", [](Stage& s) { s.nodes[1]->SetFlags(NodeFlagHidden, false); }},
+    {"a node has a draw ID of the past", [](Stage& s) { s.nodes[1]->InvalidateDrawID(); }},
+    {"a node has a material of its own",
+     [](Stage& s)
+     {
+         auto* const own = new NodeMaterial;
+         s.scene.AddMaterial(own);
+         own->AddNode(s.nodes[1]);
+     }},
+    {"a mesh is shown at a second node", [](Stage& s) { s.meshes[1]->AddNode(s.nodes[2]); }},
+    {"a mesh is shown at another node",
+     [](Stage& s)
+     {
+         s.meshes[1]->RemoveNode(s.nodes[1]);
+         s.meshes[1]->AddNode(s.nodes[3]);
+     }},
+    {"a mesh is shown nowhere", [](Stage& s) { s.meshes[1]->RemoveNode(s.nodes[1]); }},
+    {"a node dies", [](Stage& s) { delete s.nodes[1]; }},
+    {"all nodes die",
+     [](Stage& s)
+     {
+         for (MeshNode* node : s.nodes)
+         {
+             s.scene.DeleteSubtree(node);
+         }
+     }},
+    {"a mesh dies", [](Stage& s) { delete s.meshes[1]; }},
+    {"a mesh comes", [](Stage& s) { s.AddMesh(*s.material); }},
+    {"a mesh of another format comes",
+     [](Stage& s)
+     {
+         s.kind.format.normals = !s.kind.format.normals;
+         s.AddMesh(*s.material);
+         s.kind.format.normals = !s.kind.format.normals;
+         s.AddMesh(*s.material);
+     }},
+    {"a mesh changes its material", [](Stage& s) { s.other->AddMesh(s.meshes[1]); }},
+    {"a material dies",
+     [](Stage& s)
+     {
+         s.scene.RemoveMaterial(s.material);
+         delete s.material;
+     }},
+    {"a mesh is drawn from both sides", [](Stage& s) { s.meshes[1]->SetFlags(MeshFlagNoCull); }},
+    {"a mesh marks its back faces", [](Stage& s) { s.meshes[1]->SetFlags(MeshFlagShowFaceSides); }},
+    {"a mesh has the effect's flag", [](Stage& s) { s.meshes[1]->SetFlags(MeshFlagEffectFlag); }},
+    {"a mesh has a draw ID of the past", [](Stage& s) { s.meshes[1]->InvalidateDrawID(); }},
+    {"a mesh has a draw ID of the next frame", [](Stage& s) { s.meshes[1]->SetDrawID(s.scene.GetUpdateID() + 1); }},
+    {"a mesh loses its render data", [](Stage& s) { s.meshes[1]->Suspend(); }},
+    {"a mesh has the render data in its own slot",
+     [](Stage& s) { s.meshes[1]->SetRenderData(new MeshES20(s.meshes[1], &s.renderer.bufferPool), false); }},
+    {"a mesh draws something else in between",
+     [](Stage& s) { s.meshes[0]->SetRenderData(new NestingData(s.meshes[0], s.renderer), true); }},
+    {"fewer indices", [](Stage& s) { s.meshes[1]->GetRawMesh()->indices.resize(3); }},
+    {"no indices", [](Stage& s) { s.meshes[1]->GetRawMesh()->indices.clear(); }},
+    {"no positions", [](Stage& s) { s.meshes[1]->GetRawMesh()->positions.clear(); }},
+    {"a mesh is turned round", [](Stage& s) { Mesh::InvertOrder(s.meshes[1], false); }},
+    {"a mesh becomes another", [](Stage& s) { *s.meshes[1] = *s.meshes[3]; }},
+    {"a second mesh over the same geometry",
+     [](Stage& s)
+     {
+         Mesh* const second = s.make(s.meshes[1]->GetRawMesh(), &s.scene);
+         second->AddNode(s.nodes[2]);
+         second->SetFlags(MeshFlagShowFaceSides);
+         s.material->AddMesh(second);
+     }},
+    {"drawn before all", [](Stage& s) { s.material->SetFlags(MaterialFlagAlwaysPass); }},
+    {"drawn as points", [](Stage& s) { s.material->SetFlags(MaterialFlagPoints); }},
+    {"drawn from both sides", [](Stage& s) { s.material->SetFlags(MaterialFlagNoCull); }},
+    {"unlit", [](Stage& s) { s.material->SetFlags(MaterialFlagUnlit); }},
+    {"suspended",
+     [](Stage& s)
+     {
+         s.scene.Suspend();
+         s.scene.Resume();
+     }},
+};
+
+} // namespace
+
+TEST(PlainDraws, FollowEveryChangeBetweenFrames)
+{
+    for (const Kind& kind : kKinds)
+    {
+        for (const Change& change : kChanges)
+        {
+            const auto framesBy = [&](const MakeMesh& make)
+            {
+                Stage stage(make, kind);
+                std::vector<std::vector<std::string>> frames;
+                frames.push_back(stage.Frame());
+                frames.push_back(stage.Frame());
+                change.make(stage);
+                frames.push_back(stage.Frame());
+                frames.push_back(stage.Frame());
+                return frames;
+            };
+            EXPECT_EQ(framesBy(MakeOwn), framesBy(MakeHosts)) << kind.label << ", " << change.label;
+        }
+    }
+}
+
+TEST(PlainDraws, AChangeIsTakenBack)
+{
+    Stage stage(MakeOwn, kKinds[0]);
+    stage.Frame();
+    const std::vector<std::string> before = stage.Frame();
+    stage.meshes[1]->SetFlags(MeshFlagNoCull);
+    EXPECT_NE(stage.Frame(), before);
+    stage.meshes[1]->ClearFlags(MeshFlagNoCull);
+    EXPECT_EQ(stage.Frame(), before);
+    stage.meshes[1]->AddNode(stage.nodes[2]);
+    EXPECT_NE(stage.Frame(), before);
+    stage.meshes[1]->RemoveNode(stage.nodes[2]);
+    EXPECT_EQ(stage.Frame(), before);
+}
+
+TEST(PlainDraws, ItemsMayBeLeftOutRepeatedAndReordered)
+{
+    for (const MakeMesh& make : {MakeMesh(MakeOwn), MakeMesh(MakeHosts)})
+    {
+        Stage stage(make, kKinds[0]);
+        stage.Frame();
+        auto* const style = static_cast<MaterialES20*>(stage.material->GetRenderData());
+        auto* const camera = static_cast<CameraNodeES20*>(stage.scene.GetCameraNode()->GetRenderData());
+        const std::vector<std::vector<int>> orders = {{0, 1, 2}, {0, 2}, {2}, {2, 1, 0}, {1, 1, 2}, {}};
+        for (const std::vector<int>& order : orders)
+        {
+            std::vector<RenderItemES20> items;
+            for (const int index : order)
+            {
+                items.push_back({stage.meshes[static_cast<std::size_t>(index)], style, false, nullptr});
+            }
+            stage.recorder.Clear();
+            stage.renderer.RenderItemList(camera, items, RenderPassDefault);
+            EXPECT_EQ(stage.recorder.All("glDrawElements").size(), order.size());
+        }
+    }
+}
+
+} // namespace OV::Test
