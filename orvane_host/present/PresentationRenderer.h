@@ -31,9 +31,9 @@ namespace OV::Host::Detail
 
 class Batches;
 class EdgeStage;
+class FilterEffect;
 class GroundStage;
 struct Ground;
-class FilterEffect;
 class HorizonStage;
 class ItemLister;
 class LineDepthStage;

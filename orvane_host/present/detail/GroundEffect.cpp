@@ -1,7 +1,7 @@
 #include "orvane_host/present/detail/GroundEffect.h"
 
 #include "orvane_host/present/shaders/GroundEffect.frag.h"
-#include "orvane_host/present/shaders/GroundEffect.vert.h"
+#include "orvane_host/present/shaders/ScreenEffect.vert.h"
 
 #include <GL/gl.h>
 
@@ -54,7 +54,7 @@ static_assert(IsDense(kUniforms));
 constexpr OptionRow kOptions[] = {{0, "DEFAULT"}};
 
 constexpr ProgramTemplate kTemplate = {
-    "GroundEffect", Shaders::GroundEffectVert, Shaders::GroundEffectFrag, kOptions, kUniforms, ScreenAttributes,
+    "GroundEffect", Shaders::ScreenEffectVert, Shaders::GroundEffectFrag, kOptions, kUniforms, ScreenAttributes,
 };
 
 } // namespace

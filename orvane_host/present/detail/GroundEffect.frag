@@ -4,6 +4,8 @@ PRECISION_DEFAULT_HIGHP(float)
 // upward. It follows from the number of the pixel in all of the picture: from corner to corner of a part it would
 // round in another way. Along the ground in x and y, from the middle of the model; above the ground in z. A ray
 // is as long as a unit along the line of sight.
+uniform vec2 u_first;         // the lower left pixel of the target in all of the picture
+uniform vec2 u_size;          // of all of it, pixels
 uniform vec3 u_start;
 uniform vec3 u_startRight;
 uniform vec3 u_startUp;
@@ -19,9 +21,6 @@ uniform sampler2D u_shadow;   // how dark the ground is, in red
 uniform vec4 u_shadowPlace;   // factor and offset from the ground to the texture
 uniform float u_shadowStrength;
 uniform vec4 u_depth;         // factors a, b, c, d of the depth (a z + b) / (c z + d)
-
-uniform vec2 u_first;         // the lower left pixel of the target in all of the picture
-uniform vec2 u_size;          // of all of it
 
 vec3 along(vec3 middle, vec3 right, vec3 up)
 {

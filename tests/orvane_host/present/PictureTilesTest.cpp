@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 namespace OV::Host::Detail
@@ -85,6 +86,19 @@ TEST(PictureTiles, OfALargePictureTakeLittleMemory)
             EXPECT_GE(size.height, PictureTiles::Step);
         }
     }
+    all.antialiasing = Antialiasing::Multisampling;
+    all.occlusion = true;
+    all.lines.emplace();
+    const PixelSize tile = TileSizeFor(all, {32000, 20000}, 4, 8, {16384, 16384}, 0);
+    EXPECT_LE(static_cast<long>(tile.width) * tile.height * BytesPerPixel(all, 4, 8), 320L << 20);
+    EXPECT_LE(tile.width, tile.height * 3 / 2) << "about square: little of it is overlaps";
+    EXPECT_LE(tile.height, tile.width);
+    all.antialiasing = Antialiasing::None;
+    all.occlusion = false;
+    all.shadows.emplace();
+    const PixelSize shadowed = TileSizeFor(all, {32000, 20000}, 0, 8, {16384, 16384}, 0);
+    EXPECT_LE(std::max(shadowed.width, shadowed.height), 1536) << "as many pixels as its map has texels for";
+    all.shadows.reset();
     const PixelSize small = TileSizeFor(all, {1280, 720}, 4, 8, {16384, 16384}, 0);
     EXPECT_EQ(small.width, 1280);
     EXPECT_EQ(small.height, 720);

@@ -93,6 +93,13 @@ void Cast(PresentationSettings& wanted, bool soft)
     wanted.shadows->soft = soft;
 }
 
+/// So that all colours of the sky are seen.
+void LookUp(PresentationSettings& wanted)
+{
+    wanted.view.eye = Vector(4, 0.5f, 9);
+    wanted.view.target = Vector(0, 2.5f, 0);
+}
+
 const Case Cases[] = {
     {"advanced", [](PresentationSettings&) {}, 0, 3},
     {"phong", [](PresentationSettings& wanted) { wanted.look = Look::Phong; }, 0, 3},
@@ -110,12 +117,14 @@ const Case Cases[] = {
      [](PresentationSettings& wanted) {
          wanted.sky = true;
          wanted.background = Color(0.8f, 0.9f, 1.0f);
+         LookUp(wanted);
      },
      0, 3},
     {"sky without perspective",
      [](PresentationSettings& wanted) {
          wanted.sky = true;
          wanted.view.orthographic = true;
+         LookUp(wanted);
      },
      0, 3},
     {"fog", [](PresentationSettings& wanted) { wanted.fog = {2.0f, 40.0f}; }, 3, 3},
