@@ -5,6 +5,13 @@
 #include "orvane_host/geometry/SunHours.h"
 #include "orvane_host/present/Presentation.h"
 #include "orvane_host/present/detail/SunState.h"
+#include "orvane_host/sheet/Sheet.h"
+#include "orvane/math/Transform.h"
+#include "orvane/math/Vector.h"
+#include "orvane/overlay/Scene2D.h"
+#include "orvane/overlay/Shape2DNode.h"
+#include "orvane/overlay/Text.h"
+#include "orvane/scene/Scene.h"
 
 #include <GL/gl.h>
 #include <GL/glext.h>
@@ -13,8 +20,9 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <limits>
+#include <map>
 #include <memory>
+#include <utility>
 
 namespace OV::Host
 {
@@ -23,10 +31,15 @@ namespace
 {
 
 constexpr std::int64_t kMostSeconds = std::int64_t(366) * 86400;
-/// Pixels of a picture's shorter side, below which no label can be read.
-constexpr int kSmallestCell = 48;
+/// Pixels of a picture's shorter side, below which little can be seen.
+constexpr int kSmallestPicture = 48;
 /// Of the shorter side of the sheet, between pictures.
 constexpr int kGapShare = 200;
+constexpr const char* kNoSun = ", no sun";
+constexpr const char* kFont = "DejaVu Sans";
+constexpr int kSmallestLetters = 12;
+/// Pixels; a wider text is drawn smaller and stretched.
+constexpr int kWidestLabel = 1024;
 
 /// Hours between moments over which the sun's way is all but straight.
 constexpr double kLongestFollowed = 3.0;
@@ -78,16 +91,69 @@ std::optional<SunSettings> SunOf(const Presentation& presentation, std::string& 
     return sun;
 }
 
+std::string LabelOf(const ZonedTime& time)
+{
+    return time.Date() + " " + time.Clock() + " " + time.Zone();
+}
+
+/// Finds the size of the letters of all labels.
+class LabelLetters
+{
+public:
+    /// @param longest of the labels.
+    explicit LabelLetters(std::string longest) : m_longest(std::move(longest)) {}
+
+    /// Em in pixels: what suits a picture of this size with its label, smaller where the longest label
+    /// has no room.
+    int SizeFor(int width, int height)
+    {
+        int size = static_cast<int>(std::lround(Sheet::LetterSize(width, height) * 1.4));
+        while (size > kSmallestLetters && WidthAt(size) > RoomFor(width, size))
+        {
+            --size;
+        }
+        return size;
+    }
+
+    /// Pixels that a label below a picture of this width has.
+    static int RoomFor(int width, int size) { return std::clamp(width - size, 1, kWidestLabel); }
+
+    /// Height of the strip that a label stands in, in pixels.
+    static int StripFor(int size) { return size * 8 / 5; }
+
+private:
+    int WidthAt(int size)
+    {
+        const auto [known, isNew] = m_widths.try_emplace(size, 0);
+        if (isNew)
+        {
+            int height = 0;
+            int textureWidth = 0;
+            int textureHeight = 0;
+            Text::GetTextSize(kFont, size, m_longest, 0, known->second, height, textureWidth, textureHeight);
+        }
+        return known->second;
+    }
+
+    std::string m_longest;
+    std::map<int, int> m_widths; ///< by the size; many grids ask for the same ones
+};
+
+/// Cells of a picture with its label in a strip below it, in pixels.
 struct Grid
 {
     int columns = 0;
     int rows = 0;
     int cellWidth = 0;
-    int cellHeight = 0;
+    int pictureHeight = 0;
+    int letters = 0; ///< em
     int gap = 0;
 
+    int LabelHeight() const { return LabelLetters::StripFor(letters); }
+    int CellHeight() const { return pictureHeight + LabelHeight(); }
+
     /// The one whose pictures are largest.
-    static Grid For(int count, int width, int height)
+    static Grid For(int count, int width, int height, LabelLetters& letters)
     {
         Grid best;
         int bestSide = 0;
@@ -95,10 +161,12 @@ struct Grid
         for (int columns = 1; columns <= count; ++columns)
         {
             const int rows = (count + columns - 1) / columns;
-            const Grid grid{columns, rows, (width - (columns - 1) * gap) / columns,
-                            (height - (rows - 1) * gap) / rows, gap};
+            const int cellWidth = (width - (columns - 1) * gap) / columns;
+            const int cellHeight = (height - (rows - 1) * gap) / rows;
+            const int size = letters.SizeFor(cellWidth, cellHeight);
+            const Grid grid{columns, rows, cellWidth, cellHeight - LabelLetters::StripFor(size), size, gap};
             // A picture is rather wider than high.
-            const int side = std::min(grid.cellWidth * 3 / 4, grid.cellHeight);
+            const int side = std::min(grid.cellWidth * 3 / 4, grid.pictureHeight);
             if (side > bestSide)
             {
                 best = grid;
@@ -109,7 +177,7 @@ struct Grid
     }
 };
 
-/// Draws one picture after another of the same size, and leaves a presentation as it was.
+/// Draws one cell after another of the same size, and leaves a presentation as it was.
 class CellPainter
 {
 public:
@@ -146,15 +214,20 @@ public:
         m_isOpen = true;
         const Detail::FramebufferLimits limits = Detail::FramebufferLimits::Query(m_gl);
         const int samples = Presentation::SamplesFor(m_before, limits.maxSamples);
-        m_buffer =
-            Detail::HeadlessFramebuffer::Create(m_gl, limits, m_grid.cellWidth, m_grid.cellHeight, samples, error);
-        return m_buffer != nullptr;
+        m_picture = Detail::HeadlessFramebuffer::Create(m_gl, limits, m_grid.cellWidth, m_grid.pictureHeight, samples,
+                                                        error);
+        m_label = m_picture ? Detail::HeadlessFramebuffer::Create(m_gl, limits, m_grid.cellWidth, m_grid.LabelHeight(),
+                                                                  0, error)
+                            : nullptr;
+        return m_label != nullptr;
     }
 
+    /// @param rgba gets the cell, the top row first.
     bool Draw(const ZonedTime& time, bool isFirst, std::vector<unsigned char>& rgba, std::string& error)
     {
         PresentationSettings settings = m_before;
         settings.sun->time = time.Text();
+        settings.sheet.title.clear();
         // The same everywhere: once is enough.
         settings.sheet.scaleBar = settings.sheet.scaleBar && isFirst;
         settings.sheet.north = isFirst ? settings.sheet.north : std::nullopt;
@@ -162,23 +235,33 @@ public:
         {
             return false;
         }
-        settings.sheet.title =
-            time.Date() + " " + time.Clock() + " " + time.Zone() + (m_presentation.GetSun().direction ? "" : ", no sun");
-        if (!m_presentation.Apply(settings, error))
-        {
-            return false;
-        }
-        m_buffer->Bind();
-        m_presentation.Draw(m_grid.cellWidth, m_grid.cellHeight);
-        if (!m_buffer->ReadPixels(rgba))
+        m_picture->Bind();
+        m_presentation.Draw(m_grid.cellWidth, m_grid.pictureHeight);
+        DrawLabel(LabelOf(time) + (m_presentation.GetSun().direction ? "" : kNoSun));
+        if (!m_picture->ReadPixels(rgba) || !m_label->ReadPixels(m_labelPixels))
         {
             error = "a picture could not be read back from GL; ask for a smaller one";
             return false;
         }
+        rgba.insert(rgba.end(), m_labelPixels.begin(), m_labelPixels.end());
         return true;
     }
 
 private:
+    void DrawLabel(const std::string& label)
+    {
+        Text text(kFont, m_grid.letters, label, &m_page.GetForeground(), true, true,
+                  LabelLetters::RoomFor(m_grid.cellWidth, m_grid.letters));
+        text.SetColor(Color(0.0f, 0.0f, 0.0f));
+        const int middleX = m_grid.cellWidth / 2;
+        const int middleY = m_grid.LabelHeight() / 2;
+        Transform middle;
+        middle.SetPosition(Vector(static_cast<float>(middleX), static_cast<float>(middleY), 0.0f));
+        text.GetInstance(0)->SetLocal(middle);
+        m_label->Bind();
+        m_page.Draw(m_grid.cellWidth, m_grid.LabelHeight());
+    }
+
     Presentation& m_presentation;
     const Grid& m_grid;
     const PresentationSettings m_before;
@@ -188,7 +271,10 @@ private:
     GLint m_drawn = 0;
     GLint m_read = 0;
     std::array<GLint, 4> m_viewport{};
-    std::unique_ptr<Detail::HeadlessFramebuffer> m_buffer;
+    std::unique_ptr<Detail::HeadlessFramebuffer> m_picture;
+    std::unique_ptr<Detail::HeadlessFramebuffer> m_label;
+    Presentation m_page{std::make_unique<Scene>()}; ///< white, with nothing but a label
+    std::vector<unsigned char> m_labelPixels;
 };
 
 } // namespace
@@ -301,8 +387,9 @@ bool SunStudy::DrawSheet(Presentation& presentation, const SunStudyTimes& times,
         return false;
     }
     const std::vector<ZonedTime> moments = times.Moments();
-    const Grid grid = Grid::For(static_cast<int>(moments.size()), width, height);
-    if (std::min(grid.cellWidth, grid.cellHeight) < kSmallestCell)
+    LabelLetters letters(LabelOf(moments.front()) + kNoSun);
+    const Grid grid = Grid::For(static_cast<int>(moments.size()), width, height, letters);
+    if (std::min(grid.cellWidth, grid.pictureHeight) < kSmallestPicture)
     {
         error = std::to_string(moments.size()) + " pictures have no room on " + std::to_string(width) + "x"
             + std::to_string(height) + "; ask for a larger sheet or a longer step";
@@ -325,9 +412,9 @@ bool SunStudy::DrawSheet(Presentation& presentation, const SunStudyTimes& times,
         const int column = static_cast<int>(i) % grid.columns;
         const int row = static_cast<int>(i) / grid.columns;
         const auto left = static_cast<std::size_t>(column * (grid.cellWidth + grid.gap)) * 4;
-        const auto top = static_cast<std::size_t>(row * (grid.cellHeight + grid.gap));
+        const auto top = static_cast<std::size_t>(row * (grid.CellHeight() + grid.gap));
         const auto cellBytes = static_cast<std::size_t>(grid.cellWidth) * 4;
-        for (std::size_t y = 0; y < static_cast<std::size_t>(grid.cellHeight); ++y)
+        for (std::size_t y = 0; y < static_cast<std::size_t>(grid.CellHeight()); ++y)
         {
             std::copy_n(cell.begin() + static_cast<std::ptrdiff_t>(y * cellBytes), cellBytes,
                         rgba.begin() + static_cast<std::ptrdiff_t>((top + y) * rowBytes + left));

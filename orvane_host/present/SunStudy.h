@@ -48,8 +48,9 @@ public:
     static std::optional<std::vector<SunMoment>> MomentsOf(const Presentation& presentation,
                                                            const SunStudyTimes& times, std::string& error);
 
-    /// Draws a picture of each moment in one view, each with its time, in a grid. GL; the framebuffer
-    /// that is bound and the settings stay. What is picked next is picked in the size of one picture.
+    /// Draws a picture of each moment in one view, each with its time in a strip below it, in a grid. GL;
+    /// the framebuffer that is bound and the settings stay. What is picked next is picked in the size of
+    /// one picture.
     /// @param width of the whole sheet, in pixels.
     /// @param rgba gets the sheet, opaque, the top row first.
     /// @param error on failure the reason and the remedy in one line. Untouched otherwise.
