@@ -112,6 +112,20 @@ void PointAttribute(unsigned int attribute, int components, int stride, int offs
                           reinterpret_cast<const void*>(static_cast<std::intptr_t>(offset)));
 }
 
+/// As BindStreams, with the arrays enabled.
+void PointStreams(const MeshES20& data, bool normals, bool texture)
+{
+    PointAttribute(AttributePosition, 3, data.stride, data.positionOffset);
+    if (normals)
+    {
+        PointAttribute(AttributeNormal, 3, data.stride, data.normalOffset);
+    }
+    if (texture)
+    {
+        PointAttribute(AttributeTexture, 2, data.stride, data.textureOffset);
+    }
+}
+
 /// Whether the second mesh is drawn as the first was but for where it begins.
 bool IsOfLayout(const MeshES20& first, const MeshES20& second)
 {
@@ -325,7 +339,6 @@ const detail::PlainDraw* BasicMaterialEffectES20::DrawBuffer(const detail::Plain
     const bool canRepeat = (isShaded || !lit) && !Has(UniformNumClipPlanes) &&
                            detail::RepeatedUniform::AreFollowed(m_current);
     const bool hasTexture = HasAttribute(AttributeTexture) && first->textureOffset >= 0;
-    const int stride = first->stride;
     bool isFirstNode = true;
     // Not made for a mesh that is alone.
     std::optional<NodeUniforms> uniforms;
@@ -364,16 +377,7 @@ const detail::PlainDraw* BasicMaterialEffectES20::DrawBuffer(const detail::Plain
             break;
         }
         ClearLeftovers();
-        const MeshES20& data = *draw->data;
-        PointAttribute(AttributePosition, 3, stride, data.positionOffset);
-        if (isShaded)
-        {
-            PointAttribute(AttributeNormal, 3, stride, data.normalOffset);
-        }
-        if (hasTexture)
-        {
-            PointAttribute(AttributeTexture, 2, stride, data.textureOffset);
-        }
+        PointStreams(*draw->data, isShaded, hasTexture);
     }
     BasicMaterialEffectES20::ReleaseMeshAttributes(first);
     return draw;
