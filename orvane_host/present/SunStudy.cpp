@@ -31,8 +31,8 @@ namespace
 {
 
 constexpr std::int64_t kMostSeconds = std::int64_t(366) * 86400;
-/// Pixels of a picture's shorter side, below which little can be seen.
-constexpr int kSmallestPicture = 48;
+/// Pixels of the shorter side of a picture with its label, below which little can be seen.
+constexpr int kSmallestCell = 48;
 /// Of the shorter side of the sheet, between pictures.
 constexpr int kGapShare = 200;
 constexpr const char* kNoSun = ", no sun";
@@ -389,7 +389,7 @@ bool SunStudy::DrawSheet(Presentation& presentation, const SunStudyTimes& times,
     const std::vector<ZonedTime> moments = times.Moments();
     LabelLetters letters(LabelOf(moments.front()) + kNoSun);
     const Grid grid = Grid::For(static_cast<int>(moments.size()), width, height, letters);
-    if (std::min(grid.cellWidth, grid.pictureHeight) < kSmallestPicture)
+    if (std::min(grid.cellWidth, grid.CellHeight()) < kSmallestCell)
     {
         error = std::to_string(moments.size()) + " pictures have no room on " + std::to_string(width) + "x"
             + std::to_string(height) + "; ask for a larger sheet or a longer step";
