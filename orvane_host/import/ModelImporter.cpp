@@ -253,11 +253,14 @@ ReadOutcome OutcomeOf(const IsolationOutcome& isolated)
         return {ImportStatus::Cancelled, std::string()};
     case IsolationEnd::NotStarted:
         return {ImportStatus::Failed, "no process could be started to read it in"};
+    case IsolationEnd::OutputLost:
+        return {ImportStatus::Failed, "what was read of it could not be taken over"};
     case IsolationEnd::Crashed:
         break;
     }
-    const std::string signal = isolated.signal ? std::string(" (") + strsignal(isolated.signal) + ")" : "";
-    return {ImportStatus::Crashed, ReasonFor(ImportStatus::Crashed) + signal};
+    const std::string end = isolated.signal ? strsignal(isolated.signal)
+                                            : "exit status " + std::to_string(isolated.exitStatus);
+    return {ImportStatus::Crashed, std::string(ReasonFor(ImportStatus::Crashed)) + " (" + end + ")"};
 }
 
 ReadOutcome ReadArchive(const IsolationOutcome& isolated, ModelData& model)

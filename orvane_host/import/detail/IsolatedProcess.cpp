@@ -227,7 +227,7 @@ bool ReadProgress(int pipe, float& share)
     return size > 0;
 }
 
-IsolationEnd ReasonOfEnd(const Child& child, int& signal)
+IsolationEnd ReasonOfEnd(const Child& child, IsolationOutcome& outcome)
 {
     if (!child.HasStatus())
     {
@@ -245,11 +245,12 @@ IsolationEnd ReasonOfEnd(const Child& child, int& signal)
         case kExitOutOfMemory:
             return IsolationEnd::OutOfMemory;
         default:
+            outcome.exitStatus = WEXITSTATUS(status);
             return IsolationEnd::Crashed;
         }
     }
-    signal = WTERMSIG(status);
-    switch (signal)
+    outcome.signal = WTERMSIG(status);
+    switch (outcome.signal)
     {
     case SIGXCPU:
         return IsolationEnd::OutOfTime;
@@ -263,9 +264,17 @@ IsolationEnd ReasonOfEnd(const Child& child, int& signal)
     }
 }
 
+/// Lets nobody change the output any more: a page that vanishes under a mapping would kill the host.
+bool Seal(int output)
+{
+    // Not F_SEAL_WRITE, which fails while the system has a page in hand, be it to move it about in memory.
+    // It would end writable mappings too, but none has outlived the process.
+    return fcntl(output, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_FUTURE_WRITE) == 0;
+}
+
 /// Waits for the child, passing on its progress.
 IsolationEnd Attend(Child& child, int pipe, std::uint32_t wallSeconds,
-                    const std::function<bool(float)>& progress, int& signal)
+                    const std::function<bool(float)>& progress, IsolationOutcome& outcome)
 {
     const Clock::time_point deadline = Clock::now() + std::chrono::seconds(wallSeconds);
     float share = 0.0f;
@@ -281,7 +290,7 @@ IsolationEnd Attend(Child& child, int pipe, std::uint32_t wallSeconds,
         }
         if (child.Poll())
         {
-            return ReasonOfEnd(child, signal);
+            return ReasonOfEnd(child, outcome);
         }
         if (Clock::now() >= deadline)
         {
@@ -299,7 +308,7 @@ IsolationEnd Attend(Child& child, int pipe, std::uint32_t wallSeconds,
 } // namespace
 
 IsolationOutcome::IsolationOutcome(IsolationOutcome&& other) noexcept
-    : end(other.end), signal(other.signal), output(std::exchange(other.output, -1)),
+    : end(other.end), signal(other.signal), exitStatus(other.exitStatus), output(std::exchange(other.output, -1)),
       outputBytes(other.outputBytes)
 {
 }
@@ -308,6 +317,7 @@ IsolationOutcome& IsolationOutcome::operator=(IsolationOutcome&& other) noexcept
 {
     std::swap(end, other.end);
     std::swap(signal, other.signal);
+    std::swap(exitStatus, other.exitStatus);
     std::swap(output, other.output);
     std::swap(outputBytes, other.outputBytes);
     return *this;
@@ -368,15 +378,13 @@ IsolationOutcome RunIsolated(const IsolationLimits& limits, const std::function<
 
     Child child(pid);
     writeEnd.Reset();
-    outcome.end = Attend(child, readEnd.Get(), limits.wallSeconds, progress, outcome.signal);
+    outcome.end = Attend(child, readEnd.Get(), limits.wallSeconds, progress, outcome);
     if (outcome.end == IsolationEnd::Finished)
     {
-        // A page that vanishes under a mapping would kill the host.
         struct stat info = {};
-        const int seals = F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE;
-        if (fcntl(output.Get(), F_ADD_SEALS, seals) != 0 || fstat(output.Get(), &info) != 0)
+        if (!Seal(output.Get()) || fstat(output.Get(), &info) != 0)
         {
-            outcome.end = IsolationEnd::Crashed;
+            outcome.end = IsolationEnd::OutputLost;
             return outcome;
         }
         outcome.outputBytes = static_cast<std::uint64_t>(info.st_size);

@@ -24,6 +24,8 @@ enum class IsolationEnd
     TooMuchOutput,
     Crashed,
     Cancelled,
+    /// The work returned, but its output could not be taken over.
+    OutputLost,
     /// No process or no memory file could be had; nothing ran.
     NotStarted,
 };
@@ -39,6 +41,8 @@ struct IsolationOutcome
     IsolationEnd end = IsolationEnd::NotStarted;
     /// The signal that ended a crashed process, 0 when it left by itself.
     int signal = 0;
+    /// What a crashed process left with by itself.
+    int exitStatus = 0;
     /// Owned descriptor of the output, sealed against any change; -1 unless Finished.
     int output = -1;
     std::uint64_t outputBytes = 0;

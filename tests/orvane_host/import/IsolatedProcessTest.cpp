@@ -1,5 +1,6 @@
 #include "orvane_host/import/detail/IsolatedProcess.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <sys/mman.h>
@@ -111,6 +112,31 @@ TEST(IsolatedProcess, OutputCannotChangeAfterwards)
     EXPECT_LT(pwrite(outcome.output, "x", 1, 0), 0);
 }
 
+TEST(IsolatedProcess, WhoStillReadsTheOutputDoesNotLoseIt)
+{
+    // A page in a pipe is in use, as one is that the system moves about in memory just then.
+    int ends[2] = {-1, -1};
+    ASSERT_EQ(pipe(ends), 0);
+    const IsolationOutcome outcome = RunIsolated(
+        Generous(),
+        [&ends](IsolatedWork& side)
+        {
+            Write(side, "result");
+            off_t begin = 0;
+            if (splice(side.Output(), &begin, ends[1], nullptr, 6, 0) != 6)
+            {
+                _exit(1);
+            }
+        },
+        nullptr);
+    ASSERT_EQ(outcome.end, IsolationEnd::Finished);
+    EXPECT_EQ(Output(outcome), "result");
+    EXPECT_LT(pwrite(outcome.output, "x", 1, 0), 0);
+    EXPECT_EQ(mmap(nullptr, 6, PROT_READ | PROT_WRITE, MAP_SHARED, outcome.output, 0), MAP_FAILED);
+    close(ends[0]);
+    close(ends[1]);
+}
+
 TEST(IsolatedProcess, EveryWayToCrashIsToldFromAnEnd)
 {
     struct
@@ -118,6 +144,7 @@ TEST(IsolatedProcess, EveryWayToCrashIsToldFromAnEnd)
         const char* label;
         std::function<void(IsolatedWork&)> work;
         int signal;
+        int exitStatus = 0;
     } const cases[] = {
         {"segmentation fault", [](IsolatedWork&) { std::raise(SIGSEGV); }, SIGSEGV},
         {"abort", [](IsolatedWork&) { std::abort(); }, SIGABRT},
@@ -125,8 +152,9 @@ TEST(IsolatedProcess, EveryWayToCrashIsToldFromAnEnd)
         {"arithmetic", [](IsolatedWork&) { std::raise(SIGFPE); }, SIGFPE},
         {"terminated", [](IsolatedWork&) { std::raise(SIGTERM); }, SIGTERM},
         {"exit as if all were well", [](IsolatedWork&) { _exit(0); }, 0},
-        {"an exception", [](IsolatedWork&) { throw std::runtime_error("x"); }, 0},
-        {"an exception of no class", [](IsolatedWork&) { throw 7; }, 0},
+        {"exit", [](IsolatedWork&) { _exit(3); }, 0, 3},
+        {"an exception", [](IsolatedWork&) { throw std::runtime_error("x"); }, 0, 93},
+        {"an exception of no class", [](IsolatedWork&) { throw 7; }, 0, 93},
     };
     for (const auto& test : cases)
     {
@@ -134,6 +162,7 @@ TEST(IsolatedProcess, EveryWayToCrashIsToldFromAnEnd)
         const IsolationOutcome outcome = RunIsolated(Generous(), test.work, nullptr);
         EXPECT_EQ(outcome.end, IsolationEnd::Crashed);
         EXPECT_EQ(outcome.signal, test.signal);
+        EXPECT_EQ(outcome.exitStatus, test.exitStatus);
         EXPECT_EQ(outcome.output, -1);
     }
 }
