@@ -405,9 +405,10 @@ void EffectES20::DisableAttributeNow(unsigned int attribute)
 void EffectES20::DisableAttributesNow()
 {
     const std::uint32_t spare = s_spareAttributes;
-    for (unsigned int attribute = 0; (spare >> attribute) != 0; ++attribute)
+    unsigned int attribute = 0;
+    for (std::uint32_t left = spare; left != 0; left >>= 1, ++attribute)
     {
-        if (((spare >> attribute) & 1u) != 0)
+        if ((left & 1u) != 0)
         {
             glDisableVertexAttribArray(attribute);
         }

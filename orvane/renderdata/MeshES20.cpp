@@ -12,7 +12,6 @@
 
 #include <GL/glew.h>
 
-
 namespace OV
 {
 

@@ -13,14 +13,14 @@
 namespace OV::detail
 {
 
-/// A draw of a mesh that has nothing of its own: of the engine's own classes, with one node, no flag and
-/// no draw ID. None is null.
+/// A mesh in a material's list of draws. One with a node is drawn by what stands here: it is of the engine's
+/// own classes and has one node, no flag and no draw ID.
 struct PlainDraw
 {
     Mesh* mesh;
     MeshES20* data;
     const RawMesh* geometry;
-    MeshNode* node; ///< null where a draw takes more
+    MeshNode* node; ///< null where the draw takes more than this
 
     /// Whether it is uploaded and has a vertex.
     bool HasVertices() const { return data->vertexBufferId != 0 && !geometry->positions.empty(); }

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <numeric>
 #include <ostream>
@@ -93,6 +94,84 @@ protected:
         const float half = 0.5f * share;
         place.SetPosition(Vector(half * static_cast<float>(Width()), half * height, 100.0f));
         Camera().SetLocal(place);
+    }
+
+    /// Rectangles of two materials anywhere in a square, each at a height of its own.
+    void Scatter(int count, int extent, unsigned int seed, const Color& first, const Color& second)
+    {
+        Dice dice(seed);
+        Material* const materials[] = {&AddMaterial(first), &AddMaterial(second)};
+        for (int i = 0; i < count; ++i)
+        {
+            const PixelRect rect{dice.Below(extent), dice.Below(extent), 3 + dice.Below(20), 3 + dice.Below(20)};
+            nodes.push_back(&AddRect(*materials[i % 2], rect, 0.05f * static_cast<float>(i), i));
+        }
+    }
+
+    /// A triangle whose mesh has further vertices, which no triangle uses.
+    void AddPaddedTriangle(Material& material, const Vector& corner, std::size_t vertices)
+    {
+        std::vector<Vector> positions(vertices, corner);
+        positions[1] = Vector(corner.x + 6.0f, corner.y, corner.z);
+        positions[2] = Vector(corner.x, corner.y + 6.0f, corner.z);
+        auto raw = std::make_shared<RawMesh>();
+        raw->SetPositionBuffer(std::move(positions));
+        raw->SetIndices({0, 1, 2});
+        raw->EndDescription(true);
+        auto* const mesh = new Mesh(raw, &World());
+        material.AddMesh(mesh);
+        nodes.push_back(new MeshNode(&World()));
+        World().GetRoot()->AddChild(nodes.back(), false);
+        mesh->AddNode(nodes.back());
+    }
+
+    /// Moves a node along X, by up to half of an extent.
+    void MoveAlong(std::size_t index, Dice& dice, int extent)
+    {
+        Transform place;
+        place.SetPosition(Vector(static_cast<float>(dice.Below(extent) - extent / 2), 0.0f, 0.0f));
+        nodes[index]->SetLocal(place);
+    }
+
+    /// Shows some square within an extent.
+    void LookAnywhere(Dice& dice, int extent)
+    {
+        const auto x = static_cast<float>(dice.Below(extent));
+        const auto y = static_cast<float>(dice.Below(extent));
+        Transform place;
+        place.SetPosition(Vector(x, y, 100.0f));
+        Camera().SetLocal(place);
+        Camera().SetDistanceToTarget(10.0f + static_cast<float>(dice.Below(extent / 2)));
+    }
+
+    /// The pictures of some steps, from where all that was moved is back in its place.
+    std::vector<Picture> Walk(BatchUse use, unsigned int seed, int steps, const std::function<void(Dice&, int)>& step)
+    {
+        for (MeshNode* const node : nodes)
+        {
+            node->SetLocal(Transform());
+        }
+        LookAt(1.0f);
+        renderer->SetBatches({use});
+        Dice dice(seed);
+        std::vector<Picture> pictures;
+        for (int i = 0; i < steps; ++i)
+        {
+            step(dice, i);
+            pictures.push_back(Draw());
+        }
+        return pictures;
+    }
+
+    /// Leaves the scene as batches have it after the last step.
+    void ExpectSameWalks(unsigned int seed, int steps, const std::function<void(Dice&, int)>& step)
+    {
+        const std::vector<Picture> expected = Walk(BatchUse::Off, seed, steps, step);
+        const std::vector<Picture> actual = Walk(BatchUse::On, seed, steps, step);
+        for (std::size_t i = 0; i < expected.size(); ++i)
+        {
+            ExpectSame(actual[i], expected[i], ("step " + std::to_string(i)).c_str());
+        }
     }
 
     /// The calls of the 3D part of the next frame.
@@ -262,51 +341,19 @@ TEST_F(BatchCalls, NothingThatTouchesAViewIsLeftOut)
 {
     constexpr int count = 400;
     constexpr int extent = 600;
-    Dice dice(21);
-    Material* const materials[] = {&AddMaterial(Color(0.8f, 0.5f, 0.0f)), &AddMaterial(Color(0.2f, 0.9f, 0.0f))};
-    for (int i = 0; i < count; ++i)
-    {
-        const PixelRect rect{dice.Below(extent), dice.Below(extent), 3 + dice.Below(20), 3 + dice.Below(20)};
-        // Each at a height of its own.
-        nodes.push_back(&AddRect(*materials[i % 2], rect, 0.05f * static_cast<float>(i), i));
-    }
-    const auto walk = [&](BatchUse use) {
-        Dice steps(7);
-        std::vector<Picture> pictures;
-        for (MeshNode* const node : nodes)
+    Scatter(count, extent, 21, Color(0.8f, 0.5f, 0.0f), Color(0.2f, 0.9f, 0.0f));
+    ExpectSameWalks(7, 400, [&](Dice& dice, int) {
+        if (dice.Below(3) == 0)
         {
-            node->SetLocal(Transform());
+            // Into the view, out of it or along it, while that rests.
+            MoveAlong(static_cast<std::size_t>(dice.Below(count)), dice, extent);
         }
-        LookAt(1.0f);
-        renderer->SetBatches({use});
-        for (int step = 0; step < 400; ++step)
+        else
         {
-            if (steps.Below(3) == 0)
-            {
-                // Into the view, out of it or along it, while that rests.
-                Transform place;
-                place.SetPosition(Vector(static_cast<float>(steps.Below(extent) - extent / 2), 0.0f, 0.0f));
-                nodes[static_cast<std::size_t>(steps.Below(count))]->SetLocal(place);
-            }
-            else
-            {
-                Transform place;
-                place.SetPosition(Vector(static_cast<float>(steps.Below(extent)), static_cast<float>(steps.Below(extent)),
-                                         100.0f));
-                Camera().SetLocal(place);
-                Camera().SetDistanceToTarget(10.0f + static_cast<float>(steps.Below(extent / 2)));
-            }
-            pictures.push_back(Draw());
+            LookAnywhere(dice, extent);
         }
-        return pictures;
-    };
-    const std::vector<Picture> expected = walk(BatchUse::Off);
-    const std::vector<Picture> actual = walk(BatchUse::On);
+    });
     EXPECT_GT(renderer->CountBatches().pieces, std::size_t{count / 2});
-    for (std::size_t i = 0; i < expected.size(); ++i)
-    {
-        ExpectSame(actual[i], expected[i], ("step " + std::to_string(i)).c_str());
-    }
 }
 
 TEST_F(BatchCalls, WhatIsTooLargeForABatchIsLeftOutOfAViewOneByOne)
@@ -315,19 +362,7 @@ TEST_F(BatchCalls, WhatIsTooLargeForABatchIsLeftOutOfAViewOneByOne)
     constexpr int count = 10;
     for (int i = 0; i < count; ++i)
     {
-        const auto left = static_cast<float>(9 * i);
-        std::vector<Vector> positions(2100, Vector(left, 0.0f, 0.0f));
-        positions[1] = Vector(left + 6.0f, 0.0f, 0.0f);
-        positions[2] = Vector(left, 6.0f, 0.0f);
-        auto raw = std::make_shared<RawMesh>();
-        raw->SetPositionBuffer(std::move(positions));
-        raw->SetIndices({0, 1, 2});
-        raw->EndDescription(true);
-        auto* const mesh = new Mesh(raw, &World());
-        material.AddMesh(mesh);
-        nodes.push_back(new MeshNode(&World()));
-        World().GetRoot()->AddChild(nodes.back(), false);
-        mesh->AddNode(nodes.back());
+        AddPaddedTriangle(material, Vector(static_cast<float>(9 * i), 0.0f, 0.0f), 2100);
     }
     EXPECT_EQ(SteadyFrame(BatchUse::On).draws, static_cast<std::size_t>(count));
     LookAt(0.08f);
@@ -448,53 +483,22 @@ TEST_F(BatchCalls, WhereAllMovesNothingThatTouchesAViewIsLeftOut)
 {
     constexpr int count = 100;
     constexpr int extent = 300;
-    Dice dice(5);
-    Material* const materials[] = {&AddMaterial(Color(0.8f, 0.5f, 0.0f)), &AddMaterial(Color(0.2f, 0.9f, 0.0f, 0.5f))};
-    for (int i = 0; i < count; ++i)
-    {
-        const PixelRect rect{dice.Below(extent), dice.Below(extent), 3 + dice.Below(20), 3 + dice.Below(20)};
-        nodes.push_back(&AddRect(*materials[i % 2], rect, 0.05f * static_cast<float>(i), i));
-    }
-    const auto walk = [&](BatchUse use) {
-        Dice steps(9);
-        std::vector<Picture> pictures;
-        for (MeshNode* const node : nodes)
+    Scatter(count, extent, 5, Color(0.8f, 0.5f, 0.0f), Color(0.2f, 0.9f, 0.0f, 0.5f));
+    ExpectSameWalks(9, 200, [&](Dice& dice, int step) {
+        for (int i = 0; i < count; ++i)
         {
-            node->SetLocal(Transform());
+            // Some rest now and then, and come back to batches.
+            if ((i + step / 20) % 5 != 0)
+            {
+                MoveAlong(static_cast<std::size_t>(i), dice, extent);
+            }
         }
-        LookAt(1.0f);
-        renderer->SetBatches({use});
-        for (int step = 0; step < 200; ++step)
+        if (step % 3 == 0)
         {
-            for (int i = 0; i < count; ++i)
-            {
-                // Some rest now and then, and come back to batches.
-                if ((i + step / 20) % 5 != 0)
-                {
-                    Transform place;
-                    place.SetPosition(Vector(static_cast<float>(steps.Below(extent) - extent / 2), 0.0f, 0.0f));
-                    nodes[static_cast<std::size_t>(i)]->SetLocal(place);
-                }
-            }
-            if (step % 3 == 0)
-            {
-                Transform place;
-                place.SetPosition(Vector(static_cast<float>(steps.Below(extent)), static_cast<float>(steps.Below(extent)),
-                                         100.0f));
-                Camera().SetLocal(place);
-                Camera().SetDistanceToTarget(10.0f + static_cast<float>(steps.Below(extent / 2)));
-            }
-            pictures.push_back(Draw());
+            LookAnywhere(dice, extent);
         }
-        return pictures;
-    };
-    const std::vector<Picture> expected = walk(BatchUse::Off);
-    const std::vector<Picture> actual = walk(BatchUse::On);
+    });
     EXPECT_GT(renderer->CountBatches().single, std::size_t{count / 2});
-    for (std::size_t i = 0; i < expected.size(); ++i)
-    {
-        ExpectSame(actual[i], expected[i], ("step " + std::to_string(i)).c_str());
-    }
 }
 
 TEST_F(BatchCalls, WhatMovesAllAtOnceIsWrittenOverSeveralFrames)
@@ -505,18 +509,7 @@ TEST_F(BatchCalls, WhatMovesAllAtOnceIsWrittenOverSeveralFrames)
     constexpr std::int64_t mostBytes = 65536 * 3 * sizeof(float);
     for (std::size_t i = 0; i < count; ++i)
     {
-        auto raw = std::make_shared<RawMesh>();
-        std::vector<Vector> positions(vertices, Vector(1.0f, 1.0f, 0.0f));
-        positions[1] = Vector(6.0f, 1.0f, 0.0f);
-        positions[2] = Vector(1.0f, 6.0f, 0.0f);
-        raw->SetPositionBuffer(std::move(positions));
-        raw->SetIndices({0, 1, 2});
-        raw->EndDescription(true);
-        auto* const mesh = new Mesh(raw, &World());
-        material.AddMesh(mesh);
-        nodes.push_back(new MeshNode(&World()));
-        World().GetRoot()->AddChild(nodes.back(), false);
-        mesh->AddNode(nodes.back());
+        AddPaddedTriangle(material, Vector(1.0f, 1.0f, 0.0f), vertices);
     }
     SteadyFrame(BatchUse::On);
     const std::size_t together = renderer->CountBatches().pieces;
