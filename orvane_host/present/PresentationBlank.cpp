@@ -101,14 +101,39 @@ BlankPicture Presentation::Impl::FindBlank(const PictureOptions& options)
     reduced.height = small.height;
     reduced.bits = 8;
     reduced.progress = nullptr;
-    NoFile file(FormatOf(reduced));
     PictureFacts facts;
-    if (WritePicture(file, reduced, facts, error) && IsBlank(options, facts))
+    if (WriteUnkept(reduced, facts) && IsBlank(options, facts))
     {
         found = ExplainBlank(small);
+        const bool isUnexplained = found.reason == BlankReason::TooSmall || found.reason == BlankReason::OutOfView;
+        if (isUnexplained && StandsOut(reduced))
+        {
+            found.reason = BlankReason::BackgroundColor;
+        }
     }
     Apply(own, error);
     return found;
+}
+
+bool Presentation::Impl::WriteUnkept(const PictureOptions& options, PictureFacts& facts)
+{
+    NoFile file(FormatOf(options));
+    std::string error;
+    return WritePicture(file, options, facts, error);
+}
+
+bool Presentation::Impl::StandsOut(const PictureOptions& options)
+{
+    // Picking finds surfaces alone; lines and points may have the colour of the background too.
+    const auto opposite = [](float channel) { return channel < 0.5f ? 1.0f : 0.0f; };
+    PresentationSettings wanted = settings;
+    wanted.background = Color(opposite(wanted.background.r), opposite(wanted.background.g), opposite(wanted.background.b));
+    const PresentationSettings own = settings;
+    std::string error;
+    PictureFacts facts;
+    const bool standsOut = Apply(wanted, error) && WriteUnkept(options, facts) && !IsBlank(options, facts);
+    Apply(own, error);
+    return standsOut;
 }
 
 BlankPicture Presentation::Impl::ExplainBlank(const PixelSize& size)

@@ -19,7 +19,8 @@ using Vec = QGM::Vector3d;
 constexpr double kPi = 3.14159265358979323846;
 /// Beyond it the products of two distances leave the range of float in the projection.
 constexpr double kLargestCoordinate = 1e15;
-/// The projection becomes the identity where the near plane is narrower than 1e-6.
+/// The projection becomes the identity where the near plane is nearer or narrower than half of this.
+constexpr double kSmallestNearPlane = 2e-6;
 constexpr double kSmallestRadius = 1e-4;
 
 Vec ToVec(const Vector& v)
@@ -187,7 +188,9 @@ void SetDepths(CameraNode& camera, const Box& box, const Axes& axes, double cent
     {
         // A box behind the eye leaves nothing to see; the planes still have to make sense.
         farthest = std::max(farthest, slack);
-        nearest = std::max(nearest, farthest * 1e-4);
+        const double least = kSmallestNearPlane * std::max(1.0, 1.0 / std::tan(double(camera.GetFOV())));
+        nearest = std::max({nearest, farthest * 1e-4, least});
+        farthest = std::max(farthest, 2.0 * least);
     }
     camera.SetNearFar(static_cast<float>(nearest), static_cast<float>(farthest));
 }

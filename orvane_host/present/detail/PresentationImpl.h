@@ -195,6 +195,8 @@ private:
     void DrawPart(const PicturePart& part, const Color& background, float ratio);
     void EndParts();
     bool IsBlank(const PictureOptions& options, const PictureFacts& facts) const;
+    bool WriteUnkept(const PictureOptions& options, PictureFacts& facts);
+    bool StandsOut(const PictureOptions& options); ///< from another background
     BlankPicture ExplainBlank(const PixelSize& size);
     BlankPicture ExplainBacks(const std::vector<PickHit>& backs);
     std::vector<PickHit> PickReduced(const PixelSize& size);

@@ -2,7 +2,10 @@
 #include "tests/orvane_host/present/PresentationModels.h"
 #include "tests/support/ShowMesh.h"
 
+#include "orvane_host/geometry/Polyline.h"
 #include "orvane_host/present/BlankPicture.h"
+#include "orvane/scene/Line.h"
+#include "orvane/scene/LineStyle.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
@@ -376,6 +379,39 @@ TEST_F(PresentationPicture, WhatHasTheColourOfTheBackgroundIsTold)
     wanted.background = Color(0.98f, 1.0f, 1.0f);
     Apply(*presentation, wanted);
     EXPECT_EQ(presentation->FindBlank(Whole()).reason, BlankReason::NotBlank) << "just beside it";
+}
+
+TEST_F(PresentationPicture, LinesThatHaveTheColourOfTheBackgroundAreTold)
+{
+    auto scene = std::make_unique<Scene>();
+    auto* const style = new LineStyle("white");
+    style->color = Color(1, 1, 1);
+    style->width = 2.0f;
+    scene->AddLineStyle(style);
+    auto* const line = new Line(Host::Polyline::Make({Vector(-1, -1, 0), Vector(1, 1, 0)}).front(), scene.get());
+    style->AddLine(line);
+    auto* const node = new MeshNode(scene.get());
+    scene->GetRoot()->AddChild(node, false);
+    line->AddNode(node);
+    presentation = std::make_unique<Host::Presentation>(std::move(scene));
+    PresentationSettings wanted;
+    wanted.view.named = Host::NamedView::Front;
+    wanted.background = Color(1, 1, 1);
+    Apply(*presentation, wanted);
+    EXPECT_EQ(presentation->FindBlank(Whole()).reason, BlankReason::BackgroundColor);
+    EXPECT_TRUE(presentation->GetSettings() == wanted);
+    wanted.background = Color(0.5f, 1.0f, 1.0f);
+    Apply(*presentation, wanted);
+    EXPECT_EQ(presentation->FindBlank(Whole()).reason, BlankReason::NotBlank);
+    // The line crosses the view, which none of its ends is in.
+    wanted.background = Color(1, 1, 1);
+    wanted.view.eye = Vector(0, 0, 0.5f);
+    wanted.view.target = Vector(0, 0, 0);
+    Apply(*presentation, wanted);
+    EXPECT_EQ(presentation->FindBlank(Whole()).reason, BlankReason::BackgroundColor);
+    wanted.view.target = Vector(0, 0, 1);
+    Apply(*presentation, wanted);
+    EXPECT_EQ(presentation->FindBlank(Whole()).reason, BlankReason::OutOfView);
 }
 
 } // namespace

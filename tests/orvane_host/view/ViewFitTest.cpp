@@ -1,5 +1,6 @@
 #include "orvane_host/view/ViewFit.h"
 
+#include "orvane/math/Matrix.h"
 #include "orvane/math/Transform.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/Scene.h"
@@ -429,6 +430,34 @@ TEST(ViewFit, LookHasUsableDepthsWhereverTheBoxIs)
         EXPECT_GT(nearDistance, 1e-6f);
         EXPECT_GT(farDistance, nearDistance);
         EXPECT_LE(farDistance / nearDistance, 1.0001e4f);
+    }
+}
+
+TEST(ViewFit, EveryLookHasAProjection)
+{
+    // One too narrow to be worked out would show what is behind the eye.
+    for (const float size : {1e-4f, 1e-3f, 0.1f, 1.0f, 1e4f})
+    {
+        for (const float away : {-1.0f, -0.4f, 0.0f, 0.3f, 1.0f})
+        {
+            for (const float degrees : {1.0f, 45.0f, 170.0f})
+            {
+                SCOPED_TRACE(testing::Message() << size << ", " << away << ", " << degrees);
+                Stage stage;
+                ViewFitOptions options;
+                options.fovDegrees = degrees;
+                const float half = 0.5f * size;
+                ASSERT_TRUE(ViewFit::Look(stage.camera, Vector(0, 0, away * size), Vector(0, 0, away * size - 1.0f),
+                                          Vector(0, 1, 0), Vector(-half, -half, -half), Vector(half, half, half), options));
+                float nearDistance = 0;
+                float farDistance = 0;
+                stage.camera.GetNearFar(nearDistance, farDistance);
+                const float reach = nearDistance * std::tan(stage.camera.GetFOV());
+                Matrix projection;
+                projection.CalculatePerspMatrix(-reach, reach, -reach, reach, nearDistance, farDistance);
+                EXPECT_EQ(projection.m[11], -1.0f);
+            }
+        }
     }
 }
 
