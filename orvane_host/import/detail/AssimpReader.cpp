@@ -12,6 +12,7 @@
 #include <assimp/scene.h>
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -161,11 +162,44 @@ void AppendMeshes(aiNode& node, const std::vector<unsigned int>& meshes)
     node.mNumMeshes = static_cast<unsigned int>(all.size());
 }
 
+template <typename Test>
+bool HoldsForChannels(const aiColor4D* colors, std::size_t count, const Test& test)
+{
+    return std::all_of(colors, colors + count, [&test](const aiColor4D& color)
+                       { return test(color.r) && test(color.g) && test(color.b) && test(color.a); });
+}
+
+/// Makes good what some parsers make of the colours of vertices.
+void MendColors(aiMesh& mesh)
+{
+    aiColor4D*& colors = mesh.mColors[0];
+    const std::size_t count = mesh.mNumVertices;
+    if (!colors || HoldsForChannels(colors, count, [](float channel) { return channel == 0.0f; }))
+    {
+        // Transparent black at every vertex stands for a file that gives none.
+        delete[] colors;
+        colors = nullptr;
+        return;
+    }
+    // Bytes that were taken for signed ones and not scaled: no colour is below zero.
+    const auto isSignedByte = [](float channel) { return channel >= -128.0f && channel <= 127.0f && channel == std::floor(channel); };
+    const auto isPositive = [](float channel) { return channel >= 0.0f; };
+    if (HoldsForChannels(colors, count, isSignedByte) && !HoldsForChannels(colors, count, isPositive))
+    {
+        const auto scaled = [](float byte) { return (byte < 0.0f ? byte + 256.0f : byte) / 255.0f; };
+        for (aiColor4D* color = colors; color != colors + count; ++color)
+        {
+            *color = aiColor4D(scaled(color->r), scaled(color->g), scaled(color->b), scaled(color->a));
+        }
+    }
+}
+
 /// Makes good what some parsers leave out, at which the later steps take offence or crash.
 void Complete(aiScene& scene)
 {
     for (unsigned int i = 0; i < scene.mNumMeshes; ++i)
     {
+        MendColors(*scene.mMeshes[i]);
         // A mesh without any face is of no kind.
         if (scene.mMeshes[i]->mPrimitiveTypes == 0)
         {

@@ -406,6 +406,29 @@ TEST(TestModelsCollection, BlenderScenesAreTurnedFromTheirZUp)
     EXPECT_EQ(result.lights.size(), 1u);
 }
 
+TEST(TestModelsCollection, ColoursOfVerticesAreThoseOfTheFile)
+{
+    const auto colorsOf = [](const char* path)
+    {
+        const ImportResult result = ModelImporter::Import(std::string(kTestModels) + path);
+        EXPECT_TRUE(result) << path;
+        std::vector<Color> colors;
+        for (const Mesh* const mesh : result.scene->EachMesh())
+        {
+            const std::vector<Color>& own = mesh->GetRawMesh()->colors;
+            colors.insert(colors.end(), own.begin(), own.end());
+        }
+        return colors;
+    };
+    EXPECT_TRUE(colorsOf("AMF/test1.amf").empty()) << "it gives none";
+    const std::vector<Color> white = colorsOf("BLEND/BlenderDefault_250.blend");
+    ASSERT_FALSE(white.empty());
+    EXPECT_TRUE(std::all_of(white.begin(), white.end(), [](const Color& color) { return color.IsEqual(Color(1, 1, 1, 1)); }));
+    const std::vector<Color> red = colorsOf("AMF/test3.amf");
+    ASSERT_FALSE(red.empty());
+    EXPECT_TRUE(red.front().IsEqual(Color(0.6f, 0.1f, 0.1f, 1)));
+}
+
 TEST(TestModelsCollection, UnitsOfFbxAreTold)
 {
     EXPECT_FLOAT_EQ(ModelImporter::Import(kTestModels + "FBX/global_settings.fbx").report.metresPerUnit, 5.0);
