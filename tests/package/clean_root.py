@@ -175,10 +175,10 @@ def main() -> None:
                for kind in ("Depends", "Recommends")]
     copy_packages(installed.closure([*installed.essential, *for_use], set(packages)), root)
     follow_alternatives(root)
-    for folder in ("tmp", "work", "proc", "dev"):
+    for folder in ("tmp", "models", "proc", "dev"):
         (root / folder).mkdir(exist_ok=True)
     (root / "dev" / "null").touch()
-    (root / "work" / "house.obj").write_text(MODEL)
+    (root / "models" / "house.obj").write_text(MODEL)
     for name, package in packages.items():
         if name != "liborvane-dev":
             run(["dpkg-deb", "-x", str(package), str(root)])
@@ -190,7 +190,7 @@ def main() -> None:
         clean = {**os.environ, "PATH": f"{root}/usr/bin:{os.environ['PATH']}", "LD_LIBRARY_PATH": libraries,
                  "PYTHONPATH": str(root / "usr/lib/python3/dist-packages")}
 
-    def use(*command: str, folder: str = "/work") -> str:
+    def use(*command: str, folder: str = "/models") -> str:
         if way is None:
             return run(list(command), cwd=root / folder.lstrip("/"), env=clean)
         return run([*way, "/bin/sh", "-c", f"cd {folder} && exec \"$@\"", "sh", *command], env=clean)
@@ -201,14 +201,14 @@ def main() -> None:
     use("orvane-view", "--version")
     use("/usr/bin/python3", "-c", USE_FROM_PYTHON)
     for picture in ("from-render.png", "from-python.png"):
-        if not (root / "work" / picture).read_bytes().startswith(b"\x89PNG"):
+        if not (root / "models" / picture).read_bytes().startswith(b"\x89PNG"):
             fail(f"{picture} is no picture")
 
     if way:
         copy_packages(installed.closure([*declared, *TOOLCHAIN], set(packages)), root)
         follow_alternatives(root)
         run(["dpkg-deb", "-x", str(packages["liborvane-dev"]), str(root)])
-        shutil.copytree(given.consumer, root / "work" / "consumer")
+        shutil.copytree(given.consumer, root / "models" / "consumer")
         use("ldconfig")
         for consumer_way in ("find_package", "pkg_config"):
             use("cmake", "-S", "consumer", "-B", consumer_way, "-G", "Ninja", f"-DCONSUMER_WAY={consumer_way}")
