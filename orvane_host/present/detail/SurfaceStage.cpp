@@ -14,6 +14,7 @@
 #include "orvane/effects/AdvancedMaterialBaseES20.h"
 #include "orvane/effects/BasicMaterialEffectES20.h"
 #include "orvane/math/Transform.h"
+#include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/renderdata/MeshStyleES20.h"
@@ -315,12 +316,13 @@ void SurfaceStage::DrawLook(PresentationFrame& frame)
             const bool cheap = depthOnly && m_look == Look::Crosshatch && EffectES20::GetClipPlaneNormals().empty();
             DrawItems(frame, part, cheap ? RenderPassMonotone : PassOfLook());
         };
+        const std::vector<RenderItemES20>& all = InOrder(frame, items);
         if (m_lineStage && m_lineStage->IsActive())
         {
-            DrawWithoutLines(frame, draw);
+            DrawWithoutLines(frame, all, draw);
             return;
         }
-        m_lineRoom.Draw(items.all, items.firstLine, items.firstAlpha, frame.overDraw, draw);
+        m_lineRoom.Draw(all, items.firstLine, items.firstAlpha, frame.overDraw, draw);
         return;
     }
     if (m_lineStage && m_lineStage->IsActive())
@@ -332,13 +334,23 @@ void SurfaceStage::DrawLook(PresentationFrame& frame)
     DrawItems(frame, m_lines, RenderPassDefault);
 }
 
-void SurfaceStage::DrawWithoutLines(PresentationFrame& frame, const LineRoom::DrawItems& draw)
+/// The items of a frame in the order in which they are drawn.
+const std::vector<RenderItemES20>& SurfaceStage::InOrder(const PresentationFrame& frame, const FrameItems& items)
+{
+    // Looks with light take more for the rest of a pixel, and gain less.
+    const bool isDear = m_look == Look::Monotone && EffectES20::GetLightShare();
+    return isDear ? m_nearestFirst.Arrange(items.all, items.firstLine, frame.cameraData.GetMVP(), PassOfLook())
+                  : items.all;
+}
+
+void SurfaceStage::DrawWithoutLines(PresentationFrame& frame, const std::vector<RenderItemES20>& all,
+                                    const LineRoom::DrawItems& draw)
 {
     const FrameItems& items = frame.items.Seen();
-    m_part.assign(items.all.begin(), items.all.begin() + static_cast<std::ptrdiff_t>(items.firstLine));
+    m_part.assign(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(items.firstLine));
     m_lineRoom.Draw(m_part, m_part.size(), m_part.size(), false, draw);
     m_lineStage->DrawThroughGlass(frame);
-    m_part.assign(items.all.begin() + static_cast<std::ptrdiff_t>(items.firstAlpha), items.all.end());
+    m_part.assign(all.begin() + static_cast<std::ptrdiff_t>(items.firstAlpha), all.end());
     m_lineRoom.Draw(m_part, m_part.size(), m_part.size(), false, draw);
 }
 
