@@ -16,7 +16,7 @@ class Matrix;
 namespace OV::Host::Detail
 {
 
-/// The opaque surfaces of a frame in the order of their distance, so that what others hide is left out before
+/// The surfaces of a frame in the order of their distance, so that what others hide is left out before
 /// it looks up how much light reaches it, which takes several times what the rest of a flat look does.
 ///
 /// Distances fall into so many steps, within each of which the order stays as it was: the meshes of a material
@@ -30,7 +30,7 @@ public:
     NearestFirst(const NearestFirst&) = delete;
     NearestFirst& operator=(const NearestFirst&) = delete;
 
-    /// @param items of which those before `end` are opaque surfaces.
+    /// @param items of which those before `end` are surfaces that are drawn as solid ones.
     /// @param pass in which they are to be drawn.
     /// @return the items in that order, kept until the next call; the list itself where the order counts, as with
     ///         effects of a host and materials that pass whatever is before them.

@@ -316,13 +316,20 @@ void SurfaceStage::DrawLook(PresentationFrame& frame)
             const bool cheap = depthOnly && m_look == Look::Crosshatch && EffectES20::GetClipPlaneNormals().empty();
             DrawItems(frame, part, cheap ? RenderPassMonotone : PassOfLook());
         };
-        const std::vector<RenderItemES20>& all = InOrder(frame, items);
-        if (m_lineStage && m_lineStage->IsActive())
+        const bool linesElsewhere = m_lineStage && m_lineStage->IsActive();
+        // Without lines between them, see-through surfaces, which a flat look draws as solid ones, come among these.
+        const bool asOne = TakesNearestFirst() && !linesElsewhere && items.firstLine == items.firstAlpha;
+        const std::size_t solids = asOne ? items.all.size() : items.firstLine;
+        const std::vector<RenderItemES20>& all =
+            TakesNearestFirst()
+                ? m_nearestFirst.Arrange(items.all, solids, frame.cameraData.GetMVP(), PassOfLook())
+                : items.all;
+        if (linesElsewhere)
         {
             DrawWithoutLines(frame, all, draw);
             return;
         }
-        m_lineRoom.Draw(all, items.firstLine, items.firstAlpha, frame.overDraw, draw);
+        m_lineRoom.Draw(all, solids, asOne ? solids : items.firstAlpha, frame.overDraw, draw);
         return;
     }
     if (m_lineStage && m_lineStage->IsActive())
@@ -334,13 +341,10 @@ void SurfaceStage::DrawLook(PresentationFrame& frame)
     DrawItems(frame, m_lines, RenderPassDefault);
 }
 
-/// The items of a frame in the order in which they are drawn.
-const std::vector<RenderItemES20>& SurfaceStage::InOrder(const PresentationFrame& frame, const FrameItems& items)
+/// Whether fragments are so dear, against the rest of them, that it pays to sort what they are of.
+bool SurfaceStage::TakesNearestFirst() const
 {
-    // Looks with light take more for the rest of a pixel, and gain less.
-    const bool isDear = m_look == Look::Monotone && EffectES20::GetLightShare();
-    return isDear ? m_nearestFirst.Arrange(items.all, items.firstLine, frame.cameraData.GetMVP(), PassOfLook())
-                  : items.all;
+    return m_look == Look::Monotone && EffectES20::GetLightShare();
 }
 
 void SurfaceStage::DrawWithoutLines(PresentationFrame& frame, const std::vector<RenderItemES20>& all,
