@@ -169,7 +169,8 @@ float sunShare(SunSpot spot, bool wanted)
         {
             vec3 hidden = step(0.0, behind);
             vec2 found = sunOfQuad(vec2(dot(hidden, vec3(1.0)), dot(hidden, clamp(behind, 0.0, 1.0))), side);
-            bool isMixed = found.x < 11.5 && (found.x > 0.5 || isGlassRim(glass));
+            bool isRim = isGlassRim(glass);
+            bool isMixed = found.x < 11.5 && (found.x > 0.5 || isRim);
             if (!wanted || !isMixed)
             {
                 sum = found.x > 6.0 ? 0.0 : open;
