@@ -318,12 +318,11 @@ void SurfaceStage::DrawLook(PresentationFrame& frame)
         };
         const bool linesElsewhere = m_lineStage && m_lineStage->IsActive();
         // Without lines between them, see-through surfaces, which a flat look draws as solid ones, come among these.
-        const bool asOne = TakesNearestFirst() && !linesElsewhere && items.firstLine == items.firstAlpha;
+        const bool isSorted = TakesNearestFirst(frame);
+        const bool asOne = isSorted && !linesElsewhere && items.firstLine == items.firstAlpha;
         const std::size_t solids = asOne ? items.all.size() : items.firstLine;
         const std::vector<RenderItemES20>& all =
-            TakesNearestFirst()
-                ? m_nearestFirst.Arrange(items.all, solids, frame.cameraData.GetMVP(), PassOfLook())
-                : items.all;
+            isSorted ? m_nearestFirst.Arrange(items.all, solids, frame.cameraData.GetMVP(), PassOfLook()) : items.all;
         if (linesElsewhere)
         {
             DrawWithoutLines(frame, all, draw);
@@ -342,9 +341,10 @@ void SurfaceStage::DrawLook(PresentationFrame& frame)
 }
 
 /// Whether fragments are so dear, against the rest of them, that it pays to sort what they are of.
-bool SurfaceStage::TakesNearestFirst() const
+bool SurfaceStage::TakesNearestFirst(const PresentationFrame& frame) const
 {
-    return m_look == Look::Monotone && EffectES20::GetLightShare();
+    // What a host has deleted since the items were listed can't be asked where it is.
+    return m_look == Look::Monotone && EffectES20::GetLightShare() && !frame.renderer.HasLosses();
 }
 
 void SurfaceStage::DrawWithoutLines(PresentationFrame& frame, const std::vector<RenderItemES20>& all,

@@ -103,7 +103,7 @@ private:
     bool WantsLayers(const PresentationFrame& frame) const;
     bool IsLayered(const RenderItemES20& item) const;
     void DrawLook(PresentationFrame& frame);
-    bool TakesNearestFirst() const;
+    bool TakesNearestFirst(const PresentationFrame& frame) const;
     void DrawWithoutLines(PresentationFrame& frame, const std::vector<RenderItemES20>& all,
                           const LineRoom::DrawItems& draw);
     bool DrawLayers(PresentationFrame& frame);
