@@ -11,6 +11,7 @@
 #include "orvane_host/present/detail/Effects.h"
 #include "orvane_host/present/detail/Batch.h"
 #include "orvane_host/present/detail/Fingerprint.h"
+#include "orvane_host/present/detail/ItemBox.h"
 #include "orvane_host/present/detail/SurfacePass.h"
 #include "orvane/math/Transform.h"
 #include "orvane/renderdata/CameraNodeES20.h"
@@ -107,45 +108,6 @@ glm::dvec3 ToDouble(const Vector& v)
 glm::dmat4 ToDouble(const Matrix& matrix)
 {
     return glm::dmat4(glm::make_mat4(matrix.m));
-}
-
-CastBox BoxOf(const BatchES20& batch)
-{
-    const glm::dvec3 low = ToDouble(batch.GetBox().low);
-    const glm::dvec3 high = ToDouble(batch.GetBox().high);
-    CastBox box;
-    box.middle = 0.5 * (low + high);
-    for (int axis = 0; axis < 3; ++axis)
-    {
-        box.halves[static_cast<std::size_t>(axis)][axis] = 0.5 * (high[axis] - low[axis]);
-    }
-    return box;
-}
-
-CastBox BoxOf(const Mesh& mesh, const MeshNode& node)
-{
-    // What is drawn together has no geometry of its own.
-    if (const auto* const batch = dynamic_cast<const BatchES20*>(mesh.GetRenderData()))
-    {
-        return BoxOf(*batch);
-    }
-    Vector low;
-    Vector high;
-    mesh.GetBBox(low, high);
-    const auto& rows = node.GetGlobal().GetTransf3d().m;
-    const glm::dvec3 middle = 0.5 * (ToDouble(low) + ToDouble(high));
-    const glm::dvec3 half = 0.5 * (ToDouble(high) - ToDouble(low));
-    CastBox box;
-    for (int row = 0; row < 3; ++row)
-    {
-        box.middle[row] = rows[row][3];
-        for (int axis = 0; axis < 3; ++axis)
-        {
-            box.middle[row] += rows[row][axis] * middle[axis];
-            box.halves[static_cast<std::size_t>(axis)][row] = rows[row][axis] * half[axis];
-        }
-    }
-    return box;
 }
 
 bool IsFinite(const CastBox& box)
@@ -488,6 +450,7 @@ void ShadowStage::SetValues(const PresentationFrame& frame, const WholeView& see
     const std::vector<SunView::Tile>& tiles = view.GetTiles();
     values.tiles = static_cast<int>(tiles.size());
     const glm::dmat4 toWorld = SunShare::ToWorld(seen.worldToClip, isPerspective);
+    values.step = {narrow(tiles.front().step.x), narrow(tiles.front().step.y)};
     const bool hasParts = tiles.size() > 1;
     m_share.frame = {&frame.cameraData, isPerspective, tiles.front().toMap, glm::dvec2(0.0)};
     if (hasParts)
@@ -503,7 +466,6 @@ void ShadowStage::SetValues(const PresentationFrame& frame, const WholeView& see
         values.parts[i] = {narrow(finer.x), narrow(finer.y), narrow(eye.x), narrow(eye.y)};
         values.rects[i] = {narrow(tile.low.x + 0.5), narrow(tile.low.y + 0.5), narrow(tile.high.x - 0.5),
                            narrow(tile.high.y - 0.5)};
-        values.steps[i] = {narrow(tile.step.x), narrow(tile.step.y)};
     }
     constexpr double radians = 3.14159265358979323846 / 180.0;
     const double halfWidth = m_settings->soft ? std::tan(0.5 * m_settings->sunWidth * radians) : 0.0;

@@ -29,14 +29,14 @@ enum Uniform : int
     UniformPlace,
     UniformParts,
     UniformRects,
-    UniformSteps,
+    UniformStep,
     UniformLook,
 };
 
 constexpr IndexedName kUniforms[] = {
     {UniformDepth, "u_sunDepth"}, {UniformGlass, "u_sunGlass"}, {UniformTexel, "u_sunTexel"},
     {UniformTiles, "u_sunTiles"}, {UniformPlace, "u_sunPlace"}, {UniformParts, "u_sunParts"},
-    {UniformRects, "u_sunRects"}, {UniformSteps, "u_sunSteps"}, {UniformLook, "u_sunLook"},
+    {UniformRects, "u_sunRects"}, {UniformStep, "u_sunStep"}, {UniformLook, "u_sunLook"},
 };
 static_assert(IsDense(kUniforms));
 
@@ -126,7 +126,7 @@ void SunShare::Feed(ShaderProgram& program, int first)
     if (tiles > 0)
     {
         FeedPlace(program, first + UniformPlace);
-        program.Uniform2fv(first + UniformSteps, tiles, values.steps.front().data());
+        program.Uniform2fv(first + UniformStep, 1, values.step.data());
     }
 }
 

@@ -7,7 +7,8 @@
 //
 // Most fragments lie well within the light or the shadow. The four pixels of a quad, which
 // derivatives are taken over, look up different places, and only where they don't agree the share is
-// worked out. Looking up is what costs most, then reading uniforms.
+// worked out. Looking up is what costs most, then reading uniforms: those that don't depend on the part
+// come with the place, see SunShare.vert.
 
 @SUN_OPTIONS@
 #define SUN_TILES 8
@@ -20,14 +21,18 @@
 
 uniform sampler2D u_sunDepth;            // lengths along the light, 0 to 1
 uniform sampler2D u_sunGlass;            // length of the first glass in red, green and blue, what all lets through in alpha
-uniform vec2 u_sunTexel;                 // of the map, its width and height counted 1
+#ifdef SUN_PARTS
 uniform int u_sunTiles;                  // in use
 uniform vec4 u_sunParts[SUN_TILES];      // factors and offsets, across and up, to texels of the part
 uniform vec4 u_sunRects[SUN_TILES];      // texels that may be read: the middles of the first and the last
-uniform vec2 u_sunSteps[SUN_TILES];      // edges of a texel as lengths along the light
-uniform vec2 u_sunLook;                  // darkness of flat tones; half the sun's width over its distance
+#endif
 
-varying vec3 v_sunPlace;                 // see SunShare.vert; where there are parts, across and up from the eye
+// See SunShare.vert; where there are parts, places are counted from the eye.
+varying vec4 v_sunPlace;
+varying vec4 v_sunTexel;
+#ifdef SUN_SOFT
+varying vec2 v_sunWidening;
+#endif
 
 // A fragment as the sun sees it.
 struct SunSpot
@@ -40,6 +45,9 @@ struct SunSpot
     vec4 rect;
 #endif
     vec2 step;     // edges of a texel as lengths along the light
+#ifdef SUN_SOFT
+    vec2 widening; // texels by which rims get wider with the length to what casts them
+#endif
     float room;    // what is no farther in front of the fragment is the surface itself
 };
 
@@ -61,14 +69,14 @@ float sunBehind(SunSpot spot, vec2 texel, float nearest)
 
 float sunBehindSolid(SunSpot spot, vec2 texel)
 {
-    return sunBehind(spot, texel, texture2D(u_sunDepth, texel * u_sunTexel).r);
+    return sunBehind(spot, texel, texture2D(u_sunDepth, texel * v_sunTexel.xy).r);
 }
 
 // How far it lies behind the first glass, and what all glass lets through.
 vec2 sunBehindGlass(SunSpot spot, vec2 texel)
 {
 #ifdef SUN_GLASS
-    vec4 glass = texture2D(u_sunGlass, texel * u_sunTexel);
+    vec4 glass = texture2D(u_sunGlass, texel * v_sunTexel.xy);
     float first = dot(glass.rgb, vec3(65536.0, 256.0, 1.0) * (255.0 / 16777215.0));
     return vec2(sunBehind(spot, texel, first), glass.a);
 #else
@@ -102,62 +110,103 @@ vec2 sunTurned(vec2 direction)
     return vec2(-0.7373688 * direction.x - 0.6754903 * direction.y, 0.6754903 * direction.x - 0.7373688 * direction.y);
 }
 
-// Of twelve places of a disc, of which each pixel of a quad looks up three: how many are hidden by
-// what is solid, and how far they lie behind it, summed up.
-vec2 sunHiding(SunSpot spot, vec2 radius)
+// The sum over the pixels of a quad.
+// side: which of them this is.
+vec2 sunOfQuad(vec2 value, vec2 side)
 {
-    vec2 side = sunSide();
-    vec2 turned = vec2(-side.y, side.x);
-    vec3 behind = vec3(sunBehindSolid(spot, sunTexelAt(spot, radius * (0.23 * side + 0.08 * turned))),
-                       sunBehindSolid(spot, sunTexelAt(spot, radius * (0.43 * side - 0.25 * turned))),
-                       sunBehindSolid(spot, sunTexelAt(spot, radius * (0.33 * side + 0.6 * turned))));
-    vec3 hidden = step(0.0, behind);
-    vec2 found = vec2(dot(hidden, vec3(1.0)), dot(hidden, clamp(behind, 0.0, 1.0)));
     // Of the pixel beside it and then of both above or below.
-    found += found - side.x * dFdx(found);
-    found += found - side.y * dFdy(found);
-    return found;
+    value += value - side.x * dFdx(value);
+    return value + value - side.y * dFdy(value);
+}
+
+// Whether the rim of glass falls among the pixels of a quad. It is as narrow as it may be: to look for
+// it farther off would cost as much as the solid does.
+bool isGlassRim(vec2 glass)
+{
+#ifdef SUN_GLASS
+    float isGlass = step(0.0, glass.x);
+    return abs(dFdx(isGlass)) + abs(dFdy(isGlass)) > 0.5;
+#else
+    return false;
+#endif
 }
 
 float sunShare(SunSpot spot, bool wanted)
 {
     // No narrower than a pixel, nor than a texel.
     vec2 least = 0.5 * max(max(abs(spot.across.xy), abs(spot.up.xy)), vec2(1.0));
-    vec2 widening = u_sunLook.y / spot.step;
-    vec2 hiding = sunHiding(spot, max(widening * spot.place.z, 2.0 * least));
-    vec2 radius = max(widening * (hiding.y / max(hiding.x, 1.0)), least);
-    bool isMixed = hiding.x > 0.5 && hiding.x < 11.5;
+    vec2 radius = max(spot.widening * spot.place.z, 2.0 * least);
+    // Each pixel of a quad looks up three of twelve places of a disc, in the first round of the loop: how many
+    // are hidden by what is solid, and how far they lie behind it. Where they agree that is all.
+    vec2 side = sunSide();
+    vec2 turned = vec2(-side.y, side.x);
+    vec2 first = radius * (0.33 * side + 0.6 * turned);
+    vec2 second = radius * (0.43 * side - 0.25 * turned);
+    vec2 third = radius * (0.23 * side + 0.08 * turned);
+    vec3 behind = vec3(0.0);
 #ifdef SUN_GLASS
-    // The rims of glass are as narrow as they may be: to look for them farther off would cost as much
-    // as the solid does.
-    vec2 glass = sunBehindGlass(spot, sunTexelAt(spot, vec2(0.0)));
-    float isGlass = step(0.0, glass.x);
-    isMixed = isMixed || (hiding.x < 11.5 && abs(dFdx(isGlass)) + abs(dFdy(isGlass)) > 0.5);
-    float open = glass.x > 0.0 ? glass.y : 1.0;
-#else
-    float open = 1.0;
+    // Glass takes more than the solid: one place a round, for the first to look it up once.
+    behind.y = sunBehindSolid(spot, sunTexelAt(spot, second));
+    behind.z = sunBehindSolid(spot, sunTexelAt(spot, third));
 #endif
-    isMixed = wanted && isMixed;
-    // The first round of the loop is for all. Those that don't need it look up what is at hand.
-    spot.place.xy = isMixed ? spot.place.xy : vec2(0.0);
-    // As many as it takes for steps not to be seen.
-    vec2 width = radius / least;
-    float taps = isMixed ? floor(min(4.5 + 2.0 * max(width.x, width.y), SUN_SOFT_TAPS + 0.5)) : 1.0;
-    float share = 1.0 / taps;
-    vec2 direction = vec2(isMixed ? 1.0 : 0.0, 0.0);
+    // Else places of a spiral, as many as it takes for steps not to be seen.
+    vec2 direction = vec2(1.0, 0.0);
+    float taps = 1.0;
+    float share = 1.0;
+    float done = 0.0;
     float sum = 0.0;
-    float count = 0.5;
     for (int i = 0; i < SUN_ROUNDS; ++i)
     {
-        sum += share * sunTap(spot, sunTexelAt(spot, direction * radius * sqrt(count * share)));
-        count += 1.0;
-        direction = sunTurned(direction);
-        if (count >= taps)
+        vec2 texel = sunTexelAt(spot, first);
+        behind.x = sunBehindSolid(spot, texel);
+#ifndef SUN_GLASS
+        behind.y = sunBehindSolid(spot, sunTexelAt(spot, second));
+        behind.z = sunBehindSolid(spot, sunTexelAt(spot, third));
+#endif
+        vec2 glass = sunBehindGlass(spot, i == 0 ? sunTexelAt(spot, vec2(0.0)) : texel);
+        float open = glass.x > 0.0 ? glass.y : 1.0;
+        if (i == 0)
+        {
+            vec3 hidden = step(0.0, behind);
+            vec2 found = sunOfQuad(vec2(dot(hidden, vec3(1.0)), dot(hidden, clamp(behind, 0.0, 1.0))), side);
+            bool isRim = isGlassRim(glass);
+            bool isMixed = found.x < 11.5 && (found.x > 0.5 || isRim);
+            if (!wanted || !isMixed)
+            {
+                sum = found.x > 6.0 ? 0.0 : open;
+                break;
+            }
+            radius = max(spot.widening * (found.y / max(found.x, 1.0)), least);
+            vec2 width = radius / least;
+            taps = floor(min(4.5 + 2.0 * max(width.x, width.y), SUN_SOFT_TAPS + 0.5));
+            share = 1.0 / taps;
+        }
+        else
+        {
+#ifdef SUN_GLASS
+            sum += behind.x > 0.0 ? 0.0 : share * open;
+            done += 1.0;
+#else
+            vec3 isWanted = step(done + vec3(0.5, 1.5, 2.5), vec3(taps));
+            sum += share * dot(isWanted, vec3(lessThanEqual(behind, vec3(0.0))));
+            done += 3.0;
+#endif
+        }
+        if (done >= taps)
         {
             break;
         }
+        vec3 reach = sqrt((done + vec3(0.5, 1.5, 2.5)) * share);
+        first = reach.x * radius * direction;
+        direction = sunTurned(direction);
+#ifndef SUN_GLASS
+        second = reach.y * radius * direction;
+        direction = sunTurned(direction);
+        third = reach.z * radius * direction;
+        direction = sunTurned(direction);
+#endif
     }
-    return isMixed ? sum : hiding.x > 6.0 ? 0.0 : open;
+    return sum;
 }
 #else
 float sunShare(SunSpot spot, bool wanted)
@@ -200,17 +249,24 @@ float sunShare(SunSpot spot, bool wanted)
 // across, up: from its place to those of the pixels beside and above it.
 void sunSpotIn(int tile, vec3 across, vec3 up, inout SunSpot spot)
 {
-    spot.place = v_sunPlace;
+    spot.place = v_sunPlace.xyz;
     spot.across = across;
     spot.up = up;
+    spot.step = v_sunTexel.zw;
+#ifdef SUN_SOFT
+    spot.widening = v_sunWidening;
+#endif
 #ifdef SUN_PARTS
     vec4 part = u_sunParts[tile];
     spot.place.xy = spot.place.xy * part.xy + part.zw;
     spot.across.xy *= part.xy;
     spot.up.xy *= part.xy;
+    spot.step /= part.xy;
+#ifdef SUN_SOFT
+    spot.widening *= part.xy;
+#endif
     spot.rect = u_sunRects[tile];
 #endif
-    spot.step = u_sunSteps[tile];
 }
 
 #ifdef SUN_PARTS
@@ -223,8 +279,8 @@ bool isWithin(SunSpot spot)
 
 float OVSL_LightShare(bool wanted)
 {
-    vec3 across = dFdx(v_sunPlace);
-    vec3 up = dFdy(v_sunPlace);
+    vec3 across = dFdx(v_sunPlace.xyz);
+    vec3 up = dFdy(v_sunPlace.xyz);
     SunSpot spot;
     sunSpotIn(0, across, up, spot);
     // About the only part the map is empty, so that what lies beyond it is lit.
@@ -257,5 +313,5 @@ float OVSL_LightShare(bool wanted)
 
 float OVSL_ShadowTone()
 {
-    return 1.0 - u_sunLook.x * (1.0 - OVSL_LightShare(true));
+    return 1.0 - v_sunPlace.w * (1.0 - OVSL_LightShare(true));
 }

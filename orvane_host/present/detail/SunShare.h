@@ -36,7 +36,7 @@ public:
         int tiles = 0;
         std::array<std::array<float, 4>, MostTiles> parts{};
         std::array<std::array<float, 4>, MostTiles> rects{};
-        std::array<std::array<float, 2>, MostTiles> steps{};
+        std::array<float, 2> step{};
         std::array<float, 2> look{};
     };
 

@@ -14,6 +14,7 @@
 #include "orvane/effects/AdvancedMaterialBaseES20.h"
 #include "orvane/effects/BasicMaterialEffectES20.h"
 #include "orvane/math/Transform.h"
+#include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/renderdata/MeshStyleES20.h"
@@ -315,12 +316,19 @@ void SurfaceStage::DrawLook(PresentationFrame& frame)
             const bool cheap = depthOnly && m_look == Look::Crosshatch && EffectES20::GetClipPlaneNormals().empty();
             DrawItems(frame, part, cheap ? RenderPassMonotone : PassOfLook());
         };
-        if (m_lineStage && m_lineStage->IsActive())
+        const bool linesElsewhere = m_lineStage && m_lineStage->IsActive();
+        // Without lines between them, see-through surfaces, which a flat look draws as solid ones, come among these.
+        const bool isSorted = TakesNearestFirst(frame);
+        const bool asOne = isSorted && !linesElsewhere && items.firstLine == items.firstAlpha;
+        const std::size_t solids = asOne ? items.all.size() : items.firstLine;
+        const std::vector<RenderItemES20>& all =
+            isSorted ? m_nearestFirst.Arrange(items.all, solids, frame.cameraData.GetMVP(), PassOfLook()) : items.all;
+        if (linesElsewhere)
         {
-            DrawWithoutLines(frame, draw);
+            DrawWithoutLines(frame, all, draw);
             return;
         }
-        m_lineRoom.Draw(items.all, items.firstLine, items.firstAlpha, frame.overDraw, draw);
+        m_lineRoom.Draw(all, solids, asOne ? solids : items.firstAlpha, frame.overDraw, draw);
         return;
     }
     if (m_lineStage && m_lineStage->IsActive())
@@ -332,13 +340,21 @@ void SurfaceStage::DrawLook(PresentationFrame& frame)
     DrawItems(frame, m_lines, RenderPassDefault);
 }
 
-void SurfaceStage::DrawWithoutLines(PresentationFrame& frame, const LineRoom::DrawItems& draw)
+/// Whether fragments are so dear, against the rest of them, that it pays to sort what they are of.
+bool SurfaceStage::TakesNearestFirst(const PresentationFrame& frame) const
+{
+    // What a host has deleted since the items were listed can't be asked where it is.
+    return m_look == Look::Monotone && EffectES20::GetLightShare() && !frame.renderer.HasLosses();
+}
+
+void SurfaceStage::DrawWithoutLines(PresentationFrame& frame, const std::vector<RenderItemES20>& all,
+                                    const LineRoom::DrawItems& draw)
 {
     const FrameItems& items = frame.items.Seen();
-    m_part.assign(items.all.begin(), items.all.begin() + static_cast<std::ptrdiff_t>(items.firstLine));
+    m_part.assign(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(items.firstLine));
     m_lineRoom.Draw(m_part, m_part.size(), m_part.size(), false, draw);
     m_lineStage->DrawThroughGlass(frame);
-    m_part.assign(items.all.begin() + static_cast<std::ptrdiff_t>(items.firstAlpha), items.all.end());
+    m_part.assign(all.begin() + static_cast<std::ptrdiff_t>(items.firstAlpha), all.end());
     m_lineRoom.Draw(m_part, m_part.size(), m_part.size(), false, draw);
 }
 

@@ -6,6 +6,7 @@
 #include "orvane_host/present/detail/GlassLayers.h"
 #include "orvane_host/present/detail/LineRoom.h"
 #include "orvane_host/present/detail/LineSetup.h"
+#include "orvane_host/present/detail/NearestFirst.h"
 #include "orvane_host/present/detail/SurroundingsMap.h"
 #include "orvane/math/Color.h"
 #include "orvane/renderdata/RenderItemES20.h"
@@ -102,7 +103,9 @@ private:
     bool WantsLayers(const PresentationFrame& frame) const;
     bool IsLayered(const RenderItemES20& item) const;
     void DrawLook(PresentationFrame& frame);
-    void DrawWithoutLines(PresentationFrame& frame, const LineRoom::DrawItems& draw);
+    bool TakesNearestFirst(const PresentationFrame& frame) const;
+    void DrawWithoutLines(PresentationFrame& frame, const std::vector<RenderItemES20>& all,
+                          const LineRoom::DrawItems& draw);
     bool DrawLayers(PresentationFrame& frame);
     void DrawItems(PresentationFrame& frame, const std::vector<RenderItemES20>& items, RenderPass pass);
     void PrepareReflection();
@@ -129,6 +132,7 @@ private:
     GlassLayers m_layers;
     LineSetup m_lineSetup;
     LineRoom m_lineRoom;
+    NearestFirst m_nearestFirst;
 
     std::vector<RenderItemES20> m_lines;  ///< those of the frame, where they are drawn alone
     std::vector<RenderItemES20> m_part;   ///< its surfaces, where lines are drawn elsewhere

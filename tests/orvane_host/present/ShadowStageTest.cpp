@@ -6,7 +6,10 @@
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/Scene.h"
 
+#include <GL/glew.h>
+
 #include <algorithm>
+#include <functional>
 
 namespace OV::Test
 {
@@ -395,6 +398,70 @@ TEST_F(ShadowStage, StaysWhileTheEyeMoves)
         }
     }
     EXPECT_EQ(differing, 0);
+}
+
+/// Lays another floor over the one that there is.
+void AddFloor(FloorAndCube& made, Material& material, float height)
+{
+    Scene& scene = made.presentation->GetScene();
+    auto* const mesh = new Mesh(made.floor->GetMeshes().front()->GetRawMesh(), &scene);
+    material.AddMesh(mesh);
+    auto* const node = new MeshNode(&scene);
+    scene.GetRoot()->AddChild(node, false);
+    mesh->AddNode(node);
+    Transform place;
+    place.SetPosition(Vector(0, height, 0));
+    node->SetLocal(place);
+    made.presentation->Refresh();
+}
+
+/// How many pixels are drawn in a frame, those counted again that something nearer comes over.
+unsigned int CountFragments(const std::function<void()>& draw)
+{
+    GLuint query = 0;
+    GLuint count = 0;
+    glGenQueries(1, &query);
+    glBeginQuery(GL_SAMPLES_PASSED, query);
+    draw();
+    glEndQuery(GL_SAMPLES_PASSED);
+    glGetQueryObjectuiv(query, GL_QUERY_RESULT, &count);
+    glDeleteQueries(1, &query);
+    return count;
+}
+
+TEST_F(ShadowStage, IsNotLookedUpForWhatIsHidden)
+{
+    FloorAndCube made = MakeFloorAndCube(0.5f);
+    for (int i = 1; i <= 4; ++i)
+    {
+        // Each before all that were there, and of both materials by turns.
+        AddFloor(made, i % 2 == 0 ? *made.cubeMaterial : *made.floor->GetMeshes().front()->GetMaterial(), 2.0f * i);
+    }
+    PresentationSettings settings = LookingDown();
+    settings.batches.use = Host::BatchUse::Off;
+    for (const bool soft : {false, true})
+    {
+        SCOPED_TRACE(soft);
+        settings.shadows->soft = soft;
+        // The first frame draws what the sun sees as well.
+        Draw(made, settings);
+        EXPECT_EQ(CountFragments([&] { PresentationFixture::Draw(*made.presentation); }), 1u * kSize * kSize);
+    }
+    // The scene is one in which the order counts.
+    settings.shadows.reset();
+    Draw(made, settings);
+    EXPECT_GT(CountFragments([&] { PresentationFixture::Draw(*made.presentation); }), 3u * kSize * kSize);
+}
+
+TEST_F(ShadowStage, LeavesTheOrderOfWhatPassesAllThatIsBeforeIt)
+{
+    FloorAndCube made = MakeFloorAndCube(0.5f);
+    Material& under = *made.floor->GetMeshes().front()->GetMaterial();
+    under.SetFlags(MaterialFlagAlwaysPass);
+    AddFloor(made, *made.cubeMaterial, 3.0f);
+    PresentationSettings settings = LookingDown();
+    // The floor, which lies in the shadow of the other, is drawn before that.
+    ExpectColorInRect(Draw(made, settings), OnFloor(-2, 2, -2, 2), kWhite);
 }
 
 TEST_F(ShadowStage, IsInFinerPicturesToo)
