@@ -111,8 +111,9 @@ PixelSize TileSizeFor(const PresentationSettings& settings, const PixelSize& who
     const std::int64_t pixels = MostTileBytes / bytes;
     const std::int64_t rows = MostRowBytes / (static_cast<std::int64_t>(whole.width) * bits / 2);
     const int side = longest > 0 ? longest : std::max(limit.width, limit.height);
+    const bool isWithinLimit = whole.width <= limit.width && whole.height <= limit.height;
     PixelSize size;
-    if (static_cast<std::int64_t>(whole.width) * whole.height <= MostWholeBytes / bytes)
+    if (isWithinLimit && static_cast<std::int64_t>(whole.width) * whole.height <= MostWholeBytes / bytes)
     {
         size = whole;
     }

@@ -98,6 +98,7 @@ TEST(PictureTiles, OfALargePictureTakeLittleMemory)
     all.shadows.emplace();
     const PixelSize shadowed = TileSizeFor(all, {32000, 20000}, 0, 8, {16384, 16384}, 0);
     EXPECT_LE(std::max(shadowed.width, shadowed.height), 1536) << "as many pixels as its map has texels for";
+    EXPECT_LE(TileSizeFor(all, {17000, 20}, 0, 8, {16384, 16384}, 0).width, 1536) << "also where memory is no matter";
     all.shadows.reset();
     const PixelSize small = TileSizeFor(all, {1280, 720}, 4, 8, {16384, 16384}, 0);
     EXPECT_EQ(small.width, 1280);
