@@ -123,7 +123,8 @@ public:
         m_samples(SamplesFor(impl.settings, limits.maxSamples)),
         m_isPoster(SizeFor(limits, 0) != m_whole),
         m_tiles(m_whole, SizeFor(limits, options.longestTile),
-                impl.renderer->GetMargin(m_whole) + ReachOfPoints(impl.World()) + ReachOfLines(impl.World())),
+                impl.renderer->GetMargin(m_whole) + ReachOfPoints(impl.World()) + ReachOfLines(impl.World()),
+                impl.renderer->GetColorMargin(m_whole)),
         m_gl(gl), m_limits(limits)
     {
     }

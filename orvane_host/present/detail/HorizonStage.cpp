@@ -4,6 +4,7 @@
 #include "orvane_host/present/detail/Effects.h"
 #include "orvane_host/present/detail/FaceEffect.h"
 #include "orvane_host/present/detail/HorizonEffect.h"
+#include "orvane_host/present/detail/NeededScope.h"
 #include "orvane_host/present/detail/OverSceneScope.h"
 #include "orvane_host/present/detail/OverScreenScope.h"
 #include "orvane_host/present/detail/SurfacePass.h"
@@ -243,6 +244,7 @@ void HorizonStage::Draw(PresentationFrame& frame)
         glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
         glDisable(GL_DEPTH_TEST);
         m_hidden.GetTarget().ResumeCapture();
+        const NeededScope needed(frame.part, m_hiddenSize, m_apart * (kSmoothed + 1));
         frame.renderer.DrawOverScreen(*m_effect);
         m_hidden.GetTarget().SuspendCapture();
         glEnable(GL_DEPTH_TEST);
@@ -252,6 +254,7 @@ void HorizonStage::Draw(PresentationFrame& frame)
     const OverSceneScope overScene(frame.depthRange);
     glEnable(GL_BLEND);
     glBlendFunc(GL_ZERO, GL_SRC_COLOR);
+    const NeededScope needed(frame.part, frame.target);
     frame.renderer.DrawOverScreen(*m_effect);
     glDisable(GL_BLEND);
 }

@@ -41,6 +41,13 @@ int KeptOf(int whole, int most, int margin)
     return whole <= most ? whole : DownToStep(most - 2 * margin);
 }
 
+/// What is needed along a side, of what is drawn there.
+void Widen(int first, int kept, int rim, int drawn, int drawnSize, int& neededFirst, int& neededSize)
+{
+    neededFirst = std::max(first - rim, drawn);
+    neededSize = std::min(first + kept + rim, drawn + drawnSize) - neededFirst;
+}
+
 int CountOf(int whole, int kept)
 {
     return (whole + kept - 1) / kept;
@@ -73,10 +80,10 @@ int BytesPerPixel(const PresentationSettings& settings, int samples, int bits)
     return bytes;
 }
 
-PictureTiles::PictureTiles(const PixelSize& whole, const PixelSize& most, int margin) :
+PictureTiles::PictureTiles(const PixelSize& whole, const PixelSize& most, int margin, int rim) :
     m_whole(whole), m_kept{KeptOf(whole.width, most.width, UpToStep(margin)),
                            KeptOf(whole.height, most.height, UpToStep(margin))},
-    m_marginX(m_kept.width < whole.width ? UpToStep(margin) : 0),
+    m_rim(rim), m_marginX(m_kept.width < whole.width ? UpToStep(margin) : 0),
     m_marginY(m_kept.height < whole.height ? UpToStep(margin) : 0),
     m_columns(CountOf(whole.width, m_kept.width)), m_rows(CountOf(whole.height, m_kept.height))
 {
@@ -95,6 +102,9 @@ PictureTile PictureTiles::At(int column, int row) const
     part.y = std::max(tile.y - m_marginY, 0);
     part.size.width = std::min(tile.x + tile.kept.width + m_marginX, m_whole.width) - part.x;
     part.size.height = std::min(tile.y + tile.kept.height + m_marginY, m_whole.height) - part.y;
+    PictureRect& needed = part.needed;
+    Widen(tile.x, tile.kept.width, m_rim, part.x, part.size.width, needed.x, needed.size.width);
+    Widen(tile.y, tile.kept.height, m_rim, part.y, part.size.height, needed.y, needed.size.height);
     return tile;
 }
 
