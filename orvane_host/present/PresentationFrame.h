@@ -58,6 +58,10 @@ struct PicturePart
     /// what it likes into the picture, or nothing: only where surfaces are is looked at there.
     PictureRect needed = {};
 
+    /// Whether the frame before was of the same part, and nothing has changed since but the background. No matter
+    /// where the part lies, and so not compared.
+    bool isAgain = false;
+
     bool operator==(const PicturePart& other) const
     {
         return whole == other.whole && size == other.size && x == other.x && y == other.y

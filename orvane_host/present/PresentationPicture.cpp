@@ -197,7 +197,9 @@ private:
             pixels.Put(m_read, tile.x, width, height);
             return isRead;
         }
-        const bool isRead = DrawOn(Black, tile, m_read) && DrawOn(White, tile, m_readOnWhite);
+        bool isRead = DrawOn(Black, tile, m_read);
+        tile.part.isAgain = true;
+        isRead = isRead && DrawOn(White, tile, m_readOnWhite);
         pixels.Put(m_read, m_readOnWhite, tile.x, width, height);
         return isRead;
     }

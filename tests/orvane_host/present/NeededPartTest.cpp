@@ -1,6 +1,7 @@
 #include "orvane_host/present/PresentationRenderer.h"
 #include "orvane/renderer/AAMode.h"
 #include "orvane/scene/Material.h"
+#include "orvane/scene/MeshNode.h"
 #include "tests/orvane_host/present/PresentationStage.h"
 
 #include <memory>
@@ -76,6 +77,31 @@ TEST_P(NeededPart, IsDrawnAsInAllOfThePictureAndNothingElseIsColoured)
         ExpectColorInRect(part, Beside, Ground, 0);
         DropStages();
     }
+}
+
+TEST_P(NeededPart, OcclusionIsFoundOnceForTwoBackgrounds)
+{
+    renderer->SetHorizonOcclusion({{20.0f, 1.0f}});
+    MeshNode& nearer = AddRect(Color(0.2f, 0.2f, 0.8f), {10, 10, 8, 20}, 12.0f, 4);
+    // Beside it, which then goes.
+    constexpr int x = 20;
+    constexpr int y = 27;
+    const Pixel dark = DrawPart({}).At(x, y);
+    nearer.SetFlags(NodeFlagHidden, false);
+    const auto draw = [&](bool isAgain) {
+        Host::PicturePart part;
+        part.whole = {SmallWidth, SmallHeight};
+        part.size = part.whole;
+        part.isAgain = isAgain;
+        renderer->ShowPart(part);
+        return Draw(GetParam().mode != AAModeMSAA).At(x, y);
+    };
+    EXPECT_EQ(draw(true), dark);
+    const Pixel open = draw(false);
+    EXPECT_GT(open.r, dark.r + 5);
+    EXPECT_EQ(draw(true), open);
+    SuspendAndResume();
+    EXPECT_EQ(draw(true), open) << "with new buffers";
 }
 
 INSTANTIATE_TEST_SUITE_P(Ways, NeededPart,
