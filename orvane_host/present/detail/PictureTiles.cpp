@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <tuple>
+#include <utility>
 
 namespace OV::Host::Detail
 {
@@ -41,11 +43,11 @@ int KeptOf(int whole, int most, int margin)
     return whole <= most ? whole : DownToStep(most - 2 * margin);
 }
 
-/// What is needed along a side, of what is drawn there.
-void Widen(int first, int kept, int rim, int drawn, int drawnSize, int& neededFirst, int& neededSize)
+/// What is needed along a side: the first pixel and how many.
+std::pair<int, int> NeededOf(int kept, int keptSize, int rim, int drawn, int drawnSize)
 {
-    neededFirst = std::max(first - rim, drawn);
-    neededSize = std::min(first + kept + rim, drawn + drawnSize) - neededFirst;
+    const int first = std::max(kept - rim, drawn);
+    return {first, std::min(kept + keptSize + rim, drawn + drawnSize) - first};
 }
 
 int CountOf(int whole, int kept)
@@ -103,8 +105,8 @@ PictureTile PictureTiles::At(int column, int row) const
     part.size.width = std::min(tile.x + tile.kept.width + m_marginX, m_whole.width) - part.x;
     part.size.height = std::min(tile.y + tile.kept.height + m_marginY, m_whole.height) - part.y;
     PictureRect& needed = part.needed;
-    Widen(tile.x, tile.kept.width, m_rim, part.x, part.size.width, needed.x, needed.size.width);
-    Widen(tile.y, tile.kept.height, m_rim, part.y, part.size.height, needed.y, needed.size.height);
+    std::tie(needed.x, needed.size.width) = NeededOf(tile.x, tile.kept.width, m_rim, part.x, part.size.width);
+    std::tie(needed.y, needed.size.height) = NeededOf(tile.y, tile.kept.height, m_rim, part.y, part.size.height);
     return tile;
 }
 
