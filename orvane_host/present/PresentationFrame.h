@@ -58,8 +58,8 @@ struct PicturePart
     /// what it likes into the picture, or nothing: only where surfaces are is looked at there.
     PictureRect needed = {};
 
-    /// Whether the frame before was of the same part, and nothing has changed since but the background. No matter
-    /// where the part lies, and so not compared.
+    /// Whether the frame before was of the same part, and nothing has changed since but the background. Tells
+    /// nothing of where the part lies, and is not compared.
     bool isAgain = false;
 
     bool operator==(const PicturePart& other) const
