@@ -31,6 +31,17 @@ struct PixelSize
     bool operator!=(const PixelSize& other) const { return !(*this == other); }
 };
 
+/// Pixels of a picture, from the lower left one.
+struct PictureRect
+{
+    int x = 0;
+    int y = 0;
+    PixelSize size;
+
+    bool operator==(const PictureRect& other) const { return x == other.x && y == other.y && size == other.size; }
+    bool operator!=(const PictureRect& other) const { return !(*this == other); }
+};
+
 /// A rectangle of a larger picture that is drawn by itself, as a tile of a poster is.
 struct PicturePart
 {
@@ -43,10 +54,18 @@ struct PicturePart
     /// out for the part, finer than for all of it; else the part is as in the whole.
     bool ofPoster = false;
 
+    /// Of the whole, what the picture has to be right in; without size all of the part. About it a stage may draw
+    /// what it likes into the picture, or nothing: only where surfaces are is looked at there.
+    PictureRect needed = {};
+
+    /// Whether the frame before was of the same part, and nothing has changed since but the background. Tells
+    /// nothing of where the part lies, and is not compared.
+    bool isAgain = false;
+
     bool operator==(const PicturePart& other) const
     {
         return whole == other.whole && size == other.size && x == other.x && y == other.y
-            && ofPoster == other.ofPoster;
+            && ofPoster == other.ofPoster && needed == other.needed;
     }
     bool operator!=(const PicturePart& other) const { return !(*this == other); }
 };

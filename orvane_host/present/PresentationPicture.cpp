@@ -123,7 +123,8 @@ public:
         m_samples(SamplesFor(impl.settings, limits.maxSamples)),
         m_isPoster(SizeFor(limits, 0) != m_whole),
         m_tiles(m_whole, SizeFor(limits, options.longestTile),
-                impl.renderer->GetMargin(m_whole) + ReachOfPoints(impl.World()) + ReachOfLines(impl.World())),
+                impl.renderer->GetMargin(m_whole) + ReachOfPoints(impl.World()) + ReachOfLines(impl.World()),
+                impl.renderer->GetColorMargin(m_whole)),
         m_gl(gl), m_limits(limits)
     {
     }
@@ -196,7 +197,9 @@ private:
             pixels.Put(m_read, tile.x, width, height);
             return isRead;
         }
-        const bool isRead = DrawOn(Black, tile, m_read) && DrawOn(White, tile, m_readOnWhite);
+        bool isRead = DrawOn(Black, tile, m_read);
+        tile.part.isAgain = true;
+        isRead = isRead && DrawOn(White, tile, m_readOnWhite);
         pixels.Put(m_read, m_readOnWhite, tile.x, width, height);
         return isRead;
     }

@@ -18,6 +18,7 @@
 #include "orvane_host/present/detail/LineDepthStage.h"
 #include "orvane_host/present/detail/LineSetup.h"
 #include "orvane_host/present/detail/LineStage.h"
+#include "orvane_host/present/detail/NeededScope.h"
 #include "orvane_host/present/detail/OcclusionStage.h"
 #include "orvane_host/present/detail/OcclusionView.h"
 #include "orvane_host/present/detail/ScreenBuffer.h"
@@ -366,6 +367,11 @@ void PresentationRenderer::ListSurfaces(Scene& scene, CameraNode& camera, std::v
 
 int PresentationRenderer::GetMargin(const PixelSize& whole) const
 {
+    return GetColorMargin(whole) + m_horizon->MarginOf(whole);
+}
+
+int PresentationRenderer::GetColorMargin(const PixelSize& whole) const
+{
     // The filter looks 4 pixels along an edge and a pixel about that; what reduces a finer picture looks
     // at the pixel and its neighbours.
     constexpr int filterReach = 6;
@@ -373,7 +379,8 @@ int PresentationRenderer::GetMargin(const PixelSize& whole) const
     int margin = UseFXAA() ? filterReach : CanSuperSample() ? reducingReach : 0;
     for (const Entry& entry : m_stages)
     {
-        margin += entry.stage->MarginOf(whole);
+        // That stage looks at pictures of its own.
+        margin += entry.stage.get() == m_horizon ? 0 : entry.stage->MarginOf(whole);
     }
     return margin;
 }
@@ -409,6 +416,7 @@ void PresentationRenderer::LayCapture()
         m_filter = new Detail::FilterEffect;
     }
     m_filter->SetSize(width, height);
+    const Detail::NeededScope needed(GetPart().value_or(PicturePart()), {width, height});
     EffectES20* const before = std::exchange(screenEffect, m_filter);
     m_filter->AddReference();
     SceneRenderer::ApplyCapture();

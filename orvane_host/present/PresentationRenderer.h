@@ -210,6 +210,9 @@ public:
     /// @param whole size of the picture.
     int GetMargin(const PixelSize& whole) const;
 
+    /// How many of them have to have their colours too.
+    int GetColorMargin(const PixelSize& whole) const;
+
     void BeginCapture() override;
     void ApplyCapture() override;
     void Render2D(Scene2D* layer) override;

@@ -3,6 +3,7 @@
 #include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/StageAccess.h"
 #include "orvane_host/present/detail/Effects.h"
+#include "orvane_host/present/detail/NeededScope.h"
 #include "orvane_host/present/detail/OverScreenScope.h"
 #include "orvane_host/present/detail/SampleShadingScope.h"
 #include "orvane/effects/LineFilterEffectES20.h"
@@ -54,6 +55,7 @@ void EdgeStage::Draw(PresentationFrame& frame)
     m_effect->SetIdTexture(static_cast<int>(groups ? frame.groupIdentifiers : frame.objectIdentifiers));
     const OverScreenScope overScreen;
     const SampleShadingScope smooth(frame.shadeSamples);
+    const NeededScope needed(frame.part, frame.target);
     glDisable(GL_DEPTH_TEST);
     glEnable(GL_BLEND);
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);

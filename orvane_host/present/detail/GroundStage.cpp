@@ -7,6 +7,7 @@
 #include "orvane_host/present/detail/ContactShadow.h"
 #include "orvane_host/present/detail/Effects.h"
 #include "orvane_host/present/detail/GroundEffect.h"
+#include "orvane_host/present/detail/NeededScope.h"
 #include "orvane_host/present/detail/UploadScope.h"
 #include "orvane_host/present/detail/WholeView.h"
 #include "orvane/effects/SkySettings.h"
@@ -238,7 +239,10 @@ void GroundStage::Draw(PresentationFrame& frame)
     GLint function = GL_LESS;
     glGetIntegerv(GL_DEPTH_FUNC, &function);
     glDepthFunc(GL_ALWAYS);
-    frame.renderer.DrawOverScreen(*m_effect);
+    {
+        const NeededScope needed(frame.part, frame.target);
+        frame.renderer.DrawOverScreen(*m_effect);
+    }
     frame.usedUnits[0] = true;
     glDepthFunc(static_cast<GLenum>(function));
     glDepthMask(GL_TRUE);

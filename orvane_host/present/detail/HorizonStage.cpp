@@ -4,6 +4,7 @@
 #include "orvane_host/present/detail/Effects.h"
 #include "orvane_host/present/detail/FaceEffect.h"
 #include "orvane_host/present/detail/HorizonEffect.h"
+#include "orvane_host/present/detail/NeededScope.h"
 #include "orvane_host/present/detail/OverSceneScope.h"
 #include "orvane_host/present/detail/OverScreenScope.h"
 #include "orvane_host/present/detail/SurfacePass.h"
@@ -78,6 +79,7 @@ void HorizonStage::ReleaseGL()
     m_faces.Resize(0, 0);
     m_far.Resize(0, 0);
     m_hidden.Resize(0, 0);
+    m_found.reset();
 }
 
 FrameNeeds HorizonStage::NeedsOf(const PresentationFrame&) const
@@ -228,30 +230,41 @@ void HorizonStage::SetFar(const PresentationFrame& frame, double right, double t
     values.toFar = {Narrow(size.width / (part.whole.width * finer)), Narrow(size.height / (part.whole.height * finer))};
 }
 
+/// The first run.
+void HorizonStage::FindHidden(PresentationFrame& frame)
+{
+    const OffscreenScope offscreen(frame);
+    DrawFar(frame);
+    DrawFaces(frame);
+    const OverScreenScope overScreen;
+    glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+    glDisable(GL_DEPTH_TEST);
+    m_hidden.GetTarget().ResumeCapture();
+    const NeededScope needed(frame.part, m_hiddenSize, m_apart * (kSmoothed + 1));
+    frame.renderer.DrawOverScreen(*m_effect);
+    m_hidden.GetTarget().SuspendCapture();
+    glEnable(GL_DEPTH_TEST);
+}
+
 void HorizonStage::Draw(PresentationFrame& frame)
 {
     if (!m_look || !MakeBuffers(frame))
     {
+        m_found.reset();
         return;
     }
     SetValues(frame);
+    if (!frame.part.isAgain || m_found != frame.part)
     {
-        const OffscreenScope offscreen(frame);
-        DrawFar(frame);
-        DrawFaces(frame);
-        const OverScreenScope overScreen;
-        glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
-        glDisable(GL_DEPTH_TEST);
-        m_hidden.GetTarget().ResumeCapture();
-        frame.renderer.DrawOverScreen(*m_effect);
-        m_hidden.GetTarget().SuspendCapture();
-        glEnable(GL_DEPTH_TEST);
+        FindHidden(frame);
+        m_found = frame.part;
     }
     m_effect->values.hidden = m_hidden.GetTarget().GetColorTexture();
     const OverScreenScope overScreen;
     const OverSceneScope overScene(frame.depthRange);
     glEnable(GL_BLEND);
     glBlendFunc(GL_ZERO, GL_SRC_COLOR);
+    const NeededScope needed(frame.part, frame.target);
     frame.renderer.DrawOverScreen(*m_effect);
     glDisable(GL_BLEND);
 }

@@ -43,6 +43,7 @@ private:
     void SetValues(const PresentationFrame& frame);
     double FinerThanScreen(const PresentationFrame& frame) const;
     void SetFar(const PresentationFrame& frame, double right, double top);
+    void FindHidden(PresentationFrame& frame);
     void DrawFaces(PresentationFrame& frame);
     void DrawFar(PresentationFrame& frame);
     void DrawSurfaces(PresentationFrame& frame, ScreenBuffer& buffer, const std::vector<RenderItemES20>& surfaces);
@@ -59,6 +60,7 @@ private:
     int m_finer = 1; ///< pixels of the faces for one of the target, along each edge
     PixelSize m_hiddenSize;
     PixelSize m_farSize; ///< of the frame; none where all is near
+    std::optional<PicturePart> m_found; ///< what the buffers have been drawn for
     EffectInPlace::Replaced m_replaced;
 };
 

@@ -3,6 +3,7 @@
 #include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/StageAccess.h"
 #include "orvane_host/present/detail/Effects.h"
+#include "orvane_host/present/detail/NeededScope.h"
 #include "orvane_host/present/detail/OcclusionView.h"
 #include "orvane_host/present/detail/OverSceneScope.h"
 #include "orvane_host/present/detail/OverScreenScope.h"
@@ -53,6 +54,7 @@ void OcclusionStage::Draw(PresentationFrame& frame)
     m_effect->SetRenderTexture(static_cast<int>(frame.picture));
     const OverScreenScope overScreen;
     const OverSceneScope overScene(frame.depthRange);
+    const NeededScope needed(frame.part, frame.target);
     frame.renderer.DrawOverScreen(*m_effect);
     frame.usedUnits[0] = true;
     frame.usedUnits[1] = true;

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <tuple>
+#include <utility>
 
 namespace OV::Host::Detail
 {
@@ -41,6 +43,13 @@ int KeptOf(int whole, int most, int margin)
     return whole <= most ? whole : DownToStep(most - 2 * margin);
 }
 
+/// What is needed along a side: the first pixel and how many.
+std::pair<int, int> NeededOf(int kept, int keptSize, int rim, int drawn, int drawnSize)
+{
+    const int first = std::max(kept - rim, drawn);
+    return {first, std::min(kept + keptSize + rim, drawn + drawnSize) - first};
+}
+
 int CountOf(int whole, int kept)
 {
     return (whole + kept - 1) / kept;
@@ -73,10 +82,10 @@ int BytesPerPixel(const PresentationSettings& settings, int samples, int bits)
     return bytes;
 }
 
-PictureTiles::PictureTiles(const PixelSize& whole, const PixelSize& most, int margin) :
+PictureTiles::PictureTiles(const PixelSize& whole, const PixelSize& most, int margin, int rim) :
     m_whole(whole), m_kept{KeptOf(whole.width, most.width, UpToStep(margin)),
                            KeptOf(whole.height, most.height, UpToStep(margin))},
-    m_marginX(m_kept.width < whole.width ? UpToStep(margin) : 0),
+    m_rim(rim), m_marginX(m_kept.width < whole.width ? UpToStep(margin) : 0),
     m_marginY(m_kept.height < whole.height ? UpToStep(margin) : 0),
     m_columns(CountOf(whole.width, m_kept.width)), m_rows(CountOf(whole.height, m_kept.height))
 {
@@ -95,6 +104,9 @@ PictureTile PictureTiles::At(int column, int row) const
     part.y = std::max(tile.y - m_marginY, 0);
     part.size.width = std::min(tile.x + tile.kept.width + m_marginX, m_whole.width) - part.x;
     part.size.height = std::min(tile.y + tile.kept.height + m_marginY, m_whole.height) - part.y;
+    PictureRect& needed = part.needed;
+    std::tie(needed.x, needed.size.width) = NeededOf(tile.x, tile.kept.width, m_rim, part.x, part.size.width);
+    std::tie(needed.y, needed.size.height) = NeededOf(tile.y, tile.kept.height, m_rim, part.y, part.size.height);
     return tile;
 }
 
@@ -111,8 +123,9 @@ PixelSize TileSizeFor(const PresentationSettings& settings, const PixelSize& who
     const std::int64_t pixels = MostTileBytes / bytes;
     const std::int64_t rows = MostRowBytes / (static_cast<std::int64_t>(whole.width) * bits / 2);
     const int side = longest > 0 ? longest : std::max(limit.width, limit.height);
+    const bool isWithinLimit = whole.width <= limit.width && whole.height <= limit.height;
     PixelSize size;
-    if (static_cast<std::int64_t>(whole.width) * whole.height <= MostWholeBytes / bytes)
+    if (isWithinLimit && static_cast<std::int64_t>(whole.width) * whole.height <= MostWholeBytes / bytes)
     {
         size = whole;
     }

@@ -33,7 +33,8 @@ public:
 
     /// @param most size of what is drawn at once; at least a step is kept of each tile, whatever it is.
     /// @param margin pixels that are drawn about what is kept.
-    PictureTiles(const PixelSize& whole, const PixelSize& most, int margin);
+    /// @param rim how many of them are needed in their colours, at most all.
+    PictureTiles(const PixelSize& whole, const PixelSize& most, int margin, int rim);
 
     int GetColumns() const { return m_columns; }
     int GetRows() const { return m_rows; }
@@ -47,6 +48,7 @@ public:
 private:
     PixelSize m_whole;
     PixelSize m_kept; ///< of a tile, but for the last ones
+    int m_rim = 0;
     int m_marginX = 0;
     int m_marginY = 0;
     int m_columns = 1;

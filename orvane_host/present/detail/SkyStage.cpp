@@ -4,6 +4,7 @@
 #include "orvane_host/present/StageAccess.h"
 #include "orvane_host/present/detail/DomeEffect.h"
 #include "orvane_host/present/detail/Effects.h"
+#include "orvane_host/present/detail/NeededScope.h"
 #include "orvane_host/present/detail/WholeView.h"
 #include "orvane/math/TextureCoordinate.h"
 #include "orvane/math/Transform.h"
@@ -199,6 +200,7 @@ void SkyStage::Draw(PresentationFrame& frame)
     }
     frame.renderer.Upload();
     glDisable(GL_BLEND);
+    const NeededScope needed(frame.part, frame.target);
     const EffectInPlace inPlace(m_items, RenderPassSky, *m_effect, &m_replaced);
     frame.renderer.Draw(frame.cameraData, m_items, RenderPassSky);
     MeshES20::ResetBufferCache();

@@ -4,6 +4,7 @@
 #include "orvane_host/present/StageAccess.h"
 #include "orvane_host/present/detail/Effects.h"
 #include "orvane_host/present/detail/LightShareScope.h"
+#include "orvane_host/present/detail/NeededScope.h"
 #include "orvane_host/present/detail/ShadowStage.h"
 #include "orvane_host/present/detail/SunStrokeEffect.h"
 #include "orvane_host/present/detail/SurfaceStage.h"
@@ -119,6 +120,7 @@ void SunPatchStage::Draw(PresentationFrame& frame)
                    [](double value) { return static_cast<float>(value); });
     const LightShareScope light(m_shadows.GetShare());
     const StainScope stain;
+    const NeededScope needed(frame.part, frame.target);
     frame.renderer.DrawOverScreen(effect);
 }
 

@@ -8,6 +8,7 @@
 #include "orvane_host/present/detail/Effects.h"
 #include "orvane_host/present/detail/LightShareScope.h"
 #include "orvane_host/present/detail/LineStage.h"
+#include "orvane_host/present/detail/NeededScope.h"
 #include "orvane_host/present/detail/SampleShadingScope.h"
 #include "orvane_host/present/detail/ShadowStage.h"
 #include "orvane_host/present/detail/StrokeEffect.h"
@@ -314,7 +315,7 @@ void SurfaceStage::DrawLook(PresentationFrame& frame)
         const auto draw = [&](const std::vector<RenderItemES20>& part, bool depthOnly) {
             // Strokes are dear, and leave nothing out; the cheaper look follows clip planes.
             const bool cheap = depthOnly && m_look == Look::Crosshatch && EffectES20::GetClipPlaneNormals().empty();
-            DrawItems(frame, part, cheap ? RenderPassMonotone : PassOfLook());
+            DrawItems(frame, part, cheap ? RenderPassMonotone : PassOfLook(), frame.target);
         };
         const bool linesElsewhere = m_lineStage && m_lineStage->IsActive();
         // Without lines between them, see-through surfaces, which a flat look draws as solid ones, come among these.
@@ -337,7 +338,7 @@ void SurfaceStage::DrawLook(PresentationFrame& frame)
     }
     m_lines.assign(items.all.begin() + static_cast<std::ptrdiff_t>(items.firstLine),
                    items.all.begin() + static_cast<std::ptrdiff_t>(items.firstAlpha));
-    DrawItems(frame, m_lines, RenderPassDefault);
+    DrawItems(frame, m_lines, RenderPassDefault, frame.target);
 }
 
 /// Whether fragments are so dear, against the rest of them, that it pays to sort what they are of.
@@ -400,7 +401,7 @@ bool SurfaceStage::DrawLayers(PresentationFrame& frame)
     const auto drawAgain = [&](const std::vector<RenderItemES20>& part) {
         DrawIdKeeper drawIds(frame.scene);
         drawIds.Keep(part);
-        DrawItems(frame, part, pass);
+        DrawItems(frame, part, pass, m_layers.Size());
     };
     // They come first, while draw IDs are as they were.
     m_lineSetup.Begin(frame.renderer.GetEffects(), m_layers.Size(), frame.screen);
@@ -414,7 +415,7 @@ bool SurfaceStage::DrawLayers(PresentationFrame& frame)
     m_lineRoom.Without(m_solids, m_panes, std::cref(gather));
     m_lineSetup.Begin(frame.renderer.GetEffects(), frame.target, frame.screen);
     m_lineRoom.Draw(m_solids, items.firstLine, solids, frame.overDraw,
-                    [&](const std::vector<RenderItemES20>& part, bool) { DrawItems(frame, part, pass); });
+                    [&](const std::vector<RenderItemES20>& part, bool) { DrawItems(frame, part, pass, frame.target); });
     if (linesElsewhere)
     {
         m_lineStage->DrawThroughGlass(frame);
@@ -423,14 +424,16 @@ bool SurfaceStage::DrawLayers(PresentationFrame& frame)
     {
         // What comes later finds the depths of all surfaces.
         const NoColorScope depthOnly;
-        DrawItems(frame, m_panes, pass);
+        DrawItems(frame, m_panes, pass, frame.target);
     }
-    DrawItems(frame, m_others, pass);
+    DrawItems(frame, m_others, pass, frame.target);
     return true;
 }
 
-void SurfaceStage::DrawItems(PresentationFrame& frame, const std::vector<RenderItemES20>& items, RenderPass pass)
+void SurfaceStage::DrawItems(PresentationFrame& frame, const std::vector<RenderItemES20>& items, RenderPass pass,
+                             const PixelSize& buffer)
 {
+    const NeededScope needed(frame.part, buffer);
     const auto passOf = [pass](const RenderItemES20& item) {
         return item.style->GetShader(pass) ? pass : RenderPassDefault;
     };

@@ -107,7 +107,9 @@ private:
     void DrawWithoutLines(PresentationFrame& frame, const std::vector<RenderItemES20>& all,
                           const LineRoom::DrawItems& draw);
     bool DrawLayers(PresentationFrame& frame);
-    void DrawItems(PresentationFrame& frame, const std::vector<RenderItemES20>& items, RenderPass pass);
+    /// @param buffer size of what is drawn into.
+    void DrawItems(PresentationFrame& frame, const std::vector<RenderItemES20>& items, RenderPass pass,
+                   const PixelSize& buffer);
     void PrepareReflection();
     void Reflect(const Reflection& reflection);
 

@@ -36,7 +36,8 @@ TEST(PictureTiles, KeepEveryPixelOnceAndDrawTheMarginAboutIt)
 {
     for (const Case& c : Cases)
     {
-        const PictureTiles tiles(c.whole, c.most, c.margin);
+        constexpr int rim = 3;
+        const PictureTiles tiles(c.whole, c.most, c.margin, rim);
         int x = 0;
         for (int column = 0; column < tiles.GetColumns(); ++column)
         {
@@ -64,6 +65,12 @@ TEST(PictureTiles, KeepEveryPixelOnceAndDrawTheMarginAboutIt)
             const int right = part.x + part.size.width;
             EXPECT_LE(right, c.whole.width) << c.label;
             EXPECT_TRUE(right == c.whole.width || right - tile.x - tile.kept.width >= c.margin) << c.label;
+            const PictureRect& needed = part.needed;
+            EXPECT_EQ(needed.x, std::max(tile.x - rim, part.x)) << c.label;
+            EXPECT_EQ(needed.y, std::max(tile.y - rim, part.y)) << c.label;
+            EXPECT_EQ(needed.x + needed.size.width, std::min(tile.x + tile.kept.width + rim, right)) << c.label;
+            EXPECT_EQ(needed.y + needed.size.height,
+                      std::min(tile.y + tile.kept.height + rim, part.y + part.size.height)) << c.label;
             EXPECT_LE(part.size.width, tiles.GetLargest().width) << c.label;
             EXPECT_LE(part.size.height, tiles.GetLargest().height) << c.label;
         }
@@ -98,6 +105,7 @@ TEST(PictureTiles, OfALargePictureTakeLittleMemory)
     all.shadows.emplace();
     const PixelSize shadowed = TileSizeFor(all, {32000, 20000}, 0, 8, {16384, 16384}, 0);
     EXPECT_LE(std::max(shadowed.width, shadowed.height), 1536) << "as many pixels as its map has texels for";
+    EXPECT_LE(TileSizeFor(all, {17000, 20}, 0, 8, {16384, 16384}, 0).width, 1536) << "also where memory is no matter";
     all.shadows.reset();
     const PixelSize small = TileSizeFor(all, {1280, 720}, 4, 8, {16384, 16384}, 0);
     EXPECT_EQ(small.width, 1280);
