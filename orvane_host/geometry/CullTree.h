@@ -45,6 +45,18 @@ public:
         }
     }
 
+    /// Calls a function with the values of entries that lie within a distance, the nearer of two branches first.
+    /// @param distanceOf of a box: no more than that of anything in it, and infinite for what is not asked for.
+    /// @param found given a value; answers below which distance others are asked for from then on.
+    template <class DistanceOf, class Found>
+    void Search(double limit, DistanceOf distanceOf, Found found) const
+    {
+        if (m_root != NoEntry)
+        {
+            Search(m_root, distanceOf(At(m_root).box), limit, distanceOf, found);
+        }
+    }
+
 private:
     struct TreeNode
     {
@@ -74,6 +86,25 @@ private:
         }
         Collect(node.children[0], view, planes, found);
         Collect(node.children[1], view, planes, found);
+    }
+
+    template <class DistanceOf, class Found>
+    void Search(Entry entry, double distance, double& limit, DistanceOf& distanceOf, Found& found) const
+    {
+        if (!(distance < limit))
+        {
+            return;
+        }
+        const TreeNode& node = At(entry);
+        if (node.height == 0)
+        {
+            limit = found(node.value);
+            return;
+        }
+        const double distances[] = {distanceOf(At(node.children[0]).box), distanceOf(At(node.children[1]).box)};
+        const int nearer = distances[1] < distances[0] ? 1 : 0;
+        Search(node.children[nearer], distances[nearer], limit, distanceOf, found);
+        Search(node.children[1 - nearer], distances[1 - nearer], limit, distanceOf, found);
     }
 
     Entry Allocate();

@@ -37,6 +37,10 @@ public:
     /// @param whole size of the picture.
     virtual int MarginOf(const PixelSize& whole) const;
 
+    /// Whether it draws things in space that no node of the scene shows. The near plane of a Presentation then
+    /// stays where the bounds of the model have it, which it may leave for what the nodes show. Not GL.
+    virtual bool DrawsBesideScene() const;
+
     /// Called before the meshes of a frame are listed and uploaded: for what changes how they are
     /// made, and for geometry of its own. Nothing by default. GL.
     virtual void Prepare(PresentationFrame& frame);

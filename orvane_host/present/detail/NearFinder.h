@@ -1,0 +1,123 @@
+#pragma once
+
+#include "orvane_host/geometry/CullTree.h"
+#include "orvane_host/present/detail/NearView.h"
+#include "orvane_host/present/detail/NodeTable.h"
+#include "orvane/scene/NodeListener.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+namespace OV
+{
+
+class Mesh;
+class MeshNode;
+class RawMesh;
+
+} // namespace OV
+
+namespace OV::Host::Detail
+{
+
+/// Finds how far before an eye a scene begins, by all that nodes show: surfaces, points and lines.
+///
+/// What stands still is in a tree of boxes; large meshes have boxes about so many of their triangles
+/// besides. What moves is asked one by one until it has rested. Without a change of the view or the scene
+/// the answer is at hand. Not GL.
+class NearFinder final : public NodeListener
+{
+public:
+    /// Of a mesh, the triangles that share a box.
+    static constexpr std::size_t kTogether = 64;
+
+    /// Questions for which a node has to stand still before it is in the tree again.
+    static constexpr unsigned int kRest = 16;
+
+    explicit NearFinder(Scene& scene);
+
+    /// The smallest depth of what is seen of triangles, lines and middles of points, to the last of them;
+    /// infinite where nothing is seen. 0 where it isn't known: where something is drawn by a class of a
+    /// host's, and where it takes too much work.
+    /// @param enough depths below this are as good as 0.
+    /// @param most corners of triangles that may be looked at.
+    double Find(const NearView& view, double enough, std::size_t most);
+
+    void NodeChanged(Node& node, NodeChange change) override;
+    void NodeGone(const Node& node) override;
+    void SceneGone() override;
+
+private:
+    using Index = std::uint32_t;
+    static constexpr Index kNone = NodeTable::None;
+
+    /// A mesh at a node.
+    struct Member
+    {
+        MeshNode* node = nullptr; ///< null for one that is gone
+        Mesh* mesh = nullptr;
+        Index nextOfNode = kNone;
+        CullTree::Entry leaf = CullTree::NoEntry;
+        Index loose = kNone;         ///< its place in m_loose; none in the tree
+        unsigned int due = 0;        ///< question from which on it has rested
+        std::uint32_t print = 0;     ///< of its geometry
+        bool isForeign = false;      ///< its node may move without a word
+        bool isUnknown = false;      ///< a host's class draws it
+        bool isBoxTrue = false;      ///< the box that the geometry names encloses it
+    };
+
+    /// Boxes about the triangles of a large mesh, in its own space.
+    struct Parts
+    {
+        std::uint32_t print = 0;
+        unsigned int used = 0; ///< last question that it was of use for
+        std::vector<WorldBox> boxes;
+    };
+
+    struct Question;
+
+    Index FirstOf(const Node& node) const;
+    void Start();
+    void Update();
+    void LookForOtherGeometry();
+    void AddMeshes(MeshNode& node);
+    void AddMember(MeshNode& node, Mesh& mesh);
+    void DropMembers(const Node& node);
+    void MakeLoose(Index index);
+    void LeaveLoose(Member& member);
+    void PutIntoTree(Index index);
+    void PutRestedIntoTree();
+    static bool IsShown(const Member& member);
+    void Look(Question& question, const Member& member);
+    void LookAtTriangles(Question& question, const Mesh& mesh);
+    void LookAtTriangles(Question& question, const Mesh& mesh, std::size_t first, std::size_t last) const;
+    const Parts& PartsOf(const Mesh& mesh);
+
+    std::vector<Member> m_members;
+    std::vector<Index> m_free;
+    std::vector<Index> m_loose;
+    std::vector<Index> m_unknown; ///< those that are
+    std::size_t m_foreignCount = 0;
+    NodeTable m_table; ///< gives the first member of a node
+    CullTree m_tree;
+    std::unordered_set<MeshNode*> m_new; ///< whose meshes are to be looked at again
+    std::unordered_map<const RawMesh*, Parts> m_parts;
+    std::vector<std::pair<double, std::size_t>> m_order; ///< scratch
+    std::uint64_t m_listing = 0;
+    unsigned int m_question = 0;
+    std::size_t m_movedCount = 0; ///< since the last question
+    bool m_isDeaf = false;        ///< all move: it isn't noted which
+    bool m_hasStarted = false;
+
+    std::optional<NearView> m_view; ///< that the answer is for; none where something has changed
+    double m_enough = 0.0;
+    std::size_t m_most = 0;
+    double m_answer = 0.0;
+};
+
+} // namespace OV::Host::Detail
