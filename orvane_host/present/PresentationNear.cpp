@@ -104,11 +104,8 @@ double Presentation::Impl::NearestDepth(double enough)
     }
     const int reach = Detail::ReachOfPoints(scene) + Detail::ReachOfLines(scene) + RoundingReach;
     const Detail::NearView::Room room = {1.0 + 2.0 * reach / m_width, 1.0 + 2.0 * reach / m_height};
-    // Strokes are not cut.
-    const std::vector<SectionPlane> cuts = settings.look == Look::Crosshatch
-        ? std::vector<SectionPlane>()
-        : Detail::SectionPlanesOf(settings.section);
-    const Detail::NearView view(Camera(), static_cast<double>(Aspect()), room, cuts);
+    const Detail::NearView view(Camera(), static_cast<double>(Aspect()), room,
+                                Detail::SectionPlanesOf(settings.section));
     const bool hurries = m_hurries && !renderer->GetPart();
     const std::size_t most = hurries ? MostWhileMoving : std::numeric_limits<std::size_t>::max();
     double nearest = m_nearFinder->Find(view, enough + view.GetSlack(), most);

@@ -316,12 +316,22 @@ void NearFinder::NodeChanged(Node& node, NodeChange change)
         m_view.reset();
         return;
     }
-    for (Index i = FirstOf(node); i != kNone; i = m_members[i].nextOfNode)
+    const Index first = FirstOf(node);
+    if (first == kNone)
     {
-        m_view.reset();
-        if ((change & NodeChangePlace) != 0)
+        return;
+    }
+    m_view.reset();
+    if ((change & NodeChangeState) != 0)
+    {
+        // What nobody has drawn has no render data, whose loss would tell that it was described anew.
+        m_changed.insert(static_cast<MeshNode*>(&node));
+    }
+    if ((change & NodeChangePlace) != 0)
+    {
+        ++m_movedCount;
+        for (Index i = first; i != kNone; i = m_members[i].nextOfNode)
         {
-            ++m_movedCount;
             MakeLoose(i);
         }
     }
@@ -330,7 +340,9 @@ void NearFinder::NodeChanged(Node& node, NodeChange change)
 void NearFinder::NodeGone(const Node& node)
 {
     // Only its address is of use.
-    m_new.erase(static_cast<MeshNode*>(const_cast<Node*>(&node)));
+    auto* const gone = static_cast<MeshNode*>(const_cast<Node*>(&node));
+    m_new.erase(gone);
+    m_changed.erase(gone);
     DropMembers(node);
 }
 
@@ -344,6 +356,7 @@ void NearFinder::SceneGone()
     m_table.Clear();
     m_tree.Clear();
     m_new.clear();
+    m_changed.clear();
     m_parts.clear();
     m_view.reset();
 }
@@ -395,8 +408,17 @@ void NearFinder::Update()
         m_listing = MeshES20::GetListingRevision();
         LookForOtherGeometry();
     }
+    for (MeshNode* const node : m_changed)
+    {
+        for (Index i = FirstOf(*node); i != kNone; i = m_members[i].nextOfNode)
+        {
+            LookForOtherGeometry(m_members[i]);
+        }
+    }
+    m_changed.clear();
     for (MeshNode* const node : m_new)
     {
+        DropMembers(*node);
         AddMeshes(*node);
     }
     m_new.clear();
@@ -412,20 +434,22 @@ void NearFinder::Update()
     m_isDeaf = doAllMove;
 }
 
+void NearFinder::LookForOtherGeometry(const Member& member)
+{
+    if (member.print != PrintOf(*member.mesh) || member.isUnknown != IsDrawnByHost(*member.mesh))
+    {
+        m_new.insert(member.node);
+    }
+}
+
 void NearFinder::LookForOtherGeometry()
 {
     for (const Member& member : m_members)
     {
-        if (member.node
-            && (member.print != PrintOf(*member.mesh) || member.isUnknown != IsDrawnByHost(*member.mesh)))
+        if (member.node)
         {
-            m_new.insert(member.node);
+            LookForOtherGeometry(member);
         }
-    }
-    for (MeshNode* const node : m_new)
-    {
-        m_view.reset();
-        DropMembers(*node);
     }
     for (auto parts = m_parts.begin(); parts != m_parts.end();)
     {

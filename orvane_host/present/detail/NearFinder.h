@@ -85,6 +85,7 @@ private:
     void Start();
     void Update();
     void LookForOtherGeometry();
+    void LookForOtherGeometry(const Member& member);
     void AddMeshes(MeshNode& node);
     void AddMember(MeshNode& node, Mesh& mesh);
     void DropMembers(const Node& node);
@@ -105,7 +106,8 @@ private:
     std::size_t m_foreignCount = 0;
     NodeTable m_table; ///< gives the first member of a node
     CullTree m_tree;
-    std::unordered_set<MeshNode*> m_new; ///< whose meshes are to be looked at again
+    std::unordered_set<MeshNode*> m_new;     ///< whose meshes are to be taken in anew
+    std::unordered_set<MeshNode*> m_changed; ///< whose meshes may have other geometry
     std::unordered_map<const RawMesh*, Parts> m_parts;
     std::vector<std::pair<double, std::size_t>> m_order; ///< scratch
     std::uint64_t m_listing = 0;
