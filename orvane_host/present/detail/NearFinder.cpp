@@ -29,8 +29,8 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 /// Questions after which what was of no use is forgotten.
 constexpr unsigned int kKept = 256;
 
-/// What rests is put into the tree in so many at once at most.
-constexpr std::size_t kMostRested = 512;
+/// What rests is put into the tree by so many at once at most.
+constexpr std::size_t kMostRested = 128;
 
 bool IsLine(const Mesh& mesh)
 {
@@ -133,6 +133,7 @@ double NearFinder::Find(const NearView& view, double enough, std::size_t most)
         return m_answer;
     }
     ++m_question;
+    FollowMoved();
     PutRestedIntoTree();
     Question question{view, enough, most, NearSpace(view)};
     if (std::any_of(m_unknown.begin(), m_unknown.end(), [this](Index index) { return IsShown(m_members[index]); }))
@@ -143,15 +144,21 @@ double NearFinder::Find(const NearView& view, double enough, std::size_t most)
     {
         const NearSpace world(view);
         m_tree.Search(
-            kInfinity, [&](const WorldBox& box) { return world.LeastDepth(box); },
+            kInfinity, [&](const WorldBox& box) { return world.LeastDepth(box, question.nearest); },
             [&](Index index)
             {
-                Look(question, m_members[index]);
+                if (m_members[index].loose == kNone)
+                {
+                    Look(question, m_members[index]);
+                }
                 return question.nearest;
             });
-        for (const Index index : m_loose)
+        for (const Loose& loose : m_loose)
         {
-            Look(question, m_members[index]);
+            if (world.LeastDepth(loose.box, question.nearest) < question.nearest)
+            {
+                Look(question, m_members[loose.member]);
+            }
         }
     }
     m_view = view;
@@ -178,8 +185,7 @@ void NearFinder::Look(Question& question, const Member& member)
     {
         WorldBox box;
         mesh.GetBBox(box.low, box.high);
-        const double least = question.space.LeastDepth(box);
-        if (!(least < question.nearest))
+        if (!(question.space.LeastDepth(box, question.nearest) < question.nearest))
         {
             return;
         }
@@ -199,7 +205,7 @@ void NearFinder::LookAtTriangles(Question& question, const Mesh& mesh)
     m_order.clear();
     for (std::size_t i = 0; i < parts.boxes.size(); ++i)
     {
-        const double least = question.space.LeastDepth(parts.boxes[i]);
+        const double least = question.space.LeastDepth(parts.boxes[i], question.nearest);
         if (least < question.nearest)
         {
             m_order.emplace_back(least, i);
@@ -351,10 +357,12 @@ void NearFinder::SceneGone()
     m_members.clear();
     m_free.clear();
     m_loose.clear();
+    m_moved.clear();
     m_unknown.clear();
     m_foreignCount = 0;
     m_table.Clear();
     m_tree.Clear();
+    m_stillCount = 0;
     m_new.clear();
     m_changed.clear();
     m_parts.clear();
@@ -364,6 +372,7 @@ void NearFinder::SceneGone()
 void NearFinder::Start()
 {
     m_hasStarted = true;
+    m_isStarting = true;
     m_listing = MeshES20::GetListingRevision();
     const auto add = [this](MeshNode& node)
     {
@@ -391,6 +400,23 @@ void NearFinder::Start()
             return 0;
         });
     }
+    m_isStarting = false;
+    std::vector<WorldBox> boxes;
+    std::vector<Index> still;
+    for (Index i = 0; i < m_members.size(); ++i)
+    {
+        if (!m_members[i].isUnknown && !m_members[i].isForeign)
+        {
+            boxes.push_back(BoxOf(m_members[i]));
+            still.push_back(i);
+        }
+    }
+    const std::vector<CullTree::Entry> leaves = m_tree.Fill(boxes, still);
+    for (std::size_t i = 0; i < still.size(); ++i)
+    {
+        m_members[still[i]].leaf = leaves[i];
+    }
+    m_stillCount = still.size();
 }
 
 void NearFinder::Update()
@@ -423,12 +449,12 @@ void NearFinder::Update()
     }
     m_new.clear();
     const std::size_t moved = std::exchange(m_movedCount, 0);
-    const bool doAllMove = moved > 0 && m_tree.GetCount() == 0 && 2 * moved >= m_loose.size();
+    const bool doAllMove = moved > 0 && m_stillCount == 0 && 2 * moved >= m_loose.size();
     if (m_isDeaf && !doAllMove)
     {
-        for (const Index index : m_loose)
+        for (Loose& loose : m_loose)
         {
-            m_members[index].due = m_question + kRest;
+            loose.due = m_question + kRest;
         }
     }
     m_isDeaf = doAllMove;
@@ -474,6 +500,7 @@ void NearFinder::AddMember(MeshNode& node, Mesh& mesh)
         // What is told in the middle of a change must find room.
         m_free.reserve(m_members.capacity());
         m_loose.reserve(m_members.capacity());
+        m_moved.reserve(m_members.capacity());
     }
     else
     {
@@ -503,9 +530,9 @@ void NearFinder::AddMember(MeshNode& node, Mesh& mesh)
     {
         MakeLoose(index);
     }
-    else
+    else if (!m_isStarting)
     {
-        PutIntoTree(index);
+        PutIntoTree(index, BoxOf(member));
     }
 }
 
@@ -521,6 +548,7 @@ void NearFinder::DropMembers(const Node& node)
     for (Index i = first; i != kNone;)
     {
         Member& member = m_members[i];
+        m_stillCount -= member.leaf != CullTree::NoEntry && member.loose == kNone ? 1 : 0;
         LeaveLoose(member);
         if (member.leaf != CullTree::NoEntry)
         {
@@ -540,18 +568,23 @@ void NearFinder::DropMembers(const Node& node)
 void NearFinder::MakeLoose(Index index)
 {
     Member& member = m_members[index];
-    member.due = m_question + kRest;
-    if (member.loose != kNone || member.isUnknown)
+    if (member.isUnknown)
     {
         return;
     }
-    if (member.leaf != CullTree::NoEntry)
+    if (member.loose == kNone)
     {
-        m_tree.Remove(member.leaf);
-        member.leaf = CullTree::NoEntry;
+        // Its leaf waits: it may come back to about the same place.
+        m_stillCount -= member.leaf != CullTree::NoEntry ? 1 : 0;
+        member.loose = static_cast<Index>(m_loose.size());
+        m_loose.push_back({{}, index, 0});
     }
-    member.loose = static_cast<Index>(m_loose.size());
-    m_loose.push_back(index);
+    m_loose[member.loose].due = m_question + kRest;
+    if (!member.hasMoved)
+    {
+        member.hasMoved = true;
+        m_moved.push_back(index);
+    }
 }
 
 void NearFinder::LeaveLoose(Member& member)
@@ -560,19 +593,60 @@ void NearFinder::LeaveLoose(Member& member)
     {
         return;
     }
-    m_members[m_loose.back()].loose = member.loose;
+    m_members[m_loose.back().member].loose = member.loose;
     m_loose[member.loose] = m_loose.back();
     m_loose.pop_back();
     member.loose = kNone;
 }
 
-void NearFinder::PutIntoTree(Index index)
+void NearFinder::FollowMoved()
 {
-    Member& member = m_members[index];
+    for (const Index index : m_moved)
+    {
+        Member& member = m_members[index];
+        if (std::exchange(member.hasMoved, false) && member.node && member.loose != kNone)
+        {
+            m_loose[member.loose].box = BoxOf(member);
+        }
+    }
+    m_moved.clear();
+    if (!m_isDeaf && m_foreignCount == 0)
+    {
+        return;
+    }
+    for (Loose& loose : m_loose)
+    {
+        const Member& member = m_members[loose.member];
+        if (m_isDeaf || member.isForeign)
+        {
+            loose.box = BoxOf(member);
+        }
+    }
+}
+
+WorldBox NearFinder::BoxOf(const Member& member) const
+{
+    if (!member.isBoxTrue)
+    {
+        return BoxAt(*member.mesh, member.node->GetGlobal());
+    }
     WorldBox box;
     member.mesh->GetBBox(box.low, box.high);
-    box = member.isBoxTrue ? BoxAt(box, member.node->GetGlobal()) : BoxAt(*member.mesh, member.node->GetGlobal());
-    member.leaf = m_tree.Insert(box, index);
+    return BoxAt(box, member.node->GetGlobal());
+}
+
+void NearFinder::PutIntoTree(Index index, const WorldBox& box)
+{
+    Member& member = m_members[index];
+    ++m_stillCount;
+    if (member.leaf == CullTree::NoEntry)
+    {
+        member.leaf = m_tree.Insert(box, index);
+    }
+    else
+    {
+        m_tree.Move(member.leaf, box);
+    }
 }
 
 void NearFinder::PutRestedIntoTree()
@@ -584,12 +658,12 @@ void NearFinder::PutRestedIntoTree()
     std::size_t put = 0;
     for (std::size_t i = m_loose.size(); i-- > 0 && put < kMostRested;)
     {
-        const Index index = m_loose[i];
-        Member& member = m_members[index];
-        if (!member.isForeign && member.due <= m_question)
+        const Loose loose = m_loose[i];
+        Member& member = m_members[loose.member];
+        if (loose.due <= m_question && !member.isForeign)
         {
             LeaveLoose(member);
-            PutIntoTree(index);
+            PutIntoTree(loose.member, loose.box);
             ++put;
         }
     }

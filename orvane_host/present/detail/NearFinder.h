@@ -34,7 +34,7 @@ class NearFinder final : public NodeListener
 {
 public:
     /// Of a mesh, the triangles that share a box.
-    static constexpr std::size_t kTogether = 64;
+    static constexpr std::size_t kTogether = 32;
 
     /// Questions for which a node has to stand still before it is in the tree again.
     static constexpr unsigned int kRest = 16;
@@ -62,13 +62,22 @@ private:
         MeshNode* node = nullptr; ///< null for one that is gone
         Mesh* mesh = nullptr;
         Index nextOfNode = kNone;
+        /// Where it stood once; the box counts while it isn't loose.
         CullTree::Entry leaf = CullTree::NoEntry;
-        Index loose = kNone;         ///< its place in m_loose; none in the tree
-        unsigned int due = 0;        ///< question from which on it has rested
-        std::uint32_t print = 0;     ///< of its geometry
-        bool isForeign = false;      ///< its node may move without a word
-        bool isUnknown = false;      ///< a host's class draws it
-        bool isBoxTrue = false;      ///< the box that the geometry names encloses it
+        Index loose = kNone;    ///< its place in m_loose
+        std::uint32_t print = 0; ///< of its geometry
+        bool hasMoved = false;   ///< since the last question
+        bool isForeign = false;  ///< its node may move without a word
+        bool isUnknown = false;  ///< a host's class draws it
+        bool isBoxTrue = false;  ///< the box that the geometry names encloses it
+    };
+
+    /// What moves, or has not rested yet.
+    struct Loose
+    {
+        WorldBox box;
+        Index member;
+        unsigned int due; ///< question from which on it has rested
     };
 
     /// Boxes about the triangles of a large mesh, in its own space.
@@ -91,8 +100,10 @@ private:
     void DropMembers(const Node& node);
     void MakeLoose(Index index);
     void LeaveLoose(Member& member);
-    void PutIntoTree(Index index);
+    WorldBox BoxOf(const Member& member) const;
+    void PutIntoTree(Index index, const WorldBox& box);
     void PutRestedIntoTree();
+    void FollowMoved();
     static bool IsShown(const Member& member);
     void Look(Question& question, const Member& member);
     void LookAtTriangles(Question& question, const Mesh& mesh);
@@ -101,11 +112,13 @@ private:
 
     std::vector<Member> m_members;
     std::vector<Index> m_free;
-    std::vector<Index> m_loose;
+    std::vector<Loose> m_loose;
+    std::vector<Index> m_moved; ///< of the loose
     std::vector<Index> m_unknown; ///< those that are
     std::size_t m_foreignCount = 0;
     NodeTable m_table; ///< gives the first member of a node
     CullTree m_tree;
+    std::size_t m_stillCount = 0; ///< in the tree and not loose
     std::unordered_set<MeshNode*> m_new;     ///< whose meshes are to be taken in anew
     std::unordered_set<MeshNode*> m_changed; ///< whose meshes may have other geometry
     std::unordered_map<const RawMesh*, Parts> m_parts;
@@ -115,6 +128,7 @@ private:
     std::size_t m_movedCount = 0; ///< since the last question
     bool m_isDeaf = false;        ///< all move: it isn't noted which
     bool m_hasStarted = false;
+    bool m_isStarting = false;    ///< the tree is to be made of all at once
 
     std::optional<NearView> m_view; ///< that the answer is for; none where something has changed
     double m_enough = 0.0;

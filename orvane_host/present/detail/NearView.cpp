@@ -109,7 +109,7 @@ void NearSpace::Set(const NearView& view, const Transform& place)
     }
 }
 
-double NearSpace::LeastDepth(const WorldBox& box) const
+double NearSpace::LeastDepth(const WorldBox& box, double limit) const
 {
     const double x = 0.5 * (static_cast<double>(box.low.x) + box.high.x);
     const double y = 0.5 * (static_cast<double>(box.low.y) + box.high.y);
@@ -127,13 +127,6 @@ double NearSpace::LeastDepth(const WorldBox& box) const
         return x1 * halfX + y1 * halfY + z1 * halfZ + (x1 + y1 + z1) * rounding;
     };
     const auto middleOf = [&](const Form& form) { return form.x * x + form.y * y + form.z * z + form.w; };
-    for (std::size_t i = 1; i < m_count; ++i)
-    {
-        if (middleOf(m_forms[i]) + reachOf(m_forms[i]) < 0.0)
-        {
-            return kInfinity;
-        }
-    }
     const double middle = middleOf(m_forms[0]);
     const double reach = reachOf(m_forms[0]);
     if (middle + reach < 0.0)
@@ -141,7 +134,19 @@ double NearSpace::LeastDepth(const WorldBox& box) const
         return kInfinity;
     }
     // Also where a number is not finite.
-    return middle - reach > 0.0 ? middle - reach : 0.0;
+    const double least = middle - reach > 0.0 ? middle - reach : 0.0;
+    if (!(least < limit))
+    {
+        return least;
+    }
+    for (std::size_t i = 1; i < m_count; ++i)
+    {
+        if (middleOf(m_forms[i]) + reachOf(m_forms[i]) < 0.0)
+        {
+            return kInfinity;
+        }
+    }
+    return least;
 }
 
 NearSpace::Values NearSpace::ValuesAt(const Vector& point) const

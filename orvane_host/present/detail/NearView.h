@@ -90,11 +90,11 @@ public:
     NearSpace(const NearView& view, const Transform& place) { Set(view, place); }
     void Set(const NearView& view, const Transform& place);
 
-    /// No depth within the box that is seen is smaller. Infinite where nothing of it is.
-    double LeastDepth(const WorldBox& box) const;
-
-    /// The smallest depth of a point, a part of a line or a triangle that is seen; what is not below the
+    /// No depth within the box that is seen is smaller. Infinite where nothing of it is; what is not below the
     /// limit may be told as any such number.
+    double LeastDepth(const WorldBox& box, double limit) const;
+
+    /// The smallest depth of a point, a part of a line or a triangle that is seen, likewise.
     double DepthOf(const Vector& point, double limit) const;
     double DepthOf(const Vector& from, const Vector& to, double limit) const;
     double DepthOf(const Vector& first, const Vector& second, const Vector& third, double limit) const;

