@@ -37,8 +37,8 @@ public:
     /// @param whole size of the picture.
     virtual int MarginOf(const PixelSize& whole) const;
 
-    /// Whether it draws things in space that no node of the scene shows. The near plane of a Presentation then
-    /// stays where the bounds of the model have it, which it may leave for what the nodes show. Not GL.
+    /// Whether it may draw things in space that lie before all that the nodes of the scene show. The near
+    /// plane of a Presentation then goes by the bounds of the model. True by default. Not GL.
     virtual bool DrawsBesideScene() const;
 
     /// Called before the meshes of a frame are listed and uploaded: for what changes how they are

@@ -381,6 +381,12 @@ void NearFinder::Start()
             AddMeshes(node);
         }
     };
+    std::size_t count = 0;
+    for (const Mesh* const mesh : GetListenedScene()->EachMesh())
+    {
+        count += mesh->EachNode().size();
+    }
+    m_members.reserve(count);
     // What hangs on no root is drawn too.
     for (const Mesh* const mesh : GetListenedScene()->EachMesh())
     {
@@ -497,10 +503,6 @@ void NearFinder::AddMember(MeshNode& node, Mesh& mesh)
     if (m_free.empty())
     {
         m_members.emplace_back();
-        // What is told in the middle of a change must find room.
-        m_free.reserve(m_members.capacity());
-        m_loose.reserve(m_members.capacity());
-        m_moved.reserve(m_members.capacity());
     }
     else
     {

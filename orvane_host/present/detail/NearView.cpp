@@ -149,6 +149,12 @@ double NearSpace::LeastDepth(const WorldBox& box, double limit) const
     return least;
 }
 
+double NearSpace::DepthAt(const Vector& point) const
+{
+    const Form& form = m_forms[0];
+    return form.x * point.x + form.y * point.y + form.z * point.z + form.w;
+}
+
 NearSpace::Values NearSpace::ValuesAt(const Vector& point) const
 {
     Values values;
@@ -184,6 +190,12 @@ double NearSpace::DepthOf(const Vector& from, const Vector& to, double limit) co
 
 double NearSpace::DepthOf(const Vector& first, const Vector& second, const Vector& third, double limit) const
 {
+    // Of most triangles this is all that there is to know.
+    const double least = std::min({DepthAt(first), DepthAt(second), DepthAt(third)});
+    if (!(least < limit))
+    {
+        return least;
+    }
     const Values corners[] = {ValuesAt(first), ValuesAt(second), ValuesAt(third)};
     return DepthOf(corners, 3, limit);
 }

@@ -108,6 +108,7 @@ private:
     /// What the forms give at a place.
     using Values = std::array<double, kMostForms>;
 
+    double DepthAt(const Vector& point) const;
     Values ValuesAt(const Vector& point) const;
     unsigned int OutsideOf(const Values& values) const;
     double DepthOf(const Values* corners, std::size_t count, double limit) const;
