@@ -12,7 +12,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 
 namespace OV::Host
 {
@@ -107,7 +106,7 @@ double Presentation::Impl::NearestDepth(double enough)
     const Detail::NearView view(Camera(), static_cast<double>(Aspect()), room,
                                 Detail::SectionPlanesOf(settings.section));
     const bool hurries = m_hurries && !renderer->GetPart();
-    const std::size_t most = hurries ? MostWhileMoving : std::numeric_limits<std::size_t>::max();
+    const std::size_t most = hurries ? MostWhileMoving : Detail::NearFinder::kAllCorners;
     double nearest = m_nearFinder->Find(view, enough + view.GetSlack(), most);
     if (const std::optional<PresentationRenderer::ShadowGround> ground = ShadowGroundOfModel())
     {

@@ -29,6 +29,10 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 /// Questions after which what was of no use is forgotten.
 constexpr unsigned int kKept = 256;
 
+/// Meshes at nodes that are looked at in one moving frame for whether they were described anew, of which nobody
+/// is told: that of one in the layer above the picture counts too, and may come in every frame.
+constexpr std::size_t kMostChecked = 4096;
+
 /// What rests is put into the tree by so many at once at most.
 constexpr std::size_t kMostRested = 128;
 
@@ -126,7 +130,7 @@ NearFinder::NearFinder(Scene& scene)
 
 double NearFinder::Find(const NearView& view, double enough, std::size_t most)
 {
-    Update();
+    Update(most < kAllCorners ? kMostChecked : kAllCorners);
     // What moves without a word is asked in every frame.
     if (m_view && *m_view == view && m_enough == enough && m_most == most && m_foreignCount == 0)
     {
@@ -318,7 +322,7 @@ void NearFinder::NodeChanged(Node& node, NodeChange change)
     {
         // A mesh may be on its way out, and is not touched again.
         DropMembers(node);
-        m_new.insert(static_cast<MeshNode*>(&node));
+        m_new.insert(&node);
         m_view.reset();
         return;
     }
@@ -331,7 +335,7 @@ void NearFinder::NodeChanged(Node& node, NodeChange change)
     if ((change & NodeChangeState) != 0)
     {
         // What nobody has drawn has no render data, whose loss would tell that it was described anew.
-        m_changed.insert(static_cast<MeshNode*>(&node));
+        m_changed.insert(&node);
     }
     if ((change & NodeChangePlace) != 0)
     {
@@ -346,9 +350,8 @@ void NearFinder::NodeChanged(Node& node, NodeChange change)
 void NearFinder::NodeGone(const Node& node)
 {
     // Only its address is of use.
-    auto* const gone = static_cast<MeshNode*>(const_cast<Node*>(&node));
-    m_new.erase(gone);
-    m_changed.erase(gone);
+    m_new.erase(const_cast<Node*>(&node));
+    m_changed.erase(const_cast<Node*>(&node));
     DropMembers(node);
 }
 
@@ -366,6 +369,7 @@ void NearFinder::SceneGone()
     m_new.clear();
     m_changed.clear();
     m_parts.clear();
+    m_unchecked = 0;
     m_view.reset();
 }
 
@@ -425,7 +429,7 @@ void NearFinder::Start()
     m_stillCount = still.size();
 }
 
-void NearFinder::Update()
+void NearFinder::Update(std::size_t checked)
 {
     if (!GetListenedScene())
     {
@@ -438,9 +442,11 @@ void NearFinder::Update()
     if (m_listing != MeshES20::GetListingRevision())
     {
         m_listing = MeshES20::GetListingRevision();
-        LookForOtherGeometry();
+        m_unchecked = m_members.size();
+        ForgetParts();
     }
-    for (MeshNode* const node : m_changed)
+    LookForOtherGeometry(std::min(checked, m_unchecked));
+    for (const Node* const node : m_changed)
     {
         for (Index i = FirstOf(*node); i != kNone; i = m_members[i].nextOfNode)
         {
@@ -448,10 +454,11 @@ void NearFinder::Update()
         }
     }
     m_changed.clear();
-    for (MeshNode* const node : m_new)
+    for (Node* const node : m_new)
     {
+        // Only such tell of meshes.
         DropMembers(*node);
-        AddMeshes(*node);
+        AddMeshes(static_cast<MeshNode&>(*node));
     }
     m_new.clear();
     const std::size_t moved = std::exchange(m_movedCount, 0);
@@ -474,15 +481,21 @@ void NearFinder::LookForOtherGeometry(const Member& member)
     }
 }
 
-void NearFinder::LookForOtherGeometry()
+void NearFinder::LookForOtherGeometry(std::size_t count)
 {
-    for (const Member& member : m_members)
+    m_unchecked -= count;
+    for (; count > 0; --count)
     {
-        if (member.node)
+        m_nextChecked = m_nextChecked + 1 < m_members.size() ? m_nextChecked + 1 : 0;
+        if (m_members[m_nextChecked].node)
         {
-            LookForOtherGeometry(member);
+            LookForOtherGeometry(m_members[m_nextChecked]);
         }
     }
+}
+
+void NearFinder::ForgetParts()
+{
     for (auto parts = m_parts.begin(); parts != m_parts.end();)
     {
         parts = m_question - parts->second.used > kKept ? m_parts.erase(parts) : std::next(parts);

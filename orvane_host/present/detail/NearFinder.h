@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <unordered_map>
 #include <unordered_set>
@@ -39,13 +40,17 @@ public:
     /// Questions for which a node has to stand still before it is in the tree again.
     static constexpr unsigned int kRest = 16;
 
+    /// As many corners as there are.
+    static constexpr std::size_t kAllCorners = std::numeric_limits<std::size_t>::max();
+
     explicit NearFinder(Scene& scene);
 
     /// The smallest depth of what is seen of triangles, lines and middles of points, to the last of them;
     /// infinite where nothing is seen. 0 where it isn't known: where something is drawn by a class of a
     /// host's, and where it takes too much work.
     /// @param enough depths below this are as good as 0.
-    /// @param most corners of triangles that may be looked at.
+    /// @param most corners of triangles that may be looked at. With less than all that a large scene describes anew
+    ///        without a word may be found some frames later.
     double Find(const NearView& view, double enough, std::size_t most);
 
     void NodeChanged(Node& node, NodeChange change) override;
@@ -92,9 +97,10 @@ private:
 
     Index FirstOf(const Node& node) const;
     void Start();
-    void Update();
-    void LookForOtherGeometry();
+    void Update(std::size_t checked);
+    void LookForOtherGeometry(std::size_t count);
     void LookForOtherGeometry(const Member& member);
+    void ForgetParts();
     void AddMeshes(MeshNode& node);
     void AddMember(MeshNode& node, Mesh& mesh);
     void DropMembers(const Node& node);
@@ -119,11 +125,13 @@ private:
     NodeTable m_table; ///< gives the first member of a node
     CullTree m_tree;
     std::size_t m_stillCount = 0; ///< in the tree and not loose
-    std::unordered_set<MeshNode*> m_new;     ///< whose meshes are to be taken in anew
-    std::unordered_set<MeshNode*> m_changed; ///< whose meshes may have other geometry
+    std::unordered_set<Node*> m_new;     ///< whose meshes are to be taken in anew
+    std::unordered_set<Node*> m_changed; ///< whose meshes may have other geometry
     std::unordered_map<const RawMesh*, Parts> m_parts;
     std::vector<std::pair<double, std::size_t>> m_order; ///< scratch
     std::uint64_t m_listing = 0;
+    std::size_t m_unchecked = 0;   ///< members that may have other geometry since
+    std::size_t m_nextChecked = 0; ///< before the next of them
     unsigned int m_question = 0;
     std::size_t m_movedCount = 0; ///< since the last question
     bool m_isDeaf = false;        ///< all move: it isn't noted which

@@ -35,7 +35,7 @@ using Host::Detail::NearFinder;
 using Host::Detail::NearView;
 
 constexpr double kAspect = 1.5;
-constexpr std::size_t kAll = std::numeric_limits<std::size_t>::max();
+constexpr std::size_t kAll = NearFinder::kAllCorners;
 constexpr double kNothing = std::numeric_limits<double>::infinity();
 
 class NearFinderTest : public testing::Test
