@@ -15,7 +15,9 @@
 #include "orvane_host/present/PresentationStage.h"
 #include "orvane/math/Transform.h"
 #include "orvane/scene/CameraNode.h"
+#include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
+#include "orvane/scene/RawMesh.h"
 
 #include <algorithm>
 #include <cmath>
@@ -280,6 +282,24 @@ TEST_F(PresentationNear, FollowsWhatAHostEdits)
         tight += depths.nearest >= 0.1 * std::min(nearest, 2.0) ? 1 : 0;
     }
     EXPECT_GT(tight, steps * 8 / 10);
+}
+
+TEST_F(PresentationNear, FollowsWhatAHostDescribesAnewWithoutAWord)
+{
+    for (const bool hurries : {false, true})
+    {
+        const auto house = PresentHouse();
+        house->Hurry(hurries);
+        EXPECT_GT(DrawnDepths(*house).nearest, 0.2f);
+        const std::shared_ptr<RawMesh> other = Host::Primitives::Box(Vector(-0.4f, 1.2f, -1.5f), Vector(0.4f, 1.7f, -0.2f));
+        RawMesh& raw = *table->GetMeshes().front()->GetRawMesh();
+        raw.StartDescription();
+        raw.SetPositionBuffer(std::move(other->positions));
+        raw.SetNormalBuffer(std::move(other->normals));
+        raw.SetIndices(std::move(other->indices));
+        raw.EndDescription(true);
+        EXPECT_LT(DrawnDepths(*house).nearest, 0.2f);
+    }
 }
 
 TEST_F(PresentationNear, WhatAHostHasSetStays)
