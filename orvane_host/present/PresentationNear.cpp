@@ -73,8 +73,8 @@ void Presentation::Impl::FitNear()
 std::optional<double> Presentation::Impl::FindNear()
 {
     const double farthest = m_depths.farthest;
-    const bool isNeeded = m_depths.nearest > 0.0f && m_depths.nearest < EnoughOfFar * farthest && m_width > 0 && m_height > 0
-        && Detail::NearView::Suits(Camera()) && !renderer->DrawsBesideScene();
+    const bool isNeeded = m_depths.nearest > 0.0f && m_depths.nearest < EnoughOfFar * farthest && m_width > 0
+        && m_height > 0 && Detail::NearView::Suits(Camera()) && !renderer->DrawsBesideScene();
     if (!isNeeded)
     {
         if (++m_framesWithoutNear > FramesKept)
@@ -85,13 +85,16 @@ std::optional<double> Presentation::Impl::FindNear()
     }
     m_framesWithoutNear = 0;
     const double least = LeastOfFar * farthest;
-    const double nearest = std::min(ShareOfNearest * NearestDepth(least / ShareOfNearest), MostOfFar * farthest);
-    if (!(nearest >= least))
+    const double nearest = NearestDepth(least / ShareOfNearest);
+    const double wanted = std::min(ShareOfNearest * nearest, MostOfFar * farthest);
+    if (!(wanted >= least))
     {
         return std::nullopt;
     }
     // In steps, by which it stays what it was in nearly every frame of a view that moves.
-    return std::max(std::exp2(std::floor(std::log2(nearest))), least);
+    const double step = std::exp2(std::floor(std::log2(wanted)));
+    // The bounds of the model do as long as they cut nothing.
+    return std::max(step, nearest > m_depths.nearest ? m_depths.nearest : least);
 }
 
 double Presentation::Impl::NearestDepth(double enough)
