@@ -69,7 +69,7 @@ private:
         Index nextOfNode = kNone;
         /// Where it stood once; the box counts while it isn't loose.
         CullTree::Entry leaf = CullTree::NoEntry;
-        Index loose = kNone;    ///< its place in m_loose
+        Index loose = kNone;     ///< its place in m_loose
         std::uint32_t print = 0; ///< of its geometry
         bool hasMoved = false;   ///< since the last question
         bool isForeign = false;  ///< its node may move without a word
@@ -95,6 +95,9 @@ private:
 
     struct Question;
 
+    /// A number that is another one for nearly every other geometry: a few of its vertices count.
+    static std::uint32_t PrintOf(const Mesh& mesh);
+
     Index FirstOf(const Node& node) const;
     void Start();
     void Update(std::size_t checked);
@@ -119,7 +122,7 @@ private:
     std::vector<Member> m_members;
     std::vector<Index> m_free;
     std::vector<Loose> m_loose;
-    std::vector<Index> m_moved; ///< of the loose
+    std::vector<Index> m_moved;   ///< of the loose
     std::vector<Index> m_unknown; ///< those that are
     std::size_t m_foreignCount = 0;
     NodeTable m_table; ///< gives the first member of a node

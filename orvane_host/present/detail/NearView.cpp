@@ -61,8 +61,11 @@ NearView::NearView(const CameraNode& camera, double aspect, const Room& room, co
         return Form{x * m[0][0] + y * m[0][1] - depth * m[0][2], x * m[1][0] + y * m[1][1] - depth * m[1][2],
                     x * m[2][0] + y * m[2][1] - depth * m[2][2], 0.0};
     };
-    m_forms = {form(0.0, 0.0, 1.0), form(-1.0, 0.0, across), form(1.0, 0.0, across), form(0.0, -1.0, up),
-               form(0.0, 1.0, up)};
+    for (const Form& side : {form(0.0, 0.0, 1.0), form(-1.0, 0.0, across), form(1.0, 0.0, across),
+                             form(0.0, -1.0, up), form(0.0, 1.0, up)})
+    {
+        m_forms[m_count++] = side;
+    }
     for (std::size_t i = 0; i < m_corners.size(); ++i)
     {
         const Form corner = form((i & 1) != 0 ? across : -across, (i & 2) != 0 ? up : -up, 1.0);
@@ -70,16 +73,21 @@ NearView::NearView(const CameraNode& camera, double aspect, const Room& room, co
     }
     for (const SectionPlane& cut : cuts)
     {
+        if (m_count == kMostForms)
+        {
+            break;
+        }
         const Vector& n = cut.normal;
         const Vector& p = cut.position;
         const double above = n.x * (m_eye[0] - p.x) + n.y * (m_eye[1] - p.y) + n.z * (m_eye[2] - p.z);
-        m_forms.push_back({-n.x, -n.y, -n.z, m_slack + kRounding * LargestOf(p.x, p.y, p.z) - above});
+        m_forms[m_count++] = {-n.x, -n.y, -n.z, m_slack + kRounding * LargestOf(p.x, p.y, p.z) - above};
     }
 }
 
 double NearView::DepthOfPlane(const Vector& position, const Vector& up) const
 {
-    const double height = up.x * (m_eye[0] - position.x) + up.y * (m_eye[1] - position.y) + up.z * (m_eye[2] - position.z);
+    const double height =
+        up.x * (m_eye[0] - position.x) + up.y * (m_eye[1] - position.y) + up.z * (m_eye[2] - position.z);
     double nearest = kInfinity;
     for (const Direction& corner : m_corners)
     {
@@ -99,7 +107,7 @@ void NearSpace::Set(const NearView& view, const Transform& place)
     const double x = m[0][3] - view.m_eye[0];
     const double y = m[1][3] - view.m_eye[1];
     const double z = m[2][3] - view.m_eye[2];
-    m_count = std::min(view.m_forms.size(), kMostForms);
+    m_count = view.m_count;
     for (std::size_t i = 0; i < m_count; ++i)
     {
         const Form& form = view.m_forms[i];

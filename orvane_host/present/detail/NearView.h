@@ -46,7 +46,10 @@ public:
     /// Whether the camera is one that there can be a cone of.
     static bool Suits(const CameraNode& camera);
 
-    bool operator==(const NearView& other) const { return m_forms == other.m_forms && m_eye == other.m_eye; }
+    bool operator==(const NearView& other) const
+    {
+        return m_count == other.m_count && m_forms == other.m_forms && m_eye == other.m_eye;
+    }
     bool operator!=(const NearView& other) const { return !(*this == other); }
 
     /// What rounding may move a point by, in the numbers of GL.
@@ -72,10 +75,14 @@ private:
 
     using Direction = std::array<double, 3>;
 
+    /// Planes beyond are left out: more is seen then.
+    static constexpr std::size_t kMostForms = 17;
+
     Direction m_eye{};
     std::array<Direction, 4> m_corners{}; ///< from the eye, at depth 1
     /// In world space, from the eye: the depth, and what is not below 0 within the cone.
-    std::vector<Form> m_forms;
+    std::array<Form, kMostForms> m_forms{};
+    std::size_t m_count = 0;
     double m_slack = 0.0;
 };
 
@@ -102,8 +109,7 @@ public:
 private:
     using Form = NearView::Form;
 
-    /// Forms beyond are left out: more is seen then.
-    static constexpr std::size_t kMostForms = 17;
+    static constexpr std::size_t kMostForms = NearView::kMostForms;
 
     /// What the forms give at a place.
     using Values = std::array<double, kMostForms>;

@@ -43,7 +43,8 @@ class Surroundings;
 
 /// PresentationFiles.cpp has how files come and go, PresentationScene.cpp what settings do to the scene,
 /// PresentationNotes.cpp what stands on the picture, PresentationView.cpp what settings do to the
-/// camera, PresentationNear.cpp where its near plane is, PresentationDrawing.cpp what draws both, PresentationPicture.cpp what writes it.
+/// camera, PresentationNear.cpp where its near plane is, PresentationDrawing.cpp what draws both,
+/// PresentationPicture.cpp what writes it.
 class Presentation::Impl
 {
 public:

@@ -291,7 +291,8 @@ TEST_F(PresentationNear, FollowsWhatAHostDescribesAnewWithoutAWord)
         const auto house = PresentHouse();
         house->Hurry(hurries);
         EXPECT_GT(DrawnDepths(*house).nearest, 0.2f);
-        const std::shared_ptr<RawMesh> other = Host::Primitives::Box(Vector(-0.4f, 1.2f, -1.5f), Vector(0.4f, 1.7f, -0.2f));
+        const std::shared_ptr<RawMesh> other =
+            Host::Primitives::Box(Vector(-0.4f, 1.2f, -1.5f), Vector(0.4f, 1.7f, -0.2f));
         RawMesh& raw = *table->GetMeshes().front()->GetRawMesh();
         raw.StartDescription();
         raw.SetPositionBuffer(std::move(other->positions));
