@@ -1,6 +1,8 @@
 #include "orvane_host/geometry/CullTree.h"
 
 #include <algorithm>
+#include <cmath>
+#include <numeric>
 
 namespace OV::Host
 {
@@ -22,6 +24,14 @@ double Cost(const WorldBox& box)
     const double y = static_cast<double>(box.high.y) - box.low.y;
     const double z = static_cast<double>(box.high.z) - box.low.z;
     return x * y + y * z + z * x;
+}
+
+/// Where a box lies along an axis, times two.
+float MiddleOf(const WorldBox& box, int axis)
+{
+    const float middle = axis == 0 ? box.low.x + box.high.x : axis == 1 ? box.low.y + box.high.y : box.low.z + box.high.z;
+    // By numbers alone is there an order.
+    return std::isfinite(middle) ? middle : 0.0f;
 }
 
 } // namespace
@@ -51,6 +61,59 @@ CullTree::Entry CullTree::Insert(const WorldBox& box, std::uint32_t value)
     Attach(leaf);
     ++m_count;
     return leaf;
+}
+
+std::vector<CullTree::Entry> CullTree::Fill(const std::vector<WorldBox>& boxes,
+                                            const std::vector<std::uint32_t>& values)
+{
+    Clear();
+    m_count = boxes.size();
+    m_nodes.reserve(2 * boxes.size());
+    std::vector<Entry> leaves(boxes.size());
+    std::vector<std::uint32_t> order(boxes.size());
+    std::iota(order.begin(), order.end(), 0u);
+    if (!order.empty())
+    {
+        m_root = Join(boxes, order.data(), order.data() + order.size(), NoEntry, leaves);
+    }
+    for (std::size_t i = 0; i < leaves.size(); ++i)
+    {
+        At(leaves[i]).value = values[i];
+    }
+    return leaves;
+}
+
+CullTree::Entry CullTree::Join(const std::vector<WorldBox>& boxes, std::uint32_t* first, std::uint32_t* last,
+                               Entry parent, std::vector<Entry>& leaves)
+{
+    const Entry entry = Allocate();
+    if (last - first == 1)
+    {
+        At(entry) = {boxes[*first], parent, {NoEntry, NoEntry}, 0, *first};
+        leaves[*first] = entry;
+        return entry;
+    }
+    // In halves across the axis along which they lie farthest apart: so deep that recursion is no matter.
+    int axis = 0;
+    float widest = -1.0f;
+    for (int i = 0; i < 3; ++i)
+    {
+        const auto isLess = [&](std::uint32_t a, std::uint32_t b) { return MiddleOf(boxes[a], i) < MiddleOf(boxes[b], i); };
+        const auto [low, high] = std::minmax_element(first, last, isLess);
+        const float width = MiddleOf(boxes[*high], i) - MiddleOf(boxes[*low], i);
+        axis = width > widest ? i : axis;
+        widest = std::max(width, widest);
+    }
+    std::uint32_t* const middle = first + (last - first) / 2;
+    std::nth_element(first, middle, last, [&](std::uint32_t a, std::uint32_t b)
+                     { return MiddleOf(boxes[a], axis) < MiddleOf(boxes[b], axis); });
+    At(entry) = {{}, parent, {NoEntry, NoEntry}, 1, 0};
+    const Entry lower = Join(boxes, first, middle, entry, leaves);
+    const Entry upper = Join(boxes, middle, last, entry, leaves);
+    At(entry).children[0] = lower;
+    At(entry).children[1] = upper;
+    Update(entry);
+    return entry;
 }
 
 void CullTree::Remove(Entry entry)

@@ -324,7 +324,9 @@ public:
     PresentationStatistics GetStatistics() const;
 
     // What it is made of, for hosts that put more into it. The camera is moved by SetCamera and the
-    // settings; what a host does to it itself lasts until the next change of those or of the size.
+    // settings; what a host does to it itself lasts until the next change of those or of the size. Its
+    // near and far come from the bounds of the model. Where the eye is in them or close to them, drawing
+    // and picking move near to before what the view shows nearest, unless the host has set one of the two.
 
     Scene& GetScene() const;
     CameraNode& GetCamera() const;

@@ -233,6 +233,7 @@ void Presentation::Impl::Draw(int newWidth, int newHeight, float newRatio)
     const Detail::ProcessSettings scope(settings, Camera(), OutlineWidth());
     LayOut();
     const bool hasChanged = app.Update(0.0f);
+    FitNear();
     m_sunLight.Aim(World());
     const bool isBehindChanged = m_isPictureChanged || (hasChanged && !app.GetContext()->OnlyForegroundWasDirty());
     m_isPictureChanged = false;
@@ -284,6 +285,7 @@ std::vector<PickHit> Presentation::Impl::Pick(const PickArea& area)
 {
     const Detail::ProcessSettings scope(settings, Camera(), OutlineWidth());
     m_isPictureChanged = app.Update(0.0f) || m_isPictureChanged;
+    FitNear();
     return picking->Pick(World(), Camera(), area);
 }
 
@@ -291,6 +293,7 @@ std::vector<PickHit> Presentation::Impl::PickThrough(int x, int y, int most)
 {
     const Detail::ProcessSettings scope(settings, Camera(), OutlineWidth());
     m_isPictureChanged = app.Update(0.0f) || m_isPictureChanged;
+    FitNear();
     if (std::max(m_width, m_height) <= LargestPicked || x < 0 || y < 0 || x >= m_width || y >= m_height)
     {
         return picking->PickThrough(World(), Camera(), x, y, most);

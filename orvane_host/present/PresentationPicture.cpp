@@ -4,10 +4,9 @@
 #include "orvane_host/present/detail/PicturePixels.h"
 #include "orvane_host/present/detail/PictureTiles.h"
 #include "orvane_host/present/detail/PresentationImpl.h"
+#include "orvane_host/present/detail/SceneReach.h"
 #include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/scene/CameraNode.h"
-#include "orvane/scene/LineStyle.h"
-#include "orvane/scene/Material.h"
 #include "orvane/scene/Scene.h"
 
 #include <GL/gl.h>
@@ -84,33 +83,6 @@ public:
     std::vector<unsigned char> rgba;
 };
 
-/// Pixels about one that points of the scene reach: GL leaves a point out whose middle lies outside.
-int ReachOfPoints(const Scene& scene)
-{
-    float largest = 0.0f;
-    for (const auto* materials : {&scene.GetOptimizedMaterials(), &scene.GetAlphaMaterials()})
-    {
-        for (const Material* material : *materials)
-        {
-            const bool isPoints = (material->GetFlags() & MaterialFlagPoints) != 0;
-            largest = isPoints ? std::max(largest, material->pointSize) : largest;
-        }
-    }
-    return static_cast<int>(std::ceil(std::min(largest, 1024.0f) / 2.0f));
-}
-
-/// Pixels about one that lines of the scene reach, and that it takes to tell whether they are seen.
-int ReachOfLines(const Scene& scene)
-{
-    constexpr float looksAt = 4.0f;
-    float widest = 0.0f;
-    for (const LineStyle* style : scene.GetLineStyles())
-    {
-        widest = style->GetLines().empty() ? widest : std::max(widest, style->width + looksAt);
-    }
-    return static_cast<int>(std::ceil(std::min(widest, 1024.0f)));
-}
-
 } // namespace
 
 /// Draws a picture tile by tile and hands out its rows.
@@ -123,7 +95,7 @@ public:
         m_samples(SamplesFor(impl.settings, limits.maxSamples)),
         m_isPoster(SizeFor(limits, 0) != m_whole),
         m_tiles(m_whole, SizeFor(limits, options.longestTile),
-                impl.renderer->GetMargin(m_whole) + ReachOfPoints(impl.World()) + ReachOfLines(impl.World()),
+                impl.renderer->GetMargin(m_whole) + Detail::ReachOfPoints(impl.World()) + Detail::ReachOfLines(impl.World()),
                 impl.renderer->GetColorMargin(m_whole)),
         m_gl(gl), m_limits(limits)
     {

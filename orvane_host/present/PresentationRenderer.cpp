@@ -175,6 +175,12 @@ std::unique_ptr<PresentationStage> PresentationRenderer::RemoveStage(const Prese
     return removed;
 }
 
+bool PresentationRenderer::DrawsBesideScene() const
+{
+    return std::any_of(m_stages.begin(), m_stages.end(),
+                       [](const Entry& entry) { return IsOutside(entry) && entry.stage->DrawsBesideScene(); });
+}
+
 bool PresentationRenderer::ParseLook(const std::string& name, Look& look)
 {
     return Host::ParseLook(name, look);

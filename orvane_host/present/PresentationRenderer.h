@@ -226,6 +226,9 @@ public:
     static const char* NameOfLook(Look look);
 
 protected:
+    /// Whether a stage from outside draws things that no node of the scene shows.
+    bool DrawsBesideScene() const;
+
     /// Nodes that are drawn by themselves from the next frame on, in place of those named before.
     void KeepApart(std::vector<const MeshNode*> nodes);
 

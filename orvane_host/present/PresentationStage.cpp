@@ -17,6 +17,11 @@ int PresentationStage::MarginOf(const PixelSize&) const
     return 0;
 }
 
+bool PresentationStage::DrawsBesideScene() const
+{
+    return true;
+}
+
 void PresentationStage::Prepare(PresentationFrame&)
 {
 }

@@ -37,6 +37,10 @@ public:
     /// @param whole size of the picture.
     virtual int MarginOf(const PixelSize& whole) const;
 
+    /// Whether it may draw things in space that lie before all that the nodes of the scene show. The near
+    /// plane of a Presentation then goes by the bounds of the model. True by default. Not GL.
+    virtual bool DrawsBesideScene() const;
+
     /// Called before the meshes of a frame are listed and uploaded: for what changes how they are
     /// made, and for geometry of its own. Nothing by default. GL.
     virtual void Prepare(PresentationFrame& frame);

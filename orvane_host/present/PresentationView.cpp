@@ -66,6 +66,7 @@ void Presentation::Impl::PlaceCamera()
         SceneFit::Frame(camera, World(), ModelFilter(), fit.aspect, fit.margin);
     }
     ReachShadows();
+    KeepDepths();
     m_isPictureChanged = true;
 }
 

@@ -24,7 +24,9 @@ namespace OV::Host::Detail
 class HighlightRenderer : public PresentationRenderer
 {
 public:
+    using PresentationRenderer::DrawsBesideScene;
     using PresentationRenderer::SetGround;
+
     /// In the order in which they are laid.
     using Colors = std::vector<std::pair<MeshNode*, Color>>;
 

@@ -9,6 +9,7 @@
 #include "orvane_host/present/detail/GroundStage.h"
 #include "orvane_host/present/detail/HighlightRenderer.h"
 #include "orvane_host/present/detail/MaterialSettings.h"
+#include "orvane_host/present/detail/NearFinder.h"
 #include "orvane_host/present/detail/NodeVisibility.h"
 #include "orvane_host/present/detail/SunLight.h"
 #include "orvane_host/sheet/Notes.h"
@@ -42,7 +43,8 @@ class Surroundings;
 
 /// PresentationFiles.cpp has how files come and go, PresentationScene.cpp what settings do to the scene,
 /// PresentationNotes.cpp what stands on the picture, PresentationView.cpp what settings do to the
-/// camera, PresentationDrawing.cpp what draws both, PresentationPicture.cpp what writes it.
+/// camera, PresentationNear.cpp where its near plane is, PresentationDrawing.cpp what draws both,
+/// PresentationPicture.cpp what writes it.
 class Presentation::Impl
 {
 public:
@@ -184,6 +186,10 @@ private:
     bool LookAsFrom(const CameraNode& camera, double distance);
     float Aspect() const;
     void PlaceCamera();
+    void KeepDepths();
+    void FitNear();
+    std::optional<double> FindNear();
+    double NearestDepth(double enough);
     void ConfigureRenderer();
     std::optional<HiddenLineLook> HiddenLook() const;
     std::optional<float> NorthInPicture() const;
@@ -226,6 +232,18 @@ private:
     std::vector<std::size_t> m_shownLabels; ///< those of the notes
     bool m_areNotesStale = false;
     std::optional<float> m_sheetNorth; ///< that it was made for
+
+    /// What the camera has its range of depths from.
+    struct Depths
+    {
+        float nearest = 0.0f; ///< by the bounds of the model
+        float farthest = 0.0f;
+        float used = 0.0f; ///< in place of the nearest
+    };
+
+    Depths m_depths;
+    std::unique_ptr<Detail::NearFinder> m_nearFinder; ///< null until it is needed
+    int m_framesWithoutNear = 0;                      ///< since it was
 
     int m_width = 0;
     int m_height = 0;

@@ -46,12 +46,8 @@ ProcessSettings::ProcessSettings(const PresentationSettings& settings, const Cam
     SkySettings sky;
     sky.SetHorizonColor(settings.background);
     sky.SetUseFog(settings.fog.has_value());
-    if (settings.fog)
-    {
-        sky.SetFogStart(ToShaderDistance(settings.fog->start, camera));
-        sky.SetFogEnd(ToShaderDistance(settings.fog->end, camera));
-    }
     SkySettings::inst() = sky;
+    FollowDepths(settings, camera);
     EffectES20::ClearClipPlanes();
     for (const SectionPlane& plane : SectionPlanesOf(settings.section))
     {
@@ -61,6 +57,15 @@ ProcessSettings::ProcessSettings(const PresentationSettings& settings, const Cam
     EffectES20::SetClipPlaneOutlineColor(ToVec(settings.section.outlineColor));
     EffectES20::EnablePocheColor(settings.section.fill.has_value());
     EffectES20::SetPocheColor(ToVec(settings.section.fill.value_or(Color())));
+}
+
+void ProcessSettings::FollowDepths(const PresentationSettings& settings, const CameraNode& camera)
+{
+    if (settings.fog)
+    {
+        SkySettings::inst().SetFogStart(ToShaderDistance(settings.fog->start, camera));
+        SkySettings::inst().SetFogEnd(ToShaderDistance(settings.fog->end, camera));
+    }
 }
 
 ProcessSettings::~ProcessSettings()

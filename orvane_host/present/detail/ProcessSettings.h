@@ -31,6 +31,9 @@ public:
     /// @param outlineWidth of a cut, where the settings leave it to the model.
     ProcessSettings(const PresentationSettings& settings, const CameraNode& camera, float outlineWidth);
 
+    /// Takes over the camera's range of depths once it is another one.
+    static void FollowDepths(const PresentationSettings& settings, const CameraNode& camera);
+
     /// Puts back what was in force.
     ~ProcessSettings();
 

@@ -33,6 +33,8 @@ public:
     explicit SunMapStage(const std::vector<SunMapCell>& cells);
     ~SunMapStage() override;
 
+    /// It lies on surfaces.
+    bool DrawsBesideScene() const override { return false; }
     void Draw(PresentationFrame& frame) override;
     void ReleaseGL() override;
 

@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <set>
 #include <utility>
 #include <vector>
@@ -167,6 +169,82 @@ TEST(CullTree, EntriesComeAndGo)
             ASSERT_EQ(tree.GetCount(), expected.size());
         }
     }
+}
+
+TEST(CullTree, WhatIsFilledInAtOnceIsATreeLikeAnyOther)
+{
+    Dice dice(3);
+    Matrix all;
+    all.CalculateOrthoMatrix(-100.0f, 100.0f, -100.0f, 100.0f, -100.0f, 100.0f);
+    for (const std::size_t count : {0u, 1u, 2u, 3u, 1000u})
+    {
+        CullTree tree;
+        tree.Insert(AnyBox(dice), 77);
+        std::vector<WorldBox> boxes;
+        std::vector<std::uint32_t> values;
+        for (std::size_t i = 0; i < count; ++i)
+        {
+            boxes.push_back(AnyBox(dice));
+            values.push_back(static_cast<std::uint32_t>(10 * i));
+        }
+        const std::vector<CullTree::Entry> entries = tree.Fill(boxes, values);
+        ASSERT_EQ(entries.size(), count);
+        EXPECT_EQ(tree.GetCount(), count);
+        std::set<std::uint32_t> expected(values.begin(), values.end());
+        EXPECT_EQ(Found(tree, ViewVolume(all)), expected);
+        for (std::size_t i = 0; i < count; ++i)
+        {
+            EXPECT_EQ(std::memcmp(&tree.GetBox(entries[i]), &boxes[i], sizeof(WorldBox)), 0);
+            if (i % 3 == 0)
+            {
+                tree.Move(entries[i], AnyBox(dice));
+            }
+            else if (i % 3 == 1)
+            {
+                tree.Remove(entries[i]);
+                expected.erase(values[i]);
+            }
+        }
+        tree.Insert(AnyBox(dice), 5);
+        expected.insert(5);
+        EXPECT_EQ(Found(tree, ViewVolume(all)), expected);
+    }
+}
+
+TEST(CullTree, SearchFindsTheNearestAndLooksAtFew)
+{
+    Dice dice(6);
+    CullTree tree;
+    std::vector<WorldBox> boxes;
+    for (std::uint32_t i = 0; i < 2000; ++i)
+    {
+        boxes.push_back(AnyBox(dice));
+        tree.Insert(boxes.back(), i);
+    }
+    int looks = 0;
+    for (int i = 0; i < 300; ++i)
+    {
+        const Vector from(20.0f * dice.Share() - 10.0f, 20.0f * dice.Share() - 10.0f, 20.0f * dice.Share() - 10.0f);
+        const auto distanceOf = [&](const WorldBox& box) {
+            const auto beyond = [](float low, float high, float at) { return std::max({low - at, at - high, 0.0f}); };
+            return static_cast<double>(std::hypot(beyond(box.low.x, box.high.x, from.x),
+                                                  beyond(box.low.y, box.high.y, from.y),
+                                                  beyond(box.low.z, box.high.z, from.z)));
+        };
+        double expected = 4.0;
+        for (const WorldBox& box : boxes)
+        {
+            expected = std::min(expected, distanceOf(box));
+        }
+        double nearest = 4.0;
+        tree.Search(nearest, distanceOf, [&](std::uint32_t value) {
+            ++looks;
+            nearest = std::min(nearest, distanceOf(boxes[value]));
+            return nearest;
+        });
+        EXPECT_EQ(nearest, expected);
+    }
+    EXPECT_LT(looks, 300 * 10);
 }
 
 TEST(ViewVolume, APartOfThePictureSeesWhatLiesInIt)
