@@ -60,7 +60,8 @@ private:
         isClipped = data.clippingPlaneEnabled;
         indexOffset = static_cast<std::uint32_t>(data.indexOffset);
         constexpr std::int64_t most = std::numeric_limits<int>::max();
-        indexCount = data.spareVertices < 0 ? 0u : static_cast<std::uint32_t>(std::min(data.indexCount, most)) & 0x7FFFFFFFu;
+        const std::int64_t count = data.spareVertices < 0 ? 0 : std::min(data.indexCount, most);
+        indexCount = static_cast<std::uint32_t>(count) & static_cast<std::uint32_t>(most);
     }
 };
 
