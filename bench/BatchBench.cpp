@@ -501,9 +501,13 @@ int main(int argc, char** argv)
     KeepHeap();
     const std::vector<std::string> words(argv + 1, argv + argc);
     BatchBench bench(words.empty() ? kPatches : std::atoi(words[0].c_str()));
-    if (words.size() == 4 && words[1] == "--times")
+    if (words.size() >= 4 && words[1] == "--times")
     {
-        bench.Repeat(words[3], std::atoi(words[2].c_str()));
+        for (std::size_t i = 3; i + 1 < words.size(); ++i)
+        {
+            bench.Repeat(words[i], 1);
+        }
+        bench.Repeat(words.back(), std::atoi(words[2].c_str()));
         return 0;
     }
     const std::vector<std::string> parts =

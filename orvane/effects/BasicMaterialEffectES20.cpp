@@ -112,27 +112,10 @@ void PointAttribute(unsigned int attribute, int components, int stride, int offs
                           reinterpret_cast<const void*>(static_cast<std::intptr_t>(offset)));
 }
 
-/// As BindStreams, with the arrays enabled.
-void PointStreams(const MeshES20& data, bool normals, bool texture)
+/// An offset from the position on as one into the buffer; negative where there is none.
+int BehindPosition(int positionOffset, int offset)
 {
-    PointAttribute(AttributePosition, 3, data.stride, data.positionOffset);
-    if (normals)
-    {
-        PointAttribute(AttributeNormal, 3, data.stride, data.normalOffset);
-    }
-    if (texture)
-    {
-        PointAttribute(AttributeTexture, 2, data.stride, data.textureOffset);
-    }
-}
-
-/// Whether the second mesh is drawn as the first was but for where it begins.
-bool IsOfLayout(const MeshES20& first, const MeshES20& second)
-{
-    return second.vertexBufferId == first.vertexBufferId && second.stride == first.stride &&
-           second.clippingPlaneEnabled == first.clippingPlaneEnabled &&
-           (second.normalOffset < 0) == (first.normalOffset < 0) &&
-           (second.textureOffset < 0) == (first.textureOffset < 0);
+    return offset < 0 ? -1 : positionOffset + offset;
 }
 
 } // namespace
@@ -247,17 +230,16 @@ void BasicMaterialEffectES20::Remove()
 
 void BasicMaterialEffectES20::BindMeshAttributes(MeshES20* mesh)
 {
-    BindStreams(mesh);
+    BindStreams(mesh->GetStride(), mesh->GetPositionOffset(), mesh->GetNormalOffset(), mesh->GetTextureOffset());
     Set(UniformIsShowFaceSides, ShowsFaceSides(mesh) ? 1 : 0);
 }
 
-void BasicMaterialEffectES20::BindStreams(MeshES20* mesh)
+void BasicMaterialEffectES20::BindStreams(int stride, int positionOffset, int normalOffset, int textureOffset)
 {
-    const int stride = mesh->GetStride();
-    EnableAttribute(AttributePosition, 3, stride, mesh->GetPositionOffset());
+    EnableAttribute(AttributePosition, 3, stride, positionOffset);
     if (lit)
     {
-        hasNormals = EnableStream(AttributeNormal, 3, stride, mesh->GetNormalOffset());
+        hasNormals = EnableStream(AttributeNormal, 3, stride, normalOffset);
         if (!hasNormals)
         {
             Set(UniformEnableLight, 0);
@@ -265,17 +247,22 @@ void BasicMaterialEffectES20::BindStreams(MeshES20* mesh)
     }
     if (HasAttribute(AttributeTexture))
     {
-        EnableStream(AttributeTexture, 2, stride, mesh->GetTextureOffset());
+        EnableStream(AttributeTexture, 2, stride, textureOffset);
     }
 }
 
 void BasicMaterialEffectES20::ReleaseMeshAttributes(MeshES20* mesh)
 {
+    ReleaseStreams(mesh->GetNormalOffset(), mesh->GetTextureOffset());
+}
+
+void BasicMaterialEffectES20::ReleaseStreams(int normalOffset, int textureOffset)
+{
     if (HasAttribute(AttributeTexture))
     {
-        DisableStream(AttributeTexture, mesh->GetTextureOffset());
+        DisableStream(AttributeTexture, textureOffset);
     }
-    if (lit && !DisableStream(AttributeNormal, mesh->GetNormalOffset()))
+    if (lit && !DisableStream(AttributeNormal, normalOffset))
     {
         Set(UniformEnableLight, 1);
     }
@@ -306,7 +293,7 @@ void BasicMaterialEffectES20::BindMeshUniforms(MeshNode* node)
     Set(UniformPocheColorEnabled, s_pocheColorEnabled ? 1 : 0);
 }
 
-void BasicMaterialEffectES20::DrawPlain(const detail::PlainDraw* draw, const detail::PlainDraw* end)
+void BasicMaterialEffectES20::DrawPlain(detail::PlainDraw* draw, detail::PlainDraw* end)
 {
     // The first was asked for with its material.
     for (std::ptrdiff_t i = 1; i < std::min(kAhead, end - draw); ++i)
@@ -320,15 +307,32 @@ void BasicMaterialEffectES20::DrawPlain(const detail::PlainDraw* draw, const det
     }
 }
 
-const detail::PlainDraw* BasicMaterialEffectES20::DrawBuffer(const detail::PlainDraw* draw,
-                                                             const detail::PlainDraw* end)
+const BasicMaterialEffectES20::BufferLayout& BasicMaterialEffectES20::LayoutOf(const detail::PlainDraw& draw)
 {
-    MeshES20* const first = draw->data;
-    MeshES20::ApplyBuffer(first->vertexBufferId, first->indexBufferId);
+    if (m_layout.vertexBuffer != draw.vertexBuffer || m_layout.listing != MeshES20::GetListingRevision())
+    {
+        const MeshES20& data = draw.Data();
+        const auto fromPosition = [&](int offset) { return offset < 0 ? -1 : offset - data.positionOffset; };
+        m_layout = {data.vertexBufferId,
+                    data.indexBufferId,
+                    data.stride,
+                    fromPosition(data.normalOffset),
+                    fromPosition(data.textureOffset),
+                    MeshES20::GetListingRevision()};
+    }
+    return m_layout;
+}
+
+detail::PlainDraw* BasicMaterialEffectES20::DrawBuffer(detail::PlainDraw* draw, detail::PlainDraw* end)
+{
+    const detail::PlainDraw& first = *draw;
+    const BufferLayout& layout = LayoutOf(first);
+    MeshES20::ApplyBuffer(layout.vertexBuffer, layout.indexBuffer);
     OV_GL_CHECKPOINT();
-    clipPlanesActive = first->clippingPlaneEnabled;
+    clipPlanesActive = first.isClipped != 0;
     // As BindMeshAttributes for a mesh without flags, which is not looked at.
-    BindStreams(first);
+    BindStreams(layout.stride, first.positionOffset, BehindPosition(first.positionOffset, layout.normalOffset),
+                BehindPosition(first.positionOffset, layout.textureOffset));
     Set(UniformIsShowFaceSides, 0);
     DisableSpareAttributes();
     OV_GL_CHECKPOINT();
@@ -338,7 +342,7 @@ const detail::PlainDraw* BasicMaterialEffectES20::DrawBuffer(const detail::Plain
     // drawn since Apply, nothing is known of the program.
     const bool canRepeat = (isShaded || !lit) && !Has(UniformNumClipPlanes) &&
                            detail::RepeatedUniform::AreFollowed(m_current);
-    const bool hasTexture = HasAttribute(AttributeTexture) && first->textureOffset >= 0;
+    const bool hasTexture = HasAttribute(AttributeTexture) && layout.textureOffset >= 0;
     bool isFirstNode = true;
     // Not made for a mesh that is alone.
     std::optional<NodeUniforms> uniforms;
@@ -349,7 +353,7 @@ const detail::PlainDraw* BasicMaterialEffectES20::DrawBuffer(const detail::Plain
             detail::Prefetch(draw[kAhead]);
         }
         MeshNode& node = *draw->node;
-        const int count = detail::DrawnIndexCount(*draw->data, *draw->geometry);
+        const int count = draw->DrawnIndexCount();
         if (count != 0 && detail::IsDrawn(node, false))
         {
             if (isFirstNode)
@@ -369,17 +373,27 @@ const detail::PlainDraw* BasicMaterialEffectES20::DrawBuffer(const detail::Plain
                     m_mirrorLeft = uniforms->SendShading(node);
                 }
             }
-            glDrawElements(GL_TRIANGLES, count, GL_UNSIGNED_SHORT, detail::FirstIndex(*draw->data));
+            glDrawElements(GL_TRIANGLES, count, GL_UNSIGNED_SHORT, draw->FirstIndex());
         }
         ++draw;
-        if (!canRepeat || draw == end || !draw->HasVertices() || !IsOfLayout(*first, *draw->data))
+        if (!canRepeat || draw == end || !draw->HasVertices() ||
+            draw->vertexBuffer != first.vertexBuffer || draw->isClipped != first.isClipped)
         {
             break;
         }
         ClearLeftovers();
-        PointStreams(*draw->data, isShaded, hasTexture);
+        // As BindStreams, with the arrays enabled.
+        PointAttribute(AttributePosition, 3, layout.stride, draw->positionOffset);
+        if (isShaded)
+        {
+            PointAttribute(AttributeNormal, 3, layout.stride, draw->positionOffset + layout.normalOffset);
+        }
+        if (hasTexture)
+        {
+            PointAttribute(AttributeTexture, 2, layout.stride, draw->positionOffset + layout.textureOffset);
+        }
     }
-    BasicMaterialEffectES20::ReleaseMeshAttributes(first);
+    ReleaseStreams(layout.normalOffset, layout.textureOffset);
     return draw;
 }
 

@@ -32,7 +32,7 @@ public:
     ///
     /// Between Apply and Remove, and on an effect of this very class: a derived one is asked for each
     /// mesh.
-    void DrawPlain(const detail::PlainDraw* draws, const detail::PlainDraw* end);
+    void DrawPlain(detail::PlainDraw* draws, detail::PlainDraw* end);
 
 protected:
     /// Apply turned blending on.
@@ -49,13 +49,29 @@ protected:
 private:
     class NodeUniforms;
 
+    /// How the meshes of a buffer lie in it, which is the same for all.
+    struct BufferLayout
+    {
+        unsigned int vertexBuffer = 0;
+        unsigned int indexBuffer = 0;
+        int stride = 0;
+        int normalOffset = -1; ///< from the position on; negative where there are none
+        int textureOffset = -1;
+        std::uint64_t listing = 0; ///< of MeshES20, under which it holds
+    };
+
     void SetColors(Material* material);
     void ClearLeftovers();
-    void BindStreams(MeshES20* mesh);
+    void BindStreams(int stride, int positionOffset, int normalOffset, int textureOffset);
+    void ReleaseStreams(int normalOffset, int textureOffset);
+
+    const BufferLayout& LayoutOf(const detail::PlainDraw& draw);
 
     /// Draws the first, and those after it that lie in the same buffer.
     /// @return the first that does not.
-    const detail::PlainDraw* DrawBuffer(const detail::PlainDraw* draw, const detail::PlainDraw* end);
+    detail::PlainDraw* DrawBuffer(detail::PlainDraw* draw, detail::PlainDraw* end);
+
+    BufferLayout m_layout; ///< of the buffer that was drawn from last
 
     // What the lit nodes of a mesh left in the program.
     bool m_clipPlanesLeft = false;

@@ -64,15 +64,6 @@ bool IsNodeMaterial(Material& material)
     return material.HasType(NodeTypeNodeMaterial);
 }
 
-detail::PlainDraw DrawOf(Mesh* mesh, MeshES20* data)
-{
-    const PointerSpan<MeshNode> nodes = mesh->EachNode();
-    // A class of the host's may change without a word what it has inherited.
-    const bool isPlain = typeid(*mesh) == typeid(Mesh) && typeid(*data) == typeid(MeshES20) &&
-                         data->mesh == mesh && nodes.size() == 1 && mesh->GetFlags() == 0;
-    return {mesh, data, mesh->GetRawMesh().get(), isPlain ? nodes.front() : nullptr};
-}
-
 /// Null for what is none, as a host may have put into the slot. The cast, which searches the
 /// classes, is for what derives.
 MeshES20* AsMeshData(Object* data)
@@ -273,7 +264,7 @@ void MaterialES20::ListMesh(Mesh* mesh, bool clippingPlane)
         // What is new stands in no other list.
         meshData->clippingPlaneEnabled = clippingPlane;
     }
-    m_list.items.push_back(DrawOf(mesh, meshData));
+    m_list.items.push_back(detail::PlainDrawOf(mesh, meshData));
     m_list.arePlain = m_list.arePlain && m_list.items.back().node;
 }
 

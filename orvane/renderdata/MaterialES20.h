@@ -107,12 +107,8 @@ public:
     EffectCache* effectCache = nullptr; ///< not owned; null once it is gone
     EffectES20* currentEffect = nullptr; ///< of the running Apply; null outside one
     unsigned int textureId = 0;
-    unsigned int normalMapId = 0;
-    unsigned int opacityMapId = 0;
     float uScale = 1.0f;
     float vScale = 1.0f;
-    float materialUScale = 1.0f; ///< the material's own scale alone; the packer reads it
-    float materialVScale = 1.0f;
 
 private:
     friend class detail::PlainDraws;
@@ -134,6 +130,10 @@ private:
 public:
     /// By RenderPass, one counted reference each. All are MaterialEffectES20.
     EffectES20* passEffects[kRenderPassCount] = {};
+    unsigned int normalMapId = 0;
+    unsigned int opacityMapId = 0;
+    float materialUScale = 1.0f; ///< the material's own scale alone; the packer reads it
+    float materialVScale = 1.0f;
     TextureLoaderPtr textureLoader; ///< not owned; reads null once it is gone
 
 protected:

@@ -57,6 +57,9 @@ public:
 
     Mesh* GetMesh() const { return mesh; }
 
+    /// Whether DrawAsBase was called.
+    bool DrawsAsBase() const { return m_drawsAsBase; }
+
     /// Whether the clip planes cut this mesh.
     void EnableClippingPlane(bool enable)
     {
@@ -106,11 +109,19 @@ public:
     int spareVertices = 0;
     bool clippingPlaneEnabled = false;
 
+private:
+    bool m_drawsAsBase = false;
+
+public:
     /// Placed this mesh; reads null once it is gone, and the next frame replaces this object.
     SharedBufferPoolPtr pool;
     SharedBuffer* sharedBuffer = nullptr; ///< null for a mesh that had no vertices
 
 protected:
+    /// Said at construction by a class that has no Render of its own: its meshes may then be drawn with others
+    /// in one loop, without a call of it.
+    void DrawAsBase() { m_drawsAsBase = true; }
+
     /// Whether a node of the list given to Render is drawn: visible, ready, and not left to a
     /// render item that names it.
     static bool IsDrawn(const MeshNode& node, bool specificNode);

@@ -12,7 +12,7 @@ class MeshStyleES20;
 /// Good for the frame that listed it: nothing in the scene may die between the two.
 struct RenderItemES20
 {
-    Mesh* mesh = nullptr;
+    Mesh* mesh = nullptr; ///< null for all that the style lists, see Renderer20::PrepareWholeMaterial
     MeshStyleES20* style = nullptr;
 
     /// True: the mesh is drawn at node alone. False: at all its nodes, and node is null.

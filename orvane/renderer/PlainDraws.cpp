@@ -5,6 +5,7 @@
 #include "orvane/renderdata/RenderItemES20.h"
 #include "orvane/renderdata/detail/PlainDraw.h"
 #include "orvane/scene/Material.h"
+#include "orvane/scene/Mesh.h"
 
 #include <typeinfo>
 #include <vector>
@@ -15,6 +16,7 @@ namespace OV::detail
 void PlainDraws::Begin(MeshStyleES20* style, RenderPass pass)
 {
     m_material = nullptr;
+    m_followsList = false;
     m_place = 0;
     // A class of the host's may draw in another way.
     if (!style || typeid(*style) != typeid(MaterialES20))
@@ -25,23 +27,24 @@ void PlainDraws::Begin(MeshStyleES20* style, RenderPass pass)
     EffectES20* const effect = material->GetShader(pass);
     constexpr unsigned int special = MaterialFlagAlwaysPass | MaterialFlagPoints;
     if (effect && typeid(*effect) == typeid(BasicMaterialEffectES20) && material->currentEffect == effect &&
-        material->ListHolds() && (material->material->GetFlags() & special) == 0)
+        (material->material->GetFlags() & special) == 0)
     {
         m_material = material;
         m_effect = static_cast<BasicMaterialEffectES20*>(effect);
+        m_followsList = material->ListHolds();
     }
 }
 
 std::size_t PlainDraws::Draw(const RenderItemES20* items, const RenderItemES20* end)
 {
-    if (!m_material || !m_material->ListHolds())
+    if (!m_followsList || !m_material->ListHolds())
     {
         return 0;
     }
-    const std::vector<PlainDraw>& list = m_material->m_list.items;
-    const PlainDraw* const first = list.data() + m_place;
-    const PlainDraw* const last = list.data() + list.size();
-    const PlainDraw* draw = first;
+    std::vector<PlainDraw>& list = m_material->m_list.items;
+    PlainDraw* const first = list.data() + m_place;
+    PlainDraw* const last = list.data() + list.size();
+    PlainDraw* draw = first;
     const RenderItemES20* item = items;
     while (draw != last && draw->node && item != end && item->mesh == draw->mesh && item->style == m_material &&
            !item->specificNode)
@@ -52,14 +55,47 @@ std::size_t PlainDraws::Draw(const RenderItemES20* items, const RenderItemES20* 
     if (draw == first)
     {
         // Where the item is the next of the list after all, those behind it may be drawn from it.
-        const bool isListed = draw != last && item->mesh == draw->mesh && !item->specificNode;
-        m_place += isListed ? 1 : 0;
-        m_material = isListed ? m_material : nullptr;
+        m_followsList = draw != last && item->mesh == draw->mesh && !item->specificNode;
+        m_place += m_followsList ? 1 : 0;
         return 0;
     }
+    Flush();
     m_place += static_cast<std::size_t>(draw - first);
     m_effect->DrawPlain(first, draw);
     return static_cast<std::size_t>(draw - first);
+}
+
+bool PlainDraws::Take(const RenderItemES20& item)
+{
+    if (!m_material || item.specificNode || item.mesh->GetMaterial() != m_material->material ||
+        item.mesh->UsingDrawID())
+    {
+        return false;
+    }
+    // Only Prepare puts a mesh on the list, and it has seen to the render data.
+    auto* const data = static_cast<MeshES20*>(item.mesh->GetRenderData());
+    if (!data)
+    {
+        return false;
+    }
+    const PlainDraw draw = PlainDrawOf(item.mesh, data);
+    if (!draw.node)
+    {
+        return false;
+    }
+    m_taken[m_takenCount++] = draw;
+    if (m_takenCount == kMostTaken)
+    {
+        DrawTaken();
+    }
+    return true;
+}
+
+void PlainDraws::DrawTaken()
+{
+    const std::size_t count = m_takenCount;
+    m_takenCount = 0;
+    m_effect->DrawPlain(m_taken, m_taken + count);
 }
 
 bool PlainDraws::DrawAll()
@@ -68,7 +104,7 @@ bool PlainDraws::DrawAll()
     {
         return false;
     }
-    const std::vector<PlainDraw>& list = m_material->m_list.items;
+    std::vector<PlainDraw>& list = m_material->m_list.items;
     m_effect->DrawPlain(list.data(), list.data() + list.size());
     return true;
 }

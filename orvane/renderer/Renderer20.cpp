@@ -253,14 +253,14 @@ void Renderer20::Render3D(Scene* scene, CameraNode* camera)
     glBlendEquation(GL_FUNC_ADD);
 
     Detail::BorrowedVector<RenderItemES20> items(m_items);
-    PrepareWhole(scene->GetOptimizedMaterials(), cameraData, *items);
+    PrepareWholeMaterials(scene->GetOptimizedMaterials(), cameraData, *items, false);
     if (!walk.IsGone(scene))
     {
         PrepareLineStyles(scene->GetLineStyles(), cameraData, *items, false);
     }
     if (!walk.IsGone(scene))
     {
-        PrepareWhole(scene->GetAlphaMaterials(), cameraData, *items);
+        PrepareWholeMaterials(scene->GetAlphaMaterials(), cameraData, *items, false);
     }
     DrawItems(cameraData, *items);
 }
@@ -336,14 +336,22 @@ void Renderer20::PrepareBy(Material* material, Prepare prepare)
     }
 }
 
-void Renderer20::PrepareWhole(const std::vector<Material*>& materials, CameraNodeES20* cameraData,
-                              std::vector<RenderItemES20>& items)
+void Renderer20::PrepareWholeMaterial(Material* material, CameraNodeES20* cameraData,
+                                      std::vector<RenderItemES20>& items, bool clippingPlane)
 {
-    ForEachLiving(materials, m_materials,
-                  [&](Material* material)
-                  {
-                      PrepareBy(material, [&](MaterialES20& data) { data.PrepareWhole(cameraData, items, false); });
-                  });
+    PrepareBy(material, [&](MaterialES20& data) { data.PrepareWhole(cameraData, items, clippingPlane); });
+}
+
+void Renderer20::PrepareWholeMaterials(const std::vector<Material*>& materials, CameraNodeES20* cameraData,
+                                       std::vector<RenderItemES20>& items, bool clippingPlane)
+{
+    ForEachLiving(materials, m_materials, [&](Material* material)
+                  { PrepareWholeMaterial(material, cameraData, items, clippingPlane); });
+}
+
+void Renderer20::ListMeshes(const RenderItemES20& whole, std::vector<RenderItemES20>& items)
+{
+    static_cast<MaterialES20*>(whole.style)->ListMeshes(items);
 }
 
 void Renderer20::PrepareOptimizedMaterial(Material* material, CameraNodeES20* cameraData,

@@ -168,6 +168,16 @@ protected:
     void PrepareOptimizedMaterials(const std::vector<Material*>& materials, CameraNodeES20* cameraData,
                                    std::vector<RenderItemES20>& items, bool clippingPlane);
 
+    /// The two for lists that RenderItemList reads: where all meshes of a material are drawn in the simplest
+    /// way, one item without a mesh stands for them. GL.
+    void PrepareWholeMaterial(Material* material, CameraNodeES20* cameraData, std::vector<RenderItemES20>& items,
+                              bool clippingPlane);
+    void PrepareWholeMaterials(const std::vector<Material*>& materials, CameraNodeES20* cameraData,
+                               std::vector<RenderItemES20>& items, bool clippingPlane);
+
+    /// Lists the meshes that an item without a mesh, of a frame that is being drawn, stands for.
+    static void ListMeshes(const RenderItemES20& whole, std::vector<RenderItemES20>& items);
+
     /// PrepareLineStyle for what the list holds now, likewise. GL.
     void PrepareLineStyles(const std::vector<LineStyle*>& lineStyles, CameraNodeES20* cameraData,
                            std::vector<RenderItemES20>& items, bool clippingPlane);
@@ -227,11 +237,6 @@ protected:
 
 private:
     MaterialES20* MaterialDataOf(Material& material);
-
-    /// PrepareOptimizedMaterials for lists that RenderItemList alone reads: an item without a mesh
-    /// stands for all that its style lists.
-    void PrepareWhole(const std::vector<Material*>& materials, CameraNodeES20* cameraData,
-                      std::vector<RenderItemES20>& items);
 
     /// Does something with the render data of a material, if it is ready.
     template <class Prepare>

@@ -29,7 +29,7 @@ constexpr std::size_t kForItsParts = 16;
 constexpr std::size_t kForDataAndNode = 8;
 
 /// How far into a style's render data drawing reads, and into a material.
-constexpr std::size_t kStyleLines = 4;
+constexpr std::size_t kStyleLines = 3;
 constexpr std::size_t kMaterialLines = 3;
 
 /// The node that an item draws first, or null.
@@ -98,6 +98,7 @@ void Renderer20::RenderItemList(CameraNodeES20* cameraData, std::vector<RenderIt
         }
         if (item.style != current)
         {
+            plain.Flush();
             if (current)
             {
                 current->Remove();
@@ -108,6 +109,7 @@ void Renderer20::RenderItemList(CameraNodeES20* cameraData, std::vector<RenderIt
         }
         if (!item.mesh)
         {
+            plain.Flush();
             if (walk.HasLosses() || !plain.DrawAll())
             {
                 DrawWhole(static_cast<MaterialES20&>(*current), pass, walk, *singleNode);
@@ -121,9 +123,15 @@ void Renderer20::RenderItemList(CameraNodeES20* cameraData, std::vector<RenderIt
                 i += drawn - 1;
                 continue;
             }
+            if (plain.Take(item))
+            {
+                continue;
+            }
         }
+        plain.Flush();
         DrawItem(item, pass, walk, *singleNode);
     }
+    plain.Flush();
     if (current)
     {
         current->Remove();
@@ -144,7 +152,7 @@ void Renderer20::PrefetchAhead(const RenderItemES20* items)
     {
         const auto& material = static_cast<const MaterialES20&>(*forParts.style);
         detail::PrefetchLines<kMaterialLines>(material.material);
-        detail::PrefetchBegin(material.m_list.items.data());
+        detail::PrefetchHead(material.m_list.items.data());
     }
     const RenderItemES20& forData = items[kForDataAndNode];
     if (forData.mesh)
@@ -187,10 +195,17 @@ void Renderer20::DrawItem(const RenderItemES20& item, RenderPass pass, const det
 void Renderer20::DrawWhole(MaterialES20& material, RenderPass pass, const detail::Walk& walk,
                            std::vector<MeshNode*>& singleNode)
 {
+    const std::vector<detail::PlainDraw>& list = material.m_list.items;
     // A frame within this one, of a host's effect, may list anew.
-    for (std::size_t i = 0; i < material.m_list.items.size(); ++i)
+    for (std::size_t i = 0; i < list.size(); ++i)
     {
-        DrawItem({material.m_list.items[i].mesh, &material, false, nullptr}, pass, walk, singleNode);
+        if (i + kForDataAndNode < list.size() && !walk.HasLosses())
+        {
+            const detail::PlainDraw& ahead = list[i + kForDataAndNode];
+            detail::PrefetchHead(ahead.mesh);
+            detail::Prefetch(ahead);
+        }
+        DrawItem({list[i].mesh, &material, false, nullptr}, pass, walk, singleNode);
     }
 }
 

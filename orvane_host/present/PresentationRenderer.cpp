@@ -507,7 +507,15 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
         m_lister->Clear();
         return;
     }
+    if (NeedsMeshes())
+    {
+        m_lister->ListMeshes();
+    }
     GatherNeeds(frame);
+    if (frame.needs.Any())
+    {
+        m_lister->ListMeshes();
+    }
     bufferPool.GenerateVBOs();
     if (frame.served)
     {
@@ -533,6 +541,12 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
     }
     MeshES20::ResetBufferCache();
     m_lister->Clear();
+}
+
+/// Whether what is drawn looks at each mesh, whatever the needs of the frame.
+bool PresentationRenderer::NeedsMeshes() const
+{
+    return m_castsShadows || m_surfaces->NeedsMeshes() || std::any_of(m_stages.begin(), m_stages.end(), IsOutside);
 }
 
 void PresentationRenderer::GatherNeeds(PresentationFrame& frame)
@@ -618,6 +632,7 @@ void PresentationRenderer::DrawSurfaces(Scene& scene, CameraNode& camera, Materi
     {
         m_lister->List(frame, m_surfaces->AreLinesShown());
     }
+    m_lister->ListMeshes();
     m_lister->ListSurfaces(true);
     const std::vector<RenderItemES20>& surfaces = frame.items.surfaces;
     drawIds.Keep(surfaces);

@@ -274,6 +274,7 @@ private:
 
     PixelSize TargetSize() const;
     void LayCapture();
+    bool NeedsMeshes() const;
     void GatherNeeds(PresentationFrame& frame);
     static void AskTarget(PresentationFrame& frame);
     void BeginScene() const;

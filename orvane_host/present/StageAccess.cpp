@@ -108,6 +108,23 @@ void StageAccess::List(const std::vector<LineStyle*>& styles, CameraNodeES20& ca
     m_renderer.PrepareLineStyles(styles, &cameraData, items, clipped);
 }
 
+void StageAccess::ListWhole(Material& material, CameraNodeES20& cameraData, std::vector<RenderItemES20>& items,
+                            bool clipped)
+{
+    m_renderer.PrepareWholeMaterial(&material, &cameraData, items, clipped);
+}
+
+void StageAccess::ListWhole(const std::vector<Material*>& materials, CameraNodeES20& cameraData,
+                            std::vector<RenderItemES20>& items, bool clipped)
+{
+    m_renderer.PrepareWholeMaterials(materials, &cameraData, items, clipped);
+}
+
+void StageAccess::ListMeshes(const RenderItemES20& whole, std::vector<RenderItemES20>& items)
+{
+    SceneRenderer::ListMeshes(whole, items);
+}
+
 void StageAccess::List(Mesh& mesh, MeshNode& node, CameraNodeES20& cameraData, std::vector<RenderItemES20>& items)
 {
     AlphaMeshNode entry{};

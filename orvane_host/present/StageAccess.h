@@ -53,6 +53,15 @@ public:
     void List(const std::vector<LineStyle*>& styles, CameraNodeES20& cameraData, std::vector<RenderItemES20>& items,
               bool clipped);
 
+    /// The same, where one item without a mesh may stand for all that a material lists, as far as it is drawn
+    /// in the simplest way. Nothing but drawing knows such items.
+    void ListWhole(Material& material, CameraNodeES20& cameraData, std::vector<RenderItemES20>& items, bool clipped);
+    void ListWhole(const std::vector<Material*>& materials, CameraNodeES20& cameraData,
+                   std::vector<RenderItemES20>& items, bool clipped);
+
+    /// Lists the meshes that such an item stands for, in the frame that has listed it.
+    static void ListMeshes(const RenderItemES20& whole, std::vector<RenderItemES20>& items);
+
     /// Lists a mesh at a node, whatever the clip planes, if its material is ready, giving the material
     /// and the mesh render data at need. The mesh needs no scene, and need not be among those that
     /// its material knows. GL.

@@ -152,6 +152,27 @@ private:
     OpenRenderer20& m_renderer;
 };
 
+/// Render data that counts how often it is asked to draw.
+class CountingData : public MeshES20
+{
+public:
+    CountingData(Mesh* mesh, OpenRenderer20& drawnBy, bool drawsAsBase) : MeshES20(mesh, &drawnBy.bufferPool)
+    {
+        if (drawsAsBase)
+        {
+            DrawAsBase();
+        }
+    }
+
+    void Render(EffectES20* effect, const std::vector<MeshNode*>& nodes, bool specificNode) override
+    {
+        ++renders;
+        MeshES20::Render(effect, nodes, specificNode);
+    }
+
+    int renders = 0;
+};
+
 struct Change
 {
     const char* label;
@@ -300,6 +321,128 @@ TEST(PlainDraws, ItemsMayBeLeftOutRepeatedAndReordered)
             EXPECT_EQ(stage.recorder.All("glDrawElements").size(), order.size());
         }
     }
+}
+
+// Whoever lists meshes by other means, or some of them, has no list of a material to draw by.
+TEST(PlainDraws, ItemsOfNoListAreDrawnWithTheSameCalls)
+{
+    const std::vector<std::vector<int>> orders = {{0, 1, 2}, {0, 2}, {2}, {2, 1, 0}, {1, 1, 2}, {3, 0, 1}, {}};
+    for (const Kind& kind : kKinds)
+    {
+        for (const std::vector<int>& order : orders)
+        {
+            const auto callsBy = [&](const MakeMesh& make)
+            {
+                Stage stage(make, kind);
+                stage.Frame();
+                // Render data that are gone end all lists.
+                stage.meshes[3]->Suspend();
+                stage.nodes[1]->SetFlags(order.size() == 2 ? NodeFlagHidden : NodeFlagNoHitTest, false);
+                auto* const style = static_cast<MaterialES20*>(stage.material->GetRenderData());
+                auto* const camera = static_cast<CameraNodeES20*>(stage.scene.GetCameraNode()->GetRenderData());
+                std::vector<RenderItemES20> items;
+                for (const int index : order)
+                {
+                    items.push_back({stage.meshes[static_cast<std::size_t>(index)], style, false, nullptr});
+                }
+                stage.recorder.Clear();
+                stage.renderer.RenderItemList(camera, items, RenderPassDefault);
+                std::vector<std::string> calls;
+                for (const GLCall& call : stage.recorder.Calls())
+                {
+                    calls.push_back(call.ToString());
+                }
+                return calls;
+            };
+            EXPECT_EQ(callsBy(MakeOwn), callsBy(MakeHosts)) << kind.label << ", " << order.size() << " items";
+        }
+    }
+}
+
+TEST(PlainDraws, MoreItemsOfNoListThanAreDrawnAtOnce)
+{
+    const auto callsBy = [](const MakeMesh& make)
+    {
+        Stage stage(make, kKinds[0]);
+        for (int i = 0; i < 200; ++i)
+        {
+            stage.AddMesh(*stage.material);
+        }
+        stage.Frame();
+        stage.meshes[3]->Suspend();
+        auto* const style = static_cast<MaterialES20*>(stage.material->GetRenderData());
+        auto* const camera = static_cast<CameraNodeES20*>(stage.scene.GetCameraNode()->GetRenderData());
+        std::vector<RenderItemES20> items;
+        for (Mesh* const mesh : stage.material->EachMesh())
+        {
+            items.push_back({mesh, style, false, nullptr});
+        }
+        stage.recorder.Clear();
+        stage.renderer.RenderItemList(camera, items, RenderPassDefault);
+        EXPECT_EQ(stage.recorder.All("glDrawElements").size(), items.size());
+        std::vector<std::string> calls;
+        for (const GLCall& call : stage.recorder.Calls())
+        {
+            calls.push_back(call.ToString());
+        }
+        return calls;
+    };
+    EXPECT_EQ(callsBy(MakeOwn), callsBy(MakeHosts));
+}
+
+TEST(PlainDraws, DataThatSayTheyDrawAsTheBaseAreDrawnWithTheOthers)
+{
+    for (const bool saysSo : {true, false})
+    {
+        Stage stage(MakeOwn, kKinds[0]);
+        stage.Frame();
+        const std::vector<std::string> before = stage.Frame();
+        auto* const data = new CountingData(stage.meshes[1], stage.renderer, saysSo);
+        stage.meshes[1]->SetRenderData(data, true);
+        stage.Frame();
+        EXPECT_EQ(stage.Frame().size(), before.size() + 4) << "its buffer is another one";
+        EXPECT_EQ(data->renders, saysSo ? 0 : 2);
+        // Likewise where there is no list.
+        stage.meshes[3]->Suspend();
+        auto* const style = static_cast<MaterialES20*>(stage.material->GetRenderData());
+        auto* const camera = static_cast<CameraNodeES20*>(stage.scene.GetCameraNode()->GetRenderData());
+        stage.recorder.Clear();
+        stage.renderer.RenderItemList(camera, {{stage.meshes[1], style, false, nullptr}}, RenderPassDefault);
+        EXPECT_EQ(stage.recorder.All("glDrawElements").size(), 1u);
+        EXPECT_EQ(data->renders, saysSo ? 0 : 3);
+    }
+}
+
+TEST(PlainDraws, AWholeMaterialIsOneItemAndItsMeshesCanBeListed)
+{
+    Stage stage(MakeOwn, kKinds[0]);
+    stage.Frame();
+    auto* const camera = static_cast<CameraNodeES20*>(stage.scene.GetCameraNode()->GetRenderData());
+    std::vector<RenderItemES20> whole;
+    stage.renderer.PrepareWholeMaterials({stage.material, stage.other}, camera, whole, true);
+    ASSERT_EQ(whole.size(), 2u);
+    EXPECT_EQ(whole[0].mesh, nullptr);
+    EXPECT_EQ(whole[0].style, stage.material->GetRenderData());
+    EXPECT_EQ(whole[1].style, stage.other->GetRenderData());
+    for (Mesh* const mesh : stage.meshes)
+    {
+        EXPECT_TRUE(static_cast<MeshES20*>(mesh->GetRenderData())->clippingPlaneEnabled);
+    }
+    std::vector<RenderItemES20> items;
+    OpenRenderer20::ListMeshes(whole[0], items);
+    ASSERT_EQ(items.size(), 3u);
+    for (std::size_t i = 0; i < items.size(); ++i)
+    {
+        EXPECT_EQ(items[i].mesh, stage.meshes[i]);
+        EXPECT_EQ(items[i].style, whole[0].style);
+        EXPECT_FALSE(items[i].specificNode);
+    }
+    // Of a material that is not drawn so, each mesh is an item.
+    stage.meshes[1]->SetFlags(MeshFlagNoCull);
+    whole.clear();
+    stage.renderer.PrepareWholeMaterial(stage.material, camera, whole, true);
+    ASSERT_EQ(whole.size(), 3u);
+    EXPECT_EQ(whole[1].mesh, stage.meshes[1]);
 }
 
 } // namespace OV::Test

@@ -25,6 +25,9 @@ public:
     using Renderer20::CreateScreenMesh;
     using Renderer20::PrepareLineStyle;
     using Renderer20::PrepareOptimizedMaterial;
+    using Renderer20::ListMeshes;
+    using Renderer20::PrepareWholeMaterial;
+    using Renderer20::PrepareWholeMaterials;
     using Renderer20::PrepareZOrderedMeshNode;
     using Renderer20::RenderItemList;
     using Renderer20::SetupAntialiasBuffers;

@@ -99,6 +99,7 @@ public:
         MeshES20(shown, bufferPool), BatchMark(owner)
     {
         first = before.HandOver();
+        DrawAsBase();
     }
 };
 

@@ -151,6 +151,7 @@ private:
         const MeshStyleES20* style = nullptr; ///< only to be compared
         TextureFactors factors;
         bool itemsHold = false;
+        bool isWhole = false; ///< the items are all that the material lists, and one may stand for them
     };
 
     /// A mesh at a node. Every thing in a scene has one.
@@ -260,6 +261,9 @@ private:
     void ListGroup(PresentationFrame& frame, Group& group, const ViewVolume& view, float leastShare, bool isAllNeeded,
                    std::vector<RenderItemES20>& all, std::vector<RenderItemES20>& seen);
     void MakeItems(StageAccess& renderer, Group& group, MeshStyleES20& style);
+    bool ListAsWhole(PresentationFrame& frame, Group& group, const ViewVolume& view, float leastShare,
+                     std::vector<RenderItemES20>& all, std::vector<RenderItemES20>& seen);
+    bool IsItemSeen(Group& group, std::size_t item, const ViewVolume& view, float leastShare);
     void ListSeen(Group& group, const ViewVolume& view, float leastShare, std::vector<RenderItemES20>& seen);
     void ListIfSeen(Group& group, std::size_t item, const ViewVolume& view, float leastShare,
                     std::vector<RenderItemES20>& seen);

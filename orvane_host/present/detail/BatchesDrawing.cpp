@@ -291,6 +291,9 @@ void Batches::MakeItems(StageAccess& renderer, Group& group, MeshStyleES20& styl
         }
         i = end;
     }
+    const auto isAtOne = [](const RenderItemES20& item) { return item.specificNode; };
+    group.isWhole = group.itemsHold && group.items.size() == group.material->EachMesh().size() &&
+        std::none_of(group.items.begin(), group.items.end(), isAtOne);
     group.lookDue.assign(group.items.size(), 0);
     group.listing = MeshES20::GetListingRevision();
 }
@@ -380,8 +383,42 @@ void Batches::ListGroup(PresentationFrame& frame, Group& group, const ViewVolume
     {
         MakeItems(frame.renderer, group, *style);
     }
-    all.insert(all.end(), group.items.begin(), group.items.end());
-    ListSeen(group, view, leastShare, seen);
+    if (!ListAsWhole(frame, group, view, leastShare, all, seen))
+    {
+        all.insert(all.end(), group.items.begin(), group.items.end());
+        ListSeen(group, view, leastShare, seen);
+    }
+}
+
+/// Lists one item for all of a material that is drawn mesh by mesh, as where all of it moves.
+/// @return false, with nothing done, where one can't stand for them.
+bool Batches::ListAsWhole(PresentationFrame& frame, Group& group, const ViewVolume& view, float leastShare,
+                          std::vector<RenderItemES20>& all, std::vector<RenderItemES20>& seen)
+{
+    // What gets too small has to leave the picture at once, and would be looked at twice.
+    if (!group.isWhole || leastShare > 0.0f)
+    {
+        return false;
+    }
+    for (std::size_t i = 0; i < group.items.size(); ++i)
+    {
+        if (group.lookDue[i] <= m_frame && !IsItemSeen(group, i, view, leastShare))
+        {
+            return false;
+        }
+    }
+    const std::size_t before = all.size();
+    frame.renderer.ListWhole(*group.material, frame.cameraData, all, true);
+    const bool isOne = all.size() == before + 1 && !all.back().mesh;
+    if (isOne)
+    {
+        seen.push_back(all.back());
+    }
+    else
+    {
+        all.resize(before);
+    }
+    return isOne;
 }
 
 WorldBox Batches::BoxOf(Member& member) const
@@ -441,8 +478,7 @@ void Batches::ListSeen(Group& group, const ViewVolume& view, float leastShare, s
     }
 }
 
-void Batches::ListIfSeen(Group& group, std::size_t item, const ViewVolume& view, float leastShare,
-                         std::vector<RenderItemES20>& seen)
+bool Batches::IsItemSeen(Group& group, std::size_t item, const ViewVolume& view, float leastShare)
 {
     const auto [begin, end] = group.spans[item];
     bool areAllSeen = true;
@@ -458,9 +494,18 @@ void Batches::ListIfSeen(Group& group, std::size_t item, const ViewVolume& view,
         // Not all in the same frame, and neighbours together, which are then copied together.
         constexpr unsigned int half = kSeenFor / 2;
         constexpr std::size_t neighbours = 64;
-        seen.push_back(group.items[item]);
         group.lookDue[item] =
             doesOneMove ? m_frame + half + static_cast<unsigned int>(item / neighbours % (half + 1)) : 0;
+    }
+    return areAllSeen;
+}
+
+void Batches::ListIfSeen(Group& group, std::size_t item, const ViewVolume& view, float leastShare,
+                         std::vector<RenderItemES20>& seen)
+{
+    if (IsItemSeen(group, item, view, leastShare))
+    {
+        seen.push_back(group.items[item]);
     }
     else if (!group.items[item].specificNode)
     {

@@ -7,6 +7,7 @@
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Scene.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <vector>
 
@@ -31,15 +32,15 @@ void ItemLister::List(PresentationFrame& frame, bool withLines)
     std::vector<RenderItemES20>& items = m_items.all;
     items.clear();
     m_items.seen = nullptr;
-    frame.renderer.List(frame.scene.GetOptimizedMaterials(), frame.cameraData, items, true);
+    frame.renderer.ListWhole(frame.scene.GetOptimizedMaterials(), frame.cameraData, items, true);
     m_items.firstLine = items.size();
     if (withLines)
     {
         frame.renderer.List(frame.scene.GetLineStyles(), frame.cameraData, items, true);
     }
     m_items.firstAlpha = items.size();
-    frame.renderer.List(frame.scene.GetAlphaMaterials(), frame.cameraData, items, true);
-    DropGone(frame.renderer, m_items);
+    frame.renderer.ListWhole(frame.scene.GetAlphaMaterials(), frame.cameraData, items, true);
+    DropGone(frame.renderer);
 }
 
 void ItemLister::List(PresentationFrame& frame, bool withLines, Batches& batches, float leastShare, bool isAllNeeded)
@@ -60,9 +61,8 @@ void ItemLister::List(PresentationFrame& frame, bool withLines, Batches& batches
     seen.insert(seen.end(), all.begin() + static_cast<std::ptrdiff_t>(m_items.firstLine), all.end());
     m_seen.firstAlpha = seen.size();
     batches.ListAlpha(frame, leastShare, isAllNeeded, all, seen);
-    DropGone(frame.renderer, m_items);
-    DropGone(frame.renderer, m_seen);
     m_items.seen = &m_seen;
+    DropGone(frame.renderer);
 }
 
 void ItemLister::ListSingly(PresentationFrame& frame, Batches& batches, const ViewVolume& view)
@@ -72,15 +72,64 @@ void ItemLister::ListSingly(PresentationFrame& frame, Batches& batches, const Vi
     batches.ListSingly(frame, view, m_items.all);
     m_items.firstLine = m_items.all.size();
     m_items.firstAlpha = m_items.all.size();
-    DropGone(frame.renderer, m_items);
+    DropGone(frame.renderer);
+}
+
+void ItemLister::ListMeshes()
+{
+    ListMeshes(m_items);
+    if (m_items.seen)
+    {
+        ListMeshes(m_seen);
+    }
+}
+
+void ItemLister::ListMeshes(FrameItems& items)
+{
+    const auto isWhole = [](const RenderItemES20& item) { return !item.mesh; };
+    if (std::none_of(items.all.begin(), items.all.end(), isWhole))
+    {
+        return;
+    }
+    // Behind the others, whose place they take then: a list of their own would keep its room.
+    const std::size_t count = items.all.size();
+    std::size_t firstLine = 0;
+    std::size_t firstAlpha = 0;
+    for (std::size_t i = 0; i <= count; ++i)
+    {
+        firstLine = i == items.firstLine ? items.all.size() - count : firstLine;
+        firstAlpha = i == items.firstAlpha ? items.all.size() - count : firstAlpha;
+        if (i == count)
+        {
+            break;
+        }
+        const RenderItemES20 item = items.all[i];
+        if (isWhole(item))
+        {
+            StageAccess::ListMeshes(item, items.all);
+        }
+        else
+        {
+            items.all.push_back(item);
+        }
+    }
+    items.all.erase(items.all.begin(), items.all.begin() + static_cast<std::ptrdiff_t>(count));
+    items.firstLine = firstLine;
+    items.firstAlpha = firstAlpha;
+}
+
+void ItemLister::DropGone(const StageAccess& renderer)
+{
+    if (renderer.HasLosses())
+    {
+        ListMeshes();
+        DropGone(renderer, m_items);
+        DropGone(renderer, m_seen);
+    }
 }
 
 void ItemLister::DropGone(const StageAccess& renderer, FrameItems& items)
 {
-    if (!renderer.HasLosses())
-    {
-        return;
-    }
     std::size_t kept = 0;
     std::size_t firstLine = 0;
     std::size_t firstAlpha = 0;

@@ -24,7 +24,8 @@ public:
 
     const FrameItems& GetItems() const { return m_items; }
 
-    /// Lists everything, giving what is new its render data. GL.
+    /// Lists everything, giving what is new its render data, and lets items without a mesh stand for materials
+    /// that are drawn in the simplest way, until ListMeshes. GL.
     void List(PresentationFrame& frame, bool withLines);
 
     /// The same with what batches make of it, and besides what the camera sees of it, without what
@@ -35,15 +36,20 @@ public:
     /// Lists surfaces that a view may see, each mesh at each node by itself. GL.
     void ListSingly(PresentationFrame& frame, Batches& batches, const ViewVolume& view);
 
-    /// Lists the surfaces of what is listed that have identifiers.
+    /// Lists one by one what items without a mesh stand for.
+    void ListMeshes();
+
+    /// Lists the surfaces of what is listed that have identifiers, after ListMeshes.
     void ListSurfaces(bool withPoints);
 
     void Clear();
 
 private:
     /// Takes out what a host has deleted that was called while the frame was listed.
+    void DropGone(const StageAccess& renderer);
     static void DropGone(const StageAccess& renderer, FrameItems& items);
     static void ListSurfaces(FrameItems& items, bool withPoints);
+    static void ListMeshes(FrameItems& items);
 
     FrameItems m_items;
     FrameItems m_seen;

@@ -109,7 +109,8 @@ void LineRoom::KeepDrawIDs(const std::vector<RenderItemES20>& items)
 {
     for (const RenderItemES20& item : items)
     {
-        if (item.mesh->UsingDrawID() && item.mesh->ReadyToDraw())
+        // A material that is drawn as a whole has none with draw IDs.
+        if (item.mesh && item.mesh->UsingDrawID() && item.mesh->ReadyToDraw())
         {
             m_meshes.push_back(item.mesh);
         }

@@ -54,6 +54,10 @@ public:
     void ShowSurfaces(bool show) { m_surfacesShown = show; }
     void ShowLines(bool show) { m_linesShown = show; }
     bool AreLinesShown() const { return m_linesShown; }
+
+    /// Whether items of the frame that stand for whole materials can't be drawn: the look asks each mesh for
+    /// colours.
+    bool NeedsMeshes() const { return m_look == Look::Advanced || m_look == Look::Phong; }
     void OverlayLines(bool overlay) { m_linesOverlaid = overlay; }
     void SetSurroundings(std::shared_ptr<const Surroundings> surroundings) { m_surroundings.Set(std::move(surroundings)); }
     void SetGlass(const GlassSettings& glass) { m_glass = glass; }

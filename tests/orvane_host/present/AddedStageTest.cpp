@@ -237,6 +237,30 @@ TEST_F(AddedStages, GetWhatTheyNeedAndNothingElse)
     }
 }
 
+TEST_F(AddedStages, FindEachMeshAmongTheItems)
+{
+    AddedStage& stage = Add(StageSlot::AfterSurfaces);
+    for (const Host::BatchUse use : {Host::BatchUse::Off, Host::BatchUse::On})
+    {
+        for (const Host::Look look : {Host::Look::Basic, Host::Look::Monotone, Host::Look::Advanced})
+        {
+            std::size_t listed = 0;
+            stage.draw = [&](PresentationFrame& frame) {
+                for (const RenderItemES20& item : frame.items.all)
+                {
+                    listed += item.mesh ? 1 : 0;
+                }
+                EXPECT_EQ(listed, frame.items.all.size());
+                EXPECT_EQ(frame.items.firstAlpha, listed);
+            };
+            renderer->SetLook(look);
+            renderer->SetBatches({use});
+            Draw();
+            EXPECT_EQ(listed, 2u);
+        }
+    }
+}
+
 TEST_F(AddedStages, FindInTexturesWhatTheySay)
 {
     FrameNeeds needs;

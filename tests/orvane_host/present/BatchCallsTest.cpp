@@ -1,5 +1,6 @@
 #include "orvane_host/present/BatchSettings.h"
 #include "orvane/math/Transform.h"
+#include "orvane/renderdata/MeshES20.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
@@ -424,6 +425,47 @@ TEST_F(BatchCalls, WhatMovesOnIsFollowedIntoTheViewAtOnceAndOutOfItSoon)
     LookAt(1.0f);
     moveAll(frame);
     EXPECT_EQ(CallsOfFrame().draws, nodes.size()) << "and back";
+}
+
+TEST_F(BatchCalls, WhereAllMoveTheCallsAreThoseOfNodeByNode)
+{
+    Fill();
+    int frame = 0;
+    const auto moveAll = [&] {
+        ++frame;
+        for (std::size_t i = 0; i < nodes.size(); ++i)
+        {
+            Move(i, 0.02f * static_cast<float>(frame % 2 + 1));
+        }
+    };
+    const auto callsOf = [](const std::vector<GLCall>& calls) {
+        std::vector<std::string> names;
+        for (const GLCall& call : calls)
+        {
+            names.push_back(call.name);
+        }
+        return names;
+    };
+    SteadyFrame(BatchUse::Off);
+    moveAll();
+    Draw();
+    moveAll();
+    const std::vector<std::string> expected = callsOf(RecordFrame());
+    SteadyFrame(BatchUse::On);
+    for (int i = 0; i < 40; ++i)
+    {
+        moveAll();
+        Draw();
+    }
+    moveAll();
+    EXPECT_EQ(callsOf(RecordFrame()), expected);
+    EXPECT_EQ(renderer->CountBatches().single, nodes.size());
+    for (const MeshNode* const node : nodes)
+    {
+        const auto* const data = dynamic_cast<const MeshES20*>(node->EachMesh().front()->GetRenderData());
+        ASSERT_TRUE(data);
+        EXPECT_TRUE(data->DrawsAsBase()) << "it would be drawn by itself, here and without batches";
+    }
 }
 
 TEST_F(BatchCalls, WhereAllMovedWhatRestsComesBack)
