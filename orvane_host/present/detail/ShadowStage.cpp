@@ -449,6 +449,7 @@ void ShadowStage::SetValues(const PresentationFrame& frame, const WholeView& see
     values.texel = {narrow(1.0 / size.x), narrow(1.0 / size.y)};
     const std::vector<SunView::Tile>& tiles = view.GetTiles();
     values.tiles = static_cast<int>(tiles.size());
+    values.slices = {narrow(view.GetSlices().perOctave), narrow(view.GetSlices().atOne)};
     const glm::dmat4 toWorld = SunShare::ToWorld(seen.worldToClip, isPerspective);
     values.step = {narrow(tiles.front().step.x), narrow(tiles.front().step.y)};
     const bool hasParts = tiles.size() > 1;

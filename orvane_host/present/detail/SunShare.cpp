@@ -26,6 +26,7 @@ enum Uniform : int
     UniformGlass,
     UniformTexel,
     UniformTiles,
+    UniformSlices,
     UniformPlace,
     UniformParts,
     UniformRects,
@@ -35,8 +36,9 @@ enum Uniform : int
 
 constexpr IndexedName kUniforms[] = {
     {UniformDepth, "u_sunDepth"}, {UniformGlass, "u_sunGlass"}, {UniformTexel, "u_sunTexel"},
-    {UniformTiles, "u_sunTiles"}, {UniformPlace, "u_sunPlace"}, {UniformParts, "u_sunParts"},
-    {UniformRects, "u_sunRects"}, {UniformStep, "u_sunStep"}, {UniformLook, "u_sunLook"},
+    {UniformTiles, "u_sunTiles"}, {UniformSlices, "u_sunSlices"}, {UniformPlace, "u_sunPlace"},
+    {UniformParts, "u_sunParts"}, {UniformRects, "u_sunRects"}, {UniformStep, "u_sunStep"},
+    {UniformLook, "u_sunLook"},
 };
 static_assert(IsDense(kUniforms));
 
@@ -119,6 +121,7 @@ void SunShare::Feed(ShaderProgram& program, int first)
     if ((m_options & OptionParts) != 0)
     {
         program.Uniform1i(first + UniformTiles, tiles);
+        program.Uniform2fv(first + UniformSlices, 1, values.slices.data());
         program.Uniform4fv(first + UniformParts, tiles, values.parts.front().data());
         program.Uniform4fv(first + UniformRects, tiles, values.rects.front().data());
     }

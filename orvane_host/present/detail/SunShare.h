@@ -34,6 +34,7 @@ public:
     {
         std::array<float, 2> texel{};
         int tiles = 0;
+        std::array<float, 2> slices{};
         std::array<std::array<float, 4>, MostTiles> parts{};
         std::array<std::array<float, 4>, MostTiles> rects{};
         std::array<float, 2> step{};

@@ -200,23 +200,34 @@ SunView::SunView(const Request& request, const std::vector<CastBox>& casters)
     {
         areas.clear();
         bool isFine = true;
+        int before = 0;
         double start = nearest;
         for (int i = 1; i <= count; ++i)
         {
             const double end = i == count ? kInfinity
                                           : nearest * std::pow(farthest / nearest, static_cast<double>(i) / count);
             Area area = AreaOf(seen.GetFaces(), distance, i == 1 ? -kInfinity : start, end);
-            if (area.to.x > area.from.x)
+            const bool isEmpty = !(area.to.x > area.from.x);
+            before += isEmpty && areas.empty() ? 1 : 0;
+            if (!isEmpty || !areas.empty())
             {
+                // Between others an empty one keeps its number, and takes next to no room.
                 isFine = Divide(area, wanted * start, count > 2 ? most / 2 : most) && isFine;
                 areas.push_back(area);
             }
             start = end;
         }
+        const double octaves = std::log2(farthest / nearest);
+        m_slices.perOctave = octaves > 1e-6 ? count / octaves : 0.0;
+        m_slices.atOne = -m_slices.perOctave * std::log2(nearest) - before;
         if (isFine)
         {
             break;
         }
+    }
+    while (!areas.empty() && !(areas.back().to.x > areas.back().from.x))
+    {
+        areas.pop_back();
     }
     Place(areas);
 }

@@ -49,6 +49,14 @@ public:
         glm::dvec2 to{0.0};
     };
 
+    /// Which part a distance from the eye is of: `perOctave` times its logarithm to the base 2, and `atOne`, rounded
+    /// down. There is none for what comes out below 0 or above the last part, where nothing is shadowed.
+    struct Slices
+    {
+        double perOctave = 0.0;
+        double atOne = 0.0;
+    };
+
     /// What the map is laid out for.
     struct Request
     {
@@ -65,7 +73,10 @@ public:
     /// @param casters may be empty: then there are no parts.
     SunView(const Request& request, const std::vector<CastBox>& casters);
 
+    /// The nearest first.
     const std::vector<Tile>& GetTiles() const { return m_tiles; }
+
+    const Slices& GetSlices() const { return m_slices; }
 
     /// Texels of the map; 0 without parts.
     glm::ivec2 GetSize() const { return m_size; }
@@ -102,6 +113,7 @@ private:
     double m_nearest = 0.0; ///< to the sun: minus the coordinate along the third axis
     double m_farthest = 0.0;
     std::vector<Tile> m_tiles;
+    Slices m_slices;
     glm::ivec2 m_size{0};
 };
 
