@@ -268,8 +268,10 @@ IsolationEnd ReasonOfEnd(const Child& child, IsolationOutcome& outcome)
 bool Seal(int output)
 {
     // Not F_SEAL_WRITE, which fails while the system has a page in hand, be it to move it about in memory.
-    // It would end writable mappings too, but none has outlived the process.
-    return fcntl(output, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_FUTURE_WRITE) == 0;
+    // It would end writable mappings too, but none has outlived the process. A kernel before 5.1 knows no other.
+    constexpr int size = F_SEAL_SHRINK | F_SEAL_GROW;
+    return fcntl(output, F_ADD_SEALS, size | F_SEAL_FUTURE_WRITE) == 0
+        || (errno == EINVAL && fcntl(output, F_ADD_SEALS, size | F_SEAL_WRITE) == 0);
 }
 
 /// Waits for the child, passing on its progress.
