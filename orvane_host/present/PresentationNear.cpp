@@ -6,6 +6,7 @@
 #include "orvane_host/present/detail/ProcessSettings.h"
 #include "orvane_host/present/detail/SceneReach.h"
 #include "orvane_host/present/detail/SectionPlanes.h"
+#include "orvane_host/view/ViewFit.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/Scene.h"
 
@@ -84,7 +85,7 @@ std::optional<double> Presentation::Impl::FindNear()
         return std::nullopt;
     }
     m_framesWithoutNear = 0;
-    const double least = LeastOfFar * farthest;
+    const double least = std::max(LeastOfFar * farthest, ViewFit::LeastNear(Camera()));
     const double nearest = NearestDepth(least / ShareOfNearest);
     const double wanted = std::min(ShareOfNearest * nearest, MostOfFar * farthest);
     if (!(wanted >= least))

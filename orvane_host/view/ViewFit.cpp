@@ -188,7 +188,7 @@ void SetDepths(CameraNode& camera, const Box& box, const Axes& axes, double cent
     {
         // A box behind the eye leaves nothing to see; the planes still have to make sense.
         farthest = std::max(farthest, slack);
-        const double least = kSmallestNearPlane * std::max(1.0, 1.0 / std::tan(double(camera.GetFOV())));
+        const double least = ViewFit::LeastNear(camera);
         nearest = std::max({nearest, farthest * 1e-4, least});
         farthest = std::max(farthest, 2.0 * least);
     }
@@ -297,6 +297,11 @@ bool ViewFit::Look(CameraNode& camera, const Vector& eye, const Vector& target, 
     }
     SetDepths(camera, box, axes, Dot(ToVec(eye) - box.center, axes.z));
     return true;
+}
+
+double ViewFit::LeastNear(const CameraNode& camera)
+{
+    return kSmallestNearPlane * std::max(1.0, 1.0 / std::tan(double(camera.GetFOV())));
 }
 
 bool ViewFit::ParseView(const std::string& text, NamedView& view)

@@ -81,6 +81,10 @@ public:
                      const Vector& boxMin, const Vector& boxMax,
                      const ViewFitOptions& options = ViewFitOptions());
 
+    /// The least distance of near with which a perspective camera has a projection, in units of the world. Below
+    /// it the projection is the identity, which shows what lies behind the eye too.
+    static double LeastNear(const CameraNode& camera);
+
     /// Reads the lower-case name of a view, as on a command line.
     /// @return false, with view untouched, for any other text.
     static bool ParseView(const std::string& text, NamedView& view);

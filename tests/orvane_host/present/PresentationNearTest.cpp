@@ -215,6 +215,18 @@ TEST_F(PresentationNear, AThingTwoMillimetresFromTheEyeOnASiteOfAKilometreIsSeen
     EXPECT_EQ(picture.At(Width() / 2, 5), (Pixel{0, 255, 0, 255})) << "and what is far away";
 }
 
+TEST_F(PresentationNear, IsNeverNearerThanAProjectionCanBe)
+{
+    // Within a centimetre, all of which would be shown as it lies in the space of the eye.
+    Model model;
+    model.Add(Color(0, 1, 0), Vector(-0.005f, -0.005f, -0.005f), Vector(0.005f, 0.005f, 0.005f));
+    model.Add(Color(1, 0, 0), Vector(-1e-7f, -1e-7f, -1.2e-6f), Vector(1e-7f, 1e-7f, -1e-6f));
+    const auto room = model.Present(From(Vector(0, 0, 0), Vector(0, 0, -1)));
+    const Depths bounds = DepthsOf(*room);
+    EXPECT_EQ(DrawnDepths(*room).nearest, bounds.nearest);
+    EXPECT_EQ(Draw(*room).At(3, 3), (Pixel{0, 255, 0, 255}));
+}
+
 TEST_F(PresentationNear, WhereTheEyeIsInAFaceTheBoundsOfTheModelGiveIt)
 {
     Model model;

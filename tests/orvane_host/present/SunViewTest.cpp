@@ -55,10 +55,18 @@ struct Site
     mutable glm::dmat4 worldToClip{1.0};
 };
 
-bool IsIn(const SunView::Tile& tile, const glm::dvec3& place)
+bool IsIn(const SunView::Tile& tile, const glm::dvec3& place, int rim = 3)
 {
     const glm::dvec4 at = tile.toMap * glm::dvec4(place, 1.0);
-    return at.x >= tile.low.x + 3 && at.x <= tile.high.x - 3 && at.y >= tile.low.y + 3 && at.y <= tile.high.y - 3;
+    return at.x >= tile.low.x + rim && at.x <= tile.high.x - rim && at.y >= tile.low.y + rim && at.y <= tile.high.y - rim;
+}
+
+/// The part that what lies at a distance from the eye is looked up in.
+const SunView::Tile& TileAt(const SunView& view, double distance)
+{
+    const SunView::Slices& slices = view.GetSlices();
+    const double slice = std::floor(slices.perOctave * std::log2(distance) + slices.atOne);
+    return view.GetTiles()[static_cast<std::size_t>(std::clamp(slice, 0.0, static_cast<double>(view.GetTiles().size() - 1)))];
 }
 
 /// Pixels between two places that are close together.
@@ -107,16 +115,39 @@ TEST(SunView, CoversAllThatIsSeenByTheDistanceOfIt)
                 if (std::abs(clip.x) < clip.w && std::abs(clip.y) < clip.w && std::abs(clip.z) < clip.w)
                 {
                     ++seen;
-                    const SunView::Slices& slices = view.GetSlices();
-                    const double slice = std::floor(slices.perOctave * std::log2(clip.w) + slices.atOne);
-                    const auto last = static_cast<double>(view.GetTiles().size() - 1);
-                    const auto tile = static_cast<std::size_t>(std::clamp(slice, 0.0, last));
-                    EXPECT_TRUE(IsIn(view.GetTiles()[tile], place)) << place.x << ", " << place.z << " of " << length;
+                    EXPECT_TRUE(IsIn(TileAt(view, clip.w), place)) << place.x << ", " << place.z << " of " << length;
                 }
             }
             EXPECT_GT(seen, 1000);
         }
     }
+}
+
+TEST(SunView, FindsTheShadowOfWhatStandsFarFromTheEye)
+{
+    // Nothing casts into the parts near the eye, which there are none of then.
+    Site site(1000.0);
+    site.boxes = {BoxAt(glm::dvec3(0, 5, -265), glm::dvec3(25, 5, 235))};
+    const SunView view = site.See({0, 1.7, 0}, {0, 2, -300});
+    ASSERT_GT(view.GetTiles().size(), 1u);
+    std::mt19937 random(9);
+    std::uniform_real_distribution<double> across(-60.0, 60.0);
+    std::uniform_real_distribution<double> away(20.0, 500.0);
+    int seen = 0;
+    for (int i = 0; i < 5000; ++i)
+    {
+        const glm::dvec3 place(across(random), 0.0, -away(random));
+        const glm::dvec4 clip = site.worldToClip * glm::dvec4(place, 1.0);
+        // Rims of parts reach up to so many texels beyond what casts.
+        const bool isShadowed = std::any_of(view.GetTiles().begin(), view.GetTiles().end(),
+                                            [&](const SunView::Tile& tile) { return IsIn(tile, place, 10); });
+        if (isShadowed && std::abs(clip.x) < clip.w)
+        {
+            ++seen;
+            EXPECT_TRUE(IsIn(TileAt(view, clip.w), place)) << place.x << ", " << place.z;
+        }
+    }
+    EXPECT_GT(seen, 500);
 }
 
 TEST(SunView, HasTexelsNoLargerThanPixelsOnASmallSite)
