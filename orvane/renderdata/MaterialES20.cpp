@@ -514,6 +514,7 @@ void MaterialES20::OnEffectCacheGone(void* self)
     auto* data = static_cast<MaterialES20*>(self);
     data->ReleaseEffects();
     data->effectCache = nullptr;
+    Material::ListingChanged();
 }
 
 void MaterialES20::TakeValues(const MaterialES20& other)

@@ -2,23 +2,19 @@
 
 #include "orvane/effects/EffectES20.h"
 #include "orvane/base/RenderCapabilities.h"
-#include "orvane/base/detail/Prefetch.h"
 #include "orvane/base/detail/Walk.h"
 #include "orvane/imaging/TextureLoader.h"
 #include "orvane/overlay/Scene2D.h"
 #include "orvane/platform/detail/EntryPoints.h"
 #include "orvane/renderdata/CameraNodeES20.h"
-#include "orvane/renderdata/LineStyleES20.h"
-#include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/renderer/detail/BorrowedVector.h"
+#include "orvane/renderer/detail/DataOf.h"
 #include "orvane/renderer/detail/FrameState.h"
 #include "orvane/scene/AlphaMeshNode.h"
 #include "orvane/scene/CameraNode.h"
-#include "orvane/scene/LineStyle.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
-#include "orvane/scene/MeshNode.h"
 #include "orvane/scene/Scene.h"
 
 #include <GL/glew.h>
@@ -27,7 +23,6 @@
 #include <cmath>
 #include <limits>
 #include <new>
-#include <typeinfo>
 #include <utility>
 
 namespace OV
@@ -84,55 +79,13 @@ private:
     bool m_clamped = false;
 };
 
-/// Render data of a scene object as what the engine puts there. Null if there is none, and for
-/// an object of the host's.
-template <class Data>
-Data* DataOf(Object* object)
-{
-    // The cast, which searches the classes, is for what derives.
-    if (object && typeid(*object) == typeid(Data))
-    {
-        return static_cast<Data*>(object);
-    }
-    return dynamic_cast<Data*>(object);
-}
-
-/// How far into a style's render data listing reads.
-constexpr std::size_t kListLines = 3;
-
-/// Does something with all that stood in a list of a scene when this began, as far as no host
-/// that is called meanwhile deletes it.
-template <class Entry, class Function>
-void ForEachLiving(const std::vector<Entry*>& list, std::vector<Entry*>& scratch, Function function)
-{
-    constexpr std::size_t forEntry = 8;
-    constexpr std::size_t forData = 4;
-    const detail::Walk walk(nullptr, detail::Walk::Draw);
-    Detail::BorrowedVector<Entry*> present(scratch);
-    (*present).assign(list.begin(), list.end());
-    const std::size_t count = (*present).size();
-    for (std::size_t i = 0; i < count; ++i)
-    {
-        if (!walk.HasLosses() && i + forEntry < count)
-        {
-            detail::PrefetchHead((*present)[i + forEntry]);
-            detail::PrefetchLines<kListLines>((*present)[i + forData]->GetRenderData());
-        }
-        Entry* const entry = (*present)[i];
-        if (!walk.IsGone(entry))
-        {
-            function(entry);
-        }
-    }
-}
-
 CameraNodeES20* CameraDataOf(CameraNode& camera)
 {
     if (!camera.GetRenderData())
     {
         camera.SetRenderData(new (std::nothrow) CameraNodeES20(&camera));
     }
-    return DataOf<CameraNodeES20>(camera.GetRenderData());
+    return detail::DataOf<CameraNodeES20>(camera.GetRenderData());
 }
 
 } // namespace
@@ -320,126 +273,6 @@ void Renderer20::DrawItems(CameraNodeES20* cameraData, std::vector<RenderItemES2
         // Lines leave it on.
         glDisable(GL_BLEND);
     }
-}
-
-template <class Prepare>
-void Renderer20::PrepareBy(Material* material, Prepare prepare)
-{
-    if (!material || !material->ReadyToDraw())
-    {
-        return;
-    }
-    const detail::Walk walk(material, detail::Walk::Other);
-    if (MaterialES20* materialData = MaterialDataOf(*material))
-    {
-        prepare(*materialData);
-    }
-}
-
-void Renderer20::PrepareWholeMaterial(Material* material, CameraNodeES20* cameraData,
-                                      std::vector<RenderItemES20>& items, bool clippingPlane)
-{
-    PrepareBy(material, [&](MaterialES20& data) { data.PrepareWhole(cameraData, items, clippingPlane); });
-}
-
-void Renderer20::PrepareWholeMaterials(const std::vector<Material*>& materials, CameraNodeES20* cameraData,
-                                       std::vector<RenderItemES20>& items, bool clippingPlane)
-{
-    ForEachLiving(materials, m_materials, [&](Material* material)
-                  { PrepareWholeMaterial(material, cameraData, items, clippingPlane); });
-}
-
-void Renderer20::ListMeshes(const RenderItemES20& whole, std::vector<RenderItemES20>& items)
-{
-    static_cast<MaterialES20*>(whole.style)->ListMeshes(items);
-}
-
-void Renderer20::PrepareOptimizedMaterial(Material* material, CameraNodeES20* cameraData,
-                                          std::vector<RenderItemES20>& items, bool clippingPlane)
-{
-    PrepareBy(material, [&](MaterialES20& data) { data.Prepare(cameraData, items, clippingPlane); });
-}
-
-void Renderer20::PrepareLineStyle(LineStyle* lineStyle, CameraNodeES20* cameraData,
-                                  std::vector<RenderItemES20>& items, bool clippingPlane)
-{
-    if (!lineStyle)
-    {
-        return;
-    }
-    auto* data = DataOf<LineStyleES20>(lineStyle->GetRenderData());
-    // What another renderer made and left behind can't draw any more.
-    const bool orphaned = data && !data->IsConnected();
-    if (!lineStyle->GetRenderData() || orphaned)
-    {
-        data = new LineStyleES20(lineStyle, &bufferPool, &effectCache, extension.get());
-        lineStyle->SetRenderData(data);
-    }
-    if (data)
-    {
-        data->Prepare(cameraData, items, clippingPlane);
-    }
-}
-
-void Renderer20::PrepareOptimizedMaterials(const std::vector<Material*>& materials, CameraNodeES20* cameraData,
-                                           std::vector<RenderItemES20>& items, bool clippingPlane)
-{
-    ForEachLiving(materials, m_materials, [&](Material* material)
-                  { PrepareOptimizedMaterial(material, cameraData, items, clippingPlane); });
-}
-
-void Renderer20::PrepareLineStyles(const std::vector<LineStyle*>& lineStyles, CameraNodeES20* cameraData,
-                                   std::vector<RenderItemES20>& items, bool clippingPlane)
-{
-    ForEachLiving(lineStyles, m_lineStyles, [&](LineStyle* lineStyle)
-                  { PrepareLineStyle(lineStyle, cameraData, items, clippingPlane); });
-}
-
-bool Renderer20::HasLosses() const
-{
-    return detail::Walk(this, detail::Walk::Draw).HasLosses();
-}
-
-bool Renderer20::IsGone(const RenderItemES20& item) const
-{
-    const detail::Walk walk(this, detail::Walk::Draw);
-    return walk.IsGone(item.mesh) || walk.IsGone(item.node);
-}
-
-void Renderer20::PrepareZOrderedMeshNode(AlphaMeshNode* alphaNode, CameraNodeES20* cameraData,
-                                         std::vector<RenderItemES20>& items)
-{
-    Material* material = alphaNode->mesh->GetMaterial();
-    if (!material || !material->ReadyToDraw())
-    {
-        return;
-    }
-    const detail::Walk walk(material, detail::Walk::Other);
-    MaterialES20* const materialData = MaterialDataOf(*material);
-    // Making it may have called a host that deletes what is to be listed.
-    if (materialData && !walk.IsGone(alphaNode->mesh) && !walk.IsGone(alphaNode->node))
-    {
-        materialData->PrepareSpecificNode(cameraData, alphaNode->mesh, alphaNode->node, items, false);
-    }
-}
-
-MaterialES20* Renderer20::MaterialDataOf(Material& material)
-{
-    auto* data = DataOf<MaterialES20>(material.GetRenderData());
-    // What another renderer made and left behind can't draw any more.
-    const bool orphaned = data && !data->IsConnected();
-    if (!material.GetRenderData() || orphaned)
-    {
-        auto made = std::make_unique<MaterialES20>(&material, textureLoader, &bufferPool, &effectCache);
-        if (!made->GetMaterial())
-        {
-            // The texture loader's host has deleted the material.
-            return nullptr;
-        }
-        data = made.release();
-        material.SetRenderData(data);
-    }
-    return data;
 }
 
 void Renderer20::RestoreViewport() const

@@ -11,6 +11,8 @@
 #include "orvane/renderer/AAMode.h"
 #include "orvane/scene/AlphaMeshNode.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -236,6 +238,36 @@ protected:
     float devicePixelRatio = 1.0f;
 
 private:
+    /// A material that one item stood for, with its render data; null where it was listed in another way.
+    struct WholeMaterial
+    {
+        const Material* material = nullptr; ///< only to be compared
+        MaterialES20* data = nullptr;
+    };
+
+    /// What PrepareWholeMaterials made of a list of materials, and under what that holds.
+    struct WholeList
+    {
+        /// Of all materials and of all meshes' render data.
+        struct Revision
+        {
+            std::uint64_t materials = ~std::uint64_t{0};
+            std::uint64_t meshes = ~std::uint64_t{0};
+
+            bool operator==(const Revision& other) const
+            {
+                return materials == other.materials && meshes == other.meshes;
+            }
+        };
+
+        static Revision CurrentRevision();
+
+        const std::vector<Material*>* list = nullptr; ///< only to be compared
+        bool isClipped = false;
+        Revision revision;
+        std::vector<WholeMaterial> materials; ///< in the order of the list
+    };
+
     MaterialES20* MaterialDataOf(Material& material);
 
     /// Does something with the render data of a material, if it is ready.
@@ -246,6 +278,7 @@ private:
                   std::vector<MeshNode*>& singleNode);
     void DrawWhole(MaterialES20& material, RenderPass pass, const detail::Walk& walk,
                    std::vector<MeshNode*>& singleNode);
+    WholeList& WholeListOf(const std::vector<Material*>& materials, bool clippingPlane);
     void ListZOrdered(Scene& layer, std::vector<RenderItemES20>& items, const detail::Walk& walk);
     void DrawItems(CameraNodeES20* cameraData, std::vector<RenderItemES20> const& items);
     int ToPoints(int pixels) const;
@@ -280,6 +313,8 @@ private:
     std::vector<Material*> m_materials;
     std::vector<LineStyle*> m_lineStyles;
     std::vector<AlphaMeshNode> m_drawItems;
+    WholeList m_wholeLists[2]; ///< a frame asks for two, of opaque materials and of others
+    std::size_t m_nextWholeList = 0;
     AAMode m_nextAAMode = AAModeNone; ///< of a change put off
 };
 

@@ -11,6 +11,8 @@
 namespace OV
 {
 
+std::atomic<std::uint64_t> Material::s_listingRevision{0};
+
 Material::Material(const std::string& materialName) :
     name(materialName)
 {
@@ -40,6 +42,7 @@ Material::Material(const Material& other) :
 Material::~Material()
 {
     detail::Walk::Tell(this);
+    ListingChanged();
     m_lifetime.End();
     std::free(pixels);
     if (scene)
@@ -98,7 +101,7 @@ bool Material::AddMesh(Mesh* mesh)
             throw;
         }
         mesh->material = this;
-        ++m_meshesRevision;
+        MeshesChanged();
         mesh->TellNodes();
     }
     return true;
@@ -118,7 +121,7 @@ bool Material::RemoveMesh(Mesh* mesh)
         m_meshSet->erase(leaving);
     }
     m_meshes.Remove(leaving);
-    ++m_meshesRevision;
+    MeshesChanged();
     leaving->TellNodes();
     return true;
 }
@@ -149,6 +152,7 @@ const std::set<Mesh*, CompareMeshPointers>& Material::GetMeshes() const
 
 void Material::SetRenderData(Object* data)
 {
+    ListingChanged();
     std::unique_ptr<Object> old = std::move(renderData);
     renderData.reset(data == old.get() ? nullptr : data);
     detail::Walk::DiscardDrawn(std::move(old));
@@ -156,11 +160,18 @@ void Material::SetRenderData(Object* data)
 
 void Material::Suspend()
 {
+    ListingChanged();
     detail::Walk::DiscardDrawn(std::move(renderData));
 }
 
 void Material::Resume()
 {
+}
+
+void Material::MeshesChanged()
+{
+    ++m_meshesRevision;
+    ListingChanged();
 }
 
 bool Material::MatchesUpdateID() const

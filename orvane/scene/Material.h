@@ -10,6 +10,7 @@
 #include "orvane/scene/NodeType.h"
 #include "orvane/scene/OrderedMeshes.h"
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <set>
@@ -172,6 +173,13 @@ public:
         return m_meshesRevision;
     }
 
+    /// Another number after every change, in any material of the process, of render data, draw ID or what
+    /// GetMeshesRevision counts: what was listed of materials under the same number still holds.
+    static std::uint64_t GetListingRevision()
+    {
+        return s_listingRevision.load(std::memory_order_relaxed);
+    }
+
     Scene* GetScene() const
     {
         return scene;
@@ -192,7 +200,11 @@ public:
     /// Asks to be drawn only in the frame of this update ID of the scene; 0 in every frame.
     void SetDrawID(unsigned int id)
     {
-        drawID = id;
+        if (drawID != id)
+        {
+            drawID = id;
+            ListingChanged();
+        }
     }
 
     bool UsingDrawID() const
@@ -203,7 +215,7 @@ public:
     /// Keeps the material from being drawn until the next SetDrawID.
     void InvalidateDrawID()
     {
-        drawID = 1;
+        SetDrawID(1);
     }
 
     /// False for a material that uses a draw ID and has no scene.
@@ -288,10 +300,20 @@ public:
     std::string name;
 
 private:
+    friend class MaterialES20;
     friend class Mesh;
     friend class Scene;
 
+    static void ListingChanged()
+    {
+        s_listingRevision.fetch_add(1, std::memory_order_relaxed);
+    }
+
     bool MatchesUpdateID() const;
+    void MeshesChanged();
+
+    // Scenes of several threads count together.
+    static std::atomic<std::uint64_t> s_listingRevision;
 
     Lifetime m_lifetime;
 };

@@ -427,7 +427,7 @@ void Mesh::TellMaterial() const
 {
     if (material)
     {
-        ++material->m_meshesRevision;
+        material->MeshesChanged();
     }
 }
 
