@@ -169,25 +169,27 @@ private:
     void DrawIdentifiers(DepthIdPassEffectES20& effect, MeshNode* node, const Runs& runs);
     bool UploadIdentifiers();
 
+    // What a frame that doesn't see it reads stands first and together.
+    std::uint64_t m_look = 0;         ///< the one that was found out about; 0 for none
+    std::uint64_t m_lookRevision = 0; ///< of what was drawn then
+    std::uint64_t m_revision = NextRevision();
+    std::size_t m_onCount = 0;
+    std::size_t m_vertexCount = 0;
+    bool m_seesAll = true;
+    bool m_seesAny = false;
+    WorldBox m_box;
+
     BatchNodes m_nodes;
     BatchKind m_kind;
     std::vector<Room> m_pieces; ///< and the end of the last
     std::vector<std::uint64_t> m_on;
     std::vector<WorldBox> m_rowBoxes;  ///< of kRow pieces each
     std::vector<WorldBox> m_partBoxes; ///< of kPart pieces each
-    WorldBox m_box;
     std::size_t m_writes = 0; ///< since the boxes were fitted: each may have left them too wide
-    std::uint64_t m_revision = NextRevision();
-    std::size_t m_onCount = 0;
-    std::size_t m_vertexCount = 0;
     Runs m_whole;
     Runs m_seen;
     std::vector<std::uint64_t> m_seenBits;
     std::vector<bool> m_seenHolds; ///< for each row, while it is looked at as before and nothing in it has changed
-    bool m_seesAll = true;
-    bool m_seesAny = false;
-    std::uint64_t m_look = 0;         ///< the one that was found out about; 0 for none
-    std::uint64_t m_lookRevision = 0; ///< of what was drawn then
     unsigned int m_identifiers = 0; ///< buffer of a colour for each vertex; 0 until it is needed
     bool m_identifiersHold = false;
 };

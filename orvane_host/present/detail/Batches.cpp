@@ -395,6 +395,15 @@ void Batches::Update()
         GiveBack(*group);
     }
     m_deadGroups.clear();
+    DropDeadGroups();
+}
+
+void Batches::DropDeadGroups()
+{
+    if (m_groupsUnder == Material::GetListingRevision())
+    {
+        return;
+    }
     for (auto group = m_groups.begin(); group != m_groups.end();)
     {
         if (group->second->material)
@@ -404,7 +413,9 @@ void Batches::Update()
         }
         GiveBack(*group->second);
         group = m_groups.erase(group);
+        ForgetListed();
     }
+    m_groupsUnder = Material::GetListingRevision();
 }
 
 void Batches::FetchAhead(std::size_t changed) const
@@ -444,6 +455,12 @@ void Batches::FetchAhead(std::size_t changed) const
         FetchBegin(member->mesh->GetPositionBuffer());
         FetchBegin(member->mesh->GetNormalBuffer());
     }
+}
+
+void Batches::ForgetListed()
+{
+    m_listed[0].clear();
+    m_listed[1].clear();
 }
 
 std::unique_ptr<BatchMesh> Batches::TakeMesh(Material& material, unsigned int flags)

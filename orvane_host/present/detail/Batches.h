@@ -130,28 +130,32 @@ private:
     /// The meshes of a material.
     struct Group
     {
+        // What a frame reads of a material that the camera doesn't see stands first and together.
         WatchedPtr<Material> material;
-        Material* key = nullptr;          ///< only to be compared
-        std::unique_ptr<BatchMesh> probe; ///< without geometry, to ask for the render data of the material
-        bool isTogether = false;          ///< whether its meshes may be drawn together
         std::vector<Batch> batches;
-        std::vector<Index> singles; ///< in the order of drawing, once sorted
-        bool hasNew = false;        ///< one of the rested was never drawn
-        bool hasLeft = false;       ///< one of the singles is none any more
-        std::map<BatchKind, std::vector<Index>> rested; ///< to be put into batches
+        std::size_t singleCount = 0; ///< of singles those that are
+        std::size_t treeCount = 0;   ///< of these those in the tree
+        std::uint64_t seenLook = 0;  ///< the last that saw one of those in the tree
+        std::uint64_t listing = 0;
+        bool isTogether = false; ///< whether its meshes may be drawn together
+        bool itemsHold = false;
+        bool isWhole = false; ///< the items are all that the material lists, and one may stand for them
+        bool hasNew = false;  ///< one of the rested was never drawn
+        bool hasLeft = false; ///< one of the singles is none any more
+        bool isRestedDue = false; ///< the rested are to be looked at: one has come, or is another now
+        std::map<BatchKind, std::vector<Index>> rested; ///< to be put into batches, or alone of their kind
+
+        std::unique_ptr<BatchMesh> probe; ///< without geometry, to ask for the render data of the material
+        MeshStyleES20* probed = nullptr;  ///< its answer
+        std::uint64_t probedUnder = 0;    ///< the revision of materials under which that holds
+        std::vector<Index> singles;       ///< in the order of drawing, once sorted
 
         // The singles ready to be drawn, while nothing has changed.
         std::vector<RenderItemES20> items;
         std::vector<std::pair<Index, Index>> spans; ///< in singles: where those of each item begin and end
         std::vector<unsigned int> lookDue; ///< for each item the frame in which it is looked at again
-        std::size_t singleCount = 0;  ///< of singles those that are
-        std::size_t treeCount = 0;    ///< of these those in the tree
-        std::uint64_t seenLook = 0;   ///< the last that saw one of those in the tree
-        std::uint64_t listing = 0;
         const MeshStyleES20* style = nullptr; ///< only to be compared
         TextureFactors factors;
-        bool itemsHold = false;
-        bool isWhole = false; ///< the items are all that the material lists, and one may stand for them
     };
 
     /// A mesh at a node. Every thing in a scene has one.
@@ -222,6 +226,7 @@ private:
     void Queue(Index index);
     void Rest(Index index, unsigned int frames);
     void MakeRested(Index index);
+    static void LookAtRested(const Member& member);
     void WakeRested();
 
     Group* GroupOf(Material& material);
@@ -236,6 +241,8 @@ private:
     WorldBox BoxOf(Member& member) const;
     bool Sees(const ViewVolume& view, float leastShare, Member& member) const;
     void NoteAll();
+    void ForgetListed();
+    void DropDeadGroups();
     static bool IsShown(const Member& member);
     BatchKind KindOf(const Member& member) const;
     BatchES20::Piece PieceOf(Index index) const;
@@ -255,10 +262,9 @@ private:
     void Dissolve(Group& group);
     bool IsOutside(const Group& group, const ViewVolume& view, float leastShare) const;
     bool AreSinglesOutside(const Group& group) const;
-    void ListGroups(PresentationFrame& frame, const std::vector<Material*>& materials, bool areTogether,
-                    float leastShare, bool isAllNeeded, std::vector<RenderItemES20>& all,
-                    std::vector<RenderItemES20>& seen);
-    void ListGroup(PresentationFrame& frame, Group& group, const ViewVolume& view, float leastShare, bool isAllNeeded,
+    void ListGroups(PresentationFrame& frame, bool areOpaque, float leastShare, bool isAllNeeded,
+                    std::vector<RenderItemES20>& all, std::vector<RenderItemES20>& seen);
+    void ListGroup(PresentationFrame& frame, Group& group, const ViewVolume& view, float leastShare,
                    std::vector<RenderItemES20>& all, std::vector<RenderItemES20>& seen);
     void MakeItems(StageAccess& renderer, Group& group, MeshStyleES20& style);
     bool ListAsWhole(PresentationFrame& frame, Group& group, const ViewVolume& view, float leastShare,
@@ -274,7 +280,8 @@ private:
     bool HasData(StageAccess& renderer, const Member& member);
 
     template <class Lister>
-    void ForEachMaterial(PresentationFrame& frame, const std::vector<Material*>& materials, Lister list);
+    void ForEachMaterial(PresentationFrame& frame, bool areOpaque, Lister list);
+    Group* ListedGroup(bool areOpaque, std::size_t place, const Material* material);
 
     std::vector<Member> m_members;
     std::vector<Index> m_freeMembers;
@@ -287,7 +294,10 @@ private:
     std::vector<Index> m_gone;
     std::deque<std::pair<unsigned int, Index>> m_resting;
     std::unordered_map<const Material*, std::unique_ptr<Group>> m_groups;
+    std::uint64_t m_groupsUnder = 0; ///< the revision of materials under which none of them is without one
     std::vector<std::unique_ptr<Group>> m_deadGroups;
+    /// Materials of a list with their groups, as they were found.
+    std::vector<std::pair<const Material*, Group*>> m_listed[2];
     CullTree m_tree; ///< of what is drawn by itself
     BatchMarkLink* m_link;
     std::unordered_set<const Node*> m_apart;

@@ -60,6 +60,7 @@ void Batches::SetTogether(Group& group, bool together)
         return;
     }
     group.isTogether = together;
+    group.isRestedDue = group.isRestedDue || !group.rested.empty();
     if (!together)
     {
         Dissolve(group);
@@ -123,9 +124,11 @@ void Batches::Build(StageAccess& renderer, Group& group)
     {
         return;
     }
+    group.isRestedDue = false;
     for (auto entry = group.rested.begin(); entry != group.rested.end();)
     {
         Build(renderer, group, entry->first, entry->second);
+        group.isRestedDue = group.isRestedDue || m_isFull;
         entry = entry->second.empty() ? group.rested.erase(entry) : std::next(entry);
     }
     group.hasNew = false;

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <typeinfo>
 #include <utility>
 
 namespace OV::Host::Detail
@@ -53,18 +54,31 @@ TextureFactors FactorsOf(const MeshStyleES20* style)
 
 } // namespace
 
-template <class Lister>
-void Batches::ForEachMaterial(PresentationFrame& frame, const std::vector<Material*>& materials, Lister list)
+Batches::Group* Batches::ListedGroup(bool areOpaque, std::size_t place, const Material* material)
 {
+    auto& [listed, group] = m_listed[areOpaque ? 0 : 1][place];
+    if (listed != material)
+    {
+        const auto found = m_groups.find(material);
+        listed = material;
+        group = found != m_groups.end() ? found->second.get() : nullptr;
+    }
+    return group && group->material ? group : nullptr;
+}
+
+template <class Lister>
+void Batches::ForEachMaterial(PresentationFrame& frame, bool areOpaque, Lister list)
+{
+    const std::vector<Material*>& materials =
+        areOpaque ? frame.scene.GetOptimizedMaterials() : frame.scene.GetAlphaMaterials();
     m_materials.assign(materials.begin(), materials.end());
+    m_listed[areOpaque ? 0 : 1].resize(m_materials.size());
     for (std::size_t i = 0; i < m_materials.size(); ++i)
     {
         // A host that is called meanwhile may have taken it away.
         if (!frame.renderer.HasLosses() || StandsFor(materials, m_materials[i]))
         {
-            const auto group = m_groups.find(m_materials[i]);
-            const bool isKnown = group != m_groups.end() && group->second->material;
-            list(*m_materials[i], isKnown ? group->second.get() : nullptr);
+            list(*m_materials[i], ListedGroup(areOpaque, i, m_materials[i]));
         }
     }
 }
@@ -72,26 +86,30 @@ void Batches::ForEachMaterial(PresentationFrame& frame, const std::vector<Materi
 void Batches::List(PresentationFrame& frame, float leastShare, bool isAllNeeded, std::vector<RenderItemES20>& all,
                    std::vector<RenderItemES20>& seen)
 {
-    ListGroups(frame, frame.scene.GetOptimizedMaterials(), true, leastShare, isAllNeeded, all, seen);
+    ListGroups(frame, true, leastShare, isAllNeeded, all, seen);
 }
 
 void Batches::ListAlpha(PresentationFrame& frame, float leastShare, bool isAllNeeded, std::vector<RenderItemES20>& all,
                         std::vector<RenderItemES20>& seen)
 {
-    ListGroups(frame, frame.scene.GetAlphaMaterials(), false, leastShare, isAllNeeded, all, seen);
+    ListGroups(frame, false, leastShare, isAllNeeded, all, seen);
 }
 
-void Batches::ListGroups(PresentationFrame& frame, const std::vector<Material*>& materials, bool areTogether,
-                         float leastShare, bool isAllNeeded, std::vector<RenderItemES20>& all,
-                         std::vector<RenderItemES20>& seen)
+void Batches::ListGroups(PresentationFrame& frame, bool areOpaque, float leastShare, bool isAllNeeded,
+                         std::vector<RenderItemES20>& all, std::vector<RenderItemES20>& seen)
 {
     const ViewVolume view(frame.cameraData.GetMVP());
     Look(view, frame.cameraData.GetMVP(), leastShare);
-    ForEachMaterial(frame, materials, [&](Material& material, Group* group) {
+    ForEachMaterial(frame, areOpaque, [&](Material& material, Group* group) {
+        if (group && !isAllNeeded && IsOutside(*group, view, leastShare))
+        {
+            // Whether its meshes may be drawn together is asked when one is seen.
+            return;
+        }
         if (group)
         {
-            SetTogether(*group, areTogether);
-            ListGroup(frame, *group, view, leastShare, isAllNeeded, all, seen);
+            SetTogether(*group, areOpaque);
+            ListGroup(frame, *group, view, leastShare, all, seen);
             return;
         }
         const std::size_t before = all.size();
@@ -192,12 +210,18 @@ void Batches::ListSingly(PresentationFrame& frame, const ViewVolume& view, std::
             }
         }
     };
-    ForEachMaterial(frame, frame.scene.GetOptimizedMaterials(), listFound);
-    ForEachMaterial(frame, frame.scene.GetAlphaMaterials(), listFound);
+    ForEachMaterial(frame, true, listFound);
+    ForEachMaterial(frame, false, listFound);
 }
 
 MeshStyleES20* Batches::Probe(PresentationFrame& frame, Group& group)
 {
+    // Asking takes as long as all else that is done about a material that is drawn as it was.
+    if (group.probed && group.probedUnder == Material::GetListingRevision())
+    {
+        return group.probed;
+    }
+    group.probed = nullptr;
     if (!group.probe->GetRenderData())
     {
         group.probe->SetRenderData(new MeshES20(group.probe.get(), &frame.renderer.GetBufferPool()), false);
@@ -213,6 +237,12 @@ MeshStyleES20* Batches::Probe(PresentationFrame& frame, Group& group)
     {
         // Being asked has used it up.
         group.material->SetDrawID(frame.scene.GetUpdateID());
+    }
+    else if (typeid(*group.material.Get()) == typeid(Material))
+    {
+        // One of a host's own class may change without a word.
+        group.probed = m_probed.front().style;
+        group.probedUnder = Material::GetListingRevision();
     }
     return m_probed.front().style;
 }
@@ -300,12 +330,12 @@ void Batches::MakeItems(StageAccess& renderer, Group& group, MeshStyleES20& styl
 
 bool Batches::IsOutside(const Group& group, const ViewVolume& view, float leastShare) const
 {
-    // What is no longer used has to be given back.
+    // A point may reach beyond its place, and what is no longer used has to be given back.
     const auto isSeenOrUnused = [&](const Batch& batch) {
         return batch.data->GetVertexCount() == 0
             || (batch.data->GetOnCount() > 0 && batch.data->See(view, leastShare, m_look));
     };
-    return group.rested.empty() && AreSinglesOutside(group)
+    return !group.isRestedDue && (group.material->GetFlags() & MaterialFlagPoints) == 0 && AreSinglesOutside(group)
         && std::none_of(group.batches.begin(), group.batches.end(), isSeenOrUnused);
 }
 
@@ -315,18 +345,14 @@ bool Batches::AreSinglesOutside(const Group& group) const
     {
         return true;
     }
-    // A point may reach beyond its place, and whether something with a draw ID is drawn is to be asked in every frame.
+    // Whether something with a draw ID is drawn is to be asked in every frame.
     return group.itemsHold && group.listing == MeshES20::GetListingRevision() && group.treeCount == group.singleCount
-        && group.seenLook != m_treeLook && (group.material->GetFlags() & MaterialFlagPoints) == 0;
+        && group.seenLook != m_treeLook;
 }
 
 void Batches::ListGroup(PresentationFrame& frame, Group& group, const ViewVolume& view, float leastShare,
-                        bool isAllNeeded, std::vector<RenderItemES20>& all, std::vector<RenderItemES20>& seen)
+                        std::vector<RenderItemES20>& all, std::vector<RenderItemES20>& seen)
 {
-    if (!isAllNeeded && IsOutside(group, view, leastShare))
-    {
-        return;
-    }
     MeshStyleES20* const style = Probe(frame, group);
     if (!style)
     {
@@ -334,12 +360,13 @@ void Batches::ListGroup(PresentationFrame& frame, Group& group, const ViewVolume
     }
     const bool isOtherStyle = group.style != style;
     group.style = style;
-    if (isOtherStyle || !group.rested.empty())
+    if (isOtherStyle || group.isRestedDue)
     {
         group.factors = FactorsOf(style);
     }
-    if (!group.rested.empty() && !group.isTogether)
+    if (group.isRestedDue && !group.isTogether)
     {
+        group.isRestedDue = false;
         for (auto& [kind, members] : group.rested)
         {
             (void)kind;
@@ -351,7 +378,7 @@ void Batches::ListGroup(PresentationFrame& frame, Group& group, const ViewVolume
         }
         group.rested.clear();
     }
-    else if (!group.rested.empty())
+    else if (group.isRestedDue)
     {
         Build(frame.renderer, group);
     }

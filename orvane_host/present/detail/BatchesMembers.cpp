@@ -113,6 +113,7 @@ void Batches::Sync(Index first)
     const unsigned int changes = std::exchange(m_members[first].changes, std::uint16_t{0});
     for (Index i = first; i != kNone; i = m_members[i].nextOfNode)
     {
+        LookAtRested(m_members[i]);
         if (changes == NodeChangePlace)
         {
             Move(i);
@@ -200,6 +201,7 @@ void Batches::LeaveGroup(Index index)
     Member& member = m_members[index];
     LeaveBatch(member);
     MakeSingle(index, false);
+    LookAtRested(member);
     member.group = nullptr;
     member.isRested = false;
 }
@@ -211,6 +213,8 @@ void Batches::LeaveBatch(Member& member)
         member.batch->GiveUp(member.piece);
         member.batch = nullptr;
         member.piece = kNone;
+        // One that rests alone may have become large enough to take in what is left of the batch.
+        member.group->isRestedDue = member.group->isRestedDue || !member.group->rested.empty();
     }
     member.isFresh = false;
 }
@@ -271,6 +275,7 @@ Batches::Group* Batches::GroupOf(Material& material)
         group->material = &material;
         group->isTogether = IsDrawnTogether(material);
         group->probe = TakeMesh(material, 0u);
+        ForgetListed();
     }
     return group.get();
 }

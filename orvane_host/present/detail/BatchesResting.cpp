@@ -83,6 +83,15 @@ void Batches::MakeRested(Index index)
         member.isRested = true;
         member.group->rested[kind].push_back(index);
     }
+    LookAtRested(member);
+}
+
+void Batches::LookAtRested(const Member& member)
+{
+    if (member.isRested && member.group)
+    {
+        member.group->isRestedDue = true;
+    }
 }
 
 void Batches::WakeRested()
