@@ -90,7 +90,12 @@ BatchES20::BatchES20(Mesh* shown, SharedBufferPool* bufferPool, const BatchNodes
                      const std::vector<Piece>& pieces, const TextureFactors& factors) :
     MeshES20(shown, bufferPool), m_nodes(nodes), m_kind(batchKind)
 {
-    const BatchLayout layout(batchKind.streams);
+    std::size_t vertexCount = 0;
+    for (const Piece& piece : pieces)
+    {
+        vertexCount += piece.mesh->GetPositionBuffer().size();
+    }
+    const BatchLayout layout(batchKind.streams, vertexCount);
     const auto offsetOf = [](int floats) { return floats < 0 ? -1 : floats * static_cast<int>(sizeof(float)); };
     stride = offsetOf(layout.size);
     normalOffset = offsetOf(layout.normal);
@@ -108,11 +113,14 @@ BatchES20::BatchES20(Mesh* shown, SharedBufferPool* bufferPool, const BatchNodes
     }
     m_pieces.push_back(end);
     m_vertexCount = end.firstVertex;
+    m_areNormalsApart = layout.AreNormalsApart();
     indexCount = end.firstIndex;
     m_onCount = pieces.size();
     m_on.assign((pieces.size() + kRow - 1) / kRow, 0);
+    m_isShifted.reserve(pieces.size());
 
-    const std::unique_ptr<float[]> vertices(new float[end.firstVertex * static_cast<std::size_t>(layout.size)]);
+    const std::size_t vertexBytes = vertexCount * static_cast<std::size_t>(layout.floats) * sizeof(float);
+    const std::unique_ptr<float[]> vertices(new float[vertexBytes / sizeof(float)]);
     const std::unique_ptr<unsigned short[]> indices(new unsigned short[end.firstIndex]);
     for (std::size_t i = 0; i < pieces.size(); ++i)
     {
@@ -121,6 +129,7 @@ BatchES20::BatchES20(Mesh* shown, SharedBufferPool* bufferPool, const BatchNodes
                                          vertices.get() + room.firstVertex * static_cast<std::size_t>(layout.size)));
         CopyIndices(*pieces[i].mesh, room.firstVertex, indices.get() + room.firstIndex);
         m_on[i / kRow] |= std::uint64_t{1} << (i % kRow);
+        m_isShifted.push_back(IsShift(pieces[i].place));
     }
     m_seenBits = m_on;
     m_seenHolds.assign(m_on.size(), false);
@@ -129,8 +138,7 @@ BatchES20::BatchES20(Mesh* shown, SharedBufferPool* bufferPool, const BatchNodes
     glGenBuffers(1, &vertexBufferId);
     glGenBuffers(1, &indexBufferId);
     glBindBuffer(GL_ARRAY_BUFFER, vertexBufferId);
-    glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(end.firstVertex * static_cast<std::size_t>(stride)),
-                 vertices.get(), GL_DYNAMIC_DRAW);
+    glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(vertexBytes), vertices.get(), GL_DYNAMIC_DRAW);
     glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indexBufferId);
     glBufferData(GL_ELEMENT_ARRAY_BUFFER, static_cast<GLsizeiptr>(end.firstIndex * sizeof(unsigned short)),
                  indices.get(), GL_STATIC_DRAW);
@@ -152,7 +160,8 @@ BatchES20::~BatchES20()
 std::size_t BatchES20::GetBytes() const
 {
     const std::size_t identifiers = m_identifiers == 0 ? 0 : m_pieces.back().firstVertex * sizeof(Rgba);
-    return m_pieces.back().firstVertex * static_cast<std::size_t>(stride)
+    const auto floats = static_cast<std::size_t>(BatchLayout(m_kind.streams, 0).floats);
+    return m_pieces.back().firstVertex * floats * sizeof(float)
         + static_cast<std::size_t>(indexCount) * sizeof(unsigned short) + identifiers;
 }
 
@@ -226,19 +235,30 @@ bool BatchES20::Fits(std::size_t piece, const Mesh& other) const
 void BatchES20::Write(std::size_t index, const Piece& piece, const TextureFactors& factors, bool isReshaped,
                       std::vector<float>& scratch)
 {
-    const BatchLayout layout(m_kind.streams);
+    const std::size_t vertices = VerticesOf(index);
+    const BatchLayout layout(m_kind.streams, vertices);
     m_revision = NextRevision();
     Room& room = m_pieces[index];
-    const std::size_t floats = VerticesOf(index) * static_cast<std::size_t>(layout.size);
+    const std::size_t floats = vertices * static_cast<std::size_t>(layout.floats);
     if (scratch.size() < floats)
     {
         scratch.resize(floats);
     }
-    room.box = ToWorld(WriteVertices(*piece.mesh, piece.place, factors, layout, scratch.data()));
+    const bool isShift = IsShift(piece.place);
+    const bool keepsNormals = !isReshaped && isShift && HasNormalsOfMesh(index);
+    m_isShifted[index] = isShift;
+    room.box = ToWorld(keepsNormals ? WriteShiftedPositions(*piece.mesh, piece.place, scratch.data())
+                                    : WriteVertices(*piece.mesh, piece.place, factors, layout, scratch.data()));
     glBindBuffer(GL_ARRAY_BUFFER, vertexBufferId);
-    glBufferSubData(GL_ARRAY_BUFFER,
-                    static_cast<GLintptr>(room.firstVertex * static_cast<std::size_t>(stride)),
-                    static_cast<GLsizeiptr>(floats * sizeof(float)), scratch.data());
+    const std::size_t bytes = vertices * static_cast<std::size_t>(stride);
+    glBufferSubData(GL_ARRAY_BUFFER, static_cast<GLintptr>(room.firstVertex * static_cast<std::size_t>(stride)),
+                    static_cast<GLsizeiptr>(bytes), scratch.data());
+    if (m_areNormalsApart && !keepsNormals)
+    {
+        glBufferSubData(GL_ARRAY_BUFFER,
+                        normalOffset + static_cast<GLintptr>(room.firstVertex * static_cast<std::size_t>(stride)),
+                        static_cast<GLsizeiptr>(bytes), scratch.data() + layout.normal);
+    }
     if (isReshaped)
     {
         std::vector<unsigned short> indices(IndicesOf(index));
@@ -248,8 +268,7 @@ void BatchES20::Write(std::size_t index, const Piece& piece, const TextureFactor
                         static_cast<GLsizeiptr>(indices.size() * sizeof(unsigned short)), indices.data());
         glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
     }
-    glBindBuffer(GL_ARRAY_BUFFER, 0);
-    ResetBufferCache();
+    s_isBound = true;
     m_seenHolds[index / kRow] = false;
     WidenBoxes(index);
     if (++m_writes >= GetPieceCount())
@@ -257,6 +276,15 @@ void BatchES20::Write(std::size_t index, const Piece& piece, const TextureFactor
         FitBoxes();
     }
     SetUserData(index, piece.userData);
+}
+
+void BatchES20::EndWriting()
+{
+    if (std::exchange(s_isBound, false))
+    {
+        glBindBuffer(GL_ARRAY_BUFFER, 0);
+        ResetBufferCache();
+    }
 }
 
 void BatchES20::GiveUp(std::size_t piece)

@@ -79,14 +79,24 @@ public:
     /// Asks the processor for what is kept of a piece, which is about to be looked at.
     void FetchAhead(std::size_t piece) const { __builtin_prefetch(&m_pieces[piece]); }
 
+    /// Whether the normals of a piece stand as those of its mesh, apart from its positions: a shift doesn't read
+    /// them.
+    bool HasNormalsOfMesh(std::size_t piece) const
+    {
+        return m_areNormalsApart && m_isShifted[piece];
+    }
+
     /// Whether a mesh fits into the room of a piece.
     bool Fits(std::size_t piece, const Mesh& mesh) const;
 
-    /// Writes a piece anew. GL. The mesh fits.
+    /// Writes a piece anew. GL. The mesh fits. EndWriting comes before anything else is drawn.
     /// @param isReshaped whether the geometry is another, not only its place.
     /// @param scratch keeps its room from one piece to the next.
     void Write(std::size_t index, const Piece& piece, const TextureFactors& factors, bool isReshaped,
                std::vector<float>& scratch);
+
+    /// Takes back what writing has left bound. GL.
+    static void EndWriting();
 
     static constexpr std::uint32_t NoOwner = ~std::uint32_t{0};
 
@@ -179,10 +189,14 @@ private:
     bool m_seesAny = false;
     WorldBox m_box;
 
+    static inline bool s_isBound = false; ///< whether writing has left a buffer bound
+
     BatchNodes m_nodes;
     BatchKind m_kind;
     std::vector<Room> m_pieces; ///< and the end of the last
     std::vector<std::uint64_t> m_on;
+    bool m_areNormalsApart = false;
+    std::vector<bool> m_isShifted; ///< for each piece whether its place neither turned nor scaled it
     std::vector<WorldBox> m_rowBoxes;  ///< of kRow pieces each
     std::vector<WorldBox> m_partBoxes; ///< of kPart pieces each
     std::size_t m_writes = 0; ///< since the boxes were fitted: each may have left them too wide

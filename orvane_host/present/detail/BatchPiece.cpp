@@ -62,6 +62,71 @@ bool IsShift(Rows m)
         && m[1][2] == 0.0 && m[2][0] == 0.0 && m[2][1] == 0.0;
 }
 
+#ifdef __SSE2__
+
+/// Shifts four numbers at a time in double, and keeps the least and the greatest of each lane.
+struct Lanes
+{
+    Lanes(double first, double second, double third, double fourth, const WorldBox& box) :
+        low(_mm_set1_ps(box.low.x)), high(_mm_set1_ps(box.high.x)), m_first(_mm_set_pd(second, first)),
+        m_second(_mm_set_pd(fourth, third))
+    {
+    }
+
+    void Write(const float* in, float* out)
+    {
+        const __m128 numbers = _mm_loadu_ps(in);
+        const __m128d first = _mm_add_pd(_mm_cvtps_pd(numbers), m_first);
+        const __m128d second = _mm_add_pd(_mm_cvtps_pd(_mm_movehl_ps(numbers, numbers)), m_second);
+        const __m128 shifted = _mm_movelh_ps(_mm_cvtpd_ps(first), _mm_cvtpd_ps(second));
+        _mm_storeu_ps(out, shifted);
+        // In this order what is no number is left out.
+        low = _mm_min_ps(shifted, low);
+        high = _mm_max_ps(shifted, high);
+    }
+
+    __m128 low;
+    __m128 high;
+
+private:
+    __m128d m_first;
+    __m128d m_second;
+};
+
+/// Shifts vertices that are to stand one after another, as far as there are four of them at once.
+/// @return how many.
+std::size_t WriteFours(Rows m, const std::vector<Vector>& positions, float* out, WorldBox& box)
+{
+    static_assert(sizeof(Vector) == 3 * sizeof(float));
+    // Three times four numbers are four times three: each lane always has the same coordinate.
+    Lanes first(m[0][3], m[1][3], m[2][3], m[0][3], box);
+    Lanes second(m[1][3], m[2][3], m[0][3], m[1][3], box);
+    Lanes third(m[2][3], m[0][3], m[1][3], m[2][3], box);
+    const std::size_t count = positions.size() / 4 * 4;
+    for (std::size_t i = 0; i < count; i += 4, out += 12)
+    {
+        const float* const in = &positions[i].x;
+        first.Write(in, out);
+        second.Write(in + 4, out + 4);
+        third.Write(in + 8, out + 8);
+    }
+    float lows[12];
+    float highs[12];
+    int at = 0;
+    for (const Lanes* const lanes : {&first, &second, &third})
+    {
+        _mm_storeu_ps(lows + at, lanes->low);
+        _mm_storeu_ps(highs + at, lanes->high);
+        at += 4;
+    }
+    const auto least = [&](int i) { return std::min({lows[i], lows[i + 3], lows[i + 6], lows[i + 9]}); };
+    const auto most = [&](int i) { return std::max({highs[i], highs[i + 3], highs[i + 6], highs[i + 9]}); };
+    box = {Vector(least(0), least(1), least(2)), Vector(most(0), most(1), most(2))};
+    return count;
+}
+
+#endif
+
 WorldBox WriteShifted(Rows m, const std::vector<Vector>& positions, std::size_t size, float* out)
 {
     const double x = m[0][3];
@@ -71,6 +136,12 @@ WorldBox WriteShifted(Rows m, const std::vector<Vector>& positions, std::size_t 
     const Vector* position = positions.data();
     const Vector* const end = position + positions.size();
 #ifdef __SSE2__
+    if (size == 3)
+    {
+        const std::size_t written = WriteFours(m, positions, out, box);
+        position += written;
+        out += 3 * written;
+    }
     // The same sums as below, of a vertex at once. The fourth lane is a neighbour's: it is read where there is
     // one, and what it writes is written over by what comes after.
     static_assert(sizeof(Vector) == 3 * sizeof(float));
@@ -121,16 +192,32 @@ WorldBox WriteCarried(Rows m, const std::vector<Vector>& positions, std::size_t 
 
 } // namespace
 
-BatchLayout::BatchLayout(const MeshFormatKey& streams)
+BatchLayout::BatchLayout(const MeshFormatKey& streams, std::size_t vertices)
 {
-    const auto take = [this](bool has, int floats) {
-        const int at = has ? size : -1;
-        size += has ? floats : 0;
+    const auto take = [this](bool has, int count) {
+        const int at = has ? floats : -1;
+        floats += has ? count : 0;
         return at;
     };
     normal = take(streams.hasNormals, 3);
     texture = take(streams.hasTexture, 2);
     color = take(streams.hasColor, 4);
+    size = floats;
+    if (normal >= 0 && texture < 0 && color < 0)
+    {
+        size = 3;
+        normal = 3 * static_cast<int>(vertices);
+    }
+}
+
+bool IsShift(const Transform& place)
+{
+    return IsShift(place.GetTransf3d().m);
+}
+
+WorldBox WriteShiftedPositions(const Mesh& mesh, const Transform& place, float* out)
+{
+    return WriteShifted(place.GetTransf3d().m, mesh.GetPositionBuffer(), 3, out);
 }
 
 WorldBox WriteVertices(const Mesh& mesh, const Transform& place, const TextureFactors& factors,

@@ -38,15 +38,23 @@ struct BatchKind
     bool operator!=(const BatchKind& other) const { return *this < other || other < *this; }
 };
 
-/// Where the streams of a vertex begin, in floats; none at -1.
+/// Where the streams of a vertex lie, in floats from its position on; none at -1.
+///
+/// Of what has normals at most, all positions stand before all normals: where something is only shifted its
+/// normals stay as they are, and are neither read nor written. Other streams stand vertex by vertex, since what
+/// is drawn has one distance between vertices for all of them.
 struct BatchLayout
 {
-    explicit BatchLayout(const MeshFormatKey& streams);
+    /// @param vertices how many there are in all.
+    BatchLayout(const MeshFormatKey& streams, std::size_t vertices);
+
+    bool AreNormalsApart() const { return normal >= 0 && size == 3; }
 
     int normal = -1;
     int texture = -1;
     int color = -1;
-    int size = 3;
+    int size = 3;   ///< from one vertex to the next
+    int floats = 3; ///< that a vertex takes
 };
 
 /// By what texture coordinates are multiplied.
@@ -63,6 +71,13 @@ struct TextureFactors
 /// @return the box of the positions written.
 WorldBox WriteVertices(const Mesh& mesh, const Transform& place, const TextureFactors& factors,
                        const BatchLayout& layout, float* out);
+
+/// Writes the positions alone, where they stand one after another, at a place that neither turns nor scales.
+/// @return their box.
+WorldBox WriteShiftedPositions(const Mesh& mesh, const Transform& place, float* out);
+
+/// Whether a place neither turns nor scales.
+bool IsShift(const Transform& place);
 
 /// The box of a mesh at a place, around its vertices.
 WorldBox BoxAt(const Mesh& mesh, const Transform& place);

@@ -385,6 +385,7 @@ void Batches::Update()
         }
     }
     m_changed.clear();
+    BatchES20::EndWriting();
     ListenOrNot();
     if (!m_isDeaf)
     {
@@ -453,7 +454,10 @@ void Batches::FetchAhead(std::size_t changed) const
     if (const Member* const member = memberAt(arrays))
     {
         FetchBegin(member->mesh->GetPositionBuffer());
-        FetchBegin(member->mesh->GetNormalBuffer());
+        if (!member->batch->HasNormalsOfMesh(member->piece))
+        {
+            FetchBegin(member->mesh->GetNormalBuffer());
+        }
     }
 }
 

@@ -132,6 +132,7 @@ void Batches::Build(StageAccess& renderer, Group& group)
         entry = entry->second.empty() ? group.rested.erase(entry) : std::next(entry);
     }
     group.hasNew = false;
+    BatchES20::EndWriting();
 }
 
 bool Batches::Returns(Group& group, const BatchKind& kind, Index index)
