@@ -77,7 +77,13 @@ public:
     void SetUserData(std::size_t piece, int userData);
 
     /// Asks the processor for what is kept of a piece, which is about to be looked at.
-    void FetchAhead(std::size_t piece) const { __builtin_prefetch(&m_pieces[piece]); }
+    void FetchAhead(std::size_t piece) const
+    {
+        __builtin_prefetch(&m_pieces[piece]);
+        // Where the next one begins this one ends.
+        __builtin_prefetch(&m_pieces[piece + 1].owner);
+        __builtin_prefetch(&m_partBoxes[piece / kPart]);
+    }
 
     /// Whether the normals of a piece stand as those of its mesh, apart from its positions: a shift doesn't read
     /// them.

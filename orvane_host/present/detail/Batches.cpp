@@ -71,6 +71,7 @@ void Batches::SceneGone()
     // What dies with it has nobody to tell.
     m_link->Cut();
     m_table.Clear();
+    m_moved.clear();
     m_changed.clear();
     m_new.clear();
     m_newPlaces.clear();
@@ -92,6 +93,15 @@ void Batches::NodeChanged(Node& node, NodeChange change)
         ++m_movedCount;
         return;
     }
+    if (change == NodeChangePlace)
+    {
+        m_moved.push_back(&node);
+        if (m_moved.size() >= kMostMoved)
+        {
+            NoteMoved();
+        }
+        return;
+    }
     const Index first = FirstOf(node);
     if (first == kNone)
     {
@@ -100,14 +110,6 @@ void Batches::NodeChanged(Node& node, NodeChange change)
         {
             NoteNew(static_cast<MeshNode&>(node));
         }
-        return;
-    }
-    const Member& only = m_members[first];
-    if (change == NodeChangePlace && only.movesOn && only.changes == 0)
-    {
-        // Nothing else is to be done about it, however many move in every frame.
-        ++m_movedCount;
-        m_loose[only.loose].due = m_frame + 1 + (kRest << only.losses);
         return;
     }
     if ((change & NodeChangeMeshes) != 0)
@@ -126,8 +128,53 @@ void Batches::NodeChanged(Node& node, NodeChange change)
     Note(first, change);
 }
 
+void Batches::NoteMoved()
+{
+    // What moves for the first time lies in no cache.
+    constexpr std::size_t forSlot = 16;
+    constexpr std::size_t forMember = 8;
+    const std::size_t count = m_moved.size();
+    for (std::size_t i = 0; i < std::min(forSlot, count); ++i)
+    {
+        m_table.FetchAhead(m_moved[i]);
+    }
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        if (i + forSlot < count)
+        {
+            m_table.FetchAhead(m_moved[i + forSlot]);
+        }
+        const Index guess = i + forMember < count ? m_table.Guess(m_moved[i + forMember]) : kNone;
+        if (guess != kNone)
+        {
+            __builtin_prefetch(&m_members[guess]);
+        }
+        NotePlace(m_moved[i]);
+    }
+    m_moved.clear();
+}
+
+void Batches::NotePlace(const Node* node)
+{
+    const Index first = m_table.Find(node, [&](Index index) { return m_members[index].node == node; });
+    if (first == kNone)
+    {
+        return;
+    }
+    const Member& only = m_members[first];
+    if (!only.movesOn || only.changes != 0)
+    {
+        Note(first, NodeChangePlace);
+        return;
+    }
+    // Nothing else is to be done about it, however many move in every frame.
+    ++m_movedCount;
+    m_loose[only.loose].due = m_frame + 1 + (kRest << only.losses);
+}
+
 void Batches::NodeGone(const Node& node)
 {
+    NoteMoved();
     const auto place = m_newPlaces.find(&node);
     if (place != m_newPlaces.end())
     {
@@ -350,6 +397,7 @@ bool Batches::IsApart(const MeshNode& node) const
 
 void Batches::Update()
 {
+    NoteMoved();
     ++m_frame;
     m_writable = std::max(kMostWritten, kWrittenForSingle * m_singleCount);
     m_isFull = false;

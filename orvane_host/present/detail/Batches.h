@@ -118,6 +118,9 @@ private:
     using Index = std::uint32_t;
     static constexpr Index kNone = ~Index{0};
 
+    /// Nodes that have moved are looked up by so many at most.
+    static constexpr std::size_t kMostMoved = 1024;
+
     /// Beside those of NodeChange: the geometry of one of a node's meshes.
     static constexpr unsigned int GeometryChange = 0x100;
 
@@ -198,6 +201,8 @@ private:
 
     Index FirstOf(const Node& node) const;
     void Note(Index first, unsigned int change);
+    void NoteMoved();
+    void NotePlace(const Node* node);
     void NoteNew(MeshNode& node);
     void Start();
     void ChooseAnchor();
@@ -288,6 +293,8 @@ private:
     std::vector<Loose> m_loose;
     std::vector<Index> m_freeLoose;
     NodeTable m_table; ///< gives the first member of a node
+    /// Have moved, and were not looked up yet: many at once wait for memory together. Only to be compared.
+    std::vector<const Node*> m_moved;
     std::vector<std::pair<Node*, Index>> m_changed; ///< the first of its members at that time
     std::vector<MeshNode*> m_new; ///< that may show meshes and have no member; null once they are gone
     std::unordered_map<const Node*, std::size_t> m_newPlaces;

@@ -40,6 +40,21 @@ public:
         return None;
     }
 
+    /// Asks the processor for what finding a node reads first.
+    void FetchAhead(const Node* node) const
+    {
+        if (!m_slots.empty())
+        {
+            __builtin_prefetch(&m_slots[HomeOf(TagOf(node))]);
+        }
+    }
+
+    /// The number that finding a node looks at first, which may be that of another node; None where there is none.
+    std::uint32_t Guess(const Node* node) const
+    {
+        return m_slots.empty() ? None : m_slots[HomeOf(TagOf(node))].number;
+    }
+
     /// The node must not have one yet.
     void Insert(const Node* node, std::uint32_t number);
 
