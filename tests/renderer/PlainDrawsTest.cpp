@@ -13,7 +13,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <functional>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <utility>
@@ -226,6 +229,30 @@ const Change kChanges[] = {
          s.scene.RemoveMaterial(s.material);
          delete s.material;
      }},
+    {"a material leaves the scene", [](Stage& s) { s.scene.RemoveMaterial(s.material); }},
+    {"a material dies, and another one comes",
+     [](Stage& s)
+     {
+         delete s.material;
+         s.material = AddMaterial(s.scene, "third");
+         s.AddMesh(*s.material);
+     }},
+    {"a material becomes see-through",
+     [](Stage& s)
+     {
+         s.material->SetOpacity(0.5f);
+         s.scene.ProcessChangedMaterial(s.material);
+     }},
+    {"a material has a draw ID of the past", [](Stage& s) { s.material->InvalidateDrawID(); }},
+    {"a material has a draw ID of the next frame",
+     [](Stage& s) { s.material->SetDrawID(s.scene.GetUpdateID() + 1); }},
+    {"a material loses its render data", [](Stage& s) { s.material->Suspend(); }},
+    {"a material has other render data",
+     [](Stage& s)
+     {
+         s.material->SetRenderData(
+             new MaterialES20(s.material, nullptr, &s.renderer.bufferPool, &s.renderer.effectCache));
+     }},
     {"a mesh is drawn from both sides", [](Stage& s) { s.meshes[1]->SetFlags(MeshFlagNoCull); }},
     {"a mesh marks its back faces", [](Stage& s) { s.meshes[1]->SetFlags(MeshFlagShowFaceSides); }},
     {"a mesh has the effect's flag", [](Stage& s) { s.meshes[1]->SetFlags(MeshFlagEffectFlag); }},
@@ -276,6 +303,7 @@ TEST(PlainDraws, FollowEveryChangeBetweenFrames)
                 frames.push_back(stage.Frame());
                 frames.push_back(stage.Frame());
                 change.make(stage);
+                frames.push_back(stage.Frame());
                 frames.push_back(stage.Frame());
                 frames.push_back(stage.Frame());
                 return frames;
@@ -410,6 +438,70 @@ TEST(PlainDraws, DataThatSayTheyDrawAsTheBaseAreDrawnWithTheOthers)
         stage.renderer.RenderItemList(camera, {{stage.meshes[1], style, false, nullptr}}, RenderPassDefault);
         EXPECT_EQ(stage.recorder.All("glDrawElements").size(), 1u);
         EXPECT_EQ(data->renders, saysSo ? 0 : 3);
+    }
+}
+
+TEST(PlainDraws, AFrameInWhichNoMaterialHasChangedLooksAtNone)
+{
+    Stage stage(MakeOwn, kKinds[0]);
+    for (int i = 0; i < 3; ++i)
+    {
+        stage.Frame();
+    }
+    // Without a word: whoever looks asks for the texture, and learns that there is none.
+    auto* const style = static_cast<MaterialES20*>(stage.material->GetRenderData());
+    style->textureId = MaterialES20::PendingTexture;
+    stage.Frame();
+    EXPECT_EQ(style->textureId, MaterialES20::PendingTexture);
+    EXPECT_EQ(stage.recorder.All("glDrawElements").size(), stage.meshes.size());
+    // Another one changes.
+    stage.meshes.back()->SetFlags(MeshFlagNoCull);
+    stage.Frame();
+    EXPECT_EQ(style->textureId, 0u);
+    EXPECT_EQ(stage.recorder.All("glDrawElements").size(), stage.meshes.size());
+}
+
+TEST(PlainDraws, WhatIsListedAsAWholeIsWhatIsListedOneByOne)
+{
+    Stage stage(MakeOwn, kKinds[0]);
+    stage.Frame();
+    auto* const camera = static_cast<CameraNodeES20*>(stage.scene.GetCameraNode()->GetRenderData());
+    Material* const third = AddMaterial(stage.scene, "third");
+    stage.AddMesh(*third);
+    stage.AddMesh(*third);
+    // A mesh at several nodes is an item of its own.
+    stage.meshes.back()->AddNode(stage.nodes[0]);
+    std::vector<Material*> lists[] = {
+        {stage.material, stage.other, third}, {third, nullptr, stage.other}, {stage.other}, {}};
+    const auto expectSame = [&](const std::vector<Material*>& list, bool clipped)
+    {
+        std::vector<RenderItemES20> items;
+        stage.renderer.PrepareWholeMaterials(list, camera, items, clipped);
+        std::vector<RenderItemES20> expected;
+        for (Material* const material : list)
+        {
+            stage.renderer.PrepareWholeMaterial(material, camera, expected, clipped);
+        }
+        ASSERT_EQ(items.size(), expected.size());
+        for (std::size_t i = 0; i < items.size(); ++i)
+        {
+            EXPECT_EQ(items[i].mesh, expected[i].mesh) << i;
+            EXPECT_EQ(items[i].style, expected[i].style) << i;
+        }
+    };
+    for (int round = 0; round < 12; ++round)
+    {
+        for (std::size_t i = 0; i < std::size(lists); ++i)
+        {
+            // Once with the clip planes, once without, and often enough for what is kept to be used.
+            for (int again = 0; again < 3; ++again)
+            {
+                expectSame(lists[i], (round + static_cast<int>(i)) % 4 == 0);
+            }
+        }
+        std::vector<Material*>& list = lists[static_cast<std::size_t>(round) % std::size(lists)];
+        std::reverse(list.begin(), list.end());
+        list.resize(round % 3 == 0 ? list.size() + 1 : list.size(), stage.material);
     }
 }
 

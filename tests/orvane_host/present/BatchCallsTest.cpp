@@ -1,4 +1,5 @@
 #include "orvane_host/present/BatchSettings.h"
+#include "orvane/math/Quaternion.h"
 #include "orvane/math/Transform.h"
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/scene/CameraNode.h"
@@ -62,7 +63,7 @@ protected:
     static constexpr int Columns = 12;
     static constexpr int Rows = 4;
     static constexpr int Cell = 8;
-    static constexpr std::int64_t BytesOfRect = 4 * 6 * sizeof(float);
+    static constexpr std::int64_t BytesOfPositions = 4 * 3 * sizeof(float); ///< of a rectangle; likewise its normals
 
     void Fill()
     {
@@ -267,9 +268,123 @@ TEST_F(BatchCalls, ANodeThatMovesOnceTakesOneUploadMore)
     Move(5, 1.0f);
     Calls expected = still;
     expected.uploads = 1;
-    expected.uploaded = BytesOfRect;
+    expected.uploaded = BytesOfPositions;
     EXPECT_EQ(CallsOfFrame(), expected);
     EXPECT_EQ(CallsOfFrame(), still);
+}
+
+TEST_F(BatchCalls, NormalsAreWrittenWhereANodeIsTurnedOrTurnedBack)
+{
+    Fill();
+    const Calls still = SteadyFrame(BatchUse::On);
+    const auto expectUploads = [&](const Transform& place, std::size_t uploads) {
+        nodes[5]->SetLocal(place);
+        Calls expected = still;
+        expected.uploads = uploads;
+        expected.uploaded = static_cast<std::int64_t>(uploads) * BytesOfPositions;
+        EXPECT_EQ(CallsOfFrame(), expected);
+        // What moves on would leave its batch.
+        for (int frame = 0; frame < 40; ++frame)
+        {
+            CallsOfFrame();
+        }
+        EXPECT_EQ(CallsOfFrame(), still);
+    };
+    Transform shifted;
+    shifted.SetPosition(Vector(0.0f, 0.0f, 1.0f));
+    Transform turned;
+    turned.SetRotation(Quaternion(0.0f, 0.0f, 0.6f, 0.8f));
+    expectUploads(shifted, 1);
+    expectUploads(turned, 2);
+    expectUploads(shifted, 2);
+    expectUploads(Transform(), 1);
+    // Other geometry has other normals.
+    Mesh& mesh = *nodes[5]->EachMesh().front();
+    const std::shared_ptr<RawMesh> raw = mesh.GetRawMesh();
+    std::vector<Vector> positions = raw->positions;
+    std::vector<Vector> normals(positions.size(), Vector(1.0f, 0.0f, 0.0f));
+    std::vector<unsigned short> indices = raw->indices;
+    raw->StartDescription();
+    raw->SetPositionBuffer(std::move(positions));
+    raw->SetNormalBuffer(std::move(normals));
+    raw->SetIndices(std::move(indices));
+    raw->EndDescription(true);
+    EXPECT_GE(CallsOfFrame().uploaded, 2 * BytesOfPositions);
+}
+
+TEST_F(BatchCalls, MaterialsThatNobodySeesAreFollowed)
+{
+    Fill();
+    Material& second = *nodes[Columns]->EachMesh().front()->GetMaterial();
+    const auto pictures = [&](BatchUse use) {
+        std::vector<Picture> taken;
+        renderer->SetBatches({use});
+        LookAt(0.12f);
+        for (int frame = 0; frame < 3; ++frame)
+        {
+            taken.push_back(Draw());
+        }
+        // Points of the row above the view reach into it.
+        second.SetFlags(MaterialFlagPoints);
+        second.pointSize = 60.0f;
+        taken.push_back(Draw());
+        second.ClearFlags(MaterialFlagPoints);
+        taken.push_back(Draw());
+        second.InvalidateDrawID();
+        LookAt(1.0f);
+        taken.push_back(Draw());
+        second.SetDrawID(0);
+        taken.push_back(Draw());
+        second.SetRenderData(nullptr);
+        taken.push_back(Draw());
+        second.SetDrawID(World().GetUpdateID() + 1);
+        taken.push_back(Draw());
+        taken.push_back(Draw());
+        second.SetDrawID(0);
+        taken.push_back(Draw());
+        return taken;
+    };
+    const std::vector<Picture> expected = pictures(BatchUse::Off);
+    const std::vector<Picture> actual = pictures(BatchUse::On);
+    for (std::size_t i = 0; i < expected.size(); ++i)
+    {
+        ExpectSame(actual[i], expected[i], ("step " + std::to_string(i)).c_str());
+    }
+}
+
+TEST_F(BatchCalls, WhatRestsAloneIsJoinedByWhatComes)
+{
+    Material& material = AddMaterial(Color(0.2f, 0.5f, 0.0f));
+    const auto add = [&] { nodes.push_back(&AddRect(material, {Cell * static_cast<int>(nodes.size()), 0, 6, 6}, 0.0f, 0)); };
+    const auto rest = [&] {
+        for (int frame = 0; frame < 40; ++frame)
+        {
+            CallsOfFrame();
+        }
+        return renderer->CountBatches();
+    };
+    add();
+    SteadyFrame(BatchUse::On);
+    EXPECT_EQ(rest().single, 1u);
+    add();
+    EXPECT_EQ(rest().pieces, 2u);
+    EXPECT_EQ(rest().single, 0u);
+    // Another kind is alone until a second one is of it.
+    nodes[0]->EachMesh().front()->SetFlags(MeshFlagNoCull);
+    EXPECT_EQ(rest().single, 1u);
+    add();
+    EXPECT_EQ(rest().pieces, 2u);
+    nodes[1]->EachMesh().front()->SetFlags(MeshFlagNoCull);
+    EXPECT_EQ(rest().pieces, 3u);
+    EXPECT_EQ(rest().single, 0u);
+    // A batch is packed anew only with as much as it holds.
+    nodes[2]->EachMesh().front()->SetFlags(MeshFlagNoCull);
+    EXPECT_EQ(rest().pieces, 2u);
+    EXPECT_EQ(rest().single, 1u);
+    nodes[0]->SetFlags(NodeFlagHidden, false);
+    nodes[0]->EachMesh().front()->ClearFlags(MeshFlagNoCull);
+    EXPECT_EQ(rest().pieces, 2u) << "what is left of it is no larger now";
+    EXPECT_EQ(rest().single, 1u) << "the hidden one";
 }
 
 TEST_F(BatchCalls, ANodeThatMovesOnTakesADrawMore)
@@ -293,7 +408,7 @@ TEST_F(BatchCalls, ANodeThatMovesOnTakesADrawMore)
         calls = CallsOfFrame();
     }
     EXPECT_LT(frames, 20);
-    EXPECT_EQ(calls.uploaded, BytesOfRect) << "what comes back is written where its room is";
+    EXPECT_EQ(calls.uploaded, BytesOfPositions) << "what comes back is written where its room is";
     EXPECT_EQ(CallsOfFrame(), still);
 }
 
