@@ -324,12 +324,6 @@ TEST_F(BatchCalls, MaterialsThatNobodySeesAreFollowed)
         {
             taken.push_back(Draw());
         }
-        // Points of the row above the view reach into it.
-        second.SetFlags(MaterialFlagPoints);
-        second.pointSize = 60.0f;
-        taken.push_back(Draw());
-        second.ClearFlags(MaterialFlagPoints);
-        taken.push_back(Draw());
         second.InvalidateDrawID();
         LookAt(1.0f);
         taken.push_back(Draw());
@@ -352,6 +346,16 @@ TEST_F(BatchCalls, MaterialsThatNobodySeesAreFollowed)
     }
 }
 
+TEST_F(BatchCalls, PointsAreDrawnWhereverTheyStand)
+{
+    Fill();
+    LookAt(0.12f);
+    EXPECT_EQ(SteadyFrame(BatchUse::On).draws, 1u);
+    // They may reach beyond their places.
+    nodes[Columns]->EachMesh().front()->GetMaterial()->SetFlags(MaterialFlagPoints);
+    EXPECT_EQ(CallsOfFrame().draws, 1u + Columns);
+}
+
 TEST_F(BatchCalls, WhatRestsAloneIsJoinedByWhatComes)
 {
     Material& material = AddMaterial(Color(0.2f, 0.5f, 0.0f));
@@ -366,7 +370,15 @@ TEST_F(BatchCalls, WhatRestsAloneIsJoinedByWhatComes)
     add();
     SteadyFrame(BatchUse::On);
     EXPECT_EQ(rest().single, 1u);
+    // As what it is by then.
+    nodes[0]->EachMesh().front()->SetFlags(MeshFlagNoCull);
+    EXPECT_EQ(rest().single, 1u);
     add();
+    nodes[1]->EachMesh().front()->SetFlags(MeshFlagNoCull);
+    EXPECT_EQ(rest().pieces, 2u);
+    EXPECT_EQ(rest().single, 0u);
+    nodes[0]->EachMesh().front()->ClearFlags(MeshFlagNoCull);
+    nodes[1]->EachMesh().front()->ClearFlags(MeshFlagNoCull);
     EXPECT_EQ(rest().pieces, 2u);
     EXPECT_EQ(rest().single, 0u);
     // Another kind is alone until a second one is of it.
