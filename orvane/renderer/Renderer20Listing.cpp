@@ -189,7 +189,7 @@ void Renderer20::PrepareLineStyles(const std::vector<LineStyle*>& lineStyles, Ca
 
 bool Renderer20::HasLosses() const
 {
-    return detail::Walk(this, detail::Walk::Draw).HasLosses();
+    return detail::Walk::HaveLosses();
 }
 
 bool Renderer20::IsGone(const RenderItemES20& item) const

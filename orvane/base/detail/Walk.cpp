@@ -61,6 +61,12 @@ bool Walk::IsRunning()
     return ThisThread().innermost != nullptr;
 }
 
+bool Walk::HaveLosses()
+{
+    const Thread& thread = ThisThread();
+    return thread.innermost && (thread.losses || thread.lossesUnknown);
+}
+
 bool Walk::IsDrawing()
 {
     for (const Walk* walk = ThisThread().innermost; walk; walk = walk->m_outer)

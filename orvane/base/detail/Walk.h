@@ -40,6 +40,9 @@ public:
 
     static bool IsRunning();
 
+    /// HasLosses of whichever walk on this thread is running; false where none is.
+    static bool HaveLosses();
+
     /// Whether any walk on this thread draws.
     static bool IsDrawing();
 
