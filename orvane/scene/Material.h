@@ -180,6 +180,12 @@ public:
         return s_listingRevision.load(std::memory_order_relaxed);
     }
 
+    /// Makes that another number: said by render data that stay and can't be drawn with any more.
+    static void ListingChanged()
+    {
+        s_listingRevision.fetch_add(1, std::memory_order_relaxed);
+    }
+
     Scene* GetScene() const
     {
         return scene;
@@ -300,14 +306,8 @@ public:
     std::string name;
 
 private:
-    friend class MaterialES20;
     friend class Mesh;
     friend class Scene;
-
-    static void ListingChanged()
-    {
-        s_listingRevision.fetch_add(1, std::memory_order_relaxed);
-    }
 
     bool MatchesUpdateID() const;
     void MeshesChanged();

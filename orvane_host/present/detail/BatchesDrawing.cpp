@@ -56,7 +56,12 @@ TextureFactors FactorsOf(const MeshStyleES20* style)
 
 Batches::Group* Batches::ListedGroup(bool areOpaque, std::size_t place, const Material* material)
 {
-    auto& [listed, group] = m_listed[areOpaque ? 0 : 1][place];
+    std::vector<std::pair<const Material*, Group*>>& known = m_listed[areOpaque ? 0 : 1];
+    if (known.size() <= place)
+    {
+        known.resize(m_materials.size());
+    }
+    auto& [listed, group] = known[place];
     if (listed != material)
     {
         const auto found = m_groups.find(material);
@@ -72,7 +77,6 @@ void Batches::ForEachMaterial(PresentationFrame& frame, bool areOpaque, Lister l
     const std::vector<Material*>& materials =
         areOpaque ? frame.scene.GetOptimizedMaterials() : frame.scene.GetAlphaMaterials();
     m_materials.assign(materials.begin(), materials.end());
-    m_listed[areOpaque ? 0 : 1].resize(m_materials.size());
     for (std::size_t i = 0; i < m_materials.size(); ++i)
     {
         // A host that is called meanwhile may have taken it away.
