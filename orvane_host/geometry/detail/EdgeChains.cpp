@@ -33,7 +33,7 @@ public:
         for (auto first = ends.begin(); first != ends.end();)
         {
             const auto last =
-                std::find_if(first, ends.end(), [&](std::size_t end) { return KeyOf(end) != KeyOf(*first); });
+                std::find_if(first + 1, ends.end(), [&](std::size_t end) { return KeyOf(end) != KeyOf(*first); });
             Join(std::vector<std::size_t>(first, last));
             first = last;
         }

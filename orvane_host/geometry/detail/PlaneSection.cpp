@@ -14,6 +14,13 @@ namespace
 /// between such ends there is nothing to fill.
 constexpr double kThinnest = 1e-6;
 
+/// Beyond it the products of lengths leave the range of numbers, and nothing has an order.
+constexpr double kLargest = 1e100;
+
+/// Sides that are put in order in all, level by level: so many are those of a solid that is crumpled all
+/// over, and would take minutes.
+constexpr std::size_t kMostOrdered = 50'000'000;
+
 using Point = PlaneSection::Point;
 
 double Dot(const Point& a, const Point& b)
@@ -83,7 +90,12 @@ void PlaneSection::Add(const std::array<Point, 3>& corners, const std::array<dou
     }
     if (crossings == 2)
     {
-        m_sides.push_back({Dot(down, m_u), Dot(down, m_v), Dot(up, m_u), Dot(up, m_v)});
+        const Side side{Dot(down, m_u), Dot(down, m_v), Dot(up, m_u), Dot(up, m_v)};
+        const auto isNumber = [](double value) { return std::abs(value) < kLargest; };
+        if (isNumber(side.u1) && isNumber(side.v1) && isNumber(side.u2) && isNumber(side.v2))
+        {
+            m_sides.push_back(side);
+        }
     }
 }
 
@@ -141,6 +153,7 @@ std::vector<PlaneSection::Strip> PlaneSection::FindStrips(const Levels& levels) 
 {
     std::vector<std::vector<std::size_t>> beginning(levels.size());
     std::vector<std::size_t> tops;
+    std::size_t ordered = 0;
     for (std::size_t i = 0; i < m_sides.size(); ++i)
     {
         const std::size_t first = LevelOf(levels, m_sides[i].v1);
@@ -149,7 +162,12 @@ std::vector<PlaneSection::Strip> PlaneSection::FindStrips(const Levels& levels) 
         if (first != last)
         {
             beginning[std::min(first, last)].push_back(i);
+            ordered += std::max(first, last) - std::min(first, last);
         }
+    }
+    if (ordered > kMostOrdered)
+    {
+        return {};
     }
     std::vector<Strip> strips;
     OpenStrips open;
@@ -203,7 +221,8 @@ std::vector<PlaneSection::Point> PlaneSection::Fill() const
             const std::size_t first = LevelOf(corners[level], m_sides[strip.left].At(levels[level]));
             const std::size_t last = LevelOf(corners[level], m_sides[strip.right].At(levels[level]));
             std::vector<Point> points;
-            for (std::size_t i = first; i <= last; ++i)
+            // Sides that cross on their way end in one corner.
+            for (std::size_t i = first; i <= std::max(first, last); ++i)
             {
                 points.push_back(ToSpace(corners[level][i], levels[level]));
             }
