@@ -17,8 +17,8 @@ constexpr double kThinnest = 1e-6;
 /// Beyond it the products of lengths leave the range of numbers, and nothing has an order.
 constexpr double kLargest = 1e100;
 
-/// Sides that are put in order in all, level by level: so many are those of a solid that is crumpled all
-/// over, and would take minutes.
+/// Sides that are put in order in all, level by level. More are those of a solid that is crumpled all over, and
+/// would take minutes.
 constexpr std::size_t kMostOrdered = 50'000'000;
 
 using Point = PlaneSection::Point;

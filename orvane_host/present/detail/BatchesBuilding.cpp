@@ -250,8 +250,7 @@ void Batches::PutTogether(StageAccess& renderer, Group& group, const BatchKind& 
 /// writes into arrays.
 bool Batches::IsStill(const BatchES20& batch, std::size_t piece, const Member& member) const
 {
-    return !member.isGone && batch.Fits(piece, *member.mesh) && !(KindOf(member) != batch.GetKind())
-        && IsSound(*member.mesh);
+    return batch.Fits(piece, *member.mesh) && !(KindOf(member) != batch.GetKind()) && IsSound(*member.mesh);
 }
 
 void Batches::Absorb(Group& group, const BatchKind& kind, std::vector<Index>& members)
@@ -283,24 +282,23 @@ void Batches::Absorb(Group& group, const BatchKind& kind, std::vector<Index>& me
                 continue;
             }
             Member& member = m_members[index];
-            const bool isStill = IsStill(*absorbed.data, piece, member);
+            const bool isFresh = member.isFresh && !member.isGone;
+            const bool isStill = isFresh && IsStill(*absorbed.data, piece, member);
             member.batch = nullptr;
             member.piece = kNone;
-            if (!member.isFresh || member.isGone)
-            {
-                continue;
-            }
             if (isStill)
             {
                 members.push_back(index);
-                continue;
             }
-            // Become another without a word.
-            member.isFresh = false;
-            MakeSingle(index, true);
-            if (StandsAlone(member) && !member.isQueued)
+            else if (isFresh)
             {
-                PutIntoTree(index);
+                // Become another without a word.
+                member.isFresh = false;
+                MakeSingle(index, true);
+                if (StandsAlone(member) && !member.isQueued)
+                {
+                    PutIntoTree(index);
+                }
             }
         }
         GiveBack(std::move(absorbed.mesh));
