@@ -292,13 +292,26 @@ TEST(PlaneSectionFill, SidesMayCrossEachOther)
         const Vector& to = corners[(i + 1) % 4];
         AddQuad(wall, from, to, Vector(to.x, to.y, 1), Vector(from.x, from.y, 1));
     }
-    for (const double sense : {1.0, -1.0})
-    {
-        for (const Point& corner : SectionAtZ(wall, 0.0, sense) + SectionAtZ(Turned(wall), 0.0, sense))
+    EXPECT_NEAR(AreaFromZ(SectionAtZ(wall, 0.0)), -0.3125, 1e-6);
+    EXPECT_NEAR(AreaFromZ(SectionAtZ(Turned(wall), 0.0)), -0.1125, 1e-6) << "above it";
+    // Two walls of one solid that cross at many angles.
+    const auto turned = [](std::vector<Triangle> box, double degrees) {
+        const double c = std::cos(degrees * 3.14159265358979323846 / 180.0);
+        const double s = std::sin(degrees * 3.14159265358979323846 / 180.0);
+        for (Triangle& triangle : box)
         {
-            EXPECT_GE(corner[0], -1e-6);
-            EXPECT_LE(corner[0], 1.0 + 1e-6);
+            for (Vector& v : triangle)
+            {
+                v = Vector(static_cast<float>(v.x * c - v.y * s), static_cast<float>(v.x * s + v.y * c), v.z);
+            }
         }
+        return box;
+    };
+    const std::vector<Triangle> along = Box(Vector(-4, -0.5f, -1), Vector(4, 0.5f, 1));
+    for (const double angle : {0.0, 10.0, 30.0, 45.0, 77.0})
+    {
+        const double area = 16.0 - 1.0 / std::cos(7.0 * 3.14159265358979323846 / 180.0);
+        EXPECT_NEAR(AreaFromZ(SectionAtZ(turned(along, angle) + turned(along, angle + 97.0), 0.0)), -area, 1e-4) << angle;
     }
     // A ball of paper: every face of a fine grid goes somewhere.
     std::mt19937 numbers(3);
