@@ -86,11 +86,15 @@ private:
     GLboolean m_before[4] = {};
 };
 
-/// Once it is uploaded.
-bool HasColors(const RenderItemES20& item)
+/// Of an item, once it is uploaded; of one that stands for a whole material, of its meshes.
+MaterialES20::Colored HowManyAreColored(const RenderItemES20& item)
 {
+    if (!item.mesh)
+    {
+        return static_cast<MaterialES20&>(*item.style).HowManyListedAreColored();
+    }
     const auto* const data = static_cast<const MeshES20*>(item.mesh->GetRenderData());
-    return data && data->GetColorOffset() >= 0;
+    return data && data->GetColorOffset() >= 0 ? MaterialES20::Colored::All : MaterialES20::Colored::None;
 }
 
 } // namespace
@@ -450,7 +454,10 @@ void SurfaceStage::DrawItems(PresentationFrame& frame, const std::vector<RenderI
             dress.reflection = m_reflecting ? ReflectionOf(*style) : Reflection();
             takesColors = TakesVertexColors(*style);
         }
-        dress.isColored = takesColors && HasColors(item);
+        const MaterialES20::Colored colored =
+            takesColors ? HowManyAreColored(item) : MaterialES20::Colored::None;
+        dress.isColored = colored == MaterialES20::Colored::All;
+        dress.isMixed = colored == MaterialES20::Colored::Some;
         return dress;
     };
     auto begin = items.begin();
@@ -461,6 +468,14 @@ void SurfaceStage::DrawItems(PresentationFrame& frame, const std::vector<RenderI
         const auto end = std::find_if(begin, items.end(), [&](const RenderItemES20& item) {
             return passOf(item) != own || !(dressOf(item) == shared);
         });
+        if (shared.isMixed)
+        {
+            m_spread.clear();
+            std::for_each(begin, end, [this](const RenderItemES20& item) { StageAccess::ListMeshes(item, m_spread); });
+            DrawItems(frame, m_spread, pass, buffer);
+            begin = end;
+            continue;
+        }
         Reflect(shared.reflection);
         if (shader)
         {
