@@ -51,12 +51,26 @@ constexpr EffectCache::EffectType kPassEffects[kRenderPassCount] = {
     EffectCache::Monotone,                  // RenderPassMonotoneSecond
 };
 
+/// Whether an effect is of a class or of what derives from it, for which alone the classes are searched.
+template <class Effect>
+bool IsOf(const EffectES20* effect)
+{
+    return effect && (typeid(*effect) == typeid(Effect) || dynamic_cast<const Effect*>(effect));
+}
+
 /// Whether an effect is one of the model that advanced materials are shaded by.
 bool IsOfModel(const EffectES20* effect, EffectCache::EffectType model)
 {
-    return model == EffectCache::AdvancedMaterialPhong
-               ? dynamic_cast<const AdvancedMaterialPhongEffectES20*>(effect) != nullptr
-               : dynamic_cast<const AdvancedMaterialEffectES20*>(effect) != nullptr;
+    return model == EffectCache::AdvancedMaterialPhong ? IsOf<AdvancedMaterialPhongEffectES20>(effect)
+                                                       : IsOf<AdvancedMaterialEffectES20>(effect);
+}
+
+/// Null for an effect of neither model.
+AdvancedMaterialBaseES20* AsAdvanced(EffectES20& effect)
+{
+    const std::type_info& type = typeid(effect);
+    const bool isOwn = type == typeid(AdvancedMaterialEffectES20) || type == typeid(AdvancedMaterialPhongEffectES20);
+    return isOwn ? static_cast<AdvancedMaterialBaseES20*>(&effect) : dynamic_cast<AdvancedMaterialBaseES20*>(&effect);
 }
 
 bool IsNodeMaterial(Material& material)
@@ -355,7 +369,7 @@ void MaterialES20::SetUpPass(unsigned int pass)
     case RenderPassAdvanced:
     case RenderPassAdvancedSecond:
         FollowShaderType(pass);
-        if (auto* const advanced = dynamic_cast<AdvancedMaterialBaseES20*>(currentEffect))
+        if (AdvancedMaterialBaseES20* const advanced = AsAdvanced(*currentEffect))
         {
             advanced->passFlag = pass == RenderPassAdvancedSecond;
         }

@@ -8,6 +8,7 @@
 #include "orvane_host/present/detail/Effects.h"
 #include "orvane_host/present/detail/LightShareScope.h"
 #include "orvane_host/present/detail/LineStage.h"
+#include "orvane_host/present/detail/MaterialDataOf.h"
 #include "orvane_host/present/detail/NeededScope.h"
 #include "orvane_host/present/detail/SampleShadingScope.h"
 #include "orvane_host/present/detail/ShadowStage.h"
@@ -32,6 +33,7 @@
 #include <cmath>
 #include <cstddef>
 #include <functional>
+#include <typeinfo>
 
 namespace OV::Host::Detail
 {
@@ -205,7 +207,7 @@ bool SurfaceStage::Reflection::operator==(const Reflection& other) const
 SurfaceStage::Reflection SurfaceStage::ReflectionOf(const MeshStyleES20& style)
 {
     Reflection reflection;
-    const auto* const data = dynamic_cast<const MaterialES20*>(&style);
+    const MaterialES20* const data = MaterialDataOf(style);
     const Material* const material = data ? data->GetMaterial() : nullptr;
     if (!material)
     {
@@ -232,8 +234,9 @@ void SurfaceStage::PrepareReflection()
 bool SurfaceStage::TakesVertexColors(const MeshStyleES20& style)
 {
     // Those of a host are its own affair, and those of cuts are there for the look of that name alone.
-    const auto* const data = dynamic_cast<const MaterialES20*>(&style);
-    return data && dynamic_cast<const ImportedMaterial*>(data->GetMaterial());
+    const MaterialES20* const data = MaterialDataOf(style);
+    const Material* const material = data ? data->GetMaterial() : nullptr;
+    return material && typeid(*material) == typeid(ImportedMaterial);
 }
 
 void SurfaceStage::Reflect(const Reflection& reflection)
@@ -366,7 +369,7 @@ void SurfaceStage::DrawWithoutLines(PresentationFrame& frame, const std::vector<
 /// Whether a see-through surface is drawn with an effect that knows layers.
 bool SurfaceStage::IsLayered(const RenderItemES20& item) const
 {
-    const auto* const data = dynamic_cast<const MaterialES20*>(item.style);
+    const MaterialES20* const data = MaterialDataOf(*item.style);
     const Material* const material = data ? data->GetMaterial() : nullptr;
     if (!material || (material->GetFlags() & (MaterialFlagAlwaysPass | MaterialFlagPoints)) != 0)
     {
@@ -482,7 +485,7 @@ void SurfaceStage::DrawItems(PresentationFrame& frame, const std::vector<RenderI
             shader->SetVertexColors(shared.isColored);
         }
         m_run.assign(begin, end);
-        if (dynamic_cast<const MaterialES20*>(m_run.front().style))
+        if (MaterialDataOf(*m_run.front().style))
         {
             frame.renderer.DrawInPicture(frame, m_run, own);
         }
