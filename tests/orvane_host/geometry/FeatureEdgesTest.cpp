@@ -12,10 +12,12 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
 #include <limits>
 #include <random>
 #include <set>
+#include <thread>
 #include <tuple>
 
 namespace OV::Host::Test
@@ -196,6 +198,37 @@ TEST(FeatureEdges, VerticesNearEachOtherAreOne)
         }
     }
     EXPECT_EQ(FeatureEdges::Find(Soup(triangles)).size(), 8u);
+}
+
+TEST(FeatureEdges, AnEndIsFoundWhileAnotherThreadWritesPoints)
+{
+    RawMesh mesh = Soup(Box(2.0f, 3.0f, 4.0f));
+    Vector& last = mesh.positions.back();
+    std::atomic<bool> stop{false};
+    std::atomic<int> rounds{0};
+    std::thread writer([&] {
+        volatile float* const coordinates[] = {&last.x, &last.y, &last.z};
+        const float values[] = {0.5f, -1e38f, std::numeric_limits<float>::quiet_NaN(), 1e38f};
+        for (; !stop; ++rounds)
+        {
+            for (const float value : values)
+            {
+                for (volatile float* coordinate : coordinates)
+                {
+                    *coordinate = value;
+                }
+            }
+        }
+    });
+    std::size_t most = 0;
+    while (rounds < 4'000'000)
+    {
+        most = std::max(most, FeatureEdges::Find(mesh).size());
+    }
+    stop = true;
+    writer.join();
+    // The eleven triangles that stand still have at most so many sides.
+    EXPECT_LE(most, 12u * 3u);
 }
 
 TEST(FeatureEdges, FarFromTheOriginABoxIsStillABox)
