@@ -21,6 +21,7 @@ namespace OV::detail
 /// - BindStreams and ReleaseStreams, what it does about the attributes of a mesh;
 /// - BindNoFlags, the uniforms of a mesh that has no flag;
 /// - EndMesh, what it sends between two meshes;
+/// - TakesColors, whether the program in use has the attribute of colours;
 /// - CanRepeat, whether nothing but NodeUniforms and EndMesh is sent for a mesh in the same buffer as the one
 ///   before, which was not clipped otherwise;
 /// - NodeUniforms, with Send for a node and whether it takes the light.
