@@ -19,6 +19,7 @@
 #include <cstddef>
 #include <iterator>
 #include <memory>
+#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -127,7 +128,8 @@ void Renderer20::PrepareWholeMaterials(const std::vector<Material*>& materials, 
             return;
         }
         const std::size_t before = items.size();
-        const bool isAlwaysReady = material && !material->UsingDrawID();
+        // A class of the host's may change its mind without a word.
+        const bool isAlwaysReady = material && typeid(*material) == typeid(Material) && !material->UsingDrawID();
         PrepareWholeMaterial(material, cameraData, items, clippingPlane);
         const bool isWhole = items.size() == before + 1 && !items.back().mesh;
         wholes[place] = {material, isAlwaysReady && isWhole ? static_cast<MaterialES20*>(items.back().style) : nullptr};

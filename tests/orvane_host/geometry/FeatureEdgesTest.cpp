@@ -510,4 +510,21 @@ TEST(FeatureEdges, MoreThanOneLineHoldsAreDivided)
     EXPECT_EQ(segments, (std::multiset<std::size_t>{12000 - 8192, 8192}));
 }
 
+TEST(FeatureEdges, SidesOfAFewLinesWithManyEndsOnThemAreLeftInOnePiece)
+{
+    // A mesh whose places fell onto three lines: each of its sides has the ends of thousands of others on it.
+    std::mt19937 numbers(7);
+    std::vector<Triangle> triangles;
+    for (int i = 0; i < 20000; ++i)
+    {
+        Triangle triangle;
+        for (Vector& corner : triangle)
+        {
+            corner = Vector(static_cast<float>(numbers() % 100000), static_cast<float>(numbers() % 3) * 50000.0f, 0.0f);
+        }
+        triangles.push_back(triangle);
+    }
+    EXPECT_GT(FeatureEdges::Find(Soup(triangles)).size(), 1000u);
+}
+
 } // namespace OV::Host::Test
