@@ -128,6 +128,7 @@ void ShadowStage::ReleaseGL()
     Drop(m_effect);
     m_depth.Resize(0, 0);
     m_glass.Resize(0, 0);
+    m_table.ReleaseGL();
     m_drawn.reset();
     m_inForce = false;
 }
@@ -441,15 +442,15 @@ void ShadowStage::DrawPart(PresentationFrame& frame, const SunView& view, const 
 
 void ShadowStage::SetValues(const PresentationFrame& frame, const WholeView& seen, const SunView& view)
 {
-    static_assert(SunShare::MostTiles == SunView::MostTiles);
+    static_assert(SunTable::Columns == SunView::MostTiles);
     SunShare::Values& values = m_share.values;
     const auto narrow = [](double value) { return static_cast<float>(value); };
     const bool isPerspective = frame.camera.GetProjection() == CameraNode::Perspective;
     const glm::ivec2 size = view.GetSize();
     values.texel = {narrow(1.0 / size.x), narrow(1.0 / size.y)};
     const std::vector<SunView::Tile>& tiles = view.GetTiles();
-    values.tiles = static_cast<int>(tiles.size());
-    values.slices = {narrow(view.GetSlices().perOctave), narrow(view.GetSlices().atOne)};
+    values.slices = {narrow(view.GetSlices().perOctave / SunTable::Columns),
+                     narrow(view.GetSlices().atOne / SunTable::Columns)};
     const glm::dmat4 toWorld = SunShare::ToWorld(seen.worldToClip, isPerspective);
     values.step = {narrow(tiles.front().step.x), narrow(tiles.front().step.y)};
     const bool hasParts = tiles.size() > 1;
@@ -458,15 +459,17 @@ void ShadowStage::SetValues(const PresentationFrame& frame, const WholeView& see
     {
         // From the eye, near which what is small shows most.
         m_share.frame.start = glm::dvec2(tiles.front().toMap * toWorld[3]);
-    }
-    for (std::size_t i = 0; i < tiles.size(); ++i)
-    {
-        const SunView::Tile& tile = tiles[i];
-        const glm::dvec2 finer = tiles.front().step / tile.step;
-        const glm::dvec4 eye = tile.toMap * toWorld[3];
-        values.parts[i] = {narrow(finer.x), narrow(finer.y), narrow(eye.x), narrow(eye.y)};
-        values.rects[i] = {narrow(tile.low.x + 0.5), narrow(tile.low.y + 0.5), narrow(tile.high.x - 0.5),
-                           narrow(tile.high.y - 0.5)};
+        SunTable::Rows rows;
+        for (std::size_t i = 0; i < SunTable::Columns; ++i)
+        {
+            const SunView::Tile& tile = tiles[std::min(i, tiles.size() - 1)];
+            const glm::dvec2 finer = tiles.front().step / tile.step;
+            const glm::dvec4 eye = tile.toMap * toWorld[3];
+            rows[0][i] = {narrow(finer.x), narrow(finer.y), narrow(eye.x), narrow(eye.y)};
+            rows[1][i] = {narrow(tile.low.x + 0.5), narrow(tile.low.y + 0.5), narrow(tile.high.x - 0.5),
+                          narrow(tile.high.y - 0.5)};
+        }
+        m_table.Upload(rows);
     }
     constexpr double radians = 3.14159265358979323846 / 180.0;
     const double halfWidth = m_settings->soft ? std::tan(0.5 * m_settings->sunWidth * radians) : 0.0;
@@ -479,6 +482,8 @@ void ShadowStage::SetValues(const PresentationFrame& frame, const WholeView& see
 
 void ShadowStage::BindMaps(PresentationFrame& frame)
 {
+    glActiveTexture(GL_TEXTURE0 + SunShare::TableUnit);
+    glBindTexture(GL_TEXTURE_2D, m_table.GetTexture());
     glActiveTexture(GL_TEXTURE0 + SunShare::GlassUnit);
     glBindTexture(GL_TEXTURE_2D, m_hasGlass ? m_glass.GetTarget().GetColorTexture() : 0);
     glActiveTexture(GL_TEXTURE0 + SunShare::DepthUnit);
@@ -486,6 +491,7 @@ void ShadowStage::BindMaps(PresentationFrame& frame)
     glActiveTexture(GL_TEXTURE0);
     frame.usedUnits[SunShare::DepthUnit] = true;
     frame.usedUnits[SunShare::GlassUnit] = true;
+    frame.usedUnits[SunShare::TableUnit] = true;
 }
 
 } // namespace OV::Host::Detail

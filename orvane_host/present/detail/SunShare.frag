@@ -7,11 +7,11 @@
 //
 // Most fragments lie well within the light or the shadow. The four pixels of a quad, which
 // derivatives are taken over, look up different places, and only where they don't agree the share is
-// worked out. Looking up is what costs most, then reading uniforms: those that don't depend on the part
-// come with the place, see SunShare.vert.
+// worked out. Looking up is what costs most, half of it waiting for memory: what isn't wanted is looked up
+// where others have just been. Then come uniforms: those that don't depend on the part come with the
+// place, see SunShare.vert.
 
 @SUN_OPTIONS@
-#define SUN_TILES 8
 // Of loops that end before. A compiler that unrolls a loop makes every fragment go through all of it;
 // this is more than any unrolls. One that masks goes through the first round in any case, and through
 // all of the round that ends the loop: conditions stand at the end.
@@ -22,15 +22,17 @@
 uniform sampler2D u_sunDepth;            // lengths along the light, 0 to 1
 uniform sampler2D u_sunGlass;            // length of the first glass in red, green and blue, what all lets through in alpha
 #ifdef SUN_PARTS
-uniform int u_sunTiles;                  // in use
-uniform vec2 u_sunSlices;                // see SunView::Slices
-uniform vec4 u_sunParts[SUN_TILES];      // factors and offsets, across and up, to texels of the part
-uniform vec4 u_sunRects[SUN_TILES];      // texels that may be read: the middles of the first and the last
+// A column for each part, the last one's up to the end. Below: factors and offsets, across and up, to texels of the
+// part. Above: texels that may be read, the middles of the first and the last.
+uniform sampler2D u_sunTable;
 #endif
 
 // See SunShare.vert; where there are parts, places are counted from the eye.
 varying vec4 v_sunPlace;
 varying vec4 v_sunTexel;
+#ifdef SUN_PARTS
+varying vec2 v_sunSlices;
+#endif
 #ifdef SUN_SOFT
 varying vec2 v_sunWidening;
 #endif
@@ -73,11 +75,11 @@ float sunBehindSolid(SunSpot spot, vec2 texel)
     return sunBehind(spot, texel, texture2D(u_sunDepth, texel * v_sunTexel.xy).r);
 }
 
-// How far it lies behind the first glass, and what all glass lets through.
-vec2 sunBehindGlass(SunSpot spot, vec2 texel)
+// How far it lies behind the first glass, and what all glass lets through; anything where that isn't wanted.
+vec2 sunBehindGlass(SunSpot spot, vec2 texel, bool wanted)
 {
 #ifdef SUN_GLASS
-    vec4 glass = texture2D(u_sunGlass, texel * v_sunTexel.xy);
+    vec4 glass = texture2D(u_sunGlass, wanted ? texel * v_sunTexel.xy : vec2(0.0));
     float first = dot(glass.rgb, vec3(65536.0, 256.0, 1.0) * (255.0 / 16777215.0));
     return vec2(sunBehind(spot, texel, first), glass.a);
 #else
@@ -85,17 +87,22 @@ vec2 sunBehindGlass(SunSpot spot, vec2 texel)
 #endif
 }
 
-// The share of the light at a texel.
-float sunTap(SunSpot spot, vec2 texel)
-{
-    vec2 glass = sunBehindGlass(spot, texel);
-    return sunBehindSolid(spot, texel) > 0.0 ? 0.0 : glass.x > 0.0 ? glass.y : 1.0;
-}
-
 // Texels to a place within the pixel, from its middle.
 vec2 sunWithin(SunSpot spot, vec2 at)
 {
     return at.x * spot.across.xy + at.y * spot.up.xy;
+}
+
+// Whether the rim of glass falls among the pixels of a quad. It is as narrow as it may be: to look for
+// it farther off would cost as much as the solid does.
+// open: what glass lets through.
+bool isGlassRim(float open)
+{
+#ifdef SUN_GLASS
+    return abs(dFdx(open)) + abs(dFdy(open)) > 0.01;
+#else
+    return false;
+#endif
 }
 
 // Which pixel of its quad this is: -1 or 1 across and up.
@@ -118,18 +125,6 @@ vec2 sunOfQuad(vec2 value, vec2 side)
     // Of the pixel beside it and then of both above or below.
     value += value - side.x * dFdx(value);
     return value + value - side.y * dFdy(value);
-}
-
-// Whether the rim of glass falls among the pixels of a quad. It is as narrow as it may be: to look for
-// it farther off would cost as much as the solid does.
-bool isGlassRim(vec2 glass)
-{
-#ifdef SUN_GLASS
-    float isGlass = step(0.0, glass.x);
-    return abs(dFdx(isGlass)) + abs(dFdy(isGlass)) > 0.5;
-#else
-    return false;
-#endif
 }
 
 float sunShare(SunSpot spot, bool wanted)
@@ -164,13 +159,15 @@ float sunShare(SunSpot spot, bool wanted)
         behind.y = sunBehindSolid(spot, sunTexelAt(spot, second));
         behind.z = sunBehindSolid(spot, sunTexelAt(spot, third));
 #endif
-        vec2 glass = sunBehindGlass(spot, i == 0 ? sunTexelAt(spot, vec2(0.0)) : texel);
+        // Not behind what is solid: where the first three places are, no other is asked for.
+        bool seesGlass = behind.x <= 0.0 || (i == 0 && min(behind.y, behind.z) <= 0.0);
+        vec2 glass = sunBehindGlass(spot, i == 0 ? sunTexelAt(spot, vec2(0.0)) : texel, seesGlass);
         float open = glass.x > 0.0 ? glass.y : 1.0;
         if (i == 0)
         {
             vec3 hidden = step(0.0, behind);
             vec2 found = sunOfQuad(vec2(dot(hidden, vec3(1.0)), dot(hidden, clamp(behind, 0.0, 1.0))), side);
-            bool isRim = isGlassRim(glass);
+            bool isRim = isGlassRim(open);
             bool isMixed = found.x < 11.5 && (found.x > 0.5 || isRim);
             if (!wanted || !isMixed)
             {
@@ -214,21 +211,28 @@ float sunShare(SunSpot spot, bool wanted)
 {
     // The outermost corner of the quad: of four that agree none is on a rim.
     vec2 side = 0.5 * sunSide();
-    float lit = sunTap(spot, sunTexelAt(spot, sunWithin(spot, side)));
-    bool isMixed = abs(dFdx(lit)) + abs(dFdy(lit)) > 0.01;
-    float corner = lit;
+    bool isCornerHidden = sunBehindSolid(spot, sunTexelAt(spot, sunWithin(spot, side))) > 0.0;
+    float corner = float(isCornerHidden);
+    bool isMixed = abs(dFdx(corner)) + abs(dFdy(corner)) > 0.5;
     // The middle of a side of the quad, and on rims eight places of a pixel, or of a texel where that
     // is larger, no two of which lie in a row or column: rims are as smooth as those of surfaces.
     vec2 spread = clamp(1.0 - max(abs(spot.across.xy), abs(spot.up.xy)), 0.0, 1.0);
     vec2 at = vec2(-side.y, side.x);
-    float count = 1.0;
+    float lit = 0.0;
+    float count = 0.0;
     for (int i = 0; i < SUN_ROUNDS; ++i)
     {
-        lit += sunTap(spot, sunTexelAt(spot, sunWithin(spot, at) + at * spread));
+        vec2 texel = sunTexelAt(spot, sunWithin(spot, at) + at * spread);
+        bool isHidden = sunBehindSolid(spot, texel) > 0.0;
+        vec2 glass = sunBehindGlass(spot, texel, !isHidden);
+        float open = isHidden ? 0.0 : glass.x > 0.0 ? glass.y : 1.0;
+        lit += open;
         count += 1.0;
         if (i == 0)
         {
-            if (!wanted || (!isMixed && abs(lit - 2.0 * corner) < 0.01))
+            // Glass takes as much as the solid, and is looked up at these places alone.
+            bool isRim = isGlassRim(open);
+            if (!wanted || (!isMixed && !isRim && isHidden == isCornerHidden))
             {
                 break;
             }
@@ -246,19 +250,21 @@ float sunShare(SunSpot spot, bool wanted)
 }
 #endif
 
-// The fragment in a part of the map.
-// across, up: from its place to those of the pixels beside and above it.
-void sunSpotIn(int tile, vec3 across, vec3 up, inout SunSpot spot)
+// The fragment in its part of the map.
+SunSpot sunSpot()
 {
+    SunSpot spot;
     spot.place = v_sunPlace.xyz;
-    spot.across = across;
-    spot.up = up;
+    spot.across = dFdx(v_sunPlace.xyz);
+    spot.up = dFdy(v_sunPlace.xyz);
     spot.step = v_sunTexel.zw;
 #ifdef SUN_SOFT
     spot.widening = v_sunWidening;
 #endif
 #ifdef SUN_PARTS
-    vec4 part = u_sunParts[tile];
+    // By the distance alone: asking one part after the other takes twice what the rest does.
+    float column = v_sunSlices.y - v_sunSlices.x * log2(gl_FragCoord.w);
+    vec4 part = texture2D(u_sunTable, vec2(column, 0.25));
     spot.place.xy = spot.place.xy * part.xy + part.zw;
     spot.across.xy *= part.xy;
     spot.up.xy *= part.xy;
@@ -266,8 +272,9 @@ void sunSpotIn(int tile, vec3 across, vec3 up, inout SunSpot spot)
 #ifdef SUN_SOFT
     spot.widening *= part.xy;
 #endif
-    spot.rect = u_sunRects[tile];
+    spot.rect = texture2D(u_sunTable, vec2(column, 0.75));
 #endif
+    return spot;
 }
 
 #ifdef SUN_PARTS
@@ -280,18 +287,11 @@ bool isWithin(SunSpot spot)
 
 float OVSL_LightShare(bool wanted)
 {
-    vec3 across = dFdx(v_sunPlace.xyz);
-    vec3 up = dFdy(v_sunPlace.xyz);
-    SunSpot spot;
+    SunSpot spot = sunSpot();
     // About the only part the map is empty, so that what lies beyond it is lit.
     bool isOpen = wanted;
 #ifdef SUN_PARTS
-    // By the distance alone: asking one part after the other takes twice what the rest does.
-    float slice = u_sunSlices.y - u_sunSlices.x * log2(gl_FragCoord.w);
-    sunSpotIn(int(clamp(slice, 0.0, float(u_sunTiles) - 0.5)), across, up, spot);
     isOpen = isOpen && isWithin(spot);
-#else
-    sunSpotIn(0, across, up, spot);
 #endif
     // The plane turns the same side to the sun as to the eye if it looks the same way round to both.
     float area = spot.across.x * spot.up.y - spot.across.y * spot.up.x;
@@ -302,7 +302,9 @@ float OVSL_LightShare(bool wanted)
     vec2 reach = max(abs(spot.across.xy), abs(spot.up.xy)) * spot.step;
     spot.room = 0.75 * max(spot.step.x, spot.step.y) + 0.5 * max(reach.x, reach.y)
               + 0.02 * (abs(spot.slope.x) + abs(spot.slope.y)) + 1.0e-6;
-    float share = sunShare(spot, isOpen && area > 0.0);
+    bool isWanted = isOpen && area > 0.0;
+    spot.place.xy = isWanted ? spot.place.xy : vec2(0.0);
+    float share = sunShare(spot, isWanted);
     return area > 0.0 ? isOpen ? share : 1.0 : 0.0;
 }
 

@@ -23,20 +23,16 @@ namespace OV::Host::Detail
 class SunShare final : public LightShare
 {
 public:
-    static constexpr int MostTiles = 8;
-
     /// Units in which the maps are bound while the share is in force: the looks use those below.
     static constexpr int DepthUnit = 6;
     static constexpr int GlassUnit = 7;
+    static constexpr int TableUnit = 8; ///< see SunTable
 
     /// As the uniforms of SunShare.vert and SunShare.frag.
     struct Values
     {
         std::array<float, 2> texel{};
-        int tiles = 0;
         std::array<float, 2> slices{};
-        std::array<std::array<float, 4>, MostTiles> parts{};
-        std::array<std::array<float, 4>, MostTiles> rects{};
         std::array<float, 2> step{};
         std::array<float, 2> look{};
     };
