@@ -53,16 +53,17 @@ constexpr double kSoftTexel = 1.0;
 constexpr int kMostTexels = 4096;
 constexpr int kMostTexelsOfPart = 2048;
 
-/// Steps of a depth that the edge of a texel has at least, for rounding to count for nothing against what
+/// Steps of a depth of 16 bits, and how many the edge of a texel has at least, for rounding to be less than what
 /// surfaces are allowed to lie behind themselves, which is most of an edge.
-constexpr double kStepsOfEdge = 16.0;
+constexpr double kSteps = 65535.0;
+constexpr double kStepsOfEdge = 2.0;
 
 /// Whether 16 bits tell the lengths of a map apart.
 bool IsShortEnough(const SunView& view)
 {
     const auto& tiles = view.GetTiles();
     return std::all_of(tiles.begin(), tiles.end(), [](const SunView::Tile& tile) {
-        return std::max(tile.step.x, tile.step.y) * 65535.0 >= kStepsOfEdge;
+        return std::max(tile.step.x, tile.step.y) * kSteps >= kStepsOfEdge;
     });
 }
 
@@ -454,11 +455,15 @@ void ShadowStage::SetValues(const PresentationFrame& frame, const WholeView& see
     const glm::dmat4 toWorld = SunShare::ToWorld(seen.worldToClip, isPerspective);
     values.step = {narrow(tiles.front().step.x), narrow(tiles.front().step.y)};
     const bool hasParts = tiles.size() > 1;
-    m_share.frame = {&frame.cameraData, isPerspective, tiles.front().toMap, glm::dvec2(0.0)};
+    m_share.frame = {&frame.cameraData, isPerspective, tiles.front().toMap, glm::dvec3(0.0)};
+    // What is in the map may be rounded up: a surface isn't behind itself for that.
+    m_share.frame.start.z = IsShortEnough(view) ? 0.5 / kSteps : 0.0;
     if (hasParts)
     {
         // From the eye, near which what is small shows most.
-        m_share.frame.start = glm::dvec2(tiles.front().toMap * toWorld[3]);
+        const glm::dvec4 start = tiles.front().toMap * toWorld[3];
+        m_share.frame.start.x = start.x;
+        m_share.frame.start.y = start.y;
         SunTable::Rows rows;
         for (std::size_t i = 0; i < SunTable::Columns; ++i)
         {

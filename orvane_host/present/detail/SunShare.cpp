@@ -100,7 +100,7 @@ void SunShare::FeedPlace(ShaderProgram& program, int uniform) const
     const glm::dvec3 none(0.0);
     const glm::dvec3 adds[] = {glm::dvec3(toMap[0]), glm::dvec3(toMap[1]), frame.isPerspective ? none : farther,
                                frame.isPerspective ? farther : none,
-                               glm::dvec3(toMap[3]) - glm::dvec3(frame.start, 0.0)};
+                               glm::dvec3(toMap[3]) - frame.start};
     glm::vec3 rows[std::size(adds)];
     std::copy(std::begin(adds), std::end(adds), rows);
     program.Uniform3fv(uniform, static_cast<int>(std::size(rows)), glm::value_ptr(rows[0]));

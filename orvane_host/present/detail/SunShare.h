@@ -3,7 +3,7 @@
 #include "orvane/effects/LightShare.h"
 
 #include <glm/mat4x4.hpp>
-#include <glm/vec2.hpp>
+#include <glm/vec3.hpp>
 
 #include <array>
 #include <string>
@@ -55,7 +55,7 @@ public:
         const CameraNodeES20* camera = nullptr;
         bool isPerspective = true;
         glm::dmat4 toMap{1.0};  ///< world space to texels of the first part of the map, and lengths along the light
-        glm::dvec2 start{0.0};  ///< texels of it, across and up, that are counted from
+        glm::dvec3 start{0.0};  ///< that is counted from: texels of it, across and up, and the length
     };
     Frame frame;
 
