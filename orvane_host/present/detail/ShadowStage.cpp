@@ -49,6 +49,9 @@ constexpr double kLowest = 0.01;
 constexpr double kHardTexel = 1.4142135623730950;
 constexpr double kSoftTexel = 1.0;
 
+/// Degrees. Of wider suns soft shadows are looked for at more places.
+constexpr float kWidest = 1.0f;
+
 /// Of a side of a map's part: of a view, and of a tile of a poster, beside whose buffers the map has to find room.
 constexpr int kMostTexels = 4096;
 constexpr int kMostTexelsOfPart = 2048;
@@ -482,6 +485,7 @@ void ShadowStage::SetValues(const PresentationFrame& frame, const WholeView& see
     const auto optionIf = [](bool condition, SunShare::Option option) { return condition ? unsigned(option) : 0u; };
     m_share.SetOptions(optionIf(hasParts, SunShare::OptionParts)
                        | optionIf(m_settings->soft, SunShare::OptionSoft)
+                       | optionIf(m_settings->soft && m_settings->sunWidth > kWidest, SunShare::OptionWide)
                        | optionIf(m_hasGlass, SunShare::OptionGlass));
 }
 

@@ -43,6 +43,7 @@ constexpr OptionRow kOptions[] = {
     {SunShare::OptionParts, "SUN_PARTS"},
     {SunShare::OptionSoft, "SUN_SOFT"},
     {SunShare::OptionGlass, "SUN_GLASS"},
+    {SunShare::OptionWide, "SUN_WIDE"},
 };
 
 } // namespace

@@ -134,12 +134,21 @@ float sunShare(SunSpot spot, bool wanted)
     vec2 radius = max(spot.widening * spot.place.z, 2.0 * least);
     // Each pixel of a quad looks up two of eight places of a disc, in the first round of the loop: how many
     // are hidden by what is solid, and how far they lie behind it. Where they agree that is all. Four lie on
-    // the rim and four between these on half the radius, so that none of the disc is farther than 0.53 of its
-    // radius from the nearest.
+    // the rim and four between these on half the radius. The disc of a wide sun reaches over more that is
+    // small, and has twelve.
     vec2 side = sunSide();
     vec2 turned = vec2(-side.y, side.x);
+#ifdef SUN_WIDE
+    vec2 first = radius * (0.33 * side + 0.6 * turned);
+    vec2 second = radius * (0.43 * side - 0.25 * turned);
+    float third = sunBehindSolid(spot, sunTexelAt(spot, radius * (0.23 * side + 0.08 * turned)));
+    const float places = 12.0;
+#else
     vec2 first = radius * (0.6 * side + 0.33 * turned);
     vec2 second = radius * (0.34 * side - 0.1 * turned);
+    const float third = -1.0;
+    const float places = 8.0;
+#endif
     vec2 behind = vec2(0.0);
 #ifdef SUN_GLASS
     // Glass takes more than the solid: one place a round, for the first to look it up once.
@@ -159,18 +168,19 @@ float sunShare(SunSpot spot, bool wanted)
         behind.y = sunBehindSolid(spot, sunTexelAt(spot, second));
 #endif
         // Not behind what is solid: where the first places are, no other is asked for.
-        bool seesGlass = behind.x <= 0.0 || (i == 0 && behind.y <= 0.0);
+        bool seesGlass = behind.x <= 0.0 || (i == 0 && min(behind.y, third) <= 0.0);
         vec2 glass = sunBehindGlass(spot, i == 0 ? sunTexelAt(spot, vec2(0.0)) : texel, seesGlass);
         float open = glass.x > 0.0 ? glass.y : 1.0;
         if (i == 0)
         {
-            vec2 hidden = step(0.0, behind);
-            vec2 found = sunOfQuad(vec2(hidden.x + hidden.y, dot(hidden, clamp(behind, 0.0, 1.0))), side);
+            vec3 lengths = vec3(behind, third);
+            vec3 hidden = step(0.0, lengths);
+            vec2 found = sunOfQuad(vec2(dot(hidden, vec3(1.0)), dot(hidden, clamp(lengths, 0.0, 1.0))), side);
             bool isRim = isGlassRim(open);
-            bool isMixed = found.x < 7.5 && (found.x > 0.5 || isRim);
+            bool isMixed = found.x < places - 0.5 && (found.x > 0.5 || isRim);
             if (!wanted || !isMixed)
             {
-                sum = found.x > 4.0 ? 0.0 : open;
+                sum = found.x > 0.5 * places ? 0.0 : open;
                 break;
             }
             radius = max(spot.widening * (found.y / max(found.x, 1.0)), least);

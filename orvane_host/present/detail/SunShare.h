@@ -43,7 +43,8 @@ public:
         OptionParts = 1, ///< of the map there are several
         OptionSoft = 2,
         OptionGlass = 4,
-        EndOfOptions = 8,
+        OptionWide = 8, ///< a sun that soft shadows reach far with
+        EndOfOptions = 16,
     };
 
     Values values;
