@@ -246,6 +246,7 @@ std::optional<SunView> ShadowStage::LayOut(const PresentationFrame& frame, const
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &limit);
     request.texel = m_settings->soft ? kSoftTexel : kHardTexel;
     request.mostTexels = std::min(limit / 2, frame.part.ofPoster ? kMostTexelsOfPart : kMostTexels);
+    request.mostParts = SunTable::IsSupported() ? SunView::MostTiles : 1;
     request.low = m_boxes.front().middle;
     request.high = m_boxes.front().middle;
     for (const CastBox& box : m_boxes)

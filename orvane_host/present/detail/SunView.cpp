@@ -200,7 +200,7 @@ SunView::SunView(const Request& request, const std::vector<CastBox>& casters)
         return;
     }
     std::vector<Area> areas;
-    for (int count = 1; count <= MostTiles; count += count == 1 || count == 2 ? 1 : count == 3 ? 2 : 3)
+    for (int count = 1; count <= request.mostParts; count += count == 1 || count == 2 ? 1 : count == 3 ? 2 : 3)
     {
         areas.clear();
         bool isFine = true;
