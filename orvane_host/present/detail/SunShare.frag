@@ -154,6 +154,10 @@ float sunShare(SunSpot spot, bool wanted)
     // Glass takes more than the solid: one place a round, for the first to look it up once.
     behind.y = sunBehindSolid(spot, sunTexelAt(spot, second));
 #endif
+    bool isOtherOpen = behind.y <= 0.0;
+#ifdef SUN_WIDE
+    isOtherOpen = isOtherOpen || third <= 0.0;
+#endif
     // Else places of a spiral, as many as it takes for steps not to be seen.
     vec2 direction = vec2(1.0, 0.0);
     float taps = 1.0;
@@ -168,7 +172,7 @@ float sunShare(SunSpot spot, bool wanted)
         behind.y = sunBehindSolid(spot, sunTexelAt(spot, second));
 #endif
         // Not behind what is solid: where the first places are, no other is asked for.
-        bool seesGlass = behind.x <= 0.0 || (i == 0 && min(behind.y, third) <= 0.0);
+        bool seesGlass = behind.x <= 0.0 || (i == 0 && isOtherOpen);
         vec2 glass = sunBehindGlass(spot, i == 0 ? sunTexelAt(spot, vec2(0.0)) : texel, seesGlass);
         float open = glass.x > 0.0 ? glass.y : 1.0;
         if (i == 0)
