@@ -65,7 +65,7 @@ const std::vector<Form>& Forms()
         {"picture", {"FILE"}, "write the model without panels as a PNG file"},
         {"picture-of", {"WxH", "FILE"}, "write it in another size"},
         {"print", {"WHAT"}, "write to standard output: selection, thing, command, clipboard, settings, measure, "
-                            "message, opening, model, models, recent, nodes, labels, keys, statistics, wakes"},
+                            "message, opening, model, models, recent, nodes, labels, keys, statistics, sleep"},
         {"expect", {"WHAT", "TEXT"}, "end with status 1 unless what print writes holds the text"},
         {"await", {"WHAT", "TEXT"}, "go on when what print writes holds the text; end with status 1 after a minute"},
         {"copy", {"FILE", "FILE"}, "copy a file over another one"},

@@ -422,9 +422,11 @@ std::string ScriptRunner::Print(const ScriptAction& action) const
         }
         return Lines(keys);
     }
-    if (what == "wakes")
+    if (what == "sleep")
     {
-        return std::to_string(m_viewer.GetWakes());
+        // How long the program would sleep now without a script.
+        const double seconds = m_viewer.SleepSeconds();
+        return seconds < 0.0 ? "until something happens" : std::to_string(std::lround(seconds * 1000.0)) + " ms";
     }
     if (what == "command")
     {

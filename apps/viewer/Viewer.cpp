@@ -160,7 +160,7 @@ bool Viewer::IsAtRest() const
     return m_framesToDraw == 0 && !m_desk.IsMoving() && !m_desk.IsOpening();
 }
 
-double Viewer::Timeout() const
+double Viewer::SleepSeconds() const
 {
     if (m_framesToDraw > 0 || m_desk.IsMoving())
     {
@@ -180,11 +180,14 @@ double Viewer::Timeout() const
     {
         atMost(HeldPoll);
     }
-    if (m_script)
-    {
-        atMost(m_script->Timeout());
-    }
     return seconds;
+}
+
+double Viewer::Timeout() const
+{
+    const double own = SleepSeconds();
+    const double script = m_script ? m_script->Timeout() : -1.0;
+    return own < 0.0 ? script : script < 0.0 ? own : std::min(own, script);
 }
 
 void Viewer::Run()
@@ -192,7 +195,6 @@ void Viewer::Run()
     Clock::time_point last = Clock::now();
     while (!m_isClosing)
     {
-        ++m_wakes;
         const bool wasOpening = m_desk.IsOpening();
         for (const InputEvent& event : m_window->Wait(Timeout()))
         {

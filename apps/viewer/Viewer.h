@@ -84,8 +84,9 @@ public:
 
     std::string Statistics() const;
 
-    /// How often the program has looked for something to do, which an idle one doesn't.
-    std::uint64_t GetWakes() const { return m_wakes; }
+    /// Seconds after which the program looks for something to do by itself, apart from a script; below 0 where
+    /// it sleeps until something happens.
+    double SleepSeconds() const;
 
 private:
     RenderCommand Command() const;
@@ -122,7 +123,6 @@ private:
     bool m_isClosing = false;
     bool m_isLosingContext = false;
     int m_framesToDraw = 0;
-    std::uint64_t m_wakes = 0;
     std::uint64_t m_windowFrames = 0;
     std::uint64_t m_modelFrames = 0;
     std::string m_screenshot;

@@ -55,8 +55,9 @@ int CopyIndices(const std::vector<unsigned short>& in, unsigned short* out)
     unsigned short largest = 0;
     for (std::size_t i = 0; i < in.size(); ++i)
     {
+        // Read once: a host's thread may write meanwhile, and what counts is what is drawn.
         out[i] = in[i];
-        largest = std::max(largest, in[i]);
+        largest = std::max(largest, out[i]);
     }
     return in.empty() ? -1 : largest;
 }

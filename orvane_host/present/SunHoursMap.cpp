@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <utility>
 
 namespace OV::Host
@@ -45,6 +46,11 @@ Vector3d Between(const Point3d& from, const Point3d& to)
 Vector3d Cross(const Vector3d& a, const Vector3d& b)
 {
     return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+}
+
+bool AreSame(const Point3d& left, const Point3d& right)
+{
+    return left.x == right.x && left.y == right.y && left.z == right.z;
 }
 
 /// Twice that of a triangle.
@@ -138,15 +144,16 @@ std::vector<SunHoursMap::Face> SunHoursMap::Divide(const std::vector<Face>& face
             { return Between(face.corners[side], face.corners[(side + 1) % 3]).length(); };
             int side = length(1) > length(0) ? 1 : 0;
             side = length(2) > length(side) ? 2 : side;
-            if (!(length(side) > longest))
-            {
-                pieces.push_back(face);
-                continue;
-            }
             const Point3d& a = face.corners[side];
             const Point3d& b = face.corners[(side + 1) % 3];
             const Point3d& opposite = face.corners[(side + 2) % 3];
             const Point3d middle(0.5 * (a.x + b.x), 0.5 * (a.y + b.y), 0.5 * (a.z + b.z));
+            // Far from the origin there may be no number in the middle.
+            if (!(length(side) > longest) || AreSame(middle, a) || AreSame(middle, b))
+            {
+                pieces.push_back(face);
+                continue;
+            }
             pending.emplace_back(middle, b, opposite);
             pending.emplace_back(a, middle, opposite);
         }
@@ -185,7 +192,8 @@ void SunHoursMap::AddFaces(const Mesh& mesh, const QGM::Transf3d& global, std::v
     const std::vector<unsigned short>& indices = mesh.GetIndices();
     for (std::size_t i = 0; i + 2 < indices.size(); i += 3)
     {
-        if (std::max({indices[i], indices[i + 1], indices[i + 2]}) >= positions.size())
+        const std::size_t triangle[] = {indices[i], indices[i + 1], indices[i + 2]};
+        if (*std::max_element(std::begin(triangle), std::end(triangle)) >= positions.size())
         {
             continue;
         }
@@ -193,7 +201,7 @@ void SunHoursMap::AddFaces(const Mesh& mesh, const QGM::Transf3d& global, std::v
         for (std::size_t k = 0; k < 3; ++k)
         {
             // What a mirror turns round shows its front as before.
-            const Vector& p = positions[indices[i + (global.isMirror() ? 2 - k : k)]];
+            const Vector& p = positions[triangle[global.isMirror() ? 2 - k : k]];
             corners[k] = Point3d(p.x, p.y, p.z);
             corners[k] *= global;
         }

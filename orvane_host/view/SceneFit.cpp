@@ -217,8 +217,10 @@ Place FindPerspective(const Extent& extent, double fov)
 
 /// Makes the room left over equal on both sides, at the same distance. Another vertex may be the
 /// outermost after a step; few steps bring it to rest.
-void Center(Place& eye, const Scene& scene, const SceneFit::Filter& counts, const Axes& axes)
+void Center(Place& eye, const Scene& scene, const SceneFit::Filter& counts, const Axes& axes, const Extent& extent)
 {
+    // It lies between the vertices that were measured, whatever became of them since.
+    const auto within = [](const Range& range, double middle) { return std::max(range.low, std::min(range.high, middle)); };
     for (int step = 0; step < 4; ++step)
     {
         Margins horizontal;
@@ -230,8 +232,8 @@ void Center(Place& eye, const Scene& scene, const SceneFit::Filter& counts, cons
                        vertical.Add(y, eye.z - z, eye.y);
                    });
         const Place before = eye;
-        eye.x = horizontal.Middle();
-        eye.y = vertical.Middle();
+        eye.x = within(extent.x, horizontal.Middle());
+        eye.y = within(extent.y, vertical.Middle());
         if (std::hypot(eye.x - before.x, eye.y - before.y) < 1e-6 * std::fabs(eye.z))
         {
             return;
@@ -298,7 +300,7 @@ bool SceneFit::Frame(CameraNode& camera, const Scene& scene, const Filter& count
     if (camera.GetProjection() == CameraNode::Perspective)
     {
         Place eye = FindPerspective(extent, fov);
-        Center(eye, scene, counts, axes);
+        Center(eye, scene, counts, axes, extent);
         Apply(camera, eye, axes, extent);
     }
     else

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <limits>
 #include <numeric>
 
@@ -41,7 +42,9 @@ double AreaOf(const Box& box)
 
 double MiddleOf(const Box& box, std::size_t axis)
 {
-    return 0.5 * box.low[axis] + 0.5 * box.high[axis];
+    const double middle = 0.5 * box.low[axis] + 0.5 * box.high[axis];
+    // By numbers alone is there an order.
+    return std::isfinite(middle) ? middle : 0.0;
 }
 
 /// Part of the order, on its way to become a branch.
@@ -65,7 +68,9 @@ struct Cut
 
     std::size_t BinOf(const Box& box) const
     {
-        return std::min(static_cast<std::size_t>((MiddleOf(box, axis) - low) * scale), kBins - 1);
+        // Where middles lie farther apart than numbers reach it is none.
+        const double place = (MiddleOf(box, axis) - low) * scale;
+        return place > 0.0 ? static_cast<std::size_t>(std::min(place, static_cast<double>(kBins - 1))) : 0;
     }
 };
 

@@ -27,7 +27,8 @@ struct BoxBranch
 /// From the root to the deepest leaf, at most.
 constexpr std::size_t kDeepestBoxTree = 80;
 
-/// Makes a tree over boxes, such that rays meet few of them. Finite boxes, fewer than 2^32.
+/// Makes a tree over boxes, such that rays meet few of them. Fewer than 2^32; those without a middle that is a
+/// number lie somewhere in it.
 /// @param order is filled with the numbers of the boxes in the order of the leaves.
 /// @return the root first; empty without boxes.
 std::vector<BoxBranch> BuildBoxTree(const std::vector<Box>& boxes, std::vector<std::uint32_t>& order);

@@ -16,6 +16,9 @@ constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 /// Cosine of how far an edge may turn from one that it goes on from where there are others.
 constexpr double kStraight = 0.94;
 
+/// Where more meet, none goes on: to compare each with each would take long, and nobody sees which one does.
+constexpr std::size_t kMostMeeting = 512;
+
 /// The ends of edges have numbers: twice the edge's, and one more at its end.
 class Chains
 {
@@ -33,7 +36,7 @@ public:
         for (auto first = ends.begin(); first != ends.end();)
         {
             const auto last =
-                std::find_if(first, ends.end(), [&](std::size_t end) { return KeyOf(end) != KeyOf(*first); });
+                std::find_if(first + 1, ends.end(), [&](std::size_t end) { return KeyOf(end) != KeyOf(*first); });
             Join(std::vector<std::size_t>(first, last));
             first = last;
         }
@@ -103,7 +106,7 @@ private:
             Link(ends[0], ends[1]);
             return;
         }
-        for (std::size_t i = 0; i < ends.size(); ++i)
+        for (std::size_t i = 0; i < ends.size() && ends.size() <= kMostMeeting; ++i)
         {
             std::size_t best = kNone;
             double most = kStraight;

@@ -19,6 +19,11 @@ using Direction = std::array<double, 3>;
 /// Cosines closer than this are the same: what is flat but for rounding stays flat.
 constexpr double kCosineTolerance = 1e-6;
 
+/// Pieces that open sides are cut into, besides so many for each. More are those of thousands of sides that lie
+/// in a few lines, each with the ends of thousands of others on it, which would take minutes and all memory.
+constexpr std::size_t kMostPieces = 1'000'000;
+constexpr std::size_t kMostPiecesOfASide = 8;
+
 constexpr double kPi = 3.14159265358979323846;
 
 Direction Between(const Vector& from, const Vector& to)
@@ -225,7 +230,10 @@ void EdgeFinder::SplitOpenSides()
     {
         const Side& side = m_open[open];
         hits.clear();
-        tree.FindInside(side.low, side.high, m_welded.Tolerance(), hits);
+        if (m_pieces.size() < kMostPieces + kMostPiecesOfASide * m_open.size())
+        {
+            tree.FindInside(side.low, side.high, m_welded.Tolerance(), hits);
+        }
         hits.push_back({1.0, side.high});
         std::uint32_t start = side.low;
         for (const PointTree::Hit& hit : hits)

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 #include <utility>
 
 namespace OV::Host::Detail
@@ -13,6 +14,18 @@ namespace
 /// Of the size of the section. Sides that meet are ends of edges that were rounded each by itself:
 /// between such ends there is nothing to fill.
 constexpr double kThinnest = 1e-6;
+
+/// Beyond it the products of lengths leave the range of numbers, and nothing has an order.
+constexpr double kLargest = 1e100;
+
+/// Sides that are put in order in all, level by level. More are those of a solid that is crumpled all over, and
+/// would take minutes.
+constexpr std::size_t kMostOrdered = 50'000'000;
+
+/// Crossings of sides that strips end at, in all, and places that sides change for them at a level, for each
+/// side. More are not looked for, and what lies there is filled a little beside.
+constexpr std::size_t kMostCrossings = 20'000;
+constexpr std::size_t kMostChanges = 64;
 
 using Point = PlaneSection::Point;
 
@@ -83,7 +96,12 @@ void PlaneSection::Add(const std::array<Point, 3>& corners, const std::array<dou
     }
     if (crossings == 2)
     {
-        m_sides.push_back({Dot(down, m_u), Dot(down, m_v), Dot(up, m_u), Dot(up, m_v)});
+        const Side side{Dot(down, m_u), Dot(down, m_v), Dot(up, m_u), Dot(up, m_v)};
+        const auto isNumber = [](double value) { return std::abs(value) < kLargest; };
+        if (isNumber(side.u1) && isNumber(side.v1) && isNumber(side.u2) && isNumber(side.v2))
+        {
+            m_sides.push_back(side);
+        }
     }
 }
 
@@ -137,10 +155,53 @@ void PlaneSection::AddStrips(std::size_t level, const std::vector<std::size_t>& 
     open = std::move(still);
 }
 
-std::vector<PlaneSection::Strip> PlaneSection::FindStrips(const Levels& levels) const
+void PlaneSection::FindCrossings(const std::vector<std::size_t>& row, double bottom, double top, double thinnest,
+                                 Levels& crossings) const
+{
+    const auto isInOrder = [&](std::size_t left, std::size_t right, double v)
+    { return m_sides[left].At(v) <= m_sides[right].At(v) + thinnest; };
+    // The row is in order at the middle: so it is at both ends, unless neighbours change places.
+    bool areInOrder = true;
+    for (std::size_t i = 1; i < row.size() && areInOrder; ++i)
+    {
+        areInOrder = isInOrder(row[i - 1], row[i], bottom) && isInOrder(row[i - 1], row[i], top);
+    }
+    if (areInOrder)
+    {
+        return;
+    }
+    // From the order at the bottom to that at the top, by changes of neighbours.
+    std::vector<std::size_t> order = row;
+    std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b)
+              { return std::tuple(m_sides[a].At(bottom), m_sides[a].At(top), a)
+                    < std::tuple(m_sides[b].At(bottom), m_sides[b].At(top), b); });
+    std::size_t left = kMostChanges * order.size();
+    for (std::size_t i = 1; i < order.size(); ++i)
+    {
+        for (std::size_t at = i; at > 0 && left > 0 && crossings.size() < kMostCrossings; --at, --left)
+        {
+            const Side& first = m_sides[order[at - 1]];
+            const Side& second = m_sides[order[at]];
+            const double before = second.At(bottom) - first.At(bottom);
+            const double after = first.At(top) - second.At(top);
+            if (!(after > 0.0))
+            {
+                break;
+            }
+            if (before > thinnest && after > thinnest)
+            {
+                crossings.push_back(bottom + (top - bottom) * before / (before + after));
+            }
+            std::swap(order[at - 1], order[at]);
+        }
+    }
+}
+
+std::vector<PlaneSection::Strip> PlaneSection::FindStrips(const Levels& levels, double thinnest, Levels* crossings) const
 {
     std::vector<std::vector<std::size_t>> beginning(levels.size());
     std::vector<std::size_t> tops;
+    std::size_t ordered = 0;
     for (std::size_t i = 0; i < m_sides.size(); ++i)
     {
         const std::size_t first = LevelOf(levels, m_sides[i].v1);
@@ -149,7 +210,12 @@ std::vector<PlaneSection::Strip> PlaneSection::FindStrips(const Levels& levels) 
         if (first != last)
         {
             beginning[std::min(first, last)].push_back(i);
+            ordered += std::max(first, last) - std::min(first, last);
         }
+    }
+    if (ordered > kMostOrdered)
+    {
+        return {};
     }
     std::vector<Strip> strips;
     OpenStrips open;
@@ -161,6 +227,10 @@ std::vector<PlaneSection::Strip> PlaneSection::FindStrips(const Levels& levels) 
         const double middle = (levels[level] + levels[level + 1]) / 2.0;
         std::sort(row.begin(), row.end(), [&](std::size_t a, std::size_t b)
                   { return std::pair(m_sides[a].At(middle), a) < std::pair(m_sides[b].At(middle), b); });
+        if (crossings)
+        {
+            FindCrossings(row, levels[level], levels[level + 1], thinnest, *crossings);
+        }
         AddStrips(level, row, strips, open);
     }
     return strips;
@@ -179,8 +249,20 @@ std::vector<PlaneSection::Point> PlaneSection::Fill() const
     }
     const auto [lowest, highest] = std::minmax_element(ends.begin(), ends.end());
     const double thinnest = kThinnest * (*highest - *lowest);
-    const Levels levels = FindLevels(ends, thinnest);
-    const std::vector<Strip> strips = FindStrips(levels);
+    Levels levels = FindLevels(ends, thinnest);
+    Levels crossings;
+    std::vector<Strip> strips = FindStrips(levels, thinnest, &crossings);
+    if (!crossings.empty())
+    {
+        ends.insert(ends.end(), crossings.begin(), crossings.end());
+        Levels more = FindLevels(ends, thinnest);
+        std::vector<Strip> parted = FindStrips(more, thinnest, nullptr);
+        if (!parted.empty())
+        {
+            levels = std::move(more);
+            strips = std::move(parted);
+        }
+    }
     // Strips that meet along a level have all corners on it in common, or cracks would show.
     std::vector<std::vector<double>> corners(levels.size());
     for (const Strip& strip : strips)
@@ -203,7 +285,8 @@ std::vector<PlaneSection::Point> PlaneSection::Fill() const
             const std::size_t first = LevelOf(corners[level], m_sides[strip.left].At(levels[level]));
             const std::size_t last = LevelOf(corners[level], m_sides[strip.right].At(levels[level]));
             std::vector<Point> points;
-            for (std::size_t i = first; i <= last; ++i)
+            // Sides that cross where that was not looked for end in one corner.
+            for (std::size_t i = first; i <= std::max(first, last); ++i)
             {
                 points.push_back(ToSpace(corners[level][i], levels[level]));
             }

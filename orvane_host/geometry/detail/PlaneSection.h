@@ -67,7 +67,12 @@ private:
     /// The last level that is not above a place.
     static std::size_t LevelOf(const Levels& levels, double place);
 
-    std::vector<Strip> FindStrips(const Levels& levels) const;
+    /// @param crossings null, or is given where sides cross between levels.
+    std::vector<Strip> FindStrips(const Levels& levels, double thinnest, Levels* crossings) const;
+
+    /// Adds the heights at which sides of a row cross from one height to another.
+    void FindCrossings(const std::vector<std::size_t>& row, double bottom, double top, double thinnest,
+                       Levels& crossings) const;
 
     /// Adds the strips from one level to the next.
     /// @param row the sides there, from left to right.

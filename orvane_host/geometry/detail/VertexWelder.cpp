@@ -24,11 +24,20 @@ constexpr double kCellsPerTolerance = 0.125;
 
 constexpr int kCellBits = 21;
 
+/// More than there are, on any axis: bounds the cells of a point that was written after all were measured.
+constexpr double kLastCell = (1 << kCellBits) - 1;
+
 constexpr std::uint32_t kNoPoint = std::numeric_limits<std::uint32_t>::max();
 
 bool IsFinite(const Vector& v)
 {
     return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
+}
+
+/// @param place in cells; the first cell for what is none.
+std::uint64_t CellAt(double place)
+{
+    return place > 0.0 ? static_cast<std::uint64_t>(std::min(place, kLastCell)) : 0;
 }
 
 double SquaredDistance(const Vector& a, const Vector& b)
@@ -91,11 +100,11 @@ void VertexWelder::AddTriangles(const RawMesh& part)
 {
     std::vector<std::uint32_t> numbers(part.positions.size(), kNoPoint);
     const auto number = [&](unsigned short index) {
-        if (index >= part.positions.size() || !IsFinite(part.positions[index]))
+        if (index >= numbers.size())
         {
             return kNoPoint;
         }
-        if (numbers[index] == kNoPoint)
+        if (numbers[index] == kNoPoint && IsFinite(part.positions[index]))
         {
             numbers[index] = PointAt(part.positions[index]);
         }
@@ -122,9 +131,10 @@ std::uint32_t VertexWelder::PointAt(const Vector& position)
     for (int axis = 0; axis < 3; ++axis)
     {
         const double place = values[axis] - m_origin[axis];
-        low[axis] = static_cast<std::uint64_t>(std::max(0.0, (place - m_tolerance) / m_cellSize));
-        high[axis] = static_cast<std::uint64_t>((place + m_tolerance) / m_cellSize);
-        home |= static_cast<std::uint64_t>(place / m_cellSize) << (kCellBits * axis);
+        low[axis] = CellAt((place - m_tolerance) / m_cellSize);
+        // Two at most, as wide as cells are; who else writes the place may make it look like more.
+        high[axis] = std::min(CellAt((place + m_tolerance) / m_cellSize), low[axis] + 1);
+        home |= CellAt(place / m_cellSize) << (kCellBits * axis);
     }
     for (std::uint64_t z = low[2]; z <= high[2]; ++z)
     {

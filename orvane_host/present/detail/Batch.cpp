@@ -68,8 +68,11 @@ std::size_t CountIndices(const Mesh& mesh)
 void CopyIndices(const Mesh& mesh, std::size_t firstVertex, unsigned short* out)
 {
     const auto begin = mesh.GetIndices().begin();
+    const std::size_t vertices = mesh.GetPositionBuffer().size();
+    // A host's thread may have written others since they were looked at.
     std::transform(begin, begin + static_cast<std::ptrdiff_t>(CountIndices(mesh)), out,
-                   [&](unsigned short index) { return static_cast<unsigned short>(index + firstVertex); });
+                   [&](unsigned short index)
+                   { return static_cast<unsigned short>((index < vertices ? index : 0) + firstVertex); });
 }
 
 } // namespace

@@ -119,6 +119,18 @@ WorldBox WriteCarried(Rows m, const std::vector<Vector>& positions, std::size_t 
     return box;
 }
 
+/// How many values of a stream there are for vertices; the others become zeros.
+template <typename Value>
+std::size_t Present(const std::vector<Value>& stream, std::size_t floats, std::size_t vertices, int first, std::size_t size,
+                    float* out)
+{
+    for (std::size_t i = stream.size(); i < vertices; ++i)
+    {
+        std::fill_n(out + i * size + static_cast<std::size_t>(first), floats, 0.0f);
+    }
+    return std::min(stream.size(), vertices);
+}
+
 } // namespace
 
 BatchLayout::BatchLayout(const MeshFormatKey& streams)
@@ -138,13 +150,15 @@ WorldBox WriteVertices(const Mesh& mesh, const Transform& place, const TextureFa
 {
     const QGM::Transf3d& points = place.GetTransf3d();
     const std::vector<Vector>& positions = mesh.GetPositionBuffer();
-    const std::size_t count = positions.size();
+    const std::size_t vertices = positions.size();
     const auto size = static_cast<std::size_t>(layout.size);
     const WorldBox box = IsShift(points.m) ? WriteShifted(points.m, positions, size, out)
                                            : WriteCarried(points.m, positions, size, out);
     if (layout.normal >= 0)
     {
+        // Of what it had when it was put together it may lack some by now, of which nobody is told.
         const Vector* const normals = mesh.GetNormalBuffer().data();
+        const std::size_t count = Present(mesh.GetNormalBuffer(), 3, vertices, layout.normal, size, out);
         float* at = out + layout.normal;
         if (IsShift(points.m))
         {
@@ -167,6 +181,7 @@ WorldBox WriteVertices(const Mesh& mesh, const Transform& place, const TextureFa
     if (layout.texture >= 0)
     {
         const std::vector<TextureCoordinate>& coordinates = mesh.GetTextureBuffer();
+        const std::size_t count = Present(coordinates, 2, vertices, layout.texture, size, out);
         float* at = out + layout.texture;
         for (std::size_t i = 0; i < count; ++i, at += size)
         {
@@ -177,6 +192,7 @@ WorldBox WriteVertices(const Mesh& mesh, const Transform& place, const TextureFa
     if (layout.color >= 0)
     {
         const std::vector<Color>& colors = mesh.GetColorBuffer();
+        const std::size_t count = Present(colors, 4, vertices, layout.color, size, out);
         float* at = out + layout.color;
         for (std::size_t i = 0; i < count; ++i, at += size)
         {

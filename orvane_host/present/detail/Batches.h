@@ -248,6 +248,7 @@ private:
     void KeepSingle(const Group& group, const std::vector<Index>& members);
     void PutTogether(StageAccess& renderer, Group& group, const BatchKind& kind, std::vector<Index>& members);
     static Vector MiddleOf(const Member& member);
+    bool IsStill(const BatchES20& batch, std::size_t piece, const Member& member) const;
     void Absorb(Group& group, const BatchKind& kind, std::vector<Index>& members);
     void MakeBatch(StageAccess& renderer, Group& group, const BatchKind& kind, const Index* first, const Index* last);
     void Show(Index index);

@@ -246,6 +246,13 @@ void Batches::PutTogether(StageAccess& renderer, Group& group, const BatchKind& 
     members.clear();
 }
 
+/// Whether a piece of a batch could be put together with others as it is by now: nobody is told of what a host
+/// writes into arrays.
+bool Batches::IsStill(const BatchES20& batch, std::size_t piece, const Member& member) const
+{
+    return batch.Fits(piece, *member.mesh) && !(KindOf(member) != batch.GetKind()) && IsSound(*member.mesh);
+}
+
 void Batches::Absorb(Group& group, const BatchKind& kind, std::vector<Index>& members)
 {
     // Each piece is packed anew only into a batch twice as large, so that many small additions cost
@@ -275,11 +282,23 @@ void Batches::Absorb(Group& group, const BatchKind& kind, std::vector<Index>& me
                 continue;
             }
             Member& member = m_members[index];
+            const bool isFresh = member.isFresh && !member.isGone;
+            const bool isStill = isFresh && IsStill(*absorbed.data, piece, member);
             member.batch = nullptr;
             member.piece = kNone;
-            if (member.isFresh && !member.isGone)
+            if (isStill)
             {
                 members.push_back(index);
+            }
+            else if (isFresh)
+            {
+                // Become another without a word.
+                member.isFresh = false;
+                MakeSingle(index, true);
+                if (StandsAlone(member) && !member.isQueued)
+                {
+                    PutIntoTree(index);
+                }
             }
         }
         GiveBack(std::move(absorbed.mesh));

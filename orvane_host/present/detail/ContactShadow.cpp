@@ -18,6 +18,8 @@ constexpr double kReachShare = 0.35;
 constexpr int kDirections = 32;
 /// The sky from the horizon to the zenith, each part lighting the ground alike.
 constexpr int kParts = 64;
+/// In squares: more than anything that stands on the grid. What was higher has grown since it was measured.
+constexpr double kHighest = 4.0 * ContactShadow::Size;
 /// Columns that are written in all; what is left then is known by its edges alone.
 constexpr std::size_t kBudget = 200'000'000;
 
@@ -35,6 +37,13 @@ int CountBits(std::uint64_t bits)
 std::uint64_t FirstParts(int count)
 {
     return count >= kParts ? ~std::uint64_t{0} : (std::uint64_t{1} << count) - 1;
+}
+
+/// The square that a place in squares lies in, which may lie beyond the grid by one; also of what is no number.
+int SquareAt(double place)
+{
+    constexpr double size = ContactShadow::Size;
+    return static_cast<int>(std::max(-1.0, std::min(size, place)));
 }
 
 /// Which part of the sky lies at a height over a distance: the square of the sine, by which a part
@@ -110,7 +119,7 @@ void ContactShadow::Measure(const Polygons& polygons)
 
 void ContactShadow::Raise(int x, int y, double height)
 {
-    if (x < 0 || y < 0 || x >= Size || y >= Size || height < 0.0)
+    if (x < 0 || y < 0 || x >= Size || y >= Size || !(height >= 0.0 && height <= kHighest))
     {
         return;
     }
@@ -134,6 +143,7 @@ void ContactShadow::Fill(const std::vector<Point>& polygon)
     {
         point[0] = (point[0] - m_left) * perSquare;
         point[1] = (point[1] - m_front) * perSquare;
+        point[2] *= perSquare;
     }
     // What runs into the ground stands on it.
     const bool isAbove = std::any_of(squares.begin(), squares.end(), [](const Point& p) { return p[2] >= 0.0; });
@@ -154,12 +164,12 @@ void ContactShadow::Fill(const std::vector<Point>& polygon)
 void ContactShadow::FillEdge(const Point& from, const Point& to)
 {
     const double length = std::hypot(to[0] - from[0], to[1] - from[1]);
-    const int steps = std::clamp(static_cast<int>(std::ceil(2.0 * length)), 1, 4 * Size);
+    const int steps = std::max(1, static_cast<int>(std::ceil(std::min(4.0 * Size, 2.0 * length))));
     for (int i = 0; i <= steps; ++i)
     {
         const double share = static_cast<double>(i) / steps;
-        Raise(static_cast<int>(std::floor(from[0] + (to[0] - from[0]) * share)),
-              static_cast<int>(std::floor(from[1] + (to[1] - from[1]) * share)),
+        Raise(SquareAt(std::floor(from[0] + (to[0] - from[0]) * share)),
+              SquareAt(std::floor(from[1] + (to[1] - from[1]) * share)),
               from[2] + (to[2] - from[2]) * share);
     }
 }
@@ -171,10 +181,10 @@ void ContactShadow::FillInside(const Point& a, const Point& b, const Point& c)
     const double highY = std::max({a[1], b[1], c[1]});
     const double lowX = std::min({a[0], b[0], c[0]});
     const double highX = std::max({a[0], b[0], c[0]});
-    const int firstY = std::max(0, static_cast<int>(std::ceil(lowY - 0.5)));
-    const int lastY = std::min(Size - 1, static_cast<int>(std::floor(highY - 0.5)));
-    const int firstX = std::max(0, static_cast<int>(std::ceil(lowX - 0.5)));
-    const int lastX = std::min(Size - 1, static_cast<int>(std::floor(highX - 0.5)));
+    const int firstY = std::max(0, SquareAt(std::ceil(lowY - 0.5)));
+    const int lastY = std::min(Size - 1, SquareAt(std::floor(highY - 0.5)));
+    const int firstX = std::max(0, SquareAt(std::ceil(lowX - 0.5)));
+    const int lastX = std::min(Size - 1, SquareAt(std::floor(highX - 0.5)));
     if (area == 0.0 || firstY > lastY || firstX > lastX)
     {
         return;
@@ -217,10 +227,9 @@ void ContactShadow::SetOffsets()
 
 float ContactShadow::DarknessAt(int x, int y) const
 {
-    const auto square = static_cast<float>(m_size / Size);
     const Column& own = m_columns[static_cast<std::size_t>(y) * Size + x];
     const bool isUnder = own.high >= 0.0f;
-    const std::uint64_t above = isUnder ? ~FirstParts(PartAt(own.low, square / 2.0f)) : 0;
+    const std::uint64_t above = isUnder ? ~FirstParts(PartAt(own.low, 0.5f)) : 0;
     if (CountBits(above) == kParts)
     {
         return 1.0f;
@@ -245,9 +254,8 @@ float ContactShadow::DarknessAt(int x, int y) const
             {
                 continue;
             }
-            const float distance = step * square;
             const std::uint64_t parts =
-                FirstParts(PartAt(other.high, distance)) & ~FirstParts(PartAt(other.low, distance)) & ~hidden;
+                FirstParts(PartAt(other.high, step)) & ~FirstParts(PartAt(other.low, step)) & ~hidden;
             if (parts != 0)
             {
                 const float share = step / steps;

@@ -6,7 +6,7 @@
 #include "orvane/scene/RawMesh.h"
 
 #include <algorithm>
-#include <array>
+#include <cmath>
 #include <cstddef>
 #include <tuple>
 
@@ -32,6 +32,12 @@ struct End
 auto PlaceOf(const End& end)
 {
     return std::tie(end.x, end.y, end.z);
+}
+
+/// What is not lies in no place, not even in its own.
+bool IsPlace(const End& end)
+{
+    return std::isfinite(end.x) && std::isfinite(end.y) && std::isfinite(end.z);
 }
 
 bool IsSamePlace(const Vector& a, const Vector& b)
@@ -60,8 +66,14 @@ LineShape::LineShape(const Mesh& line)
         const bool goesOn =
             segment > 0 && IsSamePlace(positions[(m_segments.back().point + std::size_t(1)) * kVertices], start);
         m_segments.push_back({static_cast<std::uint32_t>(point), 0, goesOn});
-        ends.push_back({start.x, start.y, start.z, segment, JointAtStart});
-        ends.push_back({end.x, end.y, end.z, segment, JointAtEnd});
+        for (const End& found : {End{start.x, start.y, start.z, segment, JointAtStart},
+                                 End{end.x, end.y, end.z, segment, JointAtEnd}})
+        {
+            if (IsPlace(found))
+            {
+                ends.push_back(found);
+            }
+        }
     }
     std::sort(ends.begin(), ends.end(), [](const End& a, const End& b) { return PlaceOf(a) < PlaceOf(b); });
     for (auto first = ends.begin(); first != ends.end();)

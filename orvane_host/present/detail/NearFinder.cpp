@@ -191,18 +191,20 @@ void NearFinder::LookAtTriangles(Question& question, const Mesh& mesh, std::size
     {
         for (std::size_t i = first; i < last; ++i)
         {
-            if (indices[i] < count)
+            const std::size_t index = indices[i];
+            if (index < count)
             {
-                question.Take(space.DepthOf(positions[indices[i]], question.nearest));
+                question.Take(space.DepthOf(positions[index], question.nearest));
             }
         }
         return;
     }
     for (std::size_t i = first; i + 3 <= last; i += 3)
     {
-        if (indices[i] < count && indices[i + 1] < count && indices[i + 2] < count)
+        const std::size_t corners[] = {indices[i], indices[i + 1], indices[i + 2]};
+        if (corners[0] < count && corners[1] < count && corners[2] < count)
         {
-            question.Take(space.DepthOf(positions[indices[i]], positions[indices[i + 1]], positions[indices[i + 2]],
+            question.Take(space.DepthOf(positions[corners[0]], positions[corners[1]], positions[corners[2]],
                                         question.nearest));
         }
     }
@@ -227,9 +229,10 @@ const NearFinder::Parts& NearFinder::PartsOf(const Mesh& mesh)
         const std::size_t last = std::min(first + 3 * kTogether, indices.size());
         for (std::size_t i = first; i < last; ++i)
         {
-            if (indices[i] < positions.size())
+            const std::size_t index = indices[i];
+            if (index < positions.size())
             {
-                box.Widen(positions[indices[i]]);
+                box.Widen(positions[index]);
             }
         }
         parts.boxes.push_back(box);

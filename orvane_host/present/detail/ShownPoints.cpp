@@ -90,9 +90,10 @@ public:
             m_polygon.clear();
             for (std::size_t i = first; i < first + corners; ++i)
             {
-                if (indices[i] < positions.size())
+                const std::size_t index = indices[i];
+                if (index < positions.size())
                 {
-                    m_polygon.push_back(Times(toWorld, positions[indices[i]]));
+                    m_polygon.push_back(Times(toWorld, positions[index]));
                 }
             }
             AddPolygon();

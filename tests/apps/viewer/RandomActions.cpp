@@ -147,7 +147,7 @@ std::string Action(Words& dice, const std::string& folder)
     case 28:
         return std::string("print ")
             + dice.One({"selection", "thing", "command", "clipboard", "settings", "measure", "message", "opening", "model",
-                        "models", "recent", "nodes", "labels", "keys", "statistics", "wakes"});
+                        "models", "recent", "nodes", "labels", "keys", "statistics", "sleep"});
     case 29:
         return "copy " + folder + "/" + dice.One({"one.obj", "two.obj", "broken.obj"}) + " " + folder + "/watched.obj";
     case 30: return "lose-context";

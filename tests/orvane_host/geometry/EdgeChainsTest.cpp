@@ -53,6 +53,20 @@ TEST(EdgeChains, WhereMoreThanTwoMeetThoseGoOnThatGoStraight)
     }
 }
 
+TEST(EdgeChains, SoManyMayMeetThatNoneGoesOn)
+{
+    std::vector<FeatureEdge> star;
+    for (int i = 0; i < 400000; ++i)
+    {
+        star.push_back({Vector(0, 0, 0), Vector(1, static_cast<float>(i), static_cast<float>(i % 7))});
+    }
+    EXPECT_EQ(ChainEdges(star).size(), star.size());
+    star.resize(100);
+    star.push_back({Vector(0, 0, 0), Vector(-1, -3, -3)});
+    const std::vector<FeatureEdge> chained = ChainEdges(star);
+    EXPECT_EQ(CountBreaks(chained), 99) << "one goes straight on";
+}
+
 TEST(EdgeChains, NothingComesOfNothing)
 {
     EXPECT_TRUE(ChainEdges({}).empty());

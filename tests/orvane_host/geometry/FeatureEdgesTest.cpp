@@ -12,10 +12,12 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
 #include <limits>
 #include <random>
 #include <set>
+#include <thread>
 #include <tuple>
 
 namespace OV::Host::Test
@@ -196,6 +198,37 @@ TEST(FeatureEdges, VerticesNearEachOtherAreOne)
         }
     }
     EXPECT_EQ(FeatureEdges::Find(Soup(triangles)).size(), 8u);
+}
+
+TEST(FeatureEdges, AnEndIsFoundWhileAnotherThreadWritesPoints)
+{
+    RawMesh mesh = Soup(Box(2.0f, 3.0f, 4.0f));
+    Vector& last = mesh.positions.back();
+    std::atomic<bool> stop{false};
+    std::atomic<int> rounds{0};
+    std::thread writer([&] {
+        volatile float* const coordinates[] = {&last.x, &last.y, &last.z};
+        const float values[] = {0.5f, -1e38f, std::numeric_limits<float>::quiet_NaN(), 1e38f};
+        for (; !stop; ++rounds)
+        {
+            for (const float value : values)
+            {
+                for (volatile float* coordinate : coordinates)
+                {
+                    *coordinate = value;
+                }
+            }
+        }
+    });
+    std::size_t most = 0;
+    while (rounds < 4'000'000)
+    {
+        most = std::max(most, FeatureEdges::Find(mesh).size());
+    }
+    stop = true;
+    writer.join();
+    // The eleven triangles that stand still have at most so many sides.
+    EXPECT_LE(most, 12u * 3u);
 }
 
 TEST(FeatureEdges, FarFromTheOriginABoxIsStillABox)
@@ -475,6 +508,23 @@ TEST(FeatureEdges, MoreThanOneLineHoldsAreDivided)
         EXPECT_LT(*std::max_element(indices.begin(), indices.end()), line->GetRawLine()->positions.size() - 4);
     }
     EXPECT_EQ(segments, (std::multiset<std::size_t>{12000 - 8192, 8192}));
+}
+
+TEST(FeatureEdges, SidesOfAFewLinesWithManyEndsOnThemAreLeftInOnePiece)
+{
+    // A mesh whose places fell onto three lines: each of its sides has the ends of thousands of others on it.
+    std::mt19937 numbers(7);
+    std::vector<Triangle> triangles;
+    for (int i = 0; i < 20000; ++i)
+    {
+        Triangle triangle;
+        for (Vector& corner : triangle)
+        {
+            corner = Vector(static_cast<float>(numbers() % 100000), static_cast<float>(numbers() % 3) * 50000.0f, 0.0f);
+        }
+        triangles.push_back(triangle);
+    }
+    EXPECT_GT(FeatureEdges::Find(Soup(triangles)).size(), 1000u);
 }
 
 } // namespace OV::Host::Test

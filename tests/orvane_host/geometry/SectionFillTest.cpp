@@ -16,7 +16,9 @@
 #include <array>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 #include <memory>
+#include <random>
 #include <vector>
 
 namespace OV::Host::Test
@@ -62,7 +64,8 @@ std::vector<Triangle> Turned(std::vector<Triangle> triangles)
     return triangles;
 }
 
-std::vector<Triangle> operator+(std::vector<Triangle> left, const std::vector<Triangle>& right)
+template <typename Item>
+std::vector<Item> operator+(std::vector<Item> left, const std::vector<Item>& right)
 {
     left.insert(left.end(), right.begin(), right.end());
     return left;
@@ -276,6 +279,91 @@ TEST(PlaneSectionFill, ARoundSolidHasTheAreaOfItsPolygon)
     }
     const double area = corners / 2.0 * std::sin(2.0 * 3.14159265358979323846 / corners);
     EXPECT_NEAR(AreaFromZ(SectionAtZ(cylinder, 0.1)), -area, 1e-6);
+}
+
+TEST(PlaneSectionFill, SidesMayCrossEachOther)
+{
+    // An upright wall around a polygon whose sides cross: it encloses only what lies below the crossing.
+    const Vector corners[4] = {Vector(0, 0, -1), Vector(1, 0, -1), Vector(0, 1, -1), Vector(0.6f, 1, -1)};
+    std::vector<Triangle> wall;
+    for (int i = 0; i < 4; ++i)
+    {
+        const Vector& from = corners[i];
+        const Vector& to = corners[(i + 1) % 4];
+        AddQuad(wall, from, to, Vector(to.x, to.y, 1), Vector(from.x, from.y, 1));
+    }
+    EXPECT_NEAR(AreaFromZ(SectionAtZ(wall, 0.0)), -0.3125, 1e-6);
+    EXPECT_NEAR(AreaFromZ(SectionAtZ(Turned(wall), 0.0)), -0.1125, 1e-6) << "above it";
+    // Two walls of one solid that cross at many angles.
+    const auto turned = [](std::vector<Triangle> box, double degrees) {
+        const double c = std::cos(degrees * 3.14159265358979323846 / 180.0);
+        const double s = std::sin(degrees * 3.14159265358979323846 / 180.0);
+        for (Triangle& triangle : box)
+        {
+            for (Vector& v : triangle)
+            {
+                v = Vector(static_cast<float>(v.x * c - v.y * s), static_cast<float>(v.x * s + v.y * c), v.z);
+            }
+        }
+        return box;
+    };
+    const std::vector<Triangle> along = Box(Vector(-4, -0.5f, -1), Vector(4, 0.5f, 1));
+    for (const double angle : {0.0, 10.0, 30.0, 45.0, 77.0})
+    {
+        const double area = 16.0 - 1.0 / std::cos(7.0 * 3.14159265358979323846 / 180.0);
+        EXPECT_NEAR(AreaFromZ(SectionAtZ(turned(along, angle) + turned(along, angle + 97.0), 0.0)), -area, 1e-4) << angle;
+    }
+    // A ball of paper: every face of a fine grid goes somewhere.
+    std::mt19937 numbers(3);
+    std::vector<Triangle> paper;
+    std::vector<Vector> places(40 * 20);
+    for (Vector& place : places)
+    {
+        const auto next = [&] { return static_cast<float>(numbers() % 1000) / 500.0f - 1.0f; };
+        place = Vector(next(), next(), next());
+    }
+    for (std::size_t row = 0; row < 20; ++row)
+    {
+        for (std::size_t column = 0; column < 40; ++column)
+        {
+            const auto at = [&](std::size_t x, std::size_t y) { return places[y % 20 * 40 + x % 40]; };
+            AddQuad(paper, at(column, row), at(column + 1, row), at(column + 1, row + 1), at(column, row + 1));
+        }
+    }
+    for (const Point& corner : SectionAtZ(paper, 0.0))
+    {
+        ASSERT_LE(std::abs(corner[0]), 1.0 + 1e-6);
+        ASSERT_LE(std::abs(corner[1]), 1.0 + 1e-6);
+    }
+}
+
+TEST(PlaneSectionFill, WhatIsBeyondAllNumbersIsLeftOut)
+{
+    const double infinity = std::numeric_limits<double>::infinity();
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    for (const double damaged : {infinity, nan, 1e300, -1e200})
+    {
+        PlaneSection section({0.0, 0.0, 1.0}, {0.0, 0.0, 0.0});
+        for (int i = 0; i < 64; ++i)
+        {
+            section.Add({{{damaged, 1.0 * i, -1.0}, {1.0, damaged, 1.0}, {2.0, 3.0 * i, damaged}}}, {-1.0, 1.0, 1.0});
+            section.Add({{{damaged, 1.0 * i, -1.0}, {1.0, 2.0, 1.0}, {2.0, 3.0 * i, 1.0}}}, {-infinity, 1.0, infinity});
+        }
+        EXPECT_TRUE(section.Fill().empty()) << damaged;
+    }
+}
+
+TEST(PlaneSectionFill, WhatWouldTakeForEverIsLeftOpen)
+{
+    // As many sides as a fine model has in a section, but each right across all of it.
+    PlaneSection section({0.0, 0.0, 1.0}, {0.0, 0.0, 0.0});
+    std::mt19937 numbers(5);
+    const auto next = [&] { return static_cast<double>(numbers() % 100000); };
+    for (int i = 0; i < 60000; ++i)
+    {
+        section.Add({{{next(), next(), -1.0}, {next(), next(), 1.0}, {next(), next(), 1.0}}}, {-1.0, 1.0, 1.0});
+    }
+    EXPECT_TRUE(section.Fill().empty());
 }
 
 TEST(SectionFill, FacesLieBelowThePlaneAndShowTheirBacks)

@@ -603,6 +603,72 @@ TEST_F(BatchesTest, TwoMaterialsOfOneFormatAreTwoBatchesWithNothingBesides)
     EXPECT_EQ(presentation.GetStatistics().drawn.bytes, counts.bytes);
 }
 
+TEST_F(BatchesTest, WhatBecomesAnotherWithoutAWordIsNoLongerTogether)
+{
+    enum class Trouble
+    {
+        Grows,
+        LosesNormals,
+        NamesVerticesBeyond,
+    };
+    for (const Trouble trouble : {Trouble::Grows, Trouble::LosesNormals, Trouble::NamesVerticesBeyond})
+    {
+        auto scene = std::make_unique<Scene>();
+        auto* const material = new Material("material");
+        scene->AddMaterial(material);
+        std::vector<MeshNode*> nodes;
+        const auto addMany = [&](Scene& into, int count) {
+            for (int i = 0; i < count; ++i)
+            {
+                auto raw = std::make_shared<RawMesh>();
+                raw->SetPositionBuffer({Vector(0, 0, 0), Vector(1, 0, 0), Vector(0, 1, 0)});
+                raw->SetNormalBuffer(std::vector<Vector>(3, Vector(0, 0, 1)));
+                raw->SetIndices({0, 1, 2});
+                raw->EndDescription(true);
+                auto* const mesh = new Mesh(raw, &into);
+                nodes.push_back(new MeshNode(&into));
+                mesh->AddNode(nodes.back());
+                into.GetRoot()->AddChild(nodes.back(), false);
+                material->AddMesh(mesh);
+            }
+        };
+        addMany(*scene, 20);
+        Presentation presentation(std::move(scene));
+        PresentationSettings wanted;
+        wanted.batches.use = BatchUse::On;
+        Apply(presentation, wanted);
+        Draw(presentation);
+        EXPECT_EQ(CountsOf(presentation).pieces, 20u);
+
+        RawMesh& changed = *nodes[7]->GetMeshes().front()->GetRawMesh();
+        if (trouble == Trouble::Grows)
+        {
+            changed.positions.resize(70000, Vector(1, 1, 0));
+            changed.normals.resize(70000, Vector(0, 0, 1));
+        }
+        else if (trouble == Trouble::LosesNormals)
+        {
+            changed.normals = {};
+            Transform place;
+            place.SetPosition(Vector(0.0f, 2.0f, 0.0f));
+            // Written where it is, and after that put together with others.
+            nodes[7]->SetLocal(place);
+            Draw(presentation);
+        }
+        else
+        {
+            changed.indices = {0, 1, 60000};
+        }
+        // As many again: those that are together are put together anew.
+        addMany(presentation.GetScene(), 30);
+        DrawOften(presentation, 12);
+        const BatchCounts counts = CountsOf(presentation);
+        EXPECT_EQ(counts.batches, 1u) << static_cast<int>(trouble);
+        EXPECT_EQ(counts.pieces, 49u) << static_cast<int>(trouble);
+        EXPECT_EQ(counts.single, 1u) << static_cast<int>(trouble);
+    }
+}
+
 TEST_F(BatchesTest, AutoTakesLargeScenesAlone)
 {
     for (const int count : {100, 420})

@@ -74,6 +74,40 @@ TEST(ContactShadow, IsTheSameForAnySizeAndPlace)
     }
 }
 
+TEST(ContactShadow, IsTheSameWhereSquaresOfHeightsAreBeyondFloat)
+{
+    const ContactShadow shadow = ShadowOf(Box(-1, -1, 0, 1, 1, 2));
+    const ContactShadow huge = ShadowOf(Box(-1e25, -1e25, 0, 1e25, 1e25, 2e25));
+    for (const double x : {0.0, 1.15, 1.35, 1.5})
+    {
+        EXPECT_NEAR(At(huge, 1e25 * x, 0), At(shadow, x, 0), 0.03) << x;
+    }
+}
+
+TEST(ContactShadow, WhatGrowsAfterItWasMeasuredStaysWithinTheGrid)
+{
+    // As where a host's thread moves vertices meanwhile.
+    for (const double far : {1e9, 1e25})
+    {
+        bool isMeasured = false;
+        const ContactShadow shadow([&](const auto& visit) {
+            const double side = isMeasured ? far : 1.0;
+            visit({{-side, -side, 0.0}, {side, -side, 0.0}, {side, side, 0.0}, {-side, side, 0.0}});
+            isMeasured = true;
+        });
+        EXPECT_GT(At(shadow, 0, 0), 0.9) << far;
+        EXPECT_GT(At(shadow, 0.9, 0.2), 0.9) << far;
+    }
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    bool isMeasured = false;
+    const ContactShadow shadow([&](const auto& visit) {
+        visit({{-1, -1, isMeasured ? 1e300 : 1.0}, {1, -1, 0.0}, {1, isMeasured ? nan : 1.0, 0.0}});
+        visit({{isMeasured ? -1e300 : -1, -1, isMeasured ? 1e300 : 1.0}, {1, -1, 0.0}, {1, 1, 0.0}});
+        isMeasured = true;
+    });
+    EXPECT_GT(shadow.GetWidth(), 2.0);
+}
+
 TEST(ContactShadow, LightComesInUnderWhatFloats)
 {
     // A table: nothing touches the ground but its leg.

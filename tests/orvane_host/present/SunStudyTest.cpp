@@ -5,6 +5,7 @@
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
+#include "orvane/scene/RawMesh.h"
 #include "tests/orvane_host/present/PresentationModels.h"
 #include "tests/support/Golden.h"
 #include "tests/support/TemporaryFolder.h"
@@ -334,6 +335,22 @@ TEST_F(SunStudyPicture, AMapIsSeenBeyondTheDepthOfTheModel)
         const int y = static_cast<int>(std::floor(120.0 + along(place, 1) * scale));
         EXPECT_EQ(shown.At(x, y), (Pixel{255, 0, 0, 255})) << rank << ": " << x << ", " << y;
     }
+}
+
+TEST_F(SunStudyPicture, AMapOfASplinterHasAnEnd)
+{
+    // So far from the origin numbers lie farther apart than its pieces are to be wide.
+    auto* const box = dynamic_cast<MeshNode*>(presentation->FindNode("house/right"));
+    ASSERT_TRUE(box);
+    std::vector<Vector>& positions = box->GetMeshes().front()->GetRawMesh()->positions;
+    std::fill(positions.begin(), positions.end(), Vector(5e37f, 0.0f, 0.0f));
+    positions[1] = Vector(1e38f, 0.0f, 0.0f);
+    positions[2] = Vector(7e37f, 1.0f, 0.0f);
+    presentation->Refresh();
+    std::string error;
+    Host::SunHoursMap map(*presentation);
+    EXPECT_TRUE(map.Show(Times("2026-03-20T12:00+01:00/13:00/1h"), "house/right", error)) << error;
+    EXPECT_FALSE(map.GetPieces().empty());
 }
 
 TEST_F(SunStudyPicture, AMapOfANodeLiesOnItsFaces)

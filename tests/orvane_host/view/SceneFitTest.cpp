@@ -259,3 +259,34 @@ TEST_F(SceneFitTest, NumbersThatAreNoneAreLeftOut)
     ASSERT_TRUE(Fit(NamedView::Front, 1.0f, false));
     ExpectFits(1.0f, 0.95);
 }
+
+TEST_F(SceneFitTest, WhatMovesWhileItIsFittedLeavesTheCameraInPlace)
+{
+    for (const float depth : {0.0f, 3e38f, std::nanf("")})
+    {
+        scene.Clear();
+        Add(Cloud(8, Vector(1, 1, 1), Vector()));
+        scene.UpdateGraph(100, 100);
+        CameraNode& camera = *scene.GetCameraNode();
+        ViewFit::Frame(camera, Vector(-1, -1, -1), Vector(1, 1, 1), NamedView::Front);
+        // Each pass over the vertices asks; after the first one they go where no eye sees them.
+        int passes = 0;
+        const auto counts = [&](const MeshNode&, const Mesh& mesh)
+        {
+            if (++passes > 1)
+            {
+                for (Vector& position : mesh.GetRawMesh()->positions)
+                {
+                    position = Vector(3e38f, -3e38f, depth);
+                }
+            }
+            return true;
+        };
+        EXPECT_TRUE(SceneFit::Frame(camera, scene, counts, 1.0f, 0.05f));
+        EXPECT_GT(passes, 1);
+        const Vector place = camera.GetGlobal().GetPosition();
+        EXPECT_LT(std::abs(place.x), 10.0f);
+        EXPECT_LT(std::abs(place.y), 10.0f);
+        EXPECT_LT(std::abs(place.z), 10.0f);
+    }
+}
