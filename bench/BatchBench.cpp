@@ -32,6 +32,9 @@
 //   batch_bench NODES [PART...]       prints milliseconds of the parts, or of all
 //   batch_bench NODES --times N PART  does one part so often, to count its instructions
 //   batch_calls NODES [PART...]       prints the GL calls of a frame by kind
+//
+// With --look NAME behind the number of nodes, in that look, one of those with light. The loop then sends, of what
+// its program reads, all that a node has of its own where none is turned: one matrix or two.
 namespace
 {
 
@@ -49,7 +52,7 @@ constexpr double kLongEnough = 3000.0;
 class BenchRenderer : public Host::PresentationRenderer
 {
 public:
-    BenchRenderer() : PresentationRenderer(nullptr, nullptr) { SetLook(Host::Look::Basic); }
+    explicit BenchRenderer(Host::Look look) : PresentationRenderer(nullptr, nullptr) { SetLook(look); }
     EffectCache& Effects() { return effectCache; }
 };
 
@@ -71,7 +74,7 @@ void KeepHeap()
 class BatchBench
 {
 public:
-    explicit BatchBench(int count);
+    BatchBench(int count, Host::Look look);
     ~BatchBench() { m_scene.Suspend(); }
 
     static const std::vector<std::string>& Parts();
@@ -113,6 +116,7 @@ private:
     void Lift(int index);
 
     void Draw();
+    EffectCache::EffectType EffectOfLook() const;
     void DrawByHand();
     void DrawMovedByHand();
     void Orbit();
@@ -141,12 +145,14 @@ private:
     std::vector<std::vector<FlatMesh>> m_flat; ///< by material
     std::vector<std::vector<FlatNode>> m_flatNodes;
     std::vector<std::vector<int>> m_flatIndices;
+    std::vector<std::vector<Matrix>> m_flatWorlds; ///< empty where the program reads none
     unsigned m_program = 0;
     int m_mvp = -1;
+    int m_world = -1;
 };
 
-BatchBench::BatchBench(int count) :
-    m_context(OpenContext(kWidth, kHeight)), m_count(count),
+BatchBench::BatchBench(int count, Host::Look look) :
+    m_context(OpenContext(kWidth, kHeight)), m_renderer(look), m_count(count),
     m_side(static_cast<int>(std::ceil(std::sqrt(static_cast<double>(count)))))
 {
     SkySettings::inst().SetUseFog(false);
@@ -255,25 +261,45 @@ void BatchBench::Use(Host::BatchUse use)
 void BatchBench::Flatten()
 {
     const auto* const camera = static_cast<CameraNodeES20*>(m_camera->GetRenderData());
-    EffectES20* const effect = m_renderer.Effects().GetEffect(EffectCache::BasicMaterial);
+    EffectES20* const effect = m_renderer.Effects().GetEffect(EffectOfLook());
     m_program = effect->ProgramForOptions(EffectES20::OptionNoClipPlanes);
     effect->Release();
     m_mvp = glGetUniformLocation(m_program, "u_mvpMatrix");
+    m_world = glGetUniformLocation(m_program, "u_worldTransform");
     m_viewProjection = camera->GetMVP();
     m_flat.clear();
     m_flatNodes.clear();
     m_flatIndices.clear();
+    m_flatWorlds.clear();
     for (const Material* material : m_scene.GetOptimizedMaterials())
     {
         m_flat.emplace_back();
         m_flatNodes.emplace_back();
         m_flatIndices.emplace_back();
+        m_flatWorlds.emplace_back();
         for (const Mesh* mesh : material->EachMesh())
         {
+            if (m_world != -1)
+            {
+                m_flatWorlds.back().push_back(*mesh->EachNode().front()->GetGlobalMatrix());
+            }
             m_flat.back().push_back(Bench::Flatten(*mesh, m_viewProjection));
             m_flatNodes.back().emplace_back();
             m_flatIndices.back().push_back(mesh->EachNode().front()->GetUserData());
         }
+    }
+}
+
+EffectCache::EffectType BatchBench::EffectOfLook() const
+{
+    switch (m_renderer.GetLook())
+    {
+    case Host::Look::Advanced:
+        return EffectCache::AdvancedMaterial;
+    case Host::Look::Phong:
+        return EffectCache::AdvancedMaterialPhong;
+    default:
+        return EffectCache::BasicMaterial;
     }
 }
 
@@ -285,16 +311,21 @@ void BatchBench::DrawByHand()
     glEnable(GL_CULL_FACE);
     glEnable(GL_DEPTH_TEST);
     unsigned bound = 0;
-    for (const std::vector<FlatMesh>& meshes : m_flat)
+    for (std::size_t i = 0; i < m_flat.size(); ++i)
     {
         glUseProgram(m_program);
         glEnableVertexAttribArray(0);
         glEnableVertexAttribArray(1);
-        for (const FlatMesh& mesh : meshes)
+        const Matrix* world = m_flatWorlds[i].data();
+        for (const FlatMesh& mesh : m_flat[i])
         {
             BindFlat(mesh, bound);
             glVertexAttribPointer(0, 3, GL_FLOAT, GL_FALSE, mesh.stride, Pointer(mesh.positionOffset));
             glVertexAttribPointer(1, 3, GL_FLOAT, GL_FALSE, mesh.stride, Pointer(mesh.normalOffset));
+            if (m_world != -1)
+            {
+                glUniformMatrix4fv(m_world, 1, GL_FALSE, (world++)->m);
+            }
             glUniformMatrix4fv(m_mvp, 1, GL_FALSE, mesh.mvp.m);
             glDrawElements(GL_TRIANGLES, mesh.indexCount, GL_UNSIGNED_SHORT, Pointer(mesh.indexOffset));
         }
@@ -320,6 +351,10 @@ void BatchBench::DrawMovedByHand()
         for (std::size_t j = 0; j < m_flat[i].size(); ++j)
         {
             Compose(m_flatNodes[i][j], m_viewProjection, m_flat[i][j]);
+            if (m_world != -1)
+            {
+                m_flatWorlds[i][j] = m_flatNodes[i][j].matrix;
+            }
         }
     }
     DrawByHand();
@@ -499,8 +534,18 @@ int main(int argc, char** argv)
 {
     DropDrawing();
     KeepHeap();
-    const std::vector<std::string> words(argv + 1, argv + argc);
-    BatchBench bench(words.empty() ? kPatches : std::atoi(words[0].c_str()));
+    std::vector<std::string> words(argv + 1, argv + argc);
+    Host::Look look = Host::Look::Basic;
+    if (words.size() >= 3 && words[1] == "--look")
+    {
+        if (!Host::ParseLook(words[2], look) || look > Host::Look::Phong)
+        {
+            std::fprintf(stderr, "error: not a look with light: %s\n", words[2].c_str());
+            return 2;
+        }
+        words.erase(words.begin() + 1, words.begin() + 3);
+    }
+    BatchBench bench(words.empty() ? kPatches : std::atoi(words[0].c_str()), look);
     if (words.size() >= 4 && words[1] == "--times")
     {
         for (std::size_t i = 3; i + 1 < words.size(); ++i)

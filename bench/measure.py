@@ -41,6 +41,9 @@ PARTS = {
     "pick": ("picking a pixel", RAW),
 }
 COUNTED = ("static", "static-single", "one", "all-single", "half", "tenth", "edit", "edit-other")
+# All is measured in the basic look, and this counted in the one that programs have unless told otherwise as well.
+LOOK = "advanced"
+COUNTED_IN_LOOK = ("static", "static-single", "all-single")
 
 
 def run(command, drawing=False):
@@ -99,32 +102,33 @@ def batches(programs, nodes, drawing):
     return ratios, heap - arrays - buffers
 
 
-def instructions(programs, nodes):
+def instructions(programs, nodes, look, parts):
     """Instructions of a frame, from two runs that differ by so many frames and nothing else."""
     def count(part, times):
         with tempfile.TemporaryDirectory() as folder:
             out = Path(folder) / "counts"
             run(["valgrind", "--tool=callgrind", f"--callgrind-out-file={out}", programs / "batch_bench",
-                 nodes, "--times", times, part])
+                 nodes, "--look", look, "--times", times, part])
             return int(re.search(r"^(?:summary|totals): (\d+)", out.read_text(), re.MULTILINE).group(1))
 
     fewer, more = 3, 23
     counted = {}
-    for part in (*COUNTED, RAW, RAW_MOVING):
-        print(f"instructions, {part}", flush=True)
+    for part in (*parts, RAW, RAW_MOVING):
+        print(f"instructions, {part}, {look}", flush=True)
         counted[part] = (count(part, more) - count(part, fewer)) / (more - fewer)
     return counted
 
 
-def calls(programs, nodes):
+def calls(programs, nodes, look, parts):
     """GL calls of a frame by kind."""
-    text = run([programs / "batch_calls", nodes, *COUNTED, RAW])
-    return {line.split()[0]: dict(zip(line.split()[1::2], map(int, line.split()[2::2])))
+    text = run([programs / "batch_calls", nodes, "--look", look, *parts, RAW])
+    return {words_of(line.split()[0], look): dict(zip(line.split()[1::2], map(int, line.split()[2::2])))
             for line in text.strip().splitlines()}
 
 
-def words_of(part):
-    return PARTS[part][0] if part in PARTS else "hand-written loop"
+def words_of(part, look="basic"):
+    words = PARTS[part][0] if part in PARTS else "hand-written loop"
+    return words if look == "basic" else f"{words}, {look} look"
 
 
 def frames_table(ratios, drawn):
@@ -149,11 +153,15 @@ def shadows_table(ratios):
     return lines + [f"| {name.rsplit(', ', 1)[0]} | {ratio:.2g} |" for name, ratio in sorted(ratios.items())]
 
 
+def counted_ratios(counted, look):
+    """Of what was counted in a look, by words: instructions, and their ratio to those of the loop."""
+    return {words_of(part, look): (count, count / counted[PARTS[part][1]])
+            for part, count in counted.items() if part in PARTS}
+
+
 def counted_table(counted):
     lines = [f"| {COUNTED_NODES:,} nodes, drawing dropped | Instructions | of the loop |", "|---|---|---|"]
-    for part in COUNTED:
-        raw = counted[PARTS[part][1]]
-        lines.append(f"| {words_of(part)} | {counted[part]:,.0f} | {counted[part] / raw:.2g} |")
+    lines += [f"| {words} | {count:,.0f} | {ratio:.2g} |" for words, (count, ratio) in counted.items()]
     return lines
 
 
@@ -161,8 +169,8 @@ def calls_table(counts):
     kinds = list(next(iter(counts.values())))
     lines = [f"| GL calls of a frame, {COUNTED_NODES:,} nodes | " + " | ".join(kinds) + " |",
              "|---|" + "---|" * len(kinds)]
-    for part, values in counts.items():
-        lines.append(f"| {words_of(part)} | " + " | ".join(str(values[kind]) for kind in kinds) + " |")
+    for words, values in counts.items():
+        lines.append(f"| {words} | " + " | ".join(str(values[kind]) for kind in kinds) + " |")
     return lines
 
 
@@ -230,7 +238,10 @@ def main():
     if not options.nodes:
         print("shadows, with drawing", flush=True)
         shadowed = shadows(programs)
-    counted = instructions(programs, COUNTED_NODES) if options.instructions else {}
+    counted = {}
+    if options.instructions:
+        for look, some in (("basic", COUNTED), (LOOK, COUNTED_IN_LOOK)):
+            counted.update(counted_ratios(instructions(programs, COUNTED_NODES, look, some), look))
 
     parts = [frames_table(*engine)] if engine[False] else []
     parts.append(batches_table("Drawing dropped", sizes, by_batches[False]))
@@ -240,7 +251,8 @@ def main():
         parts.append(shadows_table(shadowed))
     if counted:
         parts.append(counted_table(counted))
-    parts.append(calls_table(calls(programs, COUNTED_NODES)))
+    parts.append(calls_table({**calls(programs, COUNTED_NODES, "basic", COUNTED),
+                              **calls(programs, COUNTED_NODES, LOOK, COUNTED_IN_LOOK)}))
     if len(sizes) > 1:
         parts.append(["Bytes of the heap that a further node takes besides its geometry arrays and the driver's copy "
                       "of them, with render data: " + further_bytes(memory) + "."])
@@ -250,8 +262,7 @@ def main():
     ratios = {**engine[False], **by_batches[False], **shadowed}
     ratios.update({f"{name}, drawn": ratio for values in (engine[True], by_batches[True])
                    for name, ratio in values.items()})
-    ratios.update({f"{COUNTED_NODES} nodes, {words_of(part)}, instructions": counted[part] / counted[PARTS[part][1]]
-                   for part in COUNTED if counted})
+    ratios.update({f"{COUNTED_NODES} nodes, {words}, instructions": ratio for words, (_, ratio) in counted.items()})
     if options.keep:
         keep(ratios)
     if options.check:

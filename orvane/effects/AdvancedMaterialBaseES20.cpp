@@ -2,10 +2,13 @@
 
 #include "orvane/effects/SkySettings.h"
 #include "orvane/effects/detail/AdvancedMaterialTables.h"
+#include "orvane/effects/detail/PlainLoop.h"
+#include "orvane/effects/detail/RepeatedUniform.h"
 #include "orvane/math/Color.h"
 #include "orvane/math/Matrix.h"
 #include "orvane/math/Quaternion.h"
 #include "orvane/math/Vector.h"
+#include "orvane/math/detail/MatrixProduct.h"
 #include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshES20.h"
@@ -59,7 +62,55 @@ constexpr std::uint64_t OptionIf(bool condition, AdvancedOption option)
     return condition ? option : std::uint64_t(0);
 }
 
+void SetWinding(MeshNode& node)
+{
+    glFrontFace(node.IsGlobalMirror() ? GL_CW : GL_CCW);
+}
+
 } // namespace
+
+/// What BindMeshUniforms sends for each of many nodes.
+class AdvancedMaterialBaseES20::NodeUniforms
+{
+public:
+    explicit NodeUniforms(const AdvancedMaterialBaseES20& effect) :
+        m_effect(effect), m_viewProjection(effect.m_camera->GetMVP()),
+        m_monochrome(Repeated(AdvancedUniformMonochrome)), m_world(Repeated(AdvancedUniformWorldTransform)),
+        m_product(Repeated(AdvancedUniformMvpMatrix)), m_normals(Repeated(AdvancedUniformNormalMatrix))
+    {
+    }
+
+    void Send(MeshNode& node, bool isShaded)
+    {
+        if (m_effect.editPathActive)
+        {
+            m_monochrome.Send(m_effect.IsGrey(node) ? 1 : 0);
+        }
+        const Matrix& world = *node.GetGlobalMatrix();
+        m_world.Send(world);
+        Matrix product;
+        detail::Multiply(product.m, m_viewProjection.m, world.m);
+        m_product.Send(product);
+        if (isShaded)
+        {
+            m_normals.Send(node.GetGlobalNormalMatrix());
+            SetWinding(node);
+        }
+    }
+
+private:
+    detail::RepeatedUniform Repeated(int index) const
+    {
+        return detail::RepeatedUniform(m_effect.m_current, index, m_effect.Has(index));
+    }
+
+    const AdvancedMaterialBaseES20& m_effect;
+    const Matrix& m_viewProjection;
+    detail::RepeatedUniform m_monochrome;
+    detail::RepeatedUniform m_world;
+    detail::RepeatedUniform m_product;
+    detail::RepeatedUniform m_normals;
+};
 
 AdvancedMaterialBaseES20::AdvancedMaterialBaseES20(EffectCache* cache) :
     MaterialEffectES20(cache), cubeMatrix(QuarterTurnAboutX())
@@ -192,11 +243,19 @@ void AdvancedMaterialBaseES20::Remove()
 
 void AdvancedMaterialBaseES20::BindMeshAttributes(MeshES20* mesh)
 {
-    const int stride = mesh->GetStride();
-    EnableAttribute(AdvancedAttributePosition, 3, stride, mesh->GetPositionOffset());
+    BindStreams(StreamsOf(*mesh));
+    const Mesh* const sceneMesh = mesh->GetMesh();
+    const bool monochrome = sceneMesh && (sceneMesh->GetFlags() & MeshFlagMonochrome) != 0;
+    Set(AdvancedUniformIsShowFaceSides, ShowsFaceSides(mesh) ? 1 : 0);
+    Set(MeshMonochromeUniform(), monochrome ? 1 : 0);
+}
+
+void AdvancedMaterialBaseES20::BindStreams(const Streams& streams)
+{
+    EnableAttribute(AdvancedAttributePosition, 3, streams.stride, streams.position);
     if (lit)
     {
-        hasNormals = EnableStream(AdvancedAttributeNormal, 3, stride, mesh->GetNormalOffset());
+        hasNormals = EnableStream(AdvancedAttributeNormal, 3, streams.stride, streams.normal);
         if (!hasNormals)
         {
             Set(AdvancedUniformEnableLight, 0);
@@ -204,40 +263,56 @@ void AdvancedMaterialBaseES20::BindMeshAttributes(MeshES20* mesh)
     }
     if (HasAttribute(AdvancedAttributeTexture))
     {
-        EnableStream(AdvancedAttributeTexture, 2, stride, mesh->GetTextureOffset());
+        EnableStream(AdvancedAttributeTexture, 2, streams.stride, streams.texture);
     }
-    if (HasAttribute(AdvancedAttributeColor))
+    if (TakesColors())
     {
-        EnableStream(AdvancedAttributeColor, 4, stride, mesh->GetColorOffset());
+        EnableStream(AdvancedAttributeColor, 4, streams.stride, streams.color);
     }
-    const Mesh* const sceneMesh = mesh->GetMesh();
-    const bool monochrome = sceneMesh && (sceneMesh->GetFlags() & MeshFlagMonochrome) != 0;
-    Set(AdvancedUniformIsShowFaceSides, ShowsFaceSides(mesh) ? 1 : 0);
-    Set(MeshMonochromeUniform(), monochrome ? 1 : 0);
+}
+
+void AdvancedMaterialBaseES20::BindNoFlags()
+{
+    Set(AdvancedUniformIsShowFaceSides, 0);
+    Set(MeshMonochromeUniform(), 0);
+}
+
+bool AdvancedMaterialBaseES20::TakesColors() const
+{
+    return HasAttribute(AdvancedAttributeColor);
 }
 
 void AdvancedMaterialBaseES20::ReleaseMeshAttributes(MeshES20* mesh)
 {
-    glFrontFace(GL_CCW);
-    if (HasAttribute(AdvancedAttributeColor))
+    ReleaseStreams(StreamsOf(*mesh));
+}
+
+void AdvancedMaterialBaseES20::ReleaseStreams(const Streams& streams)
+{
+    EndMesh();
+    if (TakesColors())
     {
-        DisableStream(AdvancedAttributeColor, mesh->GetColorOffset());
+        DisableStream(AdvancedAttributeColor, streams.color);
     }
     if (HasAttribute(AdvancedAttributeTexture))
     {
-        DisableStream(AdvancedAttributeTexture, mesh->GetTextureOffset());
+        DisableStream(AdvancedAttributeTexture, streams.texture);
     }
-    if (lit && !DisableStream(AdvancedAttributeNormal, mesh->GetNormalOffset()))
+    if (lit && !DisableStream(AdvancedAttributeNormal, streams.normal))
     {
         Set(AdvancedUniformEnableLight, 1);
     }
     DisableAttribute(AdvancedAttributePosition);
 }
 
+void AdvancedMaterialBaseES20::EndMesh()
+{
+    glFrontFace(GL_CCW);
+}
+
 void AdvancedMaterialBaseES20::BindMeshUniforms(MeshNode* node)
 {
-    const bool grey = editPathActive && IsOutsideEdit(*node);
-    Set(AdvancedUniformMonochrome, forceMonochrome || grey ? 1 : 0);
+    Set(AdvancedUniformMonochrome, IsGrey(*node) ? 1 : 0);
     Set(AdvancedUniformWorldTransform, *node->GetGlobalMatrix());
     Set(AdvancedUniformMvpMatrix, ModelViewProjection(node));
     // The planes cut every mesh here, whatever clipPlanesActive says: that is meant.
@@ -253,8 +328,13 @@ void AdvancedMaterialBaseES20::BindMeshUniforms(MeshNode* node)
     if (lit && hasNormals)
     {
         SetNormalMatrix(AdvancedUniformNormalMatrix, node);
-        glFrontFace(node->IsGlobalMirror() ? GL_CW : GL_CCW);
+        SetWinding(*node);
     }
+}
+
+void AdvancedMaterialBaseES20::DrawPlain(detail::PlainDraw* draws, detail::PlainDraw* end)
+{
+    detail::PlainLoop<AdvancedMaterialBaseES20>(*this).Draw(draws, end);
 }
 
 bool AdvancedMaterialBaseES20::IsOutsideEdit(const Node& node) const

@@ -28,6 +28,12 @@ public:
     void Apply(MaterialES20* material, CameraNodeES20* camera) override;
     void Remove() override;
 
+    /// Draws meshes one after another as MeshES20::Render does each, with the same calls. GL.
+    ///
+    /// Between Apply and Remove, and on an effect of the very class of one of the two models: a derived one is
+    /// asked for each mesh.
+    void DrawPlain(detail::PlainDraw* draws, detail::PlainDraw* end);
+
     /// Shows every node in grey whose own path does not begin with this one, from now on and
     /// for all materials of this effect. An empty path greys only nodes without a path.
     void SetEditInContextPath(const Path& path);
@@ -95,10 +101,21 @@ protected:
     Matrix3x3 cubeMatrix;
 
 private:
+    friend class detail::PlainLoop<AdvancedMaterialBaseES20>;
+
+    class NodeUniforms;
+
     std::uint64_t OptionsOf(MaterialES20* data) const;
     void SetMaps(MaterialES20* data);
     void SetColors(Material* material);
     bool IsOutsideEdit(const Node& node) const;
+    bool IsGrey(const Node& node) const { return forceMonochrome || (editPathActive && IsOutsideEdit(node)); }
+    void BindStreams(const Streams& streams);
+    void ReleaseStreams(const Streams& streams);
+    void BindNoFlags();
+    void EndMesh();
+    static constexpr bool CanRepeat() { return true; }
+    bool TakesColors() const;
 
     bool m_takesVertexColors = false;
     bool m_reflectsAtPixels = false;

@@ -1,7 +1,7 @@
 #include "orvane/effects/BasicMaterialEffectES20.h"
 
-#include "orvane/base/GLCheckpoint.h"
 #include "orvane/effects/detail/BasicMaterialOptions.h"
+#include "orvane/effects/detail/PlainLoop.h"
 #include "orvane/effects/detail/RepeatedUniform.h"
 #include "orvane/effects/shaders/BasicMaterialEffectES20.frag.h"
 #include "orvane/effects/shaders/BasicMaterialEffectES20.vert.h"
@@ -12,17 +12,13 @@
 #include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshES20.h"
-#include "orvane/renderdata/detail/PlainDraw.h"
 #include "orvane/scene/LightNode.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/MeshNode.h"
 
 #include <GL/glew.h>
 
-#include <algorithm>
-#include <cstddef>
 #include <cstdint>
-#include <optional>
 
 namespace OV
 {
@@ -103,29 +99,14 @@ constexpr ProgramTemplate kTemplate = {
     kUniforms,                      kAttributes,
 };
 
-/// How many draws ahead their memory is asked for.
-constexpr std::ptrdiff_t kAhead = 8;
-
-void PointAttribute(unsigned int attribute, int components, int stride, int offset)
-{
-    glVertexAttribPointer(attribute, components, GL_FLOAT, GL_FALSE, stride,
-                          reinterpret_cast<const void*>(static_cast<std::intptr_t>(offset)));
-}
-
-/// An offset from the position on as one into the buffer; negative where there is none.
-int BehindPosition(int positionOffset, int offset)
-{
-    return offset < 0 ? -1 : positionOffset + offset;
-}
-
 } // namespace
 
 /// What BindMeshUniforms sends for each of many nodes.
 class BasicMaterialEffectES20::NodeUniforms
 {
 public:
-    explicit NodeUniforms(const BasicMaterialEffectES20& effect) :
-        m_viewProjection(effect.m_camera->GetMVP()),
+    explicit NodeUniforms(BasicMaterialEffectES20& effect) :
+        m_effect(effect), m_viewProjection(effect.m_camera->GetMVP()),
         m_product(effect.m_current, UniformMvpMatrix, effect.Has(UniformMvpMatrix)),
         m_normals(effect.m_current, UniformNormalMatrix, effect.Has(UniformNormalMatrix)),
         m_mirrored(effect.m_current, UniformIsMirrored, effect.Has(UniformIsMirrored)),
@@ -133,28 +114,26 @@ public:
     {
     }
 
-    void SendProduct(MeshNode& node)
+    void Send(MeshNode& node, bool isShaded)
     {
         Matrix product;
         detail::Multiply(product.m, m_viewProjection.m, node.GetGlobalMatrix()->m);
         m_product.Send(product);
-    }
-
-    /// What the light takes.
-    /// @return whether the node is a mirror.
-    bool SendShading(MeshNode& node)
-    {
+        if (!isShaded)
+        {
+            return;
+        }
         m_normals.Send(node.GetGlobalNormalMatrix());
-        const bool isMirror = node.IsGlobalMirror();
-        m_mirrored.Send(isMirror ? 1 : 0);
+        m_effect.m_mirrorLeft = node.IsGlobalMirror();
+        m_mirrored.Send(m_effect.m_mirrorLeft ? 1 : 0);
         if (m_world.Exists())
         {
             m_world.Send(*node.GetGlobalMatrix());
         }
-        return isMirror;
     }
 
 private:
+    BasicMaterialEffectES20& m_effect;
     const Matrix& m_viewProjection;
     detail::RepeatedUniform m_product;
     detail::RepeatedUniform m_normals;
@@ -230,16 +209,16 @@ void BasicMaterialEffectES20::Remove()
 
 void BasicMaterialEffectES20::BindMeshAttributes(MeshES20* mesh)
 {
-    BindStreams(mesh->GetStride(), mesh->GetPositionOffset(), mesh->GetNormalOffset(), mesh->GetTextureOffset());
+    BindStreams(StreamsOf(*mesh));
     Set(UniformIsShowFaceSides, ShowsFaceSides(mesh) ? 1 : 0);
 }
 
-void BasicMaterialEffectES20::BindStreams(int stride, int positionOffset, int normalOffset, int textureOffset)
+void BasicMaterialEffectES20::BindStreams(const Streams& streams)
 {
-    EnableAttribute(AttributePosition, 3, stride, positionOffset);
+    EnableAttribute(AttributePosition, 3, streams.stride, streams.position);
     if (lit)
     {
-        hasNormals = EnableStream(AttributeNormal, 3, stride, normalOffset);
+        hasNormals = EnableStream(AttributeNormal, 3, streams.stride, streams.normal);
         if (!hasNormals)
         {
             Set(UniformEnableLight, 0);
@@ -247,22 +226,27 @@ void BasicMaterialEffectES20::BindStreams(int stride, int positionOffset, int no
     }
     if (HasAttribute(AttributeTexture))
     {
-        EnableStream(AttributeTexture, 2, stride, textureOffset);
+        EnableStream(AttributeTexture, 2, streams.stride, streams.texture);
     }
+}
+
+void BasicMaterialEffectES20::BindNoFlags()
+{
+    Set(UniformIsShowFaceSides, 0);
 }
 
 void BasicMaterialEffectES20::ReleaseMeshAttributes(MeshES20* mesh)
 {
-    ReleaseStreams(mesh->GetNormalOffset(), mesh->GetTextureOffset());
+    ReleaseStreams(StreamsOf(*mesh));
 }
 
-void BasicMaterialEffectES20::ReleaseStreams(int normalOffset, int textureOffset)
+void BasicMaterialEffectES20::ReleaseStreams(const Streams& streams)
 {
     if (HasAttribute(AttributeTexture))
     {
-        DisableStream(AttributeTexture, textureOffset);
+        DisableStream(AttributeTexture, streams.texture);
     }
-    if (lit && !DisableStream(AttributeNormal, normalOffset))
+    if (lit && !DisableStream(AttributeNormal, streams.normal))
     {
         Set(UniformEnableLight, 1);
     }
@@ -293,108 +277,15 @@ void BasicMaterialEffectES20::BindMeshUniforms(MeshNode* node)
     Set(UniformPocheColorEnabled, s_pocheColorEnabled ? 1 : 0);
 }
 
-void BasicMaterialEffectES20::DrawPlain(detail::PlainDraw* draw, detail::PlainDraw* end)
+void BasicMaterialEffectES20::DrawPlain(detail::PlainDraw* draws, detail::PlainDraw* end)
 {
-    // The first was asked for with its material.
-    for (std::ptrdiff_t i = 1; i < std::min(kAhead, end - draw); ++i)
-    {
-        detail::Prefetch(draw[i]);
-    }
-    meshNodeFlag = false;
-    while (draw != end)
-    {
-        draw = draw->HasVertices() ? DrawBuffer(draw, end) : draw + 1;
-    }
+    detail::PlainLoop<BasicMaterialEffectES20>(*this).Draw(draws, end);
 }
 
-const BasicMaterialEffectES20::BufferLayout& BasicMaterialEffectES20::LayoutOf(const detail::PlainDraw& draw)
+bool BasicMaterialEffectES20::CanRepeat() const
 {
-    if (m_layout.vertexBuffer != draw.vertexBuffer || m_layout.listing != MeshES20::GetListingRevision())
-    {
-        const MeshES20& data = draw.Data();
-        const auto fromPosition = [&](int offset) { return offset < 0 ? -1 : offset - data.positionOffset; };
-        m_layout = {data.vertexBufferId,
-                    data.indexBufferId,
-                    data.stride,
-                    fromPosition(data.normalOffset),
-                    fromPosition(data.textureOffset),
-                    MeshES20::GetListingRevision()};
-    }
-    return m_layout;
-}
-
-detail::PlainDraw* BasicMaterialEffectES20::DrawBuffer(detail::PlainDraw* draw, detail::PlainDraw* end)
-{
-    const detail::PlainDraw& first = *draw;
-    const BufferLayout& layout = LayoutOf(first);
-    MeshES20::ApplyBuffer(layout.vertexBuffer, layout.indexBuffer);
-    OV_GL_CHECKPOINT();
-    clipPlanesActive = first.isClipped != 0;
-    // As BindMeshAttributes for a mesh without flags, which is not looked at.
-    BindStreams(layout.stride, first.positionOffset, BehindPosition(first.positionOffset, layout.normalOffset),
-                BehindPosition(first.positionOffset, layout.textureOffset));
-    Set(UniformIsShowFaceSides, 0);
-    DisableSpareAttributes();
-    OV_GL_CHECKPOINT();
-
-    const bool isShaded = lit && hasNormals;
-    // A mesh without normals turns the light off and on again, and clip planes are taken back. Where others have
-    // drawn since Apply, nothing is known of the program.
-    const bool canRepeat = (isShaded || !lit) && !Has(UniformNumClipPlanes) &&
-                           detail::RepeatedUniform::AreFollowed(m_current);
-    const bool hasTexture = HasAttribute(AttributeTexture) && layout.textureOffset >= 0;
-    bool isFirstNode = true;
-    // Not made for a mesh that is alone.
-    std::optional<NodeUniforms> uniforms;
-    for (;;)
-    {
-        if (end - draw > kAhead)
-        {
-            detail::Prefetch(draw[kAhead]);
-        }
-        MeshNode& node = *draw->node;
-        const int count = draw->DrawnIndexCount();
-        if (count != 0 && detail::IsDrawn(node, false))
-        {
-            if (isFirstNode)
-            {
-                BasicMaterialEffectES20::BindMeshUniforms(&node);
-                isFirstNode = false;
-            }
-            else
-            {
-                if (!uniforms)
-                {
-                    uniforms.emplace(*this);
-                }
-                uniforms->SendProduct(node);
-                if (isShaded)
-                {
-                    m_mirrorLeft = uniforms->SendShading(node);
-                }
-            }
-            glDrawElements(GL_TRIANGLES, count, GL_UNSIGNED_SHORT, draw->FirstIndex());
-        }
-        ++draw;
-        if (!canRepeat || draw == end || !draw->HasVertices() ||
-            draw->vertexBuffer != first.vertexBuffer || draw->isClipped != first.isClipped)
-        {
-            break;
-        }
-        ClearLeftovers();
-        // As BindStreams, with the arrays enabled.
-        PointAttribute(AttributePosition, 3, layout.stride, draw->positionOffset);
-        if (isShaded)
-        {
-            PointAttribute(AttributeNormal, 3, layout.stride, draw->positionOffset + layout.normalOffset);
-        }
-        if (hasTexture)
-        {
-            PointAttribute(AttributeTexture, 2, layout.stride, draw->positionOffset + layout.textureOffset);
-        }
-    }
-    ReleaseStreams(layout.normalOffset, layout.textureOffset);
-    return draw;
+    // Clip planes are taken back behind each mesh.
+    return !Has(UniformNumClipPlanes);
 }
 
 void BasicMaterialEffectES20::ClearLeftovers()

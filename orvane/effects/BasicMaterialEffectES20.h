@@ -6,13 +6,6 @@
 namespace OV
 {
 
-namespace detail
-{
-
-struct PlainDraw;
-
-} // namespace detail
-
 /// The standard look: light from one direction computed at the vertices, texture, fog, stipple,
 /// clip planes and a mark on back faces.
 class ORVANE_API BasicMaterialEffectES20 : public MaterialEffectES20
@@ -47,31 +40,18 @@ protected:
     bool additive;
 
 private:
-    class NodeUniforms;
+    friend class detail::PlainLoop<BasicMaterialEffectES20>;
 
-    /// How the meshes of a buffer lie in it, which is the same for all.
-    struct BufferLayout
-    {
-        unsigned int vertexBuffer = 0;
-        unsigned int indexBuffer = 0;
-        int stride = 0;
-        int normalOffset = -1; ///< from the position on; negative where there are none
-        int textureOffset = -1;
-        std::uint64_t listing = 0; ///< of MeshES20, under which it holds
-    };
+    class NodeUniforms;
 
     void SetColors(Material* material);
     void ClearLeftovers();
-    void BindStreams(int stride, int positionOffset, int normalOffset, int textureOffset);
-    void ReleaseStreams(int normalOffset, int textureOffset);
-
-    const BufferLayout& LayoutOf(const detail::PlainDraw& draw);
-
-    /// Draws the first, and those after it that lie in the same buffer.
-    /// @return the first that does not.
-    detail::PlainDraw* DrawBuffer(detail::PlainDraw* draw, detail::PlainDraw* end);
-
-    BufferLayout m_layout; ///< of the buffer that was drawn from last
+    void BindStreams(const Streams& streams);
+    void ReleaseStreams(const Streams& streams);
+    void BindNoFlags();
+    void EndMesh() { ClearLeftovers(); }
+    bool CanRepeat() const;
+    static constexpr bool TakesColors() { return false; }
 
     // What the lit nodes of a mesh left in the program.
     bool m_clipPlanesLeft = false;

@@ -18,6 +18,11 @@ namespace OV
 
 MaterialEffectES20::MaterialEffectES20(EffectCache* cache) : EffectES20(cache) {}
 
+MaterialEffectES20::Streams MaterialEffectES20::StreamsOf(const MeshES20& mesh)
+{
+    return {mesh.stride, mesh.positionOffset, mesh.normalOffset, mesh.textureOffset, mesh.colorOffset};
+}
+
 unsigned int MaterialEffectES20::ColorTexture(MaterialES20* material)
 {
     const unsigned int texture = material->GetTextureID();

@@ -3,8 +3,20 @@
 #include "orvane/Export.h"
 #include "orvane/effects/EffectES20.h"
 
+#include <cstdint>
+
 namespace OV
 {
+
+namespace detail
+{
+
+struct PlainDraw;
+
+template <class Effect>
+class PlainLoop;
+
+} // namespace detail
 
 class LightNode;
 class Material;
@@ -23,7 +35,19 @@ public:
     virtual void Remove() = 0;
 
 protected:
+    /// Where the streams of a mesh begin in the buffer that is bound, in bytes; negative where there is none.
+    struct Streams
+    {
+        int stride = 0; ///< from one vertex to the next
+        int position = 0;
+        int normal = -1;
+        int texture = -1;
+        int color = -1;
+    };
+
     explicit MaterialEffectES20(EffectCache* cache);
+
+    static Streams StreamsOf(const MeshES20& mesh);
 
     /// The colour texture to draw with; 0 for none, and for one that is still to come.
     static unsigned int ColorTexture(MaterialES20* material);
@@ -81,6 +105,21 @@ protected:
 
     /// Stipple colour and the two lengths in pixels, when the material is stippled.
     void SetStippling(Material* material, int color, int offset, int size);
+
+private:
+    template <class Effect>
+    friend class detail::PlainLoop;
+
+    /// How the meshes of a buffer lie in it, which is the same for all.
+    struct BufferLayout
+    {
+        unsigned int vertexBuffer = 0;
+        unsigned int indexBuffer = 0;
+        Streams fromPosition;
+        std::uint64_t listing = 0; ///< of MeshES20, under which it holds
+    };
+
+    BufferLayout m_layout; ///< of the buffer that plain meshes were drawn from last
 };
 
 } // namespace OV

@@ -51,12 +51,26 @@ constexpr EffectCache::EffectType kPassEffects[kRenderPassCount] = {
     EffectCache::Monotone,                  // RenderPassMonotoneSecond
 };
 
+/// Whether an effect is of a class or of what derives from it, for which alone the classes are searched.
+template <class Effect>
+bool IsOf(const EffectES20* effect)
+{
+    return effect && (typeid(*effect) == typeid(Effect) || dynamic_cast<const Effect*>(effect));
+}
+
 /// Whether an effect is one of the model that advanced materials are shaded by.
 bool IsOfModel(const EffectES20* effect, EffectCache::EffectType model)
 {
-    return model == EffectCache::AdvancedMaterialPhong
-               ? dynamic_cast<const AdvancedMaterialPhongEffectES20*>(effect) != nullptr
-               : dynamic_cast<const AdvancedMaterialEffectES20*>(effect) != nullptr;
+    return model == EffectCache::AdvancedMaterialPhong ? IsOf<AdvancedMaterialPhongEffectES20>(effect)
+                                                       : IsOf<AdvancedMaterialEffectES20>(effect);
+}
+
+/// Null for an effect of neither model.
+AdvancedMaterialBaseES20* AsAdvanced(EffectES20& effect)
+{
+    const std::type_info& type = typeid(effect);
+    const bool isOwn = type == typeid(AdvancedMaterialEffectES20) || type == typeid(AdvancedMaterialPhongEffectES20);
+    return isOwn ? static_cast<AdvancedMaterialBaseES20*>(&effect) : dynamic_cast<AdvancedMaterialBaseES20*>(&effect);
 }
 
 bool IsNodeMaterial(Material& material)
@@ -132,40 +146,47 @@ MaterialES20::~MaterialES20()
 
 void MaterialES20::Prepare(CameraNodeES20* camera, std::vector<RenderItemES20>& items, bool clippingPlane)
 {
-    if (!EnsureTextureLoaded())
+    if (PrepareList(camera, items, clippingPlane))
     {
-        return;
+        ListMeshes(items);
     }
-    const bool isOfNodes = IsNodeMaterial(*material);
-    if (!material)
-    {
-        return;
-    }
-    if (isOfNodes)
-    {
-        PrepareNodes(camera, items, clippingPlane);
-        return;
-    }
-    UpdateList(clippingPlane);
-    ListMeshes(items);
 }
 
 void MaterialES20::PrepareWhole(CameraNodeES20* camera, std::vector<RenderItemES20>& items, bool clippingPlane)
 {
-    // A class of the host's may say that it is something else.
-    const bool isPlain = material && textureId != PendingTexture && typeid(*material) == typeid(Material);
-    if (isPlain)
+    if (!PrepareList(camera, items, clippingPlane))
     {
-        UpdateList(clippingPlane);
+        return;
     }
-    if (!isPlain || !m_list.arePlain || !m_list.holds)
+    if (!m_list.arePlain || !m_list.holds)
     {
-        Prepare(camera, items, clippingPlane);
+        ListMeshes(items);
     }
     else if (!m_list.items.empty())
     {
         items.push_back({nullptr, this, false, nullptr});
     }
+}
+
+bool MaterialES20::PrepareList(CameraNodeES20* camera, std::vector<RenderItemES20>& items, bool clippingPlane)
+{
+    if (!EnsureTextureLoaded())
+    {
+        return false;
+    }
+    // A class of the host's may say that it is something else.
+    const bool isOfNodes = typeid(*material) != typeid(Material) && IsNodeMaterial(*material);
+    if (!material)
+    {
+        return false;
+    }
+    if (isOfNodes)
+    {
+        PrepareNodes(camera, items, clippingPlane);
+        return false;
+    }
+    UpdateList(clippingPlane);
+    return true;
 }
 
 void MaterialES20::PrepareNodes(CameraNodeES20* camera, std::vector<RenderItemES20>& items, bool clippingPlane)
@@ -220,6 +241,7 @@ void MaterialES20::MakeList(bool clippingPlane)
     m_list.items.reserve(meshes.size());
     m_list.holds = true;
     m_list.arePlain = true;
+    m_list.knowsColored = false;
     for (auto place = meshes.begin(); place != meshes.end();)
     {
         const std::uint64_t revision = material->GetMeshesRevision();
@@ -266,6 +288,28 @@ void MaterialES20::ListMesh(Mesh* mesh, bool clippingPlane)
     }
     m_list.items.push_back(detail::PlainDrawOf(mesh, meshData));
     m_list.arePlain = m_list.arePlain && m_list.items.back().node;
+}
+
+MaterialES20::Colored MaterialES20::HowManyListedAreColored()
+{
+    if (m_list.knowsColored || !ListHolds())
+    {
+        return m_list.colored;
+    }
+    bool isAny = false;
+    bool isEach = true;
+    m_list.knowsColored = true;
+    for (const detail::PlainDraw& listed : m_list.items)
+    {
+        const MeshES20& data = listed.Data();
+        const bool isUploaded = data.vertexBufferId != 0;
+        const bool isColored = data.colorOffset >= 0;
+        isAny = isAny || (isUploaded && isColored);
+        isEach = isEach && (!isUploaded || isColored);
+        m_list.knowsColored = m_list.knowsColored && (isUploaded || !data.sharedBuffer);
+    }
+    m_list.colored = !isAny ? Colored::None : isEach ? Colored::All : Colored::Some;
+    return m_list.colored;
 }
 
 void MaterialES20::PrepareSpecificNode(CameraNodeES20*, Mesh* mesh, MeshNode* node,
@@ -325,7 +369,7 @@ void MaterialES20::SetUpPass(unsigned int pass)
     case RenderPassAdvanced:
     case RenderPassAdvancedSecond:
         FollowShaderType(pass);
-        if (auto* const advanced = dynamic_cast<AdvancedMaterialBaseES20*>(currentEffect))
+        if (AdvancedMaterialBaseES20* const advanced = AsAdvanced(*currentEffect))
         {
             advanced->passFlag = pass == RenderPassAdvancedSecond;
         }

@@ -98,6 +98,18 @@ public:
     float GetUScale() const { return uScale; }
     float GetVScale() const { return vScale; }
 
+    /// How many of some meshes have colours of their vertices.
+    enum class Colored : unsigned char
+    {
+        None,
+        Some,
+        All
+    };
+
+    /// How many have of the meshes that Prepare listed last, once they are uploaded. One without vertices doesn't
+    /// count. In a steady frame none is looked at.
+    Colored HowManyListedAreColored();
+
     /// False once the pool or the cache is gone, or if there never was one.
     bool IsConnected() const { return bufferPool && effectCache; }
 
@@ -122,6 +134,8 @@ private:
         bool holds = false;
         bool arePlain = false; ///< all of them
         bool clippingPlane = false;
+        bool knowsColored = false;
+        Colored colored = Colored::None;
         std::uint64_t meshes = 0;  ///< revision of the material's meshes
         std::uint64_t listing = 0; ///< revision of all meshes' render data
     };
@@ -168,6 +182,10 @@ private:
     /// Prepare, which lists meshes that all are plain as one item: it has the style and no mesh, and
     /// stands for the list of this material.
     void PrepareWhole(CameraNodeES20* camera, std::vector<RenderItemES20>& items, bool clippingPlane);
+
+    /// Prepare as far as it comes before the meshes are listed, of which the list is brought up to date.
+    /// @return whether they are to be listed.
+    bool PrepareList(CameraNodeES20* camera, std::vector<RenderItemES20>& items, bool clippingPlane);
     void PrepareNodes(CameraNodeES20* camera, std::vector<RenderItemES20>& items, bool clippingPlane);
     void ListMeshes(std::vector<RenderItemES20>& items);
     void UpdateList(bool clippingPlane);

@@ -1,5 +1,7 @@
 #include "orvane/renderer/detail/PlainDraws.h"
 
+#include "orvane/effects/AdvancedMaterialEffectES20.h"
+#include "orvane/effects/AdvancedMaterialPhongEffectES20.h"
 #include "orvane/effects/BasicMaterialEffectES20.h"
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/RenderItemES20.h"
@@ -12,6 +14,41 @@
 
 namespace OV::detail
 {
+
+namespace
+{
+
+template <class Effect>
+void DrawByClass(EffectES20& effect, PlainDraw* draws, PlainDraw* end)
+{
+    static_cast<Effect&>(effect).DrawPlain(draws, end);
+}
+
+} // namespace
+
+PlainDraws::DrawBy PlainDraws::WayOf(const EffectES20& effect)
+{
+    struct Way
+    {
+        const std::type_info& type;
+        DrawBy draw;
+    };
+    // A class of the host's may change each operation.
+    static constexpr Way ways[] = {
+        {typeid(BasicMaterialEffectES20), &DrawByClass<BasicMaterialEffectES20>},
+        {typeid(AdvancedMaterialEffectES20), &DrawByClass<AdvancedMaterialEffectES20>},
+        {typeid(AdvancedMaterialPhongEffectES20), &DrawByClass<AdvancedMaterialPhongEffectES20>},
+    };
+    const std::type_info& type = typeid(effect);
+    for (const Way& way : ways)
+    {
+        if (way.type == type)
+        {
+            return way.draw;
+        }
+    }
+    return nullptr;
+}
 
 void PlainDraws::Begin(MeshStyleES20* style, RenderPass pass)
 {
@@ -26,11 +63,12 @@ void PlainDraws::Begin(MeshStyleES20* style, RenderPass pass)
     auto* const material = static_cast<MaterialES20*>(style);
     EffectES20* const effect = material->GetShader(pass);
     constexpr unsigned int special = MaterialFlagAlwaysPass | MaterialFlagPoints;
-    if (effect && typeid(*effect) == typeid(BasicMaterialEffectES20) && material->currentEffect == effect &&
-        (material->material->GetFlags() & special) == 0)
+    const DrawBy drawBy = effect && material->currentEffect == effect ? WayOf(*effect) : nullptr;
+    if (drawBy && (material->material->GetFlags() & special) == 0)
     {
         m_material = material;
-        m_effect = static_cast<BasicMaterialEffectES20*>(effect);
+        m_effect = effect;
+        m_drawBy = drawBy;
         m_followsList = material->ListHolds();
     }
 }
@@ -61,7 +99,7 @@ std::size_t PlainDraws::Draw(const RenderItemES20* items, const RenderItemES20* 
     }
     Flush();
     m_place += static_cast<std::size_t>(draw - first);
-    m_effect->DrawPlain(first, draw);
+    m_drawBy(*m_effect, first, draw);
     return static_cast<std::size_t>(draw - first);
 }
 
@@ -95,7 +133,7 @@ void PlainDraws::DrawTaken()
 {
     const std::size_t count = m_takenCount;
     m_takenCount = 0;
-    m_effect->DrawPlain(m_taken, m_taken + count);
+    m_drawBy(*m_effect, m_taken, m_taken + count);
 }
 
 bool PlainDraws::DrawAll()
@@ -105,7 +143,7 @@ bool PlainDraws::DrawAll()
         return false;
     }
     std::vector<PlainDraw>& list = m_material->m_list.items;
-    m_effect->DrawPlain(list.data(), list.data() + list.size());
+    m_drawBy(*m_effect, list.data(), list.data() + list.size());
     return true;
 }
 

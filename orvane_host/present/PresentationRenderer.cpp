@@ -546,7 +546,7 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
 /// Whether what is drawn looks at each mesh, whatever the needs of the frame.
 bool PresentationRenderer::NeedsMeshes() const
 {
-    return m_castsShadows || m_surfaces->NeedsMeshes() || std::any_of(m_stages.begin(), m_stages.end(), IsOutside);
+    return m_castsShadows || std::any_of(m_stages.begin(), m_stages.end(), IsOutside);
 }
 
 void PresentationRenderer::GatherNeeds(PresentationFrame& frame)

@@ -1,3 +1,4 @@
+#include "orvane/effects/AdvancedMaterialBaseES20.h"
 #include "orvane/effects/EffectES20.h"
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/scene/CameraNode.h"
@@ -8,6 +9,7 @@
 #include "orvane/scene/NodeMaterial.h"
 #include "orvane/scene/RawMesh.h"
 #include "orvane/scene/Scene.h"
+#include "tests/effects/EffectSettingsGuard.h"
 #include "tests/renderer/RendererDoubles.h"
 #include "tests/support/GLRecorder.h"
 
@@ -45,6 +47,21 @@ Mesh* MakeHosts(const std::shared_ptr<RawMesh>& geometry, Scene* scene)
     return new HostMesh(geometry, scene);
 }
 
+/// In which pass all of a stage is drawn, and by which model where there are two.
+struct Look
+{
+    const char* label;
+    RenderPass pass;
+    EffectCache::EffectType model;
+};
+
+const Look kLooks[] = {
+    {"basic", RenderPassDefault, EffectCache::AdvancedMaterial},
+    {"advanced", RenderPassAdvanced, EffectCache::AdvancedMaterial},
+    {"Phong", RenderPassAdvanced, EffectCache::AdvancedMaterialPhong},
+};
+const Look& kBasic = kLooks[0];
+
 /// What changes how all meshes of a stage are drawn.
 struct Kind
 {
@@ -54,6 +71,9 @@ struct Kind
     bool isMirrored = false; ///< every second node
     bool hasPlanes = false;  ///< the program has the uniforms of clip planes
     bool hasTexture = false; ///< likewise an attribute of texture coordinates
+    bool takesColors = false; ///< of vertices, where the effect can
+    bool isCut = false;       ///< there is a clip plane
+    bool isEdited = false;    ///< every third node, where the effect greys the others
 };
 
 const Kind kKinds[] = {
@@ -68,13 +88,37 @@ const Kind kKinds[] = {
     {"mirrored", {true, false, false}, true, true},
     {"mirrored, with clip planes", {true, false, false}, true, true, true},
     {"with clip planes", {true, false, false}, true, false, true},
+    {"its colours taken", {true, false, true}, true, false, false, false, true},
+    {"its colours and texture taken", {true, true, true}, true, false, false, true, true},
+    {"colours taken that are not there", {true, false, false}, true, false, false, false, true},
+    {"cut", {true, false, false}, true, true, true, false, false, true},
+    {"edited", {true, false, false}, true, false, false, false, false, false, true},
 };
 
 /// Three meshes of one material, then one of another, each at a node of its own.
 struct Stage
 {
-    Stage(MakeMesh makeMesh, const Kind& meshKind) : make(std::move(makeMesh)), kind(meshKind)
+    Stage(MakeMesh makeMesh, const Kind& meshKind, const Look& inLook = kBasic) :
+        look(inLook), make(std::move(makeMesh)), kind(meshKind)
     {
+        EffectES20::SetAdvancedMaterialShaderType(look.model);
+        EffectES20::ClearClipPlanes();
+        if (kind.isCut)
+        {
+            EffectES20::AddClipPlane({1, 0, 0}, {1, 0, 0});
+        }
+        if (look.pass == RenderPassAdvanced)
+        {
+            auto* const effect =
+                static_cast<AdvancedMaterialBaseES20*>(renderer.effectCache.GetEffect(look.model));
+            effect->SetVertexColors(kind.takesColors);
+            if (kind.isEdited)
+            {
+                effect->SetEditInContextPath({{1, 2}});
+            }
+            // The materials hold it from the first frame on.
+            m_effect.reset(effect);
+        }
         if (!kind.hasPlanes)
         {
             recorder.SetUniformLocation("u_numClipPlanes", -1);
@@ -104,6 +148,10 @@ struct Stage
             place.SetScale(Vector(-1.0f, 1.0f, 1.0f));
         }
         node->SetLocal(place);
+        if (kind.isEdited && nodes.size() % 3 == 0)
+        {
+            node->SetPath({{1, 2}, {3, 4}});
+        }
         mesh->AddNode(node);
         scene.GetRoot()->AddChild(node, false);
         to.AddMesh(mesh);
@@ -116,7 +164,27 @@ struct Stage
     {
         recorder.Clear();
         scene.UpdateGraph(64.0f, 64.0f);
-        renderer.Render3D(&scene, scene.GetCameraNode());
+        if (look.pass == RenderPassDefault)
+        {
+            renderer.Render3D(&scene, scene.GetCameraNode());
+        }
+        else
+        {
+            DrawInPass();
+        }
+        return Calls();
+    }
+
+    /// Of items in the pass of the look.
+    std::vector<std::string> Draw(const std::vector<RenderItemES20>& items)
+    {
+        recorder.Clear();
+        renderer.RenderItemList(Camera(), items, look.pass);
+        return Calls();
+    }
+
+    std::vector<std::string> Calls() const
+    {
         std::vector<std::string> calls;
         for (const GLCall& call : recorder.Calls())
         {
@@ -125,15 +193,42 @@ struct Stage
         return calls;
     }
 
+    CameraNodeES20* Camera() { return static_cast<CameraNodeES20*>(scene.GetCameraNode()->GetRenderData()); }
+
+    EffectSettingsGuard settings;
     GLRecorder recorder;
     Scene scene;
     OpenRenderer20 renderer{nullptr, nullptr};
+    Look look;
     MakeMesh make;
     Kind kind;
     Material* material = nullptr;
     Material* other = nullptr;
     std::vector<Mesh*> meshes;
     std::vector<MeshNode*> nodes;
+
+private:
+    struct Releasing
+    {
+        void operator()(EffectES20* effect) const { effect->Release(); }
+    };
+
+    /// What Render3D does about materials, in another pass.
+    void DrawInPass()
+    {
+        if (!Camera())
+        {
+            scene.GetCameraNode()->SetRenderData(new CameraNodeES20(scene.GetCameraNode()));
+        }
+        Camera()->UpdateMVP(64, 64, false);
+        std::vector<RenderItemES20> items;
+        renderer.PrepareWholeMaterials(scene.GetOptimizedMaterials(), Camera(), items, false);
+        renderer.bufferPool.GenerateVBOs();
+        renderer.RenderItemList(Camera(), items, look.pass);
+        MeshES20::ResetBufferCache();
+    }
+
+    std::unique_ptr<EffectES20, Releasing> m_effect;
 };
 
 /// Render data of a host's class that draws something else, after which nothing is known of a program.
@@ -172,6 +267,23 @@ public:
 
     int renders = 0;
 };
+
+std::vector<std::pair<const Look*, const Kind*>> LooksAndKinds()
+{
+    std::vector<std::pair<const Look*, const Kind*>> pairs;
+    for (const Look& look : kLooks)
+    {
+        for (const Kind& kind : kKinds)
+        {
+            // The two models differ in the places of uniforms alone.
+            if (look.model != EffectCache::AdvancedMaterialPhong || &kind == &kKinds[0] || kind.takesColors)
+            {
+                pairs.emplace_back(&look, &kind);
+            }
+        }
+    }
+    return pairs;
+}
 
 struct Change
 {
@@ -265,13 +377,13 @@ const Change kChanges[] = {
 
 TEST(PlainDraws, FollowEveryChangeBetweenFrames)
 {
-    for (const Kind& kind : kKinds)
+    for (const auto& [look, kind] : LooksAndKinds())
     {
         for (const Change& change : kChanges)
         {
-            const auto framesBy = [&](const MakeMesh& make)
+            const auto framesBy = [&, look = look, kind = kind](const MakeMesh& make)
             {
-                Stage stage(make, kind);
+                Stage stage(make, *kind, *look);
                 std::vector<std::vector<std::string>> frames;
                 frames.push_back(stage.Frame());
                 frames.push_back(stage.Frame());
@@ -280,7 +392,8 @@ TEST(PlainDraws, FollowEveryChangeBetweenFrames)
                 frames.push_back(stage.Frame());
                 return frames;
             };
-            EXPECT_EQ(framesBy(MakeOwn), framesBy(MakeHosts)) << kind.label << ", " << change.label;
+            EXPECT_EQ(framesBy(MakeOwn), framesBy(MakeHosts))
+                << look->label << ", " << kind->label << ", " << change.label;
         }
     }
 }
@@ -327,43 +440,36 @@ TEST(PlainDraws, ItemsMayBeLeftOutRepeatedAndReordered)
 TEST(PlainDraws, ItemsOfNoListAreDrawnWithTheSameCalls)
 {
     const std::vector<std::vector<int>> orders = {{0, 1, 2}, {0, 2}, {2}, {2, 1, 0}, {1, 1, 2}, {3, 0, 1}, {}};
-    for (const Kind& kind : kKinds)
+    for (const auto& [look, kind] : LooksAndKinds())
     {
         for (const std::vector<int>& order : orders)
         {
-            const auto callsBy = [&](const MakeMesh& make)
+            const auto callsBy = [&, look = look, kind = kind](const MakeMesh& make)
             {
-                Stage stage(make, kind);
+                Stage stage(make, *kind, *look);
                 stage.Frame();
                 // Render data that are gone end all lists.
                 stage.meshes[3]->Suspend();
                 stage.nodes[1]->SetFlags(order.size() == 2 ? NodeFlagHidden : NodeFlagNoHitTest, false);
                 auto* const style = static_cast<MaterialES20*>(stage.material->GetRenderData());
-                auto* const camera = static_cast<CameraNodeES20*>(stage.scene.GetCameraNode()->GetRenderData());
                 std::vector<RenderItemES20> items;
                 for (const int index : order)
                 {
                     items.push_back({stage.meshes[static_cast<std::size_t>(index)], style, false, nullptr});
                 }
-                stage.recorder.Clear();
-                stage.renderer.RenderItemList(camera, items, RenderPassDefault);
-                std::vector<std::string> calls;
-                for (const GLCall& call : stage.recorder.Calls())
-                {
-                    calls.push_back(call.ToString());
-                }
-                return calls;
+                return stage.Draw(items);
             };
-            EXPECT_EQ(callsBy(MakeOwn), callsBy(MakeHosts)) << kind.label << ", " << order.size() << " items";
+            EXPECT_EQ(callsBy(MakeOwn), callsBy(MakeHosts))
+                << look->label << ", " << kind->label << ", " << order.size() << " items";
         }
     }
 }
 
 TEST(PlainDraws, MoreItemsOfNoListThanAreDrawnAtOnce)
 {
-    const auto callsBy = [](const MakeMesh& make)
+    const auto callsBy = [](const MakeMesh& make, const Look& look)
     {
-        Stage stage(make, kKinds[0]);
+        Stage stage(make, kKinds[0], look);
         for (int i = 0; i < 200; ++i)
         {
             stage.AddMesh(*stage.material);
@@ -371,46 +477,96 @@ TEST(PlainDraws, MoreItemsOfNoListThanAreDrawnAtOnce)
         stage.Frame();
         stage.meshes[3]->Suspend();
         auto* const style = static_cast<MaterialES20*>(stage.material->GetRenderData());
-        auto* const camera = static_cast<CameraNodeES20*>(stage.scene.GetCameraNode()->GetRenderData());
         std::vector<RenderItemES20> items;
         for (Mesh* const mesh : stage.material->EachMesh())
         {
             items.push_back({mesh, style, false, nullptr});
         }
-        stage.recorder.Clear();
-        stage.renderer.RenderItemList(camera, items, RenderPassDefault);
+        std::vector<std::string> calls = stage.Draw(items);
         EXPECT_EQ(stage.recorder.All("glDrawElements").size(), items.size());
-        std::vector<std::string> calls;
-        for (const GLCall& call : stage.recorder.Calls())
-        {
-            calls.push_back(call.ToString());
-        }
         return calls;
     };
-    EXPECT_EQ(callsBy(MakeOwn), callsBy(MakeHosts));
+    for (const Look& look : kLooks)
+    {
+        EXPECT_EQ(callsBy(MakeOwn, look), callsBy(MakeHosts, look)) << look.label;
+    }
 }
 
 TEST(PlainDraws, DataThatSayTheyDrawAsTheBaseAreDrawnWithTheOthers)
 {
-    for (const bool saysSo : {true, false})
+    for (const Look& look : kLooks)
     {
-        Stage stage(MakeOwn, kKinds[0]);
-        stage.Frame();
-        const std::vector<std::string> before = stage.Frame();
-        auto* const data = new CountingData(stage.meshes[1], stage.renderer, saysSo);
-        stage.meshes[1]->SetRenderData(data, true);
-        stage.Frame();
-        EXPECT_EQ(stage.Frame().size(), before.size() + 4) << "its buffer is another one";
-        EXPECT_EQ(data->renders, saysSo ? 0 : 2);
-        // Likewise where there is no list.
-        stage.meshes[3]->Suspend();
-        auto* const style = static_cast<MaterialES20*>(stage.material->GetRenderData());
-        auto* const camera = static_cast<CameraNodeES20*>(stage.scene.GetCameraNode()->GetRenderData());
-        stage.recorder.Clear();
-        stage.renderer.RenderItemList(camera, {{stage.meshes[1], style, false, nullptr}}, RenderPassDefault);
-        EXPECT_EQ(stage.recorder.All("glDrawElements").size(), 1u);
-        EXPECT_EQ(data->renders, saysSo ? 0 : 3);
+        for (const bool saysSo : {true, false})
+        {
+            Stage stage(MakeOwn, kKinds[0], look);
+            stage.Frame();
+            const std::vector<std::string> before = stage.Frame();
+            auto* const data = new CountingData(stage.meshes[1], stage.renderer, saysSo);
+            stage.meshes[1]->SetRenderData(data, true);
+            stage.Frame();
+            EXPECT_EQ(stage.Frame().size(), before.size() + 4) << look.label << ": its buffer is another one";
+            EXPECT_EQ(data->renders, saysSo ? 0 : 2) << look.label;
+            // Likewise where there is no list.
+            stage.meshes[3]->Suspend();
+            auto* const style = static_cast<MaterialES20*>(stage.material->GetRenderData());
+            stage.Draw({{stage.meshes[1], style, false, nullptr}});
+            EXPECT_EQ(stage.recorder.All("glDrawElements").size(), 1u);
+            EXPECT_EQ(data->renders, saysSo ? 0 : 3) << look.label;
+        }
     }
+}
+
+class HostMaterial : public Material
+{
+public:
+    using Material::Material;
+};
+
+TEST(PlainDraws, AMaterialOfAHostsClassIsWholeToo)
+{
+    Stage stage(MakeOwn, kKinds[0]);
+    auto* const material = new HostMaterial("a host's");
+    stage.scene.AddMaterial(material);
+    stage.AddMesh(*material);
+    stage.AddMesh(*material);
+    stage.Frame();
+    std::vector<RenderItemES20> items;
+    stage.renderer.PrepareWholeMaterial(material, stage.Camera(), items, false);
+    ASSERT_EQ(items.size(), 1u);
+    EXPECT_EQ(items[0].mesh, nullptr);
+    stage.Draw(items);
+    EXPECT_EQ(stage.recorder.All("glDrawElements").size(), 2u);
+}
+
+TEST(PlainDraws, WhatHasColoursIsKnownOfAWholeMaterial)
+{
+    using Colored = MaterialES20::Colored;
+    Stage stage(MakeOwn, kKinds[0]);
+    const auto colored = [&stage]
+    {
+        stage.Frame();
+        return static_cast<MaterialES20*>(stage.material->GetRenderData())->HowManyListedAreColored();
+    };
+    EXPECT_EQ(colored(), Colored::None);
+    stage.kind.format = {true, false, true};
+    stage.AddMesh(*stage.material);
+    EXPECT_EQ(colored(), Colored::Some);
+    EXPECT_EQ(colored(), Colored::Some);
+    for (int i = 0; i < 3; ++i)
+    {
+        stage.other->AddMesh(stage.meshes[static_cast<std::size_t>(i)]);
+    }
+    EXPECT_EQ(colored(), Colored::All);
+    stage.kind.format = {true, false, false};
+    stage.AddMesh(*stage.material);
+    EXPECT_EQ(colored(), Colored::Some);
+    // Asked before it is uploaded, it is asked again.
+    stage.AddMesh(*stage.material);
+    delete stage.meshes[stage.meshes.size() - 2];
+    std::vector<RenderItemES20> items;
+    stage.renderer.PrepareWholeMaterial(stage.material, stage.Camera(), items, false);
+    EXPECT_EQ(static_cast<MaterialES20*>(stage.material->GetRenderData())->HowManyListedAreColored(), Colored::All);
+    EXPECT_EQ(colored(), Colored::Some);
 }
 
 TEST(PlainDraws, AWholeMaterialIsOneItemAndItsMeshesCanBeListed)

@@ -8,7 +8,7 @@
 namespace OV
 {
 
-class BasicMaterialEffectES20;
+class EffectES20;
 class MaterialES20;
 class MeshStyleES20;
 struct RenderItemES20;
@@ -50,12 +50,18 @@ public:
     bool DrawAll();
 
 private:
+    using DrawBy = void (*)(EffectES20& effect, PlainDraw* draws, PlainDraw* end);
+
+    /// How an effect of one of the engine's own classes draws plain meshes in one go; null for what doesn't.
+    static DrawBy WayOf(const EffectES20& effect);
+
     void DrawTaken();
 
     static constexpr std::size_t kMostTaken = 64;
 
     MaterialES20* m_material = nullptr; ///< null where all items have to be drawn by themselves
-    BasicMaterialEffectES20* m_effect = nullptr;
+    EffectES20* m_effect = nullptr;
+    DrawBy m_drawBy = nullptr;
     bool m_followsList = false; ///< whether the next item may be the next of the list
     std::size_t m_place = 0;    ///< in its list
     std::size_t m_takenCount = 0;

@@ -12,7 +12,7 @@ namespace OV::Host
 
 /// A material that keeps files in memory which its maps are loaded from, at the first drawing
 /// and again after each suspend.
-class ImportedMaterial : public Material
+class ImportedMaterial final : public Material
 {
 public:
     using Material::Material;

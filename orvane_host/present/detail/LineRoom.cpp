@@ -1,6 +1,6 @@
 #include "orvane_host/present/detail/LineRoom.h"
 
-#include "orvane/renderdata/MaterialES20.h"
+#include "orvane_host/present/detail/MaterialDataOf.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/Scene.h"
@@ -72,7 +72,7 @@ bool LineRoom::TakeBack(const std::vector<RenderItemES20>& items, std::size_t en
             continue;
         }
         style = items[i].style;
-        const auto* const data = dynamic_cast<const MaterialES20*>(style);
+        const MaterialES20* const data = MaterialDataOf(*style);
         Material* const material = data ? data->GetMaterial() : nullptr;
         const DepthOffset offset = material ? DepthRank::OffsetOf(*material) : DepthOffset();
         if (DepthRank::HasRoom(offset))

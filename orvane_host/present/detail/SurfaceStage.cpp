@@ -8,6 +8,7 @@
 #include "orvane_host/present/detail/Effects.h"
 #include "orvane_host/present/detail/LightShareScope.h"
 #include "orvane_host/present/detail/LineStage.h"
+#include "orvane_host/present/detail/MaterialDataOf.h"
 #include "orvane_host/present/detail/NeededScope.h"
 #include "orvane_host/present/detail/SampleShadingScope.h"
 #include "orvane_host/present/detail/ShadowStage.h"
@@ -32,6 +33,7 @@
 #include <cmath>
 #include <cstddef>
 #include <functional>
+#include <typeinfo>
 
 namespace OV::Host::Detail
 {
@@ -86,11 +88,15 @@ private:
     GLboolean m_before[4] = {};
 };
 
-/// Once it is uploaded.
-bool HasColors(const RenderItemES20& item)
+/// Of an item, once it is uploaded; of one that stands for a whole material, of its meshes.
+MaterialES20::Colored HowManyAreColored(const RenderItemES20& item)
 {
+    if (!item.mesh)
+    {
+        return static_cast<MaterialES20&>(*item.style).HowManyListedAreColored();
+    }
     const auto* const data = static_cast<const MeshES20*>(item.mesh->GetRenderData());
-    return data && data->GetColorOffset() >= 0;
+    return data && data->GetColorOffset() >= 0 ? MaterialES20::Colored::All : MaterialES20::Colored::None;
 }
 
 } // namespace
@@ -201,7 +207,7 @@ bool SurfaceStage::Reflection::operator==(const Reflection& other) const
 SurfaceStage::Reflection SurfaceStage::ReflectionOf(const MeshStyleES20& style)
 {
     Reflection reflection;
-    const auto* const data = dynamic_cast<const MaterialES20*>(&style);
+    const MaterialES20* const data = MaterialDataOf(style);
     const Material* const material = data ? data->GetMaterial() : nullptr;
     if (!material)
     {
@@ -228,8 +234,9 @@ void SurfaceStage::PrepareReflection()
 bool SurfaceStage::TakesVertexColors(const MeshStyleES20& style)
 {
     // Those of a host are its own affair, and those of cuts are there for the look of that name alone.
-    const auto* const data = dynamic_cast<const MaterialES20*>(&style);
-    return data && dynamic_cast<const ImportedMaterial*>(data->GetMaterial());
+    const MaterialES20* const data = MaterialDataOf(style);
+    const Material* const material = data ? data->GetMaterial() : nullptr;
+    return material && typeid(*material) == typeid(ImportedMaterial);
 }
 
 void SurfaceStage::Reflect(const Reflection& reflection)
@@ -362,7 +369,7 @@ void SurfaceStage::DrawWithoutLines(PresentationFrame& frame, const std::vector<
 /// Whether a see-through surface is drawn with an effect that knows layers.
 bool SurfaceStage::IsLayered(const RenderItemES20& item) const
 {
-    const auto* const data = dynamic_cast<const MaterialES20*>(item.style);
+    const MaterialES20* const data = MaterialDataOf(*item.style);
     const Material* const material = data ? data->GetMaterial() : nullptr;
     if (!material || (material->GetFlags() & (MaterialFlagAlwaysPass | MaterialFlagPoints)) != 0)
     {
@@ -450,7 +457,10 @@ void SurfaceStage::DrawItems(PresentationFrame& frame, const std::vector<RenderI
             dress.reflection = m_reflecting ? ReflectionOf(*style) : Reflection();
             takesColors = TakesVertexColors(*style);
         }
-        dress.isColored = takesColors && HasColors(item);
+        const MaterialES20::Colored colored =
+            takesColors ? HowManyAreColored(item) : MaterialES20::Colored::None;
+        dress.isColored = colored == MaterialES20::Colored::All;
+        dress.isMixed = colored == MaterialES20::Colored::Some;
         return dress;
     };
     auto begin = items.begin();
@@ -461,13 +471,21 @@ void SurfaceStage::DrawItems(PresentationFrame& frame, const std::vector<RenderI
         const auto end = std::find_if(begin, items.end(), [&](const RenderItemES20& item) {
             return passOf(item) != own || !(dressOf(item) == shared);
         });
+        if (shared.isMixed)
+        {
+            m_spread.clear();
+            std::for_each(begin, end, [this](const RenderItemES20& item) { StageAccess::ListMeshes(item, m_spread); });
+            DrawItems(frame, m_spread, pass, buffer);
+            begin = end;
+            continue;
+        }
         Reflect(shared.reflection);
         if (shader)
         {
             shader->SetVertexColors(shared.isColored);
         }
         m_run.assign(begin, end);
-        if (dynamic_cast<const MaterialES20*>(m_run.front().style))
+        if (MaterialDataOf(*m_run.front().style))
         {
             frame.renderer.DrawInPicture(frame, m_run, own);
         }

@@ -55,9 +55,6 @@ public:
     void ShowLines(bool show) { m_linesShown = show; }
     bool AreLinesShown() const { return m_linesShown; }
 
-    /// Whether items of the frame that stand for whole materials can't be drawn: the look asks each mesh for
-    /// colours.
-    bool NeedsMeshes() const { return m_look == Look::Advanced || m_look == Look::Phong; }
     void OverlayLines(bool overlay) { m_linesOverlaid = overlay; }
     void SetSurroundings(std::shared_ptr<const Surroundings> surroundings) { m_surroundings.Set(std::move(surroundings)); }
     void SetGlass(const GlassSettings& glass) { m_glass = glass; }
@@ -91,10 +88,11 @@ private:
     {
         Reflection reflection;
         bool isColored = false; ///< by the colours of its vertices too
+        bool isMixed = false;   ///< an item for all of a material, of which that holds for some
 
         bool operator==(const Dress& other) const
         {
-            return isColored == other.isColored && reflection == other.reflection;
+            return isColored == other.isColored && isMixed == other.isMixed && reflection == other.reflection;
         }
     };
 
@@ -146,6 +144,7 @@ private:
     std::vector<RenderItemES20> m_panes;  ///< see-through surfaces that are drawn in layers
     std::vector<RenderItemES20> m_others; ///< and those that are not
     std::vector<RenderItemES20> m_run;    ///< those of the items that one pass draws in a row
+    std::vector<RenderItemES20> m_spread; ///< the meshes of a material of which only some have colours
 };
 
 } // namespace OV::Host::Detail

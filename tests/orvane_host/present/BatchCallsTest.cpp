@@ -260,6 +260,28 @@ TEST_F(BatchCalls, TogetherItTakesThemForEachMaterial)
     EXPECT_EQ(CallsOfFrame(), calls);
 }
 
+TEST_F(BatchCalls, WithLightAtEveryPixelANodeTakesASecondMatrixAndAMaterialItsProgramAndNone)
+{
+    Fill();
+    for (const Host::Look look : {Host::Look::Advanced, Host::Look::Phong})
+    {
+        renderer->SetLook(look);
+        const Calls single = SteadyFrame(BatchUse::Off);
+        EXPECT_EQ(single.draws, nodes.size());
+        EXPECT_EQ(single.programs, 2u * Rows);
+        EXPECT_EQ(single.uploads, 0u);
+        EXPECT_EQ(single.pointers, nodes.size());
+        EXPECT_EQ(single.switches, 2u * Rows);
+        EXPECT_EQ(single.uniforms, 2 * nodes.size() + Rows);
+        const Calls together = SteadyFrame(BatchUse::On);
+        EXPECT_EQ(together.draws, static_cast<std::size_t>(Rows));
+        EXPECT_EQ(together.programs, 2u * Rows);
+        EXPECT_EQ(together.pointers, static_cast<std::size_t>(Rows));
+        EXPECT_EQ(together.switches, 2u * Rows);
+        EXPECT_LE(together.uniforms, 2u * Rows);
+    }
+}
+
 TEST_F(BatchCalls, ANodeThatMovesOnceTakesOneUploadMore)
 {
     Fill();

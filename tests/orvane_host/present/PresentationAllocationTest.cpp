@@ -1,3 +1,5 @@
+#include "orvane_host/import/detail/ImportedMaterial.h"
+#include "orvane/renderdata/RenderItemES20.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
@@ -38,6 +40,19 @@ protected:
         return HeapCount() - before;
     }
 
+    void AddTriangle(Material& material, float left)
+    {
+        auto raw = std::make_shared<RawMesh>();
+        raw->SetPositionBuffer({Vector(left, 0, 0), Vector(left + 1.0f, 0, 0), Vector(left, 1, 0)});
+        raw->SetIndices({0, 1, 2});
+        raw->EndDescription(true);
+        auto* const mesh = new Mesh(raw, &World());
+        auto* const node = new MeshNode(&World());
+        mesh->AddNode(node);
+        World().GetRoot()->AddChild(node, false);
+        material.AddMesh(mesh);
+    }
+
     EveryFeatureScene scene;
 };
 
@@ -69,18 +84,8 @@ TEST_F(PresentationAllocation, NeitherDoesOneThatDrawsTogetherWhatStandsStill)
 {
     auto* const material = new Material("of two");
     World().AddMaterial(material);
-    for (const float left : {0.0f, 2.0f})
-    {
-        auto raw = std::make_shared<RawMesh>();
-        raw->SetPositionBuffer({Vector(left, 0, 0), Vector(left + 1.0f, 0, 0), Vector(left, 1, 0)});
-        raw->SetIndices({0, 1, 2});
-        raw->EndDescription(true);
-        auto* const mesh = new Mesh(raw, &World());
-        auto* const node = new MeshNode(&World());
-        mesh->AddNode(node);
-        World().GetRoot()->AddChild(node, false);
-        material->AddMesh(mesh);
-    }
+    AddTriangle(*material, 0.0f);
+    AddTriangle(*material, 2.0f);
     renderer->SetBatches({Host::BatchUse::On});
     for (const bool stages : {false, true})
     {
@@ -90,6 +95,34 @@ TEST_F(PresentationAllocation, NeitherDoesOneThatDrawsTogetherWhatStandsStill)
                                               : std::nullopt);
         EXPECT_EQ(AllocationsOfSteadyFrame(false), 0u) << stages;
         EXPECT_GT(renderer->CountBatches().batches, 0u);
+    }
+}
+
+// What lists each mesh takes room for it, and that stays.
+TEST_F(PresentationAllocation, LooksWithLightListNoMeshesUntilSomebodyLooksAtEach)
+{
+    constexpr int count = 2000;
+    Material* const materials[] = {new Material("plain"), new Host::ImportedMaterial("imported")};
+    for (Material* const material : materials)
+    {
+        World().AddMaterial(material);
+        for (int i = 0; i < count / 2; ++i)
+        {
+            AddTriangle(*material, 0.01f * static_cast<float>(i));
+        }
+    }
+    for (const Host::Look look : {Host::Look::Basic, Host::Look::Advanced, Host::Look::Phong})
+    {
+        NewRenderer();
+        renderer->ShowLines(false);
+        renderer->SetBatches({Host::BatchUse::Off});
+        renderer->SetLook(look);
+        Draw();
+        Draw();
+        const std::size_t before = HeapBytes();
+        renderer->AddStage(std::make_unique<AddedStage>(std::make_shared<StageRecord>()), Host::StageSlot::OverPicture);
+        Draw();
+        EXPECT_GT(HeapBytes(), before + count * 2 * sizeof(RenderItemES20)) << static_cast<int>(look);
     }
 }
 

@@ -1,0 +1,255 @@
+#include "orvane_host/import/detail/ImportedMaterial.h"
+#include "orvane_host/present/BatchSettings.h"
+#include "orvane_host/present/GlassSettings.h"
+#include "orvane_host/present/ShadowSettings.h"
+#include "orvane_host/present/Surroundings.h"
+#include "orvane/math/Transform.h"
+#include "orvane/renderdata/MaterialES20.h"
+#include "orvane/scene/CameraNode.h"
+#include "orvane/scene/LightNode.h"
+#include "orvane/scene/LineStyle.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/MeshNode.h"
+#include "orvane/scene/Scene.h"
+#include "tests/orvane_host/present/AddedStage.h"
+#include "tests/orvane_host/present/PresentationStage.h"
+#include "tests/support/GLRecorder.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+// Where nothing looks at each mesh, a frame draws whole materials by the lists that they keep. A host's stage is handed
+// each mesh: with one that does nothing, calls and picture must be the same.
+namespace OV::Test
+{
+
+namespace
+{
+
+using Host::ImportedMaterial;
+using Host::Look;
+
+class WholeMaterials : public FlatStage
+{
+protected:
+    WholeMaterials()
+    {
+        renderer->SetBatches({Host::BatchUse::Off});
+        auto* const light = new LightNode(&World());
+        World().GetRoot()->AddChild(light, false);
+        light->SetLocalDirection(Vector(0.3f, 0.2f, -1.0f));
+        plain = Imported(Color(0.7f, 0.7f, 0.2f));
+        coloured = Imported(Color(0.9f, 0.9f, 0.9f));
+        mixed = Imported(Color(0.5f, 0.9f, 0.9f));
+        glass = Imported(Color(0.2f, 0.5f, 0.9f, 0.5f));
+        Material& own = AddMaterial(Color(0.4f, 0.8f, 0.4f));
+        own.ClearFlags(MaterialFlagUnlit);
+        Material* const rows[] = {&own, plain, coloured, mixed, glass};
+        for (int row = 0; row < 5; ++row)
+        {
+            for (int column = 0; column < 6; ++column)
+            {
+                const bool isColoured = row == 2 || (row >= 3 && column % 2 == 1);
+                Add(*rows[row], column, row, isColoured);
+            }
+        }
+    }
+
+    ImportedMaterial* Imported(const Color& color)
+    {
+        auto* const material = new ImportedMaterial("imported");
+        material->SetAmbient(Color(0.2f, 0.2f, 0.2f, 1.0f));
+        material->SetDiffuse(color);
+        material->SetSpecular(Color(0.5f, 0.5f, 0.5f));
+        World().AddMaterial(material);
+        return material;
+    }
+
+    void Add(Material& material, int column, int row, bool isColoured)
+    {
+        const std::vector<Color> colors(4, Color(0.8f, 0.2f, 0.4f));
+        MeshNode& node = AddRect(material, {column * 15 + 2, row * 12 + 2, 14, 12}, static_cast<float>(row), column,
+                                 isColoured ? colors : std::vector<Color>());
+        Transform turned;
+        if (column % 3 == 2)
+        {
+            // About the middle of the picture.
+            turned.SetPosition(Vector(static_cast<float>(2 * (column * 15 + 9)), 0.0f, 0.0f));
+            turned.SetScale(Vector(-1.0f, 1.0f, 1.0f));
+        }
+        node.SetLocal(turned);
+        node.SetPath({{static_cast<std::uint64_t>(column % 2), 0}});
+        nodes.push_back(&node);
+    }
+
+    Mesh& MeshOf(std::size_t index) { return *nodes[index]->GetMeshes().front(); }
+
+    struct Frame
+    {
+        Picture picture;
+        std::vector<std::string> calls;
+    };
+
+    Frame Record()
+    {
+        World().MarkDirty();
+        app.Update(0.0f);
+        renderer->BeginRender(false, Color(1, 1, 1));
+        Frame frame;
+        {
+            const GLRecorder recorder(GLRecorder::Mode::Forward);
+            renderer->Render3D(&World(), &Camera());
+            for (const GLCall& call : recorder.Calls())
+            {
+                frame.calls.push_back(call.ToString());
+            }
+        }
+        renderer->EndRender();
+        frame.picture = ReadPixels();
+        return frame;
+    }
+
+    void ExpectSameByMeshes(const std::string& what)
+    {
+        const Frame first = Record();
+        AddedStage* const stage = new AddedStage(std::make_shared<StageRecord>());
+        renderer->AddStage(std::unique_ptr<Host::PresentationStage>(stage), Host::StageSlot::OverPicture);
+        const Frame byMeshes = Record();
+        renderer->RemoveStage(stage);
+        ExpectSame(first.picture, byMeshes.picture, (what + ", the first").c_str());
+        const Frame whole = Record();
+        ExpectSame(whole.picture, byMeshes.picture, what.c_str());
+        EXPECT_EQ(whole.calls, byMeshes.calls) << what;
+    }
+
+    ImportedMaterial* plain;
+    ImportedMaterial* coloured;
+    ImportedMaterial* mixed;
+    ImportedMaterial* glass;
+    std::vector<MeshNode*> nodes;
+};
+
+} // namespace
+
+TEST_F(WholeMaterials, LookAsMeshByMesh)
+{
+    struct Way
+    {
+        const char* label;
+        std::function<void(WholeMaterials&)> set;
+        std::function<void(WholeMaterials&)> takeBack;
+    };
+    const auto reflect = [this](float share)
+    {
+        mixed->reflectionFactors[0] = share;
+        mixed->reflectionFactors[1] = share;
+        mixed->reflectionFactors[2] = share;
+    };
+    const std::vector<Way> ways = {
+        {"plain", [](auto&) {}, [](auto&) {}},
+        {"cut", [](auto&) { EffectES20::AddClipPlane({1, 0, 0}, {50, 0, 0}); },
+         [](auto&) { EffectES20::ClearClipPlanes(); }},
+        {"edited", [this](auto&) { renderer->EditInContext({{1, 0}}); },
+         [this](auto&) { renderer->EditInContext({{0, 0}}); }},
+        {"in surroundings",
+         [this, reflect](auto&)
+         {
+             renderer->SetSurroundings(Host::Surroundings::OfSky(SkySettings::inst(), std::nullopt, Host::UpAxis::Z));
+             reflect(0.5f);
+         },
+         [this, reflect](auto&)
+         {
+             renderer->SetSurroundings(nullptr);
+             reflect(0.0f);
+         }},
+        {"glass in layers", [this](auto&) { renderer->SetGlass({Host::GlassOrder::Exact, 4}); },
+         [this](auto&) { renderer->SetGlass({Host::GlassOrder::Scene, 4}); }},
+        {"with shadows",
+         [this](auto&)
+         {
+             renderer->SetSun(Vector(0.3f, 0.2f, 1.0f));
+             renderer->SetShadows(Host::ShadowSettings());
+         },
+         [this](auto&) { renderer->SetShadows(std::nullopt); }},
+        {"with edges", [this](auto&) { renderer->SetEdges(Host::EdgeLook()); },
+         [this](auto&) { renderer->SetEdges(std::nullopt); }},
+    };
+    for (const Look look : {Look::Basic, Look::Advanced, Look::Phong, Look::Monotone, Look::VertexColor})
+    {
+        renderer->SetLook(look);
+        for (const Way& way : ways)
+        {
+            way.set(*this);
+            ExpectSameByMeshes(std::string(NameOfLook(look)) + ", " + way.label);
+            way.takeBack(*this);
+        }
+    }
+}
+
+TEST_F(WholeMaterials, LookAsMeshByMeshAfterEachChange)
+{
+    struct Change
+    {
+        const char* label;
+        std::function<void()> make;
+    };
+    const std::vector<Change> changes = {
+        {"a node is hidden", [this] { nodes[1]->SetFlags(NodeFlagHidden, false); }},
+        {"a node moves", [this] { nodes[8]->SetLocal(Transform()); }},
+        {"a mesh marks its back faces", [this] { MeshOf(9).SetFlags(MeshFlagShowFaceSides); }},
+        {"a mesh with colours comes to those without", [this] { Add(*plain, 5, 1, true); }},
+        {"a mesh without colours comes to those with", [this] { Add(*coloured, 5, 2, false); }},
+        {"what has colours leaves the mixed",
+         [this]
+         {
+             for (const std::size_t index : {19u, 21u, 23u})
+             {
+                 coloured->AddMesh(&MeshOf(index));
+             }
+         }},
+        {"a mesh dies", [this] { delete &MeshOf(13); }},
+        {"a mesh loses its render data", [this] { MeshOf(14).Suspend(); }},
+        {"a material becomes unlit", [this] { mixed->SetFlags(MaterialFlagUnlit); }},
+        {"a material becomes points", [this] { plain->SetFlags(MaterialFlagPoints); }},
+        {"suspended", [this] { SuspendAndResume(); }},
+    };
+    for (const Look look : {Look::Advanced, Look::Phong})
+    {
+        renderer->SetLook(look);
+        for (const Change& change : changes)
+        {
+            if (look == Look::Advanced)
+            {
+                change.make();
+            }
+            ExpectSameByMeshes(std::string(NameOfLook(look)) + ", " + change.label);
+        }
+    }
+}
+
+// The way that vertices' colours take through whole materials: each mesh shows its own.
+TEST_F(WholeMaterials, ShowTheColoursOfVerticesWhereThereAreAny)
+{
+    renderer->SetLook(Look::Advanced);
+    for (ImportedMaterial* const material : {coloured, mixed})
+    {
+        material->SetFlags(MaterialFlagUnlit);
+        material->SetAmbient(Color(0.0f, 0.0f, 0.0f, 1.0f));
+        material->SetDiffuse(Color(1.0f, 1.0f, 1.0f));
+    }
+    const Picture picture = Draw();
+    const auto at = [&](int column, int row) { return picture.At(column * 15 + 5, row * 12 + 8); };
+    const Pixel red = ToPixel(0.8f, 0.2f, 0.4f);
+    const Pixel white = ToPixel(1.0f, 1.0f, 1.0f);
+    EXPECT_EQ(at(0, 2), red);
+    EXPECT_EQ(at(1, 2), red);
+    EXPECT_EQ(at(0, 3), white);
+    EXPECT_EQ(at(1, 3), red);
+    EXPECT_EQ(at(4, 3), white);
+    EXPECT_EQ(at(3, 3), red);
+}
+
+} // namespace OV::Test
