@@ -54,17 +54,23 @@ def run(command, drawing=False):
     return done.stdout
 
 
-def frames(programs, drawing):
-    """Node by node and a loop over flat arrays that makes the same calls, the best of several passes."""
+def best_times(program, drawing, *options):
+    """By name, of several passes in turns."""
     with tempfile.NamedTemporaryFile(suffix=".json") as out:
-        run([programs / "frame_bench", "--benchmark_repetitions=7", "--benchmark_enable_random_interleaving=true",
-             f"--benchmark_out={out.name}", "--benchmark_out_format=json"], drawing)
+        run([program, "--benchmark_repetitions=7", "--benchmark_enable_random_interleaving=true",
+             f"--benchmark_out={out.name}", "--benchmark_out_format=json", *options], drawing)
         results = json.load(open(out.name, encoding="utf-8"))["benchmarks"]
     best = {}
     for result in results:
         if result["run_type"] == "iteration":
             name = result["run_name"]
             best[name] = min(best.get(name, result["cpu_time"]), result["cpu_time"])
+    return best
+
+
+def frames(programs, drawing):
+    """Node by node and a loop over flat arrays that makes the same calls, the best of several passes."""
+    best = best_times(programs / "frame_bench", drawing)
     ratios = {}
     for name, time in best.items():
         if "ByEngine" in name and (hand := best.get(name.replace("ByEngine", "ByHand"))):
@@ -72,6 +78,17 @@ def frames(programs, drawing):
             motion = "all moving" if name.startswith("Moving") else "static"
             triangles = 2 * columns * rows
             ratios[f"{meshes} meshes of {triangles} triangles, {materials} materials, {motion}, engine"] = time / hand
+    return ratios
+
+
+def shadows(programs):
+    """Frames with shadows over plain ones, with drawing, which is what they take."""
+    best = best_times(programs / "shadow_bench", True, "--benchmark_min_time=0.1")
+    ratios = {}
+    for name, time in best.items():
+        view, look, kind = name.split("/")
+        if kind != "none":
+            ratios[f"hall from {view}, {look}, {kind} shadows, drawn"] = time / best[f"{view}/{look}/none"]
     return ratios
 
 
@@ -129,6 +146,11 @@ def batches_table(title, sizes, ratios):
         cells = [ratios.get(f"{nodes} nodes, {words}") for nodes in sizes]
         lines.append(f"| {words} | " + " | ".join("" if cell is None else f"{cell:.2g}" for cell in cells) + " |")
     return lines
+
+
+def shadows_table(ratios):
+    lines = ["| Shadows, with drawing | of the plain frame |", "|---|---|"]
+    return lines + [f"| {name.rsplit(', ', 1)[0]} | {ratio:.2g} |" for name, ratio in sorted(ratios.items())]
 
 
 def counted_ratios(counted, look):
@@ -212,6 +234,10 @@ def main():
             some, bytes_of_a_node = batches(programs, nodes, drawing)
             by_batches[drawing].update(some)
             memory.setdefault(nodes, bytes_of_a_node)
+    shadowed = {}
+    if not options.nodes:
+        print("shadows, with drawing", flush=True)
+        shadowed = shadows(programs)
     counted = {}
     if options.instructions:
         for look, some in (("basic", COUNTED), (LOOK, COUNTED_IN_LOOK)):
@@ -221,6 +247,8 @@ def main():
     parts.append(batches_table("Drawing dropped", sizes, by_batches[False]))
     if options.drawing:
         parts.append(batches_table("With drawing", sizes, by_batches[True]))
+    if shadowed:
+        parts.append(shadows_table(shadowed))
     if counted:
         parts.append(counted_table(counted))
     parts.append(calls_table({**calls(programs, COUNTED_NODES, "basic", COUNTED),
@@ -231,7 +259,7 @@ def main():
     text = "\n\n".join("\n".join(part) for part in parts)
     print(text)
 
-    ratios = {**engine[False], **by_batches[False]}
+    ratios = {**engine[False], **by_batches[False], **shadowed}
     ratios.update({f"{name}, drawn": ratio for values in (engine[True], by_batches[True])
                    for name, ratio in values.items()})
     ratios.update({f"{COUNTED_NODES} nodes, {words}, instructions": ratio for words, (_, ratio) in counted.items()})

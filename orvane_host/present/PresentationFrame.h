@@ -163,7 +163,7 @@ struct PresentationFrame
     unsigned int picture = 0;
 
     /// Units in which a stage leaves a 2D texture; they are freed at the end of the frame.
-    std::array<bool, 8> usedUnits = {};
+    std::array<bool, 9> usedUnits = {};
 };
 
 } // namespace OV::Host

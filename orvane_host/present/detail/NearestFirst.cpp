@@ -9,6 +9,9 @@
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
 
+#include <glm/geometric.hpp>
+#include <glm/vec3.hpp>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -44,14 +47,41 @@ bool AreFree(const std::vector<RenderItemES20>& items, std::size_t end, RenderPa
     return true;
 }
 
-/// Of the middle of what is drawn, along the view; of several places the nearest.
-double DistanceOf(const RenderItemES20& item, const Matrix& worldToClip)
+/// How far things lie along a view.
+struct Depths
 {
-    const float* const m = worldToClip.m;
+    explicit Depths(const Matrix& worldToClip)
+    {
+        const float* const m = worldToClip.m;
+        along = {m[2], m[6], m[10]};
+        start = m[14];
+        // Where clip space begins z is minus w, and z follows from w.
+        const glm::dvec3 w(m[3], m[7], m[11]);
+        const double steepness = glm::dot(w, w);
+        const double factor = steepness > 0.0 ? glm::dot(along, w) / steepness : 0.0;
+        least = steepness > 0.0 ? (start - factor * m[15]) / (factor + 1.0) : -static_cast<double>(m[15]);
+    }
+
+    glm::dvec3 along{0.0};
+    double start = 0.0; ///< of the origin
+    double least = 0.0; ///< that is seen
+};
+
+/// Of the middle of what is drawn, without what lies nearer than the view begins; of several places the nearest.
+double DistanceOf(const RenderItemES20& item, const Depths& depths)
+{
     double nearest = std::numeric_limits<double>::infinity();
     const auto add = [&](const MeshNode& node) {
-        const glm::dvec3 middle = BoxOf(*item.mesh, node).middle;
-        nearest = std::min(nearest, m[2] * middle.x + m[6] * middle.y + m[10] * middle.z + m[14]);
+        const CastBox box = BoxOf(*item.mesh, node);
+        const double middle = glm::dot(depths.along, box.middle) + depths.start;
+        double reach = 0.0;
+        for (const glm::dvec3& half : box.halves)
+        {
+            reach += std::abs(glm::dot(depths.along, half));
+        }
+        const double from = std::max(middle - reach, depths.least);
+        const double to = std::max(middle + reach, depths.least);
+        nearest = std::min(nearest, 0.5 * (from + to));
     };
     if (item.specificNode)
     {
@@ -74,12 +104,13 @@ const std::vector<RenderItemES20>& NearestFirst::Arrange(const std::vector<Rende
     {
         return items;
     }
+    const Depths depths(worldToClip);
     m_distances.clear();
     double nearest = std::numeric_limits<double>::infinity();
     double farthest = -nearest;
     for (std::size_t i = 0; i < end; ++i)
     {
-        const double distance = DistanceOf(items[i], worldToClip);
+        const double distance = DistanceOf(items[i], depths);
         m_distances.push_back(distance);
         if (std::isfinite(distance))
         {

@@ -49,20 +49,24 @@ constexpr double kLowest = 0.01;
 constexpr double kHardTexel = 1.4142135623730950;
 constexpr double kSoftTexel = 1.0;
 
+/// Degrees. Of wider suns soft shadows are looked for at more places.
+constexpr float kWidest = 1.0f;
+
 /// Of a side of a map's part: of a view, and of a tile of a poster, beside whose buffers the map has to find room.
 constexpr int kMostTexels = 4096;
 constexpr int kMostTexelsOfPart = 2048;
 
-/// Steps of a depth that the edge of a texel has at least, for rounding to count for nothing against what
+/// Steps of a depth of 16 bits, and how many the edge of a texel has at least, for rounding to be less than what
 /// surfaces are allowed to lie behind themselves, which is most of an edge.
-constexpr double kStepsOfEdge = 16.0;
+constexpr double kSteps = 65535.0;
+constexpr double kStepsOfEdge = 2.0;
 
 /// Whether 16 bits tell the lengths of a map apart.
 bool IsShortEnough(const SunView& view)
 {
     const auto& tiles = view.GetTiles();
     return std::all_of(tiles.begin(), tiles.end(), [](const SunView::Tile& tile) {
-        return std::max(tile.step.x, tile.step.y) * 65535.0 >= kStepsOfEdge;
+        return std::max(tile.step.x, tile.step.y) * kSteps >= kStepsOfEdge;
     });
 }
 
@@ -128,6 +132,7 @@ void ShadowStage::ReleaseGL()
     Drop(m_effect);
     m_depth.Resize(0, 0);
     m_glass.Resize(0, 0);
+    m_table.ReleaseGL();
     m_drawn.reset();
     m_inForce = false;
 }
@@ -241,6 +246,7 @@ std::optional<SunView> ShadowStage::LayOut(const PresentationFrame& frame, const
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &limit);
     request.texel = m_settings->soft ? kSoftTexel : kHardTexel;
     request.mostTexels = std::min(limit / 2, frame.part.ofPoster ? kMostTexelsOfPart : kMostTexels);
+    request.mostParts = SunTable::IsSupported() ? SunView::MostTiles : 1;
     request.low = m_boxes.front().middle;
     request.high = m_boxes.front().middle;
     for (const CastBox& box : m_boxes)
@@ -441,32 +447,38 @@ void ShadowStage::DrawPart(PresentationFrame& frame, const SunView& view, const 
 
 void ShadowStage::SetValues(const PresentationFrame& frame, const WholeView& seen, const SunView& view)
 {
-    static_assert(SunShare::MostTiles == SunView::MostTiles);
+    static_assert(SunTable::Columns == SunView::MostTiles);
     SunShare::Values& values = m_share.values;
     const auto narrow = [](double value) { return static_cast<float>(value); };
     const bool isPerspective = frame.camera.GetProjection() == CameraNode::Perspective;
     const glm::ivec2 size = view.GetSize();
     values.texel = {narrow(1.0 / size.x), narrow(1.0 / size.y)};
     const std::vector<SunView::Tile>& tiles = view.GetTiles();
-    values.tiles = static_cast<int>(tiles.size());
-    values.slices = {narrow(view.GetSlices().perOctave), narrow(view.GetSlices().atOne)};
+    values.slices = {narrow(view.GetSlices().perOctave / SunTable::Columns),
+                     narrow(view.GetSlices().atOne / SunTable::Columns)};
     const glm::dmat4 toWorld = SunShare::ToWorld(seen.worldToClip, isPerspective);
     values.step = {narrow(tiles.front().step.x), narrow(tiles.front().step.y)};
     const bool hasParts = tiles.size() > 1;
-    m_share.frame = {&frame.cameraData, isPerspective, tiles.front().toMap, glm::dvec2(0.0)};
+    m_share.frame = {&frame.cameraData, isPerspective, tiles.front().toMap, glm::dvec3(0.0)};
+    // What is in the map may be rounded up: a surface isn't behind itself for that.
+    m_share.frame.start.z = IsShortEnough(view) ? 0.5 / kSteps : 0.0;
     if (hasParts)
     {
         // From the eye, near which what is small shows most.
-        m_share.frame.start = glm::dvec2(tiles.front().toMap * toWorld[3]);
-    }
-    for (std::size_t i = 0; i < tiles.size(); ++i)
-    {
-        const SunView::Tile& tile = tiles[i];
-        const glm::dvec2 finer = tiles.front().step / tile.step;
-        const glm::dvec4 eye = tile.toMap * toWorld[3];
-        values.parts[i] = {narrow(finer.x), narrow(finer.y), narrow(eye.x), narrow(eye.y)};
-        values.rects[i] = {narrow(tile.low.x + 0.5), narrow(tile.low.y + 0.5), narrow(tile.high.x - 0.5),
-                           narrow(tile.high.y - 0.5)};
+        const glm::dvec4 start = tiles.front().toMap * toWorld[3];
+        m_share.frame.start.x = start.x;
+        m_share.frame.start.y = start.y;
+        SunTable::Rows rows;
+        for (std::size_t i = 0; i < SunTable::Columns; ++i)
+        {
+            const SunView::Tile& tile = tiles[std::min(i, tiles.size() - 1)];
+            const glm::dvec2 finer = tiles.front().step / tile.step;
+            const glm::dvec4 eye = tile.toMap * toWorld[3];
+            rows[0][i] = {narrow(finer.x), narrow(finer.y), narrow(eye.x), narrow(eye.y)};
+            rows[1][i] = {narrow(tile.low.x + 0.5), narrow(tile.low.y + 0.5), narrow(tile.high.x - 0.5),
+                          narrow(tile.high.y - 0.5)};
+        }
+        m_table.Upload(rows);
     }
     constexpr double radians = 3.14159265358979323846 / 180.0;
     const double halfWidth = m_settings->soft ? std::tan(0.5 * m_settings->sunWidth * radians) : 0.0;
@@ -474,11 +486,14 @@ void ShadowStage::SetValues(const PresentationFrame& frame, const WholeView& see
     const auto optionIf = [](bool condition, SunShare::Option option) { return condition ? unsigned(option) : 0u; };
     m_share.SetOptions(optionIf(hasParts, SunShare::OptionParts)
                        | optionIf(m_settings->soft, SunShare::OptionSoft)
+                       | optionIf(m_settings->soft && m_settings->sunWidth > kWidest, SunShare::OptionWide)
                        | optionIf(m_hasGlass, SunShare::OptionGlass));
 }
 
 void ShadowStage::BindMaps(PresentationFrame& frame)
 {
+    glActiveTexture(GL_TEXTURE0 + SunShare::TableUnit);
+    glBindTexture(GL_TEXTURE_2D, m_table.GetTexture());
     glActiveTexture(GL_TEXTURE0 + SunShare::GlassUnit);
     glBindTexture(GL_TEXTURE_2D, m_hasGlass ? m_glass.GetTarget().GetColorTexture() : 0);
     glActiveTexture(GL_TEXTURE0 + SunShare::DepthUnit);
@@ -486,6 +501,7 @@ void ShadowStage::BindMaps(PresentationFrame& frame)
     glActiveTexture(GL_TEXTURE0);
     frame.usedUnits[SunShare::DepthUnit] = true;
     frame.usedUnits[SunShare::GlassUnit] = true;
+    frame.usedUnits[SunShare::TableUnit] = true;
 }
 
 } // namespace OV::Host::Detail

@@ -4,6 +4,7 @@
 #include "orvane_host/present/ShadowSettings.h"
 #include "orvane_host/present/detail/ScreenBuffer.h"
 #include "orvane_host/present/detail/SunShare.h"
+#include "orvane_host/present/detail/SunTable.h"
 #include "orvane_host/present/detail/SunView.h"
 #include "orvane/math/Vector.h"
 #include "orvane/renderdata/RenderItemES20.h"
@@ -107,6 +108,7 @@ private:
     CasterEffect* m_effect = nullptr; ///< one reference; null until shadows are drawn
     ScreenBuffer m_depth{RenderTargetProfileDepth};
     ScreenBuffer m_glass{RenderTargetProfileColorDepth};
+    SunTable m_table;
     std::optional<std::uint64_t> m_drawn; ///< fingerprint of what is in the maps
 
     // Of the frame.

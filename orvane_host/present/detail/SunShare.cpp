@@ -24,21 +24,18 @@ enum Uniform : int
 {
     UniformDepth,
     UniformGlass,
+    UniformTable,
     UniformTexel,
-    UniformTiles,
     UniformSlices,
     UniformPlace,
-    UniformParts,
-    UniformRects,
     UniformStep,
     UniformLook,
 };
 
 constexpr IndexedName kUniforms[] = {
-    {UniformDepth, "u_sunDepth"}, {UniformGlass, "u_sunGlass"}, {UniformTexel, "u_sunTexel"},
-    {UniformTiles, "u_sunTiles"}, {UniformSlices, "u_sunSlices"}, {UniformPlace, "u_sunPlace"},
-    {UniformParts, "u_sunParts"}, {UniformRects, "u_sunRects"}, {UniformStep, "u_sunStep"},
-    {UniformLook, "u_sunLook"},
+    {UniformDepth, "u_sunDepth"}, {UniformGlass, "u_sunGlass"}, {UniformTable, "u_sunTable"},
+    {UniformTexel, "u_sunTexel"}, {UniformSlices, "u_sunSlices"}, {UniformPlace, "u_sunPlace"},
+    {UniformStep, "u_sunStep"}, {UniformLook, "u_sunLook"},
 };
 static_assert(IsDense(kUniforms));
 
@@ -46,6 +43,7 @@ constexpr OptionRow kOptions[] = {
     {SunShare::OptionParts, "SUN_PARTS"},
     {SunShare::OptionSoft, "SUN_SOFT"},
     {SunShare::OptionGlass, "SUN_GLASS"},
+    {SunShare::OptionWide, "SUN_WIDE"},
 };
 
 } // namespace
@@ -103,7 +101,7 @@ void SunShare::FeedPlace(ShaderProgram& program, int uniform) const
     const glm::dvec3 none(0.0);
     const glm::dvec3 adds[] = {glm::dvec3(toMap[0]), glm::dvec3(toMap[1]), frame.isPerspective ? none : farther,
                                frame.isPerspective ? farther : none,
-                               glm::dvec3(toMap[3]) - glm::dvec3(frame.start, 0.0)};
+                               glm::dvec3(toMap[3]) - frame.start};
     glm::vec3 rows[std::size(adds)];
     std::copy(std::begin(adds), std::end(adds), rows);
     program.Uniform3fv(uniform, static_cast<int>(std::size(rows)), glm::value_ptr(rows[0]));
@@ -111,7 +109,6 @@ void SunShare::FeedPlace(ShaderProgram& program, int uniform) const
 
 void SunShare::Feed(ShaderProgram& program, int first)
 {
-    const int tiles = values.tiles;
     program.Uniform1i(first + UniformDepth, DepthUnit);
     if ((m_options & OptionGlass) != 0)
     {
@@ -120,16 +117,14 @@ void SunShare::Feed(ShaderProgram& program, int first)
     program.Uniform2fv(first + UniformTexel, 1, values.texel.data());
     if ((m_options & OptionParts) != 0)
     {
-        program.Uniform1i(first + UniformTiles, tiles);
+        program.Uniform1i(first + UniformTable, TableUnit);
         program.Uniform2fv(first + UniformSlices, 1, values.slices.data());
-        program.Uniform4fv(first + UniformParts, tiles, values.parts.front().data());
-        program.Uniform4fv(first + UniformRects, tiles, values.rects.front().data());
     }
     program.Uniform2fv(first + UniformLook, 1, values.look.data());
-    if (tiles > 0)
+    program.Uniform2fv(first + UniformStep, 1, values.step.data());
+    if (frame.camera)
     {
         FeedPlace(program, first + UniformPlace);
-        program.Uniform2fv(first + UniformStep, 1, values.step.data());
     }
 }
 

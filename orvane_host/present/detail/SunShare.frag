@@ -7,11 +7,11 @@
 //
 // Most fragments lie well within the light or the shadow. The four pixels of a quad, which
 // derivatives are taken over, look up different places, and only where they don't agree the share is
-// worked out. Looking up is what costs most, then reading uniforms: those that don't depend on the part
-// come with the place, see SunShare.vert.
+// worked out. Looking up is what costs most, half of it waiting for memory: what isn't wanted is looked up
+// where others have just been. Then come uniforms: those that don't depend on the part come with the
+// place, see SunShare.vert.
 
 @SUN_OPTIONS@
-#define SUN_TILES 8
 // Of loops that end before. A compiler that unrolls a loop makes every fragment go through all of it;
 // this is more than any unrolls. One that masks goes through the first round in any case, and through
 // all of the round that ends the loop: conditions stand at the end.
@@ -22,15 +22,17 @@
 uniform sampler2D u_sunDepth;            // lengths along the light, 0 to 1
 uniform sampler2D u_sunGlass;            // length of the first glass in red, green and blue, what all lets through in alpha
 #ifdef SUN_PARTS
-uniform int u_sunTiles;                  // in use
-uniform vec2 u_sunSlices;                // see SunView::Slices
-uniform vec4 u_sunParts[SUN_TILES];      // factors and offsets, across and up, to texels of the part
-uniform vec4 u_sunRects[SUN_TILES];      // texels that may be read: the middles of the first and the last
+// A column for each part, the last one's up to the end. Below: factors and offsets, across and up, to texels of the
+// part. Above: texels that may be read, the middles of the first and the last.
+uniform sampler2D u_sunTable;
 #endif
 
 // See SunShare.vert; where there are parts, places are counted from the eye.
 varying vec4 v_sunPlace;
 varying vec4 v_sunTexel;
+#ifdef SUN_PARTS
+varying vec2 v_sunSlices;
+#endif
 #ifdef SUN_SOFT
 varying vec2 v_sunWidening;
 #endif
@@ -73,11 +75,11 @@ float sunBehindSolid(SunSpot spot, vec2 texel)
     return sunBehind(spot, texel, texture2D(u_sunDepth, texel * v_sunTexel.xy).r);
 }
 
-// How far it lies behind the first glass, and what all glass lets through.
-vec2 sunBehindGlass(SunSpot spot, vec2 texel)
+// How far it lies behind the first glass, and what all glass lets through; anything where that isn't wanted.
+vec2 sunBehindGlass(SunSpot spot, vec2 texel, bool wanted)
 {
 #ifdef SUN_GLASS
-    vec4 glass = texture2D(u_sunGlass, texel * v_sunTexel.xy);
+    vec4 glass = texture2D(u_sunGlass, wanted ? texel * v_sunTexel.xy : vec2(0.0));
     float first = dot(glass.rgb, vec3(65536.0, 256.0, 1.0) * (255.0 / 16777215.0));
     return vec2(sunBehind(spot, texel, first), glass.a);
 #else
@@ -85,17 +87,22 @@ vec2 sunBehindGlass(SunSpot spot, vec2 texel)
 #endif
 }
 
-// The share of the light at a texel.
-float sunTap(SunSpot spot, vec2 texel)
-{
-    vec2 glass = sunBehindGlass(spot, texel);
-    return sunBehindSolid(spot, texel) > 0.0 ? 0.0 : glass.x > 0.0 ? glass.y : 1.0;
-}
-
 // Texels to a place within the pixel, from its middle.
 vec2 sunWithin(SunSpot spot, vec2 at)
 {
     return at.x * spot.across.xy + at.y * spot.up.xy;
+}
+
+// Whether the rim of glass falls among the pixels of a quad. It is as narrow as it may be: to look for
+// it farther off would cost as much as the solid does.
+// open: what glass lets through.
+bool isGlassRim(float open)
+{
+#ifdef SUN_GLASS
+    return abs(dFdx(open)) + abs(dFdy(open)) > 0.01;
+#else
+    return false;
+#endif
 }
 
 // Which pixel of its quad this is: -1 or 1 across and up.
@@ -120,35 +127,36 @@ vec2 sunOfQuad(vec2 value, vec2 side)
     return value + value - side.y * dFdy(value);
 }
 
-// Whether the rim of glass falls among the pixels of a quad. It is as narrow as it may be: to look for
-// it farther off would cost as much as the solid does.
-bool isGlassRim(vec2 glass)
-{
-#ifdef SUN_GLASS
-    float isGlass = step(0.0, glass.x);
-    return abs(dFdx(isGlass)) + abs(dFdy(isGlass)) > 0.5;
-#else
-    return false;
-#endif
-}
-
 float sunShare(SunSpot spot, bool wanted)
 {
     // No narrower than a pixel, nor than a texel.
     vec2 least = 0.5 * max(max(abs(spot.across.xy), abs(spot.up.xy)), vec2(1.0));
     vec2 radius = max(spot.widening * spot.place.z, 2.0 * least);
-    // Each pixel of a quad looks up three of twelve places of a disc, in the first round of the loop: how many
-    // are hidden by what is solid, and how far they lie behind it. Where they agree that is all.
+    // Each pixel of a quad looks up two of eight places of a disc, in the first round of the loop: how many
+    // are hidden by what is solid, and how far they lie behind it. Where they agree that is all. Four lie on
+    // the rim and four between these on half the radius. The disc of a wide sun reaches over more that is
+    // small, and has twelve.
     vec2 side = sunSide();
     vec2 turned = vec2(-side.y, side.x);
+#ifdef SUN_WIDE
     vec2 first = radius * (0.33 * side + 0.6 * turned);
     vec2 second = radius * (0.43 * side - 0.25 * turned);
-    vec2 third = radius * (0.23 * side + 0.08 * turned);
-    vec3 behind = vec3(0.0);
+    float third = sunBehindSolid(spot, sunTexelAt(spot, radius * (0.23 * side + 0.08 * turned)));
+    const float places = 12.0;
+#else
+    vec2 first = radius * (0.6 * side + 0.33 * turned);
+    vec2 second = radius * (0.34 * side - 0.1 * turned);
+    const float third = -1.0;
+    const float places = 8.0;
+#endif
+    vec2 behind = vec2(0.0);
 #ifdef SUN_GLASS
     // Glass takes more than the solid: one place a round, for the first to look it up once.
     behind.y = sunBehindSolid(spot, sunTexelAt(spot, second));
-    behind.z = sunBehindSolid(spot, sunTexelAt(spot, third));
+#endif
+    bool isOtherOpen = behind.y <= 0.0;
+#ifdef SUN_WIDE
+    isOtherOpen = isOtherOpen || third <= 0.0;
 #endif
     // Else places of a spiral, as many as it takes for steps not to be seen.
     vec2 direction = vec2(1.0, 0.0);
@@ -162,19 +170,21 @@ float sunShare(SunSpot spot, bool wanted)
         behind.x = sunBehindSolid(spot, texel);
 #ifndef SUN_GLASS
         behind.y = sunBehindSolid(spot, sunTexelAt(spot, second));
-        behind.z = sunBehindSolid(spot, sunTexelAt(spot, third));
 #endif
-        vec2 glass = sunBehindGlass(spot, i == 0 ? sunTexelAt(spot, vec2(0.0)) : texel);
+        // Not behind what is solid: where the first places are, no other is asked for.
+        bool seesGlass = behind.x <= 0.0 || (i == 0 && isOtherOpen);
+        vec2 glass = sunBehindGlass(spot, i == 0 ? sunTexelAt(spot, vec2(0.0)) : texel, seesGlass);
         float open = glass.x > 0.0 ? glass.y : 1.0;
         if (i == 0)
         {
-            vec3 hidden = step(0.0, behind);
-            vec2 found = sunOfQuad(vec2(dot(hidden, vec3(1.0)), dot(hidden, clamp(behind, 0.0, 1.0))), side);
-            bool isRim = isGlassRim(glass);
-            bool isMixed = found.x < 11.5 && (found.x > 0.5 || isRim);
+            vec3 lengths = vec3(behind, third);
+            vec3 hidden = step(0.0, lengths);
+            vec2 found = sunOfQuad(vec2(dot(hidden, vec3(1.0)), dot(hidden, clamp(lengths, 0.0, 1.0))), side);
+            bool isRim = isGlassRim(open);
+            bool isMixed = found.x < places - 0.5 && (found.x > 0.5 || isRim);
             if (!wanted || !isMixed)
             {
-                sum = found.x > 6.0 ? 0.0 : open;
+                sum = found.x > 0.5 * places ? 0.0 : open;
                 break;
             }
             radius = max(spot.widening * (found.y / max(found.x, 1.0)), least);
@@ -188,22 +198,20 @@ float sunShare(SunSpot spot, bool wanted)
             sum += behind.x > 0.0 ? 0.0 : share * open;
             done += 1.0;
 #else
-            vec3 isWanted = step(done + vec3(0.5, 1.5, 2.5), vec3(taps));
-            sum += share * dot(isWanted, vec3(lessThanEqual(behind, vec3(0.0))));
-            done += 3.0;
+            vec2 isWanted = step(done + vec2(0.5, 1.5), vec2(taps));
+            sum += share * dot(isWanted, vec2(lessThanEqual(behind, vec2(0.0))));
+            done += 2.0;
 #endif
         }
         if (done >= taps)
         {
             break;
         }
-        vec3 reach = sqrt((done + vec3(0.5, 1.5, 2.5)) * share);
+        vec2 reach = sqrt((done + vec2(0.5, 1.5)) * share);
         first = reach.x * radius * direction;
         direction = sunTurned(direction);
 #ifndef SUN_GLASS
         second = reach.y * radius * direction;
-        direction = sunTurned(direction);
-        third = reach.z * radius * direction;
         direction = sunTurned(direction);
 #endif
     }
@@ -214,21 +222,28 @@ float sunShare(SunSpot spot, bool wanted)
 {
     // The outermost corner of the quad: of four that agree none is on a rim.
     vec2 side = 0.5 * sunSide();
-    float lit = sunTap(spot, sunTexelAt(spot, sunWithin(spot, side)));
-    bool isMixed = abs(dFdx(lit)) + abs(dFdy(lit)) > 0.01;
-    float corner = lit;
+    bool isCornerHidden = sunBehindSolid(spot, sunTexelAt(spot, sunWithin(spot, side))) > 0.0;
+    float corner = float(isCornerHidden);
+    bool isMixed = abs(dFdx(corner)) + abs(dFdy(corner)) > 0.5;
     // The middle of a side of the quad, and on rims eight places of a pixel, or of a texel where that
     // is larger, no two of which lie in a row or column: rims are as smooth as those of surfaces.
     vec2 spread = clamp(1.0 - max(abs(spot.across.xy), abs(spot.up.xy)), 0.0, 1.0);
     vec2 at = vec2(-side.y, side.x);
-    float count = 1.0;
+    float lit = 0.0;
+    float count = 0.0;
     for (int i = 0; i < SUN_ROUNDS; ++i)
     {
-        lit += sunTap(spot, sunTexelAt(spot, sunWithin(spot, at) + at * spread));
+        vec2 texel = sunTexelAt(spot, sunWithin(spot, at) + at * spread);
+        bool isHidden = sunBehindSolid(spot, texel) > 0.0;
+        vec2 glass = sunBehindGlass(spot, texel, !isHidden);
+        float open = isHidden ? 0.0 : glass.x > 0.0 ? glass.y : 1.0;
+        lit += open;
         count += 1.0;
         if (i == 0)
         {
-            if (!wanted || (!isMixed && abs(lit - 2.0 * corner) < 0.01))
+            // Glass takes as much as the solid, and is looked up at these places alone.
+            bool isRim = isGlassRim(open);
+            if (!wanted || (!isMixed && !isRim && isHidden == isCornerHidden))
             {
                 break;
             }
@@ -246,19 +261,21 @@ float sunShare(SunSpot spot, bool wanted)
 }
 #endif
 
-// The fragment in a part of the map.
-// across, up: from its place to those of the pixels beside and above it.
-void sunSpotIn(int tile, vec3 across, vec3 up, inout SunSpot spot)
+// The fragment in its part of the map.
+SunSpot sunSpot()
 {
+    SunSpot spot;
     spot.place = v_sunPlace.xyz;
-    spot.across = across;
-    spot.up = up;
+    spot.across = dFdx(v_sunPlace.xyz);
+    spot.up = dFdy(v_sunPlace.xyz);
     spot.step = v_sunTexel.zw;
 #ifdef SUN_SOFT
     spot.widening = v_sunWidening;
 #endif
 #ifdef SUN_PARTS
-    vec4 part = u_sunParts[tile];
+    // By the distance alone: asking one part after the other takes twice what the rest does.
+    float column = v_sunSlices.y - v_sunSlices.x * log2(gl_FragCoord.w);
+    vec4 part = texture2D(u_sunTable, vec2(column, 0.25));
     spot.place.xy = spot.place.xy * part.xy + part.zw;
     spot.across.xy *= part.xy;
     spot.up.xy *= part.xy;
@@ -266,8 +283,9 @@ void sunSpotIn(int tile, vec3 across, vec3 up, inout SunSpot spot)
 #ifdef SUN_SOFT
     spot.widening *= part.xy;
 #endif
-    spot.rect = u_sunRects[tile];
+    spot.rect = texture2D(u_sunTable, vec2(column, 0.75));
 #endif
+    return spot;
 }
 
 #ifdef SUN_PARTS
@@ -280,18 +298,11 @@ bool isWithin(SunSpot spot)
 
 float OVSL_LightShare(bool wanted)
 {
-    vec3 across = dFdx(v_sunPlace.xyz);
-    vec3 up = dFdy(v_sunPlace.xyz);
-    SunSpot spot;
+    SunSpot spot = sunSpot();
     // About the only part the map is empty, so that what lies beyond it is lit.
     bool isOpen = wanted;
 #ifdef SUN_PARTS
-    // By the distance alone: asking one part after the other takes twice what the rest does.
-    float slice = u_sunSlices.y - u_sunSlices.x * log2(gl_FragCoord.w);
-    sunSpotIn(int(clamp(slice, 0.0, float(u_sunTiles) - 0.5)), across, up, spot);
     isOpen = isOpen && isWithin(spot);
-#else
-    sunSpotIn(0, across, up, spot);
 #endif
     // The plane turns the same side to the sun as to the eye if it looks the same way round to both.
     float area = spot.across.x * spot.up.y - spot.across.y * spot.up.x;
@@ -302,7 +313,9 @@ float OVSL_LightShare(bool wanted)
     vec2 reach = max(abs(spot.across.xy), abs(spot.up.xy)) * spot.step;
     spot.room = 0.75 * max(spot.step.x, spot.step.y) + 0.5 * max(reach.x, reach.y)
               + 0.02 * (abs(spot.slope.x) + abs(spot.slope.y)) + 1.0e-6;
-    float share = sunShare(spot, isOpen && area > 0.0);
+    bool isWanted = isOpen && area > 0.0;
+    spot.place.xy = isWanted ? spot.place.xy : vec2(0.0);
+    float share = sunShare(spot, isWanted);
     return area > 0.0 ? isOpen ? share : 1.0 : 0.0;
 }
 

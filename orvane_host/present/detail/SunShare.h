@@ -3,7 +3,7 @@
 #include "orvane/effects/LightShare.h"
 
 #include <glm/mat4x4.hpp>
-#include <glm/vec2.hpp>
+#include <glm/vec3.hpp>
 
 #include <array>
 #include <string>
@@ -23,20 +23,16 @@ namespace OV::Host::Detail
 class SunShare final : public LightShare
 {
 public:
-    static constexpr int MostTiles = 8;
-
     /// Units in which the maps are bound while the share is in force: the looks use those below.
     static constexpr int DepthUnit = 6;
     static constexpr int GlassUnit = 7;
+    static constexpr int TableUnit = 8; ///< see SunTable
 
     /// As the uniforms of SunShare.vert and SunShare.frag.
     struct Values
     {
         std::array<float, 2> texel{};
-        int tiles = 0;
         std::array<float, 2> slices{};
-        std::array<std::array<float, 4>, MostTiles> parts{};
-        std::array<std::array<float, 4>, MostTiles> rects{};
         std::array<float, 2> step{};
         std::array<float, 2> look{};
     };
@@ -47,7 +43,8 @@ public:
         OptionParts = 1, ///< of the map there are several
         OptionSoft = 2,
         OptionGlass = 4,
-        EndOfOptions = 8,
+        OptionWide = 8, ///< a sun that soft shadows reach far with
+        EndOfOptions = 16,
     };
 
     Values values;
@@ -59,7 +56,7 @@ public:
         const CameraNodeES20* camera = nullptr;
         bool isPerspective = true;
         glm::dmat4 toMap{1.0};  ///< world space to texels of the first part of the map, and lengths along the light
-        glm::dvec2 start{0.0};  ///< texels of it, across and up, that are counted from
+        glm::dvec3 start{0.0};  ///< that is counted from: texels of it, across and up, and the length
     };
     Frame frame;
 

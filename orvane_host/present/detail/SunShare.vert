@@ -9,9 +9,11 @@ uniform vec3 u_sunPlace[5];    // what x, y, z and w of the view's clip space an
 uniform vec2 u_sunTexel;       // of the map, its width and height counted 1
 uniform vec2 u_sunStep;        // edges of a texel of the first part as lengths along the light
 uniform vec2 u_sunLook;        // darkness of flat tones; half the sun's width over its distance
+uniform vec2 u_sunSlices;      // see v_sunSlices; of a map with parts
 
 varying vec4 v_sunPlace;       // texels across and up of the first part, length along the light; darkness
 varying vec4 v_sunTexel;       // u_sunTexel, u_sunStep
+varying vec2 v_sunSlices;      // what u_sunTable takes a distance from the eye to: times its logarithm to the base 2, and of 1
 varying vec2 v_sunWidening;    // texels by which rims get wider with the length to what casts them
 
 void main()
@@ -21,5 +23,6 @@ void main()
                + u_sunPlace[3] * gl_Position.w + u_sunPlace[4];
     v_sunPlace = vec4(place, u_sunLook.x);
     v_sunTexel = vec4(u_sunTexel, u_sunStep);
+    v_sunSlices = u_sunSlices;
     v_sunWidening = u_sunLook.y / u_sunStep;
 }

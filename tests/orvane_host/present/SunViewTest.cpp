@@ -37,9 +37,10 @@ struct Site
                  BoxAt(glm::dvec3(0, 5, 0), glm::dvec3(4, 5, 4))};
     }
 
-    SunView See(const glm::dvec3& eye, const glm::dvec3& target) const
+    SunView See(const glm::dvec3& eye, const glm::dvec3& target, int mostParts = SunView::MostTiles) const
     {
         SunView::Request request;
+        request.mostParts = mostParts;
         request.towardSun = glm::normalize(glm::dvec3(0.4, 0.5, 0.3));
         request.worldToClip = glm::perspective(0.8, 1.5, 0.1, 4.0 * half + glm::length(eye))
             * glm::lookAt(eye, target, glm::dvec3(0, 1, 0));
@@ -121,6 +122,44 @@ TEST(SunView, CoversAllThatIsSeenByTheDistanceOfIt)
             EXPECT_GT(seen, 1000);
         }
     }
+}
+
+TEST(SunView, HasNoMorePartsThanItMay)
+{
+    const Site site(400.0);
+    for (const int parts : {1, 2, 5})
+    {
+        const SunView view = site.See({12, 1.7, 9}, {0, 2, 0}, parts);
+        EXPECT_EQ(view.GetTiles().size(), static_cast<std::size_t>(parts));
+        for (const glm::dvec3 place : {glm::dvec3(6, 0, 5), glm::dvec3(-30, 0, -20)})
+        {
+            const glm::dvec4 clip = site.worldToClip * glm::dvec4(place, 1.0);
+            EXPECT_TRUE(IsIn(TileAt(view, clip.w), place)) << place.x << " of " << parts;
+        }
+    }
+}
+
+TEST(SunView, LeavesNoPartEmptyBetweenOthers)
+{
+    // What is seen of a box and what casts are convex: those nearer than it or beyond it alone can be empty.
+    std::mt19937 random(3);
+    std::uniform_real_distribution<double> across(-200.0, 200.0);
+    std::uniform_real_distribution<double> size(0.5, 30.0);
+    int between = 0;
+    for (int i = 0; i < 1000; ++i)
+    {
+        Site site(400.0);
+        site.boxes = {BoxAt({across(random), 5, across(random)}, {size(random), 5, size(random)})};
+        const SunView view = site.See({across(random), 1.7, across(random)}, {across(random), 2, across(random)});
+        for (std::size_t part = 1; part + 1 < view.GetTiles().size(); ++part)
+        {
+            // One without anything has the margins alone.
+            const glm::ivec2 texels = view.GetTiles()[part].high - view.GetTiles()[part].low;
+            EXPECT_GT(std::min(texels.x, texels.y), 10) << part << " of " << i;
+            ++between;
+        }
+    }
+    EXPECT_GT(between, 50);
 }
 
 TEST(SunView, FindsTheShadowOfWhatStandsFarFromTheEye)
