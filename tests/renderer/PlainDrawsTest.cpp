@@ -209,6 +209,7 @@ struct Stage
     Material* other = nullptr;
     std::vector<Mesh*> meshes;
     std::vector<MeshNode*> nodes;
+    std::unique_ptr<Material> removed; ///< from the scene, which hands it back
 
 private:
     struct Releasing
@@ -341,7 +342,12 @@ const Change kChanges[] = {
          s.scene.RemoveMaterial(s.material);
          delete s.material;
      }},
-    {"a material leaves the scene", [](Stage& s) { s.scene.RemoveMaterial(s.material); }},
+    {"a material leaves the scene",
+     [](Stage& s)
+     {
+         s.scene.RemoveMaterial(s.material);
+         s.removed.reset(s.material);
+     }},
     {"a material dies, and another one comes",
      [](Stage& s)
      {
