@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -51,15 +52,19 @@ private:
     bool m_isCancelled = false;
 };
 
-ReadOutcome FailureOf(const std::string& text)
+/// @param file its ending tells whether the parser was asked for or has guessed the format by some word.
+ReadOutcome FailureOf(const Assimp::Importer& importer, const std::string& file)
 {
-    if (text.find("No suitable reader") != std::string::npos)
-    {
-        return {ImportStatus::Unsupported, "it is of no format that can be read"};
-    }
+    const std::string text = importer.GetErrorString();
     if (text.find("bad_alloc") != std::string::npos)
     {
         return {ImportStatus::OutOfMemory, std::string()};
+    }
+    const std::string ending = std::filesystem::path(file).extension().string();
+    const bool isGuess = !ending.empty() && !importer.IsExtensionSupported(ending);
+    if (text.find("No suitable reader") != std::string::npos || isGuess)
+    {
+        return {ImportStatus::Unsupported, "it is of no format that can be read"};
     }
     return {ImportStatus::Malformed, text.empty() ? "the parser gave no reason" : text};
 }
@@ -254,6 +259,13 @@ std::string FormatOf(const Assimp::Importer& importer)
     return name;
 }
 
+/// Whether the parser gives each place the mean of the faces about it, flat as they may be in the file: a box
+/// would be shaded like a ball.
+bool AreNormalsAlwaysSmooth(const std::string& format)
+{
+    return format.compare(0, 7, "Blender") == 0;
+}
+
 } // namespace
 
 ReadOutcome ReadWithAssimp(const ModelSource& source, const ImportOptions& options, const ReadHooks& hooks,
@@ -274,7 +286,7 @@ ReadOutcome ReadWithAssimp(const ModelSource& source, const ImportOptions& optio
     }
     if (!scene)
     {
-        return FailureOf(importer->GetErrorString());
+        return FailureOf(*importer, source.name);
     }
     model.format = FormatOf(*importer);
     ReadOutcome outcome = CheckLimits(*scene, options.limits);
@@ -283,6 +295,10 @@ ReadOutcome ReadWithAssimp(const ModelSource& source, const ImportOptions& optio
         return outcome;
     }
 
+    if (AreNormalsAlwaysSmooth(model.format))
+    {
+        importer->SetPropertyInteger(AI_CONFIG_PP_RVC_FLAGS, static_cast<int>(kUnwanted | aiComponent_NORMALS));
+    }
     // The scene is the importer's own, which leaves it open to changes between steps.
     Complete(const_cast<aiScene&>(*scene));
     scene = importer->ApplyPostProcessing(StepsBeforeNormals(*scene, model.format));
@@ -304,7 +320,7 @@ ReadOutcome ReadWithAssimp(const ModelSource& source, const ImportOptions& optio
     }
     if (!scene)
     {
-        return FailureOf(importer->GetErrorString());
+        return FailureOf(*importer, source.name);
     }
     outcome = CheckLimits(*scene, options.limits);
     if (outcome.status == ImportStatus::Done)

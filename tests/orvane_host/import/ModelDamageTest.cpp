@@ -78,6 +78,9 @@ TEST_F(ModelDamageTest, ForeignFilesAreToldApart)
     const ImportOptions options;
     EXPECT_EQ(StatusOf("empty.obj", std::string(), options), ImportStatus::Malformed);
     EXPECT_EQ(StatusOf("letter.doc", std::string("Dear reader"), options), ImportStatus::Unsupported);
+    // A word of it is what another format begins with.
+    EXPECT_EQ(StatusOf("letter.txt", std::string("Dear reader, made with BLENDER and DirectX.\n"), options),
+              ImportStatus::Unsupported);
     EXPECT_EQ(StatusOf("noise", std::string(1000, '\xa5'), options), ImportStatus::Unsupported);
     EXPECT_EQ(StatusOf("picture.png", Bytes{0x89, 'P', 'N', 'G', 13, 10, 26, 10, 0}, options),
               ImportStatus::Unsupported);

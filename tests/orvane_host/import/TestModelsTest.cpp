@@ -271,6 +271,20 @@ TEST(TestModelsCollection, KnownModelsComeInWhole)
     }
 }
 
+TEST(TestModelsCollection, FacesOfACubeAreFlatWhereTheParserSmoothsAll)
+{
+    const ImportResult result = ModelImporter::Import(kTestModels + std::string("BLEND/BlenderDefault_276.blend"));
+    ASSERT_TRUE(result) << result.error.Line();
+    for (const Mesh* mesh : result.scene->GetMeshes())
+    {
+        for (const Vector& normal : mesh->GetNormalBuffer())
+        {
+            const float along = std::max({std::abs(normal.x), std::abs(normal.y), std::abs(normal.z)});
+            EXPECT_NEAR(along, 1.0f, 1e-4f);
+        }
+    }
+}
+
 /// The maps of a material of the collection, by its name there.
 struct KnownMaps
 {
