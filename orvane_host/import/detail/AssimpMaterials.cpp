@@ -2,6 +2,7 @@
 
 #include "orvane_host/import/detail/AssimpReflection.h"
 #include "orvane_host/import/detail/AssimpTextures.h"
+#include "orvane_host/import/detail/LinearColor.h"
 
 #include <assimp/GltfMaterial.h>
 #include <assimp/material.h>
@@ -74,6 +75,27 @@ void SetAlpha(const aiMaterial& material, MaterialData& data)
     data.diffuse[3] = Clamped(base.a, 1.0f);
 }
 
+void SetColors(const aiMaterial& material, const std::string& format, MaterialData& data)
+{
+    const bool hasDiffuse = GetColor(material, AI_MATKEY_COLOR_DIFFUSE, data.diffuse) ||
+                            GetColor(material, AI_MATKEY_BASE_COLOR, data.diffuse);
+    GetColor(material, AI_MATKEY_COLOR_SPECULAR, data.specular);
+    // With a picture the emissive colour only scales that.
+    if (material.GetTextureCount(aiTextureType_EMISSIVE) == 0)
+    {
+        GetColor(material, AI_MATKEY_COLOR_EMISSIVE, data.emissive);
+    }
+    if (IsOfLinearColors(format))
+    {
+        if (hasDiffuse)
+        {
+            EncodeForScreen(data.diffuse);
+        }
+        EncodeForScreen(data.specular);
+        EncodeForScreen(data.emissive);
+    }
+}
+
 } // namespace
 
 MaterialData ConvertMaterial(const aiScene& scene, const aiMaterial& material, const std::string& format)
@@ -84,17 +106,8 @@ MaterialData ConvertMaterial(const aiScene& scene, const aiMaterial& material, c
     {
         data.name = name.C_Str();
     }
-    if (!GetColor(material, AI_MATKEY_COLOR_DIFFUSE, data.diffuse))
-    {
-        GetColor(material, AI_MATKEY_BASE_COLOR, data.diffuse);
-    }
+    SetColors(material, format, data);
     SetAlpha(material, data);
-    GetColor(material, AI_MATKEY_COLOR_SPECULAR, data.specular);
-    // With a picture the emissive colour only scales that, which is not shown.
-    if (material.GetTextureCount(aiTextureType_EMISSIVE) == 0)
-    {
-        GetColor(material, AI_MATKEY_COLOR_EMISSIVE, data.emissive);
-    }
     ai_real shininess = 0;
     if (material.Get(AI_MATKEY_SHININESS, shininess) == aiReturn_SUCCESS && std::isfinite(shininess))
     {

@@ -4,6 +4,7 @@
 #include "orvane_host/import/detail/AssimpFlattener.h"
 #include "orvane_host/import/detail/AssimpNormals.h"
 #include "orvane_host/import/detail/AssimpTextures.h"
+#include "orvane_host/import/detail/LinearColor.h"
 
 #include <assimp/Importer.hpp>
 #include <assimp/ProgressHandler.hpp>
@@ -174,8 +175,8 @@ bool HoldsForChannels(const aiColor4D* colors, std::size_t count, const Test& te
                        { return test(color.r) && test(color.g) && test(color.b) && test(color.a); });
 }
 
-/// Makes good what some parsers make of the colours of vertices.
-void MendColors(aiMesh& mesh)
+/// Makes good what some parsers make of the colours of vertices, and brings them to what screens take.
+void MendColors(aiMesh& mesh, bool areLinear)
 {
     aiColor4D*& colors = mesh.mColors[0];
     const std::size_t count = mesh.mNumVertices;
@@ -197,14 +198,18 @@ void MendColors(aiMesh& mesh)
             *color = aiColor4D(scaled(color->r), scaled(color->g), scaled(color->b), scaled(color->a));
         }
     }
+    if (areLinear)
+    {
+        std::for_each(colors, colors + count, [](aiColor4D& color) { EncodeForScreen(color); });
+    }
 }
 
 /// Makes good what some parsers leave out, at which the later steps take offence or crash.
-void Complete(aiScene& scene)
+void Complete(aiScene& scene, const std::string& format)
 {
     for (unsigned int i = 0; i < scene.mNumMeshes; ++i)
     {
-        MendColors(*scene.mMeshes[i]);
+        MendColors(*scene.mMeshes[i], IsOfLinearColors(format));
         // A mesh without any face is of no kind.
         if (scene.mMeshes[i]->mPrimitiveTypes == 0)
         {
@@ -300,7 +305,7 @@ ReadOutcome ReadWithAssimp(const ModelSource& source, const ImportOptions& optio
         importer->SetPropertyInteger(AI_CONFIG_PP_RVC_FLAGS, static_cast<int>(kUnwanted | aiComponent_NORMALS));
     }
     // The scene is the importer's own, which leaves it open to changes between steps.
-    Complete(const_cast<aiScene&>(*scene));
+    Complete(const_cast<aiScene&>(*scene), model.format);
     scene = importer->ApplyPostProcessing(StepsBeforeNormals(*scene, model.format));
     if (scene && !relay->IsCancelled())
     {

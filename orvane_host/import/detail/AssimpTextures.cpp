@@ -1,5 +1,7 @@
 #include "orvane_host/import/detail/AssimpTextures.h"
 
+#include "orvane_host/import/detail/LinearColor.h"
+
 #include <assimp/material.h>
 #include <assimp/scene.h>
 
@@ -20,6 +22,8 @@ constexpr std::initializer_list<aiTextureType> kColors = {aiTextureType_DIFFUSE,
 /// either with the other.
 constexpr std::initializer_list<aiTextureType> kNormals = {aiTextureType_NORMALS, aiTextureType_NORMAL_CAMERA,
                                                            aiTextureType_HEIGHT};
+
+constexpr std::initializer_list<aiTextureType> kEmissions = {aiTextureType_EMISSIVE, aiTextureType_EMISSION_COLOR};
 
 constexpr std::initializer_list<aiTextureType> kOpacities = {aiTextureType_OPACITY};
 
@@ -53,6 +57,45 @@ PictureData PictureOf(const aiScene& scene, const aiString& path)
 bool IsBlack(const float* rgb)
 {
     return rgb[0] <= 0.0f && rgb[1] <= 0.0f && rgb[2] <= 0.0f;
+}
+
+/// Whether a surface shows nothing but what it emits.
+bool IsBlackSurface(const aiMaterial& material)
+{
+    aiColor4D color(1, 1, 1, 1);
+    if (material.Get(AI_MATKEY_COLOR_DIFFUSE, color) != aiReturn_SUCCESS)
+    {
+        material.Get(AI_MATKEY_BASE_COLOR, color);
+    }
+    const float rgb[3] = {color.r, color.g, color.b};
+    return IsBlack(rgb);
+}
+
+/// By what the picture of what a surface emits is multiplied. Where glTF names no colour there is no light.
+void GetEmission(const aiMaterial& material, const std::string& format, float* rgb)
+{
+    aiColor4D color(0, 0, 0, 1);
+    aiGetMaterialColor(&material, AI_MATKEY_COLOR_EMISSIVE, &color);
+    const float found[3] = {color.r, color.g, color.b};
+    const bool isMeant = IsGltf(format) || !IsBlack(found);
+    for (int i = 0; i < 3; ++i)
+    {
+        rgb[i] = !isMeant ? 1.0f : std::isfinite(found[i]) ? std::clamp(found[i], 0.0f, 1.0f) : 0.0f;
+    }
+}
+
+/// The picture that a surface shows: that of its colours, or of what a black one emits.
+bool FindShownTexture(const aiMaterial& material, const std::string& format, aiTextureType& type, aiString& path,
+                      bool& isEmitted)
+{
+    isEmitted = !FindTexture(material, kColors, type, path);
+    if (!isEmitted)
+    {
+        return true;
+    }
+    float emission[3];
+    GetEmission(material, format, emission);
+    return !IsBlack(emission) && IsBlackSurface(material) && FindTexture(material, kEmissions, type, path);
 }
 
 /// The transform as glTF defines it, with v downwards: offset * rotation * scale.
@@ -167,9 +210,19 @@ void SetTextures(const aiScene& scene, const aiMaterial& material, const std::st
 {
     aiTextureType type = aiTextureType_NONE;
     aiString colorPath;
-    if (FindTexture(material, kColors, type, colorPath))
+    bool isEmitted = false;
+    if (FindShownTexture(material, format, type, colorPath, isEmitted))
     {
         SetColorTexture(scene, material, type, colorPath, data);
+        if (isEmitted)
+        {
+            data.isUnlit = true;
+            GetEmission(material, format, data.diffuse);
+            if (IsOfLinearColors(format))
+            {
+                EncodeForScreen(data.diffuse);
+            }
+        }
     }
     aiString path;
     if (FindTexture(material, kNormals, type, path))
@@ -183,7 +236,8 @@ TextureMapping MappingOf(const aiMaterial& material, const std::string& format)
 {
     aiTextureType type = aiTextureType_NONE;
     aiString path;
-    const bool hasAny = FindTexture(material, kColors, type, path) ||
+    bool isEmitted = false;
+    const bool hasAny = FindShownTexture(material, format, type, path, isEmitted) ||
                         FindTexture(material, kNormals, type, path) ||
                         FindTexture(material, kOpacities, type, path);
     return hasAny ? MappingOfType(material, type, format) : TextureMapping();

@@ -293,9 +293,44 @@ TEST_F(ModelImporterTest, AlphaModesOfGltfAreRespected)
                                      "\",\"pbrMetallicRoughness\":{\"baseColorFactor\":[1,0.5,0.25,0.5]}}"));
         EXPECT_EQ(OnlyMaterial(result).GetOpacity(), test.opacity) << test.mode;
         EXPECT_EQ(OnlyMaterial(result).IsTransparent(), test.isTransparent) << test.mode;
-        EXPECT_TRUE(OnlyMaterial(result).GetDiffuse().IsEqual(Color(1, 0.5f, 0.25f, test.opacity)))
-            << test.mode;
     }
+}
+
+void ExpectColor(const Color& color, float red, float green, float blue)
+{
+    EXPECT_NEAR(color.r, red, 1e-4f);
+    EXPECT_NEAR(color.g, green, 1e-4f);
+    EXPECT_NEAR(color.b, blue, 1e-4f);
+}
+
+TEST_F(ModelImporterTest, ColoursThatMeasureLightAreEncodedForTheScreen)
+{
+    const ImportResult result = ImportAs(
+        "t.glb", TriangleGlb("{\"mesh\":0}", "",
+                             "{\"emissiveFactor\":[0.0021404,0,1],\"pbrMetallicRoughness\":"
+                             "{\"baseColorFactor\":[1,0.2140411,0.0021404,0.5],\"metallicFactor\":0}}"));
+    const Material& material = OnlyMaterial(result);
+    ExpectColor(material.GetDiffuse(), 1.0f, 0.5f, 0.0276537f);
+    ExpectColor(material.GetEmissive(), 0.0276537f, 0.0f, 1.0f);
+    WriteFile(m_folder.Path("m.mtl"), std::string("newmtl m\nKd 1 0.2140411 0.0021404\n"));
+    const ImportResult other = ImportAs("m.obj", "mtllib m.mtl\nusemtl m\n" + CubeObj());
+    ExpectColor(OnlyMaterial(other).GetDiffuse(), 1.0f, 0.2140411f, 0.0021404f);
+}
+
+TEST_F(ModelImporterTest, ColoursOfVerticesThatMeasureLightAreEncodedForTheScreen)
+{
+    TinyGltf gltf;
+    gltf.AddFloats({0, 0, 0, 1, 0, 0, 0, 1, 0}, 3);
+    gltf.AddFloats({1, 0.2140411f, 0.0021404f, 0.5f, 0, 0, 0, 1, 0.2140411f, 1, 1, 1}, 4);
+    const ImportResult result =
+        ImportAs("t.glb", gltf.Glb("\"scene\":0,\"scenes\":[{\"nodes\":[0]}],\"nodes\":[{\"mesh\":0}],\"meshes\":"
+                                   "[{\"primitives\":[{\"attributes\":{\"POSITION\":0,\"COLOR_0\":1}}]}]"));
+    ASSERT_EQ(result.scene->GetMeshes().size(), 1u);
+    const auto& colors = (*result.scene->GetMeshes().begin())->GetColorBuffer();
+    ASSERT_EQ(colors.size(), 3u);
+    ExpectColor(colors[0], 1.0f, 0.5f, 0.0276537f);
+    EXPECT_EQ(colors[0].a, 0.5f);
+    ExpectColor(colors[2], 0.5f, 1.0f, 1.0f);
 }
 
 TEST_F(ModelImporterTest, TwoSidedMaterialsAreNotCulled)

@@ -26,8 +26,8 @@ Bytes FourColours(unsigned char alpha)
 }
 
 /// A triangle whose picture lies inside the file.
-Bytes EmbeddedGlb(const Bytes& picture, const std::string& mimeType = "image/png",
-                  const std::string& material = "")
+/// @param material its members, which name picture 0.
+Bytes PictureGlb(const Bytes& picture, const std::string& mimeType, const std::string& material)
 {
     TinyGltf gltf;
     gltf.AddFloats({0, 0, 0, 1, 0, 0, 0, 1, 0}, 3);
@@ -37,8 +37,14 @@ Bytes EmbeddedGlb(const Bytes& picture, const std::string& mimeType = "image/png
         "\"scene\":0,\"scenes\":[{\"nodes\":[0]}],\"nodes\":[{\"mesh\":0}],\"images\":[{\"bufferView\":" +
         view + ",\"mimeType\":\"" + mimeType + "\"}],\"textures\":[{\"source\":0}],\"materials\":[{" +
         material +
-        "\"pbrMetallicRoughness\":{\"baseColorTexture\":{\"index\":0}}}],\"meshes\":[{\"primitives\":"
-        "[{\"attributes\":{\"POSITION\":0,\"TEXCOORD_0\":1},\"material\":0}]}]");
+        "}],\"meshes\":[{\"primitives\":[{\"attributes\":{\"POSITION\":0,\"TEXCOORD_0\":1},\"material\":0}]}]");
+}
+
+/// The same, which the picture colours.
+Bytes EmbeddedGlb(const Bytes& picture, const std::string& mimeType = "image/png",
+                  const std::string& material = "")
+{
+    return PictureGlb(picture, mimeType, material + "\"pbrMetallicRoughness\":{\"baseColorTexture\":{\"index\":0}}");
 }
 
 class ModelTextureTest : public ImportFixture
@@ -82,6 +88,30 @@ TEST_F(ModelTextureTest, AlphaOfAPictureMakesTheMaterialTransparent)
     EXPECT_FALSE(OnlyMaterial(plain).hasAlpha);
     EXPECT_EQ(plain.scene->GetOptimizedMaterials().size(), 1u);
     EXPECT_EQ(OnlyMaterial(plain).GetOpacity(), 1.0f);
+}
+
+TEST_F(ModelTextureTest, ABlackSurfaceShowsThePictureOfWhatItEmits)
+{
+    const auto import = [this](const char* emission, const char* color) {
+        return ImportAs("t.glb", PictureGlb(FourColours(255), "image/png",
+                                            std::string("\"emissiveTexture\":{\"index\":0},\"emissiveFactor\":") +
+                                                emission + ",\"pbrMetallicRoughness\":{\"baseColorFactor\":" + color +
+                                                "}"));
+    };
+    const ImportResult label = import("[1,0.2140411,1]", "[0,0,0,1]");
+    const Material& material = OnlyMaterial(label);
+    ASSERT_NE(material.pixels, nullptr);
+    EXPECT_EQ(material.pixelWidth, 2);
+    EXPECT_TRUE(material.GetFlags() & MaterialFlagUnlit);
+    EXPECT_EQ(material.GetDiffuse().r, 1.0f);
+    EXPECT_NEAR(material.GetDiffuse().g, 0.5f, 1e-4f);
+
+    const ImportResult dark = import("[0,0,0]", "[0,0,0,1]");
+    EXPECT_EQ(OnlyMaterial(dark).pixels, nullptr);
+    EXPECT_FALSE(OnlyMaterial(dark).GetFlags() & MaterialFlagUnlit);
+    const ImportResult colored = import("[1,1,1]", "[1,0,0,1]");
+    EXPECT_EQ(OnlyMaterial(colored).pixels, nullptr);
+    EXPECT_EQ(OnlyMaterial(colored).GetDiffuse().r, 1.0f);
 }
 
 TEST_F(ModelTextureTest, ABlackColourUnderAPictureBecomesWhite)
