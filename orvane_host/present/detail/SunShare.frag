@@ -157,8 +157,13 @@ float sunShare(SunSpot spot, bool wanted)
 #endif
     bool isOtherOpen = behind.y <= 0.0;
     // Else places of a spiral, as many as it takes for steps not to be seen. Where they lie is worked out
-    // before they are looked up, not behind the round before: its end is waited for least that way.
-    vec2 direction = vec2(1.0, 0.0);
+    // before they are looked up, not behind the round before: its end is waited for least that way. The first
+    // round turns what it does not use, on to 1, 0.
+#ifdef SUN_GLASS
+    vec2 direction = vec2(-0.7373688, -0.6754903);
+#else
+    vec2 direction = vec2(0.0874256, 0.9961716);
+#endif
     float length = 0.0;
     float done = 0.0;
     float sum = 0.0;
