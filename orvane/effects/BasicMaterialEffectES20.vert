@@ -29,7 +29,7 @@ varying vec3 v_world_position;      // world space
 uniform vec4 u_ambient;
 uniform vec4 u_color;
 uniform bool u_isShowFaceSides;
-varying vec4 v_ambient;             // u_ambient; 4 where lit, and 2 more where mirrored, 1 where sides of faces are shown
+varying vec4 v_ambient;             // u_ambient; 4 where lit, 2 more where mirrored, 1 where sides of faces are shown
 varying vec4 v_color;               // u_color
 #endif
 #ifdef TEXTURE

@@ -164,12 +164,12 @@ float sunShare(SunSpot spot, bool wanted)
 #else
     vec2 direction = vec2(0.0874256, 0.9961716);
 #endif
-    float length = 0.0;
+    float farther = 0.0; // than what casts them, on the mean
     float done = 0.0;
     float sum = 0.0;
     for (int i = 0; i < SUN_ROUNDS; ++i)
     {
-        vec2 width = max(widening * length, 1.0);
+        vec2 width = max(widening * farther, 1.0);
         float taps = floor(min(4.5 + 2.0 * max(width.x, width.y), SUN_SOFT_TAPS + 0.5));
         float share = 1.0 / taps;
         vec2 reach = sqrt((done + vec2(0.5, 1.5)) * share);
@@ -207,7 +207,7 @@ float sunShare(SunSpot spot, bool wanted)
                 break;
             }
             float hidden = floor(found / 16.0);
-            length = (found - 16.0 * hidden) / max(hidden, 1.0);
+            farther = (found - 16.0 * hidden) / max(hidden, 1.0);
         }
         else
         {
