@@ -4,10 +4,6 @@ PRECISION_DEFAULT_HIGHP(float)
 
 #define MAX_CLIP_PLANES 6
 
-uniform vec4 u_ambient;
-uniform vec4 u_color;               // alpha is the opacity
-uniform bool u_isShowFaceSides;
-uniform bool u_isMirrored;          // the node's transform reverses handedness
 #ifdef TEXTURE
 uniform sampler2D u_texture0;
 #endif
@@ -37,15 +33,33 @@ const vec4 maxColor = vec4(1.0, 1.0, 1.0, 1.0);
 #endif
 
 #ifdef LIGHT_SHARE
-uniform LOWP int u_enableLight;     // 1: lit by the light
+varying vec4 v_ambient;             // from the vertices, since reading uniforms takes more
+varying vec4 v_color;
+
+#define AMBIENT vec4(v_ambient.rgb, 0.0)
+#define COLOR v_color
+#define IS_LIT (v_ambient.a > 3.5)
+#define IS_MIRRORED (fract(0.25 * (v_ambient.a + 0.5)) > 0.5)
+#define SHOWS_FACE_SIDES (fract(0.5 * (v_ambient.a + 0.5)) > 0.5)
+
 @LIGHT_SHARE@
+#else
+uniform vec4 u_ambient;
+uniform vec4 u_color;               // alpha is the opacity
+uniform bool u_isShowFaceSides;
+uniform bool u_isMirrored;          // the node's transform reverses handedness
+
+#define AMBIENT u_ambient
+#define COLOR u_color
+#define IS_MIRRORED u_isMirrored
+#define SHOWS_FACE_SIDES u_isShowFaceSides
 #endif
 
 // Of the light that falls on the surface, how much arrives.
 float lightShare(float lightFactor)
 {
 #ifdef LIGHT_SHARE
-    return u_enableLight == 1 ? OVSL_LightShare(lightFactor > 0.0) : 1.0;
+    return IS_LIT ? OVSL_LightShare(lightFactor > 0.0) : 1.0;
 #else
     return 1.0;
 #endif
@@ -85,22 +99,22 @@ vec4 shadedColor()
     // Back faces take the light from behind rather than stay dark.
     float colorFactor = max(gl_FrontFacing ? v_colorfactor : -v_colorfactor, 0.0);
     colorFactor *= lightShare(colorFactor);
-    vec4 light = clamp(u_ambient + u_color * colorFactor, minColor, maxColor);
+    vec4 light = clamp(AMBIENT + COLOR * colorFactor, minColor, maxColor);
 #ifdef TEXTURE
     vec4 s = texture2D(u_texture0, v_tc);
-    return vec4(light.rgb * s.rgb, s.a * u_color.a);
+    return vec4(light.rgb * s.rgb, s.a * COLOR.a);
 #else
-    return vec4(light.rgb, u_color.a);
+    return vec4(light.rgb, COLOR.a);
 #endif
 }
 
 vec4 markedBackFace(vec4 fragColor)
 {
-    bool isFrontFacing = u_isMirrored ? !gl_FrontFacing : gl_FrontFacing;
+    bool isFrontFacing = IS_MIRRORED ? !gl_FrontFacing : gl_FrontFacing;
     vec4 color = fragColor;
     if (!isFrontFacing)
     {
-        if (u_isShowFaceSides)
+        if (SHOWS_FACE_SIDES)
         {
             color = vec4(fragColor.r * 0.5, fragColor.g * 0.5, fragColor.b * 0.7 + 0.3, fragColor.a);
         }

@@ -23,6 +23,15 @@ uniform HIGHP float u_vScale;
 
 varying float v_colorfactor;        // cosine between normal and light; 1 when unlit
 varying vec3 v_world_position;      // world space
+#ifdef LIGHT_SHARE
+// What is the same at all fragments comes from the vertices where a share of the light has much to do at
+// each: the software renderer reads each number of a uniform for each of eight pixels by itself.
+uniform vec4 u_ambient;
+uniform vec4 u_color;
+uniform bool u_isShowFaceSides;
+varying vec4 v_ambient;             // u_ambient; 4 where lit, 2 more where mirrored, 1 where sides of faces are shown
+varying vec4 v_color;               // u_color
+#endif
 #ifdef TEXTURE
 varying MEDIUMP vec2 v_tc;
 #endif
@@ -49,4 +58,9 @@ void main()
     v_tc = a_texture * vec2(u_hScale, u_vScale);
 #endif
     v_colorfactor = lightOnNormal();
+#ifdef LIGHT_SHARE
+    float flags = (u_enableLight == 1 ? 4.0 : 0.0) + (u_isMirrored ? 2.0 : 0.0) + (u_isShowFaceSides ? 1.0 : 0.0);
+    v_ambient = vec4(u_ambient.rgb, flags);
+    v_color = u_color;
+#endif
 }

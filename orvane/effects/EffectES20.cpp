@@ -349,6 +349,7 @@ unsigned int EffectES20::CreateFromTemplate(const ProgramTemplate& source, std::
     {
         vertex = Enclosed(vertex, s_lightShare->VertexEnclosure());
         fragment = Enclosed(fragment, s_lightShare->Enclosure());
+        vertex = "#define LIGHT_SHARE\n" + vertex;
         fragmentStart += "#extension GL_OES_standard_derivatives : enable\n#define LIGHT_SHARE\n";
         for (const IndexedName& row : s_lightShare->Uniforms())
         {

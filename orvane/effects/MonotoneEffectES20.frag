@@ -4,8 +4,6 @@ PRECISION_DEFAULT_HIGHP(float)
 
 #define MAX_CLIP_PLANES 6
 
-uniform vec3 u_color;
-uniform bool u_showFaceSides;
 uniform int u_numClipPlanes;
 uniform vec3 u_clipPlaneNormals[MAX_CLIP_PLANES];   // world space, to the side cut away
 uniform vec3 u_clipPlanePositions[MAX_CLIP_PLANES]; // world space
@@ -14,13 +12,48 @@ uniform float u_clipPlaneOutlineSize;               // world units
 uniform vec4 u_pocheColor;
 uniform bool u_pocheColorEnabled;
 uniform bool u_isBackFaces;
-uniform float u_shadowIntensity;
-uniform bool u_isShadow;
 
 varying vec3 v_world_position;                      // world space
 
 #ifdef LIGHT_SHARE
+varying vec4 v_surface;                             // from the vertices, since reading uniforms takes more
+
 @LIGHT_SHARE@
+
+vec3 plainColor()
+{
+    return v_surface.rgb;
+}
+
+bool showsFaceSides()
+{
+    return v_surface.a > 1.5;
+}
+
+float shadeOfAll()
+{
+    return showsFaceSides() ? v_surface.a - 2.0 : v_surface.a;
+}
+#else
+uniform vec3 u_color;
+uniform bool u_showFaceSides;
+uniform float u_shadowIntensity;
+uniform bool u_isShadow;
+
+vec3 plainColor()
+{
+    return u_color;
+}
+
+bool showsFaceSides()
+{
+    return u_showFaceSides;
+}
+
+float shadeOfAll()
+{
+    return u_isShadow ? 1.0 - u_shadowIntensity : 1.0;
+}
 #endif
 
 // Whether the fragment lies in the outline band of a cut. Cut away by a later plane, it is
@@ -63,13 +96,13 @@ bool haveClipPlanes()
 vec4 surfaceColor()
 {
     bool canUsePoche = u_pocheColorEnabled && haveClipPlanes();
-    vec4 color = vec4(u_color, 1.0);
+    vec4 color = vec4(plainColor(), 1.0);
 #ifdef LIGHT_SHARE
     color.rgb *= OVSL_ShadowTone();
 #endif
     if (!gl_FrontFacing)
     {
-        if (u_showFaceSides)
+        if (showsFaceSides())
         {
             color = vec4(color.r * 0.8, color.g * 0.5, color.b * 0.4, 1.0);
         }
@@ -88,7 +121,6 @@ vec4 surfaceColor()
 void main()
 {
     bool isOutline = clippedToOutline();
-    float shade = u_isShadow ? 1.0 - u_shadowIntensity : 1.0;
     vec4 color = surfaceColor();
-    gl_FragColor = isOutline ? u_clipPlaneOutlineColor : shade * color;
+    gl_FragColor = isOutline ? u_clipPlaneOutlineColor : shadeOfAll() * color;
 }

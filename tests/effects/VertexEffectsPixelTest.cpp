@@ -463,7 +463,27 @@ private:
 class LightSharePixels : public SurfaceStage
 {
 protected:
-    ~LightSharePixels() override { EffectES20::SetLightShare(nullptr); }
+    ~LightSharePixels() override
+    {
+        EffectES20::SetLightShare(nullptr);
+        EffectES20::SetShadow(false);
+    }
+
+    /// The largest difference of a channel.
+    static int Difference(const Picture& a, const Picture& b)
+    {
+        int most = 0;
+        for (int y = 0; y < a.GetHeight(); ++y)
+        {
+            for (int x = 0; x < a.GetWidth(); ++x)
+            {
+                const Pixel p = a.At(x, y);
+                const Pixel q = b.At(x, y);
+                most = std::max({most, std::abs(p.r - q.r), std::abs(p.g - q.g), std::abs(p.b - q.b)});
+            }
+        }
+        return most;
+    }
 };
 
 } // namespace
@@ -489,6 +509,60 @@ TEST_F(LightSharePixels, TakeWhatTheVertexShaderHandsOn)
     const Picture second = DrawPass(RenderPassMonotone);
     ExpectShade(second, kLeft, vec4(0.5f, 0.5f, 0.5f, 1.0f));
     ExpectShade(second, kRight, vec4(1.0f));
+}
+
+TEST_F(LightSharePixels, OfAllTheLightDrawAsWithoutAShare)
+{
+    // What the looks hand on from their vertices for a share: colours, and whether surfaces are lit, are
+    // mirrored and show their sides.
+    AddLight(vec3(0.3f, 0.2f, -1.0f));
+    Material& lit = AddMaterial(vec4(0.5f, 0.3f, 0.8f, 1.0f), vec4(0.1f, 0.2f, 0.05f, 1.0f));
+    Material& unlit = AddMaterial(vec4(0.4f, 0.9f, 0.7f, 1.0f), vec4(0.2f, 0.1f, 0.3f, 1.0f));
+    lit.SetFlags(MaterialFlagNoCull);
+    unlit.SetFlags(MaterialFlagNoCull | MaterialFlagUnlit);
+    int number = 0;
+    for (Material* const material : {&lit, &unlit})
+    {
+        for (const bool facesAway : {false, true})
+        {
+            for (const bool isMirrored : {false, true})
+            {
+                for (const bool showsSides : {false, true})
+                {
+                    Surface surface;
+                    surface.rect = {8 + 28 * (number % 4), 8 + 28 * (number / 4), 24, 24};
+                    surface.facesAway = facesAway;
+                    surface.scale.x = isMirrored ? -1.0f : 1.0f;
+                    MeshNode& node = AddSurface(*material, surface);
+                    if (showsSides)
+                    {
+                        node.EachMesh().front()->SetFlags(MeshFlagShowFaceSides);
+                    }
+                    ++number;
+                }
+            }
+        }
+    }
+    TonesOfSides all("1.0", "1.0");
+    TonesOfSides half("0.5", "0.5");
+    DrawFrame();
+    struct Drawn
+    {
+        RenderPass pass;
+        bool isShadow;
+    };
+    for (const auto& [pass, isShadow] :
+         {Drawn{RenderPassMonotone, false}, Drawn{RenderPassMonotone, true}, Drawn{RenderPassDefault, false}})
+    {
+        SCOPED_TRACE(pass);
+        EffectES20::SetShadow(isShadow);
+        EffectES20::SetLightShare(nullptr);
+        const Picture plain = DrawPass(pass);
+        EffectES20::SetLightShare(&all);
+        EXPECT_LE(Difference(DrawPass(pass), plain), 1);
+        EffectES20::SetLightShare(&half);
+        EXPECT_GT(Difference(DrawPass(pass), plain), 20);
+    }
 }
 
 } // namespace OV::Test

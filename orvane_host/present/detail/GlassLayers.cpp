@@ -43,6 +43,9 @@ public:
 
     DepthOnlyScope(const DepthOnlyScope&) = delete;
     DepthOnlyScope& operator=(const DepthOnlyScope&) = delete;
+
+private:
+    NoLightShareScope m_unshared{true};
 };
 
 /// Surfaces blend as they are told here, for the length of a scope.

@@ -120,7 +120,7 @@ vec2 sunTurned(vec2 direction)
 
 // The sum over the pixels of a quad.
 // side: which of them this is.
-vec2 sunOfQuad(vec2 value, vec2 side)
+float sunOfQuad(float value, vec2 side)
 {
     // Of the pixel beside it and then of both above or below.
     value += value - side.x * dFdx(value);
@@ -131,6 +131,7 @@ float sunShare(SunSpot spot, bool wanted)
 {
     // No narrower than a pixel, nor than a texel.
     vec2 least = 0.5 * max(max(abs(spot.across.xy), abs(spot.up.xy)), vec2(1.0));
+    vec2 widening = spot.widening / least;
     vec2 radius = max(spot.widening * spot.place.z, 2.0 * least);
     // Each pixel of a quad looks up two of eight places of a disc, in the first round of the loop: how many
     // are hidden by what is solid, and how far they lie behind it. Where they agree that is all. Four lie on
@@ -155,65 +156,71 @@ float sunShare(SunSpot spot, bool wanted)
     behind.y = sunBehindSolid(spot, sunTexelAt(spot, second));
 #endif
     bool isOtherOpen = behind.y <= 0.0;
-#ifdef SUN_WIDE
-    isOtherOpen = isOtherOpen || third <= 0.0;
+    // Else places of a spiral, as many as it takes for steps not to be seen. Where they lie is worked out
+    // before they are looked up, not behind the round before: its end is waited for least that way. The first
+    // round turns what it does not use, on to 1, 0.
+#ifdef SUN_GLASS
+    vec2 direction = vec2(-0.7373688, -0.6754903);
+#else
+    vec2 direction = vec2(0.0874256, 0.9961716);
 #endif
-    // Else places of a spiral, as many as it takes for steps not to be seen.
-    vec2 direction = vec2(1.0, 0.0);
-    float taps = 1.0;
-    float share = 1.0;
+    float farther = 0.0; // than what casts them, on the mean
     float done = 0.0;
     float sum = 0.0;
     for (int i = 0; i < SUN_ROUNDS; ++i)
     {
+        vec2 width = max(widening * farther, 1.0);
+        float taps = floor(min(4.5 + 2.0 * max(width.x, width.y), SUN_SOFT_TAPS + 0.5));
+        float share = 1.0 / taps;
+        vec2 reach = sqrt((done + vec2(0.5, 1.5)) * share);
+        first = i == 0 ? first : reach.x * least * width * direction;
+        direction = sunTurned(direction);
+#ifndef SUN_GLASS
+        second = i == 0 ? second : reach.y * least * width * direction;
+        direction = sunTurned(direction);
+#endif
         vec2 texel = sunTexelAt(spot, first);
         behind.x = sunBehindSolid(spot, texel);
 #ifndef SUN_GLASS
         behind.y = sunBehindSolid(spot, sunTexelAt(spot, second));
 #endif
-        // Not behind what is solid: where the first places are, no other is asked for.
-        bool seesGlass = behind.x <= 0.0 || (i == 0 && isOtherOpen);
+        // In the first round not where the other place is hidden: either all are, or more is asked for. To ask
+        // for this one too would be to wait for it.
+        bool seesGlass = i > 0 || isOtherOpen;
         vec2 glass = sunBehindGlass(spot, i == 0 ? sunTexelAt(spot, vec2(0.0)) : texel, seesGlass);
         float open = glass.x > 0.0 ? glass.y : 1.0;
+        float seen = behind.x > 0.0 ? 0.0 : open;
+#ifndef SUN_GLASS
+        seen += i == 0 || done + 1.5 > taps || behind.y > 0.0 ? 0.0 : 1.0;
+#endif
+        sum = i > 1 ? sum + share * seen : i == 1 ? share * seen : seen;
         if (i == 0)
         {
+            // In one number, of the quad: how many are hidden, times 16, and how far they lie behind.
             vec3 lengths = vec3(behind, third);
-            vec3 hidden = step(0.0, lengths);
-            vec2 found = sunOfQuad(vec2(dot(hidden, vec3(1.0)), dot(hidden, clamp(lengths, 0.0, 1.0))), side);
+            float found = sunOfQuad(16.0 * dot(step(0.0, lengths), vec3(1.0))
+                                    + dot(clamp(lengths, 0.0, 1.0), vec3(1.0)), side);
             bool isRim = isGlassRim(open);
-            bool isMixed = found.x < places - 0.5 && (found.x > 0.5 || isRim);
+            bool isMixed = found < 16.0 * places - 8.0 && (found > 8.0 || isRim);
             if (!wanted || !isMixed)
             {
-                sum = found.x > 0.5 * places ? 0.0 : open;
                 break;
             }
-            radius = max(spot.widening * (found.y / max(found.x, 1.0)), least);
-            vec2 width = radius / least;
-            taps = floor(min(4.5 + 2.0 * max(width.x, width.y), SUN_SOFT_TAPS + 0.5));
-            share = 1.0 / taps;
+            float hidden = floor(found / 16.0);
+            farther = (found - 16.0 * hidden) / max(hidden, 1.0);
         }
         else
         {
 #ifdef SUN_GLASS
-            sum += behind.x > 0.0 ? 0.0 : share * open;
             done += 1.0;
 #else
-            vec2 isWanted = step(done + vec2(0.5, 1.5), vec2(taps));
-            sum += share * dot(isWanted, vec2(lessThanEqual(behind, vec2(0.0))));
             done += 2.0;
 #endif
+            if (done >= taps)
+            {
+                break;
+            }
         }
-        if (done >= taps)
-        {
-            break;
-        }
-        vec2 reach = sqrt((done + vec2(0.5, 1.5)) * share);
-        first = reach.x * radius * direction;
-        direction = sunTurned(direction);
-#ifndef SUN_GLASS
-        second = reach.y * radius * direction;
-        direction = sunTurned(direction);
-#endif
     }
     return sum;
 }

@@ -85,6 +85,7 @@ public:
     NoColorScope& operator=(const NoColorScope&) = delete;
 
 private:
+    NoLightShareScope m_unshared{true};
     GLboolean m_before[4] = {};
 };
 
@@ -322,6 +323,7 @@ void SurfaceStage::DrawLook(PresentationFrame& frame)
         const auto draw = [&](const std::vector<RenderItemES20>& part, bool depthOnly) {
             // Strokes are dear, and leave nothing out; the cheaper look follows clip planes.
             const bool cheap = depthOnly && m_look == Look::Crosshatch && EffectES20::GetClipPlaneNormals().empty();
+            const NoLightShareScope unshared(depthOnly);
             DrawItems(frame, part, cheap ? RenderPassMonotone : PassOfLook(), frame.target);
         };
         const bool linesElsewhere = m_lineStage && m_lineStage->IsActive();
@@ -422,7 +424,10 @@ bool SurfaceStage::DrawLayers(PresentationFrame& frame)
     m_lineRoom.Without(m_solids, m_panes, std::cref(gather));
     m_lineSetup.Begin(frame.renderer.GetEffects(), frame.target, frame.screen);
     m_lineRoom.Draw(m_solids, items.firstLine, solids, frame.overDraw,
-                    [&](const std::vector<RenderItemES20>& part, bool) { DrawItems(frame, part, pass, frame.target); });
+                    [&](const std::vector<RenderItemES20>& part, bool depthOnly) {
+                        const NoLightShareScope unshared(depthOnly);
+                        DrawItems(frame, part, pass, frame.target);
+                    });
     if (linesElsewhere)
     {
         m_lineStage->DrawThroughGlass(frame);

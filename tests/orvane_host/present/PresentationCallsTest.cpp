@@ -8,6 +8,8 @@
 #include "tests/orvane_host/present/PresentationStage.h"
 #include "tests/support/GLRecorder.h"
 
+#include <GL/glew.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <memory>
@@ -224,6 +226,37 @@ TEST_F(PresentationCalls, WhatTheSunSeesIsDrawnOnlyWhereItHasChanged)
     EXPECT_EQ(passesAfter([this] { renderer->SetSun(Vector(0.4f, 0.8f, 0.5f)); }), 2u);
     EXPECT_EQ(passesAfter([this] { renderer->SetShadows(std::nullopt); }), 0u);
     EXPECT_EQ(CallsOfScene().size(), plain.size()) << "what is off costs nothing";
+}
+
+TEST_F(PresentationCalls, WhatHidesGlassIsDrawnIntoDepthsWithoutLookingUpShadows)
+{
+    renderer->SetSun(Vector(0.3f, 0.8f, 0.5f));
+    renderer->SetShadows(Host::ShadowSettings());
+    renderer->SetGlass(Host::GlassSettings());
+    unsigned int program = 0;
+    bool writesColors = true;
+    std::size_t depthsAlone = 0;
+    std::size_t shadowed = 0;
+    for (const GLCall& call : CallsOfScene())
+    {
+        if (call.name == "glUseProgram")
+        {
+            program = static_cast<unsigned int>(call.Int(0));
+        }
+        else if (call.name == "glColorMask")
+        {
+            writesColors = !call.Begins({0, 0, 0, 0});
+        }
+        else if (call.name.rfind("glDraw", 0) == 0)
+        {
+            const bool looksUp = glGetUniformLocation(program, "u_sunDepth") >= 0;
+            EXPECT_TRUE(writesColors || !looksUp) << call.ToString();
+            depthsAlone += writesColors ? 0 : 1;
+            shadowed += looksUp ? 1 : 0;
+        }
+    }
+    EXPECT_GT(depthsAlone, 0u);
+    EXPECT_GT(shadowed, 0u);
 }
 
 TEST_F(PresentationCalls, AnAddedStageCostsWhatItNeedsAndNoMore)
