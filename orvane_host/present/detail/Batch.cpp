@@ -90,7 +90,7 @@ BatchMesh::~BatchMesh()
 }
 
 BatchES20::BatchES20(Mesh* shown, SharedBufferPool* bufferPool, const BatchNodes& nodes, const BatchKind& batchKind,
-                     const std::vector<Piece>& pieces, const TextureFactors& factors) :
+                     const std::vector<Piece>& pieces, const TextureFactors& factors, bool holdsColors) :
     MeshES20(shown, bufferPool), m_nodes(nodes), m_kind(batchKind)
 {
     std::size_t vertexCount = 0;
@@ -134,6 +134,10 @@ BatchES20::BatchES20(Mesh* shown, SharedBufferPool* bufferPool, const BatchNodes
         m_on[i / kRow] |= std::uint64_t{1} << (i % kRow);
         m_isShifted.push_back(IsShift(pieces[i].place));
     }
+    if (holdsColors)
+    {
+        HoldColors(pieces);
+    }
     m_seenBits = m_on;
     m_seenHolds.assign(m_on.size(), false);
     FitBoxes();
@@ -160,12 +164,37 @@ BatchES20::~BatchES20()
     glDeleteBuffers(3, buffers);
 }
 
+void BatchES20::HoldColors(const std::vector<Piece>& pieces)
+{
+    std::vector<std::uint32_t> lasts(pieces.size());
+    for (std::size_t i = 0; i < pieces.size(); ++i)
+    {
+        lasts[i] = m_pieces[i + 1].firstVertex;
+    }
+    m_colors = std::make_unique<BatchColors>(std::move(lasts));
+    for (std::size_t i = 0; i < pieces.size(); ++i)
+    {
+        m_colors->Set(i, pieces[i].colors);
+    }
+}
+
+bool BatchES20::HoldsColors(const Mesh& drawn)
+{
+    if (typeid(drawn) != typeid(BatchMesh))
+    {
+        return false;
+    }
+    const auto* const data = dynamic_cast<const BatchES20*>(drawn.GetRenderData());
+    return data && data->m_colors;
+}
+
 std::size_t BatchES20::GetBytes() const
 {
     const std::size_t identifiers = m_identifiers == 0 ? 0 : m_pieces.back().firstVertex * sizeof(Rgba);
     const auto floats = static_cast<std::size_t>(BatchLayout(m_kind.streams, 0).floats);
     return m_pieces.back().firstVertex * floats * sizeof(float)
-        + static_cast<std::size_t>(indexCount) * sizeof(unsigned short) + identifiers;
+        + static_cast<std::size_t>(indexCount) * sizeof(unsigned short) + identifiers
+        + (m_colors ? m_colors->GetBytes() : 0);
 }
 
 std::size_t BatchES20::GetTriangleCount() const
@@ -279,6 +308,7 @@ void BatchES20::Write(std::size_t index, const Piece& piece, const TextureFactor
         FitBoxes();
     }
     SetUserData(index, piece.userData);
+    SetColors(index, piece.colors);
 }
 
 void BatchES20::EndWriting()
@@ -447,7 +477,14 @@ void BatchES20::Render(EffectES20* effect, const std::vector<MeshNode*>& nodes, 
         effect->BindMeshAttributes(this);
         EffectES20::DisableSpareAttributes();
         effect->BindMeshUniforms(nodes.front());
-        DrawRuns(runs);
+        if (m_colors && EffectES20::TakesMaterialColors())
+        {
+            DrawRunsInColors(runs);
+        }
+        else
+        {
+            DrawRuns(runs);
+        }
         effect->ReleaseMeshAttributes(this);
     }
     if (cullOff)
@@ -465,6 +502,14 @@ void BatchES20::DrawRuns(const Runs& runs) const
     }
     glMultiDrawElements(GL_TRIANGLES, runs.counts.data(), GL_UNSIGNED_SHORT, runs.offsets.data(),
                         static_cast<GLsizei>(runs.counts.size()));
+}
+
+void BatchES20::DrawRunsInColors(const Runs& runs)
+{
+    m_colors->Enable();
+    glBindBuffer(GL_ARRAY_BUFFER, vertexBufferId);
+    DrawRuns(runs);
+    BatchColors::Disable();
 }
 
 bool BatchES20::UploadIdentifiers()

@@ -13,7 +13,6 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
-#include <typeinfo>
 #include <utility>
 
 namespace OV::Host::Detail
@@ -104,7 +103,21 @@ void Batches::ListGroups(PresentationFrame& frame, bool areOpaque, float leastSh
 {
     const ViewVolume view(frame.cameraData.GetMVP());
     Look(view, frame.cameraData.GetMVP(), leastShare);
+    if (areOpaque)
+    {
+        BeginAlikes(view, leastShare, isAllNeeded);
+    }
+    Index order = 0;
     ForEachMaterial(frame, areOpaque, [&](Material& material, Group* group) {
+        if (group && areOpaque)
+        {
+            group->order = order++;
+            // What has become another is drawn by itself at once.
+            if (group->alikes && group->alikes->isLooked)
+            {
+                StaysAlike(*group);
+            }
+        }
         if (group && !isAllNeeded && IsOutside(*group, view, leastShare))
         {
             // Whether its meshes may be drawn together is asked when one is seen.
@@ -120,6 +133,10 @@ void Batches::ListGroups(PresentationFrame& frame, bool areOpaque, float leastSh
         frame.renderer.List(material, frame.cameraData, all, true);
         seen.insert(seen.end(), all.begin() + static_cast<std::ptrdiff_t>(before), all.end());
     });
+    if (areOpaque)
+    {
+        ListAlikes(frame, view, leastShare, all, seen);
+    }
 }
 
 void Batches::Look(const ViewVolume& view, const Matrix& worldToClip, float leastShare)
@@ -152,16 +169,24 @@ void Batches::ListSingly(PresentationFrame& frame, const ViewVolume& view, std::
 {
     m_found.clear();
     m_tree.Collect(view, [&](Index index) { m_found.push_back(index); });
-    for (const auto& [material, group] : m_groups)
-    {
-        (void)material;
-        for (const Batch& batch : group->batches)
+    const auto collect = [&](const std::vector<Batch>& batches) {
+        for (const Batch& batch : batches)
         {
             if (view.Sees(batch.data->GetBox()))
             {
                 batch.data->Collect(view, [&](Index index) { m_found.push_back(index); });
             }
         }
+    };
+    for (const auto& [look, alikes] : m_alikes)
+    {
+        (void)look;
+        collect(alikes->batches);
+    }
+    for (const auto& [material, group] : m_groups)
+    {
+        (void)material;
+        collect(group->batches);
         // Points reach beyond the box of their places.
         const bool isPoints = group->material && (group->material->GetFlags() & MaterialFlagPoints) != 0;
         for (const Index index : group->singles)
@@ -242,7 +267,7 @@ MeshStyleES20* Batches::Probe(PresentationFrame& frame, Group& group)
         // Being asked has used it up.
         group.material->SetDrawID(frame.scene.GetUpdateID());
     }
-    else if (typeid(*group.material.Get()) == typeid(Material))
+    else if (IsPlainMaterial(*group.material))
     {
         // One of a host's own class may change without a word.
         group.probed = m_probed.front().style;
@@ -357,6 +382,10 @@ bool Batches::AreSinglesOutside(const Group& group) const
 void Batches::ListGroup(PresentationFrame& frame, Group& group, const ViewVolume& view, float leastShare,
                         std::vector<RenderItemES20>& all, std::vector<RenderItemES20>& seen)
 {
+    if (group.alikes && !group.isRestedDue && group.batches.empty() && group.singles.empty())
+    {
+        return;
+    }
     MeshStyleES20* const style = Probe(frame, group);
     if (!style)
     {
@@ -384,28 +413,10 @@ void Batches::ListGroup(PresentationFrame& frame, Group& group, const ViewVolume
     }
     else if (group.isRestedDue)
     {
+        JoinAlikes(group);
         Build(frame.renderer, group);
     }
-    const auto isUsed = [](const Batch& batch) { return batch.data->GetVertexCount() > 0; };
-    const auto unused = std::partition(group.batches.begin(), group.batches.end(), isUsed);
-    for (auto batch = unused; batch != group.batches.end(); ++batch)
-    {
-        GiveBack(std::move(batch->mesh));
-    }
-    group.batches.erase(unused, group.batches.end());
-    for (const Batch& batch : group.batches)
-    {
-        const auto& standIns = m_standIns[batch.data->GetKind().isMirrored ? 1 : 0];
-        if (batch.data->GetOnCount() == 0)
-        {
-            continue;
-        }
-        all.push_back({batch.mesh.get(), style, true, standIns[0].get()});
-        if (batch.data->See(view, leastShare, m_look))
-        {
-            seen.push_back({batch.mesh.get(), style, true, standIns[1].get()});
-        }
-    }
+    ListBatches(group.batches, *style, view, leastShare, all, seen);
     if (group.singles.empty())
     {
         return;
@@ -418,6 +429,31 @@ void Batches::ListGroup(PresentationFrame& frame, Group& group, const ViewVolume
     {
         all.insert(all.end(), group.items.begin(), group.items.end());
         ListSeen(group, view, leastShare, seen);
+    }
+}
+
+void Batches::ListBatches(std::vector<Batch>& batches, MeshStyleES20& style, const ViewVolume& view,
+                          float leastShare, std::vector<RenderItemES20>& all, std::vector<RenderItemES20>& seen)
+{
+    const auto isUsed = [](const Batch& batch) { return batch.data->GetVertexCount() > 0; };
+    const auto unused = std::partition(batches.begin(), batches.end(), isUsed);
+    for (auto batch = unused; batch != batches.end(); ++batch)
+    {
+        GiveBack(std::move(batch->mesh));
+    }
+    batches.erase(unused, batches.end());
+    for (const Batch& batch : batches)
+    {
+        const auto& standIns = m_standIns[batch.data->GetKind().isMirrored ? 1 : 0];
+        if (batch.data->GetOnCount() == 0)
+        {
+            continue;
+        }
+        all.push_back({batch.mesh.get(), &style, true, standIns[0].get()});
+        if (batch.data->See(view, leastShare, m_look))
+        {
+            seen.push_back({batch.mesh.get(), &style, true, standIns[1].get()});
+        }
     }
 }
 

@@ -275,6 +275,7 @@ Batches::Group* Batches::GroupOf(Material& material)
         group->material = &material;
         group->isTogether = IsDrawnTogether(material);
         group->probe = TakeMesh(material, 0u);
+        m_newGroups.push_back(group.get());
         ForgetListed();
     }
     return group.get();

@@ -3,6 +3,7 @@
 #include "orvane_host/import/detail/ImportedMaterial.h"
 #include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/StageAccess.h"
+#include "orvane_host/present/detail/Batch.h"
 #include "orvane_host/present/detail/ConstantColorScope.h"
 #include "orvane_host/present/detail/DrawIdKeeper.h"
 #include "orvane_host/present/detail/Effects.h"
@@ -461,6 +462,7 @@ void SurfaceStage::DrawItems(PresentationFrame& frame, const std::vector<RenderI
             takesColors ? HowManyAreColored(item) : MaterialES20::Colored::None;
         dress.isColored = colored == MaterialES20::Colored::All;
         dress.isMixed = colored == MaterialES20::Colored::Some;
+        dress.isOfSeveral = item.mesh && BatchES20::HoldsColors(*item.mesh);
         return dress;
     };
     auto begin = items.begin();
@@ -484,6 +486,7 @@ void SurfaceStage::DrawItems(PresentationFrame& frame, const std::vector<RenderI
         {
             shader->SetVertexColors(shared.isColored);
         }
+        EffectES20::TakeMaterialColors(shared.isOfSeveral);
         m_run.assign(begin, end);
         if (MaterialDataOf(*m_run.front().style))
         {
@@ -493,6 +496,7 @@ void SurfaceStage::DrawItems(PresentationFrame& frame, const std::vector<RenderI
         {
             frame.renderer.Draw(frame.cameraData, m_run, own);
         }
+        EffectES20::TakeMaterialColors(false);
         begin = end;
     }
     if (shader)
