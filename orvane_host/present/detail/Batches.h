@@ -395,7 +395,8 @@ private:
     std::vector<Index> m_found;
     std::vector<Index> m_later;
     std::vector<Index> m_homeless;
-    std::vector<Index> m_late; ///< drawn by itself from this frame on, after its material was listed
+    std::vector<Index> m_late; ///< drawn by itself from this frame on, whose material was listed before
+    bool m_isLate = false;     ///< whether the materials were listed
     std::vector<RenderItemES20> m_probed;
     std::vector<float> m_scratch;
     std::size_t m_singleCount = 0;

@@ -360,7 +360,9 @@ void Batches::ListAlikes(PresentationFrame& frame, LookAlikes& alikes, const Vie
     }
     if (alikes.isRestedDue)
     {
+        m_isLate = true;
         BuildAlikes(frame.renderer, alikes, *group->material);
+        m_isLate = false;
         ListLate(frame, all, seen);
     }
     for (const Batch& batch : alikes.batches)

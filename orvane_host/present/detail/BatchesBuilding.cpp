@@ -342,10 +342,6 @@ void Batches::Absorb(const Shelf& shelf, const BatchKind& kind, std::vector<Inde
             {
                 // Become another without a word.
                 PutApart(index);
-                if (shelf.alikes)
-                {
-                    m_late.push_back(index);
-                }
             }
         }
         GiveBack(std::move(absorbed.mesh));

@@ -463,6 +463,10 @@ bool Batches::MakeSingle(Index index, bool isSingle)
     {
         ++group.singleCount;
         group.singles.push_back(index);
+        if (m_isLate)
+        {
+            m_late.push_back(index);
+        }
         return true;
     }
     --group.singleCount;
