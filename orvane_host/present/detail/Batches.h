@@ -77,9 +77,9 @@ public:
     static constexpr std::size_t kWorthwhile = 400;
 
     /// Look-alikes of at most so many vertices each are drawn together, once they are so many: their vertices take
-    /// 16 bytes more, and save a change of material each. As one grows beyond twice as many it is drawn by itself.
+    /// 16 bytes more, and each material saves a change and a draw. One that grows beyond twice as much leaves.
     static constexpr std::size_t kMostAlikeVertices = 4096;
-    static constexpr std::size_t kFewestAlikes = 24;
+    static constexpr std::size_t kFewestAlikes = 5;
 
     /// Whether BatchUse::Auto draws the things of a scene together.
     static bool IsWorthwhile(const Scene& scene);
