@@ -447,6 +447,8 @@ void SurfaceStage::DrawItems(PresentationFrame& frame, const std::vector<RenderI
     };
     AdvancedMaterialBaseES20* const shader =
         m_look == Look::Advanced ? m_advanced : m_look == Look::Phong ? m_phong : nullptr;
+    // The other passes read none of the colours.
+    const bool readsColors = pass == RenderPassDefault || pass == RenderPassAdvanced;
     const MeshStyleES20* style = nullptr;
     Dress dress;
     bool takesColors = false;
@@ -462,7 +464,7 @@ void SurfaceStage::DrawItems(PresentationFrame& frame, const std::vector<RenderI
             takesColors ? HowManyAreColored(item) : MaterialES20::Colored::None;
         dress.isColored = colored == MaterialES20::Colored::All;
         dress.isMixed = colored == MaterialES20::Colored::Some;
-        dress.isOfSeveral = item.mesh && BatchES20::HoldsColors(*item.mesh);
+        dress.isOfSeveral = readsColors && item.mesh && BatchES20::HoldsColors(*item.mesh);
         return dress;
     };
     auto begin = items.begin();
