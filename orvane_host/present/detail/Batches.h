@@ -312,6 +312,7 @@ private:
     void RestSingles(const Group& group);
     void Dissolve(Group& group);
     void DissolveBatches(Group& group);
+    void DropUnused(std::vector<Batch>& batches);
     void ListBatches(std::vector<Batch>& batches, MeshStyleES20& style, const ViewVolume& view, float leastShare,
                      std::vector<RenderItemES20>& all, std::vector<RenderItemES20>& seen);
 

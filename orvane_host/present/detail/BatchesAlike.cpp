@@ -10,6 +10,9 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
+#include <memory>
+#include <optional>
 #include <typeinfo>
 #include <utility>
 
@@ -237,10 +240,6 @@ void Batches::BeginAlikes(const ViewVolume& view, float leastShare, bool isAllNe
 
 void Batches::DropMissing(LookAlikes& alikes)
 {
-    if (alikes.found == alikes.groups.size())
-    {
-        return;
-    }
     // The last takes the place of one that leaves.
     for (std::size_t i = alikes.groups.size(); i > 0; --i)
     {
@@ -333,7 +332,7 @@ void Batches::ListAlikes(PresentationFrame& frame, const ViewVolume& view, float
 void Batches::ListAlikes(PresentationFrame& frame, LookAlikes& alikes, const ViewVolume& view, float leastShare,
                          std::vector<RenderItemES20>& all, std::vector<RenderItemES20>& seen)
 {
-    if (alikes.isLooked)
+    if (alikes.isLooked && alikes.found != alikes.groups.size())
     {
         DropMissing(alikes);
     }
@@ -345,17 +344,7 @@ void Batches::ListAlikes(PresentationFrame& frame, LookAlikes& alikes, const Vie
     if (!group)
     {
         // None of them is left, or none can be drawn.
-        const auto isUnused = [](const Batch& batch) { return batch.data->GetVertexCount() == 0; };
-        for (Batch& batch : alikes.batches)
-        {
-            if (isUnused(batch))
-            {
-                GiveBack(std::move(batch.mesh));
-            }
-        }
-        const auto isGiven = [](const Batch& batch) { return !batch.mesh; };
-        alikes.batches.erase(std::remove_if(alikes.batches.begin(), alikes.batches.end(), isGiven),
-                             alikes.batches.end());
+        DropUnused(alikes.batches);
         return;
     }
     if (alikes.isRestedDue)
