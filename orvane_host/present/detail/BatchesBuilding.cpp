@@ -297,11 +297,6 @@ bool Batches::IsStill(const BatchES20& batch, std::size_t piece, const Member& m
 
 void Batches::Absorb(const Shelf& shelf, const BatchKind& kind, std::vector<Index>& members)
 {
-    if (shelf.alikes && !shelf.alikes->isLooked)
-    {
-        // What the others look like isn't known.
-        return;
-    }
     // Each piece is packed anew only into a batch twice as large, so that many small additions cost
     // what they hold and little more.
     std::size_t vertices = 0;
