@@ -47,8 +47,9 @@ std::uint64_t PlaceOnCurve(const Vector& place, const WorldBox& all)
 BatchES20::Piece Batches::PieceOf(Index index) const
 {
     const Member& member = m_members[index];
-    const BatchColors::Held colors =
-        member.group->alikes && member.group->alikes->isTogether ? BatchColors::Held::Of(member.group->colors) : BatchColors::Held();
+    const LookAlikes* const alikes = member.group->alikes;
+    const bool holdsColors = alikes && alikes->isTogether;
+    const BatchColors::Held colors = holdsColors ? BatchColors::Held::Of(member.group->colors) : BatchColors::Held();
     return {member.mesh, PlaceOf(*member.node), member.node->GetUserData(), index, colors};
 }
 
