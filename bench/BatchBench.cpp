@@ -5,8 +5,10 @@
 #include "orvane_host/present/PresentationRenderer.h"
 #include "orvane/effects/EffectES20.h"
 #include "orvane/effects/SkySettings.h"
+#include "orvane/math/Color.h"
 #include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/scene/CameraNode.h"
+#include "orvane/scene/Material.h"
 #ifdef ORVANE_COUNT_CALLS
 #include "apps/render/GLCalls.h"
 #endif
@@ -34,7 +36,8 @@
 //   batch_calls NODES [PART...]       prints the GL calls of a frame by kind
 //
 // With --look NAME behind the number of nodes, in that look, one of those with light. The loop then sends, of what
-// its program reads, all that a node has of its own where none is turned: one matrix or two.
+// its program reads, all that a node has of its own where none is turned: one matrix or two. With --materials N there
+// are so many, which take turns and differ in colours, in place of 50 that stand in blocks.
 namespace
 {
 
@@ -74,7 +77,8 @@ void KeepHeap()
 class BatchBench
 {
 public:
-    BatchBench(int count, Host::Look look);
+    /// @param materials 0 for those of the usual scene.
+    BatchBench(int count, Host::Look look, int materials);
     ~BatchBench() { m_scene.Suspend(); }
 
     static const std::vector<std::string>& Parts();
@@ -151,7 +155,7 @@ private:
     int m_world = -1;
 };
 
-BatchBench::BatchBench(int count, Host::Look look) :
+BatchBench::BatchBench(int count, Host::Look look, int materials) :
     m_context(OpenContext(kWidth, kHeight)), m_renderer(look), m_count(count),
     m_side(static_cast<int>(std::ceil(std::sqrt(static_cast<double>(count)))))
 {
@@ -159,9 +163,15 @@ BatchBench::BatchBench(int count, Host::Look look) :
     m_patches.patches = m_count;
     m_patches.spacing = 0.9f / kPatchCells;
     m_patches.side = m_side;
-    m_patches.block = 4;
+    m_patches.block = materials > 0 ? 0 : 4;
+    m_patches.materials = materials > 0 ? materials : m_patches.materials;
     const std::size_t before = HeapInUse();
     m_nodes = AddPatches(m_scene, m_patches);
+    for (int i = 0; i < materials; ++i)
+    {
+        const auto share = [i](int step) { return static_cast<float>(i * step % 251) / 251.0f; };
+        m_scene.GetOptimizedMaterials()[static_cast<std::size_t>(i)]->SetDiffuse(Color(share(7), share(11), share(13)));
+    }
     m_camera = m_scene.GetCameraNode();
     LookAt(0.5f, 0.5f, 1.0f);
     m_renderer.Resize(kWidth, kHeight);
@@ -545,7 +555,13 @@ int main(int argc, char** argv)
         }
         words.erase(words.begin() + 1, words.begin() + 3);
     }
-    BatchBench bench(words.empty() ? kPatches : std::atoi(words[0].c_str()), look);
+    int materials = 0;
+    if (words.size() >= 3 && words[1] == "--materials")
+    {
+        materials = std::atoi(words[2].c_str());
+        words.erase(words.begin() + 1, words.begin() + 3);
+    }
+    BatchBench bench(words.empty() ? kPatches : std::atoi(words[0].c_str()), look, materials);
     if (words.size() >= 4 && words[1] == "--times")
     {
         for (std::size_t i = 3; i + 1 < words.size(); ++i)

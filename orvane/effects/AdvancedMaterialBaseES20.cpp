@@ -117,6 +117,7 @@ AdvancedMaterialBaseES20::AdvancedMaterialBaseES20(EffectCache* cache) :
 {
     m_discardsAtPlanes = true;
     m_takesLightShare = true;
+    m_knowsMaterialColors = true;
 }
 
 void AdvancedMaterialBaseES20::SetEditInContextPath(const Path& path)
@@ -204,17 +205,17 @@ void AdvancedMaterialBaseES20::SetColors(Material* material)
 {
     lit = IsLit(material);
     Set(AdvancedUniformEnableLight, lit ? 1 : 0);
-    Set(AdvancedUniformAmbient, material->GetAmbient());
+    Set(AdvancedUniformAmbient, SentAmbient(*material));
     if (!lit)
     {
-        Set(AdvancedUniformColor, material->GetDiffuse());
+        Set(AdvancedUniformColor, SentColor(*material, nullptr));
         Set(AdvancedUniformSpecular, Color(0.0f, 0.0f, 0.0f, 1.0f));
         // Without a direction the reflected light has none either, and the surface turns black.
         Set(AdvancedUniformLightDir, Vector(0.0f, 0.0f, 1.0f));
         return;
     }
     LightNode* const light = FirstLight(material);
-    Set(AdvancedUniformColor, LitColor(material, light));
+    Set(AdvancedUniformColor, SentColor(*material, light));
     Set(AdvancedUniformSpecular,
         material->ignoreLightColor ? Color(1.0f, 1.0f, 1.0f, 1.0f) : light->GetColor());
     Set(AdvancedUniformLightDir, TowardsLight(light));

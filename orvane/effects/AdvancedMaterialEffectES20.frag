@@ -56,6 +56,10 @@ varying MEDIUMP vec3 v_cubeMapLookup;
 #ifdef VERTEX_COLORS
 varying vec3 v_vcolor;
 #endif
+#ifdef MATERIAL_COLORS
+varying vec3 v_materialDiffuse;     // what u_color and u_ambient, white but for the light, don't tell
+varying vec3 v_materialAmbient;
+#endif
 
 const vec4 minColor = vec4(0.0, 0.0, 0.0, 0.0);
 const vec4 maxColor = vec4(1.0, 1.0, 1.0, 1.0);
@@ -209,10 +213,22 @@ vec4 withReflection(vec3 surface, vec3 reflected, float share, float texelAlpha)
 // Alpha is the opacity, which colours of vertices leave alone.
 vec4 surfaceColor()
 {
+    vec4 color = u_color;
+#ifdef MATERIAL_COLORS
+    color.rgb *= v_materialDiffuse;
+#endif
 #ifdef VERTEX_COLORS
-    return vec4(u_color.rgb * v_vcolor, u_color.a);
+    color.rgb *= v_vcolor;
+#endif
+    return color;
+}
+
+vec3 ambientColor()
+{
+#ifdef MATERIAL_COLORS
+    return u_ambient.rgb * v_materialAmbient;
 #else
-    return u_color;
+    return u_ambient.rgb;
 #endif
 }
 
@@ -235,7 +251,7 @@ vec4 shadedColor()
 #endif
     vec4 fspec = mix(spec, sampleReflection(adjustedNormal), gloss) * reflectionShare(adjustedNormal);
 
-    float ambientLum = dot(u_ambient.rgb, lumcoeff);
+    float ambientLum = dot(ambientColor(), lumcoeff);
     vec4 ambient_color = vec4(ambientLum * surfaceColor().rgb, 1.0);
 #ifdef TEXTURE
     vec4 s = texture2D(u_texture0, v_tc);

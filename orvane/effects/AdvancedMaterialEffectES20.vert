@@ -8,6 +8,10 @@ attribute vec2 a_texture;
 #ifdef VERTEX_COLORS
 attribute vec4 a_vcolor;
 #endif
+#ifdef MATERIAL_COLORS
+attribute vec3 a_materialDiffuse;
+attribute vec3 a_materialAmbient;
+#endif
 
 uniform mat4 u_worldTransform;      // object to world space
 uniform mat4 u_mvpMatrix;           // object to clip space
@@ -34,6 +38,10 @@ varying MEDIUMP vec3 v_cubeMapLookup;
 #ifdef VERTEX_COLORS
 varying vec3 v_vcolor;
 #endif
+#ifdef MATERIAL_COLORS
+varying vec3 v_materialDiffuse;
+varying vec3 v_materialAmbient;
+#endif
 
 void main()
 {
@@ -44,6 +52,10 @@ void main()
     v_tc = a_texture * u_scale;
 #ifdef VERTEX_COLORS
     v_vcolor = a_vcolor.rgb;
+#endif
+#ifdef MATERIAL_COLORS
+    v_materialDiffuse = a_materialDiffuse;
+    v_materialAmbient = a_materialAmbient;
 #endif
     v_viewvector = normalize(u_camera - v_world_position);
     if (u_enableLight == 1)

@@ -61,6 +61,10 @@ varying MEDIUMP vec3 v_cubeMapLookup;
 #ifdef VERTEX_COLORS
 varying vec3 v_vcolor;
 #endif
+#ifdef MATERIAL_COLORS
+varying vec3 v_materialDiffuse;     // what u_color and u_ambient, white but for the light, don't tell
+varying vec3 v_materialAmbient;
+#endif
 
 const vec4 minColor = vec4(0.0, 0.0, 0.0, 0.0);
 const vec4 maxColor = vec4(1.0, 1.0, 1.0, 1.0);
@@ -211,10 +215,22 @@ vec4 withReflection(vec3 surface, vec3 reflected, float share, float texelAlpha)
 // Alpha is the opacity, which colours of vertices leave alone.
 vec4 surfaceColor()
 {
+    vec4 color = u_color;
+#ifdef MATERIAL_COLORS
+    color.rgb *= v_materialDiffuse;
+#endif
 #ifdef VERTEX_COLORS
-    return vec4(u_color.rgb * v_vcolor, u_color.a);
+    color.rgb *= v_vcolor;
+#endif
+    return color;
+}
+
+vec3 ambientColor()
+{
+#ifdef MATERIAL_COLORS
+    return u_ambient.rgb * v_materialAmbient;
 #else
-    return u_color;
+    return u_ambient.rgb;
 #endif
 }
 
@@ -233,7 +249,7 @@ vec4 shadedColor()
     vec4 fspec = mix(spec * u_sunShading, sampleReflection(adjustedNormal), gloss)
                * reflectionShare(adjustedNormal) * 0.9;
 
-    float ambientLum = max(0.7, dot(u_ambient.rgb, lumcoeff));
+    float ambientLum = max(0.7, dot(ambientColor(), lumcoeff));
 #ifdef TEXTURE
     // Keeps the texture's colours from washing out near full light.
     const vec4 colorScale = vec4(0.8, 0.8, 0.8, 1.0);

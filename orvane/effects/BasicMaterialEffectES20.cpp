@@ -146,6 +146,7 @@ BasicMaterialEffectES20::BasicMaterialEffectES20(EffectCache* cache, bool isAddi
 {
     m_discardsAtPlanes = true;
     m_takesLightShare = true;
+    m_knowsMaterialColors = true;
 }
 
 unsigned int BasicMaterialEffectES20::CreateProgramForOptions(std::uint64_t options,
@@ -186,15 +187,15 @@ void BasicMaterialEffectES20::SetColors(Material* material)
 {
     lit = IsLit(material);
     Set(UniformEnableLight, lit ? 1 : 0);
-    Set(UniformAmbient, material->GetAmbient());
+    Set(UniformAmbient, SentAmbient(*material));
     if (!lit)
     {
-        Set(UniformColor, material->GetDiffuse());
+        Set(UniformColor, SentColor(*material, nullptr));
         return;
     }
     LightNode* light = FirstLight(material);
     Set(UniformLightDir, TowardsLight(light));
-    Set(UniformColor, LitColor(material, light));
+    Set(UniformColor, SentColor(*material, light));
 }
 
 void BasicMaterialEffectES20::Remove()

@@ -24,6 +24,10 @@ varying vec3 v_world_position;      // world space
 #ifdef TEXTURE
 varying MEDIUMP vec2 v_tc;
 #endif
+#ifdef MATERIAL_COLORS
+varying vec3 v_materialDiffuse;     // what u_color and u_ambient, white but for the light, don't tell
+varying vec3 v_materialAmbient;
+#endif
 
 const vec4 minColor = vec4(0.0, 0.0, 0.0, 0.0);
 const vec4 maxColor = vec4(1.0, 1.0, 1.0, 1.0);
@@ -94,12 +98,30 @@ bool haveClipPlanes()
 #endif
 }
 
+vec4 surfaceColor()
+{
+#ifdef MATERIAL_COLORS
+    return vec4(COLOR.rgb * v_materialDiffuse, COLOR.a);
+#else
+    return COLOR;
+#endif
+}
+
+vec4 ambientColor()
+{
+#ifdef MATERIAL_COLORS
+    return vec4(AMBIENT.rgb * v_materialAmbient, AMBIENT.a);
+#else
+    return AMBIENT;
+#endif
+}
+
 vec4 shadedColor()
 {
     // Back faces take the light from behind rather than stay dark.
     float colorFactor = max(gl_FrontFacing ? v_colorfactor : -v_colorfactor, 0.0);
     colorFactor *= lightShare(colorFactor);
-    vec4 light = clamp(AMBIENT + COLOR * colorFactor, minColor, maxColor);
+    vec4 light = clamp(ambientColor() + surfaceColor() * colorFactor, minColor, maxColor);
 #ifdef TEXTURE
     vec4 s = texture2D(u_texture0, v_tc);
     return vec4(light.rgb * s.rgb, s.a * COLOR.a);

@@ -7,6 +7,10 @@ attribute vec3 a_normal;   // object space
 #ifdef TEXTURE
 attribute vec2 a_texture;
 #endif
+#ifdef MATERIAL_COLORS
+attribute vec3 a_materialDiffuse;
+attribute vec3 a_materialAmbient;
+#endif
 
 uniform mat4 u_mvpMatrix;           // object to clip space
 uniform mat3 u_normalMatrix;        // normals, object to world space; not of unit length
@@ -35,6 +39,10 @@ varying vec4 v_color;               // u_color
 #ifdef TEXTURE
 varying MEDIUMP vec2 v_tc;
 #endif
+#ifdef MATERIAL_COLORS
+varying vec3 v_materialDiffuse;
+varying vec3 v_materialAmbient;
+#endif
 
 float lightOnNormal()
 {
@@ -56,6 +64,10 @@ void main()
     v_world_position = (u_worldTransform * pos).xyz;
 #ifdef TEXTURE
     v_tc = a_texture * vec2(u_hScale, u_vScale);
+#endif
+#ifdef MATERIAL_COLORS
+    v_materialDiffuse = a_materialDiffuse;
+    v_materialAmbient = a_materialAmbient;
 #endif
     v_colorfactor = lightOnNormal();
 #ifdef LIGHT_SHARE

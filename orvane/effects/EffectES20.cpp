@@ -114,7 +114,9 @@ void EffectES20::Precompile(std::uint64_t options)
 std::uint64_t EffectES20::UsedOptions(std::uint64_t options) const
 {
     const bool noPlanes = m_discardsAtPlanes && s_clipPlaneNormals.empty();
-    return options | (noPlanes ? OptionNoClipPlanes : 0) | (m_takesLightShare ? s_lightShareOption : 0);
+    const bool atVertices = m_knowsMaterialColors && s_takesMaterialColors;
+    return options | (noPlanes ? OptionNoClipPlanes : 0) | (atVertices ? OptionMaterialColors : 0)
+           | (m_takesLightShare ? s_lightShareOption : 0);
 }
 
 unsigned int EffectES20::ProgramForOptions(std::uint64_t options)
@@ -338,6 +340,14 @@ unsigned int EffectES20::CreateFromTemplate(const ProgramTemplate& source, std::
     m_attributeNames = ToMap(source.attributes);
     std::string fragmentStart = (options & OptionNoClipPlanes) != 0 ? "#define NO_CLIP_PLANES\n" : "";
     fragmentStart += (options & OptionReflectAtPixels) != 0 ? "#define REFLECT_AT_PIXELS\n" : "";
+    std::string vertexStart;
+    if ((options & OptionMaterialColors) != 0)
+    {
+        vertexStart = "#define MATERIAL_COLORS\n";
+        fragmentStart += vertexStart;
+        m_attributeNames[AttributeMaterialDiffuse] = "a_materialDiffuse";
+        m_attributeNames[AttributeMaterialAmbient] = "a_materialAmbient";
+    }
     for (const IndexedName& row : further)
     {
         m_uniformNames[row.index] = row.name;
@@ -357,7 +367,7 @@ unsigned int EffectES20::CreateFromTemplate(const ProgramTemplate& source, std::
         }
     }
     m_currentProgram =
-        static_cast<unsigned int>(LoadProgram(name, vertex, fragmentStart + fragment, m_attributeNames));
+        static_cast<unsigned int>(LoadProgram(name, vertexStart + vertex, fragmentStart + fragment, m_attributeNames));
     return m_currentProgram;
 }
 

@@ -42,6 +42,14 @@ public:
     /// Likewise with REFLECT_AT_PIXELS.
     static constexpr std::uint64_t OptionReflectAtPixels = std::uint64_t{1} << 62;
 
+    /// Likewise with MATERIAL_COLORS, and the vertex shader too.
+    static constexpr std::uint64_t OptionMaterialColors = std::uint64_t{1} << 55;
+
+    /// The attributes of such a program that stand for the material's diffuse and ambient colour, of three
+    /// components each.
+    static constexpr unsigned int AttributeMaterialDiffuse = 4;
+    static constexpr unsigned int AttributeMaterialAmbient = 5;
+
     /// Likewise: the number, from 1, of the light share's text that the fragment shader has in it.
     static constexpr std::uint64_t OptionLightShares = std::uint64_t{0x3F} << 56;
 
@@ -163,6 +171,14 @@ public:
     /// Whether see-through surfaces are drawn with the blending that a host has set, or has left out, in
     /// place of that over what is behind them. Off at first; to be put back after what it is for.
     static void LeaveBlending(bool leave);
+
+    /// Whether the effects BasicMaterialEffectES20, AdvancedMaterialEffectES20 and
+    /// AdvancedMaterialPhongEffectES20 read the diffuse and the ambient colour at the vertices, from
+    /// AttributeMaterialDiffuse and AttributeMaterialAmbient, in place of the material's, from their next Apply on. The
+    /// opacity stays the material's. Who draws points at the two attributes. Off at first; to be put back after
+    /// what it is for.
+    static void TakeMaterialColors(bool take);
+    static bool TakesMaterialColors() { return s_takesMaterialColors; }
 
     /// Disables the attributes that were enabled for an earlier mesh and not again for the one at
     /// hand, between BindMeshAttributes and a draw. GL.
@@ -310,6 +326,9 @@ protected:
     /// Set at construction where the fragment shader has a place for a light share.
     bool m_takesLightShare = false;
 
+    /// Set at construction where the shaders know MATERIAL_COLORS.
+    bool m_knowsMaterialColors = false;
+
     static std::vector<glm::vec3> s_clipPlaneNormals;
     static std::vector<glm::vec3> s_clipPlanePositions;
     static float s_clipPlaneOutlineSize;
@@ -324,6 +343,7 @@ protected:
     static EffectCache::EffectType s_advancedMaterialShaderType;
     static LightShare* s_lightShare;
     static bool s_leavesBlending;
+    static bool s_takesMaterialColors;
 
 private:
     friend class EffectCache;

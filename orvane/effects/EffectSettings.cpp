@@ -26,6 +26,7 @@ std::uint32_t EffectES20::s_disabledAttributes = 0;
 std::uint64_t EffectES20::s_valuesForgotten = 0;
 LightShare* EffectES20::s_lightShare = nullptr;
 bool EffectES20::s_leavesBlending = false;
+bool EffectES20::s_takesMaterialColors = false;
 std::uint64_t EffectES20::s_lightShareOption = 0;
 std::uint64_t EffectES20::s_lightSharesSet = 0;
 
@@ -85,6 +86,11 @@ bool EffectES20::SetLightShare(LightShare* share)
 void EffectES20::LeaveBlending(bool leave)
 {
     s_leavesBlending = leave;
+}
+
+void EffectES20::TakeMaterialColors(bool take)
+{
+    s_takesMaterialColors = take;
 }
 
 LightShare* EffectES20::GetLightShare()

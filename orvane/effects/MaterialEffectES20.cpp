@@ -67,14 +67,28 @@ float MaterialEffectES20::ShaderScale(float scale)
 
 Color MaterialEffectES20::LitColor(Material* material, LightNode* light)
 {
-    const Color& diffuse = material->GetDiffuse();
-    if (material->ignoreLightColor)
+    return InLight(material->GetDiffuse(), *material, light);
+}
+
+Color MaterialEffectES20::InLight(const Color& diffuse, const Material& material, LightNode* light)
+{
+    if (material.ignoreLightColor)
     {
         return diffuse;
     }
     const Color& color = light->GetColor();
-    return Color(diffuse.r * color.r, diffuse.g * color.g, diffuse.b * color.b,
-                 material->GetOpacity());
+    return Color(diffuse.r * color.r, diffuse.g * color.g, diffuse.b * color.b, diffuse.a);
+}
+
+Color MaterialEffectES20::SentColor(Material& material, LightNode* light) const
+{
+    const Color diffuse = HasMaterialColors() ? Color(1.0f, 1.0f, 1.0f, material.GetOpacity()) : material.GetDiffuse();
+    return light ? InLight(diffuse, material, light) : diffuse;
+}
+
+Color MaterialEffectES20::SentAmbient(const Material& material) const
+{
+    return HasMaterialColors() ? Color(1.0f, 1.0f, 1.0f, 1.0f) : material.GetAmbient();
 }
 
 void MaterialEffectES20::BindTexture(int unit, unsigned int texture)

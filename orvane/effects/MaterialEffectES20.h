@@ -73,6 +73,11 @@ protected:
     /// ignores the light's colour keeps its own.
     static Color LitColor(Material* material, LightNode* light);
 
+    /// What is sent as the colours of a material, whose light is null where it takes none: its own, or white where
+    /// the vertices have them.
+    Color SentColor(Material& material, LightNode* light) const;
+    Color SentAmbient(const Material& material) const;
+
     /// Points an attribute at a stream of floats of the bound buffer and enables it, where the
     /// program has the attribute and the mesh the stream: neither number is negative.
     /// @return whether both are there.
@@ -109,6 +114,9 @@ protected:
 private:
     template <class Effect>
     friend class detail::PlainLoop;
+
+    static Color InLight(const Color& diffuse, const Material& material, LightNode* light);
+    bool HasMaterialColors() const { return m_knowsMaterialColors && s_takesMaterialColors; }
 
     /// How the meshes of a buffer lie in it, which is the same for all.
     struct BufferLayout

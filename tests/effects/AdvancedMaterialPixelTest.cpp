@@ -1,4 +1,5 @@
 #include "tests/effects/AdvancedStage.h"
+#include "tests/effects/MaterialColorsScope.h"
 
 #include "orvane/scene/LightNode.h"
 #include "orvane/scene/Material.h"
@@ -65,6 +66,49 @@ TEST_F(AdvancedPixels, ColoursOfTheVerticesMultiplyTheSurfaceOnRequestAlone)
         Effect(phong).SetVertexColors(false);
         ExpectCase(plain);
         scene.DeleteSubtree(&node);
+    }
+}
+
+TEST_F(AdvancedPixels, ColoursOfTheMaterialAtTheVerticesShowAsItsOwn)
+{
+    LightNode& light = AddUsualLight();
+    Material& material = AddUsualMaterial();
+    for (const bool phong : {false, true})
+    {
+        for (const bool isLit : {true, false})
+        {
+            AdvancedCase own = Usual(phong);
+            own.surface.rect = kLeft;
+            own.look.lit = isLit;
+            isLit ? material.ClearFlags(MaterialFlagUnlit) : material.SetFlags(MaterialFlagUnlit);
+            if (!isLit)
+            {
+                own.look.specular = vec4(0.0f, 0.0f, 0.0f, 1.0f);
+                own.look.towardsLight = vec3(0.0f, 0.0f, 1.0f);
+            }
+            MeshNode& node = AddSurface(material, own.surface);
+            ExpectCase(own);
+            const AdvancedCase before = own;
+            own.look.color = vec4(0.25f, 0.75f, 0.5f, 1.0f);
+            own.look.ambient = vec4(0.6f, 0.1f, 0.3f, 1.0f);
+            {
+                const MaterialColorsScope colors(own.look.color, own.look.ambient);
+                ExpectCase(own);
+                if (isLit)
+                {
+                    // The light colours them too.
+                    light.SetColor(0.5f, 1.0f, 0.25f);
+                    material.ignoreLightColor = false;
+                    AdvancedCase coloured = own;
+                    coloured.look.color *= vec4(0.5f, 1.0f, 0.25f, 1.0f);
+                    coloured.look.specular = vec4(0.5f, 1.0f, 0.25f, 1.0f);
+                    ExpectCase(coloured);
+                    material.ignoreLightColor = true;
+                }
+            }
+            ExpectCase(before);
+            scene.DeleteSubtree(&node);
+        }
     }
 }
 

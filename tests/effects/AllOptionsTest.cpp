@@ -120,6 +120,24 @@ TEST_F(AllOptions, EveryMaskCompilesAndLinksInSilence)
     }
 }
 
+TEST_F(AllOptions, MaterialColoursAtVerticesLinkInSilenceBesideEveryMask)
+{
+    BasicMaterialEffectES20 effect(nullptr, false);
+    for (std::uint64_t mask = 0; mask < 8; ++mask)
+    {
+        ::testing::internal::CaptureStderr();
+        const unsigned int program = effect.ProgramForOptions(mask | EffectES20::OptionMaterialColors);
+        EXPECT_EQ(::testing::internal::GetCapturedStderr(), "") << mask;
+        ASSERT_NE(program, 0u) << mask;
+        EXPECT_EQ(glGetAttribLocation(program, "a_materialDiffuse"), 4) << mask;
+        EXPECT_EQ(glGetAttribLocation(program, "a_materialAmbient"), 5) << mask;
+        EXPECT_EQ(ActiveUniforms(program), ActiveUniforms(effect.ProgramForOptions(mask))) << mask;
+    }
+    const std::string prelude = std::string(EsPrelude) + "#define MATERIAL_COLORS\n";
+    EXPECT_EQ(CompileLog(GL_VERTEX_SHADER, prelude + Expand(Shaders::BasicMaterialEffectES20Vert, 0)), "");
+    EXPECT_EQ(CompileLog(GL_FRAGMENT_SHADER, prelude + Expand(Shaders::BasicMaterialEffectES20Frag, 0)), "");
+}
+
 TEST_F(AllOptions, WithoutClipPlanesEveryMaskLinksInSilenceAndKnowsNoPlane)
 {
     for (const Family& family : Families())

@@ -1,3 +1,4 @@
+#include "tests/effects/MaterialColorsScope.h"
 #include "tests/effects/PixelStage.h"
 
 #include "orvane/scene/LightNode.h"
@@ -125,6 +126,31 @@ TEST_F(BasicMaterialPixels, UnlitAndWithoutLightsTheColoursAreAddedAndClamped)
         ExpectShade(picture, kLeft, ShadeBasic(Unlit()));
         ExpectShade(picture, kRight, vec4(1.0f, 0.7f, 0.2f, 1.0f));
     }
+}
+
+TEST_F(BasicMaterialPixels, ColoursOfTheMaterialAtTheVerticesShowAsItsOwn)
+{
+    AddUsualLight().SetColor(0.5f, 1.0f, 0.25f);
+    Material& material = AddMaterial(kDiffuse, kAmbient);
+    AddQuad(material, At(kLeft));
+    Fragment own = Lit();
+    own.color = vec4(0.25f, 0.75f, 0.5f, 1.0f);
+    own.ambient = vec4(0.2f, 0.1f, 0.3f, 1.0f);
+    Fragment coloured = own;
+    coloured.color *= vec4(0.5f, 1.0f, 0.25f, 1.0f);
+    Fragment unlit = own;
+    unlit.lightFactor = 1.0f;
+    {
+        const MaterialColorsScope colors(own.color, own.ambient);
+        ExpectShade(DrawFrame(), kLeft, ShadeBasic(own));
+        material.ignoreLightColor = false;
+        ExpectShade(DrawFrame(), kLeft, ShadeBasic(coloured));
+        material.ignoreLightColor = true;
+        material.SetFlags(MaterialFlagUnlit);
+        ExpectShade(DrawFrame(), kLeft, ShadeBasic(unlit));
+        material.ClearFlags(MaterialFlagUnlit);
+    }
+    ExpectShade(DrawFrame(), kLeft, ShadeBasic(Lit()));
 }
 
 TEST_F(BasicMaterialPixels, TheLightColourCountsUnlessIgnored)

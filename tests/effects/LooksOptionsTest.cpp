@@ -213,6 +213,30 @@ TEST_F(LooksOptions, ReflectionAtPixelsLinksInSilenceBesideEveryMask)
     }
 }
 
+TEST_F(LooksOptions, MaterialColoursAtVerticesLinkInSilenceBesideEveryMask)
+{
+    for (const bool phong : {false, true})
+    {
+        const std::unique_ptr<EffectES20> effect = MakeAdvanced(phong);
+        for (std::uint64_t mask = 0; mask < kMasks; ++mask)
+        {
+            ::testing::internal::CaptureStderr();
+            const unsigned int program = effect->ProgramForOptions(mask | EffectES20::OptionMaterialColors);
+            EXPECT_EQ(::testing::internal::GetCapturedStderr(), "") << mask;
+            ASSERT_NE(program, 0u) << mask;
+            EXPECT_EQ(glGetAttribLocation(program, "a_materialDiffuse"), 4) << mask;
+            EXPECT_EQ(glGetAttribLocation(program, "a_materialAmbient"), 5) << mask;
+            // All else is as it was.
+            const unsigned int plain = effect->ProgramForOptions(mask);
+            Names attributes = ActiveAttributes(plain);
+            EXPECT_EQ(attributes.count("a_materialDiffuse") + attributes.count("a_materialAmbient"), 0u) << mask;
+            attributes.insert({"a_materialDiffuse", "a_materialAmbient"});
+            EXPECT_EQ(ActiveAttributes(program), attributes) << mask;
+            EXPECT_EQ(ActiveUniforms(program), ActiveUniforms(plain)) << mask;
+        }
+    }
+}
+
 TEST_F(LooksOptions, EveryMaskCompilesAsEs2WithItsPrecisions)
 {
     if (!GLEW_ARB_ES2_compatibility)
@@ -232,6 +256,16 @@ TEST_F(LooksOptions, EveryMaskCompilesAsEs2WithItsPrecisions)
     {
         EXPECT_EQ(CompileLog(GL_FRAGMENT_SHADER, atPixels + Expand(source, 0)), "");
         EXPECT_EQ(CompileLog(GL_FRAGMENT_SHADER, atPixels + Expand(source, kNormalMap)), "");
+    }
+    const std::string atVertices = prelude + "#define MATERIAL_COLORS\n";
+    for (const std::uint64_t mask : {std::uint64_t{0}, kVertexColors, kVertexColors | kTexture})
+    {
+        EXPECT_EQ(CompileLog(GL_VERTEX_SHADER, atVertices + Expand(Shaders::AdvancedMaterialEffectES20Vert, mask)), "");
+        EXPECT_EQ(CompileLog(GL_FRAGMENT_SHADER, atVertices + Expand(Shaders::AdvancedMaterialEffectES20Frag, mask)),
+                  "");
+        EXPECT_EQ(
+            CompileLog(GL_FRAGMENT_SHADER, atVertices + Expand(Shaders::AdvancedMaterialPhongEffectES20Frag, mask)),
+            "");
     }
     for (const PlainSource& source : kPlainSources)
     {

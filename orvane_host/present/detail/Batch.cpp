@@ -2,8 +2,6 @@
 
 #include "orvane_host/present/detail/Batch.h"
 
-#include "orvane/effects/DepthIdPassEffectES20.h"
-#include "orvane/effects/EffectES20.h"
 #include "orvane/math/Transform.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/MeshNode.h"
@@ -12,7 +10,6 @@
 #include <GL/glext.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <typeinfo>
 #include <utility>
@@ -23,31 +20,7 @@ namespace OV::Host::Detail
 namespace
 {
 
-/// The attribute of the engine's effect that identifiers of vertices come from, and the option that
-/// makes them come from there.
-constexpr GLuint kIdentifierAttribute = 1;
-constexpr std::uint64_t kIdentifiersOfVertices = 1;
-constexpr std::uint64_t kIdentifiersOfNodes = 2;
-
-using Rgba = std::array<unsigned char, 4>;
-
-Rgba IdentifierOf(int userData)
-{
-    float color[4];
-    DepthIdPassEffectES20::EncodeId(userData, color);
-    Rgba bytes{};
-    for (std::size_t i = 0; i < bytes.size(); ++i)
-    {
-        // As GL stores what a shader writes.
-        bytes[i] = static_cast<unsigned char>(std::lround(255.0f * std::clamp(color[i], 0.0f, 1.0f)));
-    }
-    return bytes;
-}
-
-const void* OffsetOf(std::size_t firstIndex)
-{
-    return reinterpret_cast<const void*>(firstIndex * sizeof(unsigned short));
-}
+constexpr std::size_t kIdentifierBytes = 4; ///< of a vertex
 
 Vector MiddleOf(const WorldBox& box)
 {
@@ -90,7 +63,7 @@ BatchMesh::~BatchMesh()
 }
 
 BatchES20::BatchES20(Mesh* shown, SharedBufferPool* bufferPool, const BatchNodes& nodes, const BatchKind& batchKind,
-                     const std::vector<Piece>& pieces, const TextureFactors& factors) :
+                     const std::vector<Piece>& pieces, const TextureFactors& factors, bool holdsColors) :
     MeshES20(shown, bufferPool), m_nodes(nodes), m_kind(batchKind)
 {
     std::size_t vertexCount = 0;
@@ -134,6 +107,10 @@ BatchES20::BatchES20(Mesh* shown, SharedBufferPool* bufferPool, const BatchNodes
         m_on[i / kRow] |= std::uint64_t{1} << (i % kRow);
         m_isShifted.push_back(IsShift(pieces[i].place));
     }
+    if (holdsColors)
+    {
+        HoldColors(pieces);
+    }
     m_seenBits = m_on;
     m_seenHolds.assign(m_on.size(), false);
     FitBoxes();
@@ -160,12 +137,37 @@ BatchES20::~BatchES20()
     glDeleteBuffers(3, buffers);
 }
 
+void BatchES20::HoldColors(const std::vector<Piece>& pieces)
+{
+    std::vector<std::uint32_t> lasts(pieces.size());
+    for (std::size_t i = 0; i < pieces.size(); ++i)
+    {
+        lasts[i] = m_pieces[i + 1].firstVertex;
+    }
+    m_colors = std::make_unique<BatchColors>(std::move(lasts));
+    for (std::size_t i = 0; i < pieces.size(); ++i)
+    {
+        m_colors->Set(i, pieces[i].colors);
+    }
+}
+
+bool BatchES20::HoldsColors(const Mesh& drawn)
+{
+    if (typeid(drawn) != typeid(BatchMesh))
+    {
+        return false;
+    }
+    const auto* const data = dynamic_cast<const BatchES20*>(drawn.GetRenderData());
+    return data && data->m_colors;
+}
+
 std::size_t BatchES20::GetBytes() const
 {
-    const std::size_t identifiers = m_identifiers == 0 ? 0 : m_pieces.back().firstVertex * sizeof(Rgba);
+    const std::size_t identifiers = m_identifiers == 0 ? 0 : m_pieces.back().firstVertex * kIdentifierBytes;
     const auto floats = static_cast<std::size_t>(BatchLayout(m_kind.streams, 0).floats);
     return m_pieces.back().firstVertex * floats * sizeof(float)
-        + static_cast<std::size_t>(indexCount) * sizeof(unsigned short) + identifiers;
+        + static_cast<std::size_t>(indexCount) * sizeof(unsigned short) + identifiers
+        + (m_colors ? m_colors->GetBytes() : 0);
 }
 
 std::size_t BatchES20::GetTriangleCount() const
@@ -279,6 +281,7 @@ void BatchES20::Write(std::size_t index, const Piece& piece, const TextureFactor
         FitBoxes();
     }
     SetUserData(index, piece.userData);
+    SetColors(index, piece.colors);
 }
 
 void BatchES20::EndWriting()
@@ -369,154 +372,6 @@ bool BatchES20::Search(const ViewVolume& view, float leastShare)
     }
     m_seen.isValid = m_seen.isValid && m_seen.bits == m_seenBits;
     return seesAny;
-}
-
-const BatchES20::Runs& BatchES20::RunsOf(const MeshNode* node)
-{
-    const bool isWhole = node != m_nodes.seen || m_seesAll;
-    Runs& runs = isWhole ? m_whole : m_seen;
-    if (!runs.isValid)
-    {
-        MakeRuns(runs, isWhole ? m_on : m_seenBits);
-    }
-    return runs;
-}
-
-void BatchES20::MakeRuns(Runs& runs, const std::vector<std::uint64_t>& bits) const
-{
-    runs.counts.clear();
-    runs.offsets.clear();
-    runs.bits = bits;
-    runs.isValid = true;
-    std::uint32_t end = 0; // of the last run, in indices
-    for (std::size_t row = 0; row < bits.size(); ++row)
-    {
-        // What a piece that was switched off since it was seen has is not to be drawn.
-        std::uint64_t left = bits[row] & m_on[row];
-        while (left != 0)
-        {
-            // From one range of pieces to the next, however many each has.
-            const auto first = static_cast<std::size_t>(__builtin_ctzll(left));
-            const std::uint64_t gaps = ~(left >> first);
-            const std::size_t length = gaps == 0 ? kRow : static_cast<std::size_t>(__builtin_ctzll(gaps));
-            const std::uint32_t firstIndex = m_pieces[row * kRow + first].firstIndex;
-            const std::uint32_t nextIndex = m_pieces[row * kRow + first + length].firstIndex;
-            if (!runs.counts.empty() && end == firstIndex)
-            {
-                runs.counts.back() += static_cast<int>(nextIndex - firstIndex);
-            }
-            else
-            {
-                runs.counts.push_back(static_cast<int>(nextIndex - firstIndex));
-                runs.offsets.push_back(OffsetOf(firstIndex));
-            }
-            end = nextIndex;
-            left = first + length < kRow ? left & ~std::uint64_t{0} << (first + length) : 0;
-        }
-    }
-}
-
-void BatchES20::Render(EffectES20* effect, const std::vector<MeshNode*>& nodes, bool)
-{
-    if (!effect || vertexBufferId == 0 || indexBufferId == 0 || nodes.empty())
-    {
-        return;
-    }
-    const Runs& runs = RunsOf(nodes.front());
-    if (runs.counts.empty())
-    {
-        return;
-    }
-    ApplyBuffer(vertexBufferId, indexBufferId);
-    const unsigned int meshFlags = mesh->GetFlags();
-    const bool cullOff = (meshFlags & MeshFlagNoCull) != 0 && (mesh->GetMaterial()->GetFlags() & MaterialFlagNoCull) == 0;
-    if (cullOff)
-    {
-        glDisable(GL_CULL_FACE);
-    }
-    effect->clipPlanesActive = true;
-    effect->meshNodeFlag = (meshFlags & MeshFlagEffectFlag) != 0;
-    // Of an effect that derives from it nobody knows what it makes of a node.
-    const bool isIdentifying = typeid(*effect) == typeid(DepthIdPassEffectES20);
-    if (isIdentifying && static_cast<DepthIdPassEffectES20*>(effect)->GetIdMode() != 0)
-    {
-        DrawIdentifiers(static_cast<DepthIdPassEffectES20&>(*effect), nodes.front(), runs);
-    }
-    else
-    {
-        effect->BindMeshAttributes(this);
-        EffectES20::DisableSpareAttributes();
-        effect->BindMeshUniforms(nodes.front());
-        DrawRuns(runs);
-        effect->ReleaseMeshAttributes(this);
-    }
-    if (cullOff)
-    {
-        glEnable(GL_CULL_FACE);
-    }
-}
-
-void BatchES20::DrawRuns(const Runs& runs) const
-{
-    if (runs.counts.size() == 1)
-    {
-        glDrawElements(GL_TRIANGLES, runs.counts.front(), GL_UNSIGNED_SHORT, runs.offsets.front());
-        return;
-    }
-    glMultiDrawElements(GL_TRIANGLES, runs.counts.data(), GL_UNSIGNED_SHORT, runs.offsets.data(),
-                        static_cast<GLsizei>(runs.counts.size()));
-}
-
-bool BatchES20::UploadIdentifiers()
-{
-    if (m_identifiersHold)
-    {
-        return true;
-    }
-    if (m_identifiers == 0)
-    {
-        glGenBuffers(1, &m_identifiers);
-    }
-    if (m_identifiers == 0)
-    {
-        return false;
-    }
-    std::vector<Rgba> colors(m_pieces.back().firstVertex);
-    for (std::size_t i = 0; i < GetPieceCount(); ++i)
-    {
-        std::fill_n(colors.begin() + m_pieces[i].firstVertex, VerticesOf(i), IdentifierOf(m_pieces[i].userData));
-    }
-    glBindBuffer(GL_ARRAY_BUFFER, m_identifiers);
-    glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(colors.size() * sizeof(Rgba)), colors.data(),
-                 GL_STATIC_DRAW);
-    m_identifiersHold = true;
-    return true;
-}
-
-void BatchES20::DrawIdentifiers(DepthIdPassEffectES20& effect, MeshNode* node, const Runs& runs)
-{
-    // Each vertex has the identifier of its node, in place of the colour that it may have.
-    if (!UploadIdentifiers())
-    {
-        return;
-    }
-    effect.SetIdMode(0);
-    effect.UseOptions(kIdentifiersOfVertices);
-    const int colors = std::exchange(colorOffset, -1);
-    glBindBuffer(GL_ARRAY_BUFFER, vertexBufferId);
-    effect.BindMeshAttributes(this);
-    EffectES20::DisableSpareAttributes();
-    glBindBuffer(GL_ARRAY_BUFFER, m_identifiers);
-    glVertexAttribPointer(kIdentifierAttribute, 4, GL_UNSIGNED_BYTE, GL_TRUE, sizeof(Rgba), nullptr);
-    glEnableVertexAttribArray(kIdentifierAttribute);
-    glBindBuffer(GL_ARRAY_BUFFER, vertexBufferId);
-    effect.BindMeshUniforms(node);
-    DrawRuns(runs);
-    glDisableVertexAttribArray(kIdentifierAttribute);
-    effect.ReleaseMeshAttributes(this);
-    colorOffset = colors;
-    effect.SetIdMode(1);
-    effect.UseOptions(kIdentifiersOfNodes);
 }
 
 } // namespace OV::Host::Detail

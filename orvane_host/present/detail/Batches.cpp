@@ -535,6 +535,7 @@ void Batches::GiveBack(std::unique_ptr<BatchMesh> mesh)
 
 void Batches::GiveBack(Group& group)
 {
+    ForgetAlikes(group);
     GiveBack(std::move(group.probe));
     for (Batch& batch : group.batches)
     {
@@ -545,16 +546,24 @@ void Batches::GiveBack(Group& group)
 BatchCounts Batches::Count() const
 {
     BatchCounts counts;
-    for (const auto& [material, group] : m_groups)
-    {
-        (void)material;
-        counts.batches += group->batches.size();
-        for (const Batch& batch : group->batches)
+    const auto add = [&counts](const std::vector<Batch>& batches) {
+        counts.batches += batches.size();
+        for (const Batch& batch : batches)
         {
             counts.pieces += batch.data->GetOnCount();
             counts.triangles += batch.data->GetTriangleCount();
             counts.bytes += batch.data->GetBytes();
         }
+    };
+    for (const auto& [look, alikes] : m_alikes)
+    {
+        (void)look;
+        add(alikes->batches);
+    }
+    for (const auto& [material, group] : m_groups)
+    {
+        (void)material;
+        add(group->batches);
         counts.single += static_cast<std::size_t>(std::count_if(
             group->singles.begin(), group->singles.end(), [&, owner = group.get()](Index i)
             { return m_members[i].isSingle && !m_members[i].isGone && m_members[i].group == owner; }));

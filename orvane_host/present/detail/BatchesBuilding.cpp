@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
+#include <tuple>
 #include <utility>
 
 namespace OV::Host::Detail
@@ -46,7 +47,10 @@ std::uint64_t PlaceOnCurve(const Vector& place, const WorldBox& all)
 BatchES20::Piece Batches::PieceOf(Index index) const
 {
     const Member& member = m_members[index];
-    return {member.mesh, PlaceOf(*member.node), member.node->GetUserData(), index};
+    const LookAlikes* const alikes = member.group->alikes;
+    const bool holdsColors = alikes && alikes->isTogether;
+    const BatchColors::Held colors = holdsColors ? BatchColors::Held::Of(member.group->colors) : BatchColors::Held();
+    return {member.mesh, PlaceOf(*member.node), member.node->GetUserData(), index, colors};
 }
 
 void Batches::SetTogether(Group& group, bool together)
@@ -66,9 +70,14 @@ void Batches::SetTogether(Group& group, bool together)
         Dissolve(group);
         return;
     }
+    RestSingles(group);
+}
+
+void Batches::RestSingles(const Group& group)
+{
     for (const Index index : group.singles)
     {
-        Member& member = m_members[index];
+        const Member& member = m_members[index];
         if (member.group == &group && member.isSingle && !member.isGone && CanBeTogether(member) && IsShown(member))
         {
             Rest(index, kRest);
@@ -83,16 +92,42 @@ void Batches::KeepSingle(const Group& group, const std::vector<Index>& members)
         Member& member = m_members[index];
         if (!member.isGone && member.group == &group && member.isRested && !member.isFresh)
         {
-            MakeSingle(index, true);
-            if (StandsAlone(member))
-            {
-                PutIntoTree(index);
-            }
+            KeepSingle(index);
         }
     }
 }
 
+void Batches::KeepSingle(Index index)
+{
+    MakeSingle(index, true);
+    if (StandsAlone(m_members[index]))
+    {
+        PutIntoTree(index);
+    }
+}
+
+/// Lets what was in a batch be drawn by itself.
+void Batches::PutApart(Index index)
+{
+    Member& member = m_members[index];
+    member.isFresh = false;
+    MakeSingle(index, true);
+    if (StandsAlone(member) && !member.isQueued)
+    {
+        PutIntoTree(index);
+    }
+}
+
 void Batches::Dissolve(Group& group)
+{
+    if (group.alikes)
+    {
+        LeaveAlikes(group);
+    }
+    DissolveBatches(group);
+}
+
+void Batches::DissolveBatches(Group& group)
 {
     std::vector<Batch> batches;
     batches.swap(group.batches);
@@ -106,12 +141,7 @@ void Batches::Dissolve(Group& group)
             {
                 member.batch = nullptr;
                 member.piece = kNone;
-                member.isFresh = false;
-                MakeSingle(index, true);
-                if (StandsAlone(member) && !member.isQueued)
-                {
-                    PutIntoTree(index);
-                }
+                PutApart(index);
             }
         }
         GiveBack(std::move(batch.mesh));
@@ -197,7 +227,14 @@ void Batches::Build(StageAccess& renderer, Group& group, const BatchKind& kind, 
     {
         std::sort(m_homeless.begin(), m_homeless.end());
         m_homeless.erase(std::unique(m_homeless.begin(), m_homeless.end()), m_homeless.end());
-        PutTogether(renderer, group, kind, m_homeless);
+        if (group.alikes && group.alikes->isTogether)
+        {
+            std::vector<Index>& rested = group.alikes->rested[kind];
+            rested.insert(rested.end(), m_homeless.begin(), m_homeless.end());
+            group.alikes->isRestedDue = true;
+            return;
+        }
+        PutTogether(renderer, {group.batches, *group.material, group.factors, nullptr}, kind, m_homeless);
         members.insert(members.end(), m_homeless.begin(), m_homeless.end());
     }
 }
@@ -209,16 +246,18 @@ Vector Batches::MiddleOf(const Member& member)
     return middle;
 }
 
-void Batches::PutTogether(StageAccess& renderer, Group& group, const BatchKind& kind, std::vector<Index>& members)
+void Batches::PutTogether(StageAccess& renderer, const Shelf& shelf, const BatchKind& kind,
+                          std::vector<Index>& members)
 {
-    Absorb(group, kind, members);
-    if (members.size() < 2)
+    Absorb(shelf, kind, members);
+    if (members.size() < 2 && !shelf.alikes)
     {
-        KeepSingle(group, members);
+        std::for_each(members.begin(), members.end(), [this](Index index) { KeepSingle(index); });
         return;
     }
     WorldBox all = WorldBox::Empty();
-    std::vector<std::pair<std::uint64_t, Index>> order;
+    // What stands at one place is drawn in the order of the materials: of faces in one plane the first one shows.
+    std::vector<std::tuple<std::uint64_t, Index, Index>> order;
     order.reserve(members.size());
     for (const Index index : members)
     {
@@ -226,10 +265,10 @@ void Batches::PutTogether(StageAccess& renderer, Group& group, const BatchKind& 
     }
     for (const Index index : members)
     {
-        order.emplace_back(PlaceOnCurve(MiddleOf(m_members[index]), all), index);
+        order.emplace_back(PlaceOnCurve(MiddleOf(m_members[index]), all), m_members[index].group->order, index);
     }
     std::sort(order.begin(), order.end());
-    std::transform(order.begin(), order.end(), members.begin(), [](const auto& entry) { return entry.second; });
+    std::transform(order.begin(), order.end(), members.begin(), [](const auto& entry) { return std::get<2>(entry); });
     const Index* first = members.data();
     const Index* const end = first + members.size();
     while (first != end)
@@ -244,7 +283,7 @@ void Batches::PutTogether(StageAccess& renderer, Group& group, const BatchKind& 
                 break;
             }
         }
-        MakeBatch(renderer, group, kind, first, last);
+        MakeBatch(renderer, shelf, kind, first, last);
         first = last;
     }
     members.clear();
@@ -257,7 +296,7 @@ bool Batches::IsStill(const BatchES20& batch, std::size_t piece, const Member& m
     return batch.Fits(piece, *member.mesh) && !(KindOf(member) != batch.GetKind()) && IsSound(*member.mesh);
 }
 
-void Batches::Absorb(Group& group, const BatchKind& kind, std::vector<Index>& members)
+void Batches::Absorb(const Shelf& shelf, const BatchKind& kind, std::vector<Index>& members)
 {
     // Each piece is packed anew only into a batch twice as large, so that many small additions cost
     // what they hold and little more.
@@ -266,9 +305,9 @@ void Batches::Absorb(Group& group, const BatchKind& kind, std::vector<Index>& me
     {
         vertices += m_members[index].mesh->GetPositionBuffer().size();
     }
-    for (std::size_t i = 0; i < group.batches.size();)
+    for (std::size_t i = 0; i < shelf.batches.size();)
     {
-        const BatchES20& batch = *group.batches[i].data;
+        const BatchES20& batch = *shelf.batches[i].data;
         if (batch.GetKind() != kind || batch.GetVertexCount() > vertices
             || batch.GetVertexCount() + vertices > BatchES20::MostVertices)
         {
@@ -276,8 +315,8 @@ void Batches::Absorb(Group& group, const BatchKind& kind, std::vector<Index>& me
             continue;
         }
         vertices += batch.GetVertexCount();
-        Batch absorbed = std::move(group.batches[i]);
-        group.batches.erase(group.batches.begin() + static_cast<std::ptrdiff_t>(i));
+        Batch absorbed = std::move(shelf.batches[i]);
+        shelf.batches.erase(shelf.batches.begin() + static_cast<std::ptrdiff_t>(i));
         for (std::size_t piece = 0; piece < absorbed.data->GetPieceCount(); ++piece)
         {
             const Index index = absorbed.data->OwnerOf(piece);
@@ -287,7 +326,8 @@ void Batches::Absorb(Group& group, const BatchKind& kind, std::vector<Index>& me
             }
             Member& member = m_members[index];
             const bool isFresh = member.isFresh && !member.isGone;
-            const bool isStill = isFresh && IsStill(*absorbed.data, piece, member);
+            const bool isHere = !shelf.alikes || member.group->alikes == shelf.alikes;
+            const bool isStill = isFresh && isHere && IsStill(*absorbed.data, piece, member);
             member.batch = nullptr;
             member.piece = kNone;
             if (isStill)
@@ -297,12 +337,7 @@ void Batches::Absorb(Group& group, const BatchKind& kind, std::vector<Index>& me
             else if (isFresh)
             {
                 // Become another without a word.
-                member.isFresh = false;
-                MakeSingle(index, true);
-                if (StandsAlone(member) && !member.isQueued)
-                {
-                    PutIntoTree(index);
-                }
+                PutApart(index);
             }
         }
         GiveBack(std::move(absorbed.mesh));
@@ -310,7 +345,7 @@ void Batches::Absorb(Group& group, const BatchKind& kind, std::vector<Index>& me
     }
 }
 
-void Batches::MakeBatch(StageAccess& renderer, Group& group, const BatchKind& kind, const Index* first,
+void Batches::MakeBatch(StageAccess& renderer, const Shelf& shelf, const BatchKind& kind, const Index* first,
                         const Index* last)
 {
     std::vector<BatchES20::Piece> pieces;
@@ -318,15 +353,15 @@ void Batches::MakeBatch(StageAccess& renderer, Group& group, const BatchKind& ki
     std::transform(first, last, std::back_inserter(pieces), [this](Index index) { return PieceOf(index); });
     const auto& standIns = m_standIns[kind.isMirrored ? 1 : 0];
     Batch batch;
-    batch.mesh = TakeMesh(*group.material, kind.meshFlags);
+    batch.mesh = TakeMesh(shelf.material, kind.meshFlags);
     batch.data = new BatchES20(batch.mesh.get(), &renderer.GetBufferPool(), {standIns[0].get(), standIns[1].get()},
-                               kind, pieces, group.factors);
+                               kind, pieces, shelf.factors, shelf.alikes != nullptr);
     batch.mesh->SetRenderData(batch.data, false);
-    group.batches.push_back(std::move(batch));
+    shelf.batches.push_back(std::move(batch));
     for (const Index* index = first; index != last; ++index)
     {
         Member& member = m_members[*index];
-        member.batch = group.batches.back().data;
+        member.batch = shelf.batches.back().data;
         member.piece = static_cast<Index>(index - first);
         member.isFresh = true;
         member.isReshaped = false;

@@ -11,9 +11,7 @@
 #include "orvane/scene/Scene.h"
 
 #include <algorithm>
-#include <cstring>
 #include <iterator>
-#include <typeinfo>
 #include <utility>
 
 namespace OV::Host::Detail
@@ -25,20 +23,6 @@ namespace
 bool StandsFor(const std::vector<Material*>& materials, const Material* material)
 {
     return std::find(materials.begin(), materials.end(), material) != materials.end();
-}
-
-bool IsTooSmall(const WorldBox& box, const ViewVolume& view, float leastShare)
-{
-    if (!(leastShare > 0.0f))
-    {
-        return false;
-    }
-    Vector size;
-    size.Subtract(box.high, box.low);
-    Vector middle;
-    middle.Add(box.low, box.high);
-    middle.Scale(0.5f);
-    return view.ShareOfHeight(middle, size.Magnitude()) < leastShare;
 }
 
 TextureFactors FactorsOf(const MeshStyleES20* style)
@@ -104,7 +88,21 @@ void Batches::ListGroups(PresentationFrame& frame, bool areOpaque, float leastSh
 {
     const ViewVolume view(frame.cameraData.GetMVP());
     Look(view, frame.cameraData.GetMVP(), leastShare);
+    if (areOpaque)
+    {
+        BeginAlikes(view, leastShare, isAllNeeded);
+    }
+    Index order = 0;
     ForEachMaterial(frame, areOpaque, [&](Material& material, Group* group) {
+        if (group && areOpaque)
+        {
+            group->order = order++;
+            // What has become another is drawn by itself at once.
+            if (group->alikes && group->alikes->isLooked)
+            {
+                StaysAlike(*group);
+            }
+        }
         if (group && !isAllNeeded && IsOutside(*group, view, leastShare))
         {
             // Whether its meshes may be drawn together is asked when one is seen.
@@ -120,48 +118,34 @@ void Batches::ListGroups(PresentationFrame& frame, bool areOpaque, float leastSh
         frame.renderer.List(material, frame.cameraData, all, true);
         seen.insert(seen.end(), all.begin() + static_cast<std::ptrdiff_t>(before), all.end());
     });
-}
-
-void Batches::Look(const ViewVolume& view, const Matrix& worldToClip, float leastShare)
-{
-    if (m_lookShare != leastShare || std::memcmp(m_lookMatrix.m, worldToClip.m, sizeof(worldToClip.m)) != 0)
+    if (areOpaque)
     {
-        m_lookMatrix = worldToClip;
-        m_lookShare = leastShare;
-        ++m_look;
-        m_treeHolds = false;
+        ListAlikes(frame, view, leastShare, all, seen);
     }
-    if (m_treeHolds)
-    {
-        return;
-    }
-    m_treeHolds = true;
-    ++m_treeLook;
-    m_tree.Collect(view, [&](Index index) {
-        const Member& member = m_members[index];
-        Loose& loose = m_loose[member.loose];
-        if (!IsTooSmall(m_tree.GetBox(loose.leaf), view, leastShare))
-        {
-            loose.seenLook = m_treeLook;
-            member.group->seenLook = m_treeLook;
-        }
-    });
 }
 
 void Batches::ListSingly(PresentationFrame& frame, const ViewVolume& view, std::vector<RenderItemES20>& items)
 {
     m_found.clear();
     m_tree.Collect(view, [&](Index index) { m_found.push_back(index); });
-    for (const auto& [material, group] : m_groups)
-    {
-        (void)material;
-        for (const Batch& batch : group->batches)
+    const auto collect = [&](const std::vector<Batch>& batches) {
+        for (const Batch& batch : batches)
         {
             if (view.Sees(batch.data->GetBox()))
             {
                 batch.data->Collect(view, [&](Index index) { m_found.push_back(index); });
             }
         }
+    };
+    for (const auto& [look, alikes] : m_alikes)
+    {
+        (void)look;
+        collect(alikes->batches);
+    }
+    for (const auto& [material, group] : m_groups)
+    {
+        (void)material;
+        collect(group->batches);
         // Points reach beyond the box of their places.
         const bool isPoints = group->material && (group->material->GetFlags() & MaterialFlagPoints) != 0;
         for (const Index index : group->singles)
@@ -242,7 +226,7 @@ MeshStyleES20* Batches::Probe(PresentationFrame& frame, Group& group)
         // Being asked has used it up.
         group.material->SetDrawID(frame.scene.GetUpdateID());
     }
-    else if (typeid(*group.material.Get()) == typeid(Material))
+    else if (IsPlainMaterial(*group.material))
     {
         // One of a host's own class may change without a word.
         group.probed = m_probed.front().style;
@@ -357,6 +341,10 @@ bool Batches::AreSinglesOutside(const Group& group) const
 void Batches::ListGroup(PresentationFrame& frame, Group& group, const ViewVolume& view, float leastShare,
                         std::vector<RenderItemES20>& all, std::vector<RenderItemES20>& seen)
 {
+    if (group.alikes && !group.isRestedDue && group.batches.empty() && group.singles.empty())
+    {
+        return;
+    }
     MeshStyleES20* const style = Probe(frame, group);
     if (!style)
     {
@@ -384,28 +372,10 @@ void Batches::ListGroup(PresentationFrame& frame, Group& group, const ViewVolume
     }
     else if (group.isRestedDue)
     {
+        JoinAlikes(group);
         Build(frame.renderer, group);
     }
-    const auto isUsed = [](const Batch& batch) { return batch.data->GetVertexCount() > 0; };
-    const auto unused = std::partition(group.batches.begin(), group.batches.end(), isUsed);
-    for (auto batch = unused; batch != group.batches.end(); ++batch)
-    {
-        GiveBack(std::move(batch->mesh));
-    }
-    group.batches.erase(unused, group.batches.end());
-    for (const Batch& batch : group.batches)
-    {
-        const auto& standIns = m_standIns[batch.data->GetKind().isMirrored ? 1 : 0];
-        if (batch.data->GetOnCount() == 0)
-        {
-            continue;
-        }
-        all.push_back({batch.mesh.get(), style, true, standIns[0].get()});
-        if (batch.data->See(view, leastShare, m_look))
-        {
-            seen.push_back({batch.mesh.get(), style, true, standIns[1].get()});
-        }
-    }
+    ListBatches(group.batches, *style, view, leastShare, all, seen);
     if (group.singles.empty())
     {
         return;
@@ -418,6 +388,36 @@ void Batches::ListGroup(PresentationFrame& frame, Group& group, const ViewVolume
     {
         all.insert(all.end(), group.items.begin(), group.items.end());
         ListSeen(group, view, leastShare, seen);
+    }
+}
+
+void Batches::DropUnused(std::vector<Batch>& batches)
+{
+    const auto isUsed = [](const Batch& batch) { return batch.data->GetVertexCount() > 0; };
+    const auto unused = std::partition(batches.begin(), batches.end(), isUsed);
+    for (auto batch = unused; batch != batches.end(); ++batch)
+    {
+        GiveBack(std::move(batch->mesh));
+    }
+    batches.erase(unused, batches.end());
+}
+
+void Batches::ListBatches(std::vector<Batch>& batches, MeshStyleES20& style, const ViewVolume& view,
+                          float leastShare, std::vector<RenderItemES20>& all, std::vector<RenderItemES20>& seen)
+{
+    DropUnused(batches);
+    for (const Batch& batch : batches)
+    {
+        const auto& standIns = m_standIns[batch.data->GetKind().isMirrored ? 1 : 0];
+        if (batch.data->GetOnCount() == 0)
+        {
+            continue;
+        }
+        all.push_back({batch.mesh.get(), &style, true, standIns[0].get()});
+        if (batch.data->See(view, leastShare, m_look))
+        {
+            seen.push_back({batch.mesh.get(), &style, true, standIns[1].get()});
+        }
     }
 }
 
@@ -450,112 +450,6 @@ bool Batches::ListAsWhole(PresentationFrame& frame, Group& group, const ViewVolu
         all.resize(before);
     }
     return isOne;
-}
-
-WorldBox Batches::BoxOf(Member& member) const
-{
-    if (!member.isBoxKnown)
-    {
-        member.isBoxKnown = true;
-        member.isBoxTrue = IsBoxTrue(*member.mesh);
-    }
-    if (!member.isBoxTrue)
-    {
-        return BoxAt(*member.mesh, member.node->GetGlobal());
-    }
-    WorldBox box;
-    member.mesh->GetBBox(box.low, box.high);
-    return BoxAt(box, member.node->GetGlobal());
-}
-
-bool Batches::Sees(const ViewVolume& view, float leastShare, Member& member) const
-{
-    if (!member.isPlain)
-    {
-        return true;
-    }
-    const WorldBox box = BoxOf(member);
-    return view.Sees(box) && !IsTooSmall(box, view, leastShare);
-}
-
-bool Batches::IsSeen(Member& member, const ViewVolume& view, float leastShare) const
-{
-    return StandsAlone(member) ? Sees(view, leastShare, member) : m_loose[member.loose].seenLook == m_treeLook;
-}
-
-void Batches::ListSeen(Group& group, const ViewVolume& view, float leastShare, std::vector<RenderItemES20>& seen)
-{
-    if ((group.material->GetFlags() & MaterialFlagPoints) != 0)
-    {
-        // A point may reach beyond its place.
-        seen.insert(seen.end(), group.items.begin(), group.items.end());
-        return;
-    }
-    // What gets too small has to leave the picture at once.
-    const bool mayWait = !(leastShare > 0.0f);
-    for (std::size_t i = 0; i < group.items.size(); ++i)
-    {
-        const std::size_t first = i;
-        while (mayWait && i < group.items.size() && group.lookDue[i] > m_frame)
-        {
-            ++i;
-        }
-        const auto begin = group.items.begin();
-        seen.insert(seen.end(), begin + static_cast<std::ptrdiff_t>(first), begin + static_cast<std::ptrdiff_t>(i));
-        if (i < group.items.size())
-        {
-            ListIfSeen(group, i, view, leastShare, seen);
-        }
-    }
-}
-
-bool Batches::IsItemSeen(Group& group, std::size_t item, const ViewVolume& view, float leastShare)
-{
-    const auto [begin, end] = group.spans[item];
-    bool areAllSeen = true;
-    bool doesOneMove = false;
-    for (Index at = begin; areAllSeen && at < end; ++at)
-    {
-        Member& member = m_members[group.singles[at]];
-        areAllSeen = IsSeen(member, view, leastShare);
-        doesOneMove = doesOneMove || (member.isQueued && StandsAlone(member));
-    }
-    if (areAllSeen)
-    {
-        // Not all in the same frame, and neighbours together, which are then copied together.
-        constexpr unsigned int half = kSeenFor / 2;
-        constexpr std::size_t neighbours = 64;
-        group.lookDue[item] =
-            doesOneMove ? m_frame + half + static_cast<unsigned int>(item / neighbours % (half + 1)) : 0;
-    }
-    return areAllSeen;
-}
-
-void Batches::ListIfSeen(Group& group, std::size_t item, const ViewVolume& view, float leastShare,
-                         std::vector<RenderItemES20>& seen)
-{
-    if (IsItemSeen(group, item, view, leastShare))
-    {
-        seen.push_back(group.items[item]);
-    }
-    else if (!group.items[item].specificNode)
-    {
-        ListSeenOneByOne(group, item, view, leastShare, seen);
-    }
-}
-
-void Batches::ListSeenOneByOne(const Group& group, std::size_t item, const ViewVolume& view, float leastShare,
-                               std::vector<RenderItemES20>& seen)
-{
-    const RenderItemES20& all = group.items[item];
-    for (Index at = group.spans[item].first; at < group.spans[item].second; ++at)
-    {
-        Member& member = m_members[group.singles[at]];
-        if (IsSeen(member, view, leastShare) && IsShown(member))
-        {
-            seen.push_back({all.mesh, all.style, true, member.node});
-        }
-    }
 }
 
 } // namespace OV::Host::Detail

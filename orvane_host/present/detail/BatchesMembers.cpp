@@ -275,6 +275,7 @@ Batches::Group* Batches::GroupOf(Material& material)
         group->material = &material;
         group->isTogether = IsDrawnTogether(material);
         group->probe = TakeMesh(material, 0u);
+        m_newGroups.push_back(group.get());
         ForgetListed();
     }
     return group.get();
@@ -462,6 +463,10 @@ bool Batches::MakeSingle(Index index, bool isSingle)
     {
         ++group.singleCount;
         group.singles.push_back(index);
+        if (m_isLate)
+        {
+            m_late.push_back(index);
+        }
         return true;
     }
     --group.singleCount;

@@ -85,6 +85,9 @@ protected:
         return 0;
     }
 
+    void ExpectLooksAlike(int colors, unsigned int seed, int steps);
+    void ExpectEditsAlike(int colors, unsigned int seed, int steps);
+
     Picture DrawOften(Presentation& presentation, int frames)
     {
         for (int i = 1; i < frames; ++i)
@@ -141,17 +144,16 @@ private:
 
 } // namespace
 
-TEST_F(BatchesTest, EveryLookAndSettingShowsWhatItShowsNodeByNode)
+void BatchesTest::ExpectLooksAlike(int colors, unsigned int seed, int steps)
 {
-    Crowd crowd(60);
-    Crowd plainCrowd(60);
+    Crowd crowd(60, 1, colors);
+    Crowd plainCrowd(60, 1, colors);
     const auto together = Present(crowd, BatchUse::On);
     const auto plain = Present(plainCrowd, BatchUse::Off);
     Draw(*together);
     EXPECT_GT(CountsOf(*together).pieces, 30u);
-    Dice dice(5);
+    Dice dice(seed);
     const std::vector<std::string> paths = plain->ListNodes();
-    const int steps = isSanitized ? 30 : 150;
     for (int step = 0; step < steps && !HasFailure(); ++step)
     {
         PresentationSettings wanted = plain->GetSettings();
@@ -164,25 +166,33 @@ TEST_F(BatchesTest, EveryLookAndSettingShowsWhatItShowsNodeByNode)
     EXPECT_EQ(CountsOf(*plain).pieces, 0u);
 }
 
-TEST_F(BatchesTest, WhatIsEditedLooksLikeAFreshPresentationOfIt)
+TEST_F(BatchesTest, EveryLookAndSettingShowsWhatItShowsNodeByNode)
 {
-    Crowd crowd(40);
+    ExpectLooksAlike(0, 5, isSanitized ? 30 : 150);
+}
+
+TEST_F(BatchesTest, EveryLookAndSettingShowsManyColoursAsNodeByNode)
+{
+    ExpectLooksAlike(40, 8, isSanitized ? 20 : 100);
+}
+
+void BatchesTest::ExpectEditsAlike(int colors, unsigned int seed, int steps)
+{
+    Crowd crowd(40, 1, colors);
     // A view of its own, which does not follow what is shown.
     PresentationSettings view;
     view.view.eye = Vector(9.0f, 7.0f, 11.0f);
     view.view.target = Vector(3.0f, 0.5f, 3.0f);
     const auto walker = Present(crowd, BatchUse::On, view);
-    constexpr unsigned int seed = 11;
     Dice dice(seed);
     Dice frames(3);
-    const int steps = isSanitized ? 30 : 200;
     for (int step = 0; step < steps && !HasFailure(); ++step)
     {
         crowd.Edit(dice);
         // So that the planes of the view are those of a fresh one.
         walker->Refresh();
         const Picture actual = DrawOften(*walker, 1 + frames.Below(12));
-        Crowd copy(40);
+        Crowd copy(40, 1, colors);
         Dice again(seed);
         for (int i = 0; i <= step; ++i)
         {
@@ -193,6 +203,16 @@ TEST_F(BatchesTest, WhatIsEditedLooksLikeAFreshPresentationOfIt)
         ExpectAlike(actual, Draw(*fresh), "step " + std::to_string(step));
     }
     EXPECT_GT(CountsOf(*walker).pieces, 5u);
+}
+
+TEST_F(BatchesTest, WhatIsEditedLooksLikeAFreshPresentationOfIt)
+{
+    ExpectEditsAlike(0, 11, isSanitized ? 30 : 200);
+}
+
+TEST_F(BatchesTest, MaterialsOfManyColoursThatAreEditedLookLikeAFreshPresentation)
+{
+    ExpectEditsAlike(40, 21, isSanitized ? 30 : 200);
 }
 
 TEST_F(BatchesTest, WhatIsHiddenHighlightedOrIsolatedLeavesAndComesBack)

@@ -40,7 +40,8 @@ Transform PlaceAt(const Vector& position, Dice& dice)
 
 } // namespace
 
-Crowd::Crowd(int count, unsigned int seed) : scene(std::make_unique<Scene>()), m_scene(scene.get())
+Crowd::Crowd(int count, unsigned int seed, int colors) :
+    scene(std::make_unique<Scene>()), m_scene(scene.get()), m_colors(colors)
 {
     m_columns = static_cast<int>(std::ceil(std::sqrt(static_cast<float>(count))));
     for (int i = 0; i < 5; ++i)
@@ -53,6 +54,15 @@ Crowd::Crowd(int count, unsigned int seed) : scene(std::make_unique<Scene>()), m
         m_materials.push_back(material);
     }
     m_materials[1]->SetFlags(MaterialFlagNoCull);
+    for (int i = 0; i < colors; ++i)
+    {
+        const auto share = [i](int step) { return static_cast<float>(i * step % 23) / 23.0f; };
+        auto* const material = new Material("colour");
+        material->SetDiffuse(Color(share(5), share(7), share(11)));
+        material->SetAmbient(Color(0.3f * share(3), 0.3f * share(2), 0.2f));
+        m_scene->AddMaterial(material);
+        m_materials.push_back(material);
+    }
     m_paint = new NodeMaterial;
     m_paint->SetDiffuse(Color(0.9f, 0.1f, 0.1f));
     m_scene->AddMaterial(m_paint);
@@ -127,7 +137,7 @@ void Crowd::Add(Dice& dice)
     // One below another is where that takes it.
     Node* const parent = !m_nodes.empty() && dice.Below(6) == 0 ? m_nodes.back() : m_scene->GetRoot();
     parent->AddChild(node, false);
-    Material* const material = m_materials[static_cast<std::size_t>(dice.Below(5))];
+    Material* const material = &AnyMaterial(dice);
     Mesh* shared = nullptr;
     if (!m_nodes.empty() && dice.Below(5) == 0 && !m_nodes.back()->GetMeshes().empty())
     {
@@ -147,8 +157,45 @@ void Crowd::Add(Dice& dice)
     ++m_next;
 }
 
+Material& Crowd::AnyMaterial(Dice& dice) const
+{
+    return *m_materials[static_cast<std::size_t>(dice.Below(static_cast<int>(m_materials.size())))];
+}
+
+void Crowd::EditMaterial(Dice& dice)
+{
+    Material& material = AnyMaterial(dice);
+    const auto flip = [&](MaterialFlags flag) {
+        (material.GetFlags() & flag) != 0 ? material.ClearFlags(flag) : material.SetFlags(flag);
+    };
+    switch (dice.Below(9))
+    {
+    case 0: flip(MaterialFlagNoCull); return;
+    case 1: flip(MaterialFlagUnlit); return;
+    case 2: material.ignoreLightColor = !material.ignoreLightColor; return;
+    case 3: material.reflectionFactors[dice.Below(3)] = 0.5f * dice.Share(); return;
+    case 4:
+        material.SetOpacity(dice.Below(2) != 0 ? 1.0f : 0.5f);
+        m_scene->ProcessChangedMaterial(&material);
+        return;
+    case 5: material.GetScene() ? m_scene->RemoveMaterial(&material) : m_scene->AddMaterial(&material); return;
+    case 6:
+        material.SetAmbient(Color(0.4f * dice.Share(), 0.2f, 0.3f * dice.Share(), 1.0f));
+        return;
+    default:
+        material.SetDiffuse(Color(dice.Share(), dice.Share(), dice.Share(), material.GetOpacity()));
+        return;
+    }
+}
+
 void Crowd::Edit(Dice& dice)
 {
+    if (m_colors > 0 && dice.Below(3) == 0)
+    {
+        m_scene->MarkDirty();
+        EditMaterial(dice);
+        return;
+    }
     MeshNode& node = *m_nodes[static_cast<std::size_t>(dice.Below(static_cast<int>(m_nodes.size())))];
     Mesh* const mesh = node.GetMeshes().empty() ? nullptr : node.GetMeshes().front();
     m_scene->MarkDirty();
@@ -163,7 +210,7 @@ void Crowd::Edit(Dice& dice)
     case 4:
         if (mesh)
         {
-            m_materials[static_cast<std::size_t>(dice.Below(5))]->AddMesh(mesh);
+            AnyMaterial(dice).AddMesh(mesh);
         }
         return;
     case 5:

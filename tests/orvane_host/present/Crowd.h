@@ -30,7 +30,9 @@ class Dice;
 class Crowd
 {
 public:
-    explicit Crowd(int count, unsigned int seed = 1);
+    /// @param colors how many solid materials there are besides that differ in their colours alone. With them their
+    ///        fields are edited too.
+    explicit Crowd(int count, unsigned int seed = 1, int colors = 0);
 
     /// Both go to the presentation.
     std::unique_ptr<Scene> scene;
@@ -45,6 +47,8 @@ public:
 
 private:
     void Add(Dice& dice);
+    void EditMaterial(Dice& dice);
+    Material& AnyMaterial(Dice& dice) const;
     std::shared_ptr<RawMesh> MakeSolid(Dice& dice) const;
 
     Scene* m_scene;
@@ -53,6 +57,7 @@ private:
     NodeMaterial* m_paint; ///< in the scene
     int m_next = 0;
     int m_columns;
+    int m_colors;
 };
 
 } // namespace OV::Test

@@ -98,6 +98,24 @@ TEST_F(PresentationAllocation, NeitherDoesOneThatDrawsTogetherWhatStandsStill)
     }
 }
 
+TEST_F(PresentationAllocation, NorDoesOneThatDrawsMaterialsOfManyColoursTogether)
+{
+    for (int i = 0; i < 20; ++i)
+    {
+        auto* const material = new Material("of many");
+        material->SetDiffuse(Color(0.05f * static_cast<float>(i), 0.5f, 0.5f));
+        World().AddMaterial(material);
+        AddTriangle(*material, static_cast<float>(i));
+    }
+    renderer->SetBatches({Host::BatchUse::On});
+    for (const Host::Look look : {Host::Look::Basic, Host::Look::Advanced, Host::Look::Monotone})
+    {
+        renderer->SetLook(look);
+        EXPECT_EQ(AllocationsOfSteadyFrame(false), 0u) << static_cast<int>(look);
+        EXPECT_GE(renderer->CountBatches().pieces, 20u);
+    }
+}
+
 // What lists each mesh takes room for it, and that stays.
 TEST_F(PresentationAllocation, LooksWithLightListNoMeshesUntilSomebodyLooksAtEach)
 {
