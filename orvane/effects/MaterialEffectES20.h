@@ -12,6 +12,7 @@ namespace detail
 {
 
 struct PlainDraw;
+class PlainPointers;
 
 template <class Effect>
 class PlainLoop;

@@ -1,4 +1,5 @@
 #include "orvane/effects/AdvancedMaterialBaseES20.h"
+#include "orvane/effects/DepthIdPassEffectES20.h"
 #include "orvane/effects/EffectES20.h"
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/scene/CameraNode.h"
@@ -50,18 +51,21 @@ Mesh* MakeHosts(const std::shared_ptr<RawMesh>& geometry, Scene* scene)
     return new HostMesh(geometry, scene);
 }
 
-/// In which pass all of a stage is drawn, and by which model where there are two.
+/// In which pass all of a stage is drawn, by which model where there are two, and with which identifiers.
 struct Look
 {
     const char* label;
     RenderPass pass;
     EffectCache::EffectType model;
+    int idMode = 0;
 };
 
 const Look kLooks[] = {
     {"basic", RenderPassDefault, EffectCache::AdvancedMaterial},
     {"advanced", RenderPassAdvanced, EffectCache::AdvancedMaterial},
     {"Phong", RenderPassAdvanced, EffectCache::AdvancedMaterialPhong},
+    {"identifiers of vertices", RenderPassDepthId, EffectCache::AdvancedMaterial, 0},
+    {"identifiers of nodes", RenderPassDepthId, EffectCache::AdvancedMaterial, 1},
 };
 const Look& kBasic = kLooks[0];
 
@@ -122,6 +126,13 @@ struct Stage
             // The materials hold it from the first frame on.
             m_effect.reset(effect);
         }
+        if (look.pass == RenderPassDepthId)
+        {
+            auto* const effect =
+                static_cast<DepthIdPassEffectES20*>(renderer.effectCache.GetEffect(EffectCache::DepthIdPass));
+            effect->SetIdMode(look.idMode);
+            m_effect.reset(effect);
+        }
         if (!kind.hasPlanes)
         {
             recorder.SetUniformLocation("u_numClipPlanes", -1);
@@ -146,6 +157,8 @@ struct Stage
         auto* const node = new MeshNode(&scene);
         Transform place;
         place.SetPosition(Vector(static_cast<float>(nodes.size()), 0.0f, -5.0f));
+        // Two that stand side by side have one identifier.
+        node->SetUserData(static_cast<int>(nodes.size() / 2) * 70000 - 5);
         if (kind.isMirrored && nodes.size() % 2 == 0)
         {
             place.SetScale(Vector(-1.0f, 1.0f, 1.0f));
