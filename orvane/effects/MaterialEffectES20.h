@@ -12,6 +12,7 @@ namespace detail
 {
 
 struct PlainDraw;
+class PlainDraws;
 class PlainPointers;
 
 template <class Effect>
@@ -47,6 +48,13 @@ protected:
     };
 
     explicit MaterialEffectES20(EffectCache* cache);
+
+    /// Said at construction by a class that does no more than to enable and disable, in BindMeshAttributes and
+    /// ReleaseMeshAttributes, the stream of positions and, where the program has the attribute, that of texture
+    /// coordinates, and to send uniforms or switch GL's capabilities in BindMeshUniforms: most meshes are then drawn
+    /// in one loop, which asks for BindMeshUniforms alone.
+    /// @param texture negative where the class has no such attribute.
+    void DrawByStreams(unsigned int position, int texture = -1);
 
     static Streams StreamsOf(const MeshES20& mesh);
 
@@ -110,6 +118,11 @@ protected:
 private:
     template <class Effect>
     friend class detail::PlainLoop;
+    friend class detail::PlainDraws;
+
+    class ByStreams;
+
+    void DrawPlainByStreams(detail::PlainDraw* draws, detail::PlainDraw* end);
 
     /// How the meshes of a buffer lie in it, which is the same for all.
     struct BufferLayout
@@ -121,6 +134,10 @@ private:
     };
 
     BufferLayout m_layout; ///< of the buffer that plain meshes were drawn from last
+
+    // Of a class that has said DrawByStreams.
+    int m_positionAttribute = -1; ///< negative for one that has not
+    int m_textureAttribute = -1;
 };
 
 } // namespace OV

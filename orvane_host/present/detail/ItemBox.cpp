@@ -7,6 +7,7 @@
 #include "orvane/scene/MeshNode.h"
 
 #include <cstddef>
+#include <typeinfo>
 
 namespace OV::Host::Detail
 {
@@ -37,9 +38,10 @@ CastBox BoxOf(const BatchES20& batch)
 CastBox BoxOf(const Mesh& mesh, const MeshNode& node)
 {
     // What is drawn together has no geometry of its own.
-    if (const auto* const batch = dynamic_cast<const BatchES20*>(mesh.GetRenderData()))
+    const Object* const data = mesh.GetRenderData();
+    if (data && typeid(*data) == typeid(BatchES20))
     {
-        return BoxOf(*batch);
+        return BoxOf(*static_cast<const BatchES20*>(data));
     }
     Vector low;
     Vector high;

@@ -10,8 +10,8 @@
 #include "orvane_host/present/detail/EffectInPlace.h"
 #include "orvane_host/present/detail/Effects.h"
 #include "orvane_host/present/detail/Batch.h"
-#include "orvane_host/present/detail/Fingerprint.h"
 #include "orvane_host/present/detail/ItemBox.h"
+#include "orvane_host/present/detail/MaterialDataOf.h"
 #include "orvane_host/present/detail/SurfacePass.h"
 #include "orvane/math/Transform.h"
 #include "orvane/renderdata/CameraNodeES20.h"
@@ -32,6 +32,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <memory>
+#include <typeinfo>
 
 namespace OV::Host::Detail
 {
@@ -114,6 +117,13 @@ glm::dmat4 ToDouble(const Matrix& matrix)
     return glm::dmat4(glm::make_mat4(matrix.m));
 }
 
+bool HasMeshData(const Mesh& mesh)
+{
+    const Object* const data = mesh.GetRenderData();
+    // The cast, which searches the classes, is for what derives.
+    return data && (typeid(*data) == typeid(MeshES20) || dynamic_cast<const MeshES20*>(data));
+}
+
 bool IsFinite(const CastBox& box)
 {
     const glm::dvec3 sum = box.middle + box.halves[0] + box.halves[1] + box.halves[2];
@@ -168,43 +178,74 @@ void ShadowStage::ListCasters(const PresentationFrame& frame)
 {
     m_casters.clear();
     m_boxes.clear();
+    m_print = Fingerprint();
+    m_printed = nullptr;
     m_hasGlass = false;
-    ListCasters(frame, 0, frame.items.firstLine);
-    ListCasters(frame, frame.items.firstAlpha, frame.items.all.size());
+    ListCasters(frame.items.all, 0, frame.items.firstLine);
+    ListCasters(frame.items.all, frame.items.firstAlpha, frame.items.all.size());
 }
 
-void ShadowStage::ListCasters(const PresentationFrame& frame, std::size_t first, std::size_t end)
+void ShadowStage::ListCasters(const std::vector<RenderItemES20>& items, std::size_t first, std::size_t end)
 {
+    Kind kind;
     for (std::size_t i = first; i < end; ++i)
     {
-        const RenderItemES20& item = frame.items.all[i];
-        const auto* const data = dynamic_cast<const MaterialES20*>(item.style);
-        Material* const material = data ? data->GetMaterial() : nullptr;
-        if (!material || !item.style->GetShader(RenderPassDepthId) || (material->GetFlags() & MaterialFlagPoints) != 0)
+        const RenderItemES20& item = items[i];
+        if (item.style != kind.style)
+        {
+            kind = KindOf(*item.style);
+        }
+        if (!kind.casts)
         {
             continue;
         }
-        const bool isGlass = material->IsTransparent();
-        if (item.specificNode)
+        if (item.mesh)
         {
-            AddCaster(item, *item.node, isGlass);
+            ListCasters(item, kind);
             continue;
         }
-        for (MeshNode* node : item.mesh->EachNode())
+        m_meshes.clear();
+        StageAccess::ListMeshes(item, m_meshes);
+        for (const RenderItemES20& mesh : m_meshes)
         {
-            if ((node->GetFlags() & NodeFlagHasNodeMaterial) == 0)
-            {
-                AddCaster(item, *node, isGlass);
-            }
+            ListCasters(mesh, kind);
         }
     }
 }
 
-void ShadowStage::AddCaster(const RenderItemES20& item, MeshNode& node, bool isGlass)
+ShadowStage::Kind ShadowStage::KindOf(MeshStyleES20& style)
+{
+    const MaterialES20* const data = MaterialDataOf(style);
+    Material* const material = data ? data->GetMaterial() : nullptr;
+    Kind kind;
+    kind.style = &style;
+    kind.casts = material && style.GetShader(RenderPassDepthId) && (material->GetFlags() & MaterialFlagPoints) == 0;
+    kind.isGlass = kind.casts && material->IsTransparent();
+    return kind;
+}
+
+void ShadowStage::ListCasters(const RenderItemES20& item, const Kind& kind)
+{
+    if (item.specificNode)
+    {
+        AddCaster(item, *item.node, kind);
+        return;
+    }
+    const PointerSpan<MeshNode> nodes = item.mesh->EachNode();
+    for (MeshNode* node : nodes)
+    {
+        if ((node->GetFlags() & NodeFlagHasNodeMaterial) == 0)
+        {
+            AddCaster(nodes.size() == 1 ? item : RenderItemES20{item.mesh, item.style, true, node}, *node, kind);
+        }
+    }
+}
+
+void ShadowStage::AddCaster(const RenderItemES20& item, MeshNode& node, const Kind& kind)
 {
     // What is out of the view casts into it all the same.
     const bool isHidden = (node.GetFlags() & NodeFlagHidden) != 0 || !node.ReadyToDraw();
-    if (isHidden || !dynamic_cast<const MeshES20*>(item.mesh->GetRenderData()))
+    if (isHidden || !HasMeshData(*item.mesh))
     {
         return;
     }
@@ -213,9 +254,46 @@ void ShadowStage::AddCaster(const RenderItemES20& item, MeshNode& node, bool isG
     {
         return;
     }
-    m_casters.push_back({{item.mesh, item.style, true, &node}, isGlass});
+    m_casters.push_back({item, &node, kind.isGlass});
     m_boxes.push_back(box);
-    m_hasGlass = m_hasGlass || isGlass;
+    // While it is at hand: a large scene is bound by memory.
+    AddToPrint(item, node, box);
+    m_hasGlass = m_hasGlass || kind.isGlass;
+}
+
+void ShadowStage::AddToPrint(const RenderItemES20& item, const MeshNode& node, const CastBox& box)
+{
+    if (item.style != m_printed)
+    {
+        m_printed = item.style;
+        const auto* const material = static_cast<const MaterialES20*>(item.style);
+        m_print.Add(material->GetTextureID());
+        m_print.Add(material->GetOpacityMapID());
+        m_print.Add(material->GetUScale());
+        m_print.Add(material->GetVScale());
+        m_print.Add(material->GetMaterial()->GetOpacity());
+        m_print.Add(material->GetMaterial()->hasAlpha);
+    }
+    const auto* const data = static_cast<const MeshES20*>(item.mesh->GetRenderData());
+    m_print.Add(data);
+    m_print.Add(data->vertexBufferId);
+    m_print.Add(data->positionOffset);
+    m_print.Add(data->indexOffset);
+    if (typeid(*data) == typeid(BatchES20))
+    {
+        m_print.Add(static_cast<const BatchES20*>(data)->GetRevision());
+    }
+    else if (const std::shared_ptr<RawMesh>& raw = item.mesh->GetRawMesh())
+    {
+        m_print.Add(raw->positions.data());
+        m_print.Add(raw->positions.size());
+        m_print.Add(raw->indices.size());
+    }
+    for (const auto& row : node.GetGlobal().GetTransf3d().m)
+    {
+        std::for_each(std::begin(row), std::end(row), [&](double value) { m_print.Add(value); });
+    }
+    std::for_each(glm::value_ptr(box.middle), glm::value_ptr(box.middle) + 3, [&](double value) { m_print.Add(value); });
 }
 
 WholeView ShadowStage::SeenIn(PresentationFrame& frame)
@@ -300,7 +378,7 @@ void ShadowStage::FindPatch(const glm::dvec3& towardSun, glm::dvec3& low, glm::d
 
 std::uint64_t ShadowStage::FingerprintOf(const SunView& view) const
 {
-    Fingerprint print;
+    Fingerprint print = m_print;
     // A mesh that was changed in place may come back with the buffer and the place that it had.
     print.Add(MeshES20::GetListingRevision());
     for (const SunView::Tile& tile : view.GetTiles())
@@ -318,38 +396,6 @@ std::uint64_t ShadowStage::FingerprintOf(const SunView& view) const
             print.Add(normals[i][axis]);
             print.Add(EffectES20::GetClipPlanePositions()[i][axis]);
         }
-    }
-    for (std::size_t i = 0; i < m_casters.size(); ++i)
-    {
-        const Caster& caster = m_casters[i];
-        const auto* const data = static_cast<const MeshES20*>(caster.item.mesh->GetRenderData());
-        const auto* const material = static_cast<const MaterialES20*>(caster.item.style);
-        print.Add(data);
-        print.Add(data->vertexBufferId);
-        print.Add(data->positionOffset);
-        print.Add(data->indexOffset);
-        if (const auto* const batch = dynamic_cast<const BatchES20*>(data))
-        {
-            print.Add(batch->GetRevision());
-        }
-        else if (const std::shared_ptr<RawMesh> raw = caster.item.mesh->GetRawMesh())
-        {
-            print.Add(raw->positions.data());
-            print.Add(raw->positions.size());
-            print.Add(raw->indices.size());
-        }
-        for (const auto& row : caster.item.node->GetGlobal().GetTransf3d().m)
-        {
-            std::for_each(std::begin(row), std::end(row), [&](double value) { print.Add(value); });
-        }
-        std::for_each(glm::value_ptr(m_boxes[i].middle), glm::value_ptr(m_boxes[i].middle) + 3,
-                      [&](double value) { print.Add(value); });
-        print.Add(material->GetTextureID());
-        print.Add(material->GetOpacityMapID());
-        print.Add(material->GetUScale());
-        print.Add(material->GetVScale());
-        print.Add(material->GetMaterial()->GetOpacity());
-        print.Add(material->GetMaterial()->hasAlpha);
     }
     return print.Get();
 }
