@@ -12,7 +12,7 @@
 
 #include <GL/glew.h>
 
-#include <cmath>
+#include <cstdint>
 
 namespace OV
 {
@@ -201,12 +201,11 @@ void DepthIdPassEffectES20::EncodeId(int userData, float (&color)[4])
     // the colour of an empty picture.
     const auto group = static_cast<std::uint32_t>(userData >> 4) & 0xFFFFF000u;
     const std::uint32_t object = (static_cast<std::uint32_t>(userData) & 0xFFFFu) + 1u;
-    const double encoded = static_cast<std::int32_t>((group | object) * kSpread);
-    const double blue = std::floor(encoded / 256.0 / 256.0);
-    double rest = encoded - blue * 256.0 * 256.0;
-    const double green = std::floor(rest / 256.0);
-    rest -= green * 256.0;
-    const double red = std::floor(rest);
+    const auto encoded = static_cast<std::int32_t>((group | object) * kSpread);
+    // Signed as the whole is, so that it may be below 0.
+    const std::int32_t blue = encoded >> 16;
+    const std::int32_t green = (encoded >> 8) & 0xFF;
+    const std::int32_t red = encoded & 0xFF;
     color[0] = static_cast<float>(red / 255.0);
     color[1] = static_cast<float>(green / 255.0);
     color[2] = static_cast<float>(blue / 255.0);
