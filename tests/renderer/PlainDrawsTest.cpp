@@ -285,6 +285,65 @@ public:
     int renders = 0;
 };
 
+/// An effect of a host's class that points at positions and texture coordinates.
+class StreamsEffect : public MaterialEffectES20
+{
+public:
+    explicit StreamsEffect(bool saysSo) : MaterialEffectES20(nullptr)
+    {
+        m_discardsAtPlanes = true;
+        if (saysSo)
+        {
+            DrawByStreams(0, 2);
+        }
+    }
+
+    void Apply(MaterialES20*, CameraNodeES20* camera) override
+    {
+        m_camera = camera;
+        UseOptions(0);
+    }
+
+    void Remove() override { EndUse(); }
+
+    void BindMeshAttributes(MeshES20* mesh) override
+    {
+        ++bound;
+        EnableAttribute(0, 3, mesh->GetStride(), mesh->GetPositionOffset());
+        if (HasAttribute(2))
+        {
+            EnableStream(2, 2, mesh->GetStride(), mesh->GetTextureOffset());
+        }
+    }
+
+    void ReleaseMeshAttributes(MeshES20* mesh) override
+    {
+        if (HasAttribute(2))
+        {
+            DisableStream(2, mesh->GetTextureOffset());
+        }
+        DisableAttribute(0);
+    }
+
+    void BindMeshUniforms(MeshNode* node) override
+    {
+        Set(0, ModelViewProjection(node));
+        SetClipPlanes(2, 3, 1, clipPlanesActive);
+    }
+
+    unsigned int CreateProgramForOptions(std::uint64_t options, std::string& name) override
+    {
+        static constexpr IndexedName uniforms[] = {
+            {0, "u_mvpMatrix"}, {1, "u_numClipPlanes"}, {2, "u_clipPlaneNormals"}, {3, "u_clipPlanePositions"}};
+        static constexpr IndexedName attributes[] = {{0, "a_position"}, {2, "a_texture"}};
+        static constexpr OptionRow noOptions[] = {{0, "DEFAULT"}};
+        static constexpr ProgramTemplate source = {"StreamsEffect", "", "", noOptions, uniforms, attributes};
+        return CreateFromTemplate(source, options, name);
+    }
+
+    int bound = 0;
+};
+
 std::vector<std::pair<const Look*, const Kind*>> LooksAndKinds()
 {
     std::vector<std::pair<const Look*, const Kind*>> pairs;
@@ -565,6 +624,58 @@ TEST(PlainDraws, DataThatSayTheyDrawAsTheBaseAreDrawnWithTheOthers)
             stage.Draw({{stage.meshes[1], style, false, nullptr}});
             EXPECT_EQ(stage.recorder.All("glDrawElements").size(), 1u);
             EXPECT_EQ(data->renders, saysSo ? 0 : 3) << look.label;
+        }
+    }
+}
+
+TEST(PlainDraws, AHostsEffectThatSaysWhichStreamsItTakesIsAskedForUniformsAlone)
+{
+    for (const Kind& kind : kKinds)
+    {
+        const auto callsBy = [&](bool saysSo, bool inList)
+        {
+            Stage stage(MakeOwn, kind);
+            stage.Frame();
+            StreamsEffect effect(saysSo);
+            std::vector<RenderItemES20> items;
+            std::vector<std::pair<EffectES20**, EffectES20*>> replaced;
+            for (Material* const material : {stage.material, stage.other})
+            {
+                auto* const style = static_cast<MaterialES20*>(material->GetRenderData());
+                EffectES20*& slot = style->passEffects[RenderPassVertexColor];
+                replaced.emplace_back(&slot, std::exchange(slot, &effect));
+            }
+            if (inList)
+            {
+                // What is clipped in the one frame and not in the next ends lists, and the frame after has them.
+                for (int i = 0; i < 2; ++i)
+                {
+                    items.clear();
+                    stage.renderer.PrepareWholeMaterials(stage.scene.GetOptimizedMaterials(), stage.Camera(), items,
+                                                         true);
+                }
+            }
+            else
+            {
+                for (Mesh* const mesh : stage.meshes)
+                {
+                    items.push_back({mesh, static_cast<MaterialES20*>(mesh->GetMaterial()->GetRenderData()), false, nullptr});
+                }
+            }
+            stage.recorder.Clear();
+            stage.renderer.RenderItemList(stage.Camera(), items, RenderPassVertexColor);
+            std::vector<std::string> calls = stage.Calls();
+            EXPECT_EQ(stage.recorder.All("glDrawElements").size(), stage.meshes.size());
+            EXPECT_EQ(effect.bound, saysSo ? 0 : static_cast<int>(stage.meshes.size())) << kind.label;
+            for (const auto& [slot, before] : replaced)
+            {
+                *slot = before;
+            }
+            return calls;
+        };
+        for (const bool inList : {false, true})
+        {
+            EXPECT_EQ(callsBy(true, inList), callsBy(false, inList)) << kind.label;
         }
     }
 }
