@@ -118,8 +118,9 @@ glm::dmat4 ToDouble(const Matrix& matrix)
 }
 
 /// How many casters ahead a mesh is asked for, and then what hangs on it.
-constexpr std::size_t kForMesh = 12;
-constexpr std::size_t kForItsParts = 6;
+constexpr std::size_t kForMesh = 16;
+constexpr std::size_t kForItsParts = 8;
+constexpr std::size_t kForData = 4;
 
 template <class T>
 void PrefetchLines(const T* object, int lines)
@@ -137,6 +138,7 @@ void PrefetchCaster(const RenderItemES20* items)
     PrefetchLines(items[kForMesh].mesh, 2);
     const Mesh& mesh = *items[kForItsParts].mesh;
     PrefetchLines(mesh.GetRawMesh().get(), 3);
+    PrefetchLines(items[kForData].mesh->GetRenderData(), 1);
     const PointerSpan<MeshNode> nodes = mesh.EachNode();
     if (!nodes.empty())
     {
