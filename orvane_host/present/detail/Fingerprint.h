@@ -51,19 +51,16 @@ private:
     template <std::size_t Count, std::size_t... Places>
     static std::uint64_t SumOf(const std::array<std::uint64_t, Count>& words, std::index_sequence<Places...>)
     {
-        return (Turned<Places>(words[Places]) + ...);
+        return (Product<Places>(words[Places]) + ...);
     }
 
-    /// Factor and turn are others at each place, so that no two changes make up for each other.
+    /// The factor is another one at each place, so that changes don't make up for each other.
     template <std::size_t Place>
-    static std::uint64_t Turned(std::uint64_t word)
+    static std::uint64_t Product(std::uint64_t word)
     {
         constexpr std::uint64_t factor = Mixed(Place) | 1u;
-        constexpr std::size_t turn = 13 * Place % 63 + 1;
-        static_assert(Place < 63);
         // High bits go down first, since a product hands them on upwards alone.
-        const std::uint64_t product = (word ^ (word >> 32)) * factor;
-        return (product << turn) | (product >> (64 - turn));
+        return (word ^ (word >> 32)) * factor;
     }
 
     std::uint64_t m_state = 0;
