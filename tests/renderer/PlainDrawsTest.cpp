@@ -659,7 +659,8 @@ TEST(PlainDraws, AHostsEffectThatSaysWhichStreamsItTakesIsAskedForUniformsAlone)
             {
                 for (Mesh* const mesh : stage.meshes)
                 {
-                    items.push_back({mesh, static_cast<MaterialES20*>(mesh->GetMaterial()->GetRenderData()), false, nullptr});
+                    auto* const style = static_cast<MaterialES20*>(mesh->GetMaterial()->GetRenderData());
+                    items.push_back({mesh, style, false, nullptr});
                 }
             }
             stage.recorder.Clear();

@@ -64,7 +64,9 @@ TEST(Fingerprint, TellsChangesOfTwoValues)
     constexpr std::uint64_t sign = std::uint64_t{1} << 63;
     constexpr std::uint64_t exponent = std::uint64_t{1} << 52;
     const std::pair<std::uint64_t, std::uint64_t> changes[] = {
-        {sign, sign}, {exponent, exponent}, {exponent, 0 - exponent}, {2 * exponent, exponent}, {1, 1}, {1, 0 - std::uint64_t{1}}};
+        {sign, sign},         {exponent, exponent}, {exponent, 0 - exponent},
+        {2 * exponent, exponent}, {1, 1},           {1, 0 - std::uint64_t{1}},
+    };
     std::set<std::uint64_t> prints = {PrintOf(words)};
     for (std::size_t i = 0; i < kCount; ++i)
     {
