@@ -74,13 +74,13 @@ class AdvancedMaterialBaseES20::NodeUniforms
 {
 public:
     explicit NodeUniforms(const AdvancedMaterialBaseES20& effect) :
-        m_effect(effect), m_viewProjection(effect.m_camera->GetMVP()),
+        m_effect(effect), m_viewProjection(effect.m_camera->GetMVP()), m_isShaded(effect.IsShaded()),
         m_monochrome(Repeated(AdvancedUniformMonochrome)), m_world(Repeated(AdvancedUniformWorldTransform)),
         m_product(Repeated(AdvancedUniformMvpMatrix)), m_normals(Repeated(AdvancedUniformNormalMatrix))
     {
     }
 
-    void Send(MeshNode& node, bool isShaded)
+    void Send(MeshNode& node)
     {
         if (m_effect.editPathActive)
         {
@@ -91,7 +91,7 @@ public:
         Matrix product;
         detail::Multiply(product.m, m_viewProjection.m, world.m);
         m_product.Send(product);
-        if (isShaded)
+        if (m_isShaded)
         {
             m_normals.Send(node.GetGlobalNormalMatrix());
             SetWinding(node);
@@ -106,6 +106,7 @@ private:
 
     const AdvancedMaterialBaseES20& m_effect;
     const Matrix& m_viewProjection;
+    bool m_isShaded;
     detail::RepeatedUniform m_monochrome;
     detail::RepeatedUniform m_world;
     detail::RepeatedUniform m_product;
@@ -326,7 +327,7 @@ void AdvancedMaterialBaseES20::BindMeshUniforms(MeshNode* node)
     Set(AdvancedUniformPocheColor, s_pocheColor);
     Set(AdvancedUniformPocheColorEnabled, s_pocheColorEnabled ? 1 : 0);
     Set(AdvancedUniformIsBackFaces, meshNodeFlag ? 1 : 0);
-    if (lit && hasNormals)
+    if (IsShaded())
     {
         SetNormalMatrix(AdvancedUniformNormalMatrix, node);
         SetWinding(*node);
@@ -336,6 +337,31 @@ void AdvancedMaterialBaseES20::BindMeshUniforms(MeshNode* node)
 void AdvancedMaterialBaseES20::DrawPlain(detail::PlainDraw* draws, detail::PlainDraw* end)
 {
     detail::PlainLoop<AdvancedMaterialBaseES20>(*this).Draw(draws, end);
+}
+
+bool AdvancedMaterialBaseES20::CanRepeat() const
+{
+    // A mesh without normals turns the light off and on again.
+    return hasNormals || !lit;
+}
+
+detail::PlainPointers AdvancedMaterialBaseES20::PointersOf(const Streams& behindPosition) const
+{
+    detail::PlainPointers pointers;
+    pointers.Add(AdvancedAttributePosition, 3, behindPosition.position);
+    if (IsShaded())
+    {
+        pointers.Add(AdvancedAttributeNormal, 3, behindPosition.normal);
+    }
+    if (HasAttribute(AdvancedAttributeTexture))
+    {
+        pointers.Add(AdvancedAttributeTexture, 2, behindPosition.texture);
+    }
+    if (TakesColors())
+    {
+        pointers.Add(AdvancedAttributeColor, 4, behindPosition.color);
+    }
+    return pointers;
 }
 
 bool AdvancedMaterialBaseES20::IsOutsideEdit(const Node& node) const

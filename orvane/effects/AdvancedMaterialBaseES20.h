@@ -114,7 +114,9 @@ private:
     void ReleaseStreams(const Streams& streams);
     void BindNoFlags();
     void EndMesh();
-    static constexpr bool CanRepeat() { return true; }
+    bool IsShaded() const { return lit && hasNormals; }
+    bool CanRepeat() const;
+    detail::PlainPointers PointersOf(const Streams& behindPosition) const;
     bool TakesColors() const;
 
     bool m_takesVertexColors = false;

@@ -106,7 +106,7 @@ class BasicMaterialEffectES20::NodeUniforms
 {
 public:
     explicit NodeUniforms(BasicMaterialEffectES20& effect) :
-        m_effect(effect), m_viewProjection(effect.m_camera->GetMVP()),
+        m_effect(effect), m_viewProjection(effect.m_camera->GetMVP()), m_isShaded(effect.IsShaded()),
         m_product(effect.m_current, UniformMvpMatrix, effect.Has(UniformMvpMatrix)),
         m_normals(effect.m_current, UniformNormalMatrix, effect.Has(UniformNormalMatrix)),
         m_mirrored(effect.m_current, UniformIsMirrored, effect.Has(UniformIsMirrored)),
@@ -114,12 +114,12 @@ public:
     {
     }
 
-    void Send(MeshNode& node, bool isShaded)
+    void Send(MeshNode& node)
     {
         Matrix product;
         detail::Multiply(product.m, m_viewProjection.m, node.GetGlobalMatrix()->m);
         m_product.Send(product);
-        if (!isShaded)
+        if (!m_isShaded)
         {
             return;
         }
@@ -135,6 +135,7 @@ public:
 private:
     BasicMaterialEffectES20& m_effect;
     const Matrix& m_viewProjection;
+    bool m_isShaded;
     detail::RepeatedUniform m_product;
     detail::RepeatedUniform m_normals;
     detail::RepeatedUniform m_mirrored;
@@ -261,7 +262,7 @@ void BasicMaterialEffectES20::BindMeshUniforms(MeshNode* node)
     Matrix modelViewProjection;
     modelViewProjection.Multiply(m_camera->GetMVP(), *node->GetGlobalMatrix());
     Set(UniformMvpMatrix, modelViewProjection);
-    if (!lit || !hasNormals)
+    if (!IsShaded())
     {
         return;
     }
@@ -285,8 +286,23 @@ void BasicMaterialEffectES20::DrawPlain(detail::PlainDraw* draws, detail::PlainD
 
 bool BasicMaterialEffectES20::CanRepeat() const
 {
-    // Clip planes are taken back behind each mesh.
-    return !Has(UniformNumClipPlanes);
+    // Clip planes are taken back behind each mesh, and one without normals turns the light off and on again.
+    return !Has(UniformNumClipPlanes) && (hasNormals || !lit);
+}
+
+detail::PlainPointers BasicMaterialEffectES20::PointersOf(const Streams& behindPosition) const
+{
+    detail::PlainPointers pointers;
+    pointers.Add(AttributePosition, 3, behindPosition.position);
+    if (IsShaded())
+    {
+        pointers.Add(AttributeNormal, 3, behindPosition.normal);
+    }
+    if (HasAttribute(AttributeTexture))
+    {
+        pointers.Add(AttributeTexture, 2, behindPosition.texture);
+    }
+    return pointers;
 }
 
 void BasicMaterialEffectES20::ClearLeftovers()

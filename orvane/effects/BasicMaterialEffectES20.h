@@ -50,8 +50,9 @@ private:
     void ReleaseStreams(const Streams& streams);
     void BindNoFlags();
     void EndMesh() { ClearLeftovers(); }
+    bool IsShaded() const { return lit && hasNormals; }
     bool CanRepeat() const;
-    static constexpr bool TakesColors() { return false; }
+    detail::PlainPointers PointersOf(const Streams& behindPosition) const;
 
     // What the lit nodes of a mesh left in the program.
     bool m_clipPlanesLeft = false;

@@ -33,6 +33,12 @@ public:
         return idMode;
     }
 
+    /// Draws meshes one after another as MeshES20::Render does each, with the same calls. GL.
+    ///
+    /// Between Apply and Remove, and on an effect of this very class: a derived one is asked for each
+    /// mesh.
+    void DrawPlain(detail::PlainDraw* draws, detail::PlainDraw* end);
+
     /// The colour, red, green, blue from 0 to 1, that stands for a node's user data.
     static void EncodeId(int userData, float (&color)[4]);
 
@@ -42,6 +48,18 @@ protected:
     static constexpr int UniformObjectToClip = 1;
 
     int idMode = 0;
+
+private:
+    friend class detail::PlainLoop<DepthIdPassEffectES20>;
+
+    class NodeUniforms;
+
+    void BindStreams(const Streams& streams);
+    void ReleaseStreams(const Streams& streams);
+    void BindNoFlags() {}
+    void EndMesh() {}
+    bool CanRepeat() const;
+    detail::PlainPointers PointersOf(const Streams& behindPosition) const;
 };
 
 } // namespace OV

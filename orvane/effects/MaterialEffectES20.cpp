@@ -1,5 +1,6 @@
 #include "orvane/effects/MaterialEffectES20.h"
 
+#include "orvane/effects/detail/PlainLoop.h"
 #include "orvane/math/Color.h"
 #include "orvane/math/Vector.h"
 #include "orvane/renderdata/MaterialES20.h"
@@ -16,7 +17,87 @@
 namespace OV
 {
 
+/// An effect of a class that has said DrawByStreams, as the loop over plain meshes takes one.
+class MaterialEffectES20::ByStreams
+{
+public:
+    using Streams = MaterialEffectES20::Streams;
+    using BufferLayout = MaterialEffectES20::BufferLayout;
+
+    class NodeUniforms
+    {
+    public:
+        explicit NodeUniforms(ByStreams& effect) : m_effect(effect) {}
+        void Send(MeshNode& node) { m_effect.BindMeshUniforms(&node); }
+
+    private:
+        ByStreams& m_effect;
+    };
+
+    explicit ByStreams(MaterialEffectES20& effect) :
+        clipPlanesActive(effect.clipPlanesActive), meshNodeFlag(effect.meshNodeFlag), m_layout(effect.m_layout),
+        m_current(effect.m_current), m_effect(effect),
+        m_position(static_cast<unsigned int>(effect.m_positionAttribute)),
+        m_texture(effect.m_textureAttribute >= 0 &&
+                          effect.HasAttribute(static_cast<unsigned int>(effect.m_textureAttribute))
+                      ? effect.m_textureAttribute
+                      : -1)
+    {
+    }
+
+    void BindStreams(const Streams& streams)
+    {
+        EnableAttribute(m_position, 3, streams.stride, streams.position);
+        EnableStream(m_texture, 2, streams.stride, streams.texture);
+    }
+
+    void ReleaseStreams(const Streams& streams)
+    {
+        DisableStream(m_texture, streams.texture);
+        DisableAttribute(m_position);
+    }
+
+    detail::PlainPointers PointersOf(const Streams& behindPosition) const
+    {
+        detail::PlainPointers pointers;
+        pointers.Add(m_position, 3, behindPosition.position);
+        if (m_texture >= 0)
+        {
+            pointers.Add(static_cast<unsigned int>(m_texture), 2, behindPosition.texture);
+        }
+        return pointers;
+    }
+
+    void BindMeshUniforms(MeshNode* node) { m_effect.BindMeshUniforms(node); }
+    void BindNoFlags() {}
+    void EndMesh() {}
+    static bool CanRepeat() { return true; }
+    static void DisableSpareAttributes() { EffectES20::DisableSpareAttributes(); }
+
+    bool& clipPlanesActive;
+    bool& meshNodeFlag;
+    BufferLayout& m_layout;
+    ShaderProgram* m_current;
+
+private:
+    MaterialEffectES20& m_effect;
+    unsigned int m_position;
+    int m_texture; ///< negative where the program takes none
+};
+
 MaterialEffectES20::MaterialEffectES20(EffectCache* cache) : EffectES20(cache) {}
+
+void MaterialEffectES20::DrawByStreams(unsigned int position, int texture)
+{
+    m_positionAttribute = static_cast<int>(position);
+    m_textureAttribute = texture;
+}
+
+void MaterialEffectES20::DrawPlainByStreams(detail::PlainDraw* draws, detail::PlainDraw* end)
+{
+    ByStreams effect(*this);
+    detail::PlainLoop<ByStreams>(effect).Draw(draws, end);
+}
 
 MaterialEffectES20::Streams MaterialEffectES20::StreamsOf(const MeshES20& mesh)
 {

@@ -12,6 +12,8 @@ namespace detail
 {
 
 struct PlainDraw;
+class PlainDraws;
+class PlainPointers;
 
 template <class Effect>
 class PlainLoop;
@@ -46,6 +48,13 @@ protected:
     };
 
     explicit MaterialEffectES20(EffectCache* cache);
+
+    /// Said at construction by a class that does no more than to enable and disable, in BindMeshAttributes and
+    /// ReleaseMeshAttributes, the stream of positions and, where the program has the attribute, that of texture
+    /// coordinates, and to send uniforms or switch GL's capabilities in BindMeshUniforms: most meshes are then drawn
+    /// in one loop, which asks for BindMeshUniforms alone.
+    /// @param texture negative where the class has no such attribute.
+    void DrawByStreams(unsigned int position, int texture = -1);
 
     static Streams StreamsOf(const MeshES20& mesh);
 
@@ -114,6 +123,11 @@ protected:
 private:
     template <class Effect>
     friend class detail::PlainLoop;
+    friend class detail::PlainDraws;
+
+    class ByStreams;
+
+    void DrawPlainByStreams(detail::PlainDraw* draws, detail::PlainDraw* end);
 
     static Color InLight(const Color& diffuse, const Material& material, LightNode* light);
     bool HasMaterialColors() const { return m_knowsMaterialColors && s_takesMaterialColors; }
@@ -128,6 +142,10 @@ private:
     };
 
     BufferLayout m_layout; ///< of the buffer that plain meshes were drawn from last
+
+    // Of a class that has said DrawByStreams.
+    int m_positionAttribute = -1; ///< negative for one that has not
+    int m_textureAttribute = -1;
 };
 
 } // namespace OV

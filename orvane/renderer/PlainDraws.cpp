@@ -3,6 +3,8 @@
 #include "orvane/effects/AdvancedMaterialEffectES20.h"
 #include "orvane/effects/AdvancedMaterialPhongEffectES20.h"
 #include "orvane/effects/BasicMaterialEffectES20.h"
+#include "orvane/effects/DepthIdPassEffectES20.h"
+#include "orvane/effects/MaterialEffectES20.h"
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/RenderItemES20.h"
 #include "orvane/renderdata/detail/PlainDraw.h"
@@ -38,6 +40,7 @@ PlainDraws::DrawBy PlainDraws::WayOf(const EffectES20& effect)
         {typeid(BasicMaterialEffectES20), &DrawByClass<BasicMaterialEffectES20>},
         {typeid(AdvancedMaterialEffectES20), &DrawByClass<AdvancedMaterialEffectES20>},
         {typeid(AdvancedMaterialPhongEffectES20), &DrawByClass<AdvancedMaterialPhongEffectES20>},
+        {typeid(DepthIdPassEffectES20), &DrawByClass<DepthIdPassEffectES20>},
     };
     const std::type_info& type = typeid(effect);
     for (const Way& way : ways)
@@ -47,7 +50,13 @@ PlainDraws::DrawBy PlainDraws::WayOf(const EffectES20& effect)
             return way.draw;
         }
     }
-    return nullptr;
+    // All that materials are drawn by are of this class.
+    return static_cast<const MaterialEffectES20&>(effect).m_positionAttribute >= 0 ? &DrawByStreams : nullptr;
+}
+
+void PlainDraws::DrawByStreams(EffectES20& effect, PlainDraw* draws, PlainDraw* end)
+{
+    static_cast<MaterialEffectES20&>(effect).DrawPlainByStreams(draws, end);
 }
 
 void PlainDraws::Begin(MeshStyleES20* style, RenderPass pass)

@@ -99,7 +99,8 @@ struct FrameNeeds
     }
 };
 
-/// The meshes of a frame's scene, listed once for all stages.
+/// The meshes of a frame's scene, listed once for all stages. While a host's stage is added each is listed by itself;
+/// else an item without a mesh stands for all of a material that is drawn in the simplest way.
 struct FrameItems
 {
     /// Opaque surfaces, lines, see-through surfaces.

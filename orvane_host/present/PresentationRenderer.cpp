@@ -512,10 +512,6 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
         m_lister->ListMeshes();
     }
     GatherNeeds(frame);
-    if (frame.needs.Any())
-    {
-        m_lister->ListMeshes();
-    }
     bufferPool.GenerateVBOs();
     if (frame.served)
     {
@@ -543,10 +539,10 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
     m_lister->Clear();
 }
 
-/// Whether what is drawn looks at each mesh, whatever the needs of the frame.
+/// Whether a stage looks at each mesh of the frame's items.
 bool PresentationRenderer::NeedsMeshes() const
 {
-    return m_castsShadows || std::any_of(m_stages.begin(), m_stages.end(), IsOutside);
+    return m_surfaces->SortsMeshes() || std::any_of(m_stages.begin(), m_stages.end(), IsOutside);
 }
 
 void PresentationRenderer::GatherNeeds(PresentationFrame& frame)

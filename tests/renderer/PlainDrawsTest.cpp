@@ -1,4 +1,5 @@
 #include "orvane/effects/AdvancedMaterialBaseES20.h"
+#include "orvane/effects/DepthIdPassEffectES20.h"
 #include "orvane/effects/EffectES20.h"
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/scene/CameraNode.h"
@@ -50,18 +51,21 @@ Mesh* MakeHosts(const std::shared_ptr<RawMesh>& geometry, Scene* scene)
     return new HostMesh(geometry, scene);
 }
 
-/// In which pass all of a stage is drawn, and by which model where there are two.
+/// In which pass all of a stage is drawn, by which model where there are two, and with which identifiers.
 struct Look
 {
     const char* label;
     RenderPass pass;
     EffectCache::EffectType model;
+    int idMode = 0;
 };
 
 const Look kLooks[] = {
     {"basic", RenderPassDefault, EffectCache::AdvancedMaterial},
     {"advanced", RenderPassAdvanced, EffectCache::AdvancedMaterial},
     {"Phong", RenderPassAdvanced, EffectCache::AdvancedMaterialPhong},
+    {"identifiers of vertices", RenderPassDepthId, EffectCache::AdvancedMaterial, 0},
+    {"identifiers of nodes", RenderPassDepthId, EffectCache::AdvancedMaterial, 1},
 };
 const Look& kBasic = kLooks[0];
 
@@ -122,6 +126,13 @@ struct Stage
             // The materials hold it from the first frame on.
             m_effect.reset(effect);
         }
+        if (look.pass == RenderPassDepthId)
+        {
+            auto* const effect =
+                static_cast<DepthIdPassEffectES20*>(renderer.effectCache.GetEffect(EffectCache::DepthIdPass));
+            effect->SetIdMode(look.idMode);
+            m_effect.reset(effect);
+        }
         if (!kind.hasPlanes)
         {
             recorder.SetUniformLocation("u_numClipPlanes", -1);
@@ -146,6 +157,8 @@ struct Stage
         auto* const node = new MeshNode(&scene);
         Transform place;
         place.SetPosition(Vector(static_cast<float>(nodes.size()), 0.0f, -5.0f));
+        // Two that stand side by side have one identifier.
+        node->SetUserData(static_cast<int>(nodes.size() / 2) * 70000 - 5);
         if (kind.isMirrored && nodes.size() % 2 == 0)
         {
             place.SetScale(Vector(-1.0f, 1.0f, 1.0f));
@@ -270,6 +283,65 @@ public:
     }
 
     int renders = 0;
+};
+
+/// An effect of a host's class that points at positions and texture coordinates.
+class StreamsEffect : public MaterialEffectES20
+{
+public:
+    explicit StreamsEffect(bool saysSo) : MaterialEffectES20(nullptr)
+    {
+        m_discardsAtPlanes = true;
+        if (saysSo)
+        {
+            DrawByStreams(0, 2);
+        }
+    }
+
+    void Apply(MaterialES20*, CameraNodeES20* camera) override
+    {
+        m_camera = camera;
+        UseOptions(0);
+    }
+
+    void Remove() override { EndUse(); }
+
+    void BindMeshAttributes(MeshES20* mesh) override
+    {
+        ++bound;
+        EnableAttribute(0, 3, mesh->GetStride(), mesh->GetPositionOffset());
+        if (HasAttribute(2))
+        {
+            EnableStream(2, 2, mesh->GetStride(), mesh->GetTextureOffset());
+        }
+    }
+
+    void ReleaseMeshAttributes(MeshES20* mesh) override
+    {
+        if (HasAttribute(2))
+        {
+            DisableStream(2, mesh->GetTextureOffset());
+        }
+        DisableAttribute(0);
+    }
+
+    void BindMeshUniforms(MeshNode* node) override
+    {
+        Set(0, ModelViewProjection(node));
+        SetClipPlanes(2, 3, 1, clipPlanesActive);
+    }
+
+    unsigned int CreateProgramForOptions(std::uint64_t options, std::string& name) override
+    {
+        static constexpr IndexedName uniforms[] = {
+            {0, "u_mvpMatrix"}, {1, "u_numClipPlanes"}, {2, "u_clipPlaneNormals"}, {3, "u_clipPlanePositions"}};
+        static constexpr IndexedName attributes[] = {{0, "a_position"}, {2, "a_texture"}};
+        static constexpr OptionRow noOptions[] = {{0, "DEFAULT"}};
+        static constexpr ProgramTemplate source = {"StreamsEffect", "", "", noOptions, uniforms, attributes};
+        return CreateFromTemplate(source, options, name);
+    }
+
+    int bound = 0;
 };
 
 std::vector<std::pair<const Look*, const Kind*>> LooksAndKinds()
@@ -552,6 +624,59 @@ TEST(PlainDraws, DataThatSayTheyDrawAsTheBaseAreDrawnWithTheOthers)
             stage.Draw({{stage.meshes[1], style, false, nullptr}});
             EXPECT_EQ(stage.recorder.All("glDrawElements").size(), 1u);
             EXPECT_EQ(data->renders, saysSo ? 0 : 3) << look.label;
+        }
+    }
+}
+
+TEST(PlainDraws, AHostsEffectThatSaysWhichStreamsItTakesIsAskedForUniformsAlone)
+{
+    for (const Kind& kind : kKinds)
+    {
+        const auto callsBy = [&](bool saysSo, bool inList)
+        {
+            Stage stage(MakeOwn, kind);
+            stage.Frame();
+            StreamsEffect effect(saysSo);
+            std::vector<RenderItemES20> items;
+            std::vector<std::pair<EffectES20**, EffectES20*>> replaced;
+            for (Material* const material : {stage.material, stage.other})
+            {
+                auto* const style = static_cast<MaterialES20*>(material->GetRenderData());
+                EffectES20*& slot = style->passEffects[RenderPassVertexColor];
+                replaced.emplace_back(&slot, std::exchange(slot, &effect));
+            }
+            if (inList)
+            {
+                // What is clipped in the one frame and not in the next ends lists, and the frame after has them.
+                for (int i = 0; i < 2; ++i)
+                {
+                    items.clear();
+                    stage.renderer.PrepareWholeMaterials(stage.scene.GetOptimizedMaterials(), stage.Camera(), items,
+                                                         true);
+                }
+            }
+            else
+            {
+                for (Mesh* const mesh : stage.meshes)
+                {
+                    auto* const style = static_cast<MaterialES20*>(mesh->GetMaterial()->GetRenderData());
+                    items.push_back({mesh, style, false, nullptr});
+                }
+            }
+            stage.recorder.Clear();
+            stage.renderer.RenderItemList(stage.Camera(), items, RenderPassVertexColor);
+            std::vector<std::string> calls = stage.Calls();
+            EXPECT_EQ(stage.recorder.All("glDrawElements").size(), stage.meshes.size());
+            EXPECT_EQ(effect.bound, saysSo ? 0 : static_cast<int>(stage.meshes.size())) << kind.label;
+            for (const auto& [slot, before] : replaced)
+            {
+                *slot = before;
+            }
+            return calls;
+        };
+        for (const bool inList : {false, true})
+        {
+            EXPECT_EQ(callsBy(true, inList), callsBy(false, inList)) << kind.label;
         }
     }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "orvane/base/GLCheckpoint.h"
+#include "orvane/effects/detail/PlainPointers.h"
 #include "orvane/effects/detail/RepeatedUniform.h"
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/renderdata/detail/PlainDraw.h"
@@ -19,12 +20,12 @@ namespace OV::detail
 ///
 /// What an effect has for it beside its operations, all by private members:
 /// - BindStreams and ReleaseStreams, what it does about the attributes of a mesh;
+/// - PointersOf, which of them BindStreams points at what for a mesh whose streams lie so behind its positions;
 /// - BindNoFlags, the uniforms of a mesh that has no flag;
 /// - EndMesh, what it sends between two meshes;
-/// - TakesColors, whether the program in use has the attribute of colours;
-/// - CanRepeat, whether nothing but NodeUniforms and EndMesh is sent for a mesh in the same buffer as the one
-///   before, which was not clipped otherwise;
-/// - NodeUniforms, with Send for a node and whether it takes the light.
+/// - CanRepeat, whether nothing but those pointers, NodeUniforms and EndMesh is sent for a mesh in the same buffer
+///   as the one before, which was not clipped otherwise;
+/// - NodeUniforms, with Send for a node.
 template <class Effect>
 class PlainLoop
 {
@@ -51,21 +52,6 @@ private:
 
     /// How many draws ahead their memory is asked for.
     static constexpr std::ptrdiff_t kAhead = 8;
-
-    // Of the same numbers in all effects that draw so.
-    enum Attribute : unsigned
-    {
-        Position,
-        Normal,
-        Texture,
-        Color,
-    };
-
-    static void Point(unsigned int attribute, int components, int stride, int offset)
-    {
-        glVertexAttribPointer(attribute, components, GL_FLOAT, GL_FALSE, stride,
-                              reinterpret_cast<const void*>(static_cast<std::intptr_t>(offset)));
-    }
 
     const Layout& LayoutOf(const PlainDraw& draw)
     {
@@ -106,13 +92,9 @@ private:
         Effect::DisableSpareAttributes();
         OV_GL_CHECKPOINT();
 
-        const bool isShaded = m_effect.lit && m_effect.hasNormals;
-        // A mesh without normals turns the light off and on again. Where others have drawn since Apply, nothing is
-        // known of the program.
-        const bool canRepeat = (isShaded || !m_effect.lit) && m_effect.CanRepeat() &&
-                               RepeatedUniform::AreFollowed(m_effect.m_current);
-        const bool hasTexture = streams.texture >= 0 && m_effect.HasAttribute(Texture);
-        const bool hasColor = streams.color >= 0 && m_effect.TakesColors();
+        // Where others have drawn since Apply, nothing is known of the program.
+        const bool canRepeat = m_effect.CanRepeat() && RepeatedUniform::AreFollowed(m_effect.m_current);
+        const PlainPointers pointers = m_effect.PointersOf(streams);
         bool isFirstNode = true;
         // Not made for a mesh that is alone.
         std::optional<typename Effect::NodeUniforms> uniforms;
@@ -137,7 +119,7 @@ private:
                     {
                         uniforms.emplace(m_effect);
                     }
-                    uniforms->Send(node, isShaded);
+                    uniforms->Send(node);
                 }
                 glDrawElements(GL_TRIANGLES, count, GL_UNSIGNED_SHORT, draw->FirstIndex());
             }
@@ -149,19 +131,7 @@ private:
             }
             m_effect.EndMesh();
             // As BindStreams, with the arrays enabled.
-            Point(Position, 3, streams.stride, draw->positionOffset);
-            if (isShaded)
-            {
-                Point(Normal, 3, streams.stride, draw->positionOffset + streams.normal);
-            }
-            if (hasTexture)
-            {
-                Point(Texture, 2, streams.stride, draw->positionOffset + streams.texture);
-            }
-            if (hasColor)
-            {
-                Point(Color, 4, streams.stride, draw->positionOffset + streams.color);
-            }
+            pointers.Point(streams.stride, draw->positionOffset);
         }
         m_effect.ReleaseStreams(streams);
         return draw;

@@ -53,6 +53,14 @@ public:
         }
     }
 
+    void Send(const float (&value)[4])
+    {
+        if (Renew<sizeof(value)>(value))
+        {
+            glUniform4f(m_location, value[0], value[1], value[2], value[3]);
+        }
+    }
+
 private:
     template <std::size_t Bytes>
     bool Renew(const void* value)

@@ -52,8 +52,10 @@ public:
 private:
     using DrawBy = void (*)(EffectES20& effect, PlainDraw* draws, PlainDraw* end);
 
-    /// How an effect of one of the engine's own classes draws plain meshes in one go; null for what doesn't.
+    /// How an effect of one of the engine's own classes, or one that has said how it draws, draws plain meshes in one
+    /// go; null for what doesn't.
     static DrawBy WayOf(const EffectES20& effect);
+    static void DrawByStreams(EffectES20& effect, PlainDraw* draws, PlainDraw* end);
 
     void DrawTaken();
 

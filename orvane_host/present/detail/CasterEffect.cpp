@@ -93,15 +93,10 @@ void CasterEffect::Apply(MaterialES20* data, CameraNodeES20*)
     glDisable(GL_POLYGON_OFFSET_FILL);
 }
 
-void CasterEffect::BindMeshAttributes(MeshES20* mesh)
+void CasterEffect::BindMeshUniforms(MeshNode* node)
 {
     // Meshes and materials switch culling back on.
     glDisable(GL_CULL_FACE);
-    HoleEffect::BindMeshAttributes(mesh);
-}
-
-void CasterEffect::BindMeshUniforms(MeshNode* node)
-{
     // In double: the map may be of a small part of a large scene.
     const auto& rows = node->GetGlobal().GetTransf3d().m;
     glm::dmat4 toWorld(1.0);

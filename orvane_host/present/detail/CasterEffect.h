@@ -26,7 +26,6 @@ public:
 
     unsigned int CreateProgramForOptions(std::uint64_t options, std::string& name) override;
     void Apply(MaterialES20* material, CameraNodeES20* camera) override;
-    void BindMeshAttributes(MeshES20* mesh) override;
     void BindMeshUniforms(MeshNode* node) override;
 
 private:

@@ -25,7 +25,8 @@ void DrawIdKeeper::Keep(const std::vector<RenderItemES20>& items)
 {
     for (const RenderItemES20& item : items)
     {
-        if (item.mesh->UsingDrawID() && item.mesh->ReadyToDraw())
+        // A material that is drawn as a whole has no mesh with a draw ID.
+        if (item.mesh && item.mesh->UsingDrawID() && item.mesh->ReadyToDraw())
         {
             m_meshes.push_back(item.mesh);
         }

@@ -19,6 +19,7 @@ constexpr int OpacityUnit = 1;
 HoleEffect::HoleEffect(const HoleUniforms& uniforms) : MaterialEffectES20(nullptr), m_uniforms(uniforms)
 {
     m_discardsAtPlanes = true;
+    DrawByStreams(Position, static_cast<int>(Texture));
 }
 
 bool HoleEffect::FindHoles(MaterialES20* data)

@@ -21,13 +21,14 @@ struct HoleUniforms
 };
 
 /// What effects have in common that draw where surfaces are, not how they look: what opacity maps,
-/// see-through texels and clip planes leave out of the looks is left out by them.
+/// see-through texels and clip planes leave out of the looks is left out by them. What they do about attributes is
+/// settled here.
 class HoleEffect : public MaterialEffectES20
 {
 public:
     void Remove() override;
-    void BindMeshAttributes(MeshES20* mesh) override;
-    void ReleaseMeshAttributes(MeshES20* mesh) override;
+    void BindMeshAttributes(MeshES20* mesh) final;
+    void ReleaseMeshAttributes(MeshES20* mesh) final;
 
 protected:
     explicit HoleEffect(const HoleUniforms& uniforms);

@@ -7,6 +7,7 @@
 #include "orvane/scene/MeshNode.h"
 
 #include <cstddef>
+#include <typeinfo>
 
 namespace OV::Host::Detail
 {
@@ -34,10 +35,18 @@ CastBox BoxOf(const BatchES20& batch)
 
 } // namespace
 
+const BatchES20* BatchOf(const Mesh& mesh)
+{
+    const Object* const data = mesh.GetRenderData();
+    // Most are of the engine's own class: equal types are told by an address, others by their names.
+    const bool isBatch = data && typeid(*data) != typeid(MeshES20) && typeid(*data) == typeid(BatchES20);
+    return isBatch ? static_cast<const BatchES20*>(data) : nullptr;
+}
+
 CastBox BoxOf(const Mesh& mesh, const MeshNode& node)
 {
     // What is drawn together has no geometry of its own.
-    if (const auto* const batch = dynamic_cast<const BatchES20*>(mesh.GetRenderData()))
+    if (const BatchES20* const batch = BatchOf(mesh))
     {
         return BoxOf(*batch);
     }

@@ -39,7 +39,7 @@ public:
     /// Lists one by one what items without a mesh stand for.
     void ListMeshes();
 
-    /// Lists the surfaces of what is listed that have identifiers, after ListMeshes.
+    /// Lists the surfaces of what is listed that have identifiers, one by one or as a whole as they are listed.
     void ListSurfaces(bool withPoints);
 
     void Clear();

@@ -10,8 +10,8 @@
 #include "orvane_host/present/detail/EffectInPlace.h"
 #include "orvane_host/present/detail/Effects.h"
 #include "orvane_host/present/detail/Batch.h"
-#include "orvane_host/present/detail/Fingerprint.h"
 #include "orvane_host/present/detail/ItemBox.h"
+#include "orvane_host/present/detail/MaterialDataOf.h"
 #include "orvane_host/present/detail/SurfacePass.h"
 #include "orvane/math/Transform.h"
 #include "orvane/renderdata/CameraNodeES20.h"
@@ -31,7 +31,11 @@
 #include <glm/gtc/type_ptr.hpp>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <typeinfo>
 
 namespace OV::Host::Detail
 {
@@ -114,6 +118,43 @@ glm::dmat4 ToDouble(const Matrix& matrix)
     return glm::dmat4(glm::make_mat4(matrix.m));
 }
 
+/// How many casters ahead a mesh is asked for, and then what hangs on it.
+constexpr std::size_t kForMesh = 16;
+constexpr std::size_t kForItsParts = 8;
+constexpr std::size_t kForData = 4;
+
+template <class T>
+void PrefetchLines(const T* object, int lines)
+{
+    constexpr int line = 64;
+    for (int i = 0; i < lines; ++i)
+    {
+        __builtin_prefetch(reinterpret_cast<const char*>(object) + i * line);
+    }
+}
+
+/// Asks for what casters some places ahead read: listing them is waiting for memory before all else.
+void PrefetchCaster(const RenderItemES20* items)
+{
+    PrefetchLines(items[kForMesh].mesh, 2);
+    const Mesh& mesh = *items[kForItsParts].mesh;
+    PrefetchLines(mesh.GetRawMesh().get(), 3);
+    PrefetchLines(items[kForData].mesh->GetRenderData(), 1);
+    const PointerSpan<MeshNode> nodes = mesh.EachNode();
+    if (!nodes.empty())
+    {
+        PrefetchLines(nodes.front(), 1);
+        PrefetchLines(&nodes.front()->GetGlobal(), 3);
+    }
+}
+
+bool HasMeshData(const Mesh& mesh)
+{
+    const Object* const data = mesh.GetRenderData();
+    // The cast, which searches the classes, is for what derives.
+    return data && (typeid(*data) == typeid(MeshES20) || dynamic_cast<const MeshES20*>(data));
+}
+
 bool IsFinite(const CastBox& box)
 {
     const glm::dvec3 sum = box.middle + box.halves[0] + box.halves[1] + box.halves[2];
@@ -168,43 +209,78 @@ void ShadowStage::ListCasters(const PresentationFrame& frame)
 {
     m_casters.clear();
     m_boxes.clear();
+    m_print = Fingerprint();
+    m_printed = nullptr;
     m_hasGlass = false;
-    ListCasters(frame, 0, frame.items.firstLine);
-    ListCasters(frame, frame.items.firstAlpha, frame.items.all.size());
+    ListCasters(frame.items.all, 0, frame.items.firstLine);
+    ListCasters(frame.items.all, frame.items.firstAlpha, frame.items.all.size());
 }
 
-void ShadowStage::ListCasters(const PresentationFrame& frame, std::size_t first, std::size_t end)
+void ShadowStage::ListCasters(const std::vector<RenderItemES20>& items, std::size_t first, std::size_t end)
 {
+    Kind kind;
     for (std::size_t i = first; i < end; ++i)
     {
-        const RenderItemES20& item = frame.items.all[i];
-        const auto* const data = dynamic_cast<const MaterialES20*>(item.style);
-        Material* const material = data ? data->GetMaterial() : nullptr;
-        if (!material || !item.style->GetShader(RenderPassDepthId) || (material->GetFlags() & MaterialFlagPoints) != 0)
+        const RenderItemES20& item = items[i];
+        if (item.style != kind.style)
+        {
+            kind = KindOf(*item.style);
+        }
+        if (!kind.casts)
         {
             continue;
         }
-        const bool isGlass = material->IsTransparent();
-        if (item.specificNode)
+        if (item.mesh)
         {
-            AddCaster(item, *item.node, isGlass);
+            ListCasters(item, kind);
             continue;
         }
-        for (MeshNode* node : item.mesh->EachNode())
+        m_meshes.clear();
+        StageAccess::ListMeshes(item, m_meshes);
+        for (std::size_t j = 0; j < m_meshes.size(); ++j)
         {
-            if ((node->GetFlags() & NodeFlagHasNodeMaterial) == 0)
+            if (j + kForMesh < m_meshes.size())
             {
-                AddCaster(item, *node, isGlass);
+                PrefetchCaster(&m_meshes[j]);
             }
+            ListCasters(m_meshes[j], kind);
         }
     }
 }
 
-void ShadowStage::AddCaster(const RenderItemES20& item, MeshNode& node, bool isGlass)
+ShadowStage::Kind ShadowStage::KindOf(MeshStyleES20& style)
+{
+    const MaterialES20* const data = MaterialDataOf(style);
+    Material* const material = data ? data->GetMaterial() : nullptr;
+    Kind kind;
+    kind.style = &style;
+    kind.casts = material && style.GetShader(RenderPassDepthId) && (material->GetFlags() & MaterialFlagPoints) == 0;
+    kind.isGlass = kind.casts && material->IsTransparent();
+    return kind;
+}
+
+void ShadowStage::ListCasters(const RenderItemES20& item, const Kind& kind)
+{
+    if (item.specificNode)
+    {
+        AddCaster(item, *item.node, kind);
+        return;
+    }
+    const PointerSpan<MeshNode> nodes = item.mesh->EachNode();
+    for (MeshNode* node : nodes)
+    {
+        if ((node->GetFlags() & NodeFlagHasNodeMaterial) == 0)
+        {
+            AddCaster(nodes.size() == 1 ? item : RenderItemES20{item.mesh, item.style, true, node}, *node, kind);
+        }
+    }
+}
+
+void ShadowStage::AddCaster(const RenderItemES20& item, MeshNode& node, const Kind& kind)
 {
     // What is out of the view casts into it all the same.
     const bool isHidden = (node.GetFlags() & NodeFlagHidden) != 0 || !node.ReadyToDraw();
-    if (isHidden || !dynamic_cast<const MeshES20*>(item.mesh->GetRenderData()))
+    if (isHidden || !HasMeshData(*item.mesh))
     {
         return;
     }
@@ -213,9 +289,45 @@ void ShadowStage::AddCaster(const RenderItemES20& item, MeshNode& node, bool isG
     {
         return;
     }
-    m_casters.push_back({{item.mesh, item.style, true, &node}, isGlass});
+    m_casters.push_back({item, &node, kind.isGlass});
     m_boxes.push_back(box);
-    m_hasGlass = m_hasGlass || isGlass;
+    // While it is at hand: a large scene is bound by memory.
+    AddToPrint(item, node, box);
+    m_hasGlass = m_hasGlass || kind.isGlass;
+}
+
+void ShadowStage::AddToPrint(const RenderItemES20& item, const MeshNode& node, const CastBox& box)
+{
+    if (item.style != m_printed)
+    {
+        m_printed = item.style;
+        const auto* const material = static_cast<const MaterialES20*>(item.style);
+        m_print.Add(material->GetTextureID());
+        m_print.Add(material->GetOpacityMapID());
+        m_print.Add(material->GetUScale());
+        m_print.Add(material->GetVScale());
+        m_print.Add(material->GetMaterial()->GetOpacity());
+        m_print.Add(material->GetMaterial()->hasAlpha);
+    }
+    const auto* const data = static_cast<const MeshES20*>(item.mesh->GetRenderData());
+    const auto pair = [](std::uint64_t first, std::uint64_t second) { return first << 32 | (second & 0xFFFFFFFFu); };
+    std::array<std::uint64_t, 24> words{};
+    words[0] = Fingerprint::WordOf(data);
+    words[1] = pair(data->vertexBufferId, static_cast<std::uint32_t>(data->positionOffset));
+    words[2] = Fingerprint::WordOf(data->indexOffset);
+    if (const BatchES20* const batch = BatchOf(*item.mesh))
+    {
+        words[3] = batch->GetRevision();
+    }
+    else if (const RawMesh* const raw = item.mesh->GetRawMesh().get())
+    {
+        words[3] = Fingerprint::WordOf(raw->positions.data());
+        words[4] = pair(raw->positions.size(), raw->indices.size());
+    }
+    const auto& rows = node.GetGlobal().GetTransf3d().m;
+    std::memcpy(&words[5], rows, sizeof(rows));
+    std::memcpy(&words[21], glm::value_ptr(box.middle), 3 * sizeof(double));
+    m_print.AddAll(words);
 }
 
 WholeView ShadowStage::SeenIn(PresentationFrame& frame)
@@ -300,7 +412,7 @@ void ShadowStage::FindPatch(const glm::dvec3& towardSun, glm::dvec3& low, glm::d
 
 std::uint64_t ShadowStage::FingerprintOf(const SunView& view) const
 {
-    Fingerprint print;
+    Fingerprint print = m_print;
     // A mesh that was changed in place may come back with the buffer and the place that it had.
     print.Add(MeshES20::GetListingRevision());
     for (const SunView::Tile& tile : view.GetTiles())
@@ -318,38 +430,6 @@ std::uint64_t ShadowStage::FingerprintOf(const SunView& view) const
             print.Add(normals[i][axis]);
             print.Add(EffectES20::GetClipPlanePositions()[i][axis]);
         }
-    }
-    for (std::size_t i = 0; i < m_casters.size(); ++i)
-    {
-        const Caster& caster = m_casters[i];
-        const auto* const data = static_cast<const MeshES20*>(caster.item.mesh->GetRenderData());
-        const auto* const material = static_cast<const MaterialES20*>(caster.item.style);
-        print.Add(data);
-        print.Add(data->vertexBufferId);
-        print.Add(data->positionOffset);
-        print.Add(data->indexOffset);
-        if (const auto* const batch = dynamic_cast<const BatchES20*>(data))
-        {
-            print.Add(batch->GetRevision());
-        }
-        else if (const std::shared_ptr<RawMesh> raw = caster.item.mesh->GetRawMesh())
-        {
-            print.Add(raw->positions.data());
-            print.Add(raw->positions.size());
-            print.Add(raw->indices.size());
-        }
-        for (const auto& row : caster.item.node->GetGlobal().GetTransf3d().m)
-        {
-            std::for_each(std::begin(row), std::end(row), [&](double value) { print.Add(value); });
-        }
-        std::for_each(glm::value_ptr(m_boxes[i].middle), glm::value_ptr(m_boxes[i].middle) + 3,
-                      [&](double value) { print.Add(value); });
-        print.Add(material->GetTextureID());
-        print.Add(material->GetOpacityMapID());
-        print.Add(material->GetUScale());
-        print.Add(material->GetVScale());
-        print.Add(material->GetMaterial()->GetOpacity());
-        print.Add(material->GetMaterial()->hasAlpha);
     }
     return print.Get();
 }

@@ -2,6 +2,7 @@
 
 #include "orvane_host/present/PresentationStage.h"
 #include "orvane_host/present/ShadowSettings.h"
+#include "orvane_host/present/detail/Fingerprint.h"
 #include "orvane_host/present/detail/ScreenBuffer.h"
 #include "orvane_host/present/detail/SunShare.h"
 #include "orvane_host/present/detail/SunTable.h"
@@ -20,6 +21,8 @@ namespace OV
 {
 
 class LightShare;
+class MeshNode;
+class MeshStyleES20;
 
 } // namespace OV
 
@@ -79,13 +82,26 @@ public:
 private:
     struct Caster
     {
+        /// At the node alone, or of a mesh that stands nowhere else.
         RenderItemES20 item;
+        MeshNode* node = nullptr;
+        bool isGlass = false;
+    };
+
+    /// What casters of one style have in common.
+    struct Kind
+    {
+        const MeshStyleES20* style = nullptr;
+        bool casts = false;
         bool isGlass = false;
     };
 
     void ListCasters(const PresentationFrame& frame);
-    void ListCasters(const PresentationFrame& frame, std::size_t first, std::size_t end);
-    void AddCaster(const RenderItemES20& item, MeshNode& node, bool isGlass);
+    void ListCasters(const std::vector<RenderItemES20>& items, std::size_t first, std::size_t end);
+    void ListCasters(const RenderItemES20& item, const Kind& kind);
+    void AddCaster(const RenderItemES20& item, MeshNode& node, const Kind& kind);
+    static Kind KindOf(MeshStyleES20& style);
+    void AddToPrint(const RenderItemES20& item, const MeshNode& node, const CastBox& box);
     /// What shadows are laid out for: all of the picture, or a part of one that is too large for it.
     static WholeView SeenIn(PresentationFrame& frame);
     std::optional<SunView> LayOut(const PresentationFrame& frame, const WholeView& seen, const glm::dvec3& towardSun);
@@ -114,6 +130,9 @@ private:
     // Of the frame.
     std::vector<Caster> m_casters;
     std::vector<CastBox> m_boxes; ///< of the casters, in their order
+    Fingerprint m_print;          ///< of the casters
+    const MeshStyleES20* m_printed = nullptr; ///< the last style in it
+    std::vector<RenderItemES20> m_meshes;     ///< of a material that is listed as a whole
     std::vector<RenderItemES20> m_items;
 };
 

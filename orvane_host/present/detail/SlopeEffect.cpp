@@ -39,6 +39,7 @@ SlopeEffect::SlopeEffect() : DepthIdPassEffectES20(nullptr)
                   && kUniforms[UniformObjectToClip].index == UniformObjectToClip);
     // Without colours at the vertices.
     SetIdMode(1);
+    DrawByStreams(kAttributes[0].index);
 }
 
 unsigned int SlopeEffect::CreateProgramForOptions(std::uint64_t options, std::string& name)

@@ -351,6 +351,11 @@ void SurfaceStage::DrawLook(PresentationFrame& frame)
     DrawItems(frame, m_lines, RenderPassDefault, frame.target);
 }
 
+bool SurfaceStage::SortsMeshes() const
+{
+    return m_look == Look::Monotone && m_shadows && m_shadows->GetShadows();
+}
+
 /// Whether fragments are so dear, against the rest of them, that it pays to sort what they are of.
 bool SurfaceStage::TakesNearestFirst(const PresentationFrame& frame) const
 {

@@ -63,6 +63,9 @@ public:
     /// What tells how much light reaches the surfaces; outlives this.
     void LightWith(ShadowStage& shadows) { m_shadows = &shadows; }
 
+    /// Whether meshes may be drawn in another order than they are listed in, for which each has to be listed.
+    bool SortsMeshes() const;
+
     /// What draws lines in frames in which it is active; outlives this.
     void LeaveLinesTo(LineStage& lines) { m_lineStage = &lines; }
 

@@ -5,6 +5,7 @@
 #include "orvane_host/present/Surroundings.h"
 #include "orvane/math/Transform.h"
 #include "orvane/renderdata/MaterialES20.h"
+#include "orvane/renderdata/MeshES20.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/LightNode.h"
 #include "orvane/scene/LineStyle.h"
@@ -16,8 +17,10 @@
 #include "tests/orvane_host/present/PresentationStage.h"
 #include "tests/support/GLRecorder.h"
 
+#include <algorithm>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -125,11 +128,95 @@ protected:
         EXPECT_EQ(whole.calls, byMeshes.calls) << what;
     }
 
+    /// The stages that draw the scene, or part of it, into buffers of their own.
+    struct Stage
+    {
+        const char* label;
+        std::function<void()> use;
+    };
+
+    std::vector<Stage> Stages()
+    {
+        const auto edges = [this](Host::Identity identity)
+        {
+            Host::EdgeLook look;
+            look.identity = identity;
+            renderer->SetEdges(look);
+        };
+        const auto shadows = [this] { renderer->SetShadows(Host::ShadowSettings()); };
+        const auto horizons = [this] { renderer->SetHorizonOcclusion({{20.0f, 1.0f}}); };
+        return {
+            {"edges of objects", [edges] { edges(Host::Identity::Object); }},
+            {"edges of groups", [edges] { edges(Host::Identity::Group); }},
+            {"occlusion", [this] { renderer->ShowAmbientOcclusion(true); }},
+            {"occlusion by horizons", horizons},
+            {"shadows", shadows},
+            {"lines", [this] { renderer->ShowLines(true); }},
+            {"cut shadows, horizons and lines",
+             [this, shadows, horizons]
+             {
+                 EffectES20::AddClipPlane({1, 0, 0}, {50, 0, 0});
+                 shadows();
+                 horizons();
+                 renderer->ShowLines(true);
+             }},
+            {"all",
+             [this, edges, shadows, horizons]
+             {
+                 edges(Host::Identity::Group);
+                 renderer->ShowAmbientOcclusion(true);
+                 shadows();
+                 horizons();
+                 renderer->ShowLines(true);
+             }},
+        };
+    }
+
+    void DropStages()
+    {
+        EffectES20::ClearClipPlanes();
+        renderer->SetEdges(std::nullopt);
+        renderer->ShowAmbientOcclusion(false);
+        renderer->SetHorizonOcclusion(std::nullopt);
+        renderer->SetShadows(std::nullopt);
+        renderer->ShowLines(false);
+    }
+
+    /// A frame in which what the sun sees is drawn anew, and all else is as in the frame before.
+    Frame RecordWithNewSun()
+    {
+        renderer->SetSun(Vector(0.3f, 0.2f, 1.0f));
+        Record();
+        renderer->SetSun(Vector(0.2f, 0.3f, 1.0f));
+        return Record();
+    }
+
     ImportedMaterial* plain;
     ImportedMaterial* coloured;
     ImportedMaterial* mixed;
     ImportedMaterial* glass;
     std::vector<MeshNode*> nodes;
+};
+
+/// Render data that count how often they are asked to draw.
+class CountingData : public MeshES20
+{
+public:
+    CountingData(Mesh* mesh, SharedBufferPool* pool, bool drawsAsBase) : MeshES20(mesh, pool)
+    {
+        if (drawsAsBase)
+        {
+            DrawAsBase();
+        }
+    }
+
+    void Render(EffectES20* effect, const std::vector<MeshNode*>& nodes, bool specificNode) override
+    {
+        ++renders;
+        MeshES20::Render(effect, nodes, specificNode);
+    }
+
+    int renders = 0;
 };
 
 } // namespace
@@ -185,6 +272,103 @@ TEST_F(WholeMaterials, LookAsMeshByMesh)
             way.set(*this);
             ExpectSameByMeshes(std::string(NameOfLook(look)) + ", " + way.label);
             way.takeBack(*this);
+        }
+    }
+}
+
+TEST_F(WholeMaterials, LookAsMeshByMeshInEveryStage)
+{
+    AddLine(Vector(5, 5, 10), Vector(80, 50, 10), Color(1, 0, 0), 1.0f);
+    renderer->SetSun(Vector(0.3f, 0.2f, 1.0f));
+    renderer->ShowLines(false);
+    for (const Look look : {Look::Basic, Look::Advanced, Look::Monotone})
+    {
+        renderer->SetLook(look);
+        for (const Stage& stage : Stages())
+        {
+            stage.use();
+            ExpectSameByMeshes(std::string(NameOfLook(look)) + ", " + stage.label);
+            DropStages();
+        }
+    }
+}
+
+// A mesh that is shown at a second node as well is not plain, and draws nothing there while that is hidden.
+TEST_F(WholeMaterials, StagesMakeTheSameCallsWhereNoMeshIsPlain)
+{
+    AddLine(Vector(5, 5, 10), Vector(80, 50, 10), Color(1, 0, 0), 1.0f);
+    renderer->ShowLines(false);
+    const auto framesOf = [this]
+    {
+        std::vector<Frame> frames;
+        for (const Look look : {Look::Basic, Look::Advanced, Look::Monotone})
+        {
+            renderer->SetLook(look);
+            for (const Stage& stage : Stages())
+            {
+                stage.use();
+                Record();
+                frames.push_back(RecordWithNewSun());
+                DropStages();
+            }
+        }
+        return frames;
+    };
+    const std::vector<Frame> plainFrames = framesOf();
+    for (std::size_t i = 0; i < nodes.size(); ++i)
+    {
+        auto* const second = new MeshNode(&World());
+        second->SetFlags(NodeFlagHidden, false);
+        second->SetLocal(nodes[i]->GetLocal());
+        World().GetRoot()->AddChild(second, false);
+        MeshOf(i).AddNode(second);
+    }
+    const std::vector<Frame> frames = framesOf();
+    const std::size_t stages = Stages().size();
+    for (std::size_t i = 0; i < frames.size(); ++i)
+    {
+        const std::string what = std::string(Stages()[i % stages].label) + ", look " + std::to_string(i / stages);
+        ExpectSame(frames[i].picture, plainFrames[i].picture, what.c_str());
+        EXPECT_EQ(frames[i].calls, plainFrames[i].calls) << what;
+    }
+}
+
+TEST_F(WholeMaterials, StagesDrawPlainMeshesInOneLoop)
+{
+    AddLine(Vector(5, 5, 10), Vector(80, 50, 10), Color(1, 0, 0), 1.0f);
+    renderer->ShowLines(false);
+    Record();
+    for (const bool drawAsBase : {true, false})
+    {
+        std::vector<CountingData*> counted;
+        for (std::size_t i = 0; i < nodes.size(); ++i)
+        {
+            Mesh& mesh = MeshOf(i);
+            SharedBufferPool* const pool = static_cast<MeshES20*>(mesh.GetRenderData())->pool;
+            counted.push_back(new CountingData(&mesh, pool, drawAsBase));
+            mesh.SetRenderData(counted.back(), true);
+        }
+        for (const Stage& stage : Stages())
+        {
+            stage.use();
+            Record();
+            for (CountingData* const data : counted)
+            {
+                data->renders = 0;
+            }
+            RecordWithNewSun();
+            const auto fewer = [](const CountingData* a, const CountingData* b) { return a->renders < b->renders; };
+            const auto [least, most] = std::minmax_element(counted.begin(), counted.end(), fewer);
+            if (drawAsBase)
+            {
+                EXPECT_EQ((*most)->renders, 0) << stage.label;
+            }
+            else
+            {
+                // Two frames, each with one more drawing of the scene at least.
+                EXPECT_GE((*least)->renders, 4) << stage.label;
+            }
+            DropStages();
         }
     }
 }
