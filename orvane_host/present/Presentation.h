@@ -268,8 +268,8 @@ public:
     /// Supersampling) a frame in which only the layer above changed is drawn from it.
     bool NeedsDraw() const;
 
-    /// Lets go of all GL objects before the context is lost. GL. Nothing may be drawn or picked until
-    /// Resume.
+    /// Lets go of all GL objects before the context is lost. GL. Until Resume nothing is drawn, nothing is found by
+    /// picking and no picture is made, whatever a host asks for meanwhile.
     void Suspend();
 
     /// Comes back with a new context. GL.

@@ -250,6 +250,7 @@ private:
     float m_ratio = 1.0f;
     unsigned int m_framebuffer = 0;   ///< that the last frame was drawn into
     bool m_holdsCapture = false;      ///< of all but the layer above
+    bool m_isSuspended = false;
     bool m_isPictureChanged = true;   ///< since the last frame, behind the layer above
     bool m_isForegroundChanged = true;
     bool m_hurries = false;
