@@ -6,7 +6,6 @@
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/Scene.h"
-#include "tests/apps/viewer/MeshWriter.h"
 
 #include <glm/geometric.hpp>
 #include <gtest/gtest.h>
@@ -73,14 +72,4 @@ TEST_F(MeasureSnap, SeesNoEdgeWhereTwoTrianglesLieInOnePlane)
 {
     EXPECT_EQ(SnapAt({0.3, 0.3, 0.0}), glm::dvec3(0.3, 0.3, 0.0));
     EXPECT_EQ(snap, Measure::Snap::Face);
-}
-
-TEST_F(MeasureSnap, LooksUpPlacesOfAMeshThatAnotherThreadWritesWithinIt)
-{
-    const glm::dvec3 place(0.3, 0.3, 0.0);
-    const OV::Test::MeshWriter writer(*mesh);
-    for (int i = 0; i < 2000; ++i)
-    {
-        EXPECT_LT(glm::distance(SnapAt(place), place), 1.0);
-    }
 }

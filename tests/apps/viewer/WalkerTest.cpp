@@ -5,7 +5,6 @@
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/Scene.h"
-#include "tests/apps/viewer/MeshWriter.h"
 
 #include <gtest/gtest.h>
 
@@ -183,15 +182,6 @@ TEST_F(WalkerWalls, AreMeasuredInMetresOfTheModel)
     const glm::dvec3 there = Walker(*small.GetRoot(), kUp, 1000.0).Walk({0, 1600, 0}, {9000, 0, 0});
     EXPECT_NEAR(there.x, 3700.0, 1e-2);
     EXPECT_NEAR(there.y, 1600.0, 1e-6);
-}
-
-TEST_F(WalkerWalls, OfAMeshThatAnotherThreadWritesAreLookedUpWithinIt)
-{
-    const OV::Test::MeshWriter writer(**door->EachMesh().begin());
-    for (int i = 0; i < 2000; ++i)
-    {
-        EXPECT_TRUE(std::isfinite(Walk({3, 1.6, 0}, {0.1, 0, 0}).x));
-    }
 }
 
 TEST_F(WalkerWalls, AreNotPassedHoweverFarOneGoesAtOnce)
