@@ -117,6 +117,7 @@ public:
 
     /// To be called after the host has changed the tree, places, the geometry or the materials of the
     /// scene, before the next frame: works out anew what the settings make of them, and how deep it is.
+    /// Nodes with names that the host has deleted are noticed without it.
     void Refresh();
 
     // Files beside each other. Settings, what is hidden and what is highlighted stay, as far as the nodes

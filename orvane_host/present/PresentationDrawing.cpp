@@ -208,6 +208,7 @@ void Presentation::Impl::Prepare()
     {
         return;
     }
+    Followed();
     ConfigureRenderer();
     const Detail::ProcessSettings scope(settings, Camera(), OutlineWidth());
     if (app.Update(0.0f))
@@ -232,6 +233,7 @@ void Presentation::Impl::Draw(int newWidth, int newHeight, float newRatio)
     {
         return;
     }
+    Followed();
     FollowFramebuffer();
     Resize(newWidth, newHeight, newRatio);
     ConfigureRenderer();
@@ -297,6 +299,7 @@ std::vector<PickHit> Presentation::Impl::Pick(const PickArea& area)
     {
         return {};
     }
+    Followed();
     const Detail::ProcessSettings scope(settings, Camera(), OutlineWidth());
     m_isPictureChanged = app.Update(0.0f) || m_isPictureChanged;
     FitNear();
@@ -309,6 +312,7 @@ std::vector<PickHit> Presentation::Impl::PickThrough(int x, int y, int most)
     {
         return {};
     }
+    Followed();
     const Detail::ProcessSettings scope(settings, Camera(), OutlineWidth());
     m_isPictureChanged = app.Update(0.0f) || m_isPictureChanged;
     FitNear();

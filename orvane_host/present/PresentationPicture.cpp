@@ -287,6 +287,7 @@ bool Presentation::Impl::WritePicture(PictureFile& file, const PictureOptions& o
         error = "there is no context to draw it with; resume the presentation first";
         return false;
     }
+    Followed();
     Detail::GLFunctions gl;
     if (const char* const missing = gl.Load(&HeadlessContext::GetProcAddress))
     {

@@ -12,6 +12,7 @@
 
 #include <limits>
 #include <string>
+#include <vector>
 
 namespace OV::Test
 {
@@ -271,13 +272,63 @@ TEST_F(PresentationHost, DimensionsOfNoNumbersHaveATextAndAreRefused)
             Host::Dimension dimension;
             for (int i = 0; i < count; ++i)
             {
-                dimension.points.emplace_back(number, static_cast<float>(i), 0.0f);
+                dimension.points.emplace_back(i == 0 ? number : 1.0f, static_cast<float>(i), 0.0f);
             }
             EXPECT_FALSE(dimension.Text("m").empty());
             presentation->SetDimensions({dimension});
             Draw(*presentation);
             ExpectNoError("a dimension");
         }
+    }
+}
+
+TEST_F(PresentationHost, WhatAHostDeletesIsNoLongerDrawn)
+{
+    for (const auto use : {Host::BatchUse::On, Host::BatchUse::Off})
+    {
+        const auto presentation = PresentBoxes();
+        // Without those that the settings bring.
+        const std::vector<Mesh*> meshes(presentation->GetScene().EachMesh().begin(), presentation->GetScene().EachMesh().end());
+        std::vector<Material*> materials(presentation->GetScene().GetOptimizedMaterials().begin(),
+                                         presentation->GetScene().GetOptimizedMaterials().end());
+        PresentationSettings settings = EveryStage(Look::Advanced);
+        settings.batches.use = use;
+        Apply(*presentation, settings);
+        Draw(*presentation);
+        ASSERT_TRUE(presentation->Highlight("house/right", Color(1, 0, 0)));
+        ASSERT_TRUE(presentation->AddLabel("house/right/roof"));
+        ASSERT_TRUE(presentation->Hide("house/twin"));
+        const auto look = [&](const std::string& after) {
+            Draw(*presentation);
+            presentation->Pick({0, 0, Width(), Height()});
+            presentation->FrameShown();
+            presentation->GetStatistics();
+            Draw(*presentation);
+            ExpectNoError(after);
+        };
+        const Picture labelled = Draw(*presentation);
+        delete presentation->FindNode("house/right/roof");
+        look("a node");
+        EXPECT_FALSE(presentation->FindNode("house/right/roof"));
+        EXPECT_TRUE(labelled != Draw(*presentation)) << "it is still there";
+        delete presentation->FindNode("house/twin");
+        EXPECT_FALSE(presentation->Show("house/twin"));
+        delete presentation->FindNode("house/right");
+        EXPECT_FALSE(presentation->ClearHighlight("house/right"));
+        look("a node that was highlighted");
+        for (Mesh* mesh : meshes)
+        {
+            delete mesh;
+            look("a mesh");
+        }
+        for (Material* material : materials)
+        {
+            delete material;
+            look("a material");
+        }
+        presentation->ShowAll();
+        Apply(*presentation, PresentationSettings());
+        look("all settings");
     }
 }
 
