@@ -14,12 +14,14 @@ function(orvane_target_defaults target)
         # is not optimised, which compiles in a quarter of the time.
         set(tests ${PROJECT_SOURCE_DIR}/tests)
         cmake_path(IS_PREFIX tests ${CMAKE_CURRENT_SOURCE_DIR} NORMALIZE is_test)
-        set(watched -fsanitize=address,undefined -fno-sanitize-recover=undefined)
+        # Conversions of floats that no integer has are undefined too, and not among `undefined`.
+        set(watched -fsanitize=address,undefined,float-cast-overflow
+            -fno-sanitize-recover=undefined,float-cast-overflow)
         if(is_test)
             set(watched -O0 -fsanitize=address)
         endif()
         target_compile_options(${target} PRIVATE ${watched} -fno-omit-frame-pointer)
-        target_link_options(${target} PRIVATE -fsanitize=address,undefined)
+        target_link_options(${target} PRIVATE -fsanitize=address,undefined,float-cast-overflow)
     endif()
 endfunction()
 

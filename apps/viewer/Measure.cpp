@@ -1,6 +1,7 @@
 #include "apps/viewer/Measure.h"
 
 #include "apps/viewer/Desk.h"
+#include "apps/viewer/MeshTriangles.h"
 #include "orvane/math/Transform.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
@@ -34,34 +35,22 @@ struct Triangle
 
 std::vector<Triangle> TrianglesOf(const Mesh& mesh, const Node& node)
 {
-    const std::vector<Vector>& positions = mesh.GetPositionBuffer();
-    const std::vector<unsigned short>& indices = mesh.GetIndices();
     const auto& m = node.GetGlobal().GetTransf3d().m;
     std::vector<Triangle> triangles;
-    triangles.reserve(indices.size() / 3);
-    for (std::size_t i = 0; i + 2 < indices.size(); i += 3)
-    {
+    triangles.reserve(mesh.GetIndices().size() / 3);
+    VisitTriangles(mesh, [&](const std::array<Vector, 3>& corners) {
         Triangle triangle;
-        bool isWhole = true;
         for (std::size_t k = 0; k < 3; ++k)
         {
-            isWhole = isWhole && indices[i + k] < positions.size();
-            if (!isWhole)
-            {
-                break;
-            }
-            const Vector& p = positions[indices[i + k]];
+            const Vector& p = corners[k];
             triangle.keys[k] = {p.x, p.y, p.z};
             for (int row = 0; row < 3; ++row)
             {
                 triangle.corners[k][row] = m[row][0] * p.x + m[row][1] * p.y + m[row][2] * p.z + m[row][3];
             }
         }
-        if (isWhole)
-        {
-            triangles.push_back(triangle);
-        }
-    }
+        triangles.push_back(triangle);
+    });
     return triangles;
 }
 

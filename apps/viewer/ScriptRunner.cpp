@@ -424,8 +424,8 @@ std::string ScriptRunner::Print(const ScriptAction& action) const
     }
     if (what == "sleep")
     {
-        // How long the program would sleep now without a script.
-        const double seconds = m_viewer.SleepSeconds();
+        // How long the program would sleep now if the script had ended.
+        const double seconds = m_viewer.SleepSeconds(-1.0);
         return seconds < 0.0 ? "until something happens" : std::to_string(std::lround(seconds * 1000.0)) + " ms";
     }
     if (what == "command")

@@ -160,13 +160,13 @@ bool Viewer::IsAtRest() const
     return m_framesToDraw == 0 && !m_desk.IsMoving() && !m_desk.IsOpening();
 }
 
-double Viewer::SleepSeconds() const
+double Viewer::SleepSeconds(double script) const
 {
     if (m_framesToDraw > 0 || m_desk.IsMoving())
     {
         return 0.0;
     }
-    double seconds = -1.0;
+    double seconds = script;
     const auto atMost = [&seconds](double wanted) { seconds = seconds < 0.0 ? wanted : std::min(seconds, wanted); };
     if (m_desk.IsOpening())
     {
@@ -183,20 +183,13 @@ double Viewer::SleepSeconds() const
     return seconds;
 }
 
-double Viewer::Timeout() const
-{
-    const double own = SleepSeconds();
-    const double script = m_script ? m_script->Timeout() : -1.0;
-    return own < 0.0 ? script : script < 0.0 ? own : std::min(own, script);
-}
-
 void Viewer::Run()
 {
     Clock::time_point last = Clock::now();
     while (!m_isClosing)
     {
         const bool wasOpening = m_desk.IsOpening();
-        for (const InputEvent& event : m_window->Wait(Timeout()))
+        for (const InputEvent& event : m_window->Wait(SleepSeconds(m_script ? m_script->Timeout() : -1.0)))
         {
             Handle(event);
         }

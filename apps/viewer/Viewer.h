@@ -84,15 +84,15 @@ public:
 
     std::string Statistics() const;
 
-    /// Seconds after which the program looks for something to do by itself, apart from a script; below 0 where
-    /// it sleeps until something happens.
-    double SleepSeconds() const;
+    /// Seconds after which the program looks for something to do by itself; below 0 where it sleeps until
+    /// something happens.
+    /// @param script seconds after which a script goes on; below 0 for one that has ended.
+    double SleepSeconds(double script) const;
 
 private:
     RenderCommand Command() const;
     void ReadState();
     void WriteState();
-    double Timeout() const;
     void Handle(const InputEvent& event);
     void HandlePointer(const InputEvent& event);
     void HandleKey(const InputEvent& event);

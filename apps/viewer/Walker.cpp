@@ -1,5 +1,6 @@
 #include "apps/viewer/Walker.h"
 
+#include "apps/viewer/MeshTriangles.h"
 #include "apps/viewer/Walls.h"
 #include "orvane/math/Transform.h"
 #include "orvane/scene/Mesh.h"
@@ -86,22 +87,6 @@ std::optional<double> Meet(const Corners& corners, const glm::dvec3& point, cons
     return isMet ? std::optional<double>(depth) : std::nullopt;
 }
 
-/// Calls with each triangle of a mesh at a node.
-template <typename Visit>
-void VisitTriangles(const Mesh& mesh, const Node& node, Visit&& visit)
-{
-    const std::vector<Vector>& positions = mesh.GetPositionBuffer();
-    const std::vector<unsigned short>& indices = mesh.GetIndices();
-    for (std::size_t i = 0; i + 2 < indices.size(); i += 3)
-    {
-        if (indices[i] < positions.size() && indices[i + 1] < positions.size() && indices[i + 2] < positions.size())
-        {
-            visit(Corners{InWorld(node, positions[indices[i]]), InWorld(node, positions[indices[i + 1]]),
-                          InWorld(node, positions[indices[i + 2]])});
-        }
-    }
-}
-
 /// Calls with each triangle that is shown, of the meshes that meet a box.
 template <typename Visit>
 void VisitShown(const Node& model, const Box& within, Visit&& visit)
@@ -119,7 +104,9 @@ void VisitShown(const Node& model, const Box& within, Visit&& visit)
             {
                 if (BoxOf(*mesh, *place).Meets(within))
                 {
-                    VisitTriangles(*mesh, *place, visit);
+                    VisitTriangles(*mesh, [&](const std::array<Vector, 3>& corners) {
+                        visit(Corners{InWorld(*place, corners[0]), InWorld(*place, corners[1]), InWorld(*place, corners[2])});
+                    });
                 }
             }
         }

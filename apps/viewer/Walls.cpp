@@ -15,6 +15,7 @@ namespace
 
 /// Steps are shorter than the radius by this, so that nobody is beyond a wall before it is felt.
 constexpr double StepShare = 1.0 / 3.0;
+constexpr double MostSteps = 10000.0;
 /// As many walls as stand in a corner, twice.
 constexpr int Pushes = 6;
 constexpr double Touching = 1e-6;
@@ -138,8 +139,15 @@ glm::dvec2 Walls::PushedOut(glm::dvec2 point, double radius) const
 glm::dvec3 Walls::Follow(const glm::dvec3& from, const glm::dvec3& way, double radius) const
 {
     const glm::dvec2 begin = OnGround(from);
-    const glm::dvec2 all = OnGround(way);
-    const int steps = std::max(1, static_cast<int>(std::ceil(glm::length(all) / (radius * StepShare))));
+    glm::dvec2 all = OnGround(way);
+    const double wanted = std::ceil(glm::length(all) / (radius * StepShare));
+    if (!std::isfinite(wanted))
+    {
+        return from;
+    }
+    // Further than that nobody goes at once.
+    all *= std::min(1.0, MostSteps / wanted);
+    const int steps = static_cast<int>(std::clamp(wanted, 1.0, MostSteps));
     glm::dvec2 here = begin;
     glm::dvec2 ignored(0.0);
     for (int step = 0; step < steps && !m_areas.empty(); ++step)

@@ -7,6 +7,7 @@
 #include "orvane_host/import/detail/IsolatedProcess.h"
 #include "orvane_host/import/detail/MemoryFile.h"
 #include "orvane_host/import/detail/ModelArchive.h"
+#include "orvane_host/import/detail/ModelText.h"
 #include "orvane_host/import/detail/PictureConverter.h"
 #include "orvane_host/import/detail/SceneBuilder.h"
 #include "orvane_host/import/detail/StepSchema.h"
@@ -20,6 +21,8 @@
 #include <cstring>
 #include <exception>
 #include <fstream>
+#include <istream>
+#include <limits>
 #include <memory>
 #include <new>
 #include <sys/mman.h>
@@ -152,8 +155,9 @@ void ReadSite(const std::string& path, ModelData& model)
     {
         return;
     }
-    std::ifstream stream(path, std::ios::in | std::ios::binary);
-    const StepSite site = ReadStepSite(stream);
+    // The size of the file was checked before it was handed to the parser.
+    const std::unique_ptr<std::istream> stream = OpenModelText(path, std::numeric_limits<std::size_t>::max());
+    const StepSite site = ReadStepSite(*stream);
     if (site.place)
     {
         model.latitude = site.place->latitude;

@@ -54,7 +54,7 @@ Presentation::~Presentation() = default;
 
 bool Presentation::Apply(const PresentationSettings& settings, std::string& error)
 {
-    return m_impl->Apply(settings, error);
+    return m_impl->Followed().Apply(settings, error);
 }
 
 const PresentationSettings& Presentation::GetSettings() const
@@ -74,11 +74,12 @@ void Presentation::Refresh()
 
 void Presentation::AddName(Node& node, const std::string& name)
 {
-    const auto known = std::find_if(m_impl->nodes.begin(), m_impl->nodes.end(),
+    std::vector<ImportedNode>& nodes = m_impl->Followed().nodes;
+    const auto known = std::find_if(nodes.begin(), nodes.end(),
                                     [&](const ImportedNode& entry) { return entry.node == &node; });
-    if (known == m_impl->nodes.end())
+    if (known == nodes.end())
     {
-        m_impl->nodes.push_back({name, &node});
+        nodes.push_back({name, &node});
     }
     else
     {
@@ -89,42 +90,42 @@ void Presentation::AddName(Node& node, const std::string& name)
 
 bool Presentation::Add(ImportResult model, std::string& error)
 {
-    return m_impl->Add(std::move(model), error);
+    return m_impl->Followed().Add(std::move(model), error);
 }
 
 bool Presentation::Replace(std::size_t file, ImportResult model, std::string& error)
 {
-    return m_impl->Replace(file, std::move(model), error);
+    return m_impl->Followed().Replace(file, std::move(model), error);
 }
 
 bool Presentation::Remove(std::size_t file)
 {
-    return m_impl->Remove(file);
+    return m_impl->Followed().Remove(file);
 }
 
 const std::vector<PresentedFile>& Presentation::GetFiles() const
 {
-    return m_impl->files;
+    return m_impl->Followed().files;
 }
 
 std::vector<std::string> Presentation::ListNodes() const
 {
-    return ListNodePaths(m_impl->nodes);
+    return ListNodePaths(m_impl->Followed().nodes);
 }
 
 Node* Presentation::FindNode(const std::string& path) const
 {
-    return m_impl->FindNode(path);
+    return m_impl->Followed().FindNode(path);
 }
 
 std::string Presentation::PathOf(const Node& node) const
 {
-    return m_impl->Paths().PathTo(node);
+    return m_impl->Followed().Paths().PathTo(node);
 }
 
 const std::vector<ImportedNode>& Presentation::GetNodes() const
 {
-    return m_impl->nodes;
+    return m_impl->Followed().nodes;
 }
 
 const std::vector<ImportedMesh>& Presentation::GetMeshes() const
@@ -139,33 +140,33 @@ const ImportReport& Presentation::GetReport() const
 
 bool Presentation::Hide(const std::string& path)
 {
-    const Node* const node = m_impl->FindNode(path);
+    const Node* const node = m_impl->Followed().FindNode(path);
     m_impl->SetVisibility(node && m_impl->visibility.Hide(*node));
     return node != nullptr;
 }
 
 bool Presentation::Show(const std::string& path)
 {
-    const Node* const node = m_impl->FindNode(path);
+    const Node* const node = m_impl->Followed().FindNode(path);
     m_impl->SetVisibility(node && m_impl->visibility.Show(*node));
     return node != nullptr;
 }
 
 bool Presentation::Isolate(const std::string& path)
 {
-    const Node* const node = m_impl->FindNode(path);
+    const Node* const node = m_impl->Followed().FindNode(path);
     m_impl->SetVisibility(node && m_impl->visibility.Isolate(*node));
     return node != nullptr;
 }
 
 void Presentation::ShowAll()
 {
-    m_impl->SetVisibility(m_impl->visibility.ShowAll());
+    m_impl->SetVisibility(m_impl->Followed().visibility.ShowAll());
 }
 
 bool Presentation::Highlight(const std::string& path, const Color& color)
 {
-    Node* const node = m_impl->FindNode(path);
+    Node* const node = m_impl->Followed().FindNode(path);
     if (node)
     {
         m_impl->SetHighlight(*node, color);
@@ -175,7 +176,7 @@ bool Presentation::Highlight(const std::string& path, const Color& color)
 
 bool Presentation::ClearHighlight(const std::string& path)
 {
-    Node* const node = m_impl->FindNode(path);
+    Node* const node = m_impl->Followed().FindNode(path);
     if (node)
     {
         m_impl->SetHighlight(*node, std::nullopt);
@@ -200,12 +201,12 @@ const std::vector<Dimension>& Presentation::GetDimensions() const
 
 bool Presentation::AddLabel(const std::string& path, const std::string& text)
 {
-    return m_impl->SetLabel(m_impl->FindNode(path), &text);
+    return m_impl->SetLabel(m_impl->Followed().FindNode(path), &text);
 }
 
 bool Presentation::RemoveLabel(const std::string& path)
 {
-    return m_impl->SetLabel(m_impl->FindNode(path), nullptr);
+    return m_impl->SetLabel(m_impl->Followed().FindNode(path), nullptr);
 }
 
 void Presentation::ClearLabels()
@@ -239,7 +240,7 @@ bool Presentation::FrameAll()
 
 bool Presentation::FrameNode(const std::string& path)
 {
-    const Node* const node = m_impl->FindNode(path);
+    const Node* const node = m_impl->Followed().FindNode(path);
     return node && m_impl->Frame(m_impl->ShownPointsBelow(*node));
 }
 

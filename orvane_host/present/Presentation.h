@@ -117,6 +117,7 @@ public:
 
     /// To be called after the host has changed the tree, places, the geometry or the materials of the
     /// scene, before the next frame: works out anew what the settings make of them, and how deep it is.
+    /// Nodes with names that the host has deleted are noticed without it.
     void Refresh();
 
     // Files beside each other. Settings, what is hidden and what is highlighted stay, as far as the nodes
@@ -268,8 +269,8 @@ public:
     /// Supersampling) a frame in which only the layer above changed is drawn from it.
     bool NeedsDraw() const;
 
-    /// Lets go of all GL objects before the context is lost. GL. Nothing may be drawn or picked until
-    /// Resume.
+    /// Lets go of all GL objects before the context is lost. GL. Until Resume nothing is drawn, nothing is found by
+    /// picking and no picture is made, whatever a host asks for meanwhile.
     void Suspend();
 
     /// Comes back with a new context. GL.

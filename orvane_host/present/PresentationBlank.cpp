@@ -229,7 +229,7 @@ bool Presentation::Impl::IsInFog(const std::vector<PickHit>& hits) const
 
 BlankPicture Presentation::FindBlank(const PictureOptions& options)
 {
-    return m_impl->FindBlank(options);
+    return m_impl->Followed().FindBlank(options);
 }
 
 } // namespace OV::Host

@@ -204,6 +204,11 @@ void Presentation::Impl::FollowFramebuffer()
 
 void Presentation::Impl::Prepare()
 {
+    if (m_isSuspended)
+    {
+        return;
+    }
+    Followed();
     ConfigureRenderer();
     const Detail::ProcessSettings scope(settings, Camera(), OutlineWidth());
     if (app.Update(0.0f))
@@ -223,10 +228,12 @@ void Presentation::Impl::DrawPart(const PicturePart& part, const Color& backgrou
 
 void Presentation::Impl::Draw(int newWidth, int newHeight, float newRatio)
 {
-    if (newWidth < 1 || newHeight < 1)
+    // Without a context, what GL is asked to make is nothing that comes back with the next one.
+    if (newWidth < 1 || newHeight < 1 || m_isSuspended)
     {
         return;
     }
+    Followed();
     FollowFramebuffer();
     Resize(newWidth, newHeight, newRatio);
     ConfigureRenderer();
@@ -266,6 +273,10 @@ bool Presentation::Impl::NeedsDraw() const
 
 void Presentation::Impl::Suspend()
 {
+    if (std::exchange(m_isSuspended, true))
+    {
+        return;
+    }
     picking->Suspend();
     app.Suspend(renderer.get());
     // What is out of the scene for now.
@@ -277,12 +288,18 @@ void Presentation::Impl::Suspend()
 
 void Presentation::Impl::Resume()
 {
+    m_isSuspended = false;
     app.Resume(renderer.get());
     m_isPictureChanged = true;
 }
 
 std::vector<PickHit> Presentation::Impl::Pick(const PickArea& area)
 {
+    if (m_isSuspended)
+    {
+        return {};
+    }
+    Followed();
     const Detail::ProcessSettings scope(settings, Camera(), OutlineWidth());
     m_isPictureChanged = app.Update(0.0f) || m_isPictureChanged;
     FitNear();
@@ -291,6 +308,11 @@ std::vector<PickHit> Presentation::Impl::Pick(const PickArea& area)
 
 std::vector<PickHit> Presentation::Impl::PickThrough(int x, int y, int most)
 {
+    if (m_isSuspended)
+    {
+        return {};
+    }
+    Followed();
     const Detail::ProcessSettings scope(settings, Camera(), OutlineWidth());
     m_isPictureChanged = app.Update(0.0f) || m_isPictureChanged;
     FitNear();

@@ -282,6 +282,12 @@ PictureFormat Presentation::Impl::FormatOf(const PictureOptions& options)
 bool Presentation::Impl::WritePicture(PictureFile& file, const PictureOptions& options, PictureFacts& facts,
                                       std::string& error)
 {
+    if (m_isSuspended)
+    {
+        error = "there is no context to draw it with; resume the presentation first";
+        return false;
+    }
+    Followed();
     Detail::GLFunctions gl;
     if (const char* const missing = gl.Load(&HeadlessContext::GetProcAddress))
     {

@@ -87,7 +87,8 @@ bool IsSamePlace(const Vector& a, const Vector& b)
 
 Presentation::Impl::Impl(ImportResult model, bool numbersNodes) :
     report(std::move(model.report)), nodes(std::move(model.nodes)), meshes(std::move(model.meshes)),
-    visibility((app.GetContext()->SetScene(SceneOf(model)), World())), m_section(World()),
+    visibility((app.GetContext()->SetScene(SceneOf(model)), World())), m_lostNodes(World(), nodes),
+    m_section(World()),
     m_style(std::make_unique<LineStyle>("edges")), m_lines(World()), m_materials(World())
 {
     renderer = std::make_unique<Detail::HighlightRenderer>(&textures, app.GetContext()->GetRenderCapabilities());
@@ -403,6 +404,21 @@ void Presentation::Impl::Refresh()
     UpdateGlobals();
     CountModel();
     DoAllAgain();
+}
+
+Presentation::Impl& Presentation::Impl::Followed()
+{
+    if (m_lostNodes.AreThere())
+    {
+        Refresh();
+    }
+    return *this;
+}
+
+void Presentation::Impl::ForgetPaths()
+{
+    m_paths.reset();
+    m_lostNodes.Restart();
 }
 
 void Presentation::Impl::TakeBackAll()

@@ -10,6 +10,8 @@
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Scene.h"
 
+#include <cmath>
+
 namespace OV::Host
 {
 
@@ -149,9 +151,13 @@ PresentationFrame SceneRenderer::BeginFrame(Scene& scene, CameraNode& camera, Ca
     PresentationFrame frame{scene, camera, cameraData, m_access, items};
     frame.screen = {width, height};
     frame.part = m_part.value_or(PicturePart{frame.screen, frame.screen, 0, 0});
-    const float pointsPerPixel = GetPxToPtScale();
-    frame.view.width = static_cast<int>(static_cast<float>(frame.part.whole.width) * pointsPerPixel);
-    frame.view.height = static_cast<int>(static_cast<float>(frame.part.whole.height) * pointsPerPixel);
+    const auto inPoints = [scale = GetPxToPtScale()](int pixels) {
+        const float points = static_cast<float>(pixels) * scale;
+        // Any number may have been set for the ratio.
+        return std::abs(points) < 2147483648.0f ? static_cast<int>(points) : pixels;
+    };
+    frame.view.width = inPoints(frame.part.whole.width);
+    frame.view.height = inPoints(frame.part.whole.height);
     cameraData.SetPart(m_part ? ViewPartOf(*m_part) : ViewPart());
     frame.target = frame.screen;
     frame.background = clearColor;

@@ -200,7 +200,7 @@ std::string Dimension::Text(const std::string& unit) const
         return RoundedText(Value(), AngleDecimals) + "\u00B0";
     }
     const double value = Value();
-    const int leading = value > 0.0 ? static_cast<int>(std::floor(std::log10(value))) : 0;
+    const int leading = value > 0.0 && std::isfinite(value) ? static_cast<int>(std::floor(std::log10(value))) : 0;
     const auto named = std::find_if(std::begin(MillimetreDecimals), std::end(MillimetreDecimals),
                                     [&](const auto& entry) { return unit == entry.first; });
     const int wanted = named != std::end(MillimetreDecimals) ? named->second : OtherDigits - 1 - leading;

@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <initializer_list>
+#include <iterator>
 
 namespace OV::Host
 {
@@ -239,7 +241,9 @@ void OrbitCamera::FrameBox(const Vector& boxMin, const Vector& boxMax)
 
 void OrbitCamera::LookFrom(NamedView view)
 {
-    const Angles& angles = kNamed[static_cast<int>(view)];
+    // What is no view is the first one.
+    const auto index = static_cast<std::size_t>(view);
+    const Angles& angles = kNamed[index < std::size(kNamed) ? index : 0];
     m_state.azimuth = angles.azimuth;
     m_state.elevation = angles.elevation;
     FrameModel();

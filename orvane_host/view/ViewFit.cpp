@@ -250,7 +250,9 @@ bool Stand(CameraNode& camera, const Vector& boxMin, const Vector& boxMax, const
 bool ViewFit::Frame(CameraNode& camera, const Vector& boxMin, const Vector& boxMax, NamedView view,
                     const ViewFitOptions& options)
 {
-    const View& named = kViews[static_cast<int>(view)];
+    // What is no view is the first one.
+    const auto index = static_cast<std::size_t>(view);
+    const View& named = kViews[index < std::size(kViews) ? index : 0];
     Axes axes;
     axes.Set(FromYUp(named.towardsEye, options.upAxis), FromYUp(named.up, options.upAxis));
     return Stand(camera, boxMin, boxMax, axes, options);

@@ -24,6 +24,18 @@ struct CallScope
     CallScope& operator=(const CallScope&) = delete;
 };
 
+/// Whether the recorder answers in place of the driver too.
+template <class Tag, class... A>
+bool IsAnsweredFor(const State&, Tag, const A&...)
+{
+    return false;
+}
+
+bool IsAnsweredFor(const State& state, GetStringTag, const GLenum& name)
+{
+    return state.strings.count(name) != 0;
+}
+
 template <class Tag, class Signature>
 struct Hook;
 
@@ -54,7 +66,7 @@ struct Hook<Tag, R(A...)>
             state->calls.push_back(std::move(call));
         }
         Result result = Result();
-        if (state->mode == GLRecorder::Mode::StandIn)
+        if (state->mode == GLRecorder::Mode::StandIn || IsAnsweredFor(*state, Tag(), a...))
         {
             Fake(*state, Tag(), &result, a...);
         }

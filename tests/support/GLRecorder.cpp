@@ -297,6 +297,7 @@ GLRecorder::GLRecorder(Mode mode)
     if (mode == Mode::Forward)
     {
         Platform::LoadEntryPoints();
+        m_state->strings.clear();
     }
     m_state->mode = mode;
     m_state->previous = State::active;

@@ -151,7 +151,7 @@ public:
     // How the stand-in answers.
 
     /// For glGetString; null makes it answer null. GL_VERSION is "2.1 stand-in" at first, the
-    /// others are empty.
+    /// others are empty. With Forward what is set here is the answer in place of the driver's.
     void SetString(unsigned name, const char* text);
     /// For glGetIntegerv, before what is known of the state.
     void SetIntegers(unsigned name, const std::vector<int>& values);

@@ -7,6 +7,8 @@
 
 #include <gmock/gmock.h>
 
+#include <string>
+
 namespace OV::Test
 {
 
@@ -29,6 +31,18 @@ TEST_F(GLRecorderGLTest, ForwardsToTheDriverAndNotesOnTheWay)
                 testing::ElementsAre("glClearColor(1, 0, 0, 1)", CallText("glClear", {GL_COLOR_BUFFER_BIT}),
                                      "glGetError()"));
     ExpectColorInRect({0, 0, Width(), Height()}, {255, 0, 0, 255});
+}
+
+TEST_F(GLRecorderGLTest, AnswersForTheDriverOnlyWhatIsSet)
+{
+    const std::string vendor = reinterpret_cast<const char*>(glGetString(GL_VENDOR));
+    {
+        GLRecorder recorder(GLRecorder::Mode::Forward);
+        recorder.SetString(GL_VERSION, "2.1 of old");
+        EXPECT_STREQ(reinterpret_cast<const char*>(glGetString(GL_VERSION)), "2.1 of old");
+        EXPECT_EQ(vendor, reinterpret_cast<const char*>(glGetString(GL_VENDOR)));
+    }
+    EXPECT_STRNE(reinterpret_cast<const char*>(glGetString(GL_VERSION)), "2.1 of old");
 }
 
 TEST_F(GLRecorderGLTest, AccountsForTheDriversOwnNames)

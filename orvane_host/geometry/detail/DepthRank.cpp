@@ -7,6 +7,14 @@
 namespace OV::Host::Detail
 {
 
+namespace
+{
+
+/// Of many more steps than there are.
+constexpr float kMostUnits = 1e6f;
+
+} // namespace
+
 DepthOffset DepthRank::OffsetOf(const Material& material)
 {
     return {(material.flags & MaterialFlagPolygonOffset) != 0, material.polygonOffsetFactor, material.polygonOffsetUnits};
@@ -35,7 +43,9 @@ int DepthRank::Of(const DepthOffset& offset)
 {
     const bool isOwn = offset.isOn && offset.units > 0.0f && std::fmod(offset.units, Units) == 0.0f
         && offset.factor == offset.units / Units * Factor;
-    return isOwn || HasRoom(offset) ? static_cast<int>(offset.units / Units) : 0;
+    // A host may have set any number.
+    const bool isRank = (isOwn || HasRoom(offset)) && offset.units < kMostUnits;
+    return isRank ? static_cast<int>(offset.units / Units) : 0;
 }
 
 DepthOffset DepthRank::Steps(int rank)

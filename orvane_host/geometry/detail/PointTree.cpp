@@ -30,26 +30,51 @@ struct PointTree::Query
 };
 
 PointTree::PointTree(const std::vector<Vector>& points, std::vector<std::uint32_t> numbers) :
-    m_points(points), m_numbers(std::move(numbers))
+    m_points(points), m_numbers(std::move(numbers)), m_axes(m_numbers.size())
 {
-    Build(0, m_numbers.size(), 0);
+    Build(0, m_numbers.size());
 }
 
-void PointTree::Build(std::size_t low, std::size_t high, int axis)
+unsigned char PointTree::WidestAxis(std::size_t low, std::size_t high) const
+{
+    unsigned char widest = 0;
+    float most = -1.0f;
+    for (unsigned char axis = 0; axis < 3; ++axis)
+    {
+        float first = Coordinate(m_points[m_numbers[low]], axis);
+        float last = first;
+        for (std::size_t i = low + 1; i < high; ++i)
+        {
+            const float place = Coordinate(m_points[m_numbers[i]], axis);
+            first = std::min(first, place);
+            last = std::max(last, place);
+        }
+        if (last - first > most)
+        {
+            most = last - first;
+            widest = axis;
+        }
+    }
+    return widest;
+}
+
+void PointTree::Build(std::size_t low, std::size_t high)
 {
     if (high - low < 2)
     {
         return;
     }
     const std::size_t middle = low + (high - low) / 2;
+    const unsigned char axis = WidestAxis(low, high);
+    m_axes[middle] = axis;
     const auto at = [this](std::size_t i) { return m_numbers.begin() + static_cast<std::ptrdiff_t>(i); };
     std::nth_element(at(low), at(middle), at(high), [&](std::uint32_t a, std::uint32_t b) {
         const float left = Coordinate(m_points[a], axis);
         const float right = Coordinate(m_points[b], axis);
         return left < right || (left == right && a < b);
     });
-    Build(low, middle, (axis + 1) % 3);
-    Build(middle + 1, high, (axis + 1) % 3);
+    Build(low, middle);
+    Build(middle + 1, high);
 }
 
 void PointTree::FindInside(std::uint32_t start, std::uint32_t end, double tolerance, std::vector<Hit>& hits) const
@@ -65,13 +90,13 @@ void PointTree::FindInside(std::uint32_t start, std::uint32_t end, double tolera
                       tolerance,
                       hits};
     const std::size_t first = hits.size();
-    Visit(0, m_numbers.size(), 0, 0.0, 1.0, query);
+    Visit(0, m_numbers.size(), 0.0, 1.0, query);
     std::sort(hits.begin() + static_cast<std::ptrdiff_t>(first), hits.end(), [](const Hit& left, const Hit& right) {
         return left.place < right.place || (left.place == right.place && left.point < right.point);
     });
 }
 
-void PointTree::Visit(std::size_t low, std::size_t high, int axis, double from, double to, const Query& query) const
+void PointTree::Visit(std::size_t low, std::size_t high, double from, double to, const Query& query) const
 {
     if (low >= high || from > to)
     {
@@ -97,25 +122,25 @@ void PointTree::Visit(std::size_t low, std::size_t high, int axis, double from, 
     }
 
     // The part of the segment on each side of the plane through the middle point.
-    const int next = (axis + 1) % 3;
-    const auto side = static_cast<std::size_t>(axis);
+    const unsigned char axis = m_axes[middle];
+    const std::size_t side = axis;
     const double above = Coordinate(point, axis) + query.tolerance - query.start[side];
     const double below = Coordinate(point, axis) - query.tolerance - query.start[side];
     const double slope = query.along[side];
     if (slope == 0.0)
     {
-        Visit(low, middle, next, from, above >= 0.0 ? to : -1.0, query);
-        Visit(middle + 1, high, next, from, below <= 0.0 ? to : -1.0, query);
+        Visit(low, middle, from, above >= 0.0 ? to : -1.0, query);
+        Visit(middle + 1, high, from, below <= 0.0 ? to : -1.0, query);
     }
     else if (slope > 0.0)
     {
-        Visit(low, middle, next, from, std::min(to, above / slope), query);
-        Visit(middle + 1, high, next, std::max(from, below / slope), to, query);
+        Visit(low, middle, from, std::min(to, above / slope), query);
+        Visit(middle + 1, high, std::max(from, below / slope), to, query);
     }
     else
     {
-        Visit(low, middle, next, std::max(from, above / slope), to, query);
-        Visit(middle + 1, high, next, from, std::min(to, below / slope), query);
+        Visit(low, middle, std::max(from, above / slope), to, query);
+        Visit(middle + 1, high, from, std::min(to, below / slope), query);
     }
 }
 

@@ -31,12 +31,15 @@ public:
 private:
     struct Query;
 
-    void Build(std::size_t low, std::size_t high, int axis);
-    void Visit(std::size_t low, std::size_t high, int axis, double from, double to, const Query& query) const;
+    void Build(std::size_t low, std::size_t high);
+    /// The axis along which points of a range are furthest apart: of those of a flat model one divides nothing.
+    unsigned char WidestAxis(std::size_t low, std::size_t high) const;
+    void Visit(std::size_t low, std::size_t high, double from, double to, const Query& query) const;
 
     const std::vector<Vector>& m_points;
     /// The middle of each range divides it along its axis.
     std::vector<std::uint32_t> m_numbers;
+    std::vector<unsigned char> m_axes; ///< of the ranges, by their middle
 };
 
 } // namespace OV::Host::Detail

@@ -1,13 +1,12 @@
 #include "orvane_host/import/detail/AssimpFiles.h"
 
+#include "orvane_host/import/detail/ModelText.h"
+
 #include <assimp/IOStream.hpp>
 #include <assimp/MemoryIOWrapper.h>
 
 #include <algorithm>
 #include <cstring>
-#include <cwchar>
-#include <iterator>
-#include <locale>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -55,54 +54,19 @@ private:
     int m_vainReads = 0;
 };
 
-/// Text of UTF-16 as UTF-8, with a question mark for what is none.
-/// @param bytes two for a unit, after the mark of their order; an odd last one is left out.
-std::string ToUtf8(const std::string& bytes, bool isBigEndian)
-{
-    std::u16string units;
-    units.reserve(bytes.size() / 2);
-    for (std::size_t i = 2; i + 1 < bytes.size(); i += 2)
-    {
-        const auto first = static_cast<unsigned char>(bytes[i]);
-        const auto second = static_cast<unsigned char>(bytes[i + 1]);
-        units.push_back(static_cast<char16_t>(isBigEndian ? first << 8 | second : second << 8 | first));
-    }
-    using Converter = std::codecvt<char16_t, char, std::mbstate_t>;
-    const auto& converter = std::use_facet<Converter>(std::locale::classic());
-    std::string text;
-    const char16_t* from = units.data();
-    const char16_t* const end = from + units.size();
-    while (from != end)
-    {
-        char part[4096];
-        char* to = part;
-        std::mbstate_t state{};
-        const char16_t* const before = from;
-        const auto result = converter.out(state, before, end, from, std::begin(part), std::end(part), to);
-        text.append(part, to);
-        if (result == Converter::error || from == before)
-        {
-            text.push_back('?');
-            ++from;
-        }
-    }
-    return text;
-}
-
 /// The stream itself, or where it is of UTF-16 one of the same text in UTF-8, which is what parsers read.
 std::unique_ptr<Assimp::IOStream> InUtf8(std::unique_ptr<Assimp::IOStream> stream)
 {
-    unsigned char mark[2] = {};
-    const bool isMarked = stream->Read(mark, 1, sizeof(mark)) == sizeof(mark)
-        && ((mark[0] == 0xFF && mark[1] == 0xFE) || (mark[0] == 0xFE && mark[1] == 0xFF));
+    std::string bytes(2, '\0');
+    bytes.resize(stream->Read(bytes.data(), 1, bytes.size()));
     stream->Seek(0, aiOrigin_SET);
-    if (!isMarked)
+    if (!IsMarkedUtf16(bytes))
     {
         return stream;
     }
-    std::string bytes(stream->FileSize(), '\0');
+    bytes.resize(stream->FileSize());
     bytes.resize(stream->Read(bytes.data(), 1, bytes.size()));
-    const std::string text = ToUtf8(bytes, mark[0] == 0xFE);
+    const std::string text = Utf8OfUtf16(bytes);
     auto copy = std::make_unique<std::uint8_t[]>(text.size());
     std::copy(text.begin(), text.end(), copy.get());
     return std::make_unique<Assimp::MemoryIOStream>(copy.release(), text.size(), true);

@@ -1,9 +1,12 @@
 #include "orvane_host/import/detail/StepSchema.h"
 
+#include "orvane_host/import/detail/ModelText.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cstddef>
-#include <fstream>
+#include <istream>
+#include <memory>
 
 namespace OV::Host
 {
@@ -20,9 +23,9 @@ constexpr std::size_t kMaxName = 64;
 std::string ReadStart(const std::string& path)
 {
     std::string start(kHeaderBytes, '\0');
-    std::ifstream stream(path, std::ios::in | std::ios::binary);
-    stream.read(&start[0], static_cast<std::streamsize>(start.size()));
-    start.resize(static_cast<std::size_t>(std::max<std::streamsize>(stream.gcount(), 0)));
+    const std::unique_ptr<std::istream> stream = OpenModelText(path, 2 * kHeaderBytes);
+    stream->read(&start[0], static_cast<std::streamsize>(start.size()));
+    start.resize(static_cast<std::size_t>(std::max<std::streamsize>(stream->gcount(), 0)));
     return start;
 }
 

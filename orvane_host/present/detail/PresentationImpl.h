@@ -10,6 +10,7 @@
 #include "orvane_host/present/detail/HighlightRenderer.h"
 #include "orvane_host/present/detail/MaterialSettings.h"
 #include "orvane_host/present/detail/NearFinder.h"
+#include "orvane_host/present/detail/LostNodes.h"
 #include "orvane_host/present/detail/NodeVisibility.h"
 #include "orvane_host/present/detail/SunLight.h"
 #include "orvane_host/sheet/Notes.h"
@@ -62,7 +63,9 @@ public:
     /// Of the nodes; made when it is asked for.
     const NodePaths& Paths() const;
     /// To be called whenever nodes come or go, or get other names.
-    void ForgetPaths() { m_paths.reset(); }
+    void ForgetPaths();
+    /// This, with nodes that a host has deleted forgotten.
+    Impl& Followed();
     void SetVisibility(bool hasChanged);
     bool SetDimensions(std::vector<Dimension> wanted);
     bool SetLabel(const Node* node, const std::string* text);
@@ -113,6 +116,8 @@ public:
     Detail::NodeVisibility visibility;
 
 private:
+    Detail::LostNodes m_lostNodes;
+
     class PictureDrawing;
 
     /// What of the settings changed.
@@ -250,6 +255,7 @@ private:
     float m_ratio = 1.0f;
     unsigned int m_framebuffer = 0;   ///< that the last frame was drawn into
     bool m_holdsCapture = false;      ///< of all but the layer above
+    bool m_isSuspended = false;
     bool m_isPictureChanged = true;   ///< since the last frame, behind the layer above
     bool m_isForegroundChanged = true;
     bool m_hurries = false;

@@ -8,6 +8,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <limits>
+
 using namespace OV;
 using namespace OV::ViewerApp;
 
@@ -179,4 +182,12 @@ TEST_F(WalkerWalls, AreMeasuredInMetresOfTheModel)
     const glm::dvec3 there = Walker(*small.GetRoot(), kUp, 1000.0).Walk({0, 1600, 0}, {9000, 0, 0});
     EXPECT_NEAR(there.x, 3700.0, 1e-2);
     EXPECT_NEAR(there.y, 1600.0, 1e-6);
+}
+
+TEST_F(WalkerWalls, AreNotPassedHoweverFarOneGoesAtOnce)
+{
+    ExpectAt(Walk({0, 1.6, 0}, {1e5, 0, 0}), {3.7, 1.6, 0});
+    ExpectAt(Walk({0, 1.6, 0}, {1e30, 0, 0}), {3.7, 1.6, 0});
+    ExpectAt(Walk({0, 1.6, 0}, {std::nan(""), 0, 0}), {0, 1.6, 0});
+    ExpectAt(Walk({0, 1.6, 0}, {std::numeric_limits<double>::infinity(), 0, 0}), {0, 1.6, 0});
 }

@@ -61,10 +61,13 @@ TEST(EdgeChains, SoManyMayMeetThatNoneGoesOn)
         star.push_back({Vector(0, 0, 0), Vector(1, static_cast<float>(i), static_cast<float>(i % 7))});
     }
     EXPECT_EQ(ChainEdges(star).size(), star.size());
-    star.resize(100);
-    star.push_back({Vector(0, 0, 0), Vector(-1, -3, -3)});
-    const std::vector<FeatureEdge> chained = ChainEdges(star);
-    EXPECT_EQ(CountBreaks(chained), 99) << "one goes straight on";
+    for (const int most : {100, 511, 512})
+    {
+        std::vector<FeatureEdge> fewer(star.begin(), star.begin() + most);
+        fewer.push_back({Vector(0, 0, 0), Vector(-1, -3, -3)});
+        const bool goesOn = most < 512;
+        EXPECT_EQ(CountBreaks(ChainEdges(fewer)), goesOn ? most - 1 : most) << "of those that meet, one goes straight on";
+    }
 }
 
 TEST(EdgeChains, NothingComesOfNothing)

@@ -527,4 +527,58 @@ TEST(FeatureEdges, SidesOfAFewLinesWithManyEndsOnThemAreLeftInOnePiece)
     EXPECT_GT(FeatureEdges::Find(Soup(triangles)).size(), 1000u);
 }
 
+namespace
+{
+
+/// Triangles like pages of a book, each with a side in its back: the ends of each are within all before it.
+void AddPages(std::vector<Triangle>& triangles, int count, const Vector& at)
+{
+    const auto size = static_cast<float>(count);
+    for (int i = 0; i < count; ++i)
+    {
+        const auto inset = static_cast<float>(i);
+        const float angle = 1.5f * inset / size;
+        triangles.push_back({Vector(at.x + inset, at.y, at.z), Vector(at.x + 2.0f * size - inset, at.y, at.z),
+                             Vector(at.x + size, at.y + size * std::cos(angle), at.z + size * std::sin(angle))});
+    }
+}
+
+} // namespace
+
+TEST(FeatureEdges, SidesAreCutIntoAMillionPiecesAndNoMore)
+{
+    // The back is one edge where all sides in it are cut to what they have in common, and two more sides are of each page.
+    std::vector<Triangle> few;
+    AddPages(few, 950, Vector(0, 0, 0));
+    EXPECT_EQ(FeatureEdges::Find(Soup(few)).size(), 1u + 2u * few.size());
+    std::vector<Triangle> many;
+    AddPages(many, 1500, Vector(0, 0, 0));
+    EXPECT_GT(FeatureEdges::Find(Soup(many)).size(), 1000u + 2u * many.size());
+}
+
+TEST(FeatureEdges, AsManyMorePiecesAreCutAsALargeModelHas)
+{
+    // A bit more than a million, of which each side has few.
+    constexpr int edge = 15;
+    std::vector<RawMesh> layers;
+    std::size_t sides = 0;
+    for (int layer = 0; layer < edge; ++layer)
+    {
+        std::vector<Triangle> triangles;
+        for (int i = 0; i < edge * edge; ++i)
+        {
+            AddPages(triangles, 17, Vector(40.0f * static_cast<float>(i % edge), 40.0f * static_cast<float>(i / edge),
+                                           40.0f * static_cast<float>(layer)));
+        }
+        sides += edge * edge + 2 * triangles.size();
+        layers.push_back(Soup(triangles));
+    }
+    std::vector<const RawMesh*> parts;
+    for (const RawMesh& layer : layers)
+    {
+        parts.push_back(&layer);
+    }
+    EXPECT_EQ(FeatureEdges::Find(parts).size(), sides);
+}
+
 } // namespace OV::Host::Test

@@ -355,15 +355,46 @@ TEST(PlaneSectionFill, WhatIsBeyondAllNumbersIsLeftOut)
 
 TEST(PlaneSectionFill, WhatWouldTakeForEverIsLeftOpen)
 {
-    // As many sides as a fine model has in a section, but each right across all of it.
+    // Fewer sides than a fine model has in a section, but each right across all of it.
     PlaneSection section({0.0, 0.0, 1.0}, {0.0, 0.0, 0.0});
     std::mt19937 numbers(5);
     const auto next = [&] { return static_cast<double>(numbers() % 100000); };
-    for (int i = 0; i < 60000; ++i)
+    for (int i = 0; i < 14000; ++i)
     {
         section.Add({{{next(), next(), -1.0}, {next(), next(), 1.0}, {next(), next(), 1.0}}}, {-1.0, 1.0, 1.0});
     }
     EXPECT_TRUE(section.Fill().empty());
+}
+
+TEST(PlaneSectionFill, SoManySidesMayCrossThatNotAllCrossingsAreLookedFor)
+{
+    // Polygons in rows, two sides of each of which cross: what lies below the crossing is enclosed.
+    constexpr int columns = 50;
+    constexpr double area = 0.3125;
+    const auto areaOf = [](int rows) {
+        PlaneSection section({0.0, 0.0, 1.0}, {0.0, 0.0, 0.0});
+        const double corners[4][2] = {{0.0, 0.0}, {1.0, 0.0}, {0.0, 1.0}, {0.6, 1.0}};
+        for (int i = 0; i < rows * columns; ++i)
+        {
+            const double x = 1.25 * (i / columns);
+            const double y = 1.25 * (i % columns);
+            for (int k = 0; k < 4; ++k)
+            {
+                const auto& from = corners[k];
+                const auto& to = corners[(k + 1) % 4];
+                section.Add({{{0.0, 0.0, -1.0},
+                              {2.0 * (x + to[0]), 2.0 * (y + to[1]), 1.0},
+                              {2.0 * (x + from[0]), 2.0 * (y + from[1]), 1.0}}},
+                            {-1.0, 1.0, 1.0});
+            }
+        }
+        return std::abs(AreaFromZ(section.Fill()));
+    };
+    EXPECT_NEAR(areaOf(399), 399 * columns * area, 1e-3);
+    // Of those in the last rows it is beside.
+    const double more = areaOf(500);
+    EXPECT_GT(std::abs(more - 500 * columns * area), 90 * columns * 0.01);
+    EXPECT_NEAR(more, 500 * columns * area, 100 * columns * area);
 }
 
 TEST(SectionFill, FacesLieBelowThePlaneAndShowTheirBacks)

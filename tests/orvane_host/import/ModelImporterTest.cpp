@@ -89,40 +89,30 @@ TEST_F(ModelImporterTest, ACubeComesInWhole)
 
 TEST_F(ModelImporterTest, TextOfUtf16ComesInAsThatOfUtf8)
 {
-    const auto wide = [](const std::u16string& text, bool isBigEndian) {
-        std::string bytes;
-        for (const char16_t unit : u"\uFEFF" + text)
-        {
-            const char low = static_cast<char>(unit & 0xFF);
-            const char high = static_cast<char>(unit >> 8);
-            bytes += {isBigEndian ? high : low, isBigEndian ? low : high};
-        }
-        return bytes;
-    };
     const auto ascii = [](const std::string& text) { return std::u16string(text.begin(), text.end()); };
     // A letter of two bytes, one of two units and half of such a one.
     const std::u16string name = u"H\u00E4user\U0001D11E\xD834" u"x";
     const std::string triangle = "v 0 0 0\nv 1 0 0\nv 0 1 0\nusemtl red\nf 1 2 3\n";
     for (const bool isBigEndian : {false, true})
     {
-        WriteFile(m_folder.Path("red.mtl"), wide(u"newmtl red\nKd 1 0 0\n", isBigEndian));
+        WriteFile(m_folder.Path("red.mtl"), MarkedUtf16(u"newmtl red\nKd 1 0 0\n", isBigEndian));
         const ImportResult model =
-            ImportAs("model.obj", wide(u"mtllib red.mtl\no " + name + u"\n" + ascii(triangle), isBigEndian));
+            ImportAs("model.obj", MarkedUtf16(u"mtllib red.mtl\no " + name + u"\n" + ascii(triangle), isBigEndian));
         EXPECT_TRUE(NodeNamed(model, "H\u00E4user\U0001D11E?x"));
         EXPECT_EQ(model.report.triangles, 1u);
         EXPECT_EQ(OnlyMaterial(model).GetDiffuse().g, 0.0f) << "of the file beside it";
         const std::string stl = "solid s\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\n"
                                 "endloop\nendfacet\nendsolid s\n";
-        EXPECT_EQ(ImportAs("model.stl", wide(ascii(stl), isBigEndian)).report.triangles, 1u);
+        EXPECT_EQ(ImportAs("model.stl", MarkedUtf16(ascii(stl), isBigEndian)).report.triangles, 1u);
         const std::string ply = "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
                                 "property float z\nelement face 1\nproperty list uchar int vertex_indices\nend_header\n"
                                 "0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n";
-        EXPECT_EQ(ImportAs("model.ply", wide(ascii(ply), isBigEndian)).report.triangles, 1u);
+        EXPECT_EQ(ImportAs("model.ply", MarkedUtf16(ascii(ply), isBigEndian)).report.triangles, 1u);
     }
     // No whole text.
-    WriteFile(m_folder.Path("odd.obj"), wide(ascii(triangle), false) + "f");
+    WriteFile(m_folder.Path("odd.obj"), MarkedUtf16(ascii(triangle), false) + "f");
     EXPECT_EQ(ModelImporter::Import(m_folder.Path("odd.obj")).report.triangles, 1u);
-    WriteFile(m_folder.Path("mark.obj"), wide(u"", false));
+    WriteFile(m_folder.Path("mark.obj"), MarkedUtf16(u"", false));
     EXPECT_FALSE(ModelImporter::Import(m_folder.Path("mark.obj")));
 }
 

@@ -72,6 +72,22 @@ TEST_F(StepSchemaTest, IsTheOneThatTheHeaderStates)
     EXPECT_EQ(SchemaOf("\xEF\xBB\xBF" + StepFile("FILE_SCHEMA(\n  ('IFC2X3'));\n")), "IFC2X3");
 }
 
+TEST_F(StepSchemaTest, IsReadOfUtf16)
+{
+    const std::string filled = "FILE_SCHEMA(('IFC4'));\n" + std::string(200000, ' ');
+    for (const bool isBigEndian : {false, true})
+    {
+        for (const std::string& file : {StepFile("FILE_SCHEMA(('IFC4'));\n"), StepFile(filled)})
+        {
+            const std::u16string wide(file.begin(), file.end());
+            EXPECT_EQ(SchemaOf(MarkedUtf16(wide, isBigEndian)), "IFC4");
+        }
+    }
+    EXPECT_EQ(SchemaOf("\xFF"), "");
+    EXPECT_EQ(SchemaOf("\xFF\xFE"), "");
+    EXPECT_EQ(SchemaOf("\xFE\xFFI"), "");
+}
+
 TEST_F(StepSchemaTest, IsEmptyWhereNoneIsStated)
 {
     EXPECT_EQ(SchemaOf(""), "");

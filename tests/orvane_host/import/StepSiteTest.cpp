@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
 #include <sstream>
 #include <string>
 
@@ -165,4 +167,22 @@ TEST(StepSite, IsInTheReportOfAnImport)
     ASSERT_TRUE(box) << box.error.Line();
     EXPECT_FALSE(box.report.place);
     EXPECT_FALSE(box.report.north);
+}
+
+TEST(StepSite, IsInTheReportOfAnImportOfUtf16)
+{
+    std::ifstream stream(kTestModels + "IFC/AC14-FZK-Haus.ifc", std::ios::binary);
+    const std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    const std::u16string wide(text.begin(), text.end());
+    const TemporaryFolder folder;
+    for (const bool isBigEndian : {false, true})
+    {
+        WriteFile(folder.Path("house.ifc"), MarkedUtf16(wide, isBigEndian));
+        const ImportResult house = ModelImporter::Import(folder.Path("house.ifc"));
+        ASSERT_TRUE(house) << house.error.Line();
+        ASSERT_TRUE(house.report.place);
+        EXPECT_NEAR(house.report.place->latitude, 52.0 + 31.0 / 60.0, 1e-9);
+        EXPECT_NEAR(house.report.place->longitude, 13.4, 1e-9);
+        EXPECT_TRUE(house.report.north);
+    }
 }

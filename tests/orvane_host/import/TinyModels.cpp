@@ -72,6 +72,18 @@ void WriteFile(const std::string& path, const Bytes& content)
         .write(reinterpret_cast<const char*>(content.data()), static_cast<std::streamsize>(content.size()));
 }
 
+std::string MarkedUtf16(const std::u16string& text, bool isBigEndian)
+{
+    std::string bytes;
+    for (const char16_t unit : u"\uFEFF" + text)
+    {
+        const char low = static_cast<char>(unit & 0xFF);
+        const char high = static_cast<char>(unit >> 8);
+        bytes += {isBigEndian ? high : low, isBigEndian ? low : high};
+    }
+    return bytes;
+}
+
 std::string CubeObj()
 {
     std::ostringstream text;

@@ -13,6 +13,9 @@ namespace OV::Test
 void WriteFile(const std::string& path, const std::string& content);
 void WriteFile(const std::string& path, const Bytes& content);
 
+/// Text in UTF-16 after the mark of its order.
+std::string MarkedUtf16(const std::u16string& text, bool isBigEndian);
+
 /// A unit cube about the origin, 8 vertices and 6 quads without normals, as OBJ text.
 std::string CubeObj();
 

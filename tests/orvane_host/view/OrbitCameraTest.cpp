@@ -240,6 +240,25 @@ TEST_P(OrbitCameraBoth, NamedViewsAreThoseOfViewFit)
     }
 }
 
+TEST_P(OrbitCameraBoth, WhatIsNoNamedViewIsTheFirst)
+{
+    for (const int view : {-1, 7, 1000000})
+    {
+        Scene scene;
+        CameraNode fitted(&scene);
+        CameraNode& first = *scene.GetCameraNode();
+        ViewFit::Frame(first, {-4, -1, -2}, {6, 5, 3}, NamedView::Iso, ViewFitOptions());
+        ViewFit::Frame(fitted, {-4, -1, -2}, {6, 5, 3}, static_cast<NamedView>(view), ViewFitOptions());
+        EXPECT_EQ(fitted.GetGlobal().GetPosition(), first.GetGlobal().GetPosition());
+        camera.LookFrom(NamedView::Top);
+        camera.LookFrom(NamedView::Iso);
+        const OrbitState state = camera.GetState();
+        camera.LookFrom(static_cast<NamedView>(view));
+        EXPECT_EQ(camera.GetState().azimuth, state.azimuth);
+        EXPECT_EQ(camera.GetState().elevation, state.elevation);
+    }
+}
+
 TEST_P(OrbitCameraBoth, ZoomEndsAtBothEnds)
 {
     for (int i = 0; i < 1000; ++i)

@@ -1,0 +1,335 @@
+#include "tests/orvane_host/present/PresentationModels.h"
+
+#include "orvane_host/present/PresentationRenderer.h"
+#include "orvane_host/sheet/Notes.h"
+#include "orvane/scene/CameraNode.h"
+#include "orvane/scene/LineStyle.h"
+#include "orvane/scene/Material.h"
+#include "orvane/scene/Mesh.h"
+#include "orvane/scene/MeshNode.h"
+
+#include <GL/glew.h>
+
+#include <limits>
+#include <string>
+#include <vector>
+
+namespace OV::Test
+{
+
+namespace
+{
+
+using Host::Look;
+using Host::Presentation;
+using Host::PresentationSettings;
+
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+
+/// Numbers that arithmetic of a host may come to.
+constexpr float kNumbers[] = {std::numeric_limits<float>::quiet_NaN(), kInfinity, -kInfinity, 0.0f, -1.0f, 1e-38f, 1e-20f,
+                              1e3f, 1e20f, 3e38f, -3e38f};
+
+/// What hosts get wrong.
+class PresentationHost : public PresentationFixture
+{
+protected:
+    /// Every stage that a frame may have.
+    static PresentationSettings EveryStage(Look look)
+    {
+        PresentationSettings settings;
+        settings.look = look;
+        settings.sky = true;
+        settings.surroundings = "sky";
+        settings.fog = Host::FogRange{1.0f, 50.0f};
+        settings.occlusion = true;
+        settings.lines.emplace().hidden = Host::HiddenLines::Dashed;
+        settings.edges.emplace();
+        settings.sun.emplace().direction = Vector(1, 2, 1);
+        settings.shadows.emplace().soft = true;
+        settings.ground.emplace();
+        settings.glass.order = Host::GlassOrder::Exact;
+        if (look != Look::Crosshatch)
+        {
+            settings.section.planes = {{Vector(0.0f, 1.0f, 0.1f), Vector(0.0f, 0.6f, 0.0f)}};
+            settings.section.outlineWidth = 2.0f;
+        }
+        settings.sheet.title = "Title";
+        settings.sheet.scaleBar = true;
+        settings.sheet.north = 10.0f;
+        settings.batches.use = Host::BatchUse::On;
+        return settings;
+    }
+
+    static void ExpectNoError(const std::string& after)
+    {
+        EXPECT_EQ(glGetError(), GLenum{GL_NO_ERROR}) << after;
+    }
+
+    /// Draws once in the fixture's size, and expects what was drawn before.
+    void ExpectBack(Presentation& presentation, const Picture& before, const std::string& after)
+    {
+        ExpectNoError(after);
+        ExpectSame(Draw(presentation), before, after);
+        ExpectNoError("back " + after);
+    }
+};
+
+} // namespace
+
+TEST_F(PresentationHost, DrawsInAnySizeAndComesBack)
+{
+    const struct
+    {
+        Look look;
+        Host::Antialiasing antialiasing;
+    } cases[] = {{Look::Advanced, Host::Antialiasing::Multisampling},
+                 {Look::Crosshatch, Host::Antialiasing::Supersampling},
+                 {Look::Phong, Host::Antialiasing::Filter}};
+    const int sizes[][2] = {{0, 0},     {0, 40},    {1, 1},  {1, 40},    {40, 1},
+                            {16384, 1}, {1, 16384}, {-5, 7}, {100000, 1}};
+    for (const auto& [look, antialiasing] : cases)
+    {
+        const auto presentation = PresentBoxes();
+        PresentationSettings settings = EveryStage(look);
+        settings.antialiasing = antialiasing;
+        Apply(*presentation, settings);
+        const Picture before = Draw(*presentation);
+        for (const auto& [width, height] : sizes)
+        {
+            presentation->Draw(width, height);
+            presentation->Pick(0, 0);
+            ExpectBack(*presentation, before, std::to_string(width) + " x " + std::to_string(height));
+        }
+    }
+}
+
+TEST_F(PresentationHost, TakesAnyRatioOfPixelsAndComesBack)
+{
+    for (const auto antialiasing : {Host::Antialiasing::Multisampling, Host::Antialiasing::Supersampling})
+    {
+        const auto presentation = PresentBoxes();
+        PresentationSettings settings = EveryStage(Look::Advanced);
+        settings.antialiasing = antialiasing;
+        Apply(*presentation, settings);
+        const Picture before = Draw(*presentation);
+        for (const float ratio : kNumbers)
+        {
+            presentation->Draw(Width(), Height(), ratio);
+            if (antialiasing == Host::Antialiasing::Multisampling)
+            {
+                presentation->GetRenderer().SetDevicePixelRatio(ratio);
+                presentation->Draw(Width(), Height());
+                presentation->GetRenderer().SetDevicePixelRatio(1.0f);
+            }
+            ExpectBack(*presentation, before, "a ratio of " + std::to_string(ratio));
+        }
+    }
+}
+
+TEST_F(PresentationHost, SuspendsWithEveryStageAtAnyTime)
+{
+    for (const Look look : {Look::Advanced, Look::Crosshatch, Look::Phong, Look::Monotone, Look::Basic})
+    {
+        const auto presentation = PresentBoxes();
+        Apply(*presentation, EveryStage(look));
+        const Picture before = Draw(*presentation);
+        presentation->Suspend();
+        presentation->Draw(Width(), Height());
+        presentation->Suspend();
+        presentation->Pick(3, 3);
+        ExpectNoError("suspended");
+        presentation->Resume();
+        presentation->Resume();
+        ExpectBack(*presentation, before, "resumed");
+        presentation->Suspend();
+        Apply(*presentation, PresentationSettings());
+        Apply(*presentation, EveryStage(look));
+        presentation->Resume();
+        ExpectBack(*presentation, before, "changed while suspended");
+    }
+}
+
+TEST_F(PresentationHost, CameraWithNumbersThatAreNoneDrawsAndComesBack)
+{
+    const auto presentation = PresentBoxes();
+    Apply(*presentation, EveryStage(Look::Advanced));
+    const Picture before = Draw(*presentation);
+    for (const float number : kNumbers)
+    {
+        const std::string after = "with " + std::to_string(number);
+        presentation->SetCamera(Vector(number, 1, 1), Vector(0, 0, 0));
+        Draw(*presentation);
+        presentation->SetCamera(Vector(3, 4, 5), Vector(0, number, 0));
+        Draw(*presentation);
+        presentation->SetCamera(Vector(3, 4, 5), Vector(0, 0, 0), Vector(number, number, 0));
+        Draw(*presentation);
+        presentation->SetViewHeight(number);
+        Draw(*presentation);
+        Transform place;
+        place.SetPosition(Vector(number, 0, 1));
+        presentation->SetCamera(place, number);
+        Draw(*presentation);
+        CameraNode& camera = presentation->GetCamera();
+        const float angle = camera.GetFOV();
+        camera.SetFOV(number);
+        Draw(*presentation);
+        presentation->Pick(5, 5);
+        ExpectNoError(after);
+        camera.SetFOV(angle);
+        const float reach = camera.GetDistanceToTarget();
+        camera.SetDistanceToTarget(number);
+        Draw(*presentation);
+        camera.SetDistanceToTarget(reach);
+        presentation->FrameAll();
+        Apply(*presentation, PresentationSettings());
+        Apply(*presentation, EveryStage(Look::Advanced));
+        ExpectBack(*presentation, before, after);
+    }
+}
+
+TEST_F(PresentationHost, NodesMayStandAnywhere)
+{
+    const auto presentation = PresentBoxes();
+    PresentationSettings settings = EveryStage(Look::Advanced);
+    // A node that moves leaves its batch.
+    settings.batches.use = Host::BatchUse::Off;
+    Apply(*presentation, settings);
+    const Picture before = Draw(*presentation);
+    Node* const node = presentation->FindNode("house/left");
+    ASSERT_TRUE(node);
+    const Transform place = node->GetLocal();
+    for (const float number : kNumbers)
+    {
+        Transform other;
+        other.SetPosition(Vector(number, 0, 1));
+        node->SetLocal(other);
+        Draw(*presentation);
+        presentation->FrameAll();
+        Draw(*presentation);
+        node->SetLocal(place);
+        presentation->FrameAll();
+        Apply(*presentation, PresentationSettings());
+        Apply(*presentation, settings);
+        ExpectBack(*presentation, before, "a place of " + std::to_string(number));
+    }
+}
+
+TEST_F(PresentationHost, MaterialsMayHoldAnyNumber)
+{
+    const auto presentation = PresentBoxes();
+    Apply(*presentation, EveryStage(Look::Advanced));
+    const Picture before = Draw(*presentation);
+    for (const float number : kNumbers)
+    {
+        for (Material* material : presentation->GetScene().GetOptimizedMaterials())
+        {
+            const float factor = material->polygonOffsetFactor;
+            const float units = material->polygonOffsetUnits;
+            const float size = material->pointSize;
+            const unsigned int flags = material->GetFlags();
+            // As an offset of many steps has it.
+            material->polygonOffsetFactor = number / 128.0f;
+            material->polygonOffsetUnits = number;
+            material->pointSize = number;
+            material->SetFlags(MaterialFlagPolygonOffset);
+            presentation->GetScene().MarkDirty();
+            Draw(*presentation);
+            material->SetFlags(MaterialFlagPoints);
+            presentation->GetScene().MarkDirty();
+            Draw(*presentation);
+            ExpectNoError("a material with " + std::to_string(number));
+            material->ClearFlags(MaterialFlagPoints);
+            material->polygonOffsetFactor = factor;
+            material->polygonOffsetUnits = units;
+            material->pointSize = size;
+            if ((flags & MaterialFlagPolygonOffset) == 0)
+            {
+                material->ClearFlags(MaterialFlagPolygonOffset);
+            }
+            presentation->GetScene().MarkDirty();
+        }
+        for (LineStyle* style : presentation->GetScene().GetLineStyles())
+        {
+            const float width = style->width;
+            style->width = number;
+            presentation->GetScene().MarkDirty();
+            Draw(*presentation);
+            style->width = width;
+            presentation->GetScene().MarkDirty();
+        }
+        ExpectBack(*presentation, before, "with " + std::to_string(number));
+    }
+}
+
+TEST_F(PresentationHost, DimensionsOfNoNumbersHaveATextAndAreRefused)
+{
+    const auto presentation = PresentBoxes();
+    for (const float number : kNumbers)
+    {
+        for (const int count : {0, 1, 2, 3, 4})
+        {
+            Host::Dimension dimension;
+            for (int i = 0; i < count; ++i)
+            {
+                dimension.points.emplace_back(i == 0 ? number : 1.0f, static_cast<float>(i), 0.0f);
+            }
+            EXPECT_FALSE(dimension.Text("m").empty());
+            presentation->SetDimensions({dimension});
+            Draw(*presentation);
+            ExpectNoError("a dimension");
+        }
+    }
+}
+
+TEST_F(PresentationHost, WhatAHostDeletesIsNoLongerDrawn)
+{
+    for (const auto use : {Host::BatchUse::On, Host::BatchUse::Off})
+    {
+        const auto presentation = PresentBoxes();
+        // Without those that the settings bring.
+        const std::vector<Mesh*> meshes(presentation->GetScene().EachMesh().begin(), presentation->GetScene().EachMesh().end());
+        std::vector<Material*> materials(presentation->GetScene().GetOptimizedMaterials().begin(),
+                                         presentation->GetScene().GetOptimizedMaterials().end());
+        PresentationSettings settings = EveryStage(Look::Advanced);
+        settings.batches.use = use;
+        Apply(*presentation, settings);
+        Draw(*presentation);
+        ASSERT_TRUE(presentation->Highlight("house/right", Color(1, 0, 0)));
+        ASSERT_TRUE(presentation->AddLabel("house/right/roof"));
+        ASSERT_TRUE(presentation->Hide("house/twin"));
+        const auto look = [&](const std::string& after) {
+            Draw(*presentation);
+            presentation->Pick({0, 0, Width(), Height()});
+            presentation->FrameShown();
+            presentation->GetStatistics();
+            Draw(*presentation);
+            ExpectNoError(after);
+        };
+        const Picture labelled = Draw(*presentation);
+        delete presentation->FindNode("house/right/roof");
+        look("a node");
+        EXPECT_FALSE(presentation->FindNode("house/right/roof"));
+        EXPECT_TRUE(labelled != Draw(*presentation)) << "it is still there";
+        delete presentation->FindNode("house/twin");
+        EXPECT_FALSE(presentation->Show("house/twin"));
+        delete presentation->FindNode("house/right");
+        EXPECT_FALSE(presentation->ClearHighlight("house/right"));
+        look("a node that was highlighted");
+        for (Mesh* mesh : meshes)
+        {
+            delete mesh;
+            look("a mesh");
+        }
+        for (Material* material : materials)
+        {
+            delete material;
+            look("a material");
+        }
+        presentation->ShowAll();
+        Apply(*presentation, PresentationSettings());
+        look("all settings");
+    }
+}
+
+} // namespace OV::Test
