@@ -140,6 +140,8 @@ TEST_F(BasicMaterialPixels, ColoursOfTheMaterialAtTheVerticesShowAsItsOwn)
     coloured.color *= vec4(0.5f, 1.0f, 0.25f, 1.0f);
     Fragment unlit = own;
     unlit.lightFactor = 1.0f;
+    // The first frame loads the entry points of GL.
+    DrawFrame();
     {
         const MaterialColorsScope colors(own.color, own.ambient);
         ExpectShade(DrawFrame(), kLeft, ShadeBasic(own));

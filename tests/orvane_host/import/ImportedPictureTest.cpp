@@ -294,7 +294,7 @@ TEST_F(ImportedPictureTest, ColoursOfTheVerticesMultiplyTheColourOfTheMaterial)
                   "\"nodes\":[{\"mesh\":0}],\"materials\":[{" + kUnlit +
                   "\"pbrMetallicRoughness\":{\"baseColorFactor\":[0.4,0.8,0,1]}}],\"meshes\":[{\"primitives\":["
                   "{\"attributes\":{\"POSITION\":0,\"COLOR_0\":1},\"indices\":2,\"material\":0}]}]"));
-    ExpectColorInRect(DrawIn(Look::Advanced), Inset({0, 0, Width(), Height()}, 4), Pixel{102, 102, 0, 255}, 1);
+    ExpectColorInRect(DrawIn(Look::Advanced), Inset({0, 0, Width(), Height()}, 4), Pixel{170, 170, 0, 255}, 1);
 }
 
 TEST_F(ImportedPictureTest, PointsShowTheirColours)
