@@ -73,6 +73,8 @@ Crowd::Crowd(int count, unsigned int seed, int colors) :
     }
 }
 
+Crowd::~Crowd() = default;
+
 std::shared_ptr<RawMesh> Crowd::MakeSolid(Dice& dice) const
 {
     const int sides = 4 + dice.Below(5);
@@ -162,6 +164,20 @@ Material& Crowd::AnyMaterial(Dice& dice) const
     return *m_materials[static_cast<std::size_t>(dice.Below(static_cast<int>(m_materials.size())))];
 }
 
+void Crowd::TakeOutOrPutBack(Material& material)
+{
+    if (material.GetScene())
+    {
+        m_scene->RemoveMaterial(&material);
+        m_apart.emplace_back(&material);
+        return;
+    }
+    const auto isIt = [&](const std::unique_ptr<Material>& apart) { return apart.get() == &material; };
+    const auto place = std::find_if(m_apart.begin(), m_apart.end(), isIt);
+    m_scene->AddMaterial(place->release());
+    m_apart.erase(place);
+}
+
 void Crowd::EditMaterial(Dice& dice)
 {
     Material& material = AnyMaterial(dice);
@@ -178,7 +194,7 @@ void Crowd::EditMaterial(Dice& dice)
         material.SetOpacity(dice.Below(2) != 0 ? 1.0f : 0.5f);
         m_scene->ProcessChangedMaterial(&material);
         return;
-    case 5: material.GetScene() ? m_scene->RemoveMaterial(&material) : m_scene->AddMaterial(&material); return;
+    case 5: TakeOutOrPutBack(material); return;
     case 6:
         material.SetAmbient(Color(0.4f * dice.Share(), 0.2f, 0.3f * dice.Share(), 1.0f));
         return;

@@ -33,6 +33,7 @@ public:
     /// @param colors how many solid materials there are besides that differ in their colours alone. With them their
     ///        fields are edited too.
     explicit Crowd(int count, unsigned int seed = 1, int colors = 0);
+    ~Crowd();
 
     /// Both go to the presentation.
     std::unique_ptr<Scene> scene;
@@ -48,11 +49,13 @@ public:
 private:
     void Add(Dice& dice);
     void EditMaterial(Dice& dice);
+    void TakeOutOrPutBack(Material& material);
     Material& AnyMaterial(Dice& dice) const;
     std::shared_ptr<RawMesh> MakeSolid(Dice& dice) const;
 
     Scene* m_scene;
     std::vector<Material*> m_materials;
+    std::vector<std::unique_ptr<Material>> m_apart; ///< those that are out of the scene
     std::vector<MeshNode*> m_nodes;
     NodeMaterial* m_paint; ///< in the scene
     int m_next = 0;
