@@ -2,6 +2,7 @@
 
 #include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/SceneRenderer.h"
+#include "orvane_host/present/detail/Batch.h"
 #include "orvane/effects/EffectES20.h"
 #include "orvane/effects/MaterialEffectES20.h"
 #include "orvane/imaging/TextureLoader.h"
@@ -10,6 +11,9 @@
 #include "orvane/scene/Mesh.h"
 
 #include <GL/gl.h>
+
+#include <algorithm>
+#include <utility>
 
 namespace OV::Host
 {
@@ -155,13 +159,43 @@ void StageAccess::Upload()
 
 void StageAccess::Draw(CameraNodeES20& cameraData, const std::vector<RenderItemES20>& items, RenderPass pass)
 {
-    m_renderer.RenderItemList(&cameraData, items, pass);
+    DrawItems(cameraData, items, pass);
 }
 
 void StageAccess::DrawInPicture(PresentationFrame& frame, const std::vector<RenderItemES20>& items, RenderPass pass)
 {
     const WholeViewportScope whole(frame);
-    m_renderer.RenderItemList(&frame.cameraData, items, pass);
+    DrawItems(frame.cameraData, items, pass);
+}
+
+void StageAccess::DrawItems(CameraNodeES20& cameraData, const std::vector<RenderItemES20>& items, RenderPass pass)
+{
+    const auto isOfSeveral = [this](const RenderItemES20& item) {
+        const bool isThere = item.mesh && !(HasLosses() && IsGone(item));
+        return isThere && Detail::BatchES20::HoldsColors(*item.mesh);
+    };
+    // The other passes read none of the colours.
+    const bool readsColors = pass == RenderPassDefault || pass == RenderPassAdvanced;
+    if (!readsColors || std::none_of(items.begin(), items.end(), isOfSeveral))
+    {
+        m_renderer.RenderItemList(&cameraData, items, pass);
+        return;
+    }
+    // A class of the host's may draw meanwhile.
+    std::vector<RenderItemES20> run = std::move(m_run);
+    auto begin = items.begin();
+    while (begin != items.end())
+    {
+        const bool several = isOfSeveral(*begin);
+        const auto end =
+            std::find_if(begin, items.end(), [&](const RenderItemES20& item) { return isOfSeveral(item) != several; });
+        run.assign(begin, end);
+        EffectES20::TakeMaterialColors(several);
+        m_renderer.RenderItemList(&cameraData, run, pass);
+        EffectES20::TakeMaterialColors(false);
+        begin = end;
+    }
+    m_run = std::move(run);
 }
 
 bool StageAccess::PrepareScreen()

@@ -79,7 +79,7 @@ public:
     /// the scene is listed the frame does so itself. GL.
     void Upload();
 
-    /// Draws items in order. GL.
+    /// Draws items in order, batches of several materials in the colours of each. GL.
     void Draw(CameraNodeES20& cameraData, const std::vector<RenderItemES20>& items, RenderPass pass);
 
     /// Draws surfaces of a frame's scene into a target that lies over the picture, or over its part that is
@@ -100,7 +100,10 @@ private:
 
     explicit StageAccess(SceneRenderer& renderer) : m_renderer(renderer) {}
 
+    void DrawItems(CameraNodeES20& cameraData, const std::vector<RenderItemES20>& items, RenderPass pass);
+
     SceneRenderer& m_renderer;
+    std::vector<RenderItemES20> m_run; ///< in a row, all with the colours of their vertices or none
 };
 
 } // namespace OV::Host

@@ -12,6 +12,7 @@
 #include "orvane/scene/Scene.h"
 #include "tests/effects/EffectSettingsGuard.h"
 #include "tests/renderer/RendererDoubles.h"
+#include "tests/support/CountingMeshData.h"
 #include "tests/support/GLRecorder.h"
 
 #include <gtest/gtest.h>
@@ -262,27 +263,6 @@ public:
 
 private:
     OpenRenderer20& m_renderer;
-};
-
-/// Render data that counts how often it is asked to draw.
-class CountingData : public MeshES20
-{
-public:
-    CountingData(Mesh* mesh, OpenRenderer20& drawnBy, bool drawsAsBase) : MeshES20(mesh, &drawnBy.bufferPool)
-    {
-        if (drawsAsBase)
-        {
-            DrawAsBase();
-        }
-    }
-
-    void Render(EffectES20* effect, const std::vector<MeshNode*>& nodes, bool specificNode) override
-    {
-        ++renders;
-        MeshES20::Render(effect, nodes, specificNode);
-    }
-
-    int renders = 0;
 };
 
 /// An effect of a host's class that points at positions and texture coordinates.
@@ -613,7 +593,7 @@ TEST(PlainDraws, DataThatSayTheyDrawAsTheBaseAreDrawnWithTheOthers)
             Stage stage(MakeOwn, kKinds[0], look);
             stage.Frame();
             const std::vector<std::string> before = stage.Frame();
-            auto* const data = new CountingData(stage.meshes[1], stage.renderer, saysSo);
+            auto* const data = new CountingMeshData(stage.meshes[1], &stage.renderer.bufferPool, saysSo);
             stage.meshes[1]->SetRenderData(data, true);
             stage.Frame();
             EXPECT_EQ(stage.Frame().size(), before.size() + 4) << look.label << ": its buffer is another one";

@@ -3,7 +3,6 @@
 #include "orvane_host/import/detail/ImportedMaterial.h"
 #include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/StageAccess.h"
-#include "orvane_host/present/detail/Batch.h"
 #include "orvane_host/present/detail/ConstantColorScope.h"
 #include "orvane_host/present/detail/DrawIdKeeper.h"
 #include "orvane_host/present/detail/Effects.h"
@@ -457,8 +456,6 @@ void SurfaceStage::DrawItems(PresentationFrame& frame, const std::vector<RenderI
     };
     AdvancedMaterialBaseES20* const shader =
         m_look == Look::Advanced ? m_advanced : m_look == Look::Phong ? m_phong : nullptr;
-    // The other passes read none of the colours.
-    const bool readsColors = pass == RenderPassDefault || pass == RenderPassAdvanced;
     const MeshStyleES20* style = nullptr;
     Dress dress;
     bool takesColors = false;
@@ -474,7 +471,6 @@ void SurfaceStage::DrawItems(PresentationFrame& frame, const std::vector<RenderI
             takesColors ? HowManyAreColored(item) : MaterialES20::Colored::None;
         dress.isColored = colored == MaterialES20::Colored::All;
         dress.isMixed = colored == MaterialES20::Colored::Some;
-        dress.isOfSeveral = readsColors && item.mesh && BatchES20::HoldsColors(*item.mesh);
         return dress;
     };
     auto begin = items.begin();
@@ -498,7 +494,6 @@ void SurfaceStage::DrawItems(PresentationFrame& frame, const std::vector<RenderI
         {
             shader->SetVertexColors(shared.isColored);
         }
-        EffectES20::TakeMaterialColors(shared.isOfSeveral);
         m_run.assign(begin, end);
         if (MaterialDataOf(*m_run.front().style))
         {
@@ -508,7 +503,6 @@ void SurfaceStage::DrawItems(PresentationFrame& frame, const std::vector<RenderI
         {
             frame.renderer.Draw(frame.cameraData, m_run, own);
         }
-        EffectES20::TakeMaterialColors(false);
         begin = end;
     }
     if (shader)

@@ -92,12 +92,10 @@ private:
         Reflection reflection;
         bool isColored = false; ///< by the colours of its vertices too
         bool isMixed = false;   ///< an item for all of a material, of which that holds for some
-        bool isOfSeveral = false; ///< a batch of several materials, whose colours its vertices hold
 
         bool operator==(const Dress& other) const
         {
-            return isColored == other.isColored && isMixed == other.isMixed && isOfSeveral == other.isOfSeveral
-                && reflection == other.reflection;
+            return isColored == other.isColored && isMixed == other.isMixed && reflection == other.reflection;
         }
     };
 

@@ -2,6 +2,8 @@
 
 #include "orvane_host/import/detail/ImportedMaterial.h"
 #include "orvane_host/present/BatchSettings.h"
+#include "orvane_host/present/PresentationFrame.h"
+#include "orvane_host/present/StageAccess.h"
 #include "orvane/math/Transform.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/LightNode.h"
@@ -10,8 +12,11 @@
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/RawMesh.h"
 #include "orvane/scene/Scene.h"
+#include "tests/orvane_host/present/AddedStage.h"
 #include "tests/orvane_host/present/PresentationStage.h"
 #include "tests/support/GLRecorder.h"
+
+#include <GL/glew.h>
 
 #include <algorithm>
 #include <cmath>
@@ -206,6 +211,30 @@ TEST_F(BatchAlikes, EveryLookShowsThemAsNodeByNode)
                 << ", node by node " << Middle(expected, i);
         }
     }
+}
+
+TEST_F(BatchAlikes, AStageOfTheHostsThatDrawsTheFramesItemsShowsTheirColours)
+{
+    Fill(60);
+    auto* const stage = new AddedStage(std::make_shared<StageRecord>());
+    bool asPart = false;
+    stage->draw = [&](Host::PresentationFrame& frame) {
+        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        if (asPart)
+        {
+            frame.renderer.DrawInPicture(frame, frame.items.all, RenderPassDefault);
+        }
+        else
+        {
+            frame.renderer.Draw(frame.cameraData, frame.items.all, RenderPassDefault);
+        }
+    };
+    renderer->AddStage(std::unique_ptr<Host::PresentationStage>(stage), Host::StageSlot::AfterSurfaces);
+    DrawTogether(3);
+    ASSERT_GT(Counts().pieces, 0u);
+    ExpectColors(Draw(), "drawn anew");
+    asPart = true;
+    ExpectColors(Draw(), "drawn anew as a part of the picture");
 }
 
 TEST_F(BatchAlikes, AColourThatChangesShowsAtOnceAndTakesNoDrawMore)

@@ -15,6 +15,7 @@
 #include "orvane/scene/Scene.h"
 #include "tests/orvane_host/present/AddedStage.h"
 #include "tests/orvane_host/present/PresentationStage.h"
+#include "tests/support/CountingMeshData.h"
 #include "tests/support/GLRecorder.h"
 
 #include <algorithm>
@@ -198,27 +199,6 @@ protected:
     std::vector<MeshNode*> nodes;
 };
 
-/// Render data that count how often they are asked to draw.
-class CountingData : public MeshES20
-{
-public:
-    CountingData(Mesh* mesh, SharedBufferPool* pool, bool drawsAsBase) : MeshES20(mesh, pool)
-    {
-        if (drawsAsBase)
-        {
-            DrawAsBase();
-        }
-    }
-
-    void Render(EffectES20* effect, const std::vector<MeshNode*>& nodes, bool specificNode) override
-    {
-        ++renders;
-        MeshES20::Render(effect, nodes, specificNode);
-    }
-
-    int renders = 0;
-};
-
 } // namespace
 
 TEST_F(WholeMaterials, LookAsMeshByMesh)
@@ -340,24 +320,24 @@ TEST_F(WholeMaterials, StagesDrawPlainMeshesInOneLoop)
     Record();
     for (const bool drawAsBase : {true, false})
     {
-        std::vector<CountingData*> counted;
+        std::vector<CountingMeshData*> counted;
         for (std::size_t i = 0; i < nodes.size(); ++i)
         {
             Mesh& mesh = MeshOf(i);
             SharedBufferPool* const pool = static_cast<MeshES20*>(mesh.GetRenderData())->pool;
-            counted.push_back(new CountingData(&mesh, pool, drawAsBase));
+            counted.push_back(new CountingMeshData(&mesh, pool, drawAsBase));
             mesh.SetRenderData(counted.back(), true);
         }
         for (const Stage& stage : Stages())
         {
             stage.use();
             Record();
-            for (CountingData* const data : counted)
+            for (CountingMeshData* const data : counted)
             {
                 data->renders = 0;
             }
             RecordWithNewSun();
-            const auto fewer = [](const CountingData* a, const CountingData* b) { return a->renders < b->renders; };
+            const auto fewer = [](const auto* a, const auto* b) { return a->renders < b->renders; };
             const auto [least, most] = std::minmax_element(counted.begin(), counted.end(), fewer);
             if (drawAsBase)
             {
