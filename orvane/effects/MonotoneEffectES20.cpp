@@ -1,9 +1,13 @@
 #include "orvane/effects/MonotoneEffectES20.h"
 
+#include "orvane/effects/detail/PlainLoop.h"
+#include "orvane/effects/detail/RepeatedUniform.h"
 #include "orvane/effects/shaders/MonotoneEffectES20.frag.h"
 #include "orvane/effects/shaders/MonotoneEffectES20.vert.h"
 #include "orvane/math/Matrix.h"
 #include "orvane/math/Vector.h"
+#include "orvane/math/detail/MatrixProduct.h"
+#include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
@@ -98,7 +102,41 @@ bool DrawsPoints(const MeshNode& node)
     return material && (material->GetFlags() & MaterialFlagPoints) != 0;
 }
 
+void SetWinding(MeshNode& node)
+{
+    glFrontFace(node.IsGlobalMirror() ? GL_CW : GL_CCW);
+}
+
 } // namespace
+
+/// What BindMeshUniforms sends for each of many nodes.
+class MonotoneEffectES20::NodeUniforms
+{
+public:
+    explicit NodeUniforms(MonotoneEffectES20& effect) :
+        m_effect(effect), m_viewProjection(effect.m_camera->GetMVP()),
+        m_product(effect.m_current, UniformMvpMatrix, effect.Has(UniformMvpMatrix)),
+        m_world(effect.m_current, UniformWorldTransform, effect.Has(UniformWorldTransform))
+    {
+    }
+
+    void Send(MeshNode& node)
+    {
+        const Matrix& world = *node.GetGlobalMatrix();
+        Matrix product;
+        detail::Multiply(product.m, m_viewProjection.m, world.m);
+        m_product.Send(product);
+        SetWinding(node);
+        m_effect.SetSurface(&node);
+        m_world.Send(world);
+    }
+
+private:
+    MonotoneEffectES20& m_effect;
+    const Matrix& m_viewProjection;
+    detail::RepeatedUniform m_product;
+    detail::RepeatedUniform m_world;
+};
 
 MonotoneEffectES20::MonotoneEffectES20(EffectCache* cache) : MaterialEffectES20(cache)
 {
@@ -130,20 +168,58 @@ void MonotoneEffectES20::Remove()
 
 void MonotoneEffectES20::BindMeshAttributes(MeshES20* mesh)
 {
-    EnableAttribute(AttributePosition, 3, mesh->GetStride(), mesh->GetPositionOffset());
+    BindStreams(StreamsOf(*mesh));
     Set(UniformShowFaceSides, ShowsFaceSides(mesh) ? 1 : 0);
 }
 
-void MonotoneEffectES20::ReleaseMeshAttributes(MeshES20*)
+void MonotoneEffectES20::BindStreams(const Streams& streams)
+{
+    EnableAttribute(AttributePosition, 3, streams.stride, streams.position);
+}
+
+void MonotoneEffectES20::BindNoFlags()
+{
+    Set(UniformShowFaceSides, 0);
+}
+
+void MonotoneEffectES20::ReleaseMeshAttributes(MeshES20* mesh)
+{
+    ReleaseStreams(StreamsOf(*mesh));
+}
+
+void MonotoneEffectES20::ReleaseStreams(const Streams&)
 {
     DisableAttribute(AttributePosition);
+    EndMesh();
+}
+
+void MonotoneEffectES20::EndMesh()
+{
     glFrontFace(GL_CCW);
+}
+
+detail::PlainPointers MonotoneEffectES20::PointersOf(const Streams& behindPosition) const
+{
+    detail::PlainPointers pointers;
+    pointers.Add(AttributePosition, 3, behindPosition.position);
+    return pointers;
+}
+
+bool MonotoneEffectES20::CanRepeat() const
+{
+    // Values of clip planes are compared with what is known of them, which NodeUniforms leaves out.
+    return !Has(UniformNumClipPlanes);
+}
+
+void MonotoneEffectES20::DrawPlain(detail::PlainDraw* draws, detail::PlainDraw* end)
+{
+    detail::PlainLoop<MonotoneEffectES20>(*this).Draw(draws, end);
 }
 
 void MonotoneEffectES20::BindMeshUniforms(MeshNode* node)
 {
     Set(UniformMvpMatrix, ModelViewProjection(node));
-    glFrontFace(node->IsGlobalMirror() ? GL_CW : GL_CCW);
+    SetWinding(*node);
     SetSurface(node);
     Set(UniformWorldTransform, *node->GetGlobalMatrix());
     if (SetClipPlanes(UniformClipPlaneNormals, UniformClipPlanePositions, UniformNumClipPlanes, clipPlanesActive) > 0)

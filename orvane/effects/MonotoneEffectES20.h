@@ -24,11 +24,27 @@ public:
     void Apply(MaterialES20* material, CameraNodeES20* camera) override;
     void Remove() override;
 
+    /// Draws meshes one after another as MeshES20::Render does each, with the same calls. GL.
+    ///
+    /// Between Apply and Remove, and on an effect of this very class: a derived one is asked for each
+    /// mesh.
+    void DrawPlain(detail::PlainDraw* draws, detail::PlainDraw* end);
+
     /// True in the second pass. Set before Apply.
     bool passFlag = false;
 
 private:
+    friend class detail::PlainLoop<MonotoneEffectES20>;
+
+    class NodeUniforms;
+
     void SetSurface(MeshNode* node);
+    void BindStreams(const Streams& streams);
+    void ReleaseStreams(const Streams& streams);
+    void BindNoFlags();
+    void EndMesh();
+    bool CanRepeat() const;
+    detail::PlainPointers PointersOf(const Streams& behindPosition) const;
 };
 
 } // namespace OV

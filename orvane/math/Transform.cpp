@@ -5,11 +5,54 @@
 
 #include <cmath>
 
+#if defined(__SSE2__) && defined(__GNUC__)
+#define ORVANE_PRODUCT_BY_ROWS
+#include <xmmintrin.h>
+#endif
+
 namespace OV
 {
 
 namespace
 {
+
+#ifdef ORVANE_PRODUCT_BY_ROWS
+
+/// Two halves where the processor has no register of that size.
+using Row = double __attribute__((vector_size(4 * sizeof(double)), aligned(alignof(double)), may_alias));
+
+/// The same products and sums in the same order as Transf3d::operator*, a row at a time: the floats are made
+/// before a row leaves its register.
+__attribute__((always_inline)) inline void MultiplyRows(double (&product)[4][4], const double (&a)[4][4],
+                                                        const double (&b)[4][4], float* inFloats)
+{
+    const auto* const right = reinterpret_cast<const Row*>(b);
+    const Row first = right[0];
+    const Row second = right[1];
+    const Row third = right[2];
+    const Row fourth = right[3];
+    __m128 narrow[4];
+    for (int row = 0; row < 4; ++row)
+    {
+        const double* const left = a[row];
+        const Row sum = left[0] * first + left[1] * second + left[2] * third + left[3] * fourth;
+        *reinterpret_cast<Row*>(product[row]) = sum;
+        narrow[row] = __builtin_convertvector(sum, __m128);
+    }
+    _MM_TRANSPOSE4_PS(narrow[0], narrow[1], narrow[2], narrow[3]);
+    for (int column = 0; column < 4; ++column)
+    {
+        _mm_storeu_ps(inFloats + column * 4, narrow[column]);
+    }
+}
+
+__attribute__((target("avx"))) void MultiplyByAvx(double (&product)[4][4], const double (&a)[4][4],
+                                                  const double (&b)[4][4], float* inFloats)
+{
+    MultiplyRows(product, a, b, inFloats);
+}
+
+#endif
 
 Vector Narrow(const QGM::Vector3d& v)
 {
@@ -50,6 +93,23 @@ void ExtractLinear(const QGM::Transf3d& transform, float* out)
 }
 
 } // namespace
+
+void Transform::Multiply(const Transform& a, const Transform& b, Matrix& inFloats)
+{
+#ifdef ORVANE_PRODUCT_BY_ROWS
+    if (__builtin_cpu_supports("avx"))
+    {
+        MultiplyByAvx(m_transform.m, a.m_transform.m, b.m_transform.m, inFloats.m);
+    }
+    else
+    {
+        MultiplyRows(m_transform.m, a.m_transform.m, b.m_transform.m, inFloats.m);
+    }
+#else
+    Multiply(a, b);
+    ExtractMatrix(inFloats);
+#endif
+}
 
 void Transform::SetPosition(const Vector& v)
 {

@@ -3,8 +3,10 @@
 #include "orvane/effects/AdvancedMaterialEffectES20.h"
 #include "orvane/effects/AdvancedMaterialPhongEffectES20.h"
 #include "orvane/effects/BasicMaterialEffectES20.h"
+#include "orvane/effects/CrosshatchEffectES20.h"
 #include "orvane/effects/DepthIdPassEffectES20.h"
 #include "orvane/effects/MaterialEffectES20.h"
+#include "orvane/effects/MonotoneEffectES20.h"
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/RenderItemES20.h"
 #include "orvane/renderdata/detail/PlainDraw.h"
@@ -40,6 +42,8 @@ PlainDraws::DrawBy PlainDraws::WayOf(const EffectES20& effect)
         {typeid(BasicMaterialEffectES20), &DrawByClass<BasicMaterialEffectES20>},
         {typeid(AdvancedMaterialEffectES20), &DrawByClass<AdvancedMaterialEffectES20>},
         {typeid(AdvancedMaterialPhongEffectES20), &DrawByClass<AdvancedMaterialPhongEffectES20>},
+        {typeid(CrosshatchEffectES20), &DrawByClass<CrosshatchEffectES20>},
+        {typeid(MonotoneEffectES20), &DrawByClass<MonotoneEffectES20>},
         {typeid(DepthIdPassEffectES20), &DrawByClass<DepthIdPassEffectES20>},
     };
     const std::type_info& type = typeid(effect);

@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <iterator>
 #include <list>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -72,6 +73,19 @@ public:
 
     Node(const Node&) = delete;
     Node& operator=(const Node&) = delete;
+
+    // Nodes that are made one after another, of the engine's own classes that scenes have many of, lie side
+    // by side in memory: a large scene whose nodes move is bound by it. For any thread.
+    static void* operator new(std::size_t size);
+    static void* operator new(std::size_t size, const std::nothrow_t& tag) noexcept;
+    static void* operator new(std::size_t size, std::align_val_t alignment);
+    static void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t& tag) noexcept;
+    static void* operator new(std::size_t size, void* place) noexcept;
+    static void operator delete(void* memory) noexcept;
+    static void operator delete(void* memory, const std::nothrow_t& tag) noexcept;
+    static void operator delete(void* memory, std::align_val_t alignment) noexcept;
+    static void operator delete(void* memory, std::align_val_t alignment, const std::nothrow_t& tag) noexcept;
+    static void operator delete(void* memory, void* place) noexcept;
 
     /// Places the node relative to its parent. The global transform follows at the next
     /// UpdateGraph.
@@ -166,6 +180,10 @@ public:
     /// it holds changes with an UpdateGraph that moves the node.
     Matrix* GetGlobalMatrix()
     {
+        if (globalMatrixDirty.m_state == MatrixFlag::UpAhead)
+        {
+            globalMatrixDirty = false;
+        }
         return m_hasGlobalMatrix && !globalMatrixDirty ? &m_globalMatrix : UpdateGlobalMatrix();
     }
 
@@ -313,6 +331,13 @@ private:
 
 protected:
     int userData = 0;
+
+private:
+    // Among the children of the parent. Here, so that the transforms begin at a multiple of 16 bytes: moving
+    // nodes take a tenth more time where 16 bytes of them lie in two cache lines.
+    Node* m_nextSibling = nullptr;
+
+protected:
     Transform local;
     Transform global;
 
@@ -379,15 +404,16 @@ private:
 
     const Matrix3x3& UpdateNormals();
 
-    /// Brings up to date what rendering takes, in the walk that has composed the global transform.
-    void ConvertAhead();
+    /// Composes the global transform where this node or its parent has moved, in a node that has a scene.
+    void FollowParent();
+
+    /// The walk of an update below this node.
+    void UpdateBelow();
 
     /// All nodes of a scene, attached or not, so that it can tell them that it is gone.
     Node* m_previousOfScene = nullptr;
     Node* m_nextOfScene = nullptr;
-    // Among the children of the parent.
-    Node* m_previousSibling = nullptr;
-    Node* m_nextSibling = nullptr;
+    Node* m_previousSibling = nullptr; ///< among the children of the parent
 };
 
 /// The children of a node, in the order of Node::AddChild.

@@ -3,6 +3,9 @@
 #include "tests/math/MathTesting.h"
 
 #include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <random>
 #include <type_traits>
 
 using namespace MathTesting;
@@ -40,6 +43,26 @@ Quaternion SomeRotation()
 double ColumnLength(const Matrix4& m, int c)
 {
     return std::hypot(m[0][c], m[1][c], m[2][c]);
+}
+
+/// Whether both are the same number, with the same sign of zero, or neither is a number.
+template <class Number>
+bool IsSame(Number a, Number b)
+{
+    return std::isnan(a) ? std::isnan(b) : a == b && std::signbit(a) == std::signbit(b);
+}
+
+void ExpectSameProduct(const Transform& product, const Matrix& inFloats, const Transform& a, const Transform& b)
+{
+    Transform expected;
+    expected.Multiply(a, b);
+    Matrix expectedInFloats;
+    expected.ExtractMatrix(expectedInFloats);
+    for (int i = 0; i < 16; ++i)
+    {
+        EXPECT_TRUE(IsSame(product.GetTransf3d().m[i / 4][i % 4], expected.GetTransf3d().m[i / 4][i % 4])) << i;
+        EXPECT_TRUE(IsSame(inFloats.m[i], expectedInFloats.m[i])) << i;
+    }
 }
 
 } // namespace
@@ -109,6 +132,44 @@ TEST(Transform, MultiplyMayOverwriteEitherOperand)
     Transform both = MakeTransform(a);
     both.Multiply(both, both);
     ExpectNear(Elements(both), Product(a, a), 1e-13);
+}
+
+TEST(Transform, MultiplyWithFloatsGivesWhatMultiplyAndExtractMatrixGive)
+{
+    std::mt19937 dice(3);
+    const double special[] = {0.0, -0.0, 1.0, -1.0, 1e300, -1e300, 1e-300, HUGE_VAL, std::nan("")};
+    std::uniform_real_distribution<double> plain(-100.0, 100.0);
+    for (int round = 0; round < 1000; ++round)
+    {
+        Matrix4 elements[2];
+        for (Matrix4& matrix : elements)
+        {
+            for (auto& row : matrix)
+            {
+                for (double& element : row)
+                {
+                    element = dice() % 20 < static_cast<unsigned>(round % 4) ? special[dice() % std::size(special)]
+                                                                             : plain(dice);
+                }
+            }
+        }
+        const Transform a = MakeTransform(elements[0]);
+        const Transform b = MakeTransform(elements[1]);
+        Matrix inFloats;
+        Transform product;
+        product.Multiply(a, b, inFloats);
+        ExpectSameProduct(product, inFloats, a, b);
+        product = a;
+        product.Multiply(product, b, inFloats);
+        ExpectSameProduct(product, inFloats, a, b);
+        product = b;
+        product.Multiply(a, product, inFloats);
+        ExpectSameProduct(product, inFloats, a, b);
+        product.Multiply(product, product, inFloats);
+        Transform ab;
+        ab.Multiply(a, b);
+        ExpectSameProduct(product, inFloats, ab, ab);
+    }
 }
 
 TEST(Transform, InvertMayOverwriteItsOperand)

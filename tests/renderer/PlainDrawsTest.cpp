@@ -67,6 +67,9 @@ const Look kLooks[] = {
     {"Phong", RenderPassAdvanced, EffectCache::AdvancedMaterialPhong},
     {"identifiers of vertices", RenderPassDepthId, EffectCache::AdvancedMaterial, 0},
     {"identifiers of nodes", RenderPassDepthId, EffectCache::AdvancedMaterial, 1},
+    {"monotone", RenderPassMonotone, EffectCache::AdvancedMaterial},
+    {"monotone, second pass", RenderPassMonotoneSecond, EffectCache::AdvancedMaterial},
+    {"crosshatch", RenderPassCrosshatch, EffectCache::AdvancedMaterial},
 };
 const Look& kBasic = kLooks[0];
 
@@ -366,6 +369,14 @@ const Change kChanges[] = {
      {
          s.meshes[1]->RemoveNode(s.nodes[1]);
          s.meshes[1]->AddNode(s.nodes[3]);
+     }},
+    {"a node shows a mesh of points first",
+     [](Stage& s)
+     {
+         s.meshes[1]->RemoveNode(s.nodes[1]);
+         s.meshes[3]->AddNode(s.nodes[1]);
+         s.meshes[1]->AddNode(s.nodes[1]);
+         s.other->SetFlags(MaterialFlagPoints);
      }},
     {"a mesh is shown nowhere", [](Stage& s) { s.meshes[1]->RemoveNode(s.nodes[1]); }},
     {"a node dies", [](Stage& s) { delete s.nodes[1]; }},

@@ -163,9 +163,15 @@ TEST(NodesWithMeshesOfTheirOwn, TakeFewBlocksAndBytes)
 
     RecordProperty("blocks", std::to_string(PerNode(empty.blocks, built.blocks, count)));
     RecordProperty("bytes", std::to_string(PerNode(empty.bytes, drawn.bytes, count)));
-    EXPECT_LE(PerNode(empty.blocks, built.blocks, count), 6.1) << "four of them geometry, and the node and the mesh";
+    // The sanitizer has each node by itself.
+#if defined(__SANITIZE_ADDRESS__)
+    constexpr double blocksOfNode = 1.0;
+#else
+    constexpr double blocksOfNode = 0.0;
+#endif
+    EXPECT_LE(PerNode(empty.blocks, built.blocks, count), blocksOfNode + 5.1) << "four of them geometry, and the mesh";
     EXPECT_LE(PerNode(built.blocks, drawn.blocks, count), 1.1) << "the render data of the mesh";
-    EXPECT_LE(PerNode(empty.bytes, drawn.bytes, count) - arrays - copy, 930.0);
+    EXPECT_LE(PerNode(empty.bytes, drawn.bytes, count) - arrays - copy, 950.0);
 }
 
 TEST_F(SteadyFrame, PackingTakesOneStagingCopyOfTheBufferInHand)

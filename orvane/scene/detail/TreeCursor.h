@@ -4,6 +4,8 @@
 #include "orvane/scene/Node.h"
 #include "orvane/scene/detail/Children.h"
 
+#include <cstdint>
+
 namespace OV::detail
 {
 
@@ -149,13 +151,21 @@ private:
         else if (const Node* const next = m_node->m_nextMarked)
         {
             // The one after the next, since a node's work is done before its memory is there. The next
-            // was asked for by the one before.
-            if (const Node* const ahead = next->m_nextMarked)
+            // was asked for by the one before. What lies side by side the processor fetches ahead itself, and
+            // 100,000 nodes take a third longer where it is asked as well.
+            const Node* const ahead = next->m_nextMarked;
+            if (ahead && !LieSideBySide(next, ahead))
             {
                 Prefetch(ahead, &ahead->m_previousOfScene);
             }
         }
         return m_node;
+    }
+
+    static bool LieSideBySide(const Node* a, const Node* b)
+    {
+        constexpr std::uintptr_t few = 4 * sizeof(Node);
+        return reinterpret_cast<std::uintptr_t>(a) - reinterpret_cast<std::uintptr_t>(b) + few < 2 * few;
     }
 
     /// Once a call has marked a child out of order, or taken one away.
