@@ -98,9 +98,9 @@ void Batches::ListGroups(PresentationFrame& frame, bool areOpaque, float leastSh
         {
             group->order = order++;
             // What has become another is drawn by itself at once.
-            if (group->alikes && group->alikes->isLooked)
+            if (group->alikes && group->alikes->isLooked && StaysAlike(*group) && HasNoneApart(*group))
             {
-                StaysAlike(*group);
+                return;
             }
         }
         if (group && !isAllNeeded && IsOutside(*group, view, leastShare))
@@ -341,7 +341,7 @@ bool Batches::AreSinglesOutside(const Group& group) const
 void Batches::ListGroup(PresentationFrame& frame, Group& group, const ViewVolume& view, float leastShare,
                         std::vector<RenderItemES20>& all, std::vector<RenderItemES20>& seen)
 {
-    if (group.alikes && !group.isRestedDue && group.batches.empty() && group.singles.empty())
+    if (group.alikes && HasNoneApart(group))
     {
         return;
     }
