@@ -33,7 +33,7 @@ public:
     /// Gives that material's colours to all programs that were drawn with in the scope.
     static void Send(const glm::vec4& diffuse, const glm::vec4& ambient)
     {
-        constexpr GLuint mostPrograms = 1000;
+        constexpr GLuint mostPrograms = 1u << 16;
         for (GLuint program = 1; program < mostPrograms; ++program)
         {
             const int at = glIsProgram(program) ? glGetUniformLocation(program, "u_materialColors[6]") : -1;

@@ -331,6 +331,7 @@ private:
     void StartTogether(LookAlikes& alikes);
     bool StaysAlike(Group& group);
     bool IsMissing(const Group& group) const { return group.alikesListing != m_listing; }
+    static bool IsPoints(const Group& group);
     static bool HasNoneApart(const Group& group)
     {
         return !group.isRestedDue && group.batches.empty() && group.singles.empty();
@@ -370,6 +371,7 @@ private:
 
     template <class Lister>
     void ForEachMaterial(PresentationFrame& frame, bool areOpaque, Lister list);
+    void FetchAhead(bool areOpaque, std::size_t material) const;
     Group* ListedGroup(bool areOpaque, std::size_t place, const Material* material);
 
     std::vector<Member> m_members;
