@@ -188,8 +188,16 @@ void BatchES20::FitBoxes()
     {
         if (m_pieces[i].owner != NoOwner)
         {
-            WidenBoxes(i);
+            m_partBoxes[i / kPart].Widen(m_pieces[i].box);
         }
+    }
+    for (std::size_t i = 0; i < m_partBoxes.size(); ++i)
+    {
+        m_rowBoxes[i * kPart / kRow].Widen(m_partBoxes[i]);
+    }
+    for (const WorldBox& box : m_rowBoxes)
+    {
+        m_box.Widen(box);
     }
 }
 
