@@ -9,8 +9,7 @@ attribute vec2 a_texture;
 attribute vec4 a_vcolor;
 #endif
 #ifdef MATERIAL_COLORS
-attribute vec3 a_materialDiffuse;
-attribute vec3 a_materialAmbient;
+attribute float a_material; // a number
 #endif
 
 uniform mat4 u_worldTransform;      // object to world space
@@ -25,6 +24,9 @@ uniform bool u_isDoubleSided;       // not read
 uniform bool u_isMirrored;          // set by nobody, so false: mirrors go by the winding
 uniform MEDIUMP vec2 u_scale;       // factors of the texture coordinate
 uniform MEDIUMP float u_pointSize;  // pixels
+#ifdef MATERIAL_COLORS
+uniform vec4 u_materialColors[2 * MATERIAL_COLORS]; // of each material the diffuse and the ambient colour
+#endif
 
 varying float v_colorfactor;        // cosine between normal and light; 1 when unlit
 varying MEDIUMP vec2 v_tc;
@@ -54,8 +56,9 @@ void main()
     v_vcolor = a_vcolor.rgb;
 #endif
 #ifdef MATERIAL_COLORS
-    v_materialDiffuse = a_materialDiffuse;
-    v_materialAmbient = a_materialAmbient;
+    int color = 2 * int(a_material);
+    v_materialDiffuse = u_materialColors[color].rgb;
+    v_materialAmbient = u_materialColors[color + 1].rgb;
 #endif
     v_viewvector = normalize(u_camera - v_world_position);
     if (u_enableLight == 1)

@@ -8,8 +8,7 @@ attribute vec3 a_normal;   // object space
 attribute vec2 a_texture;
 #endif
 #ifdef MATERIAL_COLORS
-attribute vec3 a_materialDiffuse;
-attribute vec3 a_materialAmbient;
+attribute float a_material; // a number
 #endif
 
 uniform mat4 u_mvpMatrix;           // object to clip space
@@ -23,6 +22,9 @@ uniform bool u_isMirrored;          // the node's transform reverses handedness
 #ifdef TEXTURE
 uniform HIGHP float u_hScale;       // factors of the texture coordinate
 uniform HIGHP float u_vScale;
+#endif
+#ifdef MATERIAL_COLORS
+uniform vec4 u_materialColors[2 * MATERIAL_COLORS]; // of each material the diffuse and the ambient colour
 #endif
 
 varying float v_colorfactor;        // cosine between normal and light; 1 when unlit
@@ -66,8 +68,9 @@ void main()
     v_tc = a_texture * vec2(u_hScale, u_vScale);
 #endif
 #ifdef MATERIAL_COLORS
-    v_materialDiffuse = a_materialDiffuse;
-    v_materialAmbient = a_materialAmbient;
+    int color = 2 * int(a_material);
+    v_materialDiffuse = u_materialColors[color].rgb;
+    v_materialAmbient = u_materialColors[color + 1].rgb;
 #endif
     v_colorfactor = lightOnNormal();
 #ifdef LIGHT_SHARE

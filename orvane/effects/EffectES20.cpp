@@ -37,6 +37,9 @@ std::map<unsigned int, std::string> ToMap(const NameTable& table)
     return names;
 }
 
+/// Vectors that the uniforms of a vertex shader take besides the colours of materials, with room to spare.
+constexpr int kOtherVectors = 64;
+
 /// Calls visit with the name of each option that is set and known, lowest bit first.
 template <class Visitor>
 void ForEachOption(std::uint64_t options, const OptionTable& table, Visitor visit)
@@ -161,6 +164,10 @@ void EffectES20::RegisterProgram(unsigned int program, const std::string& name)
     ShaderProgram& table =
         m_programs.emplace(program, ShaderProgram(static_cast<int>(program), name)).first->second;
     table.m_firstShareUniform = m_firstShareUniform;
+    if (program != 0 && m_attributeNames.count(AttributeMaterial) != 0)
+    {
+        table.m_materialColors = glGetUniformLocation(program, "u_materialColors");
+    }
     for (const auto& [index, uniformName] : m_uniformNames)
     {
         table.m_locations.push_back(-1);
@@ -240,6 +247,31 @@ void EffectES20::FeedLightShare(std::uint64_t options)
         s_lightShare->Feed(*m_current, m_current->m_firstShareUniform);
         m_current->m_shareSince = s_lightSharesSet;
     }
+}
+
+int EffectES20::MostMaterialColors()
+{
+    static const int most = [] {
+        int components = 0;
+        glGetIntegerv(GL_MAX_VERTEX_UNIFORM_COMPONENTS, &components);
+        return std::clamp((components / 4 - kOtherVectors) / 2, 16, 256);
+    }();
+    return most;
+}
+
+void EffectES20::SendMaterialColors(const glm::vec4* colors, int count, std::uint64_t revision)
+{
+    if (m_current == nullptr || m_current->m_materialColors == -1)
+    {
+        return;
+    }
+    const bool isFed = ShaderProgram::s_fed == m_current;
+    if (isFed && m_current->m_known.HoldsColors(revision))
+    {
+        return;
+    }
+    glUniform4fv(m_current->m_materialColors, count, glm::value_ptr(*colors));
+    m_current->m_known.KeepColors(isFed ? revision : 0);
 }
 
 int EffectES20::UniformLocation(unsigned int program, int index)
@@ -343,10 +375,9 @@ unsigned int EffectES20::CreateFromTemplate(const ProgramTemplate& source, std::
     std::string vertexStart;
     if ((options & OptionMaterialColors) != 0)
     {
-        vertexStart = "#define MATERIAL_COLORS\n";
+        vertexStart = "#define MATERIAL_COLORS " + std::to_string(MostMaterialColors()) + "\n";
         fragmentStart += vertexStart;
-        m_attributeNames[AttributeMaterialDiffuse] = "a_materialDiffuse";
-        m_attributeNames[AttributeMaterialAmbient] = "a_materialAmbient";
+        m_attributeNames[AttributeMaterial] = "a_material";
     }
     for (const IndexedName& row : further)
     {

@@ -45,10 +45,8 @@ public:
     /// Likewise with MATERIAL_COLORS, and the vertex shader too.
     static constexpr std::uint64_t OptionMaterialColors = std::uint64_t{1} << 55;
 
-    /// The attributes of such a program that stand for the material's diffuse and ambient colour, of three
-    /// components each.
-    static constexpr unsigned int AttributeMaterialDiffuse = 4;
-    static constexpr unsigned int AttributeMaterialAmbient = 5;
+    /// The attribute of such a program that is the number of a vertex's material, among those of SendMaterialColors.
+    static constexpr unsigned int AttributeMaterial = 4;
 
     /// Likewise: the number, from 1, of the light share's text that the fragment shader has in it.
     static constexpr std::uint64_t OptionLightShares = std::uint64_t{0x3F} << 56;
@@ -173,12 +171,23 @@ public:
     static void LeaveBlending(bool leave);
 
     /// Whether the effects BasicMaterialEffectES20, AdvancedMaterialEffectES20 and
-    /// AdvancedMaterialPhongEffectES20 read the diffuse and the ambient colour at the vertices, from
-    /// AttributeMaterialDiffuse and AttributeMaterialAmbient, in place of the material's, from their next Apply on. The
-    /// opacity stays the material's. Who draws points at the two attributes. Off at first; to be put back after
-    /// what it is for.
+    /// AdvancedMaterialPhongEffectES20 take the diffuse and the ambient colour of the material whose number
+    /// AttributeMaterial is, in place of the material's that is drawn with, from their next Apply on. The opacity stays
+    /// that material's. Who draws points at the attribute and calls SendMaterialColors. Off at first; to be put back
+    /// after what it is for.
     static void TakeMaterialColors(bool take);
     static bool TakesMaterialColors() { return s_takesMaterialColors; }
+
+    /// Of how many materials a program can have the colours: 256, or fewer where the driver has no room for them. The
+    /// same for the length of a process. GL.
+    static int MostMaterialColors();
+
+    /// Gives colours of materials to the program in use, where it takes them. GL.
+    /// @param colors of each material, by number, the diffuse and then the ambient colour.
+    /// @param count of the colours: at most two for each of MostMaterialColors.
+    /// @param revision another number, not 0, for all other colours of the process: what the program holds is not
+    ///        sent again.
+    void SendMaterialColors(const glm::vec4* colors, int count, std::uint64_t revision);
 
     /// Disables the attributes that were enabled for an earlier mesh and not again for the one at
     /// hand, between BindMeshAttributes and a draw. GL.

@@ -152,6 +152,7 @@ void ShaderProgram::KnownValues::ForgetAll()
     {
         value.bytes = 0;
     }
+    m_colors = 0;
 }
 
 void ShaderProgram::KnownValues::GiveAway(int index)

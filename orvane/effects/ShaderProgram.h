@@ -277,6 +277,10 @@ private:
         /// Nothing is known of the uniform from now on, since its location is in other hands.
         void GiveAway(int index);
 
+        /// Whether the colours of materials, which are too many to be kept, are those of a revision.
+        bool HoldsColors(std::uint64_t revision) const { return m_colors == revision && !m_isCopied; }
+        void KeepColors(std::uint64_t revision) { m_colors = revision; }
+
     private:
         Value& At(int index);
 
@@ -313,6 +317,7 @@ private:
         }
 
         std::vector<Value> m_values;
+        std::uint64_t m_colors = 0; ///< a revision; 0 for none
         mutable bool m_isCopied = false;
     };
 
@@ -331,6 +336,7 @@ private:
     std::uint64_t m_knownSince = 0; ///< EffectES20::ForgetUniformValues has been called so often
     std::uint64_t m_shareSince = 0; ///< EffectES20::SetLightShare has been called so often
     int m_firstShareUniform = 0;    ///< index of the first one of its light share
+    int m_materialColors = -1;      ///< location of the colours of materials
 };
 
 } // namespace OV

@@ -92,7 +92,9 @@ TEST_F(AdvancedPixels, ColoursOfTheMaterialAtTheVerticesShowAsItsOwn)
             own.look.color = vec4(0.25f, 0.75f, 0.5f, 1.0f);
             own.look.ambient = vec4(0.6f, 0.1f, 0.3f, 1.0f);
             {
-                const MaterialColorsScope colors(own.look.color, own.look.ambient);
+                const MaterialColorsScope scope;
+                Draw(own);
+                MaterialColorsScope::Send(own.look.color, own.look.ambient);
                 ExpectCase(own);
                 if (isLit)
                 {

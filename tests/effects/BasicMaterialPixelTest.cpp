@@ -143,7 +143,9 @@ TEST_F(BasicMaterialPixels, ColoursOfTheMaterialAtTheVerticesShowAsItsOwn)
     // The first frame loads the entry points of GL.
     DrawFrame();
     {
-        const MaterialColorsScope colors(own.color, own.ambient);
+        const MaterialColorsScope scope;
+        DrawFrame();
+        MaterialColorsScope::Send(own.color, own.ambient);
         ExpectShade(DrawFrame(), kLeft, ShadeBasic(own));
         material.ignoreLightColor = false;
         ExpectShade(DrawFrame(), kLeft, ShadeBasic(coloured));

@@ -213,7 +213,7 @@ TEST_F(LooksOptions, ReflectionAtPixelsLinksInSilenceBesideEveryMask)
     }
 }
 
-TEST_F(LooksOptions, MaterialColoursAtVerticesLinkInSilenceBesideEveryMask)
+TEST_F(LooksOptions, ColoursOfManyMaterialsLinkInSilenceBesideEveryMask)
 {
     for (const bool phong : {false, true})
     {
@@ -224,15 +224,20 @@ TEST_F(LooksOptions, MaterialColoursAtVerticesLinkInSilenceBesideEveryMask)
             const unsigned int program = effect->ProgramForOptions(mask | EffectES20::OptionMaterialColors);
             EXPECT_EQ(::testing::internal::GetCapturedStderr(), "") << mask;
             ASSERT_NE(program, 0u) << mask;
-            EXPECT_EQ(glGetAttribLocation(program, "a_materialDiffuse"), 4) << mask;
-            EXPECT_EQ(glGetAttribLocation(program, "a_materialAmbient"), 5) << mask;
+            EXPECT_EQ(glGetAttribLocation(program, "a_material"), 4) << mask;
+            // As many as are promised.
+            const std::string last = "u_materialColors[" + std::to_string(2 * EffectES20::MostMaterialColors() - 1) + "]";
+            EXPECT_NE(glGetUniformLocation(program, last.c_str()), -1) << mask;
             // All else is as it was.
             const unsigned int plain = effect->ProgramForOptions(mask);
             Names attributes = ActiveAttributes(plain);
-            EXPECT_EQ(attributes.count("a_materialDiffuse") + attributes.count("a_materialAmbient"), 0u) << mask;
-            attributes.insert({"a_materialDiffuse", "a_materialAmbient"});
+            EXPECT_EQ(attributes.count("a_material"), 0u) << mask;
+            attributes.insert("a_material");
             EXPECT_EQ(ActiveAttributes(program), attributes) << mask;
-            EXPECT_EQ(ActiveUniforms(program), ActiveUniforms(plain)) << mask;
+            Names uniforms = ActiveUniforms(plain);
+            EXPECT_EQ(uniforms.count("u_materialColors[0]"), 0u) << mask;
+            uniforms.insert("u_materialColors[0]");
+            EXPECT_EQ(ActiveUniforms(program), uniforms) << mask;
         }
     }
 }
@@ -257,7 +262,7 @@ TEST_F(LooksOptions, EveryMaskCompilesAsEs2WithItsPrecisions)
         EXPECT_EQ(CompileLog(GL_FRAGMENT_SHADER, atPixels + Expand(source, 0)), "");
         EXPECT_EQ(CompileLog(GL_FRAGMENT_SHADER, atPixels + Expand(source, kNormalMap)), "");
     }
-    const std::string atVertices = prelude + "#define MATERIAL_COLORS\n";
+    const std::string atVertices = prelude + "#define MATERIAL_COLORS 32\n";
     for (const std::uint64_t mask : {std::uint64_t{0}, kVertexColors, kVertexColors | kTexture})
     {
         EXPECT_EQ(CompileLog(GL_VERTEX_SHADER, atVertices + Expand(Shaders::AdvancedMaterialEffectES20Vert, mask)), "");

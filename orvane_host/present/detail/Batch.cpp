@@ -63,21 +63,22 @@ BatchMesh::~BatchMesh()
 }
 
 BatchES20::BatchES20(Mesh* shown, SharedBufferPool* bufferPool, const BatchNodes& nodes, const BatchKind& batchKind,
-                     const std::vector<Piece>& pieces, const TextureFactors& factors, bool holdsColors) :
-    MeshES20(shown, bufferPool), m_nodes(nodes), m_kind(batchKind)
+                     const std::vector<Piece>& pieces, const TextureFactors& factors, const BatchColors* colors) :
+    MeshES20(shown, bufferPool), m_nodes(nodes), m_kind(batchKind), m_colors(colors)
 {
     std::size_t vertexCount = 0;
     for (const Piece& piece : pieces)
     {
         vertexCount += piece.mesh->GetPositionBuffer().size();
     }
-    const BatchLayout layout(batchKind.streams, vertexCount);
+    const BatchLayout layout = LayoutOf(vertexCount);
     const auto offsetOf = [](int floats) { return floats < 0 ? -1 : floats * static_cast<int>(sizeof(float)); };
     stride = offsetOf(layout.size);
     normalOffset = offsetOf(layout.normal);
     textureOffset = offsetOf(layout.texture);
     colorOffset = offsetOf(layout.color);
     scalarOffset = -1;
+    m_materialOffset = layout.MaterialByte();
 
     m_pieces.reserve(pieces.size() + 1);
     Room end{};
@@ -101,15 +102,15 @@ BatchES20::BatchES20(Mesh* shown, SharedBufferPool* bufferPool, const BatchNodes
     for (std::size_t i = 0; i < pieces.size(); ++i)
     {
         Room& room = m_pieces[i];
-        room.box = ToWorld(WriteVertices(*pieces[i].mesh, pieces[i].place, factors, layout,
-                                         vertices.get() + room.firstVertex * static_cast<std::size_t>(layout.size)));
+        float* const out = vertices.get() + room.firstVertex * static_cast<std::size_t>(layout.size);
+        room.box = ToWorld(WriteVertices(*pieces[i].mesh, pieces[i].place, factors, layout, out));
+        if (m_colors)
+        {
+            WriteMaterial(pieces[i].material, VerticesOf(i), layout, out);
+        }
         CopyIndices(*pieces[i].mesh, room.firstVertex, indices.get() + room.firstIndex);
         m_on[i / kRow] |= std::uint64_t{1} << (i % kRow);
         m_isShifted.push_back(IsShift(pieces[i].place));
-    }
-    if (holdsColors)
-    {
-        HoldColors(pieces);
     }
     m_seenBits = m_on;
     m_seenHolds.assign(m_on.size(), false);
@@ -137,37 +138,22 @@ BatchES20::~BatchES20()
     glDeleteBuffers(3, buffers);
 }
 
-void BatchES20::HoldColors(const std::vector<Piece>& pieces)
-{
-    std::vector<std::uint32_t> lasts(pieces.size());
-    for (std::size_t i = 0; i < pieces.size(); ++i)
-    {
-        lasts[i] = m_pieces[i + 1].firstVertex;
-    }
-    m_colors = std::make_unique<BatchColors>(std::move(lasts));
-    for (std::size_t i = 0; i < pieces.size(); ++i)
-    {
-        m_colors->Set(i, pieces[i].colors);
-    }
-}
-
 bool BatchES20::HoldsColors(const Mesh& drawn)
 {
     if (typeid(drawn) != typeid(BatchMesh))
     {
         return false;
     }
-    const auto* const data = dynamic_cast<const BatchES20*>(drawn.GetRenderData());
-    return data && data->m_colors;
+    const Object* const data = drawn.GetRenderData();
+    return data && typeid(*data) == typeid(BatchES20) && static_cast<const BatchES20*>(data)->m_colors;
 }
 
 std::size_t BatchES20::GetBytes() const
 {
     const std::size_t identifiers = m_identifiers == 0 ? 0 : m_pieces.back().firstVertex * kIdentifierBytes;
-    const auto floats = static_cast<std::size_t>(BatchLayout(m_kind.streams, 0).floats);
+    const auto floats = static_cast<std::size_t>(LayoutOf(0).floats);
     return m_pieces.back().firstVertex * floats * sizeof(float)
-        + static_cast<std::size_t>(indexCount) * sizeof(unsigned short) + identifiers
-        + (m_colors ? m_colors->GetBytes() : 0);
+        + static_cast<std::size_t>(indexCount) * sizeof(unsigned short) + identifiers;
 }
 
 std::size_t BatchES20::GetTriangleCount() const
@@ -202,8 +188,16 @@ void BatchES20::FitBoxes()
     {
         if (m_pieces[i].owner != NoOwner)
         {
-            WidenBoxes(i);
+            m_partBoxes[i / kPart].Widen(m_pieces[i].box);
         }
+    }
+    for (std::size_t i = 0; i < m_partBoxes.size(); ++i)
+    {
+        m_rowBoxes[i * kPart / kRow].Widen(m_partBoxes[i]);
+    }
+    for (const WorldBox& box : m_rowBoxes)
+    {
+        m_box.Widen(box);
     }
 }
 
@@ -241,7 +235,7 @@ void BatchES20::Write(std::size_t index, const Piece& piece, const TextureFactor
                       std::vector<float>& scratch)
 {
     const std::size_t vertices = VerticesOf(index);
-    const BatchLayout layout(m_kind.streams, vertices);
+    const BatchLayout layout = LayoutOf(vertices);
     m_revision = NextRevision();
     Room& room = m_pieces[index];
     const std::size_t floats = vertices * static_cast<std::size_t>(layout.floats);
@@ -254,6 +248,10 @@ void BatchES20::Write(std::size_t index, const Piece& piece, const TextureFactor
     m_isShifted[index] = isShift;
     room.box = ToWorld(keepsNormals ? WriteShiftedPositions(*piece.mesh, piece.place, scratch.data())
                                     : WriteVertices(*piece.mesh, piece.place, factors, layout, scratch.data()));
+    if (m_colors && !keepsNormals)
+    {
+        WriteMaterial(piece.material, vertices, layout, scratch.data());
+    }
     glBindBuffer(GL_ARRAY_BUFFER, vertexBufferId);
     const std::size_t bytes = vertices * static_cast<std::size_t>(stride);
     glBufferSubData(GL_ARRAY_BUFFER, static_cast<GLintptr>(room.firstVertex * static_cast<std::size_t>(stride)),
@@ -281,7 +279,6 @@ void BatchES20::Write(std::size_t index, const Piece& piece, const TextureFactor
         FitBoxes();
     }
     SetUserData(index, piece.userData);
-    SetColors(index, piece.colors);
 }
 
 void BatchES20::EndWriting()

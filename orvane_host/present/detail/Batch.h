@@ -1,7 +1,6 @@
 #pragma once
 
 #include "orvane_host/geometry/ViewVolume.h"
-#include "orvane_host/present/detail/BatchColors.h"
 #include "orvane_host/present/detail/BatchPiece.h"
 #include "orvane/math/Transform.h"
 #include "orvane/renderdata/MeshES20.h"
@@ -9,7 +8,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 namespace OV
@@ -23,6 +21,8 @@ class MeshNode;
 
 namespace OV::Host::Detail
 {
+
+class BatchColors;
 
 /// The nodes that stand for those of a batch when it is drawn. Which one a batch is drawn at tells
 /// how much of it is.
@@ -47,32 +47,23 @@ public:
         Transform place; ///< from the mesh's space to that of the batch
         int userData;
         std::uint32_t owner; ///< the caller's number for it
-        BatchColors::Held colors; ///< of its material; read where the vertices hold them
+        unsigned char material; ///< its number, where pieces are of several
     };
 
     /// Makes the buffers, with all pieces on. GL. They have at most MostVertices together and are
     /// sound.
     /// @param shown has the material and flags that the pieces are drawn with, and no geometry.
-    /// @param holdsColors whether its vertices hold the colours of materials, of which there are several.
+    /// @param colors of the materials by number, where pieces are of several; it outlives the batch. Null for one.
     BatchES20(Mesh* shown, SharedBufferPool* bufferPool, const BatchNodes& nodes, const BatchKind& batchKind,
-              const std::vector<Piece>& pieces, const TextureFactors& factors, bool holdsColors);
+              const std::vector<Piece>& pieces, const TextureFactors& factors, const BatchColors* colors);
 
     /// GL.
     ~BatchES20() override;
 
     void Render(EffectES20* effect, const std::vector<MeshNode*>& nodes, bool specificNode) override;
 
-    /// Whether a mesh is a batch that is to be drawn with the material colours of its vertices.
+    /// Whether a mesh is a batch of pieces of several materials, to be drawn in the colours of each.
     static bool HoldsColors(const Mesh& drawn);
-
-    /// Gives a piece other colours, where the vertices hold them.
-    void SetColors(std::size_t piece, const BatchColors::Held& colors)
-    {
-        if (m_colors)
-        {
-            m_colors->Set(piece, colors);
-        }
-    }
 
     const BatchKind& GetKind() const { return m_kind; }
     std::size_t GetPieceCount() const { return m_pieces.size() - 1; }
@@ -187,6 +178,7 @@ private:
     {
         return m_pieces[piece + 1].firstIndex - m_pieces[piece].firstIndex;
     }
+    BatchLayout LayoutOf(std::size_t vertices) const { return BatchLayout(m_kind.streams, vertices, m_colors); }
     WorldBox ToWorld(const WorldBox& box) const;
     bool Search(const ViewVolume& view, float leastShare);
     std::uint64_t BitsSeen(const ViewVolume& view, ViewVolume::PlaneSet planes, float leastShare,
@@ -197,8 +189,7 @@ private:
     void WidenBoxes(std::size_t piece);
     void FitBoxes();
     void DrawRuns(const Runs& runs) const;
-    void DrawRunsInColors(const Runs& runs);
-    void HoldColors(const std::vector<Piece>& pieces);
+    void DrawRunsInColors(EffectES20& effect, const Runs& runs) const;
     void DrawIdentifiers(DepthIdPassEffectES20& effect, MeshNode* node, const Runs& runs);
     bool UploadIdentifiers();
 
@@ -229,7 +220,8 @@ private:
     std::vector<bool> m_seenHolds; ///< for each row, while it is looked at as before and nothing in it has changed
     unsigned int m_identifiers = 0; ///< buffer of a colour for each vertex; 0 until it is needed
     bool m_identifiersHold = false;
-    std::unique_ptr<BatchColors> m_colors; ///< null where all pieces have one material
+    const BatchColors* m_colors; ///< null where all pieces have one material
+    int m_materialOffset; ///< of the byte in a vertex that is the number of its material
 };
 
 /// The mesh that a batch is drawn as. It is in no scene, and its material does not know it.

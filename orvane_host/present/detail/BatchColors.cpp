@@ -1,14 +1,7 @@
-#define GL_GLEXT_PROTOTYPES
-
 #include "orvane_host/present/detail/BatchColors.h"
 
 #include "orvane_host/present/detail/MaterialLook.h"
 #include "orvane/effects/EffectES20.h"
-
-#include <GL/gl.h>
-#include <GL/glext.h>
-
-#include <cmath>
 
 namespace OV::Host::Detail
 {
@@ -16,94 +9,48 @@ namespace OV::Host::Detail
 namespace
 {
 
-std::array<std::uint16_t, 4> SharesOf(const Color& color)
+glm::vec4 VectorOf(const Color& color)
 {
-    const auto share = [](float value) { return static_cast<std::uint16_t>(std::lround(65535.0f * value)); };
-    return {share(color.r), share(color.g), share(color.b), 65535};
+    return {color.r, color.g, color.b, 1.0f};
 }
 
 } // namespace
 
-BatchColors::Held BatchColors::Held::Of(const MaterialColors& colors)
+std::size_t BatchColors::Most()
 {
-    return {SharesOf(colors.diffuse), SharesOf(colors.ambient)};
+    return static_cast<std::size_t>(EffectES20::MostMaterialColors());
 }
 
-BatchColors::~BatchColors()
+std::uint64_t BatchColors::NextRevision()
 {
-    glDeleteBuffers(1, &m_buffer);
+    static std::uint64_t revision = 0;
+    return ++revision;
 }
 
-void BatchColors::Set(std::size_t piece, const Held& held)
+unsigned char BatchColors::Take(const MaterialColors& colors)
 {
-    if (!(m_held[piece] == held))
+    if (m_free.empty())
     {
-        m_held[piece] = held;
-        if (m_buffer != 0)
-        {
-            m_due.push_back(static_cast<std::uint32_t>(piece));
-        }
+        m_free.push_back(static_cast<unsigned char>(m_colors.size() / 2));
+        m_colors.resize(m_colors.size() + 2);
     }
+    const unsigned char number = m_free.back();
+    m_free.pop_back();
+    Set(number, colors);
+    return number;
 }
 
-void BatchColors::Append(std::size_t piece, std::vector<Held>& vertices) const
+void BatchColors::Set(unsigned char number, const MaterialColors& colors)
 {
-    vertices.insert(vertices.end(), m_lasts[piece] - FirstOf(piece), m_held[piece]);
+    const std::size_t first = 2 * static_cast<std::size_t>(number);
+    m_colors[first] = VectorOf(colors.diffuse);
+    m_colors[first + 1] = VectorOf(colors.ambient);
+    m_revision = NextRevision();
 }
 
-void BatchColors::Upload()
+void BatchColors::Send(EffectES20& effect) const
 {
-    const bool isNew = m_buffer == 0;
-    if (isNew)
-    {
-        glGenBuffers(1, &m_buffer);
-    }
-    glBindBuffer(GL_ARRAY_BUFFER, m_buffer);
-    // Many small uploads take longer than one of all.
-    if (isNew || m_due.size() > m_held.size() / 8)
-    {
-        std::vector<Held> vertices;
-        vertices.reserve(m_lasts.back());
-        for (std::size_t piece = 0; piece < m_held.size(); ++piece)
-        {
-            Append(piece, vertices);
-        }
-        glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(vertices.size() * sizeof(Held)), vertices.data(),
-                     GL_DYNAMIC_DRAW);
-        m_due.clear();
-        return;
-    }
-    std::vector<Held> vertices;
-    for (const std::uint32_t piece : m_due)
-    {
-        vertices.clear();
-        Append(piece, vertices);
-        glBufferSubData(GL_ARRAY_BUFFER, static_cast<GLintptr>(FirstOf(piece) * sizeof(Held)),
-                        static_cast<GLsizeiptr>(vertices.size() * sizeof(Held)), vertices.data());
-    }
-    m_due.clear();
-}
-
-void BatchColors::Enable()
-{
-    if (m_buffer == 0 || !m_due.empty())
-    {
-        Upload();
-    }
-    glBindBuffer(GL_ARRAY_BUFFER, m_buffer);
-    const auto point = [](unsigned int attribute, std::size_t offset) {
-        glVertexAttribPointer(attribute, 3, GL_UNSIGNED_SHORT, GL_TRUE, sizeof(Held),
-                              reinterpret_cast<const void*>(offset));
-        glEnableVertexAttribArray(attribute);
-    };
-    point(EffectES20::AttributeMaterialDiffuse, offsetof(Held, diffuse));
-    point(EffectES20::AttributeMaterialAmbient, offsetof(Held, ambient));
-}
-
-void BatchColors::Disable()
-{
-    glDisableVertexAttribArray(EffectES20::AttributeMaterialAmbient);
-    glDisableVertexAttribArray(EffectES20::AttributeMaterialDiffuse);
+    effect.SendMaterialColors(m_colors.data(), static_cast<int>(m_colors.size()), m_revision);
 }
 
 } // namespace OV::Host::Detail

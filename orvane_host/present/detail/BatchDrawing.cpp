@@ -4,6 +4,7 @@
 
 #include "orvane_host/present/detail/Batch.h"
 
+#include "orvane_host/present/detail/BatchColors.h"
 #include "orvane/effects/DepthIdPassEffectES20.h"
 #include "orvane/effects/EffectES20.h"
 #include "orvane/scene/Material.h"
@@ -130,7 +131,7 @@ void BatchES20::Render(EffectES20* effect, const std::vector<MeshNode*>& nodes, 
         effect->BindMeshUniforms(nodes.front());
         if (m_colors && EffectES20::TakesMaterialColors())
         {
-            DrawRunsInColors(runs);
+            DrawRunsInColors(*effect, runs);
         }
         else
         {
@@ -155,12 +156,14 @@ void BatchES20::DrawRuns(const Runs& runs) const
                         static_cast<GLsizei>(runs.counts.size()));
 }
 
-void BatchES20::DrawRunsInColors(const Runs& runs)
+void BatchES20::DrawRunsInColors(EffectES20& effect, const Runs& runs) const
 {
-    m_colors->Enable();
-    glBindBuffer(GL_ARRAY_BUFFER, vertexBufferId);
+    m_colors->Send(effect);
+    glVertexAttribPointer(EffectES20::AttributeMaterial, 1, GL_UNSIGNED_BYTE, GL_FALSE, stride,
+                          reinterpret_cast<const void*>(static_cast<std::intptr_t>(m_materialOffset)));
+    glEnableVertexAttribArray(EffectES20::AttributeMaterial);
     DrawRuns(runs);
-    BatchColors::Disable();
+    glDisableVertexAttribArray(EffectES20::AttributeMaterial);
 }
 
 bool BatchES20::UploadIdentifiers()

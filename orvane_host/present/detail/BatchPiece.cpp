@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 namespace OV::Host::Detail
@@ -204,7 +205,7 @@ std::size_t Present(const std::vector<Value>& stream, std::size_t floats, std::s
 
 } // namespace
 
-BatchLayout::BatchLayout(const MeshFormatKey& streams, std::size_t vertices)
+BatchLayout::BatchLayout(const MeshFormatKey& streams, std::size_t vertices, bool isOfSeveralMaterials)
 {
     const auto take = [this](bool has, int count) {
         const int at = has ? floats : -1;
@@ -214,11 +215,46 @@ BatchLayout::BatchLayout(const MeshFormatKey& streams, std::size_t vertices)
     normal = take(streams.hasNormals, 3);
     texture = take(streams.hasTexture, 2);
     color = take(streams.hasColor, 4);
+    material = take(isOfSeveralMaterials && normal < 0, 1);
     size = floats;
     if (normal >= 0 && texture < 0 && color < 0)
     {
         size = 3;
         normal = 3 * static_cast<int>(vertices);
+    }
+    if (isOfSeveralMaterials && normal >= 0)
+    {
+        material = normal + 2;
+    }
+}
+
+int BatchLayout::MaterialByte() const
+{
+    constexpr std::uint32_t one = 1;
+    unsigned char first = 0;
+    std::memcpy(&first, &one, 1);
+    return material * static_cast<int>(sizeof(float)) + (first == 1 ? 0 : 3);
+}
+
+void WriteMaterial(unsigned char number, std::size_t vertices, const BatchLayout& layout, float* out)
+{
+    // In place of zero, which the number would make one of those so small that processors are slow with them.
+    constexpr float nearlyZero = 1e-20f;
+    constexpr std::uint32_t exponent = 0x7F800000u;
+    constexpr std::uint32_t low = 0xFFu;
+    const bool isInNormal = layout.material == layout.normal + 2;
+    float* at = out + layout.material;
+    for (std::size_t i = 0; i < vertices; ++i, at += layout.size)
+    {
+        const float value = isInNormal ? *at : nearlyZero;
+        std::uint32_t bits = 0;
+        std::memcpy(&bits, &value, sizeof(bits));
+        if ((bits & exponent) == 0)
+        {
+            std::memcpy(&bits, &nearlyZero, sizeof(bits));
+        }
+        bits = (bits & ~low) | number;
+        std::memcpy(at, &bits, sizeof(bits));
     }
 }
 

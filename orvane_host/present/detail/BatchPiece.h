@@ -43,14 +43,21 @@ struct BatchKind
 /// Of what has normals at most, all positions stand before all normals: where something is only shifted its
 /// normals stay as they are, and are neither read nor written. Other streams stand vertex by vertex, since what
 /// is drawn has one distance between vertices for all of them.
+///
+/// The number of a vertex's material takes no room where there are normals: it is the lowest byte of their third
+/// number, which that changes by a part in 65,000 at most. Where there are none it is that of a number of its own.
 struct BatchLayout
 {
     /// @param vertices how many there are in all.
-    BatchLayout(const MeshFormatKey& streams, std::size_t vertices);
+    BatchLayout(const MeshFormatKey& streams, std::size_t vertices, bool isOfSeveralMaterials);
 
     bool AreNormalsApart() const { return normal >= 0 && size == 3; }
 
+    /// Of the byte that is the number of a vertex's material.
+    int MaterialByte() const;
+
     int normal = -1;
+    int material = -1; ///< the number that has it
     int texture = -1;
     int color = -1;
     int size = 3;   ///< from one vertex to the next
@@ -75,6 +82,9 @@ WorldBox WriteVertices(const Mesh& mesh, const Transform& place, const TextureFa
 /// Writes the positions alone, where they stand one after another, at a place that neither turns nor scales.
 /// @return their box.
 WorldBox WriteShiftedPositions(const Mesh& mesh, const Transform& place, float* out);
+
+/// Writes the number of the material into each of so many vertices, which are written.
+void WriteMaterial(unsigned char number, std::size_t vertices, const BatchLayout& layout, float* out);
 
 /// Whether a place neither turns nor scales.
 bool IsShift(const Transform& place);

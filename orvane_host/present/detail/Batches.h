@@ -4,6 +4,7 @@
 #include "orvane_host/present/BatchSettings.h"
 #include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/detail/Batch.h"
+#include "orvane_host/present/detail/BatchColors.h"
 #include "orvane_host/present/detail/BatchMark.h"
 #include "orvane_host/present/detail/MaterialLook.h"
 #include "orvane_host/present/detail/NodeTable.h"
@@ -45,8 +46,8 @@ namespace OV::Host::Detail
 /// Of many that move or come back at once a frame writes only so many vertices; the others are
 /// drawn by themselves meanwhile.
 ///
-/// A batch has the meshes of one material. Of small materials that differ in their colours alone, where there are many,
-/// it has those of all, and its vertices hold the colours: see LookAlikes.
+/// A batch has the meshes of one material. Of materials that differ in their colours alone, where there are several,
+/// it has those of all that stand near each other, and its vertices hold the number of the material: see LookAlikes.
 ///
 /// Not in batches: what is see-through or drawn as points, whatever its depth, or by draw IDs; what
 /// has a material of its node's; large meshes, which gain nothing, and those at many nodes that
@@ -76,9 +77,8 @@ public:
     /// With so many meshes at nodes BatchUse::Auto draws them together.
     static constexpr std::size_t kWorthwhile = 400;
 
-    /// Look-alikes of at most so many vertices each are drawn together, once they are so many: their vertices take
-    /// 16 bytes more, and each material saves a change and a draw. One that grows beyond twice as much leaves.
-    static constexpr std::size_t kMostAlikeVertices = 4096;
+    /// Look-alikes are drawn together once they are so many: each saves a change of material and draws, and they
+    /// take a program of their own.
     static constexpr std::size_t kFewestAlikes = 5;
 
     /// Whether BatchUse::Auto draws the things of a scene together.
@@ -155,6 +155,7 @@ private:
         std::uint32_t alikesPlace = 0; ///< in their list
         std::uint64_t alikesListing = 0; ///< the last that found it as they are
         Index order = 0; ///< among the materials, in the last listing that had it
+        unsigned char alikesNumber = 0; ///< by which their vertices name its material
         bool isTogether = false; ///< whether its meshes may be drawn together
         bool itemsHold = false;
         bool isWhole = false; ///< the items are all that the material lists, and one may stand for them
@@ -174,10 +175,11 @@ private:
         std::vector<unsigned int> lookDue; ///< for each item the frame in which it is looked at again
         const MeshStyleES20* style = nullptr; ///< only to be compared
         TextureFactors factors;
-        MaterialColors colors; ///< those that the vertices of the look-alikes' batches hold
+        MaterialColors colors; ///< those in which the look-alikes' batches show it
     };
 
-    /// Small materials that differ in their colours alone.
+    /// As many materials that differ in their colours alone as a program takes, those near each other where they are
+    /// more.
     ///
     /// A group of them keeps what is drawn by itself, and gives to these what is to be drawn together. Nobody tells
     /// what is written into a material's fields: each is compared in each frame that sees any of the batches, and
@@ -185,6 +187,7 @@ private:
     struct LookAlikes
     {
         MaterialLook look;
+        BatchColors colors; ///< of the groups
         std::vector<Group*> groups;
         std::vector<Batch> batches;
         std::map<BatchKind, std::vector<Index>> rested; ///< to be put into batches by this listing
@@ -316,7 +319,9 @@ private:
     void ListBatches(std::vector<Batch>& batches, MeshStyleES20& style, const ViewVolume& view, float leastShare,
                      std::vector<RenderItemES20>& all, std::vector<RenderItemES20>& seen);
 
+    static void SortByPlace(std::vector<Group*>& groups, std::size_t count);
     void JoinNew();
+    LookAlikes& AlikesOf(const MaterialLook& look);
     void JoinAlikes(Group& group);
     void LeaveAlikes(Group& group);
     void ForgetAlikes(Group& group);
@@ -326,6 +331,11 @@ private:
     void StartTogether(LookAlikes& alikes);
     bool StaysAlike(Group& group);
     bool IsMissing(const Group& group) const { return group.alikesListing != m_listing; }
+    static bool IsPoints(const Group& group);
+    static bool HasNoneApart(const Group& group)
+    {
+        return !group.isRestedDue && group.batches.empty() && group.singles.empty();
+    }
     void ListAlikes(PresentationFrame& frame, const ViewVolume& view, float leastShare,
                     std::vector<RenderItemES20>& all, std::vector<RenderItemES20>& seen);
     void ListAlikes(PresentationFrame& frame, LookAlikes& alikes, const ViewVolume& view, float leastShare,
@@ -361,6 +371,7 @@ private:
 
     template <class Lister>
     void ForEachMaterial(PresentationFrame& frame, bool areOpaque, Lister list);
+    void FetchAhead(bool areOpaque, std::size_t material) const;
     Group* ListedGroup(bool areOpaque, std::size_t place, const Material* material);
 
     std::vector<Member> m_members;
@@ -379,7 +390,7 @@ private:
     std::uint64_t m_groupsUnder = 0; ///< the revision of materials under which none of them is without one
     std::vector<std::unique_ptr<Group>> m_deadGroups;
     std::vector<Group*> m_newGroups; ///< not yet asked for look-alikes
-    std::map<MaterialLook, std::unique_ptr<LookAlikes>> m_alikes;
+    std::multimap<MaterialLook, std::unique_ptr<LookAlikes>> m_alikes;
     std::uint64_t m_listing = 0; ///< another number for each listing of the opaque materials
     /// Materials of a list with their groups, as they were found.
     std::vector<std::pair<const Material*, Group*>> m_listed[2];

@@ -1,8 +1,11 @@
-// Small materials that differ in their colours alone: what stands still of them shares batches.
+// Materials that differ in their colours alone: what stands still of them shares batches.
 
 #include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/StageAccess.h"
+#include "orvane_host/present/detail/BatchOrder.h"
 #include "orvane_host/present/detail/Batches.h"
+#include "orvane/math/Sphere.h"
+#include "orvane/math/Transform.h"
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
@@ -21,21 +24,6 @@ namespace OV::Host::Detail
 
 namespace
 {
-
-/// Of a material's meshes at their nodes. Counting ends beyond a number.
-std::size_t CountVertices(const Material& material, std::size_t most)
-{
-    std::size_t count = 0;
-    for (const Mesh* mesh : material.EachMesh())
-    {
-        count += mesh->GetPositionBuffer().size() * mesh->EachNode().size();
-        if (count > most)
-        {
-            break;
-        }
-    }
-    return count;
-}
 
 /// Whether a material is drawn as its fields say, as far as is known yet.
 bool IsDrawnAsItSays(const Material& material)
@@ -65,8 +53,37 @@ void Batches::ForEachMember(const Group& group, Visit visit)
     }
 }
 
+/// Puts together those near each other, so many each time.
+void Batches::SortByPlace(std::vector<Group*>& groups, std::size_t count)
+{
+    std::vector<BatchPlace> places;
+    places.reserve(groups.size());
+    for (std::size_t i = 0; i < groups.size(); ++i)
+    {
+        BatchPlace place{Vector(), 0, static_cast<Index>(i), 1};
+        const Material* const material = groups[i]->material.Get();
+        const Mesh* const mesh = material && !material->EachMesh().empty() ? *material->EachMesh().begin() : nullptr;
+        if (mesh && !mesh->EachNode().empty())
+        {
+            place.middle.Multiply((*mesh->EachNode().begin())->GetGlobal(), mesh->GetSphere().center);
+        }
+        places.push_back(place);
+    }
+    CutByPlace(places, count, PartSize::Full);
+    std::vector<Group*> sorted;
+    sorted.reserve(groups.size());
+    std::transform(places.begin(), places.end(), std::back_inserter(sorted),
+                   [&](const BatchPlace& place) { return groups[place.index]; });
+    groups.swap(sorted);
+}
+
 void Batches::JoinNew()
 {
+    if (m_newGroups.size() > BatchColors::Most())
+    {
+        // Those near each other share batches, so that a view of a part sees few of these.
+        SortByPlace(m_newGroups, BatchColors::Most());
+    }
     for (Group* group : m_newGroups)
     {
         JoinAlikes(*group);
@@ -74,7 +91,23 @@ void Batches::JoinNew()
     m_newGroups.clear();
 }
 
-/// Counts a group among its look-alikes, if it is small, and sees whether one that is still is.
+/// Those of a look that have room for one more material.
+Batches::LookAlikes& Batches::AlikesOf(const MaterialLook& look)
+{
+    const auto [first, last] = m_alikes.equal_range(look);
+    // In the last there is room, if in any but by chance.
+    const auto found = std::find_if(std::make_reverse_iterator(last), std::make_reverse_iterator(first),
+                                    [](const auto& entry) { return entry.second->colors.HasRoom(); });
+    if (found.base() != first)
+    {
+        return *found->second;
+    }
+    LookAlikes& made = *m_alikes.emplace_hint(last, look, std::make_unique<LookAlikes>())->second;
+    made.look = look;
+    return made;
+}
+
+/// Counts a group among its look-alikes, and sees whether one that is still is.
 void Batches::JoinAlikes(Group& group)
 {
     if (!group.material)
@@ -85,29 +118,22 @@ void Batches::JoinAlikes(Group& group)
     if (group.alikes)
     {
         // Of those that nobody sees nothing was compared.
-        if (StaysAlike(group) && CountVertices(material, 2 * kMostAlikeVertices) > 2 * kMostAlikeVertices)
-        {
-            LeaveAlikes(group);
-        }
+        StaysAlike(group);
         return;
     }
     const std::optional<MaterialLook> look = MaterialLook::Of(material);
-    if (!look || !IsDrawnAsItSays(material) || CountVertices(material, kMostAlikeVertices) > kMostAlikeVertices)
+    if (!look || !IsDrawnAsItSays(material))
     {
         return;
     }
-    std::unique_ptr<LookAlikes>& alikes = m_alikes[*look];
-    if (!alikes)
-    {
-        alikes = std::make_unique<LookAlikes>();
-        alikes->look = *look;
-    }
+    LookAlikes& alikes = AlikesOf(*look);
     group.colors = MaterialColors::Of(material);
-    group.alikes = alikes.get();
+    group.alikes = &alikes;
+    group.alikesNumber = alikes.colors.Take(group.colors);
     group.alikesListing = m_listing;
-    group.alikesPlace = static_cast<std::uint32_t>(alikes->groups.size());
-    alikes->groups.push_back(&group);
-    ++alikes->found;
+    group.alikesPlace = static_cast<std::uint32_t>(alikes.groups.size());
+    alikes.groups.push_back(&group);
+    ++alikes.found;
 }
 
 void Batches::ForgetAlikes(Group& group)
@@ -121,6 +147,7 @@ void Batches::ForgetAlikes(Group& group)
     groups[group.alikesPlace] = groups.back();
     groups[group.alikesPlace]->alikesPlace = group.alikesPlace;
     groups.pop_back();
+    group.alikes->colors.GiveBack(group.alikesNumber);
     group.alikes = nullptr;
 }
 
@@ -158,14 +185,7 @@ bool Batches::StaysAlike(Group& group)
     if (!group.colors.AreOf(material))
     {
         group.colors = MaterialColors::Of(material);
-        const BatchColors::Held held = BatchColors::Held::Of(group.colors);
-        ForEachMember(group, [&](Index index) {
-            const Member& member = m_members[index];
-            if (member.batch)
-            {
-                member.batch->SetColors(member.piece, held);
-            }
-        });
+        group.alikes->colors.Set(group.alikesNumber, group.colors);
     }
     group.alikes->found += IsMissing(group) ? 1 : 0;
     group.alikesListing = m_listing;
@@ -186,12 +206,14 @@ void Batches::FollowLook(LookAlikes& alikes)
         return;
     }
     const std::optional<MaterialLook> look = MaterialLook::Of(first);
-    if (look && look->IsOf(second) && m_alikes.count(*look) == 0)
+    if (look && look->IsOf(second))
     {
-        auto entry = m_alikes.extract(alikes.look);
-        entry.key() = *look;
+        const auto [begin, end] = m_alikes.equal_range(alikes.look);
+        auto node = m_alikes.extract(std::find_if(begin, end, [&](const auto& entry)
+                                                  { return entry.second.get() == &alikes; }));
+        node.key() = *look;
         alikes.look = *look;
-        m_alikes.insert(std::move(entry));
+        m_alikes.insert(std::move(node));
     }
 }
 

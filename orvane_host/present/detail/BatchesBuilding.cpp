@@ -2,6 +2,7 @@
 // together with others.
 
 #include "orvane_host/present/StageAccess.h"
+#include "orvane_host/present/detail/BatchOrder.h"
 #include "orvane_host/present/detail/Batches.h"
 #include "orvane/math/Sphere.h"
 #include "orvane/math/Transform.h"
@@ -12,45 +13,15 @@
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
-#include <tuple>
 #include <utility>
 
 namespace OV::Host::Detail
 {
 
-namespace
-{
-
-/// Lets bits stand three places apart.
-std::uint64_t Spread(std::uint64_t bits)
-{
-    bits = (bits | bits << 32) & 0x1F00000000FFFFull;
-    bits = (bits | bits << 16) & 0x1F0000FF0000FFull;
-    bits = (bits | bits << 8) & 0x100F00F00F00F00Full;
-    bits = (bits | bits << 4) & 0x10C30C30C30C30C3ull;
-    return (bits | bits << 2) & 0x1249249249249249ull;
-}
-
-/// Where a place lies along a curve that fills a box: what is near on the curve is near in space.
-std::uint64_t PlaceOnCurve(const Vector& place, const WorldBox& all)
-{
-    const auto cell = [](float at, float from, float to) {
-        const float share = (at - from) / (to - from);
-        return static_cast<std::uint64_t>(share > 0.0f ? std::min(share, 1.0f) * 1048575.0f : 0.0f);
-    };
-    return Spread(cell(place.x, all.low.x, all.high.x)) | Spread(cell(place.y, all.low.y, all.high.y)) << 1
-        | Spread(cell(place.z, all.low.z, all.high.z)) << 2;
-}
-
-} // namespace
-
 BatchES20::Piece Batches::PieceOf(Index index) const
 {
     const Member& member = m_members[index];
-    const LookAlikes* const alikes = member.group->alikes;
-    const bool holdsColors = alikes && alikes->isTogether;
-    const BatchColors::Held colors = holdsColors ? BatchColors::Held::Of(member.group->colors) : BatchColors::Held();
-    return {member.mesh, PlaceOf(*member.node), member.node->GetUserData(), index, colors};
+    return {member.mesh, PlaceOf(*member.node), member.node->GetUserData(), index, member.group->alikesNumber};
 }
 
 void Batches::SetTogether(Group& group, bool together)
@@ -255,34 +226,20 @@ void Batches::PutTogether(StageAccess& renderer, const Shelf& shelf, const Batch
         std::for_each(members.begin(), members.end(), [this](Index index) { KeepSingle(index); });
         return;
     }
-    WorldBox all = WorldBox::Empty();
-    // What stands at one place is drawn in the order of the materials: of faces in one plane the first one shows.
-    std::vector<std::tuple<std::uint64_t, Index, Index>> order;
-    order.reserve(members.size());
+    std::vector<BatchPlace> places;
+    places.reserve(members.size());
     for (const Index index : members)
     {
-        all.Widen(MiddleOf(m_members[index]));
+        const Member& member = m_members[index];
+        places.push_back({MiddleOf(member), member.group->order, index,
+                          static_cast<std::uint32_t>(member.mesh->GetPositionBuffer().size())});
     }
-    for (const Index index : members)
-    {
-        order.emplace_back(PlaceOnCurve(MiddleOf(m_members[index]), all), m_members[index].group->order, index);
-    }
-    std::sort(order.begin(), order.end());
-    std::transform(order.begin(), order.end(), members.begin(), [](const auto& entry) { return std::get<2>(entry); });
+    const std::vector<std::size_t> ends = CutByPlace(places, BatchES20::MostVertices, PartSize::Even);
+    std::transform(places.begin(), places.end(), members.begin(), [](const BatchPlace& place) { return place.index; });
     const Index* first = members.data();
-    const Index* const end = first + members.size();
-    while (first != end)
+    for (const std::size_t end : ends)
     {
-        const Index* last = first;
-        std::size_t vertices = 0;
-        for (; last != end; ++last)
-        {
-            vertices += m_members[*last].mesh->GetPositionBuffer().size();
-            if (vertices > BatchES20::MostVertices)
-            {
-                break;
-            }
-        }
+        const Index* const last = members.data() + end;
         MakeBatch(renderer, shelf, kind, first, last);
         first = last;
     }
@@ -355,7 +312,7 @@ void Batches::MakeBatch(StageAccess& renderer, const Shelf& shelf, const BatchKi
     Batch batch;
     batch.mesh = TakeMesh(shelf.material, kind.meshFlags);
     batch.data = new BatchES20(batch.mesh.get(), &renderer.GetBufferPool(), {standIns[0].get(), standIns[1].get()},
-                               kind, pieces, shelf.factors, shelf.alikes != nullptr);
+                               kind, pieces, shelf.factors, shelf.alikes ? &shelf.alikes->colors : nullptr);
     batch.mesh->SetRenderData(batch.data, false);
     shelf.batches.push_back(std::move(batch));
     for (const Index* index = first; index != last; ++index)

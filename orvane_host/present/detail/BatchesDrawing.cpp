@@ -55,6 +55,35 @@ Batches::Group* Batches::ListedGroup(bool areOpaque, std::size_t place, const Ma
     return group && group->material ? group : nullptr;
 }
 
+/// Asks the processor for what is compared of materials to come, which lie scattered where there are many.
+void Batches::FetchAhead(bool areOpaque, std::size_t material) const
+{
+    constexpr std::size_t fields = 8;
+    constexpr std::size_t behindThem = 4;
+    const std::size_t left = m_materials.size() - material;
+    if (left > fields)
+    {
+        const Material& later = *m_materials[material + fields];
+        __builtin_prefetch(&later);
+        __builtin_prefetch(&later.GetDiffuse());
+        __builtin_prefetch(&later.stippling);
+        __builtin_prefetch(&later.textureName);
+        __builtin_prefetch(&later.pixels);
+        __builtin_prefetch(&later.opacityMapName);
+    }
+    const std::vector<std::pair<const Material*, Group*>>& known = m_listed[areOpaque ? 0 : 1];
+    if (left > behindThem && material + behindThem < known.size())
+    {
+        const auto* const data = reinterpret_cast<const char*>(m_materials[material + behindThem]->GetRenderData());
+        const auto* const group = reinterpret_cast<const char*>(known[material + behindThem].second);
+        for (std::size_t line = 0; line < 3; ++line)
+        {
+            __builtin_prefetch(data + 64 * line);
+            __builtin_prefetch(group + 64 * line);
+        }
+    }
+}
+
 template <class Lister>
 void Batches::ForEachMaterial(PresentationFrame& frame, bool areOpaque, Lister list)
 {
@@ -64,7 +93,12 @@ void Batches::ForEachMaterial(PresentationFrame& frame, bool areOpaque, Lister l
     for (std::size_t i = 0; i < m_materials.size(); ++i)
     {
         // A host that is called meanwhile may have taken it away.
-        if (!frame.renderer.HasLosses() || StandsFor(materials, m_materials[i]))
+        const bool hasLosses = frame.renderer.HasLosses();
+        if (!hasLosses)
+        {
+            FetchAhead(areOpaque, i);
+        }
+        if (!hasLosses || StandsFor(materials, m_materials[i]))
         {
             list(*m_materials[i], ListedGroup(areOpaque, i, m_materials[i]));
         }
@@ -98,9 +132,11 @@ void Batches::ListGroups(PresentationFrame& frame, bool areOpaque, float leastSh
         {
             group->order = order++;
             // What has become another is drawn by itself at once.
-            if (group->alikes && group->alikes->isLooked)
+            if (group->alikes && group->alikes->isTogether
+                && (group->alikes->isLooked ? StaysAlike(*group) : !isAllNeeded && !IsPoints(*group))
+                && HasNoneApart(*group))
             {
-                StaysAlike(*group);
+                return;
             }
         }
         if (group && !isAllNeeded && IsOutside(*group, view, leastShare))
@@ -316,6 +352,11 @@ void Batches::MakeItems(StageAccess& renderer, Group& group, MeshStyleES20& styl
     group.listing = MeshES20::GetListingRevision();
 }
 
+bool Batches::IsPoints(const Group& group)
+{
+    return (group.material->GetFlags() & MaterialFlagPoints) != 0;
+}
+
 bool Batches::IsOutside(const Group& group, const ViewVolume& view, float leastShare) const
 {
     // A point may reach beyond its place, and what is no longer used has to be given back.
@@ -323,7 +364,7 @@ bool Batches::IsOutside(const Group& group, const ViewVolume& view, float leastS
         return batch.data->GetVertexCount() == 0
             || (batch.data->GetOnCount() > 0 && batch.data->See(view, leastShare, m_look));
     };
-    return !group.isRestedDue && (group.material->GetFlags() & MaterialFlagPoints) == 0 && AreSinglesOutside(group)
+    return !group.isRestedDue && !IsPoints(group) && AreSinglesOutside(group)
         && std::none_of(group.batches.begin(), group.batches.end(), isSeenOrUnused);
 }
 
@@ -341,7 +382,7 @@ bool Batches::AreSinglesOutside(const Group& group) const
 void Batches::ListGroup(PresentationFrame& frame, Group& group, const ViewVolume& view, float leastShare,
                         std::vector<RenderItemES20>& all, std::vector<RenderItemES20>& seen)
 {
-    if (group.alikes && !group.isRestedDue && group.batches.empty() && group.singles.empty())
+    if (group.alikes && HasNoneApart(group))
     {
         return;
     }

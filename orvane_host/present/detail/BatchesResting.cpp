@@ -96,8 +96,20 @@ void Batches::LookAtRested(const Member& member)
 
 void Batches::WakeRested()
 {
+    // What rested since lies in no cache any more. Each step reads what the one before has asked for.
+    constexpr std::size_t forMember = 8;
+    constexpr std::size_t forLoose = 4;
     while (!m_resting.empty() && m_resting.front().first <= m_frame)
     {
+        if (m_resting.size() > forMember)
+        {
+            __builtin_prefetch(&m_members[m_resting[forMember].second]);
+            const Index loose = m_members[m_resting[forLoose].second].loose;
+            if (loose != kNone)
+            {
+                __builtin_prefetch(&m_loose[loose]);
+            }
+        }
         const Index index = m_resting.front().second;
         m_resting.pop_front();
         Member& member = m_members[index];

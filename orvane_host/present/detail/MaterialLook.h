@@ -16,7 +16,7 @@ class MaterialES20;
 namespace OV::Host::Detail
 {
 
-/// The colours of a material that the vertices of a batch may hold in its place.
+/// The colours of a material in which a batch of several may show its pieces.
 struct MaterialColors
 {
     Color diffuse;
@@ -46,7 +46,7 @@ struct MaterialLook
     float reflection[3] = {0.0f, 0.0f, 0.0f};
     Color reflected = Color(0.0f, 0.0f, 0.0f, 0.0f); ///< the specular colour
 
-    /// Of a material of the engine's own class or the importer's, whose colours vertices can hold: from 0 to 1. None of
+    /// Of a material of the engine's own class or the importer's, with colours from 0 to 1. None of
     /// another.
     static std::optional<MaterialLook> Of(const Material& material);
 

@@ -1,9 +1,10 @@
-// Small materials that differ in their colours alone share batches, as long as they differ in nothing else.
+// Materials that differ in their colours alone share batches, as long as they differ in nothing else.
 
 #include "orvane_host/import/detail/ImportedMaterial.h"
 #include "orvane_host/present/BatchSettings.h"
 #include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/StageAccess.h"
+#include "orvane/effects/EffectES20.h"
 #include "orvane/math/Transform.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/LightNode.h"
@@ -50,6 +51,7 @@ class BatchAlikes : public FlatStage
 {
 protected:
     static constexpr int Columns = 12;
+    static constexpr int Rows = 8; ///< in the view
     static constexpr int Cell = 8;
 
     template <class Made = Material>
@@ -124,7 +126,18 @@ protected:
     /// That each rectangle has the colours that its material has by now; none for a null one.
     void ExpectColors(const Picture& picture, const std::string& what)
     {
-        for (std::size_t i = 0; i < materials.size(); ++i)
+        ExpectColors(picture, materials.size(), what);
+    }
+
+    /// Likewise of those in the view.
+    void ExpectSeenColors(const Picture& picture, const std::string& what)
+    {
+        ExpectColors(picture, static_cast<std::size_t>(Columns * Rows), what);
+    }
+
+    void ExpectColors(const Picture& picture, std::size_t count, const std::string& what)
+    {
+        for (std::size_t i = 0; i < count; ++i)
         {
             const Pixel expected = materials[i] ? Shown(*materials[i]) : Ground;
             EXPECT_LE(Difference(Middle(picture, i), expected), 1)
@@ -163,21 +176,29 @@ TEST_F(BatchAlikes, ManyMaterialsThatDifferInColoursAreOneDraw)
     EXPECT_EQ(CountDraws(), 1u);
     EXPECT_EQ(Counts().batches, 1u);
     EXPECT_EQ(Counts().pieces, 90u);
-    EXPECT_EQ(Counts().bytes, 90u * (4 * (6 * sizeof(float) + 16) + 6 * sizeof(unsigned short)));
+    EXPECT_EQ(Counts().bytes, 90u * (4 * 6 * sizeof(float) + 6 * sizeof(unsigned short))) << "none for the materials";
     ExpectColors(Draw(), "together");
     renderer->SetBatches({BatchUse::Off});
     DrawOften(2);
     EXPECT_EQ(CountDraws(), 90u);
 }
 
-TEST_F(BatchAlikes, TwentyThousandMaterialsAreTwoBatches)
+TEST_F(BatchAlikes, TwentyThousandMaterialsAreABatchForEachTwoHundred)
 {
     Fill(20000);
     DrawTogether();
     EXPECT_EQ(Counts().pieces, 20000u);
-    // As many vertices as one has, and the others, outside the view.
-    EXPECT_EQ(Counts().batches, 2u);
-    EXPECT_EQ(CountDraws(), 1u);
+    const auto most = static_cast<std::size_t>(EffectES20::MostMaterialColors());
+    EXPECT_EQ(most, 256u);
+    EXPECT_EQ(Counts().batches, (20000 + most - 1) / most);
+    // Those near each other share one: of all but the 96 in the view one is seen, or a few.
+    EXPECT_LE(CountDraws(), 2u);
+    ExpectSeenColors(Draw(), "the first of many");
+    // What is not seen is not compared, and shows once it is seen.
+    materials[40]->SetDiffuse(Color(0.9f, 0.1f, 0.8f));
+    materials[19999]->SetFlags(MaterialFlagNoCull);
+    ExpectSeenColors(Draw(), "another colour");
+    EXPECT_EQ(Counts().pieces, 20000u);
 }
 
 TEST_F(BatchAlikes, EveryLookShowsThemAsNodeByNode)
@@ -445,31 +466,80 @@ TEST_F(BatchAlikes, BatchesOfTheirOwnBecomeSharedOnes)
     EXPECT_LE(CountDraws(), 2u);
 }
 
-TEST_F(BatchAlikes, LargeMaterialsStayByThemselves)
+TEST_F(BatchAlikes, LargeMaterialsShareBatchesByPlace)
 {
     Fill(40);
-    Material& large = Add(Color(0.5f, 0.25f, 1.0f));
-    // Of four vertices each.
-    for (int i = 0; i < 1025; ++i)
+    // Of four vertices each: both have more than a batch takes, side by side.
+    for (int i = 0; i < 34000; ++i)
     {
-        AddRect(large, {94, 62, 1, 1}, 0.0f, 2000 + i);
+        AddRect(*materials[static_cast<std::size_t>(i % 2)], {i % 170 * 200 + 200, i / 170 * 200, 1, 1}, 0.0f, 2000 + i);
     }
     DrawTogether();
-    EXPECT_EQ(Counts().batches, 2u);
-    EXPECT_EQ(CountDraws(), 2u);
-    // Up to twice as much one may become, and then leaves.
-    for (int i = 0; i < 2047; ++i)
-    {
-        AddRect(*materials[3], {94, 62, 1, 1}, 0.0f, 4000 + i);
-    }
-    ExpectColors(DrawOften(40), "twice as large");
+    ExpectColors(Draw(), "large");
+    EXPECT_EQ(Counts().pieces, 34040u);
+    EXPECT_EQ(Counts().batches, 3u) << "as few as hold the vertices";
+    EXPECT_EQ(CountDraws(), 1u) << "what is far is none of the batch in the view";
+    materials[1]->SetDiffuse(Color(0.5f, 0.25f, 1.0f));
+    ExpectColors(Draw(), "another colour");
+    EXPECT_EQ(CountDraws(), 1u);
+}
+
+TEST_F(BatchAlikes, MoreThanAProgramHasRoomForShareBatchesOfAsMany)
+{
+    const auto most = static_cast<std::size_t>(EffectES20::MostMaterialColors());
+    Fill(most);
+    DrawTogether();
+    EXPECT_EQ(Counts().batches, 1u);
+    // A number that is given back becomes another material's.
+    World().RemoveMaterial(materials[50]);
+    delete materials[50];
+    materials[50] = nullptr;
+    ExpectSeenColors(Draw(), "one less");
+    materials[50] = &AddMaterial(Color(0.1f, 0.9f, 0.6f));
+    AddRect(*materials[50], {50 % Columns * Cell, 50 / Columns * Cell, Cell, Cell}, 0.0f, 50);
+    ExpectSeenColors(Draw(), "another in its place");
+    EXPECT_EQ(Counts().pieces, most);
+    // Too few for batches of their own, at first.
+    Fill(4);
+    DrawOften(12);
+    EXPECT_EQ(Counts().pieces, most);
+    EXPECT_EQ(Counts().single, 4u);
+    Fill(1);
+    ExpectSeenColors(DrawOften(12), "more");
+    EXPECT_EQ(Counts().pieces, most + 5);
     EXPECT_EQ(Counts().single, 0u);
-    AddRect(*materials[3], {94, 62, 1, 1}, 0.0f, 9000);
-    ExpectColors(Draw(), "larger");
-    ExpectColors(DrawOften(60), "larger, rested");
-    EXPECT_EQ(Counts().pieces, materials.size() + 1025 + 2048);
-    // Two of their own beside that of the others.
-    EXPECT_EQ(CountDraws(), 3u);
+}
+
+TEST_F(BatchAlikes, NormalsAreKeptAndMayBeMissing)
+{
+    auto* const light = new LightNode(&World());
+    World().GetRoot()->AddChild(light, false);
+    light->SetLocalDirection(Vector(0.3f, 0.5f, -1.0f));
+    const Vector normals[] = {Vector(0.0f, 0.0f, 1.0f), Vector(0.0f, 1.0f, 0.0f), Vector(-1.0f, 0.0f, 0.0f),
+                              Vector(0.6f, -0.0f, 0.8f), Vector(0.0f, 0.0f, 1e-30f)};
+    for (std::size_t i = 0; i < 80; ++i)
+    {
+        Add(ColorOf(i), ColorOf(i + 9)).ClearFlags(i % 7 != 0 ? MaterialFlagUnlit : MaterialFlags{});
+        RawMesh& raw = *(*nodes.back()->EachMesh().begin())->GetRawMesh();
+        // Those without are unlit, or as dark as node by node.
+        raw.SetNormalBuffer(std::vector<Vector>(i % 4 == 3 ? 0 : 4, normals[i % 5]));
+        raw.EndDescription(false);
+    }
+    for (const Look look : {Look::Basic, Look::Advanced, Look::Phong})
+    {
+        renderer->SetLook(look);
+        renderer->SetBatches({BatchUse::Off});
+        const Picture expected = DrawOften(2);
+        DrawTogether(3);
+        EXPECT_LE(CountDraws(), 4u);
+        const Picture actual = Draw();
+        for (std::size_t i = 0; i < materials.size(); ++i)
+        {
+            EXPECT_LE(Difference(Middle(actual, i), Middle(expected, i)), 1)
+                << "look " << static_cast<int>(look) << ", rectangle " << i << ": " << Middle(actual, i)
+                << ", node by node " << Middle(expected, i);
+        }
+    }
 }
 
 TEST_F(BatchAlikes, AHostsClassOfMaterialIsDrawnByItselfAndTheImportersIsNot)
