@@ -130,8 +130,10 @@ bool Presentation::Impl::Remove(std::size_t place)
 
 void Presentation::Impl::TakeFileOut(std::size_t place)
 {
+    // A host may have deleted what has no name, such as lights.
+    ForgetGone();
     // What comes at the address of what goes is another one.
-    m_materials.TakeBack();
+    m_materials->TakeBack();
     const std::vector<const Node*> gone = NodesOf(m_contents[place].tops);
     std::set<Mesh*> shown;
     for (const Node* const node : gone)
@@ -150,7 +152,7 @@ void Presentation::Impl::TakeFileOut(std::size_t place)
     files.erase(files.begin() + static_cast<std::ptrdiff_t>(place));
     m_contents.erase(m_contents.begin() + static_cast<std::ptrdiff_t>(place));
     ForgetGone();
-    visibility.Refresh();
+    visibility->Refresh();
 }
 
 void Presentation::Impl::PutFile(std::size_t place, ImportResult model)
@@ -166,10 +168,11 @@ void Presentation::Impl::PutFile(std::size_t place, ImportResult model)
     }
     model.nodes.front().name = UniqueTopName(nodes, model);
     const std::string path = model.error.file;
-    if (m_light && !model.lights.empty())
+    if (OwnLight() && !model.lights.empty())
     {
         // It stands in for those of files.
-        World().DeleteSubtree(std::exchange(m_light, nullptr));
+        m_lightWatch.Stop();
+        World().DeleteSubtree(m_light);
     }
     content.tops = MoveInto(World(), model, content.scale, m_nextFile++);
     // Before the nodes of the files that come after it.
@@ -185,7 +188,7 @@ void Presentation::Impl::PutFile(std::size_t place, ImportResult model)
     meshes.insert(meshes.end(), model.meshes.begin(), model.meshes.end());
     files.insert(files.begin() + static_cast<std::ptrdiff_t>(place), {path, top});
     m_contents.insert(m_contents.begin() + static_cast<std::ptrdiff_t>(place), std::move(content));
-    visibility.Refresh();
+    visibility->Refresh();
     UpdateGlobals();
     NumberNodes();
 }

@@ -29,7 +29,7 @@ Vector Middle(const Vector& a, const Vector& b)
 SceneFit::Filter Presentation::Impl::ModelFilter() const
 {
     return [this](const MeshNode& node, const Mesh& mesh)
-    { return IsOfModel(mesh) && visibility.IsShownByScene(node); };
+    { return IsOfModel(mesh) && visibility->IsShownByScene(node); };
 }
 
 Vector Presentation::Impl::MiddleOfModel() const
