@@ -60,8 +60,8 @@ void Presentation::Impl::Resize(int newWidth, int newHeight, float newRatio)
 {
     const bool isNewSize = newWidth != m_width || newHeight != m_height;
     const float oldAspect = Aspect();
-    m_width = newWidth;
-    m_height = newHeight;
+    m_width = std::max(newWidth, 0);
+    m_height = std::max(newHeight, 0);
     if (isNewSize)
     {
         m_isWatermarkLaid = false;

@@ -30,6 +30,24 @@ std::vector<const Node*> NodesOf(const std::vector<Node*>& tops)
     return found;
 }
 
+/// Forgets the names of what doesn't stand in the tree of a model below the root, and comes to no other scene.
+void KeepNodesOfTree(ImportResult& model)
+{
+    std::vector<Node*> tops;
+    if (const Node* const root = model.scene->GetRoot())
+    {
+        const NodeChildren children = root->EachChild();
+        tops.assign(children.begin(), children.end());
+    }
+    std::vector<const Node*> known = NodesOf(tops);
+    known.erase(std::remove(known.begin(), known.end(), model.scene->GetCameraNode()), known.end());
+    std::sort(known.begin(), known.end());
+    model.nodes.erase(std::remove_if(model.nodes.begin(), model.nodes.end(),
+                                     [&](const ImportedNode& node)
+                                     { return !std::binary_search(known.begin(), known.end(), node.node); }),
+                      model.nodes.end());
+}
+
 /// Deletes what no node shows any more, and the materials that nothing is left of.
 void DeleteUnused(const std::set<Mesh*>& meshes, Scene& scene)
 {
@@ -93,6 +111,10 @@ bool Presentation::Impl::Add(ImportResult model, std::string& error)
 
 bool Presentation::Impl::Replace(std::size_t place, ImportResult model, std::string& error)
 {
+    if (model)
+    {
+        KeepNodesOfTree(model);
+    }
     if (!model || model.nodes.empty())
     {
         error = model ? "the model holds no node" : model.error.Line();
