@@ -79,6 +79,12 @@ std::unique_ptr<Scene> SceneOf(ImportResult& model)
     return model.scene ? std::move(model.scene) : std::make_unique<Scene>();
 }
 
+/// Whether a node that was named to a presentation is there at all.
+bool IsOf(const Scene& scene, const ImportedNode& node)
+{
+    return node.node && node.node->GetScene() == &scene;
+}
+
 bool IsSamePlace(const Vector& a, const Vector& b)
 {
     return a.x == b.x && a.y == b.y && a.z == b.z;
@@ -87,7 +93,7 @@ bool IsSamePlace(const Vector& a, const Vector& b)
 } // namespace
 
 Presentation::Impl::Impl(ImportResult model, bool numbersNodes) :
-    report(std::move(model.report)), nodes(std::move(model.nodes)), meshes(std::move(model.meshes)),
+    report(std::move(model.report)), nodes(model.scene ? std::move(model.nodes) : std::vector<ImportedNode>()), meshes(std::move(model.meshes)),
     renderer(std::make_unique<Detail::HighlightRenderer>(&textures, app.GetContext()->GetRenderCapabilities()))
 {
     app.GetContext()->SetScene(SceneOf(model));
@@ -96,6 +102,8 @@ Presentation::Impl::Impl(ImportResult model, bool numbersNodes) :
     {
         Detail::GiveBase(World());
     }
+    nodes.erase(std::remove_if(nodes.begin(), nodes.end(), [&](const ImportedNode& node) { return !IsOf(World(), node); }),
+                nodes.end());
     // Titles and bars are laid out in pixels of the picture, however fine it is drawn.
     renderer->SetLayerRatio(1.0f);
     picking = std::make_unique<Picking>(*renderer);
@@ -179,6 +187,8 @@ float Presentation::Impl::OutlineWidth() const
 void Presentation::Impl::UpdateGlobals()
 {
     World().GetRoot()->UpdateGraph();
+    // Nodes of the host's may do anything meanwhile.
+    FollowScene();
 }
 
 Node* Presentation::Impl::FindNode(const std::string& path) const
@@ -429,6 +439,7 @@ void Presentation::Impl::UpdateEdit()
 void Presentation::Impl::Refresh()
 {
     FollowScene();
+    m_isSceneOther = false;
     TakeBackAll();
     ForgetGone();
     visibility->Refresh();
@@ -439,15 +450,15 @@ void Presentation::Impl::Refresh()
 
 Presentation::Impl& Presentation::Impl::Followed()
 {
-    if (FollowScene() || m_lostNodes->AreThere())
+    FollowScene();
+    if (m_isSceneOther || m_lostNodes->AreThere())
     {
         Refresh();
     }
     return *this;
 }
 
-/// Whether a host has put another scene in the place of the one that was there, or has deleted what every scene has.
-bool Presentation::Impl::FollowScene()
+void Presentation::Impl::FollowScene()
 {
     CoreContext& context = *app.GetContext();
     if (!context.GetScene())
@@ -472,7 +483,7 @@ bool Presentation::Impl::FollowScene()
     {
         Detail::GiveBase(World());
     }
-    return isOther || !isWhole;
+    m_isSceneOther = m_isSceneOther || isOther || !isWhole;
 }
 
 void Presentation::Impl::ForgetPaths()

@@ -163,7 +163,9 @@ private:
     bool ReadSurroundings(const PresentationSettings& wanted, Brought& brought, std::string& error) const;
     void CountModel();
     void StandOn(Scene& scene);
-    bool FollowScene();
+    /// Stands on the scene that a host has put in the place of another one, and gives it what every scene has where
+    /// the host has deleted that.
+    void FollowScene();
     void TakeBackAll();
     void ForgetGone();
     void DoAllAgain();
@@ -226,6 +228,7 @@ private:
     mutable std::unique_ptr<NodePaths> m_paths; ///< null until it is asked for
     std::vector<Content> m_contents; ///< of each file
     std::uint64_t m_nextFile = 1;    ///< number of the next one that comes
+    bool m_isSceneOther = false;     ///< since Refresh
     bool m_isHostsScene = false;     ///< it was not imported
     std::optional<SectionFaces> m_section;
     Detail::Lent<LineStyle> m_style; ///< in the scene while there are lines

@@ -1,6 +1,8 @@
 #include "tests/orvane_host/present/PresentationModels.h"
 
+#include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/PresentationRenderer.h"
+#include "orvane_host/present/PresentationStage.h"
 #include "orvane_host/sheet/Notes.h"
 #include "orvane/engine/AppContext.h"
 #include "orvane/engine/CoreContext.h"
@@ -15,6 +17,7 @@
 
 #include <GL/glew.h>
 
+#include <functional>
 #include <limits>
 #include <memory>
 #include <string>
@@ -498,6 +501,153 @@ TEST_F(PresentationDeletions, NodesWithoutANameMayGoFromBelowAHighlight)
             ASSERT_TRUE(presentation.Highlight(presentation.PathOf(*top), Color(1, 0, 0)));
         }
     }
+}
+
+/// Does something of a host's at one moment of a frame.
+class EditingStage : public Host::PresentationStage
+{
+public:
+    enum Moment
+    {
+        AtPrepare,
+        AtNeeds,
+        AtDraw,
+    };
+
+    EditingStage(Moment moment, std::function<void()> edit) : m_moment(moment), m_edit(std::move(edit)) {}
+
+    Host::FrameNeeds NeedsOf(const Host::PresentationFrame&) const override
+    {
+        Do(AtNeeds);
+        Host::FrameNeeds needs;
+        needs.depth = needs.objectIdentifiers = needs.optional = true;
+        return needs;
+    }
+    void Prepare(Host::PresentationFrame&) override { Do(AtPrepare); }
+    void Draw(Host::PresentationFrame&) override { Do(AtDraw); }
+    void ReleaseGL() override {}
+
+private:
+    void Do(Moment moment) const
+    {
+        if (moment == m_moment && m_edit)
+        {
+            std::exchange(m_edit, nullptr)();
+        }
+    }
+
+    Moment m_moment;
+    mutable std::function<void()> m_edit;
+};
+
+TEST_F(PresentationDeletions, AStageOfTheHostsMayDeleteWhateverTheFrameDraws)
+{
+    using Edit = std::function<void(Presentation&)>;
+    const std::vector<std::pair<const char*, Edit>> edits = {
+        {"a mesh", [](Presentation& shown) { delete *shown.GetScene().EachMesh().begin(); }},
+        {"a node", [](Presentation& shown) { delete shown.FindNode("house/right"); }},
+        {"a material", [](Presentation& shown) { delete shown.GetScene().GetOptimizedMaterials().front(); }},
+        {"a line", [](Presentation& shown) { delete *shown.GetScene().GetLines().begin(); }},
+        {"the camera", [](Presentation& shown) { delete &shown.GetCamera(); }},
+        {"all", [](Presentation& shown) { shown.GetScene().Clear(); }},
+        {"the settings", [](Presentation& shown) { Apply(shown, PresentationSettings()); }},
+        {"lines", [](Presentation& shown) {
+             for (const Scene& scene = shown.GetScene(); !scene.GetLines().empty();)
+             {
+                 delete *scene.GetLines().begin();
+             }
+         }}};
+    struct At
+    {
+        EditingStage::Moment moment;
+        Host::StageSlot slot;
+        Host::BatchUse batches;
+    };
+    const At moments[] = {{EditingStage::AtPrepare, Host::StageSlot::BeforeSurfaces, Host::BatchUse::On},
+                          {EditingStage::AtNeeds, Host::StageSlot::BeforeSurfaces, Host::BatchUse::Off},
+                          {EditingStage::AtDraw, Host::StageSlot::BeforeSurfaces, Host::BatchUse::On},
+                          {EditingStage::AtDraw, Host::StageSlot::AfterSurfaces, Host::BatchUse::Off}};
+    for (const auto& [what, edit] : edits)
+    {
+        for (const At& at : moments)
+        {
+            SCOPED_TRACE(std::string(what) + " at " + std::to_string(at.moment));
+            const auto presentation = Present(at.batches);
+            const Edit& called = edit;
+            presentation->GetRenderer().AddStage(
+                std::make_unique<EditingStage>(at.moment, [&] { called(*presentation); }), at.slot);
+            Draw(*presentation);
+            Draw(*presentation);
+            ExpectNoError(what);
+        }
+    }
+}
+
+/// A node of the host's that does something when it is brought up to date.
+class EditingNode : public MeshNode
+{
+public:
+    using MeshNode::MeshNode;
+
+    void UpdateGraph() override
+    {
+        MeshNode::UpdateGraph();
+        if (edit)
+        {
+            std::exchange(edit, nullptr)();
+        }
+    }
+
+    std::function<void()> edit;
+};
+
+TEST_F(PresentationDeletions, ANodeOfTheHostsMayDeleteWhateverIsUpdated)
+{
+    using Edit = std::function<void(Presentation&)>;
+    const std::vector<std::pair<const char*, Edit>> edits = {
+        {"the camera", [](Presentation& shown) { delete shown.GetScene().GetCameraNode(); }},
+        {"a node", [](Presentation& shown) { delete shown.FindNode("house/right/roof"); }},
+        {"all", [](Presentation& shown) { shown.GetScene().Clear(); }},
+        {"the scene", [](Presentation& shown) { shown.GetContext().GetContext()->SetScene(nullptr); }}};
+    const std::vector<std::pair<const char*, Edit>> uses = {
+        {"drawn", [this](Presentation& shown) { Draw(shown); }},
+        {"picked", [this](Presentation& shown) { shown.Pick({0, 0, Width(), Height()}); }},
+        {"framed", [](Presentation& shown) { shown.FrameNode("house/right/roof"); }},
+        {"refreshed", [](Presentation& shown) { shown.Refresh(); }}};
+    for (const auto& [what, edit] : edits)
+    {
+        for (const auto& [how, use] : uses)
+        {
+            SCOPED_TRACE(std::string(what) + ", " + how);
+            const auto presentation = Present(Host::BatchUse::On);
+            auto* const node = new EditingNode(&presentation->GetScene());
+            presentation->GetScene().GetRoot()->AddChild(node, true);
+            const Edit& called = edit;
+            node->edit = [&] { called(*presentation); };
+            use(*presentation);
+            UseAll(*presentation, what);
+        }
+    }
+}
+
+TEST_F(PresentationDeletions, NodesThatAreNoneHaveNoNames)
+{
+    Scene other;
+    NamedScene boxes = MakeBoxes();
+    const std::size_t known = boxes.nodes.size();
+    boxes.nodes.push_back({"none", nullptr});
+    boxes.nodes.push_back({"other", other.GetRoot()});
+    Presentation presentation(std::move(boxes.scene), std::move(boxes.nodes));
+    EXPECT_EQ(presentation.GetNodes().size(), known);
+    Host::ImportResult more;
+    more.status = Host::ImportStatus::Done;
+    more.scene = std::make_unique<Scene>();
+    more.nodes = {{"root", more.scene->GetRoot()}, {"none", nullptr}, {"other", other.GetRoot()}};
+    std::string error;
+    EXPECT_FALSE(presentation.Add(std::move(more), error));
+    EXPECT_EQ(error, "the model holds no node");
+    presentation.Resize(-5, -5);
+    ExpectNoError("a size below 0");
 }
 
 TEST_F(PresentationDeletions, ANodeOfAnotherSceneGetsNoName)
