@@ -1,5 +1,6 @@
 #include "orvane_host/geometry/FeatureLines.h"
 
+#include "orvane_host/geometry/detail/Lent.h"
 #include "orvane_host/geometry/detail/LineGeometry.h"
 #include "orvane_host/geometry/detail/MeshNodes.h"
 #include "orvane/scene/Line.h"
@@ -9,9 +10,39 @@
 #include "orvane/scene/Scene.h"
 
 #include <iterator>
+#include <list>
 
 namespace OV::Host
 {
+
+namespace
+{
+
+/// A line that tells when it is gone.
+class KnownLine final : public Line
+{
+public:
+    using Line::Line;
+
+    Lifetime& GetLifetime() { return m_lifetime; }
+
+private:
+    Lifetime m_lifetime;
+};
+
+} // namespace
+
+struct FeatureLines::Found
+{
+    std::vector<std::shared_ptr<RawLine>> raw;
+    std::size_t segments = 0;
+    std::list<Detail::Lent<KnownLine>> lines; ///< in the scene
+    bool isUsed = false;
+};
+
+FeatureLines::FeatureLines(Scene& scene) : m_scene(scene)
+{
+}
 
 FeatureLines::~FeatureLines()
 {
@@ -35,38 +66,38 @@ std::size_t FeatureLines::Show(LineStyle& style, float creaseDegrees)
             continue;
         }
         const auto [entry, isNew] = m_found.try_emplace(std::move(parts));
-        Found& found = entry->second;
         if (isNew)
         {
+            entry->second = std::make_unique<Found>();
             std::vector<const RawMesh*> meshes;
             for (const std::shared_ptr<RawMesh>& part : entry->first)
             {
                 meshes.push_back(part.get());
             }
             const std::vector<FeatureEdge> edges = FeatureEdges::Find(meshes, creaseDegrees);
-            found.raw = Detail::MakeRawLines(edges);
-            found.segments = edges.size();
+            entry->second->raw = Detail::MakeRawLines(edges);
+            entry->second->segments = edges.size();
         }
+        Found& found = *entry->second;
         if (!found.isUsed)
         {
             found.isUsed = true;
             for (const std::shared_ptr<RawLine>& raw : found.raw)
             {
-                auto* const line = new Line(raw, &m_scene);
-                style.AddLine(line);
-                found.lines.push_back(line);
+                found.lines.emplace_back(std::make_unique<KnownLine>(raw, &m_scene));
+                style.AddLine(found.lines.back().Get());
             }
         }
-        for (Line* line : found.lines)
+        for (const Detail::Lent<KnownLine>& line : found.lines)
         {
-            line->AddNode(node);
+            line.Get()->AddNode(node);
         }
         segments += found.segments;
     }
     // What no node shows now, such as the rims of an earlier section, is of no use later.
     for (auto entry = m_found.begin(); entry != m_found.end();)
     {
-        entry = entry->second.isUsed ? std::next(entry) : m_found.erase(entry);
+        entry = entry->second->isUsed ? std::next(entry) : m_found.erase(entry);
     }
     return segments;
 }
@@ -75,12 +106,8 @@ void FeatureLines::Hide()
 {
     for (auto& [parts, found] : m_found)
     {
-        for (Line* line : found.lines)
-        {
-            delete line;
-        }
-        found.lines.clear();
-        found.isUsed = false;
+        found->lines.clear();
+        found->isUsed = false;
     }
 }
 
@@ -88,8 +115,12 @@ void FeatureLines::Leave()
 {
     for (auto& [parts, found] : m_found)
     {
-        found.lines.clear();
-        found.isUsed = false;
+        for (Detail::Lent<KnownLine>& line : found->lines)
+        {
+            line.Release();
+        }
+        found->lines.clear();
+        found->isUsed = false;
     }
 }
 

@@ -10,9 +10,7 @@
 namespace OV
 {
 
-class Line;
 class LineStyle;
-class RawLine;
 class RawMesh;
 class Scene;
 
@@ -23,12 +21,13 @@ namespace OV::Host
 
 /// What FeatureEdges::AddTo does to a scene, as something that can be taken back.
 ///
-/// The edges that were found last stay known, so that lines come back without another search.
+/// The edges that were found last stay known, so that lines come back without another search. Lines that a host
+/// deletes, or the scene when it is emptied, are gone until the next Show.
 class FeatureLines
 {
 public:
     /// @param scene not owned; outlives this, unless Leave comes before its end.
-    explicit FeatureLines(Scene& scene) : m_scene(scene) {}
+    explicit FeatureLines(Scene& scene);
 
     /// Takes the lines away. GL, if they were drawn.
     ~FeatureLines();
@@ -56,17 +55,11 @@ private:
     using Geometry = std::vector<std::shared_ptr<RawMesh>>;
 
     /// The edges of one geometry.
-    struct Found
-    {
-        std::vector<std::shared_ptr<RawLine>> raw;
-        std::size_t segments = 0;
-        std::vector<Line*> lines; ///< in the scene, which owns them
-        bool isUsed = false;
-    };
+    struct Found;
 
     Scene& m_scene;
     float m_crease = -1.0f;
-    std::map<Geometry, Found> m_found;
+    std::map<Geometry, std::unique_ptr<Found>> m_found;
 };
 
 } // namespace OV::Host

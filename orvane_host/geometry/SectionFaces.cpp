@@ -1,5 +1,6 @@
 #include "orvane_host/geometry/SectionFaces.h"
 
+#include "orvane_host/geometry/detail/Lent.h"
 #include "orvane_host/geometry/detail/SolidCutter.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
@@ -25,7 +26,9 @@ bool IsIn(const Scene& scene, const Material* material)
 
 } // namespace
 
-SectionFaces::SectionFaces(Scene& scene) : m_scene(scene), m_cutter(std::make_unique<Detail::SolidCutter>())
+SectionFaces::SectionFaces(Scene& scene) :
+    m_scene(scene), m_cutter(std::make_unique<Detail::SolidCutter>()),
+    m_material(std::make_unique<Detail::Lent<Material>>())
 {
 }
 
@@ -42,28 +45,32 @@ void SectionFaces::Cut(const std::vector<SectionPlane>& planes, const std::optio
         return;
     }
     Open(planes);
-    if (!fill)
+    if (fill)
     {
-        return;
+        AddFaces(planes, *fill);
     }
-    if (!m_material)
+}
+
+void SectionFaces::AddFaces(const std::vector<SectionPlane>& planes, const Fill& fill)
+{
+    if (!m_material->Get())
     {
-        m_material.reset(Detail::MakeSectionMaterial(fill->color));
+        m_material->Reset(std::unique_ptr<Material>(Detail::MakeSectionMaterial(fill.color)));
     }
-    Detail::SetSectionColor(*m_material, fill->color);
+    Material& material = *m_material->Get();
+    Detail::SetSectionColor(material, fill.color);
     for (MeshNode* node : Detail::ShownMeshNodes(m_scene))
     {
-        for (const std::shared_ptr<RawMesh>& raw : m_cutter->Cut(*node, planes, fill->inset, fill->color).meshes)
+        for (const std::shared_ptr<RawMesh>& raw : m_cutter->Cut(*node, planes, fill.inset, fill.color).meshes)
         {
             auto* const mesh = new Mesh(raw, &m_scene);
-            m_material->AddMesh(mesh);
+            material.AddMesh(mesh);
             mesh->AddNode(node);
-            m_meshes.push_back(mesh);
         }
     }
-    if (!m_meshes.empty())
+    if (!material.EachMesh().empty())
     {
-        m_scene.AddMaterial(m_material.get());
+        m_scene.AddMaterial(&material);
     }
 }
 
@@ -99,41 +106,59 @@ void SectionFaces::Open(const std::vector<SectionPlane>& planes)
 
 Material* SectionFaces::CopyFor(Material& original)
 {
-    std::unique_ptr<Material>& spare = m_spares[&original];
-    if (!spare)
+    OwnMaterial& spare = m_spares[&original];
+    if (!spare || !spare->Get())
     {
-        spare.reset(Detail::CopyOf(original));
+        spare = std::make_unique<Detail::Lent<Material>>(std::unique_ptr<Material>(Detail::CopyOf(original)));
     }
-    return spare.get();
+    return spare->Get();
+}
+
+const Material* SectionFaces::GetMaterial() const
+{
+    const Material* const material = m_material->Get();
+    return material && !material->EachMesh().empty() ? material : nullptr;
 }
 
 void SectionFaces::Heal()
 {
-    for (Mesh* mesh : m_meshes)
+    if (Material* const material = m_material->Get())
     {
-        delete mesh;
-    }
-    m_meshes.clear();
-    if (m_material && m_material->GetScene())
-    {
-        m_scene.RemoveMaterial(m_material.get());
+        while (!material->EachMesh().empty())
+        {
+            delete *material->EachMesh().begin();
+        }
+        if (material->GetScene())
+        {
+            m_scene.RemoveMaterial(material);
+        }
     }
     for (const Copy& copy : m_copies)
     {
-        m_scene.RemoveMaterial(copy.material);
-        // The order of the meshes is that of their creation, whoever had them meanwhile.
-        while (!copy.material->EachMesh().empty())
-        {
-            Mesh* const mesh = *copy.material->EachMesh().begin();
-            copy.material->RemoveMesh(mesh);
-            if (IsIn(m_scene, copy.original))
-            {
-                copy.original->AddMesh(mesh);
-            }
-        }
+        TakeOut(copy);
     }
     m_copies.clear();
     m_opened.clear();
+}
+
+void SectionFaces::TakeOut(const Copy& copy)
+{
+    const auto spare = m_spares.find(copy.original);
+    if (spare == m_spares.end() || !spare->second->Get() || !copy.material->GetScene())
+    {
+        return;
+    }
+    m_scene.RemoveMaterial(copy.material);
+    // The order of the meshes is that of their creation, whoever had them meanwhile.
+    while (!copy.material->EachMesh().empty())
+    {
+        Mesh* const mesh = *copy.material->EachMesh().begin();
+        copy.material->RemoveMesh(mesh);
+        if (IsIn(m_scene, copy.original))
+        {
+            copy.original->AddMesh(mesh);
+        }
+    }
 }
 
 void SectionFaces::Forget()
@@ -147,11 +172,14 @@ void SectionFaces::Suspend()
 {
     for (const auto& [original, spare] : m_spares)
     {
-        spare->Suspend();
+        if (Material* const material = spare->Get())
+        {
+            material->Suspend();
+        }
     }
-    if (m_material)
+    if (Material* const material = m_material->Get())
     {
-        m_material->Suspend();
+        material->Suspend();
     }
 }
 

@@ -12,7 +12,6 @@ namespace OV
 {
 
 class Material;
-class Mesh;
 class Scene;
 
 } // namespace OV
@@ -23,6 +22,8 @@ namespace OV::Host
 namespace Detail
 {
 
+template <class T>
+class Lent;
 class SolidCutter;
 
 } // namespace Detail
@@ -31,7 +32,8 @@ class SolidCutter;
 /// planes cut solids, and materials of their own for what is cut.
 ///
 /// What it has found out about geometry is kept for the next cut, and so are the copies of
-/// materials with the textures that they have loaded.
+/// materials with the textures that they have loaded. What of all that a host deletes, or the scene
+/// when it is emptied, is gone until the next cut.
 class SectionFaces
 {
 public:
@@ -77,20 +79,24 @@ public:
     /// their backs.
     const std::vector<Material*>& GetOpened() const { return m_opened; }
 
+    /// As they were cut: a host may have deleted some since.
     const std::vector<Copy>& GetCopies() const { return m_copies; }
 
     /// That of the faces; null where there are none.
-    const Material* GetMaterial() const { return m_meshes.empty() ? nullptr : m_material.get(); }
+    const Material* GetMaterial() const;
 
 private:
     void Open(const std::vector<SectionPlane>& planes);
+    void AddFaces(const std::vector<SectionPlane>& planes, const Fill& fill);
     Material* CopyFor(Material& original);
+    void TakeOut(const Copy& copy);
+
+    using OwnMaterial = std::unique_ptr<Detail::Lent<Material>>;
 
     Scene& m_scene;
     std::unique_ptr<Detail::SolidCutter> m_cutter;
-    std::unique_ptr<Material> m_material; ///< in the scene while there are faces
-    std::vector<Mesh*> m_meshes;          ///< owned by the scene
-    std::unordered_map<const Material*, std::unique_ptr<Material>> m_spares; ///< copies by original
+    OwnMaterial m_material; ///< in the scene while there are faces, which are its meshes
+    std::unordered_map<const Material*, OwnMaterial> m_spares; ///< copies by original
     std::vector<Copy> m_copies; ///< those in the scene
     std::vector<Material*> m_opened;
 };

@@ -75,6 +75,11 @@ void Presentation::Refresh()
 void Presentation::AddName(Node& node, const std::string& name)
 {
     std::vector<ImportedNode>& nodes = m_impl->Followed().nodes;
+    if (node.GetScene() != &m_impl->World())
+    {
+        // Nobody would tell when it is gone.
+        return;
+    }
     const auto known = std::find_if(nodes.begin(), nodes.end(),
                                     [&](const ImportedNode& entry) { return entry.node == &node; });
     if (known == nodes.end())
@@ -141,27 +146,27 @@ const ImportReport& Presentation::GetReport() const
 bool Presentation::Hide(const std::string& path)
 {
     const Node* const node = m_impl->Followed().FindNode(path);
-    m_impl->SetVisibility(node && m_impl->visibility.Hide(*node));
+    m_impl->SetVisibility(node && m_impl->visibility->Hide(*node));
     return node != nullptr;
 }
 
 bool Presentation::Show(const std::string& path)
 {
     const Node* const node = m_impl->Followed().FindNode(path);
-    m_impl->SetVisibility(node && m_impl->visibility.Show(*node));
+    m_impl->SetVisibility(node && m_impl->visibility->Show(*node));
     return node != nullptr;
 }
 
 bool Presentation::Isolate(const std::string& path)
 {
     const Node* const node = m_impl->Followed().FindNode(path);
-    m_impl->SetVisibility(node && m_impl->visibility.Isolate(*node));
+    m_impl->SetVisibility(node && m_impl->visibility->Isolate(*node));
     return node != nullptr;
 }
 
 void Presentation::ShowAll()
 {
-    m_impl->SetVisibility(m_impl->Followed().visibility.ShowAll());
+    m_impl->SetVisibility(m_impl->Followed().visibility->ShowAll());
 }
 
 bool Presentation::Highlight(const std::string& path, const Color& color)
@@ -186,7 +191,7 @@ bool Presentation::ClearHighlight(const std::string& path)
 
 void Presentation::ClearHighlights()
 {
-    m_impl->ClearHighlights();
+    m_impl->Followed().ClearHighlights();
 }
 
 bool Presentation::SetDimensions(std::vector<Dimension> dimensions)
@@ -211,7 +216,7 @@ bool Presentation::RemoveLabel(const std::string& path)
 
 void Presentation::ClearLabels()
 {
-    m_impl->ClearLabels();
+    m_impl->Followed().ClearLabels();
 }
 
 std::string Presentation::GetUnit() const
@@ -230,12 +235,14 @@ std::optional<Presentation::Box> Presentation::GetModelBox() const
 
 std::optional<Presentation::Box> Presentation::GetShownBox() const
 {
-    return m_impl->BoxOf(m_impl->ShownPointsBelow(*m_impl->World().GetRoot()));
+    Impl& impl = m_impl->Followed();
+    return impl.BoxOf(impl.ShownPointsBelow(*impl.World().GetRoot()));
 }
 
 bool Presentation::FrameAll()
 {
-    return m_impl->Frame(m_impl->AllPoints());
+    Impl& impl = m_impl->Followed();
+    return impl.Frame(impl.AllPoints());
 }
 
 bool Presentation::FrameNode(const std::string& path)
@@ -246,12 +253,13 @@ bool Presentation::FrameNode(const std::string& path)
 
 bool Presentation::FrameShown()
 {
-    return m_impl->Frame(m_impl->ShownPointsBelow(*m_impl->World().GetRoot()));
+    Impl& impl = m_impl->Followed();
+    return impl.Frame(impl.ShownPointsBelow(*impl.World().GetRoot()));
 }
 
 bool Presentation::SetCamera(const Vector& eye, const Vector& target, const Vector& up)
 {
-    return m_impl->LookFrom(eye, target, up);
+    return m_impl->Followed().LookFrom(eye, target, up);
 }
 
 bool Presentation::SetCamera(const Transform& place, float distance)
@@ -265,23 +273,23 @@ bool Presentation::SetCamera(const Transform& place, float distance)
         return false;
     }
     const float reach = distance / length;
-    return m_impl->LookFrom(eye, Vector(eye.x - back.x * reach, eye.y - back.y * reach, eye.z - back.z * reach),
+    return m_impl->Followed().LookFrom(eye, Vector(eye.x - back.x * reach, eye.y - back.y * reach, eye.z - back.z * reach),
                         Vector(static_cast<float>(m[0][1]), static_cast<float>(m[1][1]), static_cast<float>(m[2][1])));
 }
 
 bool Presentation::SetViewHeight(double height)
 {
-    return m_impl->SetViewHeight(height);
+    return m_impl->Followed().SetViewHeight(height);
 }
 
 double Presentation::GetViewHeight() const
 {
-    return m_impl->ViewHeight();
+    return m_impl->Followed().ViewHeight();
 }
 
 void Presentation::Resize(int width, int height, float pixelRatio)
 {
-    m_impl->Resize(width, height, pixelRatio);
+    m_impl->Followed().Resize(width, height, pixelRatio);
 }
 
 void Presentation::Prepare()
@@ -296,12 +304,12 @@ void Presentation::Draw(int width, int height, float pixelRatio)
 
 void Presentation::Hurry(bool hurry)
 {
-    m_impl->Hurry(hurry);
+    m_impl->Followed().Hurry(hurry);
 }
 
 bool Presentation::NeedsDraw() const
 {
-    return m_impl->NeedsDraw();
+    return m_impl->Followed().NeedsDraw();
 }
 
 void Presentation::Suspend()
@@ -321,7 +329,7 @@ bool Presentation::TakePicture(std::vector<unsigned char>& rgba, int width, int 
     options.width = width;
     options.height = height;
     options.pixelRatio = pixelRatio;
-    return m_impl->TakePicture(rgba, options, error);
+    return m_impl->Followed().TakePicture(rgba, options, error);
 }
 
 bool Presentation::SavePicture(const std::string& path, int width, int height, std::string& error, float pixelRatio)
@@ -337,14 +345,14 @@ bool Presentation::SavePicture(const std::string& path, const PictureOptions& op
                                PictureFacts* facts)
 {
     PictureFacts unasked;
-    return m_impl->SavePicture(path, options, facts ? *facts : unasked, error);
+    return m_impl->Followed().SavePicture(path, options, facts ? *facts : unasked, error);
 }
 
 bool Presentation::WritePicture(PictureFile& file, const PictureOptions& options, std::string& error,
                                 PictureFacts* facts)
 {
     PictureFacts unasked;
-    return m_impl->WritePicture(file, options, facts ? *facts : unasked, error);
+    return m_impl->Followed().WritePicture(file, options, facts ? *facts : unasked, error);
 }
 
 std::optional<PickHit> Presentation::Pick(int x, int y)
@@ -365,7 +373,7 @@ std::vector<PickHit> Presentation::PickThrough(int x, int y, int most)
 
 PresentationStatistics Presentation::GetStatistics() const
 {
-    const CoreContext& context = *m_impl->app.GetContext();
+    const CoreContext& context = *m_impl->Followed().app.GetContext();
     std::vector<const Scene*> scenes = {context.GetScene(), context.GetBackground2D(), context.GetForeground2D()};
     if (const Scene* const sky = m_impl->renderer->GetSkyScene())
     {
@@ -385,12 +393,12 @@ PresentationStatistics Presentation::GetStatistics() const
 
 Scene& Presentation::GetScene() const
 {
-    return m_impl->World();
+    return m_impl->Followed().World();
 }
 
 CameraNode& Presentation::GetCamera() const
 {
-    return m_impl->Camera();
+    return m_impl->Followed().Camera();
 }
 
 AppContext& Presentation::GetContext() const

@@ -148,7 +148,7 @@ public:
     // answers false, with nothing changed, where there is no such node.
 
     /// Gives a node of the scene a name to be found by, in place of the one that it has. What comes
-    /// later counts as later in the file.
+    /// later counts as later in the file. Nothing for a node of another scene.
     void AddName(Node& node, const std::string& name);
 
     /// The paths of all nodes that have names, in the order of the file.
@@ -324,10 +324,15 @@ public:
     /// GL, for the sizes of buffers.
     PresentationStatistics GetStatistics() const;
 
-    // What it is made of, for hosts that put more into it. The camera is moved by SetCamera and the
-    // settings; what a host does to it itself lasts until the next change of those or of the size. Its
-    // near and far come from the bounds of the model. Where the eye is in them or close to them, drawing
-    // and picking move near to before what the view shows nearest, unless the host has set one of the two.
+    // What it is made of, for hosts that put more into it. All of it is the presentation's. A host may delete anything
+    // that is in the scene, empty the scene (Scene::Clear) or put another one in its place (CoreContext::SetScene),
+    // which then counts as one that the host built: what settings add comes back with the next change of them, at the
+    // latest with Refresh, and a camera or root at once. What is handed out here is good until then.
+    //
+    // The camera is moved by SetCamera and the settings; what a host does to it itself lasts until the next change of
+    // those or of the size. Its near and far come from the bounds of the model. Where the eye is in them or close to
+    // them, drawing and picking move near to before what the view shows nearest, unless the host has set one of the
+    // two.
 
     Scene& GetScene() const;
     CameraNode& GetCamera() const;

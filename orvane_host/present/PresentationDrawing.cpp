@@ -60,8 +60,8 @@ void Presentation::Impl::Resize(int newWidth, int newHeight, float newRatio)
 {
     const bool isNewSize = newWidth != m_width || newHeight != m_height;
     const float oldAspect = Aspect();
-    m_width = newWidth;
-    m_height = newHeight;
+    m_width = std::max(newWidth, 0);
+    m_height = std::max(newHeight, 0);
     if (isNewSize)
     {
         m_isWatermarkLaid = false;
@@ -215,7 +215,10 @@ void Presentation::Impl::Prepare()
     {
         m_isPictureChanged = true;
     }
-    renderer->Pack(&World(), &Camera());
+    if (HasCamera())
+    {
+        renderer->Pack(&World(), &Camera());
+    }
 }
 
 void Presentation::Impl::DrawPart(const PicturePart& part, const Color& background, float ratio)
@@ -240,8 +243,11 @@ void Presentation::Impl::Draw(int newWidth, int newHeight, float newRatio)
     const Detail::ProcessSettings scope(settings, Camera(), OutlineWidth());
     LayOut();
     const bool hasChanged = app.Update(0.0f);
-    FitNear();
-    m_sunLight.Aim(World());
+    if (HasCamera())
+    {
+        FitNear();
+        m_sunLight.Aim(World());
+    }
     const bool isBehindChanged = m_isPictureChanged || (hasChanged && !app.GetContext()->OnlyForegroundWasDirty());
     m_isPictureChanged = false;
     m_isForegroundChanged = false;
@@ -280,8 +286,11 @@ void Presentation::Impl::Suspend()
     picking->Suspend();
     app.Suspend(renderer.get());
     // What is out of the scene for now.
-    m_section.Suspend();
-    m_style->Suspend();
+    m_section->Suspend();
+    if (LineStyle* const style = m_style.Get())
+    {
+        style->Suspend();
+    }
     m_isWatermarkLaid = false;
     m_holdsCapture = false;
 }
@@ -302,6 +311,10 @@ std::vector<PickHit> Presentation::Impl::Pick(const PickArea& area)
     Followed();
     const Detail::ProcessSettings scope(settings, Camera(), OutlineWidth());
     m_isPictureChanged = app.Update(0.0f) || m_isPictureChanged;
+    if (!HasCamera())
+    {
+        return {};
+    }
     FitNear();
     return picking->Pick(World(), Camera(), area);
 }
@@ -315,6 +328,10 @@ std::vector<PickHit> Presentation::Impl::PickThrough(int x, int y, int most)
     Followed();
     const Detail::ProcessSettings scope(settings, Camera(), OutlineWidth());
     m_isPictureChanged = app.Update(0.0f) || m_isPictureChanged;
+    if (!HasCamera())
+    {
+        return {};
+    }
     FitNear();
     if (std::max(m_width, m_height) <= LargestPicked || x < 0 || y < 0 || x >= m_width || y >= m_height)
     {

@@ -30,6 +30,24 @@ std::vector<const Node*> NodesOf(const std::vector<Node*>& tops)
     return found;
 }
 
+/// Forgets the names of what doesn't stand in the tree of a model below the root, and comes to no other scene.
+void KeepNodesOfTree(ImportResult& model)
+{
+    std::vector<Node*> tops;
+    if (const Node* const root = model.scene->GetRoot())
+    {
+        const NodeChildren children = root->EachChild();
+        tops.assign(children.begin(), children.end());
+    }
+    std::vector<const Node*> known = NodesOf(tops);
+    known.erase(std::remove(known.begin(), known.end(), model.scene->GetCameraNode()), known.end());
+    std::sort(known.begin(), known.end());
+    model.nodes.erase(std::remove_if(model.nodes.begin(), model.nodes.end(),
+                                     [&](const ImportedNode& node)
+                                     { return !std::binary_search(known.begin(), known.end(), node.node); }),
+                      model.nodes.end());
+}
+
 /// Deletes what no node shows any more, and the materials that nothing is left of.
 void DeleteUnused(const std::set<Mesh*>& meshes, Scene& scene)
 {
@@ -93,6 +111,10 @@ bool Presentation::Impl::Add(ImportResult model, std::string& error)
 
 bool Presentation::Impl::Replace(std::size_t place, ImportResult model, std::string& error)
 {
+    if (model)
+    {
+        KeepNodesOfTree(model);
+    }
     if (!model || model.nodes.empty())
     {
         error = model ? "the model holds no node" : model.error.Line();
@@ -130,8 +152,10 @@ bool Presentation::Impl::Remove(std::size_t place)
 
 void Presentation::Impl::TakeFileOut(std::size_t place)
 {
+    // A host may have deleted what has no name, such as lights.
+    ForgetGone();
     // What comes at the address of what goes is another one.
-    m_materials.TakeBack();
+    m_materials->TakeBack();
     const std::vector<const Node*> gone = NodesOf(m_contents[place].tops);
     std::set<Mesh*> shown;
     for (const Node* const node : gone)
@@ -150,7 +174,7 @@ void Presentation::Impl::TakeFileOut(std::size_t place)
     files.erase(files.begin() + static_cast<std::ptrdiff_t>(place));
     m_contents.erase(m_contents.begin() + static_cast<std::ptrdiff_t>(place));
     ForgetGone();
-    visibility.Refresh();
+    visibility->Refresh();
 }
 
 void Presentation::Impl::PutFile(std::size_t place, ImportResult model)
@@ -166,10 +190,11 @@ void Presentation::Impl::PutFile(std::size_t place, ImportResult model)
     }
     model.nodes.front().name = UniqueTopName(nodes, model);
     const std::string path = model.error.file;
-    if (m_light && !model.lights.empty())
+    if (OwnLight() && !model.lights.empty())
     {
         // It stands in for those of files.
-        World().DeleteSubtree(std::exchange(m_light, nullptr));
+        m_lightWatch.Stop();
+        World().DeleteSubtree(m_light);
     }
     content.tops = MoveInto(World(), model, content.scale, m_nextFile++);
     // Before the nodes of the files that come after it.
@@ -185,7 +210,7 @@ void Presentation::Impl::PutFile(std::size_t place, ImportResult model)
     meshes.insert(meshes.end(), model.meshes.begin(), model.meshes.end());
     files.insert(files.begin() + static_cast<std::ptrdiff_t>(place), {path, top});
     m_contents.insert(m_contents.begin() + static_cast<std::ptrdiff_t>(place), std::move(content));
-    visibility.Refresh();
+    visibility->Refresh();
     UpdateGlobals();
     NumberNodes();
 }

@@ -66,6 +66,10 @@ void Presentation::Impl::ClearLabels()
 void Presentation::Impl::PlaceLabels()
 {
     UpdateGlobals();
+    if (m_lostNodes->AreThere())
+    {
+        return;
+    }
     for (NodeLabel& label : m_labels)
     {
         const auto box = BoxOf(Detail::ShownPoints(*label.node, ModelFilter(), {}));
@@ -125,6 +129,10 @@ void Presentation::Impl::LayOutNotes()
     if (!m_shownLabels.empty() && World().IsDirty())
     {
         UpdateGlobals();
+    }
+    if (m_lostNodes->AreThere() || m_labels.size() < m_shownLabels.size())
+    {
+        return;
     }
     for (std::size_t i = 0; i < m_shownLabels.size(); ++i)
     {

@@ -328,7 +328,7 @@ void Presentation::Impl::EndParts()
 {
     app.ClearOffscreenBuffers(renderer.get());
     renderer->ShowPart(std::nullopt);
-    if (auto* const data = dynamic_cast<CameraNodeES20*>(Camera().GetRenderData()))
+    if (auto* const data = dynamic_cast<CameraNodeES20*>(Followed().Camera().GetRenderData()))
     {
         data->SetPart({});
     }

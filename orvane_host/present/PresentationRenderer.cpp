@@ -512,6 +512,7 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
         m_lister->ListMeshes();
     }
     GatherNeeds(frame);
+    m_lister->DropGone(frame.renderer);
     bufferPool.GenerateVBOs();
     if (frame.served)
     {
@@ -528,7 +529,16 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
             BeginScene();
             begun = true;
         }
+        if (!cameraData->GetCameraNode())
+        {
+            // So has a stage of the host's.
+            break;
+        }
         DrawStage(entry, frame);
+        if (IsOutside(entry))
+        {
+            m_lister->DropGone(frame.renderer);
+        }
     }
     const auto isUsed = [](bool used) { return used; };
     if (frame.served || std::any_of(frame.usedUnits.begin(), frame.usedUnits.end(), isUsed))

@@ -1,6 +1,7 @@
 #include "orvane_host/import/ModelImporter.h"
 #include "orvane_host/import/NodePath.h"
 #include "orvane_host/present/detail/PresentationImpl.h"
+#include "orvane_host/present/detail/SceneBase.h"
 #include "orvane_host/present/detail/SectionPlanes.h"
 #include "orvane_host/present/detail/ShownPoints.h"
 #include "orvane_host/present/detail/SunState.h"
@@ -78,6 +79,12 @@ std::unique_ptr<Scene> SceneOf(ImportResult& model)
     return model.scene ? std::move(model.scene) : std::make_unique<Scene>();
 }
 
+/// Whether a node that was named to a presentation is there at all.
+bool IsOf(const Scene& scene, const ImportedNode& node)
+{
+    return node.node && node.node->GetScene() == &scene;
+}
+
 bool IsSamePlace(const Vector& a, const Vector& b)
 {
     return a.x == b.x && a.y == b.y && a.z == b.z;
@@ -86,19 +93,20 @@ bool IsSamePlace(const Vector& a, const Vector& b)
 } // namespace
 
 Presentation::Impl::Impl(ImportResult model, bool numbersNodes) :
-    report(std::move(model.report)), nodes(std::move(model.nodes)), meshes(std::move(model.meshes)),
-    visibility((app.GetContext()->SetScene(SceneOf(model)), World())), m_lostNodes(World(), nodes),
-    m_section(World()),
-    m_style(std::make_unique<LineStyle>("edges")), m_lines(World()), m_materials(World())
+    report(std::move(model.report)), nodes(model.scene ? std::move(model.nodes) : std::vector<ImportedNode>()), meshes(std::move(model.meshes)),
+    renderer(std::make_unique<Detail::HighlightRenderer>(&textures, app.GetContext()->GetRenderCapabilities()))
 {
-    renderer = std::make_unique<Detail::HighlightRenderer>(&textures, app.GetContext()->GetRenderCapabilities());
+    app.GetContext()->SetScene(SceneOf(model));
+    StandOn(World());
+    if (!Detail::HasBase(World()))
+    {
+        Detail::GiveBase(World());
+    }
+    nodes.erase(std::remove_if(nodes.begin(), nodes.end(), [&](const ImportedNode& node) { return !IsOf(World(), node); }),
+                nodes.end());
     // Titles and bars are laid out in pixels of the picture, however fine it is drawn.
     renderer->SetLayerRatio(1.0f);
     picking = std::make_unique<Picking>(*renderer);
-    m_style->secondColor = Color(0.0f, 0.0f, 0.0f, 0.0f); // it is added, and starts white
-    // The samples of the picture smooth the rims; a line that fades to its rims would be blurred
-    // besides, and would hide what is behind where it is all but transparent.
-    m_style->antialias = false;
     UpdateGlobals();
     if (numbersNodes)
     {
@@ -118,10 +126,21 @@ Presentation::Impl::Impl(ImportResult model, bool numbersNodes) :
 
 Presentation::Impl::~Impl()
 {
-    // The scene would delete what is in it, and these are not its own.
-    m_lines.Hide();
-    World().RemoveLineStyle(m_style.get());
-    m_section.Forget();
+    // While the renderer is there, whose GL objects they have.
+    m_lines->Hide();
+    m_style.Reset();
+    m_section->Forget();
+}
+
+void Presentation::Impl::StandOn(Scene& scene)
+{
+    m_style.Reset();
+    m_lightWatch.Stop();
+    visibility.emplace(scene);
+    m_lostNodes.emplace(scene, nodes);
+    m_section.emplace(scene);
+    m_lines.emplace(scene);
+    m_materials.emplace(scene);
 }
 
 void Presentation::Impl::CountModel()
@@ -142,10 +161,14 @@ void Presentation::Impl::CountModel()
 
 void Presentation::Impl::MakeLight()
 {
-    const std::vector<LightNode*>& lights = World().GetLights();
-    if (std::find(lights.begin(), lights.end(), m_light) == lights.end())
+    if (OwnLight())
     {
-        m_light = ModelImporter::AddDefaultLights(World(), AmbientLevelFor(settings.look));
+        return;
+    }
+    m_light = ModelImporter::AddDefaultLights(World(), AmbientLevelFor(settings.look));
+    if (m_light)
+    {
+        m_lightWatch.Watch(m_light->GetLifetime());
     }
 }
 
@@ -164,6 +187,8 @@ float Presentation::Impl::OutlineWidth() const
 void Presentation::Impl::UpdateGlobals()
 {
     World().GetRoot()->UpdateGraph();
+    // Nodes of the host's may do anything meanwhile.
+    FollowScene();
 }
 
 Node* Presentation::Impl::FindNode(const std::string& path) const
@@ -280,8 +305,8 @@ void Presentation::Impl::UpdateScene(const Changes& changes)
     const bool movesLines = changes.lines || (changes.section && settings.lines);
     if (movesLines)
     {
-        m_lines.Hide();
-        World().RemoveLineStyle(m_style.get());
+        m_lines->Hide();
+        World().RemoveLineStyle(m_style.Get());
     }
     if (changes.section)
     {
@@ -302,8 +327,8 @@ void Presentation::Impl::UpdateScene(const Changes& changes)
     UpdateStyle();
     if (movesLines && settings.lines)
     {
-        World().AddLineStyle(m_style.get());
-        m_lines.Show(*m_style, settings.lines->crease);
+        World().AddLineStyle(&Style());
+        m_lines->Show(Style(), settings.lines->crease);
     }
     UpdateEdit();
     if (changes.view)
@@ -321,7 +346,7 @@ void Presentation::Impl::CutSection()
         // Below the outline, which is a band along the cut.
         fill = {1.25f * OutlineWidth() + SectionInsetShare * Extent(), *settings.section.fill};
     }
-    m_section.Cut(Detail::SectionPlanesOf(settings.section), fill);
+    m_section->Cut(Detail::SectionPlanesOf(settings.section), fill);
 }
 
 float Presentation::Impl::LineScale() const
@@ -329,15 +354,30 @@ float Presentation::Impl::LineScale() const
     return settings.antialiasing == Antialiasing::Supersampling ? 2.0f : 1.0f;
 }
 
+LineStyle& Presentation::Impl::Style()
+{
+    if (!m_style.Get())
+    {
+        auto style = std::make_unique<LineStyle>("edges");
+        style->secondColor = Color(0.0f, 0.0f, 0.0f, 0.0f); // it is added, and starts white
+        // The samples of the picture smooth the rims; a line that fades to its rims would be blurred
+        // besides, and would hide what is behind where it is all but transparent.
+        style->antialias = false;
+        m_style.Reset(std::move(style));
+    }
+    return *m_style.Get();
+}
+
 void Presentation::Impl::UpdateStyle()
 {
     const LineSettings look = settings.lines.value_or(LineSettings());
-    m_style->color = look.color;
-    m_style->width = look.width * m_ratio / 2.0f;
-    m_style->SetDashed(look.dash.has_value());
+    LineStyle& style = Style();
+    style.color = look.color;
+    style.width = look.width * m_ratio / 2.0f;
+    style.SetDashed(look.dash.has_value());
     // Dashes are measured in pixels of what is drawn.
-    m_style->SetDashFrequency(look.dash.value_or(1.0f) * m_ratio * LineScale());
-    m_style->offset = look.offset;
+    style.SetDashFrequency(look.dash.value_or(1.0f) * m_ratio * LineScale());
+    style.offset = look.offset;
 }
 
 void Presentation::Impl::UpdateMaterials()
@@ -357,15 +397,15 @@ void Presentation::Impl::UpdateMaterials()
     {
         wanted.room = FeatureEdges::RoomFor(settings.lines->width * m_ratio, LineScale());
     }
-    m_materials.Apply(wanted, m_section);
+    m_materials->Apply(wanted, *m_section);
 }
 
 void Presentation::Impl::UpdateLight()
 {
-    if (m_light)
+    if (LightNode* const light = OwnLight())
     {
         const float strength = 1.0f - AmbientLevelFor(settings.look);
-        m_light->SetColor(strength, strength, strength);
+        light->SetColor(strength, strength, strength);
     }
 }
 
@@ -398,9 +438,11 @@ void Presentation::Impl::UpdateEdit()
 
 void Presentation::Impl::Refresh()
 {
+    FollowScene();
+    m_isSceneOther = false;
     TakeBackAll();
     ForgetGone();
-    visibility.Refresh();
+    visibility->Refresh();
     UpdateGlobals();
     CountModel();
     DoAllAgain();
@@ -408,24 +450,53 @@ void Presentation::Impl::Refresh()
 
 Presentation::Impl& Presentation::Impl::Followed()
 {
-    if (m_lostNodes.AreThere())
+    FollowScene();
+    if (m_isSceneOther || m_lostNodes->AreThere())
     {
         Refresh();
     }
     return *this;
 }
 
+void Presentation::Impl::FollowScene()
+{
+    CoreContext& context = *app.GetContext();
+    if (!context.GetScene())
+    {
+        context.SetScene(std::make_unique<Scene>());
+    }
+    const bool isOther = m_lostNodes->GetListenedScene() != &World();
+    if (isOther)
+    {
+        m_isHostsScene = true;
+        nodes.clear();
+        meshes.clear();
+        files.clear();
+        m_contents.clear();
+        m_highlights.clear();
+        m_labels.clear();
+        report = ImportReport();
+        StandOn(World());
+    }
+    const bool isWhole = Detail::HasBase(World());
+    if (!isWhole)
+    {
+        Detail::GiveBase(World());
+    }
+    m_isSceneOther = m_isSceneOther || isOther || !isWhole;
+}
+
 void Presentation::Impl::ForgetPaths()
 {
     m_paths.reset();
-    m_lostNodes.Restart();
+    m_lostNodes->Restart();
 }
 
 void Presentation::Impl::TakeBackAll()
 {
-    m_lines.Forget();
-    World().RemoveLineStyle(m_style.get());
-    m_section.Forget();
+    m_lines->Forget();
+    World().RemoveLineStyle(m_style.Get());
+    m_section->Forget();
 }
 
 void Presentation::Impl::ForgetGone()
@@ -541,9 +612,9 @@ bool Presentation::Impl::IsOfModel(const Mesh& mesh) const
     {
         // Of the host's, but not of the edges, which follow the model.
         const LineStyle* const style = static_cast<const Line&>(mesh).GetStyle();
-        return style && style != m_style.get();
+        return style && style != m_style.Get();
     }
-    return mesh.GetMaterial() && mesh.GetMaterial() != m_section.GetMaterial();
+    return mesh.GetMaterial() && mesh.GetMaterial() != m_section->GetMaterial();
 }
 
 } // namespace OV::Host

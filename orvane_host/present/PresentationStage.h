@@ -22,6 +22,9 @@ enum class StageSlot
 /// What a stage draws with GL it begins and ends in the state of a pass over a scene: depth test,
 /// depth writes and culling on, no scissor, all colours written, the frame's framebuffer bound and
 /// its viewport set. Blending may be either where it begins and is off where it ends.
+///
+/// It may change the scene, and what it deletes is drawn no more from then on, but for what was put together with
+/// others for the frame; what it adds is drawn from the next frame on. A frame whose camera it deletes ends there.
 class PresentationStage
 {
 public:

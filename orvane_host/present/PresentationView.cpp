@@ -29,7 +29,7 @@ Vector Middle(const Vector& a, const Vector& b)
 SceneFit::Filter Presentation::Impl::ModelFilter() const
 {
     return [this](const MeshNode& node, const Mesh& mesh)
-    { return IsOfModel(mesh) && visibility.IsShownByScene(node); };
+    { return IsOfModel(mesh) && visibility->IsShownByScene(node); };
 }
 
 Vector Presentation::Impl::MiddleOfModel() const
@@ -123,6 +123,11 @@ std::optional<Presentation::Box> Presentation::Impl::BoxOf(const std::vector<Vec
 std::vector<Vector> Presentation::Impl::ShownPointsBelow(const Node& node)
 {
     UpdateGlobals();
+    if (m_lostNodes->AreThere() || m_isSceneOther)
+    {
+        // The node may be among them.
+        return {};
+    }
     const auto isShown = [this](const MeshNode& place, const Mesh& mesh)
     { return IsOfModel(mesh) && (place.GetFlags() & NodeFlagHidden) == 0; };
     return Detail::ShownPoints(node, isShown, Detail::SectionPlanesOf(settings.section));

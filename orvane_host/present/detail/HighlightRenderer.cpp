@@ -57,6 +57,11 @@ public:
     }
 };
 
+HighlightRenderer::Highlight::Highlight(MeshNode& of, const Color& laid) : node(of), color(laid)
+{
+    watch.Watch(of.GetLifetime());
+}
+
 HighlightRenderer::HighlightRenderer(TextureLoader* loader, RenderCapabilities* caps) :
     PresentationRenderer(loader, caps), m_material(std::make_unique<NodeMaterial>())
 {
@@ -69,12 +74,13 @@ HighlightRenderer::~HighlightRenderer()
 
 void HighlightRenderer::SetHighlights(Colors colors)
 {
-    m_colors = std::move(colors);
+    m_colors.clear();
     // A colour is laid at the depth of the node drawn by itself.
     std::vector<const MeshNode*> nodes;
-    for (const auto& entry : m_colors)
+    for (const auto& [node, color] : colors)
     {
-        nodes.push_back(entry.first);
+        m_colors.emplace_back(*node, color);
+        nodes.push_back(node);
     }
     KeepApart(std::move(nodes));
 }
@@ -110,14 +116,18 @@ void HighlightRenderer::DrawScene(Scene& scene, CameraNode& camera)
     const bool isDithered = glIsEnabled(GL_DITHER) != GL_FALSE;
     glEnable(GL_DEPTH_TEST);
     glEnable(GL_CULL_FACE);
-    for (const auto& [node, color] : m_colors)
+    for (const Highlight& highlight : m_colors)
     {
-        for (Mesh* mesh : node->EachMesh())
+        if (!highlight.watch.IsAlive())
+        {
+            continue;
+        }
+        for (Mesh* mesh : highlight.node.EachMesh())
         {
             if (mesh->Type() != NodeTypeLine && mesh->GetMaterial() && mesh->ReadyToDraw()
                 && dynamic_cast<const MeshES20*>(mesh->GetRenderData()))
             {
-                Lay(color, *node, *mesh, *cameraData);
+                Lay(highlight.color, highlight.node, *mesh, *cameraData);
             }
         }
     }

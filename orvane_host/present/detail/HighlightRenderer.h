@@ -1,8 +1,10 @@
 #pragma once
 
 #include "orvane_host/present/PresentationRenderer.h"
+#include "orvane/base/Lifetime.h"
 #include "orvane/math/Color.h"
 
+#include <list>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -44,10 +46,20 @@ protected:
 private:
     class Effect;
 
+    /// A colour that is laid as long as its node is watched.
+    struct Highlight
+    {
+        Highlight(MeshNode& of, const Color& laid);
+
+        MeshNode& node;
+        Color color;
+        LifetimeWatch watch;
+    };
+
     void ReleaseEffect();
     void Lay(const Color& color, MeshNode& node, Mesh& mesh, CameraNodeES20& camera);
 
-    Colors m_colors;
+    std::list<Highlight> m_colors;
     /// Stands for a material without being in a scene; one that belongs to nodes is drawn without
     /// meshes of its own.
     std::unique_ptr<NodeMaterial> m_material;

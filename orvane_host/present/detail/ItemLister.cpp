@@ -146,6 +146,8 @@ void ItemLister::DropGone(const StageAccess& renderer, FrameItems& items)
     items.all.resize(kept);
     items.firstLine = firstLine;
     items.firstAlpha = firstAlpha;
+    const auto isGone = [&](const RenderItemES20& item) { return renderer.IsGone(item); };
+    items.surfaces.erase(std::remove_if(items.surfaces.begin(), items.surfaces.end(), isGone), items.surfaces.end());
 }
 
 void ItemLister::ListSurfaces(bool withPoints)

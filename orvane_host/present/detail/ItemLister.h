@@ -42,11 +42,12 @@ public:
     /// Lists the surfaces of what is listed that have identifiers, one by one or as a whole as they are listed.
     void ListSurfaces(bool withPoints);
 
+    /// Takes out what a host has deleted that was called while the frame was listed or drawn.
+    void DropGone(const StageAccess& renderer);
+
     void Clear();
 
 private:
-    /// Takes out what a host has deleted that was called while the frame was listed.
-    void DropGone(const StageAccess& renderer);
     static void DropGone(const StageAccess& renderer, FrameItems& items);
     static void ListSurfaces(FrameItems& items, bool withPoints);
     static void ListMeshes(FrameItems& items);

@@ -226,6 +226,12 @@ void LineStage::DrawThroughGlass(PresentationFrame& frame)
 
 void LineStage::Draw(PresentationFrame& frame)
 {
+    if (frame.renderer.HasLosses())
+    {
+        // A stage of the host's may have deleted lines since they were listed.
+        m_isPrepared = false;
+        m_isCovered = false;
+    }
     if (!IsActive() || !PrepareFrame(frame))
     {
         return;

@@ -132,7 +132,8 @@ void MaterialSettings::Apply(const Wanted& wanted, const SectionFaces& section)
     }
     const auto isOpened = [&](const Material* material)
     { return std::find(section.GetOpened().begin(), section.GetOpened().end(), material) != section.GetOpened().end(); };
-    for (Material* material : MaterialsOf(m_scene))
+    const std::vector<Material*> present = MaterialsOf(m_scene);
+    for (Material* material : present)
     {
         if (std::find(added.begin(), added.end(), material) != added.end())
         {
@@ -147,7 +148,13 @@ void MaterialSettings::Apply(const Wanted& wanted, const SectionFaces& section)
     }
     for (const SectionFaces::Copy& copy : section.GetCopies())
     {
-        State state = Want(entries[copy.original].original, *copy.material, wanted);
+        const auto original = entries.find(copy.original);
+        if (original == entries.end() || std::find(present.begin(), present.end(), copy.material) == present.end())
+        {
+            // The host has deleted one of the two.
+            continue;
+        }
+        State state = Want(original->second.original, *copy.material, wanted);
         state.flags |= MaterialFlagNoCull;
         Give(*copy.material, state);
     }

@@ -2,6 +2,7 @@
 
 #include "orvane_host/geometry/FeatureLines.h"
 #include "orvane_host/geometry/SectionFaces.h"
+#include "orvane_host/geometry/detail/Lent.h"
 #include "orvane_host/import/NodePath.h"
 #include "orvane_host/output/PictureFile.h"
 #include "orvane_host/present/Picking.h"
@@ -64,7 +65,8 @@ public:
     const NodePaths& Paths() const;
     /// To be called whenever nodes come or go, or get other names.
     void ForgetPaths();
-    /// This, with nodes that a host has deleted forgotten.
+    /// This, with nodes that a host has deleted forgotten, and with a scene that has a root and a camera. Before it,
+    /// there may be none of them.
     Impl& Followed();
     void SetVisibility(bool hasChanged);
     bool SetDimensions(std::vector<Dimension> wanted);
@@ -99,6 +101,8 @@ public:
 
     Scene& World() const { return *app.GetContext()->GetScene(); }
     CameraNode& Camera() const { return *app.GetContext()->GetCamera(); }
+    /// False once a node of the host's has deleted it in an update, until Followed.
+    bool HasCamera() const { return app.GetContext()->GetCamera() != nullptr; }
 
     ImportReport report;
     std::vector<ImportedNode> nodes;
@@ -113,10 +117,10 @@ public:
     AppContext app;
     std::unique_ptr<Detail::HighlightRenderer> renderer;
     std::unique_ptr<Picking> picking;
-    Detail::NodeVisibility visibility;
+    std::optional<Detail::NodeVisibility> visibility; ///< always there, as all of its kind below
 
 private:
-    Detail::LostNodes m_lostNodes;
+    std::optional<Detail::LostNodes> m_lostNodes;
 
     class PictureDrawing;
 
@@ -158,6 +162,10 @@ private:
     bool Check(const PresentationSettings& wanted, Brought& brought, std::string& error) const;
     bool ReadSurroundings(const PresentationSettings& wanted, Brought& brought, std::string& error) const;
     void CountModel();
+    void StandOn(Scene& scene);
+    /// Stands on the scene that a host has put in the place of another one, and gives it what every scene has where
+    /// the host has deleted that.
+    void FollowScene();
     void TakeBackAll();
     void ForgetGone();
     void DoAllAgain();
@@ -169,12 +177,14 @@ private:
     /// The first file that tells where it stands counts, and so for the north.
     void TellPlace();
     void MakeLight();
+    LightNode* OwnLight() const { return m_lightWatch.IsAlive() ? m_light : nullptr; }
     float Extent() const;
     float OutlineWidth() const;
     float LineScale() const;
     void UpdateGlobals();
     void UpdateScene(const Changes& changes);
     void CutSection();
+    LineStyle& Style();
     void UpdateStyle();
     void UpdateMaterials();
     void UpdateLight();
@@ -218,13 +228,15 @@ private:
     mutable std::unique_ptr<NodePaths> m_paths; ///< null until it is asked for
     std::vector<Content> m_contents; ///< of each file
     std::uint64_t m_nextFile = 1;    ///< number of the next one that comes
+    bool m_isSceneOther = false;     ///< since Refresh
     bool m_isHostsScene = false;     ///< it was not imported
-    SectionFaces m_section;
-    std::unique_ptr<LineStyle> m_style; ///< in the scene while there are lines
-    FeatureLines m_lines;
-    Detail::MaterialSettings m_materials;
+    std::optional<SectionFaces> m_section;
+    Detail::Lent<LineStyle> m_style; ///< in the scene while there are lines
+    std::optional<FeatureLines> m_lines;
+    std::optional<Detail::MaterialSettings> m_materials;
     std::map<const Node*, Color> m_highlights;
-    LightNode* m_light = nullptr; ///< in the scene; null where it has its own
+    LightNode* m_light = nullptr; ///< in the scene, as long as it is watched; null where it has its own
+    LifetimeWatch m_lightWatch;
     Detail::SunLight m_sunLight;
     std::unique_ptr<Watermark> m_watermark;
     bool m_isWatermarkLaid = false;

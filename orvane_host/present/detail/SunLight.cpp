@@ -26,7 +26,7 @@ public:
 bool SunLight::IsThere(const Scene& scene) const
 {
     const auto& lights = scene.GetLights();
-    return m_light && std::find(lights.begin(), lights.end(), m_light) != lights.end();
+    return m_watch.IsAlive() && std::find(lights.begin(), lights.end(), m_light) != lights.end();
 }
 
 void SunLight::Take(Scene& scene, const Vector& towardSun, float strength)
@@ -37,6 +37,7 @@ void SunLight::Take(Scene& scene, const Vector& towardSun, float strength)
     {
         return;
     }
+    m_watch.Watch(m_light->GetLifetime());
     m_towardSun = towardSun;
     m_color = m_light->GetColor();
     m_direction = OpenLight::DirectionOf(*m_light);
@@ -66,6 +67,7 @@ void SunLight::GiveBack(const Scene& scene)
         m_light->SetColor(m_color.r, m_color.g, m_color.b);
         OpenLight::DirectionOf(*m_light) = m_direction;
     }
+    m_watch.Stop();
     m_light = nullptr;
 }
 

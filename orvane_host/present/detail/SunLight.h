@@ -1,5 +1,6 @@
 #pragma once
 
+#include "orvane/base/Lifetime.h"
 #include "orvane/math/Color.h"
 #include "orvane/math/Vector.h"
 
@@ -34,7 +35,8 @@ public:
 private:
     bool IsThere(const Scene& scene) const;
 
-    LightNode* m_light = nullptr; ///< of the scene; null where none is taken
+    LightNode* m_light = nullptr; ///< of the scene, as long as it is watched; null where none is taken
+    LifetimeWatch m_watch;
     Vector m_towardSun;
     // As it was.
     Color m_color;

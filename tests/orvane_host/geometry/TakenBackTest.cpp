@@ -112,6 +112,41 @@ TEST(SectionFaces, AMaterialThatTheHostDeletedMeanwhileIsNotTouched)
     EXPECT_EQ(row.scene.GetOptimizedMaterials(), std::vector<Material*>{row.alone});
 }
 
+TEST(SectionFaces, WhatTheHostDeletedIsNotDeletedAgainAndComesBackWithTheNextCut)
+{
+    Row row;
+    SectionFaces faces(row.scene);
+    const auto cut = [&] { faces.Cut(ThroughTheSecond, SectionFaces::Fill{0.01f, Color(1, 0, 0)}); };
+    cut();
+    ASSERT_TRUE(faces.GetMaterial());
+    delete *faces.GetMaterial()->EachMesh().begin();
+    EXPECT_EQ(faces.GetMaterial(), nullptr) << "there is no face left";
+    cut();
+    EXPECT_EQ(row.scene.GetMeshes().size(), 4u);
+    ASSERT_EQ(faces.GetCopies().size(), 1u);
+    delete faces.GetMaterial();
+    delete faces.GetCopies()[0].material;
+    faces.Suspend();
+    EXPECT_EQ(faces.GetMaterial(), nullptr);
+    row.shared->AddMesh(row.cubes[1]);
+    cut();
+    EXPECT_TRUE(faces.GetMaterial());
+    EXPECT_EQ(faces.GetCopies().size(), 1u);
+    row.scene.Clear();
+    EXPECT_EQ(faces.GetMaterial(), nullptr);
+    faces.Heal();
+    EXPECT_TRUE(row.scene.GetOptimizedMaterials().empty());
+}
+
+TEST(SectionFaces, OutliveTheSceneThatDeletedThem)
+{
+    auto row = std::make_unique<Row>();
+    SectionFaces faces(row->scene);
+    faces.Cut(ThroughTheSecond, SectionFaces::Fill{0.01f, Color(1, 0, 0)});
+    row.reset();
+    EXPECT_EQ(faces.GetMaterial(), nullptr);
+}
+
 TEST(SectionFaces, GoWithTheObjectThatMadeThem)
 {
     Row row;
@@ -142,6 +177,39 @@ TEST(FeatureLines, ComeAndGoWithTheirStyleLeftInPlace)
         EXPECT_EQ(row.cubes[0]->GetNodes()[0]->GetMeshes().size(), 1u);
     }
     EXPECT_EQ(lines.Show(*style, 120.0f), 0u) << "nothing bends as much";
+}
+
+TEST(FeatureLines, WhatTheHostDeletedIsNotDeletedAgainAndComesBackWithTheNextShow)
+{
+    Row row;
+    auto* style = new LineStyle("edges");
+    row.scene.AddLineStyle(style);
+    FeatureLines lines(row.scene);
+    lines.Show(*style, 30.0f);
+    delete *row.scene.GetLines().begin();
+    EXPECT_EQ(row.scene.GetLines().size(), 2u);
+    EXPECT_EQ(lines.Show(*style, 30.0f), 3u * 12u);
+    EXPECT_EQ(row.scene.GetLines().size(), 3u);
+    delete style;
+    lines.Hide();
+    EXPECT_TRUE(row.scene.GetLines().empty());
+    style = new LineStyle("edges");
+    row.scene.AddLineStyle(style);
+    lines.Show(*style, 30.0f);
+    row.scene.Clear();
+    lines.Forget();
+    EXPECT_TRUE(row.scene.GetLines().empty());
+}
+
+TEST(FeatureLines, OutliveTheSceneThatDeletedThem)
+{
+    auto row = std::make_unique<Row>();
+    auto* const style = new LineStyle("edges");
+    row->scene.AddLineStyle(style);
+    FeatureLines lines(row->scene);
+    lines.Show(*style, 30.0f);
+    row.reset();
+    lines.Hide();
 }
 
 } // namespace

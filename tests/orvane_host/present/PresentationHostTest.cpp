@@ -1,8 +1,15 @@
 #include "tests/orvane_host/present/PresentationModels.h"
 
+#include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/PresentationRenderer.h"
+#include "orvane_host/present/PresentationStage.h"
 #include "orvane_host/sheet/Notes.h"
+#include "orvane/engine/AppContext.h"
+#include "orvane/engine/CoreContext.h"
+#include "orvane/overlay/Scene2D.h"
 #include "orvane/scene/CameraNode.h"
+#include "orvane/scene/LightNode.h"
+#include "orvane/scene/Line.h"
 #include "orvane/scene/LineStyle.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
@@ -10,8 +17,11 @@
 
 #include <GL/glew.h>
 
+#include <functional>
 #include <limits>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace OV::Test
@@ -330,6 +340,324 @@ TEST_F(PresentationHost, WhatAHostDeletesIsNoLongerDrawn)
         Apply(*presentation, PresentationSettings());
         look("all settings");
     }
+}
+
+/// What hosts take away of what a presentation works with, with every stage on.
+class PresentationDeletions : public PresentationHost
+{
+protected:
+    std::unique_ptr<Presentation> Present(Host::BatchUse use)
+    {
+        auto presentation = PresentBoxes();
+        PresentationSettings settings = EveryStage(Look::Advanced);
+        settings.batches.use = use;
+        Apply(*presentation, settings);
+        EXPECT_TRUE(presentation->Highlight("house", Color(1, 0, 0)));
+        EXPECT_TRUE(presentation->AddLabel("house/right/roof"));
+        Draw(*presentation);
+        return presentation;
+    }
+
+    /// All that goes by the scene, the camera, the nodes and the light.
+    void UseAll(Presentation& presentation, const std::string& after)
+    {
+        Draw(presentation);
+        presentation.Pick({0, 0, Width(), Height()});
+        presentation.PickThrough(Width() / 2, Height() / 2);
+        presentation.ShowAll();
+        presentation.ClearHighlights();
+        presentation.ClearLabels();
+        presentation.FrameAll();
+        presentation.FrameShown();
+        presentation.SetViewHeight(presentation.GetViewHeight());
+        presentation.GetStatistics();
+        presentation.NeedsDraw();
+        presentation.Hurry(true);
+        presentation.Hurry(false);
+        presentation.FindBlank({});
+        PresentationSettings other = presentation.GetSettings();
+        other.look = other.look == Look::Basic ? Look::Advanced : Look::Basic;
+        other.sun->direction = Vector(-1, 2, 1);
+        other.lines->width += 1.0f;
+        other.section.planes.front().position.y = 0.5f;
+        Apply(presentation, other);
+        Draw(presentation);
+        presentation.Suspend();
+        presentation.Resume();
+        Draw(presentation);
+        presentation.Refresh();
+        Draw(presentation);
+        ExpectNoError(after);
+    }
+};
+
+TEST_F(PresentationDeletions, ACameraAndARootComeBackAndSoDoesTheView)
+{
+    for (const auto use : {Host::BatchUse::On, Host::BatchUse::Off})
+    {
+        const auto presentation = Present(use);
+        const Picture before = Draw(*presentation);
+        delete &presentation->GetCamera();
+        ExpectSame(Draw(*presentation), before, "after the camera was deleted");
+        delete &presentation->GetCamera();
+        EXPECT_TRUE(presentation->SetCamera(Vector(3, 2, 5), Vector()));
+        delete &presentation->GetCamera();
+        EXPECT_GT(presentation->GetViewHeight(), 0.0);
+        delete &presentation->GetCamera();
+        presentation->Resize(Width(), 2 * Height());
+        UseAll(*presentation, "a camera");
+        delete presentation->GetScene().GetRoot();
+        EXPECT_TRUE(presentation->ListNodes().empty());
+        UseAll(*presentation, "a root");
+        EXPECT_TRUE(presentation->GetScene().GetRoot());
+    }
+}
+
+TEST_F(PresentationDeletions, ASceneMayBeEmptied)
+{
+    for (const auto use : {Host::BatchUse::On, Host::BatchUse::Off})
+    {
+        const auto presentation = Present(use);
+        presentation->GetScene().Clear();
+        UseAll(*presentation, "a scene");
+        EXPECT_TRUE(presentation->ListNodes().empty());
+        EXPECT_FALSE(presentation->GetModelBox());
+    }
+}
+
+TEST_F(PresentationDeletions, AnotherSceneIsPresentedInPlaceOfTheFirst)
+{
+    for (const auto use : {Host::BatchUse::On, Host::BatchUse::Off})
+    {
+        const auto presentation = Present(use);
+        CoreContext& context = *presentation->GetContext().GetContext();
+        context.SetScene(nullptr);
+        EXPECT_EQ(presentation->GetScene().EachMesh().size(), 0u);
+        UseAll(*presentation, "no scene");
+        context.SetScene(MakeBoxes().scene);
+        Apply(*presentation, EveryStage(Look::Advanced));
+        const auto fresh = std::make_unique<Presentation>(MakeBoxes().scene);
+        Apply(*fresh, EveryStage(Look::Advanced));
+        ExpectSame(Draw(*presentation), Draw(*fresh), "another scene");
+        UseAll(*presentation, "another scene");
+    }
+}
+
+TEST_F(PresentationDeletions, WhatSettingsPutIntoASceneMayBeDeleted)
+{
+    for (const auto use : {Host::BatchUse::On, Host::BatchUse::Off})
+    {
+        const auto presentation = Present(use);
+        Scene& scene = presentation->GetScene();
+        while (!scene.GetLights().empty())
+        {
+            delete scene.GetLights().front();
+        }
+        UseAll(*presentation, "lights");
+        EXPECT_FALSE(scene.GetLights().empty());
+        while (!scene.GetLines().empty())
+        {
+            delete *scene.GetLines().begin();
+        }
+        UseAll(*presentation, "lines");
+        while (!scene.GetLineStyles().empty())
+        {
+            delete scene.GetLineStyles().front();
+        }
+        UseAll(*presentation, "styles");
+        while (!scene.GetOptimizedMaterials().empty())
+        {
+            delete scene.GetOptimizedMaterials().front();
+        }
+        UseAll(*presentation, "materials");
+        while (!scene.EachMesh().empty())
+        {
+            delete *scene.EachMesh().begin();
+        }
+        UseAll(*presentation, "meshes");
+        presentation->GetForeground().Clear();
+        presentation->GetBackground().Clear();
+        UseAll(*presentation, "layers");
+    }
+}
+
+TEST_F(PresentationDeletions, NodesWithoutANameMayGoFromBelowAHighlight)
+{
+    for (const auto use : {Host::BatchUse::On, Host::BatchUse::Off})
+    {
+        NamedScene boxes = MakeBoxes();
+        Node* const top = boxes.nodes.front().node;
+        boxes.nodes.resize(1);
+        Presentation presentation(std::move(boxes.scene), std::move(boxes.nodes));
+        PresentationSettings settings = EveryStage(Look::Advanced);
+        settings.batches.use = use;
+        Apply(presentation, settings);
+        ASSERT_TRUE(presentation.Highlight(presentation.PathOf(*top), Color(1, 0, 0)));
+        Draw(presentation);
+        while (!top->EachChild().empty())
+        {
+            presentation.GetScene().DeleteSubtree(*top->EachChild().begin());
+            UseAll(presentation, "a node");
+            ASSERT_TRUE(presentation.Highlight(presentation.PathOf(*top), Color(1, 0, 0)));
+        }
+    }
+}
+
+/// Does something of a host's at one moment of a frame.
+class EditingStage : public Host::PresentationStage
+{
+public:
+    enum Moment
+    {
+        AtPrepare,
+        AtNeeds,
+        AtDraw,
+    };
+
+    EditingStage(Moment moment, std::function<void()> edit) : m_moment(moment), m_edit(std::move(edit)) {}
+
+    Host::FrameNeeds NeedsOf(const Host::PresentationFrame&) const override
+    {
+        Do(AtNeeds);
+        Host::FrameNeeds needs;
+        needs.depth = needs.objectIdentifiers = needs.optional = true;
+        return needs;
+    }
+    void Prepare(Host::PresentationFrame&) override { Do(AtPrepare); }
+    void Draw(Host::PresentationFrame&) override { Do(AtDraw); }
+    void ReleaseGL() override {}
+
+private:
+    void Do(Moment moment) const
+    {
+        if (moment == m_moment && m_edit)
+        {
+            std::exchange(m_edit, nullptr)();
+        }
+    }
+
+    Moment m_moment;
+    mutable std::function<void()> m_edit;
+};
+
+TEST_F(PresentationDeletions, AStageOfTheHostsMayDeleteWhateverTheFrameDraws)
+{
+    using Edit = std::function<void(Presentation&)>;
+    const std::vector<std::pair<const char*, Edit>> edits = {
+        {"a mesh", [](Presentation& shown) { delete *shown.GetScene().EachMesh().begin(); }},
+        {"a node", [](Presentation& shown) { delete shown.FindNode("house/right"); }},
+        {"a material", [](Presentation& shown) { delete shown.GetScene().GetOptimizedMaterials().front(); }},
+        {"a line", [](Presentation& shown) { delete *shown.GetScene().GetLines().begin(); }},
+        {"the camera", [](Presentation& shown) { delete &shown.GetCamera(); }},
+        {"all", [](Presentation& shown) { shown.GetScene().Clear(); }},
+        {"the settings", [](Presentation& shown) { Apply(shown, PresentationSettings()); }},
+        {"lines", [](Presentation& shown) {
+             for (const Scene& scene = shown.GetScene(); !scene.GetLines().empty();)
+             {
+                 delete *scene.GetLines().begin();
+             }
+         }}};
+    struct At
+    {
+        EditingStage::Moment moment;
+        Host::StageSlot slot;
+        Host::BatchUse batches;
+    };
+    const At moments[] = {{EditingStage::AtPrepare, Host::StageSlot::BeforeSurfaces, Host::BatchUse::On},
+                          {EditingStage::AtNeeds, Host::StageSlot::BeforeSurfaces, Host::BatchUse::Off},
+                          {EditingStage::AtDraw, Host::StageSlot::BeforeSurfaces, Host::BatchUse::On},
+                          {EditingStage::AtDraw, Host::StageSlot::AfterSurfaces, Host::BatchUse::Off}};
+    for (const auto& [what, edit] : edits)
+    {
+        for (const At& at : moments)
+        {
+            SCOPED_TRACE(std::string(what) + " at " + std::to_string(at.moment));
+            const auto presentation = Present(at.batches);
+            const Edit& called = edit;
+            presentation->GetRenderer().AddStage(
+                std::make_unique<EditingStage>(at.moment, [&] { called(*presentation); }), at.slot);
+            Draw(*presentation);
+            Draw(*presentation);
+            ExpectNoError(what);
+        }
+    }
+}
+
+/// A node of the host's that does something when it is brought up to date.
+class EditingNode : public MeshNode
+{
+public:
+    using MeshNode::MeshNode;
+
+    void UpdateGraph() override
+    {
+        MeshNode::UpdateGraph();
+        if (edit)
+        {
+            std::exchange(edit, nullptr)();
+        }
+    }
+
+    std::function<void()> edit;
+};
+
+TEST_F(PresentationDeletions, ANodeOfTheHostsMayDeleteWhateverIsUpdated)
+{
+    using Edit = std::function<void(Presentation&)>;
+    const std::vector<std::pair<const char*, Edit>> edits = {
+        {"the camera", [](Presentation& shown) { delete shown.GetScene().GetCameraNode(); }},
+        {"a node", [](Presentation& shown) { delete shown.FindNode("house/right/roof"); }},
+        {"all", [](Presentation& shown) { shown.GetScene().Clear(); }},
+        {"the scene", [](Presentation& shown) { shown.GetContext().GetContext()->SetScene(nullptr); }}};
+    const std::vector<std::pair<const char*, Edit>> uses = {
+        {"drawn", [this](Presentation& shown) { Draw(shown); }},
+        {"picked", [this](Presentation& shown) { shown.Pick({0, 0, Width(), Height()}); }},
+        {"framed", [](Presentation& shown) { shown.FrameNode("house/right/roof"); }},
+        {"refreshed", [](Presentation& shown) { shown.Refresh(); }}};
+    for (const auto& [what, edit] : edits)
+    {
+        for (const auto& [how, use] : uses)
+        {
+            SCOPED_TRACE(std::string(what) + ", " + how);
+            const auto presentation = Present(Host::BatchUse::On);
+            auto* const node = new EditingNode(&presentation->GetScene());
+            presentation->GetScene().GetRoot()->AddChild(node, true);
+            const Edit& called = edit;
+            node->edit = [&] { called(*presentation); };
+            use(*presentation);
+            UseAll(*presentation, what);
+        }
+    }
+}
+
+TEST_F(PresentationDeletions, NodesThatAreNoneHaveNoNames)
+{
+    Scene other;
+    NamedScene boxes = MakeBoxes();
+    const std::size_t known = boxes.nodes.size();
+    boxes.nodes.push_back({"none", nullptr});
+    boxes.nodes.push_back({"other", other.GetRoot()});
+    Presentation presentation(std::move(boxes.scene), std::move(boxes.nodes));
+    EXPECT_EQ(presentation.GetNodes().size(), known);
+    Host::ImportResult more;
+    more.status = Host::ImportStatus::Done;
+    more.scene = std::make_unique<Scene>();
+    more.nodes = {{"root", more.scene->GetRoot()}, {"none", nullptr}, {"other", other.GetRoot()}};
+    std::string error;
+    EXPECT_FALSE(presentation.Add(std::move(more), error));
+    EXPECT_EQ(error, "the model holds no node");
+    presentation.Resize(-5, -5);
+    ExpectNoError("a size below 0");
+}
+
+TEST_F(PresentationDeletions, ANodeOfAnotherSceneGetsNoName)
+{
+    const auto presentation = PresentBoxes();
+    {
+        Scene other;
+        presentation->AddName(*other.GetRoot(), "other");
+    }
+    EXPECT_FALSE(presentation->FindNode("other"));
 }
 
 } // namespace OV::Test
