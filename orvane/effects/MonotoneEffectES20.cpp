@@ -236,6 +236,7 @@ void MonotoneEffectES20::BindMeshUniforms(MeshNode* node)
 
 void MonotoneEffectES20::SetSurface(MeshNode* node)
 {
+    // The vertices hand one number on for all three.
     const float grey = passFlag ? 0.8f : 1.0f;
     if (DrawsPoints(*node))
     {

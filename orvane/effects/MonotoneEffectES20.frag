@@ -16,23 +16,23 @@ uniform bool u_isBackFaces;
 varying vec3 v_world_position;                      // world space
 
 #ifdef LIGHT_SHARE
-varying vec4 v_surface;                             // from the vertices, since reading uniforms takes more
+varying vec3 v_surface;                             // from the vertices, since reading uniforms takes more
 
 @LIGHT_SHARE@
 
 vec3 plainColor()
 {
-    return v_surface.rgb;
+    return v_surface.rrr;
 }
 
 bool showsFaceSides()
 {
-    return v_surface.a > 1.5;
+    return v_surface.b > 0.5;
 }
 
 float shadeOfAll()
 {
-    return showsFaceSides() ? v_surface.a - 2.0 : v_surface.a;
+    return v_surface.g;
 }
 #else
 uniform vec3 u_color;

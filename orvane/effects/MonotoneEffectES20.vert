@@ -19,7 +19,7 @@ uniform bool u_showFaceSides;
 uniform float u_shadowIntensity;
 uniform bool u_isShadow;
 
-varying vec4 v_surface;         // u_color; what it is darkened to, and 2 more where the sides of faces are shown
+varying vec3 v_surface;         // u_color, which is a grey; what it is darkened to; 1 where the sides of faces are shown
 #endif
 
 void main()
@@ -28,6 +28,6 @@ void main()
     gl_PointSize = u_pointSize;
     v_world_position = (u_worldTransform * vec4(a_position, 1.0)).xyz;
 #ifdef LIGHT_SHARE
-    v_surface = vec4(u_color, (u_isShadow ? 1.0 - u_shadowIntensity : 1.0) + (u_showFaceSides ? 2.0 : 0.0));
+    v_surface = vec3(u_color.r, u_isShadow ? 1.0 - u_shadowIntensity : 1.0, u_showFaceSides ? 1.0 : 0.0);
 #endif
 }

@@ -29,6 +29,7 @@
 
 #include <glm/geometric.hpp>
 #include <glm/gtc/type_ptr.hpp>
+#include <glm/matrix.hpp>
 
 #include <algorithm>
 #include <array>
@@ -539,7 +540,9 @@ void ShadowStage::SetValues(const PresentationFrame& frame, const WholeView& see
     const glm::dmat4 toWorld = SunShare::ToWorld(seen.worldToClip, isPerspective);
     values.step = {narrow(tiles.front().step.x), narrow(tiles.front().step.y)};
     const bool hasParts = tiles.size() > 1;
-    m_share.frame = {&frame.cameraData, isPerspective, tiles.front().toMap, glm::dvec3(0.0)};
+    const glm::dmat4 reach = glm::transpose(glm::dmat4(glm::dvec4(0.0), glm::dvec4(0.0), glm::dvec4(0.0),
+                                                       view.GetReach() - glm::dvec4(0.0, 0.0, 0.0, 1.0)));
+    m_share.frame = {&frame.cameraData, isPerspective, tiles.front().toMap + reach, glm::dvec3(0.0)};
     // What is in the map may be rounded up: a surface isn't behind itself for that.
     m_share.frame.start.z = IsShortEnough(view) ? 0.5 / kSteps : 0.0;
     if (hasParts)
@@ -562,7 +565,8 @@ void ShadowStage::SetValues(const PresentationFrame& frame, const WholeView& see
     }
     constexpr double radians = 3.14159265358979323846 / 180.0;
     const double halfWidth = m_settings->soft ? std::tan(0.5 * m_settings->sunWidth * radians) : 0.0;
-    values.look = {m_settings->darkness, narrow(halfWidth)};
+    values.look = {narrow(halfWidth / tiles.front().step.x), narrow(halfWidth / tiles.front().step.y),
+                   m_settings->darkness};
     const auto optionIf = [](bool condition, SunShare::Option option) { return condition ? unsigned(option) : 0u; };
     m_share.SetOptions(optionIf(hasParts, SunShare::OptionParts)
                        | optionIf(m_settings->soft, SunShare::OptionSoft)

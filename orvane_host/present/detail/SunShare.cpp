@@ -97,14 +97,12 @@ glm::dmat4 SunShare::ToWorld(const Matrix& worldToClip, bool isPerspective)
 void SunShare::FeedPlace(ShaderProgram& program, int uniform) const
 {
     const glm::dmat4 toMap = frame.toMap * ToWorld(frame.camera->GetMVP(), frame.isPerspective);
-    const glm::dvec3 farther(toMap[2]);
-    const glm::dvec3 none(0.0);
-    const glm::dvec3 adds[] = {glm::dvec3(toMap[0]), glm::dvec3(toMap[1]), frame.isPerspective ? none : farther,
-                               frame.isPerspective ? farther : none,
-                               glm::dvec3(toMap[3]) - frame.start};
-    glm::vec3 rows[std::size(adds)];
+    const glm::dvec4 none(0.0);
+    const glm::dvec4 adds[] = {toMap[0], toMap[1], frame.isPerspective ? none : toMap[2],
+                               frame.isPerspective ? toMap[2] : none, toMap[3] - glm::dvec4(frame.start, 0.0)};
+    glm::vec4 rows[std::size(adds)];
     std::copy(std::begin(adds), std::end(adds), rows);
-    program.Uniform3fv(uniform, static_cast<int>(std::size(rows)), glm::value_ptr(rows[0]));
+    program.Uniform4fv(uniform, static_cast<int>(std::size(rows)), glm::value_ptr(rows[0]));
 }
 
 void SunShare::Feed(ShaderProgram& program, int first)
@@ -120,7 +118,7 @@ void SunShare::Feed(ShaderProgram& program, int first)
         program.Uniform1i(first + UniformTable, TableUnit);
         program.Uniform2fv(first + UniformSlices, 1, values.slices.data());
     }
-    program.Uniform2fv(first + UniformLook, 1, values.look.data());
+    program.Uniform3fv(first + UniformLook, 1, values.look.data());
     program.Uniform2fv(first + UniformStep, 1, values.step.data());
     if (frame.camera)
     {

@@ -33,9 +33,7 @@ varying vec4 v_sunTexel;
 #ifdef SUN_PARTS
 varying vec2 v_sunSlices;
 #endif
-#ifdef SUN_SOFT
-varying vec2 v_sunWidening;
-#endif
+varying vec3 v_sunLook;
 
 // A fragment as the sun sees it.
 struct SunSpot
@@ -50,6 +48,7 @@ struct SunSpot
     vec2 step;     // edges of a texel as lengths along the light
 #ifdef SUN_SOFT
     vec2 widening; // texels by which rims get wider with the length to what casts them
+    float reach;   // length to the farthest that may cast onto the fragment
 #endif
     float room;    // what is no farther in front of the fragment is the surface itself
 };
@@ -127,12 +126,19 @@ float sunOfQuad(float value, vec2 side)
     return value + value - side.y * dFdy(value);
 }
 
+// How far from the middle of a disc of radius 1 a place of the spiral lies that has such a share of the disc within:
+// the square root, to a thirtieth. Exact ones take far longer, in the first round for nothing.
+vec2 sunRoots(vec2 within)
+{
+    return 0.1354 + within * (1.5597 - 0.7298 * within);
+}
+
 float sunShare(SunSpot spot, bool wanted)
 {
     // No narrower than a pixel, nor than a texel.
     vec2 least = 0.5 * max(max(abs(spot.across.xy), abs(spot.up.xy)), vec2(1.0));
-    vec2 widening = spot.widening / least;
-    vec2 radius = max(spot.widening * spot.place.z, 2.0 * least);
+    // Places lie on texels: a disc that is narrower than this may find none of a rim that runs between them.
+    vec2 radius = max(spot.widening * spot.reach, 3.0 * least);
     // Each pixel of a quad looks up two of eight places of a disc, in the first round of the loop: how many
     // are hidden by what is solid, and how far they lie behind it. Where they agree that is all. Four lie on
     // the rim and four between these on half the radius. The disc of a wide sun reaches over more that is
@@ -154,29 +160,29 @@ float sunShare(SunSpot spot, bool wanted)
 #ifdef SUN_GLASS
     // Glass takes more than the solid: one place a round, for the first to look it up once.
     behind.y = sunBehindSolid(spot, sunTexelAt(spot, second));
+    float share = 1.0;
+#else
+    float share = 0.5;
 #endif
     bool isOtherOpen = behind.y <= 0.0;
-    // Else places of a spiral, as many as it takes for steps not to be seen. Where they lie is worked out
-    // before they are looked up, not behind the round before: its end is waited for least that way. The first
-    // round turns what it does not use, on to 1, 0.
+    // Else places of a spiral, as many as it takes for steps not to be seen. The first round turns what it does not
+    // use, on to 1, 0.
 #ifdef SUN_GLASS
     vec2 direction = vec2(-0.7373688, -0.6754903);
 #else
     vec2 direction = vec2(0.0874256, 0.9961716);
 #endif
-    float farther = 0.0; // than what casts them, on the mean
+    vec2 rim = vec2(0.0); // radius of the disc
+    float taps = 0.0;
     float done = 0.0;
     float sum = 0.0;
     for (int i = 0; i < SUN_ROUNDS; ++i)
     {
-        vec2 width = max(widening * farther, 1.0);
-        float taps = floor(min(4.5 + 2.0 * max(width.x, width.y), SUN_SOFT_TAPS + 0.5));
-        float share = 1.0 / taps;
-        vec2 reach = sqrt((done + vec2(0.5, 1.5)) * share);
-        first = i == 0 ? first : reach.x * least * width * direction;
+        vec2 reach = sunRoots((done + vec2(0.5, 1.5)) * share);
+        first = i == 0 ? first : reach.x * rim * direction;
         direction = sunTurned(direction);
 #ifndef SUN_GLASS
-        second = i == 0 ? second : reach.y * least * width * direction;
+        second = i == 0 ? second : reach.y * rim * direction;
         direction = sunTurned(direction);
 #endif
         vec2 texel = sunTexelAt(spot, first);
@@ -187,13 +193,13 @@ float sunShare(SunSpot spot, bool wanted)
         // In the first round not where the other place is hidden: either all are, or more is asked for. To ask
         // for this one too would be to wait for it.
         bool seesGlass = i > 0 || isOtherOpen;
-        vec2 glass = sunBehindGlass(spot, i == 0 ? sunTexelAt(spot, vec2(0.0)) : texel, seesGlass);
+        vec2 glass = sunBehindGlass(spot, i == 0 ? floor(spot.place.xy) + 0.5 : texel, seesGlass);
         float open = glass.x > 0.0 ? glass.y : 1.0;
         float seen = behind.x > 0.0 ? 0.0 : open;
 #ifndef SUN_GLASS
-        seen += i == 0 || done + 1.5 > taps || behind.y > 0.0 ? 0.0 : 1.0;
+        seen += behind.y > 0.0 ? 0.0 : 1.0;
 #endif
-        sum = i > 1 ? sum + share * seen : i == 1 ? share * seen : seen;
+        sum += share * seen;
         if (i == 0)
         {
             // In one number, of the quad: how many are hidden, times 16, and how far they lie behind.
@@ -206,8 +212,15 @@ float sunShare(SunSpot spot, bool wanted)
             {
                 break;
             }
+            // How wide the rim is against what is least, by the mean length to what casts it: one division for the
+            // mean and both axes.
             float hidden = floor(found / 16.0);
-            farther = (found - 16.0 * hidden) / max(hidden, 1.0);
+            float farther = (found - 16.0 * hidden) / (max(hidden, 1.0) * least.x * least.y);
+            vec2 width = max(spot.widening * least.yx * farther, 1.0);
+            rim = width * least;
+            taps = 2.0 * floor(min(1.5 + max(width.x, width.y), 0.5 * SUN_SOFT_TAPS + 0.5));
+            share = 1.0 / taps;
+            sum = 0.0;
         }
         else
         {
@@ -277,7 +290,8 @@ SunSpot sunSpot()
     spot.up = dFdy(v_sunPlace.xyz);
     spot.step = v_sunTexel.zw;
 #ifdef SUN_SOFT
-    spot.widening = v_sunWidening;
+    spot.widening = v_sunLook.xy;
+    spot.reach = v_sunPlace.w;
 #endif
 #ifdef SUN_PARTS
     // By the distance alone: asking one part after the other takes twice what the rest does.
@@ -328,5 +342,5 @@ float OVSL_LightShare(bool wanted)
 
 float OVSL_ShadowTone()
 {
-    return 1.0 - v_sunPlace.w * (1.0 - OVSL_LightShare(true));
+    return 1.0 - v_sunLook.z * (1.0 - OVSL_LightShare(true));
 }

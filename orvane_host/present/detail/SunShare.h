@@ -34,7 +34,7 @@ public:
         std::array<float, 2> texel{};
         std::array<float, 2> slices{};
         std::array<float, 2> step{};
-        std::array<float, 2> look{};
+        std::array<float, 3> look{};
     };
 
     /// As the options of SunShare.frag.
@@ -55,7 +55,8 @@ public:
     {
         const CameraNodeES20* camera = nullptr;
         bool isPerspective = true;
-        glm::dmat4 toMap{1.0};  ///< world space to texels of the first part of the map, and lengths along the light
+        /// World space to texels of the first part of the map, lengths along the light, and SunView::GetReach.
+        glm::dmat4 toMap{1.0};
         glm::dvec3 start{0.0};  ///< that is counted from: texels of it, across and up, and the length
     };
     Frame frame;

@@ -27,6 +27,9 @@ constexpr int kBeside = 96;
 /// Light that comes in flat draws texels out on the ground: up to so much they are made finer.
 constexpr double kFlattest = 0.6;
 
+/// Axes that light runs this much along, of 1, tell how far off casters may be; one of three always does.
+constexpr double kSteepest = 1e-3;
+
 /// Sizes of texels go up by this.
 constexpr double kLadder = 1.1892071150027210; // the fourth root of 2
 
@@ -168,6 +171,7 @@ SunView::SunView(const Request& request, const std::vector<CastBox>& casters)
         return;
     }
     Bound(casters, request);
+    FindReach(casters);
     const SeenPart seen(request.worldToClip, request.low, request.high);
     const glm::dvec4 distance = request.perspective ? RowOf(request.worldToClip, 3) : glm::dvec4(0.0, 0.0, 0.0, 1.0);
     double nearest = kInfinity;
@@ -337,6 +341,32 @@ void SunView::Bound(const std::vector<CastBox>& casters, const Request& request)
     const double room = 1e-3 * std::max(m_farthest - m_nearest, 1e-30);
     m_nearest -= room;
     m_farthest += room;
+}
+
+void SunView::FindReach(const std::vector<CastBox>& casters)
+{
+    glm::dvec3 low(kInfinity);
+    glm::dvec3 high(-kInfinity);
+    for (const CastBox& box : casters)
+    {
+        const glm::dvec3 reach = glm::abs(box.halves[0]) + glm::abs(box.halves[1]) + glm::abs(box.halves[2]);
+        low = glm::min(low, box.middle - reach);
+        high = glm::max(high, box.middle + reach);
+    }
+    double shortest = kInfinity;
+    for (int axis = 0; axis < 3; ++axis)
+    {
+        const double toward = m_axes[2][axis];
+        const double way = (high[axis] - low[axis]) / std::abs(toward);
+        if (std::abs(toward) > kSteepest && way < shortest)
+        {
+            shortest = way;
+            const double perUnit = 1.0 / (toward * GetRange());
+            m_reach = glm::dvec4(0.0);
+            m_reach[axis] = -perUnit;
+            m_reach.w = (toward > 0.0 ? high : low)[axis] * perUnit;
+        }
+    }
 }
 
 SunView::Tile SunView::MakeTile(const glm::ivec2& place, const Area& area) const

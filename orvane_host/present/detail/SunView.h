@@ -3,6 +3,7 @@
 #include <glm/mat4x4.hpp>
 #include <glm/vec2.hpp>
 #include <glm/vec3.hpp>
+#include <glm/vec4.hpp>
 
 #include <array>
 #include <cstddef>
@@ -85,6 +86,10 @@ public:
     /// Whether a box casts anything into a part.
     bool Casts(const CastBox& box, const Tile& tile) const;
 
+    /// World space to a length along the light: toward the sun, nothing casts from farther off than that. It ends at
+    /// that pair of faces of the box about all casters that light takes the shortest way between.
+    const glm::dvec4& GetReach() const { return m_reach; }
+
     /// The world's units of the length 1 along the light.
     double GetRange() const { return m_farthest - m_nearest; }
 
@@ -99,6 +104,7 @@ private:
     };
 
     void Bound(const std::vector<CastBox>& casters, const Request& request);
+    void FindReach(const std::vector<CastBox>& casters);
     /// Of what lies between two distances from the eye; without size where nothing does.
     Area AreaOf(const std::vector<std::vector<glm::dvec4>>& seen, const glm::dvec4& distance, double start,
                 double end) const;
@@ -113,6 +119,7 @@ private:
     glm::dvec2 m_to{0.0};
     double m_nearest = 0.0; ///< to the sun: minus the coordinate along the third axis
     double m_farthest = 0.0;
+    glm::dvec4 m_reach{0.0};
     std::vector<Tile> m_tiles;
     Slices m_slices;
     glm::ivec2 m_size{0};

@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <limits>
 #include <random>
 #include <vector>
 
@@ -81,6 +83,43 @@ double PixelsBetween(const glm::dmat4& worldToClip, const glm::dvec3& a, const g
 }
 
 } // namespace
+
+TEST(SunView, NothingCastsFromBeyondItsReach)
+{
+    std::mt19937 random(7);
+    std::uniform_real_distribution<double> from(-1.0, 1.0);
+    for (int i = 0; i < 200; ++i)
+    {
+        SunView::Request request;
+        request.towardSun = glm::normalize(glm::dvec3(from(random), from(random), from(random)));
+        request.low = glm::dvec3(-40);
+        request.high = glm::dvec3(40);
+        request.worldToClip = glm::perspective(0.8, 1.5, 0.1, 400.0)
+            * glm::lookAt(glm::dvec3(70, 50, 60), glm::dvec3(0), glm::dvec3(0, 1, 0));
+        const glm::dvec3 half(30, 2, 20);
+        const SunView view(request, {BoxAt(glm::dvec3(1, 2, 3), half)});
+        const glm::dvec4 reach = view.GetReach();
+        const glm::dvec3 inside = glm::dvec3(1, 2, 3) + half * glm::dvec3(from(random), from(random), from(random));
+        const double length = glm::dot(reach, glm::dvec4(inside, 1.0)) * view.GetRange();
+        // To the faces of the box on the side of the sun, of which the nearest is passed first.
+        double ways[3];
+        for (int axis = 0; axis < 3; ++axis)
+        {
+            const double toward = request.towardSun[axis];
+            const double face = glm::dvec3(1, 2, 3)[axis] + (toward > 0.0 ? half : -half)[axis];
+            ways[axis] = (face - inside[axis]) / toward;
+        }
+        const double nearest = *std::min_element(std::begin(ways), std::end(ways));
+        EXPECT_GE(length, nearest - 1e-9);
+        // Between two faces, of the pair that light passes fastest.
+        double fastest = std::numeric_limits<double>::infinity();
+        for (int axis = 0; axis < 3; ++axis)
+        {
+            fastest = std::min(fastest, 2.0 * half[axis] / std::abs(request.towardSun[axis]));
+        }
+        EXPECT_LE(length, fastest + 1e-9);
+    }
+}
 
 TEST(SunView, OfAllThereIsOnePartThatStaysWhileTheEyeMoves)
 {
