@@ -455,6 +455,21 @@ TEST_F(BatchAlikes, LargeMaterialsShareBatchesByPlace)
     EXPECT_EQ(CountDraws(), 1u);
 }
 
+TEST_F(BatchAlikes, MaterialsNearEachOtherShareBatchesInWhateverOrderTheyCome)
+{
+    constexpr int count = 2048;
+    for (int i = 0; i < count; ++i)
+    {
+        const int at = i * 1051 % count;
+        Material& material = AddMaterial(ColorOf(static_cast<std::size_t>(i)));
+        AddRect(material, {at % 32 * 20, at / 32 * 20, 20, 20}, 0.0f, i);
+    }
+    DrawTogether();
+    EXPECT_EQ(Counts().pieces, static_cast<std::size_t>(count));
+    EXPECT_EQ(Counts().batches, 8u);
+    EXPECT_EQ(CountDraws(), 1u) << "one corner is seen";
+}
+
 TEST_F(BatchAlikes, MoreThanAProgramHasRoomForShareBatchesOfAsMany)
 {
     const auto most = static_cast<std::size_t>(EffectES20::MostMaterialColors());
