@@ -21,6 +21,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace OV::Test
@@ -506,9 +507,17 @@ TEST_F(BatchAlikes, NormalsAreKeptAndMayBeMissing)
     for (std::size_t i = 0; i < 80; ++i)
     {
         Add(ColorOf(i), ColorOf(i + 9)).ClearFlags(i % 7 != 0 ? MaterialFlagUnlit : MaterialFlags{});
-        RawMesh& raw = *(*nodes.back()->EachMesh().begin())->GetRawMesh();
-        // Those without are unlit, or as dark as node by node.
-        raw.SetNormalBuffer(std::vector<Vector>(i % 4 == 3 ? 0 : 4, normals[i % 5]));
+        Mesh& mesh = **nodes.back()->EachMesh().begin();
+        RawMesh& raw = *mesh.GetRawMesh();
+        std::vector<Vector> positions = mesh.GetPositionBuffer();
+        std::vector<unsigned short> indices = mesh.GetIndices();
+        raw.StartDescription();
+        raw.SetPositionBuffer(std::move(positions));
+        raw.SetIndices(std::move(indices));
+        if (i % 4 != 3)
+        {
+            raw.SetNormalBuffer(std::vector<Vector>(4, normals[i % 5]));
+        }
         raw.EndDescription(false);
     }
     for (const Look look : {Look::Basic, Look::Advanced, Look::Phong})
