@@ -98,9 +98,21 @@ struct Parts
 {
     Place begin;
     std::size_t most;
+    std::size_t room; ///< of a part, left for things that don't come out even
     PartSize size;
     std::vector<std::size_t> ends;
 };
+
+/// A part that takes a little more than it may would become two.
+std::size_t RoomLeft(const std::vector<BatchPlace>& places, std::size_t most)
+{
+    std::size_t largest = 0;
+    for (const BatchPlace& place : places)
+    {
+        largest = std::max<std::size_t>(largest, place.vertices);
+    }
+    return std::min(largest, most / 16);
+}
 
 void Cut(Parts& parts, Place first, Place last)
 {
@@ -116,7 +128,8 @@ void Cut(Parts& parts, Place first, Place last)
     const float y = box.high.y - box.low.y;
     const float z = box.high.z - box.low.z;
     float Vector::* const axis = x >= y && x >= z ? &Vector::x : y >= z ? &Vector::y : &Vector::z;
-    const std::size_t count = (vertices + parts.most - 1) / parts.most;
+    const std::size_t usual = parts.most - parts.room;
+    const std::size_t count = (vertices + usual - 1) / usual;
     const std::size_t half = count / 2;
     const bool areEven = parts.size == PartSize::Even;
     const Place middle = Divide(first, last, axis, areEven ? vertices * half / count : parts.most * half);
@@ -136,7 +149,7 @@ std::vector<std::size_t> CutByPlace(std::vector<BatchPlace>& places, std::size_t
             place.middle.*axis = std::isfinite(place.middle.*axis) ? place.middle.*axis : 0.0f;
         }
     }
-    Parts parts{places.begin(), most, size, {}};
+    Parts parts{places.begin(), most, size == PartSize::Even ? RoomLeft(places, most) : 0, size, {}};
     if (!places.empty())
     {
         Cut(parts, places.begin(), places.end());

@@ -45,7 +45,7 @@ struct BatchKind
 /// is drawn has one distance between vertices for all of them.
 ///
 /// The number of a vertex's material takes no room where there are normals: it is the lowest byte of their third
-/// number, which that changes by a part in 65,000 at most. Where there are none it is that of a number of its own.
+/// number, which that changes by a part in 32,000 at most. Where there are none it is that of a number of its own.
 struct BatchLayout
 {
     /// @param vertices how many there are in all.

@@ -26,6 +26,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace OV::Test
@@ -484,6 +485,21 @@ TEST_F(BatchAlikes, LargeMaterialsShareBatchesByPlace)
     EXPECT_EQ(CountDraws(), 1u);
 }
 
+TEST_F(BatchAlikes, MaterialsNearEachOtherShareBatchesInWhateverOrderTheyCome)
+{
+    constexpr int count = 2048;
+    for (int i = 0; i < count; ++i)
+    {
+        const int at = i * 1051 % count;
+        Material& material = AddMaterial(ColorOf(static_cast<std::size_t>(i)));
+        AddRect(material, {at % 32 * 20, at / 32 * 20, 20, 20}, 0.0f, i);
+    }
+    DrawTogether();
+    EXPECT_EQ(Counts().pieces, static_cast<std::size_t>(count));
+    EXPECT_EQ(Counts().batches, 8u);
+    EXPECT_EQ(CountDraws(), 1u) << "one corner is seen";
+}
+
 TEST_F(BatchAlikes, MoreThanAProgramHasRoomForShareBatchesOfAsMany)
 {
     const auto most = static_cast<std::size_t>(EffectES20::MostMaterialColors());
@@ -520,9 +536,17 @@ TEST_F(BatchAlikes, NormalsAreKeptAndMayBeMissing)
     for (std::size_t i = 0; i < 80; ++i)
     {
         Add(ColorOf(i), ColorOf(i + 9)).ClearFlags(i % 7 != 0 ? MaterialFlagUnlit : MaterialFlags{});
-        RawMesh& raw = *(*nodes.back()->EachMesh().begin())->GetRawMesh();
-        // Those without are unlit, or as dark as node by node.
-        raw.SetNormalBuffer(std::vector<Vector>(i % 4 == 3 ? 0 : 4, normals[i % 5]));
+        Mesh& mesh = **nodes.back()->EachMesh().begin();
+        RawMesh& raw = *mesh.GetRawMesh();
+        std::vector<Vector> positions = mesh.GetPositionBuffer();
+        std::vector<unsigned short> indices = mesh.GetIndices();
+        raw.StartDescription();
+        raw.SetPositionBuffer(std::move(positions));
+        raw.SetIndices(std::move(indices));
+        if (i % 4 != 3)
+        {
+            raw.SetNormalBuffer(std::vector<Vector>(4, normals[i % 5]));
+        }
         raw.EndDescription(false);
     }
     for (const Look look : {Look::Basic, Look::Advanced, Look::Phong})

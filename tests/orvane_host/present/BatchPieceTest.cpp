@@ -73,4 +73,57 @@ TEST(BatchPiece, ShiftedPositionsAreThoseOfADoubleSum)
     }
 }
 
+TEST(BatchPiece, NumbersOfMaterialsStandInNormalsAndHardlyTurnThem)
+{
+    MeshFormatKey streams;
+    streams.hasNormals = true;
+    for (const bool hasTexture : {false, true})
+    {
+        streams.hasTexture = hasTexture;
+        const Host::Detail::BatchLayout layout(streams, 5, true);
+        EXPECT_EQ(layout.floats, hasTexture ? 8 : 6) << "they take no room";
+        const float values[] = {1.0f, -1.0f, 0.0f, -0.0f, 0.3f};
+        for (const unsigned char number : {0, 1, 127, 255})
+        {
+            std::vector<float> vertices(5 * static_cast<std::size_t>(layout.floats), 0.25f);
+            const auto normal = [&](std::size_t i) {
+                return static_cast<std::size_t>(layout.normal) + i * static_cast<std::size_t>(layout.size);
+            };
+            for (std::size_t i = 0; i < 5; ++i)
+            {
+                vertices[normal(i) + 2] = values[i];
+            }
+            std::vector<float> expected = vertices;
+            Host::Detail::WriteMaterial(number, 5, layout, vertices.data());
+            for (std::size_t i = 0; i < 5; ++i)
+            {
+                float& written = vertices[normal(i) + 2];
+                const auto* const bytes = reinterpret_cast<const unsigned char*>(vertices.data());
+                const std::size_t at = static_cast<std::size_t>(layout.MaterialByte())
+                    + i * static_cast<std::size_t>(layout.size) * sizeof(float);
+                EXPECT_EQ(bytes[at], number);
+                EXPECT_NEAR(written, values[i], 1.0f / 32768.0f);
+                EXPECT_TRUE(std::isnormal(written)) << "processors are slow with what is smaller: " << written;
+                written = expected[normal(i) + 2];
+            }
+            EXPECT_EQ(vertices, expected) << "nothing else is written";
+        }
+    }
+}
+
+TEST(BatchPiece, NumbersOfMaterialsHaveRoomOfTheirOwnWithoutNormals)
+{
+    const Host::Detail::BatchLayout layout(MeshFormatKey(), 3, true);
+    EXPECT_EQ(layout.size, 4);
+    std::vector<float> vertices(12, 0.25f);
+    Host::Detail::WriteMaterial(200, 3, layout, vertices.data());
+    for (std::size_t i = 0; i < 3; ++i)
+    {
+        const auto* const bytes = reinterpret_cast<const unsigned char*>(vertices.data() + 4 * i);
+        EXPECT_EQ(bytes[layout.MaterialByte()], 200);
+        EXPECT_EQ(vertices[4 * i + 2], 0.25f);
+    }
+    EXPECT_EQ(Host::Detail::BatchLayout(MeshFormatKey(), 3, false).size, 3) << "one material takes none";
+}
+
 } // namespace OV::Test
