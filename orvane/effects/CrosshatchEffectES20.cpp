@@ -1,19 +1,14 @@
 #include "orvane/effects/CrosshatchEffectES20.h"
 
-#include "orvane/effects/detail/PlainLoop.h"
-#include "orvane/effects/detail/RepeatedUniform.h"
 #include "orvane/effects/shaders/CrosshatchEffectES20.frag.h"
 #include "orvane/effects/shaders/CrosshatchEffectES20.vert.h"
 #include "orvane/math/Color.h"
 #include "orvane/math/Matrix.h"
 #include "orvane/math/Vector.h"
-#include "orvane/math/detail/MatrixProduct.h"
-#include "orvane/renderdata/CameraNodeES20.h"
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/scene/LightNode.h"
 #include "orvane/scene/Material.h"
-#include "orvane/scene/MeshNode.h"
 #include "orvane/scene/NodeType.h"
 
 #include <GL/glew.h>
@@ -90,35 +85,6 @@ enum TextureUnit : int
 };
 
 } // namespace
-
-/// What BindMeshUniforms sends for each of many nodes.
-class CrosshatchEffectES20::NodeUniforms
-{
-public:
-    explicit NodeUniforms(const CrosshatchEffectES20& effect) :
-        m_viewProjection(effect.m_camera->GetMVP()), m_isShaded(effect.IsShaded()),
-        m_product(effect.m_current, UniformMvpMatrix, effect.Has(UniformMvpMatrix)),
-        m_normals(effect.m_current, UniformNormals, effect.Has(UniformNormals))
-    {
-    }
-
-    void Send(MeshNode& node)
-    {
-        Matrix product;
-        detail::Multiply(product.m, m_viewProjection.m, node.GetGlobalMatrix()->m);
-        m_product.Send(product);
-        if (m_isShaded)
-        {
-            m_normals.Send(node.GetGlobalNormalMatrix());
-        }
-    }
-
-private:
-    const Matrix& m_viewProjection;
-    bool m_isShaded;
-    detail::RepeatedUniform m_product;
-    detail::RepeatedUniform m_normals;
-};
 
 CrosshatchEffectES20::CrosshatchEffectES20(EffectCache* cache) : MaterialEffectES20(cache)
 {
@@ -211,55 +177,29 @@ void CrosshatchEffectES20::Remove()
 
 void CrosshatchEffectES20::BindMeshAttributes(MeshES20* mesh)
 {
-    BindStreams(StreamsOf(*mesh));
-}
-
-void CrosshatchEffectES20::BindStreams(const Streams& streams)
-{
-    EnableAttribute(AttributePosition, 3, streams.stride, streams.position);
+    const int stride = mesh->GetStride();
+    EnableAttribute(AttributePosition, 3, stride, mesh->GetPositionOffset());
     if (lit)
     {
-        hasNormals = EnableStream(AttributeNormal, 3, streams.stride, streams.normal);
+        hasNormals = EnableStream(AttributeNormal, 3, stride, mesh->GetNormalOffset());
     }
-    EnableStream(AttributeTexture, 2, streams.stride, streams.texture);
+    EnableStream(AttributeTexture, 2, stride, mesh->GetTextureOffset());
 }
 
 void CrosshatchEffectES20::ReleaseMeshAttributes(MeshES20* mesh)
 {
-    ReleaseStreams(StreamsOf(*mesh));
-}
-
-void CrosshatchEffectES20::ReleaseStreams(const Streams& streams)
-{
-    DisableStream(AttributeTexture, streams.texture);
+    DisableStream(AttributeTexture, mesh->GetTextureOffset());
     if (lit)
     {
-        DisableStream(AttributeNormal, streams.normal);
+        DisableStream(AttributeNormal, mesh->GetNormalOffset());
     }
     DisableAttribute(AttributePosition);
-}
-
-detail::PlainPointers CrosshatchEffectES20::PointersOf(const Streams& behindPosition) const
-{
-    detail::PlainPointers pointers;
-    pointers.Add(AttributePosition, 3, behindPosition.position);
-    if (lit)
-    {
-        pointers.Add(AttributeNormal, 3, behindPosition.normal);
-    }
-    pointers.Add(AttributeTexture, 2, behindPosition.texture);
-    return pointers;
-}
-
-void CrosshatchEffectES20::DrawPlain(detail::PlainDraw* draws, detail::PlainDraw* end)
-{
-    detail::PlainLoop<CrosshatchEffectES20>(*this).Draw(draws, end);
 }
 
 void CrosshatchEffectES20::BindMeshUniforms(MeshNode* node)
 {
     Set(UniformMvpMatrix, ModelViewProjection(node));
-    if (IsShaded())
+    if (lit && hasNormals)
     {
         SetNormalMatrix(UniformNormalMatrix, node);
     }

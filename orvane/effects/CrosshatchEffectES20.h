@@ -33,12 +33,6 @@ public:
         noiseTexture = texture;
     }
 
-    /// Draws meshes one after another as MeshES20::Render does each, with the same calls. GL.
-    ///
-    /// Between Apply and Remove, and on an effect of this very class: a derived one is asked for each
-    /// mesh.
-    void DrawPlain(detail::PlainDraw* draws, detail::PlainDraw* end);
-
     /// True in the second, ambient pass. Set before Apply.
     bool passFlag = false;
 
@@ -57,17 +51,6 @@ protected:
     bool hasNormals = false;
 
 private:
-    friend class detail::PlainLoop<CrosshatchEffectES20>;
-
-    class NodeUniforms;
-
-    void BindStreams(const Streams& streams);
-    void ReleaseStreams(const Streams& streams);
-    void BindNoFlags() {}
-    void EndMesh() {}
-    bool IsShaded() const { return lit && hasNormals; }
-    static bool CanRepeat() { return true; }
-    detail::PlainPointers PointersOf(const Streams& behindPosition) const;
     void SetTextures(MaterialES20* data);
     void SetColors(Material* material);
 };

@@ -3,7 +3,6 @@
 #include "orvane/effects/AdvancedMaterialEffectES20.h"
 #include "orvane/effects/AdvancedMaterialPhongEffectES20.h"
 #include "orvane/effects/BasicMaterialEffectES20.h"
-#include "orvane/effects/CrosshatchEffectES20.h"
 #include "orvane/effects/DepthIdPassEffectES20.h"
 #include "orvane/effects/MaterialEffectES20.h"
 #include "orvane/effects/MonotoneEffectES20.h"
@@ -42,7 +41,6 @@ PlainDraws::DrawBy PlainDraws::WayOf(const EffectES20& effect)
         {typeid(BasicMaterialEffectES20), &DrawByClass<BasicMaterialEffectES20>},
         {typeid(AdvancedMaterialEffectES20), &DrawByClass<AdvancedMaterialEffectES20>},
         {typeid(AdvancedMaterialPhongEffectES20), &DrawByClass<AdvancedMaterialPhongEffectES20>},
-        {typeid(CrosshatchEffectES20), &DrawByClass<CrosshatchEffectES20>},
         {typeid(MonotoneEffectES20), &DrawByClass<MonotoneEffectES20>},
         {typeid(DepthIdPassEffectES20), &DrawByClass<DepthIdPassEffectES20>},
     };

@@ -69,7 +69,6 @@ const Look kLooks[] = {
     {"identifiers of nodes", RenderPassDepthId, EffectCache::AdvancedMaterial, 1},
     {"monotone", RenderPassMonotone, EffectCache::AdvancedMaterial},
     {"monotone, second pass", RenderPassMonotoneSecond, EffectCache::AdvancedMaterial},
-    {"crosshatch", RenderPassCrosshatch, EffectCache::AdvancedMaterial},
 };
 const Look& kBasic = kLooks[0];
 
