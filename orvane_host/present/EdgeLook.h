@@ -8,7 +8,9 @@ namespace OV::Host
 /// What counts as one thing where edges are drawn.
 enum class Identity
 {
-    Object, ///< what has one colour at the vertices of a mesh; a mesh without colours is one thing
+    /// What has one colour at the vertices of a mesh; a mesh without colours is one thing. Where colours fade over a
+    /// surface all of it counts as edges.
+    Object,
     Group,  ///< the nodes of one Node::GetUserData
 };
 
