@@ -93,7 +93,8 @@ bool IsSamePlace(const Vector& a, const Vector& b)
 } // namespace
 
 Presentation::Impl::Impl(ImportResult model, bool numbersNodes) :
-    report(std::move(model.report)), nodes(model.scene ? std::move(model.nodes) : std::vector<ImportedNode>()), meshes(std::move(model.meshes)),
+    report(std::move(model.report)),
+    nodes(model.scene ? std::move(model.nodes) : std::vector<ImportedNode>()), meshes(std::move(model.meshes)),
     renderer(std::make_unique<Detail::HighlightRenderer>(&textures, app.GetContext()->GetRenderCapabilities()))
 {
     app.GetContext()->SetScene(SceneOf(model));
