@@ -144,4 +144,28 @@ TEST(BatchOrder, WhatIsNoNumberIsPutAnywhere)
     EXPECT_TRUE(CutByPlace(none, 200, PartSize::Even).empty());
 }
 
+TEST(BatchOrder, WhatIsNoNumberLeavesTheOthersCompact)
+{
+    std::vector<BatchPlace> places = Square(20, 10);
+    for (const std::size_t lost : {37u, 38u})
+    {
+        places[lost].middle.y = std::numeric_limits<float>::infinity();
+    }
+    const std::vector<std::size_t> ends = CutByPlace(places, 250, PartSize::Even);
+    ExpectAllOnce(places, ends);
+    std::size_t first = 0;
+    for (const std::size_t end : ends)
+    {
+        float least = 20.0f;
+        float most = 0.0f;
+        for (std::size_t i = first; i < end; ++i)
+        {
+            least = std::min(least, places[i].middle.x);
+            most = std::max(most, places[i].middle.x);
+        }
+        EXPECT_LE(most - least, 6.0f);
+        first = end;
+    }
+}
+
 } // namespace OV::Test
