@@ -406,10 +406,19 @@ TEST_F(PresentationDeletions, ACameraAndARootComeBackAndSoDoesTheView)
         delete &presentation->GetCamera();
         presentation->Resize(Width(), 2 * Height());
         UseAll(*presentation, "a camera");
-        delete presentation->GetScene().GetRoot();
+        Node* const root = presentation->GetScene().GetRoot();
+        const NodeChildren children = root->EachChild();
+        // They belong to whoever deletes a node by itself.
+        const std::vector<Node*> left(children.begin(), children.end());
+        delete root;
         EXPECT_TRUE(presentation->ListNodes().empty());
         UseAll(*presentation, "a root");
         EXPECT_TRUE(presentation->GetScene().GetRoot());
+        for (Node* const node : left)
+        {
+            presentation->GetScene().DeleteSubtree(node);
+        }
+        UseAll(*presentation, "what stood below it");
     }
 }
 
