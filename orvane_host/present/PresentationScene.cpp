@@ -483,6 +483,12 @@ void Presentation::Impl::FollowScene()
     if (!isWhole)
     {
         Detail::GiveBase(World());
+        LightNode* const light = OwnLight();
+        if (light && !light->GetParent())
+        {
+            // A camera that goes by itself leaves the light that moved with it.
+            World().GetCameraNode()->AddChild(light, false);
+        }
     }
     m_isSceneOther = m_isSceneOther || isOther || !isWhole;
 }

@@ -30,11 +30,14 @@ void GiveBase(Scene& scene)
     {
         OpenScene::RootOf(scene) = new Node(&scene);
     }
-    if (!scene.GetCameraNode())
+    CameraNode*& camera = OpenScene::CameraOf(scene);
+    if (!camera)
     {
-        auto* const camera = new CameraNode(&scene);
+        camera = new CameraNode(&scene);
+    }
+    if (!camera->GetParent())
+    {
         scene.GetRoot()->AddChild(camera, false);
-        OpenScene::CameraOf(scene) = camera;
     }
     scene.MarkDirty();
 }

@@ -399,6 +399,7 @@ TEST_F(PresentationDeletions, ACameraAndARootComeBackAndSoDoesTheView)
         const Picture before = Draw(*presentation);
         delete &presentation->GetCamera();
         ExpectSame(Draw(*presentation), before, "after the camera was deleted");
+        EXPECT_EQ(presentation->GetScene().GetLights().front()->GetParent(), &presentation->GetCamera());
         delete &presentation->GetCamera();
         EXPECT_TRUE(presentation->SetCamera(Vector(3, 2, 5), Vector()));
         delete &presentation->GetCamera();
@@ -413,7 +414,7 @@ TEST_F(PresentationDeletions, ACameraAndARootComeBackAndSoDoesTheView)
         delete root;
         EXPECT_TRUE(presentation->ListNodes().empty());
         UseAll(*presentation, "a root");
-        EXPECT_TRUE(presentation->GetScene().GetRoot());
+        EXPECT_EQ(presentation->GetCamera().GetParent(), presentation->GetScene().GetRoot());
         for (Node* const node : left)
         {
             presentation->GetScene().DeleteSubtree(node);
