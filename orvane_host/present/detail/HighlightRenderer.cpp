@@ -99,8 +99,16 @@ void HighlightRenderer::Suspend()
 
 void HighlightRenderer::DrawScene(Scene& scene, CameraNode& camera)
 {
+    if (m_colors.empty())
+    {
+        PresentationRenderer::DrawScene(scene, camera);
+        return;
+    }
+    // A stage of the host's may delete the camera meanwhile.
+    LifetimeWatch watch;
+    watch.Watch(camera.GetLifetime());
     PresentationRenderer::DrawScene(scene, camera);
-    CameraNodeES20* const cameraData = m_colors.empty() ? nullptr : CameraDataOf(&camera);
+    CameraNodeES20* const cameraData = watch.IsAlive() ? CameraDataOf(&camera) : nullptr;
     if (!cameraData)
     {
         return;
