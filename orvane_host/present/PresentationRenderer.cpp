@@ -484,9 +484,15 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
     PresentationFrame frame = BeginFrame(scene, camera, *cameraData, m_lister->GetItems());
     frame.target = TargetSize();
     cameraData->UpdateMVP(frame.view.width, frame.view.height, false);
+    // Whoever of the host's is called meanwhile may delete the camera: the next frame has another.
+    const auto isCameraGone = [cameraData] { return !cameraData->GetCameraNode(); };
     for (Entry& entry : m_stages)
     {
         entry.stage->Prepare(frame);
+        if (isCameraGone())
+        {
+            return;
+        }
     }
     if (Detail::Batches* const batches = BatchesOf(scene))
     {
@@ -501,17 +507,19 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
     {
         m_lister->List(frame, m_surfaces->AreLinesShown());
     }
-    if (!cameraData->GetCameraNode())
+    if (!isCameraGone())
     {
-        // A texture loader of the host's has deleted the camera: the next frame has another.
+        if (NeedsMeshes())
+        {
+            m_lister->ListMeshes();
+        }
+        GatherNeeds(frame);
+    }
+    if (isCameraGone())
+    {
         m_lister->Clear();
         return;
     }
-    if (NeedsMeshes())
-    {
-        m_lister->ListMeshes();
-    }
-    GatherNeeds(frame);
     m_lister->DropGone(frame.renderer);
     bufferPool.GenerateVBOs();
     if (frame.served)
@@ -529,9 +537,8 @@ void PresentationRenderer::DrawScene(Scene& scene, CameraNode& camera)
             BeginScene();
             begun = true;
         }
-        if (!cameraData->GetCameraNode())
+        if (isCameraGone())
         {
-            // So has a stage of the host's.
             break;
         }
         DrawStage(entry, frame);
@@ -561,6 +568,10 @@ void PresentationRenderer::GatherNeeds(PresentationFrame& frame)
     {
         entry.needs = entry.stage->NeedsOf(frame);
         frame.needs |= entry.needs;
+        if (!frame.cameraData.GetCameraNode())
+        {
+            return;
+        }
     }
     frame.served = !overDraw && frame.needs.Any() && frame.renderer.PrepareScreen();
 }
