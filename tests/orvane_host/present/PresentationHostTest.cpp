@@ -555,7 +555,7 @@ TEST_F(PresentationDeletions, AStageOfTheHostsMayDeleteWhateverTheFrameDraws)
     using Edit = std::function<void(Presentation&)>;
     const std::vector<std::pair<const char*, Edit>> edits = {
         {"a mesh", [](Presentation& shown) { delete *shown.GetScene().EachMesh().begin(); }},
-        {"a node", [](Presentation& shown) { delete shown.FindNode("house/right"); }},
+        {"a node", [](Presentation& shown) { shown.GetScene().DeleteSubtree(shown.FindNode("house/right")); }},
         {"a material", [](Presentation& shown) { delete shown.GetScene().GetOptimizedMaterials().front(); }},
         {"a line", [](Presentation& shown) { delete *shown.GetScene().GetLines().begin(); }},
         {"the camera", [](Presentation& shown) { delete &shown.GetCamera(); }},
