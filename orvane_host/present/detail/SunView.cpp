@@ -24,8 +24,13 @@ constexpr int kMargin = 4;
 /// places of a processor's cache, and a frame of the inside of a house takes 1.1 times the time.
 constexpr int kBeside = 96;
 
-/// Light that comes in flat draws texels out on the ground: up to so much they are made finer.
+/// Light that comes in flat draws texels out on the ground: up to so much they are made finer. Where all of the
+/// scene has one part they may be finer, since that costs a frame next to nothing.
 constexpr double kFlattest = 0.6;
+constexpr double kFlattestOfWhole = 0.25;
+
+/// As much as they are made finer for planes that face an eye without perspective, as of plans and elevations.
+constexpr double kMostDrawnOut = 4.0;
 
 /// Axes that light runs this much along, of 1, tell how far off casters may be; one of three always does.
 constexpr double kSteepest = 1e-3;
@@ -191,20 +196,30 @@ SunView::SunView(const Request& request, const std::vector<CastBox>& casters)
     // Pixels at the distance 1.
     const glm::dvec2 pixel(2.0 / (request.pixels.x * glm::length(glm::dvec3(RowOf(request.worldToClip, 0)))),
                            2.0 / (request.pixels.y * glm::length(glm::dvec3(RowOf(request.worldToClip, 1)))));
-    const double flat = std::clamp(std::abs(sun.y), kFlattest, 1.0);
-    const glm::dvec2 wanted = request.texel * std::min(pixel.x, pixel.y) * glm::dvec2(1.0, flat);
+    const glm::dvec2 finer =
+        request.perspective ? glm::dvec2(1.0) : FinerOn(glm::normalize(glm::dvec3(RowOf(request.worldToClip, 2))));
+    const auto wantedWith = [&](double flattest) {
+        const glm::dvec2 onGround(1.0, std::clamp(std::abs(sun.y), flattest, 1.0));
+        return request.texel * std::min(pixel.x, pixel.y) * glm::min(finer, onGround);
+    };
+    const glm::dvec2 wanted = wantedWith(kFlattest);
     const int most = std::max(request.mostTexels, 64);
 
-    Area whole;
-    whole.from = m_from;
-    whole.to = m_to;
-    if (Divide(whole, wanted * nearest, most))
+    for (const double flattest : {kFlattestOfWhole, kFlattest})
     {
-        Place({whole});
-        return;
+        Area whole;
+        whole.from = m_from;
+        whole.to = m_to;
+        if (Divide(whole, wantedWith(flattest) * nearest, most))
+        {
+            Place({whole});
+            return;
+        }
     }
     std::vector<Area> areas;
-    for (int count = 1; count <= request.mostParts; count += count == 1 || count == 2 ? 1 : count == 3 ? 2 : 3)
+    // Without perspective all is equally far, and parts by distance would be the same again and again.
+    const int mostParts = request.perspective ? request.mostParts : 1;
+    for (int count = 1; count <= mostParts; count += count == 1 || count == 2 ? 1 : count == 3 ? 2 : 3)
     {
         areas.clear();
         bool isFine = true;
@@ -239,6 +254,16 @@ SunView::SunView(const Request& request, const std::vector<CastBox>& casters)
         areas.pop_back();
     }
     Place(areas);
+}
+
+glm::dvec2 SunView::FinerOn(const glm::dvec3& normal) const
+{
+    // An edge, moved along the light into the plane, gets longer by its way there.
+    const double toward = std::max(std::abs(glm::dot(m_axes[2], normal)), 1e-3);
+    const auto share = [&](const glm::dvec3& axis) {
+        return 1.0 / std::min(std::hypot(1.0, glm::dot(axis, normal) / toward), kMostDrawnOut);
+    };
+    return {share(m_axes[0]), share(m_axes[1])};
 }
 
 SunView::Area SunView::AreaOf(const std::vector<std::vector<glm::dvec4>>& seen, const glm::dvec4& distance, double start,

@@ -105,6 +105,8 @@ private:
 
     void Bound(const std::vector<CastBox>& casters, const Request& request);
     void FindReach(const std::vector<CastBox>& casters);
+    /// Shares of their edges, across and up, that texels may have for the light not to draw them out on a plane.
+    glm::dvec2 FinerOn(const glm::dvec3& normal) const;
     /// Of what lies between two distances from the eye; without size where nothing does.
     Area AreaOf(const std::vector<std::vector<glm::dvec4>>& seen, const glm::dvec4& distance, double start,
                 double end) const;

@@ -152,6 +152,7 @@ const ModelCase kCases[] = {
     {"HouseOutside", kHouse, {28, 10, 16}, {6, 1.4f, -5}, 32, false, {-0.7f, 0.55f, 0.35f}},
     {"HouseInALowSun", kHouse, {28, 10, 16}, {6, 1.4f, -5}, 32, false, {-0.7f, 0.12f, 0.35f}},
     {"HouseWithoutPerspective", kHouse, {28, 10, 16}, {6, 1.4f, -5}, 32, true, {0.4f, 0.6f, 0.5f}},
+    {"HouseElevation", kHouse, {6, 3, 30}, {6, 3, -5}, 17, true, {0.3f, 0.9f, 0.3f}},
     {"HouseInside", kHouse, {4, 1.6f, -3}, {9, 1, -6}, 80, false, {-0.3f, 0.5f, 0.7f}},
     {"Truck", kTruck, {6, 4.2f, 6.4f}, {0, 1.1f, 0}, 29, false, {-0.3f, 0.5f, 0.7f}},
 };

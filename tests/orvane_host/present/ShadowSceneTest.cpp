@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <string>
 
 namespace OV::Test
 {
@@ -256,6 +257,49 @@ TEST_F(ShadowScene, FollowsVerticesThatAreMovedInPlace)
         ExpectColorInRect(picture, {27, 66, 10, 1}, kWhite);
         ExpectColorInRect(picture, {27, 63, 10, 1}, isNarrow ? kWhite : kShade, 1);
         ExpectColorInRect(picture, {27, 56, 10, 1}, isNarrow ? kWhite : kShade, 1);
+    }
+}
+
+// However flat light comes in, and however it runs across the pixels.
+TEST_F(ShadowScene, HasStraightRims)
+{
+    for (const bool orthographic : {false, true})
+    {
+        for (const float height : {0.25f, 0.35f, 0.6f, 1.0f})
+        {
+            for (const bool soft : {false, true})
+            {
+                SCOPED_TRACE(std::string(orthographic ? "orthographic" : "perspective") + (soft ? ", soft " : ", hard ")
+                             + std::to_string(height));
+                FloorAndCube made = MakeFloorAndCube(0.0f);
+                PresentationSettings settings = LookingDown();
+                settings.antialiasing = Antialiasing::None;
+                settings.sun->direction = Vector(1.0f, height, 0.37f);
+                settings.shadows->soft = soft;
+                settings.view.orthographic = orthographic;
+                // The shadow of the edge of the cube that lies along z, as large as it gets.
+                const Vector middle(-0.5f - 1.0f / height, 0.0f, -0.37f / height);
+                settings.view.eye = Vector(middle.x, 20.0f, middle.z);
+                settings.view.target = middle;
+                settings.view.fov = 3.0f;
+                const Picture picture = Draw(made, settings);
+                double least = 1e9;
+                double most = -1e9;
+                for (int y = kSize / 2 - 40; y < kSize / 2 + 40; ++y)
+                {
+                    double lit = 0.0;
+                    for (int x = 10; x < kSize - 10; ++x)
+                    {
+                        lit += (picture.At(x, y).r - 102.0) / 153.0;
+                    }
+                    least = std::min(least, lit);
+                    most = std::max(most, lit);
+                }
+                EXPECT_NEAR(least, 0.5 * kSize - 10, 1.5);
+                EXPECT_NEAR(most, 0.5 * kSize - 10, 1.5);
+                EXPECT_LT(most - least, 1.25);
+            }
+        }
     }
 }
 

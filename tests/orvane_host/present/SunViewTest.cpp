@@ -3,6 +3,7 @@
 #include <glm/ext/matrix_clip_space.hpp>
 #include <glm/ext/matrix_transform.hpp>
 #include <glm/geometric.hpp>
+#include <glm/gtc/matrix_access.hpp>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -133,6 +134,62 @@ TEST(SunView, OfAllThereIsOnePartThatStaysWhileTheEyeMoves)
         EXPECT_EQ(next.GetTiles().front().toMap, first.GetTiles().front().toMap);
         EXPECT_EQ(next.GetSize(), first.GetSize());
     }
+}
+
+// As of plans, elevations and what is seen of a site from above.
+TEST(SunView, HasTexelsOfAPixelOnWhatFacesAnEyeWithoutPerspective)
+{
+    std::mt19937 random(11);
+    std::uniform_real_distribution<double> from(-1.0, 1.0);
+    int checked = 0;
+    for (int i = 0; i < 500; ++i)
+    {
+        SunView::Request request;
+        request.perspective = false;
+        request.towardSun = glm::normalize(glm::dvec3(from(random), 1.0 + from(random), from(random)));
+        const glm::dvec3 eye = 90.0 * glm::normalize(glm::dvec3(from(random), 0.9 * from(random), from(random)));
+        const glm::dvec3 normal = glm::normalize(eye);
+        // Flatter light would take more texels than there are.
+        const double toward = std::abs(glm::dot(request.towardSun, normal));
+        if (toward < 0.3)
+        {
+            continue;
+        }
+        ++checked;
+        request.pixels = {900, 600};
+        request.low = glm::dvec3(-20);
+        request.high = glm::dvec3(20);
+        request.worldToClip =
+            glm::ortho(-60.0, 60.0, -40.0, 40.0, 1.0, 200.0) * glm::lookAt(eye, glm::dvec3(0), glm::dvec3(0, 1, 0));
+        const SunView view(request, {BoxAt(glm::dvec3(0), glm::dvec3(20))});
+        ASSERT_EQ(view.GetTiles().size(), 1u);
+        const glm::dmat3 toMap(view.GetTiles().front().toMap);
+        glm::dmat3 toPlane(glm::row(toMap, 0), glm::row(toMap, 1), normal);
+        toPlane = glm::inverse(glm::transpose(toPlane));
+        for (int axis = 0; axis < 2; ++axis)
+        {
+            EXPECT_LE(PixelsBetween(request.worldToClip, glm::dvec3(0), toPlane[axis]), 1.001) << axis << " of " << i;
+        }
+    }
+    EXPECT_GT(checked, 200);
+}
+
+TEST(SunView, HasOnePartWithoutPerspectiveHoweverLargeThePicture)
+{
+    SunView::Request request;
+    request.perspective = false;
+    request.towardSun = glm::normalize(glm::dvec3(0.4, 0.5, 0.3));
+    request.pixels = {9000, 6000};
+    request.mostTexels = 2048;
+    request.low = glm::dvec3(-20);
+    request.high = glm::dvec3(20);
+    request.worldToClip = glm::ortho(-60.0, 60.0, -40.0, 40.0, 1.0, 200.0)
+        * glm::lookAt(glm::dvec3(30, 20, 60), glm::dvec3(0), glm::dvec3(0, 1, 0));
+    const SunView view(request, {BoxAt(glm::dvec3(0), glm::dvec3(20))});
+    ASSERT_EQ(view.GetTiles().size(), 1u);
+    const glm::ivec2 texels = view.GetTiles().front().high - view.GetTiles().front().low;
+    EXPECT_GT(std::min(texels.x, texels.y), 1500);
+    EXPECT_LE(std::max(texels.x, texels.y), 2048);
 }
 
 TEST(SunView, CoversAllThatIsSeenByTheDistanceOfIt)
