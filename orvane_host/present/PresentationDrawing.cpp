@@ -106,7 +106,7 @@ void Presentation::Impl::ConfigureRenderer()
     renderer->ShowSky(settings.sky);
     renderer->SetLook(settings.look);
     renderer->SetStrokeWidth(UsualStrokeWidth * m_ratio);
-    renderer->SetSun(sun.direction);
+    renderer->SetSun(sun.direction, Up());
     renderer->SetShadows(settings.shadows);
     GlassSettings glass = settings.glass;
     const bool hurries = m_hurries && !renderer->GetPart();

@@ -219,9 +219,9 @@ void PresentationRenderer::SetHorizonOcclusion(const std::optional<HorizonOcclus
                               : std::nullopt);
 }
 
-void PresentationRenderer::SetSun(const std::optional<Vector>& towardSun)
+void PresentationRenderer::SetSun(const std::optional<Vector>& towardSun, const Vector& up)
 {
-    m_shadows->SetSun(towardSun);
+    m_shadows->SetSun(towardSun, up);
 }
 
 void PresentationRenderer::SetShadows(const std::optional<ShadowSettings>& shadows)

@@ -144,7 +144,8 @@ public:
 
     /// The direction towards the sun, in world space, of any length above 0: what casts shadows. The
     /// light itself is the first light of the scene, which shines from there. None at first.
-    void SetSun(const std::optional<Vector>& towardSun);
+    /// @param up unit, what is up in the scene: shadows of a low sun are finest on level ground.
+    void SetSun(const std::optional<Vector>& towardSun, const Vector& up = Vector(0.0f, 1.0f, 0.0f));
 
     /// Lets surfaces cast the shadows of the sun, in every look. None at first. Lit looks lose the
     /// light of the first light of the scene there and nothing else; the others get darker.

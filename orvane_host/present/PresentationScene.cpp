@@ -410,17 +410,21 @@ void Presentation::Impl::UpdateLight()
     }
 }
 
+Vector Presentation::Impl::Up() const
+{
+    return settings.view.upAxis == UpAxis::Z ? Vector(0.0f, 0.0f, 1.0f) : Vector(0.0f, 1.0f, 0.0f);
+}
+
 std::optional<PresentationRenderer::ShadowGround> Presentation::Impl::ShadowGroundOfModel() const
 {
     if (!settings.ground || !report.hasBox)
     {
         return std::nullopt;
     }
-    const bool isZUp = settings.view.upAxis == UpAxis::Z;
     PresentationRenderer::ShadowGround ground;
     ground.darkness = settings.shadows ? settings.shadows->darkness : 0.0f;
-    ground.up = isZUp ? Vector(0.0f, 0.0f, 1.0f) : Vector(0.0f, 1.0f, 0.0f);
-    const float lowest = isZUp ? report.boxMin.z : report.boxMin.y;
+    ground.up = Up();
+    const float lowest = settings.view.upAxis == UpAxis::Z ? report.boxMin.z : report.boxMin.y;
     ground.position.Scale(settings.ground->height.value_or(lowest), ground.up);
     return ground;
 }

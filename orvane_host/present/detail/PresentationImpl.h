@@ -188,6 +188,8 @@ private:
     void UpdateStyle();
     void UpdateMaterials();
     void UpdateLight();
+    /// What is up in the model, unit.
+    Vector Up() const;
     std::optional<PresentationRenderer::ShadowGround> ShadowGroundOfModel() const;
     void ReachShadows();
     void UpdateEdit();

@@ -352,6 +352,7 @@ std::optional<SunView> ShadowStage::LayOut(const PresentationFrame& frame, const
     }
     SunView::Request request;
     request.towardSun = towardSun;
+    request.up = ToDouble(m_up);
     request.worldToClip = ToDouble(seen.worldToClip);
     request.perspective = frame.camera.GetProjection() == CameraNode::Perspective;
     request.pixels = {seen.size.width, seen.size.height};

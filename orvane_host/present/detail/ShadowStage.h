@@ -46,7 +46,12 @@ public:
     ~ShadowStage() override;
 
     /// @param towardSun world space, of any length above 0. None shines and casts nothing.
-    void SetSun(const std::optional<Vector>& towardSun) { m_towardSun = towardSun; }
+    /// @param up of the ground, unit.
+    void SetSun(const std::optional<Vector>& towardSun, const Vector& up)
+    {
+        m_towardSun = towardSun;
+        m_up = up;
+    }
 
     /// None casts nothing.
     void SetShadows(const std::optional<ShadowSettings>& settings) { m_settings = settings; }
@@ -113,6 +118,7 @@ private:
     void BindMaps(PresentationFrame& frame);
 
     std::optional<Vector> m_towardSun;
+    Vector m_up{0.0f, 1.0f, 0.0f};
     std::optional<ShadowSettings> m_settings;
     std::optional<Plane> m_plane;
 

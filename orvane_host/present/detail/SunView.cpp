@@ -167,7 +167,9 @@ SunView::SunView(const Request& request, const std::vector<CastBox>& casters)
     // Upright where the sun isn't overhead: the shadows of a low sun then fall along one axis, in
     // which the map is narrow and its texels fine.
     const glm::dvec3& sun = request.towardSun;
-    const glm::dvec3 up = std::abs(sun.y) < 0.999 ? glm::dvec3(0.0, 1.0, 0.0) : glm::dvec3(0.0, 0.0, 1.0);
+    const double height = std::abs(glm::dot(sun, request.up));
+    const glm::dvec3 level = std::abs(request.up.z) < 0.9 ? glm::dvec3(0.0, 0.0, 1.0) : glm::dvec3(0.0, 1.0, 0.0);
+    const glm::dvec3 up = height < 0.999 ? request.up : level;
     m_axes[0] = glm::normalize(glm::cross(up, sun));
     m_axes[1] = glm::cross(sun, m_axes[0]);
     m_axes[2] = sun;
@@ -199,7 +201,7 @@ SunView::SunView(const Request& request, const std::vector<CastBox>& casters)
     const glm::dvec2 finer =
         request.perspective ? glm::dvec2(1.0) : FinerOn(glm::normalize(glm::dvec3(RowOf(request.worldToClip, 2))));
     const auto wantedWith = [&](double flattest) {
-        const glm::dvec2 onGround(1.0, std::clamp(std::abs(sun.y), flattest, 1.0));
+        const glm::dvec2 onGround(1.0, std::clamp(height, flattest, 1.0));
         return request.texel * std::min(pixel.x, pixel.y) * glm::min(finer, onGround);
     };
     const glm::dvec2 wanted = wantedWith(kFlattest);

@@ -62,6 +62,7 @@ public:
     struct Request
     {
         glm::dvec3 towardSun{0.0, 1.0, 0.0}; ///< unit
+        glm::dvec3 up{0.0, 1.0, 0.0};        ///< unit, of the ground
         glm::dmat4 worldToClip{1.0};         ///< of the eye
         bool perspective = true;
         glm::ivec2 pixels{1};   ///< of the picture

@@ -4,7 +4,9 @@
 
 #include "orvane_host/output/PictureFile.h"
 #include "orvane_host/present/PictureOptions.h"
+#include "orvane/math/Quaternion.h"
 #include "orvane/math/TextureCoordinate.h"
+#include "orvane/math/Transform.h"
 #include "orvane/scene/LightNode.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
@@ -16,6 +18,7 @@
 #include <cmath>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace OV::Test
 {
@@ -260,46 +263,86 @@ TEST_F(ShadowScene, FollowsVerticesThatAreMovedInPlace)
     }
 }
 
+struct RimCase
+{
+    bool orthographic;
+    bool soft;
+    Host::UpAxis up;
+    float height; ///< of the sun, against 1.06 along the ground
+};
+
+std::vector<RimCase> RimCases()
+{
+    std::vector<RimCase> cases;
+    for (const bool orthographic : {false, true})
+    {
+        for (const bool soft : {false, true})
+        {
+            for (const Host::UpAxis up : {Host::UpAxis::Y, Host::UpAxis::Z})
+            {
+                for (const float height : {0.25f, 0.35f, 0.6f, 1.0f})
+                {
+                    cases.push_back({orthographic, soft, up, height});
+                }
+            }
+        }
+    }
+    return cases;
+}
+
 // However flat light comes in, and however it runs across the pixels.
 TEST_F(ShadowScene, HasStraightRims)
 {
-    for (const bool orthographic : {false, true})
+    for (const RimCase& rim : RimCases())
     {
-        for (const float height : {0.25f, 0.35f, 0.6f, 1.0f})
+        const bool isZUp = rim.up == Host::UpAxis::Z;
+        SCOPED_TRACE(std::string(rim.orthographic ? "orthographic" : "perspective") + (rim.soft ? ", soft, " : ", hard, ")
+                     + (isZUp ? "z up, " : "y up, ") + std::to_string(rim.height));
+        FloorAndCube made = MakeFloorAndCube(0.0f);
+        // All of it is turned about what is up, for nothing to lie along an axis, and then laid down.
+        constexpr float half = 0.26f;
+        const auto turned = [&](const Vector& v) {
+            const Vector about(std::cos(2 * half) * v.x + std::sin(2 * half) * v.z, v.y,
+                               std::cos(2 * half) * v.z - std::sin(2 * half) * v.x);
+            return isZUp ? Vector(about.x, -about.z, about.y) : about;
+        };
+        Transform turn;
+        turn.SetRotation(Quaternion(0.0f, std::sin(half), 0.0f, std::cos(half)));
+        made.cube->SetLocal(turn);
+        made.floor->SetLocal(turn);
+        if (isZUp)
         {
-            for (const bool soft : {false, true})
-            {
-                SCOPED_TRACE(std::string(orthographic ? "orthographic" : "perspective") + (soft ? ", soft " : ", hard ")
-                             + std::to_string(height));
-                FloorAndCube made = MakeFloorAndCube(0.0f);
-                PresentationSettings settings = LookingDown();
-                settings.antialiasing = Antialiasing::None;
-                settings.sun->direction = Vector(1.0f, height, 0.37f);
-                settings.shadows->soft = soft;
-                settings.view.orthographic = orthographic;
-                // The shadow of the edge of the cube that lies along z, as large as it gets.
-                const Vector middle(-0.5f - 1.0f / height, 0.0f, -0.37f / height);
-                settings.view.eye = Vector(middle.x, 20.0f, middle.z);
-                settings.view.target = middle;
-                settings.view.fov = 3.0f;
-                const Picture picture = Draw(made, settings);
-                double least = 1e9;
-                double most = -1e9;
-                for (int y = kSize / 2 - 40; y < kSize / 2 + 40; ++y)
-                {
-                    double lit = 0.0;
-                    for (int x = 10; x < kSize - 10; ++x)
-                    {
-                        lit += (picture.At(x, y).r - 102.0) / 153.0;
-                    }
-                    least = std::min(least, lit);
-                    most = std::max(most, lit);
-                }
-                EXPECT_NEAR(least, 0.5 * kSize - 10, 1.5);
-                EXPECT_NEAR(most, 0.5 * kSize - 10, 1.5);
-                EXPECT_LT(most - least, 1.25);
-            }
+            turn.SetRotation(Quaternion(std::sqrt(0.5f), 0.0f, 0.0f, std::sqrt(0.5f)));
+            made.presentation->GetScene().GetRoot()->SetLocal(turn);
         }
+        made.presentation->Refresh();
+        PresentationSettings settings = LookingDown();
+        settings.sun->direction = turned(Vector(1.0f, rim.height, 0.37f));
+        settings.shadows->soft = rim.soft;
+        settings.view.orthographic = rim.orthographic;
+        settings.view.upAxis = rim.up;
+        settings.view.up = turned(settings.view.up);
+        // The shadow of the edge of the cube that lies across it, as large as it gets.
+        const Vector middle(-0.5f - 1.0f / rim.height, 0.0f, -0.37f / rim.height);
+        settings.view.eye = turned(Vector(middle.x, 20.0f, middle.z));
+        settings.view.target = turned(middle);
+        settings.view.fov = 3.0f;
+        const Picture picture = Draw(made, settings);
+        double least = 1e9;
+        double most = -1e9;
+        for (int y = kSize / 2 - 40; y < kSize / 2 + 40; ++y)
+        {
+            double lit = 0.0;
+            for (int x = 10; x < kSize - 10; ++x)
+            {
+                lit += (picture.At(x, y).r - 102.0) / 153.0;
+            }
+            least = std::min(least, lit);
+            most = std::max(most, lit);
+        }
+        EXPECT_NEAR(least, 0.5 * kSize - 10, 1.5);
+        EXPECT_NEAR(most, 0.5 * kSize - 10, 1.5);
+        EXPECT_LT(most - least, 1.25);
     }
 }
 
