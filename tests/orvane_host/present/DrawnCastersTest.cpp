@@ -60,14 +60,17 @@ public:
         }
         for (const Caster& caster : casters)
         {
-            drawn += caster.isGlass == m_isOfGlass && caster.footprint.Meets(area) ? 1 : 0;
+            if (caster.isGlass != m_isOfGlass || !caster.footprint.Meets(area))
+            {
+                continue;
+            }
+            ++drawn;
             for (int y = rect.low.y; y < rect.high.y; ++y)
             {
                 for (int x = rect.low.x; x < rect.high.x; ++x)
                 {
                     const glm::dvec2 middle = tile.area.from + glm::dvec2(x - tile.low.x, y - tile.low.y) + 0.5;
-                    if (caster.isGlass == m_isOfGlass && caster.footprint.Meets(area)
-                        && caster.footprint.Meets({middle, middle}))
+                    if (caster.footprint.Meets({middle, middle}))
                     {
                         At(x, y) = (At(x, y) + caster.number) * 0x9E3779B97F4A7C15u;
                     }
@@ -162,7 +165,7 @@ TEST_F(DrawnCastersTest, WhatChangesTouchesAllTexelsThatAreOthers)
     }
     Texels texels[2] = {Texels(false), Texels(true)};
     std::size_t partial = 0;
-    for (int step = 0; step < 500; ++step)
+    for (int step = 0; step < 200; ++step)
     {
         SCOPED_TRACE(step);
         Become();
@@ -187,7 +190,7 @@ TEST_F(DrawnCastersTest, WhatChangesTouchesAllTexelsThatAreOthers)
             Edit(dice);
         }
     }
-    EXPECT_EQ(partial, 499u) << "all but the first";
+    EXPECT_EQ(partial, 199u) << "all but the first";
 }
 
 TEST_F(DrawnCastersTest, WhatMovesTouchesLittle)
