@@ -6,6 +6,7 @@
 
 #include "orvane_host/present/PresentationRenderer.h"
 #include "orvane_host/present/detail/SunShare.h"
+#include "orvane/math/Quaternion.h"
 #include "orvane/math/Transform.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
@@ -14,6 +15,7 @@
 
 #include <GL/glew.h>
 
+#include <cmath>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -252,6 +254,61 @@ TEST_F(ShadowMoves, MapsAreThoseThatAreDrawnWholeWhateverMaterialsMove)
         };
         EXPECT_GT(ExpectTexelsOfWholeMaps(*watched[0], *watched[1], settings, edit, ++seed), 5);
     }
+}
+
+/// A cube whose corners are told from so far away that floats leave them by several texels of where they are.
+MeshNode& AddFarDescribed(FloorAndCube& made, float away)
+{
+    Scene& scene = made.presentation->GetScene();
+    auto raw = std::make_shared<RawMesh>(*made.cube->GetMeshes().front()->GetRawMesh());
+    for (Vector& position : raw->positions)
+    {
+        position.Add(position, Vector(away, 0, away));
+    }
+    raw->ComputeBBox();
+    auto* const mesh = new Mesh(raw, &scene);
+    made.cubeMaterial->AddMesh(mesh);
+    auto* const node = new MeshNode(&scene);
+    scene.GetRoot()->AddChild(node, false);
+    mesh->AddNode(node);
+    return *node;
+}
+
+TEST_F(ShadowMoves, MapsAreThoseThatAreDrawnWholeOfShapesFarFromTheirOrigin)
+{
+    constexpr float kAway = 4194304.0f;
+    FloorAndCube made[2] = {MakeFloorAndCube(1.0f), MakeFloorAndCube(1.0f)};
+    MeshNode* const nodes[2] = {&AddFarDescribed(made[0], kAway), &AddFarDescribed(made[1], kAway)};
+    const auto edit = [&](std::size_t which, Dice& dice) {
+        // Turned, so that what comes of the way there and back is no whole number.
+        const float angle = 0.5f * dice.Share();
+        Quaternion turn;
+        turn.w = std::cos(0.5f * angle);
+        turn.x = 0.0f;
+        turn.y = std::sin(0.5f * angle);
+        turn.z = 0.0f;
+        Transform place;
+        place.SetRotation(turn);
+        const auto& rows = place.GetTransf3d().m;
+        const double x = kAway * (rows[0][0] + rows[0][2]);
+        const double z = kAway * (rows[2][0] + rows[2][2]);
+        place.SetPosition(Vector(static_cast<float>(-x) + 2.0f * dice.Share(), 0.3f, static_cast<float>(-z) + 2.0f * dice.Share()));
+        nodes[which]->SetLocal(place);
+        nodes[which]->GetScene()->MarkDirty();
+    };
+    PresentationSettings settings = LookingDown();
+    settings.batches.use = BatchUse::Off;
+    Dice none(1);
+    edit(0, none);
+    Dice same(1);
+    edit(1, same);
+    for (FloorAndCube& each : made)
+    {
+        each.presentation->Refresh();
+    }
+    Watched partly(std::move(made[0].presentation));
+    Watched whole(std::move(made[1].presentation));
+    EXPECT_GT(ExpectTexelsOfWholeMaps(partly, whole, settings, edit, 5), 5);
 }
 
 /// A floor with small cubes on it, 6 each way, of which those of one row are of glass.
