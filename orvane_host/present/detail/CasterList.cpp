@@ -9,6 +9,7 @@
 #include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshES20.h"
 #include "orvane/renderdata/MeshStyleES20.h"
+#include "orvane/renderdata/SharedBuffer.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
@@ -49,7 +50,7 @@ void PrefetchCaster(const RenderItemES20* items)
     PrefetchLines(items[kForMesh].mesh, 2);
     const Mesh& mesh = *items[kForItsParts].mesh;
     PrefetchLines(mesh.GetRawMesh().get(), 3);
-    PrefetchLines(items[kForData].mesh->GetRenderData(), 1);
+    PrefetchLines(items[kForData].mesh->GetRenderData(), 2);
     const PointerSpan<MeshNode> nodes = mesh.EachNode();
     if (!nodes.empty())
     {
@@ -77,11 +78,14 @@ Fingerprint PrintOf(Fingerprint print, const RenderItemES20& item, const MeshNod
     const auto* const data = static_cast<const MeshES20*>(item.mesh->GetRenderData());
     const auto pair = [](std::uint64_t first, std::uint64_t second) { return first << 32 | (second & 0xFFFFFFFFu); };
     std::array<std::uint64_t, 24> words{};
-    words[0] = Fingerprint::WordOf(data);
+    // A mesh that was changed in place may come back at the address that it had, in a buffer with the name of the one
+    // before: that has another number, and no place in it is given twice.
+    words[0] = data->sharedBuffer ? data->sharedBuffer->GetNumber() : MeshES20::GetListingRevision();
     words[1] = pair(data->vertexBufferId, static_cast<std::uint32_t>(data->positionOffset));
-    words[2] = Fingerprint::WordOf(data->indexOffset);
+    words[2] = Fingerprint::WordOf(data->indexOffset) << 1 | (data->clippingPlaneEnabled ? 1u : 0u);
     if (const BatchES20* const batch = BatchOf(*item.mesh))
     {
+        words[0] = 0;
         words[3] = batch->GetRevision();
     }
     else if (const RawMesh* const raw = item.mesh->GetRawMesh().get())

@@ -237,8 +237,6 @@ void ShadowStage::FindPatch(const glm::dvec3& towardSun, glm::dvec3& low, glm::d
 std::uint64_t ShadowStage::FingerprintOf(const SunView& view) const
 {
     Fingerprint print;
-    // A mesh that was changed in place may come back with the buffer and the place that it had.
-    print.Add(MeshES20::GetListingRevision());
     print.Add(view.GetSize());
     print.Add(IsShortEnough(view));
     print.Add(m_hasGlass);

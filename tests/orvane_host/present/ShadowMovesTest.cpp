@@ -413,6 +413,43 @@ TEST_F(ShadowDraws, OfSomethingSmallThatMovesAreFew)
     EXPECT_EQ(DrawsOfFrame(cubes), resting) << "the floor under what is hidden, and one less for the eye";
 }
 
+TEST_F(ShadowDraws, OfAShapeThatIsDescribedAnewAreFew)
+{
+    const Cubes cubes = MakeCubes();
+    Scene& scene = cubes.presentation->GetScene();
+    const Mesh& cube = *cubes.At(2, 3).GetMeshes().front();
+    auto* const mesh = new Mesh(std::make_shared<RawMesh>(*cube.GetRawMesh()), &scene);
+    cube.GetMaterial()->AddMesh(mesh);
+    auto* const node = new MeshNode(&scene);
+    node->SetLocal(cubes.At(2, 3).GetLocal());
+    scene.GetRoot()->AddChild(node, false);
+    mesh->AddNode(node);
+    PresentationSettings settings = LookingDown();
+    settings.batches.use = BatchUse::Off;
+    Apply(*cubes.presentation, settings);
+    cubes.presentation->Refresh();
+    Draw(*cubes.presentation);
+    const std::size_t resting = DrawsOfFrame(cubes);
+    for (const float height : {1.4f, 1.3f})
+    {
+        RawMesh& raw = *mesh->GetRawMesh();
+        std::vector<Vector> positions = raw.positions;
+        std::vector<Vector> normals = raw.normals;
+        std::vector<unsigned short> indices = raw.indices;
+        for (Vector& position : positions)
+        {
+            position.y = position.y > 1.0f ? height : position.y;
+        }
+        raw.StartDescription();
+        raw.SetPositionBuffer(std::move(positions));
+        raw.SetNormalBuffer(std::move(normals));
+        raw.SetIndices(std::move(indices));
+        raw.EndDescription(true);
+        scene.MarkDirty();
+        EXPECT_EQ(DrawsOfFrame(cubes) - resting, 3u) << "itself, the cube in it and the floor";
+    }
+}
+
 TEST_F(ShadowDraws, OfSomethingSmallThatMovesAreFewBesideBatches)
 {
     const Cubes cubes = MakeCubes();
