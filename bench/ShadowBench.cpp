@@ -74,7 +74,8 @@ Hall MakeHall()
                     Vector(at, 2, 4.0f * static_cast<float>(j) - 14.0f));
         }
     }
-    hall.crate = &AddBody(*scene, wood, Host::Primitives::Box(Vector(-0.4f, 0, -0.4f), Vector(0.4f, 0.8f, 0.4f)), kCratePlace);
+    const auto crate = Host::Primitives::Box(Vector(-0.4f, 0, -0.4f), Vector(0.4f, 0.8f, 0.4f));
+    hall.crate = &AddBody(*scene, wood, crate, kCratePlace);
     return hall;
 }
 

@@ -335,6 +335,8 @@ void ShadowStage::DrawMap(PresentationFrame& frame, const SunView& view, bool gl
         for (const TexelRect& texels : FindTouchedTexels(tile, changed))
         {
             glScissor(texels.low.x, texels.low.y, texels.high.x - texels.low.x, texels.high.y - texels.low.y);
+            // Materials may have left them off.
+            glDepthMask(GL_TRUE);
             glClear(buffers);
             DrawTexels(frame, tile, texels, glass);
         }

@@ -140,7 +140,7 @@ protected:
         return partial;
     }
 
-    static constexpr int kSteps = 24;
+    static constexpr int kSteps = 16;
 };
 
 PresentationSettings FromOutside(bool orthographic)
@@ -292,7 +292,9 @@ TEST_F(ShadowMoves, MapsAreThoseThatAreDrawnWholeOfShapesFarFromTheirOrigin)
         const auto& rows = place.GetTransf3d().m;
         const double x = kAway * (rows[0][0] + rows[0][2]);
         const double z = kAway * (rows[2][0] + rows[2][2]);
-        place.SetPosition(Vector(static_cast<float>(-x) + 2.0f * dice.Share(), 0.3f, static_cast<float>(-z) + 2.0f * dice.Share()));
+        const float across = 2.0f * dice.Share();
+        const float along = 2.0f * dice.Share();
+        place.SetPosition(Vector(static_cast<float>(-x) + across, 0.3f, static_cast<float>(-z) + along));
         nodes[which]->SetLocal(place);
         nodes[which]->GetScene()->MarkDirty();
     };
