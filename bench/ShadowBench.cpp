@@ -12,8 +12,8 @@
 #include <utility>
 #include <vector>
 
-// Frames of a hall of columns with shadows, against the plain frame. What counts is the ratio with drawing: the map
-// stands, and looking it up is what is paid for.
+// Frames of a hall of columns with shadows, against the plain frame. What counts is the ratio with drawing: where nothing
+// moves the map stands, and looking it up is what is paid for. A crate that moves has the map about it drawn anew.
 namespace
 {
 
@@ -24,8 +24,9 @@ using Host::Look;
 constexpr int kWidth = 960;
 constexpr int kHeight = 540;
 constexpr int kColumns = 8; ///< each way
+constexpr int kSettled = 4;
 
-void AddBody(Scene& scene, Material& material, std::shared_ptr<RawMesh> raw, const Vector& position)
+MeshNode& AddBody(Scene& scene, Material& material, std::shared_ptr<RawMesh> raw, const Vector& position)
 {
     auto* const mesh = new Mesh(std::move(raw), &scene);
     material.AddMesh(mesh);
@@ -35,6 +36,7 @@ void AddBody(Scene& scene, Material& material, std::shared_ptr<RawMesh> raw, con
     node->SetLocal(place);
     scene.GetRoot()->AddChild(node, false);
     mesh->AddNode(node);
+    return *node;
 }
 
 Material& AddMaterial(Scene& scene, const char* name, const Color& color)
@@ -46,10 +48,19 @@ Material& AddMaterial(Scene& scene, const char* name, const Color& color)
     return *material;
 }
 
-/// 32 m each way and 4 m high, with beams as a roof that the sun shines through.
-std::unique_ptr<Scene> MakeHall()
+const Vector kCratePlace(-2, 0, 0);
+
+struct Hall
 {
-    auto scene = std::make_unique<Scene>();
+    std::unique_ptr<Scene> scene = std::make_unique<Scene>();
+    MeshNode* crate = nullptr;
+};
+
+/// 32 m each way and 4 m high, with beams as a roof that the sun shines through, and a crate between columns.
+Hall MakeHall()
+{
+    Hall hall;
+    std::unique_ptr<Scene>& scene = hall.scene;
     Material& stone = AddMaterial(*scene, "stone", Color(0.8f, 0.8f, 0.8f));
     Material& wood = AddMaterial(*scene, "wood", Color(0.7f, 0.5f, 0.3f));
     AddBody(*scene, stone, Host::Primitives::Box(Vector(-16, -0.3f, -16), Vector(16, 0, 16)), Vector());
@@ -63,7 +74,9 @@ std::unique_ptr<Scene> MakeHall()
                     Vector(at, 2, 4.0f * static_cast<float>(j) - 14.0f));
         }
     }
-    return scene;
+    const auto crate = Host::Primitives::Box(Vector(-0.4f, 0, -0.4f), Vector(0.4f, 0.8f, 0.4f));
+    hall.crate = &AddBody(*scene, wood, crate, kCratePlace);
+    return hall;
 }
 
 struct View
@@ -77,13 +90,28 @@ const View kViews[] = {
     {"inside", Vector(12, 1.7f, 13), Vector(-6, 1.6f, -4)},
 };
 
+struct Kind
+{
+    const char* name;
+    bool shadows = false;
+    bool soft = false;
+    bool moves = false; ///< the crate, in every frame
+};
+const Kind kKinds[] = {
+    {"none"},
+    {"hard", true},
+    {"soft", true, true},
+    {"moving hard", true, false, true},
+    {"moving soft", true, true, true},
+};
+
 class ShadowBench
 {
 public:
-    ShadowBench() : m_context(OpenContext(kWidth, kHeight)), m_hall(MakeHall(), {}) {}
+    ShadowBench() : ShadowBench(MakeHall()) {}
 
     /// Draws until all is made that the next frames take.
-    void Choose(const View& view, Look look, bool shadows, bool soft)
+    void Choose(const View& view, Look look, const Kind& kind)
     {
         Host::PresentationSettings settings;
         settings.look = look;
@@ -91,9 +119,9 @@ public:
         settings.view.eye = view.eye;
         settings.view.target = view.target;
         settings.sun.emplace().direction = Vector(0.5f, 0.8f, 0.4f);
-        if (shadows)
+        if (kind.shadows)
         {
-            settings.shadows.emplace().soft = soft;
+            settings.shadows.emplace().soft = kind.soft;
         }
         std::string error;
         if (!m_hall.Apply(settings, error))
@@ -101,25 +129,43 @@ public:
             std::fprintf(stderr, "%s\n", error.c_str());
             std::exit(1);
         }
-        Draw();
-        Draw();
+        m_moves = kind.moves;
+        for (int i = 0; i < kSettled; ++i)
+        {
+            Draw();
+        }
     }
 
     void Draw()
     {
+        if (m_moves)
+        {
+            Transform place;
+            place.SetPosition(Vector(kCratePlace.x + 0.02f * static_cast<float>(++m_step % 50), 0, kCratePlace.z));
+            m_crate->SetLocal(place);
+            m_hall.GetScene().MarkDirty();
+        }
         m_hall.Draw(kWidth, kHeight);
         m_context->Finish();
     }
 
 private:
+    explicit ShadowBench(Hall hall) :
+        m_context(OpenContext(kWidth, kHeight)), m_crate(hall.crate), m_hall(std::move(hall.scene), {})
+    {
+    }
+
     std::unique_ptr<Host::HeadlessContext> m_context;
+    MeshNode* m_crate; ///< the hall's
     Host::Presentation m_hall;
+    int m_step = 0;
+    bool m_moves = false;
 };
 
-void Measure(benchmark::State& state, const View& view, Look look, bool shadows, bool soft)
+void Measure(benchmark::State& state, const View& view, Look look, const Kind& kind)
 {
     static ShadowBench bench;
-    bench.Choose(view, look, shadows, soft);
+    bench.Choose(view, look, kind);
     Repeat(state, 1, [] { bench.Draw(); });
 }
 
@@ -133,11 +179,10 @@ int main(int argc, char** argv)
     {
         for (const auto& look : {std::pair("monotone", Look::Monotone), std::pair("advanced", Look::Advanced)})
         {
-            for (const char* const shadows : {"none", "hard", "soft"})
+            for (const Kind& kind : kKinds)
             {
-                const std::string kind = shadows;
-                const std::string name = std::string(view.name) + "/" + look.first + "/" + kind;
-                benchmark::RegisterBenchmark(name.c_str(), Measure, view, look.second, kind != "none", kind == "soft")
+                const std::string name = std::string(view.name) + "/" + look.first + "/" + kind.name;
+                benchmark::RegisterBenchmark(name.c_str(), Measure, view, look.second, kind)
                     ->Unit(benchmark::kMillisecond);
             }
         }

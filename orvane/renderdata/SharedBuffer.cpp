@@ -69,6 +69,8 @@ int AbsoluteOffset(int offset, std::int64_t base)
 
 } // namespace
 
+std::uint64_t SharedBuffer::s_lastNumber = 0;
+
 SharedBuffer::SharedBuffer(SharedBufferPool* owner) :
     pool(owner)
 {

@@ -49,6 +49,9 @@ public:
     /// nothing.
     void RemoveMesh(MeshES20* meshData);
 
+    /// Another for each buffer of the process: names that GL gives come again, and addresses too.
+    std::uint64_t GetNumber() const { return m_number; }
+
     WatchedPtr<SharedBufferPool> pool; ///< owner; reads null once it is gone
     unsigned int vertexBufferId = 0;
     unsigned int indexBufferId = 0;
@@ -73,6 +76,9 @@ private:
     /// Takes this buffer out of every pool that lists it as open.
     void Close();
 
+    static std::uint64_t s_lastNumber;
+
+    const std::uint64_t m_number = ++s_lastNumber;
     MeshFormatKey m_format;
     std::vector<SharedBufferPool*> m_listedBy; ///< the pools whose map holds this buffer
 };

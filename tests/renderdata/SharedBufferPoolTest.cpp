@@ -9,11 +9,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <memory>
 #include <optional>
 #include <random>
+#include <set>
 
 namespace OV::Test
 {
@@ -270,6 +272,20 @@ TEST_F(SharedBufferPoolTest, DifferentFormatsTakeDifferentBuffersUploadedInTheOr
     EXPECT_NE(allData->sharedBuffer, positionsData->sharedBuffer);
     pool.GenerateVBOs();
     EXPECT_LT(positionsData->vertexBufferId, allData->vertexBufferId);
+}
+
+TEST_F(SharedBufferPoolTest, NumbersOfBuffersDoNotComeAgain)
+{
+    std::set<std::uint64_t> numbers;
+    for (int i = 0; i < 8; ++i)
+    {
+        Mesh mesh(MakeNumbered({}, 3));
+        Mesh beside(MakeNumbered({}, 3));
+        const MeshES20* const data = Attach(mesh, pool);
+        EXPECT_EQ(Attach(beside, pool)->sharedBuffer->GetNumber(), data->sharedBuffer->GetNumber());
+        pool.GenerateVBOs();
+        EXPECT_TRUE(numbers.insert(data->sharedBuffer->GetNumber()).second);
+    }
 }
 
 TEST_F(SharedBufferPoolTest, UploadCallsGLOncePerBufferAndUnbinds)

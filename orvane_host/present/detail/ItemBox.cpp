@@ -6,6 +6,10 @@
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
 
+#include <glm/geometric.hpp>
+
+#include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <typeinfo>
 
@@ -31,6 +35,14 @@ CastBox BoxOf(const BatchES20& batch)
         box.halves[static_cast<std::size_t>(axis)][axis] = 0.5 * (high[axis] - low[axis]);
     }
     return box;
+}
+
+/// Of numbers that products and sums of several of that size are off by, some times over.
+constexpr double kRounding = 1.0 / (1 << 20);
+
+double Farthest(float low, float high)
+{
+    return std::max(std::abs(static_cast<double>(low)), std::abs(static_cast<double>(high)));
 }
 
 } // namespace
@@ -67,6 +79,27 @@ CastBox BoxOf(const Mesh& mesh, const MeshNode& node)
         }
     }
     return box;
+}
+
+double RoundingOf(const Mesh& mesh, const MeshNode& node)
+{
+    if (const BatchES20* const batch = BatchOf(mesh))
+    {
+        const WorldBox& box = batch->GetBox();
+        return kRounding * (Farthest(box.low.x, box.high.x) + Farthest(box.low.y, box.high.y)
+                            + Farthest(box.low.z, box.high.z));
+    }
+    Vector low;
+    Vector high;
+    mesh.GetBBox(low, high);
+    const glm::dvec3 farthest(Farthest(low.x, high.x), Farthest(low.y, high.y), Farthest(low.z, high.z));
+    const auto& rows = node.GetGlobal().GetTransf3d().m;
+    double sum = 0.0;
+    for (int axis = 0; axis < 3; ++axis)
+    {
+        sum += glm::length(glm::dvec3(rows[0][axis], rows[1][axis], rows[2][axis])) * farthest[axis];
+    }
+    return kRounding * sum;
 }
 
 } // namespace OV::Host::Detail

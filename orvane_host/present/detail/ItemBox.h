@@ -22,4 +22,8 @@ const BatchES20* BatchOf(const Mesh& mesh);
 /// @param mesh one that has render data.
 CastBox BoxOf(const Mesh& mesh, const MeshNode& node);
 
+/// How far beyond its box, in the world's units, a mesh may come to lie by numbers of GL, which are floats.
+/// @param mesh as for the box.
+double RoundingOf(const Mesh& mesh, const MeshNode& node);
+
 } // namespace OV::Host::Detail

@@ -9,20 +9,12 @@
 #include "orvane_host/present/detail/DrawIdKeeper.h"
 #include "orvane_host/present/detail/EffectInPlace.h"
 #include "orvane_host/present/detail/Effects.h"
-#include "orvane_host/present/detail/Batch.h"
 #include "orvane_host/present/detail/ItemBox.h"
-#include "orvane_host/present/detail/MaterialDataOf.h"
 #include "orvane_host/present/detail/SurfacePass.h"
-#include "orvane/math/Transform.h"
+#include "orvane_host/present/detail/TouchedTexels.h"
 #include "orvane/renderdata/CameraNodeES20.h"
-#include "orvane/renderdata/MaterialES20.h"
 #include "orvane/renderdata/MeshES20.h"
-#include "orvane/renderdata/MeshStyleES20.h"
 #include "orvane/scene/CameraNode.h"
-#include "orvane/scene/Material.h"
-#include "orvane/scene/Mesh.h"
-#include "orvane/scene/MeshNode.h"
-#include "orvane/scene/RawMesh.h"
 
 #include <GL/gl.h>
 #include <GL/glext.h>
@@ -32,11 +24,8 @@
 #include <glm/matrix.hpp>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
-#include <typeinfo>
 
 namespace OV::Host::Detail
 {
@@ -119,49 +108,6 @@ glm::dmat4 ToDouble(const Matrix& matrix)
     return glm::dmat4(glm::make_mat4(matrix.m));
 }
 
-/// How many casters ahead a mesh is asked for, and then what hangs on it.
-constexpr std::size_t kForMesh = 16;
-constexpr std::size_t kForItsParts = 8;
-constexpr std::size_t kForData = 4;
-
-template <class T>
-void PrefetchLines(const T* object, int lines)
-{
-    constexpr int line = 64;
-    for (int i = 0; i < lines; ++i)
-    {
-        __builtin_prefetch(reinterpret_cast<const char*>(object) + i * line);
-    }
-}
-
-/// Asks for what casters some places ahead read: listing them is waiting for memory before all else.
-void PrefetchCaster(const RenderItemES20* items)
-{
-    PrefetchLines(items[kForMesh].mesh, 2);
-    const Mesh& mesh = *items[kForItsParts].mesh;
-    PrefetchLines(mesh.GetRawMesh().get(), 3);
-    PrefetchLines(items[kForData].mesh->GetRenderData(), 1);
-    const PointerSpan<MeshNode> nodes = mesh.EachNode();
-    if (!nodes.empty())
-    {
-        PrefetchLines(nodes.front(), 1);
-        PrefetchLines(&nodes.front()->GetGlobal(), 3);
-    }
-}
-
-bool HasMeshData(const Mesh& mesh)
-{
-    const Object* const data = mesh.GetRenderData();
-    // The cast, which searches the classes, is for what derives.
-    return data && (typeid(*data) == typeid(MeshES20) || dynamic_cast<const MeshES20*>(data));
-}
-
-bool IsFinite(const CastBox& box)
-{
-    const glm::dvec3 sum = box.middle + box.halves[0] + box.halves[1] + box.halves[2];
-    return std::isfinite(sum.x + sum.y + sum.z);
-}
-
 } // namespace
 
 ShadowStage::~ShadowStage()
@@ -175,7 +121,7 @@ void ShadowStage::ReleaseGL()
     m_depth.Resize(0, 0);
     m_glass.Resize(0, 0);
     m_table.ReleaseGL();
-    m_drawn.reset();
+    m_drawn.Forget();
     m_inForce = false;
 }
 
@@ -193,7 +139,8 @@ void ShadowStage::Draw(PresentationFrame& frame)
         return;
     }
     const glm::dvec3 towardSun = ToDouble(*m_towardSun) / length;
-    ListCasters(frame);
+    m_casters.List(frame);
+    m_hasGlass = m_casters.HasGlass();
     const WholeView seen = SeenIn(frame);
     const std::optional<SunView> view = LayOut(frame, seen, towardSun);
     if (!view || !DrawMaps(frame, *view))
@@ -204,131 +151,6 @@ void ShadowStage::Draw(PresentationFrame& frame)
     SetValues(frame, seen, *view);
     BindMaps(frame);
     m_inForce = true;
-}
-
-void ShadowStage::ListCasters(const PresentationFrame& frame)
-{
-    m_casters.clear();
-    m_boxes.clear();
-    m_print = Fingerprint();
-    m_printed = nullptr;
-    m_hasGlass = false;
-    ListCasters(frame.items.all, 0, frame.items.firstLine);
-    ListCasters(frame.items.all, frame.items.firstAlpha, frame.items.all.size());
-}
-
-void ShadowStage::ListCasters(const std::vector<RenderItemES20>& items, std::size_t first, std::size_t end)
-{
-    Kind kind;
-    for (std::size_t i = first; i < end; ++i)
-    {
-        const RenderItemES20& item = items[i];
-        if (item.style != kind.style)
-        {
-            kind = KindOf(*item.style);
-        }
-        if (!kind.casts)
-        {
-            continue;
-        }
-        if (item.mesh)
-        {
-            ListCasters(item, kind);
-            continue;
-        }
-        m_meshes.clear();
-        StageAccess::ListMeshes(item, m_meshes);
-        for (std::size_t j = 0; j < m_meshes.size(); ++j)
-        {
-            if (j + kForMesh < m_meshes.size())
-            {
-                PrefetchCaster(&m_meshes[j]);
-            }
-            ListCasters(m_meshes[j], kind);
-        }
-    }
-}
-
-ShadowStage::Kind ShadowStage::KindOf(MeshStyleES20& style)
-{
-    const MaterialES20* const data = MaterialDataOf(style);
-    Material* const material = data ? data->GetMaterial() : nullptr;
-    Kind kind;
-    kind.style = &style;
-    kind.casts = material && style.GetShader(RenderPassDepthId) && (material->GetFlags() & MaterialFlagPoints) == 0;
-    kind.isGlass = kind.casts && material->IsTransparent();
-    return kind;
-}
-
-void ShadowStage::ListCasters(const RenderItemES20& item, const Kind& kind)
-{
-    if (item.specificNode)
-    {
-        AddCaster(item, *item.node, kind);
-        return;
-    }
-    const PointerSpan<MeshNode> nodes = item.mesh->EachNode();
-    for (MeshNode* node : nodes)
-    {
-        if ((node->GetFlags() & NodeFlagHasNodeMaterial) == 0)
-        {
-            AddCaster(nodes.size() == 1 ? item : RenderItemES20{item.mesh, item.style, true, node}, *node, kind);
-        }
-    }
-}
-
-void ShadowStage::AddCaster(const RenderItemES20& item, MeshNode& node, const Kind& kind)
-{
-    // What is out of the view casts into it all the same.
-    const bool isHidden = (node.GetFlags() & NodeFlagHidden) != 0 || !node.ReadyToDraw();
-    if (isHidden || !HasMeshData(*item.mesh))
-    {
-        return;
-    }
-    const CastBox box = BoxOf(*item.mesh, node);
-    if (!IsFinite(box))
-    {
-        return;
-    }
-    m_casters.push_back({item, &node, kind.isGlass});
-    m_boxes.push_back(box);
-    // While it is at hand: a large scene is bound by memory.
-    AddToPrint(item, node, box);
-    m_hasGlass = m_hasGlass || kind.isGlass;
-}
-
-void ShadowStage::AddToPrint(const RenderItemES20& item, const MeshNode& node, const CastBox& box)
-{
-    if (item.style != m_printed)
-    {
-        m_printed = item.style;
-        const auto* const material = static_cast<const MaterialES20*>(item.style);
-        m_print.Add(material->GetTextureID());
-        m_print.Add(material->GetOpacityMapID());
-        m_print.Add(material->GetUScale());
-        m_print.Add(material->GetVScale());
-        m_print.Add(material->GetMaterial()->GetOpacity());
-        m_print.Add(material->GetMaterial()->hasAlpha);
-    }
-    const auto* const data = static_cast<const MeshES20*>(item.mesh->GetRenderData());
-    const auto pair = [](std::uint64_t first, std::uint64_t second) { return first << 32 | (second & 0xFFFFFFFFu); };
-    std::array<std::uint64_t, 24> words{};
-    words[0] = Fingerprint::WordOf(data);
-    words[1] = pair(data->vertexBufferId, static_cast<std::uint32_t>(data->positionOffset));
-    words[2] = Fingerprint::WordOf(data->indexOffset);
-    if (const BatchES20* const batch = BatchOf(*item.mesh))
-    {
-        words[3] = batch->GetRevision();
-    }
-    else if (const RawMesh* const raw = item.mesh->GetRawMesh().get())
-    {
-        words[3] = Fingerprint::WordOf(raw->positions.data());
-        words[4] = pair(raw->positions.size(), raw->indices.size());
-    }
-    const auto& rows = node.GetGlobal().GetTransf3d().m;
-    std::memcpy(&words[5], rows, sizeof(rows));
-    std::memcpy(&words[21], glm::value_ptr(box.middle), 3 * sizeof(double));
-    m_print.AddAll(words);
 }
 
 WholeView ShadowStage::SeenIn(PresentationFrame& frame)
@@ -346,7 +168,8 @@ WholeView ShadowStage::SeenIn(PresentationFrame& frame)
 std::optional<SunView> ShadowStage::LayOut(const PresentationFrame& frame, const WholeView& seen,
                                            const glm::dvec3& towardSun)
 {
-    if (m_boxes.empty())
+    const std::vector<CastBox>& boxes = m_casters.GetBoxes();
+    if (boxes.empty())
     {
         return std::nullopt;
     }
@@ -361,16 +184,16 @@ std::optional<SunView> ShadowStage::LayOut(const PresentationFrame& frame, const
     request.texel = m_settings->soft ? kSoftTexel : kHardTexel;
     request.mostTexels = std::min(limit / 2, frame.part.ofPoster ? kMostTexelsOfPart : kMostTexels);
     request.mostParts = SunTable::IsSupported() ? SunView::MostTiles : 1;
-    request.low = m_boxes.front().middle;
-    request.high = m_boxes.front().middle;
-    for (const CastBox& box : m_boxes)
+    request.low = boxes.front().middle;
+    request.high = boxes.front().middle;
+    for (const CastBox& box : boxes)
     {
         const glm::dvec3 reach = glm::abs(box.halves[0]) + glm::abs(box.halves[1]) + glm::abs(box.halves[2]);
         request.low = glm::min(request.low, box.middle - reach);
         request.high = glm::max(request.high, box.middle + reach);
     }
     FindPatch(towardSun, request.low, request.high);
-    SunView view(request, m_boxes);
+    SunView view(request, boxes);
     return view.GetTiles().empty() ? std::nullopt : std::optional<SunView>(std::move(view));
 }
 
@@ -414,9 +237,10 @@ void ShadowStage::FindPatch(const glm::dvec3& towardSun, glm::dvec3& low, glm::d
 
 std::uint64_t ShadowStage::FingerprintOf(const SunView& view) const
 {
-    Fingerprint print = m_print;
-    // A mesh that was changed in place may come back with the buffer and the place that it had.
-    print.Add(MeshES20::GetListingRevision());
+    Fingerprint print;
+    print.Add(view.GetSize());
+    print.Add(IsShortEnough(view));
+    print.Add(m_hasGlass);
     for (const SunView::Tile& tile : view.GetTiles())
     {
         print.Add(tile.low);
@@ -424,6 +248,7 @@ std::uint64_t ShadowStage::FingerprintOf(const SunView& view) const
         std::for_each(glm::value_ptr(tile.toClip), glm::value_ptr(tile.toClip) + 16,
                       [&](double value) { print.Add(value); });
     }
+    print.Add(m_settings->clippedCasts);
     const std::vector<glm::vec3>& normals = EffectES20::GetClipPlaneNormals();
     for (std::size_t i = 0; i < normals.size() && !m_settings->clippedCasts; ++i)
     {
@@ -436,19 +261,13 @@ std::uint64_t ShadowStage::FingerprintOf(const SunView& view) const
     return print.Get();
 }
 
-bool ShadowStage::DrawMaps(PresentationFrame& frame, const SunView& view)
+bool ShadowStage::MakeMaps(const SunView& view)
 {
-    if (!m_effect)
-    {
-        m_effect = new CasterEffect;
-    }
     const glm::ivec2 size = view.GetSize();
-    const std::uint64_t print = FingerprintOf(view);
-    const bool isDrawn = m_drawn == print;
-    m_drawn.reset();
     m_depth.SetDepths(IsShortEnough(view) ? ScreenBuffer::Depths::Short : ScreenBuffer::Depths::Finest);
     if (!m_depth.Resize(size.x, size.y))
     {
+        m_drawn.Forget();
         return false;
     }
     if (!m_hasGlass || !m_glass.Resize(size.x, size.y))
@@ -456,42 +275,87 @@ bool ShadowStage::DrawMaps(PresentationFrame& frame, const SunView& view)
         m_hasGlass = false;
         m_glass.Resize(0, 0);
     }
-    m_drawn = print;
-    if (isDrawn)
+    return true;
+}
+
+bool ShadowStage::DrawMaps(PresentationFrame& frame, const SunView& view)
+{
+    if (!MakeMaps(view))
+    {
+        return false;
+    }
+    const std::uint64_t layout = FingerprintOf(view);
+    if (m_drawn.AreThose(layout, m_casters.GetPrints()))
     {
         return true;
     }
+    m_drawn.Become(layout, m_casters.GetPrints(), [&](std::size_t i) {
+        const CasterList::Caster& caster = m_casters.GetCasters()[i];
+        SunView::Footprint footprint = view.FootprintOf(m_casters.GetBoxes()[i]);
+        const double rounding = RoundingOf(*caster.item.mesh, *caster.node);
+        footprint.from -= rounding;
+        footprint.to += rounding;
+        return footprint;
+    });
+    if (!m_effect)
+    {
+        m_effect = new CasterEffect;
+    }
+    m_effect->Clip(!m_settings->clippedCasts);
     const OffscreenScope offscreen(frame);
     const PartScope parts;
-    m_effect->Clip(!m_settings->clippedCasts);
-    for (const bool glass : {false, true})
+    DrawMap(frame, view, false);
+    if (m_hasGlass)
     {
-        if (glass && !m_hasGlass)
-        {
-            continue;
-        }
-        glDisable(GL_SCISSOR_TEST);
-        glClearColor(1.0f, 1.0f, 1.0f, 1.0f);
-        RenderTarget& target = (glass ? m_glass : m_depth).GetTarget();
-        target.BeginCapture(glass ? GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT : GL_DEPTH_BUFFER_BIT);
-        glEnable(GL_SCISSOR_TEST);
-        for (const SunView::Tile& tile : view.GetTiles())
-        {
-            DrawPart(frame, view, tile, glass);
-        }
-        target.EndCapture();
+        DrawMap(frame, view, true);
     }
     return true;
 }
 
-void ShadowStage::DrawPart(PresentationFrame& frame, const SunView& view, const SunView::Tile& tile, bool glass)
+void ShadowStage::DrawMap(PresentationFrame& frame, const SunView& view, bool glass)
+{
+    const bool isWhole = m_drawn.HasAllChanged();
+    const std::vector<SunView::Footprint>& changed = m_drawn.GetChanged(glass);
+    if (!isWhole && changed.empty())
+    {
+        return;
+    }
+    const GLbitfield buffers = glass ? GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT : GL_DEPTH_BUFFER_BIT;
+    glDisable(GL_SCISSOR_TEST);
+    glClearColor(1.0f, 1.0f, 1.0f, 1.0f);
+    RenderTarget& target = (glass ? m_glass : m_depth).GetTarget();
+    target.BeginCapture(isWhole ? buffers : 0u);
+    glEnable(GL_SCISSOR_TEST);
+    for (const SunView::Tile& tile : view.GetTiles())
+    {
+        if (isWhole)
+        {
+            DrawTexels(frame, tile, {tile.low, tile.high}, glass);
+            continue;
+        }
+        for (const TexelRect& texels : FindTouchedTexels(tile, changed))
+        {
+            glScissor(texels.low.x, texels.low.y, texels.high.x - texels.low.x, texels.high.y - texels.low.y);
+            // Materials may have left them off.
+            glDepthMask(GL_TRUE);
+            glClear(buffers);
+            DrawTexels(frame, tile, texels, glass);
+        }
+    }
+    target.EndCapture();
+}
+
+void ShadowStage::DrawTexels(PresentationFrame& frame, const SunView::Tile& tile, const TexelRect& texels, bool glass)
 {
     m_items.clear();
-    for (std::size_t i = 0; i < m_casters.size(); ++i)
+    const SunView::Footprint area = FootprintAbout(tile, texels);
+    const std::vector<SunView::Footprint>& footprints = m_drawn.GetFootprints();
+    const std::vector<CasterList::Caster>& casters = m_casters.GetCasters();
+    for (std::size_t i = 0; i < casters.size(); ++i)
     {
-        if (m_casters[i].isGlass == glass && view.Casts(m_boxes[i], tile))
+        if (casters[i].isGlass == glass && footprints[i].Meets(area))
         {
-            m_items.push_back(m_casters[i].item);
+            m_items.push_back(casters[i].item);
         }
     }
     if (m_items.empty())
@@ -500,7 +364,7 @@ void ShadowStage::DrawPart(PresentationFrame& frame, const SunView& view, const 
     }
     const glm::ivec2 size = tile.high - tile.low;
     glViewport(tile.low.x, tile.low.y, size.x, size.y);
-    glScissor(tile.low.x, tile.low.y, size.x, size.y);
+    glScissor(texels.low.x, texels.low.y, texels.high.x - texels.low.x, texels.high.y - texels.low.y);
     m_effect->SetView(tile.toClip);
     m_effect->DrawGlass(glass);
     const auto draw = [&] {

@@ -2,7 +2,8 @@
 
 #include "orvane_host/present/PresentationStage.h"
 #include "orvane_host/present/ShadowSettings.h"
-#include "orvane_host/present/detail/Fingerprint.h"
+#include "orvane_host/present/detail/CasterList.h"
+#include "orvane_host/present/detail/DrawnCasters.h"
 #include "orvane_host/present/detail/ScreenBuffer.h"
 #include "orvane_host/present/detail/SunShare.h"
 #include "orvane_host/present/detail/SunTable.h"
@@ -12,7 +13,6 @@
 
 #include <glm/mat4x4.hpp>
 
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -21,8 +21,6 @@ namespace OV
 {
 
 class LightShare;
-class MeshNode;
-class MeshStyleES20;
 
 } // namespace OV
 
@@ -30,13 +28,14 @@ namespace OV::Host::Detail
 {
 
 class CasterEffect;
+struct TexelRect;
 struct WholeView;
 
 /// What the sun sees of the surfaces of a frame, and from it the share of its light that reaches
 /// each fragment of the looks.
 ///
-/// Everything is listed anew each frame, and what the sun sees is drawn anew where anything of it is
-/// not as it was: a picture follows from its scene alone.
+/// Everything is listed anew each frame, and of what the sun sees those texels are drawn anew that something else
+/// casts into than before: a picture follows from its scene alone.
 class ShadowStage final : public PresentationStage
 {
 public:
@@ -85,35 +84,16 @@ public:
     void ReleaseGL() override;
 
 private:
-    struct Caster
-    {
-        /// At the node alone, or of a mesh that stands nowhere else.
-        RenderItemES20 item;
-        MeshNode* node = nullptr;
-        bool isGlass = false;
-    };
-
-    /// What casters of one style have in common.
-    struct Kind
-    {
-        const MeshStyleES20* style = nullptr;
-        bool casts = false;
-        bool isGlass = false;
-    };
-
-    void ListCasters(const PresentationFrame& frame);
-    void ListCasters(const std::vector<RenderItemES20>& items, std::size_t first, std::size_t end);
-    void ListCasters(const RenderItemES20& item, const Kind& kind);
-    void AddCaster(const RenderItemES20& item, MeshNode& node, const Kind& kind);
-    static Kind KindOf(MeshStyleES20& style);
-    void AddToPrint(const RenderItemES20& item, const MeshNode& node, const CastBox& box);
     /// What shadows are laid out for: all of the picture, or a part of one that is too large for it.
     static WholeView SeenIn(PresentationFrame& frame);
     std::optional<SunView> LayOut(const PresentationFrame& frame, const WholeView& seen, const glm::dvec3& towardSun);
     void FindPatch(const glm::dvec3& towardSun, glm::dvec3& low, glm::dvec3& high);
+    /// Of all that the maps depend on but the casters.
     std::uint64_t FingerprintOf(const SunView& view) const;
+    bool MakeMaps(const SunView& view);
     bool DrawMaps(PresentationFrame& frame, const SunView& view);
-    void DrawPart(PresentationFrame& frame, const SunView& view, const SunView::Tile& tile, bool glass);
+    void DrawMap(PresentationFrame& frame, const SunView& view, bool glass);
+    void DrawTexels(PresentationFrame& frame, const SunView::Tile& tile, const TexelRect& texels, bool glass);
     void SetValues(const PresentationFrame& frame, const WholeView& seen, const SunView& view);
     void BindMaps(PresentationFrame& frame);
 
@@ -131,14 +111,10 @@ private:
     ScreenBuffer m_depth{RenderTargetProfileDepth};
     ScreenBuffer m_glass{RenderTargetProfileColorDepth};
     SunTable m_table;
-    std::optional<std::uint64_t> m_drawn; ///< fingerprint of what is in the maps
+    DrawnCasters m_drawn; ///< what is in the maps
 
     // Of the frame.
-    std::vector<Caster> m_casters;
-    std::vector<CastBox> m_boxes; ///< of the casters, in their order
-    Fingerprint m_print;          ///< of the casters
-    const MeshStyleES20* m_printed = nullptr; ///< the last style in it
-    std::vector<RenderItemES20> m_meshes;     ///< of a material that is listed as a whole
+    CasterList m_casters;
     std::vector<RenderItemES20> m_items;
 };
 

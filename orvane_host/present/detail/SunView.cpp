@@ -409,8 +409,8 @@ SunView::Tile SunView::MakeTile(const glm::ivec2& place, const Area& area) const
         const int texels = area.size[axis];
         const double first = (std::floor(area.from[axis] / size) - kMargin) * size;
         tile.step[axis] = size / range;
-        tile.from[axis] = first;
-        tile.to[axis] = first + texels * size;
+        tile.area.from[axis] = first;
+        tile.area.to[axis] = first + texels * size;
         const glm::dvec3& direction = m_axes[static_cast<std::size_t>(axis)];
         for (int column = 0; column < 3; ++column)
         {
@@ -431,8 +431,9 @@ SunView::Tile SunView::MakeTile(const glm::ivec2& place, const Area& area) const
     return tile;
 }
 
-bool SunView::Casts(const CastBox& box, const Tile& tile) const
+SunView::Footprint SunView::FootprintOf(const CastBox& box) const
 {
+    Footprint footprint;
     for (int axis = 0; axis < 2; ++axis)
     {
         const glm::dvec3& direction = m_axes[static_cast<std::size_t>(axis)];
@@ -442,12 +443,10 @@ bool SunView::Casts(const CastBox& box, const Tile& tile) const
         {
             reach += std::abs(glm::dot(direction, half));
         }
-        if (middle + reach < tile.from[axis] || middle - reach > tile.to[axis])
-        {
-            return false;
-        }
+        footprint.from[axis] = middle - reach;
+        footprint.to[axis] = middle + reach;
     }
-    return true;
+    return footprint;
 }
 
 } // namespace OV::Host::Detail

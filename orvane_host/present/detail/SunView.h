@@ -32,6 +32,18 @@ class SunView
 public:
     static constexpr int MostTiles = 8;
 
+    /// Where a box casts: a rectangle across the light, in the world's units.
+    struct Footprint
+    {
+        glm::dvec2 from{0.0};
+        glm::dvec2 to{0.0};
+
+        bool Meets(const Footprint& other) const
+        {
+            return from.x <= other.to.x && from.y <= other.to.y && other.from.x <= to.x && other.from.y <= to.y;
+        }
+    };
+
     /// What of the world a part of the map is of.
     struct Tile
     {
@@ -45,9 +57,8 @@ public:
         glm::ivec2 high{0};
         /// Edges of a texel, in lengths along the light.
         glm::dvec2 step{0.0};
-        /// Across the light, in the world's units: whatever lies outside casts nothing into it.
-        glm::dvec2 from{0.0};
-        glm::dvec2 to{0.0};
+        /// Whatever casts outside casts nothing into it.
+        Footprint area;
     };
 
     /// Which part a distance from the eye is of: `perOctave` times its logarithm to the base 2, and `atOne`, rounded
@@ -84,8 +95,8 @@ public:
     /// Texels of the map; 0 without parts.
     glm::ivec2 GetSize() const { return m_size; }
 
-    /// Whether a box casts anything into a part.
-    bool Casts(const CastBox& box, const Tile& tile) const;
+    Footprint FootprintOf(const CastBox& box) const;
+
 
     /// World space to a length along the light: toward the sun, nothing casts from farther off than that. It ends at
     /// that pair of faces of the box about all casters that light takes the shortest way between.

@@ -354,10 +354,11 @@ TEST(SunView, LeavesOutWhatCastsNothingIntoAPart)
     const Site site(20.0);
     const SunView view = site.See({30, 20, 30}, {0, 0, 0});
     const SunView::Tile& tile = view.GetTiles().front();
-    EXPECT_TRUE(view.Casts(site.boxes[1], tile));
-    EXPECT_FALSE(view.Casts(BoxAt({100, 0, 0}, {1, 1, 1}), tile));
+    EXPECT_TRUE(view.FootprintOf(site.boxes[1]).Meets(tile.area));
+    EXPECT_FALSE(view.FootprintOf(BoxAt({100, 0, 0}, {1, 1, 1})).Meets(tile.area));
     // However far towards the sun.
-    EXPECT_TRUE(view.Casts(BoxAt(1000.0 * glm::normalize(glm::dvec3(0.4, 0.5, 0.3)), {1, 1, 1}), tile));
+    const CastBox far = BoxAt(1000.0 * glm::normalize(glm::dvec3(0.4, 0.5, 0.3)), {1, 1, 1});
+    EXPECT_TRUE(view.FootprintOf(far).Meets(tile.area));
 }
 
 TEST(SunView, IsEmptyWhereNothingCastsOrNothingIsSeen)
