@@ -233,18 +233,23 @@ protected:
 
     /// Sets a uniform of the program in use by one of ShaderProgram::SetUniform, if the program
     /// has it. From UseOptions to EndUse a value that it holds already is not sent again.
-    template <class... Values>
-    void Set(int index, const Values&... values)
+    template <class Value>
+    void Set(int index, const Value& value)
     {
-        if (!Has(index))
+        // Not from a copy: read in other words than it has just been written in, the processor waits for it.
+        if (Has(index) && !Holds<sizeof(Value)>(index, &value))
         {
-            return;
+            SetAnew(index, &value, sizeof(value), value);
         }
-        const std::common_type_t<Values...> row[] = {values...};
-        if (!Holds<sizeof(row)>(index, row))
+    }
+
+    template <class First, class... Values>
+    void Set(int index, const First& first, const Values&... values)
+    {
+        const std::common_type_t<First, Values...> row[] = {first, values...};
+        if (Has(index) && !Holds<sizeof(row)>(index, row))
         {
-            m_current->SetUniform(index, values...);
-            Keep(index, row, sizeof(row));
+            SetAnew(index, row, sizeof(row), first, values...);
         }
     }
 
@@ -392,6 +397,15 @@ private:
     bool Holds(int index, const void* value) const
     {
         return ShaderProgram::s_fed == m_current && m_current->m_known.template Holds<Bytes>(index, value);
+    }
+
+    /// Apart from where effects set what mostly is held: what a material takes of their code and the driver's hardly
+    /// fits into the processor's first level.
+    template <class... Values>
+    [[gnu::cold, gnu::noinline]] void SetAnew(int index, const void* row, std::size_t bytes, const Values&... values)
+    {
+        m_current->SetUniform(index, values...);
+        Keep(index, row, bytes);
     }
 
     void Keep(int index, const void* value, std::size_t bytes)

@@ -224,7 +224,10 @@ void MaterialES20::ListMeshes(std::vector<RenderItemES20>& items)
     }
     for (const detail::PlainDraw& listed : m_list.items)
     {
-        items.push_back({listed.mesh, this, false, nullptr});
+        // In place: copied right after it was made, the processor would wait for it.
+        RenderItemES20& item = items.emplace_back();
+        item.mesh = listed.mesh;
+        item.style = this;
     }
 }
 

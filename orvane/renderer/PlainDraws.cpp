@@ -72,7 +72,7 @@ void PlainDraws::Begin(MeshStyleES20* style, RenderPass pass)
         return;
     }
     auto* const material = static_cast<MaterialES20*>(style);
-    EffectES20* const effect = material->GetShader(pass);
+    EffectES20* const effect = material->MaterialES20::GetShader(pass);
     constexpr unsigned int special = MaterialFlagAlwaysPass | MaterialFlagPoints;
     const DrawBy drawBy = effect && material->currentEffect == effect ? WayOf(*effect) : nullptr;
     if (drawBy && (material->material->GetFlags() & special) == 0)
@@ -80,13 +80,14 @@ void PlainDraws::Begin(MeshStyleES20* style, RenderPass pass)
         m_material = material;
         m_effect = effect;
         m_drawBy = drawBy;
-        m_followsList = material->ListHolds();
+        m_followsList = true;
     }
 }
 
 std::size_t PlainDraws::Draw(const RenderItemES20* items, const RenderItemES20* end)
 {
-    if (!m_followsList || !m_material->ListHolds())
+    m_followsList = m_followsList && m_material->ListHolds();
+    if (!m_followsList)
     {
         return 0;
     }

@@ -114,17 +114,19 @@ void Renderer20::PrepareWholeMaterials(const std::vector<Material*>& materials, 
     wholes.resize(materials.size());
     const auto isKept = [&](const Material* material, std::size_t place)
     { return holds && wholes[place].data && wholes[place].material == material; };
+    // Written in place: copied right after it was made, the processor would wait for it.
+    const auto listKept = [&](std::size_t place) { items.emplace_back().style = wholes[place].data; };
     // A large scene is bound by memory: where nothing has changed, no material is looked at.
     std::size_t first = 0;
     for (; first < wholes.size() && isKept(materials[first], first); ++first)
     {
-        items.push_back({nullptr, wholes[first].data, false, nullptr});
+        listKept(first);
     }
     const auto prepare = [&](Material* material, std::size_t place)
     {
         if (isKept(material, place) && WholeList::CurrentRevision() == revision)
         {
-            items.push_back({nullptr, wholes[place].data, false, nullptr});
+            listKept(place);
             return;
         }
         const std::size_t before = items.size();

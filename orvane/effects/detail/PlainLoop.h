@@ -93,8 +93,10 @@ private:
         OV_GL_CHECKPOINT();
 
         // Where others have drawn since Apply, nothing is known of the program.
-        const bool canRepeat = m_effect.CanRepeat() && RepeatedUniform::AreFollowed(m_effect.m_current);
-        const PlainPointers pointers = m_effect.PointersOf(streams);
+        const bool isAlone = end - draw == 1; // as in materials of one mesh, which may be many
+        const bool canRepeat =
+            !isAlone && m_effect.CanRepeat() && RepeatedUniform::AreFollowed(m_effect.m_current);
+        const PlainPointers pointers = canRepeat ? m_effect.PointersOf(streams) : PlainPointers();
         bool isFirstNode = true;
         // Not made for a mesh that is alone.
         std::optional<typename Effect::NodeUniforms> uniforms;
