@@ -97,7 +97,6 @@ public:
 
     Footprint FootprintOf(const CastBox& box) const;
 
-
     /// World space to a length along the light: toward the sun, nothing casts from farther off than that. It ends at
     /// that pair of faces of the box about all casters that light takes the shortest way between.
     const glm::dvec4& GetReach() const { return m_reach; }
