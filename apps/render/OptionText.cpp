@@ -43,6 +43,11 @@ CLI::ValidationError Bad(const std::string& option, const std::string& text, con
     return CLI::ValidationError(option, "'" + text + "' is not " + expectation);
 }
 
+std::string NumberTrouble(const std::string& text)
+{
+    return text.empty() ? "'' is not a number" : std::string();
+}
+
 std::vector<std::string> Split(const std::string& text, char separator)
 {
     return CLI::detail::split(text, separator);

@@ -31,6 +31,9 @@ std::optional<Number> ParseNumber(std::string_view text, Base... base)
     return result.ec == std::errc() && result.ptr == end ? std::optional<Number>(number) : std::nullopt;
 }
 
+/// A check of an option of a number that may be left out, which takes no text at all for 0.
+std::string NumberTrouble(const std::string& text);
+
 std::vector<std::string> Split(const std::string& text, char separator);
 
 /// Reads finite numbers between commas, as many as are wanted.

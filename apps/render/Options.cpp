@@ -163,7 +163,7 @@ void DefinePictureOptions(CLI::App& app, Options& options, Texts& texts)
         ->option_text("NAME")->group(group);
     app.add_option("--samples", options.settings.samples, "Samples a pixel of msaa, 0 for hard edges; if left out 4,\n"
                                                  "or 0 where GL has none")
-        ->option_text("N")->group(group);
+        ->option_text("N")->check(NumberTrouble)->group(group);
     app.add_option("--batches", texts.batches, "Whether what stands still is drawn together, in few\n"
                                                "calls: on, off, or auto, where there is much of it;\n"
                                                "auto if left out")
@@ -232,7 +232,7 @@ void DefineSheetOptions(CLI::App& app, Options& options)
         ->group(group);
     app.add_option("--north", options.settings.sheet.north, "Draw an arrow to the north, which is so many degrees\n"
                                              "clockwise from the top of the picture")
-        ->option_text("DEG")->group(group);
+        ->option_text("DEG")->check(NumberTrouble)->group(group);
     app.add_option("--watermark", options.settings.sheet.watermark, "Picture in the middle behind the model, in place of --sky")
         ->option_text("FILE.png")->group(group);
 }

@@ -79,7 +79,7 @@ void DefinePrintOptions(CLI::App& app, PrintTexts& texts, CLI::Option& size, Opt
     app.add_flag("--portrait", texts.portrait, "Paper that stands; it lies if left out")->needs(paper)->group(group);
     app.add_option("--dpi", texts.dpi, "Pixels an inch, written to the file; 300 with --paper\n"
                                        "if left out")
-        ->option_text("N")->group(group);
+        ->option_text("N")->check(NumberTrouble)->group(group);
     app.add_option("--scale", texts.scale, "Draw without perspective and so large that a length on\n"
                                            "paper stands for so many in the world; with --paper or\n"
                                            "--dpi. A model without a unit counts in metres")

@@ -62,6 +62,10 @@ std::string RemedyFor(Host::BlankReason reason)
     case Host::BlankReason::InFog: return "move the end of --fog farther away";
     case Host::BlankReason::BackgroundColor: return "ask for another --background or for --lines";
     case Host::BlankReason::AllHidden: return "show some of it";
+    case Host::BlankReason::TooTiny: return "scale it up";
+    case Host::BlankReason::TooFarAway: return "move it to the origin";
+    case Host::BlankReason::FarApart: return "look for parts of it that went astray";
+    case Host::BlankReason::NotFinite:
     case Host::BlankReason::EmptyModel:
     case Host::BlankReason::NotBlank: break;
     }
@@ -131,6 +135,7 @@ Host::ImportResult RenderJob::Read(std::size_t index) const
     Host::ImportOptions importOptions;
     importOptions.orderCoplanar = !m_options.keepsCoplanar;
     importOptions.showBacks = !m_options.settings.cullBacks || !m_options.settings.section.planes.empty();
+    importOptions.bringsWithinReach = m_options.besides.empty();
     importOptions.progress = [&bar](float percent)
     {
         bar.Show(percent);

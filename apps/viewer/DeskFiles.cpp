@@ -59,9 +59,14 @@ void Desk::BeginOpening()
     {
         return;
     }
+    m_opened = m_queue.front();
+    m_queue.pop_front();
     Host::ImportOptions options;
     // A person may ask for backs, and for clip planes, after the model has come.
     options.showBacks = true;
+    const bool staysAlone = m_opened.opening == Opening::Again ? GetPaths().size() < 2
+                                                               : m_opened.opening == Opening::InPlace && m_queue.empty();
+    options.bringsWithinReach = staysAlone;
     options.progress = [wake = m_wake](float)
     {
         wake();
@@ -72,8 +77,6 @@ void Desk::BeginOpening()
     // so in that one for ever.
     options.isolate = false;
 #endif
-    m_opened = m_queue.front();
-    m_queue.pop_front();
     m_opened.stamp = StampOf(m_opened.path);
     m_loading = std::make_unique<Host::ModelLoading>(m_opened.path, options);
 }

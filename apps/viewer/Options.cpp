@@ -49,7 +49,7 @@ Command ParseCommandLine(int argc, const char* const* argv)
     app.add_option("MODEL", options.models, "Model file to open; several stand beside each other");
     app.add_option("--size", size, "Of the window, in points; 1280x800 unless told otherwise")->option_text("WxH");
     app.add_option("--scale", options.scale, "Pixels per point, 0.5 to 8, in place of what the screen tells")
-        ->option_text("N")->check(CLI::Range(0.5f, 8.0f));
+        ->option_text("N");
     app.add_option("--settings", options.settings, "Start with the settings of a JSON file")->option_text("FILE");
     app.add_option("--script", options.script, "Do what a file says, one action a line")->option_text("FILE");
     app.add_flag("--help-script", helpScript, "List the actions of a script");
@@ -58,7 +58,12 @@ Command ParseCommandLine(int argc, const char* const* argv)
     try
     {
         app.parse(argc, argv);
-        if (!size.empty() && !ParseSize(size, options.width, options.height))
+        // Written so that what is not a number fails.
+        if (app.count("--scale") > 0 && !(options.scale >= 0.5f && options.scale <= 8.0f))
+        {
+            throw CLI::ValidationError("--scale", "a scale is 0.5 to 8 pixels per point");
+        }
+        if (app.count("--size") > 0 && !ParseSize(size, options.width, options.height))
         {
             throw CLI::ValidationError("--size", "'" + size + "' is not a size WxH from 1x1 to 16384x16384");
         }

@@ -65,6 +65,13 @@ std::string Printable(const std::string& text)
         }
         i += length;
     }
+    return result;
+}
+
+/// The same without a full stop at the end, or several.
+std::string Clause(const std::string& text)
+{
+    const std::string result = Printable(text);
     const std::size_t last = result.find_last_not_of(" .");
     return result.substr(0, last == std::string::npos ? 0 : last + 1);
 }
@@ -73,7 +80,7 @@ std::string Printable(const std::string& text)
 
 std::string ImportError::Line() const
 {
-    return Printable(file) + ": cannot be imported: " + Printable(reason) + ". " + Printable(remedy) + ".";
+    return Printable(file) + ": cannot be imported: " + Clause(reason) + ". " + Clause(remedy) + ".";
 }
 
 } // namespace OV::Host

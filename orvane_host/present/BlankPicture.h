@@ -17,6 +17,10 @@ enum class BlankReason
     OnlyBacks,       ///< faces turn their backs to the eye, which are left out
     TooSmall,        ///< what is in the view covers no pixel
     InFog,           ///< farther away than the fog lets through
+    TooTiny,         ///< the model is too small for the numbers of a camera
+    TooFarAway,      ///< the model is so far from the origin that its places come together
+    FarApart,        ///< the model reaches over so much that no part of it covers a pixel
+    NotFinite,       ///< no place of the model is a number that a camera can hold
     BackgroundColor, ///< what is seen has the colour of the background, or none
 };
 

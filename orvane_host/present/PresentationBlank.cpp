@@ -65,6 +65,10 @@ std::string BlankPicture::Line() const
         return "the eye is inside " + (node.empty() ? "the model" : "'" + node + "'") + " and sees only backs of faces, which are not drawn";
     case BlankReason::OnlyBacks: return "only backs of faces are in the view, and they are not drawn";
     case BlankReason::TooSmall: return "the model covers no pixel of the view";
+    case BlankReason::TooTiny: return "the model is too small for any camera";
+    case BlankReason::TooFarAway: return "the model is so far from the origin that its points come together";
+    case BlankReason::FarApart: return "parts of the model are so far apart that none covers a pixel";
+    case BlankReason::NotFinite: return "the places of the model are no numbers that can be drawn";
     case BlankReason::InFog: return "the fog hides all that is in the view";
     case BlankReason::BackgroundColor: return "what is in the view has the colour of the background";
     case BlankReason::NotBlank: break;
@@ -105,7 +109,8 @@ BlankPicture Presentation::Impl::FindBlank(const PictureOptions& options)
     if (WriteUnkept(reduced, facts) && IsBlank(options, facts))
     {
         found = ExplainBlank(small);
-        const bool isUnexplained = found.reason == BlankReason::TooSmall || found.reason == BlankReason::OutOfView;
+        const bool isUnexplained = found.reason == BlankReason::TooSmall || found.reason == BlankReason::FarApart
+            || found.reason == BlankReason::OutOfView;
         if (isUnexplained && StandsOut(reduced))
         {
             found.reason = BlankReason::BackgroundColor;
@@ -143,7 +148,9 @@ BlankPicture Presentation::Impl::ExplainBlank(const PixelSize& size)
     const auto isOfModel = [this](const MeshNode&, const Mesh& mesh) { return IsOfModel(mesh); };
     if (Detail::ShownPoints(root, isOfModel, {}).empty())
     {
-        return {BlankReason::EmptyModel, {}};
+        bool hasAny = false;
+        Detail::VisitShown(root, isOfModel, {}, [&hasAny](const auto&) { hasAny = true; });
+        return {hasAny ? BlankReason::NotFinite : BlankReason::EmptyModel, {}};
     }
     const auto isShown = [this](const MeshNode& place, const Mesh& mesh)
     { return IsOfModel(mesh) && (place.GetFlags() & NodeFlagHidden) == 0; };
@@ -174,7 +181,29 @@ BlankPicture Presentation::Impl::ExplainBlank(const PixelSize& size)
         const double ahead = -(m[0][2] * (point.x - eye.x) + m[1][2] * (point.y - eye.y) + m[2][2] * (point.z - eye.z));
         return (ahead > 0.0 || camera.GetProjection() != CameraNode::Perspective) && !camera.IsOutside(point, 0.0f);
     });
-    return {isInView ? BlankReason::TooSmall : BlankReason::OutOfView, {}};
+    return {ExplainSize(*BoxOf(points), isInView), {}};
+}
+
+BlankReason Presentation::Impl::ExplainSize(const Box& box, bool isInView) const
+{
+    double size = 0.0;
+    double farthest = 0.0;
+    for (const auto axis : {&Vector::x, &Vector::y, &Vector::z})
+    {
+        size = std::hypot(size, static_cast<double>(box.high.*axis) - static_cast<double>(box.low.*axis));
+        farthest = std::max({farthest, std::abs(static_cast<double>(box.low.*axis)),
+                             std::abs(static_cast<double>(box.high.*axis))});
+    }
+    // Below these the view stands off from a point in place of fitting a model: see SceneFit.
+    constexpr double tiny = 1e-4;
+    constexpr double part = 1e-6;
+    if (size <= std::max(tiny, part * farthest))
+    {
+        return part * farthest > tiny ? BlankReason::TooFarAway : BlankReason::TooTiny;
+    }
+    // Where the eye is not one that somebody chose, all of the model is in the view.
+    const bool isWhole = !settings.view.eye && isInView;
+    return isWhole ? BlankReason::FarApart : isInView ? BlankReason::TooSmall : BlankReason::OutOfView;
 }
 
 BlankPicture Presentation::Impl::ExplainBacks(const std::vector<PickHit>& backs)

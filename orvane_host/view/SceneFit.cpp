@@ -21,6 +21,8 @@ namespace
 
 using Vec = QGM::Vector3d;
 
+constexpr double kFarthest = 1e15;
+
 double Dot(const Vec& a, const Vec& b)
 {
     return a.x * b.x + a.y * b.y + a.z * b.z;
@@ -95,11 +97,12 @@ struct Extent
     {
         const double farthest = std::max({std::fabs(x.low), std::fabs(x.high), std::fabs(y.low), std::fabs(y.high),
                                           std::fabs(z.low), std::fabs(z.high)});
-        return farthest <= 1e15 && Diagonal() > std::max(1e-4, farthest * 1e-6);
+        return farthest <= kFarthest && Diagonal() > std::max(1e-4, farthest * 1e-6);
     }
 };
 
-/// Calls visit(x, y, z) with each indexed vertex of a mesh, along the camera's axes.
+/// Calls visit(x, y, z) with each indexed vertex of a mesh, along the camera's axes, but for those that no camera has
+/// room for: one of them would leave the others without a view.
 template <typename Visit>
 void VisitMesh(const Mesh& mesh, const QGM::Transf3d& global, const Axes& axes, const Visit& visit)
 {
@@ -117,7 +120,14 @@ void VisitMesh(const Mesh& mesh, const QGM::Transf3d& global, const Axes& axes, 
         if (vertex < positions.size())
         {
             const Vector& p = positions[vertex];
-            visit(along(rows[0], p), along(rows[1], p), along(rows[2], p));
+            const double x = along(rows[0], p);
+            const double y = along(rows[1], p);
+            const double z = along(rows[2], p);
+            // Written so that what is not a number fails.
+            if (std::fabs(x) <= kFarthest && std::fabs(y) <= kFarthest && std::fabs(z) <= kFarthest)
+            {
+                visit(x, y, z);
+            }
         }
     };
     const bool isLine = mesh.Type() == NodeTypeLine;

@@ -27,7 +27,7 @@ public:
     /// @param aspect width over height.
     /// @param margin share of half the picture left free on each side, 0 to below 1.
     /// @return false, with the camera untouched, when the scene draws less than a line of its
-    /// own or its coordinates are not finite.
+    /// own. Vertices that are not finite or beyond 1e15 do not count.
     static bool Frame(CameraNode& camera, const Scene& scene, float aspect, float margin = 0.05f);
 
     /// Which meshes at which nodes count.

@@ -25,6 +25,7 @@ struct Reading
     bool textures;
     bool keepCoplanar;
     bool showBacks;
+    bool isAlone; ///< no other file shares its coordinates
     py::object progress; ///< a function, or none
 };
 
@@ -72,6 +73,7 @@ std::shared_ptr<Host::ModelLoading> Read(const Name& path, const Reading& how)
     options.textures = how.textures;
     options.orderCoplanar = !how.keepCoplanar;
     options.showBacks = how.showBacks;
+    options.bringsWithinReach = how.isAlone;
     auto loading = std::make_shared<Host::ModelLoading>(path.bytes, options);
     try
     {
@@ -226,9 +228,10 @@ void BindSun(py::class_<Handle>& model)
 void BindFiles(py::module_& module, py::class_<Handle>& model)
 {
     py::class_<Reading>(module, "Reading")
-        .def(py::init([](bool textures, bool keepCoplanar, bool showBacks, py::object progress)
-                      { return Reading{textures, keepCoplanar, showBacks, std::move(progress)}; }),
-             py::kw_only(), py::arg("textures"), py::arg("keep_coplanar"), py::arg("show_backs"), py::arg("progress"));
+        .def(py::init([](bool textures, bool keepCoplanar, bool showBacks, bool isAlone, py::object progress)
+                      { return Reading{textures, keepCoplanar, showBacks, isAlone, std::move(progress)}; }),
+             py::kw_only(), py::arg("textures"), py::arg("keep_coplanar"), py::arg("show_backs"), py::arg("alone"),
+             py::arg("progress"));
     model.def_static("open", &Open, py::arg("path"), py::arg("how"));
     BindFileList(model);
     BindNotes(model);

@@ -29,10 +29,10 @@ PathLike = str | bytes | os.PathLike[Any]
 _SHOWN_SIZE = (960, 600)
 
 
-def _reading(textures: bool, keep_coplanar: bool, show_backs: bool,
-             progress: Callable[[float], object] | None) -> _native.Reading:
+def _reading(textures: bool, keep_coplanar: bool, show_backs: bool, progress: Callable[[float], object] | None,
+             alone: bool = False) -> _native.Reading:
     return _native.Reading(textures=bool(textures), keep_coplanar=bool(keep_coplanar), show_backs=bool(show_backs),
-                           progress=progress)
+                           alone=alone, progress=progress)
 
 
 def open(path: PathLike, *more: PathLike, textures: bool = True, keep_coplanar: bool = False, show_backs: bool = True,
@@ -50,7 +50,8 @@ def open(path: PathLike, *more: PathLike, textures: bool = True, keep_coplanar: 
     :raises FileError: with the reason and the remedy.
     """
     model = Model.__new__(Model)
-    how = _reading(textures, keep_coplanar, show_backs, progress)
+    # Files beside each other keep the places that they have in common.
+    how = _reading(textures, keep_coplanar, show_backs, progress, alone=not more)
     model._begin(_native.Model.open(os.fsdecode(path), how))
     for other in more:
         model.add_file(other, textures=textures, keep_coplanar=keep_coplanar, show_backs=show_backs, progress=progress)
@@ -118,7 +119,8 @@ class Model:
         with self._files_lock:
             place = self._file(file)
             new = self.files[place] if path is None else os.fsdecode(path)
-            self._native.replace_file(place, new, _reading(textures, keep_coplanar, show_backs, progress))
+            self._native.replace_file(place, new, _reading(textures, keep_coplanar, show_backs, progress,
+                                                           alone=len(self.files) == 1))
         return self
 
     def remove_file(self, file: int | PathLike) -> Model:

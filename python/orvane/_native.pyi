@@ -23,7 +23,7 @@ class Geometry:
     def triangles(self) -> NDArray[np.uint16]: ...
 
 class Reading:
-    def __init__(self, *, textures: bool, keep_coplanar: bool, show_backs: bool,
+    def __init__(self, *, textures: bool, keep_coplanar: bool, show_backs: bool, alone: bool,
                  progress: Callable[[float], object] | None) -> None: ...
 
 class Model:

@@ -1,11 +1,14 @@
 #include "orvane_host/import/detail/AssimpNormals.h"
 
+#include "orvane_host/import/detail/MeshSplitter.h"
+
 #include <assimp/mesh.h>
 #include <assimp/scene.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -16,6 +19,13 @@ namespace OV::Host
 namespace
 {
 
+/// What is beyond is left out of the scene; one such vertex says nothing of the others.
+bool IsPlace(const aiVector3D& position)
+{
+    return std::fabs(position.x) <= kMaxCoordinate && std::fabs(position.y) <= kMaxCoordinate
+        && std::fabs(position.z) <= kMaxCoordinate;
+}
+
 bool AreCornersShared(const aiMesh& mesh)
 {
     std::size_t corners = 0;
@@ -24,6 +34,12 @@ bool AreCornersShared(const aiMesh& mesh)
         corners += mesh.mFaces[face].mNumIndices;
     }
     return corners > mesh.mNumVertices;
+}
+
+/// The parser makes none that are of use where a mesh has a single vertex without a place.
+bool AreAllPlaced(const aiMesh& mesh)
+{
+    return std::all_of(mesh.mVertices, mesh.mVertices + mesh.mNumVertices, IsPlace);
 }
 
 bool IsOfTriangles(const aiMesh& mesh)
@@ -118,33 +134,37 @@ class NearVertices
 public:
     explicit NearVertices(const aiMesh& mesh) : m_positions(mesh.mVertices), m_count(mesh.mNumVertices)
     {
-        aiVector3D upper = m_count > 0 ? m_positions[0] : aiVector3D();
-        m_lower = upper;
+        constexpr float most = std::numeric_limits<float>::max();
+        aiVector3D upper(-most, -most, -most);
+        m_lower = aiVector3D(most, most, most);
         for (unsigned int i = 0; i < m_count; ++i)
         {
-            for (unsigned int axis = 0; axis < 3; ++axis)
+            for (unsigned int axis = 0; axis < 3 && IsPlace(m_positions[i]); ++axis)
             {
-                m_isFinite = m_isFinite && std::isfinite(m_positions[i][axis]);
                 m_lower[axis] = std::min(m_lower[axis], m_positions[i][axis]);
                 upper[axis] = std::max(upper[axis], m_positions[i][axis]);
             }
         }
-        m_reach = (upper - m_lower).Length() * kPartOfDiagonal;
-        m_isFinite = m_isFinite && std::isfinite(m_reach);
+        m_reach = m_lower.x <= upper.x ? (upper - m_lower).Length() * kPartOfDiagonal : 0.0f;
         if (IsUsable())
         {
             FillCells();
         }
     }
 
-    /// False where places have no numbers or all are one.
-    bool IsUsable() const { return m_isFinite && m_reach > 0.0f; }
+    /// False where no vertex has a place or all have one.
+    bool IsUsable() const { return m_reach > 0.0f; }
 
     /// Replaces the list by all vertices near one, which is among them.
     void Find(unsigned int vertex, Indices& found) const
     {
         found.clear();
         const aiVector3D place = m_positions[vertex];
+        if (!IsPlace(place))
+        {
+            found.push_back(vertex);
+            return;
+        }
         std::int64_t first[3];
         std::int64_t last[3];
         for (unsigned int axis = 0; axis < 3; ++axis)
@@ -193,7 +213,10 @@ private:
         for (unsigned int i = 0; i < m_count; ++i)
         {
             const aiVector3D& place = m_positions[i];
-            m_cells.emplace_back(Key(CellAt(place.x, 0), CellAt(place.y, 1), CellAt(place.z, 2)), i);
+            if (IsPlace(place))
+            {
+                m_cells.emplace_back(Key(CellAt(place.x, 0), CellAt(place.y, 1), CellAt(place.z, 2)), i);
+            }
         }
         std::sort(m_cells.begin(), m_cells.end());
     }
@@ -202,7 +225,6 @@ private:
     unsigned int m_count;
     aiVector3D m_lower;
     float m_reach = 0.0f;
-    bool m_isFinite = true;
     std::vector<Cell> m_cells;
 };
 
@@ -332,7 +354,7 @@ bool GiveNormalsToSharedCorners(aiScene& scene, float maxAngle)
         aiMesh& mesh = *scene.mMeshes[i];
         const bool isPlain = mesh.mNumBones == 0 && mesh.mNumAnimMeshes == 0 && !mesh.mTangents;
         if (!isPlain || !(mesh.mPrimitiveTypes & aiPrimitiveType_TRIANGLE) || mesh.mNormals ||
-            !AreCornersShared(mesh) || !AreIndicesValid(mesh))
+            !AreIndicesValid(mesh) || (!AreCornersShared(mesh) && AreAllPlaced(mesh)))
         {
             continue;
         }

@@ -5,7 +5,8 @@ struct aiScene;
 namespace OV::Host
 {
 
-/// Gives smooth normals to meshes that have none and whose triangles share vertices.
+/// Gives smooth normals to meshes that have none and whose triangles share vertices, or some of whose vertices have
+/// no place.
 ///
 /// The parser makes normals vertex by vertex; corners that share one could have no edge between
 /// them, and a cube of eight vertices would be shaded like a ball. A vertex is therefore divided

@@ -3,6 +3,7 @@
 #include "orvane_host/import/detail/AssimpFiles.h"
 #include "orvane_host/import/detail/AssimpFlattener.h"
 #include "orvane_host/import/detail/AssimpNormals.h"
+#include "orvane_host/import/detail/AssimpReach.h"
 #include "orvane_host/import/detail/AssimpTextures.h"
 #include "orvane_host/import/detail/LinearColor.h"
 
@@ -271,6 +272,31 @@ bool AreNormalsAlwaysSmooth(const std::string& format)
     return format.compare(0, 7, "Blender") == 0;
 }
 
+std::string Written(double number)
+{
+    std::ostringstream text;
+    text << number;
+    return text.str();
+}
+
+void NoteChange(const ReachChange& change, ModelData& model)
+{
+    if (change.movedBy > 0.0)
+    {
+        model.warnings.push_back("The model is " + Written(change.movedBy)
+                                 + " units from the origin, too far for its size: it stands at the origin instead.");
+    }
+    if (change.factor != 1.0)
+    {
+        const bool isEnlarged = change.factor > 1.0;
+        model.metresPerUnit /= change.factor;
+        model.warnings.push_back(std::string("The model is too ") + (isEnlarged ? "small" : "large")
+                                 + " to be drawn as it is: it stands there "
+                                 + Written(isEnlarged ? change.factor : 1.0 / change.factor) + " times as "
+                                 + (isEnlarged ? "large." : "small."));
+    }
+}
+
 } // namespace
 
 ReadOutcome ReadWithAssimp(const ModelSource& source, const ImportOptions& options, const ReadHooks& hooks,
@@ -306,9 +332,13 @@ ReadOutcome ReadWithAssimp(const ModelSource& source, const ImportOptions& optio
     }
     // The scene is the importer's own, which leaves it open to changes between steps.
     Complete(const_cast<aiScene&>(*scene), model.format);
+    const ReachChange change =
+        options.bringsWithinReach ? BringWithinReach(const_cast<aiScene&>(*scene)) : ReachChange();
     scene = importer->ApplyPostProcessing(StepsBeforeNormals(*scene, model.format));
     if (scene && !relay->IsCancelled())
     {
+        const MeshSizes sizes(*scene);
+        sizes.TakeAway(const_cast<aiScene&>(*scene));
         const bool isChanged =
             GiveNormalsToSharedCorners(const_cast<aiScene&>(*scene), options.smoothingAngle);
         unsigned int steps = aiProcess_GenSmoothNormals;
@@ -318,6 +348,10 @@ ReadOutcome ReadWithAssimp(const ModelSource& source, const ImportOptions& optio
             steps |= aiProcess_JoinIdenticalVertices;
         }
         scene = importer->ApplyPostProcessing(steps);
+        if (scene)
+        {
+            sizes.GiveBack(const_cast<aiScene&>(*scene));
+        }
     }
     if (relay->IsCancelled())
     {
@@ -332,6 +366,7 @@ ReadOutcome ReadWithAssimp(const ModelSource& source, const ImportOptions& optio
     {
         model.keepAlive.push_back(importer);
         FlattenScene(*scene, options.limits, model);
+        NoteChange(change, model);
     }
     return outcome;
 }

@@ -140,7 +140,7 @@ void SceneBuilder::BuildNodes()
     m_report.nodes = m_nodes.size();
     if (unusable > 0)
     {
-        Warn("Nodes put where their parents are", unusable, "their transforms are not finite");
+        Warn("Nodes put where their parents are", unusable, "their transforms are not finite or beyond 1e15");
     }
 }
 
@@ -382,12 +382,12 @@ void SceneBuilder::Finish()
     m_report.warnings.insert(m_report.warnings.begin(), m_model.warnings.begin(), m_model.warnings.end());
     if (m_report.skippedLines > 0)
     {
-        Warn("Line segments left out", m_report.skippedLines, "their coordinates or indices are invalid");
+        Warn("Line segments left out", m_report.skippedLines, "their coordinates or indices are invalid, or beyond 1e15");
     }
     if (m_report.droppedTriangles > 0)
     {
         Warn("Triangles or points left out", m_report.droppedTriangles,
-             "their coordinates or indices are invalid");
+             "their coordinates or indices are invalid, or beyond 1e15");
     }
     if (!m_report.hasBox)
     {

@@ -221,6 +221,8 @@ private:
     bool WriteUnkept(const PictureOptions& options, PictureFacts& facts);
     bool StandsOut(const PictureOptions& options); ///< from another background
     BlankPicture ExplainBlank(const PixelSize& size);
+    /// Of a model that is in front of the eye or not, and covers no pixel.
+    BlankReason ExplainSize(const Box& box, bool isInView) const;
     BlankPicture ExplainBacks(const std::vector<PickHit>& backs);
     std::vector<PickHit> PickReduced(const PixelSize& size);
     std::vector<PickHit> PickBacks(const PixelSize& size);

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <memory>
 #include <utility>
@@ -25,6 +26,15 @@ using Polygon = std::vector<Point>;
 
 /// So many points have 16-bit indices.
 constexpr std::size_t kMostPoints = 65535;
+
+/// No camera has room for what is beyond.
+constexpr double kFarthest = 1e15;
+
+bool IsPlace(const Point& point)
+{
+    // Written so that what is not a number fails.
+    return std::all_of(point.begin(), point.end(), [](double x) { return std::abs(x) <= kFarthest; });
+}
 
 Point Times(const QGM::Transf3d& transform, const Vector& v)
 {
@@ -145,8 +155,11 @@ std::vector<Vector> ShownPoints(const Node& node, const SceneFit::Filter& counts
     VisitShown(node, counts, planes, [&points](const Polygon& polygon) {
         for (const Point& point : polygon)
         {
-            points.emplace_back(static_cast<float>(point[0]), static_cast<float>(point[1]),
-                                static_cast<float>(point[2]));
+            if (IsPlace(point))
+            {
+                points.emplace_back(static_cast<float>(point[0]), static_cast<float>(point[1]),
+                                    static_cast<float>(point[2]));
+            }
         }
     });
     return points;

@@ -20,7 +20,8 @@ namespace OV::Host::Detail
 {
 
 /// The corners, in world space, of what is drawn below a node and at it and is left when planes
-/// have cut away what lies on the side of their normals. Globals must be up to date.
+/// have cut away what lies on the side of their normals; without those that are not finite or beyond 1e15, which no
+/// view can have in it. Globals must be up to date.
 /// @param counts which meshes at which nodes are looked at.
 std::vector<Vector> ShownPoints(const Node& node, const SceneFit::Filter& counts,
                                 const std::vector<SectionPlane>& planes);

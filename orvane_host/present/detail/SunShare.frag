@@ -107,7 +107,9 @@ bool isGlassRim(float open)
 // Which pixel of its quad this is: -1 or 1 across and up.
 vec2 sunSide()
 {
-    return step(0.5, fract(0.5 * gl_FragCoord.xy)) * 2.0 - 1.0;
+    vec2 odd = step(0.5, fract(0.5 * gl_FragCoord.xy)) * 2.0 - 1.0;
+    // Where a window of odd height counts its rows from the other end, quads begin with odd ones.
+    return odd * 0.5 * vec2(dFdx(odd.x), dFdy(odd.y));
 }
 
 #ifdef SUN_SOFT

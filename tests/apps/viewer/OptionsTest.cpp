@@ -57,6 +57,9 @@ TEST(ViewerOptions, WrongUsageIsStatusTwo)
     }
     EXPECT_EQ(Parse({"--scale", "0.4"}).exitCode, 2);
     EXPECT_EQ(Parse({"--scale", "9"}).exitCode, 2);
+    EXPECT_EQ(Parse({"--scale", "nan"}).exitCode, 2);
+    EXPECT_EQ(Parse({"--scale", ""}).exitCode, 2);
+    EXPECT_EQ(Parse({"--size", ""}).exitCode, 2);
     EXPECT_EQ(Parse({"--scale", "2"}).options.scale, 2.0f);
     EXPECT_TRUE(Parse({"--size", "16384x1"}).run);
 }

@@ -73,6 +73,15 @@ TEST_F(ModelDamageTest, FilesThatAreNoneAreToldApart)
     EXPECT_EQ(StatusOf(m_folder.Path("loop.obj")), ImportStatus::NotReadable);
 }
 
+TEST_F(ModelDamageTest, AFileIsNamedAsItIs)
+{
+    for (const std::string name : {".", "..", "./nothing.", "nothing...", "nothing "})
+    {
+        const std::string line = ModelImporter::Import(name).error.Line();
+        EXPECT_EQ(line.rfind(name + ": cannot be imported: ", 0), 0u) << line;
+    }
+}
+
 TEST_F(ModelDamageTest, ForeignFilesAreToldApart)
 {
     const ImportOptions options;

@@ -7,6 +7,7 @@
 #include <assimp/scene.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -175,12 +176,7 @@ TEST(SharedCorners, WithoutPlacesToMeasureTheyAreOnlySeparated)
         Assimp::Importer importer;
         aiScene& scene = Read(importer, Ply(Hills(2)), 35.0f);
         aiMesh& mesh = *scene.mMeshes[0];
-        for (unsigned int i = 0; i < mesh.mNumVertices; ++i)
-        {
-            // Either one that is no number or all in one place.
-            mesh.mVertices[i] = bad == 0.0f ? aiVector3D(0, 0, 0) : mesh.mVertices[i];
-        }
-        mesh.mVertices[0].x = bad;
+        std::fill_n(mesh.mVertices, mesh.mNumVertices, aiVector3D(bad, 0, 0));
         ASSERT_TRUE(Host::GiveNormalsToSharedCorners(scene, 35.0f));
         EXPECT_EQ(mesh.mNormals, nullptr);
         EXPECT_EQ(mesh.mNumVertices, mesh.mNumFaces * 3);

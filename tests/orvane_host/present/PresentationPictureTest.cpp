@@ -353,6 +353,111 @@ TEST_F(PresentationPicture, AnEmptyModelIsTold)
     EXPECT_EQ(presentation->FindBlank(Whole()).reason, BlankReason::EmptyModel);
 }
 
+/// A square of two triangles at a place, in a scene with its material.
+struct SquareScene
+{
+    std::unique_ptr<Scene> scene = std::make_unique<Scene>();
+    Material* material = new Material("square");
+
+    SquareScene() { scene->AddMaterial(material); }
+
+    MeshNode& Add(double size, const Transform& place, float stray = 0.0f)
+    {
+        const auto half = static_cast<float>(size / 2.0);
+        auto raw = std::make_shared<RawMesh>();
+        raw->SetPositionBuffer({Vector(-half, -half, 0), Vector(half, -half, 0), Vector(half, half, 0),
+                                Vector(-half, half, 0), Vector(-half, -half + stray, 0)});
+        raw->SetNormalBuffer(std::vector<Vector>(5, Vector(0, 0, 1)));
+        raw->SetIndices({0, 1, 2, 0, 2, 3, 0, 0, 4});
+        raw->EndDescription(true);
+        MeshNode& node = ShowMesh(raw, *material, *scene);
+        node.SetLocal(place);
+        return node;
+    }
+
+    BlankReason Reason()
+    {
+        Host::Presentation presentation(std::move(scene));
+        PresentationSettings wanted;
+        wanted.view.named = Host::NamedView::Front;
+        std::string error;
+        EXPECT_TRUE(presentation.Apply(wanted, error)) << error;
+        PictureOptions picture;
+        picture.width = 120;
+        picture.height = 90;
+        const Host::BlankPicture blank = presentation.FindBlank(picture);
+        EXPECT_EQ(blank.Line().empty(), blank.reason == BlankReason::NotBlank);
+        return blank.reason;
+    }
+};
+
+Transform PlaceAt(double x)
+{
+    QGM::Transf3d place;
+    place.m[0][3] = x;
+    Transform result;
+    result.SetTransf3d(place);
+    return result;
+}
+
+TEST_F(PresentationPicture, AModelThatNoCameraCanShowIsTold)
+{
+    struct Case
+    {
+        const char* label;
+        double size;
+        double place;
+        float stray;
+        BlankReason reason;
+    };
+    const double nan = std::nan("");
+    const Case cases[] = {
+        {"usual", 2.0, 0.0, 0.0f, BlankReason::NotBlank},
+        {"tiny", 1e-9, 0.0, 0.0f, BlankReason::TooTiny},
+        {"a point", 0.0, 0.0, 0.0f, BlankReason::TooTiny},
+        {"far away", 2.0, 1e12, 0.0f, BlankReason::TooFarAway},
+        {"one corner astray", 2.0, 0.0, 1e9f, BlankReason::FarApart},
+        {"not a number", 2.0, nan, 0.0f, BlankReason::NotFinite},
+        {"infinite", 2.0, HUGE_VAL, 0.0f, BlankReason::NotFinite},
+        {"beyond everything", 2.0, 1e30, 0.0f, BlankReason::NotFinite},
+    };
+    for (const Case& each : cases)
+    {
+        SquareScene square;
+        square.Add(each.size, PlaceAt(each.place), each.stray);
+        EXPECT_EQ(square.Reason(), each.reason) << each.label;
+    }
+}
+
+TEST_F(PresentationPicture, NodesThatAreNowhereLeaveTheOthersInTheView)
+{
+    SquareScene alone;
+    alone.Add(2.0, PlaceAt(30.0));
+    Host::Presentation expected(std::move(alone.scene));
+    SquareScene many;
+    many.Add(2.0, PlaceAt(30.0));
+    for (const double place : {std::nan(""), HUGE_VAL, -1e30})
+    {
+        many.Add(2.0, PlaceAt(place));
+    }
+    Host::Presentation actual(std::move(many.scene));
+    PresentationSettings wanted;
+    for (const bool hasShadows : {false, true})
+    {
+        if (hasShadows)
+        {
+            wanted.shadows = Host::ShadowSettings();
+        }
+        Apply(expected, wanted);
+        Apply(actual, wanted);
+        Host::PictureFacts facts;
+        const Rows left = WriteRows(expected, Whole(), facts);
+        const Rows right = WriteRows(actual, Whole(), facts);
+        EXPECT_FALSE(facts.isOneColor);
+        EXPECT_TRUE(left.data == right.data) << hasShadows;
+    }
+}
+
 TEST_F(PresentationPicture, WhatHasTheColourOfTheBackgroundIsTold)
 {
     auto scene = std::make_unique<Scene>();

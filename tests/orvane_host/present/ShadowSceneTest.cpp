@@ -1,6 +1,7 @@
 #include "tests/imaging/TextureFiles.h"
 #include "tests/orvane_host/present/PresentationStage.h"
 #include "tests/orvane_host/present/ShadowStageModels.h"
+#include "tests/orvane_host/present/WindowSurface.h"
 
 #include "orvane_host/output/PictureFile.h"
 #include "orvane_host/present/PictureOptions.h"
@@ -14,10 +15,14 @@
 #include "orvane/scene/RawMesh.h"
 #include "orvane/scene/Scene.h"
 
+#include <GL/glew.h>
+
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace OV::Test
@@ -219,6 +224,43 @@ TEST_F(ShadowScene, IsInPicturesWithSamplesAndInTiles)
         }
         EXPECT_EQ(wrong, 0);
         EXPECT_LT(rims, side * side / 50);
+    }
+}
+
+TEST_F(ShadowScene, IsTheSameInWindowsOfAnySize)
+{
+    FloorAndCube made = MakeFloorAndCube(2.0f);
+    PresentationSettings wanted = LookingDown();
+    for (const bool isSoft : {false, true})
+    {
+        wanted.shadows->soft = isSoft;
+        wanted.shadows->sunWidth = 8.0f;
+        Apply(*made.presentation, wanted);
+        for (const auto& [width, height] : {std::pair(80, 60), std::pair(80, 61), std::pair(81, 60), std::pair(81, 61)})
+        {
+            UseFramebuffer(width, height);
+            const Picture expected = PresentationFixture::Draw(*made.presentation);
+            std::vector<unsigned char> actual(4u * static_cast<std::size_t>(width * height));
+            {
+                const WindowSurface window(width, height);
+                ASSERT_TRUE(window.IsCurrent());
+                const FloorAndCube inWindow = MakeFloorAndCube(2.0f);
+                Apply(*inWindow.presentation, wanted);
+                inWindow.presentation->Draw(width, height);
+                glReadPixels(0, 0, width, height, GL_RGBA, GL_UNSIGNED_BYTE, actual.data());
+            }
+            int shaded = 0;
+            int most = 0;
+            for (int i = 0; i < width * height; ++i)
+            {
+                const int red = expected.At(i % width, i / width).r;
+                shaded += red == kShade.r ? 1 : 0;
+                most = std::max(most, std::abs(red - actual[4u * static_cast<std::size_t>(i)]));
+            }
+            EXPECT_GT(shaded, 20);
+            // Rims are of other places where quads begin with other rows.
+            EXPECT_LE(most, height % 2 == 0 || !isSoft ? 1 : 32) << width << " x " << height << (isSoft ? ", soft" : ", hard");
+        }
     }
 }
 

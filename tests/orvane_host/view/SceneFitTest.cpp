@@ -158,6 +158,27 @@ TEST_F(SceneFitTest, VerticesFillThePictureAndLieInItsMiddle)
     }
 }
 
+TEST_F(SceneFitTest, VerticesThatNoCameraHasRoomForDoNotCount)
+{
+    const std::vector<Vector> cloud = Cloud(7, Vector(1, 1, 1), Vector(20, 0, 0));
+    Add(cloud);
+    const std::vector<Vector> kept = world;
+    const float inf = std::numeric_limits<float>::infinity();
+    Add({Vector(inf, 0, 0), Vector(0, -inf, 0), Vector(1e30f, 0, 0), Vector(std::nanf(""), 0, 0)});
+    Transform lost;
+    lost.SetPosition(Vector(0, std::nanf(""), 0));
+    Add(cloud, lost);
+    Transform away;
+    away.SetPosition(Vector(0, 0, 1e30f));
+    Add(cloud, away);
+    world = kept;
+    for (const bool orthographic : {false, true})
+    {
+        ASSERT_TRUE(Fit(NamedView::Iso, 1.5f, orthographic));
+        ExpectFits(1.5f, 0.95);
+    }
+}
+
 TEST_F(SceneFitTest, AngleAndMarginAreKept)
 {
     Add(Cloud(3, Vector(3, 1, 2), Vector()));
@@ -245,7 +266,8 @@ TEST_F(SceneFitTest, WithNothingToFitTheCameraStays)
     Add({Vector(1, 2, 3), Vector(1, 2, 3), Vector(1, 2, 3)});
     expectUntouched("a point");
     scene.Clear();
-    Add({Vector(0, 0, 0), Vector(std::numeric_limits<float>::infinity(), 0, 0), Vector(0, 1, 0)});
+    const float infinite = std::numeric_limits<float>::infinity();
+    Add({Vector(infinite, 0, 0), Vector(0, -infinite, 0), Vector(infinite, infinite, infinite)});
     expectUntouched("infinite");
 }
 
