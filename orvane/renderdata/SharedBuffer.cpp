@@ -12,6 +12,7 @@
 #include <GL/glew.h>
 
 #include <algorithm>
+#include <atomic>
 #include <limits>
 #include <memory>
 
@@ -67,12 +68,17 @@ int AbsoluteOffset(int offset, std::int64_t base)
     return offset < 0 ? -1 : static_cast<int>(offset + base);
 }
 
+/// Renderers of several contexts may each have a thread.
+std::uint64_t NextNumber()
+{
+    static std::atomic<std::uint64_t> last{0};
+    return ++last;
+}
+
 } // namespace
 
-std::uint64_t SharedBuffer::s_lastNumber = 0;
-
 SharedBuffer::SharedBuffer(SharedBufferPool* owner) :
-    pool(owner)
+    pool(owner), m_number(NextNumber())
 {
 }
 

@@ -76,9 +76,7 @@ private:
     /// Takes this buffer out of every pool that lists it as open.
     void Close();
 
-    static std::uint64_t s_lastNumber;
-
-    const std::uint64_t m_number = ++s_lastNumber;
+    const std::uint64_t m_number;
     MeshFormatKey m_format;
     std::vector<SharedBufferPool*> m_listedBy; ///< the pools whose map holds this buffer
 };

@@ -107,9 +107,10 @@ bool isGlassRim(float open)
 // Which pixel of its quad this is: -1 or 1 across and up.
 vec2 sunSide()
 {
-    vec2 odd = step(0.5, fract(0.5 * gl_FragCoord.xy)) * 2.0 - 1.0;
-    // Where a window of odd height counts its rows from the other end, quads begin with odd ones.
-    return odd * 0.5 * vec2(dFdx(odd.x), dFdy(odd.y));
+    // A quarter, of either sign. Where a window of odd height counts its rows from the other end, quads begin with odd
+    // ones.
+    vec2 odd = fract(0.5 * gl_FragCoord.xy) - 0.5;
+    return 8.0 * odd * vec2(dFdx(odd.x), dFdy(odd.y));
 }
 
 #ifdef SUN_SOFT
