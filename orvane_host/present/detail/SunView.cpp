@@ -24,9 +24,10 @@ constexpr int kMargin = 4;
 /// places of a processor's cache, and a frame of the inside of a house takes 1.1 times the time.
 constexpr int kBeside = 96;
 
-/// Light that comes in flat draws texels out on the ground: up to so much they are made finer. Where all of the
-/// scene has one part they may be finer, since that costs a frame next to nothing.
+/// Light that comes in flat draws texels out on the ground: up to so much they are made finer. In light flatter than
+/// kFlat rims would get teeth, and where one part holds all of the scene they are made finer still.
 constexpr double kFlattest = 0.6;
+constexpr double kFlat = 0.45;
 constexpr double kFlattestOfWhole = 0.25;
 
 /// As much as they are made finer for planes that face an eye without perspective, as of plans and elevations.
@@ -207,7 +208,7 @@ SunView::SunView(const Request& request, const std::vector<CastBox>& casters)
     const glm::dvec2 wanted = wantedWith(kFlattest);
     const int most = std::max(request.mostTexels, 64);
 
-    for (const double flattest : {kFlattestOfWhole, kFlattest})
+    for (const double flattest : {height < kFlat ? kFlattestOfWhole : kFlattest, kFlattest})
     {
         Area whole;
         whole.from = m_from;
