@@ -24,10 +24,9 @@ constexpr int kMargin = 4;
 /// places of a processor's cache, and a frame of the inside of a house takes 1.1 times the time.
 constexpr int kBeside = 96;
 
-/// Light that comes in flat draws texels out on the ground: up to so much they are made finer. In light flatter than
-/// kFlat rims would get teeth, and where one part holds all of the scene they are made finer still.
+/// Light draws texels out on the ground where it comes in flat, and on walls where it comes in steeply. For rims not to
+/// get teeth they are made finer, up to so much, and where one part holds all of the scene up to more.
 constexpr double kFlattest = 0.6;
-constexpr double kFlat = 0.45;
 constexpr double kFlattestOfWhole = 0.25;
 
 /// As much as they are made finer for planes that face an eye without perspective, as of plans and elevations.
@@ -201,14 +200,15 @@ SunView::SunView(const Request& request, const std::vector<CastBox>& casters)
                            2.0 / (request.pixels.y * glm::length(glm::dvec3(RowOf(request.worldToClip, 1)))));
     const glm::dvec2 finer =
         request.perspective ? glm::dvec2(1.0) : FinerOn(glm::normalize(glm::dvec3(RowOf(request.worldToClip, 2))));
+    const double flatter = std::min(height, std::sqrt(std::max(1.0 - height * height, 0.0)));
     const auto wantedWith = [&](double flattest) {
-        const glm::dvec2 onGround(1.0, std::clamp(height, flattest, 1.0));
-        return request.texel * std::min(pixel.x, pixel.y) * glm::min(finer, onGround);
+        const glm::dvec2 onGroundAndWalls(1.0, std::clamp(flatter, flattest, 1.0));
+        return request.texel * std::min(pixel.x, pixel.y) * glm::min(finer, onGroundAndWalls);
     };
     const glm::dvec2 wanted = wantedWith(kFlattest);
     const int most = std::max(request.mostTexels, 64);
 
-    for (const double flattest : {height < kFlat ? kFlattestOfWhole : kFlattest, kFlattest})
+    for (const double flattest : {kFlattestOfWhole, kFlattest})
     {
         Area whole;
         whole.from = m_from;
