@@ -129,6 +129,7 @@ const char* PresentationRenderer::NameOfLook(Look look)
 void PresentationRenderer::SetLook(Look look)
 {
     m_surfaces->SetLook(look);
+    m_shadows->SetFine(look != Look::Monotone && look != Look::VertexColor);
 }
 
 Look PresentationRenderer::GetLook() const

@@ -43,6 +43,10 @@ constexpr double kLowest = 0.01;
 constexpr double kHardTexel = 1.4142135623730950;
 constexpr double kSoftTexel = 1.0;
 
+/// The same where one part of the map holds all. Rims that run nearly along texels have dents as long as these.
+constexpr double kTexelOfWhole = 1.0;
+constexpr double kFineTexelOfWhole = 0.7071067811865475;
+
 /// Degrees. Of wider suns soft shadows are looked for at more places.
 constexpr float kWidest = 1.0f;
 
@@ -182,6 +186,7 @@ std::optional<SunView> ShadowStage::LayOut(const PresentationFrame& frame, const
     GLint limit = 0;
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &limit);
     request.texel = m_settings->soft ? kSoftTexel : kHardTexel;
+    request.texelOfWhole = m_isFine ? kFineTexelOfWhole : kTexelOfWhole;
     request.mostTexels = std::min(limit / 2, frame.part.ofPoster ? kMostTexelsOfPart : kMostTexels);
     request.mostParts = SunTable::IsSupported() ? SunView::MostTiles : 1;
     request.low = boxes.front().middle;

@@ -56,6 +56,9 @@ public:
     void SetShadows(const std::optional<ShadowSettings>& settings) { m_settings = settings; }
     const std::optional<ShadowSettings>& GetShadows() const { return m_settings; }
 
+    /// Whether rims may take the time that finer ones do, where that is little of a frame. True at first.
+    void SetFine(bool isFine) { m_isFine = isFine; }
+
     /// A plane that catches shadows below the scene: a point of it and its upper side, unit. None is
     /// there at first.
     struct Plane
@@ -100,6 +103,7 @@ private:
     std::optional<Vector> m_towardSun;
     Vector m_up{0.0f, 1.0f, 0.0f};
     std::optional<ShadowSettings> m_settings;
+    bool m_isFine = true;
     std::optional<Plane> m_plane;
 
     SunShare m_share;

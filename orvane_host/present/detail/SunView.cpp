@@ -201,19 +201,21 @@ SunView::SunView(const Request& request, const std::vector<CastBox>& casters)
     const glm::dvec2 finer =
         request.perspective ? glm::dvec2(1.0) : FinerOn(glm::normalize(glm::dvec3(RowOf(request.worldToClip, 2))));
     const double flatter = std::min(height, std::sqrt(std::max(1.0 - height * height, 0.0)));
-    const auto wantedWith = [&](double flattest) {
+    const auto wantedWith = [&](double texel, double flattest) {
         const glm::dvec2 onGroundAndWalls(1.0, std::clamp(flatter, flattest, 1.0));
-        return request.texel * std::min(pixel.x, pixel.y) * glm::min(finer, onGroundAndWalls);
+        return texel * std::min(pixel.x, pixel.y) * glm::min(finer, onGroundAndWalls);
     };
-    const glm::dvec2 wanted = wantedWith(kFlattest);
+    const glm::dvec2 wanted = wantedWith(request.texel, kFlattest);
     const int most = std::max(request.mostTexels, 64);
 
-    for (const double flattest : {kFlattestOfWhole, kFlattest})
+    const double texelOfWhole = std::min(request.texelOfWhole, request.texel);
+    for (const glm::dvec2& wantedOfWhole :
+         {wantedWith(texelOfWhole, kFlattestOfWhole), wantedWith(request.texel, kFlattestOfWhole), wanted})
     {
         Area whole;
         whole.from = m_from;
         whole.to = m_to;
-        if (Divide(whole, wantedWith(flattest) * nearest, most))
+        if (Divide(whole, wantedOfWhole * nearest, most))
         {
             Place({whole});
             return;

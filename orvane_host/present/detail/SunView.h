@@ -78,6 +78,7 @@ public:
         bool perspective = true;
         glm::ivec2 pixels{1};   ///< of the picture
         double texel = 1.0;     ///< edge of one in pixels of the picture, at most where the map is large enough
+        double texelOfWhole = 1.0; ///< the same where one part of all that casts can have it; not above `texel`
         int mostTexels = 4096;  ///< of a side of a part that is alone, of which the map has at most two
         int mostParts = MostTiles; ///< at least 1
         glm::dvec3 low{0.0};    ///< of the box of all that may catch shadows

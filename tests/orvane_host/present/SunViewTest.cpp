@@ -300,6 +300,59 @@ TEST(SunView, HasTexelsNoLargerThanPixelsOnASmallSite)
     EXPECT_GT(PixelsBetween(site.worldToClip, middle, across), 0.2);
 }
 
+// The higher the sun stands, the farther it draws texels out on walls, and the lower, on the ground.
+TEST(SunView, HasTexelsNoTallerThanAPixelOnWallsAndTheGround)
+{
+    for (const double height : {0.27, 0.5, 1.0, 2.0, 3.6})
+    {
+        SCOPED_TRACE(height);
+        SunView::Request request;
+        request.towardSun = glm::normalize(glm::dvec3(0.2, height, 1.0));
+        request.pixels = {900, 600};
+        request.low = glm::dvec3(-5);
+        request.high = glm::dvec3(5);
+        request.worldToClip = glm::perspective(0.8, 1.5, 0.1, 100.0)
+            * glm::lookAt(glm::dvec3(9, 14, 34), glm::dvec3(0), glm::dvec3(0, 1, 0));
+        const SunView view(request, {BoxAt(glm::dvec3(0), glm::dvec3(5))});
+        ASSERT_EQ(view.GetTiles().size(), 1u);
+        const glm::dmat3 back = glm::inverse(glm::dmat3(view.GetTiles().front().toMap));
+        for (const int normal : {1, 2})
+        {
+            // A texel's upright edge, along the light to what it lies on.
+            const glm::dvec3 edge = back[1] - back[2] * (back[1][normal] / back[2][normal]);
+            EXPECT_LE(PixelsBetween(request.worldToClip, glm::dvec3(0), edge), 1.0) << normal;
+        }
+    }
+}
+
+TEST(SunView, HasFinerTexelsWhereOnePartHoldsAll)
+{
+    const auto see = [](double texelOfWhole, int mostTexels) {
+        SunView::Request request;
+        request.towardSun = glm::normalize(glm::dvec3(0.4, 0.8, 0.3));
+        request.texel = 1.2;
+        request.texelOfWhole = texelOfWhole;
+        request.mostTexels = mostTexels;
+        request.pixels = {900, 600};
+        request.low = glm::dvec3(-5);
+        request.high = glm::dvec3(5);
+        request.worldToClip = glm::perspective(0.8, 1.5, 0.1, 100.0)
+            * glm::lookAt(glm::dvec3(0, 14, 34), glm::dvec3(0), glm::dvec3(0, 1, 0));
+        return SunView(request, {BoxAt(glm::dvec3(0), glm::dvec3(5))});
+    };
+    const SunView coarse = see(1.2, 4096);
+    const SunView fine = see(0.6, 4096);
+    const SunView unaware = see(5.0, 4096);
+    const SunView small = see(0.6, std::max(coarse.GetSize().x, coarse.GetSize().y));
+    ASSERT_EQ(fine.GetTiles().size(), 1u);
+    EXPECT_NEAR(fine.GetTiles().front().step.x, 0.5 * coarse.GetTiles().front().step.x, 1e-9);
+    EXPECT_NEAR(fine.GetTiles().front().step.y, 0.5 * coarse.GetTiles().front().step.y, 1e-9);
+    EXPECT_EQ(unaware.GetTiles().front().toMap, coarse.GetTiles().front().toMap);
+    // Rather coarse ones than several parts, which are drawn anew whenever the eye moves.
+    ASSERT_EQ(small.GetTiles().size(), 1u);
+    EXPECT_EQ(small.GetTiles().front().toMap, coarse.GetTiles().front().toMap);
+}
+
 TEST(SunView, TellsPixelsApartBesideAWallOfALargeSite)
 {
     // The wall stands two metres before the eye.
