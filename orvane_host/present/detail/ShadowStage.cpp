@@ -37,15 +37,12 @@ namespace
 /// ends in sight.
 constexpr double kLowest = 0.01;
 
-/// Edges of texels in pixels of the picture. With the larger ones hard rims stay within 1.5 pixels, and a frame of
-/// a house takes 0.87 of the time that it takes with those of a pixel, since fewer lie in memory. Soft rims would
-/// get teeth, for next to no time.
-constexpr double kHardTexel = 1.4142135623730950;
-constexpr double kSoftTexel = 1.0;
-
-/// The same where one part of the map holds all. Rims that run nearly along texels have dents as long as these.
-constexpr double kTexelOfWhole = 1.0;
-constexpr double kFineTexelOfWhole = 0.7071067811865475;
+/// Edges of texels in pixels of the picture; rims that run nearly along texels have dents of that size. With the coarse
+/// ones hard rims stay within 1.5 pixels, and a frame inside of a house takes 0.87 of the time that it takes with those
+/// of a pixel, since fewer lie in memory. Soft rims would get teeth, for next to no time.
+constexpr double kCoarse = 1.4142135623730950;
+constexpr double kMedium = 1.0;
+constexpr double kFine = 0.7071067811865475; // where one part holds all
 
 /// Degrees. Of wider suns soft shadows are looked for at more places.
 constexpr float kWidest = 1.0f;
@@ -185,8 +182,8 @@ std::optional<SunView> ShadowStage::LayOut(const PresentationFrame& frame, const
     request.pixels = {seen.size.width, seen.size.height};
     GLint limit = 0;
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &limit);
-    request.texel = m_settings->soft ? kSoftTexel : kHardTexel;
-    request.texelOfWhole = m_isFine ? kFineTexelOfWhole : kTexelOfWhole;
+    request.texel = m_isFine || m_settings->soft ? kMedium : kCoarse;
+    request.texelOfWhole = m_isFine ? kFine : kMedium;
     request.mostTexels = std::min(limit / 2, frame.part.ofPoster ? kMostTexelsOfPart : kMostTexels);
     request.mostParts = SunTable::IsSupported() ? SunView::MostTiles : 1;
     request.low = boxes.front().middle;

@@ -26,7 +26,7 @@ constexpr int kBeside = 96;
 
 /// Light draws texels out on the ground where it comes in flat, and on walls where it comes in steeply. For rims not to
 /// get teeth they are made finer, up to so much, and where one part holds all of the scene up to more.
-constexpr double kFlattest = 0.6;
+constexpr double kFlattest = 0.4;
 constexpr double kFlattestOfWhole = 0.25;
 
 /// As much as they are made finer for planes that face an eye without perspective, as of plans and elevations.
