@@ -99,6 +99,24 @@ private:
     bool m_scissor = false;
 };
 
+GLbitfield BuffersOf(bool glass)
+{
+    return glass ? GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT : GL_DEPTH_BUFFER_BIT;
+}
+
+void Confine(const TexelRect& texels)
+{
+    glScissor(texels.low.x, texels.low.y, texels.high.x - texels.low.x, texels.high.y - texels.low.y);
+}
+
+void Clear(const TexelRect& texels, bool glass)
+{
+    Confine(texels);
+    // Materials may have left them off.
+    glDepthMask(GL_TRUE);
+    glClear(BuffersOf(glass));
+}
+
 glm::dvec3 ToDouble(const Vector& v)
 {
     return {v.x, v.y, v.z};
@@ -123,6 +141,7 @@ void ShadowStage::ReleaseGL()
     m_glass.Resize(0, 0);
     m_table.ReleaseGL();
     m_drawn.Forget();
+    m_parts.Forget();
     m_inForce = false;
 }
 
@@ -243,12 +262,11 @@ std::uint64_t ShadowStage::FingerprintOf(const SunView& view) const
     print.Add(view.GetSize());
     print.Add(IsShortEnough(view));
     print.Add(m_hasGlass);
-    for (const SunView::Tile& tile : view.GetTiles())
+    for (const glm::dvec3& axis : view.GetAxes())
     {
-        print.Add(tile.low);
-        print.Add(tile.high);
-        std::for_each(glm::value_ptr(tile.toClip), glm::value_ptr(tile.toClip) + 16,
-                      [&](double value) { print.Add(value); });
+        print.Add(axis.x);
+        print.Add(axis.y);
+        print.Add(axis.z);
     }
     print.Add(m_settings->clippedCasts);
     const std::vector<glm::vec3>& normals = EffectES20::GetClipPlaneNormals();
@@ -270,6 +288,7 @@ bool ShadowStage::MakeMaps(const SunView& view)
     if (!m_depth.Resize(size.x, size.y))
     {
         m_drawn.Forget();
+        m_parts.Forget();
         return false;
     }
     if (!m_hasGlass || !m_glass.Resize(size.x, size.y))
@@ -287,7 +306,8 @@ bool ShadowStage::DrawMaps(PresentationFrame& frame, const SunView& view)
         return false;
     }
     const std::uint64_t layout = FingerprintOf(view);
-    if (m_drawn.AreThose(layout, m_casters.GetPrints()))
+    m_parts.Become(view.GetTiles());
+    if (m_drawn.AreThose(layout, m_casters.GetPrints()) && !m_parts.HaveChanged())
     {
         return true;
     }
@@ -317,34 +337,59 @@ bool ShadowStage::DrawMaps(PresentationFrame& frame, const SunView& view)
 void ShadowStage::DrawMap(PresentationFrame& frame, const SunView& view, bool glass)
 {
     const bool isWhole = m_drawn.HasAllChanged();
-    const std::vector<SunView::Footprint>& changed = m_drawn.GetChanged(glass);
-    if (!isWhole && changed.empty())
+    if (!isWhole && m_drawn.GetChanged(glass).empty() && !m_parts.HaveChanged())
     {
         return;
     }
-    const GLbitfield buffers = glass ? GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT : GL_DEPTH_BUFFER_BIT;
     glDisable(GL_SCISSOR_TEST);
     glClearColor(1.0f, 1.0f, 1.0f, 1.0f);
     RenderTarget& target = (glass ? m_glass : m_depth).GetTarget();
-    target.BeginCapture(isWhole ? buffers : 0u);
+    target.BeginCapture(isWhole ? BuffersOf(glass) : 0u);
     glEnable(GL_SCISSOR_TEST);
-    for (const SunView::Tile& tile : view.GetTiles())
+    if (!isWhole)
+    {
+        for (const TexelRect& texels : m_parts.GetGone())
+        {
+            Clear(texels, glass);
+        }
+    }
+    const std::vector<SunView::Tile>& tiles = view.GetTiles();
+    for (std::size_t i = 0; i < tiles.size(); ++i)
     {
         if (isWhole)
         {
-            DrawTexels(frame, tile, {tile.low, tile.high}, glass);
-            continue;
+            DrawTexels(frame, tiles[i], {tiles[i].low, tiles[i].high}, glass);
         }
-        for (const TexelRect& texels : FindTouchedTexels(tile, changed))
+        else
         {
-            glScissor(texels.low.x, texels.low.y, texels.high.x - texels.low.x, texels.high.y - texels.low.y);
-            // Materials may have left them off.
-            glDepthMask(GL_TRUE);
-            glClear(buffers);
-            DrawTexels(frame, tile, texels, glass);
+            DrawPart(frame, tiles[i], m_parts.GetChanges()[i], glass);
         }
     }
     target.EndCapture();
+}
+
+void ShadowStage::DrawPart(PresentationFrame& frame, const SunView::Tile& tile, const DrawnParts::Change& change,
+                           bool glass)
+{
+    const auto clear = [glass](const TexelRect& texels) { Clear(texels, glass); };
+    const auto drawAnew = [&](const std::vector<TexelRect>& rects) {
+        for (const TexelRect& texels : rects)
+        {
+            clear(texels);
+            DrawTexels(frame, tile, texels, glass);
+        }
+    };
+    if (change.isOther)
+    {
+        clear({tile.cellLow, tile.cellHigh});
+    }
+    // Where the only part ends the map is empty.
+    std::for_each(change.left.begin(), change.left.end(), clear);
+    drawAnew(change.added);
+    if (!change.isOther)
+    {
+        drawAnew(FindTouchedTexels(tile, m_drawn.GetChanged(glass)));
+    }
 }
 
 void ShadowStage::DrawTexels(PresentationFrame& frame, const SunView::Tile& tile, const TexelRect& texels, bool glass)
@@ -364,9 +409,9 @@ void ShadowStage::DrawTexels(PresentationFrame& frame, const SunView::Tile& tile
     {
         return;
     }
-    const glm::ivec2 size = tile.high - tile.low;
-    glViewport(tile.low.x, tile.low.y, size.x, size.y);
-    glScissor(texels.low.x, texels.low.y, texels.high.x - texels.low.x, texels.high.y - texels.low.y);
+    const glm::ivec2 size = tile.cellHigh - tile.cellLow;
+    glViewport(tile.cellLow.x, tile.cellLow.y, size.x, size.y);
+    Confine(texels);
     m_effect->SetView(tile.toClip);
     m_effect->DrawGlass(glass);
     const auto draw = [&] {
@@ -402,11 +447,12 @@ void ShadowStage::SetValues(const PresentationFrame& frame, const WholeView& see
     const glm::ivec2 size = view.GetSize();
     values.texel = {narrow(1.0 / size.x), narrow(1.0 / size.y)};
     const std::vector<SunView::Tile>& tiles = view.GetTiles();
-    values.slices = {narrow(view.GetSlices().perOctave / SunTable::Columns),
-                     narrow(view.GetSlices().atOne / SunTable::Columns)};
+    const SunView::Slices& slices = view.GetSlices();
+    values.slices = {narrow(slices.perOctave / SunTable::Columns),
+                     narrow((slices.atOne + slices.firstCell) / SunTable::Columns)};
     const glm::dmat4 toWorld = SunShare::ToWorld(seen.worldToClip, isPerspective);
     values.step = {narrow(tiles.front().step.x), narrow(tiles.front().step.y)};
-    const bool hasParts = tiles.size() > 1;
+    const bool hasParts = view.HasParts();
     const glm::dmat4 reach = glm::transpose(glm::dmat4(glm::dvec4(0.0), glm::dvec4(0.0), glm::dvec4(0.0),
                                                        view.GetReach() - glm::dvec4(0.0, 0.0, 0.0, 1.0)));
     m_share.frame = {&frame.cameraData, isPerspective, tiles.front().toMap + reach, glm::dvec3(0.0)};
@@ -421,7 +467,9 @@ void ShadowStage::SetValues(const PresentationFrame& frame, const WholeView& see
         SunTable::Rows rows;
         for (std::size_t i = 0; i < SunTable::Columns; ++i)
         {
-            const SunView::Tile& tile = tiles[std::min(i, tiles.size() - 1)];
+            const std::size_t cells = static_cast<std::size_t>(view.CountCells());
+            const std::size_t part = (i + cells - static_cast<std::size_t>(slices.firstCell)) % cells;
+            const SunView::Tile& tile = tiles[std::min(part, tiles.size() - 1)];
             const glm::dvec2 finer = tiles.front().step / tile.step;
             const glm::dvec4 eye = tile.toMap * toWorld[3];
             rows[0][i] = {narrow(finer.x), narrow(finer.y), narrow(eye.x), narrow(eye.y)};

@@ -4,6 +4,7 @@
 #include "orvane_host/present/ShadowSettings.h"
 #include "orvane_host/present/detail/CasterList.h"
 #include "orvane_host/present/detail/DrawnCasters.h"
+#include "orvane_host/present/detail/DrawnParts.h"
 #include "orvane_host/present/detail/ScreenBuffer.h"
 #include "orvane_host/present/detail/SunShare.h"
 #include "orvane_host/present/detail/SunTable.h"
@@ -28,14 +29,13 @@ namespace OV::Host::Detail
 {
 
 class CasterEffect;
-struct TexelRect;
 struct WholeView;
 
 /// What the sun sees of the surfaces of a frame, and from it the share of its light that reaches
 /// each fragment of the looks.
 ///
 /// Everything is listed anew each frame, and of what the sun sees those texels are drawn anew that something else
-/// casts into than before: a picture follows from its scene alone.
+/// casts into than before, or that weren't in the map: a picture follows from its scene alone.
 class ShadowStage final : public PresentationStage
 {
 public:
@@ -91,11 +91,12 @@ private:
     static WholeView SeenIn(PresentationFrame& frame);
     std::optional<SunView> LayOut(const PresentationFrame& frame, const WholeView& seen, const glm::dvec3& towardSun);
     void FindPatch(const glm::dvec3& towardSun, glm::dvec3& low, glm::dvec3& high);
-    /// Of all that the maps depend on but the casters.
+    /// Of all that the maps depend on but the casters and what of the world their parts are of.
     std::uint64_t FingerprintOf(const SunView& view) const;
     bool MakeMaps(const SunView& view);
     bool DrawMaps(PresentationFrame& frame, const SunView& view);
     void DrawMap(PresentationFrame& frame, const SunView& view, bool glass);
+    void DrawPart(PresentationFrame& frame, const SunView::Tile& tile, const DrawnParts::Change& change, bool glass);
     void DrawTexels(PresentationFrame& frame, const SunView::Tile& tile, const TexelRect& texels, bool glass);
     void SetValues(const PresentationFrame& frame, const WholeView& seen, const SunView& view);
     void BindMaps(PresentationFrame& frame);
@@ -115,7 +116,9 @@ private:
     ScreenBuffer m_depth{RenderTargetProfileDepth};
     ScreenBuffer m_glass{RenderTargetProfileColorDepth};
     SunTable m_table;
-    DrawnCasters m_drawn; ///< what is in the maps
+    // What is in the maps.
+    DrawnCasters m_drawn;
+    DrawnParts m_parts;
 
     // Of the frame.
     CasterList m_casters;

@@ -35,10 +35,9 @@ void SunTable::Upload(const Rows& rows)
     {
         glTexParameteri(GL_TEXTURE_2D, name, GL_NEAREST);
     }
-    for (const GLenum name : {GL_TEXTURE_WRAP_S, GL_TEXTURE_WRAP_T})
-    {
-        glTexParameteri(GL_TEXTURE_2D, name, GL_CLAMP_TO_EDGE);
-    }
+    // Columns come again after the last.
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_REPEAT);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
     glBindTexture(GL_TEXTURE_2D, 0);
 }
 

@@ -12,7 +12,8 @@ class SunTable
 public:
     static constexpr int Columns = 8;
 
-    /// Each column is of a part: what places in it are found by below, the texels that may be read above.
+    /// Each column is of a cell of the map, and they come again after the last: what places in it are found by below,
+    /// the texels that may be read above.
     using Row = std::array<std::array<float, 4>, Columns>;
     using Rows = std::array<Row, 2>;
 

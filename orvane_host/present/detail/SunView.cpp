@@ -20,14 +20,34 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 /// Texels around a part that filters may read.
 constexpr int kMargin = 4;
 
+/// Parts of what is seen begin and end on every so many texels, so that few of them change at once while the eye moves.
+/// Of smaller maps it would be too much.
+constexpr int kGrid = 128;
+constexpr int kLeastWithGrid = 1024;
+
+/// Of parts by distance there are that many, or twice that.
+constexpr int kFewParts = 4;
+
+/// Parts by distance are no narrower.
+constexpr double kLeastOctaves = 1e-3;
+
+/// Octaves by which what is nearest and farthest may be off.
+constexpr double kBesideSlices = 1e-6;
+
+/// Of a cell, what a part that moves takes at most, for the rest to be room to move in. Smaller ones have more of it.
+constexpr double kMostOfCell = 0.875;
+constexpr double kLittleOfCell = 0.75;
+
 /// Texels beside the parts of a map of several. Rows of it that are a power of two long come to lie in the same few
 /// places of a processor's cache, and a frame of the inside of a house takes 1.1 times the time.
 constexpr int kBeside = 96;
 
 /// Light draws texels out on the ground where it comes in flat, and on walls where it comes in steeply. For rims not to
-/// get teeth they are made finer, up to so much, and where one part holds all of the scene up to more.
+/// get teeth they are made finer, up to so much. Where one part holds all of the scene it is up to more if there is room
+/// for it, or else less: that part stays as it is while the eye moves.
 constexpr double kFlattest = 0.4;
-constexpr double kFlattestOfWhole = 0.25;
+constexpr double kMostFlattestOfWhole = 0.25;
+constexpr double kLeastFlattestOfWhole = 0.6;
 
 /// As much as they are made finer for planes that face an eye without perspective, as of plans and elevations.
 constexpr double kMostDrawnOut = 4.0;
@@ -35,8 +55,9 @@ constexpr double kMostDrawnOut = 4.0;
 /// Axes that light runs this much along, of 1, tell how far off casters may be; one of three always does.
 constexpr double kSteepest = 1e-3;
 
-/// Sizes of texels go up by this.
+/// Sizes of texels go up by this, and what parts have of the distance, in octaves.
 constexpr double kLadder = 1.1892071150027210; // the fourth root of 2
+constexpr double kLadderOfWidths = 1.0442737824274138; // the sixteenth
 
 using Polygon = std::vector<glm::dvec4>;
 
@@ -144,10 +165,15 @@ private:
     std::vector<Polygon> m_faces;
 };
 
-/// The step of the ladder of sizes that is next to a size, rounded up or down.
-double OnLadder(double size, double (*round)(double))
+/// The step of a ladder that is next to a size, rounded up or down.
+double OnLadder(double size, double (*round)(double), double ladder = kLadder)
 {
-    return std::pow(kLadder, round(std::log(size) / std::log(kLadder)));
+    return std::pow(ladder, round(std::log(size) / std::log(ladder)));
+}
+
+int GridOf(int mostTexels)
+{
+    return mostTexels < kLeastWithGrid ? 1 : kGrid;
 }
 
 int PowerOfTwo(double least)
@@ -210,55 +236,85 @@ SunView::SunView(const Request& request, const std::vector<CastBox>& casters)
 
     const double texelOfWhole = std::min(request.texelOfWhole, request.texel);
     for (const glm::dvec2& wantedOfWhole :
-         {wantedWith(texelOfWhole, kFlattestOfWhole), wantedWith(request.texel, kFlattestOfWhole), wanted})
+         {wantedWith(texelOfWhole, kMostFlattestOfWhole), wantedWith(request.texel, kMostFlattestOfWhole), wanted,
+          wantedWith(request.texel, kLeastFlattestOfWhole)})
     {
         Area whole;
         whole.from = m_from;
         whole.to = m_to;
         if (Divide(whole, wantedOfWhole * nearest, most))
         {
-            Place({whole});
+            Place({whole}, {PowerOfTwo(whole.size.x), PowerOfTwo(whole.size.y)});
             return;
         }
     }
-    std::vector<Area> areas;
     // Without perspective all is equally far, and parts by distance would be the same again and again.
     const int mostParts = request.perspective ? request.mostParts : 1;
-    for (int count = 1; count <= mostParts; count += count == 1 || count == 2 ? 1 : count == 3 ? 2 : 3)
-    {
-        areas.clear();
-        bool isFine = true;
-        int before = 0;
-        double start = nearest;
-        for (int i = 1; i <= count; ++i)
+    const double mostOfCell = request.perspective ? kMostOfCell : 1.0;
+    const auto isSeenAsOne = [&] {
+        Area one = AreaOf(seen.GetFaces(), distance, -kInfinity, kInfinity);
+        const int mostTexels = static_cast<int>(mostOfCell * most);
+        const bool isFine = IsEmpty(one) || Divide(one, wanted * nearest, mostTexels, GridOf(mostTexels));
+        if (!IsEmpty(one) && (isFine || mostParts < kFewParts))
         {
-            const double end = i == count ? kInfinity
-                                          : nearest * std::pow(farthest / nearest, static_cast<double>(i) / count);
-            Area area = AreaOf(seen.GetFaces(), distance, i == 1 ? -kInfinity : start, end);
-            const bool isEmpty = !(area.to.x > area.from.x);
-            before += isEmpty && areas.empty() ? 1 : 0;
-            if (!isEmpty || !areas.empty())
-            {
-                // The box that is seen and that of what casts are convex, so that no part between others is empty; one
-                // that rounding makes so keeps its number, and takes next to no room.
-                isFine = Divide(area, wanted * start, count > 2 ? most / 2 : most) && isFine;
-                areas.push_back(area);
-            }
-            start = end;
+            const glm::ivec2 cell(PowerOfTwo(one.size.x / mostOfCell), PowerOfTwo(one.size.y / mostOfCell));
+            Place({one}, glm::min(cell, glm::ivec2(PowerOfTwo(most))));
         }
-        const double octaves = std::log2(farthest / nearest);
-        m_slices.perOctave = octaves > 1e-6 ? count / octaves : 0.0;
-        m_slices.atOne = -m_slices.perOctave * std::log2(nearest) - before;
-        if (isFine)
+        return isFine || mostParts < kFewParts;
+    };
+    if (isSeenAsOne())
+    {
+        return;
+    }
+    // Parts begin at distances that are the same from wherever the eye looks, and have their cells by these.
+    std::vector<Area> areas;
+    int count = kFewParts;
+    for (; count <= mostParts; count *= 2)
+    {
+        const double octaves = std::max(std::log2(farthest / nearest), kLeastOctaves);
+        double width = OnLadder(octaves / count, std::ceil, kLadderOfWidths);
+        int first = 0;
+        int last = 0;
+        const auto sliceOf = [&](double place) { return static_cast<int>(std::floor(place / width)); };
+        for (;; width *= kLadderOfWidths)
+        {
+            first = sliceOf(std::log2(nearest) - kBesideSlices);
+            last = sliceOf(std::log2(farthest) + kBesideSlices);
+            if (last - first < count)
+            {
+                break;
+            }
+        }
+        bool isFine = true;
+        areas.clear();
+        for (int i = first; i <= last; ++i)
+        {
+            const double start = std::exp2(i * width);
+            Area area = AreaOf(seen.GetFaces(), distance, i == first ? -kInfinity : start,
+                               i == last ? kInfinity : std::exp2((i + 1) * width));
+            if (IsEmpty(area) && areas.empty())
+            {
+                ++first;
+                continue;
+            }
+            // The box that is seen and that of what casts are convex, so that no part between others is empty; one
+            // that rounding makes so keeps its number, and takes next to no room.
+            const int mostTexels = static_cast<int>(mostOfCell * (most / 2));
+            isFine = Divide(area, wanted * start, mostTexels, GridOf(mostTexels)) && isFine;
+            areas.push_back(area);
+        }
+        while (!areas.empty() && IsEmpty(areas.back()))
+        {
+            areas.pop_back();
+        }
+        m_cells = count;
+        m_slices = {1.0 / width, static_cast<double>(-first), ((first % count) + count) % count};
+        if (isFine || 2 * count > mostParts)
         {
             break;
         }
     }
-    while (!areas.empty() && !(areas.back().to.x > areas.back().from.x))
-    {
-        areas.pop_back();
-    }
-    Place(areas);
+    Place(areas, glm::ivec2(PowerOfTwo(most / 2)));
 }
 
 glm::dvec2 SunView::FinerOn(const glm::dvec3& normal) const
@@ -301,13 +357,13 @@ SunView::Area SunView::AreaOf(const std::vector<std::vector<glm::dvec4>>& seen, 
     return isEmpty ? Area{} : area;
 }
 
-bool SunView::Divide(Area& area, const glm::dvec2& wanted, int most)
+bool SunView::Divide(Area& area, const glm::dvec2& wanted, int most, int grid)
 {
     bool isFine = true;
     for (int axis = 0; axis < 2; ++axis)
     {
         const double extent = std::max(area.to[axis] - area.from[axis], 1e-300);
-        const double least = extent / (most - 2 * kMargin - 2);
+        const double least = extent / (most - 2 * kMargin - 2 * grid);
         double texel = OnLadder(wanted[axis], std::floor);
         if (texel < least)
         {
@@ -315,28 +371,26 @@ bool SunView::Divide(Area& area, const glm::dvec2& wanted, int most)
             isFine = isFine && texel <= wanted[axis];
         }
         area.texel[axis] = texel;
-        area.size[axis] = std::min(static_cast<int>(extent / texel) + 2 * kMargin + 2, most);
+        const double first = std::floor(area.from[axis] / texel) - kMargin;
+        const int size = std::min(static_cast<int>(extent / texel) + 2 * kMargin + 2, most);
+        const double end = std::ceil((first + size) / grid) * grid;
+        area.first[axis] = std::floor(first / grid) * grid;
+        area.size[axis] = std::min(static_cast<int>(end - area.first[axis]), most);
     }
     return isFine;
 }
 
-void SunView::Place(const std::vector<Area>& areas)
+void SunView::Place(const std::vector<Area>& areas, const glm::ivec2& cell)
 {
-    // Cells of one size, so that the map keeps its own while the eye moves.
-    glm::ivec2 cell(1);
-    for (const Area& area : areas)
+    // Cells of one size, as many as there may be, so that the map keeps its own while the eye moves.
+    const int columns = m_cells > 2 ? 2 : 1;
+    for (std::size_t i = 0; i < areas.size(); ++i)
     {
-        cell = glm::max(cell, glm::ivec2(PowerOfTwo(area.size.x), PowerOfTwo(area.size.y)));
+        const int number = (m_slices.firstCell + static_cast<int>(i)) % m_cells;
+        m_tiles.push_back(MakeTile(cell * glm::ivec2(number % columns, number / columns), cell, areas[i]));
     }
-    const int count = static_cast<int>(areas.size());
-    const int columns = count > 2 ? 2 : 1;
-    for (int i = 0; i < count; ++i)
-    {
-        const glm::ivec2 place(i % columns, i / columns);
-        m_tiles.push_back(MakeTile(place * cell, areas[static_cast<std::size_t>(i)]));
-        m_size = glm::max(m_size, (place + glm::ivec2(1)) * cell);
-    }
-    m_size.x += count > 1 ? kBeside : 0;
+    m_size = areas.empty() ? glm::ivec2(0) : cell * glm::ivec2(columns, m_cells / columns);
+    m_size.x += HasParts() && !areas.empty() ? kBeside : 0;
 }
 
 void SunView::Bound(const std::vector<CastBox>& casters, const Request& request)
@@ -399,28 +453,35 @@ void SunView::FindReach(const std::vector<CastBox>& casters)
     }
 }
 
-SunView::Tile SunView::MakeTile(const glm::ivec2& place, const Area& area) const
+SunView::Tile SunView::MakeTile(const glm::ivec2& place, const glm::ivec2& cell, const Area& area) const
 {
     const double range = GetRange();
     Tile tile;
-    tile.low = place;
-    tile.high = place + area.size;
+    tile.cellLow = place;
+    tile.cellHigh = place + cell;
     glm::dmat4 toClip(1.0);
     for (int axis = 0; axis < 2; ++axis)
     {
         const double size = area.texel[axis];
-        const int texels = area.size[axis];
-        const double first = (std::floor(area.from[axis] / size) - kMargin) * size;
+        const int texels = cell[axis];
+        // With room the cell stays where it is while the part moves through it.
+        const double filled = area.size[axis] / static_cast<double>(texels);
+        const double most = filled <= kLittleOfCell ? kLittleOfCell : filled <= kMostOfCell ? kMostOfCell : 1.0;
+        const double room = std::max(std::floor((1.0 - most) * texels), 1.0);
+        const double firstOfCell = std::floor(area.first[axis] / room) * room;
+        const double first = firstOfCell * size;
+        tile.low[axis] = place[axis] + static_cast<int>(area.first[axis] - firstOfCell);
+        tile.high[axis] = tile.low[axis] + area.size[axis];
         tile.step[axis] = size / range;
-        tile.area.from[axis] = first;
-        tile.area.to[axis] = first + texels * size;
+        tile.area.from[axis] = area.first[axis] * size;
+        tile.area.to[axis] = (area.first[axis] + area.size[axis]) * size;
         const glm::dvec3& direction = m_axes[static_cast<std::size_t>(axis)];
         for (int column = 0; column < 3; ++column)
         {
             tile.toMap[column][axis] = direction[column] / size;
             toClip[column][axis] = 2.0 * direction[column] / (texels * size);
         }
-        tile.toMap[3][axis] = place[axis] - first / size;
+        tile.toMap[3][axis] = place[axis] - firstOfCell;
         toClip[3][axis] = -2.0 * first / (texels * size) - 1.0;
     }
     for (int column = 0; column < 3; ++column)

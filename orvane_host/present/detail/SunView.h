@@ -24,9 +24,10 @@ struct CastBox
 ///
 /// Each part is a rectangle of as many texels as it takes for them to be as fine against the pixels of
 /// the picture as is wanted, up to a limit. Sizes of texels are steps of a ladder, and texels lie on a grid about
-/// the origin of the world, so that the same texels come again while the eye moves. Where one part of
-/// all that casts shadows is fine enough, it is the only one, and stays as it is. Lengths along the light
-/// are counted from what lies nearest to the sun, 0, to what lies farthest from it, 1.
+/// the origin of the world, so that the same texels come again while the eye moves; they stay where they are in the map
+/// until the eye has gone as far as a part has room beside it. Where one part of all that casts shadows is fine enough,
+/// it is the only one, and stays as it is. Lengths along the light are counted from what lies nearest to the sun, 0, to
+/// what lies farthest from it, 1.
 class SunView
 {
 public:
@@ -50,11 +51,14 @@ public:
         /// World space to texels of the map across and up, and to the length along the light. The
         /// last row is that of a point.
         glm::dmat4 toMap{1.0};
-        /// World space to the clip space of the part alone.
+        /// World space to the clip space of the part's cell alone.
         glm::dmat4 toClip{1.0};
         /// Texels of the map: first and behind the last, across and up.
         glm::ivec2 low{0};
         glm::ivec2 high{0};
+        /// The same of what the map holds for the part, among which these lie.
+        glm::ivec2 cellLow{0};
+        glm::ivec2 cellHigh{0};
         /// Edges of a texel, in lengths along the light.
         glm::dvec2 step{0.0};
         /// Whatever casts outside casts nothing into it.
@@ -67,6 +71,7 @@ public:
     {
         double perOctave = 0.0;
         double atOne = 0.0;
+        int firstCell = 0; ///< of the map, which the first part has; the others have those that follow, around
     };
 
     /// What the map is laid out for.
@@ -80,7 +85,7 @@ public:
         double texel = 1.0;     ///< edge of one in pixels of the picture, at most where the map is large enough
         double texelOfWhole = 1.0; ///< the same where one part of all that casts can have it; not above `texel`
         int mostTexels = 4096;  ///< of a side of a part that is alone, of which the map has at most two
-        int mostParts = MostTiles; ///< at least 1
+        int mostParts = MostTiles; ///< at least 1, which fewer than 4 come to
         glm::dvec3 low{0.0};    ///< of the box of all that may catch shadows
         glm::dvec3 high{0.0};
     };
@@ -93,10 +98,17 @@ public:
 
     const Slices& GetSlices() const { return m_slices; }
 
+    /// Whether the map has room for several parts, and how many.
+    bool HasParts() const { return m_cells > 1; }
+    int CountCells() const { return m_cells; }
+
     /// Texels of the map; 0 without parts.
     glm::ivec2 GetSize() const { return m_size; }
 
     Footprint FootprintOf(const CastBox& box) const;
+
+    /// World space to across, up and towards the sun: unit and upright to each other.
+    const std::array<glm::dvec3, 3>& GetAxes() const { return m_axes; }
 
     /// World space to a length along the light: toward the sun, nothing casts from farther off than that. It ends at
     /// that pair of faces of the box about all casters that light takes the shortest way between.
@@ -112,7 +124,8 @@ private:
         glm::dvec2 from{0.0};
         glm::dvec2 to{0.0};
         glm::dvec2 texel{0.0}; ///< edges
-        glm::ivec2 size{0};    ///< in texels, with what filters may read around
+        glm::dvec2 first{0.0}; ///< texel of the grid, with what filters may read around
+        glm::ivec2 size{0};    ///< in texels
     };
 
     void Bound(const std::vector<CastBox>& casters, const Request& request);
@@ -120,14 +133,17 @@ private:
     /// Shares of their edges, across and up, that texels may have for the light not to draw them out on a plane.
     glm::dvec2 FinerOn(const glm::dvec3& normal) const;
     /// Of what lies between two distances from the eye; without size where nothing does.
+    static bool IsEmpty(const Area& area) { return !(area.from.x < area.to.x); }
     Area AreaOf(const std::vector<std::vector<glm::dvec4>>& seen, const glm::dvec4& distance, double start,
                 double end) const;
+    /// @param most texels of a side.
+    /// @param grid in texels, that the area is made to begin and end on.
     /// @return whether it is as fine as wanted.
-    static bool Divide(Area& area, const glm::dvec2& wanted, int most);
-    void Place(const std::vector<Area>& areas);
-    Tile MakeTile(const glm::ivec2& place, const Area& area) const;
+    static bool Divide(Area& area, const glm::dvec2& wanted, int most, int grid = 1);
+    /// @param cell texels that each has for itself.
+    void Place(const std::vector<Area>& areas, const glm::ivec2& cell);
+    Tile MakeTile(const glm::ivec2& place, const glm::ivec2& cell, const Area& area) const;
 
-    // Across, up and towards the sun, unit and upright to each other.
     std::array<glm::dvec3, 3> m_axes{};
     glm::dvec2 m_from{0.0}; ///< of all casters, across the light
     glm::dvec2 m_to{0.0};
@@ -136,6 +152,7 @@ private:
     glm::dvec4 m_reach{0.0};
     std::vector<Tile> m_tiles;
     Slices m_slices;
+    int m_cells = 1;
     glm::ivec2 m_size{0};
 };
 

@@ -83,7 +83,7 @@ std::vector<TexelRect> FindTouchedTexels(const SunView::Tile& tile, const std::v
     for (const SunView::Footprint& footprint : changed)
     {
         const TexelRect touched = TexelsOf(tile, footprint);
-        if (touched.low.x < touched.high.x && touched.low.y < touched.high.y)
+        if (!IsEmpty(touched))
         {
             Add(rects, touched, kLeast * AreaOf(whole));
         }

@@ -1,20 +1,12 @@
 #pragma once
 
 #include "orvane_host/present/detail/SunView.h"
-
-#include <glm/vec2.hpp>
+#include "orvane_host/present/detail/TexelRect.h"
 
 #include <vector>
 
 namespace OV::Host::Detail
 {
-
-/// Texels of a map: first and behind the last, across and up.
-struct TexelRect
-{
-    glm::ivec2 low{0};
-    glm::ivec2 high{0};
-};
 
 /// What is to be drawn anew of a part of a map for what has changed among its casters: a few rectangles that hold
 /// all of the footprints; none where the part sees none of them, and all of the part where that is hardly more.
