@@ -28,8 +28,8 @@ constexpr int kLeastWithGrid = 1024;
 /// Of parts by distance there are that many, or twice that.
 constexpr int kFewParts = 4;
 
-/// Parts by distance are no narrower.
-constexpr double kLeastOctaves = 1e-3;
+/// Parts by distance are no narrower: narrow ones would be others with every change of what is farthest.
+constexpr double kLeastOctaves = 0.375;
 
 /// Octaves by which what is nearest and farthest may be off.
 constexpr double kBesideSlices = 1e-6;
@@ -51,6 +51,10 @@ constexpr double kLeastFlattestOfWhole = 0.6;
 
 /// As much as they are made finer for planes that face an eye without perspective, as of plans and elevations.
 constexpr double kMostDrawnOut = 4.0;
+
+/// Texels of a side of the map at least, and of one of several parts, as many times the pixels of the picture at most.
+constexpr int kLeastTexels = 64;
+constexpr double kTexelsOfPixel = 4.0;
 
 /// Axes that light runs this much along, of 1, tell how far off casters may be; one of three always does.
 constexpr double kSteepest = 1e-3;
@@ -232,7 +236,7 @@ SunView::SunView(const Request& request, const std::vector<CastBox>& casters)
         return texel * std::min(pixel.x, pixel.y) * glm::min(finer, onGroundAndWalls);
     };
     const glm::dvec2 wanted = wantedWith(request.texel, kFlattest);
-    const int most = std::max(request.mostTexels, 64);
+    const int most = std::max(request.mostTexels, kLeastTexels);
 
     const double texelOfWhole = std::min(request.texelOfWhole, request.texel);
     for (const glm::dvec2& wantedOfWhole :
@@ -266,13 +270,15 @@ SunView::SunView(const Request& request, const std::vector<CastBox>& casters)
     {
         return;
     }
+    const int enough = PowerOfTwo(kTexelsOfPixel * std::max(request.pixels.x, request.pixels.y));
+    const int cell = std::max(std::min(most / 2, enough), kLeastTexels / 2);
+    const int mostTexels = static_cast<int>(mostOfCell * cell);
     // Parts begin at distances that are the same from wherever the eye looks, and have their cells by these.
     std::vector<Area> areas;
     int count = kFewParts;
     for (; count <= mostParts; count *= 2)
     {
-        const double octaves = std::max(std::log2(farthest / nearest), kLeastOctaves);
-        double width = OnLadder(octaves / count, std::ceil, kLadderOfWidths);
+        double width = std::max(OnLadder(std::log2(farthest / nearest) / count, std::ceil, kLadderOfWidths), kLeastOctaves);
         int first = 0;
         int last = 0;
         const auto sliceOf = [&](double place) { return static_cast<int>(std::floor(place / width)); };
@@ -299,7 +305,6 @@ SunView::SunView(const Request& request, const std::vector<CastBox>& casters)
             }
             // The box that is seen and that of what casts are convex, so that no part between others is empty; one
             // that rounding makes so keeps its number, and takes next to no room.
-            const int mostTexels = static_cast<int>(mostOfCell * (most / 2));
             isFine = Divide(area, wanted * start, mostTexels, GridOf(mostTexels)) && isFine;
             areas.push_back(area);
         }
@@ -314,7 +319,7 @@ SunView::SunView(const Request& request, const std::vector<CastBox>& casters)
             break;
         }
     }
-    Place(areas, glm::ivec2(PowerOfTwo(most / 2)));
+    Place(areas, glm::ivec2(PowerOfTwo(cell)));
 }
 
 glm::dvec2 SunView::FinerOn(const glm::dvec3& normal) const

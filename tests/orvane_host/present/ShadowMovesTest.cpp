@@ -19,6 +19,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -203,6 +204,61 @@ TEST_F(ShadowMoves, MapsAreThoseThatAreDrawnWholeWhateverIsEdited)
         Watched whole(std::make_unique<Presentation>(std::move(crowds[1].scene), crowds[1].named));
         const auto edit = [&](std::size_t which, Dice& dice) { crowds[which].Edit(dice); };
         EXPECT_GT(ExpectTexelsOfWholeMaps(partly, whole, kind.settings, edit, ++seed), 5);
+    }
+}
+
+/// Goes on, looks about and now and then stands still or is somewhere else.
+void MoveEye(Host::ViewSettings& view, Dice& dice)
+{
+    if (dice.Below(8) == 0)
+    {
+        return;
+    }
+    const float length = dice.Below(8) == 0 ? 2.0f : 0.1f;
+    for (std::optional<Vector>* const place : {&view.eye, &view.target})
+    {
+        const Vector by(length * (dice.Share() - 0.5f), 0.1f * length * (dice.Share() - 0.5f),
+                        length * (dice.Share() - 0.5f));
+        place->value().Add(**place, by);
+    }
+}
+
+TEST_F(ShadowMoves, MapsAreThoseThatAreDrawnWholeWhereverTheEyeGoes)
+{
+    unsigned int seed = 200;
+    for (const Kind& kind : Kinds())
+    {
+        SCOPED_TRACE(kind.name);
+        Crowd crowds[2] = {Crowd(64, 7, 6), Crowd(64, 7, 6)};
+        Watched partly(std::make_unique<Presentation>(std::move(crowds[0].scene), crowds[0].named));
+        Watched whole(std::make_unique<Presentation>(std::move(crowds[1].scene), crowds[1].named));
+        PresentationSettings settings = kind.settings;
+        Dice eye(++seed);
+        Dice dice(seed);
+        Dice same(seed);
+        Apply(partly.Get(), settings);
+        Draw(partly.Get());
+        int partial = 0;
+        for (int step = 0; step < 2 * kSteps && !HasFailure(); ++step)
+        {
+            SCOPED_TRACE(step);
+            Draw(partly.Get());
+            MoveEye(settings.view, eye);
+            DrawInOtherLight(whole, settings);
+            Apply(partly.Get(), settings);
+            if (step % 4 == 3)
+            {
+                crowds[0].Edit(dice);
+                crowds[1].Edit(same);
+            }
+            GLRecorder recorder(GLRecorder::Mode::Forward);
+            const Picture picture = Draw(partly.Get());
+            partial += recorder.Count("glClear", {0}) > 0 ? 1 : 0;
+            ExpectSame(picture, Draw(whole.Get()), "picture");
+            EXPECT_TRUE(partly.maps == whole.maps);
+        }
+        // One part that holds all stays as it is.
+        EXPECT_GT(partial, std::string(kind.name).find("inside") == 0 ? kSteps : 0);
     }
 }
 
