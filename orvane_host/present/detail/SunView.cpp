@@ -1,5 +1,7 @@
 #include "orvane_host/present/detail/SunView.h"
 
+#include "orvane_host/present/detail/SeenPart.h"
+
 #include <glm/geometric.hpp>
 #include <glm/mat3x3.hpp>
 #include <glm/matrix.hpp>
@@ -32,7 +34,7 @@ constexpr int kFewParts = 4;
 constexpr double kLeastOctaves = 0.375;
 
 /// Octaves by which what is nearest and farthest may be off.
-constexpr double kBesideSlices = 1e-6;
+constexpr double kBesideParts = 1e-6;
 
 /// Of a cell, what a part that moves takes at most, for the rest to be room to move in. Smaller ones have more of it.
 constexpr double kMostOfCell = 0.875;
@@ -63,112 +65,6 @@ constexpr double kSteepest = 1e-3;
 constexpr double kLadder = 1.1892071150027210; // the fourth root of 2
 constexpr double kLadderOfWidths = 1.0442737824274138; // the sixteenth
 
-using Polygon = std::vector<glm::dvec4>;
-
-/// What is left of a polygon on the side of a plane where `distance` is 0 or more.
-template <class Distance>
-Polygon Clipped(const Polygon& polygon, const Distance& distance)
-{
-    Polygon kept;
-    for (std::size_t i = 0; i < polygon.size(); ++i)
-    {
-        const glm::dvec4& a = polygon[i];
-        const glm::dvec4& b = polygon[(i + 1) % polygon.size()];
-        const double da = distance(a);
-        const double db = distance(b);
-        if (da >= 0.0)
-        {
-            kept.push_back(a);
-        }
-        if ((da >= 0.0) != (db >= 0.0))
-        {
-            kept.push_back(a + (b - a) * (da / (da - db)));
-        }
-    }
-    return kept;
-}
-
-/// The faces of a box by its corners, whose numbers have a bit for each axis.
-constexpr int kFaces[6][4] = {{0, 1, 3, 2}, {4, 5, 7, 6}, {0, 1, 5, 4}, {2, 3, 7, 6}, {0, 2, 6, 4}, {1, 3, 7, 5}};
-
-std::array<glm::dvec4, 8> Corners(const glm::dvec3& low, const glm::dvec3& high)
-{
-    std::array<glm::dvec4, 8> corners;
-    for (int i = 0; i < 8; ++i)
-    {
-        corners[static_cast<std::size_t>(i)] = glm::dvec4((i & 1) != 0 ? high.x : low.x, (i & 2) != 0 ? high.y : low.y,
-                                                          (i & 4) != 0 ? high.z : low.z, 1.0);
-    }
-    return corners;
-}
-
-glm::dvec4 RowOf(const glm::dmat4& matrix, int row)
-{
-    return {matrix[0][row], matrix[1][row], matrix[2][row], matrix[3][row]};
-}
-
-/// The corners of what a view and a box have in common.
-class SeenPart
-{
-public:
-    SeenPart(const glm::dmat4& worldToClip, const glm::dvec3& low, const glm::dvec3& high)
-    {
-        const glm::dvec4 w = RowOf(worldToClip, 3);
-        for (int axis = 0; axis < 3; ++axis)
-        {
-            const glm::dvec4 row = RowOf(worldToClip, axis);
-            m_planes[static_cast<std::size_t>(2 * axis)] = w + row;
-            m_planes[static_cast<std::size_t>(2 * axis + 1)] = w - row;
-        }
-        AddFaces(Corners(low, high), [&](Polygon polygon) {
-            for (const glm::dvec4& plane : m_planes)
-            {
-                polygon = Clipped(polygon, [&](const glm::dvec4& p) { return glm::dot(plane, p); });
-            }
-            return polygon;
-        });
-        const glm::dmat4 toWorld = glm::inverse(worldToClip);
-        std::array<glm::dvec4, 8> corners = Corners(glm::dvec3(-1.0), glm::dvec3(1.0));
-        for (glm::dvec4& corner : corners)
-        {
-            corner = toWorld * corner;
-            corner /= corner.w;
-        }
-        AddFaces(corners, [&](Polygon polygon) {
-            for (int axis = 0; axis < 3; ++axis)
-            {
-                polygon = Clipped(polygon, [&](const glm::dvec4& p) { return p[axis] - low[axis]; });
-                polygon = Clipped(polygon, [&](const glm::dvec4& p) { return high[axis] - p[axis]; });
-            }
-            return polygon;
-        });
-    }
-
-    const std::vector<Polygon>& GetFaces() const { return m_faces; }
-
-private:
-    template <class Clip>
-    void AddFaces(const std::array<glm::dvec4, 8>& corners, const Clip& clip)
-    {
-        for (const auto& face : kFaces)
-        {
-            Polygon polygon;
-            for (const int corner : face)
-            {
-                polygon.push_back(corners[static_cast<std::size_t>(corner)]);
-            }
-            polygon = clip(std::move(polygon));
-            if (!polygon.empty())
-            {
-                m_faces.push_back(std::move(polygon));
-            }
-        }
-    }
-
-    std::array<glm::dvec4, 6> m_planes;
-    std::vector<Polygon> m_faces;
-};
-
 /// The step of a ladder that is next to a size, rounded up or down.
 double OnLadder(double size, double (*round)(double), double ladder = kLadder)
 {
@@ -178,6 +74,32 @@ double OnLadder(double size, double (*round)(double), double ladder = kLadder)
 int GridOf(int mostTexels)
 {
     return mostTexels < kLeastWithGrid ? 1 : kGrid;
+}
+
+/// Numbers of the parts that distances lie in, each as wide as the others, in octaves.
+struct Range
+{
+    double width = 0.0;
+    int first = 0;
+    int last = 0;
+};
+
+/// The narrowest with no more than so many parts.
+Range RangeOf(double nearest, double farthest, int count)
+{
+    const double low = std::log2(nearest) - kBesideParts;
+    const double high = std::log2(farthest) + kBesideParts;
+    Range range;
+    range.width = std::max(OnLadder((high - low) / count, std::ceil, kLadderOfWidths), kLeastOctaves);
+    for (;; range.width *= kLadderOfWidths)
+    {
+        range.first = static_cast<int>(std::floor(low / range.width));
+        range.last = static_cast<int>(std::floor(high / range.width));
+        if (range.last - range.first < count)
+        {
+            return range;
+        }
+    }
 }
 
 int PowerOfTwo(double least)
@@ -191,6 +113,38 @@ int PowerOfTwo(double least)
 }
 
 } // namespace
+
+/// What the eye sees.
+struct SunView::Sight
+{
+    Sight(const Request& request, const glm::dvec2& wantedAtOne) :
+        part(request.worldToClip, request.low, request.high),
+        distance(request.perspective ? RowOf(request.worldToClip, 3) : glm::dvec4(0.0, 0.0, 0.0, 1.0)),
+        wanted(wantedAtOne), most(std::max(request.mostTexels, kLeastTexels)),
+        // Without perspective all is equally far, and parts by distance would be the same again and again.
+        mostParts(request.perspective ? request.mostParts : 1), mostOfCell(request.perspective ? kMostOfCell : 1.0)
+    {
+        for (const Polygon& face : part.GetFaces())
+        {
+            for (const glm::dvec4& corner : face)
+            {
+                nearest = std::min(nearest, glm::dot(distance, corner));
+                farthest = std::max(farthest, glm::dot(distance, corner));
+            }
+        }
+    }
+
+    bool IsAny() const { return nearest <= farthest && nearest > 0.0; }
+
+    SeenPart part;
+    glm::dvec4 distance; ///< of a place from the eye
+    double nearest = kInfinity;
+    double farthest = -kInfinity;
+    glm::dvec2 wanted;   ///< edges of a texel at the distance 1
+    int most;            ///< texels of a side of a part that is alone
+    int mostParts;
+    double mostOfCell;
+};
 
 SunView::SunView(const Request& request, const std::vector<CastBox>& casters)
 {
@@ -209,22 +163,6 @@ SunView::SunView(const Request& request, const std::vector<CastBox>& casters)
     }
     Bound(casters, request);
     FindReach(casters);
-    const SeenPart seen(request.worldToClip, request.low, request.high);
-    const glm::dvec4 distance = request.perspective ? RowOf(request.worldToClip, 3) : glm::dvec4(0.0, 0.0, 0.0, 1.0);
-    double nearest = kInfinity;
-    double farthest = -kInfinity;
-    for (const Polygon& face : seen.GetFaces())
-    {
-        for (const glm::dvec4& corner : face)
-        {
-            nearest = std::min(nearest, glm::dot(distance, corner));
-            farthest = std::max(farthest, glm::dot(distance, corner));
-        }
-    }
-    if (!(nearest <= farthest) || !(nearest > 0.0))
-    {
-        return;
-    }
     // Pixels at the distance 1.
     const glm::dvec2 pixel(2.0 / (request.pixels.x * glm::length(glm::dvec3(RowOf(request.worldToClip, 0)))),
                            2.0 / (request.pixels.y * glm::length(glm::dvec3(RowOf(request.worldToClip, 1)))));
@@ -235,69 +173,69 @@ SunView::SunView(const Request& request, const std::vector<CastBox>& casters)
         const glm::dvec2 onGroundAndWalls(1.0, std::clamp(flatter, flattest, 1.0));
         return texel * std::min(pixel.x, pixel.y) * glm::min(finer, onGroundAndWalls);
     };
-    const glm::dvec2 wanted = wantedWith(request.texel, kFlattest);
-    const int most = std::max(request.mostTexels, kLeastTexels);
-
-    const double texelOfWhole = std::min(request.texelOfWhole, request.texel);
-    for (const glm::dvec2& wantedOfWhole :
-         {wantedWith(texelOfWhole, kMostFlattestOfWhole), wantedWith(request.texel, kMostFlattestOfWhole), wanted,
-          wantedWith(request.texel, kLeastFlattestOfWhole)})
-    {
-        Area whole;
-        whole.from = m_from;
-        whole.to = m_to;
-        if (Divide(whole, wantedOfWhole * nearest, most))
-        {
-            Place({whole}, {PowerOfTwo(whole.size.x), PowerOfTwo(whole.size.y)});
-            return;
-        }
-    }
-    // Without perspective all is equally far, and parts by distance would be the same again and again.
-    const int mostParts = request.perspective ? request.mostParts : 1;
-    const double mostOfCell = request.perspective ? kMostOfCell : 1.0;
-    const auto isSeenAsOne = [&] {
-        Area one = AreaOf(seen.GetFaces(), distance, -kInfinity, kInfinity);
-        const int mostTexels = static_cast<int>(mostOfCell * most);
-        const bool isFine = IsEmpty(one) || Divide(one, wanted * nearest, mostTexels, GridOf(mostTexels));
-        if (!IsEmpty(one) && (isFine || mostParts < kFewParts))
-        {
-            const glm::ivec2 cell(PowerOfTwo(one.size.x / mostOfCell), PowerOfTwo(one.size.y / mostOfCell));
-            Place({one}, glm::min(cell, glm::ivec2(PowerOfTwo(most))));
-        }
-        return isFine || mostParts < kFewParts;
-    };
-    if (isSeenAsOne())
+    const Sight sight(request, wantedWith(request.texel, kFlattest));
+    if (!sight.IsAny())
     {
         return;
     }
-    const int enough = PowerOfTwo(kTexelsOfPixel * std::max(request.pixels.x, request.pixels.y));
-    const int cell = std::max(std::min(most / 2, enough), kLeastTexels / 2);
-    const int mostTexels = static_cast<int>(mostOfCell * cell);
-    // Parts begin at distances that are the same from wherever the eye looks, and have their cells by these.
-    std::vector<Area> areas;
-    int count = kFewParts;
-    for (; count <= mostParts; count *= 2)
+    const double texelOfWhole = std::min(request.texelOfWhole, request.texel);
+    const bool isHeld = HoldAll(sight, wantedWith(texelOfWhole, kMostFlattestOfWhole))
+        || HoldAll(sight, wantedWith(request.texel, kMostFlattestOfWhole)) || HoldAll(sight, sight.wanted)
+        || HoldAll(sight, wantedWith(request.texel, kLeastFlattestOfWhole)) || HoldWhatIsSeen(sight);
+    if (!isHeld)
     {
-        double width = std::max(OnLadder(std::log2(farthest / nearest) / count, std::ceil, kLadderOfWidths), kLeastOctaves);
-        int first = 0;
-        int last = 0;
-        const auto sliceOf = [&](double place) { return static_cast<int>(std::floor(place / width)); };
-        for (;; width *= kLadderOfWidths)
-        {
-            first = sliceOf(std::log2(nearest) - kBesideSlices);
-            last = sliceOf(std::log2(farthest) + kBesideSlices);
-            if (last - first < count)
-            {
-                break;
-            }
-        }
-        bool isFine = true;
+        const int enough = PowerOfTwo(kTexelsOfPixel * std::max(request.pixels.x, request.pixels.y));
+        HoldByDistance(sight, std::max(std::min(sight.most / 2, enough), kLeastTexels / 2));
+    }
+}
+
+bool SunView::HoldAll(const Sight& sight, const glm::dvec2& wanted)
+{
+    Area all;
+    all.from = m_from;
+    all.to = m_to;
+    if (!Divide(all, wanted * sight.nearest, sight.most))
+    {
+        return false;
+    }
+    Place({all}, {PowerOfTwo(all.size.x), PowerOfTwo(all.size.y)});
+    return true;
+}
+
+bool SunView::HoldWhatIsSeen(const Sight& sight)
+{
+    Area area = AreaOf(sight, -kInfinity, kInfinity);
+    if (IsEmpty(area))
+    {
+        return true;
+    }
+    const int most = static_cast<int>(sight.mostOfCell * sight.most);
+    if (!Divide(area, sight.wanted * sight.nearest, most, GridOf(most)) && sight.mostParts >= kFewParts)
+    {
+        return false;
+    }
+    const glm::ivec2 cell(PowerOfTwo(area.size.x / sight.mostOfCell), PowerOfTwo(area.size.y / sight.mostOfCell));
+    Place({area}, glm::min(cell, glm::ivec2(PowerOfTwo(sight.most))));
+    return true;
+}
+
+void SunView::HoldByDistance(const Sight& sight, int cell)
+{
+    const int most = static_cast<int>(sight.mostOfCell * cell);
+    std::vector<Area> areas;
+    bool isFine = false;
+    for (int count = kFewParts; count <= sight.mostParts && !isFine; count *= 2)
+    {
+        // Parts begin at distances that are the same from wherever the eye looks, and have their cells by these.
+        const Range range = RangeOf(sight.nearest, sight.farthest, count);
+        int first = range.first;
+        isFine = true;
         areas.clear();
-        for (int i = first; i <= last; ++i)
+        for (int i = range.first; i <= range.last; ++i)
         {
-            const double start = std::exp2(i * width);
-            Area area = AreaOf(seen.GetFaces(), distance, i == first ? -kInfinity : start,
-                               i == last ? kInfinity : std::exp2((i + 1) * width));
+            const double start = std::exp2(i * range.width);
+            Area area = AreaOf(sight, i == range.first ? -kInfinity : start,
+                               i == range.last ? kInfinity : std::exp2((i + 1) * range.width));
             if (IsEmpty(area) && areas.empty())
             {
                 ++first;
@@ -305,7 +243,7 @@ SunView::SunView(const Request& request, const std::vector<CastBox>& casters)
             }
             // The box that is seen and that of what casts are convex, so that no part between others is empty; one
             // that rounding makes so keeps its number, and takes next to no room.
-            isFine = Divide(area, wanted * start, mostTexels, GridOf(mostTexels)) && isFine;
+            isFine = Divide(area, sight.wanted * start, most, GridOf(most)) && isFine;
             areas.push_back(area);
         }
         while (!areas.empty() && IsEmpty(areas.back()))
@@ -313,11 +251,7 @@ SunView::SunView(const Request& request, const std::vector<CastBox>& casters)
             areas.pop_back();
         }
         m_cells = count;
-        m_slices = {1.0 / width, static_cast<double>(-first), ((first % count) + count) % count};
-        if (isFine || 2 * count > mostParts)
-        {
-            break;
-        }
+        m_slices = {1.0 / range.width, static_cast<double>(-first), (first % count + count) % count};
     }
     Place(areas, glm::ivec2(PowerOfTwo(cell)));
 }
@@ -332,22 +266,21 @@ glm::dvec2 SunView::FinerOn(const glm::dvec3& normal) const
     return {share(m_axes[0]), share(m_axes[1])};
 }
 
-SunView::Area SunView::AreaOf(const std::vector<std::vector<glm::dvec4>>& seen, const glm::dvec4& distance, double start,
-                              double end) const
+SunView::Area SunView::AreaOf(const Sight& sight, double start, double end) const
 {
     Area area;
     area.from = glm::dvec2(kInfinity);
     area.to = glm::dvec2(-kInfinity);
-    for (const Polygon& face : seen)
+    for (const Polygon& face : sight.part.GetFaces())
     {
         Polygon slice = face;
         if (start > -kInfinity)
         {
-            slice = Clipped(slice, [&](const glm::dvec4& p) { return glm::dot(distance, p) - start; });
+            slice = Clipped(slice, [&](const glm::dvec4& p) { return glm::dot(sight.distance, p) - start; });
         }
         if (end < kInfinity)
         {
-            slice = Clipped(slice, [&](const glm::dvec4& p) { return end - glm::dot(distance, p); });
+            slice = Clipped(slice, [&](const glm::dvec4& p) { return end - glm::dot(sight.distance, p); });
         }
         for (const glm::dvec4& corner : slice)
         {

@@ -128,14 +128,23 @@ private:
         glm::ivec2 size{0};    ///< in texels
     };
 
+    struct Sight;
+
+    /// One part of all that casts, if that is fine enough.
+    /// @param wanted edges of a texel at the distance 1.
+    bool HoldAll(const Sight& sight, const glm::dvec2& wanted);
+    /// One of what is seen, if that is fine enough or there may be no more; none where nothing is.
+    bool HoldWhatIsSeen(const Sight& sight);
+    /// @param cell texels of a side that each part has for itself.
+    void HoldByDistance(const Sight& sight, int cell);
+
     void Bound(const std::vector<CastBox>& casters, const Request& request);
     void FindReach(const std::vector<CastBox>& casters);
     /// Shares of their edges, across and up, that texels may have for the light not to draw them out on a plane.
     glm::dvec2 FinerOn(const glm::dvec3& normal) const;
-    /// Of what lies between two distances from the eye; without size where nothing does.
     static bool IsEmpty(const Area& area) { return !(area.from.x < area.to.x); }
-    Area AreaOf(const std::vector<std::vector<glm::dvec4>>& seen, const glm::dvec4& distance, double start,
-                double end) const;
+    /// Of what lies between two distances from the eye; empty where nothing does.
+    Area AreaOf(const Sight& sight, double start, double end) const;
     /// @param most texels of a side.
     /// @param grid in texels, that the area is made to begin and end on.
     /// @return whether it is as fine as wanted.
