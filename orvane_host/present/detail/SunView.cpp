@@ -63,12 +63,11 @@ constexpr double kSteepest = 1e-3;
 
 /// Sizes of texels go up by this, and what parts have of the distance, in octaves.
 constexpr double kLadder = 1.1892071150027210; // the fourth root of 2
-constexpr double kLadderOfWidths = 1.0442737824274138; // the sixteenth
 
 /// The step of a ladder that is next to a size, rounded up or down.
-double OnLadder(double size, double (*round)(double), double ladder = kLadder)
+double OnLadder(double size, double (*round)(double))
 {
-    return std::pow(ladder, round(std::log(size) / std::log(ladder)));
+    return std::pow(kLadder, round(std::log(size) / std::log(kLadder)));
 }
 
 int GridOf(int mostTexels)
@@ -90,8 +89,8 @@ Range RangeOf(double nearest, double farthest, int count)
     const double low = std::log2(nearest) - kBesideParts;
     const double high = std::log2(farthest) + kBesideParts;
     Range range;
-    range.width = std::max(OnLadder((high - low) / count, std::ceil, kLadderOfWidths), kLeastOctaves);
-    for (;; range.width *= kLadderOfWidths)
+    range.width = std::max(OnLadder((high - low) / count, std::ceil), kLeastOctaves);
+    for (;; range.width *= kLadder)
     {
         range.first = static_cast<int>(std::floor(low / range.width));
         range.last = static_cast<int>(std::floor(high / range.width));
