@@ -44,9 +44,9 @@ constexpr double kLittleOfCell = 0.75;
 /// places of a processor's cache, and a frame of the inside of a house takes 1.1 times the time.
 constexpr int kBeside = 96;
 
-/// Light draws texels out on the ground where it comes in flat, and on walls where it comes in steeply. For rims not to
-/// get teeth they are made finer, up to so much. Where one part holds all of the scene it is up to more if there is room
-/// for it, or else less: that part stays as it is while the eye moves.
+/// Light draws texels out on the ground where it comes in flat, and on walls where it comes in steeply. For rims not
+/// to get teeth they are made finer, up to so much. Where one part holds all of the scene it is up to more if there is
+/// room for it, or else less: that part stays as it is while the eye moves.
 constexpr double kFlattest = 0.4;
 constexpr double kMostFlattestOfWhole = 0.25;
 constexpr double kLeastFlattestOfWhole = 0.6;
