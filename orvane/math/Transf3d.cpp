@@ -1,7 +1,25 @@
 #include "orvane/math/Transf3d.h"
 
+#include <cmath>
+
 namespace QGM
 {
+
+namespace
+{
+
+/// Of the volume that its three axes could span, what a transform that flattens may span by rounding.
+constexpr double kFlat = 1e-14;
+
+} // namespace
+
+double Transf3d::scaleOfCofactors(double determinant) const
+{
+    const double most = xDir().length() * yDir().length() * zDir().length();
+    const bool isFlat = !(std::fabs(determinant) > kFlat * most);
+    // The side that isMirror tells, which decides on what is the front.
+    return !isFlat ? 1.0 / determinant : determinant < 0.0 ? -1.0 : 1.0;
+}
 
 Transf3d Transf3d::invertProjective() const
 {

@@ -74,7 +74,8 @@ public:
     Transf3d invert() const;
 
     /// The transposed inverse of the linear part, without translation: what normals are
-    /// transformed by. A singular linear part gives numbers that are not finite.
+    /// transformed by. A linear part that flattens to a plane has none: there it takes normals to
+    /// either normal of the plane, and what lies in the plane to next to nothing.
     Transf3d affineInverseTranspose() const;
 
     /// The product, with this on the left: the right operand acts first.
@@ -100,6 +101,9 @@ private:
     /// Writes the nine cofactors of the linear part, element (r, c) at [r][c].
     /// @return the determinant.
     double linearCofactors(double cofactors[3][3]) const;
+
+    /// What cofactors are multiplied by where the determinant is next to nothing.
+    ORVANE_API double scaleOfCofactors(double determinant) const;
 
     ORVANE_API Transf3d invertProjective() const;
 };
@@ -150,8 +154,10 @@ inline Transf3d Transf3d::invert() const
 
 inline Transf3d Transf3d::affineInverseTranspose() const
 {
+    constexpr double little = 1e-12;
     double cofactors[3][3];
-    const double scale = 1.0 / linearCofactors(cofactors);
+    const double determinant = linearCofactors(cofactors);
+    const double scale = std::fabs(determinant) < little ? scaleOfCofactors(determinant) : 1.0 / determinant;
     Transf3d result;
     for (int row = 0; row < 3; ++row)
     {

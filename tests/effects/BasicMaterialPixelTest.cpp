@@ -457,6 +457,17 @@ TEST_F(BasicMaterialPixels, ANodeThatStretchesKeepsTheAngleOfItsNormals)
     ExpectShade(DrawFrame(), {48, 32, 32, 64}, ShadeBasic(fragment));
 }
 
+TEST_F(BasicMaterialPixels, ANodeThatIsFlattenedIsLitAsItsPlane)
+{
+    AddUsualLight();
+    Quad quad = At(kMiddle);
+    quad.normal = glm::normalize(vec3(1.0f, -1.0f, 1.0f));
+    Transform flat;
+    flat.SetScale(Vector(1.0f, 1.0f, 0.0f));
+    AddQuad(AddMaterial(kDiffuse, kAmbient), quad).SetLocal(flat);
+    ExpectShade(DrawFrame(), kMiddle, ShadeBasic(Lit(vec3(0.0f, 0.0f, 1.0f))));
+}
+
 TEST_F(BasicMaterialPixels, TheAdditiveEffectAddsUp)
 {
     Material& first = AddMaterial(vec4(0.2f, 0.1f, 0.3f, 1.0f), vec4(0.0f));

@@ -224,11 +224,61 @@ TEST(Transf3d, AffineInverseTransposeIsThatOfTheLinearPart)
     }
 }
 
-TEST(Transf3d, AffineInverseTransposeOfAFlatTransformIsNotFinite)
+TEST(Transf3d, AffineInverseTransposeOfAFlatTransformTakesNormalsToThatOfThePlane)
 {
     Transf3d flat;
     flat.setValue(0, 0, 0.0);
-    EXPECT_FALSE(AnyFinite(Elements(flat.affineInverseTranspose()), 3));
+    const Matrix4 normals = Elements(flat.affineInverseTranspose());
+    for (int r = 0; r < 3; ++r)
+    {
+        for (int c = 0; c < 3; ++c)
+        {
+            EXPECT_EQ(normals[r][c], r == 0 && c == 0 ? 1.0 : 0.0) << r << ' ' << c;
+        }
+    }
+}
+
+TEST(Transf3d, AffineInverseTransposeOfATurnedFlatTransformIsOfUsualSize)
+{
+    // For rounding, the determinant isn't 0.
+    Random random;
+    for (int i = 0; i < 500; ++i)
+    {
+        const double scale = i % 2 ? 1.0 : 1e-3;
+        Transf3d squeeze;
+        squeeze.setValue(0, 0, scale);
+        squeeze.setValue(1, 1, 0.0);
+        squeeze.setValue(2, 2, scale);
+        const Transf3d turn = MakeTransf3d(random.AffineMatrix());
+        const Transf3d flat = turn * squeeze * MakeTransf3d(random.AffineMatrix());
+        const Matrix4 actual = Elements(flat.affineInverseTranspose());
+        double largest = 0.0;
+        for (int column = 0; column < 3; ++column)
+        {
+            Vector3d normal(actual[0][column], actual[1][column], actual[2][column]);
+            largest = std::max(largest, normal.length());
+            normal.normalize();
+            for (Vector3d axis : {turn.xDir(), turn.zDir()})
+            {
+                axis.normalize();
+                EXPECT_NEAR(normal.x * axis.x + normal.y * axis.y + normal.z * axis.z, 0.0, 1e-9);
+            }
+        }
+        EXPECT_GT(largest, 1e-12);
+        EXPECT_LT(largest, 1e6);
+    }
+}
+
+TEST(Transf3d, AffineInverseTransposeOfASmallTransformIsItsOwn)
+{
+    Transf3d small;
+    for (int axis = 0; axis < 3; ++axis)
+    {
+        small.setValue(axis, axis, 1e-7);
+    }
+    const Matrix4 normals = Elements(small.affineInverseTranspose());
+    EXPECT_NEAR(normals[0][0] * 1e-7, 1.0, 1e-12);
+    EXPECT_NEAR(normals[2][2] * 1e-7, 1.0, 1e-12);
 }
 
 TEST(Transf3d, ProductLetsTheRightOperandActFirst)
