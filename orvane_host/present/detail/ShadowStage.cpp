@@ -59,10 +59,7 @@ constexpr double kStepsOfEdge = 2.0;
 /// Whether 16 bits tell the lengths of a map apart.
 bool IsShortEnough(const SunView& view)
 {
-    const auto& tiles = view.GetTiles();
-    return std::all_of(tiles.begin(), tiles.end(), [](const SunView::Tile& tile) {
-        return std::max(tile.step.x, tile.step.y) * kSteps >= kStepsOfEdge;
-    });
+    return view.GetFinestStep() * kSteps >= kStepsOfEdge;
 }
 
 /// Parts of a map that are drawn, without the rest of it.

@@ -101,6 +101,11 @@ Range RangeOf(double nearest, double farthest, int count)
     }
 }
 
+double LongerOf(const glm::dvec2& edges)
+{
+    return std::max(edges.x, edges.y);
+}
+
 int PowerOfTwo(double least)
 {
     int power = 1;
@@ -197,6 +202,7 @@ bool SunView::HoldAll(const Sight& sight, const glm::dvec2& wanted)
     {
         return false;
     }
+    m_finestTexel = LongerOf(all.texel);
     Place({all}, {PowerOfTwo(all.size.x), PowerOfTwo(all.size.y)});
     return true;
 }
@@ -213,6 +219,7 @@ bool SunView::HoldWhatIsSeen(const Sight& sight)
     {
         return false;
     }
+    m_finestTexel = LongerOf(area.texel);
     const glm::ivec2 cell(PowerOfTwo(area.size.x / sight.mostOfCell), PowerOfTwo(area.size.y / sight.mostOfCell));
     Place({area}, glm::min(cell, glm::ivec2(PowerOfTwo(sight.most))));
     return true;
@@ -228,6 +235,8 @@ void SunView::HoldByDistance(const Sight& sight, int cell)
         // Parts begin at distances that are the same from wherever the eye looks, and have their cells by these.
         const Range range = RangeOf(sight.nearest, sight.farthest, count);
         int first = range.first;
+        // Also where nothing is seen as near: the map would else change its numbers whenever something comes so near.
+        m_finestTexel = OnLadder(LongerOf(sight.wanted) * std::exp2(first * range.width), std::floor);
         isFine = true;
         areas.clear();
         for (int i = range.first; i <= range.last; ++i)

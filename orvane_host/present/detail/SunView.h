@@ -117,6 +117,9 @@ public:
     /// The world's units of the length 1 along the light.
     double GetRange() const { return m_farthest - m_nearest; }
 
+    /// The longer edge of the finest texels that parts have or may have while the eye moves, in lengths along the light.
+    double GetFinestStep() const { return m_finestTexel / GetRange(); }
+
 private:
     /// Across the light.
     struct Area
@@ -163,6 +166,7 @@ private:
     Slices m_slices;
     int m_cells = 1;
     glm::ivec2 m_size{0};
+    double m_finestTexel = 0.0; ///< its longer edge
 };
 
 } // namespace OV::Host::Detail

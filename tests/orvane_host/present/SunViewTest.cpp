@@ -11,6 +11,7 @@
 #include <iterator>
 #include <limits>
 #include <random>
+#include <set>
 #include <vector>
 
 namespace OV::Host::Detail
@@ -401,6 +402,30 @@ TEST(SunView, HasItsTexelsOnAGridThatStays)
         }
     }
     EXPECT_GT(compared, 0);
+}
+
+TEST(SunView, HasTheSameFinestStepWhetherAnythingIsSeenNearTheEyeOrNot)
+{
+    const std::vector<CastBox> boxes = {BoxAt(glm::dvec3(0, 2, 0), glm::dvec3(4, 2, 4))};
+    std::set<std::size_t> counts;
+    std::set<double> steps;
+    for (double x = 2.0; x < 12.0; x += 0.25)
+    {
+        SunView::Request request;
+        request.towardSun = glm::normalize(glm::dvec3(0.4, 0.5, 0.3));
+        const glm::dvec3 eye(x, 1.0, 0.0);
+        request.worldToClip = glm::perspective(0.8, 1.5, 0.1, 16.0)
+            * glm::lookAt(eye, eye - glm::dvec3(1, 0, 0), glm::dvec3(0, 1, 0));
+        request.pixels = {900, 600};
+        request.low = glm::dvec3(-60, -60, -60);
+        request.high = glm::dvec3(60, 60, 60);
+        const SunView view(request, boxes);
+        ASSERT_TRUE(view.HasParts());
+        counts.insert(view.GetTiles().size());
+        steps.insert(view.GetFinestStep() * view.GetRange());
+    }
+    EXPECT_GT(counts.size(), 1u);
+    EXPECT_EQ(steps.size(), 1u);
 }
 
 TEST(SunView, LeavesOutWhatCastsNothingIntoAPart)
