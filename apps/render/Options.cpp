@@ -1,5 +1,6 @@
 #include "apps/render/Options.h"
 
+#include "apps/common/FlagWords.h"
 #include "apps/render/CallerText.h"
 #include "apps/render/LineOptions.h"
 #include "apps/render/OcclusionOptions.h"
@@ -18,6 +19,7 @@
 #include <iterator>
 #include <limits>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace OV::RenderApp
@@ -340,8 +342,6 @@ std::vector<std::string> CompleteWords(int argc, const char* const* argv)
             words[i] += "=text";
         }
     }
-    // The parser takes them from the back.
-    std::reverse(words.begin(), words.end());
     return words;
 }
 
@@ -500,7 +500,11 @@ Command ParseCommandLine(int argc, const char* const* argv)
     Define(app, command.options, texts, listFormats);
     try
     {
-        app.parse(CompleteWords(argc, argv));
+        std::vector<std::string> words = CompleteWords(argc, argv);
+        Apps::RefuseFlagValues(app, words);
+        // The parser takes them from the back.
+        std::reverse(words.begin(), words.end());
+        app.parse(std::move(words));
         if (!listFormats)
         {
             Interpret(texts, command.options);

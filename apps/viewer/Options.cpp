@@ -1,9 +1,11 @@
 #include "apps/viewer/Options.h"
 
+#include "apps/common/FlagWords.h"
 #include "apps/viewer/Script.h"
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <charconv>
 #include <iostream>
 
@@ -57,6 +59,7 @@ Command ParseCommandLine(int argc, const char* const* argv)
     app.add_flag("--forget", options.forget, "Start with plain settings, and keep neither settings nor views from one time to the next");
     try
     {
+        Apps::RefuseFlagValues(app, {argv + std::min(argc, 1), argv + argc});
         app.parse(argc, argv);
         // Written so that what is not a number fails.
         if (app.count("--scale") > 0 && !(options.scale >= 0.5f && options.scale <= 8.0f))

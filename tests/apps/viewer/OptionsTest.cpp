@@ -64,6 +64,22 @@ TEST(ViewerOptions, WrongUsageIsStatusTwo)
     EXPECT_TRUE(Parse({"--size", "16384x1"}).run);
 }
 
+TEST(ViewerOptions, FlagsTakeNoValue)
+{
+    for (const char* word : {"--watch=1", "--watch=true", "--watch=", "--forget=no", "--help-script=all", "--help=no",
+                             "--version=2", "-h=1"})
+    {
+        testing::internal::CaptureStderr();
+        const Command command = Parse({"a.obj", word});
+        const std::string told = testing::internal::GetCapturedStderr();
+        EXPECT_FALSE(command.run) << word;
+        EXPECT_EQ(command.exitCode, 2) << word;
+        EXPECT_NE(told.find(": it takes no value; leave out '="), std::string::npos) << told;
+    }
+    EXPECT_EQ(Parse({"--script", "--watch=1"}).options.script, "--watch=1");
+    EXPECT_EQ(Parse({"--", "--watch=1"}).options.models, std::vector<std::string>{"--watch=1"});
+}
+
 TEST(ViewerOptions, HelpIsStatusZero)
 {
     for (const char* option : {"--help", "--version", "--help-script"})
