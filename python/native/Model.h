@@ -256,6 +256,8 @@ private:
     Host::Presentation& Opened();
     /// @throw Refused where there is no such node.
     void NeedNode(bool isFound, const std::string& path);
+    /// @throw Refused for geometry that another model shows.
+    void NeedOwn(const Geometry& geometry);
     Node& NodeOf(NodeId id);
     Material& MaterialOf(MaterialId id);
     PlacedText& TextOf(TextId id);

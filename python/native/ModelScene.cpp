@@ -193,11 +193,11 @@ NodeId Model::AddMesh(const std::vector<std::shared_ptr<Geometry>>& parts, Mater
     Material& surface = MaterialOf(material);
     for (const std::shared_ptr<Geometry>& part : parts)
     {
-        const std::shared_ptr<Model> owner = part->owner.lock();
-        if (owner && owner.get() != this && !owner->IsClosed())
+        if (!part)
         {
-            throw Refused(Trouble::Value, "the geometry is in another model; make one of its own for this");
+            throw Refused(Trouble::Value, "a part of the mesh is None; it has to be geometry");
         }
+        NeedOwn(*part);
     }
     const NodeId id = AddGroup(name, parent, place);
     auto& node = static_cast<MeshNode&>(NodeOf(id));
@@ -315,8 +315,19 @@ bool Model::RemoveOrphans()
     return true;
 }
 
+void Model::NeedOwn(const Geometry& geometry)
+{
+    const std::shared_ptr<Model> owner = geometry.owner.lock();
+    if (owner && owner.get() != this && !owner->IsClosed())
+    {
+        throw Refused(Trouble::Value, "the geometry is in another model; make one of its own for this");
+    }
+}
+
 void Model::Update(Geometry& geometry)
 {
+    Opened();
+    NeedOwn(geometry);
     RawMesh& raw = *geometry.raw;
     const auto isFinite = [](const Vector& v) { return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z); };
     if (!std::all_of(raw.positions.begin(), raw.positions.end(), isFinite)

@@ -251,7 +251,7 @@ void BindScene(py::class_<Handle>& model)
         .def("update",
              [](const Handle& handle, const std::shared_ptr<Geometry>& geometry)
              { On(handle, [geometry](Model& of) { of.Update(*geometry); }); },
-             py::arg("geometry"))
+             py::arg("geometry").none(false))
         .def("add_text",
              [](const Handle& handle, const Name& text, const Name& font, int size, const Quadruple& color, int x,
                 int y, std::optional<NodeId> node, const std::optional<Triple>& place)

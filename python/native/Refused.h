@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <stdexcept>
 #include <string>
 
@@ -21,9 +22,17 @@ enum class Trouble
 class Refused : public std::runtime_error
 {
 public:
-    Refused(Trouble trouble, const std::string& sentence) : std::runtime_error(sentence), trouble(trouble) {}
+    Refused(Trouble trouble, const std::string& sentence) : std::runtime_error(Whole(sentence)), trouble(trouble) {}
 
     Trouble trouble;
+
+private:
+    /// A zero byte in a name would end what is told of it.
+    static std::string Whole(std::string sentence)
+    {
+        std::replace(sentence.begin(), sentence.end(), '\0', '?');
+        return sentence;
+    }
 };
 
 } // namespace OV::Python

@@ -152,7 +152,8 @@ class Model:
 
         Every field of the settings is a keyword: ``look``, ``sky``, ``lines``, ``section``, ``view`` and so on, see
         :class:`Settings`. A dict changes only the fields that it names, ``True`` switches on what has fields of
-        its own (``lines=True``), ``None`` or ``False`` switches it off. Names may be written as in JSON too.
+        its own (``lines=True``), ``False`` off, and ``None`` gives back what is usual (``section=None``). Names of
+        fields may be written as in JSON too, and colours by plain names.
 
         :raises SettingsError: naming the field and its bound.
         """
@@ -225,7 +226,7 @@ class Model:
 
     def _path(self, node: str | Node) -> str:
         if not isinstance(node, Node):
-            return str(node)
+            return _words.text(node, "the node")
         if node.model is not self:
             raise ValueError("the node is in another model")
         return node.path
@@ -240,7 +241,7 @@ class Model:
 
         :raises NodeError: with some that there are.
         """
-        return Node(self, self._native.find_node(str(path)))
+        return Node(self, self._native.find_node(_words.text(path, "path")))
 
     def hide(self, node: str | Node) -> Model:
         """Hides a node with all that is below it."""
@@ -295,28 +296,38 @@ class Model:
         """
         given = {"color": color, "opacity": opacity, "specular": specular, "emissive": emissive,
                  "shininess": shininess, "two_sided": two_sided, "unlit": unlit, "texture": texture}
-        return Material(self, self._native.add_material(str(name), material_values(given)))
+        return Material(self, self._native.add_material(_words.word(name, "name"), material_values(given)))
 
     def material(self, name: str) -> Material:
         """Finds a material by its name.
 
         :raises NodeError: if there is none.
         """
-        return Material(self, self._native.find_material(str(name)))
+        return Material(self, self._native.find_material(_words.text(name, "name")))
 
     def _surface(self, material: Material | None) -> int:
         if material is None:
             if self._default is None:
                 self._default = self.add_material("default", color=(0.8, 0.8, 0.8))
             material = self._default
+        if not isinstance(material, Material):
+            raise TypeError(f"material is {material!r}; it has to be one of add_material() or material()")
         if material._model is not self:
             raise ValueError("the material is in another model")
         return material._number
 
     def _parent(self, parent: Node | None) -> int | None:
-        if parent is not None and parent.model is not self:
+        if parent is None:
+            return None
+        if self._own(parent, "parent").model is not self:
             raise ValueError("the node above is in another model")
-        return None if parent is None else parent._number
+        return parent._number
+
+    @staticmethod
+    def _own(node: Node, name: str) -> Node:
+        if not isinstance(node, Node):
+            raise TypeError(f"{name} is {node!r}; it has to be a node, such as of node()")
+        return node
 
     def add_group(self, name: str = "", *, parent: Node | None = None, transform: ArrayLike | None = None) -> Node:
         """Adds a node that shows nothing, for others to stand below.
@@ -367,7 +378,7 @@ class Model:
     def add_copy(self, node: Node, *, name: str = "", parent: Node | None = None,
                  transform: ArrayLike | None = None) -> Node:
         """Shows what was added at a node at another place too, without a copy of it."""
-        if node.model is not self:
+        if self._own(node, "node").model is not self:
             raise ValueError("the node is in another model")
         number = self._native.add_copy(node._number, _name(name), self._parent(parent), _arrays.transform(transform))
         return Node(self, number, node.geometry)
@@ -418,12 +429,18 @@ class Model:
     def _add_text(self, text: str, size: int, color: ColorLike, font: str, x: int, y: int, node: int | None,
                   place: tuple[float, float, float] | None) -> Text:
         height = int(_words.number(_words.whole(size, "size"), "size", 1, 512))
-        number = self._native.add_text(_word(text, "text"), _word(font, "font"), height, _words.color(color), x, y,
+        number = self._native.add_text(_words.word(text, "text"), _words.word(font, "font"), height, _words.color(color), x, y,
                                        node, place)
         return Text(self, number)
 
     def refresh(self, *geometry: Geometry) -> Model:
-        """Tells that the arrays of these were written to; boxes, edges and sections follow."""
+        """Tells that the arrays of these were written to; boxes, edges and sections follow.
+
+        :raises ValueError: for geometry in another model, and where a coordinate is not finite.
+        """
+        for part in geometry:
+            if not isinstance(part, Geometry):
+                raise TypeError(f"{part!r} is no geometry; node.geometry has what was added at a node")
         for part in geometry:
             self._native.update(part._native)
         return self
@@ -517,7 +534,7 @@ class Model:
 
         :param text: the name of the node if not given. A second one takes the place of the first.
         """
-        self._native.label(self._path(node), _word(text, "text"))
+        self._native.label(self._path(node), _words.word(text, "text"))
         return self
 
     def clear_label(self, node: str | Node | None = None) -> Model:
@@ -543,7 +560,7 @@ class Model:
         :param width: of the whole sheet, as is ``height``.
         :returns: as :meth:`picture`.
         """
-        return self._native.sun_study(_word(times, "times"), _words.whole(width, "width"),
+        return self._native.sun_study(_words.word(times, "times"), _words.whole(width, "width"),
                                       _words.whole(height, "height"))
 
     def sun_hours(self, times: str, surface: str | Node = "ground") -> SunHours:
@@ -554,7 +571,7 @@ class Model:
         :param times: as for :meth:`sun_study`.
         :param surface: ``"ground"`` for a plane under the model, or a node with what is below it.
         """
-        positions, hours, most = self._native.sun_hours(_word(times, "times"), self._path(surface))
+        positions, hours, most = self._native.sun_hours(_words.word(times, "times"), self._path(surface))
         return SunHours(positions, hours, most)
 
     def clear_sun_hours(self) -> Model:
@@ -597,15 +614,7 @@ class Model:
             return "<orvane.Model>"
 
 
-def _word(value: str, name: str) -> str:
-    if not isinstance(value, str):
-        raise TypeError(f"{name} is {value!r}; it has to be a text")
-    if "\0" in value or len(value) > 4096:
-        raise ValueError(f"{name} has a zero byte or more than 4096 characters; it has to be without and shorter")
-    return value
-
-
 def _name(value: str) -> str:
-    if "/" in _word(value, "name"):
+    if "/" in _words.word(value, "name"):
         raise ValueError(f"name is {value!r}; a slash parts the names in a path, so that none holds one")
     return value

@@ -26,6 +26,8 @@ class Geometry:
     """
 
     def __init__(self, native: _native.Geometry) -> None:
+        if not isinstance(native, _native.Geometry):
+            raise TypeError("geometry is made by Geometry.allocate() or add_mesh()")
         self._native = native
 
     @classmethod
@@ -207,7 +209,7 @@ class Text:
 
     def set(self, text: str) -> Text:
         """Shows another text in the same place."""
-        self._model._native.set_text(self._number, str(text))
+        self._model._native.set_text(self._number, _words.word(text, "text"))
         return self
 
     def remove(self) -> None:

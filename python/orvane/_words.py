@@ -37,6 +37,10 @@ def pythonic(value: Any) -> Any:
     return value
 
 
+#: Fields that hold a colour.
+_COLORED = re.compile(r"(^|\.)(background|fill|\w*[cC]olor)$")
+
+
 def _plain(path: str, value: Any) -> Any:
     """Gives a value that JSON has."""
     if isinstance(value, (np.ndarray, np.generic)):
@@ -54,6 +58,8 @@ def _plain(path: str, value: Any) -> Any:
         raise SettingsError(f"{path} is {value}; it has to be a finite number")
     if isinstance(value, str) and any("\ud800" <= letter <= "\udfff" for letter in value):
         raise SettingsError(f"{path} is {ascii(value)}; it has to be UTF-8")
+    if isinstance(value, str) and _COLORED.search(path):
+        return _NAMES.get(value.lower(), value)
     if value is None or isinstance(value, (bool, int, float, str)):
         return value
     raise SettingsError(f"{path} is a {type(value).__name__}; it has to be what JSON has: "
@@ -73,22 +79,32 @@ def merge(settings: dict[str, Any], given: Mapping[str, Any]) -> dict[str, Any]:
     """Gives settings with what is given in place of what they had.
 
     A dict changes only the fields that it names. ``True`` switches on what has further settings, in those it
-    has or by default, and ``False`` off.
+    has or by default, and ``False`` off. ``None`` gives back what is usual.
     """
     merged = dict(settings)
     for word, value in given.items():
         name = camel(word)
-        plain = _plain(name, value)
-        if isinstance(plain, bool) and _is_switch(name):
-            plain = {} if plain else None
-        merged[name] = _merge(merged.get(name), plain)
+        try:
+            plain = _plain(name, value)
+            if isinstance(plain, bool) and _is_switch(name):
+                plain = {} if plain else None
+            merged[name] = _usual().get(name) if plain is None else _merge(merged.get(name), plain)
+        except RecursionError:
+            raise SettingsError(f"{name} holds itself or too much in each other; no field goes so deep") from None
     return merged
+
+
+@functools.cache
+def _usual() -> dict[str, Any]:
+    found = json.loads(_native.default_settings())
+    assert isinstance(found, dict)
+    return found
 
 
 @functools.cache
 def _is_switch(name: str) -> bool:
     """Tells whether a field is none by default and no truth value, so that one can only mean on or off."""
-    if json.loads(_native.default_settings()).get(name, False) is not None:
+    if _usual().get(name, False) is not None:
         return False
     try:
         _native.check_settings(json.dumps({name: True}))
@@ -105,10 +121,13 @@ def to_json(settings: Mapping[str, Any]) -> str:
         raise SettingsError(f"the settings are no JSON: {trouble}") from None
 
 
+#: Those that orvane-render knows.
 _NAMES = {
-    "black": "#000000", "white": "#ffffff", "red": "#ff0000", "green": "#008000", "blue": "#0000ff",
-    "yellow": "#ffff00", "cyan": "#00ffff", "magenta": "#ff00ff", "orange": "#ffa500", "gray": "#808080",
-    "grey": "#808080", "silver": "#c0c0c0", "brown": "#a52a2a", "purple": "#800080", "pink": "#ffc0cb",
+    "black": "#000000", "white": "#ffffff", "gray": "#808080", "grey": "#808080", "silver": "#c0c0c0",
+    "red": "#ff0000", "maroon": "#800000", "orange": "#ffa500", "yellow": "#ffff00", "olive": "#808000",
+    "lime": "#00ff00", "green": "#008000", "aqua": "#00ffff", "cyan": "#00ffff", "teal": "#008080",
+    "blue": "#0000ff", "navy": "#000080", "purple": "#800080", "magenta": "#ff00ff", "fuchsia": "#ff00ff",
+    "brown": "#a52a2a", "pink": "#ffc0cb", "beige": "#f5f5dc", "ivory": "#fffff0", "skyblue": "#87ceeb",
 }
 
 
@@ -155,6 +174,20 @@ def number(value: Any, name: str, least: float, most: float) -> float:
     if not least <= read <= most:
         raise ValueError(f"{name} is {read:g}; it has to be {least:g} to {most:g}")
     return read
+
+
+def text(value: Any, name: str) -> str:
+    """Reads a text of any length, such as a path of nodes."""
+    if not isinstance(value, str):
+        raise TypeError(f"{name} is {value!r}; it has to be a text")
+    return value
+
+
+def word(value: Any, name: str) -> str:
+    """Reads a text that is shown or goes by as a name."""
+    if "\0" in text(value, name) or len(value) > 4096:
+        raise ValueError(f"{name} has a zero byte or more than 4096 characters; it has to be without and shorter")
+    return str(value)
 
 
 def whole(value: Any, name: str) -> int:

@@ -93,6 +93,72 @@ def test_a_wrong_setting_is_refused_in_the_sentence_of_the_kit_and_changes_nothi
     assert cube.settings == before
 
 
+def test_none_gives_back_what_is_usual(cube):
+    usual = orvane.Model().settings
+    cube.set(section={"planes": [{"normal": (0, 1, 0)}], "fill": "red"}, background="blue", lines=True, samples=2)
+    cube.set(section=None, background=None, lines=None, samples=None, view=None, look=None, antialiasing=None)
+    assert cube.settings == usual
+    with pytest.raises(orvane.SettingsError, match="skyy"):
+        cube.set(skyy=None)
+
+
+def test_colours_of_settings_go_by_the_names_that_those_of_materials_go_by(cube):
+    cube.set(background="SkyBlue", lines={"color": "orange"}, section={"fill": "grey", "outline_color": "teal"},
+             sheet={"title": "red"})
+    settings = cube.settings
+    assert settings["background"] == "#87CEEB" and settings["lines"]["color"] == "#FFA500"
+    assert settings["section"]["fill"] == "#808080" and settings["section"]["outline_color"] == "#008080"
+    assert settings["sheet"]["title"] == "red"
+    with pytest.raises(orvane.SettingsError, match='background is "reddish"; it has to be a colour'):
+        cube.set(background="reddish")
+
+
+def test_settings_that_hold_themselves_are_refused(cube):
+    view = {}
+    view["eye"] = view
+    with pytest.raises(orvane.SettingsError, match="view holds itself or too much"):
+        cube.set(view=view)
+
+
+def test_what_is_no_node_no_material_and_no_geometry_is_told(cube):
+    for use, sentence in (
+            (lambda: cube.add_mesh(CORNERS, FACES, material="red"), "material is 'red'; it has to be one of"),
+            (lambda: cube.add_group(parent="cube"), "parent is 'cube'; it has to be a node"),
+            (lambda: cube.add_copy("cube"), "node is 'cube'; it has to be a node"),
+            (lambda: cube.refresh(cube.node("cube")), "is no geometry; node.geometry has what was added"),
+            (lambda: cube.hide(None), "the node is None; it has to be a text"),
+            (lambda: cube.frame(3), "the node is 3; it has to be a text"),
+            (lambda: cube.node(None), "path is None"), (lambda: cube.material(3), "name is 3"),
+            (lambda: cube.add_text("a").set(5), "text is 5"),
+            (lambda: orvane.Geometry(CORNERS), "geometry is made by"),
+            (lambda: orvane.Geometry(None), "geometry is made by")):
+        with pytest.raises(TypeError) as caught:
+            use()
+        assert sentence in str(caught.value)
+    number = cube.node("cube")._number
+    for use in (lambda: cube._native.update(None),
+                lambda: cube._native.add_mesh([None], 1, "", None, np.eye(4)),
+                lambda: cube._native.add_copy(number, "", number, None)):
+        with pytest.raises((TypeError, ValueError)):
+            use()
+    assert cube.nodes == ["cube"]
+
+
+def test_names_with_a_zero_byte_are_refused(cube, tmp_path, monkeypatch):
+    monkeypatch.chdir(tmp_path)
+    with pytest.raises(orvane.FileError, match="no zero byte"):
+        cube.save("a\0.png", 20, 10)
+    with pytest.raises(orvane.FileError):
+        orvane.open("a\0.obj")
+    with pytest.raises(orvane.FileError):
+        cube.material("red").set(texture="a\0.png")
+    for use in (lambda: cube.add_material("a\0"), lambda: cube.add_text("a").set("b\0"),
+                lambda: cube.add_text("a").set("b" * 4097)):
+        with pytest.raises(ValueError, match="zero byte or more than 4096"):
+            use()
+    assert not list(tmp_path.iterdir())
+
+
 def test_a_picture_is_an_array_of_rows_from_the_top(cube):
     cube.set(background="#0000ff")
     cube.add_mesh(CORNERS * (1, 0.1, 1), FACES, transform=(0, 2, 0), name="lid",

@@ -135,8 +135,9 @@ def test_geometry_is_in_one_model_at_a_time(cube):
     geometry.positions[:] = [[0, 0, 0], [1, 0, 0], [0, 1, 0]]
     cube.add_mesh(geometry)
     other = orvane.Model()
-    with pytest.raises(ValueError, match="the geometry is in another model"):
-        other.add_mesh(geometry)
+    for use in (other.add_mesh, other.refresh):
+        with pytest.raises(ValueError, match="the geometry is in another model"):
+            use(geometry)
     cube.close()
     assert other.add_mesh(geometry).path == "node"
     other.picture(20, 20)

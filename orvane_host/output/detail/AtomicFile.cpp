@@ -68,6 +68,12 @@ bool FindTarget(const std::string& path, Target& target, std::string& error)
         error = "no file name was given; name one";
         return false;
     }
+    if (path.find('\0') != std::string::npos)
+    {
+        // The system would end the name there.
+        error = "a file name has no zero byte; leave it out";
+        return false;
+    }
     struct stat existing{};
     const bool exists = ::stat(path.c_str(), &existing) == 0;
     if ((exists && S_ISDIR(existing.st_mode)) || path.back() == '/')

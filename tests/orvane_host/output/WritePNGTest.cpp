@@ -182,6 +182,7 @@ TEST_F(WritePNGFile, NamesReasonAndRemedyForEachKindOfTarget)
         const char* part;
     } cases[] = {
         {"no name", "", "no file name"},
+        {"zero byte", folder.Path(std::string("a\0.png", 6)), "no zero byte"},
         {"folder", folder.Path(), "this is a folder; name a file in it"},
         {"trailing slash", folder.Path("missing/"), "this is a folder"},
         {"missing folder", folder.Path("missing/out.png"), "no such folder; create it"},
