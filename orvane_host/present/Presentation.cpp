@@ -329,7 +329,14 @@ bool Presentation::TakePicture(std::vector<unsigned char>& rgba, int width, int 
     options.width = width;
     options.height = height;
     options.pixelRatio = pixelRatio;
-    return m_impl->Followed().TakePicture(rgba, options, error);
+    return TakePicture(rgba, options, error);
+}
+
+bool Presentation::TakePicture(std::vector<unsigned char>& rgba, const PictureOptions& options, std::string& error)
+{
+    PictureOptions bytes = options;
+    bytes.bits = 8;
+    return m_impl->Followed().TakePicture(rgba, bytes, error);
 }
 
 bool Presentation::SavePicture(const std::string& path, int width, int height, std::string& error, float pixelRatio)

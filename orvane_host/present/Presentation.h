@@ -281,6 +281,9 @@ public:
     bool TakePicture(std::vector<unsigned char>& rgba, int width, int height, std::string& error,
                      float pixelRatio = 1.0f);
 
+    /// The same with more to choose: straight alpha where it is to be transparent; 8 bits a channel whatever is asked.
+    bool TakePicture(std::vector<unsigned char>& rgba, const PictureOptions& options, std::string& error);
+
     /// Draws a picture of its own size and writes it as a PNG file. GL; the framebuffer that is
     /// bound and the viewport stay. With Antialiasing::Multisampling the picture has the samples of
     /// the settings.

@@ -70,10 +70,10 @@ public:
 
     bool WriteRow(const void* row, std::string&) override
     {
-        const auto* rgb = static_cast<const unsigned char*>(row);
-        for (int x = 0; x < m_format.width; ++x, rgb += 3)
+        const auto* from = static_cast<const unsigned char*>(row);
+        for (int x = 0; x < m_format.width; ++x, from += m_format.Channels())
         {
-            rgba.insert(rgba.end(), {rgb[0], rgb[1], rgb[2], 255});
+            rgba.insert(rgba.end(), {from[0], from[1], from[2], m_format.alpha ? from[3] : static_cast<unsigned char>(255)});
         }
         return true;
     }

@@ -263,13 +263,14 @@ Pixels PixelsOfFile(const std::string& path)
     return pixels;
 }
 
-py::array PictureArray(std::vector<unsigned char>&& rgb, PictureSize size)
+py::array PictureArray(std::vector<unsigned char>&& pixels, PictureSize size, int channels)
 {
-    auto kept = std::make_unique<std::vector<unsigned char>>(std::move(rgb));
-    unsigned char* const pixels = kept->data();
+    auto kept = std::make_unique<std::vector<unsigned char>>(std::move(pixels));
+    unsigned char* const first = kept->data();
     const py::capsule owner(kept.get(), [](void* block) { delete static_cast<std::vector<unsigned char>*>(block); });
     kept.release();
-    return py::array_t<std::uint8_t>({py::ssize_t(size.height), py::ssize_t(size.width), py::ssize_t(3)}, pixels, owner);
+    return py::array_t<std::uint8_t>({py::ssize_t(size.height), py::ssize_t(size.width), py::ssize_t(channels)}, first,
+                                     owner);
 }
 
 } // namespace OV::Python

@@ -51,7 +51,7 @@ Pixels PixelsOf(const ByteArray& picture);
 /// Pixels of a PNG or JPEG file.
 Pixels PixelsOfFile(const std::string& path);
 
-/// Rows of R, G, B that take the pixels over.
-pybind11::array PictureArray(std::vector<unsigned char>&& rgb, PictureSize size);
+/// Rows of so many channels that take the pixels over.
+pybind11::array PictureArray(std::vector<unsigned char>&& pixels, PictureSize size, int channels = 3);
 
 } // namespace OV::Python

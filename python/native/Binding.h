@@ -148,4 +148,7 @@ inline pybind11::list NamesOf(const std::vector<std::string>& names)
 /// Files beside each other, what stands on the picture, and the sun.
 void BindFiles(pybind11::module_& module, pybind11::class_<Handle>& model);
 
+/// Pictures, in memory and in files.
+void BindPictures(pybind11::module_& module, pybind11::class_<Handle>& model);
+
 } // namespace OV::Python

@@ -155,6 +155,20 @@ void Engine::NeedContext()
     }
 }
 
+bool Engine::IsStopping() const
+{
+    const std::lock_guard lock(m_state->mutex);
+    return m_state->isStopping;
+}
+
+void Engine::NeedRunning() const
+{
+    if (IsStopping())
+    {
+        TellStopped();
+    }
+}
+
 void Engine::Stop()
 {
     // As in Add. There is nothing to end in a forked process.

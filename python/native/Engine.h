@@ -48,6 +48,14 @@ public:
     template <typename Work>
     std::invoke_result_t<Work> Run(Work work)
     {
+        return Run(std::move(work), [] {});
+    }
+
+    /// The same, with something done now and then while it waits, with the interpreter; what that throws ends the
+    /// waiting too.
+    template <typename Work, typename Watch>
+    std::invoke_result_t<Work> Run(Work work, Watch watch)
+    {
         using Result = std::invoke_result_t<Work>;
         const auto task = std::make_shared<std::packaged_task<Result()>>(std::move(work));
         std::future<Result> result = task->get_future();
@@ -55,6 +63,7 @@ public:
         while (!IsReady([&](std::chrono::milliseconds most)
                         { return result.wait_for(most) == std::future_status::ready; }))
         {
+            watch();
         }
         return Take(result);
     }
@@ -71,6 +80,12 @@ public:
 
     /// Ends the thread after the work in hand, which waiters see as Refused.
     void Stop();
+
+    /// Whether Stop waits for the work in hand, which had better end soon.
+    bool IsStopping() const;
+
+    /// @throw Refused while Stop waits, and after it.
+    void NeedRunning() const;
 
 private:
     struct State;

@@ -4,7 +4,6 @@
 #include "python/native/Engine.h"
 #include "python/native/Refused.h"
 #include "orvane_host/import/NodePath.h"
-#include "orvane_host/present/PictureOptions.h"
 #include "orvane_host/present/SunHoursMap.h"
 #include "orvane/math/Transform.h"
 #include "orvane/overlay/Text.h"
@@ -233,31 +232,37 @@ CameraPlace Model::Camera()
     return place;
 }
 
-std::vector<unsigned char> Model::TakePicture(PictureSize size)
+Host::Presentation& Model::ReadyFor(const Host::PictureOptions& options)
 {
     Host::Presentation& presentation = Fresh();
+    if (options.transparent && presentation.GetSettings().sky)
+    {
+        throw Refused(Trouble::Value, "the sky covers the background, which is to be transparent; leave one of them out");
+    }
     Engine::Get().NeedContext();
-    LayOut(size);
+    LayOut({options.width, options.height});
+    return presentation;
+}
+
+std::vector<unsigned char> Model::TakePicture(const Host::PictureOptions& options)
+{
     std::vector<unsigned char> pixels;
     std::string error;
-    if (!presentation.TakePicture(pixels, size.width, size.height, error))
+    if (!ReadyFor(options).TakePicture(pixels, options, error))
     {
         throw Refused(Trouble::Value, error);
     }
-    DropAlpha(pixels);
+    if (!options.transparent)
+    {
+        DropAlpha(pixels);
+    }
     return pixels;
 }
 
-void Model::SavePicture(const std::string& path, PictureSize size)
+void Model::SavePicture(const std::string& path, const Host::PictureOptions& options)
 {
-    Host::Presentation& presentation = Fresh();
-    Engine::Get().NeedContext();
-    LayOut(size);
     std::string error;
-    Host::PictureOptions options;
-    options.width = size.width;
-    options.height = size.height;
-    if (!presentation.SavePicture(path, options, error))
+    if (!ReadyFor(options).SavePicture(path, options, error))
     {
         throw Refused(Trouble::File, path + ": " + error);
     }

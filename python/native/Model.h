@@ -1,5 +1,6 @@
 #pragma once
 
+#include "orvane_host/present/PictureOptions.h"
 #include "orvane_host/present/Presentation.h"
 #include "orvane_host/present/SunSettings.h"
 #include "orvane_host/present/SunStudy.h"
@@ -190,9 +191,9 @@ public:
     void SetCamera(const CameraPlace& place);
     CameraPlace Camera();
 
-    /// R, G, B, the top row first.
-    std::vector<unsigned char> TakePicture(PictureSize size);
-    void SavePicture(const std::string& path, PictureSize size);
+    /// R, G, B, and straight alpha where it is to be transparent, the top row first.
+    std::vector<unsigned char> TakePicture(const Host::PictureOptions& options);
+    void SavePicture(const std::string& path, const Host::PictureOptions& options);
     std::vector<Hit> Pick(const Host::PickArea& area, PictureSize size);
     std::vector<Hit> PickThrough(int x, int y, int most, PictureSize size);
     Host::ImportReport Report();
@@ -269,6 +270,8 @@ private:
     /// @return whether there was something.
     bool RemoveOrphans();
     std::string FreeName(const std::string& wanted);
+    /// The presentation with all in its place for a picture, and a context.
+    Host::Presentation& ReadyFor(const Host::PictureOptions& options);
     /// Puts what has its place in the picture there.
     void LayOut(PictureSize size);
     Node* FileAt(std::size_t place);

@@ -3,7 +3,6 @@
 #include "python/native/Arrays.h"
 #include "python/native/Binding.h"
 #include "python/native/Refused.h"
-#include "orvane/imaging/ImageCodec.h"
 #include "orvane/math/Transform.h"
 
 #include <utility>
@@ -123,23 +122,6 @@ MaterialValues MaterialFrom(const py::dict& given)
                                                             : PixelsOf(texture.cast<ByteArray>());
     }
     return values;
-}
-
-py::bytes PackPNG(const ByteArray& picture)
-{
-    if (picture.ndim() != 3 || (picture.shape(2) != 3 && picture.shape(2) != 4) || picture.size() == 0)
-    {
-        throw Refused(Trouble::Value, "a picture has to have the shape (height, width, 3 or 4)");
-    }
-    std::vector<unsigned char> pixels(picture.data(), picture.data() + picture.size());
-    std::vector<unsigned char> file;
-    {
-        const WithoutInterpreter scope;
-        file = ImageCodec::EncodeImagePNG(pixels, static_cast<std::uint64_t>(picture.shape(1)),
-                                          static_cast<std::uint64_t>(picture.shape(0)),
-                                          static_cast<std::uint64_t>(picture.shape(2)));
-    }
-    return py::bytes(reinterpret_cast<const char*>(file.data()), file.size());
 }
 
 const char* NameOf(Trouble trouble)
@@ -322,17 +304,6 @@ void BindView(py::class_<Handle>& model)
                  const CameraPlace place = On(handle, [](Model& of) { return of.Camera(); });
                  return py::make_tuple(FromVector(place.eye), FromVector(place.target), FromVector(place.up));
              })
-        .def("picture",
-             [](const Handle& handle, int width, int height)
-             {
-                 const PictureSize size{width, height};
-                 return PictureArray(On(handle, [size](Model& of) { return of.TakePicture(size); }), size);
-             },
-             py::arg("width"), py::arg("height"))
-        .def("save",
-             [](const Handle& handle, const Name& path, int width, int height)
-             { On(handle, [path, width, height](Model& of) { of.SavePicture(path.bytes, {width, height}); }); },
-             py::arg("path"), py::arg("width"), py::arg("height"))
         .def("pick",
              [](const Handle& handle, int x, int y, int areaWidth, int areaHeight, int width, int height)
              {
@@ -382,8 +353,8 @@ PYBIND11_MODULE(_native, module)
     BindView(model);
     BindScene(model);
     BindFiles(module, model);
+    BindPictures(module, model);
 
-    module.def("pack_png", &PackPNG, py::arg("picture"));
     module.def("default_settings", [] { return Name{OV::Host::PresentationSettings().ToJSON()}; });
     module.def("check_settings",
                [](const Name& json)

@@ -11,12 +11,13 @@ that is forked after the first use cannot go on using it: start processes by the
 """
 
 from ._errors import ClosedError, ContextError, Error, FileError, NodeError, SettingsError
-from ._model import Model, formats, open
+from ._model import Model, formats, open, save_picture
 from ._native import version as __version__
 from ._scene import Camera, Dimension, Geometry, Hit, Material, Node, Sun, SunHours, Text
 from ._settings import Settings
 
 __all__ = [
     "Camera", "ClosedError", "ContextError", "Dimension", "Error", "FileError", "Geometry", "Hit", "Material", "Model",
-    "Node", "NodeError", "Settings", "SettingsError", "Sun", "SunHours", "Text", "formats", "open", "__version__",
+    "Node", "NodeError", "Settings", "SettingsError", "Sun", "SunHours", "Text", "formats", "open", "save_picture",
+    "__version__",
 ]

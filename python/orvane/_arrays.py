@@ -88,15 +88,15 @@ def transform(value: Any) -> NDArray[np.float64]:
     return np.ascontiguousarray(array, np.float64)
 
 
-def picture(value: Any) -> NDArray[np.uint8]:
-    """Gives a picture of bytes for a texture; floats count from 0 to 1."""
+def picture(value: Any, name: str = "texture") -> NDArray[np.uint8]:
+    """Gives a picture of bytes; floats count from 0 to 1."""
     array = np.asarray(value)
     if array.dtype.kind == "f":
         if not ((array >= 0) & (array <= 1)).all():
-            raise ValueError("texture holds a channel out of range; it has to be 0 to 1, or 0 to 255 as uint8")
+            raise ValueError(f"{name} holds a channel out of range; it has to be 0 to 1, or 0 to 255 as uint8")
         array = np.rint(array * 255).astype(np.uint8)
     if array.dtype != np.uint8:
-        raise TypeError(f"texture has the type {array.dtype}; it has to be uint8, or floats from 0 to 1")
+        raise TypeError(f"{name} has the type {array.dtype}; it has to be uint8, or floats from 0 to 1")
     if array.ndim == 2:
         array = np.repeat(array[:, :, np.newaxis], 3, axis=2)
     return np.ascontiguousarray(array)

@@ -58,6 +58,20 @@ def open(path: PathLike, *more: PathLike, textures: bool = True, keep_coplanar: 
     return model.set(**settings)
 
 
+def save_picture(path: PathLike, picture: ArrayLike, *, dpi: float | None = None) -> None:
+    """Writes a picture of :meth:`Model.picture`, :meth:`Model.sun_study` or one's own into a PNG or JPEG file.
+
+    :param picture: shape (height, width), (height, width, 3) or (height, width, 4), uint8 or floats of 0 to 1.
+    :param dpi: as for :meth:`Model.save`.
+    :raises FileError: with the reason and the remedy.
+    """
+    _native.save_picture(os.fsdecode(path), _arrays.picture(picture, "picture"), _pixels_per_metre(dpi))
+
+
+def _pixels_per_metre(dpi: float | None) -> float:
+    return 0.0 if dpi is None else _words.number(dpi, "dpi", 1, 10000) / 0.0254
+
+
 def formats() -> dict[str, list[str]]:
     """Gives the file formats that can be read, each with its endings."""
     return _native.formats()
@@ -447,25 +461,41 @@ class Model:
 
     # Pictures
 
-    def picture(self, width: int = 1280, height: int = 720) -> NDArray[np.uint8]:
+    def picture(self, width: int = 1280, height: int = 720, *, transparent: bool = False,
+                pixel_ratio: float = 1.0) -> NDArray[np.uint8]:
         """Draws a picture.
 
-        :returns: shape (height, width, 3), red, green and blue, the top row first.
+        :param transparent: leaves the background out, for a fourth channel that tells how much is covered.
+        :param pixel_ratio: pixels for each of a line's width and the like, 0.5 to 8.
+        :returns: shape (height, width, 3), red, green and blue, the top row first; (height, width, 4) if transparent.
         :raises ValueError: for a size that GL cannot make, with the sizes that it can.
         """
-        return self._native.picture(_words.whole(width, "width"), _words.whole(height, "height"))
+        return self._native.picture(_words.whole(width, "width"), _words.whole(height, "height"), bool(transparent),
+                                    _words.number(pixel_ratio, "pixel_ratio", 0.5, 8))
 
-    def png(self, width: int = 1280, height: int = 720) -> bytes:
-        """Draws a picture into the bytes of a PNG file."""
-        return _native.pack_png(self.picture(width, height))
+    def png(self, width: int = 1280, height: int = 720, *, transparent: bool = False,
+            pixel_ratio: float = 1.0) -> bytes:
+        """Draws a picture into the bytes of a PNG file, as :meth:`picture` does."""
+        return _native.pack_png(self.picture(width, height, transparent=transparent, pixel_ratio=pixel_ratio))
 
-    def save(self, path: str | bytes | os.PathLike[Any], width: int = 1280, height: int = 720) -> Model:
+    def save(self, path: PathLike, width: int = 1280, height: int = 720, *, transparent: bool = False,
+             pixel_ratio: float = 1.0, bits: int = 8, dpi: float | None = None,
+             progress: Callable[[float], object] | None = None) -> Model:
         """Draws a picture into a PNG or JPEG file, by its ending, which is complete or not there.
 
         :param width: up to 65535 pixels, as is ``height``; what GL cannot draw at once is drawn in tiles.
+        :param transparent: as for :meth:`picture`, as is ``pixel_ratio``; a PNG alone can be.
+        :param bits: of a channel, 8 or 16.
+        :param dpi: pixels an inch in print, written to the file, 1 to 10000.
+        :param progress: called now and then with the share that is drawn, 0 to 100; ``False`` as an answer ends it,
+            and so does what it raises.
         :raises FileError: with the reason and the remedy.
         """
-        self._native.save(os.fsdecode(path), _words.whole(width, "width"), _words.whole(height, "height"))
+        if _words.whole(bits, "bits") not in (8, 16):
+            raise ValueError(f"bits is {bits}; a channel has 8 or 16")
+        self._native.save(os.fsdecode(path), _words.whole(width, "width"), _words.whole(height, "height"),
+                          bool(transparent), _words.number(pixel_ratio, "pixel_ratio", 0.5, 8), int(bits),
+                          _pixels_per_metre(dpi), progress)
         return self
 
     def _repr_png_(self) -> bytes | None:

@@ -180,6 +180,66 @@ def test_a_saved_picture_a_packed_one_and_an_array_are_the_same(cube, tmp_path):
     assert (tmp_path / "a.png").read_bytes() == texture.read_bytes()
 
 
+def test_a_transparent_picture_tells_what_is_covered(cube, tmp_path):
+    plain, clear = cube.picture(60, 40), cube.picture(60, 40, transparent=True)
+    assert clear.shape == (40, 60, 4)
+    assert ((clear[..., 3] == 255) == (plain == (255, 0, 0)).all(axis=2)).all() and (clear[0, 0] == 0).all()
+    cube.save(tmp_path / "a.png", 60, 40, transparent=True)
+    orvane.save_picture(tmp_path / "b.png", clear)
+    (tmp_path / "c.png").write_bytes(cube.png(60, 40, transparent=True))
+    assert len({(tmp_path / f"{name}.png").read_bytes() for name in "abc"}) == 1
+    with pytest.raises(orvane.FileError, match="a JPEG has no transparency"):
+        cube.save(tmp_path / "a.jpg", 60, 40, transparent=True)
+    with pytest.raises(ValueError, match="the sky covers the background"):
+        cube.set(sky=True).picture(60, 40, transparent=True)
+
+
+def test_a_picture_is_made_for_print(cube, tmp_path):
+    cube.set(lines={"width": 2, "color": "blue"})
+    blue = [(cube.picture(60, 40, pixel_ratio=ratio) == (0, 0, 255)).all(axis=2).sum() for ratio in (1, 4)]
+    assert blue[1] > 2 * blue[0] > 0
+    cube.save(tmp_path / "a.png", 60, 40, bits=16, dpi=300)
+    file = (tmp_path / "a.png").read_bytes()
+    assert file[24] == 16 and b"pHYs" + (11811).to_bytes(4, "big") * 2 + b"\x01" in file
+    for wrong, sentence in (({"bits": 9}, "bits is 9"), ({"dpi": 0}, "dpi is 0; it has to be 1 to 10000"),
+                            ({"pixel_ratio": 9}, "pixel_ratio is 9"), ({"pixel_ratio": float("nan")}, "pixel_ratio")):
+        with pytest.raises(ValueError, match=sentence):
+            cube.save(tmp_path / "b.png", 60, 40, **wrong)
+    assert not (tmp_path / "b.png").exists()
+
+
+def test_a_large_picture_tells_how_far_it_is_and_can_be_stopped(cube, tmp_path):
+    told = []
+    cube.save(tmp_path / "small.png", 60, 40, progress=told.append)
+    assert told[-1] == 100 and told == sorted(told)
+
+    def fail(percent):
+        raise ZeroDivisionError
+
+    large = tmp_path / "large.png"
+    with pytest.raises(ZeroDivisionError):
+        cube.save(large, 12000, 12000, progress=fail)
+    with pytest.raises(orvane.FileError, match="drawing was stopped"):
+        cube.save(large, 12000, 12000, progress=lambda percent: False)
+    assert not large.exists()
+    assert cube.picture(20, 20).any()
+
+
+def test_arrays_are_saved_as_pictures(tmp_path):
+    ramp = np.linspace(0, 1, 12 * 8).reshape(8, 12)
+    for picture in (ramp, np.stack([ramp] * 3, axis=-1), np.rint(ramp * 255).astype(np.uint8)):
+        orvane.save_picture(tmp_path / "a.png", picture)
+        assert (tmp_path / "a.png").read_bytes() == orvane._native.pack_png(orvane._arrays.picture(ramp))
+    orvane.save_picture(tmp_path / "a.jpg", ramp, dpi=72)
+    assert (tmp_path / "a.jpg").read_bytes().startswith(b"\xff\xd8")
+    for wrong, trouble in ((np.zeros((70000, 1, 3), np.uint8), orvane.FileError), (np.zeros((0, 1, 3), np.uint8), ValueError),
+                           (np.zeros((2, 2, 2), np.uint8), ValueError), (ramp * 2, ValueError), ("abc", TypeError),
+                           (ramp.astype(int), TypeError)):
+        with pytest.raises(trouble, match="picture|a PNG of 1x70000"):
+            orvane.save_picture(tmp_path / "b.png", wrong)
+    assert not (tmp_path / "b.png").exists()
+
+
 def test_a_notebook_shows_the_model(cube):
     assert cube._repr_png_().startswith(b"\x89PNG")
     cube.close()

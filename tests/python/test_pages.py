@@ -22,5 +22,5 @@ def test_the_pieces_of_the_page_run_one_after_the_other(tmp_path, monkeypatch):
         Path(name).write_text(OBJ)
     for piece in pieces:
         exec(piece.replace("house.ifc", "house.obj"), names)
-    assert {path.name for path in tmp_path.glob("*.png")} == {"house.png", "hills.png", "hours.png"}
+    assert {path.name for path in tmp_path.glob("*.png")} == {"house.png", "hills.png", "hours.png", "cutout.png", "print.png", "study.png"}
     assert Path("hills.png").stat().st_size > 10000

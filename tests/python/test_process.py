@@ -116,6 +116,34 @@ def test_an_interrupt_ends_the_waiting():
     assert process.returncode == 0 and out == "interrupted\n", error
 
 
+def test_an_interrupt_ends_a_large_picture_too():
+    out = check("""
+        import signal
+        model = cube()
+        model.picture(20, 20)
+        signal.setitimer(signal.ITIMER_REAL, 0.3)
+        signal.signal(signal.SIGALRM, signal.default_int_handler)
+        try: model.save("/dev/null", 60000, 60000)
+        except KeyboardInterrupt: print("interrupted")
+        # All of the large one would take longer than this process may.
+        print(model.picture(20, 20).shape)
+    """)
+    assert out == "interrupted\n(20, 20, 3)\n"
+
+
+def test_the_end_does_not_wait_for_a_large_picture():
+    out = check("""
+        def draw():
+            try: model.save("/dev/null", 60000, 60000)
+            except orvane.ClosedError as refused: print(refused)
+        model = cube()
+        model.picture(20, 20)
+        threading.Thread(target=draw, daemon=True).start()
+        time.sleep(0.5)
+    """)
+    assert out in ("", "orvane has ended with the interpreter\n")
+
+
 def test_threads_of_a_small_stack_draw():
     check("""
         threading.stack_size(64 * 1024)

@@ -272,6 +272,31 @@ TEST_F(PresentationPicture, ATransparentPictureLaidOnAColourIsThePictureOnThatCo
     }
 }
 
+TEST_F(PresentationPicture, ATakenPictureIsThatOfAFileInBytes)
+{
+    for (const bool isTransparent : {false, true})
+    {
+        PictureOptions options = Whole();
+        options.transparent = isTransparent;
+        Host::PictureFacts facts;
+        const Rows file = Draw(options, facts);
+        options.bits = 16;
+        std::vector<unsigned char> rgba;
+        std::string error;
+        ASSERT_TRUE(presentation->TakePicture(rgba, options, error)) << error;
+        ASSERT_EQ(rgba.size(), 4u * WholeWidth * WholeHeight);
+        int wrong = 0;
+        for (int i = 0; i < 4 * WholeWidth * WholeHeight; ++i)
+        {
+            const int pixel = i / 4;
+            const bool isMade = i % 4 == 3 && !isTransparent;
+            const int expected = isMade ? 255 : file.At(pixel % WholeWidth, pixel / WholeWidth, i % 4);
+            wrong += rgba[static_cast<std::size_t>(i)] == expected ? 0 : 1;
+        }
+        EXPECT_EQ(wrong, 0);
+    }
+}
+
 TEST_F(PresentationPicture, SixteenBitsTellMoreThanEight)
 {
     PresentationSettings wanted;
