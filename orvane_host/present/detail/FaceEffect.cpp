@@ -12,6 +12,9 @@
 
 #include <GL/gl.h>
 
+#include <algorithm>
+#include <cmath>
+
 namespace OV::Host::Detail
 {
 
@@ -63,6 +66,17 @@ constexpr ProgramTemplate kTemplate = {
 
 constexpr HoleUniforms kHoles = {UniformMaps, UniformTexture0, UniformOpacityMap, UniformScale};
 
+/// Units in which pixels are neither so large nor so small that the square of their area leaves floats. A power of
+/// two, so that no digit changes.
+double PerUnitFor(const CameraNode& camera)
+{
+    float nearest = 0.0f;
+    float farthest = 0.0f;
+    camera.GetNearFar(nearest, farthest);
+    const double between = std::sqrt(std::max(1e-6 * farthest, static_cast<double>(nearest)) * farthest);
+    return between > 0.0 && std::isfinite(between) ? std::ldexp(1.0, -std::ilogb(between)) : 1.0;
+}
+
 } // namespace
 
 FaceEffect::FaceEffect() : HoleEffect(kHoles) {}
@@ -75,6 +89,7 @@ unsigned int FaceEffect::CreateProgramForOptions(std::uint64_t options, std::str
 void FaceEffect::Apply(MaterialES20* data, CameraNodeES20* camera)
 {
     m_camera = camera;
+    m_perUnit = PerUnitFor(*camera->GetCameraNode());
     const bool hasHoles = FindHoles(data);
     UseOptions(hasHoles ? OptionHoles : std::uint64_t(0));
     Set(UniformIsPerspective, camera->GetCameraNode()->GetProjection() == CameraNode::Perspective ? 1 : 0);
@@ -93,7 +108,8 @@ void FaceEffect::BindMeshUniforms(MeshNode* node)
     {
         for (int column = 0; column < 4; ++column)
         {
-            matrix.m[column * 4 + row] = row < 3 ? static_cast<float>(rows[row][column]) : column == 3 ? 1.0f : 0.0f;
+            matrix.m[column * 4 + row] =
+                row < 3 ? static_cast<float>(m_perUnit * rows[row][column]) : column == 3 ? 1.0f : 0.0f;
         }
     }
     Set(UniformObjectToView, matrix);

@@ -15,7 +15,7 @@ uniform sampler2D u_opacityMap; // in red
 #endif
 
 varying vec3 v_world_position;  // world space
-varying vec3 v_place;           // view space
+varying vec3 v_place;           // view space, in units that suit it
 #ifdef HOLES
 varying vec2 v_tc;
 #endif

@@ -19,6 +19,7 @@ public:
     void BindMeshUniforms(MeshNode* node) override;
 
 private:
+    double m_perUnit = 1.0; ///< what places are counted in, for one of the scene
 };
 
 } // namespace OV::Host::Detail

@@ -8,14 +8,14 @@ attribute vec2 a_texture;
 #endif
 
 uniform mat4 u_objectToClip;
-uniform mat4 u_objectToView;
+uniform mat4 u_objectToView;    // in units that suit the view
 uniform mat4 u_worldTransform;  // object to world space
 #ifdef HOLES
 uniform vec2 u_scale;           // factors of the texture coordinate
 #endif
 
 varying vec3 v_world_position;  // world space
-varying vec3 v_place;           // view space
+varying vec3 v_place;           // view space, in those units
 #ifdef HOLES
 varying vec2 v_tc;
 #endif
