@@ -24,7 +24,10 @@ constexpr double kFarthest = 1e4;
 constexpr double kFarthestTarget = 1e5;
 /// What eye and target must differ by to be two places in float, against their coordinates.
 constexpr double kFloatRoom = 4e-6;
-constexpr float kLargestModel = 1e9f;
+constexpr float kLargestModel = 1e15f;
+constexpr double kMostTarget = 0.9e15;
+/// In each coordinate, with room for what rounding to float adds.
+constexpr double kMostEye = 0.999e15;
 
 bool AreFinite(std::initializer_list<double> numbers)
 {
@@ -413,17 +416,20 @@ double OrbitCamera::DepthOf(const Point& point, const Axes& axes) const
 double OrbitCamera::BoundDistance(double distance, const Point& one, const Point& other) const
 {
     const double radius = RadiusOf(m_boxMin, m_boxMax);
-    const double least = std::max(kNearest * radius, kFloatRoom * std::max(Largest(one), Largest(other)));
-    return std::clamp(distance, least, std::max(least, kFarthest * radius));
+    const double out = std::max(Largest(one), Largest(other));
+    const double least = std::max(kNearest * radius, kFloatRoom * out);
+    return std::clamp(distance, least, std::max(least, std::min(kFarthest * radius, kMostEye - out)));
 }
 
 void OrbitCamera::Bound()
 {
     const Point middle = MiddleOf(m_boxMin, m_boxMax);
     const double reach = kFarthestTarget * RadiusOf(m_boxMin, m_boxMax);
-    m_state.target.x = std::clamp(m_state.target.x, middle.x - reach, middle.x + reach);
-    m_state.target.y = std::clamp(m_state.target.y, middle.y - reach, middle.y + reach);
-    m_state.target.z = std::clamp(m_state.target.z, middle.z - reach, middle.z + reach);
+    const auto bounded = [&](double place, double about)
+    { return std::clamp(std::clamp(place, about - reach, about + reach), -kMostTarget, kMostTarget); };
+    m_state.target.x = bounded(m_state.target.x, middle.x);
+    m_state.target.y = bounded(m_state.target.y, middle.y);
+    m_state.target.z = bounded(m_state.target.z, middle.z);
     m_state.azimuth = Wrapped(m_state.azimuth);
     m_state.elevation = std::clamp(m_state.elevation, -kPi / 2.0, kPi / 2.0);
     m_state.distance = BoundDistance(m_state.distance, m_state.target, m_state.target);

@@ -27,7 +27,8 @@ struct OrbitState
 /// upper left corner; what lies under a pixel stays under it where an operation says so, to far
 /// less than a pixel. The horizon stays level, also straight above and below. Numbers that are not
 /// finite change nothing. The distance stays within 1/100,000 and 10,000 times the size of the
-/// model, and the target within 100,000 times.
+/// model, and the target within 100,000 times; the eye within 1e15, where settings take it, and the target within
+/// 9e14, to leave room for the eye.
 class OrbitCamera
 {
 public:
@@ -35,7 +36,7 @@ public:
     void SetScreen(double width, double height);
 
     /// The box of what is looked at, which bounds the distance and gives near and far. A box that is
-    /// empty, not finite or beyond 1e9 counts as a cube of edge 2 about the origin, as at first.
+    /// empty, not finite or beyond 1e15 counts as a cube of edge 2 about the origin, as at first.
     void SetModel(const Vector& boxMin, const Vector& boxMax);
 
     QGM::Point3d GetModelMiddle() const;

@@ -326,6 +326,57 @@ INSTANTIATE_TEST_SUITE_P(Projections, OrbitCameraBoth,
                                     (std::get<1>(info.param) == UpAxis::Z ? "ZUp" : "YUp");
                          });
 
+TEST(OrbitCamera, ModelsOfAnySizeAreShownAsLargeAsOthers)
+{
+    for (const float size : {1e-3f, 1.0f, 1e9f, 1e12f, 1e14f})
+    {
+        SCOPED_TRACE(size);
+        OrbitCamera camera;
+        camera.SetScreen(1000.0, 600.0);
+        camera.SetModel({-size, -size, -size}, {size, size, size});
+        camera.FrameModel();
+        double x = 0.0;
+        double y = 0.0;
+        ASSERT_TRUE(camera.PixelOf({0.0, size, 0.0}, x, y));
+        OrbitCamera usual;
+        usual.SetScreen(1000.0, 600.0);
+        usual.FrameModel();
+        double usualX = 0.0;
+        double usualY = 0.0;
+        ASSERT_TRUE(usual.PixelOf({0.0, 1.0, 0.0}, usualX, usualY));
+        EXPECT_NEAR(x, usualX, 0.01);
+        EXPECT_NEAR(y, usualY, 0.01);
+    }
+}
+
+TEST(OrbitCamera, EyesStayWhereSettingsTakeThem)
+{
+    for (const float size : {1e9f, 1e12f, 1e15f})
+    {
+        SCOPED_TRACE(size);
+        OrbitCamera camera;
+        camera.SetScreen(1000.0, 600.0);
+        camera.SetModel({-size, -size, -size}, {size, size, size});
+        camera.FrameModel();
+        for (int step = 0; step < 400; ++step)
+        {
+            camera.Orbit(70.0 * step, 30.0 * (step % 7) - 90.0);
+            camera.Pan(900.0, 500.0, 0.0, 0.0);
+            camera.Zoom(step % 10 == 9 ? 3.0 : 0.8, 13.0 * (step % 50), 400.0);
+            const QGM::Point3d eye = camera.GetEye();
+            const QGM::Point3d& target = camera.GetState().target;
+            for (const double place : {eye.x, eye.y, eye.z, target.x, target.y, target.z})
+            {
+                ASSERT_LE(std::fabs(static_cast<float>(place)), 1e15) << step;
+            }
+            ASSERT_GT(camera.GetState().distance, 0.0);
+        }
+    }
+    OrbitCamera camera;
+    camera.SetModel({-1.1e15f, -1.0f, -1.0f}, {1.0f, 1.0f, 1.0f});
+    EXPECT_EQ(camera.GetModelMiddle().x, 0.0) << "beyond, as none";
+}
+
 TEST(OrbitCamera, OrbitingStopsAtThePolesWithoutTurningOver)
 {
     OrbitCamera camera = MakeCamera(false);
