@@ -1,19 +1,16 @@
-#include "tests/orvane_host/present/AddedStage.h"
 #include "tests/orvane_host/present/Crowd.h"
 #include "tests/orvane_host/present/SettingsDice.h"
 #include "tests/orvane_host/present/ShadowStageModels.h"
+#include "tests/orvane_host/present/WatchedMaps.h"
 #include "tests/support/GLRecorder.h"
+#include "tests/support/ShowMesh.h"
 
-#include "orvane_host/present/PresentationRenderer.h"
-#include "orvane_host/present/detail/SunShare.h"
 #include "orvane/math/Quaternion.h"
 #include "orvane/math/Transform.h"
 #include "orvane/scene/Material.h"
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
 #include "orvane/scene/RawMesh.h"
-
-#include <GL/glew.h>
 
 #include <cmath>
 #include <cstddef>
@@ -34,69 +31,6 @@ using Host::BatchUse;
 using Host::Presentation;
 using Host::PresentationSettings;
 
-/// What is in the sun's maps.
-struct Maps
-{
-    std::vector<float> depths;
-    std::vector<unsigned char> glass;
-
-    bool operator==(const Maps& other) const { return depths == other.depths && glass == other.glass; }
-    bool operator!=(const Maps& other) const { return !(*this == other); }
-};
-
-GLint BoundTo(int unit)
-{
-    glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
-    GLint texture = 0;
-    glGetIntegerv(GL_TEXTURE_BINDING_2D, &texture);
-    return texture;
-}
-
-std::size_t TexelsOfBound()
-{
-    GLint width = 0;
-    GLint height = 0;
-    glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_WIDTH, &width);
-    glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_HEIGHT, &height);
-    return static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
-}
-
-Maps ReadMaps()
-{
-    Maps maps;
-    if (BoundTo(Host::Detail::SunShare::DepthUnit) != 0)
-    {
-        maps.depths.resize(TexelsOfBound());
-        glGetTexImage(GL_TEXTURE_2D, 0, GL_DEPTH_COMPONENT, GL_FLOAT, maps.depths.data());
-    }
-    if (BoundTo(Host::Detail::SunShare::GlassUnit) != 0)
-    {
-        maps.glass.resize(4 * TexelsOfBound());
-        glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, GL_UNSIGNED_BYTE, maps.glass.data());
-    }
-    glActiveTexture(GL_TEXTURE0);
-    return maps;
-}
-
-/// A presentation whose maps are read in each frame.
-class Watched
-{
-public:
-    explicit Watched(std::unique_ptr<Presentation> presentation) : m_presentation(std::move(presentation))
-    {
-        auto stage = std::make_unique<AddedStage>(std::make_shared<StageRecord>());
-        stage->draw = [this](Host::PresentationFrame&) { maps = ReadMaps(); };
-        m_presentation->GetRenderer().AddStage(std::move(stage), Host::StageSlot::AfterSurfaces);
-    }
-
-    Presentation& Get() { return *m_presentation; }
-
-    Maps maps; ///< of the last frame
-
-private:
-    std::unique_ptr<Presentation> m_presentation;
-};
-
 class ShadowMoves : public PresentationFixture
 {
 protected:
@@ -112,7 +46,21 @@ protected:
         Apply(watched.Get(), wanted);
     }
 
-    /// Of two alike, to which the same is done, one draws its maps whole in each frame.
+    /// Draws a frame of two alike, of which one draws its maps whole.
+    /// @return whether the other has drawn a map in part.
+    bool ExpectTexelsOfWholeMap(Watched& partly, Watched& whole)
+    {
+        GLRecorder recorder(GLRecorder::Mode::Forward);
+        const Picture picture = Draw(partly.Get());
+        // A map that is drawn in part is not cleared where drawing into it begins.
+        const bool isPartial = recorder.Count("glClear", {0}) > 0;
+        ExpectSame(picture, Draw(whole.Get()), "picture");
+        EXPECT_TRUE(partly.maps == whole.maps);
+        EXPECT_FALSE(partly.maps.depths.empty());
+        return isPartial;
+    }
+
+    /// The same of many frames, between which the same is done to both.
     /// @return how many frames have drawn a map in part.
     int ExpectTexelsOfWholeMaps(Watched& partly, Watched& whole, const PresentationSettings& wanted,
                                 const std::function<void(std::size_t, Dice&)>& edit, unsigned int seed)
@@ -130,13 +78,7 @@ protected:
             DrawInOtherLight(whole, wanted);
             edit(0, dice);
             edit(1, same);
-            GLRecorder recorder(GLRecorder::Mode::Forward);
-            const Picture picture = Draw(partly.Get());
-            // A map that is drawn in part is not cleared where drawing into it begins.
-            partial += recorder.Count("glClear", {0}) > 0 ? 1 : 0;
-            ExpectSame(picture, Draw(whole.Get()), "picture");
-            EXPECT_TRUE(partly.maps == whole.maps);
-            EXPECT_FALSE(partly.maps.depths.empty());
+            partial += ExpectTexelsOfWholeMap(partly, whole) ? 1 : 0;
         }
         return partial;
     }
@@ -193,17 +135,23 @@ std::vector<Kind> Kinds()
     return kinds;
 }
 
+/// Two crowds alike, each in a presentation of its own.
+struct Twins
+{
+    Crowd crowds[2] = {Crowd(64, 7, 6), Crowd(64, 7, 6)};
+    Watched partly{std::make_unique<Presentation>(std::move(crowds[0].scene), crowds[0].named)};
+    Watched whole{std::make_unique<Presentation>(std::move(crowds[1].scene), crowds[1].named)};
+};
+
 TEST_F(ShadowMoves, MapsAreThoseThatAreDrawnWholeWhateverIsEdited)
 {
     unsigned int seed = 1;
     for (const Kind& kind : Kinds())
     {
         SCOPED_TRACE(kind.name);
-        Crowd crowds[2] = {Crowd(64, 7, 6), Crowd(64, 7, 6)};
-        Watched partly(std::make_unique<Presentation>(std::move(crowds[0].scene), crowds[0].named));
-        Watched whole(std::make_unique<Presentation>(std::move(crowds[1].scene), crowds[1].named));
-        const auto edit = [&](std::size_t which, Dice& dice) { crowds[which].Edit(dice); };
-        EXPECT_GT(ExpectTexelsOfWholeMaps(partly, whole, kind.settings, edit, ++seed), 5);
+        Twins twins;
+        const auto edit = [&](std::size_t which, Dice& dice) { twins.crowds[which].Edit(dice); };
+        EXPECT_GT(ExpectTexelsOfWholeMaps(twins.partly, twins.whole, kind.settings, edit, ++seed), 5);
     }
 }
 
@@ -229,9 +177,8 @@ TEST_F(ShadowMoves, MapsAreThoseThatAreDrawnWholeWhereverTheEyeGoes)
     for (const Kind& kind : Kinds())
     {
         SCOPED_TRACE(kind.name);
-        Crowd crowds[2] = {Crowd(64, 7, 6), Crowd(64, 7, 6)};
-        Watched partly(std::make_unique<Presentation>(std::move(crowds[0].scene), crowds[0].named));
-        Watched whole(std::make_unique<Presentation>(std::move(crowds[1].scene), crowds[1].named));
+        Twins twins;
+        Watched& partly = twins.partly;
         PresentationSettings settings = kind.settings;
         Dice eye(++seed);
         Dice dice(seed);
@@ -244,22 +191,27 @@ TEST_F(ShadowMoves, MapsAreThoseThatAreDrawnWholeWhereverTheEyeGoes)
             SCOPED_TRACE(step);
             Draw(partly.Get());
             MoveEye(settings.view, eye);
-            DrawInOtherLight(whole, settings);
+            DrawInOtherLight(twins.whole, settings);
             Apply(partly.Get(), settings);
             if (step % 4 == 3)
             {
-                crowds[0].Edit(dice);
-                crowds[1].Edit(same);
+                twins.crowds[0].Edit(dice);
+                twins.crowds[1].Edit(same);
             }
-            GLRecorder recorder(GLRecorder::Mode::Forward);
-            const Picture picture = Draw(partly.Get());
-            partial += recorder.Count("glClear", {0}) > 0 ? 1 : 0;
-            ExpectSame(picture, Draw(whole.Get()), "picture");
-            EXPECT_TRUE(partly.maps == whole.maps);
+            partial += ExpectTexelsOfWholeMap(partly, twins.whole) ? 1 : 0;
         }
         // One part that holds all stays as it is.
         EXPECT_GT(partial, std::string(kind.name).find("inside") == 0 ? kSteps : 0);
     }
+}
+
+void MoveBy(Node& node, const Vector& by)
+{
+    Transform place = node.GetLocal();
+    Vector position;
+    position.Add(place.GetPosition(), by);
+    place.SetPosition(position);
+    node.SetLocal(place);
 }
 
 /// Moves some nodes of a scene a little or to anywhere among the others.
@@ -273,16 +225,10 @@ void MoveSome(const Scene& scene, Dice& dice)
         const bool isFar = dice.Below(4) == 0;
         const Vector by((isFar ? 4.0f : 0.3f) * (dice.Share() - 0.5f), 0.2f * (dice.Share() - 0.5f),
                         (isFar ? 4.0f : 0.3f) * (dice.Share() - 0.5f));
-        if (mesh.EachNode().empty())
+        if (!mesh.EachNode().empty())
         {
-            continue;
+            MoveBy(*mesh.EachNode().front(), by);
         }
-        MeshNode& node = *mesh.EachNode().front();
-        Transform place = node.GetLocal();
-        Vector position;
-        position.Add(place.GetPosition(), by);
-        place.SetPosition(position);
-        node.SetLocal(place);
     }
 }
 
@@ -315,19 +261,13 @@ TEST_F(ShadowMoves, MapsAreThoseThatAreDrawnWholeWhateverMaterialsMove)
 /// A cube whose corners are told from so far away that floats leave them by several texels of where they are.
 MeshNode& AddFarDescribed(FloorAndCube& made, float away)
 {
-    Scene& scene = made.presentation->GetScene();
     auto raw = std::make_shared<RawMesh>(*made.cube->GetMeshes().front()->GetRawMesh());
     for (Vector& position : raw->positions)
     {
         position.Add(position, Vector(away, 0, away));
     }
     raw->ComputeBBox();
-    auto* const mesh = new Mesh(raw, &scene);
-    made.cubeMaterial->AddMesh(mesh);
-    auto* const node = new MeshNode(&scene);
-    scene.GetRoot()->AddChild(node, false);
-    mesh->AddNode(node);
-    return *node;
+    return ShowMesh(raw, *made.cubeMaterial, made.presentation->GetScene());
 }
 
 TEST_F(ShadowMoves, MapsAreThoseThatAreDrawnWholeOfShapesFarFromTheirOrigin)
@@ -381,14 +321,17 @@ struct Cubes
 
     void Move(MeshNode& node, float by) const
     {
-        Transform place = node.GetLocal();
-        Vector position;
-        position.Add(place.GetPosition(), Vector(by, 0, 0));
-        place.SetPosition(position);
-        node.SetLocal(place);
+        MoveBy(node, Vector(by, 0, 0));
         presentation->GetScene().MarkDirty();
     }
 };
+
+PresentationSettings LookingDownWith(BatchUse batches)
+{
+    PresentationSettings settings = LookingDown();
+    settings.batches.use = batches;
+    return settings;
+}
 
 Cubes MakeCubes()
 {
@@ -443,8 +386,7 @@ protected:
 TEST_F(ShadowDraws, OfSomethingSmallThatMovesAreFew)
 {
     const Cubes cubes = MakeCubes();
-    PresentationSettings settings = LookingDown();
-    settings.batches.use = BatchUse::Off;
+    PresentationSettings settings = LookingDownWith(BatchUse::Off);
     Apply(*cubes.presentation, settings);
     Draw(*cubes.presentation);
     const std::size_t resting = DrawsOfFrame(cubes);
@@ -476,21 +418,15 @@ TEST_F(ShadowDraws, OfAShapeThatIsDescribedAnewAreFew)
     const Cubes cubes = MakeCubes();
     Scene& scene = cubes.presentation->GetScene();
     const Mesh& cube = *cubes.At(2, 3).GetMeshes().front();
-    auto* const mesh = new Mesh(std::make_shared<RawMesh>(*cube.GetRawMesh()), &scene);
-    cube.GetMaterial()->AddMesh(mesh);
-    auto* const node = new MeshNode(&scene);
-    node->SetLocal(cubes.At(2, 3).GetLocal());
-    scene.GetRoot()->AddChild(node, false);
-    mesh->AddNode(node);
-    PresentationSettings settings = LookingDown();
-    settings.batches.use = BatchUse::Off;
-    Apply(*cubes.presentation, settings);
+    const auto described = std::make_shared<RawMesh>(*cube.GetRawMesh());
+    ShowMesh(described, *cube.GetMaterial(), scene).SetLocal(cubes.At(2, 3).GetLocal());
+    Apply(*cubes.presentation, LookingDownWith(BatchUse::Off));
     cubes.presentation->Refresh();
     Draw(*cubes.presentation);
     const std::size_t resting = DrawsOfFrame(cubes);
     for (const float height : {1.4f, 1.3f})
     {
-        RawMesh& raw = *mesh->GetRawMesh();
+        RawMesh& raw = *described;
         std::vector<Vector> positions = raw.positions;
         std::vector<Vector> normals = raw.normals;
         std::vector<unsigned short> indices = raw.indices;
@@ -511,9 +447,7 @@ TEST_F(ShadowDraws, OfAShapeThatIsDescribedAnewAreFew)
 TEST_F(ShadowDraws, OfSomethingSmallThatMovesAreFewBesideBatches)
 {
     const Cubes cubes = MakeCubes();
-    PresentationSettings settings = LookingDown();
-    settings.batches.use = BatchUse::On;
-    Apply(*cubes.presentation, settings);
+    Apply(*cubes.presentation, LookingDownWith(BatchUse::On));
     for (int i = 0; i < 3; ++i)
     {
         // It leaves its batch.
@@ -529,9 +463,7 @@ TEST_F(ShadowDraws, OfSomethingSmallThatMovesAreFewBesideBatches)
 TEST_F(ShadowDraws, AreOfAllWhereNothingOfTheMapHolds)
 {
     const Cubes cubes = MakeCubes();
-    PresentationSettings settings = LookingDown();
-    settings.batches.use = BatchUse::Off;
-    Apply(*cubes.presentation, settings);
+    Apply(*cubes.presentation, LookingDownWith(BatchUse::Off));
     Draw(*cubes.presentation);
     const std::size_t resting = DrawsOfFrame(cubes);
     const std::size_t all = cubes.nodes.size() + Cubes::kSide + 1;
