@@ -53,7 +53,7 @@ void DrawnParts::Become(const std::vector<SunView::Tile>& tiles)
     for (const SunView::Tile& tile : tiles)
     {
         const SunView::Tile* const before = InCellOf(tile, m_tiles);
-        m_changes.push_back(before ? ChangeOf(*before, tile) : Change{true, {TexelsOf(tile)}, {}});
+        m_changes.push_back(before ? ChangeOf(*before, tile) : Change{true, {}, {TexelsOf(tile)}});
     }
     for (const SunView::Tile& before : m_tiles)
     {
@@ -81,10 +81,10 @@ DrawnParts::Change DrawnParts::ChangeOf(const SunView::Tile& before, const SunVi
     const TexelRect texels = TexelsOf(now);
     if (before.toClip != now.toClip)
     {
-        return {true, {texels}, {}};
+        return {true, {TexelsOf(before)}, {texels}};
     }
     const TexelRect kept{glm::max(before.low, now.low), glm::min(before.high, now.high)};
-    return {false, Outside(texels, kept), Outside(TexelsOf(before), kept)};
+    return {false, Outside(TexelsOf(before), kept), Outside(texels, kept)};
 }
 
 } // namespace OV::Host::Detail

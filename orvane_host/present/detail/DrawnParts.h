@@ -18,8 +18,8 @@ public:
     struct Change
     {
         bool isOther = false;         ///< nothing in its cell can stay
-        std::vector<TexelRect> added; ///< that are to be drawn; all of them where it is another
-        std::vector<TexelRect> left;  ///< that are no longer of it; none where it is another
+        std::vector<TexelRect> left;  ///< that are no longer of it; all that were drawn where it is another
+        std::vector<TexelRect> added; ///< that are to be drawn once those are clear; all of them where it is another
 
         bool IsNone() const { return added.empty() && left.empty(); }
     };

@@ -368,24 +368,23 @@ void ShadowStage::DrawMap(PresentationFrame& frame, const SunView& view, bool gl
 void ShadowStage::DrawPart(PresentationFrame& frame, const SunView::Tile& tile, const DrawnParts::Change& change,
                            bool glass)
 {
-    const auto clear = [glass](const TexelRect& texels) { Clear(texels, glass); };
-    const auto drawAnew = [&](const std::vector<TexelRect>& rects) {
-        for (const TexelRect& texels : rects)
-        {
-            clear(texels);
-            DrawTexels(frame, tile, texels, glass);
-        }
-    };
+    for (const TexelRect& texels : change.left)
+    {
+        Clear(texels, glass);
+    }
+    // The map is empty wherever no part was.
+    for (const TexelRect& texels : change.added)
+    {
+        DrawTexels(frame, tile, texels, glass);
+    }
     if (change.isOther)
     {
-        clear({tile.cellLow, tile.cellHigh});
+        return;
     }
-    // Where the only part ends the map is empty.
-    std::for_each(change.left.begin(), change.left.end(), clear);
-    drawAnew(change.added);
-    if (!change.isOther)
+    for (const TexelRect& texels : FindTouchedTexels(tile, m_drawn.GetChanged(glass)))
     {
-        drawAnew(FindTouchedTexels(tile, m_drawn.GetChanged(glass)));
+        Clear(texels, glass);
+        DrawTexels(frame, tile, texels, glass);
     }
 }
 

@@ -38,18 +38,13 @@ public:
     void Follow(const DrawnParts& parts, double place)
     {
         const DrawnParts::Change& change = parts.GetChanges().front();
-        if (change.isOther)
-        {
-            Fill({{0, 0}, {kCell, kCell}}, 0.0);
-        }
         for (const TexelRect& rect : change.left)
         {
-            Fill(rect, 0.0);
+            m_cleared += Fill(rect, 0.0);
         }
         for (const TexelRect& rect : change.added)
         {
-            Fill(rect, place);
-            m_drawn += (rect.high.x - rect.low.x) * (rect.high.y - rect.low.y);
+            m_drawn += Fill(rect, place);
         }
     }
 
@@ -66,21 +61,27 @@ public:
     }
 
     int GetDrawn() const { return m_drawn; }
+    int GetCleared() const { return m_cleared; }
 
 private:
-    void Fill(const TexelRect& rect, double value)
+    /// @return of how many texels. What is drawn must come where nothing is, and what is cleared where something is.
+    int Fill(const TexelRect& rect, double value)
     {
         for (int y = rect.low.y; y < rect.high.y; ++y)
         {
             for (int x = rect.low.x; x < rect.high.x; ++x)
             {
-                m_texels[static_cast<std::size_t>(y * kCell + x)] = value;
+                double& texel = m_texels[static_cast<std::size_t>(y * kCell + x)];
+                EXPECT_NE(texel == 0.0, value == 0.0) << x << ", " << y;
+                texel = value;
             }
         }
+        return (rect.high.x - rect.low.x) * (rect.high.y - rect.low.y);
     }
 
     std::vector<double> m_texels;
     int m_drawn = 0;
+    int m_cleared = 0;
 };
 
 } // namespace
@@ -104,6 +105,7 @@ TEST(DrawnParts, DrawWhatIsAddedAndClearWhatIsLeftOfAnyRectangle)
         texels += (high.x - low.x) * (high.y - low.y);
     }
     EXPECT_LT(cell.GetDrawn(), 0.9 * texels);
+    EXPECT_LE(cell.GetCleared(), cell.GetDrawn());
 }
 
 TEST(DrawnParts, StayWhereNothingChanges)
