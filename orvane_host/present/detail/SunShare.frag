@@ -18,6 +18,8 @@
 #define SUN_ROUNDS 64
 #define SUN_HARD_TAPS 8.0
 #define SUN_SOFT_TAPS 32.0
+// The sine of the angle, nearly, down to which light runs along a plane rather than onto it.
+#define SUN_FLATTEST 0.004
 
 uniform sampler2D u_sunDepth;            // lengths along the light, 0 to 1
 uniform sampler2D u_sunGlass;            // length of the first glass in red, green and blue, what all lets through in alpha
@@ -328,19 +330,22 @@ float OVSL_LightShare(bool wanted)
 #ifdef SUN_PARTS
     isOpen = isOpen && isWithin(spot);
 #endif
-    // The plane turns the same side to the sun as to the eye if it looks the same way round to both.
+    // The plane turns the same side to the sun as to the eye if it looks the same way round to both. Of one that light
+    // runs along numbers don't tell, from pixel to pixel: it counts as turned away.
     float area = spot.across.x * spot.up.y - spot.across.y * spot.up.x;
-    spot.slope = vec2(spot.across.z * spot.up.y - spot.up.z * spot.across.y,
-                      spot.up.z * spot.across.x - spot.across.z * spot.up.x) * (1.0 / area);
+    vec2 along = vec2(spot.across.z * spot.up.y - spot.up.z * spot.across.y,
+                      spot.up.z * spot.across.x - spot.across.z * spot.up.x);
+    bool isTowardSun = all(lessThan(SUN_FLATTEST * abs(along), area * spot.step));
+    spot.slope = along * (1.0 / area);
     // A corner that texels see from the other side, a pixel that reaches beyond its surface, and
     // what numbers leave.
     vec2 reach = max(abs(spot.across.xy), abs(spot.up.xy)) * spot.step;
     spot.room = 0.75 * max(spot.step.x, spot.step.y) + 0.5 * max(reach.x, reach.y)
               + 0.02 * (abs(spot.slope.x) + abs(spot.slope.y)) + 1.0e-6;
-    bool isWanted = isOpen && area > 0.0;
+    bool isWanted = isOpen && isTowardSun;
     spot.place.xy = isWanted ? spot.place.xy : vec2(0.0);
     float share = sunShare(spot, isWanted);
-    return area > 0.0 ? isOpen ? share : 1.0 : 0.0;
+    return isTowardSun ? isOpen ? share : 1.0 : 0.0;
 }
 
 float OVSL_ShadowTone()
