@@ -54,7 +54,7 @@ constexpr int kMostTexelsOfPart = 2048;
 /// Steps of a depth of 16 bits, and how many the edge of a texel has at least, for rounding to be less than what
 /// surfaces are allowed to lie behind themselves, which is most of an edge.
 constexpr double kSteps = 65535.0;
-constexpr double kStepsOfEdge = 2.0;
+constexpr double kStepsOfEdge = 1.0;
 
 /// Whether 16 bits tell the lengths of a map apart.
 bool IsShortEnough(const SunView& view)
