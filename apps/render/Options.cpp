@@ -205,7 +205,7 @@ void DefineViewOptions(CLI::App& app, Options& options, Texts& texts)
         ->option_text("X,Y,Z")->excludes(view)->group(group);
     app.add_option("--target", texts.target, "What the eye looks at; the middle of the model if left out")
         ->option_text("X,Y,Z")->needs(eye)->group(group);
-    app.add_option("--up", texts.up, "What is up in the picture; 0,1,0 if left out")
+    app.add_option("--up", texts.up, "What is up in the picture; the axis that is up if left out")
         ->option_text("X,Y,Z")->needs(eye)->group(group);
     app.add_option("--up-axis", texts.upAxis, "The axis of the model that is up, y or z; y if left out")
         ->option_text("NAME")->group(group);
@@ -407,12 +407,7 @@ void InterpretUpAxis(const Texts& texts, Host::ViewSettings& view)
     {
         throw Bad("--up-axis", *texts.upAxis, "y or z");
     }
-    const bool isZ = *texts.upAxis == "z";
-    view.upAxis = isZ ? Host::UpAxis::Z : Host::UpAxis::Y;
-    if (isZ && !texts.up)
-    {
-        view.up = Vector(0.0f, 0.0f, 1.0f);
-    }
+    view.upAxis = *texts.upAxis == "z" ? Host::UpAxis::Z : Host::UpAxis::Y;
 }
 
 /// What is to be done besides the picture, or in place of it.
@@ -468,7 +463,10 @@ void Interpret(const Texts& texts, Options& options)
     {
         const Vector up = ParseVector("--up", *texts.up);
         // What points nowhere counts as left out.
-        options.settings.view.up = up.Magnitude() > 0.0f ? up : options.settings.view.up;
+        if (up.Magnitude() > 0.0f)
+        {
+            options.settings.view.up = up;
+        }
     }
     InterpretUpAxis(texts, options.settings.view);
     if (texts.fog)

@@ -125,7 +125,10 @@ void AddView(Builder& command, const Host::ViewSettings& view)
         {
             command.Add("--target", TextOf(*view.target));
         }
-        command.Add("--up", TextOf(view.up));
+        if (view.up)
+        {
+            command.Add("--up", TextOf(*view.up));
+        }
     }
     else
     {

@@ -327,8 +327,13 @@ bool EditView(Host::ViewSettings& view, const Box& box)
         {
             moved = EditVector("Target", *edited.target, speed) || moved;
         }
-        moved = EditVector("Upwards", edited.up, 0.01f) || moved;
-        if (moved && edited.up.Magnitude() > 0.0f)
+        Vector up = view.up.value_or(view.upAxis == Host::UpAxis::Z ? Vector(0.0f, 0.0f, 1.0f) : Vector(0.0f, 1.0f, 0.0f));
+        if (EditVector("Upwards", up, 0.01f))
+        {
+            edited.up = up;
+            moved = true;
+        }
+        if (moved && up.Magnitude() > 0.0f)
         {
             view = edited;
             changed = true;

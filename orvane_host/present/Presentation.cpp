@@ -257,6 +257,11 @@ bool Presentation::FrameShown()
     return impl.Frame(impl.ShownPointsBelow(*impl.World().GetRoot()));
 }
 
+bool Presentation::SetCamera(const Vector& eye, const Vector& target)
+{
+    return m_impl->Followed().LookFrom(eye, target, std::nullopt);
+}
+
 bool Presentation::SetCamera(const Vector& eye, const Vector& target, const Vector& up)
 {
     return m_impl->Followed().LookFrom(eye, target, up);

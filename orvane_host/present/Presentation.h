@@ -229,9 +229,11 @@ public:
     /// Brings what is neither hidden nor cut away into the view.
     bool FrameShown();
 
-    /// Looks from an eye to a target; GetSettings tells it from then on.
+    /// Looks from an eye to a target; GetSettings tells it from then on. Without a direction upwards the
+    /// axis that is up (ViewSettings::upAxis) is so in the picture.
     /// @return false, with nothing changed, where they coincide or are not finite.
-    bool SetCamera(const Vector& eye, const Vector& target, const Vector& up = Vector(0.0f, 1.0f, 0.0f));
+    bool SetCamera(const Vector& eye, const Vector& target);
+    bool SetCamera(const Vector& eye, const Vector& target, const Vector& up);
 
     /// Looks down the -Z of a place in the world, with its Y up.
     /// @param distance to what is looked at, above 0; an orthographic view takes its height from it.

@@ -104,6 +104,7 @@ std::optional<HiddenLineLook> Presentation::Impl::HiddenLook() const
 void Presentation::Impl::ConfigureRenderer()
 {
     renderer->ShowSky(settings.sky);
+    renderer->SetSkyAxis(settings.view.upAxis);
     renderer->SetLook(settings.look);
     renderer->SetStrokeWidth(UsualStrokeWidth * m_ratio);
     renderer->SetSun(sun.direction, Up());

@@ -89,11 +89,13 @@ struct ViewSettings
     std::optional<Vector> eye;
     /// As eye, and elsewhere. Only counts with an eye; none means the middle of the model.
     std::optional<Vector> target;
-    /// Only counts with an eye; of any length above 0.
-    Vector up{0.0f, 1.0f, 0.0f};
+    /// What points upwards in the picture, of any length above 0; none for the axis that is up. Only
+    /// counts with an eye.
+    std::optional<Vector> up;
     /// Full vertical angle in degrees, 1 to 170.
     float fov = 35.0f;
     bool orthographic = false;
+    /// Of the model, which named views, ground, sky and sun go by too.
     UpAxis upAxis = UpAxis::Y;
 };
 

@@ -56,8 +56,8 @@ void Presentation::Impl::PlaceCamera()
     const ViewSettings& view = settings.view;
     if (view.eye)
     {
-        ViewFit::Look(camera, *view.eye, view.target.value_or(MiddleOfModel()), view.up, report.boxMin, report.boxMax,
-                      fit);
+        ViewFit::Look(camera, *view.eye, view.target.value_or(MiddleOfModel()), view.up.value_or(Up()), report.boxMin,
+                      report.boxMax, fit);
     }
     else
     {
@@ -190,7 +190,7 @@ bool Presentation::Impl::LookAsFrom(const CameraNode& camera, double distance)
                     Vector(static_cast<float>(m[0][1]), static_cast<float>(m[1][1]), static_cast<float>(m[2][1])));
 }
 
-bool Presentation::Impl::LookFrom(const Vector& eye, const Vector& target, const Vector& up)
+bool Presentation::Impl::LookFrom(const Vector& eye, const Vector& target, const std::optional<Vector>& up)
 {
     PresentationSettings wanted = settings;
     wanted.view.eye = eye;

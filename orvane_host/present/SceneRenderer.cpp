@@ -51,9 +51,14 @@ SceneRenderer::SceneRenderer(TextureLoader* loader, RenderCapabilities* caps) :
 
 SceneRenderer::~SceneRenderer() = default;
 
+void SceneRenderer::SetSkyAxis(UpAxis axis)
+{
+    m_sky->SetUpAxis(axis);
+}
+
 void SceneRenderer::Pack(Scene* scene, CameraNode* camera)
 {
-    CameraNodeES20* cameraData = scene && camera ? CameraDataOf(camera) : nullptr;
+    CameraNodeES20* cameraData = scene && camera && FindGL() ? CameraDataOf(camera) : nullptr;
     if (!cameraData)
     {
         return;

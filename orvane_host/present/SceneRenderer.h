@@ -2,6 +2,7 @@
 
 #include "orvane_host/present/PresentationFrame.h"
 #include "orvane_host/present/StageAccess.h"
+#include "orvane_host/view/ViewFit.h"
 #include "orvane/renderer/Renderer20.h"
 
 #include <memory>
@@ -24,8 +25,7 @@ namespace OV::Host
 /// Lines keep their depth whatever their slope, so that none comes through what is before it;
 /// FeatureEdges::MakeRoom lets them stand out from the faces that they bound.
 ///
-/// The sky is that of SkySettings, on a dome about the eye, with the world's Y up: the horizon
-/// lies at eye level. It has no depth, so everything is in front of it. An orthographic camera
+/// The sky is that of SkySettings, on a dome about the eye: the horizon lies at eye level. It has no depth, so everything is in front of it. An orthographic camera
 /// sees the sky that a perspective one of its angle would see.
 class SceneRenderer : public Renderer20
 {
@@ -39,6 +39,9 @@ public:
     /// Draws the sky behind each scene from now on. Off at first.
     void ShowSky(bool show) { m_skyShown = show; }
     bool IsSkyShown() const { return m_skyShown; }
+
+    /// The axis of the world that the sky is above from now on; Y at first.
+    void SetSkyAxis(UpAxis axis);
 
     /// Draws a part of a larger picture from the next frame on: the camera and the 2D layers see all of
     /// the picture, the framebuffer has the size of the part. None, as at first, for pictures drawn in

@@ -209,9 +209,10 @@ bool Model::FrameNode(const std::string& path)
     return m_presentation->FrameNode(path);
 }
 
-void Model::SetCamera(const CameraPlace& place)
+void Model::SetCamera(const Vector& eye, const Vector& target, const std::optional<Vector>& up)
 {
-    if (!Fresh().SetCamera(place.eye, place.target, place.up))
+    Host::Presentation& presentation = Fresh();
+    if (!(up ? presentation.SetCamera(eye, target, *up) : presentation.SetCamera(eye, target)))
     {
         throw Refused(Trouble::Value, "the eye is where it looks at, or a coordinate is no number from -1e15 to 1e15; "
                                       "move the eye or the target");

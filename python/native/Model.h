@@ -188,7 +188,7 @@ public:
     bool FrameAll();
     bool FrameShown();
     bool FrameNode(const std::string& path);
-    void SetCamera(const CameraPlace& place);
+    void SetCamera(const Vector& eye, const Vector& target, const std::optional<Vector>& up);
     CameraPlace Camera();
 
     /// R, G, B, and straight alpha where it is to be transparent, the top row first.

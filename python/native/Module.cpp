@@ -292,10 +292,11 @@ void BindView(py::class_<Handle>& model)
         .def("frame_shown", Bound(&Model::FrameShown))
         .def("frame_node", BoundPath(&Model::FrameNode), py::arg("path"))
         .def("set_camera",
-             [](const Handle& handle, const Triple& eye, const Triple& target, const Triple& up)
+             [](const Handle& handle, const Triple& eye, const Triple& target, const std::optional<Triple>& up)
              {
-                 const CameraPlace place{ToVector(eye), ToVector(target), ToVector(up)};
-                 On(handle, [place](Model& of) { of.SetCamera(place); });
+                 const std::optional<Vector> upwards = up ? std::optional<Vector>(ToVector(*up)) : std::nullopt;
+                 On(handle, [from = ToVector(eye), to = ToVector(target), upwards](Model& of)
+                    { of.SetCamera(from, to, upwards); });
              },
              py::arg("eye"), py::arg("target"), py::arg("up"))
         .def("camera",

@@ -194,13 +194,14 @@ class Model:
         """Looks at all of the model from a direction: ``"iso"``, ``"front"``, ``"top"`` and so on."""
         return self.set(view={"named": name, "eye": None, "target": None})  # type: ignore[typeddict-item]
 
-    def look_at(self, eye: ArrayLike, target: ArrayLike, up: ArrayLike = (0, 1, 0)) -> Model:
+    def look_at(self, eye: ArrayLike, target: ArrayLike, up: ArrayLike | None = None) -> Model:
         """Looks from one place in the world to another.
 
         :param eye: shape (3,), as are the others.
-        :param up: a direction of any length above 0.
+        :param up: a direction of any length above 0; None for the axis that is up.
         """
-        self._native.set_camera(_words.triple(eye, "eye"), _words.triple(target, "target"), _words.triple(up, "up"))
+        upwards = None if up is None else _words.triple(up, "up")
+        self._native.set_camera(_words.triple(eye, "eye"), _words.triple(target, "target"), upwards)
         return self
 
     def frame(self, node: str | Node | None = None) -> Model:

@@ -83,7 +83,7 @@ public:
     bool SetViewHeight(double height);
     double ViewHeight() const;
     BlankPicture FindBlank(const PictureOptions& options);
-    bool LookFrom(const Vector& eye, const Vector& target, const Vector& up);
+    bool LookFrom(const Vector& eye, const Vector& target, const std::optional<Vector>& up);
 
     void Resize(int newWidth, int newHeight, float newRatio);
     void Prepare();

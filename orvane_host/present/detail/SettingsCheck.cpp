@@ -201,7 +201,10 @@ private:
 
     void CheckTogether(const std::string& path, const ViewSettings& view)
     {
-        CheckDirection(Join(path, "up"), view.up);
+        if (view.up)
+        {
+            CheckDirection(Join(path, "up"), *view.up);
+        }
         // Not by the operator of Vector, which takes near ones for the same.
         if (m_trouble.empty() && view.eye && view.target && view.eye->x == view.target->x &&
             view.eye->y == view.target->y && view.eye->z == view.target->z)

@@ -179,8 +179,16 @@ void SkyStage::LookFrom(PresentationFrame& frame)
     }
     const glm::dmat3 back = glm::inverse(toClip);
     aim(part);
-    const glm::dmat3 toRay(back[0] * (2.0 / whole.size.width), back[1] * (2.0 / whole.size.height),
+    glm::dmat3 toRay(back[0] * (2.0 / whole.size.width), back[1] * (2.0 / whole.size.height),
                            back[2] - back[0] - back[1]);
+    if (m_upAxis == UpAxis::Z)
+    {
+        // The effect knows a sky above Y; what lies all around it looks the same.
+        for (int column = 0; column < 3; ++column)
+        {
+            toRay[column] = {toRay[column].x, toRay[column].z, -toRay[column].y};
+        }
+    }
     m_effect->Show(glm::mat3(toRay), {whole.first.width, whole.first.height});
 }
 

@@ -2,6 +2,7 @@
 
 #include "orvane_host/present/PresentationStage.h"
 #include "orvane_host/present/detail/EffectInPlace.h"
+#include "orvane_host/view/ViewFit.h"
 #include "orvane/renderdata/RenderItemES20.h"
 
 #include <memory>
@@ -31,6 +32,9 @@ public:
     /// GL if it was drawn.
     ~SkyStage() override;
 
+    /// The axis of the world that the sky is above; Y at first.
+    void SetUpAxis(UpAxis axis) { m_upAxis = axis; }
+
     void Draw(PresentationFrame& frame) override;
     void ReleaseGL() override;
 
@@ -42,6 +46,7 @@ private:
     void MoveTo(const PresentationFrame& frame);
     void LookFrom(PresentationFrame& frame);
 
+    UpAxis m_upAxis = UpAxis::Y;
     std::unique_ptr<Scene> m_scene;
     MeshNode* m_node = nullptr; ///< lives in m_scene
     DomeEffect* m_effect = nullptr; ///< one reference; null until it is drawn

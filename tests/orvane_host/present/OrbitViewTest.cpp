@@ -69,6 +69,27 @@ TEST(OrbitView, WithoutAnEyeTheNamedViewShowsTheModel)
     EXPECT_NEAR(camera.GetState().target.x, 1.0, 1e-6);
 }
 
+TEST(OrbitView, WithoutADirectionUpwardsAPlanStaysTurnedAsItWas)
+{
+    for (const UpAxis axis : {UpAxis::Y, UpAxis::Z})
+    {
+        ViewSettings view;
+        view.upAxis = axis;
+        view.target = Vector(2, 1, 0);
+        view.eye = axis == UpAxis::Z ? Vector(2, 1, 9) : Vector(2, 9, 0);
+        OrbitCamera camera = MakeCamera();
+        OrbitState turned = camera.GetState();
+        turned.azimuth = 1.0;
+        camera.SetState(turned);
+        ReadView(view, camera);
+        EXPECT_EQ(camera.GetState().azimuth, 1.0);
+        // The one that is told is taken.
+        view.up = Vector(1, 0, 0);
+        ReadView(view, camera);
+        EXPECT_NEAR(std::abs(camera.GetState().azimuth), 1.5707963, 1e-6);
+    }
+}
+
 TEST(OrbitView, WithoutATargetTheMiddleOfTheModelIsLookedAt)
 {
     ViewSettings view;

@@ -3,6 +3,8 @@
 
 #include "orvane_host/import/ModelLoading.h"
 #include "orvane/effects/SkySettings.h"
+#include "orvane/engine/AppContext.h"
+#include "orvane/scene/CameraNode.h"
 #include "orvane/scene/Material.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -102,6 +104,38 @@ TEST_F(PresentationApply, AnEyeWhereItLooksAtIsRefused)
                              (box.low.z + box.high.z) / 2.0f);
     wanted.view.target.reset();
     EXPECT_NE(Refusal(wanted).find("view.eye"), std::string::npos);
+}
+
+TEST_F(PresentationApply, WithoutADirectionUpwardsTheAxisThatIsUpIsSoInThePicture)
+{
+    const Vector target(1.0f, 1.0f, 0.5f);
+    const auto upOfCamera = [&] {
+        presentation->GetContext().Update(0.0f);
+        const auto& m = presentation->GetCamera().GetGlobal().GetTransf3d().m;
+        return Vector(static_cast<float>(m[0][1]), static_cast<float>(m[1][1]), static_cast<float>(m[2][1]));
+    };
+    for (const Host::UpAxis axis : {Host::UpAxis::Z, Host::UpAxis::Y})
+    {
+        const bool isZ = axis == Host::UpAxis::Z;
+        PresentationSettings wanted;
+        wanted.view.upAxis = axis;
+        wanted.view.eye = isZ ? Vector(4.0f, -6.0f, 3.0f) : Vector(4.0f, 3.0f, 6.0f);
+        wanted.view.target = target;
+        Apply(*presentation, wanted);
+        const Vector up = upOfCamera();
+        EXPECT_GT(isZ ? up.z : up.y, 0.8f);
+        const Picture picture = Draw(*presentation);
+        wanted.view.up = isZ ? Vector(0.0f, 0.0f, 1.0f) : Vector(0.0f, 1.0f, 0.0f);
+        Apply(*presentation, wanted);
+        ExpectSame(Draw(*presentation), picture, "with the axis told");
+
+        // Another one is followed, and does not stay behind.
+        EXPECT_TRUE(presentation->SetCamera(*wanted.view.eye, target, Vector(1.0f, 0.0f, 0.0f)));
+        EXPECT_GT(upOfCamera().x, 0.5f);
+        EXPECT_TRUE(presentation->SetCamera(*wanted.view.eye, target));
+        EXPECT_FALSE(presentation->GetSettings().view.up);
+        ExpectSame(Draw(*presentation), picture, "by SetCamera");
+    }
 }
 
 TEST_F(PresentationApply, GoingBackGivesTheEarlierPictureAndLeavesNoPartOfTheScene)

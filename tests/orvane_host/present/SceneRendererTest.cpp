@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 using namespace OV;
 using namespace OV::Host;
@@ -70,10 +71,10 @@ struct SceneRendererTest : OV::Test::GLFixture
     ~SceneRendererTest() override { SkySettings::inst() = SkySettings(); }
 
     /// Looks along a direction from an eye.
-    void Look(const Vector& eye, const Vector& at)
+    void Look(const Vector& eye, const Vector& at, const Vector& up = Vector(0, 1, 0))
     {
         Transform transform;
-        transform.EyeLookUp(eye, at, Vector(0, 1, 0));
+        transform.EyeLookUp(eye, at, up);
         scene->GetCameraNode()->SetGlobal(transform);
     }
 
@@ -135,6 +136,28 @@ TEST_F(SceneRendererTest, TheSkyIsTheSameInEveryDirection)
     {
         Look(Vector(), direction);
         ExpectLevelSky(Draw());
+    }
+}
+
+TEST_F(SceneRendererTest, ASkyAboveZIsTheSkyAboveYTurned)
+{
+    const Vector eye(3, 7, 2);
+    const std::pair<Vector, Vector> directions[] = {
+        {Vector(0.3f, 0.2f, -1), Vector(0.3f, 1, 0.2f)}, {Vector(-1, 0.1f, 0), Vector(-1, 0, 0.1f)}, {Vector(0.2f, -0.3f, 1), Vector(0.2f, -1, -0.3f)}};
+    for (const auto& [aboveY, aboveZ] : directions)
+    {
+        renderer.SetSkyAxis(UpAxis::Y);
+        Look(eye, Vector(eye.x + aboveY.x, eye.y + aboveY.y, eye.z + aboveY.z));
+        const Picture expected = Draw();
+        renderer.SetSkyAxis(UpAxis::Z);
+        Look(eye, Vector(eye.x + aboveZ.x, eye.y + aboveZ.y, eye.z + aboveZ.z), Vector(0, 0, 1));
+        const Picture turned = Draw();
+        for (int y = 0; y < Height(); ++y)
+        {
+            EXPECT_LE(OV::Test::ChannelDifference(turned.At(Width() / 4, y), expected.At(Width() / 4, y)), 1) << "row " << y;
+        }
+        // There is a gradient to turn.
+        EXPECT_NE(expected.At(Width() / 4, 2), expected.At(Width() / 4, Height() - 3));
     }
 }
 

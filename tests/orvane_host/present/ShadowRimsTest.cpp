@@ -115,7 +115,7 @@ TEST_F(ShadowRims, AreStraight)
         settings.shadows->soft = rim.soft;
         settings.view.orthographic = rim.orthographic;
         settings.view.upAxis = rim.up;
-        settings.view.up = turned(settings.view.up);
+        settings.view.up = turned(*settings.view.up);
         // The shadow of the edge of the cube that lies across it, as large as it gets.
         const Vector middle(-0.5f - 1.0f / rim.height, 0.0f, -0.37f / rim.height);
         settings.view.eye = turned(Vector(middle.x, 20.0f, middle.z));
