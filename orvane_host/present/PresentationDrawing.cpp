@@ -1,3 +1,4 @@
+#include "orvane_host/context/detail/GLVersion.h"
 #include "orvane_host/present/detail/PresentationImpl.h"
 #include "orvane_host/present/detail/ProcessSettings.h"
 #include "orvane_host/present/detail/SheetText.h"
@@ -50,6 +51,11 @@ unsigned int BoundFramebuffer()
 }
 
 } // namespace
+
+bool Presentation::Impl::CanDraw() const
+{
+    return !m_isSuspended && Detail::HasContext();
+}
 
 bool Presentation::Impl::IsCaptured() const
 {
@@ -205,7 +211,7 @@ void Presentation::Impl::FollowFramebuffer()
 
 void Presentation::Impl::Prepare()
 {
-    if (m_isSuspended)
+    if (!CanDraw())
     {
         return;
     }
@@ -232,8 +238,7 @@ void Presentation::Impl::DrawPart(const PicturePart& part, const Color& backgrou
 
 void Presentation::Impl::Draw(int newWidth, int newHeight, float newRatio)
 {
-    // Without a context, what GL is asked to make is nothing that comes back with the next one.
-    if (newWidth < 1 || newHeight < 1 || m_isSuspended)
+    if (newWidth < 1 || newHeight < 1 || !CanDraw())
     {
         return;
     }
@@ -305,7 +310,7 @@ void Presentation::Impl::Resume()
 
 std::vector<PickHit> Presentation::Impl::Pick(const PickArea& area)
 {
-    if (m_isSuspended)
+    if (!CanDraw())
     {
         return {};
     }
@@ -322,7 +327,7 @@ std::vector<PickHit> Presentation::Impl::Pick(const PickArea& area)
 
 std::vector<PickHit> Presentation::Impl::PickThrough(int x, int y, int most)
 {
-    if (m_isSuspended)
+    if (!CanDraw())
     {
         return {};
     }

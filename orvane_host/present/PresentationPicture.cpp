@@ -282,9 +282,10 @@ PictureFormat Presentation::Impl::FormatOf(const PictureOptions& options)
 bool Presentation::Impl::WritePicture(PictureFile& file, const PictureOptions& options, PictureFacts& facts,
                                       std::string& error)
 {
-    if (m_isSuspended)
+    if (!CanDraw())
     {
-        error = "there is no context to draw it with; resume the presentation first";
+        error = std::string("there is no context to draw it with; ")
+            + (m_isSuspended ? "resume the presentation first" : "make one current first");
         return false;
     }
     Followed();

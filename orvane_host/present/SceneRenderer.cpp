@@ -1,5 +1,6 @@
 #include "orvane_host/present/SceneRenderer.h"
 
+#include "orvane_host/context/detail/GLVersion.h"
 #include "orvane_host/present/detail/LevelLineES20.h"
 #include "orvane_host/present/detail/SkyStage.h"
 #include "orvane/renderdata/CameraNodeES20.h"
@@ -78,6 +79,13 @@ void SceneRenderer::ListSurfaces(Scene& scene, CameraNode& camera, std::vector<R
     PrepareOptimizedMaterials(scene.GetAlphaMaterials(), cameraData, items, false);
 }
 
+bool SceneRenderer::FindGL()
+{
+    // Entry points that are loaded once stay so.
+    m_hasGL = m_hasGL || Detail::HasContext();
+    return m_hasGL;
+}
+
 void SceneRenderer::LevelLines(Scene& scene)
 {
     for (LineStyle* style : scene.GetLineStyles())
@@ -119,7 +127,7 @@ void SceneRenderer::Render2D(Scene2D* layer)
 void SceneRenderer::Render3D(Scene* scene, CameraNode* camera)
 {
     // A host that is called while a frame is listed may ask for another one: the lists are in use.
-    if (m_isDrawing)
+    if (m_isDrawing || !FindGL())
     {
         return;
     }

@@ -78,11 +78,14 @@ protected:
 private:
     friend class StageAccess;
 
+    /// Whether there was a context ever: the engine loads no entry points without one.
+    bool FindGL();
     void LevelLines(Scene& scene);
     void DrawSky(Scene& scene, CameraNode& camera);
 
     std::optional<PicturePart> m_part;
     StageAccess m_access{*this};
+    bool m_hasGL = false;
     bool m_isDrawing = false;
     bool m_skyShown = false;
     std::unique_ptr<Detail::SkyStage> m_sky;

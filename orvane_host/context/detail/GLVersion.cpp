@@ -8,6 +8,11 @@
 namespace OV::Host::Detail
 {
 
+bool HasContext()
+{
+    return glGetString(GL_VERSION) != nullptr;
+}
+
 GLVersion::GLVersion()
 {
     // The query of numbers is not of GL 2.1.

@@ -3,6 +3,9 @@
 namespace OV::Host::Detail
 {
 
+/// Whether a context is current on this thread: without one, entry points may not even be loaded.
+bool HasContext();
+
 /// What the current context is able to do beyond GL 2.1.
 class GLVersion
 {

@@ -215,6 +215,8 @@ private:
     void PlaceLabels();
     void MakeNotes();
     bool IsCaptured() const;
+    /// Neither suspended nor without a context: what GL is asked to make else is nothing, and stays so.
+    bool CanDraw() const;
     void DrawPart(const PicturePart& part, const Color& background, float ratio);
     void EndParts();
     bool IsBlank(const PictureOptions& options, const PictureFacts& facts) const;

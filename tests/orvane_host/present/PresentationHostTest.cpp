@@ -87,6 +87,29 @@ protected:
 
 } // namespace
 
+TEST_F(PresentationHost, DrawnBeforeAContextIsCurrentItIsWholeOnceOneIs)
+{
+    const PresentationSettings wanted = EveryStage(Look::Advanced);
+    const auto early = PresentBoxes();
+    Apply(*early, wanted);
+    Context().Release();
+    early->Resize(Width(), Height());
+    early->Prepare();
+    early->Draw(Width(), Height());
+    EXPECT_TRUE(early->NeedsDraw());
+    EXPECT_FALSE(early->Pick(Width() / 2, Height() / 2));
+    EXPECT_TRUE(early->PickThrough(Width() / 2, Height() / 2).empty());
+    std::vector<unsigned char> rgba;
+    std::string error;
+    EXPECT_FALSE(early->TakePicture(rgba, 8, 8, error));
+    EXPECT_NE(error.find("current"), std::string::npos) << error;
+    ASSERT_TRUE(Context().MakeCurrent());
+    const Picture late = Draw(*early);
+    const auto usual = PresentBoxes();
+    Apply(*usual, wanted);
+    ExpectSame(late, Draw(*usual), "after a frame without a context");
+}
+
 TEST_F(PresentationHost, DrawsInAnySizeAndComesBack)
 {
     const struct
