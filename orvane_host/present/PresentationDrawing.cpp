@@ -2,6 +2,7 @@
 #include "orvane_host/present/detail/PresentationImpl.h"
 #include "orvane_host/present/detail/ProcessSettings.h"
 #include "orvane_host/present/detail/SheetText.h"
+#include "orvane_host/present/detail/TextLocale.h"
 #include "orvane/overlay/Scene2D.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/Scene.h"
@@ -170,6 +171,7 @@ std::optional<float> Presentation::Impl::NorthInPicture() const
 
 void Presentation::Impl::LayOut()
 {
+    const Detail::TextLocale texts;
     CoreContext& context = *app.GetContext();
     if (m_watermark && !std::exchange(m_isWatermarkLaid, true))
     {
@@ -242,6 +244,7 @@ void Presentation::Impl::Draw(int newWidth, int newHeight, float newRatio)
     {
         return;
     }
+    const Detail::TextLocale texts;
     Followed();
     FollowFramebuffer();
     Resize(newWidth, newHeight, newRatio);

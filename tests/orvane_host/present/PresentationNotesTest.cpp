@@ -10,6 +10,8 @@
 #include "tests/support/Golden.h"
 
 #include <algorithm>
+#include <clocale>
+#include <locale.h>
 
 namespace OV::Test
 {
@@ -161,6 +163,42 @@ TEST_F(PresentationNotes, AreDrawnOverTheCaptureWhereNothingElseChanged)
     fresh->SetDimensions(presentation->GetDimensions());
     fresh->AddLabel("roof");
     ExpectSame(Draw(*fresh), over, "as drawn in one go");
+}
+
+/// The locale of the process, until the scope ends.
+class LocaleScope
+{
+public:
+    explicit LocaleScope(const char* name) : m_before(std::setlocale(LC_ALL, nullptr))
+    {
+        EXPECT_NE(std::setlocale(LC_ALL, name), nullptr) << name;
+    }
+    ~LocaleScope() { std::setlocale(LC_ALL, m_before.c_str()); }
+
+private:
+    std::string m_before;
+};
+
+TEST_F(PresentationNotes, HaveAllLettersInAProgramThatHasSetNoLocale)
+{
+    const auto drawIn = [this](const char* locale, const std::string& word) {
+        const LocaleScope scope(locale);
+        const auto made = PresentBoxes();
+        PresentationSettings wanted;
+        wanted.sheet.title = word;
+        Apply(*made, wanted);
+        made->AddLabel("left", word);
+        // An angle, whose number has a sign that isn't of ASCII.
+        made->SetDimensions({{{{0.0, 1.0, 0.0}, {0.0, 0.0, 0.0}, {1.0, 0.0, 0.0}}}});
+        const Picture picture = Draw(*made);
+        EXPECT_STREQ(std::setlocale(LC_CTYPE, nullptr), locale);
+        EXPECT_EQ(uselocale(nullptr), LC_GLOBAL_LOCALE);
+        return picture;
+    };
+    const std::string word = "T\u00fcr \u03a9";
+    const Picture expected = drawIn("C.UTF-8", word);
+    ExpectSame(drawIn("C", word), expected, "without a locale");
+    EXPECT_TRUE(drawIn("C", "T\u00fcr O") != expected);
 }
 
 TEST_F(PresentationNotes, SurviveALostContext)
