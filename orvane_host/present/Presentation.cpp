@@ -145,23 +145,41 @@ const ImportReport& Presentation::GetReport() const
 
 bool Presentation::Hide(const std::string& path)
 {
-    const Node* const node = m_impl->Followed().FindNode(path);
-    m_impl->SetVisibility(node && m_impl->visibility->Hide(*node));
-    return node != nullptr;
+    const Node* const node = FindNode(path);
+    return node && Hide(*node);
+}
+
+bool Presentation::Hide(const Node& node)
+{
+    const Node* const own = m_impl->Followed().OwnNode(node);
+    m_impl->SetVisibility(own && m_impl->visibility->Hide(*own));
+    return own != nullptr;
 }
 
 bool Presentation::Show(const std::string& path)
 {
-    const Node* const node = m_impl->Followed().FindNode(path);
-    m_impl->SetVisibility(node && m_impl->visibility->Show(*node));
-    return node != nullptr;
+    const Node* const node = FindNode(path);
+    return node && Show(*node);
+}
+
+bool Presentation::Show(const Node& node)
+{
+    const Node* const own = m_impl->Followed().OwnNode(node);
+    m_impl->SetVisibility(own && m_impl->visibility->Show(*own));
+    return own != nullptr;
 }
 
 bool Presentation::Isolate(const std::string& path)
 {
-    const Node* const node = m_impl->Followed().FindNode(path);
-    m_impl->SetVisibility(node && m_impl->visibility->Isolate(*node));
-    return node != nullptr;
+    const Node* const node = FindNode(path);
+    return node && Isolate(*node);
+}
+
+bool Presentation::Isolate(const Node& node)
+{
+    const Node* const own = m_impl->Followed().OwnNode(node);
+    m_impl->SetVisibility(own && m_impl->visibility->Isolate(*own));
+    return own != nullptr;
 }
 
 void Presentation::ShowAll()
@@ -171,22 +189,34 @@ void Presentation::ShowAll()
 
 bool Presentation::Highlight(const std::string& path, const Color& color)
 {
-    Node* const node = m_impl->Followed().FindNode(path);
-    if (node)
+    const Node* const node = FindNode(path);
+    return node && Highlight(*node, color);
+}
+
+bool Presentation::Highlight(const Node& node, const Color& color)
+{
+    const Node* const own = m_impl->Followed().OwnNode(node);
+    if (own)
     {
-        m_impl->SetHighlight(*node, color);
+        m_impl->SetHighlight(*own, color);
     }
-    return node != nullptr;
+    return own != nullptr;
 }
 
 bool Presentation::ClearHighlight(const std::string& path)
 {
-    Node* const node = m_impl->Followed().FindNode(path);
-    if (node)
+    const Node* const node = FindNode(path);
+    return node && ClearHighlight(*node);
+}
+
+bool Presentation::ClearHighlight(const Node& node)
+{
+    const Node* const own = m_impl->Followed().OwnNode(node);
+    if (own)
     {
-        m_impl->SetHighlight(*node, std::nullopt);
+        m_impl->SetHighlight(*own, std::nullopt);
     }
-    return node != nullptr;
+    return own != nullptr;
 }
 
 void Presentation::ClearHighlights()
@@ -209,9 +239,19 @@ bool Presentation::AddLabel(const std::string& path, const std::string& text)
     return m_impl->SetLabel(m_impl->Followed().FindNode(path), &text);
 }
 
+bool Presentation::AddLabel(const Node& node, const std::string& text)
+{
+    return m_impl->SetLabel(m_impl->Followed().OwnNode(node), &text);
+}
+
 bool Presentation::RemoveLabel(const std::string& path)
 {
     return m_impl->SetLabel(m_impl->Followed().FindNode(path), nullptr);
+}
+
+bool Presentation::RemoveLabel(const Node& node)
+{
+    return m_impl->SetLabel(m_impl->Followed().OwnNode(node), nullptr);
 }
 
 void Presentation::ClearLabels()
@@ -247,8 +287,14 @@ bool Presentation::FrameAll()
 
 bool Presentation::FrameNode(const std::string& path)
 {
-    const Node* const node = m_impl->Followed().FindNode(path);
-    return node && m_impl->Frame(m_impl->ShownPointsBelow(*node));
+    const Node* const node = FindNode(path);
+    return node && FrameNode(*node);
+}
+
+bool Presentation::FrameNode(const Node& node)
+{
+    const Node* const own = m_impl->Followed().OwnNode(node);
+    return own && m_impl->Frame(m_impl->ShownPointsBelow(*own));
 }
 
 bool Presentation::FrameShown()

@@ -145,7 +145,8 @@ public:
 
     // Nodes have paths: the names from the file's root down, with slashes between them. A path may
     // begin at any node; of several the one that comes first in the file counts. What takes a path
-    // answers false, with nothing changed, where there is no such node.
+    // answers false, with nothing changed, where there is no such node; what takes a node, which needs
+    // no name, where it is one of another scene.
 
     /// Gives a node of the scene a name to be found by, in place of the one that it has. What comes
     /// later counts as later in the file. Nothing for a node of another scene.
@@ -169,13 +170,16 @@ public:
 
     /// Hides a node with all that is below it. What is hidden isn't drawn, picked or cut.
     bool Hide(const std::string& path);
+    bool Hide(const Node& node);
 
     /// Takes Hide back for this node; it stays hidden where a node above it is.
     bool Show(const std::string& path);
+    bool Show(const Node& node);
 
     /// Hides all but a node with what is below it, in place of an earlier isolated node. Nodes that
     /// Hide hid stay so.
     bool Isolate(const std::string& path);
+    bool Isolate(const Node& node);
 
     /// Takes every Hide and Isolate back.
     void ShowAll();
@@ -184,9 +188,11 @@ public:
     /// first.
     /// @param color its alpha is how much of it is seen, 0 to 1.
     bool Highlight(const std::string& path, const Color& color);
+    bool Highlight(const Node& node, const Color& color);
 
     /// Takes Highlight back for this node.
     bool ClearHighlight(const std::string& path);
+    bool ClearHighlight(const Node& node);
     void ClearHighlights();
 
     // Notes stand on the picture where the model is, in the layer above it, and in saved pictures too.
@@ -200,10 +206,13 @@ public:
     /// Writes a text at the middle of what is at a node and below it, which follows the node; not
     /// while all of that is hidden or cut away. A second one replaces the first.
     /// @param text UTF-8; empty for the name of the node.
+    /// @return false, with nothing changed, where there is no text either.
     bool AddLabel(const std::string& path, const std::string& text = std::string());
+    bool AddLabel(const Node& node, const std::string& text = std::string());
 
     /// Takes AddLabel back for this node.
     bool RemoveLabel(const std::string& path);
+    bool RemoveLabel(const Node& node);
     void ClearLabels();
 
     /// Sign of the unit of the model, such as "m"; empty where it is not known.
@@ -225,6 +234,7 @@ public:
 
     /// Brings a node with what is below it into the view, as far as it isn't hidden or cut away.
     bool FrameNode(const std::string& path);
+    bool FrameNode(const Node& node);
 
     /// Brings what is neither hidden nor cut away into the view.
     bool FrameShown();

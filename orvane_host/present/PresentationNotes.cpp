@@ -44,13 +44,18 @@ bool Presentation::Impl::SetLabel(const Node* node, const std::string* text)
     {
         return false;
     }
+    const auto imported = std::find_if(nodes.begin(), nodes.end(),
+                                       [&](const ImportedNode& candidate) { return candidate.node == node; });
+    const std::string shown = text && text->empty() && imported != nodes.end() ? imported->name : text ? *text : "";
+    if (text && shown.empty())
+    {
+        return false;
+    }
     m_labels.erase(std::remove_if(m_labels.begin(), m_labels.end(),
                                   [&](const NodeLabel& label) { return label.node == node; }), m_labels.end());
     if (text)
     {
-        const auto imported = std::find_if(nodes.begin(), nodes.end(),
-                                           [&](const ImportedNode& candidate) { return candidate.node == node; });
-        m_labels.push_back({node, text->empty() && imported != nodes.end() ? imported->name : *text, {}});
+        m_labels.push_back({node, shown, {}});
         PlaceLabels();
     }
     m_areNotesStale = m_isForegroundChanged = true;

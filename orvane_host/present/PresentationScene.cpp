@@ -197,6 +197,17 @@ Node* Presentation::Impl::FindNode(const std::string& path) const
     return path.empty() ? nullptr : Paths().Find(path);
 }
 
+const Node* Presentation::Impl::OwnNode(const Node& node)
+{
+    if (node.GetScene() != &World())
+    {
+        // Nobody would tell when it is gone.
+        return nullptr;
+    }
+    m_lostNodes->Watch(node);
+    return &node;
+}
+
 const NodePaths& Presentation::Impl::Paths() const
 {
     if (!m_paths)
@@ -456,7 +467,7 @@ void Presentation::Impl::SetVisibility(bool hasChanged)
     m_isPictureChanged = true;
 }
 
-void Presentation::Impl::SetHighlight(Node& node, const std::optional<Color>& color)
+void Presentation::Impl::SetHighlight(const Node& node, const std::optional<Color>& color)
 {
     if (color)
     {

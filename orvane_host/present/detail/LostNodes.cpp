@@ -20,6 +20,7 @@ void LostNodes::Restart()
 
 void LostNodes::NodeGone(const Node& node)
 {
+    m_areThere = m_watched.erase(&node) != 0 || m_areThere;
     if (m_areThere || m_nodes.empty())
     {
         return;

@@ -3,12 +3,14 @@
 #include "orvane_host/import/ImportResult.h"
 #include "orvane/scene/NodeListener.h"
 
+#include <set>
 #include <vector>
 
 namespace OV::Host::Detail
 {
 
-/// Notices that a host has deleted nodes that have names, by which whatever is kept of nodes was asked for.
+/// Notices that a host has deleted nodes by which whatever is kept of nodes was asked for: those with names, and
+/// those that it was asked for themselves.
 class LostNodes final : public NodeListener
 {
 public:
@@ -21,6 +23,9 @@ public:
     /// To be called when nodes have come or are taken out of the list.
     void Restart();
 
+    /// Counts a node without a name too, until it is gone.
+    void Watch(const Node& node) { m_watched.insert(&node); }
+
     void NodeChanged(Node&, NodeChange) override {}
     void NodeGone(const Node& node) override;
     void SceneGone() override {}
@@ -28,6 +33,7 @@ public:
 private:
     const std::vector<ImportedNode>& m_nodes;
     std::vector<const Node*> m_known; ///< in the order of addresses; empty until one goes
+    std::set<const Node*> m_watched;
     bool m_areThere = false;
 };
 

@@ -61,6 +61,8 @@ public:
     bool Remove(std::size_t place);
 
     Node* FindNode(const std::string& path) const;
+    /// A node that is asked for itself; null for one of another scene.
+    const Node* OwnNode(const Node& node);
     /// Of the nodes; made when it is asked for.
     const NodePaths& Paths() const;
     /// To be called whenever nodes come or go, or get other names.
@@ -72,7 +74,7 @@ public:
     bool SetDimensions(std::vector<Dimension> wanted);
     bool SetLabel(const Node* node, const std::string* text);
     void ClearLabels();
-    void SetHighlight(Node& node, const std::optional<Color>& color);
+    void SetHighlight(const Node& node, const std::optional<Color>& color);
     void ClearHighlights();
 
     std::optional<Box> BoxOf(const std::vector<Vector>& points) const;

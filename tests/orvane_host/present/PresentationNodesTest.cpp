@@ -1,7 +1,9 @@
 #include "tests/orvane_host/present/PresentationModels.h"
 
 #include "orvane_host/geometry/Polyline.h"
+#include "orvane_host/import/NodePath.h"
 #include "orvane/math/Transform.h"
+#include "orvane/overlay/Scene2D.h"
 #include "orvane/scene/CameraNode.h"
 #include "orvane/scene/Line.h"
 #include "orvane/scene/LineStyle.h"
@@ -20,6 +22,7 @@ namespace OV::Test
 namespace
 {
 
+using Host::Presentation;
 using Host::PresentationSettings;
 
 class PresentationNodes : public PresentationFixture
@@ -436,6 +439,53 @@ TEST_F(PresentationNodes, LinesOfTheHostCountForTheBoxAndAreInTheView)
     Apply(*presentation, wanted);
     EXPECT_NEAR(presentation->GetShownBox()->high.x, 3.0f, 1e-5f);
     EXPECT_NEAR(presentation->GetModelBox()->high.x, 5.0f, 1e-5f);
+}
+
+TEST_F(PresentationNodes, WithoutNamesDoAllThatNamedOnesDo)
+{
+    NamedScene boxes = MakeBoxes();
+    Node& left = *Host::FindNode(boxes.nodes, "left");
+    presentation->Resize(Width(), Height());
+    Presentation bare(std::move(boxes.scene));
+    const auto both = [&](const char* what, const auto& act) {
+        EXPECT_TRUE(act(*presentation, std::string("left"))) << what;
+        EXPECT_TRUE(act(bare, left)) << what;
+        ExpectSame(Draw(bare), Draw(*presentation), what);
+    };
+    both("highlighted", [](Presentation& of, const auto& node) { return of.Highlight(node, Color(1, 0, 0, 0.5f)); });
+    both("with a label", [](Presentation& of, const auto& node) { return of.AddLabel(node, "tower"); });
+    both("framed", [](Presentation& of, const auto& node) { return of.FrameNode(node); });
+    both("isolated", [](Presentation& of, const auto& node) { return of.Isolate(node); });
+    both("hidden", [](Presentation& of, const auto& node) { return of.Hide(node); });
+    both("shown", [](Presentation& of, const auto& node) { return of.Show(node); });
+    both("without a label", [](Presentation& of, const auto& node) { return of.RemoveLabel(node); });
+    both("plain", [](Presentation& of, const auto& node) { return of.ClearHighlight(node); });
+    EXPECT_FALSE(bare.AddLabel(left)) << "it has no name to be shown";
+    EXPECT_EQ(bare.ListNodes(), Names{});
+
+    // One of another scene is no node of this one.
+    const Node& other = *presentation->FindNode("left");
+    EXPECT_FALSE(bare.Highlight(other, Color(1, 0, 0)));
+    EXPECT_FALSE(bare.Hide(other));
+    EXPECT_FALSE(bare.Isolate(other));
+    EXPECT_FALSE(bare.AddLabel(other, "other"));
+    EXPECT_FALSE(bare.FrameNode(other));
+}
+
+TEST_F(PresentationNodes, WithoutNamesAreForgottenWhenTheHostDeletesThem)
+{
+    NamedScene boxes = MakeBoxes();
+    Node* const left = Host::FindNode(boxes.nodes, "left");
+    Presentation bare(std::move(boxes.scene));
+    const Picture whole = Draw(bare);
+    bare.Isolate(*left);
+    bare.Highlight(*left, Color(1, 0, 0));
+    bare.AddLabel(*left, "tower");
+    EXPECT_FALSE(Draw(bare) == whole);
+    delete left;
+    EXPECT_FALSE(Draw(bare) == whole) << "the others, and not the one that is gone";
+    EXPECT_GT(bare.GetShownBox()->low.x, -2.0f);
+    EXPECT_TRUE(bare.GetForeground().GetTexts().empty());
 }
 
 TEST_F(PresentationNodes, AreFoundByNamesThatTheHostGivesThem)
