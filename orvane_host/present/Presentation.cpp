@@ -264,6 +264,11 @@ std::string Presentation::GetUnit() const
     return Detail::UnitSign(m_impl->report.metresPerUnit);
 }
 
+bool Presentation::SetUnit(double metres)
+{
+    return m_impl->Followed().SetUnit(metres);
+}
+
 std::optional<Presentation::Box> Presentation::GetModelBox() const
 {
     if (!m_impl->report.hasBox)

@@ -218,6 +218,13 @@ public:
     /// Sign of the unit of the model, such as "m"; empty where it is not known.
     std::string GetUnit() const;
 
+    /// Says what a unit of the model is, for a scene of the host's or a file that does not tell. Dimensions
+    /// and the scale bar have its sign from the next frame on, and files that are added from now on are
+    /// brought to their size in it; what is there stays as it is.
+    /// @param metres such as 0.001 where the model is in millimetres; 0 where nobody knows.
+    /// @return false, with nothing changed, for less than 0 and for what is not finite.
+    bool SetUnit(double metres);
+
     /// The box of all that the model draws, lines of the host's too, when nothing is hidden or cut
     /// away; none for an empty
     /// model.

@@ -179,7 +179,7 @@ void Presentation::Impl::TakeFileOut(std::size_t place)
 
 void Presentation::Impl::PutFile(std::size_t place, ImportResult model)
 {
-    const bool isFirst = files.empty() && !report.hasBox;
+    const bool isFirst = files.empty() && !report.hasBox && !m_isUnitTold;
     const bool areUnitsKnown = report.metresPerUnit > 0.0 && model.report.metresPerUnit > 0.0;
     Content content;
     content.scale = areUnitsKnown && !isFirst ? model.report.metresPerUnit / report.metresPerUnit : 1.0;

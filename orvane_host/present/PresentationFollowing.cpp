@@ -57,7 +57,9 @@ void Presentation::Impl::FollowScene()
         m_contents.clear();
         m_highlights.clear();
         m_labels.clear();
+        const double unit = m_isUnitTold ? report.metresPerUnit : 0.0;
         report = ImportReport();
+        report.metresPerUnit = unit;
         StandOn(World());
     }
     const bool isWhole = Detail::HasBase(World());

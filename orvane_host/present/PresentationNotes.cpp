@@ -38,6 +38,19 @@ bool Presentation::Impl::SetDimensions(std::vector<Dimension> wanted)
     return true;
 }
 
+bool Presentation::Impl::SetUnit(double metres)
+{
+    if (!(metres >= 0.0) || !std::isfinite(metres))
+    {
+        return false;
+    }
+    report.metresPerUnit = metres;
+    m_isUnitTold = metres > 0.0;
+    m_sheet.reset();
+    m_areNotesStale = m_isForegroundChanged = true;
+    return true;
+}
+
 bool Presentation::Impl::SetLabel(const Node* node, const std::string* text)
 {
     if (!node)

@@ -72,6 +72,7 @@ public:
     Impl& Followed();
     void SetVisibility(bool hasChanged);
     bool SetDimensions(std::vector<Dimension> wanted);
+    bool SetUnit(double metres);
     bool SetLabel(const Node* node, const std::string* text);
     void ClearLabels();
     void SetHighlight(const Node& node, const std::optional<Color>& color);
@@ -238,6 +239,7 @@ private:
     std::uint64_t m_nextFile = 1;    ///< number of the next one that comes
     bool m_isSceneOther = false;     ///< since Refresh
     bool m_isHostsScene = false;     ///< it was not imported
+    bool m_isUnitTold = false;       ///< by the host, in place of files
     std::optional<SectionFaces> m_section;
     Detail::Lent<LineStyle> m_style; ///< in the scene while there are lines
     std::optional<FeatureLines> m_lines;

@@ -11,6 +11,8 @@
 
 #include <gmock/gmock.h>
 
+#include <cmath>
+
 namespace OV::Test
 {
 
@@ -263,6 +265,40 @@ TEST_F(PresentationFiles, CanBeAddedToASceneOfAHost)
     EXPECT_TRUE(Draw(presentation) != before);
     presentation.Remove(0);
     ExpectSame(Draw(presentation), before, "without it");
+}
+
+TEST_F(PresentationFiles, ComeInTheUnitThatTheHostHasTold)
+{
+    // A triangle that is a metre large, by files of metres and of centimetres.
+    const auto sizeAfter = [&](Host::Presentation& presentation, float x, const char* metres)
+    {
+        Add(presentation, Import("t.dae", Triangle(x, "barn", metres)));
+        const float size = presentation.GetModelBox()->high.x;
+        presentation.Remove(0);
+        return size;
+    };
+    NamedScene boxes = MakeBoxes();
+    Host::Presentation presentation(std::move(boxes.scene), std::move(boxes.nodes));
+    EXPECT_NEAR(sizeAfter(presentation, 9, "1"), 10.0f, 1e-4f) << "as it comes";
+    EXPECT_TRUE(presentation.SetUnit(0.001));
+    EXPECT_EQ(presentation.GetUnit(), "mm");
+    EXPECT_NEAR(sizeAfter(presentation, 9, "1"), 10000.0f, 0.1f);
+    EXPECT_NEAR(sizeAfter(presentation, 9, "0.01"), 100.0f, 1e-3f);
+    EXPECT_EQ(presentation.GetUnit(), "mm");
+
+    // Of an empty scene too, which files tell theirs otherwise.
+    Host::Presentation empty(std::make_unique<Scene>());
+    EXPECT_TRUE(empty.SetUnit(0.001));
+    EXPECT_NEAR(sizeAfter(empty, 9, "1"), 10000.0f, 0.1f);
+    EXPECT_TRUE(empty.SetUnit(0.0));
+    EXPECT_NEAR(sizeAfter(empty, 9, "1"), 10.0f, 1e-4f);
+    EXPECT_EQ(empty.GetUnit(), "m");
+
+    for (const double wrong : {-1.0, static_cast<double>(INFINITY), static_cast<double>(NAN)})
+    {
+        EXPECT_FALSE(empty.SetUnit(wrong));
+    }
+    EXPECT_EQ(empty.GetUnit(), "m");
 }
 
 } // namespace

@@ -1,6 +1,8 @@
 #include "tests/orvane_host/present/PresentationModels.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include "orvane/engine/AppContext.h"
+#include "orvane/engine/CoreContext.h"
 #include "orvane/math/Transform.h"
 #include "orvane/overlay/Scene2D.h"
 #include "orvane/overlay/Shape2DNode.h"
@@ -8,6 +10,8 @@
 #include "orvane/scene/MeshNode.h"
 #include "orvane_host/present/PresentationRenderer.h"
 #include "tests/support/Golden.h"
+
+#include <gmock/gmock.h>
 
 #include <algorithm>
 #include <clocale>
@@ -199,6 +203,26 @@ TEST_F(PresentationNotes, HaveAllLettersInAProgramThatHasSetNoLocale)
     const Picture expected = drawIn("C.UTF-8", word);
     ExpectSame(drawIn("C", word), expected, "without a locale");
     EXPECT_TRUE(drawIn("C", "T\u00fcr O") != expected);
+}
+
+TEST_F(PresentationNotes, HaveTheUnitThatTheHostTells)
+{
+    PresentationSettings wanted = presentation->GetSettings();
+    wanted.sheet.scaleBar = true;
+    Apply(*presentation, wanted);
+    presentation->SetDimensions({{{{-2.0, 0.0, 1.0}, {-1.0, 0.0, 1.0}}}});
+    Draw(*presentation);
+    EXPECT_EQ(presentation->GetUnit(), "");
+    EXPECT_THAT(Words(), ::testing::Contains("1"));
+    EXPECT_TRUE(presentation->SetUnit(0.01));
+    EXPECT_TRUE(presentation->NeedsDraw());
+    Draw(*presentation);
+    EXPECT_THAT(Words(), ::testing::Contains("1 cm"));
+    EXPECT_THAT(Words(), ::testing::Contains(::testing::MatchesRegex("[0-9.]+ cm")).Times(2)) << "of the scale bar too";
+    // A scene in place of this one is in the same unit.
+    presentation->GetContext().GetContext()->SetScene(MakeBoxes().scene);
+    Draw(*presentation);
+    EXPECT_EQ(presentation->GetUnit(), "cm");
 }
 
 TEST_F(PresentationNotes, SurviveALostContext)
