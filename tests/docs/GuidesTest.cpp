@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <memory>
 #include <string>
 #include <vector>
@@ -121,6 +122,33 @@ TEST_F(Guides, AMaterialBecomesSeeThrough)
     EXPECT_TRUE(scene.IsDirty());
     const Pixel seen = Middle();
     EXPECT_NEAR(seen.r, 102, 1);
+}
+
+TEST_F(Guides, ThePictureOfAMaterialIsScaledTwice)
+{
+    // Left half black, right half white.
+    constexpr int Side = 16;
+    auto* halves = new Material("halves");
+    halves->SetFlags(MaterialFlagUnlit);
+    halves->pixelWidth = halves->pixelHeight = Side;
+    halves->pixels = static_cast<unsigned char*>(std::malloc(4 * Side * Side));
+    for (int i = 0; i < 4 * Side * Side; ++i)
+    {
+        halves->pixels[i] = i % 4 == 3 || i / 4 % Side >= Side / 2 ? 255 : 0;
+    }
+    halves->uScale = 0.5f;
+    World().AddMaterial(halves);
+    Mesh& square = AddSquare();
+    square.GetRawMesh()->textureCoordinates = {{0, 0}, {1, 0}, {1, 1}, {0, 1}};
+    halves->AddMesh(&square);
+    const Picture picture = Draw();
+    int changes = 0;
+    for (int x = 1; x < Width(); ++x)
+    {
+        const auto isWhite = [&](int at) { return picture.At(at, Height() / 2).g > 127; };
+        changes += isWhite(x) != isWhite(x - 1);
+    }
+    EXPECT_EQ(changes, 7) << "four pictures side by side";
 }
 
 TEST_F(Guides, AMaterialShowsAPicture)
@@ -239,6 +267,25 @@ TEST_F(Guides, ARectangleStandsInALayer)
     EXPECT_EQ(picture.At(64, 32), ToPixel(1.0f, 1.0f, 1.0f));
 }
 
+TEST_F(Guides, ARectangleFollowsANodeWhereTheSizeIsToldInPoints)
+{
+    auto* followed = new Node(&World());
+    Transform place;
+    place.SetPosition({0.5f, 0.0f, 0.0f});
+    followed->SetLocal(place);
+    World().GetRoot()->AddChild(followed, false);
+    Scene2D& layer = *app.GetContext()->GetForeground2D();
+    Sprite mark(&layer, new Rect(&layer, 8.0f, 8.0f, false));
+    mark.SetColor({0.0f, 0.0f, 1.0f, 1.0f});
+    mark.GetNode()->Set3DParent(followed);
+    const auto isThere = [&] { return Draw().At(3 * Width() / 4 + 2, Height() / 2 + 2) == ToPixel(0.0f, 0.0f, 1.0f); };
+    EXPECT_TRUE(isThere());
+    renderer.SetDevicePixelRatio(2.0f);
+    EXPECT_FALSE(isThere()) << "the size is in pixels";
+    app.SetScreenSize(Width() / 2, Height() / 2);
+    EXPECT_TRUE(isThere());
+}
+
 TEST_F(Guides, AFrameIsDrawnWhereSomethingChanged)
 {
     bool hasCapture = false;
@@ -309,6 +356,51 @@ TEST_F(Guides, ATargetTakesAFrame)
     ASSERT_EQ(image.width, 128);
     EXPECT_EQ(image.data[0], 255);
     EXPECT_EQ(image.data[1], 0);
+}
+
+TEST_F(GuidesOfTheKit, ASceneOfOnesOwnIsPresentedPickedAndEdited)
+{
+    std::string error;
+    const int width = Width();
+    const int height = Height();
+    const int x = width / 2;
+    const int y = height / 2;
+    auto scene = std::make_unique<Scene>();
+    auto* mesh = new Mesh(Host::Primitives::Box({0, 0, 0}, {1000, 2000, 500}), scene.get());
+    auto* place = new MeshNode(scene.get());
+    auto* paint = new Material("paint");
+    paint->SetDiffuse({0.9f, 0.1f, 0.1f, 1.0f});
+    scene->AddMaterial(paint);
+    paint->AddMesh(mesh);
+    mesh->AddNode(place);
+    scene->GetRoot()->AddChild(place, false);
+    const auto present = [&] {
+        // [presented]
+        OV::Host::Presentation model(std::move(scene)); // with boxes that stand on the plane of X and Y
+        model.SetUnit(0.001);                           // its numbers are millimetres
+        OV::Host::PresentationSettings settings;
+        settings.view.upAxis = OV::Host::UpAxis::Z;
+        settings.lines = OV::Host::LineSettings();
+        if (!model.Apply(settings, error)) return false;
+        model.Draw(width, height); // into the framebuffer that is bound
+        if (const auto hit = model.Pick(x, y))
+        {
+            model.Highlight(*hit->node, {1.0f, 0.5f, 0.0f, 0.6f});
+            hit->mesh->GetMaterial()->SetDiffuse({0.2f, 0.6f, 0.3f, 1.0f}); // of all that is made of it
+            model.Refresh();                                                // after any edit of the scene
+        }
+        // [presented]
+        const Picture lit = Draw(model);
+        EXPECT_EQ(model.GetUnit(), "mm");
+        EXPECT_TRUE(model.ClearHighlight(*place));
+        const Pixel green = Draw(model).At(x, y);
+        EXPECT_GT(green.g, green.r);
+        EXPECT_GT(lit.At(x, y).r, green.r) << "the highlight lies over it";
+        const auto& up = model.GetCamera().GetGlobal().GetTransf3d().m;
+        EXPECT_GT(up[2][1], 0.5) << "Z is up";
+        return true;
+    };
+    EXPECT_TRUE(present()) << error;
 }
 
 TEST_F(GuidesOfTheKit, ALookIsAField)
