@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <iterator>
 #include <memory>
+#include <set>
 #include <vector>
 
 namespace OV::Host
@@ -92,7 +93,10 @@ void Presentation::Impl::TakeBackAll()
 void Presentation::Impl::ForgetGone()
 {
     const std::vector<const Node*> present = AllNodes();
-    const auto isGone = [&](const Node* node) { return !std::binary_search(present.begin(), present.end(), node); };
+    // Nodes that came since may have the addresses of those that went.
+    const std::set<const Node*> lost = m_lostNodes->Take();
+    const auto isGone = [&](const Node* node)
+    { return lost.count(node) != 0 || !std::binary_search(present.begin(), present.end(), node); };
     nodes.erase(std::remove_if(nodes.begin(), nodes.end(),
                                [&](const ImportedNode& node) { return isGone(node.node); }), nodes.end());
     ForgetPaths();

@@ -138,7 +138,7 @@ void Presentation::Impl::StandOn(Scene& scene)
     m_style.Reset();
     m_lightWatch.Stop();
     visibility.emplace(scene);
-    m_lostNodes.emplace(scene, nodes);
+    m_lostNodes.emplace(scene, nodes, *visibility);
     m_section.emplace(scene);
     m_lines.emplace(scene);
     m_materials.emplace(scene);

@@ -1,27 +1,34 @@
 #include "orvane_host/present/detail/LostNodes.h"
 
+#include "orvane_host/present/detail/NodeVisibility.h"
 #include "orvane/scene/Scene.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace OV::Host::Detail
 {
 
-LostNodes::LostNodes(Scene& scene, const std::vector<ImportedNode>& nodes) : m_nodes(nodes)
+LostNodes::LostNodes(Scene& scene, const std::vector<ImportedNode>& nodes, NodeVisibility& visibility) :
+    m_nodes(nodes), m_visibility(visibility)
 {
     scene.AddNodeListener(this);
 }
 
-void LostNodes::Restart()
+std::set<const Node*> LostNodes::Take()
 {
-    m_known.clear();
-    m_areThere = false;
+    return std::exchange(m_lost, {});
 }
 
 void LostNodes::NodeGone(const Node& node)
 {
-    m_areThere = m_watched.erase(&node) != 0 || m_areThere;
-    if (m_areThere || m_nodes.empty())
+    m_visibility.Forget(node);
+    if (m_watched.erase(&node) != 0)
+    {
+        m_lost.insert(&node);
+        return;
+    }
+    if (m_nodes.empty())
     {
         return;
     }
@@ -33,7 +40,10 @@ void LostNodes::NodeGone(const Node& node)
         }
         std::sort(m_known.begin(), m_known.end());
     }
-    m_areThere = std::binary_search(m_known.begin(), m_known.end(), &node);
+    if (std::binary_search(m_known.begin(), m_known.end(), &node))
+    {
+        m_lost.insert(&node);
+    }
 }
 
 } // namespace OV::Host::Detail

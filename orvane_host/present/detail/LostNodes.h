@@ -9,19 +9,24 @@
 namespace OV::Host::Detail
 {
 
-/// Notices that a host has deleted nodes by which whatever is kept of nodes was asked for: those with names, and
-/// those that it was asked for themselves.
+class NodeVisibility;
+
+/// Notices that a host has deleted nodes by which whatever is kept of nodes was asked for: those with names,
+/// and those that it was asked for themselves.
 class LostNodes final : public NodeListener
 {
 public:
-    /// @param nodes not owned; outlive this.
-    LostNodes(Scene& scene, const std::vector<ImportedNode>& nodes);
+    /// @param nodes,visibility not owned; outlive this. The latter forgets whatever is gone at once.
+    LostNodes(Scene& scene, const std::vector<ImportedNode>& nodes, NodeVisibility& visibility);
 
-    /// Whether one of the nodes was deleted since Restart.
-    bool AreThere() const { return m_areThere; }
+    /// Whether one of the nodes was deleted since Take.
+    bool AreThere() const { return !m_lost.empty(); }
+
+    /// Those that were deleted since the last time. Other nodes may have got their addresses.
+    std::set<const Node*> Take();
 
     /// To be called when nodes have come or are taken out of the list.
-    void Restart();
+    void Restart() { m_known.clear(); }
 
     /// Counts a node without a name too, until it is gone.
     void Watch(const Node& node) { m_watched.insert(&node); }
@@ -34,7 +39,8 @@ private:
     const std::vector<ImportedNode>& m_nodes;
     std::vector<const Node*> m_known; ///< in the order of addresses; empty until one goes
     std::set<const Node*> m_watched;
-    bool m_areThere = false;
+    std::set<const Node*> m_lost;
+    NodeVisibility& m_visibility;
 };
 
 } // namespace OV::Host::Detail

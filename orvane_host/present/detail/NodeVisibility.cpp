@@ -58,6 +58,13 @@ bool NodeVisibility::IsShownByScene(const MeshNode& node) const
     return found == m_applied.end() ? (node.GetFlags() & NodeFlagHidden) == 0 : !found->second;
 }
 
+void NodeVisibility::Forget(const Node& node)
+{
+    m_hidden.erase(&node);
+    m_applied.erase(&node);
+    m_isolated = m_isolated == &node ? nullptr : m_isolated;
+}
+
 void NodeVisibility::Refresh()
 {
     std::set<const Node*> nodes;
@@ -75,7 +82,7 @@ void NodeVisibility::Refresh()
 
 void NodeVisibility::Apply()
 {
-    std::unordered_map<const MeshNode*, bool> hidden;
+    std::unordered_map<const Node*, bool> hidden;
     WalkTree(*m_scene.GetRoot(), Inherited{false, m_isolated == nullptr}, [&](Node& node, Inherited state) {
         state.isHidden = state.isHidden || m_hidden.count(&node) != 0;
         state.isIsolated = state.isIsolated || &node == m_isolated;

@@ -34,6 +34,9 @@ public:
     /// Whether the scene would show a node if nothing was hidden from here.
     bool IsShownByScene(const MeshNode& node) const;
 
+    /// A node is being destroyed: another one may get its address. Only that is used.
+    void Forget(const Node& node);
+
     /// After nodes came or went: forgets those that are gone.
     void Refresh();
 
@@ -44,7 +47,7 @@ private:
     std::set<const Node*> m_hidden;
     const Node* m_isolated = nullptr;
     /// Nodes that are hidden from here, with whether the scene hides them too.
-    std::unordered_map<const MeshNode*, bool> m_applied;
+    std::unordered_map<const Node*, bool> m_applied;
 };
 
 } // namespace OV::Host::Detail

@@ -15,6 +15,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <new>
 
 namespace OV::Test
 {
@@ -486,6 +488,42 @@ TEST_F(PresentationNodes, WithoutNamesAreForgottenWhenTheHostDeletesThem)
     EXPECT_FALSE(Draw(bare) == whole) << "the others, and not the one that is gone";
     EXPECT_GT(bare.GetShownBox()->low.x, -2.0f);
     EXPECT_TRUE(bare.GetForeground().GetTexts().empty());
+}
+
+TEST_F(PresentationNodes, TakeOverNothingFromDeletedOnesWhoseAddressesTheyHave)
+{
+    Scene& scene = presentation->GetScene();
+    Mesh* const tall = dynamic_cast<MeshNode&>(*presentation->FindNode("left")).GetMeshes().front();
+    alignas(MeshNode) unsigned char place[sizeof(MeshNode)];
+    const auto add = [&] {
+        auto* const node = ::new (place) MeshNode(&scene);
+        tall->AddNode(node);
+        scene.GetRoot()->AddChild(node, false);
+        return node;
+    };
+    MeshNode* node = add();
+    presentation->Refresh();
+    const Picture plain = Draw(*presentation);
+    const Names names = presentation->ListNodes();
+    const std::function<void()> doings[] = {
+        [&] { presentation->AddName(*node, "tower"); },
+        [&] { presentation->Highlight(*node, Color(1, 0, 0)); },
+        [&] { presentation->AddLabel(*node, "tower"); },
+        [&] { presentation->Hide(*node); },
+        [&] { presentation->Isolate(*node); },
+    };
+    for (const auto& act : doings)
+    {
+        SCOPED_TRACE(&act - doings);
+        act();
+        const Picture other = Draw(*presentation);
+        EXPECT_TRUE(other != plain || presentation->ListNodes() != names);
+        node->~MeshNode();
+        node = add();
+        ExpectSame(Draw(*presentation), plain, "the next one there");
+        EXPECT_EQ(presentation->ListNodes(), names);
+    }
+    node->~MeshNode();
 }
 
 TEST_F(PresentationNodes, AreFoundByNamesThatTheHostGivesThem)
