@@ -9,7 +9,7 @@
 namespace OV::Host
 {
 
-/// The sun of a picture: a direction, or else a time, a place and where north is.
+/// The sun of a picture: a direction, or else a time, a place and where north is. One of the two is needed.
 struct SunSettings
 {
     /// World space, from the model to the sun, of any length above 0. With one, nothing else of where

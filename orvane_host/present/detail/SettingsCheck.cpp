@@ -196,6 +196,7 @@ private:
         else if (!ZonedTime::Parse(sun.time, reason))
         {
             m_trouble = Join(path, "time") + " is " + Shown(sun.time) + "; " + reason;
+            m_trouble += sun.time.empty() ? ", unless there is " + Join(path, "direction") : "";
         }
     }
 

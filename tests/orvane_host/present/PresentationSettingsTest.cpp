@@ -658,7 +658,7 @@ TEST(PresentationSettings, ASunNeedsADirectionOrATime)
     PresentationSettings settings;
     settings.sun.emplace();
     EXPECT_EQ(settings.Trouble(), "sun.time is \"\"; it has to be a date and time with an offset, such as "
-                                  "2026-06-21T15:00+02:00");
+                                  "2026-06-21T15:00+02:00, unless there is sun.direction");
     settings.sun->time = "2026-02-29T12:00Z";
     EXPECT_EQ(settings.Trouble(), "sun.time is \"2026-02-29T12:00Z\"; the day has to be 01 to 28 in that month");
     settings.sun->direction = Vector(0.0f, 1.0f, 0.0f);
