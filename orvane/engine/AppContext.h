@@ -39,7 +39,8 @@ public:
     int GetHeight() const { return m_height; }
 
     /// Tells the size in pixels, which reaches the camera with the next Update. The renderer
-    /// is told separately, through Renderer::Resize.
+    /// is told separately, through Renderer::Resize. With a device pixel ratio other than 1, nodes of
+    /// layers follow those of the scene only where it is told in points.
     void SetScreenSize(int width, int height);
 
     /// As CoreContext::Update, with the screen's size.

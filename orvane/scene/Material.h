@@ -285,6 +285,8 @@ public:
     Color emissive = Color(0.0f, 0.0f, 0.0f, 1.0f);
     Color specular = Color(1.0f, 1.0f, 1.0f, 1.0f);
     float shininess = -1.0f;
+    /// Texture coordinates are divided by these when geometry is uploaded and once more when it is
+    /// drawn, so that 0.5 repeats a picture four times.
     float uScale = 1.0f;
     float vScale = 1.0f;
     Color stippleColor = Color(1.0f, 1.0f, 1.0f, 1.0f);

@@ -17,7 +17,8 @@ namespace OV
 /// Shared by the meshes that use it.
 ///
 /// Described by StartDescription, the setters and EndDescription, and not copied on the way:
-/// the setters take over what they are given.
+/// the setters take over what they are given. What is written into the arrays once they were drawn is
+/// not seen before SetRenderData(nullptr).
 class ORVANE_API RawMesh
 {
 public:

@@ -17,8 +17,9 @@ namespace OV::Host
 /// Simple bodies with normals and texture coordinates, ready for a Mesh.
 ///
 /// Fronts are outside. What is solid is closed: where faces meet their corners are the same bit for
-/// bit. The axis of round bodies is Y and their middle the origin. A size that is not finite or not
-/// above 0 gives null; numbers of parts are taken into the range that 16-bit indices have room for.
+/// bit. The axis of round bodies is Y, whichever axis is up in the scene, and their middle the origin. A size
+/// that is not finite or not above 0 gives null; numbers of parts are taken into the range that 16-bit
+/// indices have room for.
 class Primitives
 {
 public:

@@ -124,9 +124,10 @@ public:
     // that they name do; a view without an eye is fitted to all files.
 
     /// Presents another file beside what is there. Where the units of both are known it is brought to
-    /// the size that it has beside the first one; else it comes as it is. The node at its top keeps its
-    /// name, or takes that of the file where there is a node of that name or none. Files come in the
-    /// order of their adding. GL if something was drawn.
+    /// the size that it has beside the first one; else it comes as it is. It has Y up, as every file: in a
+    /// scene with Z up the host turns the node at its top. That node keeps its name, or takes that of the
+    /// file where there is a node of that name or none. Files come in the order of their adding. GL if
+    /// something was drawn.
     /// @param error on failure one line. Untouched otherwise.
     /// @return false, with nothing changed, for a model without a scene.
     bool Add(ImportResult model, std::string& error);
@@ -226,8 +227,7 @@ public:
     bool SetUnit(double metres);
 
     /// The box of all that the model draws, lines of the host's too, when nothing is hidden or cut
-    /// away; none for an empty
-    /// model.
+    /// away; none for an empty model.
     std::optional<Box> GetModelBox() const;
 
     /// The box of what is neither hidden nor cut away; none where nothing is left.
@@ -273,7 +273,9 @@ public:
     /// Uploads what the next frame draws, so that it only draws. GL.
     void Prepare();
 
-    /// Draws a frame over all of the framebuffer that is bound. GL.
+    /// Draws a frame over all of the framebuffer that is bound, from its lower left corner. One of several
+    /// views in a window goes into a framebuffer of its own, and from there to its place. Without a context
+    /// and for a size without pixels nothing happens. GL.
     void Draw(int width, int height, float pixelRatio = 1.0f);
 
     /// Whether frames are drawn quickly from the next one on rather than as they are meant, as while the view
@@ -336,7 +338,8 @@ public:
     /// @param bits of a channel, 8 or 16.
     static int BytesPerPixel(const PresentationSettings& settings, int samples, int bits = 8);
 
-    /// What is seen nearest at a pixel of the last size, from the upper left corner. GL.
+    /// What is seen nearest at a pixel of the framebuffer, from the upper left corner. Its size is the last
+    /// one that Resize or Draw was told, or else that of the last picture; nothing before there is one. GL.
     std::optional<PickHit> Pick(int x, int y);
 
     /// As Picking::Pick and Picking::PickThrough. GL.
@@ -360,7 +363,7 @@ public:
     CameraNode& GetCamera() const;
     AppContext& GetContext() const;
     PresentationRenderer& GetRenderer() const;
-    /// Behind and above the model.
+    /// Behind and above the model. Both count in pixels, whatever the pixel ratio.
     Scene2D& GetBackground() const;
     Scene2D& GetForeground() const;
 
