@@ -300,6 +300,10 @@ def test_a_view_is_chosen_by_name_by_places_and_by_what_fills_it(cube):
     small = (cube.picture(80, 80) != WHITE).any(axis=2).sum()
     assert (cube.frame().picture(80, 80) != WHITE).any(axis=2).sum() > small
     assert (cube.view("front").picture(80, 80) == front).all()
+    assert cube.look_at((6, 1, 5), (0, 0, 0)).camera.up[1] > 0.9
+    assert cube.set(view={"upAxis": "z"}).camera.up[2] > 0.7 and cube.settings["view"]["up"] is None
+    assert cube.look_at((6, 1, 5), (0, 0, 0), (1, 0, 0)).camera.up[0] > 0.5
+    cube.set(view={"upAxis": "y", "up": None, "eye": None, "target": None})
     cube.set(section={"planes": [{"normal": (0, 1, 0), "position": (0, 0, 0)}]})
     assert cube.shown_box[1][1] == pytest.approx(0, abs=1e-6) and cube.box[1][1] == 1
     cube.frame_shown().frame("cube")
