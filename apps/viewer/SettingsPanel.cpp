@@ -327,7 +327,8 @@ bool EditView(Host::ViewSettings& view, const Box& box)
         {
             moved = EditVector("Target", *edited.target, speed) || moved;
         }
-        Vector up = view.up.value_or(view.upAxis == Host::UpAxis::Z ? Vector(0.0f, 0.0f, 1.0f) : Vector(0.0f, 1.0f, 0.0f));
+        const bool isZUp = view.upAxis == Host::UpAxis::Z;
+        Vector up = view.up.value_or(isZUp ? Vector(0.0f, 0.0f, 1.0f) : Vector(0.0f, 1.0f, 0.0f));
         if (EditVector("Upwards", up, 0.01f))
         {
             edited.up = up;

@@ -25,8 +25,9 @@ namespace OV::Host
 /// Lines keep their depth whatever their slope, so that none comes through what is before it;
 /// FeatureEdges::MakeRoom lets them stand out from the faces that they bound.
 ///
-/// The sky is that of SkySettings, on a dome about the eye: the horizon lies at eye level. It has no depth, so everything is in front of it. An orthographic camera
-/// sees the sky that a perspective one of its angle would see.
+/// The sky is that of SkySettings, on a dome about the eye: the horizon lies at eye level. It has
+/// no depth, so everything is in front of it. An orthographic camera sees the sky that a perspective
+/// one of its angle would see.
 class SceneRenderer : public Renderer20
 {
 public:

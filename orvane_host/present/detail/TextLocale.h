@@ -5,8 +5,9 @@
 namespace OV::Host::Detail
 {
 
-/// Lets texts be UTF-8 for the length of a scope, on this thread, where the C locale in force knows nothing but
-/// ASCII, as in a program that has set none: titles and labels have all letters there too. Any other locale stays.
+/// Lets texts be UTF-8 for the length of a scope, on this thread, where the C locale in force knows nothing
+/// but ASCII, as in a program that has set none: titles and labels have all letters there too. Any other
+/// locale stays.
 class TextLocale
 {
 public:

@@ -143,7 +143,9 @@ TEST_F(SceneRendererTest, ASkyAboveZIsTheSkyAboveYTurned)
 {
     const Vector eye(3, 7, 2);
     const std::pair<Vector, Vector> directions[] = {
-        {Vector(0.3f, 0.2f, -1), Vector(0.3f, 1, 0.2f)}, {Vector(-1, 0.1f, 0), Vector(-1, 0, 0.1f)}, {Vector(0.2f, -0.3f, 1), Vector(0.2f, -1, -0.3f)}};
+        {Vector(0.3f, 0.2f, -1), Vector(0.3f, 1, 0.2f)},
+        {Vector(-1, 0.1f, 0), Vector(-1, 0, 0.1f)},
+        {Vector(0.2f, -0.3f, 1), Vector(0.2f, -1, -0.3f)}};
     for (const auto& [aboveY, aboveZ] : directions)
     {
         renderer.SetSkyAxis(UpAxis::Y);
@@ -154,7 +156,8 @@ TEST_F(SceneRendererTest, ASkyAboveZIsTheSkyAboveYTurned)
         const Picture turned = Draw();
         for (int y = 0; y < Height(); ++y)
         {
-            EXPECT_LE(OV::Test::ChannelDifference(turned.At(Width() / 4, y), expected.At(Width() / 4, y)), 1) << "row " << y;
+            const int difference = OV::Test::ChannelDifference(turned.At(Width() / 4, y), expected.At(Width() / 4, y));
+            EXPECT_LE(difference, 1) << "row " << y;
         }
         // There is a gradient to turn.
         EXPECT_NE(expected.At(Width() / 4, 2), expected.At(Width() / 4, Height() - 3));
