@@ -526,6 +526,29 @@ TEST_F(PresentationNodes, TakeOverNothingFromDeletedOnesWhoseAddressesTheyHave)
     node->~MeshNode();
 }
 
+TEST_F(PresentationNodes, StayHiddenByTheHostWhereADeletedOneHadTheirAddress)
+{
+    Scene& scene = presentation->GetScene();
+    alignas(MeshNode) unsigned char place[sizeof(MeshNode)];
+    const auto add = [&] {
+        auto* const node = ::new (place) MeshNode(&scene);
+        scene.GetRoot()->AddChild(node, false);
+        return node;
+    };
+    MeshNode* node = add();
+    EXPECT_TRUE(presentation->Isolate("left"));
+    EXPECT_TRUE(node->GetFlags() & NodeFlagHidden);
+    node->~MeshNode();
+    node = add();
+    node->SetFlags(NodeFlagHidden, false);
+    presentation->ShowAll();
+    EXPECT_TRUE(node->GetFlags() & NodeFlagHidden);
+    node->ClearFlags(NodeFlagHidden, false);
+    presentation->Refresh();
+    EXPECT_FALSE(node->GetFlags() & NodeFlagHidden);
+    node->~MeshNode();
+}
+
 TEST_F(PresentationNodes, AreFoundByNamesThatTheHostGivesThem)
 {
     Node* const twin = presentation->FindNode("twin");
