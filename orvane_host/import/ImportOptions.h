@@ -65,9 +65,9 @@ struct ImportOptions
     /// plane as they are, which divides fewer meshes; what has a two-sided material is put in order in any case.
     bool showBacks = true;
 
-    /// Brings a model that is too small or too large to be drawn, or too far from the origin for its size, to where and
-    /// as large as a camera of floats can show it, and says so in a warning. False for one of several files that have
-    /// their places in common.
+    /// Brings a model that is too small or too large to be drawn, or too far from the origin for its size (10,000 times,
+    /// as where it counts from that of a survey), to where and as large as floats can show it, and says so in a
+    /// warning. False for one of several files that have their places in common.
     bool bringsWithinReach = true;
 
     /// Leaves all pictures aside when false.

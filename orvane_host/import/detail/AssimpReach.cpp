@@ -23,9 +23,9 @@ using Vec = QGM::Vector3d;
 /// Smaller scenes leave a camera too little between the eye and the model.
 constexpr double SmallestSize = 1e-4;
 
-/// Of the distance from the origin. Scenes of a smaller part have no room for an eye and what it looks at: both are
-/// places in floats.
-constexpr double SmallestPart = 4e-6;
+/// Of the distance from the origin. Places in floats are up to 1.2e-7 of it apart: in a smaller scene that is more than
+/// a pixel, by which parts stand beside their places and shadows beside what casts them.
+constexpr double SmallestPart = 1e-4;
 
 QGM::Transf3d ToTransform(const aiMatrix4x4& from)
 {

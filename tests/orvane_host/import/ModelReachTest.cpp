@@ -156,8 +156,8 @@ TEST_F(ModelReach, AModelFarFromTheOriginForItsSizeIsMovedThere)
         EXPECT_TRUE(IsTold(result, "too far for its size: it stands at the origin instead."));
         ExpectSharpNormals(result);
     }
-    const ImportResult near = ImportAs("cube.obj", CubeAt(2.0, 1e5));
-    EXPECT_GT(near.report.boxMin.x, 9e4f);
+    const ImportResult near = ImportAs("cube.obj", CubeAt(2.0, 3e4));
+    EXPECT_GT(near.report.boxMin.x, 2.9e4f);
     EXPECT_TRUE(near.report.warnings.empty());
 }
 
@@ -168,6 +168,29 @@ TEST_F(ModelReach, ANodeFarFromTheOriginIsMovedThere)
     EXPECT_NEAR(SizeOf(result), 2.0 * std::sqrt(3.0), 1e-4);
     EXPECT_LT(std::fabs(result.report.boxMin.y), 2.0f);
     EXPECT_TRUE(IsTold(result, "1.5e+12 units from the origin"));
+}
+
+TEST_F(ModelReach, PartsOfAPlotInASurveyStandInTheirPlaces)
+{
+    // A plot of 60, a house and a window before its wall, where places in floats are half a unit apart.
+    const std::string nodes = R"({"translation":[457900,100,-5430600],"children":[1,2,3]},)"
+                              R"({"mesh":0,"scale":[30,1,30]},{"mesh":0,"translation":[0.3,2,0.2]},)"
+                              R"({"mesh":0,"translation":[0.4,1.7,1.21],"scale":[0.5,0.5,0.01]})";
+    const ImportResult result = ImportAs("plot.glb", CubeGlb(2.0f, nodes));
+    EXPECT_TRUE(IsTold(result, "too far for its size: it stands at the origin instead."));
+    result.scene->GetRoot()->UpdateGraph();
+    std::vector<Vector> places;
+    for (const Mesh* mesh : result.scene->GetMeshes())
+    {
+        for (const MeshNode* node : mesh->EachNode())
+        {
+            places.push_back(node->GetGlobal().GetPosition());
+        }
+    }
+    ASSERT_EQ(places.size(), 3u);
+    EXPECT_NEAR(places[2].x - places[1].x, 0.1, 1e-4);
+    EXPECT_NEAR(places[2].y - places[1].y, -0.3, 1e-4);
+    EXPECT_NEAR(places[2].z - places[1].z, 1.01, 1e-4);
 }
 
 TEST_F(ModelReach, OneOfSeveralFilesKeepsItsPlaceAndSize)
