@@ -29,9 +29,24 @@ namespace
 
 constexpr float UsualOutlineShare = 1.0f / 500.0f;
 
-/// Of the model: how deep below a cut its section lies at least. A driver that shades samples may
-/// look a little beside them.
-constexpr float SectionInsetShare = 2e-4f;
+/// How deep below a cut its section lies, as a part of the outline and of the model. What stands in the cut, such as a
+/// wall that meets another, shows so much of its side.
+struct SectionInset
+{
+    float outline;
+    float extent;
+
+    bool operator==(const SectionInset& other) const { return outline == other.outline && extent == other.extent; }
+};
+
+SectionInset SectionInsetFor(const PresentationSettings& settings)
+{
+    // A driver that shades samples may look a little beside them; elsewhere there is rounding alone.
+    const bool shadesSamples = settings.antialiasing == Antialiasing::Multisampling;
+    // The outline is a band along the cut, which the basic look has not.
+    const bool isOutlined = settings.look != Look::Basic;
+    return {isOutlined ? (shadesSamples ? 1.25f : 1.002f) : 0.0f, shadesSamples ? 2e-4f : 2e-5f};
+}
 
 /// What a face in the dark keeps of its colour in the looks that shade every pixel. They take the
 /// luminance of the ambient colour for it, where the basic look adds the colour itself.
@@ -265,7 +280,8 @@ Presentation::Impl::Changes Presentation::Impl::ChangesTo(const PresentationSett
     using S = PresentationSettings;
     const auto differs = [&](auto field) { return Differs(settings, wanted, field); };
     Changes changes;
-    changes.section = differs(&S::section);
+    changes.section = differs(&S::section)
+        || (!wanted.section.planes.empty() && !(SectionInsetFor(wanted) == SectionInsetFor(settings)));
     changes.lines = settings.lines.has_value() != wanted.lines.has_value()
         || (settings.lines && settings.lines->crease != wanted.lines->crease);
     changes.materials = differs(&S::look) || differs(&S::cullBacks) || differs(&S::lines) || differs(&S::antialiasing)
@@ -355,8 +371,8 @@ void Presentation::Impl::CutSection()
     std::optional<SectionFaces::Fill> fill;
     if (settings.section.fill)
     {
-        // Below the outline, which is a band along the cut.
-        fill = {1.25f * OutlineWidth() + SectionInsetShare * Extent(), *settings.section.fill};
+        const SectionInset inset = SectionInsetFor(settings);
+        fill = {inset.outline * OutlineWidth() + inset.extent * Extent(), *settings.section.fill};
     }
     m_section->Cut(Detail::SectionPlanesOf(settings.section), fill);
 }
@@ -405,6 +421,7 @@ void Presentation::Impl::UpdateMaterials()
     {
         wanted.shareWithoutLight = AmbientLevelFor(settings.look);
     }
+    wanted.cutsUnlit = settings.look == Look::Basic && !settings.section.planes.empty();
     if (settings.lines)
     {
         wanted.room = FeatureEdges::RoomFor(settings.lines->width * m_ratio, LineScale());

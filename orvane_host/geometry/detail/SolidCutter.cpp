@@ -82,6 +82,8 @@ std::shared_ptr<RawMesh> MakeRawMesh(const Point* first, const Point* last, cons
     }
     auto raw = std::make_shared<RawMesh>();
     raw->SetColorBuffer(std::vector<Color>(positions.size(), color));
+    // The basic look cuts what is lit alone, which has normals; any will do.
+    raw->SetNormalBuffer(std::vector<Vector>(positions.size(), Vector(0.0f, 0.0f, 1.0f)));
     raw->SetPositionBuffer(std::move(positions));
     raw->SetIndices(std::move(indices));
     raw->EndDescription(true);

@@ -13,7 +13,7 @@ namespace OV::Host::Detail
 namespace
 {
 
-constexpr unsigned int kFlags = MaterialFlagNoCull | MaterialFlagPolygonOffset;
+constexpr unsigned int kFlags = MaterialFlagNoCull | MaterialFlagUnlit | MaterialFlagPolygonOffset;
 
 /// Of a material whose ambient colour nobody has set.
 const Color kUnsetAmbient(1.0f, 1.0f, 1.0f, 1.0f);
@@ -75,6 +75,13 @@ MaterialSettings::State MaterialSettings::Want(const State& original, const Mate
         const float* const factors = material.reflectionFactors;
         const float kept = std::clamp(1.0f - factors[0] * factors[2], 0.0f, 1.0f);
         state.diffuse = Color(kept * diffuse.r, kept * diffuse.g, kept * diffuse.b);
+    }
+    if (wanted.cutsUnlit && !isLit)
+    {
+        const Color& ambient = original.ambient;
+        state.flags &= ~static_cast<unsigned int>(MaterialFlagUnlit);
+        state.ambient = Color(ambient.r + diffuse.r, ambient.g + diffuse.g, ambient.b + diffuse.b);
+        state.diffuse = Color(0.0f, 0.0f, 0.0f);
     }
     if (wanted.room)
     {
@@ -160,9 +167,9 @@ void MaterialSettings::Apply(const Wanted& wanted, const SectionFaces& section)
     }
     if (auto* const faces = const_cast<Material*>(section.GetMaterial()))
     {
-        // Its colours are the fill's, and it shows its backs in any case.
+        // It shows its backs in any case, which have the section fill.
         State plain;
-        plain.flags = MaterialFlagNoCull;
+        plain.flags = MaterialFlagNoCull | (wanted.cutsUnlit ? 0u : static_cast<unsigned int>(MaterialFlagUnlit));
         plain.diffuse = faces->diffuse;
         plain.ambient = faces->ambient;
         Wanted onlyRoom;

@@ -34,6 +34,9 @@ public:
         float shareWithoutLight = 0.0f;
         /// Takes what a material reflects straight on from the colour that it has besides.
         bool reflects = false;
+        /// Has what is unlit drawn as lit, in the colours that it has, with light that adds none: the basic look
+        /// cuts what is lit alone.
+        bool cutsUnlit = false;
         std::optional<LineRoom> room; ///< none makes none
     };
 
