@@ -80,6 +80,20 @@ glm::dvec3 ToGlm(const QGM::Point3d& point)
     return {point.x, point.y, point.z};
 }
 
+/// Paper beside the letters of a caption.
+int PadOf(int letters)
+{
+    return std::max(2, letters / 4);
+}
+
+/// Where a caption about a middle begins that stays in the picture; one that is too long begins in it.
+int BeginOf(float middle, int length, int pad, int picture)
+{
+    // Letters are sharp on whole pixels alone.
+    const auto begin = static_cast<int>(std::round(middle - static_cast<float>(length) / 2.0f));
+    return std::max(std::min(begin, picture - pad - length), pad);
+}
+
 /// Where the camera sees points of the world, in pixels from the lower left corner.
 class Projection
 {
@@ -251,9 +265,16 @@ public:
         {
             AddLine(at(angle * step / ArcSteps), at(angle * (step + 1) / ArcSteps));
         }
-        if (const auto pixel = m_projection.PixelOf(hasArc ? at(angle / 2.0) : corner))
+        // In the middle of the arc, or as near to it as there is picture.
+        for (int step = 0; step <= (hasArc ? ArcSteps : 0); ++step)
         {
-            AddCaption(*pixel, text);
+            const double aside = (step % 2 == 0 ? 1.0 : -1.0) * ((step + 1) / 2) / ArcSteps;
+            const auto pixel = m_projection.PixelOf(hasArc ? at(angle * (0.5 + aside)) : corner);
+            if (pixel && IsInside(*pixel))
+            {
+                AddCaption(*pixel, text);
+                return;
+            }
         }
     }
 
@@ -264,11 +285,14 @@ public:
         {
             return;
         }
-        const glm::dvec2 above = *pixel + glm::dvec2(0.0, LeaderShare * m_letters);
-        AddStroke(*pixel, above, Width());
+        const double reach = LeaderShare * m_letters;
+        // Where there is no room above it, below.
+        const bool isHigh = pixel->y + reach + m_letters > m_size.y;
+        const glm::dvec2 beside = *pixel + glm::dvec2(0.0, isHigh ? -reach : reach);
+        AddStroke(*pixel, beside, Width());
         const glm::dvec2 half(DotShare * m_letters, 0.0);
         AddStroke(*pixel - half, *pixel + half, 2.0 * half.x);
-        AddCaption(above, text);
+        AddCaption(beside, text);
     }
 
 private:
@@ -392,13 +416,13 @@ void Notes::Layout(const CameraNode& camera, int width, int height)
         && std::equal(m_captions.begin(), m_captions.end(), m_shownCaptions.begin(), m_shownCaptions.end(),
                       [](const Caption& one, const Caption& other)
                       { return one.text == other.text && one.size == other.size && one.x == other.x && one.y == other.y; });
-    if (!isSame)
+    if (!isSame || width != m_shownWidth || height != m_shownHeight)
     {
-        Show();
+        Show(width, height);
     }
 }
 
-void Notes::Show()
+void Notes::Show(int width, int height)
 {
     // All of it lies behind a sheet, and each caption before the earlier ones with its paper.
     constexpr float between = 0.5f;
@@ -431,7 +455,7 @@ void Notes::Show()
         if (!isKept)
         {
             auto text = std::make_unique<Text>(Font, caption.size, caption.text, m_layer, false, false, 0);
-            const int pad = std::max(2, caption.size / 4);
+            const int pad = PadOf(caption.size);
             text->SetColor(Ink);
             text->AddBackdrop(Paper, text->GetRight() - text->GetLeft() + 2 * pad,
                               text->GetTop() - text->GetBottom() + pad, -pad, -pad / 2);
@@ -439,14 +463,16 @@ void Notes::Show()
             m_texts[i] = std::move(text);
         }
         const Text& text = *m_texts[i];
-        const auto width = static_cast<float>(text.GetRight() - text.GetLeft());
-        const auto height = static_cast<float>(text.GetTop() - text.GetBottom());
-        // Letters are sharp on whole pixels alone.
-        placeAt(*m_texts[i]->GetInstance(0), std::round(caption.x - width / 2.0f), std::round(caption.y - height / 2.0f),
+        const int pad = PadOf(caption.size);
+        const int left = BeginOf(caption.x, text.GetRight() - text.GetLeft(), pad, width);
+        const int bottom = BeginOf(caption.y, text.GetTop() - text.GetBottom(), pad, height);
+        placeAt(*m_texts[i]->GetInstance(0), static_cast<float>(left), static_cast<float>(bottom),
                 z + between * static_cast<float>(i));
     }
     m_shownAreas.swap(m_areas);
     m_shownCaptions.swap(m_captions);
+    m_shownWidth = width;
+    m_shownHeight = height;
 }
 
 } // namespace OV::Host

@@ -46,8 +46,9 @@ struct Label
 /// What stands on a picture where the model is: dimension lines with their numbers, and labels.
 ///
 /// Lines and letters are as large as those of a Sheet, whatever the distance. What lies behind the
-/// eye is left out, and a line that ends there is cut. When the layer goes first the notes are empty,
-/// and there must be no further Layout.
+/// eye is left out, and a line that ends there is cut. Numbers and texts stay
+/// in the picture as far as they have room, and those of places outside are left out. When the layer
+/// goes first the notes are empty, and there must be no further Layout.
 class Notes
 {
 public:
@@ -96,7 +97,7 @@ private:
 
     class Drawing;
 
-    void Show();
+    void Show(int width, int height);
 
     Scene2D* m_layer;
     Content m_content;
@@ -104,6 +105,8 @@ private:
     std::vector<Caption> m_captions;
     std::vector<Area> m_shownAreas;
     std::vector<Caption> m_shownCaptions;
+    int m_shownWidth = 0;
+    int m_shownHeight = 0;
     std::vector<std::unique_ptr<Sprite>> m_sprites;
     std::vector<std::unique_ptr<Text>> m_texts;
 };

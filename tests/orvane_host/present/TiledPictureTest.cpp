@@ -212,6 +212,15 @@ TEST_P(TiledPicture, OfWhatIsRoundIsTheWhole)
     }
 }
 
+TEST_P(TiledPicture, WithTextsThatAreKeptInItIsTheWhole)
+{
+    const auto presentation = PresentBoxes();
+    ASSERT_TRUE(presentation->AddLabel("left", "The left one of two towers"));
+    ASSERT_TRUE(presentation->AddLabel("roof", "The roof of the right one"));
+    const auto look = [](PresentationSettings& wanted) { wanted.view.named = Host::NamedView::Front; };
+    ExpectTilesMakeTheWhole(*presentation, {"texts", look, 0, 0}, 0);
+}
+
 INSTANTIATE_TEST_SUITE_P(Ways, TiledPicture,
                          ::testing::Values(Antialiasing::None, Antialiasing::Multisampling, Antialiasing::Filter));
 

@@ -67,6 +67,22 @@ protected:
                       place.y + static_cast<float>(text.GetTop() + text.GetBottom()) / 2.0f, 0.0f);
     }
 
+    /// In pixels of the picture.
+    struct Box
+    {
+        float left;
+        float bottom;
+        float right;
+        float top;
+    };
+
+    static Box BoxOf(Text& text)
+    {
+        const Vector place = text.GetInstance(0)->GetGlobal().GetPosition();
+        return {place.x + static_cast<float>(text.GetLeft()), place.y + static_cast<float>(text.GetBottom()),
+                place.x + static_cast<float>(text.GetRight()), place.y + static_cast<float>(text.GetTop())};
+    }
+
     Text& OnlyText()
     {
         EXPECT_EQ(layer.GetTexts().size(), 1u);
@@ -204,6 +220,64 @@ TEST_F(NotesTest, TheNumberOfALineThatLeavesThePictureIsSeen)
     EXPECT_NEAR(MiddleOf(OnlyText()).x, 750.0f, 1.0f);
     Show({{Distance({5, 0, 0}, {300, 0, 0})}, {"295"}, {}});
     EXPECT_TRUE(layer.GetTexts().empty());
+}
+
+TEST_F(NotesTest, ATextAtTheRimIsInThePicture)
+{
+    const auto show = [&](const std::string& words, const QGM::Point3d& place)
+    {
+        Show({{}, {}, {{place, words}}});
+        return BoxOf(OnlyText());
+    };
+    for (const QGM::Point3d& place : {QGM::Point3d(-3.9, 0, 0), QGM::Point3d(3.9, 0, 0), QGM::Point3d(0, 2.99, 0),
+                                      QGM::Point3d(-3.9, -2.99, 0)})
+    {
+        SCOPED_TRACE(testing::Message() << place.x << ' ' << place.y);
+        const Box box = show("a window with a long name", place);
+        EXPECT_GT(box.left, 0.0f);
+        EXPECT_GT(box.bottom, 0.0f);
+        EXPECT_LT(box.right, static_cast<float>(kWidth));
+        EXPECT_LT(box.top, static_cast<float>(kHeight));
+    }
+    const Box box = show(std::string(300, 'w'), {0, 0, 0});
+    EXPECT_GT(box.left, 0.0f) << "one that is longer than the picture begins in it";
+    EXPECT_LT(box.left, 20.0f);
+}
+
+TEST_F(NotesTest, ALabelStandsBelowAPlaceThatHasNoRoomAbove)
+{
+    Show({{}, {}, {{{0, 2, 0}, "wall"}}});
+    EXPECT_GT(BoxOf(OnlyText()).bottom, 500.0f);
+    Show({{}, {}, {{{0, 2.95, 0}, "wall"}}});
+    EXPECT_LT(BoxOf(OnlyText()).top, 595.0f);
+}
+
+TEST_F(NotesTest, TheNumberOfAnArcThatLeavesThePictureIsSeen)
+{
+    // The middle of the arc is on the right of the picture, its end above the corner is not.
+    const Dimension angle{{{13, 0, 0}, {3, 0, 0}, {3, 10, 0}}};
+    Camera().SetProjection(CameraNode::Orthographic);
+    PlaceCamera(Vector(0, 3, 10));
+    Show({{angle}, {"90"}, {}});
+    const Box box = BoxOf(OnlyText());
+    EXPECT_GT(box.left, 650.0f);
+    EXPECT_LT(box.right, static_cast<float>(kWidth));
+    EXPECT_NEAR((box.bottom + box.top) / 2.0f, 337.0f, 4.0f);
+    PlaceCamera(Vector(-10, 3, 10));
+    Layout();
+    EXPECT_TRUE(layer.GetTexts().empty());
+}
+
+TEST_F(NotesTest, ATextStaysInAPictureThatNarrowsAboutIt)
+{
+    Camera().SetProjection(CameraNode::Orthographic);
+    Show({{}, {}, {{{3.5, 0, 0}, "a window with a long name"}}});
+    EXPECT_GT(BoxOf(OnlyText()).right, 775.0f);
+    // Its place is at the same pixel.
+    PlaceCamera(Vector(-0.125f, 0, 10));
+    notes.Layout(Camera(), 775, kHeight);
+    layer.UpdateGraph(775, kHeight);
+    EXPECT_LT(BoxOf(OnlyText()).right, 775.0f);
 }
 
 TEST_F(NotesTest, AFrameInWhichNothingMovesLeavesTheLayerAlone)
