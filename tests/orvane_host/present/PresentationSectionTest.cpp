@@ -5,6 +5,8 @@
 #include "orvane/scene/Mesh.h"
 #include "orvane/scene/MeshNode.h"
 
+#include <optional>
+
 namespace OV::Test
 {
 
@@ -80,12 +82,13 @@ TEST_F(PresentationSection, TheSideOfAWallThatAnotherMeetsIsBehindTheFill)
 TEST_F(PresentationSection, EveryLookCutsWhatIsUnlitAndTheFillOfEachPlaneByTheOthers)
 {
     wanted.antialiasing = Antialiasing::None;
-    // From above: what is left is a quarter of the plan, filled.
+    // From above: what is left is a quarter of the plan, filled, and nothing of the fill beside it.
     wanted.section.planes.push_back({Vector(1, 0, 0), Vector(0, 0, 0)});
     wanted.section.planes.push_back({Vector(0, 0, -1), Vector(0, 0, 0)});
     wanted.view.eye = Vector(-3.0f, 30.0f, 0.0f);
     wanted.view.target = Vector(-3.0f, 0.0f, 0.0f);
     wanted.view.up = Vector(0, 0, -1);
+    std::optional<int> quarter;
     for (const Host::Look look : {Host::Look::Phong, Host::Look::Advanced, Host::Look::Basic, Host::Look::Monotone,
                                   Host::Look::VertexColor, Host::Look::Basic})
     {
@@ -97,6 +100,8 @@ TEST_F(PresentationSection, EveryLookCutsWhatIsUnlitAndTheFillOfEachPlaneByTheOt
         const Picture filled = Draw(*presentation);
         const int area = filled.Count(Fill);
         EXPECT_GT(area, 100);
+        quarter = quarter.value_or(area);
+        EXPECT_NEAR(area, *quarter, *quarter / 50);
         EXPECT_EQ(filled.Count(Pixel{255, 255, 255, 255}), Width() * Height() - area);
     }
     wanted.section.fill.reset();
@@ -105,6 +110,26 @@ TEST_F(PresentationSection, EveryLookCutsWhatIsUnlitAndTheFillOfEachPlaneByTheOt
     wanted.section.planes.clear();
     Apply(*presentation, wanted);
     EXPECT_GT(Draw(*presentation).Count(Far), 100) << "in its own colour again";
+}
+
+TEST_F(PresentationSection, APlaneBesideTheModelChangesNoColour)
+{
+    for (Material* material : presentation->GetScene().GetOptimizedMaterials())
+    {
+        material->SetDiffuse(Color(0.5f, 0.25f, 0.1f));
+        material->SetAmbient(Color(0.1f, 0.0f, 0.2f));
+    }
+    for (const Host::Look look : {Host::Look::Basic, Host::Look::Advanced})
+    {
+        SCOPED_TRACE(static_cast<int>(look));
+        wanted.look = look;
+        wanted.section.planes.clear();
+        Apply(*presentation, wanted);
+        const Picture plain = Draw(*presentation);
+        wanted.section.planes = {{Vector(0, 1, 0), Vector(0, 50, 0)}};
+        Apply(*presentation, wanted);
+        ExpectSame(Draw(*presentation), plain, "cut beside");
+    }
 }
 
 TEST_F(PresentationSection, ItsFillIsAsDeepAsTheLookAndTheSamplesWant)
