@@ -46,9 +46,9 @@ struct Label
 /// What stands on a picture where the model is: dimension lines with their numbers, and labels.
 ///
 /// Lines and letters are as large as those of a Sheet, whatever the distance. What lies behind the
-/// eye is left out, and a line that ends there is cut. Numbers and texts stay
-/// in the picture as far as they have room, and those of places outside are left out. When the layer
-/// goes first the notes are empty, and there must be no further Layout.
+/// eye is left out, and a line that ends there is cut. Numbers and texts stay in the picture as far as
+/// they have room, and those of places outside are left out. When the layer goes first the notes are
+/// empty, and there must be no further Layout.
 class Notes
 {
 public:
