@@ -10,6 +10,7 @@
 #include "orvane/overlay/Text.h"
 #include "orvane/scene/CameraNode.h"
 
+#include <glm/common.hpp>
 #include <glm/geometric.hpp>
 #include <glm/trigonometric.hpp>
 #include <glm/vec2.hpp>
@@ -38,6 +39,10 @@ constexpr double TickShare = 0.45;
 constexpr double DotShare = 0.22;
 constexpr double LeaderShare = 2.0;
 constexpr int ArcSteps = 24;
+/// Of a pixel, in which the rims of what slants pass over into the picture.
+constexpr int RimSteps = 4;
+/// Pixels from end to end, by which what slants less counts as upright or level.
+constexpr double LeastSlant = 0.01;
 /// Of the shorter leg.
 constexpr double ArcShare = 0.35;
 /// Of the distance to the target: what is nearer to the eye is left out.
@@ -336,23 +341,36 @@ private:
             return;
         }
         const glm::dvec2 ahead = (to - from) / length;
-        const glm::dvec2 across(-ahead.y, ahead.x);
-        for (const bool isPaper : {true, false})
+        AddArea(from - ahead * Rim(), to + ahead * Rim(), width + 2.0 * Rim(), true);
+        const glm::dvec2 slant = glm::abs(to - from);
+        if (std::min(slant.x, slant.y) < LeastSlant)
         {
-            const double rim = isPaper ? Rim() : 0.0;
-            const glm::dvec2 side = across * (width / 2.0 + rim);
-            const glm::dvec2 begin = from - ahead * rim;
-            const glm::dvec2 end = to + ahead * rim;
-            Area area{};
-            const std::array<glm::dvec2, 4> corners = {begin - side, end - side, end + side, begin + side};
-            for (std::size_t i = 0; i < corners.size(); ++i)
-            {
-                area.corners[i][0] = static_cast<float>(corners[i].x);
-                area.corners[i][1] = static_cast<float>(corners[i].y);
-            }
-            area.isPaper = isPaper;
-            m_notes.m_areas.push_back(area);
+            AddArea(from, to, width, false);
+            return;
         }
+        // Nothing smooths a layer: each of the areas over each other covers its part of what is left.
+        for (int step = 0; step < RimSteps; ++step)
+        {
+            const double wider = 1.0 - (2 * step + 1.0) / RimSteps;
+            const float opacity = 1.0f / static_cast<float>(RimSteps - step);
+            AddArea(from, to, width + wider, false, opacity);
+        }
+    }
+
+    void AddArea(const glm::dvec2& from, const glm::dvec2& to, double width, bool isPaper, float opacity = 1.0f)
+    {
+        const glm::dvec2 ahead = glm::normalize(to - from);
+        const glm::dvec2 side = glm::dvec2(-ahead.y, ahead.x) * (width / 2.0);
+        const std::array<glm::dvec2, 4> corners = {from - side, to - side, to + side, from + side};
+        Area area{};
+        for (std::size_t i = 0; i < corners.size(); ++i)
+        {
+            area.corners[i][0] = static_cast<float>(corners[i].x);
+            area.corners[i][1] = static_cast<float>(corners[i].y);
+        }
+        area.isPaper = isPaper;
+        area.opacity = opacity;
+        m_notes.m_areas.push_back(area);
     }
 
     void AddCaption(const glm::dvec2& middle, const std::string& text)
@@ -410,7 +428,7 @@ void Notes::Layout(const CameraNode& camera, int width, int height)
         std::equal(m_areas.begin(), m_areas.end(), m_shownAreas.begin(), m_shownAreas.end(),
                    [](const Area& one, const Area& other)
                    {
-                       return one.isPaper == other.isPaper
+                       return one.isPaper == other.isPaper && one.opacity == other.opacity
                            && std::equal(&one.corners[0][0], &one.corners[0][0] + 8, &other.corners[0][0]);
                    })
         && std::equal(m_captions.begin(), m_captions.end(), m_shownCaptions.begin(), m_shownCaptions.end(),
@@ -443,7 +461,7 @@ void Notes::Show(int width, int height)
         const auto& c = m_areas[i].corners;
         static_cast<Rect*>(m_sprites[i]->GetShape())
             ->SetCorners(c[0][0], c[0][1], 0.0f, c[1][0], c[1][1], 0.0f, c[2][0], c[2][1], 0.0f, c[3][0], c[3][1], 0.0f);
-        m_sprites[i]->SetColor(m_areas[i].isPaper ? Paper : Ink);
+        m_sprites[i]->SetColor(m_areas[i].isPaper ? Paper : Color(Ink.r, Ink.g, Ink.b, m_areas[i].opacity));
         placeAt(*m_sprites[i]->GetNode(), 0.0f, 0.0f, m_areas[i].isPaper ? z - 2.0f * between : z - between);
     }
     m_texts.resize(std::min(m_texts.size(), m_captions.size()));

@@ -84,7 +84,8 @@ private:
     struct Area
     {
         float corners[4][2];
-        bool isPaper; ///< behind all lines, of the colour of paper
+        bool isPaper;  ///< behind all lines, of the colour of paper
+        float opacity; ///< of ink
     };
 
     struct Caption

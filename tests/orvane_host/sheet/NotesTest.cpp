@@ -1,5 +1,6 @@
 #include "orvane_host/sheet/Notes.h"
 
+#include "orvane_host/sheet/Sheet.h"
 #include "orvane/math/Transform.h"
 #include "orvane/math/Vector.h"
 #include "orvane/overlay/Rect.h"
@@ -12,8 +13,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
+#include <vector>
 
 using namespace OV;
 using namespace OV::Host;
@@ -278,6 +282,40 @@ TEST_F(NotesTest, ATextStaysInAPictureThatNarrowsAboutIt)
     notes.Layout(Camera(), 775, kHeight);
     layer.UpdateGraph(775, kHeight);
     EXPECT_LT(BoxOf(OnlyText()).right, 775.0f);
+}
+
+TEST_F(NotesTest, RimsOfWhatSlantsPassOverIntoThePicture)
+{
+    // Half of the width, and opacity, of what is drawn over each other of a line that begins at 300.
+    const auto layers = [&]
+    {
+        std::vector<std::pair<double, double>> found;
+        for (Sprite* sprite : layer.GetSprites())
+        {
+            const auto* const rect = static_cast<Rect*>(sprite->GetShape());
+            const Color color = sprite->GetColor();
+            if (color.r < 0.5f && rect->GetMaxX() - rect->GetMinX() > 100.0f)
+            {
+                found.push_back({(300.0 - rect->GetMinX()) * std::sqrt(2.0), color.a});
+            }
+        }
+        return found;
+    };
+    Show({{Distance({-1, -1, 0}, {1, 1, 0})}, {"2.8"}, {}});
+    const double width = std::max(1.0, Sheet::LetterSize(kWidth, kHeight) / 11.0);
+    for (double aside = 0.0; aside < 1.5; aside += 0.05)
+    {
+        SCOPED_TRACE(aside);
+        double left = 1.0;
+        for (const auto& [half, opacity] : layers())
+        {
+            left *= half > aside ? 1.0 - opacity : 1.0;
+        }
+        EXPECT_NEAR(1.0 - left, std::clamp(width / 2.0 + 0.5 - aside, 0.0, 1.0), 0.13);
+    }
+    Show({{Distance({-1, 0, 0}, {1, 0, 0})}, {"2"}, {}});
+    ASSERT_EQ(layers().size(), 1u) << "what is level is sharp";
+    EXPECT_EQ(layers().front().second, 1.0);
 }
 
 TEST_F(NotesTest, AFrameInWhichNothingMovesLeavesTheLayerAlone)
