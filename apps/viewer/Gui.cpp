@@ -202,6 +202,11 @@ void Gui::Draw()
     ImGui_ImplOpenGL2_RenderDrawData(ImGui::GetDrawData());
 }
 
+void Gui::LeaveOut()
+{
+    ImGui::EndFrame();
+}
+
 void Gui::Suspend()
 {
     ImGui_ImplOpenGL2_DestroyDeviceObjects();

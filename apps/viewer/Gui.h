@@ -35,6 +35,9 @@ public:
     /// Draws the panels over the framebuffer that is bound.
     void Draw();
 
+    /// Ends a frame in place of Draw, with nothing drawn.
+    void LeaveOut();
+
     /// Lets go of GL objects before a context is lost, and makes them anew with the next Begin.
     void Suspend();
 

@@ -2,6 +2,7 @@
 
 #include "apps/viewer/Viewer.h"
 
+#include <cctype>
 #include <charconv>
 #include <cmath>
 #include <system_error>
@@ -91,6 +92,11 @@ bool ScriptRunner::BeginPointer(const ScriptAction& action)
             Fail(action, "'" + action.words[0] + "' is no point X,Y");
         }
     }
+    if (action.name == "tap" && hasPoint)
+    {
+        Tap(x, y);
+        return true;
+    }
     if (action.name == "move" && hasPoint)
     {
         m_viewer.GetWindow().Push(PointerEvent(InputEvent::Kind::PointerMoved, x, y, 0, ModifierNone));
@@ -128,7 +134,7 @@ bool ScriptRunner::BeginPointer(const ScriptAction& action)
         Then([this, event] { m_viewer.GetWindow().Push(event); });
         return true;
     }
-    if (action.name == "move" || action.name == "scroll" || isSwipe)
+    if (action.name == "tap" || action.name == "move" || action.name == "scroll" || isSwipe)
     {
         Fail(action, "'" + action.words[0] + "' is no point X,Y");
     }
@@ -140,6 +146,11 @@ bool ScriptRunner::BeginPointer(const ScriptAction& action)
     if (action.name == "type")
     {
         Type(action.words[0]);
+        return true;
+    }
+    if (action.name == "hammer")
+    {
+        Hammer(action);
         return true;
     }
     return false;
@@ -161,6 +172,17 @@ void ScriptRunner::Click(double x, double y, int button, unsigned modifiers, int
     {
         push(InputEvent::Kind::ButtonDown);
         push(InputEvent::Kind::ButtonUp);
+    }
+}
+
+void ScriptRunner::Tap(double x, double y)
+{
+    m_time += ActionSeconds;
+    for (const auto kind : {InputEvent::Kind::PointerMoved, InputEvent::Kind::ButtonDown, InputEvent::Kind::ButtonUp})
+    {
+        InputEvent event = PointerEvent(kind, x, y, 0, ModifierNone);
+        event.time = m_time;
+        m_viewer.GetWindow().Push(event);
     }
 }
 
@@ -202,6 +224,38 @@ void ScriptRunner::Press(const ScriptAction& action)
              event.modifiers = ModifierNone;
              m_viewer.GetWindow().Push(event);
          });
+}
+
+void ScriptRunner::Hammer(const ScriptAction& action)
+{
+    InputEvent event;
+    event.kind = InputEvent::Kind::KeyDown;
+    if (!ParseKey(action.words[0], event.key, event.modifiers))
+    {
+        Fail(action, "there is no key '" + action.words[0] + "'");
+    }
+    const auto strike = [this](InputEvent key)
+    {
+        m_viewer.GetWindow().Push(key);
+        if (key.codepoint != 0)
+        {
+            InputEvent typed = key;
+            typed.kind = InputEvent::Kind::Typed;
+            m_viewer.GetWindow().Push(typed);
+        }
+        key.kind = InputEvent::Kind::KeyUp;
+        key.modifiers = ModifierNone;
+        m_viewer.GetWindow().Push(key);
+    };
+    strike(event);
+    for (const unsigned point : CodepointsOf(action.words[1]))
+    {
+        InputEvent letter;
+        letter.kind = InputEvent::Kind::KeyDown;
+        letter.key = point < 128 ? std::toupper(static_cast<int>(point)) : KeyNone;
+        letter.codepoint = point;
+        strike(letter);
+    }
 }
 
 void ScriptRunner::Type(const std::string& text)

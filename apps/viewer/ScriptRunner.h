@@ -35,8 +35,10 @@ private:
     bool BeginPicture(const ScriptAction& action);
     void Then(std::function<void()> step) { m_steps.push_back(std::move(step)); }
     void Click(double x, double y, int button, unsigned modifiers, int times);
+    void Tap(double x, double y);
     void Drag(const ScriptAction& action, int button, unsigned modifiers);
     void Press(const ScriptAction& action);
+    void Hammer(const ScriptAction& action);
     void Type(const std::string& text);
     void Set(const ScriptAction& action);
     void ResizeOften(int frames);

@@ -52,6 +52,35 @@ std::string ReadFile(const std::string& path, const char* what)
     return text.str();
 }
 
+/// Whether an event and the one after it may be taken for one by panels.
+bool IsOneWith(const InputEvent& event, const InputEvent& next)
+{
+    using Kind = InputEvent::Kind;
+    const bool isSame = event.kind == next.kind;
+    switch (next.kind)
+    {
+    case Kind::PointerMoved:
+    case Kind::Scrolled: return isSame;
+    // A letter comes with its key.
+    case Kind::Typed: return isSame || event.kind == Kind::KeyDown;
+    case Kind::ButtonDown:
+    case Kind::ButtonUp:
+    case Kind::KeyDown:
+    case Kind::KeyUp: return false;
+    case Kind::Dropped:
+    case Kind::Refresh:
+    case Kind::CloseAsked: return true;
+    }
+    return true;
+}
+
+/// Whether what an event does goes by which panels there are.
+bool BeginsSomething(const InputEvent& event)
+{
+    return event.kind == InputEvent::Kind::ButtonDown || event.kind == InputEvent::Kind::KeyDown
+        || event.kind == InputEvent::Kind::Scrolled;
+}
+
 std::string FullPath(const std::string& path)
 {
     char* const full = ::realpath(path.c_str(), nullptr);
@@ -189,10 +218,7 @@ void Viewer::Run()
     while (!m_isClosing)
     {
         const bool wasOpening = m_desk.IsOpening();
-        for (const InputEvent& event : m_window->Wait(SleepSeconds(m_script ? m_script->Timeout() : -1.0)))
-        {
-            Handle(event);
-        }
+        HandleAll(m_window->Wait(SleepSeconds(m_script ? m_script->Timeout() : -1.0)));
         if (m_script && !m_isClosing)
         {
             m_script->Step();
@@ -246,6 +272,28 @@ bool Viewer::IsOverPicture(double x, double y) const
 {
     const PointRect& rect = m_panels.GetPicture();
     return !m_gui->WantsPointer() && x >= rect.x && y >= rect.y && x < rect.x + rect.width && y < rect.y + rect.height;
+}
+
+void Viewer::HandleAll(const std::vector<InputEvent>& events)
+{
+    // Panels look once a frame at what is held and where the pointer is, and a long frame lets many
+    // events come: a tap would be over before they saw it, and a click taken by who was under the last one.
+    for (std::size_t i = 0; i < events.size(); ++i)
+    {
+        if (i > 0 && !IsOneWith(events[i - 1], events[i]))
+        {
+            ShowPanels(BeginsSomething(events[i]) ? FramesAfterEvent : 1);
+        }
+        Handle(events[i]);
+    }
+}
+
+void Viewer::ShowPanels(int times)
+{
+    for (int i = 0; i < times && LayOut(0.0); ++i)
+    {
+        m_gui->LeaveOut();
+    }
 }
 
 void Viewer::Handle(const InputEvent& event)
@@ -415,24 +463,39 @@ void Viewer::Click(const InputEvent& event, const glm::dvec2& pixel)
     m_desk.SelectAt(pixel, (event.modifiers & (ModifierShift | ModifierControl)) != 0);
 }
 
-void Viewer::Frame(double seconds)
+bool Viewer::LayOut(double seconds)
 {
     int width = 0;
     int height = 0;
     m_window->GetFramebufferSize(width, height);
     if (width < 1 || height < 1)
     {
-        return;
+        return false;
     }
-    ++m_windowFrames;
     const float ratio = m_window->GetPixelRatio();
     m_gui->Begin(seconds);
     m_panels.Draw();
     const PointRect& rect = m_panels.GetPicture();
-    const int pictureWidth = static_cast<int>(std::lround(rect.width * ratio));
-    const int pictureHeight = static_cast<int>(std::lround(rect.height * ratio));
-    m_desk.SetPicture(pictureWidth, pictureHeight, ratio);
+    m_desk.SetPicture(static_cast<int>(std::lround(rect.width * ratio)),
+                      static_cast<int>(std::lround(rect.height * ratio)), ratio);
     m_overlay.Draw(rect, ratio);
+    return true;
+}
+
+void Viewer::Frame(double seconds)
+{
+    if (!LayOut(seconds))
+    {
+        return;
+    }
+    ++m_windowFrames;
+    int width = 0;
+    int height = 0;
+    m_window->GetFramebufferSize(width, height);
+    const float ratio = m_window->GetPixelRatio();
+    const PointRect& rect = m_panels.GetPicture();
+    const int pictureWidth = m_desk.GetWidth();
+    const int pictureHeight = m_desk.GetHeight();
     const bool hasPicture = m_desk.GetModel() && pictureWidth > 0 && pictureHeight > 0;
     if (hasPicture && (m_desk.NeedsDraw() || !m_picture.Holds(pictureWidth, pictureHeight)))
     {

@@ -93,6 +93,7 @@ private:
     RenderCommand Command() const;
     void ReadState();
     void WriteState();
+    void HandleAll(const std::vector<InputEvent>& events);
     void Handle(const InputEvent& event);
     void HandlePointer(const InputEvent& event);
     void HandleKey(const InputEvent& event);
@@ -104,6 +105,11 @@ private:
     glm::dvec2 ToPicture(double x, double y) const;
     bool IsOverPicture(double x, double y) const;
     void Frame(double seconds);
+    /// Lets panels take in what was done, without drawing.
+    void ShowPanels(int times);
+    /// Begins a frame with the panels.
+    /// @return false, with none begun, while the window has no pixels.
+    bool LayOut(double seconds);
     void DrawModel();
     void SaveScreenshot(int width, int height);
     void UpdateTitle();

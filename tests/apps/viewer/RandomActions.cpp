@@ -127,7 +127,7 @@ std::string Action(Words& dice, const std::string& folder)
     case 11: return "select " + dice.Path();
     case 12: return std::string(dice.One({"save-view ", "recall-view "})) + dice.One({"mine", "yours"});
     case 13:
-    case 14: return std::string(dice.One({"click ", "double-click ", "shift-click ", "right-click "})) + dice.Point();
+    case 14: return std::string(dice.One({"click ", "tap ", "double-click ", "shift-click ", "right-click "})) + dice.Point();
     case 15:
     case 16:
     case 17:

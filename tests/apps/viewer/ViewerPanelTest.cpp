@@ -62,6 +62,26 @@ TEST_F(ViewerPanel, AClickOnAPanelIsNoneOnTheModel)
                               "expect settings \"eye\": null");
 }
 
+TEST_F(ViewerPanel, ATapIsAClickHoweverLongAFrameTakes)
+{
+    View(WriteCube(), kWide + "expect settings \"occlusion\": false\ntap 728,169\nexpect settings \"occlusion\": true\n"
+                              "tap 728,169\nexpect settings \"occlusion\": false\n"
+                              // A menu, and what is in it.
+                              "expect settings \"lines\": null\ntap 118,11\nwait\ntap 150,117\nwait\n"
+                              "expect settings \"crease\"");
+    // From a panel to the model, and back.
+    View(WritePair(), kWide + "view front\nwait\nmove 850,300\nwait\ntap 340,350\nexpect selection left\n"
+                              "tap 860,650\nexpect selection left");
+}
+
+TEST_F(ViewerPanel, KeysThatComeAtOnceAreTakenInTheirOrder)
+{
+    WritePair();
+    // L would be for lines.
+    View(WriteCube(), "hammer ctrl+o lair\nwait\nkey home\nkey delete\nwait\nkey enter\nwait\nexpect model pair.obj\n"
+                      "expect settings \"lines\": null");
+}
+
 TEST_F(ViewerPanel, TheTreeSelectsAndHidesAndIsSearched)
 {
     const std::string pair = WritePair();
