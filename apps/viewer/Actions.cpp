@@ -1,5 +1,6 @@
 #include "apps/viewer/Actions.h"
 
+#include "apps/viewer/Gui.h"
 #include "apps/viewer/Input.h"
 #include "apps/viewer/Viewer.h"
 
@@ -75,7 +76,8 @@ void ToggleOcclusion(Viewer& viewer)
 
 void Escape(Viewer& viewer)
 {
-    if (viewer.GetPanels().CloseTop())
+    // A field is left by the key itself.
+    if (viewer.GetGui().CloseMenus() || viewer.GetPanels().CloseTop() || viewer.GetGui().WantsKeys())
     {
         return;
     }

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <utility>
 
 namespace OV::ViewerApp
@@ -84,15 +85,7 @@ void Desk::ShowModel()
     {
         m_model->Resize(m_width, m_height, m_ratio);
     }
-    std::string error;
-    if (!m_model->Apply(m_settings, error))
-    {
-        m_settings.editPath.clear();
-        if (!m_model->Apply(m_settings, error))
-        {
-            m_settings = m_model->GetSettings();
-        }
-    }
+    ApplyWhatStays();
     HideAgain();
     m_selection.erase(std::remove_if(m_selection.begin(), m_selection.end(),
                                      [this](const std::string& path) { return !m_model->FindNode(path); }),
@@ -101,6 +94,44 @@ void Desk::ShowModel()
     ShowNotes();
     m_navigator.Stop();
     m_navigator.Follow(*m_model);
+}
+
+void Desk::ApplyWhatStays()
+{
+    using Settings = Host::PresentationSettings;
+    // A node, a place and files are what another model, or another day, may not have.
+    static constexpr struct
+    {
+        void (*leaveOut)(Settings&);
+        bool isTold;
+    } parts[] = {{[](Settings& settings) { settings.editPath.clear(); }, false},
+                 {[](Settings& settings) { settings.sun.reset(); }, true},
+                 {[](Settings& settings) { settings.sheet.watermark.clear(); }, true},
+                 {[](Settings& settings) { settings.surroundings.clear(); }, true}};
+    std::string error;
+    while (!m_model->Apply(m_settings, error))
+    {
+        const std::string trouble = error;
+        const auto part = std::find_if(std::begin(parts), std::end(parts),
+                                       [&](const auto& candidate)
+                                       {
+                                           Settings without = m_settings;
+                                           candidate.leaveOut(without);
+                                           return without != m_settings
+                                               && (m_model->Apply(without, error) || error != trouble);
+                                       });
+        if (part == std::end(parts))
+        {
+            m_settings = m_model->GetSettings();
+            m_openingTrouble = trouble;
+            return;
+        }
+        part->leaveOut(m_settings);
+        if (part->isTold)
+        {
+            m_openingTrouble = trouble + "; it is left out";
+        }
+    }
 }
 
 bool Desk::Apply(const Host::PresentationSettings& settings)

@@ -201,6 +201,8 @@ private:
     bool PutModel(Host::ImportResult result);
     void ForgetNodes();
     void ShowModel();
+    /// Applies the settings to a model that came, but for what it can't have.
+    void ApplyWhatStays();
     void ShowNotes();
     void ApplyView(const Host::ViewSettings& view);
     void ApplyDrawn();

@@ -202,6 +202,17 @@ void Gui::Draw()
     ImGui_ImplOpenGL2_RenderDrawData(ImGui::GetDrawData());
 }
 
+bool Gui::CloseMenus()
+{
+    if (!ImGui::IsPopupOpen("", ImGuiPopupFlags_AnyPopupId | ImGuiPopupFlags_AnyPopupLevel))
+    {
+        return false;
+    }
+    // With no panel in focus none of them stays.
+    ImGui::SetWindowFocus(nullptr);
+    return true;
+}
+
 void Gui::LeaveOut()
 {
     ImGui::EndFrame();

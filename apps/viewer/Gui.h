@@ -38,6 +38,10 @@ public:
     /// Ends a frame in place of Draw, with nothing drawn.
     void LeaveOut();
 
+    /// Closes menus and lists that are open.
+    /// @return whether there were any.
+    bool CloseMenus();
+
     /// Lets go of GL objects before a context is lost, and makes them anew with the next Begin.
     void Suspend();
 

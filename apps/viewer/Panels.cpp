@@ -224,7 +224,9 @@ void Panels::DrawSettingsSide()
     Host::PresentationSettings settings = desk.GetSettings();
     const auto box = desk.GetModel()->GetModelBox();
     const Host::Presentation::Box none{Vector(-1.0f, -1.0f, -1.0f), Vector(1.0f, 1.0f, 1.0f)};
-    if (EditSettings(settings, box.value_or(none), desk.GetModel()->GetSun()) && desk.Apply(settings) && desk.GetMessage().isTrouble)
+    const bool hasPlace = desk.GetModel()->GetReport().place.has_value();
+    if (EditSettings(settings, box.value_or(none), desk.GetModel()->GetSun(), hasPlace) && desk.Apply(settings)
+        && desk.GetMessage().isTrouble)
     {
         desk.Tell("");
     }

@@ -357,8 +357,17 @@ bool EditPicture(Settings& settings)
     return EditSlider("Leave out below", settings.batches.smallestPixels, 0.0f, 8.0f, "%.1f pixels") || changed;
 }
 
-bool EditShadows(Settings& settings)
+Host::SunSettings UsualSun()
 {
+    Host::SunSettings sun;
+    sun.direction = Vector(0.5f, 1.0f, 0.3f);
+    sun.time = "2026-06-21T12:00Z";
+    return sun;
+}
+
+bool EditShadows(Settings& settings, const Host::SunState& state)
+{
+    const bool hadShadows = settings.shadows.has_value();
     const bool changed = EditOptional("Shadows of the sun", settings.shadows, Host::ShadowSettings(),
                                 [](Host::ShadowSettings& shadows)
                                 {
@@ -367,6 +376,23 @@ bool EditShadows(Settings& settings)
                                     edited = EditSlider("Darkness", shadows.darkness, 0.0f, 1.0f) || edited;
                                     return ImGui::Checkbox("Of what is cut away too", &shadows.clippedCasts) || edited;
                                 });
+    // Without a sun nothing would be seen of them; one that came with them leaves with them.
+    if (settings.shadows && !hadShadows && !settings.sun)
+    {
+        settings.sun = UsualSun();
+    }
+    else if (!settings.shadows && hadShadows && settings.sun == UsualSun())
+    {
+        settings.sun.reset();
+    }
+    if (settings.shadows && !settings.sun)
+    {
+        ImGui::TextWrapped("There is no sun; tick it below.");
+    }
+    else if (settings.shadows && !state.note.empty())
+    {
+        ImGui::TextWrapped("%s", state.note.c_str());
+    }
     return changed;
 }
 
@@ -410,12 +436,9 @@ bool EditSunTime(Host::SunSettings& sun)
     return changed;
 }
 
-bool EditSun(std::optional<Host::SunSettings>& sun, const Host::SunState& state)
+bool EditSun(std::optional<Host::SunSettings>& sun, const Host::SunState& state, bool fileHasPlace)
 {
-    Host::SunSettings usual;
-    usual.direction = Vector(0.5f, 1.0f, 0.3f);
-    usual.time = "2026-06-21T12:00Z";
-    const auto edit = [](Host::SunSettings& edited)
+    const auto edit = [fileHasPlace](Host::SunSettings& edited)
     {
         int way = edited.direction ? 0 : 1;
         bool changed = ImGui::RadioButton("Direction", &way, 0);
@@ -423,9 +446,11 @@ bool EditSun(std::optional<Host::SunSettings>& sun, const Host::SunState& state)
         changed = ImGui::RadioButton("Time and place", &way, 1) || changed;
         if (changed)
         {
-            edited.direction = way == 0 ? std::optional<Vector>(Vector(0.5f, 1.0f, 0.3f)) : std::nullopt;
-            // The file may tell none.
-            edited.place = edited.place.value_or(Host::GeoPlace{52.52f, 13.4f});
+            edited.direction = way == 0 ? UsualSun().direction : std::nullopt;
+            if (!edited.place && !fileHasPlace)
+            {
+                edited.place = Host::GeoPlace{52.52f, 13.4f};
+            }
         }
         if (edited.direction)
         {
@@ -444,7 +469,7 @@ bool EditSun(std::optional<Host::SunSettings>& sun, const Host::SunState& state)
             || changed;
     };
     // The heading has the same name; what comes behind the signs tells the two apart for clicks.
-    const bool changed = EditOptional("Sun##box", sun, usual, edit);
+    const bool changed = EditOptional("Sun##box", sun, UsualSun(), edit);
     if (sun && state.position)
     {
         ImGui::TextWrapped("Azimuth %.1f, elevation %.1f deg", state.position->azimuth, state.position->elevation);
@@ -477,7 +502,7 @@ bool EditSheet(Host::SheetSettings& sheet)
 
 } // namespace
 
-bool EditSettings(Settings& settings, const Box& box, const Host::SunState& sun)
+bool EditSettings(Settings& settings, const Box& box, const Host::SunState& sun, bool fileHasPlace)
 {
     bool changed = false;
     ImGui::PushItemWidth(ImGui::GetContentRegionAvail().x * 0.52f);
@@ -487,8 +512,8 @@ bool EditSettings(Settings& settings, const Box& box, const Host::SunState& sun)
     changed = (group("Lines", true) && EditLines(settings)) || changed;
     changed = (group("Section", true) && EditSection(settings.section, box)) || changed;
     changed = (group("Surroundings", true) && EditSurroundings(settings, box)) || changed;
-    changed = (group("Shadows", false) && EditShadows(settings)) || changed;
-    changed = (group("Sun", false) && EditSun(settings.sun, sun)) || changed;
+    changed = (group("Shadows", false) && EditShadows(settings, sun)) || changed;
+    changed = (group("Sun", false) && EditSun(settings.sun, sun, fileHasPlace)) || changed;
     changed = (group("View", false) && EditView(settings.view, box)) || changed;
     changed = (group("Picture", false) && EditPicture(settings)) || changed;
     changed = (group("Sheet", false) && EditSheet(settings.sheet)) || changed;

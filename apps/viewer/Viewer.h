@@ -47,6 +47,7 @@ public:
     Desk& GetDesk() { return m_desk; }
     Window& GetWindow() { return *m_window; }
     Panels& GetPanels() { return m_panels; }
+    Gui& GetGui() { return *m_gui; }
     Measure& GetMeasure() { return m_measure; }
     State& GetState() { return m_state; }
 

@@ -81,6 +81,21 @@ TEST_F(ViewerFiles, TheOneThatChangedIsReadAgain)
     ExpectSame(PictureAt("again.png"), PictureAt("straight.png"));
 }
 
+TEST_F(ViewerFiles, WhatAnotherModelCannotHaveIsLeftOutAlone)
+{
+    const std::string house = TestModel("IFC/AC14-FZK-Haus.ifc");
+    // The place that the house tells is none of the cube.
+    View(house, "set lines {}\nset sun {\"time\": \"2026-06-21T12:00Z\"}\nwait\nopen " + WriteCube() + "\n"
+                "expect settings \"crease\"\nexpect settings \"sun\": null\n"
+                "expect message sun.place is missing");
+    WriteWholeFile(folder.Path("settings.json"),
+                   "{\"version\": 1, \"lines\": {}, \"surroundings\": \"gone.png\", \"sheet\": {\"watermark\": \"lost.png\"},"
+                   " \"sun\": {\"direction\": [1, 1, 0]}, \"sky\": true}");
+    View(WriteCube(), "expect settings \"crease\"\nexpect settings \"sky\": true\nexpect settings \"direction\"\n"
+                      "expect settings \"watermark\": \"\"\nexpect settings \"surroundings\": \"\"\nexpect message is left out",
+         {"--forget", "--settings", folder.Path("settings.json")});
+}
+
 TEST_F(ViewerFiles, OneGoesAgainAndABrokenOneLeavesTheOthers)
 {
     WriteWholeFile(folder.Path("broken.gltf"), "{");

@@ -41,7 +41,9 @@ TEST_F(ViewerPanel, SunTimePlaceAndShadowsAreSet)
                               "click 850,663\nwait\nclick 850,637\nwait\n"
                               "expect settings \"shadows\": null\nclick 728,663\nwait\n"
                               "expect settings \"soft\": false\n"
-                              "expect settings \"sun\": null\nclick 728,819\nwait\n"
+                              // A sun comes with them, leaves with them, and comes by itself.
+                              "expect settings \"direction\": [0.5, 1.0, 0.3]\nclick 728,663\nwait\n"
+                              "expect settings \"sun\": null\nclick 728,715\nwait\nclick 728,663\nwait\n"
                               "expect settings \"direction\": [0.5, 1.0, 0.3]\npicture FOLDER/direction.png\n"
                               "click 845,845\nwait\nexpect settings \"latitude\": 52.52\n"
                               "double-click 790,871\nkey ctrl+a\ntype 2026-12-21T10:00Z\nkey enter\nwait\n"
@@ -72,6 +74,23 @@ TEST_F(ViewerPanel, ATapIsAClickHoweverLongAFrameTakes)
     // From a panel to the model, and back.
     View(WritePair(), kWide + "view front\nwait\nmove 850,300\nwait\ntap 340,350\nexpect selection left\n"
                               "tap 860,650\nexpect selection left");
+}
+
+TEST_F(ViewerPanel, EscapeLeavesAMenuOrAFieldBeforeTheSelection)
+{
+    View(WritePair(), kWide + "select left\nmove 118,11\nwait\nscreenshot FOLDER/before.png\nclick 118,11\nwait\n"
+                              "screenshot FOLDER/open.png\nkey escape\nwait\nscreenshot FOLDER/after.png\n"
+                              "expect selection left\nclick 120,39\nkey escape\nwait\nexpect selection left\n"
+                              "key escape\nwait\nscreenshot FOLDER/none.png");
+    ExpectDifferent(PictureAt("before.png"), PictureAt("open.png"));
+    ExpectSame(PictureAt("before.png"), PictureAt("after.png"));
+    ExpectDifferent(PictureAt("after.png"), PictureAt("none.png"));
+}
+
+TEST_F(ViewerPanel, TheSunGoesByThePlaceOfTheFile)
+{
+    View(TestModel("IFC/AC14-FZK-Haus.ifc"), kHigh + "click 850,663\nwait\nclick 728,689\nwait\nclick 845,715\nwait\n"
+                                                     "expect settings \"direction\": null\nexpect settings \"place\": null");
 }
 
 TEST_F(ViewerPanel, KeysThatComeAtOnceAreTakenInTheirOrder)
