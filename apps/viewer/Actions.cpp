@@ -74,6 +74,14 @@ void ToggleOcclusion(Viewer& viewer)
     Set(viewer, [](Host::PresentationSettings& settings) { settings.occlusion = !settings.occlusion; });
 }
 
+void TurnMeasure(Viewer& viewer, Measure::Kind kind)
+{
+    Measure& measure = viewer.GetMeasure();
+    measure.Turn(kind);
+    const std::string name = measure.GetKind() == Measure::Kind::Angle ? "Angle: " : "Distance: ";
+    viewer.GetDesk().Tell(measure.IsOn() ? name + measure.Text() : std::string());
+}
+
 void Escape(Viewer& viewer)
 {
     // A field is left by the key itself.
@@ -83,7 +91,7 @@ void Escape(Viewer& viewer)
     }
     if (viewer.GetMeasure().IsOn())
     {
-        viewer.GetMeasure().Turn(Measure::Kind::Off);
+        TurnMeasure(viewer, Measure::Kind::Off);
         return;
     }
     if (viewer.GetDesk().IsOpening())
@@ -137,8 +145,8 @@ const std::vector<Action>& ListActions()
         {"Walk", "s", "Back", [](Viewer& viewer) { viewer.GetDesk().Walk(-WalkStep); }},
         {"Walk", "a", "Turn the head left", [](Viewer& viewer) { LookAround(viewer, -KeyTurn); }},
         {"Walk", "d", "Turn the head right", [](Viewer& viewer) { LookAround(viewer, KeyTurn); }},
-        {"Tools", "m", "Measure a distance", [](Viewer& viewer) { viewer.GetMeasure().Turn(Measure::Kind::Distance); }},
-        {"Tools", "shift+m", "Measure an angle", [](Viewer& viewer) { viewer.GetMeasure().Turn(Measure::Kind::Angle); }},
+        {"Tools", "m", "Measure a distance", [](Viewer& viewer) { TurnMeasure(viewer, Measure::Kind::Distance); }},
+        {"Tools", "shift+m", "Measure an angle", [](Viewer& viewer) { TurnMeasure(viewer, Measure::Kind::Angle); }},
         {"Tools", "delete", "Take the last measure away", [](Viewer& viewer) { viewer.GetDesk().RemoveLastDimension(); }},
         {"Tools", "shift+delete", "Take measures and names away", [](Viewer& viewer) { viewer.GetDesk().ClearNotes(); }},
         {"Tools", "escape", "Leave a tool, a panel or the selection", Escape},

@@ -7,6 +7,7 @@
 #include "orvane/scene/MeshNode.h"
 
 #include <glm/geometric.hpp>
+#include <glm/gtc/constants.hpp>
 
 #include <algorithm>
 #include <array>
@@ -22,6 +23,8 @@ namespace
 
 /// Points that a pointer may be away from what it snaps to.
 constexpr double SnapReach = 8.0;
+/// In which what is near a place is looked for.
+constexpr int Directions = 8;
 /// Cosine between faces that lie in one plane: no one sees an edge between them.
 constexpr double FlatCosine = 0.9999;
 
@@ -99,6 +102,36 @@ std::vector<Edge> EdgesOf(const std::vector<Triangle>& triangles)
     return seen;
 }
 
+/// Takes a corner that is nearer to a pixel than what was found, else such an edge.
+/// @param place on what has the edges, where it is seen at that pixel or near it.
+void SnapTo(const std::vector<Edge>& edges, const glm::dvec3& place, const glm::dvec2& pixel, const Navigator& view,
+            double reach, Measure::Found& found)
+{
+    // In the world, so that what lies behind in the picture is not near.
+    const double worldReach = reach * view.UnitsPerPixel(place) * 2.0;
+    const auto take = [&](const glm::dvec3& point, Measure::Snap snap)
+    {
+        if (snap < found.snap || glm::distance(point, place) > worldReach)
+        {
+            return;
+        }
+        const auto there = view.PixelOf(point);
+        const double distance = there ? glm::distance(*there, pixel) : reach;
+        if (distance < (snap > found.snap ? reach : found.distance))
+        {
+            found = {point, snap, distance};
+        }
+    };
+    for (const Edge& edge : edges)
+    {
+        take(edge.from, Measure::Snap::Corner);
+        take(edge.to, Measure::Snap::Corner);
+        const glm::dvec3 along = edge.to - edge.from;
+        const double share = glm::dot(place - edge.from, along) / glm::dot(along, along);
+        take(edge.from + along * std::clamp(share, 0.0, 1.0), Measure::Snap::Edge);
+    }
+}
+
 } // namespace
 
 void Measure::Turn(Kind kind)
@@ -110,44 +143,48 @@ void Measure::Turn(Kind kind)
 glm::dvec3 Measure::Snapped(const Mesh& mesh, const Node& node, const glm::dvec3& place,
                             const Navigator& view, double reach, Snap& snap)
 {
-    snap = Snap::Face;
-    // In the world, so that what lies behind in the picture is not near.
-    const double worldReach = reach * view.UnitsPerPixel(place) * 2.0;
     const auto pixel = view.PixelOf(place);
-    glm::dvec3 found = place;
-    double nearestCorner = reach;
-    double nearestEdge = reach;
-    if (!pixel)
+    Found found{place, Snap::Face, reach};
+    if (pixel)
     {
-        return place;
+        SnapTo(EdgesOf(TrianglesOf(mesh, node)), place, *pixel, view, reach, found);
     }
-    const auto away = [&](const glm::dvec3& point)
+    snap = found.snap;
+    return found.place;
+}
+
+std::optional<Measure::Found> Measure::Find(Desk& desk, const glm::dvec2& pixel, double reach)
+{
+    std::optional<Found> found;
+    std::map<std::pair<const Mesh*, const Node*>, std::vector<Edge>> edges;
+    const auto look = [&](const glm::dvec2& at, bool isMiddle)
     {
-        const auto there = view.PixelOf(point);
-        const bool isNear = there && glm::distance(point, place) <= worldReach;
-        return isNear ? glm::distance(*there, *pixel) : reach;
-    };
-    for (const Edge& edge : EdgesOf(TrianglesOf(mesh, node)))
-    {
-        for (const glm::dvec3& corner : {edge.from, edge.to})
+        const auto hit = desk.Pick(at);
+        if (!hit)
         {
-            const double distance = away(corner);
-            if (distance < nearestCorner)
-            {
-                nearestCorner = distance;
-                found = corner;
-                snap = Snap::Corner;
-            }
+            return;
         }
-        const glm::dvec3 along = edge.to - edge.from;
-        const double share = glm::dot(place - edge.from, along) / glm::dot(along, along);
-        const glm::dvec3 foot = edge.from + along * std::clamp(share, 0.0, 1.0);
-        const double distance = away(foot);
-        if (snap != Snap::Corner && distance < nearestEdge)
+        const glm::dvec3 place(hit->position.x, hit->position.y, hit->position.z);
+        Found candidate = found.value_or(Found{place, Snap::Face, reach});
+        auto known = edges.find({hit->mesh, hit->node});
+        if (known == edges.end())
         {
-            nearestEdge = distance;
-            found = foot;
-            snap = Snap::Edge;
+            known = edges.emplace(std::make_pair(hit->mesh, hit->node), EdgesOf(TrianglesOf(*hit->mesh, *hit->node))).first;
+        }
+        SnapTo(known->second, place, pixel, desk.GetNavigator(), reach, candidate);
+        if (isMiddle || candidate.snap != Snap::Face)
+        {
+            found = candidate;
+        }
+    };
+    look(pixel, true);
+    // At the rim of a thing a hand misses it as often as not, and would get what is far behind.
+    for (const double radius : {reach / 2.0, reach})
+    {
+        for (int i = 0; i < Directions; ++i)
+        {
+            const double angle = i * 2.0 * glm::pi<double>() / Directions;
+            look(pixel + glm::dvec2(std::cos(angle), std::sin(angle)) * radius, false);
         }
     }
     return found;
@@ -155,8 +192,8 @@ glm::dvec3 Measure::Snapped(const Mesh& mesh, const Node& node, const glm::dvec3
 
 void Measure::Add(Desk& desk, const glm::dvec2& pixel, double ratio)
 {
-    const auto hit = desk.Pick(pixel);
-    if (!hit)
+    const std::optional<Found> found = Find(desk, pixel, SnapReach * ratio);
+    if (!found)
     {
         desk.Tell("There is nothing to measure at that place.");
         return;
@@ -165,15 +202,14 @@ void Measure::Add(Desk& desk, const glm::dvec2& pixel, double ratio)
     {
         m_points.clear();
     }
-    const glm::dvec3 place(hit->position.x, hit->position.y, hit->position.z);
-    m_points.push_back(Snapped(*hit->mesh, *hit->node, place, desk.GetNavigator(), SnapReach * ratio, m_snap));
+    m_points.push_back(found->place);
     m_unit = desk.GetModel()->GetUnit();
     if (IsWhole())
     {
         desk.AddDimension(Dimension());
     }
     static constexpr const char* names[] = {"on a face", "on an edge", "at a corner"};
-    desk.Tell("Point " + std::to_string(m_points.size()) + " " + names[static_cast<int>(m_snap)] + ". " + Text());
+    desk.Tell("Point " + std::to_string(m_points.size()) + " " + names[static_cast<int>(found->snap)] + ". " + Text());
 }
 
 std::string Measure::Text() const

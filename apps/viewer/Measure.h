@@ -43,6 +43,14 @@ public:
         Corner,
     };
 
+    /// A place, on what, and how many pixels it is away from the one that is measured at.
+    struct Found
+    {
+        glm::dvec3 place;
+        Snap snap = Snap::Face;
+        double distance = 0.0;
+    };
+
     /// Begins to measure, or ends it.
     void Turn(Kind kind);
     bool IsOn() const { return m_kind != Kind::Off; }
@@ -70,13 +78,16 @@ public:
                               const Navigator& view, double reach, Snap& snap);
 
 private:
+    /// The corner, else the edge that is seen near a pixel, else the place under it.
+    /// @param reach in pixels.
+    static std::optional<Found> Find(Desk& desk, const glm::dvec2& pixel, double reach);
+
     /// Of a whole measure.
     Host::Dimension Dimension() const;
     std::size_t Count() const { return m_kind == Kind::Angle ? 3 : 2; }
 
     Kind m_kind = Kind::Off;
     std::vector<glm::dvec3> m_points;
-    Snap m_snap = Snap::Face;
     std::string m_unit; ///< of the model
 };
 

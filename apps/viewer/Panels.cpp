@@ -192,15 +192,10 @@ void Panels::DrawStatus(float width, float height)
     ImGui::PushStyleVar(ImGuiStyleVar_WindowMinSize, {1.0f, 1.0f});
     BeginFixed("Status", 0.0f, height - StatusHeight, width, StatusHeight,
                ImGuiWindowFlags_NoTitleBar | ImGuiWindowFlags_NoScrollbar);
-    const Measure& measure = m_viewer.GetMeasure();
     const Desk::Message& message = m_viewer.GetDesk().GetMessage();
     if (message.isTrouble)
     {
         ImGui::TextColored({0.75f, 0.1f, 0.05f, 1.0f}, "%s", message.text.c_str());
-    }
-    else if (measure.IsOn())
-    {
-        ImGui::Text("%s: %s", measure.GetKind() == Measure::Kind::Angle ? "Angle" : "Distance", measure.Text().c_str());
     }
     else
     {

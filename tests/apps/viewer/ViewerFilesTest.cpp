@@ -90,8 +90,8 @@ TEST_F(ViewerFiles, WhatAnotherModelCannotHaveIsLeftOutAlone)
                 "expect message sun.place is missing");
     WriteWholeFile(folder.Path("settings.json"),
                    "{\"version\": 1, \"lines\": {}, \"surroundings\": \"gone.png\", \"sheet\": {\"watermark\": \"lost.png\"},"
-                   " \"sun\": {\"direction\": [1, 1, 0]}, \"sky\": true}");
-    View(WriteCube(), "expect settings \"crease\"\nexpect settings \"sky\": true\nexpect settings \"direction\"\n"
+                   " \"sun\": {\"direction\": [1, 1, 0]}, \"occlusion\": true}");
+    View(WriteCube(), "expect settings \"crease\"\nexpect settings \"occlusion\": true\nexpect settings \"direction\"\n"
                       "expect settings \"watermark\": \"\"\nexpect settings \"surroundings\": \"\"\nexpect message is left out",
          {"--forget", "--settings", folder.Path("settings.json")});
 }

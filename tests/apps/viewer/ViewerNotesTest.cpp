@@ -20,6 +20,21 @@ TEST_F(ViewerNotes, AnglesSnapToCorners)
     EXPECT_EQ(told, "Click the corner of the angle\nClick the last point\n90\u00B0\nClick the corner of the angle\n");
 }
 
+TEST_F(ViewerNotes, ACornerIsMetFromBesideTheModelToo)
+{
+    // A few pixels beside the corners, where there is nothing, and then before a wall far behind.
+    const std::string script = "set view.orthographic true\nview front\nwait\nkey m\n"
+                               "print message\nclick 10,200\nprint message\nclick 113,33\nprint message\nclick 526,33\n"
+                               "print message\nkey escape\nprint message";
+    EXPECT_EQ(View(WriteSquare(), script), "Distance: Click a point\nThere is nothing to measure at that place.\n"
+                                           "Point 1 at a corner. Click the last point\nPoint 2 at a corner. 2\n\n");
+    const std::string before = WriteObj("before.obj", "v -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nf 1 2 3 4\no wall\n"
+                                                      "v -1.1 -1.1 -9\nv 1.1 -1.1 -9\nv 1.1 1.1 -9\nv -1.1 1.1 -9\nf 5 6 7 8\n");
+    EXPECT_EQ(View(before, "set view.orthographic true\nview front\nwait\nkey m\nclick 134,52\nprint message\n"
+                           "click 506,52\nprint message"),
+              "Point 1 at a corner. Click the last point\nPoint 2 at a corner. 2\n");
+}
+
 TEST_F(ViewerNotes, MeasuresStayInPicturesOfAnySizeUntilTheyAreTakenAway)
 {
     View(WriteSquare(), "set view.orthographic true\nview front\nwait\npicture FOLDER/plain.png\npicture-of 900x700 FOLDER/large-plain.png\n"
