@@ -54,8 +54,8 @@ void DefineNodeOptions(CLI::App& app, NodeTexts& texts)
         ->option_text("PATH")->allow_extra_args(false)->group(group);
     app.add_option("--isolate", texts.isolated, "Leave out all but a node and what is below it")
         ->option_text("PATH")->group(group);
-    app.add_option("--label", texts.labels, "Write the name of a node at its middle; any number of\n"
-                                            "times")
+    app.add_option("--label", texts.labels, "Write the name of a node at its middle, without what\n"
+                                            "only programs read; any number of times")
         ->option_text("PATH")->allow_extra_args(false)->group(group);
     app.add_option("--distance", texts.distances, "Draw the distance between two places, in units of the\n"
                                                   "model, as a dimension line; any number of times")

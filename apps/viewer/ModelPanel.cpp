@@ -1,5 +1,6 @@
 #include "apps/viewer/Panels.h"
 #include "apps/viewer/Viewer.h"
+#include "orvane_host/import/NodePath.h"
 
 #include <imgui.h>
 
@@ -214,13 +215,11 @@ void Panels::DrawSelection()
     }
     else
     {
-        std::string name;
-        std::string kind;
-        ModelTree::DivideName(thing->name, name, kind);
-        ImGui::TextWrapped("%s", name.c_str());
-        if (!kind.empty())
+        const Host::NodeName called = Host::DivideName(thing->name);
+        ImGui::TextWrapped("%s", called.name.c_str());
+        if (!called.kind.empty())
         {
-            ImGui::TextDisabled("%s", kind.c_str());
+            ImGui::TextDisabled("%s", called.kind.c_str());
         }
         // A path may be longer than all else together: its beginning, and all of it under the pointer.
         ImGui::TextDisabled("%s", thing->path.c_str());

@@ -21,9 +21,6 @@ namespace
 constexpr std::size_t MostOpenRows = 40;
 constexpr std::size_t OpenLevels = 2;
 
-/// Characters of the identifiers that stand at the end of names of buildings' parts.
-constexpr std::size_t IdentifierSize = 22;
-
 bool Contains(const std::string& text, const std::string& part)
 {
     const auto same = [](char a, char b)
@@ -59,30 +56,6 @@ std::unordered_set<const Node*> DrawnNodes(const Node& root)
 }
 
 } // namespace
-
-void ModelTree::DivideName(const std::string& whole, std::string& name, std::string& kind)
-{
-    name = whole;
-    kind.clear();
-    const auto isOfIdentifier = [](unsigned char letter) { return std::isalnum(letter) || letter == '_' || letter == '$'; };
-    if (whole.compare(0, 3, "Ifc") != 0 || whole.size() < IdentifierSize + 5)
-    {
-        return;
-    }
-    const std::size_t end = whole.size() - IdentifierSize - 1;
-    const std::size_t divide = whole.find('_');
-    if (whole[end] != '_' || divide > end
-        || !std::all_of(whole.begin() + static_cast<std::ptrdiff_t>(end) + 1, whole.end(), isOfIdentifier))
-    {
-        return;
-    }
-    kind = whole.substr(3, divide - 3);
-    name = divide < end ? whole.substr(divide + 1, end - divide - 1) : std::string();
-    if (name.empty())
-    {
-        name = std::exchange(kind, {});
-    }
-}
 
 void ModelTree::Read(const Host::Presentation& model)
 {
@@ -131,7 +104,9 @@ void ModelTree::Read(const Host::Presentation& model)
         left.pop_back();
         Row row;
         row.path = paths.PathTo(*nodes[node].node);
-        DivideName(nodes[node].name, row.name, row.kind);
+        Host::NodeName called = Host::DivideName(nodes[node].name);
+        row.name = std::move(called.name);
+        row.kind = std::move(called.kind);
         row.parent = parent;
         row.level = parent == Row::None ? 0 : m_rows[parent].level + 1;
         row.isDrawn = drawn.count(nodes[node].node) != 0;

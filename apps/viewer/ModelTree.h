@@ -53,10 +53,6 @@ public:
     /// @return its row; none without one.
     std::optional<std::size_t> Reveal(const std::string& path);
 
-    /// Divides the name of a node into what it is called and what it is, where the file keeps both, and
-    /// an identifier for programs, in one.
-    static void DivideName(const std::string& whole, std::string& name, std::string& kind);
-
 private:
     std::vector<Row> m_rows;
     std::set<std::string> m_toggled; ///< paths that are open in place of closed, or closed in place of open

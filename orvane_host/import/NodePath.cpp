@@ -2,6 +2,8 @@
 
 #include "orvane/scene/Node.h"
 
+#include <algorithm>
+#include <cctype>
 #include <set>
 
 namespace OV::Host
@@ -12,6 +14,9 @@ namespace
 
 /// So many names tell what names look like.
 constexpr std::size_t MostNames = 8;
+
+/// Characters of the identifiers that stand at the end of names of buildings' parts.
+constexpr std::size_t IdentifierSize = 22;
 
 } // namespace
 
@@ -121,6 +126,25 @@ std::vector<std::string> ListNodePaths(const std::vector<ImportedNode>& nodes)
         }
     }
     return paths;
+}
+
+NodeName DivideName(const std::string& whole)
+{
+    const auto isOfIdentifier = [](unsigned char letter) { return std::isalnum(letter) || letter == '_' || letter == '$'; };
+    if (whole.compare(0, 3, "Ifc") != 0 || whole.size() < IdentifierSize + 5)
+    {
+        return {whole, {}};
+    }
+    const std::size_t end = whole.size() - IdentifierSize - 1;
+    const std::size_t divide = whole.find('_');
+    if (whole[end] != '_' || divide > end
+        || !std::all_of(whole.begin() + static_cast<std::ptrdiff_t>(end) + 1, whole.end(), isOfIdentifier))
+    {
+        return {whole, {}};
+    }
+    const std::string kind = whole.substr(3, divide - 3);
+    const std::string name = divide < end ? whole.substr(divide + 1, end - divide - 1) : std::string();
+    return name.empty() ? NodeName{kind, {}} : NodeName{name, kind};
 }
 
 std::string SomeNodeNames(const std::vector<ImportedNode>& nodes)

@@ -46,6 +46,17 @@ std::string PathOf(const std::vector<ImportedNode>& nodes, const Node& node);
 /// What PathOf gives for every node that has a name, in the order of the nodes.
 std::vector<std::string> ListNodePaths(const std::vector<ImportedNode>& nodes);
 
+/// What the name of a node says to a person.
+struct NodeName
+{
+    std::string name;
+    std::string kind; ///< such as "Wall"; empty where it isn't told
+};
+
+/// Divides the name of a node into what it is called and what it is, where the file keeps both, and an
+/// identifier for programs, in one; what has no name is called by its kind.
+NodeName DivideName(const std::string& whole);
+
 /// Some names of nodes, for a person who named none of them.
 std::string SomeNodeNames(const std::vector<ImportedNode>& nodes);
 

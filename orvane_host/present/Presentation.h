@@ -206,7 +206,7 @@ public:
 
     /// Writes a text at the middle of what is at a node and below it, which follows the node; not
     /// while all of that is hidden or cut away. A second one replaces the first.
-    /// @param text UTF-8; empty for the name of the node.
+    /// @param text UTF-8; empty for what the node is called, as DivideName tells it.
     /// @return false, with nothing changed, where there is no text either.
     bool AddLabel(const std::string& path, const std::string& text = std::string());
     bool AddLabel(const Node& node, const std::string& text = std::string());

@@ -59,7 +59,8 @@ bool Presentation::Impl::SetLabel(const Node* node, const std::string* text)
     }
     const auto imported = std::find_if(nodes.begin(), nodes.end(),
                                        [&](const ImportedNode& candidate) { return candidate.node == node; });
-    const std::string shown = text && text->empty() && imported != nodes.end() ? imported->name : text ? *text : "";
+    const bool isCalled = text && text->empty() && imported != nodes.end();
+    const std::string shown = isCalled ? DivideName(imported->name).name : text ? *text : std::string();
     if (text && shown.empty())
     {
         return false;

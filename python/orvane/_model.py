@@ -563,7 +563,8 @@ class Model:
     def label(self, node: str | Node, text: str = "") -> Model:
         """Writes a text at a node with what is below it, which follows it; not while all of that is hidden.
 
-        :param text: the name of the node if not given. A second one takes the place of the first.
+        :param text: the name of the node if not given, without what only programs read. A second one takes the
+            place of the first.
         """
         self._native.label(self._path(node), _words.word(text, "text"))
         return self

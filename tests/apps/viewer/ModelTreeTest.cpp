@@ -132,31 +132,3 @@ TEST_F(ModelTreeTest, TellsWhatHasAShape)
     EXPECT_FALSE(rows[3].isDrawn);
     EXPECT_TRUE(rows[4].isDrawn);
 }
-
-TEST_F(ModelTreeTest, NamesAreDividedWhereTheyHoldAnIdentifier)
-{
-    static constexpr struct
-    {
-        const char* whole;
-        const char* name;
-        const char* kind;
-    } cases[] = {
-        {"IfcWall_A-1_25fsbPyk15VvuXI$yNKenK", "A-1", "Wall"},
-        {"IfcWall_a_b_25fsbPyk15VvuXI_yNKenK", "a_b", "Wall"},
-        {"IfcWall__25fsbPyk15VvuXI$yNKenK", "Wall", ""},
-        {"IfcWall_25fsbPyk15VvuXI$yNKenK", "Wall", ""},
-        {"IfcWall_A-1_25fsbPyk15VvuXI$yNKen", "IfcWall_A-1_25fsbPyk15VvuXI$yNKen", ""},
-        {"IfcWall_A-1_25fsbPyk15VvuXI-yNKenK", "IfcWall_A-1_25fsbPyk15VvuXI-yNKenK", ""},
-        {"Ifc", "Ifc", ""},
-        {"wall", "wall", ""},
-        {"", "", ""},
-    };
-    for (const auto& entry : cases)
-    {
-        std::string name;
-        std::string kind;
-        ModelTree::DivideName(entry.whole, name, kind);
-        EXPECT_EQ(name, entry.name) << entry.whole;
-        EXPECT_EQ(kind, entry.kind) << entry.whole;
-    }
-}

@@ -105,3 +105,29 @@ TEST_F(NodePathTest, ANodeThatIsNotListedHasNoPath)
     scene.GetRoot()->AddChild(node, false);
     EXPECT_EQ(PathOf(nodes, *node), "");
 }
+
+TEST(NodeName, IsDividedWhereItHoldsAnIdentifier)
+{
+    static constexpr struct
+    {
+        const char* whole;
+        const char* name;
+        const char* kind;
+    } cases[] = {
+        {"IfcWall_A-1_25fsbPyk15VvuXI$yNKenK", "A-1", "Wall"},
+        {"IfcWall_a_b_25fsbPyk15VvuXI_yNKenK", "a_b", "Wall"},
+        {"IfcWall__25fsbPyk15VvuXI$yNKenK", "Wall", ""},
+        {"IfcWall_25fsbPyk15VvuXI$yNKenK", "Wall", ""},
+        {"IfcWall_A-1_25fsbPyk15VvuXI$yNKen", "IfcWall_A-1_25fsbPyk15VvuXI$yNKen", ""},
+        {"IfcWall_A-1_25fsbPyk15VvuXI-yNKenK", "IfcWall_A-1_25fsbPyk15VvuXI-yNKenK", ""},
+        {"Ifc", "Ifc", ""},
+        {"wall", "wall", ""},
+        {"", "", ""},
+    };
+    for (const auto& entry : cases)
+    {
+        const NodeName called = DivideName(entry.whole);
+        EXPECT_EQ(called.name, entry.name) << entry.whole;
+        EXPECT_EQ(called.kind, entry.kind) << entry.whole;
+    }
+}

@@ -82,6 +82,14 @@ TEST_F(PresentationNotes, AreDrawnAndTakenBack)
     ExpectSame(Draw(*presentation), without, "all taken back");
 }
 
+TEST_F(PresentationNotes, ALabelLeavesOutWhatOnlyProgramsRead)
+{
+    presentation->AddName(*presentation->FindNode("left"), "IfcWall_A-1_25fsbPyk15VvuXI$yNKenK");
+    ASSERT_TRUE(presentation->AddLabel("IfcWall_A-1_25fsbPyk15VvuXI$yNKenK"));
+    Draw(*presentation);
+    EXPECT_EQ(Words(), WordList{"A-1"});
+}
+
 TEST_F(PresentationNotes, WrongDimensionsAreRefusedAndChangeNothing)
 {
     const Host::Dimension good{{{0, 0, 0}, {1, 0, 0}}};
