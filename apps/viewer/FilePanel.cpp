@@ -10,6 +10,7 @@
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <filesystem>
 #include <iterator>
@@ -245,7 +246,10 @@ void FilePanel::DrawEntries(const std::vector<std::size_t>& shown)
     }
     if (shown.empty() && m_trouble.empty())
     {
-        ImGui::TextDisabled(m_typed[0] == '\0' ? "There is no model here." : "No model here has that in its name.");
+        const bool isPath = std::strchr(m_typed, '/') != nullptr;
+        ImGui::TextDisabled(m_typed[0] == '\0' ? "There is no model here."
+                                : isPath       ? "Enter goes to that path."
+                                               : "No model here has that in its name.");
     }
     ImGui::EndChild();
     if (taken)

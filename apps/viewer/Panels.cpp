@@ -26,6 +26,8 @@ constexpr float RightWidth = 290.0f;
 constexpr float StatusHeight = 26.0f;
 /// Below so much room for the picture the sides give way, that of the model first.
 constexpr float LeastPicture = 360.0f;
+/// With two columns.
+constexpr float HelpWidth = 960.0f;
 
 constexpr ImGuiWindowFlags FixedWindow = ImGuiWindowFlags_NoMove | ImGuiWindowFlags_NoResize
     | ImGuiWindowFlags_NoCollapse | ImGuiWindowFlags_NoSavedSettings | ImGuiWindowFlags_NoBringToFrontOnFocus;
@@ -201,6 +203,15 @@ void Panels::DrawStatus(float width, float height)
     {
         ImGui::TextUnformatted(message.text.c_str());
     }
+    // What helps stands at the end, which a small window has no room for.
+    if (ImGui::GetItemRectSize().x > width - 16.0f && ImGui::IsItemHovered())
+    {
+        ImGui::BeginTooltip();
+        ImGui::PushTextWrapPos(0.9f * width);
+        ImGui::TextUnformatted(message.text.c_str());
+        ImGui::PopTextWrapPos();
+        ImGui::EndTooltip();
+    }
     static constexpr const char* hint = "? lists the keys";
     const float begin = width - ImGui::CalcTextSize(hint).x - 8.0f;
     ImGui::SameLine();
@@ -244,7 +255,7 @@ void Panels::DrawHelp()
         std::vector<Line> all = {
             {"Pointer", nullptr},
             {"Drag", "Turn about what is under the pointer"},
-            {"Shift or middle drag", "Move"},
+            {"Shift drag", "Move; so do the middle and the right button"},
             {"Wheel", "Come nearer to the pointer; with Shift, move"},
             {"Two fingers", "Up and down as a wheel; to the side, move"},
             {"Click", "Select; with Shift another one too"},
@@ -257,6 +268,10 @@ void Panels::DrawHelp()
         {
             if (std::strcmp(group, action.group) != 0)
             {
+                if (std::strcmp(group, "Walk") == 0)
+                {
+                    all.push_back({"H on a door", "Hide it, and it lets you through"});
+                }
                 group = action.group;
                 all.push_back({group, nullptr});
             }
@@ -264,12 +279,14 @@ void Panels::DrawHelp()
         }
         return all;
     }();
-    const std::size_t half = (lines.size() + 1) / 2;
+    // A second column that is cut off helps nobody.
+    const bool hasTwo = ImGui::GetIO().DisplaySize.x >= HelpWidth;
+    const std::size_t half = hasTwo ? (lines.size() + 1) / 2 : lines.size();
     const float lineHeight = ImGui::GetTextLineHeightWithSpacing();
-    PlaceInMiddle(960.0f, static_cast<float>(half + 3) * lineHeight);
+    PlaceInMiddle(hasTwo ? HelpWidth : HelpWidth / 2.0f + 20.0f, static_cast<float>(half + 3) * lineHeight);
     if (ImGui::Begin("Keys", &m_isHelpOpen, ImGuiWindowFlags_NoResize | ImGuiWindowFlags_NoCollapse))
     {
-        ImGui::Columns(2, "keys", false);
+        ImGui::Columns(hasTwo ? 2 : 1, "keys", false);
         for (std::size_t i = 0; i < lines.size(); ++i)
         {
             if (i == half)

@@ -66,6 +66,7 @@ private:
     FilePanel m_file;
     bool m_isPictureTransparent = false;
     bool m_isPictureOpen = false;
+    bool m_isPictureNew = false;
     std::string m_pictureOf; ///< the model that the name was proposed for
     char m_pictureName[512] = "picture.png";
     int m_pictureSize[2] = {1920, 1080};

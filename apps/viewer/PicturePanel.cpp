@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <utility>
 
 namespace OV::ViewerApp
 {
@@ -19,6 +20,7 @@ namespace fs = std::filesystem;
 void Panels::AskForPicture()
 {
     m_isPictureOpen = m_viewer.GetDesk().GetModel() != nullptr;
+    m_isPictureNew = m_isPictureOpen;
     const std::string model = m_viewer.GetDesk().GetPath();
     if (m_isPictureOpen && m_pictureOf != model)
     {
@@ -38,13 +40,18 @@ void Panels::DrawPicturePanel()
     PlaceInMiddle(520.0f, 0.0f);
     if (ImGui::Begin("Save a picture", &m_isPictureOpen, ImGuiWindowFlags_NoResize | ImGuiWindowFlags_NoCollapse))
     {
-        ImGui::InputText("PNG or JPEG", m_pictureName, sizeof(m_pictureName));
+        if (std::exchange(m_isPictureNew, false))
+        {
+            ImGui::SetKeyboardFocusHere();
+        }
+        const bool isEntered = ImGui::InputText("PNG or JPEG", m_pictureName, sizeof(m_pictureName),
+                                                ImGuiInputTextFlags_EnterReturnsTrue);
         ImGui::InputInt2("Pixels", m_pictureSize);
         ImGui::Checkbox("Without background", &m_isPictureTransparent);
         std::error_code ignored;
         // A file that is there is replaced by nobody who doesn't know.
         const bool isThere = fs::exists(m_pictureName, ignored);
-        if (ImGui::Button(isThere ? "Replace###Save" : "Save###Save"))
+        if (ImGui::Button(isThere ? "Replace###Save" : "Save###Save") || (isEntered && !isThere))
         {
             m_isPictureOpen = false;
             m_viewer.TakePicture(m_pictureName, m_pictureSize[0], m_pictureSize[1], m_isPictureTransparent);

@@ -178,6 +178,49 @@ TEST_F(ViewerPanel, ASavedPictureReplacesNoneInSilence)
     EXPECT_GT(different, 200);
 }
 
+TEST_F(ViewerPanel, APictureIsSavedByKeysUnlessItReplacesOne)
+{
+    const std::string name = folder.Path("kept.png");
+    const std::string save = "key ctrl+s\nwait\nkey ctrl+a\ntype " + name + "\nkey enter\nwait\n";
+    View(WriteCube(), save + "expect message Saved\n" + "look monotone\n" + "key f\nwait\nkey m\nexpect message Distance\n"
+                          + save + "expect message Distance");
+    EXPECT_EQ(PictureAt("kept.png").GetWidth(), 1920);
+}
+
+TEST_F(ViewerPanel, HelpHasRoomForWhatItSaysInSmallWindows)
+{
+    View(WriteCube(), "key ?\nwait\nscreenshot FOLDER/small.png\nresize 1000x700\nwait\nscreenshot FOLDER/large.png");
+    // The colour of the keys, at the left of each column.
+    const auto keysFrom = [](const Picture& picture, int begin)
+    {
+        int found = 0;
+        for (int y = 0; y < picture.GetHeight(); ++y)
+        {
+            for (int x = begin; x < picture.GetWidth(); ++x)
+            {
+                const Pixel pixel = picture.At(x, y);
+                found += pixel.r > 180 && pixel.r < 200 && pixel.g > 80 && pixel.g < 100 && pixel.b < 25 ? 1 : 0;
+            }
+        }
+        return found;
+    };
+    const Picture small = PictureAt("small.png");
+    EXPECT_GT(keysFrom(small, 0), 200);
+    EXPECT_EQ(keysFrom(small, small.GetWidth() / 2), 0);
+    const Picture large = PictureAt("large.png");
+    EXPECT_GT(keysFrom(large, large.GetWidth() / 2), 200);
+}
+
+TEST_F(ViewerPanel, ALongWordIsReadWholeUnderThePointer)
+{
+    const std::string name(100, 'a');
+    View(WriteCube(), "open FOLDER/" + name + ".obj\nmove 300,200\nwait\nscreenshot FOLDER/away.png\nmove 100,468\nwait\n"
+                      "screenshot FOLDER/whole.png\nkey m\nmove 300,200\nwait\nscreenshot FOLDER/short-away.png\n"
+                      "move 100,468\nwait\nscreenshot FOLDER/short.png");
+    ExpectDifferent(PictureAt("away.png"), PictureAt("whole.png"));
+    ExpectSame(PictureAt("short-away.png"), PictureAt("short.png"));
+}
+
 TEST_F(ViewerPanel, WhatIsSelectedInThePictureComesIntoSightInTheTree)
 {
     // So deep, and so many beside it, that its row is neither open nor in the first screen.
