@@ -372,4 +372,18 @@ bool GiveNormalsToSharedCorners(aiScene& scene, float maxAngle)
     return isAnyChanged;
 }
 
+void LeaveOutEmptyNormals(aiScene& scene)
+{
+    const auto isEmpty = [](const aiVector3D& normal) { return !(normal.SquareLength() > 0.0f); };
+    for (unsigned int i = 0; i < scene.mNumMeshes; ++i)
+    {
+        aiMesh& mesh = *scene.mMeshes[i];
+        if (mesh.mNormals && !mesh.mTangents && std::all_of(mesh.mNormals, mesh.mNormals + mesh.mNumVertices, isEmpty))
+        {
+            delete[] mesh.mNormals;
+            mesh.mNormals = nullptr;
+        }
+    }
+}
+
 } // namespace OV::Host

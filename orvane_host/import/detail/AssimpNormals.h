@@ -17,4 +17,8 @@ namespace OV::Host
 /// @return whether there was any such mesh.
 bool GiveNormalsToSharedCorners(aiScene& scene, float maxAngle);
 
+/// Leaves out the normals of meshes all of which have no length, as some programs write them into STL
+/// files, so that they are made like those that are missing.
+void LeaveOutEmptyNormals(aiScene& scene);
+
 } // namespace OV::Host

@@ -331,6 +331,7 @@ ReadOutcome ReadWithAssimp(const ModelSource& source, const ImportOptions& optio
         importer->SetPropertyInteger(AI_CONFIG_PP_RVC_FLAGS, static_cast<int>(kUnwanted | aiComponent_NORMALS));
     }
     // The scene is the importer's own, which leaves it open to changes between steps.
+    LeaveOutEmptyNormals(const_cast<aiScene&>(*scene));
     Complete(const_cast<aiScene&>(*scene), model.format);
     const ReachChange change =
         options.bringsWithinReach ? BringWithinReach(const_cast<aiScene&>(*scene)) : ReachChange();

@@ -148,6 +148,25 @@ TEST_F(ModelImporterTest, NormalsAreSmoothBelowTheSmoothingAngle)
     EXPECT_EQ(OnlyMesh(ImportAs("bent.obj", BentObj(40), options)).GetPositionBuffer().size(), 4u);
 }
 
+TEST_F(ModelImporterTest, NormalsOfNoLengthAreMadeLikeMissingOnes)
+{
+    const auto bent = [](const std::string& second)
+    {
+        return "solid bent\nfacet normal 0 0 0\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\nendfacet\n"
+               "facet normal " + second + "\nouter loop\nvertex 0 0 0\nvertex 0 0 1\nvertex 1 0 0\nendloop\nendfacet\n"
+               "endsolid bent\n";
+    };
+    const ImportResult result = ImportAs("bent.stl", bent("0 0 0"));
+    const Mesh& mesh = OnlyMesh(result);
+    ASSERT_EQ(mesh.GetNormalBuffer().size(), 6u);
+    for (const Vector& normal : mesh.GetNormalBuffer())
+    {
+        EXPECT_NEAR(std::max(normal.y, normal.z), 1.0f, 1e-6f);
+    }
+    // One that has a length is one that somebody meant.
+    EXPECT_NEAR(OnlyMesh(ImportAs("meant.stl", bent("1 0 0"))).GetNormalBuffer().back().x, 1.0f, 1e-6f);
+}
+
 TEST_F(ModelImporterTest, CornersThatShareAVertexGetFlatNormalsToo)
 {
     TinyGltf gltf;
