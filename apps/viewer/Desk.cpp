@@ -3,6 +3,8 @@
 #include "apps/viewer/Walker.h"
 #include "orvane/scene/Scene.h"
 
+#include <glm/geometric.hpp>
+
 #include <algorithm>
 #include <cmath>
 #include <iterator>
@@ -18,6 +20,8 @@ namespace
 constexpr double RestSeconds = 0.2;
 /// Seconds of a frame above which stages step back while something moves.
 constexpr double SlowFrame = 1.0 / 30.0;
+/// Across a model, for a person of full size to walk in it.
+constexpr double LeastWalkedMetres = 2.0;
 /// Seconds that something moves on at once.
 constexpr double LongestStep = 0.05;
 
@@ -345,7 +349,14 @@ bool Desk::Walk(double forward)
     {
         return false;
     }
-    const double metre = report->metresPerUnit > 0.0 ? 1.0 / report->metresPerUnit : 1.0;
+    const glm::dvec3 size = ToGlm(report->boxMax) - ToGlm(report->boxMin);
+    // In what is smaller than a person, one as small goes about: a step would lead out of a screw.
+    const double metre = std::min(report->metresPerUnit > 0.0 ? 1.0 / report->metresPerUnit : 1.0,
+                                  glm::length(size) / LeastWalkedMetres);
+    if (!(metre > 0.0))
+    {
+        return false;
+    }
     std::vector<Walker::Cut> cuts;
     for (const Host::ClipPlane& plane : m_settings.section.planes)
     {

@@ -372,7 +372,7 @@ bool EditShadows(Settings& settings, const Host::SunState& state)
                                 [](Host::ShadowSettings& shadows)
                                 {
                                     bool edited = ImGui::Checkbox("Soft rims", &shadows.soft);
-                                    edited = EditSlider("Width of the sun", shadows.sunWidth, 0.1f, 10.0f, "%.2f deg") || edited;
+                                    edited = EditSlider("Width of sun", shadows.sunWidth, 0.1f, 10.0f, "%.2f deg") || edited;
                                     edited = EditSlider("Darkness", shadows.darkness, 0.0f, 1.0f) || edited;
                                     return ImGui::Checkbox("Of what is cut away too", &shadows.clippedCasts) || edited;
                                 });

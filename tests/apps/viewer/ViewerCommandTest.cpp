@@ -60,6 +60,12 @@ TEST_F(ViewerCommand, GoesToTheClipboard)
     EXPECT_EQ(told.substr(0, line), told.substr(line + 1, line));
 }
 
+TEST_F(ViewerCommand, IsNotCopiedWithoutAModel)
+{
+    const std::string told = View("", "key ctrl+c\nprint clipboard\nexpect message There is no model");
+    EXPECT_EQ(told, "\n");
+}
+
 TEST_F(ViewerCommand, LeavesTheSelectionOut)
 {
     ExpectCommandDraws(WriteCube(), "click 320,240\nexpect selection cube");

@@ -104,6 +104,17 @@ TEST_F(ViewerMove, WalksOnWhatIsUnderfoot)
     EXPECT_NEAR(heightAfter("key w\nkey w\nkey s\n"), 1.6, 1e-4);
 }
 
+TEST_F(ViewerMove, WhoWalksInASmallModelIsAsSmall)
+{
+    // A person is half as large as what is 0.018 each way: a metre is half of 0.018 times the root of 2.
+    const std::string part = WriteObj("part.obj", "v -0.009 0 -0.009\nv 0.009 0 -0.009\nv 0.009 0 0.009\nv -0.009 0 0.009\nf 4 3 2 1\n");
+    const std::string told = View(part, "set view.eye [-0.005, 0.03, 0]\nset view.target [0.01, 0.03, 0]\nkey w\nwait\nprint settings");
+    const std::size_t begin = told.find('[', told.find("\"eye\""));
+    const double metre = 0.009 * std::sqrt(2.0);
+    EXPECT_NEAR(std::stod(told.substr(begin + 1)), -0.005 + 0.5 * metre, 1e-6);
+    EXPECT_NEAR(std::stod(told.substr(told.find(',', begin) + 1)), 1.6 * metre, 1e-6);
+}
+
 TEST_F(ViewerMove, WallsStopAPersonWhoWalks)
 {
     // A floor, and a wall across the way two metres ahead.
