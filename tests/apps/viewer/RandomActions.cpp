@@ -137,7 +137,9 @@ std::string Action(Words& dice, const std::string& folder)
     case 19: return "scroll " + dice.Point() + " " + dice.Steps();
     case 20:
         return std::string(dice.One({"swipe ", "shift-swipe ", "ctrl-swipe "})) + dice.Point() + " " + dice.Steps() + "," + dice.Steps();
-    case 21: return std::string("type ") + dice.One({"left", "7", "\u00B0", "x/y", "?", "two.obj"});
+    case 21:
+        return (dice.Below(3) != 0 ? "type " : "hammer " + dice.Key() + " ")
+            + dice.One({"left", "7", "\u00B0", "x/y", "?", "two.obj"});
     case 22: return dice.Below(3) != 0 ? "resize " + dice.Size() : "resize-often " + std::to_string(1 + dice.Below(12));
     case 23: return std::string("scale ") + dice.One({"0.5", "1", "1.25", "2", "9"});
     case 24: return dice.One({"minimise", "restore", "restore", "restore"});
