@@ -31,6 +31,8 @@ constexpr float PanelHeight = 480.0f;
 constexpr float SizeWidth = 80.0f;
 constexpr float DateWidth = 130.0f;
 
+constexpr const char* NoSuchFile = "There is no such file.";
+
 std::string Lower(std::string text)
 {
     std::transform(text.begin(), text.end(), text.begin(),
@@ -102,7 +104,9 @@ void FilePanel::Ask(const std::string& folder, bool beside)
 
 void FilePanel::Enter(const std::string& folder)
 {
-    m_folder = folder;
+    // A typed path may end in a slash, which would be all that going up takes off.
+    const fs::path path = fs::path(folder).lexically_normal();
+    m_folder = (path.has_filename() ? path : path.parent_path()).string();
     m_typed[0] = '\0';
     m_choice = 0;
     m_isChoiceMoved = true;
@@ -160,7 +164,9 @@ std::string FilePanel::Draw()
                      ImGuiWindowFlags_NoResize | ImGuiWindowFlags_NoCollapse))
     {
         DrawPlaces();
-        if (std::exchange(m_isNew, false))
+        // The keys go to what is typed after a click on a button or a file too, so that Enter opens it.
+        const bool isIdle = ImGui::IsWindowFocused(ImGuiFocusedFlags_ChildWindows) && !ImGui::IsAnyItemActive();
+        if (std::exchange(m_isNew, false) || isIdle)
         {
             ImGui::SetKeyboardFocusHere();
         }
@@ -168,6 +174,10 @@ std::string FilePanel::Draw()
         const bool isEntered = ImGui::InputTextWithHint("##typed", "Part of a name, or a path", m_typed, sizeof(m_typed),
                                                         ImGuiInputTextFlags_EnterReturnsTrue);
         ImGui::PopItemWidth();
+        if (ImGui::IsItemEdited() && m_trouble == NoSuchFile)
+        {
+            m_trouble.clear();
+        }
         const std::vector<std::size_t> shown = Shown();
         m_choice = std::min(m_choice, shown.empty() ? 0 : shown.size() - 1);
         DrawEntries(shown);
@@ -287,7 +297,7 @@ void FilePanel::TakeTyped(const std::vector<std::size_t>& shown)
     m_isNew = true;
     if (!typed.empty() && fs::is_directory(path, ignored))
     {
-        Enter(path.lexically_normal().string());
+        Enter(path.string());
     }
     else if (!typed.empty() && fs::exists(path, ignored))
     {
@@ -299,7 +309,7 @@ void FilePanel::TakeTyped(const std::vector<std::size_t>& shown)
     }
     else
     {
-        m_trouble = "There is no such file.";
+        m_trouble = NoSuchFile;
     }
 }
 

@@ -137,6 +137,26 @@ TEST_F(ViewerPanel, TheFilePanelOpensAModelOfTheFolder)
     // Below cube.obj comes pair.obj; others than models are not listed. A click alone opens nothing.
     View(cube, "key ctrl+o\nwait\nclick 100,116\nwait\nexpect model cube.obj\nclick 30,460\nwait\nexpect model pair.obj");
     View(cube, "key ctrl+o\nwait\ndouble-click 100,116\nwait\nexpect model pair.obj");
+    // What was clicked is opened by Enter too.
+    View(cube, "key ctrl+o\nwait\nclick 100,116\nwait\nkey enter\nwait\nexpect model pair.obj");
+}
+
+TEST_F(ViewerPanel, TheFilePanelGoesUpFromAPathThatWasTyped)
+{
+    WritePair();
+    std::filesystem::create_directory(folder.Path("deeper"));
+    // What is typed after the click is looked for in the folder above.
+    View(WriteCube(), "key ctrl+o\nwait\ntype " + folder.Path("deeper/") + "\nkey enter\nwait\nclick 75,39\nwait\n"
+                      "type AIR\nwait\nkey enter\nwait\nexpect model pair.obj");
+}
+
+TEST_F(ViewerPanel, TheFilePanelTellsOfNoFileUntilAnotherIsTyped)
+{
+    View(WriteCube(), "key ctrl+o\nwait\ntype cub\nwait\nscreenshot FOLDER/plain.png\nkey ctrl+a\ntype nothing\n"
+                      "key enter\nwait\nkey ctrl+a\nwait\nscreenshot FOLDER/told.png\ntype cub\nwait\n"
+                      "screenshot FOLDER/again.png");
+    ExpectDifferent(PictureAt("plain.png"), PictureAt("told.png"));
+    ExpectSame(PictureAt("plain.png"), PictureAt("again.png"));
 }
 
 TEST_F(ViewerPanel, TheFilePanelIsUsedByKeys)
