@@ -32,7 +32,7 @@ public:
         std::size_t triangles = 0;
         Vector size; ///< along the axes of the world
 
-        /// A line each: material, size and triangles.
+        /// A line each: material, size and triangles, if any.
         /// @param unit behind the size, such as "m"; may be empty.
         std::string Text(const std::string& unit) const;
     };

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <utility>
 
 namespace OV::ViewerApp
@@ -29,6 +30,23 @@ long long StampOf(const std::string& path)
 std::string FileNameOf(const std::string& path)
 {
     return path.substr(path.find_last_of('/') + 1);
+}
+
+/// What a file is made of, as a person counts it: lines or points where there is no triangle.
+std::string ContentText(const Host::ImportReport& report)
+{
+    const auto count = [](std::uint64_t number, const char* word)
+    { return std::to_string(number) + " " + word + (number == 1 ? "" : "s"); };
+    if (report.drawnTriangles > 0 || (report.lines == 0 && report.points == 0))
+    {
+        return count(report.drawnTriangles, "triangle");
+    }
+    const std::string points = count(report.points, "point");
+    if (report.lines == 0)
+    {
+        return points;
+    }
+    return count(report.lines, "line") + (report.points > 0 ? ", " + points : std::string());
 }
 
 } // namespace
@@ -144,13 +162,12 @@ void Desk::TakeModel(Host::ImportResult result)
     else
     {
         const std::vector<std::string> warnings = result.report.warnings;
-        const std::uint64_t triangles = result.report.drawnTriangles;
+        const std::string content = ContentText(result.report);
         if (PutModel(std::move(result)))
         {
             words = "Read again: " + words;
         }
-        words += ", " + std::to_string(triangles) + (triangles == 1 ? " triangle" : " triangles");
-        Tell(words + (warnings.empty() ? std::string() : "; " + warnings.front()));
+        Tell(words + ", " + content + (warnings.empty() ? std::string() : "; " + warnings.front()));
     }
     // What comes after a file that can't be read doesn't hide that.
     if (!m_openingTrouble.empty())

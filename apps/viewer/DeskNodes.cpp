@@ -127,8 +127,11 @@ std::string Desk::Thing::Text(const std::string& unit) const
 {
     std::ostringstream text;
     text << std::setprecision(4) << "Material: " << (material.empty() ? "none" : material) << "\nSize: " << size.x
-         << " x " << size.y << " x " << size.z << (unit.empty() ? "" : " ") << unit << '\n'
-         << triangles << (triangles == 1 ? " triangle" : " triangles");
+         << " x " << size.y << " x " << size.z << (unit.empty() ? "" : " ") << unit;
+    if (triangles > 0)
+    {
+        text << '\n' << triangles << (triangles == 1 ? " triangle" : " triangles");
+    }
     return text.str();
 }
 

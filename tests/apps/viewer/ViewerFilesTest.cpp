@@ -81,6 +81,17 @@ TEST_F(ViewerFiles, TheOneThatChangedIsReadAgain)
     ExpectSame(PictureAt("again.png"), PictureAt("straight.png"));
 }
 
+TEST_F(ViewerFiles, LinesAndPointsAreCountedWhereThereIsNoTriangle)
+{
+    const std::string corners = "v 0 0 0\nv 1 0 0\nv 1 1 0\n";
+    View("", "open " + WriteObj("lines.obj", corners + "l 1 2 3\n") + "\nexpect message lines.obj, 2 lines\nopen "
+                 + WriteObj("points.obj", corners + "p 1 2 3\n") + "\nexpect message points.obj, 3 points\nopen "
+                 + WriteObj("all.obj", corners + "f 1 2 3\nl 1 2 3\np 1\n") + "\nexpect message all.obj, 1 triangle\n");
+    const std::string told = View(folder.Path("lines.obj"), "select lines.obj\nprint thing");
+    EXPECT_NE(told.find("Size: 1 x 1 x 0\n"), std::string::npos) << told;
+    EXPECT_EQ(told.find("triangle"), std::string::npos) << told;
+}
+
 TEST_F(ViewerFiles, WhatAnotherModelCannotHaveIsLeftOutAlone)
 {
     const std::string house = TestModel("IFC/AC14-FZK-Haus.ifc");
