@@ -82,6 +82,33 @@ void TurnMeasure(Viewer& viewer, Measure::Kind kind)
     viewer.GetDesk().Tell(measure.IsOn() ? name + measure.Text() : std::string());
 }
 
+const char* LackOfModel(Viewer& viewer)
+{
+    return viewer.GetDesk().GetModel() ? nullptr : "There is no model; Ctrl+O opens one.";
+}
+
+const char* LackOfSelection(Viewer& viewer)
+{
+    return viewer.GetDesk().GetSelection().empty() ? "Nothing is selected; click something first." : nullptr;
+}
+
+const char* LackOfEdited(Viewer& viewer)
+{
+    return viewer.GetDesk().GetSettings().editPath.empty() ? LackOfSelection(viewer) : nullptr;
+}
+
+const char* LackOfMeasure(Viewer& viewer)
+{
+    const Host::Presentation* const model = viewer.GetDesk().GetModel();
+    return model && !model->GetDimensions().empty() ? nullptr : "There is no measure to take away.";
+}
+
+const char* LackOfNote(Viewer& viewer)
+{
+    const char* const lack = LackOfMeasure(viewer);
+    return lack && viewer.GetDesk().GetLabels().empty() ? "There is no measure and no name to take away." : nullptr;
+}
+
 void Escape(Viewer& viewer)
 {
     // A field is left by the key itself.
@@ -110,12 +137,13 @@ const std::vector<Action>& ListActions()
     static const std::vector<Action> actions = {
         {"File", "ctrl+o", "Open...", [](Viewer& viewer) { viewer.GetPanels().AskForFile(); }},
         {"File", "shift+ctrl+o", "Open beside what is there...", [](Viewer& viewer) { viewer.GetPanels().AskForFile(true); }},
-        {"File", "ctrl+r", "Read the files again", [](Viewer& viewer) { viewer.GetDesk().OpenAgain(); }},
-        {"File", "ctrl+s", "Save a picture...", [](Viewer& viewer) { viewer.GetPanels().AskForPicture(); }},
-        {"File", "ctrl+c", "Copy as a command", [](Viewer& viewer) { viewer.CopyCommand(); }},
+        {"File", "ctrl+r", "Read the files again", [](Viewer& viewer) { viewer.GetDesk().OpenAgain(); }, LackOfModel},
+        {"File", "ctrl+s", "Save a picture...", [](Viewer& viewer) { viewer.GetPanels().AskForPicture(); }, LackOfModel},
+        {"File", "ctrl+c", "Copy as a command", [](Viewer& viewer) { viewer.CopyCommand(); }, LackOfModel},
         {"File", "ctrl+q", "Quit", [](Viewer& viewer) { viewer.Close(); }},
-        {"View", "f", "Fit what is shown", [](Viewer& viewer) { viewer.GetDesk().Fit(); }},
-        {"View", "shift+f", "Fit the selection", [](Viewer& viewer) { viewer.GetDesk().FitSelection(); }},
+        {"View", "f", "Fit what is shown", [](Viewer& viewer) { viewer.GetDesk().Fit(); }, LackOfModel},
+        {"View", "shift+f", "Fit the selection",
+         [](Viewer& viewer) { viewer.GetDesk().FitSelection(); }, LackOfSelection},
         {"View", "1", "From a corner", Look<NamedView::Iso>},
         {"View", "2", "Front", Look<NamedView::Front>},
         {"View", "3", "Back", Look<NamedView::Back>},
@@ -134,27 +162,39 @@ const std::vector<Action>& ListActions()
         {"View", "shift+down", "Move down", [](Viewer& viewer) { Pan(viewer, 0.0, -KeyPan); }},
         {"View", "page-up", "Come nearer", [](Viewer& viewer) { Zoom(viewer, 1.0); }},
         {"View", "page-down", "Go away", [](Viewer& viewer) { Zoom(viewer, -1.0); }},
-        {"Model", "h", "Hide the selection", [](Viewer& viewer) { viewer.GetDesk().HideSelection(); }},
-        {"Model", "i", "Show the selection alone", [](Viewer& viewer) { viewer.GetDesk().IsolateSelection(); }},
+        {"Model", "h", "Hide the selection", [](Viewer& viewer) { viewer.GetDesk().HideSelection(); }, LackOfSelection},
+        {"Model", "i", "Show the selection alone",
+         [](Viewer& viewer) { viewer.GetDesk().IsolateSelection(); }, LackOfSelection},
         {"Model", "shift+h", "Show all", [](Viewer& viewer) { viewer.GetDesk().ShowAll(); }},
-        {"Model", "e", "Edit the selection in context", [](Viewer& viewer) { viewer.GetDesk().EditSelection(); }},
+        {"Model", "e", "Edit the selection in context",
+         [](Viewer& viewer) { viewer.GetDesk().EditSelection(); }, LackOfEdited},
         {"Model", "l", "Lines on or off", ToggleLines},
-        {"Model", "n", "Name the selection in the picture", [](Viewer& viewer) { viewer.GetDesk().LabelSelection(); }},
+        {"Model", "n", "Name the selection in the picture",
+         [](Viewer& viewer) { viewer.GetDesk().LabelSelection(); }, LackOfSelection},
         {"Model", "o", "Dark corners on or off", ToggleOcclusion},
-        {"Walk", "w", "Forward", [](Viewer& viewer) { viewer.GetDesk().Walk(WalkStep); }},
-        {"Walk", "s", "Back", [](Viewer& viewer) { viewer.GetDesk().Walk(-WalkStep); }},
+        {"Walk", "w", "Forward", [](Viewer& viewer) { viewer.GetDesk().Walk(WalkStep); }, LackOfModel},
+        {"Walk", "s", "Back", [](Viewer& viewer) { viewer.GetDesk().Walk(-WalkStep); }, LackOfModel},
         {"Walk", "a", "Turn the head left", [](Viewer& viewer) { LookAround(viewer, -KeyTurn); }},
         {"Walk", "d", "Turn the head right", [](Viewer& viewer) { LookAround(viewer, KeyTurn); }},
-        {"Tools", "m", "Measure a distance", [](Viewer& viewer) { TurnMeasure(viewer, Measure::Kind::Distance); }},
-        {"Tools", "shift+m", "Measure an angle", [](Viewer& viewer) { TurnMeasure(viewer, Measure::Kind::Angle); }},
-        {"Tools", "delete", "Take the last measure away", [](Viewer& viewer) { viewer.GetDesk().RemoveLastDimension(); }},
-        {"Tools", "shift+delete", "Take measures and names away", [](Viewer& viewer) { viewer.GetDesk().ClearNotes(); }},
+        {"Tools", "m", "Measure a distance",
+         [](Viewer& viewer) { TurnMeasure(viewer, Measure::Kind::Distance); }, LackOfModel},
+        {"Tools", "shift+m", "Measure an angle",
+         [](Viewer& viewer) { TurnMeasure(viewer, Measure::Kind::Angle); }, LackOfModel},
+        {"Tools", "delete", "Take the last measure away",
+         [](Viewer& viewer) { viewer.GetDesk().RemoveLastDimension(); }, LackOfMeasure},
+        {"Tools", "shift+delete", "Take measures and names away",
+         [](Viewer& viewer) { viewer.GetDesk().ClearNotes(); }, LackOfNote},
         {"Tools", "escape", "Leave a tool, a panel or the selection", Escape},
         {"Tools", "tab", "Panels on or off", [](Viewer& viewer) { viewer.GetPanels().ToggleSides(); }},
         {"Debug", "f9", "Lose the GL context", [](Viewer& viewer) { viewer.LoseContext(); }},
         {"Help", "?", "Keys", [](Viewer& viewer) { viewer.GetPanels().ToggleHelp(); }},
     };
     return actions;
+}
+
+const char* LackOf(const Action& action, Viewer& viewer)
+{
+    return action.lack ? action.lack(viewer) : nullptr;
 }
 
 bool RunActionOf(Viewer& viewer, int key, unsigned modifiers)
@@ -165,6 +205,12 @@ bool RunActionOf(Viewer& viewer, int key, unsigned modifiers)
         unsigned held = ModifierNone;
         if (ParseKey(action.key, wanted, held) && wanted == key && held == modifiers)
         {
+            const char* const lack = LackOf(action, viewer);
+            if (lack)
+            {
+                viewer.GetDesk().Tell(lack);
+                return true;
+            }
             action.run(viewer);
             return true;
         }

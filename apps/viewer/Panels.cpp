@@ -152,7 +152,7 @@ void Panels::DrawMenu()
         const bool isOpen = ImGui::BeginMenu(group);
         for (; i < actions.size() && std::strcmp(actions[i].group, group) == 0; ++i)
         {
-            if (isOpen && ImGui::MenuItem(actions[i].text, KeyText(actions[i].key).c_str()))
+            if (isOpen && ImGui::MenuItem(actions[i].text, KeyText(actions[i].key).c_str(), false, !LackOf(actions[i], m_viewer)))
             {
                 actions[i].run(m_viewer);
             }

@@ -606,11 +606,6 @@ RenderCommand Viewer::Command() const
 
 void Viewer::CopyCommand()
 {
-    if (!m_desk.GetModel())
-    {
-        m_desk.TellTrouble("There is no model to copy a command for.");
-        return;
-    }
     const RenderCommand command = Command();
     m_window->SetClipboard(command.ToShell());
     std::string text = "Copied the command of this picture";

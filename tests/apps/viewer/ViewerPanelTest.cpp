@@ -1,6 +1,7 @@
 #include "tests/apps/viewer/ViewerTool.h"
 
 #include <filesystem>
+#include <sstream>
 
 using namespace OV::Test;
 
@@ -85,6 +86,55 @@ TEST_F(ViewerPanel, EscapeLeavesAMenuOrAFieldBeforeTheSelection)
     ExpectDifferent(PictureAt("before.png"), PictureAt("open.png"));
     ExpectSame(PictureAt("before.png"), PictureAt("after.png"));
     ExpectDifferent(PictureAt("after.png"), PictureAt("none.png"));
+}
+
+TEST_F(ViewerPanel, KeysAndMenusTellWhatTheyLack)
+{
+    const std::string pair = WritePair();
+    static constexpr struct
+    {
+        bool hasModel;
+        const char* keys;
+        const char* other; ///< tells something else in between
+        const char* lack;
+    } cases[] = {
+        {false, "ctrl+r ctrl+s ctrl+c f w s m shift+m", "h", "There is no model; Ctrl+O opens one."},
+        {true, "shift+f h i e n", "delete", "Nothing is selected; click something first."},
+        {true, "delete", "h", "There is no measure to take away."},
+        {true, "shift+delete", "h", "There is no measure and no name to take away."},
+    };
+    for (const auto& entry : cases)
+    {
+        std::istringstream keys(entry.keys);
+        std::string script;
+        std::string expected;
+        for (std::string key; keys >> key; expected += std::string(entry.lack) + "\n")
+        {
+            script += "key " + std::string(entry.other) + "\nkey " + key + "\nprint message\n";
+        }
+        EXPECT_EQ(View(entry.hasModel ? pair : std::string(), script), expected);
+    }
+    // What is there is done, and what is edited is left without a selection.
+    View(pair, "select left\nkey n\nexpect labels left\nkey shift+delete\nselect left\nkey e\n"
+               "expect settings \"editPath\": \"left\"\nkey e\nexpect settings \"editPath\": \"\"");
+    // To hide the selection, the first line of its menu, is black only where there is one.
+    View(pair, kWide + "click 118,11\nwait\nscreenshot FOLDER/none.png\nkey escape\nwait\nselect left\nclick 118,11\nwait\n"
+                       "screenshot FOLDER/one.png");
+    const auto black = [](const Picture& picture)
+    {
+        int found = 0;
+        // Rows are counted from below.
+        for (int y = 28; y < 46; ++y)
+        {
+            for (int x = 95; x < 250; ++x)
+            {
+                found += picture.At(x, picture.GetHeight() - 1 - y).r < 100 ? 1 : 0;
+            }
+        }
+        return found;
+    };
+    EXPECT_EQ(black(PictureAt("none.png")), 0);
+    EXPECT_GT(black(PictureAt("one.png")), 50);
 }
 
 TEST_F(ViewerPanel, TheSunGoesByThePlaceOfTheFile)
