@@ -162,7 +162,12 @@ bool Panels::DrawTreeRow(Desk& desk, std::size_t index)
     ImGui::PopStyleColor(2);
     if (ImGui::IsItemHovered())
     {
-        ImGui::SetTooltip("%s%s%s", row.kind.c_str(), row.kind.empty() ? "" : "\n", row.path.c_str());
+        std::string text = row.name;
+        for (const std::string& line : {row.kind, m_tree.PlaceOf(index)})
+        {
+            text += (line.empty() ? "" : "\n") + line;
+        }
+        TellByPointer(text);
     }
     if (isClicked)
     {
@@ -201,6 +206,8 @@ const std::optional<Desk::Thing>& Panels::SelectedThing()
         m_thingPath = selected;
         m_thing = selected.empty() ? std::nullopt : desk.Describe(selected);
         m_isThingFile = m_thing && desk.IsFile(selected);
+        const std::optional<std::size_t> row = m_tree.Find(selected);
+        m_thingPlace = row ? m_tree.PlaceOf(*row) : std::string();
     }
     return m_thing;
 }
@@ -221,11 +228,11 @@ void Panels::DrawSelection()
         {
             ImGui::TextDisabled("%s", called.kind.c_str());
         }
-        // A path may be longer than all else together: its beginning, and all of it under the pointer.
-        ImGui::TextDisabled("%s", thing->path.c_str());
+        // A path may be longer than all else together, and hard to read: what it is in, and the path under the pointer.
+        ImGui::TextDisabled("%s", (m_thingPlace.empty() ? thing->path : m_thingPlace).c_str());
         if (ImGui::IsItemHovered())
         {
-            ImGui::SetTooltip("%s", thing->path.c_str());
+            TellByPointer(thing->path);
         }
         ImGui::TextWrapped("%s", thing->Text(desk.GetModel()->GetUnit()).c_str());
         if (desk.GetSelection().size() > 1)

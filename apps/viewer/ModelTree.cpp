@@ -160,21 +160,37 @@ void ModelTree::Toggle(std::size_t row)
     m_isListed = false;
 }
 
-std::optional<std::size_t> ModelTree::Reveal(const std::string& path)
+std::optional<std::size_t> ModelTree::Find(const std::string& path) const
 {
     const auto found = std::find_if(m_rows.begin(), m_rows.end(), [&](const Row& row) { return row.path == path; });
-    if (found == m_rows.end())
+    return found != m_rows.end() ? std::optional<std::size_t>(found - m_rows.begin()) : std::nullopt;
+}
+
+std::string ModelTree::PlaceOf(std::size_t row) const
+{
+    std::string place;
+    for (std::size_t above = m_rows[row].parent; above != Row::None; above = m_rows[above].parent)
+    {
+        place = m_rows[above].name + (place.empty() ? "" : " / ") + place;
+    }
+    return place;
+}
+
+std::optional<std::size_t> ModelTree::Reveal(const std::string& path)
+{
+    const std::optional<std::size_t> found = Find(path);
+    if (!found)
     {
         return std::nullopt;
     }
-    for (std::size_t row = found->parent; row != Row::None; row = m_rows[row].parent)
+    for (std::size_t row = m_rows[*found].parent; row != Row::None; row = m_rows[row].parent)
     {
         if (!IsOpen(row))
         {
             Toggle(row);
         }
     }
-    return static_cast<std::size_t>(found - m_rows.begin());
+    return found;
 }
 
 } // namespace OV::ViewerApp

@@ -49,6 +49,12 @@ public:
     bool HasRowsBelow(std::size_t row) const { return m_rows[row].end > row + 1; }
     void Toggle(std::size_t row);
 
+    /// The row of a node; none without one.
+    std::optional<std::size_t> Find(const std::string& path) const;
+
+    /// The names of the rows that a row is below, from the top; empty at the top.
+    std::string PlaceOf(std::size_t row) const;
+
     /// Opens all rows above that of a node.
     /// @return its row; none without one.
     std::optional<std::size_t> Reveal(const std::string& path);

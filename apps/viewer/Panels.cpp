@@ -80,6 +80,15 @@ void PlaceInMiddle(float width, float height)
     ImGui::SetNextWindowSize({std::min(width, size.x), std::min(height, size.y)});
 }
 
+void TellByPointer(const std::string& text)
+{
+    ImGui::BeginTooltip();
+    ImGui::PushTextWrapPos(0.9f * ImGui::GetIO().DisplaySize.x);
+    ImGui::TextUnformatted(text.c_str());
+    ImGui::PopTextWrapPos();
+    ImGui::EndTooltip();
+}
+
 void Panels::Draw()
 {
     const ImVec2 size = ImGui::GetIO().DisplaySize;
@@ -206,11 +215,7 @@ void Panels::DrawStatus(float width, float height)
     // What helps stands at the end, which a small window has no room for.
     if (ImGui::GetItemRectSize().x > width - 16.0f && ImGui::IsItemHovered())
     {
-        ImGui::BeginTooltip();
-        ImGui::PushTextWrapPos(0.9f * width);
-        ImGui::TextUnformatted(message.text.c_str());
-        ImGui::PopTextWrapPos();
-        ImGui::EndTooltip();
+        TellByPointer(message.text);
     }
     static constexpr const char* hint = "? lists the keys";
     const float begin = width - ImGui::CalcTextSize(hint).x - 8.0f;

@@ -19,6 +19,9 @@ class Viewer;
 /// @param height 0 for as much as it needs.
 void PlaceInMiddle(float width, float height);
 
+/// Shows a text by the pointer, in as many lines as it takes to stay in the window.
+void TellByPointer(const std::string& text);
+
 /// The panels about the picture: menus, the model's tree, settings, and what is asked now and then.
 class Panels
 {
@@ -79,6 +82,7 @@ private:
     bool m_isThingKnown = false; ///< the two below are of the selection of the path
     std::string m_thingPath;
     std::optional<Desk::Thing> m_thing;
+    std::string m_thingPlace; ///< what it is in
     bool m_isThingFile = false;
     char m_viewName[128] = "";
 };

@@ -8,7 +8,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -131,4 +133,23 @@ TEST_F(ModelTreeTest, TellsWhatHasAShape)
     EXPECT_FALSE(rows[2].isDrawn);
     EXPECT_FALSE(rows[3].isDrawn);
     EXPECT_TRUE(rows[4].isDrawn);
+}
+
+TEST_F(ModelTreeTest, TellsWhatARowIsIn)
+{
+    AddBuilding(2);
+    Read();
+    const std::optional<std::size_t> wall = tree.Find(tree.GetRows().back().path);
+    ASSERT_TRUE(wall);
+    EXPECT_EQ(tree.GetRows()[*wall].name, tree.GetRows().back().name);
+    EXPECT_FALSE(tree.Find("garage"));
+    const auto placeOf = [this](const std::string& name)
+    {
+        const auto& rows = tree.GetRows();
+        const auto row = std::find_if(rows.begin(), rows.end(), [&](const ModelTree::Row& any) { return any.name == name; });
+        return row == rows.end() ? "no row" : tree.PlaceOf(static_cast<std::size_t>(row - rows.begin()));
+    };
+    EXPECT_EQ(placeOf("Lot"), "");
+    EXPECT_EQ(placeOf("Floor"), "Lot / House");
+    EXPECT_EQ(placeOf("wall 1"), "Lot / House / Floor");
 }

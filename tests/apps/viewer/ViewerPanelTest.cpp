@@ -18,6 +18,22 @@ const std::string kWide = "resize 1000x700\nwait\n";
 /// High enough for the sun too.
 const std::string kHigh = "resize 1000x1100\nwait\n";
 
+/// Pixels of a part of two pictures that are not the same; rows are counted from below.
+int Difference(const Picture& left, const Picture& right, int beginX, int beginY, int endX, int endY)
+{
+    int found = 0;
+    for (int y = beginY; y < endY; ++y)
+    {
+        for (int x = beginX; x < endX; ++x)
+        {
+            const Pixel one = left.At(x, y);
+            const Pixel other = right.At(x, y);
+            found += one.r != other.r || one.g != other.g || one.b != other.b ? 1 : 0;
+        }
+    }
+    return found;
+}
+
 } // namespace
 
 TEST_F(ViewerPanel, SettingsAreTicked)
@@ -289,6 +305,27 @@ TEST_F(ViewerPanel, ALongWordIsReadWholeUnderThePointer)
                       "move 100,468\nwait\nscreenshot FOLDER/short.png");
     ExpectDifferent(PictureAt("away.png"), PictureAt("whole.png"));
     ExpectSame(PictureAt("short-away.png"), PictureAt("short.png"));
+}
+
+TEST_F(ViewerPanel, WhatIsSaidOfARowStaysInTheWindow)
+{
+    const std::string shape = "\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n";
+    View(WriteObj("long.obj", "o " + std::string(200, 'a') + shape), kWide + "screenshot FOLDER/away.png\nmove 120,102\nwait\n"
+                                                                            "screenshot FOLDER/over.png");
+    const Picture away = PictureAt("away.png");
+    const Picture over = PictureAt("over.png");
+    ExpectDifferent(away, over);
+    // What is wider than the window covers its left too.
+    EXPECT_EQ(Difference(away, over, 0, 0, 40, 700), 0);
+}
+
+TEST_F(ViewerPanel, WhatIsSelectedIsSaidToBeInWhat)
+{
+    View(WritePair(), kWide + "select pair.obj/left\nwait\nscreenshot FOLDER/left.png\nselect pair.obj/right\nwait\n"
+                              "screenshot FOLDER/right.png");
+    // The names, and below them the file that both are in.
+    EXPECT_GT(Difference(PictureAt("left.png"), PictureAt("right.png"), 0, 191, 240, 209), 20);
+    EXPECT_EQ(Difference(PictureAt("left.png"), PictureAt("right.png"), 0, 172, 240, 189), 0);
 }
 
 TEST_F(ViewerPanel, WhatIsSelectedInThePictureComesIntoSightInTheTree)
