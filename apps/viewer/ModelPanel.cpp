@@ -57,7 +57,11 @@ void Panels::DrawModelSide()
     ReadTree();
     Desk& desk = m_viewer.GetDesk();
     ImGui::PushItemWidth(-1.0f);
-    ImGui::InputTextWithHint("##search", "Search the model", m_search, sizeof(m_search));
+    if (ImGui::InputTextWithHint("##search", "Search the model", m_search, sizeof(m_search)) && m_search[0] == '\0')
+    {
+        // What was found is looked for among its neighbours.
+        m_revealed.clear();
+    }
     ImGui::PopItemWidth();
     // What stands below the tree is as high as it was in the last frame.
     const float room = ImGui::GetContentRegionAvail().y;

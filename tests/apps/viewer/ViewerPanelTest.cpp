@@ -328,6 +328,20 @@ TEST_F(ViewerPanel, WhatIsSelectedIsSaidToBeInWhat)
     EXPECT_EQ(Difference(PictureAt("left.png"), PictureAt("right.png"), 0, 172, 240, 189), 0);
 }
 
+TEST_F(ViewerPanel, WhatWasFoundIsInSightAmongItsNeighbours)
+{
+    std::string many = "v 0 0 0\nv 1 0 0\nv 0 1 0\n";
+    for (int i = 0; i < 90; ++i)
+    {
+        many += "o part" + std::to_string(i) + "\nf 1 2 3\n";
+    }
+    View(WriteObj("many.obj", many), kWide + "click 120,39\ntype part80\nwait\nclick 100,74\nwait\nexpect selection part80\n"
+                                             "double-click 120,39\nkey ctrl+a\nkey delete\nkey enter\nwait\nmove 500,300\nwait\n"
+                                             "screenshot FOLDER/found.png\nkey escape\nwait\n"
+                                             "screenshot FOLDER/none.png");
+    EXPECT_GT(Difference(PictureAt("found.png"), PictureAt("none.png"), 60, 400, 200, 640), 200);
+}
+
 TEST_F(ViewerPanel, WhatIsSelectedInThePictureComesIntoSightInTheTree)
 {
     // So deep, and so many beside it, that its row is neither open nor in the first screen.
