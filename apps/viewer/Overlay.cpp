@@ -2,6 +2,7 @@
 
 #include "apps/viewer/Desk.h"
 #include "apps/viewer/Measure.h"
+#include "orvane_host/sheet/Sheet.h"
 
 #include <glm/geometric.hpp>
 #include <imgui.h>
@@ -135,13 +136,25 @@ void Overlay::SetBox(const std::optional<glm::dvec2>& from, const glm::dvec2& to
     m_boxTo = to;
 }
 
+bool Overlay::HasCube() const
+{
+    return m_desk.GetWidth() > 4.0f * CubeInset * m_ratio && m_desk.GetHeight() > 3.0f * CubeInset * m_ratio;
+}
+
 glm::dvec2 Overlay::CubeMiddle() const
 {
-    return glm::dvec2(m_desk.GetWidth() - CubeInset * m_ratio, CubeInset * m_ratio);
+    const int width = m_desk.GetWidth();
+    // The arrow of the sheet stands in the same corner.
+    const int arrow = m_desk.GetSettings().sheet.north ? Host::Sheet::NorthRoom(width, m_desk.GetHeight()) : 0;
+    return glm::dvec2(width - arrow - CubeInset * m_ratio, CubeInset * m_ratio);
 }
 
 int Overlay::CubeFaceAt(const glm::dvec2& pixel) const
 {
+    if (!HasCube())
+    {
+        return -1;
+    }
     const Navigator& view = m_desk.GetNavigator();
     const glm::dvec2 point = pixel - CubeMiddle();
     for (std::size_t i = 0; i < CubeFaces().size(); ++i)
@@ -258,7 +271,7 @@ void Overlay::Draw(const PointRect& rect, float ratio)
     }
     DrawHandles(rect);
     DrawMeasure(rect);
-    if (rect.width > 4.0f * CubeInset && rect.height > 3.0f * CubeInset)
+    if (HasCube())
     {
         DrawCube(rect);
     }

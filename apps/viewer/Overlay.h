@@ -52,6 +52,7 @@ private:
 
     std::optional<Handle> HandleOf(std::size_t plane) const;
     std::optional<std::size_t> HandleAt(const glm::dvec2& pixel) const;
+    bool HasCube() const;
     int CubeFaceAt(const glm::dvec2& pixel) const;
     glm::dvec2 CubeMiddle() const;
     void DrawHandles(const PointRect& rect) const;

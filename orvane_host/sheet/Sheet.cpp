@@ -35,6 +35,9 @@ constexpr double BarShare = 0.25;
 /// A text with a wider picture is drawn smaller and stretched.
 constexpr int WidestSharpText = 1024;
 
+/// Side of the panel of the north arrow, in letters: a needle of four, and room for its letter.
+constexpr int NorthLetters = 7;
+
 int Round(double value)
 {
     return static_cast<int>(std::lround(value));
@@ -116,6 +119,12 @@ double Sheet::RoundLength(double limit)
 int Sheet::LetterSize(int width, int height)
 {
     return std::clamp(Round(std::min(width, height) / 45.0), 12, 72);
+}
+
+int Sheet::NorthRoom(int width, int height)
+{
+    const Measures measures = MeasuresFor(width, height);
+    return measures.margin + NorthLetters * measures.font;
 }
 
 Sheet::Measures Sheet::MeasuresFor(int width, int height)
@@ -207,8 +216,7 @@ void Sheet::AddBar(const Measures& measures, int left, int bottom, int segments)
 
 void Sheet::AddNorthArrow(const Measures& measures)
 {
-    const int needle = 4 * measures.font;
-    const int side = needle + 3 * measures.font;
+    const int side = NorthLetters * measures.font;
     const int left = m_width - measures.margin - side;
     const int bottom = m_height - measures.margin - side;
     AddBox(left, bottom, side, side, m_options.paper, PanelZ);

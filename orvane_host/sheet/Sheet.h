@@ -72,6 +72,10 @@ public:
     /// Em of the letters in a picture of this size, in pixels.
     static int LetterSize(int width, int height);
 
+    /// Side of the square in the upper right corner that a north arrow takes, with its margin, in
+    /// pixels.
+    static int NorthRoom(int width, int height);
+
     /// The largest length of 1, 2 or 5 times a power of ten that is not above a limit; 0 for a
     /// limit that is not above 0 or not finite.
     static double RoundLength(double limit);

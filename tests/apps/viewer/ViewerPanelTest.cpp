@@ -193,6 +193,10 @@ TEST_F(ViewerPanel, TheCubeTurnsTheView)
 {
     View(WriteCube(), "click 578,70\nwait\nexpect settings \"named\": \"top\"\nview iso\nwait\nclick 564,92\nwait\n"
                       "expect settings \"named\": \"front\"");
+    // Beside the arrow of a sheet, and nowhere in a picture that has no room for it.
+    View(WriteCube(), "set sheet {\"north\": 0}\nwait\nclick 578,70\nwait\nexpect settings \"named\": \"iso\"\n"
+                      "click 482,70\nwait\nexpect settings \"named\": \"top\"\nset sheet {}\nview iso\n"
+                      "resize 240x300\nwait\nclick 178,70\nwait\nexpect settings \"named\": \"iso\"");
 }
 
 TEST_F(ViewerPanel, TheFilePanelOpensAModelOfTheFolder)

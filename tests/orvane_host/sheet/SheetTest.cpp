@@ -17,6 +17,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace OV;
@@ -248,6 +249,30 @@ TEST_F(SheetTest, StandsInsideOfThePictureOnWholePixelsWithoutOverlaps)
                 EXPECT_LE(place.y + corner.y, static_cast<float>(size.height));
             }
         }
+    }
+}
+
+TEST_F(SheetTest, TheArrowKeepsToItsRoom)
+{
+    SheetOptions options;
+    options.north = 30.0f;
+    for (const auto& [width, height] : {std::pair{1280, 720}, std::pair{320, 200}, std::pair{7680, 4320}})
+    {
+        const auto sheet = MakeSheet(options, width, height);
+        auto left = static_cast<float>(width);
+        auto bottom = static_cast<float>(height);
+        for (const Sprite* sprite : layer->GetSprites())
+        {
+            const Vector place = sprite->GetNode()->GetGlobal().GetPosition();
+            for (const Vector& corner : sprite->GetShape()->GetPositionBuffer())
+            {
+                left = std::min(left, place.x + corner.x);
+                bottom = std::min(bottom, place.y + corner.y);
+            }
+        }
+        const int room = Sheet::NorthRoom(width, height);
+        EXPECT_EQ(left, static_cast<float>(width - room));
+        EXPECT_EQ(bottom, static_cast<float>(height - room));
     }
 }
 
