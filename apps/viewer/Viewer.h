@@ -91,6 +91,9 @@ public:
     double SleepSeconds(double script) const;
 
 private:
+    /// A panel follows an event in the frame after it, and what follows that in the next one.
+    static constexpr int FramesAfterEvent = 3;
+
     RenderCommand Command() const;
     void ReadState();
     void WriteState();
