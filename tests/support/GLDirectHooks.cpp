@@ -10,6 +10,7 @@
 #undef glBlitFramebuffer
 #undef glBufferData
 #undef glBufferSubData
+#undef glCheckFramebufferStatus
 #undef glMinSampleShading
 #undef glMultiDrawElements
 #undef glVertexAttrib4f
@@ -51,6 +52,11 @@ void GLAPIENTRY glBufferData(GLenum target, GLsizeiptr size, const void* data, G
 void GLAPIENTRY glBufferSubData(GLenum target, GLintptr offset, GLsizeiptr size, const void* data)
 {
     __glewBufferSubData(target, offset, size, data);
+}
+
+GLenum GLAPIENTRY glCheckFramebufferStatus(GLenum target)
+{
+    return __glewCheckFramebufferStatus(target);
 }
 
 void GLAPIENTRY glMultiDrawElements(GLenum mode, const GLsizei* counts, GLenum type, const void* const* indices,

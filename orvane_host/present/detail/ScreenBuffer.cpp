@@ -2,8 +2,12 @@
 
 #include "orvane_host/present/detail/ScreenBuffer.h"
 
+#include "orvane_host/present/detail/UploadScope.h"
+
 #include <GL/gl.h>
 #include <GL/glext.h>
+
+#include <iostream>
 
 namespace OV::Host::Detail
 {
@@ -27,7 +31,66 @@ void DropErrors()
     }
 }
 
+GLint FormatOf(ScreenBuffer::Depths depths)
+{
+    switch (depths)
+    {
+    case ScreenBuffer::Depths::Finest: break;
+    case ScreenBuffer::Depths::Offsets:
+        // Mesa's software renderer gives depths 32 bits where it is not asked for a number. A unit of a polygon
+        // offset is then a 256th of what depths worked out in float differ by, and faces in one plane that are
+        // kept apart by units show in turns.
+        return GL_DEPTH_COMPONENT24;
+    case ScreenBuffer::Depths::Short: return GL_DEPTH_COMPONENT16;
+    }
+    return GL_DEPTH_COMPONENT;
+}
+
 } // namespace
+
+bool ScreenBuffer::Target::InitializeBuffers()
+{
+    const int wantedWidth = width;
+    const int wantedHeight = height;
+    if (width <= 0 || height <= 0)
+    {
+        return RenderTarget::InitializeBuffers();
+    }
+    width = height = 1;
+    const bool isMade = RenderTarget::InitializeBuffers();
+    width = wantedWidth;
+    height = wantedHeight;
+    return isMade && Enlarge();
+}
+
+bool ScreenBuffer::Target::Enlarge()
+{
+    const GLint before = Query(GL_FRAMEBUFFER_BINDING);
+    DropErrors();
+    const auto enlarge = [this](GLuint texture, GLint internal, GLenum format, GLenum type) {
+        if (texture != 0)
+        {
+            glBindTexture(GL_TEXTURE_2D, texture);
+            glTexImage2D(GL_TEXTURE_2D, 0, internal, width, height, 0, format, type, nullptr);
+        }
+    };
+    {
+        const UploadScope upload;
+        enlarge(colorTexture, GL_RGBA, GL_RGBA, GL_UNSIGNED_BYTE);
+        enlarge(depthTexture, FormatOf(m_depths), GL_DEPTH_COMPONENT, GL_UNSIGNED_INT);
+    }
+    glBindTexture(GL_TEXTURE_2D, 0);
+    glDeleteRenderbuffers(1, &depthRenderbuffer);
+    depthRenderbuffer = 0;
+    glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
+    if (glGetError() != GL_NO_ERROR || glCheckFramebufferStatus(GL_FRAMEBUFFER) != GL_FRAMEBUFFER_COMPLETE)
+    {
+        std::cerr << "Could not make a buffer of " << width << " x " << height << " pixels." << std::endl;
+        return false;
+    }
+    glBindFramebuffer(GL_FRAMEBUFFER, static_cast<GLuint>(before));
+    return true;
+}
 
 ScreenBuffer::~ScreenBuffer()
 {
@@ -63,35 +126,16 @@ bool ScreenBuffer::Resize(int width, int height)
         DropErrors();
         return false;
     }
-    if (m_depths == Depths::Offsets)
-    {
-        // Mesa's software renderer gives depths 32 bits where it is not asked for a number. A unit of a polygon
-        // offset is then a 256th of what depths worked out in float differ by, and faces in one plane that are
-        // kept apart by units show in turns.
-        HoldDepths(GL_DEPTH_COMPONENT24);
-    }
-    else if (m_depths == Depths::Short)
-    {
-        HoldDepths(GL_DEPTH_COMPONENT16);
-    }
     return true;
 }
 
 void ScreenBuffer::SetDepths(Depths depths)
 {
-    if (depths != m_depths)
+    if (depths != m_target.GetDepths())
     {
-        m_depths = depths;
+        m_target.SetDepths(depths);
         Resize(0, 0);
     }
-}
-
-void ScreenBuffer::HoldDepths(unsigned int format)
-{
-    glBindTexture(GL_TEXTURE_2D, m_target.GetDepthTexture());
-    glTexImage2D(GL_TEXTURE_2D, 0, static_cast<GLint>(format), m_width, m_height, 0, GL_DEPTH_COMPONENT, GL_UNSIGNED_INT,
-                 nullptr);
-    glBindTexture(GL_TEXTURE_2D, 0);
 }
 
 void ScreenBuffer::SmoothDepth(bool smooth)

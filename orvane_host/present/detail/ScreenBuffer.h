@@ -19,7 +19,7 @@ public:
 
     /// Not GL.
     explicit ScreenBuffer(eRenderTargetProfile profile, Depths depths = Depths::Finest) :
-        m_target(profile), m_depths(depths)
+        m_target(profile, depths)
     {
     }
 
@@ -52,15 +52,27 @@ private:
     class Target : public RenderTarget
     {
     public:
-        using RenderTarget::RenderTarget;
+        Target(eRenderTargetProfile profile, Depths depths) : RenderTarget(profile), m_depths(depths) {}
 
         unsigned int GetFramebuffer() const { return framebuffer; }
+        Depths GetDepths() const { return m_depths; }
+
+        /// For the buffers that are made from now on.
+        void SetDepths(Depths depths) { m_depths = depths; }
+
+    protected:
+        /// Without the renderbuffer that the base has beside a texture of depths, and without making these twice: of a
+        /// large map that is several times the memory.
+        bool InitializeBuffers() override;
+
+    private:
+        /// Gives textures of one pixel their size and format.
+        bool Enlarge();
+
+        Depths m_depths;
     };
 
-    void HoldDepths(unsigned int format);
-
     Target m_target;
-    Depths m_depths;
     int m_width = 0;
     int m_height = 0;
     bool m_usable = false;

@@ -281,7 +281,9 @@ std::uint64_t ShadowStage::FingerprintOf(const SunView& view) const
 bool ShadowStage::MakeMaps(const SunView& view)
 {
     const glm::ivec2 size = view.GetSize();
-    m_depth.SetDepths(IsShortEnough(view) ? ScreenBuffer::Depths::Short : ScreenBuffer::Depths::Finest);
+    const ScreenBuffer::Depths depths = IsShortEnough(view) ? ScreenBuffer::Depths::Short : ScreenBuffer::Depths::Finest;
+    m_depth.SetDepths(depths);
+    m_glass.SetDepths(depths);
     if (!m_depth.Resize(size.x, size.y))
     {
         m_drawn.Forget();
