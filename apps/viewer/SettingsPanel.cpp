@@ -327,8 +327,7 @@ bool EditView(Host::ViewSettings& view, const Box& box)
         {
             moved = EditVector("Target", *edited.target, speed) || moved;
         }
-        const bool isZUp = view.upAxis == Host::UpAxis::Z;
-        Vector up = view.up.value_or(isZUp ? Vector(0.0f, 0.0f, 1.0f) : Vector(0.0f, 1.0f, 0.0f));
+        Vector up = view.up.value_or(Host::UpDirection(view.upAxis));
         if (EditVector("Upwards", up, 0.01f))
         {
             edited.up = up;

@@ -22,9 +22,8 @@ void ReadView(const ViewSettings& view, OrbitCamera& camera)
     camera.SetUpAxis(view.upAxis);
     camera.SetFov(view.fov);
     camera.SetOrthographic(view.orthographic);
-    const Vector axis = view.upAxis == UpAxis::Z ? Vector(0.0f, 0.0f, 1.0f) : Vector(0.0f, 1.0f, 0.0f);
     const Vector target = view.target ? *view.target : Narrowed(camera.GetModelMiddle());
-    if (!view.eye || !camera.Look(*view.eye, target, view.up.value_or(axis)))
+    if (!view.eye || !camera.Look(*view.eye, target, view.up.value_or(UpDirection(view.upAxis))))
     {
         camera.LookFrom(view.named);
     }

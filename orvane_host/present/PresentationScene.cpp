@@ -440,7 +440,7 @@ void Presentation::Impl::UpdateLight()
 
 Vector Presentation::Impl::Up() const
 {
-    return settings.view.upAxis == UpAxis::Z ? Vector(0.0f, 0.0f, 1.0f) : Vector(0.0f, 1.0f, 0.0f);
+    return UpDirection(settings.view.upAxis);
 }
 
 std::optional<PresentationRenderer::ShadowGround> Presentation::Impl::ShadowGroundOfModel() const

@@ -247,6 +247,11 @@ bool Stand(CameraNode& camera, const Vector& boxMin, const Vector& boxMax, const
 
 } // namespace
 
+Vector UpDirection(UpAxis axis)
+{
+    return axis == UpAxis::Z ? Vector(0.0f, 0.0f, 1.0f) : Vector(0.0f, 1.0f, 0.0f);
+}
+
 bool ViewFit::Frame(CameraNode& camera, const Vector& boxMin, const Vector& boxMax, NamedView view,
                     const ViewFitOptions& options)
 {

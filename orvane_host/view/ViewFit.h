@@ -34,6 +34,9 @@ enum class UpAxis
     Z,
 };
 
+/// The unit vector along it.
+Vector UpDirection(UpAxis axis);
+
 /// What the picture is like, apart from where it is taken from.
 struct ViewFitOptions
 {

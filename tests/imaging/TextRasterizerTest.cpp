@@ -1,6 +1,7 @@
 #include "orvane/imaging/detail/TextRasterizer.h"
 
 #include "orvane/imaging/Image.h"
+#include "tests/support/LocaleScope.h"
 
 #include <gtest/gtest.h>
 
@@ -16,6 +17,8 @@ namespace OV::detail
 
 namespace
 {
+
+using OV::Test::LocaleScope;
 
 constexpr char kFont[] = "DejaVu Sans";
 constexpr char kEllipsis[] = "\xE2\x80\xA6";
@@ -78,20 +81,6 @@ Picture Draw(const std::string& text, int size = 16, int maxWidth = 0, const std
     }
     return picture;
 }
-
-/// Puts a locale in force and the one before back.
-class LocaleScope
-{
-public:
-    explicit LocaleScope(const char* name) : m_before(std::setlocale(LC_ALL, nullptr))
-    {
-        EXPECT_NE(std::setlocale(LC_ALL, name), nullptr) << name;
-    }
-    ~LocaleScope() { std::setlocale(LC_ALL, m_before.c_str()); }
-
-private:
-    std::string m_before;
-};
 
 class TextRasterizer : public testing::Test
 {

@@ -1,4 +1,5 @@
 #include "tests/overlay/LayerStage.h"
+#include "tests/support/LocaleScope.h"
 
 #include "orvane/imaging/Image.h"
 #include "orvane/imaging/detail/TextRasterizer.h"
@@ -6,7 +7,6 @@
 
 #include <GL/glew.h>
 
-#include <clocale>
 #include <cstdlib>
 #include <memory>
 #include <string>
@@ -47,12 +47,7 @@ struct Coverage
 class TextPicture : public LayerStage
 {
 protected:
-    TextPicture() : LayerStage(kWidth, kHeight), m_localeBefore(std::setlocale(LC_ALL, nullptr))
-    {
-        EXPECT_NE(std::setlocale(LC_ALL, "C.UTF-8"), nullptr);
-    }
-
-    ~TextPicture() override { std::setlocale(LC_ALL, m_localeBefore.c_str()); }
+    TextPicture() : LayerStage(kWidth, kHeight) {}
 
     Text& AddBlackText(const std::string& string, int fontSize, float x, float y, float z = 0.0f, int maxWidth = 0)
     {
@@ -87,7 +82,7 @@ protected:
     }
 
 private:
-    std::string m_localeBefore;
+    LocaleScope m_locale{"C.UTF-8"};
 };
 
 TEST_F(TextPicture, ALabelAtWholePixelsIsSharpAndUpright)

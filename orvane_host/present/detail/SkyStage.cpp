@@ -180,7 +180,7 @@ void SkyStage::LookFrom(PresentationFrame& frame)
     const glm::dmat3 back = glm::inverse(toClip);
     aim(part);
     glm::dmat3 toRay(back[0] * (2.0 / whole.size.width), back[1] * (2.0 / whole.size.height),
-                           back[2] - back[0] - back[1]);
+                     back[2] - back[0] - back[1]);
     if (m_upAxis == UpAxis::Z)
     {
         // The effect knows a sky above Y; what lies all around it looks the same.

@@ -1,4 +1,5 @@
 #include "tests/orvane_host/present/PresentationModels.h"
+#include "tests/support/LocaleScope.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include "orvane/engine/AppContext.h"
@@ -176,20 +177,6 @@ TEST_F(PresentationNotes, AreDrawnOverTheCaptureWhereNothingElseChanged)
     fresh->AddLabel("roof");
     ExpectSame(Draw(*fresh), over, "as drawn in one go");
 }
-
-/// The locale of the process, until the scope ends.
-class LocaleScope
-{
-public:
-    explicit LocaleScope(const char* name) : m_before(std::setlocale(LC_ALL, nullptr))
-    {
-        EXPECT_NE(std::setlocale(LC_ALL, name), nullptr) << name;
-    }
-    ~LocaleScope() { std::setlocale(LC_ALL, m_before.c_str()); }
-
-private:
-    std::string m_before;
-};
 
 TEST_F(PresentationNotes, HaveAllLettersInAProgramThatHasSetNoLocale)
 {

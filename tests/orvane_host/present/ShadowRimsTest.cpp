@@ -54,16 +54,10 @@ struct RimRange
     }
 };
 
-class ShadowRims : public PresentationFixture
+class ShadowRims : public FloorAndCubeFixture
 {
 protected:
-    ShadowRims() : PresentationFixture(kSize, kSize, 4) {}
-
-    Picture Draw(FloorAndCube& made, const PresentationSettings& wanted)
-    {
-        Apply(*made.presentation, wanted);
-        return PresentationFixture::Draw(*made.presentation);
-    }
+    ShadowRims() : FloorAndCubeFixture(kSize, kSize, 4) {}
 };
 
 struct RimCase
@@ -213,22 +207,25 @@ TEST_F(ShadowRims, DoNotCrawlWhileTheEyeMoves)
 // Which side of such a plane the sun is on numbers tell otherwise from pixel to pixel.
 TEST_F(ShadowRims, AreNoneOnAWallThatLightRunsAlong)
 {
-    const float heights[] = {4.0f, 20.0f, 60.0f};
-    for (int i = 0; i < 24; ++i)
+    // From a millimetre to ten kilometres, from near by and from far off.
+    constexpr float scales[] = {1e-4f, 1.0f, 1e3f};
+    constexpr float distances[] = {4.0f, 20.0f, 60.0f};
+    for (int i = 0; i < 72; ++i)
     {
         const bool isSoft = (i & 1) != 0;
         const bool isAskew = (i & 2) != 0;
         const bool isOrthographic = (i & 4) != 0;
-        const float away = heights[i / 8];
+        const float scale = scales[i / 24];
+        const float away = scale * distances[i / 8 % 3];
         SCOPED_TRACE(testing::Message() << (isSoft ? "soft, " : "hard, ") << (isAskew ? "askew, " : "")
-                                        << (isOrthographic ? "orthographic, " : "") << away);
-        FloorAndCube made = MakeFloorAndCube(0.0f);
+                                        << (isOrthographic ? "orthographic, " : "") << scale << ", " << away);
+        FloorAndCube made = MakeFloorAndCube(0.0f, Color(0.8f, 0.8f, 0.8f), scale);
         made.floor->SetLocal(QuarterTurn());
         Transform behind;
-        behind.SetPosition(Vector(0.0f, 0.0f, -20.0f));
+        behind.SetPosition(Vector(0.0f, 0.0f, -20.0f * scale));
         made.cube->SetLocal(behind);
         made.presentation->Refresh();
-        PresentationSettings settings = LookingDown();
+        PresentationSettings settings = LookingDown(scale);
         settings.shadows->soft = isSoft;
         settings.view.orthographic = isOrthographic;
         settings.view.eye = Vector(0.3f * away, 0.2f * away, away);

@@ -47,16 +47,10 @@ PixelRect OnFloor(float x0, float x1, float z0, float z1)
                   static_cast<int>(10 * (z1 - z0))});
 }
 
-class ShadowScene : public PresentationFixture
+class ShadowScene : public FloorAndCubeFixture
 {
 protected:
-    ShadowScene() : PresentationFixture(kSize, kSize, 4) {}
-
-    Picture Draw(FloorAndCube& made, const PresentationSettings& wanted)
-    {
-        Apply(*made.presentation, wanted);
-        return PresentationFixture::Draw(*made.presentation);
-    }
+    ShadowScene() : FloorAndCubeFixture(kSize, kSize, 4) {}
 
     /// A level square of two units over the floor, with texture coordinates that go from 0 to 1
     /// along x and towards -z.

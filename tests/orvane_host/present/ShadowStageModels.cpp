@@ -108,4 +108,10 @@ Host::PresentationSettings LookingDown(float scale)
     return settings;
 }
 
+Picture FloorAndCubeFixture::Draw(FloorAndCube& made, const Host::PresentationSettings& wanted) const
+{
+    Apply(*made.presentation, wanted);
+    return PresentationFixture::Draw(*made.presentation);
+}
+
 } // namespace OV::Test

@@ -38,4 +38,13 @@ FloorAndCube MakeFloorAndCube(float bottom, const Color& cubeColor = Color(0.8f,
 /// Right is +x, up in the picture is -z.
 Host::PresentationSettings LookingDown(float scale = 1.0f);
 
+class FloorAndCubeFixture : public PresentationFixture
+{
+protected:
+    using PresentationFixture::PresentationFixture;
+
+    /// One frame with settings, which stay.
+    Picture Draw(FloorAndCube& made, const Host::PresentationSettings& wanted) const;
+};
+
 } // namespace OV::Test

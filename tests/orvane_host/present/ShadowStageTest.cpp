@@ -62,16 +62,10 @@ struct Tones
     }
 };
 
-class ShadowStage : public PresentationFixture
+class ShadowStage : public FloorAndCubeFixture
 {
 protected:
-    ShadowStage() : PresentationFixture(kSize, kSize, 0) {}
-
-    Picture Draw(FloorAndCube& made, const PresentationSettings& wanted)
-    {
-        Apply(*made.presentation, wanted);
-        return PresentationFixture::Draw(*made.presentation);
-    }
+    ShadowStage() : FloorAndCubeFixture(kSize, kSize, 0) {}
 
     /// The shadow of LookingDown and nothing else but the cube itself.
     static void ExpectShadow(const Picture& picture, const Pixel& shade)
